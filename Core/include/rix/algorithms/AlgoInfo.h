@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include <rix/Export.h>
+#include <rix/String.h>
+#include <rix/algorithms/Runnable.h>
+
+namespace rix {
+
+class BaseAlgorithm;
+struct AlgoInfoPrivate;
+
+namespace algorithms {
+class AbstractPrivateImplementation;
+}
+
+/// Whether an algorithm class is offered to users.
+enum class AlgoVisibilityType : int {
+    PUBLIC_ALGORITHM = 0,   ///< listed and documented
+    HIDDEN_ALGORITHM = 1,   ///< found by name, not listed: a helper of other algorithms
+};
+
+/// The registry record of one algorithm class.
+///
+/// Each class has exactly one record, made when the class is first used; the registry lists the records of the
+/// library in a fixed order. Runners are added and removed only while no algorithm of the class runs.
+class RIX_EXPORT AlgoInfo {
+public:
+    /// Creates an instance around a private implementation; null makes the default one. Ownership is taken.
+    using Factory = std::unique_ptr<BaseAlgorithm> (*)(algorithms::AbstractPrivateImplementation*);
+
+    /// @param deprecationVersion empty when the class is not deprecated
+    AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
+             const String& deprecationVersion);
+    ~AlgoInfo();
+    AlgoInfo(const AlgoInfo&) = delete;
+    AlgoInfo& operator=(const AlgoInfo&) = delete;
+
+    String getName() const;
+    String getLibName() const;
+    AlgoVisibilityType getAlgoVisibility() const;
+    String getDeprecationVersion() const;
+
+    std::unique_ptr<BaseAlgorithm> createInstance(algorithms::AbstractPrivateImplementation* implementation) const;
+
+    /// Appends a runner and takes shared ownership of it. Runners are tried in this order.
+    void addRunner(Runnable* runner);
+    void addRunner(std::shared_ptr<Runnable> runner);
+    /// Removes the first entry that holds `runner`; nothing when there is none.
+    void removeRunner(Runnable* runner);
+    const std::vector<std::shared_ptr<Runnable>>& getRunners() const;
+
+    /// Number of algorithm classes in the registry.
+    static std::size_t getNumOfAlgorithm();
+    /// @throws BadIndex when `index` is not below the number of classes.
+    static AlgoInfo& getAlgorithmsInfoByIndex(std::size_t index);
+    /// The class with exactly this name. @throws InvalidCall when there is none.
+    static AlgoInfo& fromName(const String& name);
+
+    /// Appends a class of another library (a plug-in, an application) to the registry, or takes it out again. The
+    /// record must stay alive as long as it is registered.
+    static void registerClass(AlgoInfo& info);
+    static void unregisterClass(AlgoInfo& info);
+
+private:
+    std::unique_ptr<AlgoInfoPrivate> m_private;
+};
+
+}  // namespace rix

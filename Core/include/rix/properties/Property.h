@@ -1,0 +1,108 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <rix/properties/BaseProperty.h>
+#include <rix/properties/Serialization.h>
+#include <rix/rules/Rules.h>
+
+namespace rix {
+
+/// State of a property whose value has type `T`.
+template <class T>
+class RIX_EXPORT PropertyPrivate : public BasePropertyPrivate {
+public:
+    explicit PropertyPrivate(BaseProperty* owningProperty)
+        : BasePropertyPrivate(owningProperty), m_value(DefaultInit<T>::getDefault()) {}
+
+    void addRule(std::shared_ptr<Rules<Property<T>>> rule) { m_rules.push_back(std::move(rule)); }
+    /// Removes the first entry of `rule`; nothing when it is not attached.
+    void removeRule(const std::shared_ptr<Rules<Property<T>>>& rule) { std::erase(m_rules, rule); }
+
+    String describeType() const override { return ValueTypeName<T>::get(); }
+    std::vector<String> describeRules() const override {
+        std::vector<String> texts;
+        for (const auto& rule : m_rules) {
+            texts.push_back(rule->describe());
+        }
+        return texts;
+    }
+
+    T m_value;
+    std::vector<std::shared_ptr<Rules<Property<T>>>> m_rules;
+};
+
+/// A property whose value has type `T`. The constructor's value, `DefaultInit<T>::getDefault()`, is the default.
+///
+/// A locked property ignores every attempt to change it.
+template <class T>
+class RIX_EXPORT Property : public BaseProperty {
+public:
+    using ValueType = T;
+
+    Property() : m_private(std::make_unique<PropertyPrivate<T>>(this)) {}
+
+    const T& get() const { return m_private->m_value; }
+    operator T() const { return m_private->m_value; }  // NOLINT: a property stands for its value
+
+    /// Replaces the value when it differs, and then notifies the owner.
+    virtual void set(const T& value) {
+        if (!m_private->m_locked && m_private->m_value != value) {
+            m_private->m_value = value;
+            notify();
+        }
+    }
+    const T& operator=(const T& value) {
+        set(value);
+        return m_private->m_value;
+    }
+    Property& operator=(const Property& other) {
+        set(other.get());
+        return *this;
+    }
+
+    void applyRules(bool all) override {
+        if (!m_private->m_enabled) {
+            return;
+        }
+        try {
+            // By index: a rule of one pass may be attached by another rule.
+            for (std::size_t i = 0; i < m_private->m_rules.size(); ++i) {
+                const auto rule = m_private->m_rules[i];
+                if (all || rule->isIndividual()) {
+                    rule->apply(*this);
+                }
+            }
+        } catch (RuleException& exception) {
+            exception.addInfoLevel("Rule error in property " + getName());
+            throw;
+        }
+    }
+
+    void setFromBase(BaseProperty* other) override { set(helper::safe_cast<Property<T>>(other)->get()); }
+
+    bool read(const String& text, String& normalised) override {
+        if (m_private->m_locked || !Deserialization<T>::doIt(text, m_private->m_value, normalised)) {
+            return false;
+        }
+        notify();
+        return true;
+    }
+    bool write(String& text) const override { return Serialization<T>::doIt(text, m_private->m_value); }
+
+    PropertyPrivate<T>* getImpl() override { return m_private.get(); }
+    const PropertyPrivate<T>* getImpl() const override { return m_private.get(); }
+
+protected:
+    /// For the choices, which keep more state.
+    explicit Property(std::unique_ptr<PropertyPrivate<T>> state) : m_private(std::move(state)) {}
+
+private:
+    std::unique_ptr<PropertyPrivate<T>> m_private;
+};
+
+}  // namespace rix
+
+#include <rix/properties/PropertyInstances.h>

@@ -1,0 +1,43 @@
+# Language level, flags and launchers that hold for everything of our own.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+find_program(RIX_CCACHE ccache)
+if(RIX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${RIX_CCACHE})
+endif()
+
+# What our own targets are compiled with. Users of the library get none of it.
+add_library(rix_compile_options INTERFACE)
+target_compile_options(rix_compile_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wold-style-cast -Wcast-align -Wnull-dereference -Wimplicit-fallthrough
+  # Contracting a * b + c into one rounding would make results depend on the level of optimisation.
+  -ffp-contract=off
+  # The source position kept in exceptions must not show where the tree was built.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # g++ 12 reports these inside inlined code of the standard library that is correct.
+  target_compile_options(rix_compile_options INTERFACE -Wno-null-dereference -Wno-restrict)
+endif()
+if(RIX_WARNINGS_AS_ERRORS)
+  target_compile_options(rix_compile_options INTERFACE -Werror)
+endif()
+
+if(RIX_SANITIZE)
+  # Everything is instrumented, tests and tools included. Undefined behaviour ends the program: a test must fail.
+  add_compile_options(-fsanitize=${RIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${RIX_SANITIZE})
+endif()

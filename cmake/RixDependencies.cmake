@@ -1,0 +1,40 @@
+# Third-party packages. All come from the distribution; scripts/setup installs them.
+
+find_package(TBB REQUIRED)
+find_package(Eigen3 REQUIRED NO_MODULE)
+find_package(Boost 1.74 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(LIBCPUID REQUIRED IMPORTED_TARGET libcpuid)
+pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
+find_package(TIFF REQUIRED)
+find_package(PNG REQUIRED)
+find_package(CLI11 REQUIRED)
+
+# Vector math. The interface is the same without oneMKL: Eigen's arrays then serve it.
+add_library(rix_vector_math INTERFACE)
+set(RIX_HAVE_MKL OFF)
+if(RIX_WITH_MKL)
+  find_path(MKL_INCLUDE_DIR mkl_vml.h PATH_SUFFIXES mkl)
+  find_library(MKL_INTERFACE_LIBRARY mkl_intel_lp64)
+  find_library(MKL_THREAD_LIBRARY mkl_intel_thread)
+  find_library(MKL_CORE_LIBRARY mkl_core)
+  # The OpenMP runtime of LLVM under the name of the ABI that oneMKL was built for; the versioned folders are where
+  # the distribution keeps it when no default version was chosen.
+  file(GLOB RIX_LLVM_LIBRARY_DIRS /usr/lib/llvm-*/lib)
+  find_library(MKL_OPENMP_LIBRARY NAMES iomp5 HINTS ${RIX_LLVM_LIBRARY_DIRS})
+  if(MKL_INCLUDE_DIR AND MKL_INTERFACE_LIBRARY AND MKL_THREAD_LIBRARY AND MKL_CORE_LIBRARY AND MKL_OPENMP_LIBRARY)
+    set(RIX_HAVE_MKL ON)
+    target_include_directories(rix_vector_math SYSTEM INTERFACE ${MKL_INCLUDE_DIR})
+    target_compile_definitions(rix_vector_math INTERFACE RIX_HAVE_MKL=1)
+    # Not "as needed": oneMKL's layers find each other's symbols only when all of them are loaded.
+    target_link_libraries(rix_vector_math INTERFACE -Wl,--push-state,--no-as-needed ${MKL_INTERFACE_LIBRARY}
+      ${MKL_THREAD_LIBRARY} ${MKL_CORE_LIBRARY} ${MKL_OPENMP_LIBRARY} -Wl,--pop-state)
+  endif()
+endif()
+if(RIX_HAVE_MKL)
+  message(STATUS "Vector math: oneMKL")
+else()
+  message(STATUS "Vector math: Eigen")
+endif()

@@ -1,0 +1,41 @@
+# A module is a folder with include/, src/ and tests/. Its sources are compiled once, into an object library that sees
+# only its own headers and those of the modules that it names: a layer can't include what lies above it.
+
+# rix_add_module(NAME SOURCES file... [DEPENDS module...] [LIBRARIES target...])
+function(rix_add_module NAME)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBRARIES" ${ARGN})
+  set(target rix_${NAME})
+  add_library(${target} OBJECT ${ARG_SOURCES})
+  target_include_directories(${target}
+    PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  set(below "")
+  foreach(module ${ARG_DEPENDS})
+    list(APPEND below rix_${module})
+  endforeach()
+  target_link_libraries(${target} PUBLIC ${below} vessel PRIVATE rix_compile_options ${ARG_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY RIX_MODULES ${target})
+  set_property(GLOBAL APPEND PROPERTY RIX_MODULE_LIBRARIES ${ARG_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY RIX_PUBLIC_INCLUDE_DIRS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+endfunction()
+
+# rix_add_tests(NAME SOURCES file... [LIBRARIES target...])
+# One test program. It links the archive of all modules, so that tests reach what the shared library hides; the archive
+# is made of the very objects of the shared library.
+function(rix_add_tests NAME)
+  if(NOT RIX_BUILD_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  set(target test_${NAME})
+  add_executable(${target} ${ARG_SOURCES})
+  target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests/support)
+  target_link_libraries(${target} PRIVATE rix_compile_options ${ARG_LIBRARIES} lumora_rix_internals rix_test_support)
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()
+
+if(RIX_BUILD_TESTS)
+  enable_testing()
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+endif()
