@@ -1,0 +1,208 @@
+#include <rix/settings/Settings.h>
+
+#include <cctype>
+#include <charconv>
+#include <cstdlib>
+#include <map>
+#include <string_view>
+#include <system_error>
+
+extern "C" char** environ;  // NOLINT: the name is POSIX's
+
+namespace rix {
+
+namespace {
+
+constexpr std::string_view environmentPrefix = "RIX_";
+constexpr const char* maximumNumberOfThreadsKey = "RIX_MAXIMUM_NUMBER_OF_THREADS";
+constexpr const char* threadPriorityKey = "RIX_THREAD_PRIORITY";
+constexpr const char* temporaryDataDirectoryKey = "RIX_TEMPORARY_DATA_DIRECTORY";
+
+/// Converts the whole text, with an optional leading plus sign as people write it.
+template <class T>
+bool convert(std::string_view text, T& value) {
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-' && text[1] != '+') {
+        text.remove_prefix(1);
+    }
+    T result{};
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, result);
+    if (error != std::errc() || next != end || text.empty()) {
+        return false;
+    }
+    value = result;
+    return true;
+}
+
+/// The shortest text that reads back to the same value.
+template <class T>
+String toText(T value) {
+    char buffer[64];
+    const auto result = std::to_chars(buffer, buffer + sizeof(buffer), value);
+    return String(buffer, result.ptr);
+}
+
+String lowerCased(String text) {
+    for (char& c : text) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+}  // namespace
+
+struct SettingsPrivate {
+    std::map<String, String> entries;
+
+    template <class T>
+    T get(const String& key, T defaultValue) const {
+        const auto entry = entries.find(key);
+        T value{};
+        return entry != entries.end() && convert(entry->second, value) ? value : defaultValue;
+    }
+};
+
+Settings::Settings() : m_private(std::make_unique<SettingsPrivate>()) {}
+Settings::Settings(const Settings& other) : m_private(std::make_unique<SettingsPrivate>(*other.m_private)) {}
+Settings::Settings(Settings&& other) noexcept = default;
+Settings::~Settings() = default;
+Settings& Settings::operator=(Settings&& other) noexcept = default;
+
+Settings& Settings::operator=(const Settings& other) {
+    if (this != &other) {
+        m_private = std::make_unique<SettingsPrivate>(*other.m_private);
+    }
+    return *this;
+}
+
+bool Settings::exists(const String& key) const {
+    return m_private->entries.contains(key);
+}
+
+void Settings::remove(const String& key) {
+    m_private->entries.erase(key);
+}
+
+String Settings::getValue(const String& key) const {
+    const auto entry = m_private->entries.find(key);
+    return entry == m_private->entries.end() ? String() : entry->second;
+}
+
+void Settings::setValue(const String& key, const String& value) {
+    m_private->entries[key] = value;
+}
+
+std::vector<String> Settings::getKeys() const {
+    std::vector<String> keys;
+    for (const auto& [key, value] : m_private->entries) {
+        keys.push_back(key);
+    }
+    return keys;
+}
+
+bool Settings::getValueAsBool(const String& key, bool defaultValue) const {
+    const String text = lowerCased(getValue(key));
+    if (text == "true" || text == "t") {
+        return true;
+    }
+    if (text == "false" || text == "f") {
+        return false;
+    }
+    long number = 0;
+    return convert(text, number) ? number != 0 : defaultValue;
+}
+
+int Settings::getValueAsInt32(const String& key, int defaultValue) const {
+    return m_private->get(key, defaultValue);
+}
+
+long Settings::getValueAsInt64(const String& key, long defaultValue) const {
+    return m_private->get(key, defaultValue);
+}
+
+std::size_t Settings::getValueAsSize_t(const String& key, std::size_t defaultValue) const {
+    return m_private->get(key, defaultValue);
+}
+
+float Settings::getValueAsFloat(const String& key, float defaultValue) const {
+    return m_private->get(key, defaultValue);
+}
+
+double Settings::getValueAsDouble(const String& key, double defaultValue) const {
+    return m_private->get(key, defaultValue);
+}
+
+void Settings::setValueAsBool(const String& key, bool value) {
+    setValue(key, value ? "true" : "false");
+}
+
+void Settings::setValueAsInt32(const String& key, int value) {
+    setValue(key, toText(value));
+}
+
+void Settings::setValueAsInt64(const String& key, long value) {
+    setValue(key, toText(value));
+}
+
+void Settings::setValueAsSize_t(const String& key, std::size_t value) {
+    setValue(key, toText(value));
+}
+
+void Settings::setValueAsFloat(const String& key, float value) {
+    setValue(key, toText(value));
+}
+
+void Settings::setValueAsDouble(const String& key, double value) {
+    setValue(key, toText(value));
+}
+
+int Settings::getMaximumNumberOfThreads() const {
+    return getValueAsInt32(maximumNumberOfThreadsKey, -1);
+}
+
+void Settings::setMaximumNumberOfThreads(int threads) {
+    setValueAsInt32(maximumNumberOfThreadsKey, threads);
+}
+
+int Settings::getThreadPriority() const {
+    return getValueAsInt32(threadPriorityKey, 0);
+}
+
+void Settings::setThreadPriority(int priority) {
+    setValueAsInt32(threadPriorityKey, priority);
+}
+
+String Settings::getTemporaryDataDirectory() const {
+    static const String defaultDirectory = "/tmp";
+    const String directory = getValue(temporaryDataDirectoryKey);
+    if (directory.empty()) {
+        return defaultDirectory;
+    }
+    if (directory == "~" || directory.starts_with("~/")) {
+        const char* const home = std::getenv("HOME");
+        return (home == nullptr ? String() : String(home)) + directory.substr(1);
+    }
+    return directory;
+}
+
+void Settings::setTemporaryDataDirectory(const String& directory) {
+    setValue(temporaryDataDirectoryKey, directory);
+}
+
+GlobalSettings::GlobalSettings() {
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+        const std::string_view text(*entry);
+        const std::size_t separator = text.find('=');
+        const std::string_view name = text.substr(0, separator);
+        if (name.size() > environmentPrefix.size() && name.starts_with(environmentPrefix)) {
+            setValue(String(name), separator == std::string_view::npos ? String() : String(text.substr(separator + 1)));
+        }
+    }
+}
+
+GlobalSettings& globalSettings() {
+    static GlobalSettings settings;
+    return settings;
+}
+
+}  // namespace rix
