@@ -120,8 +120,8 @@ struct ValueTypeName<math::SquareMatrix<T, N>> {
     static String getPlural() { return detail::VectorName<T>::getMatrix("matrices", N); }
 };
 
-template <class T, int N>
-struct ValueTypeName<vessel::Matrix<T, N>> : ValueTypeName<math::SquareMatrix<T, static_cast<std::size_t>(N)>> {};
+template <class T, std::size_t N>
+struct ValueTypeName<vessel::Matrix<T, N>> : ValueTypeName<math::SquareMatrix<T, N>> {};
 
 template <class T>
 struct ValueTypeName<container::Vector<T>> {
