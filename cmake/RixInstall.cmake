@@ -1,0 +1,57 @@
+# What an installation holds: the shared libraries, the public headers of every module, the program, the CMake package,
+# the pkg-config files, the pages and the sample pictures. Everything is found relative to where it lies, so that the
+# prefix may be chosen at installation time and the folder moved later.
+
+include(CMakePackageConfigHelpers)
+
+set(rix_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/lumora_rix)
+set(rix_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH rix_prefix_from_pkgconfig /prefix/${rix_pkgconfig_dir} /prefix)
+file(RELATIVE_PATH rix_lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+
+# rix_install_library(TARGET PACKAGE NAME) makes TARGET the imported target PACKAGE::NAME of users.
+function(rix_install_library TARGET PACKAGE NAME)
+  set_target_properties(${TARGET} PROPERTIES EXPORT_NAME ${NAME} INSTALL_RPATH "$ORIGIN")
+  install(TARGETS ${TARGET} EXPORT ${TARGET}-targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(EXPORT ${TARGET}-targets NAMESPACE ${PACKAGE}:: DESTINATION ${rix_package_dir})
+endfunction()
+
+# rix_install_pkgconfig(NAME DESCRIPTION REQUIRES LIBRARIES)
+function(rix_install_pkgconfig NAME DESCRIPTION REQUIRES LIBRARIES)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/lumora_rix.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${NAME}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${NAME}.pc DESTINATION ${rix_pkgconfig_dir})
+endfunction()
+
+rix_install_library(vessel vessel vessel)
+rix_install_library(lumora_rix lumora_rix lumora_rix)
+# The public headers use Eigen's matrices, so whoever compiles against them needs Eigen.
+rix_install_pkgconfig(lumora_rix "${PROJECT_DESCRIPTION}" eigen3 "-llumora_rix -lvessel")
+if(TARGET lumora_rix_io)
+  rix_install_library(lumora_rix_io lumora_rix io)
+  rix_install_pkgconfig(lumora_rix_io "Image files for lumora_rix" lumora_rix -llumora_rix_io)
+endif()
+
+get_property(rix_include_dirs GLOBAL PROPERTY RIX_PUBLIC_INCLUDE_DIRS)
+foreach(dir ${rix_include_dirs})
+  install(DIRECTORY ${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+endforeach()
+
+if(TARGET rix)
+  set_target_properties(rix PROPERTIES INSTALL_RPATH "$ORIGIN/${rix_lib_from_bin}")
+  install(TARGETS rix RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/lumora_rix-config.cmake.in
+  ${PROJECT_BINARY_DIR}/lumora_rix-config.cmake
+  INSTALL_DESTINATION ${rix_package_dir}
+  NO_SET_AND_CHECK_MACRO)
+# Before 1.0 every minor version may change the interface.
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/lumora_rix-config-version.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/lumora_rix-config.cmake ${PROJECT_BINARY_DIR}/lumora_rix-config-version.cmake
+  DESTINATION ${rix_package_dir})
+
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/images DESTINATION ${CMAKE_INSTALL_DATADIR}/lumora_rix)

@@ -1,9 +1,10 @@
 # A module is a folder with include/, src/ and tests/. Its sources are compiled once, into an object library that sees
 # only its own headers and those of the modules that it names: a layer can't include what lies above it.
 
-# rix_add_module(NAME SOURCES file... [DEPENDS module...] [LIBRARIES target...])
+# rix_add_module(NAME SOURCES file... [DEPENDS module...] [LIBRARIES target...] [PUBLIC_LIBRARIES target...])
+# LIBRARIES are what the sources use, PUBLIC_LIBRARIES what the public headers include.
 function(rix_add_module NAME)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBRARIES;PUBLIC_LIBRARIES" ${ARGN})
   set(target rix_${NAME})
   add_library(${target} OBJECT ${ARG_SOURCES})
   target_include_directories(${target}
@@ -13,9 +14,11 @@ function(rix_add_module NAME)
   foreach(module ${ARG_DEPENDS})
     list(APPEND below rix_${module})
   endforeach()
-  target_link_libraries(${target} PUBLIC ${below} vessel PRIVATE rix_compile_options ${ARG_LIBRARIES})
+  target_link_libraries(${target} PUBLIC ${below} vessel ${ARG_PUBLIC_LIBRARIES}
+    PRIVATE rix_compile_options ${ARG_LIBRARIES})
   set_property(GLOBAL APPEND PROPERTY RIX_MODULES ${target})
   set_property(GLOBAL APPEND PROPERTY RIX_MODULE_LIBRARIES ${ARG_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY RIX_MODULE_PUBLIC_LIBRARIES ${ARG_PUBLIC_LIBRARIES})
   set_property(GLOBAL APPEND PROPERTY RIX_PUBLIC_INCLUDE_DIRS ${CMAKE_CURRENT_SOURCE_DIR}/include)
 endfunction()
 

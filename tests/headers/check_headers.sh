@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# usage: check_headers.sh COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
+# Compiles every header below the include folders alone, with the warnings that a careful user may have switched on.
+# Lists the headers and stops at the first that doesn't compile.
+set -euo pipefail
+compiler=$1
+shift
+
+folders=()
+flags=(-std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+while (($#)) && [[ $1 != -- ]]; do
+  folders+=("$1")
+  flags+=(-I "$1")
+  shift
+done
+shift
+for folder in "$@"; do
+  flags+=(-isystem "$folder")
+done
+
+count=0
+for folder in "${folders[@]}"; do
+  while IFS= read -r header; do
+    # Included from a source of its own: a header compiled as the main file would be warned of its "#pragma once".
+    if ! printf '#include <%s>\n' "$header" | "$compiler" "${flags[@]}" -x c++ -; then
+      printf 'FAILED   %s\n' "$header"
+      exit 1
+    fi
+    printf 'compiles %s\n' "$header"
+    count=$((count + 1))
+  done < <(cd "$folder" && find . -name '*.h' -printf '%P\n' | sort)
+done
+printf '%d headers compile on their own.\n' "$count"
+((count > 0))
