@@ -1,14 +1,20 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include <rix/properties/BaseProperty.h>
+#include <rix/properties/SafeCast.h>
 #include <rix/properties/Serialization.h>
 #include <rix/rules/Rules.h>
 
 namespace rix {
+
+template <class T>
+class RIX_EXPORT Property;
 
 /// State of a property whose value has type `T`.
 template <class T>
@@ -19,7 +25,12 @@ public:
 
     void addRule(std::shared_ptr<Rules<Property<T>>> rule) { m_rules.push_back(std::move(rule)); }
     /// Removes the first entry of `rule`; nothing when it is not attached.
-    void removeRule(const std::shared_ptr<Rules<Property<T>>>& rule) { std::erase(m_rules, rule); }
+    void removeRule(const std::shared_ptr<Rules<Property<T>>>& rule) {
+        const auto found = std::find(m_rules.begin(), m_rules.end(), rule);
+        if (found != m_rules.end()) {
+            m_rules.erase(found);
+        }
+    }
 
     String describeType() const override { return ValueTypeName<T>::get(); }
     std::vector<String> describeRules() const override {
@@ -96,8 +107,10 @@ public:
     const PropertyPrivate<T>* getImpl() const override { return m_private.get(); }
 
 protected:
-    /// For the choices, which keep more state.
-    explicit Property(std::unique_ptr<PropertyPrivate<T>> state) : m_private(std::move(state)) {}
+    /// For the choices, which keep more state. It is made before the property, which enters itself here.
+    explicit Property(std::unique_ptr<PropertyPrivate<T>> state) : m_private(std::move(state)) {
+        m_private->m_property = this;
+    }
 
 private:
     std::unique_ptr<PropertyPrivate<T>> m_private;

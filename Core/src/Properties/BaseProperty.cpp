@@ -1,0 +1,88 @@
+#include <rix/properties/BaseProperty.h>
+
+#include <utility>
+
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/properties/RealToInt.h>
+
+namespace rix {
+
+BasePropertyPrivate::BasePropertyPrivate(BaseProperty* owningProperty) : m_property(owningProperty) {}
+BasePropertyPrivate::~BasePropertyPrivate() = default;
+
+void BasePropertyPrivate::setDataRangeProvider(std::unique_ptr<DataRangeProvider> provider) {
+    m_dataRangeProvider = std::move(provider);
+}
+
+DataRangeProvider::~DataRangeProvider() = default;
+
+BaseProperty::~BaseProperty() = default;
+
+String BaseProperty::getName() const {
+    return getImpl()->m_name;
+}
+
+String BaseProperty::getDescription() const {
+    return getImpl()->m_description;
+}
+
+void BaseProperty::setDescription(const String& description) {
+    getImpl()->m_description = description;
+}
+
+void BaseProperty::setIsInputOutput(bool inputOutput) {
+    getImpl()->m_inputOutput = inputOutput;
+}
+
+bool BaseProperty::isInputOutput() const {
+    return getImpl()->m_inputOutput;
+}
+
+bool BaseProperty::isLocked() const {
+    return getImpl()->m_locked;
+}
+
+bool BaseProperty::isEnable() const {
+    return getImpl()->m_enabled;
+}
+
+bool BaseProperty::isOutput() const {
+    const BaseAlgorithm* owner = getOwner();
+    return owner != nullptr && owner->isOutput(this);
+}
+
+BaseAlgorithm* BaseProperty::getOwner() {
+    return getImpl()->m_owner;
+}
+
+const BaseAlgorithm* BaseProperty::getOwner() const {
+    return getImpl()->m_owner;
+}
+
+PropertyVisibility BaseProperty::getVisibility() const {
+    return getImpl()->m_visibility;
+}
+
+void BaseProperty::setVisibility(const PropertyVisibility& visibility) {
+    getImpl()->m_visibility = visibility;
+}
+
+int BaseProperty::getVersion() const {
+    return getImpl()->m_version;
+}
+
+void BaseProperty::setVersion(double version) {
+    getImpl()->m_version = helper::truncateToInt32(version * 10.0);
+}
+
+DataRangeProvider* BaseProperty::getDataRangeProvider() const {
+    return getImpl()->m_dataRangeProvider.get();
+}
+
+void BaseProperty::notify() {
+    if (BaseAlgorithm* owner = getOwner()) {
+        owner->onPropertyChanged(this);
+    }
+}
+
+}  // namespace rix
