@@ -1,13 +1,12 @@
-# What an installation holds: the shared libraries, the public headers of every module, the program, the CMake package,
-# the pkg-config files, the pages and the sample pictures. Everything is found relative to where it lies, so that the
-# prefix may be chosen at installation time and the folder moved later.
+# What an installation holds beside the command line: the shared libraries, the public headers of every module, the CMake
+# package, the pkg-config files and the pages. Everything is found relative to where it lies, so that the prefix may be
+# chosen at installation time and the folder moved later.
 
 include(CMakePackageConfigHelpers)
 
 set(rix_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/lumora_rix)
 set(rix_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH rix_prefix_from_pkgconfig /prefix/${rix_pkgconfig_dir} /prefix)
-file(RELATIVE_PATH rix_lib_from_bin /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
 
 # rix_install_library(TARGET PACKAGE NAME) makes TARGET the imported target PACKAGE::NAME of users.
 function(rix_install_library TARGET PACKAGE NAME)
@@ -37,11 +36,6 @@ foreach(dir ${rix_include_dirs})
   install(DIRECTORY ${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 endforeach()
 
-if(TARGET rix)
-  set_target_properties(rix PROPERTIES INSTALL_RPATH "$ORIGIN/${rix_lib_from_bin}")
-  install(TARGETS rix RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
-
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/lumora_rix-config.cmake.in
   ${PROJECT_BINARY_DIR}/lumora_rix-config.cmake
   INSTALL_DESTINATION ${rix_package_dir}
@@ -54,4 +48,3 @@ install(FILES ${PROJECT_BINARY_DIR}/lumora_rix-config.cmake ${PROJECT_BINARY_DIR
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/images DESTINATION ${CMAKE_INSTALL_DATADIR}/lumora_rix)
