@@ -4,6 +4,7 @@
 // Property.h is included, whose last part this header is. To declare the others as well doubles what Property.h costs
 // (0.5 s of compile time), so they have a header of their own, RarePropertyInstances.h.
 
+#include <rix/properties/Property.h>
 #include <rix/properties/ValueTypes.h>
 
 // Macros, because an explicit instantiation cannot come out of a template. Each list is compiled by one source file.
