@@ -38,8 +38,8 @@ std::shared_ptr<ThresholdingByCriterion> ThresholdingByCriterion::New() {
     return std::make_shared<ThresholdingByCriterion>();
 }
 
-ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImplementation* implementation)
-    : BaseAlgorithm(algorithms::orMake<ThresholdingByCriterionPrivate>(implementation)) {
+ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImplementation* given)
+    : BaseAlgorithm(algorithms::orMake<ThresholdingByCriterionPrivate>(given)) {
     auto& state = static_cast<ThresholdingByCriterionPrivate&>(*implementation());
     addInput(state.inputGrayImage, "inputGrayImage", "The image whose voxels are compared.");
     AddRuleAssertNotNull()(state.inputGrayImage);
@@ -47,11 +47,11 @@ ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImpl
     AddRuleAssertIntegerOrFloating()(state.inputGrayImage);
     AddRuleAssertImageNotEmpty()(state.inputGrayImage);
     addInput(state.comparisonCriterion, "comparisonCriterion", "How a voxel is compared with the value.");
-    AddRuleIsAnEnumOfType(getInfoCriterionType())(state.comparisonCriterion);
+    AddRuleIsAnEnumOfType{getInfoCriterionType()}(state.comparisonCriterion);
     addInput(state.comparisonValue, "comparisonValue", "The value that voxels are compared with.");
     addOutput(state.outputBinaryImage, "outputBinaryImage", "1 where the comparison holds, 0 elsewhere.");
     AddRuleAssertNotNull()(state.outputBinaryImage);
-    AddRuleEnforceImage({RIX_UINT8, state.inputGrayImage, RIX_BINARY})(state.outputBinaryImage);
+    AddRuleEnforceImage(ImageCheck{RIX_UINT8, state.inputGrayImage, RIX_BINARY})(state.outputBinaryImage);
 }
 
 AlgoInfo& ThresholdingByCriterion::getClassInfo() const {

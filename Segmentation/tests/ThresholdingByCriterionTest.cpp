@@ -254,7 +254,7 @@ TEST(ThresholdingByCriterion, RefusesBadPropertiesByNameAndRunsAfterwards) {
         {"no output", [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(nullptr); },
          {"The parameter \"outputBinaryImage\" must be set."}},
         {"complex", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&complexImage); },
-         {"inputGrayImage", "complex float32", "float64"}},
+         {"inputGrayImage", "complex float32", "only integer or floating types"}},
         {"vectors", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&vectors); },
          {"inputGrayImage", "supports only scalar types", "2-Vector"}},
         {"empty", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&empty); }, {"inputGrayImage", "empty"}},

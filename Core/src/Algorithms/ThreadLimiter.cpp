@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include <tbb/global_control.h>
 #include <tbb/info.h>
 #include <tbb/task_arena.h>
 
@@ -69,17 +70,22 @@ ArenaStore& arenaStore() {
     return store;
 }
 
+/// The threads that oneTBB has to give: an arena of more would get no more, and oneTBB would complain aloud.
+int availableThreads() {
+    return std::max(1, static_cast<int>(tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism)));
+}
+
 int signOf(int value) {
     return (value > 0 ? 1 : 0) - (value < 0 ? 1 : 0);
 }
 
 }  // namespace
 
-ThreadLimiter::ThreadLimiter(int maximumThreads, int priority) : m_limit(maximumThreads) {
-    const bool limited = maximumThreads > 1;
-    if (limited || (priority != 0 && maximumThreads != 1)) {
-        const int threads = limited ? maximumThreads : static_cast<int>(defaultThreads());
-        m_arena = arenaStore().take(threads, signOf(priority));
+ThreadLimiter::ThreadLimiter(int maximumThreads, int priority)
+    : m_limit(maximumThreads > 0 ? std::min(maximumThreads, availableThreads()) : -1) {
+    const bool limited = m_limit > 1;
+    if (limited || (priority != 0 && m_limit != 1)) {
+        m_arena = arenaStore().take(limited ? m_limit : availableThreads(), signOf(priority));
     }
 }
 
