@@ -23,7 +23,7 @@ endif()
 add_library(rix_compile_options INTERFACE)
 target_compile_options(rix_compile_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
-  -Wold-style-cast -Wcast-align -Wnull-dereference -Wimplicit-fallthrough
+  -Wold-style-cast -Wnull-dereference -Wimplicit-fallthrough
   # Contracting a * b + c into one rounding would make results depend on the level of optimisation.
   -ffp-contract=off
   # The source position kept in exceptions must not show where the tree was built.

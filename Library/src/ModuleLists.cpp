@@ -1,1 +1,22 @@
-namespace rix {}
+// The order of the registry: module by module, from the bottom of the library to its top.
+
+#include <vector>
+
+#include <rix/algorithms/ModuleList.h>
+#include <rix/segmentation/Algorithms.h>
+
+namespace rix::algorithms {
+
+std::span<const AlgoInfoAccessor> libraryAlgorithms() {
+    static const std::vector<AlgoInfoAccessor> accessors = [] {
+        std::vector<AlgoInfoAccessor> list;
+        const auto append = [&list](std::span<const AlgoInfoAccessor> module) {
+            list.insert(list.end(), module.begin(), module.end());
+        };
+        append(segmentation::moduleAlgorithms());
+        return list;
+    }();
+    return accessors;
+}
+
+}  // namespace rix::algorithms

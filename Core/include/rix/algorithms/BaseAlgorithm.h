@@ -9,11 +9,11 @@
 #include <rix/algorithms/AlgorithmDescription.h>
 #include <rix/algorithms/InteractionInterface.h>
 #include <rix/algorithms/OptimLevel.h>
+#include <rix/properties/Property.h>
 
 namespace rix {
 
 class AlgoInfo;
-class BaseProperty;
 class Settings;
 
 namespace access {
@@ -149,7 +149,18 @@ protected:
     void addInput(BaseProperty& property, const String& name, const String& description);
     void addOutput(BaseProperty& property, const String& name, const String& description);
 
+    /// The private part that this object was made with.
     algorithms::AbstractPrivateImplementation* implementation() const;
+
+    /// The input or output at an index, in its own type: what the setters and getters of a concrete class stand on.
+    template <class T>
+    Property<T>& input(std::size_t index) const {
+        return static_cast<Property<T>&>(*getInputProperty(index));
+    }
+    template <class T>
+    Property<T>& output(std::size_t index) const {
+        return static_cast<Property<T>&>(*getOutputProperty(index));
+    }
 
 private:
     friend class algorithms::BaseAlgorithmPrivate;

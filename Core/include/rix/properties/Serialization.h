@@ -4,6 +4,7 @@
 #include <concepts>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <rix/Export.h>

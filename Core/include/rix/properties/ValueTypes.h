@@ -20,6 +20,10 @@
 #include <rix/properties/Scalar.h>
 #include <rix/properties/ScalarArray.h>
 
+// A declaration after the definition changes nothing, and g++ says so; which comes first is the includer's choice.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wattributes"
+
 namespace vessel {
 template <class T>
 class VESSEL_EXPORT ArrayX;
@@ -43,3 +47,5 @@ class RIX_EXPORT LabelPolygons2d;
 }
 
 }  // namespace rix
+
+#pragma GCC diagnostic pop

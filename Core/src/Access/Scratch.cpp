@@ -1,0 +1,94 @@
+#include <rix/access/Scratch.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <string>
+
+#include <rix/exceptions/Exception.h>
+
+namespace rix::access {
+
+namespace {
+
+constexpr std::align_val_t scratchAlignment{64};
+constexpr std::size_t granularity = 4096;
+/// A store keeps at most this many buffers, none larger than `largestKept`: a thread's idle memory is bounded.
+constexpr std::size_t keptBuffers = 16;
+constexpr std::size_t largestKept = std::size_t{4} << 20;
+
+/// The free buffers of one thread.
+class ThreadStore {
+public:
+    struct Buffer {
+        RawData data = nullptr;
+        std::size_t capacity = 0;
+    };
+
+    ~ThreadStore() {
+        for (std::size_t i = 0; i < m_count; ++i) {
+            ::operator delete(m_free[i].data, scratchAlignment);
+        }
+    }
+
+    /// The smallest free buffer that is large enough, or none.
+    Buffer take(std::size_t bytes) {
+        std::size_t best = m_count;
+        for (std::size_t i = 0; i < m_count; ++i) {
+            if (m_free[i].capacity >= bytes && (best == m_count || m_free[i].capacity < m_free[best].capacity)) {
+                best = i;
+            }
+        }
+        if (best == m_count) {
+            return {};
+        }
+        std::swap(m_free[best], m_free[--m_count]);
+        return m_free[m_count];
+    }
+
+    bool give(const Buffer& buffer) {
+        if (m_count == keptBuffers || buffer.capacity > largestKept) {
+            return false;
+        }
+        m_free[m_count++] = buffer;
+        return true;
+    }
+
+private:
+    std::array<Buffer, keptBuffers> m_free{};
+    std::size_t m_count = 0;
+};
+
+ThreadStore& threadStore() {
+    thread_local ThreadStore store;
+    return store;
+}
+
+}  // namespace
+
+Scratch::Scratch(std::size_t bytes) {
+    const ThreadStore::Buffer kept = threadStore().take(bytes);
+    if (kept.data != nullptr) {
+        m_data = kept.data;
+        m_capacity = kept.capacity;
+        return;
+    }
+    const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
+    if (capacity < bytes) {
+        throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
+    }
+    try {
+        m_data = static_cast<RawData>(::operator new(capacity, scratchAlignment));
+    } catch (const std::bad_alloc&) {
+        throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
+    }
+    m_capacity = capacity;
+}
+
+Scratch::~Scratch() {
+    if (m_data != nullptr && !threadStore().give({m_data, m_capacity})) {
+        ::operator delete(m_data, scratchAlignment);
+    }
+}
+
+}  // namespace rix::access

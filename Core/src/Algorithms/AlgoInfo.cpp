@@ -1,0 +1,116 @@
+#include <rix/algorithms/AlgoInfo.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/ModuleList.h>
+#include <rix/exceptions/Exception.h>
+
+namespace rix {
+
+struct AlgoInfoPrivate {
+    String name;
+    String libraryName;
+    AlgoInfo::Factory factory;
+    AlgoVisibilityType visibility;
+    String deprecationVersion;
+    std::vector<std::shared_ptr<Runnable>> runners;
+};
+
+namespace {
+
+/// The ordered list of all records.
+std::vector<AlgoInfo*>& registry() {
+    static std::vector<AlgoInfo*> records = [] {
+        std::vector<AlgoInfo*> list;
+        for (const algorithms::AlgoInfoAccessor getInfo : algorithms::libraryAlgorithms()) {
+            list.push_back(&getInfo());
+        }
+        return list;
+    }();
+    return records;
+}
+
+}  // namespace
+
+AlgoInfo::AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
+                   const String& deprecationVersion)
+    : m_private(std::make_unique<AlgoInfoPrivate>(
+          AlgoInfoPrivate{name, libraryName, factory, visibility, deprecationVersion, {}})) {}
+
+AlgoInfo::~AlgoInfo() = default;
+
+String AlgoInfo::getName() const {
+    return m_private->name;
+}
+
+String AlgoInfo::getLibName() const {
+    return m_private->libraryName;
+}
+
+AlgoVisibilityType AlgoInfo::getAlgoVisibility() const {
+    return m_private->visibility;
+}
+
+String AlgoInfo::getDeprecationVersion() const {
+    return m_private->deprecationVersion;
+}
+
+std::unique_ptr<BaseAlgorithm> AlgoInfo::createInstance(
+    algorithms::AbstractPrivateImplementation* implementation) const {
+    return m_private->factory(implementation);
+}
+
+void AlgoInfo::addRunner(Runnable* runner) {
+    addRunner(std::shared_ptr<Runnable>(runner));
+}
+
+void AlgoInfo::addRunner(std::shared_ptr<Runnable> runner) {
+    m_private->runners.push_back(std::move(runner));
+}
+
+void AlgoInfo::removeRunner(Runnable* runner) {
+    auto& runners = m_private->runners;
+    const auto found =
+        std::find_if(runners.begin(), runners.end(), [runner](const auto& held) { return held.get() == runner; });
+    if (found != runners.end()) {
+        runners.erase(found);
+    }
+}
+
+const std::vector<std::shared_ptr<Runnable>>& AlgoInfo::getRunners() const {
+    return m_private->runners;
+}
+
+std::size_t AlgoInfo::getNumOfAlgorithm() {
+    return registry().size();
+}
+
+AlgoInfo& AlgoInfo::getAlgorithmsInfoByIndex(std::size_t index) {
+    const auto& records = registry();
+    if (index >= records.size()) {
+        throw BadIndex("index <" + std::to_string(index) + "> must be less than " + std::to_string(records.size()));
+    }
+    return *records[index];
+}
+
+AlgoInfo& AlgoInfo::fromName(const String& name) {
+    for (AlgoInfo* const info : registry()) {
+        if (info->getName() == name) {
+            return *info;
+        }
+    }
+    throw InvalidCall("The className " + name + " does not exist");
+}
+
+void AlgoInfo::registerClass(AlgoInfo& info) {
+    registry().push_back(&info);
+}
+
+void AlgoInfo::unregisterClass(AlgoInfo& info) {
+    std::erase(registry(), &info);
+}
+
+}  // namespace rix

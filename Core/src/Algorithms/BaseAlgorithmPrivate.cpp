@@ -1,0 +1,265 @@
+#include "BaseAlgorithmPrivate.h"
+
+#include <exception>
+#include <new>
+
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/properties/BaseProperty.h>
+
+#include "GenericIterator.h"
+#include "ThreadLimiter.h"
+#include "ThreadPriority.h"
+#include "Worker.h"
+
+namespace rix::algorithms {
+
+namespace {
+
+/// How often progress is handed on. It never delays the end of a run.
+constexpr std::chrono::milliseconds talkPeriod{100};
+
+}  // namespace
+
+/// Whatever happens, a run leaves the algorithm unlocked, not running and ready for the next run.
+class BaseAlgorithmPrivate::RunGuard {
+public:
+    explicit RunGuard(BaseAlgorithmPrivate& run) : m_run(run) {
+        m_run.m_implementation->attach(&m_run.m_algorithm);
+        m_run.m_lastRunLevel.reset();
+        BaseAlgorithmPrivate* const parent = m_run.parentPrivate();
+        m_run.m_progression.reset(parent != nullptr ? &parent->m_progression : nullptr);
+        m_run.setMessage(String());
+    }
+    ~RunGuard() {
+        m_run.m_interaction = nullptr;
+        m_run.m_implementation->detach();
+        m_run.m_algorithm.lockAllProperties(false);
+        m_run.m_internalRunStarted = false;
+        m_run.m_running = false;
+    }
+    RunGuard(const RunGuard&) = delete;
+    RunGuard& operator=(const RunGuard&) = delete;
+
+private:
+    BaseAlgorithmPrivate& m_run;
+};
+
+BaseAlgorithmPrivate::BaseAlgorithmPrivate(BaseAlgorithm& algorithm, AbstractPrivateImplementation* implementation)
+    : m_algorithm(algorithm), m_implementation(implementation), m_settings(globalSettings()) {}
+
+BaseAlgorithmPrivate* BaseAlgorithmPrivate::parentPrivate() const {
+    return m_parent != nullptr ? m_parent->m_private.get() : nullptr;
+}
+
+void BaseAlgorithmPrivate::run(InteractionInterface* interaction) {
+    if (m_running.exchange(true)) {
+        return;
+    }
+    try {
+        const RunGuard guard(*this);
+        runGuarded(interaction);
+    } catch (Exception& exception) {
+        exception.addInfoLevel(runLabel());
+        throw;
+    } catch (const ExceptionCancelation& cancelation) {
+        UserCancelException exception(cancelation.what());
+        exception.addInfoLevel(runLabel());
+        throw exception;
+    } catch (const std::bad_alloc&) {
+        UnexpectedError exception("Memory is exhausted: an allocation during the run failed.");
+        exception.addInfoLevel(runLabel());
+        throw exception;
+    } catch (const std::exception& other) {
+        UnexpectedError exception(other.what());
+        exception.addInfoLevel(runLabel());
+        throw exception;
+    } catch (...) {
+        UnexpectedError exception("undefined exception");
+        exception.addInfoLevel(runLabel());
+        throw exception;
+    }
+    if (interaction != nullptr) {
+        talk(*interaction);  // progress 1
+    }
+}
+
+String BaseAlgorithmPrivate::runLabel() const {
+    const AlgoInfo& info = m_algorithm.getClassInfo();
+    return "Error in algorithm " + info.getName() + " of library " + info.getLibName();
+}
+
+void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
+    const BaseAlgorithmPrivate* const parent = parentPrivate();
+    const int limit = m_settings.getMaximumNumberOfThreads();
+    // A child with its parent's limit is inside its parent's arena already.
+    const bool limitIsParents = parent != nullptr && limit == parent->m_settings.getMaximumNumberOfThreads();
+    const int priority = parent == nullptr ? m_settings.getThreadPriority() : 0;
+    const ThreadLimiter limiter(limitIsParents ? -1 : limit, priority);
+    m_threads = limitIsParents ? parent->m_threads : limiter.threads();
+
+    m_algorithm.lockAllProperties(true);
+    m_algorithm.applyAllRules();
+    refuseTooMuchMemory();
+
+    const auto work = [&] {
+        const ThreadPriority threadPriority(priority);
+        limiter.execute([this] { internalRun(); });
+    };
+    if (runsInCallersThread()) {
+        if (parent == nullptr) {
+            m_interaction = interaction;
+            m_callersThread = std::this_thread::get_id();
+            m_lastTalk = std::chrono::steady_clock::now();
+        }
+        work();
+    } else {
+        runInWorker(work, talkPeriod, [this, interaction] {
+            if (interaction != nullptr) {
+                try {
+                    talk(*interaction);
+                } catch (...) {
+                    m_algorithm.cancelExecution();
+                    throw;
+                }
+            }
+        });
+    }
+}
+
+void BaseAlgorithmPrivate::refuseTooMuchMemory() const {
+    const std::size_t limit = m_algorithm.getMaximumExtraMemoryUsageInBytes();
+    if (limit == 0) {
+        return;
+    }
+    const std::size_t needed = m_algorithm.describe().extraMemory;
+    if (needed > limit) {
+        throw MemoryError("The run needs " + std::to_string(needed) + " bytes of extra memory; the limit is " +
+                          std::to_string(limit) + " bytes.");
+    }
+}
+
+bool BaseAlgorithmPrivate::runsInCallersThread() const {
+    return m_parent != nullptr || m_settings.getMaximumNumberOfThreads() == 1 ||
+           devices::Cpu::logicalProcessors() == 1;
+}
+
+void BaseAlgorithmPrivate::internalRun() {
+    m_internalRunStarted = true;
+    if (m_iterateSequence || m_iterateSpectral) {
+        GenericIterator iterator(m_algorithm, m_iterateSequence, m_iterateSpectral);
+        if (iterator.run(*this, [this] { dispatchLevels(); })) {
+            m_progression.finish();
+            return;
+        }
+    }
+    dispatchLevels();
+    m_progression.finish();
+}
+
+void BaseAlgorithmPrivate::dispatchLevels() {
+    Outcome outcome = Outcome::NoRunner;
+    const int maximum = m_algorithm.getMaxOptimLevel();
+    if (m_autoDispatch) {
+        for (int level = maximum; level >= 0 && outcome != Outcome::Success; --level) {
+            outcome = tryLevel(level);
+        }
+    } else if (m_forcedLevel <= maximum) {
+        outcome = tryLevel(m_forcedLevel);
+    } else {
+        throw UnexpectedError("forced optim level higher than max optim level");
+    }
+    if (outcome == Outcome::NoRunner) {
+        throw RunForException("no runner found for algorithm");
+    }
+    if (outcome == Outcome::NotRunnable) {
+        throw RunForException("no runner runnable with associated data");
+    }
+}
+
+BaseAlgorithmPrivate::Outcome BaseAlgorithmPrivate::tryLevel(int level) {
+    Outcome outcome = Outcome::NoRunner;
+    for (const std::shared_ptr<Runnable>& runner : m_algorithm.getClassInfo().getRunners()) {
+        if (runner->getOptimType() != level) {
+            continue;
+        }
+        if (runner->isRunnable(&m_algorithm)) {
+            runner->run(&m_algorithm);
+            throwIfCancelled();
+            m_lastRunLevel = static_cast<OptimLevelType>(level);
+            return Outcome::Success;
+        }
+        outcome = Outcome::NotRunnable;
+    }
+    return outcome;
+}
+
+bool BaseAlgorithmPrivate::isRunCancelled() const {
+    const BaseAlgorithmPrivate* const parent = parentPrivate();
+    return m_implementation->isCancelled() || (parent != nullptr && parent->isRunCancelled());
+}
+
+void BaseAlgorithmPrivate::blockDone(double work) {
+    m_progression.add(work);
+    BaseAlgorithmPrivate* root = this;
+    while (root->m_parent != nullptr) {
+        root = root->parentPrivate();
+    }
+    root->talkFromCallersThread();
+}
+
+void BaseAlgorithmPrivate::talkFromCallersThread() {
+    if (m_interaction == nullptr || std::this_thread::get_id() != m_callersThread) {
+        return;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    if (now - m_lastTalk >= talkPeriod) {
+        m_lastTalk = now;
+        talk(*m_interaction);
+    }
+}
+
+void BaseAlgorithmPrivate::talk(InteractionInterface& interaction) {
+    interaction.setProgress(m_progression.value());
+    interaction.setProgressionMessage(m_algorithm.getProgressionMessage());
+    String name;
+    String value;
+    m_algorithm.getProgressionData(name, value);
+    interaction.setProgressionData(name, value);
+    if (interaction.isCancelRequested()) {
+        m_algorithm.cancelExecution();
+    }
+}
+
+void BaseAlgorithmPrivate::setMessage(const String& message) {
+    {
+        const std::lock_guard lock(m_textMutex);
+        m_message = message;
+    }
+    if (BaseAlgorithmPrivate* const parent = parentPrivate(); parent != nullptr && !message.empty()) {
+        parent->setMessage(message);
+    }
+}
+
+void BaseAlgorithmPrivate::setData(const String& name, const String& value) {
+    {
+        const std::lock_guard lock(m_textMutex);
+        m_dataName = name;
+        m_dataValue = value;
+    }
+    if (BaseAlgorithmPrivate* const parent = parentPrivate(); parent != nullptr) {
+        parent->setData(name, value);
+    }
+}
+
+access::BlockScheduler& BaseAlgorithmPrivate::scheduler() const {
+    for (const BaseAlgorithmPrivate* run = this; run != nullptr; run = run->parentPrivate()) {
+        if (run->m_scheduler != nullptr) {
+            return *run->m_scheduler;
+        }
+    }
+    return m_threads == 1 ? access::serialScheduler() : access::parallelScheduler();
+}
+
+}  // namespace rix::algorithms

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/ExecutionContext.h>
+#include <rix/algorithms/AbstractPrivateImplementation.h>
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/settings/Settings.h>
+
+#include "Progression.h"
+
+namespace rix::algorithms {
+
+/// State of an algorithm object and the procedure of its run.
+class BaseAlgorithmPrivate final : public access::ExecutionContext {
+public:
+    BaseAlgorithmPrivate(BaseAlgorithm& algorithm, AbstractPrivateImplementation* implementation);
+
+    void run(InteractionInterface* interaction);
+    bool isRunCancelled() const;
+    void setMessage(const String& message);
+    void setData(const String& name, const String& value);
+
+    // access::ExecutionContext
+    bool isCancelled() const override { return isRunCancelled(); }
+    void blockDone(double work) override;
+    void declareSteps(std::size_t steps) override { m_progression.declareSteps(steps); }
+    void startStep(double work) override { m_progression.startStep(work); }
+    access::BlockScheduler& scheduler() const override;
+    std::size_t maximumThreads() const override { return m_threads; }
+
+    BaseAlgorithm& m_algorithm;
+    std::unique_ptr<AbstractPrivateImplementation> m_implementation;
+    std::vector<BaseProperty*> m_inputs;
+    std::vector<BaseProperty*> m_outputs;
+    Settings m_settings;
+    OptimLevelType m_forcedLevel = SCALAR;
+    bool m_autoDispatch = true;
+    bool m_iterateSpectral = false;
+    bool m_iterateSequence = false;
+    std::atomic<bool> m_running{false};
+    std::atomic<bool> m_internalRunStarted{false};
+    BaseAlgorithm* m_parent = nullptr;
+    Progression m_progression;
+    mutable std::mutex m_textMutex;  ///< guards the message and the data
+    String m_message;
+    String m_dataName;
+    String m_dataValue;
+    std::shared_ptr<access::BlockScheduler> m_scheduler;
+    std::optional<OptimLevelType> m_lastRunLevel;
+
+private:
+    class RunGuard;
+    enum class Outcome { NoRunner, NotRunnable, Success };
+
+    void runGuarded(InteractionInterface* interaction);
+    void refuseTooMuchMemory() const;
+    bool runsInCallersThread() const;
+    void internalRun();
+    void dispatchLevels();
+    Outcome tryLevel(int level);
+    String runLabel() const;
+    BaseAlgorithmPrivate* parentPrivate() const;
+
+    /// Hands progress to the person who waits and takes the request to cancel from them.
+    void talk(InteractionInterface& interaction);
+    void talkFromCallersThread();
+
+    std::size_t m_threads = 1;
+    /// Set while the run is in the caller's thread, which then has to talk between blocks.
+    InteractionInterface* m_interaction = nullptr;
+    std::thread::id m_callersThread;
+    std::chrono::steady_clock::time_point m_lastTalk;
+};
+
+}  // namespace rix::algorithms

@@ -1,0 +1,135 @@
+#include <rix/devices/Cpu.h>
+
+#include <initializer_list>
+#include <memory>
+#include <mutex>
+
+#include <libcpuid/libcpuid.h>
+#include <sys/sysinfo.h>
+
+#include "ThreadLimiter.h"
+
+namespace rix::devices {
+
+namespace {
+
+struct Detected {
+    String name = "unknown";
+    std::size_t memory = 0;
+    std::size_t lastLevelCache = std::size_t{8} << 20;
+    bool sse = false;
+    bool avx = false;
+    bool avx512 = false;
+};
+
+/// The register states that the operating system saves (the extended control register 0).
+std::uint64_t savedRegisterStates() {
+    std::uint32_t low = 0;
+    std::uint32_t high = 0;
+    __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    return (std::uint64_t{high} << 32) | low;
+}
+
+Detected detectNow() {
+    Detected result;
+    struct sysinfo system {};
+    if (::sysinfo(&system) == 0) {
+        result.memory = static_cast<std::size_t>(system.totalram) * system.mem_unit;
+    }
+
+    cpu_raw_data_t raw{};
+    cpu_id_t id{};
+    if (!cpuid_present() || cpuid_get_raw_data(&raw) < 0 || cpu_identify(&raw, &id) < 0) {
+        return result;  // only the scalar level is then offered
+    }
+    result.name = id.brand_str;
+    for (const int kibibytes : {static_cast<int>(id.l3_cache), static_cast<int>(id.l2_cache)}) {
+        if (kibibytes > 0) {
+            result.lastLevelCache = static_cast<std::size_t>(kibibytes) << 10;
+            break;
+        }
+    }
+
+    const auto hasAll = [&id](std::initializer_list<cpu_feature_t> features) {
+        for (const cpu_feature_t feature : features) {
+            if (id.flags[feature] == 0) {
+                return false;
+            }
+        }
+        return true;
+    };
+    result.sse = hasAll({CPU_FEATURE_SSSE3, CPU_FEATURE_SSE4_1, CPU_FEATURE_SSE4_2, CPU_FEATURE_AES,
+                         CPU_FEATURE_PCLMUL});
+    if (!result.sse || !hasAll({CPU_FEATURE_OSXSAVE})) {
+        return result;
+    }
+    // The processor having wide registers is not enough: the operating system must save them.
+    constexpr std::uint64_t ymmStates = 0x06;
+    constexpr std::uint64_t zmmStates = 0xe6;
+    const std::uint64_t saved = savedRegisterStates();
+    result.avx = (saved & ymmStates) == ymmStates &&
+                 hasAll({CPU_FEATURE_AVX, CPU_FEATURE_AVX2, CPU_FEATURE_FMA3, CPU_FEATURE_F16C, CPU_FEATURE_BMI1,
+                         CPU_FEATURE_BMI2, CPU_FEATURE_POPCNT});
+    result.avx512 = result.avx && (saved & zmmStates) == zmmStates &&
+                    hasAll({CPU_FEATURE_AVX512F, CPU_FEATURE_AVX512BW, CPU_FEATURE_AVX512CD, CPU_FEATURE_AVX512DQ,
+                            CPU_FEATURE_AVX512VL});
+    return result;
+}
+
+std::mutex detectionMutex;
+std::shared_ptr<const Detected> detection;
+
+std::shared_ptr<const Detected> detected() {
+    const std::lock_guard lock(detectionMutex);
+    if (detection == nullptr) {
+        detection = std::make_shared<const Detected>(detectNow());
+    }
+    return detection;
+}
+
+}  // namespace
+
+std::size_t Cpu::logicalProcessors() {
+    return algorithms::ThreadLimiter::defaultThreads();
+}
+
+std::size_t Cpu::memory() {
+    return detected()->memory;
+}
+
+std::size_t Cpu::lastLevelCache() {
+    return detected()->lastLevelCache;
+}
+
+String Cpu::name() {
+    return detected()->name;
+}
+
+bool Cpu::supports(OptimLevelType level) {
+    switch (level) {
+        case SCALAR:
+            return true;
+        case VEC_SSE:
+            return detected()->sse;
+        case VEC_AVX:
+            return detected()->avx;
+        case GPU:
+            break;
+    }
+    return false;
+}
+
+bool Cpu::hasAvx512() {
+    return detected()->avx512;
+}
+
+void Cpu::detect() {
+    detected();
+}
+
+void Cpu::release() {
+    const std::lock_guard lock(detectionMutex);
+    detection.reset();
+}
+
+}  // namespace rix::devices

@@ -1,0 +1,57 @@
+#include <rix/Library.h>
+
+#include <Eigen/Core>
+#ifdef RIX_HAVE_MKL
+#include <mkl_service.h>
+#endif
+
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/devices/Cpu.h>
+#include <rix/settings/Settings.h>
+
+#include "Plugins.h"
+#include "ThreadLimiter.h"
+#include "Worker.h"
+
+namespace rix {
+
+namespace {
+
+constexpr const char* initializedKey = "RIX_LIBRARY_INITIALIZED";
+
+}  // namespace
+
+void init() {
+    if (globalSettings().getValueAsBool(initializedKey, false)) {
+        return;
+    }
+    AlgoInfo::getNumOfAlgorithm();  // fills the registry, which is only read from here on
+    devices::Cpu::detect();
+#ifdef RIX_HAVE_MKL
+    mkl_set_num_threads(1);
+#endif
+    Eigen::setNbThreads(1);
+    globalSettings().setValueAsBool(initializedKey, true);
+}
+
+void finish() {
+    finishPlugins();
+    algorithms::releaseIdleWorkers();
+    algorithms::ThreadLimiter::releaseArenas();
+    devices::Cpu::release();
+    globalSettings().setValueAsBool(initializedKey, false);
+}
+
+void initPlugins(const String& path) {
+    algorithms::loadPlugins(path);
+}
+
+void finishPlugins() {
+    algorithms::unloadPlugins();
+}
+
+const char* version() noexcept {
+    return RIX_VERSION;
+}
+
+}  // namespace rix

@@ -1,0 +1,154 @@
+#include "Worker.h"
+
+#include <condition_variable>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace rix::algorithms {
+
+namespace {
+
+/// A thread that waits for jobs.
+class Worker {
+public:
+    Worker() : m_thread([this] { loop(); }) {}
+
+    ~Worker() {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stop = true;
+        }
+        m_wake.notify_one();
+        m_thread.join();
+    }
+
+    void start(access::FunctionRef<void()> job) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_job = job;
+            m_done = false;
+            m_error = nullptr;
+        }
+        m_wake.notify_one();
+    }
+
+    /// True when the job ended within the time.
+    bool waitFor(std::chrono::milliseconds period) {
+        std::unique_lock lock(m_mutex);
+        return m_ended.wait_for(lock, period, [this] { return m_done; });
+    }
+
+    void wait() {
+        std::unique_lock lock(m_mutex);
+        m_ended.wait(lock, [this] { return m_done; });
+    }
+
+    std::exception_ptr takeError() { return std::exchange(m_error, nullptr); }
+
+private:
+    void loop() {
+        std::unique_lock lock(m_mutex);
+        while (true) {
+            m_wake.wait(lock, [this] { return m_stop || m_job.has_value(); });
+            if (m_stop) {
+                return;
+            }
+            const access::FunctionRef<void()> job = *m_job;
+            m_job.reset();
+            lock.unlock();
+            std::exception_ptr error;
+            try {
+                job();
+            } catch (...) {
+                error = std::current_exception();
+            }
+            lock.lock();
+            m_error = std::move(error);
+            m_done = true;
+            m_ended.notify_one();
+        }
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::condition_variable m_ended;
+    std::optional<access::FunctionRef<void()>> m_job;
+    bool m_done = false;
+    bool m_stop = false;
+    std::exception_ptr m_error;
+    std::thread m_thread;  // last: it uses the others
+};
+
+/// The idle workers of the process.
+class WorkerPool {
+public:
+    std::unique_ptr<Worker> take() {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (!m_idle.empty()) {
+                std::unique_ptr<Worker> worker = std::move(m_idle.back());
+                m_idle.pop_back();
+                return worker;
+            }
+        }
+        return std::make_unique<Worker>();
+    }
+
+    void give(std::unique_ptr<Worker> worker) {
+        const std::lock_guard lock(m_mutex);
+        if (m_idle.size() < keptWorkers) {
+            m_idle.push_back(std::move(worker));
+        }
+    }
+
+    void release() {
+        std::vector<std::unique_ptr<Worker>> idle;
+        const std::lock_guard lock(m_mutex);
+        idle.swap(m_idle);
+    }
+
+private:
+    static constexpr std::size_t keptWorkers = 16;
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<Worker>> m_idle;
+};
+
+WorkerPool& workerPool() {
+    static WorkerPool pool;
+    return pool;
+}
+
+}  // namespace
+
+void runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds period, access::FunctionRef<void()> tick) {
+    std::unique_ptr<Worker> worker = workerPool().take();
+    worker->start(job);
+    std::exception_ptr tickError;
+    while (tickError == nullptr && !worker->waitFor(period)) {
+        try {
+            tick();
+        } catch (...) {
+            tickError = std::current_exception();
+        }
+    }
+    worker->wait();
+    const std::exception_ptr jobError = worker->takeError();
+    workerPool().give(std::move(worker));
+    if (tickError != nullptr) {
+        std::rethrow_exception(tickError);
+    }
+    if (jobError != nullptr) {
+        std::rethrow_exception(jobError);
+    }
+}
+
+void releaseIdleWorkers() {
+    workerPool().release();
+}
+
+}  // namespace rix::algorithms

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+
+#include <rix/access/FunctionRef.h>
+
+namespace rix::algorithms {
+
+/// Runs `job` in a worker thread and waits for its end, calling `tick` in the calling thread after every `period`.
+///
+/// Workers are kept and reused, since starting a thread costs more than a small image. The caller wakes at once when
+/// the job ends, whatever the period. What `job` throws is thrown here. When `tick` throws, it is not called again;
+/// its exception is thrown once the job has ended, so it should ask the job to stop first.
+void runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds period, access::FunctionRef<void()> tick);
+
+/// Ends the workers that are idle; later runs start new ones.
+void releaseIdleWorkers();
+
+}  // namespace rix::algorithms

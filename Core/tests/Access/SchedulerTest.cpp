@@ -1,0 +1,93 @@
+// Distribution of blocks: every block once, reductions along one tree, failures out of blocks.
+
+#include <atomic>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+
+namespace rix::access {
+namespace {
+
+struct NamedScheduler {
+    const char* name;
+    BlockScheduler* scheduler;
+};
+
+class Schedulers : public testing::TestWithParam<int> {
+protected:
+    BlockScheduler& scheduler() {
+        static ShuffledScheduler shuffled(7);
+        return GetParam() == 0 ? serialScheduler() : GetParam() == 1 ? parallelScheduler() : shuffled;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(All, Schedulers, testing::Values(0, 1, 2));
+
+TEST_P(Schedulers, RunEveryBlockOnce) {
+    for (const std::size_t count : {0U, 1U, 2U, 7U, 1000U}) {
+        std::vector<std::atomic<int>> visits(count);
+        scheduler().forEach(count, [&](std::size_t i) { ++visits[i]; });
+        for (std::size_t i = 0; i < count; ++i) {
+            EXPECT_EQ(visits[i], 1) << "block " << i << " of " << count;
+        }
+    }
+}
+
+TEST_P(Schedulers, HandOutTheExceptionOfABlock) {
+    EXPECT_THROW(scheduler().forEach(100,
+                                     [](std::size_t i) {
+                                         if (i == 37) {
+                                             throw std::out_of_range("37");
+                                         }
+                                     }),
+                 std::out_of_range);
+}
+
+/// Writes down the tree of its joins: "(0-2(2-3 3-5))".
+class Tree : public ReductionBody {
+public:
+    std::unique_ptr<ReductionBody> split() const override { return std::make_unique<Tree>(); }
+    void process(std::size_t first, std::size_t last) override {
+        text += std::to_string(first) + "-" + std::to_string(last);
+    }
+    void join(ReductionBody& right) override { text = "(" + text + " " + static_cast<Tree&>(right).text + ")"; }
+    std::string text;
+};
+
+TEST_P(Schedulers, ReduceAlongTheSameTree) {
+    const auto treeOf = [](BlockScheduler& by, std::size_t count, std::size_t grain) {
+        Tree tree;
+        by.reduce(count, grain, tree);
+        return tree.text;
+    };
+    EXPECT_EQ(treeOf(scheduler(), 0, 1), "");
+    EXPECT_EQ(treeOf(scheduler(), 1, 1), "0-1");
+    EXPECT_EQ(treeOf(scheduler(), 5, 2), "(0-2 (2-3 3-5))");
+    for (const std::size_t count : {2U, 3U, 17U, 64U, 1001U}) {
+        for (const std::size_t grain : {1U, 3U, 50U}) {
+            EXPECT_EQ(treeOf(scheduler(), count, grain), treeOf(serialScheduler(), count, grain));
+        }
+    }
+}
+
+TEST(Shuffled, IsNotTheNaturalOrderAndRepeats) {
+    const auto orderOf = [](std::uint64_t seed) {
+        std::vector<std::size_t> order;
+        ShuffledScheduler scheduler(seed);
+        scheduler.forEach(20, [&](std::size_t i) { order.push_back(i); });
+        return order;
+    };
+    std::vector<std::size_t> natural(20);
+    std::iota(natural.begin(), natural.end(), std::size_t{0});
+    EXPECT_NE(orderOf(1), natural);
+    EXPECT_EQ(orderOf(1), orderOf(1));
+    EXPECT_NE(orderOf(1), orderOf(2));
+}
+
+}  // namespace
+}  // namespace rix::access

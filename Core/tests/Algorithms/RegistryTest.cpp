@@ -1,0 +1,123 @@
+// The registry of classes, starting and stopping the library, plug-ins.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/Library.h>
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/algorithms/ObjectInfo.h>
+#include <rix/devices/Cpu.h>
+#include <rix/image/MemoryImage.h>
+#include <rix/settings/Settings.h>
+
+#include "TestAlgorithms.h"
+
+namespace rix::test {
+namespace {
+
+using testing::HasSubstr;
+
+template <class Expected, class F>
+String messageOf(F&& call) {
+    try {
+        call();
+    } catch (const Expected& exception) {
+        return exception.getMessage();
+    }
+    ADD_FAILURE() << "no exception of the expected class";
+    return {};
+}
+
+TEST(Registry, EveryClassIsFoundByItsExactNameAndMakesWorkingObjects) {
+    const std::size_t count = AlgoInfo::getNumOfAlgorithm();
+    ASSERT_GT(count, 0U);
+    std::set<String> names;
+    for (std::size_t i = 0; i < count; ++i) {
+        AlgoInfo& info = AlgoInfo::getAlgorithmsInfoByIndex(i);
+        EXPECT_TRUE(names.insert(info.getName()).second) << info.getName() << " is listed twice";
+        EXPECT_EQ(&AlgoInfo::fromName(info.getName()), &info);
+        EXPECT_EQ(info.getLibName(), "lumora_rix");
+        const auto algorithm = info.createInstance(nullptr);
+        EXPECT_EQ(&algorithm->getClassInfo(), &info);
+        EXPECT_TRUE(algorithm->isOptimLevelSupported(SCALAR)) << info.getName() << " has no portable runner";
+        EXPECT_FALSE(algorithm->describe().summary.empty()) << info.getName();
+        String otherCase = info.getName();
+        otherCase[0] = static_cast<char>(std::tolower(otherCase[0]));
+        EXPECT_EQ(messageOf<InvalidCall>([&] { AlgoInfo::fromName(otherCase); }),
+                  "The className " + otherCase + " does not exist");
+    }
+    EXPECT_EQ(messageOf<BadIndex>([&] { AlgoInfo::getAlgorithmsInfoByIndex(count); }),
+              "index <" + std::to_string(count) + "> must be less than " + std::to_string(count));
+}
+
+TEST(Registry, RunnersAreKeptInOrderAndRemovedOnce) {
+    AlgoInfo info("Some", "tests", nullptr, AlgoVisibilityType::PUBLIC_ALGORITHM, "2.0");
+    auto* const first = new ScriptedRunner(SCALAR, {});
+    auto* const second = new ScriptedRunner(VEC_SSE, {});
+    info.addRunner(first);
+    info.addRunner(second);
+    ScriptedRunner stranger(GPU, {});
+    info.removeRunner(&stranger);
+    ASSERT_EQ(info.getRunners().size(), 2U);
+    info.removeRunner(first);
+    ASSERT_EQ(info.getRunners().size(), 1U);
+    EXPECT_EQ(info.getRunners().front().get(), second);
+    EXPECT_EQ(info.getDeprecationVersion(), "2.0");
+}
+
+TEST(Registry, ClassesOfOthersComeAndGo) {
+    AlgoInfo info("Foreign", "elsewhere", nullptr, AlgoVisibilityType::HIDDEN_ALGORITHM, "");
+    const std::size_t before = AlgoInfo::getNumOfAlgorithm();
+    AlgoInfo::registerClass(info);
+    EXPECT_EQ(&AlgoInfo::getAlgorithmsInfoByIndex(before), &info);
+    AlgoInfo::unregisterClass(info);
+    EXPECT_EQ(AlgoInfo::getNumOfAlgorithm(), before);
+}
+
+TEST(Objects, AreMadeByName) {
+    const auto image = std::static_pointer_cast<io::MemoryImage>(
+        ObjectInfo::getObjectInfoFromName("MemoryImage").createInstance());
+    EXPECT_EQ(image->getNumOf(COLUMNS), 0U);
+    EXPECT_EQ(messageOf<InvalidCall>([] { ObjectInfo::getObjectInfoFromName("memoryimage"); }),
+              "The className memoryimage does not exist");
+}
+
+TEST(Library, InitAndFinishAlternate) {
+    constexpr const char* key = "RIX_LIBRARY_INITIALIZED";
+    init();
+    EXPECT_EQ(globalSettings().getValue(key), "true");
+    init();
+    finish();
+    EXPECT_EQ(globalSettings().getValue(key), "false");
+    EXPECT_GT(AlgoInfo::getNumOfAlgorithm(), 0U) << "finish must not empty the registry";
+    init();
+    EXPECT_EQ(globalSettings().getValue(key), "true");
+    finish();
+
+    // A setting that says "initialised" (from the environment, say) makes init do nothing, and all works all the same.
+    globalSettings().setValue(key, "T");
+    init();
+    EXPECT_EQ(globalSettings().getValue(key), "T");
+    EXPECT_GE(devices::Cpu::logicalProcessors(), 1U);
+    EXPECT_TRUE(devices::Cpu::supports(SCALAR));
+    EXPECT_FALSE(devices::Cpu::supports(GPU));
+    globalSettings().remove(key);
+}
+
+TEST(Library, PluginFoldersThatAreNone) {
+    EXPECT_THAT(messageOf<FileSystemError>([] { initPlugins("/nowhere/at/all"); }), HasSubstr("/nowhere/at/all"));
+    const auto folder = std::filesystem::temp_directory_path() / "rix-plugin-test";
+    std::filesystem::create_directories(folder);
+    EXPECT_NO_THROW(initPlugins(folder.string())) << "an empty folder";
+    std::ofstream(folder / "text.so") << "no library";
+    EXPECT_THAT(messageOf<LoadingError>([&] { initPlugins(folder.string()); }), HasSubstr("text.so cannot be loaded"));
+    std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace rix::test

@@ -1,0 +1,385 @@
+// The life of one run: threads, levels, outcomes, failures, cancellation, progress, and that the algorithm is ready
+// for the next run whatever happened.
+
+#include <atomic>
+#include <chrono>
+#include <new>
+#include <stdexcept>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/ExecutionContext.h>
+#include <rix/algorithms/InteractionInterface.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/settings/Settings.h>
+
+#include "TestAlgorithms.h"
+
+namespace rix::test {
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+void expectReady(ScriptedAlgorithm& algorithm) {
+    EXPECT_FALSE(algorithm.running());
+    EXPECT_FALSE(algorithm.number().isLocked());
+    EXPECT_FALSE(algorithm.outputImage().isLocked());
+}
+
+/// Runs and returns the exception's levels, innermost first; fails when there is none or it is of another class.
+template <class Expected>
+std::vector<String> failureOf(ScriptedAlgorithm& algorithm) {
+    std::vector<String> messages;
+    try {
+        algorithm.run();
+        ADD_FAILURE() << "the run did not fail";
+    } catch (const Expected& exception) {
+        for (const auto& level : exception.getLevels()) {
+            messages.push_back(level.message);
+        }
+    } catch (const std::exception& other) {
+        ADD_FAILURE() << "another exception: " << other.what();
+    }
+    expectReady(algorithm);
+    return messages;
+}
+
+constexpr const char* outerLevel = "Error in algorithm ScriptedAlgorithm of library tests";
+
+TEST(Run, HappensInAWorkerUnlessTheSettingsAllowOneThread) {
+    for (const int limit : {-1, 0, 1, 2, 7}) {
+        std::thread::id ranIn;
+        std::size_t threads = 0;
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+            ranIn = std::this_thread::get_id();
+            threads = self.executionContext().maximumThreads();
+        });
+        algorithm.settings().setMaximumNumberOfThreads(limit);
+        algorithm.run();
+        const bool inCaller = limit == 1 || devices::Cpu::logicalProcessors() == 1;
+        EXPECT_EQ(ranIn == std::this_thread::get_id(), inCaller) << "limit " << limit;
+        if (limit >= 1) {
+            EXPECT_EQ(threads, std::min(static_cast<std::size_t>(limit), devices::Cpu::logicalProcessors()));
+        }
+        EXPECT_DOUBLE_EQ(algorithm.getProgress(), 1.0);
+        expectReady(algorithm);
+    }
+}
+
+TEST(Run, LocksPropertiesWhileItLasts) {
+    ScriptedAlgorithm algorithm;
+    algorithm.number() = 4.0;
+    algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) {
+        algorithm.number() = 5.0;
+        String normalised;
+        EXPECT_FALSE(algorithm.number().read("6", normalised));
+        EXPECT_TRUE(algorithm.outputImage().isLocked());
+    });
+    algorithm.run();
+    EXPECT_EQ(algorithm.number().get(), 4.0);
+    EXPECT_THAT(algorithm.changed, ElementsAre("number"));
+}
+
+TEST(Run, ASecondCallDuringARunDoesNothing) {
+    int runs = 0;
+    ScriptedAlgorithm algorithm;
+    algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        ++runs;
+        self.run();
+        EXPECT_TRUE(self.running());
+    });
+    algorithm.run();
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(Levels, AreTriedFromTheHighestAllowedDown) {
+    std::vector<int> tried;
+    const auto note = [&tried](int level) { return [&tried, level](BaseAlgorithm&) { tried.push_back(level); }; };
+    ScriptedAlgorithm algorithm;
+    algorithm.withRunner(SCALAR, note(0)).withRunner(VEC_SSE, note(1)).withRunner(VEC_AVX, note(2), false);
+    algorithm.run();
+    EXPECT_EQ(algorithm.getLastRunLevel(), VEC_SSE) << "the AVX runner refuses the data";
+    algorithm.setMaxOptimLevel(SCALAR);
+    algorithm.run();
+    EXPECT_EQ(algorithm.getLastRunLevel(), SCALAR);
+    EXPECT_THAT(tried, ElementsAre(1, 0));
+
+    EXPECT_TRUE(algorithm.isOptimLevelSupported(VEC_AVX));
+    EXPECT_FALSE(algorithm.isOptimLevelSupported(GPU));
+    EXPECT_EQ(algorithm.getMostPerformantAvailableOptimLevel(), VEC_AVX);
+}
+
+TEST(Levels, RunnersOfOneLevelAreTriedInTheOrderOfRegistration) {
+    std::vector<int> tried;
+    ScriptedAlgorithm algorithm;
+    algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) { tried.push_back(1); }, false)
+        .withRunner(SCALAR, [&](BaseAlgorithm&) { tried.push_back(2); })
+        .withRunner(SCALAR, [&](BaseAlgorithm&) { tried.push_back(3); });
+    algorithm.run();
+    EXPECT_THAT(tried, ElementsAre(2));
+}
+
+TEST(Levels, OutcomesOfARunThatNobodyServes) {
+    const auto nothing = [](BaseAlgorithm&) {};
+    {
+        ScriptedAlgorithm algorithm;
+        EXPECT_THAT(failureOf<RunForException>(algorithm), ElementsAre("no runner found for algorithm", outerLevel));
+    }
+    {
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(VEC_AVX, nothing);
+        algorithm.setAutoCpuDispatch(false);
+        algorithm.setOptimLevel(SCALAR);
+        EXPECT_THAT(failureOf<RunForException>(algorithm), ElementsAre("no runner found for algorithm", outerLevel));
+    }
+    {
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(SCALAR, nothing, false);
+        EXPECT_THAT(failureOf<RunForException>(algorithm),
+                    ElementsAre("no runner runnable with associated data", outerLevel));
+    }
+    {
+        // The outcome is literally that of the last try: scalar, where there is no runner at all.
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(VEC_SSE, nothing, false);
+        EXPECT_THAT(failureOf<RunForException>(algorithm), ElementsAre("no runner found for algorithm", outerLevel));
+    }
+    {
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(VEC_AVX, nothing);
+        algorithm.setAutoCpuDispatch(false);
+        algorithm.setOptimLevel(VEC_AVX);
+        algorithm.setMaxOptimLevel(VEC_SSE);
+        EXPECT_THAT(failureOf<UnexpectedError>(algorithm),
+                    ElementsAre("forced optim level higher than max optim level", outerLevel));
+        EXPECT_FALSE(algorithm.getLastRunLevel().has_value());
+        algorithm.setMaxOptimLevel(VEC_AVX);
+        algorithm.run();
+        EXPECT_EQ(algorithm.getLastRunLevel(), VEC_AVX);
+    }
+}
+
+TEST(Failure, EveryExceptionLeavesAsOneOfTheFamilyAndTheNextRunWorks) {
+    for (const int threads : {1, 2}) {
+        int what = 0;
+        ScriptedAlgorithm algorithm;
+        algorithm.settings().setMaximumNumberOfThreads(threads);
+        algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) {
+            switch (what) {
+                case 1: throw ProcessingException("broken");
+                case 2: throw std::runtime_error("from elsewhere");
+                case 3: throw 42;
+                case 4: throw std::bad_alloc();
+                case 5: throw ExceptionCancelation();
+                default: break;
+            }
+        });
+        what = 1;
+        EXPECT_THAT(failureOf<ProcessingException>(algorithm), ElementsAre("broken", outerLevel));
+        what = 2;
+        EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre("from elsewhere", outerLevel));
+        what = 3;
+        EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre("undefined exception", outerLevel));
+        what = 4;
+        EXPECT_THAT(failureOf<UnexpectedError>(algorithm),
+                    ElementsAre(HasSubstr("Memory is exhausted"), outerLevel));
+        what = 5;
+        EXPECT_THAT(failureOf<UserCancelException>(algorithm), ElementsAre("Execution canceled by user", outerLevel));
+        what = 0;
+        EXPECT_NO_THROW(algorithm.run());
+        EXPECT_EQ(algorithm.getLastRunLevel(), SCALAR);
+    }
+}
+
+TEST(Failure, ARefusedPropertyIsNamedAndNothingRuns) {
+    bool ran = false;
+    ScriptedAlgorithm algorithm;
+    algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) { ran = true; });
+    algorithm.number() = -1.0;
+    EXPECT_THAT(failureOf<RuleException>(algorithm),
+                ElementsAre("The parameter \"number\" (value = -1) must be greater than or equal to <0>.",
+                            "Rule error in property number", outerLevel));
+    EXPECT_FALSE(ran);
+    algorithm.number() = 1.0;
+    algorithm.run();
+    EXPECT_TRUE(ran);
+}
+
+/// Cancels at its first poll, or throws there.
+class Impatient : public InteractionInterface {
+public:
+    explicit Impatient(bool throws) : m_throws(throws) {}
+    bool isCancelRequested() override {
+        if (m_throws) {
+            throw std::runtime_error("the window is gone");
+        }
+        return true;
+    }
+
+private:
+    bool m_throws;
+};
+
+TEST(Cancellation, ThroughTheInteractionEndsTheRunInEitherThread) {
+    for (const int threads : {1, 2}) {
+        ScriptedAlgorithm algorithm;
+        algorithm.settings().setMaximumNumberOfThreads(threads);
+        std::atomic<bool> forever{true};
+        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+            while (forever) {
+                self.executionContext().throwIfCancelled();
+                std::this_thread::sleep_for(milliseconds(1));
+                self.executionContext().blockDone(0.0);
+            }
+        });
+        Impatient impatient(false);
+        EXPECT_THROW(algorithm.run(&impatient), UserCancelException) << threads << " threads";
+        EXPECT_TRUE(algorithm.isExecutionCancelled());
+        expectReady(algorithm);
+        if (threads > 1) {
+            // An interaction that fails must not leave the worker running on its own.
+            Impatient broken(true);
+            EXPECT_THROW(algorithm.run(&broken), UnexpectedError);
+            expectReady(algorithm);
+        }
+        forever = false;
+        EXPECT_NO_THROW(algorithm.run());
+        EXPECT_FALSE(algorithm.isExecutionCancelled());
+    }
+}
+
+TEST(Cancellation, OfAParentReachesItsChild) {
+    ScriptedAlgorithm child;
+    child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        self.getParent()->cancelExecution();
+        self.executionContext().throwIfCancelled();
+        FAIL() << "the child did not see the cancellation";
+    });
+    ScriptedAlgorithm parent;
+    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        child.setParent(&self);
+        child.run();
+    });
+    EXPECT_THROW(parent.run(), UserCancelException);
+    expectReady(parent);
+    expectReady(child);
+}
+
+TEST(Children, RunInTheirParentsThreadAndFillItsSteps) {
+    std::thread::id parentThread;
+    std::thread::id childThread;
+    std::vector<double> progress;
+    ScriptedAlgorithm child;
+    ScriptedAlgorithm parent;
+    child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        childThread = std::this_thread::get_id();
+        access::ExecutionContext& context = self.executionContext();
+        context.startStep(4.0);
+        context.blockDone(1.0);
+        progress.push_back(parent.getProgress());
+        context.blockDone(7.0);  // more than announced: progress waits at the end of the step
+        progress.push_back(parent.getProgress());
+        self.setProgressionMessage("half way");
+        EXPECT_EQ(parent.getProgressionMessage(), "half way");
+    });
+    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        parentThread = std::this_thread::get_id();
+        self.executionContext().declareSteps(2);
+        for (int i = 0; i < 2; ++i) {
+            self.executionContext().startStep(1.0);
+            child.setParent(&self);
+            child.run();
+        }
+    });
+    parent.run();
+    EXPECT_EQ(parentThread, childThread);
+    EXPECT_THAT(progress, ElementsAre(0.125, 0.5, 0.625, 1.0));
+    EXPECT_EQ(parent.getProgress(), 1.0);
+}
+
+/// Notes what it is told.
+class Recorder : public InteractionInterface {
+public:
+    void setProgress(double progress) override { values.push_back(progress); }
+    void setProgressionMessage(const String& message) override { lastMessage = message; }
+    void setProgressionData(const String& name, const String& value) override { lastData = name + "=" + value; }
+    std::vector<double> values;
+    String lastMessage;
+    String lastData;
+};
+
+TEST(Progress, IsHandedOnEndsAtOneAndNeverDelaysTheEnd) {
+    for (const int threads : {1, 2}) {
+        ScriptedAlgorithm algorithm;
+        algorithm.settings().setMaximumNumberOfThreads(threads);
+        algorithm.withRunner(SCALAR, [](BaseAlgorithm& self) {
+            access::ExecutionContext& context = self.executionContext();
+            context.startStep(250.0);
+            self.setProgressionMessage("working");
+            self.setProgressionData("row", "7");
+            for (int i = 0; i < 250; ++i) {
+                std::this_thread::sleep_for(milliseconds(1));
+                context.blockDone(1.0);
+            }
+        });
+        Recorder recorder;
+        algorithm.run(&recorder);
+        ASSERT_GE(recorder.values.size(), 2U) << "at least one poll, and the end";
+        EXPECT_TRUE(std::is_sorted(recorder.values.begin(), recorder.values.end()));
+        EXPECT_GT(recorder.values.front(), 0.0);
+        EXPECT_EQ(recorder.values.back(), 1.0);
+        EXPECT_EQ(recorder.lastMessage, "working");
+        EXPECT_EQ(recorder.lastData, "row=7");
+    }
+}
+
+TEST(Memory, ARunThatStatesMoreThanTheLimitIsRefused) {
+    class Hungry : public ScriptedAlgorithm {
+    public:
+        AlgorithmDescription describe() const override {
+            AlgorithmDescription description;
+            description.extraMemory = (std::size_t{3} << 20) + 1;
+            return description;
+        }
+    };
+    Hungry algorithm;
+    algorithm.withRunner(SCALAR, [](BaseAlgorithm&) {});
+    algorithm.setMaximumExtraMemoryUsage(3);
+    EXPECT_THAT(failureOf<MemoryError>(algorithm),
+                ElementsAre("The run needs 3145729 bytes of extra memory; the limit is 3145728 bytes.", outerLevel));
+    algorithm.setMaximumExtraMemoryUsage(4);
+    EXPECT_NO_THROW(algorithm.run());
+}
+
+TEST(ManyRuns, OfDifferentObjectsAtTheSameTimeDoNotDisturbEachOther) {
+    std::atomic<int> done{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([&done, t] {
+            for (int i = 0; i < 50; ++i) {
+                ScriptedAlgorithm algorithm;
+                algorithm.settings().setMaximumNumberOfThreads(t % 4);
+                std::atomic<std::size_t> sum{0};
+                algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+                    self.executionContext().scheduler().forEach(100, [&](std::size_t block) { sum += block; });
+                });
+                algorithm.run();
+                done += sum == 4950 ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(done, 400);
+}
+
+}  // namespace
+}  // namespace rix::test

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/algorithms/AlgorithmClass.h>
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/Runnable.h>
+#include <rix/properties/Property.h>
+#include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/ValueRules.h>
+
+namespace rix::test {
+
+/// A runner that does what a test tells it to.
+class ScriptedRunner : public Runnable {
+public:
+    using Work = std::function<void(BaseAlgorithm&)>;
+    ScriptedRunner(OptimLevelType level, Work work, bool accepts = true)
+        : m_level(level), m_work(std::move(work)), m_accepts(accepts) {}
+    void run(BaseAlgorithm* algorithm) const override { m_work(*algorithm); }
+    bool isRunnable(BaseAlgorithm*) const override { return m_accepts; }
+    OptimLevelType getOptimType() const override { return m_level; }
+
+private:
+    OptimLevelType m_level;
+    Work m_work;
+    bool m_accepts;
+};
+
+/// An algorithm with one number and one image in, one image out, whose runners a test makes. Each object has a class
+/// record of its own, so that tests do not disturb each other.
+class ScriptedAlgorithm : public BaseAlgorithm {
+public:
+    struct State : algorithms::AbstractPrivateImplementation {
+        Property<double> number;
+        Property<const ImageModel*> inputImage;
+        Property<ImageModel*> outputImage;
+    };
+
+    ScriptedAlgorithm() : BaseAlgorithm(new State()) {
+        auto& state = static_cast<State&>(*implementation());
+        addInput(state.number, "number", "A number that must not be negative.");
+        AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL)(state.number);
+        addInput(state.inputImage, "inputImage", "An image or none.");
+        addOutput(state.outputImage, "outputImage", "An image or none.");
+    }
+    AlgoInfo& getClassInfo() const override { return m_info; }
+    void onPropertyChanged(BaseProperty* property) override { changed.push_back(property->getName()); }
+
+    ScriptedAlgorithm& withRunner(OptimLevelType level, ScriptedRunner::Work work, bool accepts = true) {
+        m_info.addRunner(std::make_shared<ScriptedRunner>(level, std::move(work), accepts));
+        return *this;
+    }
+    Property<double>& number() { return input<double>(0); }
+    Property<const ImageModel*>& inputImage() { return input<const ImageModel*>(1); }
+    Property<ImageModel*>& outputImage() { return output<ImageModel*>(0); }
+
+    std::vector<String> changed;
+
+private:
+    mutable AlgoInfo m_info{"ScriptedAlgorithm", "tests", nullptr, AlgoVisibilityType::HIDDEN_ALGORITHM, ""};
+};
+
+}  // namespace rix::test

@@ -1,0 +1,169 @@
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include <rix/exceptions/Exception.h>
+#include <rix/properties/ScalarArray.h>
+
+namespace rix {
+namespace {
+
+template <class Error, class Call>
+void expectMessage(const Call& call, const String& message) {
+    try {
+        call();
+        ADD_FAILURE() << "did not throw: " << message;
+    } catch (const Error& error) {
+        EXPECT_EQ(error.getMessage(), message);
+    }
+}
+
+constexpr std::array<ScalarType, 3> TYPES{INTEGER, UNSIGNED_INTEGER, REAL};
+
+/// A number of a type, for arrays of any type.
+Scalar numberOf(ScalarType type, int value) {
+    switch (type) {
+        case INTEGER:
+            return value;
+        case UNSIGNED_INTEGER:
+            return static_cast<unsigned int>(value);
+        case REAL:
+            break;
+    }
+    return static_cast<double>(value);
+}
+
+TEST(ScalarArray, StartsEmptyOrWithZeros) {
+    const ScalarArray empty;
+    EXPECT_EQ(empty.getType(), INTEGER);
+    EXPECT_TRUE(empty.empty());
+    for (const ScalarType type : TYPES) {
+        const ScalarArray zeros(3, type);
+        ASSERT_EQ(zeros.size(), 3U);
+        EXPECT_EQ(zeros.getScalarValueAt(2), numberOf(type, 0));
+    }
+}
+
+TEST(ScalarArray, CopiesData) {
+    constexpr auto MIN = std::numeric_limits<long>::min();
+    std::array<long, 2> integers{MIN, -1};
+    const std::array<unsigned long, 2> naturals{0, std::numeric_limits<unsigned long>::max()};
+    const std::array<double, 2> reals{-0.0, 1e-320};
+    ScalarArray array(2, integers.data());
+    integers[0] = 5;
+    EXPECT_EQ(array.getType(), INTEGER);
+    EXPECT_EQ(array.getIntValueAt(0), MIN);
+    EXPECT_EQ(array.getIntValueAt(1), -1);
+    array.setData(2, naturals.data());
+    EXPECT_EQ(array, ScalarArray(2, naturals.data()));
+    EXPECT_EQ(array.getUIntValueAt(1), naturals[1]);
+    array.setData(1, reals.data() + 1);
+    EXPECT_EQ(array.size(), 1U);
+    EXPECT_EQ(array.getRealValueAt(0), 1e-320);
+    array.setData(0, static_cast<const long*>(nullptr));
+    EXPECT_EQ(array, ScalarArray());
+    EXPECT_THROW(array.setData(1, static_cast<const double*>(nullptr)), InvalidCall);
+}
+
+TEST(ScalarArray, GrowsShrinksAndKeepsItsType) {
+    for (const ScalarType type : TYPES) {
+        ScalarArray array(0, type);
+        array.reserve(10);
+        EXPECT_TRUE(array.empty());
+        array.pushBack(numberOf(type, 7));
+        array.resize(3);
+        array.setScalarValueAt(1, numberOf(type, 9));
+        EXPECT_EQ(array.getScalarValueAt(0), numberOf(type, 7));
+        EXPECT_EQ(array.getScalarValueAt(1), numberOf(type, 9));
+        EXPECT_EQ(array.getScalarValueAt(2), numberOf(type, 0));
+        array.clear();
+        EXPECT_TRUE(array.empty());
+        EXPECT_EQ(array.getType(), type);
+    }
+}
+
+TEST(ScalarArray, TakesEveryArithmeticType) {
+    ScalarArray integers(0, INTEGER);
+    integers.pushBack(3);
+    integers.pushBack(static_cast<short>(-3));
+    integers.pushBack('a');
+    integers.pushBack(3LL);
+    ScalarArray naturals(0, UNSIGNED_INTEGER);
+    naturals.pushBack(3U);
+    naturals.pushBack(static_cast<unsigned char>(200));
+    naturals.pushBack(true);
+    ScalarArray reals(0, REAL);
+    reals.pushBack(0.5F);
+    EXPECT_EQ(integers.size(), 4U);
+    EXPECT_EQ(integers.getIntValueAt(1), -3);
+    EXPECT_EQ(naturals.getUIntValueAt(1), 200U);
+    EXPECT_EQ(naturals.getUIntValueAt(2), 1U);
+    EXPECT_EQ(reals.getRealValueAt(0), 0.5);
+    EXPECT_THROW(naturals.pushBack(3), InvalidCall);
+    EXPECT_THROW(reals.pushBack(3), InvalidCall);
+}
+
+TEST(ScalarArray, DemandsItsType) {
+    ScalarArray integers(1, INTEGER);
+    ScalarArray reals(1, REAL);
+    const String notInteger = "The ScalarArray isn't of INTEGER type.";
+    const String notUnsigned = "The ScalarArray isn't of UNSIGNED_INTEGER type.";
+    const String notReal = "The ScalarArray isn't of REAL type.";
+    expectMessage<InvalidCall>([&] { (void)reals.getIntValueAt(0); }, notInteger);
+    expectMessage<InvalidCall>([&] { reals.setIntValueAt(0, 1); }, notInteger);
+    expectMessage<InvalidCall>([&] { reals.pushBack(1L); }, notInteger);
+    expectMessage<InvalidCall>([&] { (void)integers.getUIntValueAt(0); }, notUnsigned);
+    expectMessage<InvalidCall>([&] { integers.setUIntValueAt(0, 1); }, notUnsigned);
+    expectMessage<InvalidCall>([&] { integers.pushBack(1UL); }, notUnsigned);
+    expectMessage<InvalidCall>([&] { (void)integers.getRealValueAt(0); }, notReal);
+    expectMessage<InvalidCall>([&] { integers.setRealValueAt(0, 1); }, notReal);
+    expectMessage<InvalidCall>([&] { integers.pushBack(1.0); }, notReal);
+    expectMessage<InvalidCall>([&] { integers.setScalarValueAt(0, 1.0); },
+                               "The ScalarArray hasn't the same type (INTEGER) as the Scalar (REAL).");
+    expectMessage<InvalidCall>([&] { reals.pushBack(Scalar(1U)); },
+                               "The ScalarArray hasn't the same type (REAL) as the Scalar (UNSIGNED_INTEGER).");
+    EXPECT_EQ(integers, ScalarArray(1, INTEGER));
+    EXPECT_EQ(reals, ScalarArray(1, REAL));
+}
+
+TEST(ScalarArray, RefusesIndicesBeyondTheEnd) {
+    ScalarArray array(2, UNSIGNED_INTEGER);
+    const String text = "index <2> must be less than 2";
+    expectMessage<BadIndex>([&] { (void)array.getUIntValueAt(2); }, text);
+    expectMessage<BadIndex>([&] { array.setUIntValueAt(2, 1); }, text);
+    expectMessage<BadIndex>([&] { (void)array.getScalarValueAt(2); }, text);
+    expectMessage<BadIndex>([&] { array.setScalarValueAt(2, 1U); }, text);
+}
+
+TEST(ScalarArray, ComparesTypeSizeAndNumbers) {
+    EXPECT_NE(ScalarArray(0, INTEGER), ScalarArray(0, REAL));
+    EXPECT_NE(ScalarArray(1, INTEGER), ScalarArray(2, INTEGER));
+    EXPECT_NE(ScalarArray(1, REAL), ScalarArray(2, REAL));
+    const std::array<double, 2> zeros{0.0, -0.0};
+    EXPECT_EQ(ScalarArray(1, zeros.data()), ScalarArray(1, zeros.data() + 1));
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const ScalarArray unordered(1, &nan);
+    EXPECT_NE(unordered, unordered);
+    const long one = 1;
+    EXPECT_NE(ScalarArray(1, &one), ScalarArray(1, INTEGER));
+}
+
+TEST(ScalarArray, CopiesAndMoves) {
+    ScalarArray array(0, REAL);
+    array.pushBack(2.5);
+    ScalarArray copy(array);
+    array.setRealValueAt(0, 7.0);
+    EXPECT_EQ(copy.getRealValueAt(0), 2.5);
+    ScalarArray moved(std::move(copy));
+    EXPECT_EQ(moved.getRealValueAt(0), 2.5);
+    copy = array;  // a moved-from array is a valid one
+    EXPECT_EQ(copy.getRealValueAt(0), 7.0);
+    copy = std::move(moved);
+    EXPECT_EQ(copy.getRealValueAt(0), 2.5);
+}
+
+}  // namespace
+}  // namespace rix

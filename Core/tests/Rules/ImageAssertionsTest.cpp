@@ -1,0 +1,287 @@
+#include <functional>
+#include <limits>
+
+#include <rix/rules/CompareRules.h>
+#include <rix/rules/ImageAssertions.h>
+#include <rix/rules/ValueRules.h>
+
+#include "RuleTestSupport.h"
+
+namespace rix::test {
+namespace {
+
+struct ImageCase {
+    ImageSpec spec;
+    Levels levels;
+};
+
+// Shows every image to the rule on an input and on an output property, which must judge alike, and both unset.
+template <class Adder>
+void expectImageRule(const Adder& adder, const String& description, const std::vector<ImageCase>& cases) {
+    std::vector<io::MemoryImage> images(cases.size());
+    std::vector<Case<const ImageModel*>> asInput{{nullptr, {"The parameter \"p\" must be set."}}};
+    std::vector<Case<ImageModel*>> asOutput{{nullptr, {"The parameter \"p\" must be set."}}};
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        shape(images[i], cases[i].spec);
+        asInput.push_back({&images[i], cases[i].levels});
+        asOutput.push_back({&images[i], cases[i].levels});
+    }
+    expectRule<const ImageModel*>(adder, description, asInput);
+    expectRule<ImageModel*>(adder, description, asOutput);
+}
+
+Levels told(const String& text, const String& image) {
+    return {"The parameter \"p\" " + text, "The image is " + image + "."};
+}
+
+TEST(RuleAssertNotNull, AsksForAnImage) {
+    expectImageRule(AddRuleAssertNotNull(), "must be set", {{{}, {}}});
+}
+
+TEST(ImageAssertions, LookAtExtents) {
+    expectImageRule(AddRuleAssertImageNotEmpty(), "must not be an empty image",
+                    {{{}, {}},
+                     {{.extents = {4, 3, 1, 0, 1}},
+                      told("must not be an empty image.", "(4, 3, 1, 0, 1, scalar, uint8, value)")},
+                     {{.extents = {0, 3, 1, 1, 1}},
+                      told("must not be an empty image.", "(0, 3, 1, 1, 1, scalar, uint8, value)")}});
+    const Levels not2d = told("must contain a 2D image.", "(4, 3, 2, 1, 1, scalar, uint8, value)");
+    expectImageRule(AddRuleAssertImage2d(), "must be a 2D image",
+                    {{{}, {}}, {{.extents = {4, 3, 1, 5, 2}}, {}}, {{.extents = {4, 3, 2, 1, 1}}, not2d}});
+    expectImageRule(AddRuleAssertDimension(ImageDimension::Only2d), "must be a 2D image",
+                    {{{.extents = {4, 3, 1, 5, 2}}, {}}, {{.extents = {4, 3, 2, 1, 1}}, not2d}});
+    expectImageRule(
+        AddRuleAssertDimension(ImageDimension::Only3d, AxisUse::Accepted, AxisUse::Refused),
+        "must be a 3D image without sequence",
+        {{{.extents = {4, 3, 2, 1, 3}}, {}},
+         {{.extents = {4, 3, 1, 1, 1}},
+          told("must contain a 3D image.", "(4, 3, 1, 1, 1, scalar, uint8, value)")},
+         {{.extents = {4, 3, 2, 2, 1}},
+          told("is a sequence of images (e.g. a movie). Only single images are supported.",
+               "(4, 3, 2, 2, 1, scalar, uint8, value)")}});
+    expectImageRule(
+        AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused), "must be an image without spectral series",
+        {{{.extents = {4, 3, 2, 2, 1}}, {}},
+         {{.extents = {4, 3, 1, 1, 3}},
+          told("is a multispectral image (e.g. color). Only grayscale images are supported.",
+               "(4, 3, 1, 1, 3, scalar, uint8, value)")}});
+    expectImageRule(AddRuleAssertAnyColor(3), "must be a color image with at least 3 channels",
+                    {{{.extents = {4, 3, 1, 1, 3}}, {}},
+                     {{.extents = {4, 3, 1, 1, 4}, .color = RGB}, {}},
+                     {{.extents = {4, 3, 1, 1, 2}},
+                      {"The parameter \"p\" supports color images with at least 3 channels. Current image has 2."}}});
+}
+
+TEST(ImageAssertions, LookAtTypes) {
+    expectImageRule(AddRuleAssertType({RIX_UINT8, RIX_UINT16}), "data type must be uint8 or uint16",
+                    {{{.voxelType = RIX_UINT8}, {}},
+                     {{.voxelType = RIX_UINT16}, {}},
+                     {{.voxelType = RIX_FLOAT32},
+                      {"The parameter \"p\" supports only data type(s): uint8, uint16. Current data type is "
+                       "float32."}}});
+    // Every voxel type beside what each class of types says of it.
+    std::vector<ImageCase> integer;
+    std::vector<ImageCase> real;
+    for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32}) {
+        integer.push_back({{.voxelType = type}, {}});
+        real.push_back({{.voxelType = type}, {}});
+    }
+    const std::pair<VoxelTypes, String> others[] = {{RIX_FLOAT32, "float32"},
+                                                    {RIX_FLOAT64, "float64"},
+                                                    {RIX_COMPLEX_FLOAT32, "complex float32"},
+                                                    {RIX_COMPLEX_FLOAT64, "complex float64"}};
+    for (const auto& [type, name] : others) {
+        const String current = " Current data type is " + name + ".";
+        integer.push_back({{.voxelType = type}, {"The parameter \"p\" supports only integer types." + current}});
+        const bool complex = name.starts_with("complex");
+        real.push_back({{.voxelType = type},
+                        complex ? Levels{"The parameter \"p\" supports only integer or floating types." + current}
+                                : Levels{}});
+    }
+    expectImageRule(AddRuleAssertInteger(), "data type must be integer", integer);
+    expectImageRule(AddRuleAssertIntegerOrFloating(), "data type must be integer or floating", real);
+    expectImageRule(AddRuleAssertElementType({SINGLE, VECTOR_2}), "element type must be scalar or 2-Vector",
+                    {{{}, {}},
+                     {{.elementType = VECTOR_2}, {}},
+                     {{.elementType = VECTOR_3},
+                      {"The parameter \"p\" supports only element type(s): scalar, 2-Vector. Current element type is "
+                       "3-Vector."}}});
+    expectImageRule(AddRuleAssertSingleElement(), "must have scalar elements",
+                    {{{}, {}},
+                     {{.elementType = MATRIX_2X2_SYM},
+                      {"The parameter \"p\" supports only scalar types. Current data type is Symmetric Matrix 2x2."}}});
+}
+
+TEST(ImageAssertions, LookAtInterpretations) {
+    expectImageRule(
+        AddRuleAssertInterpretation({RIX_BINARY, RIX_LABEL}), "must be a binary or label image",
+        {{{.interpretation = RIX_BINARY}, {}},
+         {{.interpretation = RIX_LABEL}, {}},
+         {{.interpretation = RIX_VALUE},
+          {"The parameter \"p\" supports only binary or label images. Current image is value."}}});
+    expectImageRule(AddRuleAssertColorInterpretation({RGB, HSL}), "color interpretation must be RGB or HSL",
+                    {{{.color = HSL}, {}},
+                     {{.color = YIQ},
+                      {"The parameter \"p\" supports only RGB or HSL color interpretations. Current image is YIQ."}}});
+}
+
+// One rule that compares with the image of "inputImage": the specification of that image, of one that passes and of
+// one that doesn't.
+struct PairCase {
+    std::function<void(Property<const ImageModel*>&, const Property<ImageModel*>&)> add;
+    String description;
+    ImageSpec reference;
+    ImageSpec accepted;
+    ImageSpec refused;
+    String text;
+    bool bothImages = true;  // the level above the text describes both
+};
+
+TEST(ImageAssertions, CompareWithAnotherImage) {
+    const std::vector<PairCase> cases{
+        {[](auto& p, auto& q) { AddRuleAssertSameSize{q}(p); },
+         "must have the size of inputImage",
+         {},
+         {.voxelType = RIX_FLOAT32},
+         {.extents = {4, 3, 1, 1, 2}},
+         "The parameters \"p\" and \"inputImage\" must have the same size."},
+        {[](auto& p, auto& q) { AddRuleAssertSameType{q}(p); },
+         "must have the data type of inputImage",
+         {.voxelType = RIX_INT16},
+         {.extents = {1, 1, 1, 1, 1}, .voxelType = RIX_INT16},
+         {.voxelType = RIX_UINT16},
+         "The parameters \"p\" and \"inputImage\" must have the same type."},
+        {[](auto& p, auto& q) { AddRuleAssertSameInterpretation{q}(p); },
+         "must have the interpretation of inputImage",
+         {.interpretation = RIX_LABEL},
+         {.voxelType = RIX_INT16, .interpretation = RIX_LABEL},
+         {.interpretation = RIX_BINARY},
+         "The parameters \"p\" and \"inputImage\" must have the same interpretation."},
+        {[](auto& p, auto& q) { AddRuleAssertDimensionImage(PLANS, q)(p); },
+         "must have as many elements on the axis \"plans\" as inputImage",
+         {.extents = {4, 3, 2, 1, 1}},
+         {.extents = {9, 9, 2, 9, 9}},
+         {.extents = {4, 3, 1, 1, 1}},
+         "The number of plans of the parameters \"p\" and \"inputImage\" must be the same."},
+        {[](auto& p, auto& q) { AddRuleAssertBinaryIfBinary{q}(p); },
+         "must be binary if inputImage is binary",
+         {.interpretation = RIX_BINARY},
+         {.interpretation = RIX_BINARY},
+         {.interpretation = RIX_LABEL},
+         "The parameter \"p\" must have a binary interpretation if the parameter \"inputImage\" is binary.",
+         false},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.description);
+        io::MemoryImage reference;
+        io::MemoryImage accepted;
+        io::MemoryImage unfit;
+        shape(reference, test.reference);
+        shape(accepted, test.accepted);
+        shape(unfit, test.refused);
+        NamedProperty<ImageModel*> input("inputImage", &reference);
+        NamedProperty<const ImageModel*> p("p", &accepted);
+        test.add(p, input);
+        EXPECT_EQ(p.getImpl()->describeRules(), Levels{test.description});
+        EXPECT_EQ(applyRules(p), Levels{});
+        p.set(&unfit);
+        const String values = test.bothImages ? "\"p\" is " + helper::describeImage(unfit) + "; \"inputImage\" is " +
+                                                    helper::describeImage(reference) + "."
+                                              : "The image is " + helper::describeImage(unfit) + ".";
+        EXPECT_EQ(applyRules(p), refused({test.text, values}));
+        input.set(nullptr);
+        EXPECT_EQ(applyRules(p), refused({"The parameter \"inputImage\" must be set."}));
+        p.set(nullptr);
+        EXPECT_EQ(applyRules(p), refused({"The parameter \"p\" must be set."}));
+    }
+}
+
+TEST(RuleAssertBinaryIfBinary, AsksNothingBesideAnotherInterpretation) {
+    for (const Interpretations other : {RIX_LABEL, RIX_VALUE}) {
+        io::MemoryImage reference;
+        io::MemoryImage image;
+        shape(reference, {.interpretation = other});
+        shape(image, {.interpretation = RIX_VALUE});
+        NamedProperty<const ImageModel*> input("inputImage", &reference);
+        NamedProperty<const ImageModel*> p("p", &image);
+        AddRuleAssertBinaryIfBinary{input}(p);
+        EXPECT_EQ(applyRules(p), Levels{});
+    }
+}
+
+TEST(RuleAssertSameSpacing, ComparesEveryAxis) {
+    io::MemoryImage reference;
+    io::MemoryImage image;
+    shape(reference, {});
+    shape(image, {});
+    NamedProperty<const ImageModel*> input("inputImage", &reference);
+    NamedProperty<const ImageModel*> p("p", &image);
+    AddRuleAssertSameSpacing{input}(p);
+    EXPECT_EQ(p.getImpl()->describeRules(), Levels{"must have the spacing of inputImage"});
+    EXPECT_EQ(applyRules(p), Levels{});
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+        for (const double spacing : {0.25, std::numeric_limits<double>::quiet_NaN()}) {
+            image.setSpacingOf(axis, spacing);
+            const auto levels = applyRules(p);
+            ASSERT_EQ(levels.size(), 3u) << axis;
+            EXPECT_EQ(levels[0], "The parameters \"p\" and \"inputImage\" must have the same spacing.");
+        }
+        image.setSpacingOf(axis, 0.0);
+    }
+    image.setSpacingOf(PLANS, 1.5);
+    EXPECT_EQ(applyRules(p)[1], "\"p\" has (0, 0, 1.5, 0, 0); \"inputImage\" has (0, 0, 0, 0, 0).");
+}
+
+// Looks at samples that another image owns, as a wrapped array does.
+class AliasImage : public RecordingImage {
+public:
+    explicit AliasImage(ConstRawData samples) : m_samples(samples) {}
+    ConstRawData getImageBuffer() const override { return m_samples; }
+
+private:
+    ConstRawData m_samples;
+};
+
+TEST(RuleCompare, ForbidsAnImage) {
+    io::MemoryImage first;
+    io::MemoryImage second;
+    shape(first, {});
+    shape(second, {});
+    NamedProperty<const ImageModel*> input("inputImage", &first);
+    NamedProperty<ImageModel*> p("p", &second);
+    AddRuleCompare(CompareRelation::NotEqual, input)(p);
+    EXPECT_EQ(p.getImpl()->describeRules(), Levels{"must not be the image of inputImage"});
+    EXPECT_EQ(applyRules(p), Levels{});
+    p.set(&first);
+    const String id = first.getImageId();
+    EXPECT_EQ(applyRules(p), refused({"The parameter \"p\" (value=" + id +
+                                      ") must be not equal to the parameter \"inputImage\" (value=" + id + ")."}));
+    AliasImage alias(first.getInternalBuffer());
+    p.set(&alias);
+    EXPECT_EQ(applyRules(p).size(), 2u);
+    // Two images without a buffer are not the same image.
+    io::MemoryImage unreserved;
+    AliasImage nowhere(nullptr);
+    input.set(&unreserved);
+    p.set(&nowhere);
+    EXPECT_EQ(applyRules(p), Levels{});
+    p.set(nullptr);
+    EXPECT_EQ(applyRules(p), refused({"The parameter \"p\" must be set."}));
+    p.set(&second);
+    input.set(nullptr);
+    EXPECT_EQ(applyRules(p), refused({"The parameter \"inputImage\" must be set."}));
+
+    NamedProperty<ImageModel*> q("p", &second);
+    input.set(&second);
+    AddRuleCompare(CompareRelation::Equal, input)(q);
+    EXPECT_EQ(q.getImpl()->describeRules(), Levels{"must be the image of inputImage"});
+    EXPECT_EQ(applyRules(q), Levels{});
+    q.set(&first);
+    EXPECT_EQ(applyRules(q).size(), 2u);
+    q.getImpl()->m_rules.clear();
+    AddRuleCompare(CompareRelation::Less, input)(q);
+    EXPECT_EQ(applyRules(q), refused({"The type of the rule is unknown."}));
+}
+
+}  // namespace
+}  // namespace rix::test

@@ -1,0 +1,336 @@
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include <rix/rules/ImageEnforcements.h>
+
+#include "RuleTestSupport.h"
+
+namespace rix::test {
+namespace {
+
+using Output = Property<ImageModel*>;
+using Input = Property<const ImageModel*>;
+
+struct CalibrationSpec {
+    double spacing = 0.0;
+    double origin = 0.0;
+    String spatialUnit{};
+    String sequenceUnit{};
+    bool turned = false;
+};
+
+void calibrate(ImageModel& image, const CalibrationSpec& spec) {
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+        ASSERT_TRUE(image.setSpacingOf(axis, spec.spacing * (1 + axis)));
+        ASSERT_TRUE(image.setOriginOf(axis, spec.origin - axis));
+    }
+    ASSERT_TRUE(image.setSpatialUnitName(spec.spatialUnit));
+    ASSERT_TRUE(image.setSequenceUnitName(spec.sequenceUnit));
+    vessel::SpatialDirections directions;
+    if (spec.turned) {
+        directions.columnDirection[0] = -1.0;
+    }
+    ASSERT_TRUE(image.setSpatialDirections(directions));
+}
+
+void expectCalibration(const ImageModel& image, const ImageModel& expected) {
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+        EXPECT_EQ(image.getSpacingOf(axis), expected.getSpacingOf(axis)) << axis;
+        EXPECT_EQ(image.getOriginOf(axis), expected.getOriginOf(axis)) << axis;
+    }
+    EXPECT_EQ(image.getSpatialUnitName(), expected.getSpatialUnitName());
+    EXPECT_EQ(image.getSequenceUnitName(), expected.getSequenceUnitName());
+    EXPECT_TRUE(image.getSpatialDirections() == expected.getSpatialDirections());
+}
+
+const ImageSpec inputSpec{{5, 4, 2, 1, 3}, RIX_UINT16, SINGLE, RIX_LABEL, RGB};
+const CalibrationSpec inputCalibration{0.5, 10.0, "mm", "s", true};
+
+/// One enforcement: what it makes of an output, which is of another kind in every respect, and what it says when the
+/// image refuses.
+struct Enforcement {
+    std::function<void(Output&, const Input&)> add;
+    String description;
+    String expected;   // the output after it
+    bool calibrated;   // whether it has the input's calibration
+    bool colored;      // whether it has the input's colour interpretation
+    Levels levels;     // of the refusal, without the property's
+    bool needsInput = true;
+};
+
+const char* const untouched = "(2, 2, 1, 1, 1, scalar, float32, value)";
+const String both = "\"p\" is (2, 2, 1, 1, 1, scalar, float32, value); \"inputImage\" is (5, 4, 2, 1, 3, scalar, "
+                    "uint16, label).";
+
+const std::vector<Enforcement>& enforcements() {
+    static const std::vector<Enforcement> all{
+        {[](auto& p, auto&) { AddRuleEnforceType(RIX_INT8)(p); },
+         "takes the data type int8",
+         "(2, 2, 1, 1, 1, scalar, int8, value)",
+         false,
+         false,
+         {"The image cannot be retyped.", "The parameter \"p\" cannot be retyped to int8.",
+          String("The image is ") + untouched + "."},
+         false},
+        {[](auto& p, auto&) { AddRuleEnforceInterpretation(RIX_BINARY)(p); },
+         "becomes a binary image",
+         "(2, 2, 1, 1, 1, scalar, float32, binary)",
+         false,
+         false,
+         {"Cannot change interpretation of the parameter \"p\" to binary.", String("The image is ") + untouched + "."},
+         false},
+        {[](auto& p, auto&) { AddRuleSetInterpretation(RIX_LABEL)(p); },
+         "is re-interpreted as a label image",
+         "(2, 2, 1, 1, 1, scalar, float32, label)",
+         false,
+         false,
+         {"The parameter \"p\" cannot be re-interpreted from value to label."},
+         false},
+        {[](auto& p, auto& q) { AddRuleEnforceSameType{q}(p); },
+         "takes the data type of inputImage",
+         "(2, 2, 1, 1, 1, scalar, uint16, value)",
+         false,
+         false,
+         {"The image cannot be retyped.",
+          "The parameter \"p\" cannot be retyped to fit the parameter \"inputImage\".", both}},
+        {[](auto& p, auto& q) { AddRuleEnforceSameInterpretation{q}(p); },
+         "takes the interpretation of inputImage",
+         "(2, 2, 1, 1, 1, scalar, float32, label)",
+         false,
+         false,
+         {"Cannot set the image interpretation.",
+          "The parameter \"p\" cannot be interpreted like the parameter \"inputImage\".", both}},
+        {[](auto& p, auto& q) { AddRuleEnforceSameColorInterpretation{q}(p); },
+         "takes the color interpretation of inputImage",
+         untouched,
+         false,
+         true,
+         {"The parameter \"p\" cannot be interpreted like the parameter \"inputImage\".",
+          "The color interpretation is unknown and cannot be set to RGB."}},
+        {[](auto& p, auto& q) { AddRuleEnforceSameCalibration{q}(p); },
+         "takes the calibration of inputImage",
+         untouched,
+         true,
+         false,
+         {"Cannot set the image spacing.",
+          "The spacing on the axis \"columns\" cannot be set to 0.5 for the parameter \"p\".",
+          "It is the calibration of \"inputImage\"."}},
+        {[](auto& p, auto& q) { AddRuleEnforceSameSizeAndCalibration{q}(p); },
+         "takes size and calibration of inputImage",
+         "(5, 4, 2, 1, 3, scalar, float32, value)",
+         true,
+         false,
+         {"The image cannot be resized.",
+          "The parameter \"p\" cannot be resized to fit dimensions of the parameter \"inputImage\".", both}},
+        {[](auto& p, auto& q) { AddRuleEnforceSameSizeCalibrationAndType{q}(p); },
+         "takes size, calibration and data type of inputImage",
+         "(5, 4, 2, 1, 3, scalar, uint16, value)",
+         true,
+         false,
+         {"The image cannot be resized.",
+          "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\".", both}},
+        {[](auto& p, auto& q) { AddRuleEnforceImage(ImageCheck{RIX_INT32, q, RIX_BINARY})(p); },
+         "takes shape and calibration of inputImage with the data type int32 as a binary image",
+         "(5, 4, 2, 1, 3, scalar, int32, binary)",
+         true,
+         true,
+         {"The image cannot be resized.",
+          "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\" with the data type "
+          "int32.",
+          both}},
+    };
+    return all;
+}
+
+TEST(Enforcements, ShapeAnOutputOnceAndLeaveAMatchingOneAlone) {
+    for (const auto& test : enforcements()) {
+        SCOPED_TRACE(test.description);
+        io::MemoryImage input;
+        shape(input, inputSpec);
+        calibrate(input, inputCalibration);
+        RecordingImage output;
+        shape(output, {{2, 2, 1, 1, 1}, RIX_FLOAT32});
+        NamedProperty<const ImageModel*> inputImage("inputImage", &input);
+        NamedProperty<ImageModel*> p("p", &output);
+        test.add(p, inputImage);
+        EXPECT_EQ(p.getImpl()->describeRules(), Levels{test.description});
+
+        p.getImpl()->lock(true);  // a locked property's image can be shaped
+        EXPECT_EQ(applyRules(p), Levels{});
+        EXPECT_EQ(helper::describeImage(output), test.expected);
+        EXPECT_EQ(output.getColorInterpretation(), test.colored ? RGB : UNKNOWN);
+        if (test.calibrated) {
+            expectCalibration(output, input);
+        } else {
+            EXPECT_EQ(output.getSpacingOf(COLUMNS), 0.0);
+        }
+
+        // A second pass has nothing to do: not even an image that refuses every change notices it.
+        output.m_calls.clear();
+        output.m_refuses = true;
+        EXPECT_EQ(applyRules(p), Levels{});
+        EXPECT_EQ(output.m_calls, Levels{});
+    }
+}
+
+TEST(Enforcements, SayWhatAnImageRefuses) {
+    for (const auto& test : enforcements()) {
+        SCOPED_TRACE(test.description);
+        io::MemoryImage input;
+        shape(input, inputSpec);
+        calibrate(input, inputCalibration);
+        RecordingImage output;
+        shape(output, {{2, 2, 1, 1, 1}, RIX_FLOAT32});
+        output.m_refuses = true;
+        NamedProperty<const ImageModel*> inputImage("inputImage", &input);
+        NamedProperty<ImageModel*> p("p", &output);
+        test.add(p, inputImage);
+        EXPECT_EQ(applyRules(p), refused(test.levels));
+        EXPECT_EQ(helper::describeImage(output), untouched);
+        inputImage.set(nullptr);
+        EXPECT_EQ(applyRules(p),
+                  test.needsInput ? refused({"The parameter \"inputImage\" must be set."}) : refused(test.levels));
+        p.set(nullptr);
+        EXPECT_EQ(applyRules(p), refused({"The parameter \"p\" must be set."}));
+    }
+}
+
+// Refuses one setter only.
+class RefusesOne : public io::MemoryImage {
+public:
+    explicit RefusesOne(String refused) : m_refused(std::move(refused)) {}
+    bool setOriginOf(const Components& c, double v) override {
+        return m_refused != "origin" && MemoryImage::setOriginOf(c, v);
+    }
+    bool setSpatialUnitName(const String& v) override {
+        return m_refused != "spatial unit" && MemoryImage::setSpatialUnitName(v);
+    }
+    bool setSequenceUnitName(const String& v) override {
+        return m_refused != "sequence unit" && MemoryImage::setSequenceUnitName(v);
+    }
+    bool setSpatialDirections(const vessel::SpatialDirections& v) override {
+        return m_refused != "directions" && MemoryImage::setSpatialDirections(v);
+    }
+    bool setColorInterpretation(ColorInterpretation v) override {
+        return m_refused != "color" && MemoryImage::setColorInterpretation(v);
+    }
+    bool setInterpretation(const Interpretations& v) override {
+        return m_refused != "interpretation" && MemoryImage::setInterpretation(v);
+    }
+
+private:
+    String m_refused;
+};
+
+TEST(Enforcements, NameThePartOfTheCalibrationThatFails) {
+    const struct {
+        const char* part;
+        const char* cause;
+        const char* text;
+    } cases[] = {
+        {"origin", "Cannot set the image origin.", "The origin on the axis \"columns\" cannot be set to 10"},
+        {"spatial unit", "Cannot set the spatial unit name.", "The spatial unit name cannot be set to \"mm\""},
+        {"directions", "Cannot set the spatial axis system.", "The spatial axis system cannot be set"},
+        {"sequence unit", "Cannot set the sequence unit name.", "The sequence unit name cannot be set to \"s\""}};
+    for (const auto& test : cases) {
+        io::MemoryImage input;
+        shape(input, inputSpec);
+        calibrate(input, inputCalibration);
+        RefusesOne output(test.part);
+        NamedProperty<const ImageModel*> inputImage("inputImage", &input);
+        NamedProperty<ImageModel*> p("p", &output);
+        AddRuleEnforceSameSizeCalibrationAndType{inputImage}(p);
+        EXPECT_EQ(applyRules(p), refused({test.cause, String(test.text) + " for the parameter \"p\".",
+                                          "It is the calibration of \"inputImage\"."}));
+        // As far as it got: the image has its new shape.
+        EXPECT_EQ(helper::describeImage(output), "(5, 4, 2, 1, 3, scalar, uint16, value)");
+    }
+}
+
+TEST(RuleEnforceImage, SaysWhichInterpretationFails) {
+    const std::pair<const char*, Levels> cases[] = {
+        {"color",
+         {"The color interpretation of the model image cannot be updated.",
+          "\"p\" has unknown and cannot be set to RGB."}},
+        {"interpretation",
+         {"The model image cannot be re-interpreted into \"LABEL\".",
+          "\"p\" is (5, 4, 2, 1, 3, scalar, int32, value)."}}};
+    for (const auto& [part, levels] : cases) {
+        io::MemoryImage input;
+        shape(input, inputSpec);
+        RefusesOne output(part);
+        NamedProperty<const ImageModel*> inputImage("inputImage", &input);
+        NamedProperty<ImageModel*> p("p", &output);
+        ApplyRuleEnforceImage enforce(ImageCheck{RIX_INT32, inputImage, RIX_LABEL});
+        p.getImpl()->disable();
+        enforce(p);
+        EXPECT_EQ(output.getNumOf(COLUMNS), 0u);
+        p.getImpl()->enable(true);
+        Levels texts;
+        try {
+            enforce(p);
+        } catch (const RuleException& exception) {
+            for (const auto& level : exception.getLevels()) {
+                texts.push_back(level.message);
+            }
+        }
+        EXPECT_EQ(texts, refused(levels));
+    }
+}
+
+TEST(RuleEnforceImage, TakesElementTypeAndKeepsAnInterpretationThatNobodyAskedFor) {
+    io::MemoryImage input;
+    shape(input, {.elementType = VECTOR_2, .interpretation = RIX_LABEL});
+    io::MemoryImage output;
+    NamedProperty<const ImageModel*> inputImage("inputImage", &input);
+    NamedProperty<ImageModel*> p("p", &output);
+    AddRuleEnforceImage(ImageCheck{RIX_FLOAT32, inputImage})(p);
+    EXPECT_EQ(applyRules(p), Levels{});
+    EXPECT_EQ(helper::describeImage(output), "(4, 3, 1, 1, 1, 2-Vector, float32, value)");
+}
+
+TEST(Enforcements, NeverDestroyAnInput) {
+    io::MemoryImage image;
+    shape(image, {});
+    for (std::uint8_t i = 0; i < 12; ++i) {
+        image.getInternalBuffer()[i] = i;
+    }
+    NamedProperty<const ImageModel*> inputImage("inputImage", &image);
+    const auto expectSamples = [&] {
+        EXPECT_EQ(helper::describeImage(image), "(4, 3, 1, 1, 1, scalar, uint8, value)");
+        for (std::uint8_t i = 0; i < 12; ++i) {
+            EXPECT_EQ(image.getInternalBuffer()[i], i);
+        }
+    };
+    // In place: the output is the input and has its type.
+    NamedProperty<ImageModel*> p("p", &image);
+    AddRuleEnforceSameSizeCalibrationAndType{inputImage}(p);
+    AddRuleEnforceImage(ImageCheck{RIX_UINT8, inputImage})(p);
+    EXPECT_EQ(applyRules(p), Levels{});
+    expectSamples();
+    // Another type would cost the samples.
+    AddRuleEnforceImage(ImageCheck{RIX_INT16, inputImage})(p);
+    const auto levels = applyRules(p);
+    ASSERT_EQ(levels.size(), 4u);
+    EXPECT_EQ(levels[0], "Both are the same image, whose samples would be lost.");
+    EXPECT_EQ(levels[1], "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\" with "
+                         "the data type int16.");
+    expectSamples();
+}
+
+TEST(Enforcements, NaNInTheCalibrationIsCopied) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    io::MemoryImage input;
+    shape(input, {});
+    ASSERT_TRUE(input.setSpacingOf(ROWS, nan));
+    io::MemoryImage output;
+    NamedProperty<const ImageModel*> inputImage("inputImage", &input);
+    NamedProperty<ImageModel*> p("p", &output);
+    AddRuleEnforceSameCalibration{inputImage}(p);
+    EXPECT_EQ(applyRules(p), Levels{});
+    EXPECT_TRUE(std::isnan(output.getSpacingOf(ROWS)));
+}
+
+}  // namespace
+}  // namespace rix::test

@@ -1,0 +1,19 @@
+#pragma once
+
+/// Everything an application needs: the library's start, images, properties, rules, and all algorithms.
+
+#include <rix/Library.h>
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/ObjectInfo.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/image/ImageCalibration.h>
+#include <rix/image/ImageModel.h>
+#include <rix/image/ImageModel3dWithFull2d.h>
+#include <rix/image/ImageModelFull2d.h>
+#include <rix/image/ImageModelFull3d.h>
+#include <rix/image/ImageModelSizeProxy.h>
+#include <rix/image/MemoryImage.h>
+#include <rix/segmentation/ThresholdingByCriterion.h>
+#include <rix/settings/Settings.h>

@@ -1,0 +1,305 @@
+// Thresholding against a reference that follows the definition: the value's smallest type and the voxel's type meet in
+// a common type, both are converted to it and compared there.
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/SampleCast.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelFull2d.h>
+#include <rix/image/ImageModelSizeProxy.h>
+#include <rix/properties/Scalar.h>
+#include <rix/segmentation/ThresholdingByCriterion.h>
+#include <rix/settings/Settings.h>
+
+#include "ImageComparison.h"
+#include "ImageFactories.h"
+
+namespace rix::segmentation {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr ThresholdingByCriterion::CriterionType allCriteria[] = {
+    ThresholdingByCriterion::LESS_THAN,
+    ThresholdingByCriterion::LESS_THAN_OR_EQUAL_TO,
+    ThresholdingByCriterion::EQUAL_TO,
+    ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO,
+    ThresholdingByCriterion::GREATER_THAN,
+    ThresholdingByCriterion::NOT_EQUAL_TO,
+};
+constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8,
+                                    RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
+
+template <class T>
+bool compare(T voxel, T value, ThresholdingByCriterion::CriterionType criterion) {
+    switch (criterion) {
+        case ThresholdingByCriterion::LESS_THAN: return voxel < value;
+        case ThresholdingByCriterion::LESS_THAN_OR_EQUAL_TO: return voxel <= value;
+        case ThresholdingByCriterion::EQUAL_TO: return voxel == value;
+        case ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO: return voxel >= value;
+        case ThresholdingByCriterion::GREATER_THAN: return voxel > value;
+        case ThresholdingByCriterion::NOT_EQUAL_TO: return voxel != value;
+    }
+    return false;
+}
+
+/// One voxel by the definition. Every conversion here is one of the language that is defined for its operands.
+template <class T>
+bool referenceVoxel(T voxel, double value, ThresholdingByCriterion::CriterionType criterion) {
+    const VoxelTypes common =
+        helper::lesserCommonType(Scalar(value).smallestContainingType(false), access::voxelTypeOf<T>);
+    bool result = false;
+    access::dispatch(access::Reals{}, common, [&](auto tag) {
+        using C = typename decltype(tag)::type;
+        if constexpr (std::is_integral_v<C>) {
+            const bool fits = value >= static_cast<double>(std::numeric_limits<C>::min()) &&
+                              value <= static_cast<double>(std::numeric_limits<C>::max());
+            if constexpr (std::is_integral_v<T>) {
+                result = fits ? compare<C>(static_cast<C>(voxel), static_cast<C>(value), criterion)
+                              : compare<double>(voxel, value, criterion);
+            } else {
+                ADD_FAILURE() << "a real voxel never compares as an integer";
+            }
+        } else {
+            result = compare<C>(static_cast<C>(voxel), static_cast<C>(value), criterion);
+        }
+    });
+    return result;
+}
+
+io::MemoryImage reference(const ImageModel& input, double value, ThresholdingByCriterion::CriterionType criterion) {
+    io::MemoryImage result;
+    result.enforceSameCharacteristics(&input, SIZE | CALIBRATION);
+    result.setInterpretation(RIX_BINARY);
+    const auto n = helper::getExtents(input);
+    access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        std::vector<T> row(n[0]);
+        std::vector<std::uint8_t> out(n[0]);
+        for (std::size_t s = 0; s < n[4]; ++s) {
+            for (std::size_t t = 0; t < n[3]; ++t) {
+                for (std::size_t z = 0; z < n[2]; ++z) {
+                    for (std::size_t y = 0; y < n[1]; ++y) {
+                        EXPECT_TRUE(input.readRowAt(n[0], reinterpret_cast<RawData>(row.data()), 0, y, z, t, s));
+                        for (std::size_t x = 0; x < n[0]; ++x) {
+                            out[x] = referenceVoxel(row[x], value, criterion) ? 1 : 0;
+                        }
+                        EXPECT_TRUE(result.writeRowAt(n[0], out.data(), 0, y, z, t, s));
+                    }
+                }
+            }
+        }
+    });
+    return result;
+}
+
+io::MemoryImage threshold(const ImageModel& input, double value, ThresholdingByCriterion::CriterionType criterion,
+                          OptimLevelType level = SCALAR, int threads = 1) {
+    ThresholdingByCriterion algorithm;
+    algorithm.settings().setMaximumNumberOfThreads(threads);
+    algorithm.setAutoCpuDispatch(false);
+    algorithm.setOptimLevel(level);
+    io::MemoryImage output;
+    algorithm.setInputGrayImage(&input);
+    algorithm.setComparisonCriterion(criterion);
+    algorithm.setComparisonValue(value);
+    algorithm.setOutputBinaryImage(&output);
+    algorithm.run();
+    EXPECT_EQ(algorithm.getLastRunLevel(), level);
+    return output;
+}
+
+std::vector<OptimLevelType> runnableLevels() {
+    std::vector<OptimLevelType> levels;
+    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+        if (devices::Cpu::supports(level)) {
+            levels.push_back(level);
+        }
+    }
+    return levels;
+}
+
+TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double values[] = {0,          -0.0,         1,         127,        128,        255,       256,
+                             -1,         -128,         -129,      32767.5,    65535,      65536,     -32769,
+                             0.1,        -0.5,         99.5,      2147483647, 2147483648, -2147483648.0, -2147483649.0,
+                             4294967295, 4294967296.0, 16777217,  1e10,       -1e10,      1e-45,     3.5e38,
+                             1e300,      -1e300,       infinity, -infinity,  std::nan("")};
+    for (const VoxelTypes type : realTypes) {
+        const io::MemoryImage input =
+            test::makeRandomImage({.voxelType = type, .extents = {67, 5, 1, 1, 1}}, 11, test::Extremes::All);
+        for (const double value : values) {
+            for (const auto criterion : allCriteria) {
+                const io::MemoryImage expected = reference(input, value, criterion);
+                for (const OptimLevelType level : runnableLevels()) {
+                    ASSERT_TRUE(test::imagesEqual(expected, threshold(input, value, criterion, level)))
+                        << helper::voxelTypesToString(type) << ' ' << criterion << ' ' << value << " level " << level;
+                }
+            }
+        }
+    }
+}
+
+TEST(ThresholdingByCriterion, HandlesEveryWidthUpToSeveralVectors) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT32, RIX_FLOAT64}) {
+        for (std::size_t width = 1; width <= 140; ++width) {
+            const io::MemoryImage input =
+                test::makeRandomImage({.voxelType = type, .extents = {width, 2, 1, 1, 1}}, width);
+            const io::MemoryImage expected = reference(input, 3, ThresholdingByCriterion::GREATER_THAN);
+            for (const OptimLevelType level : runnableLevels()) {
+                ASSERT_TRUE(test::imagesEqual(
+                    expected, threshold(input, 3, ThresholdingByCriterion::GREATER_THAN, level)))
+                    << width << " columns, level " << level;
+            }
+        }
+    }
+}
+
+TEST(ThresholdingByCriterion, IsTheSameForEveryThreadCountScheduleAndStorage) {
+    io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT16, .extents = {701, 67, 3, 2, 2}}, 3);
+    test::setDistinctCalibration(input);
+    const auto criterion = ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO;
+    const io::MemoryImage expected = reference(input, 20000, criterion);
+    for (const int threads : {1, 2, 3, 7}) {
+        EXPECT_TRUE(test::imagesEqual(expected, threshold(input, 20000, criterion, SCALAR, threads)));
+    }
+    ThresholdingByCriterion algorithm;
+    algorithm.setBlockScheduler(std::make_shared<access::ShuffledScheduler>(5));
+    io::MemoryImage output;
+    algorithm.setInputGrayImage(&input);
+    algorithm.setComparisonCriterion(criterion);
+    algorithm.setComparisonValue(20000);
+    algorithm.setOutputBinaryImage(&output);
+    algorithm.run();
+    EXPECT_TRUE(test::imagesEqual(expected, output));
+
+    // A view as input, a view of the right shape as output.
+    const ImageModelFull2d plane(static_cast<const ImageModel*>(&input), 1, 1, 0);
+    io::MemoryImage target = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {701, 67, 2, 1, 1}}, 4);
+    ImageModelFull2d targetPlane(&target, 1, 0, 0);
+    algorithm.setInputGrayImage(&plane);
+    algorithm.setOutputBinaryImage(&targetPlane);
+    algorithm.run();
+    const io::MemoryImage expectedPlane = reference(plane, 20000, criterion);
+    EXPECT_TRUE(test::imagesEqual(expectedPlane, targetPlane));
+}
+
+TEST(ThresholdingByCriterion, WorksInPlaceOnlyWhenTheTypeStays) {
+    io::MemoryImage image = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {301, 200, 1, 1, 1}}, 8);
+    const io::MemoryImage expected = reference(image, 77, ThresholdingByCriterion::LESS_THAN);
+    ThresholdingByCriterion algorithm;
+    algorithm.setInputGrayImage(&image);
+    algorithm.setComparisonValue(77);
+    algorithm.setOutputBinaryImage(&image);
+    algorithm.run();
+    EXPECT_TRUE(test::imagesEqual(expected, image));
+
+    io::MemoryImage wide = test::makeRandomImage({.voxelType = RIX_INT16, .extents = {31, 20, 1, 1, 1}}, 8);
+    const io::MemoryImage before = wide;
+    algorithm.setInputGrayImage(&wide);
+    algorithm.setOutputBinaryImage(&wide);
+    EXPECT_THROW(algorithm.run(), RuleException);
+    EXPECT_TRUE(test::imagesEqual(before, wide)) << "a refused run must not touch the image";
+}
+
+TEST(ThresholdingByCriterion, ReusesAnOutputAndDescribesItsResult) {
+    const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {64, 64, 1, 1, 1}}, 2);
+    io::MemoryImage output = test::makeRandomImage({.voxelType = RIX_FLOAT64, .extents = {64, 64, 2, 1, 1}}, 2);
+    const RawData buffer = output.getInternalBuffer();
+    ThresholdingByCriterion algorithm;
+    algorithm.setInputGrayImage(&input);
+    algorithm.setOutputBinaryImage(&output);
+    const AlgorithmDescription description = algorithm.describe();
+    ASSERT_EQ(description.outputs.size(), 1U);
+    algorithm.run();
+    EXPECT_EQ(output.getInternalBuffer(), buffer) << "a buffer that is large enough is kept";
+    EXPECT_EQ(description.outputs[0].voxelType, output.getVoxelType());
+    EXPECT_EQ(description.outputs[0].extents, helper::getExtents(output));
+}
+
+/// What is wrong with the properties, and what the message must contain.
+struct Refusal {
+    const char* name;
+    void (*spoil)(ThresholdingByCriterion&);
+    std::vector<const char*> texts;
+};
+
+TEST(ThresholdingByCriterion, RefusesBadPropertiesByNameAndRunsAfterwards) {
+    static const io::MemoryImage good = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
+    static const io::MemoryImage complexImage =
+        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
+    static const io::MemoryImage vectors =
+        test::makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
+    static const io::MemoryImage empty;
+    static io::MemoryImage volume = test::makeRandomImage({.extents = {9, 9, 4, 1, 1}}, 1);
+    static ImageModelFull2d wrongShape(&volume, 0, 0, 0);
+    static io::MemoryImage small = test::makeRandomImage({.extents = {5, 5, 2, 1, 1}}, 1);
+    static ImageModelFull2d wrongSize(&small, 0, 0, 0);
+
+    const Refusal refusals[] = {
+        {"no input", [](ThresholdingByCriterion& a) { a.setInputGrayImage(nullptr); },
+         {"The parameter \"inputGrayImage\" must be set.", "Rule error in property inputGrayImage"}},
+        {"no output", [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(nullptr); },
+         {"The parameter \"outputBinaryImage\" must be set."}},
+        {"complex", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&complexImage); },
+         {"inputGrayImage", "complex float32", "only integer or floating types"}},
+        {"vectors", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&vectors); },
+         {"inputGrayImage", "supports only scalar types", "2-Vector"}},
+        {"empty", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&empty); }, {"inputGrayImage", "empty"}},
+        {"criterion",
+         [](ThresholdingByCriterion& a) {
+             a.setComparisonCriterion(static_cast<ThresholdingByCriterion::CriterionType>(6));
+         },
+         {"The value of the parameter \"comparisonCriterion\" is not valid", "6"}},
+        {"a view of another size", [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(&wrongSize); },
+         {"outputBinaryImage", "inputGrayImage"}},
+    };
+    for (const Refusal& refusal : refusals) {
+        SCOPED_TRACE(refusal.name);
+        ThresholdingByCriterion algorithm;
+        io::MemoryImage output;
+        algorithm.setInputGrayImage(&good);
+        algorithm.setOutputBinaryImage(&output);
+        refusal.spoil(algorithm);
+        try {
+            algorithm.run();
+            ADD_FAILURE() << "accepted";
+        } catch (const RuleException& exception) {
+            for (const char* text : refusal.texts) {
+                EXPECT_THAT(exception.getInfo(), HasSubstr(text));
+            }
+            EXPECT_THAT(exception.getInfo(), HasSubstr("ThresholdingByCriterion"));
+        }
+        algorithm.setInputGrayImage(&good);
+        algorithm.setComparisonCriterion(ThresholdingByCriterion::LESS_THAN);
+        algorithm.setOutputBinaryImage(&output);
+        EXPECT_NO_THROW(algorithm.run());
+    }
+}
+
+TEST(ThresholdingByCriterion, TakesPropertiesFromText) {
+    ThresholdingByCriterion algorithm;
+    String normalised;
+    EXPECT_TRUE(algorithm.getPropertyfromName("comparisonCriterion")->read("GREATER_THAN", normalised));
+    EXPECT_EQ(algorithm.getComparisonCriterion(), ThresholdingByCriterion::GREATER_THAN);
+    EXPECT_TRUE(algorithm.getPropertyfromName("comparisonCriterion")->read("5", normalised));
+    EXPECT_EQ(algorithm.getComparisonCriterion(), ThresholdingByCriterion::NOT_EQUAL_TO);
+    EXPECT_FALSE(algorithm.getPropertyfromName("comparisonCriterion")->read("greater_than", normalised));
+    EXPECT_TRUE(algorithm.getPropertyfromName("comparisonValue")->read("12.5", normalised));
+    EXPECT_EQ(algorithm.getComparisonValue(), 12.5);
+}
+
+}  // namespace
+}  // namespace rix::segmentation
