@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
 # usage: check_layers.sh CORE_FOLDER
 # Checks that every file of the core includes only its own layer and those below. Layers are the folders include/rix/X,
-# internal/rix/X (headers for our own modules) and src/X. The build can't enforce this: all layers of the core are one target.
+# internal/rix/X (headers for our own modules) and src/X. The build can't enforce this: all layers of the core are one
+# target.
 set -euo pipefail
 core=$1
 
-# From the bottom up. Plain values (containers, matrices, kernels) are what properties hold; simd is how kernels are
-# compiled once a level. Properties and images know each other's declarations and share a level. Devices tell which of the frame's levels of optimisation the processor can.
-declare -A level=([exceptions]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [simd]=1 [properties]=2 [image]=2 [rules]=3
-  [access]=4 [devices]=5 [algorithms]=5)
+# From the bottom up. Plain values (containers, matrices, kernels) are what properties hold. Properties and images know
+# each other's declarations and share a level. Devices tell which of the frame's levels of optimisation the processor
+# can, simd compiles kernels for each of them; both go with the frame.
+declare -A level=([exceptions]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [properties]=2 [image]=2 [rules]=3
+  [access]=4 [devices]=5 [simd]=5 [algorithms]=5)
 # Files that belong to another layer than their folder says.
 declare -A moved=(
   [rules/Rules.h]=properties  # the interface by which a property knows the rules attached to it
