@@ -5,11 +5,13 @@
 #include <utility>
 #include <vector>
 
+#include <vessel/Export.h>
+
 namespace vessel {
 
 /// A one-dimensional array whose length is known at run time only. A value type: copies share nothing.
 template <class T>
-class ArrayX {
+class VESSEL_EXPORT ArrayX {
 public:
     using ValueType = T;
 

@@ -3,11 +3,13 @@
 #include <array>
 #include <cstddef>
 
+#include <vessel/Export.h>
+
 namespace vessel {
 
 /// A square matrix of `N` rows and columns, stored row by row. A new matrix is all 0.
 template <class T, std::size_t N>
-class Matrix {
+class VESSEL_EXPORT Matrix {
 public:
     using ValueType = T;
     static constexpr std::size_t order = N;
