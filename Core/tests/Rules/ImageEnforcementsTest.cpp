@@ -295,6 +295,10 @@ TEST(RuleEnforceImage, TakesElementTypeAndKeepsAnInterpretationThatNobodyAskedFo
     AddRuleEnforceImage(ImageCheck{RIX_FLOAT32, inputImage})(p);
     EXPECT_EQ(applyRules(p), Levels{});
     EXPECT_EQ(helper::describeImage(output), "(4, 3, 1, 1, 1, 2-Vector, float32, value)");
+    // Nothing but the element type differs.
+    shape(input, {});
+    EXPECT_EQ(applyRules(p), Levels{});
+    EXPECT_EQ(helper::describeImage(output), "(4, 3, 1, 1, 1, scalar, float32, value)");
 }
 
 TEST(Enforcements, NeverDestroyAnInput) {

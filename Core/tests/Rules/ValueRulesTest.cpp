@@ -214,6 +214,10 @@ TEST(RuleCompare, RelatesTwoValues) {
     expectRule<int>(AddRuleCompare(CompareRelation::Less, count), "must be less than count",
                     {{-1, {}},
                      {3, {"The parameter \"p\" (value=3) must be less than the parameter \"count\" (value=3)."}}});
+    NamedProperty<int> offset("offset", -1);
+    expectRule<unsigned int>(
+        AddRuleCompare(CompareRelation::Less, offset), "must be less than offset",
+        {{1u, {"The parameter \"p\" (value=1) must be less than the parameter \"offset\" (value=-1)."}}});
     NamedProperty<int> unknown("p", 1);
     unknown.getImpl()->addRule(
         std::make_shared<RuleCompare<int, unsigned int>>(static_cast<CompareRelation>(17), count));
