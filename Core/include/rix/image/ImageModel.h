@@ -113,6 +113,9 @@ RIX_EXPORT std::size_t getElementSize(const ImageModel& image);
 /// Number of elements of an image; false when the product does not fit 64 bits.
 [[nodiscard]] RIX_EXPORT bool getElementCount(const ImageModel& image, std::size_t& count);
 
+/// Product of five extents, 0 when one of them is 0; false, and `count` unchanged, when it does not fit 64 bits.
+[[nodiscard]] RIX_EXPORT bool multiplyExtents(const std::array<std::size_t, 5>& extents, std::size_t& count);
+
 /// "(384, 303, 1, 1, 1, scalar, uint8, value)": how messages describe an image.
 RIX_EXPORT String describeImage(const ImageModel& image);
 

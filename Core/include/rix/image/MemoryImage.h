@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
+
 #include <rix/image/ImageModel.h>
 
 namespace rix::io {
@@ -9,7 +12,11 @@ namespace rix::io {
 /// ((((s * T + t) * Z + z) * Y + y) * X + c) * elementSize.
 ///
 /// A new image is empty: all extents, origins and spacings are 0, the voxel type is `RIX_UINT8`. Whoever creates an
-/// image sets its spacing. Copying copies the samples.
+/// image sets its spacing. Copying copies the samples; a target of an assignment keeps its own `exactSize`.
+///
+/// `reserve` fails when memory cannot be had or the size in bytes does not fit 64 bits; the image then keeps its
+/// extents and types but has no buffer, and row access fails. With the global setting
+/// `RIX_MEMORY_IMAGE_CONSUMPTION_TRACE` every allocation and every destruction writes a line to standard output.
 ///
 /// Cost: row access is constant; `reserve` allocates only when the buffer is too small or `exactSize` is set.
 class RIX_EXPORT MemoryImage : public ImageModel {
@@ -17,6 +24,7 @@ public:
     /// @param exactSize true reallocates at every `reserve`, so that the buffer is never larger than the image; false
     ///        keeps a buffer that is large enough, so that an output can be reserved again at every run.
     explicit MemoryImage(bool exactSize = false);
+    /// @throws MemoryError when memory for the samples cannot be had
     MemoryImage(const MemoryImage& other);
     MemoryImage& operator=(const MemoryImage& other);
     ~MemoryImage() override;
@@ -88,6 +96,18 @@ protected:
     std::size_t m_realBufferSize;  ///< bytes allocated; 0 after a failed allocation
     RawData m_rawData;
     ColorInterpretation m_colorInterpretation;
+
+private:
+    /// Drops the buffer through the virtual operation and records that there is none.
+    void dropBuffer();
+    void releaseOwnBuffer() noexcept;
+    void copyCharacteristics(const MemoryImage& other);
+    void storeShape(const ElementTypes& elementType, const VoxelTypes& voxelType,
+                    const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents);
+
+    // What allocateInternalBuffer of this very class made: the destructor may free nothing else.
+    RawData m_ownBuffer;
+    std::size_t m_ownBufferSize;
 };
 
 }  // namespace rix::io

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <rix/image/ImageModelSizeProxyBase.h>
+
+namespace rix {
+
+/// The whole volume of one (sequence, spectral) pair of an image as a 3D image. The view can be moved from pair to pair
+/// without being built again.
+///
+/// In builds with assertions a position outside the view ends the program; in others row access returns false. An
+/// index equal to the extent is accepted by the constructor and the `change...` operations and fails at the first row
+/// access.
+class RIX_EXPORT ImageModelFull3d : public ImageModelSizeProxyBase {
+public:
+    ImageModelFull3d(ImageModel* real, std::size_t indexSequence, std::size_t indexSpectral);
+    /// For reading only.
+    ImageModelFull3d(const ImageModel* real, std::size_t indexSequence, std::size_t indexSpectral);
+    ~ImageModelFull3d() override;
+
+    /// Reads the extents of the real image again and moves the view.
+    void initialize(std::size_t indexSequence, std::size_t indexSpectral);
+    void changeCurrentSequence(std::size_t indexSequence);
+    void changeCurrentSpectral(std::size_t indexSpectral);
+
+    std::size_t getNumOf(const Components& component) const override;
+    [[nodiscard]] bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
+                                 std::size_t firstPlans, std::size_t firstSequence,
+                                 std::size_t firstSpectralSeries) const override;
+    [[nodiscard]] bool writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
+                                  std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
+                                  std::size_t firstSpectralSeries) override;
+    [[nodiscard]] bool getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
+                                std::size_t firstPlans, std::size_t firstSequence,
+                                std::size_t firstSpectralSeries) const override;
+    [[nodiscard]] bool getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
+                                     std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
+                                     std::size_t firstSpectralSeries) const override;
+    std::vector<std::size_t> firstElement() const override;
+
+private:
+    bool contains(std::size_t nbElement, std::size_t firstCols, std::size_t firstRows, std::size_t firstPlans,
+                  std::size_t firstSequence, std::size_t firstSpectralSeries) const;
+
+    std::size_t m_numOfColumns = 0;
+    std::size_t m_numOfRows = 0;
+    std::size_t m_numOfPlanes = 0;
+    std::size_t m_indexSequence = 0;
+    std::size_t m_indexSpectral = 0;
+};
+
+}  // namespace rix

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <source_location>
+
+#include <rix/Assert.h>
+
+namespace rix::detail {
+
+/// A condition that only a wrong caller breaks: ends the program in builds with assertions, else becomes the caller's
+/// result. The text is given apart from the condition because the condition is written so that it can't wrap.
+inline bool expects([[maybe_unused]] bool holds, [[maybe_unused]] const char* text,
+                    [[maybe_unused]] std::source_location where = std::source_location::current()) {
+#ifndef NDEBUG
+    if (!holds) {
+        assertionFailed(text, where);
+    }
+#endif
+    return holds;
+}
+
+/// first + count <= extent, for any values.
+constexpr bool fits(std::size_t count, std::size_t first, std::size_t extent) {
+    return first <= extent && count <= extent - first;
+}
+
+}  // namespace rix::detail

@@ -1,0 +1,203 @@
+#include <rix/image/MemoryImage.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <set>
+
+#include <rix/exceptions/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include "ImageTestTools.h"
+
+namespace rix {
+namespace {
+
+/// Writes down every call that could change it, and refuses those that it is told to.
+class RecordingImage : public io::MemoryImage {
+public:
+    bool setOriginOf(const Components& axis, double value) override {
+        return record("origin " + helper::componentToString(axis)) && MemoryImage::setOriginOf(axis, value);
+    }
+    bool setSpacingOf(const Components& axis, double value) override {
+        return record("spacing " + helper::componentToString(axis)) && MemoryImage::setSpacingOf(axis, value);
+    }
+    bool setSpatialUnitName(const String& name) override {
+        return record("spatial unit") && MemoryImage::setSpatialUnitName(name);
+    }
+    bool setSpatialDirections(const vessel::SpatialDirections& directions) override {
+        return record("directions") && MemoryImage::setSpatialDirections(directions);
+    }
+    bool setSequenceUnitName(const String& name) override {
+        return record("sequence unit") && MemoryImage::setSequenceUnitName(name);
+    }
+    bool setInterpretation(const Interpretations& interpretation) override {
+        return record("interpretation") && MemoryImage::setInterpretation(interpretation);
+    }
+    bool setColorInterpretation(ColorInterpretation interpretation) override {
+        return record("color") && MemoryImage::setColorInterpretation(interpretation);
+    }
+    bool reserve(const VoxelTypes& type, std::size_t x, std::size_t y, std::size_t z, std::size_t t,
+                 std::size_t s) override {
+        return record("reserve " + helper::voxelTypesToString(type)) && MemoryImage::reserve(type, x, y, z, t, s);
+    }
+    using MemoryImage::reserve;
+
+    std::vector<String> m_calls;
+    std::set<String> m_refused;
+
+private:
+    bool record(const String& call) {
+        m_calls.push_back(call);
+        return !m_refused.contains(call);
+    }
+};
+
+void shape(RecordingImage& image, ElementTypes elementType, VoxelTypes voxelType, const test::Extents& e) {
+    ASSERT_TRUE(image.io::MemoryImage::reserve(elementType, voxelType, e[0], e[1], e[2], e[3], e[4]));
+    image.m_calls.clear();
+}
+
+/// A reference that differs from a new image in everything.
+void makeReference(io::MemoryImage& image) {
+    ASSERT_TRUE(image.reserve(VECTOR_2, RIX_FLOAT32, 7, 6, 5, 4, 3));
+    for (int i = RIX_COMPONENTS_FIRST; i < RIX_COMPONENTS_SIZE; ++i) {
+        image.setSpacingOf(static_cast<Components>(i), 1.5 + i);
+        image.setOriginOf(static_cast<Components>(i), -2.5 - i);
+    }
+    image.setSpatialUnitName("mm");
+    image.setSequenceUnitName("s");
+    image.setSpatialDirections({{0, 1, 0}, {1, 0, 0}, {0, 0, -1}});
+    image.setInterpretation(RIX_LABEL);
+    image.setColorInterpretation(RGB);
+}
+
+const std::vector<String> calibrationCalls{
+    "spacing columns",  "origin columns",  "spacing rows",    "origin rows",     "spacing plans",
+    "origin plans",     "spacing sequence", "origin sequence", "spacing spectral series", "origin spectral series",
+    "spatial unit",     "directions",      "sequence unit"};
+
+TEST(EnforceSameCharacteristics, CopiesEverythingInOrderOnce) {
+    io::MemoryImage reference;
+    makeReference(reference);
+    RecordingImage image;
+    image.enforceSameCharacteristics(&reference, ALL_CHARACTERISTICS);
+    std::vector<String> expected{"reserve float32"};
+    expected.insert(expected.end(), calibrationCalls.begin(), calibrationCalls.end());
+    expected.emplace_back("interpretation");
+    EXPECT_EQ(image.m_calls, expected);
+    EXPECT_EQ(helper::describeImage(image), "(7, 6, 5, 4, 3, scalar, float32, label)");
+    EXPECT_EQ(image.getOriginOf(SPECTRAL_SERIES), -6.5);
+    EXPECT_EQ(image.getSpacingOf(COLUMNS), 1.5);
+    EXPECT_EQ(image.getSpatialDirections(), reference.getSpatialDirections());
+    EXPECT_EQ(image.getColorInterpretation(), UNKNOWN);
+
+    // All matches now: nothing may be called, not even on an image that refuses everything.
+    image.m_calls.clear();
+    const ConstRawData samples = image.getImageBuffer();
+    image.enforceSameCharacteristics(&reference, ALL_CHARACTERISTICS);
+    EXPECT_EQ(image.m_calls, std::vector<String>());
+    EXPECT_EQ(image.getImageBuffer(), samples);
+}
+
+TEST(EnforceSameCharacteristics, SizeAndTypeAlone) {
+    io::MemoryImage reference;
+    makeReference(reference);
+    struct Case {
+        int characteristics;
+        ElementTypes elementType;
+        VoxelTypes voxelType;
+        test::Extents extents;
+        std::vector<String> calls;
+        const char* result;
+    };
+    const test::Extents other{2, 2, 1, 1, 1};
+    const test::Extents same{7, 6, 5, 4, 3};
+    const Case cases[] = {
+        {SIZE, SINGLE, RIX_UINT8, other, {"reserve uint8"}, "(7, 6, 5, 4, 3, scalar, uint8, value)"},
+        {SIZE, SINGLE, RIX_UINT8, same, {}, "(7, 6, 5, 4, 3, scalar, uint8, value)"},
+        {SIZE, VECTOR_3, RIX_UINT8, same, {"reserve uint8"}, "(7, 6, 5, 4, 3, scalar, uint8, value)"},
+        {TYPE, SINGLE, RIX_UINT8, other, {"reserve float32"}, "(2, 2, 1, 1, 1, scalar, float32, value)"},
+        {TYPE, SINGLE, RIX_FLOAT32, other, {}, "(2, 2, 1, 1, 1, scalar, float32, value)"},
+        {TYPE, VECTOR_2, RIX_FLOAT32, other, {"reserve float32"}, "(2, 2, 1, 1, 1, scalar, float32, value)"},
+        {SIZE | TYPE, SINGLE, RIX_FLOAT32, other, {"reserve float32"}, "(7, 6, 5, 4, 3, scalar, float32, value)"},
+        {SIZE | TYPE, SINGLE, RIX_UINT8, same, {"reserve float32"}, "(7, 6, 5, 4, 3, scalar, float32, value)"},
+        {SIZE | TYPE, SINGLE, RIX_FLOAT32, same, {}, "(7, 6, 5, 4, 3, scalar, float32, value)"},
+        {0, SINGLE, RIX_UINT8, other, {}, "(2, 2, 1, 1, 1, scalar, uint8, value)"},
+        {INTERPRETATION, SINGLE, RIX_UINT8, other, {"interpretation"}, "(2, 2, 1, 1, 1, scalar, uint8, label)"},
+    };
+    for (const Case& c : cases) {
+        RecordingImage image;
+        shape(image, c.elementType, c.voxelType, c.extents);
+        image.enforceSameCharacteristics(&reference, c.characteristics);
+        EXPECT_EQ(image.m_calls, c.calls) << c.characteristics;
+        EXPECT_EQ(helper::describeImage(image), c.result);
+    }
+}
+
+TEST(EnforceSameCharacteristics, EachRefusalHasItsText) {
+    io::MemoryImage reference;
+    makeReference(reference);
+    struct Case {
+        int characteristics;
+        const char* refused;
+        const char* text;
+    };
+    const Case cases[] = {
+        {ALL_CHARACTERISTICS, "reserve float32", "The image cannot be resized."},
+        {SIZE, "reserve uint8", "The image cannot be resized."},
+        {TYPE, "reserve float32", "The image cannot be retyped."},
+        {CALIBRATION, "spacing columns", "Cannot set the image spacing."},
+        {CALIBRATION, "spacing spectral series", "Cannot set the image spacing."},
+        {CALIBRATION, "origin rows", "Cannot set the image origin."},
+        {CALIBRATION, "spatial unit", "Cannot set the spatial unit name."},
+        {CALIBRATION, "directions", "Cannot set the spatial axis system."},
+        {CALIBRATION, "sequence unit", "Cannot set the sequence unit name."},
+        {INTERPRETATION, "interpretation", "Cannot set the image interpretation."},
+    };
+    for (const Case& c : cases) {
+        RecordingImage image;
+        shape(image, SINGLE, RIX_UINT8, {2, 2, 1, 1, 1});
+        image.m_refused = {c.refused};
+        try {
+            image.enforceSameCharacteristics(&reference, c.characteristics);
+            ADD_FAILURE() << c.refused;
+        } catch (const RuleException& exception) {
+            EXPECT_EQ(exception.getMessage(), c.text);
+            EXPECT_NE(exception.getInfo().find("(7, 6, 5, 4, 3, 2-Vector, float32, label)"), String::npos);
+        }
+        EXPECT_EQ(image.m_calls.back(), c.refused) << "nothing is tried after the failure";
+    }
+    RecordingImage image;
+    EXPECT_THROW(image.enforceSameCharacteristics(nullptr, ALL_CHARACTERISTICS), RuleException);
+}
+
+TEST(EnforceSameCharacteristics, NanDiffersFromEverything) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<String> set{"spacing rows"};
+    for (const auto& [own, other, calls] : {std::tuple{nan, 1.0, set}, std::tuple{1.0, nan, set},
+                                            std::tuple{nan, nan, set}, std::tuple{0.0, -0.0, std::vector<String>()}}) {
+        io::MemoryImage reference;
+        RecordingImage image;
+        reference.setSpacingOf(ROWS, other);
+        image.setSpacingOf(ROWS, own);
+        image.m_calls.clear();
+        image.enforceSameCharacteristics(&reference, CALIBRATION);
+        EXPECT_EQ(image.m_calls, calls);
+        EXPECT_EQ(std::isnan(image.getSpacingOf(ROWS)), std::isnan(other));
+    }
+}
+
+TEST(EnforceSameCharacteristics, AnImageAlwaysMatchesItself) {
+    RecordingImage image;
+    shape(image, VECTOR_2, RIX_FLOAT32, {7, 6, 1, 1, 1});
+    image.setSpacingOf(ROWS, std::numeric_limits<double>::quiet_NaN());
+    image.m_calls.clear();
+    image.enforceSameCharacteristics(&image, ALL_CHARACTERISTICS);
+    EXPECT_EQ(image.m_calls, std::vector<String>());
+    EXPECT_EQ(image.getElementType(), VECTOR_2);
+}
+
+}  // namespace
+}  // namespace rix

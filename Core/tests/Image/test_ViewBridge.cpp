@@ -1,0 +1,378 @@
+#include <rix/image/ImageMetadata.h>
+#include <rix/image/ImageModelFromView.h>
+#include <rix/image/ImageModelFull2d.h>
+#include <rix/image/ImageModelSizeProxy.h>
+#include <rix/image/ImageViewFromModel.h>
+
+#include <cstring>
+#include <functional>
+
+#include <vessel/MemoryImageView.h>
+
+#include <rix/exceptions/Exception.h>
+
+#include <gtest/gtest.h>
+
+#include "ImageTestTools.h"
+
+namespace rix {
+namespace {
+
+using test::countedValue;
+using test::Extents;
+using test::huge;
+using test::makeCounted;
+using test::readRow;
+using vessel::Axis;
+using vessel::AxisName;
+using vessel::ElementLayout;
+using vessel::MemoryImageView;
+using vessel::SampleType;
+
+TEST(ImageMetadata, NameUidAndOtherEntries) {
+    MemoryImageView view({}, {{AxisName::COLUMN, 1, {}}});
+    EXPECT_EQ(helper::getImageName(view), "");
+    EXPECT_EQ(helper::getImageUid(view), "");
+    helper::setImageName(view, "first");
+    helper::setImageName(view, "second");
+    EXPECT_EQ(helper::getImageName(view), "second");
+    EXPECT_EQ(view.metadata().getChildCount(), 1U);
+    EXPECT_EQ(view.metadata().find("name")->getText(), "second");
+    helper::addMetadata(view, LUMORA_UID_FIELD_NAME, std::int64_t{1234});
+    EXPECT_EQ(view.metadata().find("lumora_uid")->getText(), "1234");
+    EXPECT_EQ(helper::getImageUid(view), "1234") << "an identifier that is a number reads as text";
+
+    vessel::PropertyTree::Value value = true;
+    EXPECT_FALSE(helper::readMetadata(view, "absent", value));
+    view.metadata()["group"]["inner"].setValue(1.5);
+    EXPECT_FALSE(helper::readMetadata(view, "group", value)) << "a group has no value";
+    EXPECT_EQ(value, vessel::PropertyTree::Value(true));
+    EXPECT_TRUE(helper::readMetadata(view, LUMORA_UID_FIELD_NAME, value));
+    EXPECT_EQ(value, vessel::PropertyTree::Value(std::int64_t{1234}));
+    EXPECT_TRUE(helper::isMemoryImage(view));
+    EXPECT_FALSE(helper::isDiskImage(view));
+}
+
+void fill(RawData bytes, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        bytes[i] = static_cast<std::uint8_t>(i * 7 + 1);
+    }
+}
+
+TEST(ViewBridge, RoundTripOfAllTypes) {
+    const VoxelTypes voxelTypes[] = {RIX_UINT8, RIX_UINT16,  RIX_UINT32,  RIX_INT8,            RIX_INT16,
+                                     RIX_INT32, RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
+    const ElementTypes elementTypes[] = {SINGLE, VECTOR_2, VECTOR_3, MATRIX_2X2_SYM, MATRIX_3X3_SYM};
+    for (const VoxelTypes voxelType : voxelTypes) {
+        for (const ElementTypes elementType : elementTypes) {
+            io::MemoryImage image;
+            ASSERT_TRUE(image.reserve(elementType, voxelType, 5, 4, 3, 2, 2));
+            SCOPED_TRACE(helper::describeImage(image));
+            const std::size_t size = helper::getElementSize(image);
+            fill(image.getImageBuffer(), 240 * size);
+
+            const auto view = std::make_shared<ImageViewFromModel>(&image);
+            EXPECT_EQ(view->getElementType().getSize(), size);
+            ImageModelFromView back(view);
+            EXPECT_EQ(helper::describeImage(back), helper::describeImage(image));
+            EXPECT_EQ(back.getImageBuffer(), image.getImageBuffer()) << "no copy on the way";
+            RawData row = nullptr;
+            RawData own = nullptr;
+            ASSERT_TRUE(back.getRowAt(2, row, 3, 2, 1, 1, 1));
+            ASSERT_TRUE(image.getRowAt(2, own, 3, 2, 1, 1, 1));
+            EXPECT_EQ(row, own);
+
+            std::vector<std::uint8_t> buffer(240 * size);
+            ASSERT_TRUE(view->readRegion({{0, 0, 0, 0, 0}, {5, 4, 3, 2, 2}},
+                                         reinterpret_cast<std::byte*>(buffer.data())));
+            EXPECT_EQ(std::memcmp(buffer.data(), image.getImageBuffer(), buffer.size()), 0);
+        }
+    }
+}
+
+TEST(ViewBridge, CalibrationAndInterpretationBothWays) {
+    io::MemoryImage image = makeCounted({4, 3, 2, 2, 1});
+    for (int i = RIX_COMPONENTS_FIRST; i < RIX_COMPONENTS_SIZE; ++i) {
+        image.setOriginOf(static_cast<Components>(i), 10.0 + i);
+        image.setSpacingOf(static_cast<Components>(i), 0.5 + i);
+    }
+    image.setSpatialUnitName("mm");
+    image.setSequenceUnitName("s");
+    const vessel::SpatialDirections directions{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}};
+    image.setSpatialDirections(directions);
+    image.setInterpretation(RIX_LABEL);
+    image.setColorInterpretation(NRGB);
+
+    const auto view = std::make_shared<ImageViewFromModel>(&image);
+    EXPECT_EQ(view->getAxes()[1], (Axis{AxisName::ROW, 3, {11.0, 1.5, "mm"}}));
+    EXPECT_EQ(view->getAxes()[3], (Axis{AxisName::TIME, 2, {13.0, 3.5, "s"}}));
+    EXPECT_EQ(view->getAxes()[4], (Axis{AxisName::CHANNEL, 1, {14.0, 4.5, ""}}));
+    ImageModelFromView back(view);
+    io::MemoryImage copy;
+    copy.enforceSameCharacteristics(&back, ALL_CHARACTERISTICS);
+    for (int i = RIX_COMPONENTS_FIRST; i < RIX_COMPONENTS_SIZE; ++i) {
+        EXPECT_EQ(copy.getOriginOf(static_cast<Components>(i)), 10.0 + i);
+        EXPECT_EQ(copy.getSpacingOf(static_cast<Components>(i)), 0.5 + i);
+    }
+    EXPECT_EQ(copy.getSpatialUnitName(), "mm");
+    EXPECT_EQ(copy.getSequenceUnitName(), "s");
+    EXPECT_EQ(copy.getSpatialDirections(), directions);
+    EXPECT_EQ(copy.getInterpretation(), RIX_LABEL);
+    EXPECT_EQ(back.getColorInterpretation(), NRGB);
+
+    // And back into the image, through both.
+    EXPECT_TRUE(back.setSpacingOf(PLANS, 9.0));
+    EXPECT_TRUE(back.setOriginOf(SPECTRAL_SERIES, -1.0));
+    EXPECT_TRUE(back.setSpatialUnitName("um"));
+    EXPECT_TRUE(back.setSequenceUnitName("h"));
+    EXPECT_TRUE(back.setSpatialDirections({}));
+    EXPECT_TRUE(back.setInterpretation(RIX_BINARY));
+    EXPECT_TRUE(back.setColorInterpretation(HSL));
+    EXPECT_TRUE(view->applyMetadata());
+    EXPECT_EQ(image.getSpacingOf(PLANS), 9.0);
+    EXPECT_EQ(image.getOriginOf(SPECTRAL_SERIES), -1.0);
+    EXPECT_EQ(image.getSpatialUnitName(), "um");
+    EXPECT_EQ(image.getSequenceUnitName(), "h");
+    EXPECT_EQ(image.getSpatialDirections(), vessel::SpatialDirections());
+    EXPECT_EQ(image.getInterpretation(), RIX_BINARY);
+    EXPECT_EQ(image.getColorInterpretation(), HSL);
+    EXPECT_FALSE(view->setCalibration(AxisName::CHANNEL, {0.0, 1.0, "nm"})) << "an image has no unit for channels";
+    EXPECT_EQ(view->getAxes()[2].calibration, (vessel::AxisCalibration{12.0, 9.0, "um"}));
+}
+
+/// Keeps its samples but gives no address, as an image on disk does.
+class RemoteView : public vessel::ImageView {
+public:
+    RemoteView(vessel::ElementType type, std::vector<Axis> axes) : m_image(type, std::move(axes)) {}
+    const std::vector<Axis>& getAxes() const override { return m_image.getAxes(); }
+    vessel::ElementType getElementType() const override { return m_image.getElementType(); }
+    bool has(vessel::Capability capability) const override { return capability != vessel::Capability::IN_MEMORY; }
+    bool readRegion(const vessel::Region& region, std::byte* buffer) const override {
+        return m_image.readRegion(region, buffer);
+    }
+    bool writeRegion(const vessel::Region& region, const std::byte* buffer) override {
+        return m_image.writeRegion(region, buffer);
+    }
+    const std::byte* getBuffer() const override { return nullptr; }
+    std::byte* getBuffer() override { return nullptr; }
+    bool setCalibration(AxisName name, const vessel::AxisCalibration& c) override {
+        return m_image.setCalibration(name, c);
+    }
+    vessel::SpatialDirections getSpatialDirections() const override { return {}; }
+    bool setSpatialDirections(const vessel::SpatialDirections&) override { return false; }
+
+    MemoryImageView m_image;
+};
+
+// The axes of a view come in any order; every element must be found whichever it is.
+TEST(ViewBridge, AnyOrderOfAxes) {
+    struct Case {
+        std::vector<Axis> axes;
+        bool rowsInPlace;
+        bool wholeBuffer;
+    };
+    const Axis x{AxisName::COLUMN, 4, {}}, y{AxisName::ROW, 3, {}}, z{AxisName::SLICE, 2, {}}, t{AxisName::TIME, 2, {}},
+        c{AxisName::CHANNEL, 3, {}}, one{AxisName::TIME, 1, {}}, oneX{AxisName::COLUMN, 1, {}};
+    const Case cases[] = {
+        {{x, y, z, t, c}, true, true}, {{x, y}, true, true},          {{x, y, c}, true, true},
+        {{c, x, y}, false, false},     {{x, c, y}, true, false},      {{t, c, z, y, x}, false, false},
+        {{y, x}, false, false},        {{one, x, y, c}, true, true},  {{c, y}, true, false},
+        {{c, oneX, y}, true, false},   {{y, z}, true, true},          {{x, y, c, t}, true, false},
+    };
+    const ElementLayout layout = ElementLayout::VECTOR_2;
+    for (const Case& test : cases) {
+        const auto view = std::make_shared<MemoryImageView>(vessel::ElementType{SampleType::UINT8, layout}, test.axes);
+        const auto remote = std::make_shared<RemoteView>(vessel::ElementType{SampleType::UINT8, layout}, test.axes);
+        ImageModelFromView image(view);
+        ImageModelFromView far(remote);
+        SCOPED_TRACE(helper::describeImage(image));
+        EXPECT_EQ(image.getImageBuffer() != nullptr, test.wholeBuffer);
+        const Extents extents = helper::getExtents(image);
+        std::vector<std::uint8_t> row(2 * extents[0]);
+        std::vector<std::uint8_t> found(row.size());
+        std::size_t next = 0;
+        Extents p{};
+        for (p[4] = 0; p[4] < extents[4]; ++p[4]) {
+            for (p[3] = 0; p[3] < extents[3]; ++p[3]) {
+                for (p[2] = 0; p[2] < extents[2]; ++p[2]) {
+                    for (p[1] = 0; p[1] < extents[1]; ++p[1]) {
+                        for (std::uint8_t& value : row) {
+                            value = static_cast<std::uint8_t>(++next % 251);
+                        }
+                        ASSERT_TRUE(image.writeRowAt(extents[0], row.data(), 0, p[1], p[2], p[3], p[4]));
+                        ASSERT_TRUE(far.writeRowAt(extents[0], row.data(), 0, p[1], p[2], p[3], p[4]));
+                        ASSERT_TRUE(image.readRowAt(extents[0], found.data(), 0, p[1], p[2], p[3], p[4]));
+                        ASSERT_EQ(found, row);
+                        ASSERT_TRUE(far.readRowAt(1, found.data(), extents[0] - 1, p[1], p[2], p[3], p[4]));
+                        ASSERT_EQ(found[1], row.back());
+                        // The same element through the view itself.
+                        vessel::Region region;
+                        for (std::size_t i = 0; i < test.axes.size(); ++i) {
+                            region.first[i] = p[static_cast<std::size_t>(test.axes[i].name)];
+                            region.extent[i] = 1;
+                        }
+                        std::uint8_t element[2] = {};
+                        ASSERT_TRUE(view->readRegion(region, reinterpret_cast<std::byte*>(element)));
+                        ASSERT_EQ(element[1], row[1]);
+                        RawData address = nullptr;
+                        ASSERT_EQ(image.getRowAt(extents[0], address, 0, p[1], p[2], p[3], p[4]), test.rowsInPlace);
+                        ASSERT_EQ(address != nullptr && std::memcmp(address, row.data(), row.size()) == 0,
+                                  test.rowsInPlace);
+                        ASSERT_FALSE(far.getRowAt(1, address, 0, p[1], p[2], p[3], p[4]));
+                    }
+                }
+            }
+        }
+        std::vector<std::byte> all(next), allFar(next);
+        const vessel::Region whole = [&] {
+            vessel::Region region;
+            for (std::size_t i = 0; i < test.axes.size(); ++i) {
+                region.extent[i] = test.axes[i].extent;
+            }
+            return region;
+        }();
+        ASSERT_TRUE(view->readRegion(whole, all.data()));
+        ASSERT_TRUE(remote->readRegion(whole, allFar.data()));
+        EXPECT_EQ(all, allFar);
+
+        for (std::size_t axis = 0; axis < 5; ++axis) {
+            for (const std::size_t position : {extents[axis], huge}) {
+                Extents outside{};
+                outside[axis] = position;
+                for (const ImageModelFromView* const model : {&image, &far}) {
+                    EXPECT_FALSE(model->readRowAt(1, found.data(), outside[0], outside[1], outside[2], outside[3],
+                                                  outside[4]));
+                }
+            }
+        }
+        EXPECT_FALSE(image.readRowAt(huge, found.data(), 1, 0, 0, 0, 0));
+        EXPECT_TRUE(far.isOnDisk());
+        EXPECT_FALSE(image.isOnDisk());
+    }
+}
+
+TEST(ViewBridge, MissingAxesKeepACalibration) {
+    const auto view = std::make_shared<MemoryImageView>(vessel::ElementType{},
+                                                        std::vector<Axis>{{AxisName::ROW, 3, {1.0, 2.0, "mm"}}});
+    ImageModelFromView image(view);
+    EXPECT_EQ(helper::getExtents(image), (Extents{1, 3, 1, 1, 1}));
+    EXPECT_EQ(image.getSpatialUnitName(), "mm");
+    io::MemoryImage reference = makeCounted({1, 3, 1, 1, 1});
+    reference.setSpacingOf(PLANS, 4.0);
+    reference.setSpacingOf(ROWS, 5.0);
+    reference.setSpatialUnitName("km");
+    reference.setSequenceUnitName("s");
+    image.enforceSameCharacteristics(&reference, CALIBRATION);
+    EXPECT_EQ(image.getSpacingOf(PLANS), 4.0);
+    EXPECT_EQ(image.getSequenceUnitName(), "s");
+    EXPECT_EQ(view->getAxes()[0].calibration, (vessel::AxisCalibration{0.0, 5.0, "km"}));
+}
+
+TEST(ViewBridge, ReserveIsForTheShapeThatIsThere) {
+    const auto view = std::make_shared<MemoryImageView>(
+        vessel::ElementType{SampleType::INT16, ElementLayout::SCALAR},
+        std::vector<Axis>{{AxisName::COLUMN, 4, {}}, {AxisName::ROW, 3, {}}});
+    ImageModelFromView image(view);
+    EXPECT_TRUE(image.reserve(RIX_INT16, 4, 3, 1, 1, 1));
+    EXPECT_FALSE(image.reserve(RIX_UINT16, 4, 3, 1, 1, 1));
+    EXPECT_FALSE(image.reserve(VECTOR_2, RIX_INT16, 4, 3, 1, 1, 1));
+    EXPECT_FALSE(image.reserve(RIX_INT16, 3, 4, 1, 1, 1));
+    EXPECT_EQ(image.getImageId(), "Image_" + std::to_string(reinterpret_cast<std::uintptr_t>(&image)));
+    helper::addMetadata(*view, LUMORA_UID_FIELD_NAME, std::string("u-1"));
+    EXPECT_EQ(image.getImageId(), "u-1");
+}
+
+TEST(ViewBridge, ConstSidesAreReadOnly) {
+    const std::shared_ptr<const vessel::ImageView> constView = std::make_shared<MemoryImageView>(
+        vessel::ElementType{}, std::vector<Axis>{{AxisName::COLUMN, 4, {}}});
+    ImageModelFromView image(constView);
+    std::uint8_t value = 3;
+    RawData row = nullptr;
+    ConstRawData constRow = nullptr;
+    EXPECT_FALSE(image.writeRowAt(1, &value, 0, 0, 0, 0, 0));
+    EXPECT_FALSE(image.getRowAt(1, row, 0, 0, 0, 0, 0));
+    EXPECT_TRUE(image.getConstRowAt(1, constRow, 0, 0, 0, 0, 0));
+    EXPECT_TRUE(image.readRowAt(1, &value, 0, 0, 0, 0, 0));
+    EXPECT_FALSE(image.setSpacingOf(COLUMNS, 2.0));
+    EXPECT_FALSE(image.setInterpretation(RIX_LABEL));
+    EXPECT_FALSE(image.reserve(RIX_UINT8, 4, 1, 1, 1, 1));
+    EXPECT_EQ(image.getImageBuffer(), nullptr);
+    EXPECT_NE(std::as_const(image).getImageBuffer(), nullptr);
+
+    const io::MemoryImage model = makeCounted({4, 3, 1, 1, 1});
+    ImageViewFromModel view(&model);
+    EXPECT_FALSE(view.has(vessel::Capability::WRITABLE));
+    EXPECT_TRUE(helper::isMemoryImage(view));
+    std::byte bytes[8] = {};
+    EXPECT_FALSE(view.writeRegion({{0, 0, 0, 0, 0}, {1, 1, 1, 1, 1}}, bytes));
+    EXPECT_TRUE(view.readRegion({{3, 2, 0, 0, 0}, {1, 1, 1, 1, 1}}, bytes));
+    EXPECT_EQ(bytes[0], std::byte{12});
+    EXPECT_EQ(view.getBuffer(), nullptr);
+    EXPECT_FALSE(view.setCalibration(AxisName::ROW, {}));
+    EXPECT_FALSE(view.applyMetadata());
+}
+
+TEST(ViewBridge, RegionsOfViewsThatAreNoBuffer) {
+    const Extents shape{5, 4, 3, 2, 2};
+    io::MemoryImage real = makeCounted(shape);
+    ImageModelSizeProxy box(&real, {1, 1, 1, 0, 1}, {3, 3, 2, 2, 1});
+    ImageViewFromModel view(&box);
+    EXPECT_EQ(view.getBuffer(), nullptr);
+    std::vector<std::uint16_t> values(4);
+    const vessel::Region region{{1, 2, 0, 1, 0}, {2, 1, 2, 1, 1}};
+    ASSERT_TRUE(view.readRegion(region, reinterpret_cast<std::byte*>(values.data())));
+    EXPECT_EQ(values, (std::vector{countedValue(shape, {2, 3, 1, 1, 1}), countedValue(shape, {3, 3, 1, 1, 1}),
+                                   countedValue(shape, {2, 3, 2, 1, 1}), countedValue(shape, {3, 3, 2, 1, 1})}));
+    values = {1001, 1002, 1003, 1004};
+    ASSERT_TRUE(view.writeRegion(region, reinterpret_cast<const std::byte*>(values.data())));
+    EXPECT_EQ(readRow(real, 2, {2, 3, 2, 1, 1}), (std::vector<std::uint16_t>{1003, 1004}));
+    EXPECT_EQ(readRow(real, 1, {1, 3, 2, 1, 1}), std::vector{countedValue(shape, {1, 3, 2, 1, 1})});
+    EXPECT_FALSE(view.readRegion({{0, 0, 0, 2, 0}, {1, 1, 1, 1, 1}}, nullptr));
+    EXPECT_FALSE(view.readRegion({{0, 0, 0, 0, huge}, {1, 1, 1, 1, 2}}, nullptr));
+}
+
+TEST(ViewBridge, AViewOfAnImageThatWasReshapedRefuses) {
+    io::MemoryImage model = makeCounted({4, 3, 1, 1, 1});
+    const auto view = std::make_shared<ImageViewFromModel>(&model);
+    ImageModelFromView back(view);
+    std::byte bytes[64] = {};
+    const vessel::Region region{{0, 0, 0, 0, 0}, {1, 1, 1, 1, 1}};
+    EXPECT_TRUE(view->readRegion(region, bytes));
+    using Change = std::function<bool()>;
+    for (const Change& change : {Change([&] { return model.reserve(RIX_COMPLEX_FLOAT64, 4, 3, 1, 1, 1); }),
+                                 Change([&] { return model.reserve(VECTOR_3, RIX_UINT16, 4, 3, 1, 1, 1); }),
+                                 Change([&] { return model.reserve(RIX_UINT16, 2, 3, 1, 1, 1); })}) {
+        ASSERT_TRUE(change());
+        EXPECT_FALSE(view->readRegion(region, bytes));
+        EXPECT_FALSE(view->writeRegion(region, bytes));
+        EXPECT_EQ(view->getBuffer(), nullptr);
+        RawData row = nullptr;
+        EXPECT_FALSE(back.getRowAt(4, row, 0, 2, 0, 0, 0));
+        EXPECT_FALSE(back.readRowAt(4, reinterpret_cast<RawData>(bytes), 0, 2, 0, 0, 0));
+    }
+}
+
+TEST(ViewBridge, OwnershipAndWhatCannotBeBridged) {
+    auto model = std::make_shared<io::MemoryImage>(makeCounted({4, 3, 1, 1, 1}));
+    const std::weak_ptr<io::MemoryImage> watch = model;
+    {
+        const auto view = std::make_shared<ImageViewFromModel>(model);
+        const ImageModelFromView back(view);
+        model.reset();
+        EXPECT_FALSE(watch.expired());
+        EXPECT_EQ(readRow(back, 1, {3, 2, 0, 0, 0}), std::vector<std::uint16_t>{12});
+    }
+    EXPECT_TRUE(watch.expired());
+
+    EXPECT_THROW(ImageModelFromView(std::make_shared<MemoryImageView>(
+                     vessel::ElementType{SampleType::INT64, ElementLayout::SCALAR}, std::vector<Axis>())),
+                 InvalidCall);
+    EXPECT_THROW(ImageModelFromView(std::shared_ptr<vessel::ImageView>()), InvalidCall);
+    EXPECT_THROW(ImageViewFromModel(static_cast<ImageModel*>(nullptr)), InvalidCall);
+    io::MemoryImage undefined;
+    ASSERT_TRUE(undefined.reserve(static_cast<VoxelTypes>(3), 1, 1, 1, 1, 1));
+    EXPECT_THROW(ImageViewFromModel{&undefined}, InvalidCall);
+}
+
+}  // namespace
+}  // namespace rix

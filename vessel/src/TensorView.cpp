@@ -1,0 +1,7 @@
+#include <vessel/TensorView.h>
+
+namespace vessel {
+
+TensorView::~TensorView() = default;
+
+}  // namespace vessel
