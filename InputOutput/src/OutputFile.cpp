@@ -16,6 +16,9 @@
 namespace rix::io {
 namespace {
 
+// As many as Linux follows.
+constexpr int MostLinks = 40;
+
 String errorText(int error) {
     return std::generic_category().message(error);
 }
@@ -33,11 +36,14 @@ String temporaryName() {
 
 OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path) {
     std::error_code error;
-    if (std::filesystem::is_symlink(path, error)) {
-        m_target = std::filesystem::weakly_canonical(path, error);
-        if (error) {
-            throw WritingError("The link cannot be followed: " + error.message() + ".");
+    // Link by link, since a link may lead to a file that doesn't exist yet.
+    for (int depth = 0; std::filesystem::is_symlink(m_target, error); ++depth) {
+        const std::filesystem::path next = std::filesystem::read_symlink(m_target, error);
+        if (error || depth == MostLinks) {
+            throw WritingError("The link cannot be followed: " +
+                               (error ? error.message() : String("it leads to itself")) + ".");
         }
+        m_target = m_target.parent_path() / next;
     }
     struct stat status {};
     mode_t mode = 0666;

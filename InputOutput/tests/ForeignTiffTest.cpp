@@ -156,8 +156,6 @@ TEST_F(ForeignTiff, BigEndianSamplesOfAllSizes) {
         .page(2, 1, 64, 1, PHOTOMETRIC_MINISBLACK, SAMPLEFORMAT_COMPLEXIEEEFP)
         .block(0, std::vector<float>{1.0F, 2.0F, -3.5F, 4.25F});
     EXPECT_EQ(readImageInfo(m_path).voxelType, RIX_COMPLEX_FLOAT32);
-    const auto complexSamples = samplesOf<float>(*readImage(m_path));
-    (void)complexSamples;
     const auto image = readImage(m_path);
     std::array<float, 4> floats{};
     std::memcpy(floats.data(), image->getInternalBuffer(), sizeof(floats));
@@ -288,7 +286,7 @@ TEST_F(ForeignTiff, LossyAndOldCompressionsAreRead) {
     EXPECT_EQ(read<std::uint8_t>()[0], 1);
     EXPECT_EQ(read<std::uint8_t>()[8], 0);
     EXPECT_EQ(read<std::uint8_t>()[16], 0);
-    for (const int compression : {COMPRESSION_PACKBITS, COMPRESSION_DEFLATE, COMPRESSION_ZSTD, COMPRESSION_LZMA}) {
+    for (const int compression : {COMPRESSION_PACKBITS, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_ZSTD, COMPRESSION_LZMA}) {
         RawTiff(m_path).page(4, 1, 8).set(TIFFTAG_COMPRESSION, compression).block(0, Bytes{7, 7, 7, 9});
         EXPECT_THAT(read<std::uint8_t>(), ElementsAre(7, 7, 7, 9)) << compression;
     }
@@ -345,17 +343,17 @@ TEST_F(ForeignTiff, ImageJStacks) {
                 raw.endPage();
             }
         }
-        if (c.description[0] == 'I' && c.extents[3] * c.extents[4] == 1 && c.description[7] == '1' &&
-            std::string(c.description).find("4294967296") != std::string::npos) {
-            EXPECT_THAT(refusal(), HasSubstr("promises more pages"));
-            continue;
-        }
         const auto image = readImage(m_path);
         EXPECT_EQ(extentsOf(*image), c.extents) << c.description;
         if (c.extents[4] == 2) {  // page = channel + 2 * (slice + 3 * frame)
             EXPECT_THAT(samplesOf<std::uint8_t>(*image), ElementsAre(0, 2, 4, 6, 8, 10, 1, 3, 5, 7, 9, 11));
         }
     }
+    RawTiff(m_path)
+        .page(1000, 1, 8)
+        .set(TIFFTAG_IMAGEDESCRIPTION, "ImageJ=1.53t\nimages=5000000\n")
+        .block(0, Bytes(1000));
+    EXPECT_THAT(refusal(), HasSubstr("promises more pages of 1000 bytes than the file holds"));
 }
 
 TEST_F(ForeignTiff, ImageJCalibration) {

@@ -288,11 +288,18 @@ TEST(HostileFiles, TagsThatNameTheSameBytes) {
             content += static_cast<char>(static_cast<std::uint8_t>(value >> (8 * i)));
         }
     };
-    put(4000, 2);
+    put(4004, 2);
+    for (const auto& [tag, value] : {std::pair{TIFFTAG_IMAGEWIDTH, 1}, std::pair{TIFFTAG_IMAGELENGTH, 1},
+                                     std::pair{TIFFTAG_STRIPOFFSETS, 8}, std::pair{TIFFTAG_STRIPBYTECOUNTS, 1}}) {
+        put(static_cast<std::uint64_t>(tag), 2);
+        put(4, 2);
+        put(1, 4);
+        put(static_cast<std::uint64_t>(value), 4);
+    }
     for (std::uint64_t tag = 0; tag < 4000; ++tag) {
         put(40000 + tag, 2);
         put(1, 2);
-        put(1 << 20, 4);
+        put(1000000, 4);
         put(0, 4);
     }
     put(0, 4);

@@ -58,7 +58,9 @@ std::uint64_t findRawPages(TiffHandle& handle, std::uint64_t fileBytes, const Ti
     const std::uint64_t begin = TIFFGetStrileOffset(handle.get(), 0);
     std::size_t bytes = 0;
     const bool counted = pages && helper::checkedMultiply(page.decodedBytes, *pages, bytes);
-    if (counted && begin != 0 && begin <= fileBytes && bytes <= fileBytes - begin) {
+    const std::uint64_t directory = layout.directories.front();
+    if (counted && begin != 0 && begin <= fileBytes && bytes <= fileBytes - begin &&
+        (directory < begin || directory >= begin + bytes)) {
         return begin;
     }
     if (!counted || bytes > LargestListedStack) {
