@@ -31,6 +31,9 @@ target_compile_options(rix_compile_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 reports these inside inlined code of the standard library that is correct.
   target_compile_options(rix_compile_options INTERFACE -Wno-null-dereference -Wno-restrict)
+elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  # clang reports what g++'s standard library itself deprecates and uses (the buffer of std::stable_sort).
+  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations)
 endif()
 if(RIX_WARNINGS_AS_ERRORS)
   target_compile_options(rix_compile_options INTERFACE -Werror)

@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
 # usage: check_layers.sh CORE_FOLDER
-# Checks that every file of the core includes only its own layer and those below. Layers are the folders include/rix/X
-# and src/X. The build can't enforce this: all layers of the core are one target.
+# Checks that every file of the core includes only its own layer and those below. Layers are the folders include/rix/X,
+# internal/rix/X (headers for our own modules) and src/X. The build can't enforce this: all layers of the core are one
+# target.
 set -euo pipefail
 core=$1
 
-# From the bottom up. Plain values (containers, matrices, kernels) are what properties hold; devices say what the
-# processor can. Properties and images know each other's declarations and share a level.
-declare -A level=([exceptions]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [devices]=1 [properties]=2 [image]=2
-  [rules]=3 [access]=4 [algorithms]=5)
+# From the bottom up. Plain values (containers, matrices, kernels) are what properties hold. Properties and images know
+# each other's declarations and share a level. Devices tell which of the frame's levels of optimisation the processor
+# can, simd compiles kernels for each of them; both go with the frame.
+declare -A level=([exceptions]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [properties]=2 [image]=2 [rules]=3
+  [access]=4 [devices]=5 [simd]=5 [algorithms]=5)
 # Files that belong to another layer than their folder says.
 declare -A moved=(
   [rules/Rules.h]=properties  # the interface by which a property knows the rules attached to it
@@ -35,9 +37,9 @@ files=0
 while IFS= read -r -d '' file; do
   relative=${file#"$core"/}
   case $relative in
-    include/rix/*) own=$(layer_of "${relative#include/rix/}") ;;
+    include/rix/* | internal/rix/*) own=$(layer_of "${relative#*/rix/}") ;;
     src/*) own=$(layer_of "${relative#src/}") ;;
-    *) fail "$relative: lies neither in include/rix nor in src"; continue ;;
+    *) fail "$relative: lies neither in include/rix, nor internal/rix, nor src"; continue ;;
   esac
   if [[ $own != base && -z ${level[$own]:-} ]]; then
     fail "$relative: the folder '$own' is no layer; new layers are entered in ${BASH_SOURCE[0]##*/}"
@@ -62,7 +64,7 @@ while IFS= read -r -d '' file; do
     fi
   done < <(sed -n -E 's/^[[:space:]]*#[[:space:]]*include[[:space:]]*([<"][^>"]*[>"]).*/\1/;t show;b;:show =;p' "$file" |
     paste -d: - -)
-done < <(find "$core/include/rix" "$core/src" \( -name '*.h' -o -name '*.cpp' -o -name '*.inl' \) -print0 | sort -z)
+done < <(find "$core" -path "$core/tests" -prune -o \( -name '*.h' -o -name '*.cpp' -o -name '*.inl' \) -print0 | sort -z)
 
 ((files > 0)) || fail "no files found in $core"
 ((failures == 0)) || exit 1

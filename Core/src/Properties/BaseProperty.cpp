@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/properties/RealToInt.h>
 
 namespace rix {
@@ -46,11 +45,6 @@ bool BaseProperty::isEnable() const {
     return getImpl()->m_enabled;
 }
 
-bool BaseProperty::isOutput() const {
-    const BaseAlgorithm* owner = getOwner();
-    return owner != nullptr && owner->isOutput(this);
-}
-
 BaseAlgorithm* BaseProperty::getOwner() {
     return getImpl()->m_owner;
 }
@@ -77,12 +71,6 @@ void BaseProperty::setVersion(double version) {
 
 DataRangeProvider* BaseProperty::getDataRangeProvider() const {
     return getImpl()->m_dataRangeProvider.get();
-}
-
-void BaseProperty::notify() {
-    if (BaseAlgorithm* owner = getOwner()) {
-        owner->onPropertyChanged(this);
-    }
 }
 
 }  // namespace rix
