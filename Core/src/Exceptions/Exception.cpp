@@ -1,16 +1,29 @@
 #include <rix/exceptions/Exception.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace rix {
+
+namespace {
+
+/// The path inside the source tree: compiler caches may hand the compiler paths relative to the build folder.
+String insideTree(std::string_view path) {
+    while (path.starts_with("../") || path.starts_with("./")) {
+        path.remove_prefix(path.find('/') + 1);
+    }
+    return String(path);
+}
+
+}  // namespace
 
 struct ExceptionPrivate {
     std::vector<Exception::ExceptionInfo> levels;
     String text;  // getInfo(false), kept so that what() can return a pointer into it
 
     void push(const String& message, const std::source_location& where) {
-        levels.push_back({where.file_name(), where.line(), message});
+        levels.push_back({insideTree(where.file_name()), where.line(), message});
         text = format(false);
     }
 

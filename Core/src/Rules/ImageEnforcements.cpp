@@ -1,37 +1,28 @@
 #include <rix/rules/ImageEnforcements.h>
 
-#include <rix/image/MemoryImage.h>
-
 namespace rix::rules {
 
 namespace {
 
-// Both images of a failed enforcement, for the level above the rule's text.
-String pairText(const OutputOperand& output, const ImageOperand& reference) {
-    return describeOperand(output) + "; " + describeOperand(reference) + ".";
-}
-
-// Runs `enforce`; above what the image says when it refuses come the rule's text and the values.
-template <class Enforce, class RuleText, class Values>
-void enforceWith(const Enforce& enforce, const RuleText& ruleText, const Values& values) {
+// Runs `enforce`; above what the image says when it refuses comes the rule's text.
+template <class Enforce, class RuleText>
+void enforceWith(const Enforce& enforce, const RuleText& ruleText) {
     try {
         enforce();
     } catch (RuleException& exception) {
         exception.addInfoLevel(ruleText());
-        exception.addInfoLevel(values());
         throw;
     }
 }
 
 // `rest` goes between the two properties of the rule's text: `The parameter "a" cannot be retyped to fit the parameter
-// "b".`
+// "b".` The operation's own levels tell both images.
 void enforceLike(const OutputOperand& output, const ImageOperand& reference, int characteristics, const char* rest) {
     enforceWith([&] { output.image.enforceSameCharacteristics(&reference.image, characteristics); },
                 [&] {
                     return parameterText(output.property) + rest + " the parameter " + quotedName(reference.property) +
                            ".";
-                },
-                [&] { return pairText(output, reference); });
+                });
 }
 
 // The text for the first part of the calibration that still differs: the parts are set in this order, and the first
@@ -39,7 +30,8 @@ void enforceLike(const OutputOperand& output, const ImageOperand& reference, int
 String calibrationText(const OutputOperand& output, const ImageOperand& reference) {
     const ImageModel& is = output.image;
     const ImageModel& wanted = reference.image;
-    const String end = " for the parameter " + quotedName(output.property) + ".";
+    const String end = " for the parameter " + quotedName(output.property) + " to fit the parameter " +
+                       quotedName(reference.property) + ".";
     for (int axis = RIX_COMPONENTS_FIRST; axis < RIX_COMPONENTS_SIZE; ++axis) {
         const auto component = static_cast<Components>(axis);
         const double spacing = wanted.getSpacingOf(component);
@@ -64,8 +56,7 @@ String calibrationText(const OutputOperand& output, const ImageOperand& referenc
 
 void enforceCalibration(const OutputOperand& output, const ImageOperand& reference) {
     enforceWith([&] { output.image.enforceSameCharacteristics(&reference.image, CALIBRATION); },
-                [&] { return calibrationText(output, reference); },
-                [&] { return "It is the calibration of " + quotedName(reference.property) + "."; });
+                [&] { return calibrationText(output, reference); });
 }
 
 // Sets the interpretation when it differs; false when the image refuses.
@@ -94,20 +85,15 @@ const char* interpretationLabel(Interpretations interpretation) {
 }  // namespace
 
 void EnforceType::apply(const OutputOperand& output) const {
-    // A reference that has nothing but a type makes this the same operation as taking the type of another image.
-    io::MemoryImage typed;
-    enforceWith(
-        [&] {
-            if (!typed.reserve(m_type, 0, 0, 0, 0, 0)) {
-                throw RuleException("There is no image of the type " + helper::voxelTypesToString(m_type) + ".");
-            }
-            output.image.enforceSameCharacteristics(&typed, TYPE);
-        },
-        [&] {
-            return parameterText(output.property) + " cannot be retyped to " + helper::voxelTypesToString(m_type) +
-                   ".";
-        },
-        [&] { return imageText(output); });
+    ImageModel& image = output.image;
+    if (image.getVoxelType() == m_type && image.getElementType() == SINGLE) {
+        return;
+    }
+    const auto extents = helper::getExtents(image);
+    if (!image.reserve(m_type, extents[0], extents[1], extents[2], extents[3], extents[4])) {
+        refuse(parameterText(output.property) + " cannot be retyped to " + helper::voxelTypesToString(m_type) + ".",
+               imageText(output));
+    }
 }
 
 String EnforceType::describe() const {
@@ -163,8 +149,8 @@ void EnforceSameColorInterpretation::apply(const OutputOperand& output) const {
         refuse(parameterText(output.property) + " cannot be interpreted like the parameter " +
                    quotedName(m_reference.property()) + ".",
                "The color interpretation is " +
-                   helper::colorInterpretationToString(output.image.getColorInterpretation()) + " and cannot be set to " +
-                   helper::colorInterpretationToString(wanted) + ".");
+                   helper::colorInterpretationToString(output.image.getColorInterpretation()) +
+                   " and cannot be set to " + helper::colorInterpretationToString(wanted) + ".");
     }
 }
 
@@ -217,7 +203,7 @@ void EnforceImage::reserve(const OutputOperand& output, const ImageModel& model)
         exception.addInfoLevel(parameterText(output.property) + " cannot be resized and retyped to fit the parameter " +
                                quotedName(reference.property) + " with the data type " +
                                helper::voxelTypesToString(m_check.voxelType) + ".");
-        exception.addInfoLevel(pairText(output, reference));
+        exception.addInfoLevel(describeOperand(output) + "; " + describeOperand(reference) + ".");
         throw exception;
     };
     if (isSameImage(image, model)) {

@@ -139,19 +139,19 @@ struct PairCase {
 
 TEST(ImageAssertions, CompareWithAnotherImage) {
     const std::vector<PairCase> cases{
-        {[](auto& p, auto& q) { AddRuleAssertSameSize{q}(p); },
+        {[](auto& p, auto& q) { addRules(p, AddRuleAssertSameSize(q)); },
          "must have the size of inputImage",
          {},
          {.voxelType = RIX_FLOAT32},
          {.extents = {4, 3, 1, 1, 2}},
          "The parameters \"p\" and \"inputImage\" must have the same size."},
-        {[](auto& p, auto& q) { AddRuleAssertSameType{q}(p); },
+        {[](auto& p, auto& q) { addRules(p, AddRuleAssertSameType(q)); },
          "must have the data type of inputImage",
          {.voxelType = RIX_INT16},
          {.extents = {1, 1, 1, 1, 1}, .voxelType = RIX_INT16},
          {.voxelType = RIX_UINT16},
          "The parameters \"p\" and \"inputImage\" must have the same type."},
-        {[](auto& p, auto& q) { AddRuleAssertSameInterpretation{q}(p); },
+        {[](auto& p, auto& q) { addRules(p, AddRuleAssertSameInterpretation(q)); },
          "must have the interpretation of inputImage",
          {.interpretation = RIX_LABEL},
          {.voxelType = RIX_INT16, .interpretation = RIX_LABEL},
@@ -163,7 +163,7 @@ TEST(ImageAssertions, CompareWithAnotherImage) {
          {.extents = {9, 9, 2, 9, 9}},
          {.extents = {4, 3, 1, 1, 1}},
          "The number of plans of the parameters \"p\" and \"inputImage\" must be the same."},
-        {[](auto& p, auto& q) { AddRuleAssertBinaryIfBinary{q}(p); },
+        {[](auto& p, auto& q) { addRules(p, AddRuleAssertBinaryIfBinary(q)); },
          "must be binary if inputImage is binary",
          {.interpretation = RIX_BINARY},
          {.interpretation = RIX_BINARY},
@@ -236,6 +236,7 @@ TEST(RuleAssertSameSpacing, ComparesEveryAxis) {
 class AliasImage : public RecordingImage {
 public:
     explicit AliasImage(ConstRawData samples) : m_samples(samples) {}
+    using RecordingImage::getImageBuffer;
     ConstRawData getImageBuffer() const override { return m_samples; }
 
 private:

@@ -61,7 +61,8 @@ TEST(RuleLimitedValueVector, TestsEveryComponent) {
                    {{-1, 0, 1},
                     {"The parameter \"p\" (value = -1) must be greater than <0>.", "Component 0 is -1."}}});
     using List = container::Vector<unsigned char>;
-    expectRule<List>(AddRuleLimitedValueVector<unsigned char, List>(5, CHECK_LOWER), "every component must be less than 5",
+    expectRule<List>(AddRuleLimitedValueVector<unsigned char, List>(5, CHECK_LOWER),
+                     "every component must be less than 5",
                      {{{}, {}},
                       {{4, 65},
                        {"The parameter \"p\" (value = 65) must be less than <5>.", "Component 1 is 65."}}});
@@ -77,7 +78,7 @@ TEST(RuleInRange, BoundsBelongToTheRangeOrNot) {
                        {{0.0, {}},
                         {0.999, {}},
                         {1.0, text("[0 ; 1[", "1")},
-                        {-smallest, text("[0 ; 1[", "-4.9406564584124654e-324")},
+                        {-smallest, text("[0 ; 1[", "-4.94066e-324")},
                         {nan, text("[0 ; 1[", "nan")}});
     expectRule<int>(AddRuleInRange<int>(-2, 2, Bound::Excluded, Bound::Included), "must be in the range ]-2 ; 2]",
                     {{-2, text("]-2 ; 2]", "-2")}, {-1, {}}, {2, {}}, {3, text("]-2 ; 2]", "3")}});
@@ -93,13 +94,16 @@ TEST(RulesOnNumbers, RefuseWhatIsNoUsableNumber) {
         return Levels{String("The parameter \"p\" must ") + rule + ".", given};
     };
     expectRule<int>(AddRuleAssertPositiveOnly(), "must be strictly positive",
-                    {{1, {}}, {0, text("be strictly positive", "The value is 0.")}, {-3, text("be strictly positive", "The value is -3.")}});
+                    {{1, {}},
+                     {0, text("be strictly positive", "The value is 0.")},
+                     {-3, text("be strictly positive", "The value is -3.")}});
     using V = math::Vector2<int>;
     expectRule<V>(AddRuleAssertPositiveOnly(), "must be strictly positive",
                   {{{1, 1}, {}}, {{3, 0}, text("be strictly positive", "Component 1 is 0.")}});
     using Nested = container::Vector<math::Vector2<int>>;
     expectRule<Nested>(AddRuleAssertPositiveOnly(), "must be strictly positive",
-                       {{{{1, 1}, {2, 2}}, {}}, {{{1, 1}, {2, -2}}, text("be strictly positive", "Component 1 is -2.")}});
+                       {{{{1, 1}, {2, 2}}, {}},
+                        {{{1, 1}, {2, -2}}, text("be strictly positive", "Component 1 is -2.")}});
     expectRule<double>(AddRuleAssertPositiveOnly(), "must be strictly positive",
                        {{smallest, {}}, {nan, text("be strictly positive", "The value is nan.")}});
     expectRule<double>(AddRuleAssertFinite(), "must be finite",
@@ -208,7 +212,12 @@ TEST(RuleCompare, RelatesTwoValues) {
     // Types of different sign compare by value.
     NamedProperty<unsigned int> count("count", 3u);
     expectRule<int>(AddRuleCompare(CompareRelation::Less, count), "must be less than count",
-                    {{-1, {}}, {3, {"The parameter \"p\" (value=3) must be less than the parameter \"count\" (value=3)."}}});
+                    {{-1, {}},
+                     {3, {"The parameter \"p\" (value=3) must be less than the parameter \"count\" (value=3)."}}});
+    NamedProperty<int> offset("offset", -1);
+    expectRule<unsigned int>(
+        AddRuleCompare(CompareRelation::Less, offset), "must be less than offset",
+        {{1u, {"The parameter \"p\" (value=1) must be less than the parameter \"offset\" (value=-1)."}}});
     NamedProperty<int> unknown("p", 1);
     unknown.getImpl()->addRule(
         std::make_shared<RuleCompare<int, unsigned int>>(static_cast<CompareRelation>(17), count));

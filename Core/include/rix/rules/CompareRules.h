@@ -67,9 +67,9 @@ public:
 
     void apply(Property<T>& property) override {
         if (!relationHolds(property)) {
-            rules::refuse(rules::parameterText(property) + " (value=" + rules::valueToText(property.get()) +
-                          ") must be " + rules::relationPhrase(m_relation) + " the parameter " +
-                          rules::quotedName(*m_other) + " (value=" + rules::valueToText(m_other->get()) + ").");
+            rules::refuse(rules::parameterText(property) + valueText(property) + " must be " +
+                          rules::relationPhrase(m_relation) + " the parameter " + rules::quotedName(*m_other) +
+                          valueText(*m_other) + ".");
         }
     }
     String describe() const override {
@@ -86,7 +86,12 @@ private:
 
     bool relationHolds(const Property<T>& property) const {
         if constexpr (isImage) {
-            const bool same = rules::isSameImage(*rules::openImage(property), *rules::openImage(*m_other));
+            const auto image = rules::openImage(property);
+            const auto other = rules::openImage(*m_other);
+            bool same = rules::isSameImage(*image, *other);
+            if constexpr (requires { property.get() == m_other->get(); }) {
+                same = same || property.get() == m_other->get();  // a view that is not in memory, opened twice
+            }
             switch (m_relation) {
                 case CompareRelation::Equal: return same;
                 case CompareRelation::NotEqual: return !same;
@@ -94,6 +99,15 @@ private:
             }
         } else {
             return rules::holds(m_relation, property.get(), m_other->get());
+        }
+    }
+
+    template <class V>
+    static String valueText(const Property<V>& property) {
+        if constexpr (isImage) {
+            return " (value=" + rules::openImage(property)->getImageId() + ")";
+        } else {
+            return " (value=" + rules::valueToText(property.get()) + ")";
         }
     }
 

@@ -8,7 +8,7 @@
 /// Each rule class takes the value type of its property, `ImageModel*`. What matches already is left alone, samples
 /// included; a failing enforcement leaves the image as far as it got.
 ///
-/// A failure is a RuleException of several levels: what the image refused, what the rule wanted, and the given images.
+/// A failure is a RuleException of several levels: what the image refused, then what the rule wanted.
 namespace rix {
 
 /// What an output image is to be: the shape (extents and element type), the calibration and the colour interpretation

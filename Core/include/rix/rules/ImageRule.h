@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include <rix/image/ImageModel.h>
 #include <rix/rules/RuleSupport.h>
 
 /// How rules reach the images that properties hold, and the one rule class over image properties.

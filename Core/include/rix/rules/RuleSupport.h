@@ -14,7 +14,6 @@
 #include <rix/Export.h>
 #include <rix/String.h>
 #include <rix/exceptions/Exception.h>
-#include <rix/image/ImageModel.h>
 #include <rix/math/Vector.h>
 #include <rix/properties/Property.h>
 #include <rix/rules/Rules.h>
@@ -101,9 +100,6 @@ String valueToText(const V& value) {
         return std::to_string(static_cast<std::underlying_type_t<V>>(value));
     } else if constexpr (std::is_arithmetic_v<V>) {
         return std::to_string(value);
-    } else if constexpr (std::is_convertible_v<V, const ImageModel*>) {
-        const ImageModel* image = value;
-        return image == nullptr ? String("not set") : image->getImageId();
     } else if constexpr (VectorValue<V>) {
         String text = "(";
         for (std::size_t i = 0; i < componentCount(value); ++i) {
@@ -164,3 +160,15 @@ private:
 };
 
 }  // namespace rix::rules
+
+namespace rix {
+
+/// Attaches rules to a property in the order given, which is the order of application:
+/// `addRules(outputImage, AddRuleAssertNotNull(), AddRuleEnforceSameType(inputImage))`. As a statement of its own
+/// `AddRuleEnforceSameType(inputImage)(outputImage)` would declare a variable; with braces it would not.
+template <class T, class... Adders>
+void addRules(Property<T>& property, const Adders&... adders) {
+    (adders(property), ...);
+}
+
+}  // namespace rix

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include <vessel/SpatialDirections.h>
+
+#include <rix/Export.h>
+#include <rix/String.h>
+#include <rix/image/ImageModel.h>
+#include <rix/image/MemoryImage.h>
+
+namespace rix::io {
+
+/// How samples are packed in a file. All are lossless.
+enum class Compression {
+    FormatDefault,  ///< TIFF: none; PNG: deflate
+    None,
+    Lzw,      ///< TIFF only
+    Deflate,  ///< the one of PNG
+};
+
+/// Whether a TIFF file gets 64-bit offsets, which some readers don't know.
+enum class BigTiff {
+    WhenNeeded,  ///< when the samples could pass 4 GiB
+    Always,
+};
+
+/// What a writer may be asked for. An option that the format of the file doesn't know is refused.
+struct WriteOptions {
+    Compression compression = Compression::FormatDefault;
+    /// Both 0 for strips of rows; else the size of the tiles, multiples of 16 (TIFF only).
+    std::size_t tileColumns = 0;
+    std::size_t tileRows = 0;
+    BigTiff bigTiff = BigTiff::WhenNeeded;
+};
+
+/// All that a file tells about its image beside the samples.
+struct ImageFileInfo {
+    String format;                  ///< name of the format, "TIFF" or "PNG"
+    String storage;                 ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
+    std::uint64_t fileBytes = 0;    ///< size of the file
+    std::array<std::size_t, RIX_COMPONENTS_SIZE> extents{};  ///< indexed by `Components`
+    VoxelTypes voxelType = RIX_UINT8;
+    ElementTypes elementType = SINGLE;
+    Interpretations interpretation = RIX_VALUE;
+    ColorInterpretation colorInterpretation = UNKNOWN;
+    std::array<double, RIX_COMPONENTS_SIZE> spacing{1.0, 1.0, 1.0, 1.0, 1.0};
+    std::array<double, RIX_COMPONENTS_SIZE> origin{};
+    String spatialUnitName;
+    String sequenceUnitName;
+    vessel::SpatialDirections spatialDirections;
+};
+
+/// A format that files are read from and written to.
+struct ImageFormat {
+    String name;
+    std::vector<String> extensions;  ///< in lower case without the dot; the usual one first
+};
+
+/// The formats in the order in which files are tried against them.
+RIX_EXPORT std::vector<ImageFormat> getImageFormats();
+
+/// Reads a whole image into memory. The format is told from the content of the file, never from its name.
+///
+/// Axes. The first row of the image is the top one, the first column the left one, whatever order the file keeps them
+/// in (a TIFF file that stores its picture transposed is refused). Channels lie on the spectral axis. Pages of a TIFF
+/// stack are planes, unless an ImageJ description says that they are channels, slices and frames: these become
+/// spectral series, planes and sequence. Reduced copies and masks inside a TIFF file are passed over; pages of
+/// different sizes or types are refused.
+///
+/// Samples. Types are kept. Unsigned TIFF samples of 2 to 15 bits keep their values in the next larger of uint8 and
+/// uint16; PNG greys of 2 and 4 bits are scaled to 0..255, as that format defines. Images of 1 bit become uint8 with
+/// the values 0 and 1 and the interpretation binary; 1 is the bright side. Where zero means white, unsigned values are
+/// turned over, so that larger is brighter. Palettes are expanded to RGB. Three channels of colour have the colour
+/// interpretation `RGB`; opacity follows them as a fourth channel (with grey: as a second), values untouched. Gamma
+/// and colour profiles are not applied.
+///
+/// Calibration. From the ImageJ description, the resolution of the file (in millimetres where that is per inch, metre
+/// or centimetre) and, exactly, from what `writeImage` has noted. Spacing is 1 where the file has none.
+///
+/// Files are taken as hostile. Before anything is allocated for them, the promised samples are compared with what the
+/// file's own size can hold: all bytes without compression, at most 2560 times them with LZW, 1032 with deflate, 64
+/// with PackBits, 2048 with JPEG, 16384 with LZMA, 32768 with Zstandard and 65536 with the fax codes. Other
+/// compressions are refused. A damaged or truncated file is refused as a whole.
+///
+/// @throws LoadingError the file is missing, no regular file, unreadable, damaged, of an unknown format or of a kind
+///         that is not supported. The first level says what is wrong, the outermost names the file.
+/// @throws MemoryError there is not enough memory for the image.
+///
+/// Cost: one pass over the file; beside the image one strip or tile is held.
+RIX_EXPORT std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path);
+
+/// What `readImage` would give, without reading samples. Throws as it does; damaged samples are not noticed.
+RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path);
+
+/// Writes an image in the format that the extension of `path` names (.tif, .tiff, .png; in any case of letters).
+///
+/// TIFF holds every voxel type and all five axes; PNG one plane of uint8 or uint16, grey, RGB or RGB with opacity.
+/// Interpretation, colour interpretation, spacing, origin, directions and unit names are noted in the file in a form
+/// that other readers pass over, beside the forms that they know (ImageJ description, resolution). A spacing that is
+/// not positive and finite counts as none. Nothing is ever converted: what the format cannot hold is refused, with
+/// the formats that can.
+///
+/// The file appears under its name only when it is complete. Until then it has another name in the same folder and is
+/// removed on any failure; an older file of that name stays as it was. Replacing a file waits until the new samples
+/// are on the medium and keeps the permissions of the old one. A link is followed, not replaced.
+///
+/// @throws WritingError the extension is unknown, the format cannot hold the image, the image fails to give a row, or
+///         the file system refuses (the disk is full, the folder is missing or read-only, ...). The first level says
+///         what is wrong, the outermost names the file.
+///
+/// Cost: one pass over the image by rows; beside it one strip or row of tiles is held.
+RIX_EXPORT void writeImage(const std::filesystem::path& path, const ImageModel& image,
+                           const WriteOptions& options = {});
+
+}  // namespace rix::io

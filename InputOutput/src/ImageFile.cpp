@@ -1,0 +1,114 @@
+#include <rix/io/ImageFile.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <new>
+
+#include <rix/exceptions/Exception.h>
+
+#include "Codec.h"
+
+namespace rix::io {
+namespace {
+
+const Codec& codecOfContent(InputFile& file) {
+    std::array<std::uint8_t, 64> beginning{};
+    const std::size_t count = file.readAt(0, beginning.data(), beginning.size());
+    for (const Codec* codec : codecs()) {
+        if (codec->recognises({beginning.data(), count})) {
+            return *codec;
+        }
+    }
+    const String failure = file.failure();
+    if (!failure.empty()) {
+        throw LoadingError("Reading failed: " + failure + ".");
+    }
+    throw LoadingError("The content is of no format that is known. Known are " + listCodecs() + '.');
+}
+
+const Codec& codecOfExtension(const std::filesystem::path& path) {
+    String extension = path.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    for (const Codec* codec : codecs()) {
+        for (const char* known : codec->extensions) {
+            if (!extension.empty() && extension.substr(1) == known) {
+                return *codec;
+            }
+        }
+    }
+    throw WritingError((extension.empty() ? "The name has no extension that tells the format."
+                                          : "The extension '" + extension + "' stands for no format that is known.") +
+                       String(" Known are ") + listCodecs() + '.');
+}
+
+void refuseWhatDoesNotFit(const Codec& codec, const ImageModel& image, const WriteOptions& options) {
+    const String reason = codec.refusal(image, options);
+    if (reason.empty()) {
+        return;
+    }
+    String others;
+    for (const Codec* other : codecs()) {
+        if (other->refusal(image, options).empty()) {
+            others += others.empty() ? " It can be written as " : " or ";
+            others += other->name;
+        }
+    }
+    throw WritingError(reason + (others.empty() ? String(" No other format can hold it.") : others + '.'));
+}
+
+/// Runs `action` and adds to whatever it throws the level that names the file.
+template <class Action>
+auto namingTheFile(const String& level, Action&& action) {
+    try {
+        return action();
+    } catch (Exception& exception) {
+        exception.addInfoLevel(level);
+        throw;
+    } catch (const std::bad_alloc&) {
+        MemoryError error("There is not enough memory.");
+        error.addInfoLevel(level);
+        throw error;
+    }
+}
+
+String readingLevel(const std::filesystem::path& path) {
+    return "Cannot read the image file '" + path.string() + "'.";
+}
+
+}  // namespace
+
+std::vector<ImageFormat> getImageFormats() {
+    std::vector<ImageFormat> formats;
+    for (const Codec* codec : codecs()) {
+        formats.push_back({codec->name, {codec->extensions.begin(), codec->extensions.end()}});
+    }
+    return formats;
+}
+
+std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path) {
+    return namingTheFile(readingLevel(path), [&] {
+        InputFile file(path);
+        return codecOfContent(file).read(file);
+    });
+}
+
+ImageFileInfo readImageInfo(const std::filesystem::path& path) {
+    return namingTheFile(readingLevel(path), [&] {
+        InputFile file(path);
+        return codecOfContent(file).readInfo(file);
+    });
+}
+
+void writeImage(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {
+    namingTheFile("Cannot write the image file '" + path.string() + "'.", [&] {
+        const Codec& codec = codecOfExtension(path);
+        refuseWhatDoesNotFit(codec, image, options);
+        OutputFile file(path);
+        codec.write(file, image, options);
+        file.commit();
+    });
+}
+
+}  // namespace rix::io

@@ -1,0 +1,184 @@
+#include "PngReader.h"
+
+#include <cstring>
+#include <vector>
+
+#include <rix/exceptions/Exception.h>
+
+#include "../Codec.h"
+#include "../Metadata.h"
+#include "../SampleRows.h"
+#include "PngSession.h"
+
+namespace rix::io {
+namespace {
+
+/// The most that deflate can make of a byte: 258 bytes in 2 bits, less what tables take.
+constexpr std::uint64_t DeflateRatio = 1032;
+
+/// What the chunks before the samples say.
+struct PngHeader {
+    png_uint_32 columns = 0;
+    png_uint_32 rows = 0;
+    int depth = 0;
+    int color = 0;
+    int interlacing = 0;
+    bool transparency = false;  ///< a colour or palette entries are declared transparent
+    png_uint_32 perUnit[2] = {0, 0};
+    int unit = PNG_RESOLUTION_UNKNOWN;
+    const char* text = nullptr;  ///< our own metadata, in libpng's memory
+    std::size_t storedRowBytes = 0;
+
+    bool isPalette() const { return color == PNG_COLOR_TYPE_PALETTE; }
+    bool isGrey() const { return (color & PNG_COLOR_MASK_COLOR) == 0; }
+    bool hasAlpha() const { return (color & PNG_COLOR_MASK_ALPHA) != 0 || transparency; }
+    bool isBinary() const { return isGrey() && depth == 1 && !hasAlpha(); }
+    std::size_t channels() const { return (isGrey() ? 1U : 3U) + (hasAlpha() ? 1U : 0U); }
+};
+
+PngHeader readHeader(PngSession& session, std::uint64_t fileBytes) {
+    PngHeader header;
+    const bool done = session.guarded([&] {
+        png_structp png = session.png();
+        // A wrong checksum anywhere is damage; what isn't used isn't even unpacked.
+        png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
+        // A chunk cannot be longer than the file, so libpng needn't trust its length.
+        png_set_chunk_malloc_max(png, fileBytes);
+        static constexpr png_byte unused[] = "zTXt\0iTXt\0iCCP\0sPLT\0eXIf\0hIST\0pCAL";
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, unused, static_cast<int>(sizeof(unused) / 5));
+        png_read_info(png, session.info());
+        png_get_IHDR(png, session.info(), &header.columns, &header.rows, &header.depth, &header.color,
+                     &header.interlacing, nullptr, nullptr);
+        header.transparency = png_get_valid(png, session.info(), PNG_INFO_tRNS) != 0;
+        png_get_pHYs(png, session.info(), &header.perUnit[0], &header.perUnit[1], &header.unit);
+        header.storedRowBytes = png_get_rowbytes(png, session.info());
+        png_textp texts = nullptr;
+        const int count = png_get_text(png, session.info(), &texts, nullptr);
+        for (int i = 0; i < count; ++i) {
+            if (std::strcmp(texts[i].key, PngKeyword) == 0) {
+                header.text = texts[i].text;
+            }
+        }
+    });
+    if (!done) {
+        session.fail("The PNG header is damaged");
+    }
+    return header;
+}
+
+void applyResolution(const PngHeader& header, ImageFileInfo& info) {
+    const double x = header.perUnit[0];
+    const double y = header.perUnit[1];
+    if (!isSpacing(x) || !isSpacing(y)) {
+        return;
+    }
+    if (header.unit == PNG_RESOLUTION_METER) {
+        info.spacing[COLUMNS] = 1000.0 / x;
+        info.spacing[ROWS] = 1000.0 / y;
+        info.spatialUnitName = "mm";
+    } else {
+        info.spacing[ROWS] = x / y;  // only the proportion of a pixel is known
+    }
+}
+
+ImageFileInfo describeHeader(const PngHeader& header, std::uint64_t fileBytes) {
+    std::size_t bytes = 0;
+    if (!helper::checkedMultiply(header.storedRowBytes + 1, header.rows, bytes)) {
+        throw LoadingError("The header promises more bytes of samples than 64 bits can count.");
+    }
+    checkPromise(bytes, fileBytes, DeflateRatio, "deflate");
+    ImageFileInfo info;
+    info.format = "PNG";
+    info.storage = "deflate, " + std::to_string(header.depth) + " bits a sample";
+    info.storage += header.isPalette() ? ", palette" : "";
+    info.storage += header.interlacing != PNG_INTERLACE_NONE ? ", interlaced" : "";
+    info.fileBytes = fileBytes;
+    info.extents = {header.columns, header.rows, 1, 1, header.channels()};
+    info.voxelType = header.depth == 16 ? RIX_UINT16 : RIX_UINT8;
+    info.interpretation = header.isBinary() ? RIX_BINARY : RIX_VALUE;
+    info.colorInterpretation = header.isGrey() ? UNKNOWN : RGB;
+    applyResolution(header, info);
+    if (header.text != nullptr) {
+        applyOwnKeys(parseKeys(header.text), info);
+    }
+    return info;
+}
+
+/// Asks libpng for the samples as the image has them. Returns the number of passes over the rows.
+int prepare(PngSession& session, const PngHeader& header, std::size_t rowBytes) {
+    int passes = 1;
+    const bool done = session.guarded([&] {
+        png_structp png = session.png();
+        if (header.isPalette()) {
+            png_set_palette_to_rgb(png);
+        } else if (header.isBinary()) {
+            png_set_packing(png);
+        } else if (header.isGrey() && header.depth < 8) {
+            png_set_expand_gray_1_2_4_to_8(png);
+        }
+        if (header.transparency) {
+            png_set_tRNS_to_alpha(png);
+        }
+        if (header.depth == 16) {
+            png_set_swap(png);  // samples of the file are big-endian
+        }
+        passes = png_set_interlace_handling(png);
+        png_read_update_info(png, session.info());
+        if (png_get_rowbytes(png, session.info()) != rowBytes) {
+            png_error(png, "rows of an unexpected length");
+        }
+    });
+    if (!done) {
+        session.fail("The PNG header is damaged");
+    }
+    return passes;
+}
+
+void readRowInto(PngSession& session, std::uint8_t* row) {
+    if (!session.guarded([&] { png_read_row(session.png(), row, nullptr); })) {
+        session.fail("The samples are damaged");
+    }
+}
+
+}  // namespace
+
+ImageFileInfo readPngInfo(InputFile& file) {
+    PngSession session(file);
+    return describeHeader(readHeader(session, file.size()), file.size());
+}
+
+std::unique_ptr<MemoryImage> readPng(InputFile& file) {
+    PngSession session(file);
+    const PngHeader header = readHeader(session, file.size());
+    const ImageFileInfo info = describeHeader(header, file.size());
+    auto image = makeImage(info);
+    const std::size_t channels = header.channels();
+    const std::size_t sampleBytes = helper::getSizeOf(info.voxelType);
+    const std::size_t rowBytes = header.columns * channels * sampleBytes;
+    const int passes = prepare(session, header, rowBytes);
+
+    const auto address = [&](std::size_t row, std::size_t channel) {
+        return rowAddress(*image, header.columns, 0, row, 0, 0, channel);
+    };
+    // Grey rows are decoded in place. Colours go through a buffer: of a row, or with interlacing, which comes back to
+    // every row several times, of the whole picture.
+    const bool direct = channels == 1;
+    const std::size_t bufferedRows = direct ? 0 : passes == 1 ? 1 : header.rows;
+    std::vector<std::uint8_t> buffer(rowBytes * bufferedRows);
+    for (int pass = 0; pass < passes; ++pass) {
+        for (std::size_t row = 0; row < header.rows; ++row) {
+            std::uint8_t* target = direct ? address(row, 0) : buffer.data() + (passes == 1 ? 0 : row * rowBytes);
+            readRowInto(session, target);
+            for (std::size_t channel = 0; !direct && pass + 1 == passes && channel < channels; ++channel) {
+                copySamples(target + channel * sampleBytes, channels, address(row, channel), 1, header.columns,
+                            sampleBytes);
+            }
+        }
+    }
+    if (!session.guarded([&] { png_read_end(session.png(), nullptr); })) {
+        session.fail("The end of the file is damaged");
+    }
+    return image;
+}
+
+}  // namespace rix::io

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+#include <rix/io/ImageFile.h>
+
+#include "../InputFile.h"
+
+namespace rix::io {
+
+/// Keyword of the text chunk that holds our own metadata.
+inline constexpr char PngKeyword[] = "rix-image";
+
+ImageFileInfo readPngInfo(InputFile& file);
+std::unique_ptr<MemoryImage> readPng(InputFile& file);
+
+}  // namespace rix::io

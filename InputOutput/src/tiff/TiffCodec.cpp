@@ -1,0 +1,28 @@
+#include <algorithm>
+#include <array>
+
+#include "../Codec.h"
+#include "TiffReader.h"
+#include "TiffWriter.h"
+
+namespace rix::io {
+namespace {
+
+constexpr std::array<const char*, 2> Extensions{"tif", "tiff"};
+
+/// "II" or "MM" for the byte order, then 42, or 43 for BigTIFF, in that order.
+bool recognises(std::span<const std::uint8_t> beginning) {
+    constexpr std::array<std::array<std::uint8_t, 4>, 4> signatures{
+        {{'I', 'I', 42, 0}, {'M', 'M', 0, 42}, {'I', 'I', 43, 0}, {'M', 'M', 0, 43}}};
+    return std::any_of(signatures.begin(), signatures.end(), [&](const auto& signature) {
+        return beginning.size() >= signature.size() &&
+               std::equal(signature.begin(), signature.end(), beginning.begin());
+    });
+}
+
+}  // namespace
+
+const Codec tiffCodec{"TIFF",       Extensions, &recognises, &refusalOfTiff,
+                      &readTiffInfo, &readTiff,  &writeTiff};
+
+}  // namespace rix::io

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <rix/io/ImageFile.h>
+
+#include "../OutputFile.h"
+
+namespace rix::io {
+
+/// Why TIFF cannot hold an image under these options; empty when it can.
+String refusalOfTiff(const ImageModel& image, const WriteOptions& options);
+
+void writeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options);
+
+}  // namespace rix::io

@@ -1,0 +1,350 @@
+// Damaged and malicious files: whatever the bytes, an image or a LoadingError, and nothing on standard error.
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "RawTiff.h"
+#include "TestImages.h"
+
+namespace rix::io::test {
+namespace {
+
+using testing::HasSubstr;
+
+/// A sound file.
+struct Sample {
+    std::string name;
+    std::string content;
+};
+
+std::string written(const char* name, const MemoryImage& image, const WriteOptions& options = {}) {
+    const TemporaryFolder folder;
+    writeImage(folder / name, image, options);
+    return contentOf(folder / name);
+}
+
+std::string rawTiff(const std::function<void(RawTiff&)>& write, const char* mode = "w") {
+    const TemporaryFolder folder;
+    {
+        RawTiff raw(folder / "raw.tif", mode);
+        write(raw);
+    }
+    return contentOf(folder / "raw.tif");
+}
+
+MemoryImage colorImage(const Extents& extents) {
+    MemoryImage image = randomImage(RIX_UINT8, extents);
+    image.setColorInterpretation(RGB);
+    return image;
+}
+
+const std::vector<Sample>& samples() {
+    static const std::vector<Sample> all = [] {
+        const MemoryImage stack = randomImage(RIX_UINT16, {9, 7, 2, 2, 1});
+        std::vector<Sample> list;
+        list.push_back({"plain stack", written("a.tif", stack)});
+        list.push_back({"LZW", written("a.tif", stack, {.compression = Compression::Lzw})});
+        list.push_back({"deflate", written("a.tif", stack, {.compression = Compression::Deflate})});
+        list.push_back({"tiles", written("a.tif", colorImage({20, 18, 1, 1, 3}),
+                                         {.compression = Compression::Lzw, .tileColumns = 16, .tileRows = 16})});
+        list.push_back({"BigTIFF", written("a.tif", stack, {.bigTiff = BigTiff::Always})});
+        list.push_back({"palette, big-endian", rawTiff(
+                                                   [](RawTiff& raw) {
+                                                       std::vector<std::uint16_t> map(16, 257);
+                                                       raw.page(9, 3, 4, 1, PHOTOMETRIC_PALETTE)
+                                                           .set(TIFFTAG_COLORMAP, map.data(), map.data(), map.data())
+                                                           .block(0, std::vector<std::uint8_t>(15, 0x5A));
+                                                   },
+                                                   "wb")});
+        for (const auto& [name, compression] : {std::pair{"PackBits", COMPRESSION_PACKBITS},
+                                                std::pair{"Zstandard", COMPRESSION_ZSTD},
+                                                std::pair{"LZMA", COMPRESSION_LZMA}}) {
+            list.push_back({name, rawTiff([c = compression](RawTiff& raw) {
+                                raw.page(20, 5, 8)
+                                    .set(TIFFTAG_COMPRESSION, c)
+                                    .block(0, std::vector<std::uint8_t>(100, 3));
+                            })});
+        }
+        list.push_back({"JPEG", rawTiff([](RawTiff& raw) {
+                            raw.page(16, 16, 8, 3, PHOTOMETRIC_YCBCR)
+                                .set(TIFFTAG_COMPRESSION, COMPRESSION_JPEG)
+                                .set(TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB)
+                                .block(0, std::vector<std::uint8_t>(768, 77));
+                        })});
+        list.push_back({"fax", rawTiff([](RawTiff& raw) {
+                            raw.page(40, 6, 1, 1, PHOTOMETRIC_MINISWHITE)
+                                .set(TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4)
+                                .block(0, std::vector<std::uint8_t>(30, 0x3C));
+                        })});
+        list.push_back({"PNG", written("a.png", randomImage(RIX_UINT16, {9, 7, 1, 1, 1}))});
+        list.push_back({"PNG of colours", written("a.png", colorImage({9, 7, 1, 1, 4}))});
+        return list;
+    }();
+    return all;
+}
+
+/// Reads a file of these bytes. True for an image, false for a LoadingError; anything else fails the test.
+class Victim {
+public:
+    bool survives(const std::string& content, const std::string& what) {
+        putContent(m_path, content);
+        bool read = false;
+        try {
+            const auto image = readImage(m_path);
+            read = true;
+            const ImageFileInfo info = readImageInfo(m_path);
+            EXPECT_EQ(info.extents, extentsOf(*image)) << what;
+        } catch (const LoadingError& error) {
+            EXPECT_EQ(error.getLevels().size(), 2U) << what;
+            EXPECT_THAT(error.getLevels().back().message, HasSubstr(m_path.string())) << what;
+            m_lastText = error.what();
+        } catch (const std::exception& error) {
+            ADD_FAILURE() << what << ": " << error.what();
+        }
+        return read;
+    }
+    const std::string& lastText() const { return m_lastText; }
+    const std::filesystem::path& path() const { return m_path; }
+
+private:
+    TemporaryFolder m_folder;
+    std::filesystem::path m_path = m_folder / "victim";
+    std::string m_lastText;
+};
+
+TEST(HostileFiles, TruncatedAnywhere) {
+    Victim victim;
+    testing::internal::CaptureStderr();
+    for (const Sample& sample : samples()) {
+        ASSERT_TRUE(victim.survives(sample.content, sample.name)) << victim.lastText();
+        for (std::size_t length = 0; length < sample.content.size(); ++length) {
+            EXPECT_FALSE(victim.survives(sample.content.substr(0, length), sample.name))
+                << sample.name << " with " << length << " of " << sample.content.size() << " bytes";
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(HostileFiles, FlippedBitsAndOverwrittenBytes) {
+    Victim victim;
+    testing::internal::CaptureStderr();
+    std::size_t images = 0;
+    std::size_t errors = 0;
+    for (const Sample& sample : samples()) {
+        std::mt19937 random(20240117);
+        const auto below = [&](std::size_t limit) { return random() % limit; };
+        for (int round = 0; round < 1500; ++round) {
+            std::string content = sample.content;
+            // One flip finds what checks single fields; several bytes of extremes find sums and products of them.
+            for (std::size_t change = 0; change <= below(4); ++change) {
+                const std::size_t at = below(content.size());
+                if (round % 3 == 0) {
+                    content[at] = static_cast<char>(below(2) == 0 ? 0xFF : 0x00);
+                } else {
+                    content[at] = static_cast<char>(static_cast<unsigned char>(content[at]) ^ (1U << below(8)));
+                }
+            }
+            (victim.survives(content, sample.name + " round " + std::to_string(round)) ? images : errors) += 1;
+        }
+        // Every bit of the header once.
+        for (std::size_t bit = 0; bit < 8 * std::min<std::size_t>(sample.content.size(), 64); ++bit) {
+            std::string content = sample.content;
+            content[bit / 8] = static_cast<char>(static_cast<unsigned char>(content[bit / 8]) ^ (1U << (bit % 8)));
+            (victim.survives(content, sample.name + " bit " + std::to_string(bit)) ? images : errors) += 1;
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    // Both must have happened often, or the damage tests nothing.
+    EXPECT_GT(images, 1000U);
+    EXPECT_GT(errors, 5000U);
+}
+
+/// A TIFF file of one directory whose fields are given, without samples.
+std::string tiffOfFields(const std::vector<std::pair<std::uint16_t, std::uint32_t>>& fields, std::size_t padding = 64) {
+    std::string content("II\x2A\0\x08\0\0\0", 8);
+    const auto put = [&](std::uint64_t value, unsigned bytes) {
+        for (unsigned i = 0; i < bytes; ++i) {
+            content += static_cast<char>(static_cast<std::uint8_t>(value >> (8 * i)));
+        }
+    };
+    put(fields.size(), 2);
+    for (const auto& [tag, value] : fields) {
+        put(tag, 2);
+        put(4, 2);  // 32-bit numbers
+        put(1, 4);
+        put(value, 4);
+    }
+    put(0, 4);
+    return content + std::string(padding, '\0');
+}
+
+TEST(HostileFiles, HugePromisesAreRefusedBeforeAllocation) {
+    const std::uint32_t large = 1U << 30U;
+    struct Case {
+        const char* name;
+        std::string content;
+    };
+    std::vector<Case> cases;
+    for (const std::uint16_t compression : std::initializer_list<std::uint16_t>{
+             COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_PACKBITS, COMPRESSION_ZSTD}) {
+        cases.push_back({"2^60 pixels", tiffOfFields({{TIFFTAG_IMAGEWIDTH, large},
+                                                      {TIFFTAG_IMAGELENGTH, large},
+                                                      {TIFFTAG_BITSPERSAMPLE, 8},
+                                                      {TIFFTAG_COMPRESSION, compression},
+                                                      {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
+                                                      {TIFFTAG_STRIPOFFSETS, 8},
+                                                      {TIFFTAG_SAMPLESPERPIXEL, 1},
+                                                      {TIFFTAG_ROWSPERSTRIP, large},
+                                                      {TIFFTAG_STRIPBYTECOUNTS, 64}})});
+        cases.push_back({"1 GiB in a row", tiffOfFields({{TIFFTAG_IMAGEWIDTH, large},
+                                                         {TIFFTAG_IMAGELENGTH, 1},
+                                                         {TIFFTAG_BITSPERSAMPLE, 8},
+                                                         {TIFFTAG_COMPRESSION, compression},
+                                                         {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
+                                                         {TIFFTAG_STRIPOFFSETS, 8},
+                                                         {TIFFTAG_SAMPLESPERPIXEL, 1},
+                                                         {TIFFTAG_STRIPBYTECOUNTS, 64}})});
+        cases.push_back({"a huge tile", tiffOfFields({{TIFFTAG_IMAGEWIDTH, 16},
+                                                      {TIFFTAG_IMAGELENGTH, 16},
+                                                      {TIFFTAG_BITSPERSAMPLE, 8},
+                                                      {TIFFTAG_COMPRESSION, compression},
+                                                      {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
+                                                      {TIFFTAG_SAMPLESPERPIXEL, 1},
+                                                      {TIFFTAG_TILEWIDTH, large},
+                                                      {TIFFTAG_TILELENGTH, 16},
+                                                      {TIFFTAG_TILEOFFSETS, 8},
+                                                      {TIFFTAG_TILEBYTECOUNTS, 64}})});
+    }
+    // The header of a PNG file with its checksum wouldn't pass by hand: a sound file is taken, of one black pixel a
+    // row, and cut; libpng has checked and told the sizes by then.
+    MemoryImage wide;
+    ASSERT_TRUE(wide.reserve(RIX_UINT8, 4000000, 1, 1, 1, 1));
+    std::memset(wide.getInternalBuffer(), 0, 4000000);
+    cases.push_back({"a wide PNG", written("a.png", wide).substr(0, 200)});
+
+    Victim victim;
+    for (const Case& c : cases) {
+        // In a process that could not allocate what is promised; sanitizers need their own memory.
+        EXPECT_FALSE(victim.survives(c.content, c.name)) << c.name;
+        EXPECT_THAT(victim.lastText(), HasSubstr("The header promises")) << c.name;
+    }
+}
+
+TEST(HostileFiles, ConstantPicturesOfFullCompressionAreNoPromiseTooMuch) {
+    const TemporaryFolder folder;
+    for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT64}) {
+        MemoryImage image;
+        ASSERT_TRUE(image.reserve(type, 3000, 2000, 1, 1, 1));
+        std::memset(image.getInternalBuffer(), 0, 6000000 * helper::getSizeOf(type));
+        for (const Compression compression : {Compression::Deflate, Compression::Lzw}) {
+            writeImage(folder / "image.tif", image, {.compression = compression});
+            EXPECT_NO_THROW(readImage(folder / "image.tif"));
+            EXPECT_LT(std::filesystem::file_size(folder / "image.tif"), 6000000U * helper::getSizeOf(type) / 50);
+        }
+        if (type == RIX_UINT8) {
+            writeImage(folder / "image.png", image);
+            EXPECT_NO_THROW(readImage(folder / "image.png"));
+        }
+    }
+}
+
+TEST(HostileFiles, PagesThatShareTheirSamples) {
+    // 1000 directories of one strip: 64 KiB of samples each, all the same ones.
+    std::string content("II\x2A\0\x08\0\0\0", 8);
+    const auto put = [&](std::uint64_t value, unsigned bytes) {
+        for (unsigned i = 0; i < bytes; ++i) {
+            content += static_cast<char>(static_cast<std::uint8_t>(value >> (8 * i)));
+        }
+    };
+    for (std::size_t page = 0; page < 1000; ++page) {
+        put(6, 2);
+        for (const auto& [tag, value] : {std::pair{TIFFTAG_IMAGEWIDTH, 256}, std::pair{TIFFTAG_IMAGELENGTH, 256},
+                                         std::pair{TIFFTAG_BITSPERSAMPLE, 8}, std::pair{TIFFTAG_COMPRESSION, 1},
+                                         std::pair{TIFFTAG_STRIPOFFSETS, 8}, std::pair{TIFFTAG_STRIPBYTECOUNTS, 65536}}) {
+            put(static_cast<std::uint64_t>(tag), 2);
+            put(4, 2);
+            put(1, 4);
+            put(static_cast<std::uint64_t>(value), 4);
+        }
+        put(page == 999 ? 0 : content.size() + 4, 4);
+    }
+    Victim victim;
+    EXPECT_FALSE(victim.survives(content, "shared"));
+    EXPECT_THAT(victim.lastText(), HasSubstr("The pages promise more bytes of samples"));
+}
+
+TEST(HostileFiles, TagsThatNameTheSameBytes) {
+    // 4000 unknown tags, each of which says that the whole file is its value: kept, they would need 4000 times it.
+    std::string content("II\x2A\0\x08\0\0\0", 8);
+    const auto put = [&](std::uint64_t value, unsigned bytes) {
+        for (unsigned i = 0; i < bytes; ++i) {
+            content += static_cast<char>(static_cast<std::uint8_t>(value >> (8 * i)));
+        }
+    };
+    put(4004, 2);
+    for (const auto& [tag, value] : {std::pair{TIFFTAG_IMAGEWIDTH, 1}, std::pair{TIFFTAG_IMAGELENGTH, 1},
+                                     std::pair{TIFFTAG_STRIPOFFSETS, 8}, std::pair{TIFFTAG_STRIPBYTECOUNTS, 1}}) {
+        put(static_cast<std::uint64_t>(tag), 2);
+        put(4, 2);
+        put(1, 4);
+        put(static_cast<std::uint64_t>(value), 4);
+    }
+    for (std::uint64_t tag = 0; tag < 4000; ++tag) {
+        put(40000 + tag, 2);
+        put(1, 2);
+        put(1000000, 4);
+        put(0, 4);
+    }
+    put(0, 4);
+    content.resize(std::size_t{1} << 20U);
+    Victim victim;
+    EXPECT_FALSE(victim.survives(content, "tags"));
+    EXPECT_THAT(victim.lastText(), HasSubstr("again and again"));
+}
+
+TEST(HostileFiles, DirectoriesInACircle) {
+    std::string content = tiffOfFields({{TIFFTAG_IMAGEWIDTH, 4},
+                                        {TIFFTAG_IMAGELENGTH, 4},
+                                        {TIFFTAG_BITSPERSAMPLE, 8},
+                                        {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK},
+                                        {TIFFTAG_STRIPOFFSETS, 8},
+                                        {TIFFTAG_STRIPBYTECOUNTS, 16}});
+    Victim victim;
+    ASSERT_TRUE(victim.survives(content, "sound")) << victim.lastText();
+    content[8 + 2 + 6 * 12] = 8;  // the next directory is this one
+    EXPECT_FALSE(victim.survives(content, "circle"));
+}
+
+TEST(HostileFiles, WhatIsNoImageFile) {
+    const TemporaryFolder folder;
+    putContent(folder / "empty.tif", "");
+    putContent(folder / "text.tif", "this is no picture");
+    putContent(folder / "short.png", "\x89PNG");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    struct Case {
+        std::filesystem::path path;
+        const char* reason;
+    };
+    for (const Case& c : {Case{folder / "missing.tif", "The file does not exist."},
+                          Case{folder / "empty.tif", "The file is empty."},
+                          Case{folder.path(), "This is a folder, not an image file."},
+                          Case{folder / "pipe", "This is not a regular file."},
+                          Case{folder / "text.tif/x", "The file cannot be opened: Not a directory."},
+                          Case{folder / "text.tif", "of no format that is known. Known are TIFF (.tif, .tiff), PNG"},
+                          Case{folder / "short.png", "of no format that is known"}}) {
+        const std::string text = textOf<LoadingError>([&] { readImage(c.path); });
+        EXPECT_EQ(text.rfind("Cannot read the image file '" + c.path.string() + "'.", 0), 0U);
+        EXPECT_THAT(text, HasSubstr(c.reason));
+        EXPECT_EQ(text, textOf<LoadingError>([&] { readImageInfo(c.path); }));
+    }
+}
+
+}  // namespace
+}  // namespace rix::io::test

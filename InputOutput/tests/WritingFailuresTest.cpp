@@ -1,0 +1,188 @@
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "TestImages.h"
+
+namespace rix::io::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// The file system refuses to let files grow beyond a size, as a full disk does.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) {
+        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_old);
+        rlimit limit = m_old;
+        limit.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &m_old);
+        std::signal(SIGXFSZ, m_oldHandler);
+    }
+
+private:
+    rlimit m_old{};
+    void (*m_oldHandler)(int) = nullptr;
+};
+
+/// An image on a medium that fails at one of its rows.
+class FaultyImage : public MemoryImage {
+public:
+    std::size_t faultyRow = 0;
+
+    bool readRowAt(std::size_t count, RawData buffer, std::size_t column, std::size_t row, std::size_t plane,
+                   std::size_t sequence, std::size_t spectral) const override {
+        return row != faultyRow && MemoryImage::readRowAt(count, buffer, column, row, plane, sequence, spectral);
+    }
+    bool getRowAt(std::size_t count, RawData& address, std::size_t column, std::size_t row, std::size_t plane,
+                  std::size_t sequence, std::size_t spectral) const override {
+        return row != faultyRow &&
+               MemoryImage::getRowAt(count, address, column, row, plane, sequence, spectral);
+    }
+};
+
+const std::vector<WriteOptions>& tiffOptions() {
+    static const std::vector<WriteOptions> all{{},
+                                               {.compression = Compression::Deflate},
+                                               {.compression = Compression::Lzw, .tileColumns = 32, .tileRows = 32}};
+    return all;
+}
+
+TEST(WritingFailures, AFullDiskLeavesTheOldFileAndNothingElse) {
+    const TemporaryFolder folder;
+    const MemoryImage image = randomImage(RIX_UINT8, {200, 200, 1, 1, 1});
+    for (const char* name : {"image.tif", "image.png"}) {
+        for (const WriteOptions& options : tiffOptions()) {
+            const bool png = std::string(name) == "image.png";
+            const WriteOptions& used = png ? WriteOptions{} : options;
+            writeImage(folder / name, image, used);
+            const auto bytes = std::filesystem::file_size(folder / name);
+            const std::string old = "an older file";
+            putContent(folder / name, old);
+            // At the first byte, in the samples, just before the end.
+            for (const rlim_t limit : {rlim_t{0}, rlim_t{5}, rlim_t{1000}, rlim_t{20000}, bytes - 300, bytes - 1}) {
+                std::string text;
+                {
+                    const FullDisk disk(limit);
+                    text = textOf<WritingError>([&] { writeImage(folder / name, image, used); });
+                }
+                EXPECT_THAT(text, HasSubstr("File too large")) << name << ' ' << limit;
+                EXPECT_THAT(text, HasSubstr((folder / name).string()));
+                EXPECT_THAT(folder.names(), ElementsAre(name));
+                EXPECT_EQ(contentOf(folder / name), old);
+            }
+            {
+                const FullDisk disk(bytes);
+                writeImage(folder / name, image, used);
+            }
+            EXPECT_EQ(difference(image, *readImage(folder / name)), "");
+            std::filesystem::remove(folder / name);
+        }
+    }
+}
+
+TEST(WritingFailures, AnImageThatGivesNoRow) {
+    const TemporaryFolder folder;
+    auto image = randomImage<FaultyImage>(RIX_UINT8, {40, 50, 1, 1, 3});
+    image.setColorInterpretation(RGB);
+    for (const std::size_t row : {0U, 31U, 49U}) {
+        image.faultyRow = row;
+        for (const char* name : {"image.tif", "image.png"}) {
+            const std::string text = textOf<WritingError>([&] { writeImage(folder / name, image); });
+            EXPECT_THAT(text, HasSubstr("does not give its row " + std::to_string(row) + " "));
+            EXPECT_THAT(text, HasSubstr(name));
+            EXPECT_TRUE(folder.names().empty());
+        }
+    }
+}
+
+TEST(WritingFailures, TargetsThatCannotBe) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "folder.tif");
+    ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
+    const MemoryImage image = randomImage(RIX_UINT8, {4, 4, 1, 1, 1});
+    struct Case {
+        const char* name;
+        const char* reason;
+    };
+    for (const Case& c : {Case{"folder.tif", "This is a folder"}, Case{"pipe.png", "not a regular file"},
+                          Case{"missing/image.tif", "' does not exist."},
+                          Case{"image", "no extension that tells the format. Known are TIFF (.tif, .tiff), PNG (.png)."},
+                          Case{"image.jpg", "'.jpg' stands for no format that is known. Known are TIFF (.tif, .tiff)"},
+                          Case{"image.tif.", "The extension '.' stands for no format"}}) {
+        const std::string text = textOf<WritingError>([&] { writeImage(folder / c.name, image); });
+        EXPECT_THAT(text, HasSubstr(c.reason));
+        EXPECT_THAT(text, HasSubstr("Cannot write the image file '" + (folder / c.name).string() + "'."));
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("folder.tif", "pipe.png"));
+}
+
+TEST(WritingFailures, OptionsAndElementsThatTiffCannotHold) {
+    const TemporaryFolder folder;
+    MemoryImage vectors;
+    ASSERT_TRUE(vectors.reserve(VECTOR_3, RIX_FLOAT32, 2, 2, 1, 1, 1));
+    EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "image.tif", vectors); }),
+                HasSubstr("TIFF cannot hold elements of type 3-Vector, only scalars. No other format can hold it."));
+    const MemoryImage image = randomImage(RIX_UINT8, {4, 4, 1, 1, 1});
+    for (const auto& [columns, rows] : {std::pair{16, 0}, std::pair{0, 16}, std::pair{17, 16}, std::pair{16, 1 << 20}}) {
+        const WriteOptions options{.tileColumns = static_cast<std::size_t>(columns),
+                                   .tileRows = static_cast<std::size_t>(rows)};
+        EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "image.tif", image, options); }),
+                    HasSubstr("TIFF cannot have tiles of " + std::to_string(columns) + " x " + std::to_string(rows)));
+    }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(WritingFailures, FoldersAndFilesWithoutPermission) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may do everything";
+    }
+    const TemporaryFolder folder;
+    const MemoryImage image = randomImage(RIX_UINT8, {4, 4, 1, 1, 1});
+    writeImage(folder / "image.tif", image);
+    ::chmod((folder / "image.tif").c_str(), 0400);
+    EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "image.tif", image); }), HasSubstr("write-protected"));
+    ::chmod((folder / "image.tif").c_str(), 0200);
+    EXPECT_THAT(textOf<LoadingError>([&] { readImage(folder / "image.tif"); }), HasSubstr("permission denied"));
+    ::chmod(folder.path().c_str(), 0500);
+    EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "new.tif", image); }),
+                HasSubstr("No file can be created"));
+    ::chmod(folder.path().c_str(), 0700);
+}
+
+TEST(Writing, ReplacesThroughLinksAndKeepsPermissions) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "store");
+    putContent(folder / "store/target.tif", "an older file");
+    ::chmod((folder / "store/target.tif").c_str(), 0640);
+    std::filesystem::create_symlink("store/target.tif", folder / "link.tif");
+    const MemoryImage image = randomImage(RIX_UINT8, {4, 4, 1, 1, 1});
+    writeImage(folder / "link.tif", image);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.tif"));
+    EXPECT_EQ(difference(image, *readImage(folder / "store/target.tif")), "");
+    EXPECT_EQ(std::filesystem::status(folder / "store/target.tif").permissions(),
+              static_cast<std::filesystem::perms>(0640));
+    // A new file gets what the mask of the process allows.
+    const mode_t old = ::umask(027);
+    writeImage(folder / "new.png", image);
+    ::umask(old);
+    EXPECT_EQ(std::filesystem::status(folder / "new.png").permissions(), static_cast<std::filesystem::perms>(0640));
+    std::filesystem::create_symlink("store/later.tif", folder / "dangling.tif");
+    writeImage(folder / "dangling.tif", image);
+    EXPECT_EQ(difference(image, *readImage(folder / "store/later.tif")), "");
+}
+
+}  // namespace
+}  // namespace rix::io::test
