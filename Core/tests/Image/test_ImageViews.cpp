@@ -47,11 +47,11 @@ void checkAgainst(MemoryImage& real, ImageModel& view, const Extents& extents, c
                         ASSERT_EQ(row, real.getImageBuffer() + 2 * (value - 1U));
                         ASSERT_EQ(constRow, row);
                         const std::uint16_t mark = 9999;
-                        ASSERT_TRUE(view.writeRowAt(1, reinterpret_cast<ConstRawData>(&mark), p[0], p[1], p[2], p[3],
-                                                    p[4]));
+                        ASSERT_TRUE(
+                            view.writeRowAt(1, reinterpret_cast<ConstRawData>(&mark), p[0], p[1], p[2], p[3], p[4]));
                         ASSERT_EQ(readRow(real, 1, inReal), std::vector{mark});
-                        ASSERT_TRUE(view.writeRowAt(1, reinterpret_cast<ConstRawData>(&value), p[0], p[1], p[2], p[3],
-                                                    p[4]));
+                        ASSERT_TRUE(
+                            view.writeRowAt(1, reinterpret_cast<ConstRawData>(&value), p[0], p[1], p[2], p[3], p[4]));
                     }
                 }
             }
@@ -83,14 +83,10 @@ void checkRefusals(ImageModel& view, const std::vector<BadRow>& cases) {
         RawData row = nullptr;
         ConstRawData constRow = nullptr;
         const std::size_t n = c.count;
-        expectRefused([&, x = x, y = y, z = z, t = t, s = s] { return view.readRowAt(n, buffer, x, y, z, t, s); },
-                      c.text);
-        expectRefused([&, x = x, y = y, z = z, t = t, s = s] { return view.writeRowAt(n, buffer, x, y, z, t, s); },
-                      c.text);
-        expectRefused([&, x = x, y = y, z = z, t = t, s = s] { return view.getRowAt(n, row, x, y, z, t, s); },
-                      c.text);
-        expectRefused([&, x = x, y = y, z = z, t = t, s = s] { return view.getConstRowAt(n, constRow, x, y, z, t, s); },
-                      c.text);
+        expectRefused([&] { return view.readRowAt(n, buffer, x, y, z, t, s); }, c.text);
+        expectRefused([&] { return view.writeRowAt(n, buffer, x, y, z, t, s); }, c.text);
+        expectRefused([&] { return view.getRowAt(n, row, x, y, z, t, s); }, c.text);
+        expectRefused([&] { return view.getConstRowAt(n, constRow, x, y, z, t, s); }, c.text);
         EXPECT_EQ(row, nullptr);
         EXPECT_EQ(constRow, nullptr);
     }
