@@ -56,7 +56,7 @@ AlgoInfo& findClass(const std::string& name) {
             names.push_back(info.getName());
         }
     }
-    throw Failure(WRONG_USAGE, "there is no algorithm " + quoted(name) + " ('rix list' names all)",
+    throw Failure(WRONG_USAGE, "there is no algorithm " + inQuotes(name) + " ('rix list' names all)",
                   suggest(name, names));
 }
 
@@ -90,7 +90,7 @@ BaseProperty& findProperty(const BaseAlgorithm& algorithm, const std::string& na
     }
     const std::string className = algorithm.getClassInfo().getName();
     throw Failure(WRONG_USAGE,
-                  className + " has no property " + quoted(name) + " ('rix describe " + className + "' names all)",
+                  className + " has no property " + inQuotes(name) + " ('rix describe " + className + "' names all)",
                   suggest(name, names));
 }
 

@@ -61,7 +61,7 @@ std::vector<Assignment> parseAssignments(const std::vector<std::string>& argumen
     for (const auto& argument : arguments) {
         const std::size_t equals = argument.find('=');
         if (equals == std::string::npos || equals == 0) {
-            throw Failure(WRONG_USAGE, quoted(argument) + " is no assignment of the form name=value");
+            throw Failure(WRONG_USAGE, inQuotes(argument) + " is no assignment of the form name=value");
         }
         assignments.push_back({argument.substr(0, equals), argument.substr(equals + 1)});
         if (!names.insert(assignments.back().name).second) {
@@ -79,7 +79,7 @@ void setValue(BaseProperty& property, const std::string& text) {
     if (isNumber && property.read(text, normalised)) {
         return;
     }
-    const std::string complaint = property.getName() + " can't be " + quoted(text) + ": it takes ";
+    const std::string complaint = property.getName() + " can't be " + inQuotes(text) + ": it takes ";
     if (enumeration != nullptr) {
         const auto labels = labelsOf(*enumeration);
         throw Failure(WRONG_USAGE, complaint + join(labels), suggestLabels(text, labels));

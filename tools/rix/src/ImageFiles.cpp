@@ -36,7 +36,7 @@ fs::path targetOf(const fs::path& path) {
 }
 
 [[noreturn]] void refuse(const fs::path& path, const std::string& reason) {
-    throw Failure(UNWRITABLE_OUTPUT, quoted(path.string()) + " can't be written: " + reason);
+    throw Failure(UNWRITABLE_OUTPUT, inQuotes(path.string()) + " can't be written: " + reason);
 }
 
 }  // namespace
@@ -83,11 +83,11 @@ void checkCanWrite(const fs::path& path) {
     }
     const fs::path folder = target.parent_path();
     if (!fs::is_directory(folder, error)) {
-        refuse(path, "there is no folder " + quoted(folder.string()));
+        refuse(path, "there is no folder " + inQuotes(folder.string()));
     }
     // A new file appears beside an old one before it takes its place, so the folder's permission is what counts.
     if (::access(folder.c_str(), W_OK | X_OK) != 0) {
-        refuse(path, "folder " + quoted(folder.string()) + ": " + std::strerror(errno));
+        refuse(path, "folder " + inQuotes(folder.string()) + ": " + std::strerror(errno));
     }
 }
 
@@ -104,7 +104,7 @@ void ImageOutputs::add(const std::string& property, const fs::path& path, std::u
     for (const auto& entry : m_entries) {
         if (targetOf(entry.path) == targetOf(path)) {
             throw Failure(WRONG_USAGE, entry.property + " and " + property + " go to the same file " +
-                                           quoted(path.string()));
+                                           inQuotes(path.string()));
         }
     }
     m_entries.push_back({property, path, std::move(image)});

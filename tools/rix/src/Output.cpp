@@ -38,7 +38,7 @@ void writeData(std::string_view text) {
     }
 }
 
-void writeData(const nlohmann::json& value) {
+void writeJson(const nlohmann::json& value) {
     constexpr int indent = 2;
     writeData(value.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace) + '\n');
 }
@@ -83,7 +83,7 @@ nlohmann::json numberToJson(double value) {
     return std::isfinite(value) ? nlohmann::json(value) : nlohmann::json(numberToText(value));
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     std::string result(text);
     std::replace_if(
         result.begin(), result.end(), [](unsigned char letter) { return letter < 0x20 || letter == 0x7f; }, '?');

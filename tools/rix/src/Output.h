@@ -13,7 +13,7 @@ namespace rix::cli {
 void writeData(std::string_view text);
 
 /// The JSON form of data: indented by two, with a line end. Bytes of texts that are no UTF-8 are replaced.
-void writeData(const nlohmann::json& value);
+void writeJson(const nlohmann::json& value);
 
 /// Writes a message for people to standard error. Nobody can be told when that fails.
 void writeMessage(std::string_view text);
@@ -39,6 +39,6 @@ std::string numberToText(double value);
 nlohmann::json numberToJson(double value);
 
 /// 'TEXT', with what would upset a terminal (control characters) replaced by '?'.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 }  // namespace rix::cli

@@ -51,7 +51,7 @@ void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string
         }
         names.push_back(command->get_name());
     }
-    throw Failure(WRONG_USAGE, "there is no command " + quoted(arguments.front()) + " ('rix --help' names all)",
+    throw Failure(WRONG_USAGE, "there is no command " + inQuotes(arguments.front()) + " ('rix --help' names all)",
                   suggest(arguments.front(), names));
 }
 

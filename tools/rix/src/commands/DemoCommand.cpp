@@ -50,7 +50,7 @@ void makeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw Failure(UNWRITABLE_OUTPUT, "folder " + quoted(folder.string()) + " can't be made: " + error.message());
+        throw Failure(UNWRITABLE_OUTPUT, "folder " + inQuotes(folder.string()) + " can't be made: " + error.message());
     }
 }
 

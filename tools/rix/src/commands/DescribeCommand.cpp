@@ -119,7 +119,7 @@ int runDescribe(const Options& options) {
             list.push_back(toJson(property));
         }
         const auto& influence = description.borderInfluence;
-        writeData(nlohmann::json{{"name", info.getName()},
+        writeJson(nlohmann::json{{"name", info.getName()},
                                  {"area", info.getLibName()},
                                  {"summary", description.summary},
                                  {"kind", algorithmKindToString(description.kind)},

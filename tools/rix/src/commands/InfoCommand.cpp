@@ -111,7 +111,7 @@ int runInfo(const Options& options) {
     }
     const SampleStatistics statistics = computeStatistics(*image);
     if (options.json) {
-        writeData(toJson(options, file, *image, statistics));
+        writeJson(toJson(options, file, *image, statistics));
     } else {
         writeData(toText(options, file, *image, statistics));
     }

@@ -29,7 +29,7 @@ int runList(const Options& options) {
                    description.summary + (deprecation.empty() ? "" : " (deprecated since " + deprecation + ")")});
     }
     if (options.json) {
-        writeData(list);
+        writeJson(list);
     } else {
         writeData(table.toText());
     }

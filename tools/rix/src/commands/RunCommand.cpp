@@ -104,7 +104,7 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
             values[result.name] = result.value;
         }
         const auto level = algorithm.getLastRunLevel();
-        writeData(nlohmann::json{{"class", algorithm.getClassInfo().getName()},
+        writeJson(nlohmann::json{{"class", algorithm.getClassInfo().getName()},
                                  {"level", level ? nlohmann::json(levelToString(*level)) : nlohmann::json()},
                                  {"seconds", seconds},
                                  {"images", images},
