@@ -1,7 +1,11 @@
 #include "Algorithms.h"
 
 #include <array>
+#include <cstdlib>
+#include <typeinfo>
 #include <utility>
+
+#include <cxxabi.h>
 
 #include <rix/image/ImageModel.h>
 #include <rix/properties/Property.h>
@@ -62,6 +66,20 @@ AlgoInfo& findClass(const std::string& name) {
 
 std::unique_ptr<BaseAlgorithm> createAlgorithm(const AlgoInfo& info) {
     return info.createInstance(nullptr);
+}
+
+std::string areaOf(const BaseAlgorithm& algorithm) {
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> demangled(
+        abi::__cxa_demangle(typeid(algorithm).name(), nullptr, nullptr, &status), &std::free);
+    const std::string name = status == 0 ? demangled.get() : "";
+    const std::size_t last = name.rfind("::");
+    if (last == std::string::npos || last == 0) {
+        return algorithm.getClassInfo().getLibName();
+    }
+    const std::size_t previous = name.rfind("::", last - 1);
+    return name.substr(previous == std::string::npos ? 0 : previous + 2,
+                       last - (previous == std::string::npos ? 0 : previous + 2));
 }
 
 std::vector<BaseProperty*> listProperties(const BaseAlgorithm& algorithm) {

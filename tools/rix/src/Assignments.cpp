@@ -1,10 +1,12 @@
 #include "Assignments.h"
 
+#include <algorithm>
 #include <charconv>
 #include <set>
 #include <string_view>
 
 #include <rix/properties/Property.h>
+#include <rix/properties/PropertySingleChoice.h>
 
 #include "Algorithms.h"
 #include "Failure.h"
@@ -29,6 +31,15 @@ bool isWholly(std::string_view text) {
 template <class... Ts>
 bool passesAsNumber(const BaseProperty& property, const std::string& text) {
     return ((dynamic_cast<const Property<Ts>*>(&property) == nullptr || isWholly<Ts>(text)) && ...);
+}
+
+bool isWellFormed(const BaseProperty& property, const std::string& text) {
+    if (const auto* choice = dynamic_cast<const PropertySingleChoice*>(&property)) {
+        return choice->getEnumInfo() == nullptr || choice->getEnumInfo()->exists(text) || isWholly<int>(text);
+    }
+    // Several choices are numbers to the library, too, but it reads each of their texts as a whole.
+    return enumerationOf(property) != nullptr ||
+           passesAsNumber<int, unsigned int, long, unsigned long, double>(property, text);
 }
 
 std::string join(const std::vector<std::string>& texts) {
@@ -74,9 +85,7 @@ std::vector<Assignment> parseAssignments(const std::vector<std::string>& argumen
 void setValue(BaseProperty& property, const std::string& text) {
     const EnumInfo* enumeration = enumerationOf(property);
     std::string normalised;
-    const bool isNumber =
-        enumeration != nullptr || passesAsNumber<int, unsigned int, long, unsigned long, double>(property, text);
-    if (isNumber && property.read(text, normalised)) {
+    if (isWellFormed(property, text) && property.read(text, normalised)) {
         return;
     }
     const std::string complaint = property.getName() + " can't be " + inQuotes(text) + ": it takes ";

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include "ExitCode.h"
+
 namespace CLI {
 class App;
 }

@@ -70,7 +70,7 @@ int parseAndRun(const std::vector<std::string>& arguments) {
 
     refuseUnknownCommand(program, arguments);
     try {
-        program.parse({arguments.rbegin(), arguments.rend()});  // CLI11 takes them from the back
+        program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // taken from the back
     } catch (const CLI::Success& request) {  // help or version
         std::ostringstream text;
         program.exit(request, text, text);
@@ -94,6 +94,8 @@ int runProgram(int argc, const char* const* argv) noexcept {
         json = wantsJson(arguments);
         // A reader that goes away shows as a failed write, which is no reason to die.
         std::signal(SIGPIPE, SIG_IGN);
+        // Nor is a limit on the size of files: the write that meets it fails.
+        std::signal(SIGXFSZ, SIG_IGN);
         const Interrupts interrupts;
         return parseAndRun(arguments);
     } catch (...) {

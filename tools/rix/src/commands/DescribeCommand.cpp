@@ -1,5 +1,8 @@
+#include <array>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -120,7 +123,8 @@ int runDescribe(const Options& options) {
         }
         const auto& influence = description.borderInfluence;
         writeJson(nlohmann::json{{"name", info.getName()},
-                                 {"area", info.getLibName()},
+                                 {"area", areaOf(*algorithm)},
+                                 {"library", info.getLibName()},
                                  {"summary", description.summary},
                                  {"kind", algorithmKindToString(description.kind)},
                                  {"inPlace", description.inPlace},
@@ -132,7 +136,7 @@ int runDescribe(const Options& options) {
         return DONE;
     }
     TextTable facts;
-    facts.add({"area:", info.getLibName()});
+    facts.add({"area:", areaOf(*algorithm)});
     facts.add({"kind:", algorithmKindToString(description.kind) + (description.inPlace ? ", may work in place" : "")});
     if (const std::string reach = reachOf(description.borderInfluence); !reach.empty()) {
         facts.add({"reach:", reach});

@@ -18,14 +18,16 @@ int runList(const Options& options) {
     nlohmann::json list = nlohmann::json::array();
     TextTable table;
     for (const AlgoInfo* info : listedClasses()) {
-        const AlgorithmDescription description = createAlgorithm(*info)->describe();
+        const auto algorithm = createAlgorithm(*info);
+        const AlgorithmDescription description = algorithm->describe();
+        const std::string area = areaOf(*algorithm);
         const std::string deprecation = info->getDeprecationVersion();
         list.push_back({{"name", info->getName()},
-                        {"area", info->getLibName()},
+                        {"area", area}, {"library", info->getLibName()},
                         {"kind", algorithmKindToString(description.kind)},
                         {"summary", description.summary},
                         {"deprecatedSince", deprecation}});
-        table.add({info->getName(), info->getLibName(),
+        table.add({info->getName(), area,
                    description.summary + (deprecation.empty() ? "" : " (deprecated since " + deprecation + ")")});
     }
     if (options.json) {
