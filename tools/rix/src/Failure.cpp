@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Interrupts.h"
+
 namespace rix::cli {
 namespace {
 
@@ -34,7 +36,7 @@ Failure failureOfCurrentException() {
     } catch (const RuleException& exception) {
         return Failure(REFUSED_BY_RULE, exception);
     } catch (const UserCancelException& exception) {
-        return Failure(INTERRUPTED, exception);
+        return Failure(Interrupts::requested() ? Interrupts::exitCode() : INTERRUPTED, exception);
     } catch (const Exception& exception) {
         return Failure(RUN_FAILED, exception);
     } catch (const std::bad_alloc&) {

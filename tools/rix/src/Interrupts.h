@@ -12,7 +12,7 @@ public:
     Interrupts& operator=(const Interrupts&) = delete;
 
     static bool requested();
-    /// The exit code for the signal that came: 128 plus its number.
+    /// The exit code for the signal that came: 128 plus its number. Ask only when one was.
     static int exitCode();
     /// @throws Failure with that exit code when a signal came. Called between steps that can't be cancelled.
     static void throwIfRequested();

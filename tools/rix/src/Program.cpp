@@ -57,6 +57,9 @@ void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string
 
 int parseAndRun(const std::vector<std::string>& arguments) {
     CLI::App program("rix: 2D and 3D image processing on files", "rix");
+    program.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    program.get_formatter()->label("Subcommands", "Commands");
+    program.get_formatter()->label("TEXT", "");
     Action chosen;
     addListCommand(program, chosen);
     addDescribeCommand(program, chosen);
@@ -74,7 +77,9 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     } catch (const CLI::Success& request) {  // help or version
         std::ostringstream text;
         program.exit(request, text, text);
-        writeData(text.str());
+        std::string lines = text.str();
+        lines += lines.ends_with('\n') ? "" : "\n";
+        writeData(lines);
         return DONE;
     } catch (const CLI::ParseError& error) {
         throw Failure(WRONG_USAGE, error.what());

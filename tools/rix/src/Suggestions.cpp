@@ -60,6 +60,9 @@ std::vector<std::string> suggest(std::string_view name, const std::vector<std::s
     }
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const auto& left, const auto& right) { return left.first < right.first; });
+    if (!ranked.empty() && ranked.front().first == 0) {
+        limit = 1;  // wrong in its capitals only: nothing else was meant
+    }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < std::min(limit, ranked.size()); ++i) {
         names.push_back(std::move(ranked[i].second));

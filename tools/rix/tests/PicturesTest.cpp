@@ -37,7 +37,7 @@ TEST_F(ProgramTest, infoTellsTypesCalibrationAndStatistics) {
     EXPECT_EQ(statistics["maximum"], 8);
     EXPECT_DOUBLE_EQ(statistics["mean"].get<double>(), 22.0 / 7);
     const auto text = rix({"info", "five.tif"}).output;
-    for (const char* part : {"scalar float32", "planes     2", "not a number:  1", "minimum:       -5", "micron"}) {
+    for (const char* part : {"scalar float32", "planes    2", "not a number:  1", "minimum:       -5", "micron"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " not in\n" << text;
     }
 

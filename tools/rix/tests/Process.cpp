@@ -100,6 +100,10 @@ Process::~Process() {
 }
 
 void Process::send(int signal) const {
+    // A process number of -1 would mean every process of the machine.
+    if (m_child <= 0) {
+        throw std::logic_error("the program has ended: there is nobody to signal");
+    }
     kill(m_child, signal);
 }
 

@@ -28,6 +28,7 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
+    /// @throws std::logic_error after `wait` has seen the end of the program.
     void send(int signal) const;
     /// Reads until standard error holds the text. False when the program ends or the patience is over before that.
     bool waitForMessage(const std::string& text);

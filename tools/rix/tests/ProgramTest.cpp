@@ -26,7 +26,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         const char* message;  ///< what standard error has to tell
         std::vector<std::string> arguments;
     } cases[] = {
-        {2, "subcommand is required", {}},
+        {2, "command is required", {}},
         {2, "did you mean list?", {"lst"}},
         {2, "--frobnicate", {"list", "--frobnicate"}},
         {2, "CLASS is required", {"describe"}},
@@ -58,7 +58,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {5, "no folder", {"render", "in.png", "nowhere/out.png"}},
         {5, "in.png", {"demo", "in.png"}},
         {1, "the sample fails", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL", "outputImage=out.tif"}},
-        {1, "memory", {"run", "Sample", "inputImage=in.png", "behaviour=RUN_OUT_OF_MEMORY", "outputImage=out.tif"}},
+        {1, "Memory is exhausted", {"run", "Sample", "inputImage=in.png", "behaviour=RUN_OUT_OF_MEMORY", "outputImage=out.tif"}},
         {1, "undefined exception", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL_STRANGELY"}},
     };
     for (const auto& [exitCode, message, arguments] : cases) {
@@ -163,15 +163,10 @@ TEST_F(ProgramTest, endsAtOnceAtTheSecondInterrupt) {
                     {"run", "Sample", "inputImage=in.png", "behaviour=WAIT_DEAF", "outputImage=out.tif"}, setup());
     ASSERT_TRUE(process.waitForMessage("sample: running")) << process.messages();
     process.send(SIGINT);
-    // Two signals in a row may be taken as one, so the second goes on coming until it works.
-    std::thread repeat([&] {
-        for (int i = 0; i < 100; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            process.send(SIGINT);
-        }
-    });
+    // Two signals in a row may be taken as one: the second waits until the first has arrived.
+    ASSERT_TRUE(process.waitForMessage("sample: asked to stop")) << process.messages();
+    process.send(SIGINT);
     EXPECT_EQ(process.wait(), 1000 + SIGINT);
-    repeat.join();
     EXPECT_EQ(files(), Names{"in.png"});
 }
 

@@ -19,6 +19,7 @@
 #include <rix/properties/Property.h>
 #include <rix/properties/PropertySingleChoice.h>
 
+#include "Interrupts.h"
 #include "Program.h"
 
 namespace rix::sample {
@@ -52,6 +53,8 @@ struct SamplePrivate : algorithms::AbstractPrivateImplementation {
     Property<String> outputText;
 };
 
+}  // namespace
+
 AlgoInfo& sampleRecord();
 
 class Sample : public BaseAlgorithm {
@@ -73,6 +76,8 @@ public:
     AlgoInfo& getClassInfo() const override { return sampleRecord(); }
     SamplePrivate& state() const { return dynamic_cast<SamplePrivate&>(*implementation()); }
 };
+
+namespace {
 
 void copy(const ImageModel& from, ImageModel* to) {
     if (to == nullptr) {
@@ -104,11 +109,18 @@ public:
         if (ImageModel* changed = state.changedImage.get()) {
             ++*changed->getImageBuffer();
         }
-        state.outputThird.set(state.count.get() / 3.0);
-        state.outputText.set("counted");
+        answer(state.outputThird, state.count.get() / 3.0);
+        answer(state.outputText, String("counted"));
     }
 
 private:
+    /// Every property is locked during a run, so that nobody changes it; the run itself may.
+    template <class T>
+    static void answer(Property<T>& property, const T& value) {
+        property.getImpl()->lock(false);
+        property.set(value);
+        property.getImpl()->lock(true);
+    }
     /// Far longer than a test lasts.
     static void wait(BaseAlgorithm& algorithm, bool listens) {
         std::fputs("sample: running\n", stderr);
@@ -116,11 +128,15 @@ private:
         while (std::chrono::steady_clock::now() < end) {
             if (listens) {
                 algorithm.executionContext().throwIfCancelled();
+            } else if (cli::Interrupts::requested()) {
+                std::fputs("sample: asked to stop\n", stderr);
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
     }
 };
+
+}  // namespace
 
 AlgoInfo& sampleRecord() {
     static AlgoInfo info(
@@ -134,7 +150,6 @@ AlgoInfo& sampleRecord() {
     return info;
 }
 
-}  // namespace
 }  // namespace rix::sample
 
 int main(int argc, char** argv) {

@@ -25,6 +25,7 @@ TEST(Suggestions, offersTheNearestFirstAndNothingFarFetched) {
     using Names = std::vector<std::string>;
     const Names names{"BoxFilter2d", "BoxFilter3d", "Labeling2d", "ThresholdingByCriterion", "GaussianFilter2d"};
     EXPECT_EQ(suggest("labeling2D", names), Names{"Labeling2d"});
+    EXPECT_EQ(suggest("boxfilter2D", names), Names{"BoxFilter2d"});
     EXPECT_EQ(suggest("BoxFliter3d", names), (Names{"BoxFilter3d", "BoxFilter2d"}));
     EXPECT_EQ(suggest("threshold", names), Names{"ThresholdingByCriterion"});
     EXPECT_EQ(suggest("BoxFilter", names), (Names{"BoxFilter2d", "BoxFilter3d"}));

@@ -18,6 +18,7 @@
 #include "../Output.h"
 #include "../Progress.h"
 #include "../Results.h"
+#include "../Suggestions.h"
 
 namespace rix::cli {
 namespace {
@@ -26,7 +27,7 @@ struct Options {
     std::string className;
     std::vector<std::string> assignments;
     std::optional<int> threads;
-    std::optional<OptimLevelType> maxLevel;
+    std::string maxLevel;
     bool noProgress = false;
     bool json = false;
 };
@@ -81,12 +82,22 @@ ImageOutputs bindImages(const std::vector<ImageAssignment>& images, ImageInputs&
     return outputs;
 }
 
+OptimLevelType levelFromOption(const std::string& text) {
+    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+        if (levelToString(level) == text) {
+            return level;
+        }
+    }
+    throw Failure(WRONG_USAGE, "--max-level can't be " + inQuotes(text) + ": it takes scalar, sse, avx",
+                  suggest(text, {"scalar", "sse", "avx"}));
+}
+
 void applyLimits(BaseAlgorithm& algorithm, const Options& options) {
     if (options.threads) {
         algorithm.settings().setMaximumNumberOfThreads(*options.threads);
     }
-    if (options.maxLevel) {
-        algorithm.setMaxOptimLevel(*options.maxLevel);
+    if (!options.maxLevel.empty()) {
+        algorithm.setMaxOptimLevel(levelFromOption(options.maxLevel));
     }
 }
 
@@ -149,11 +160,9 @@ void addRunCommand(CLI::App& program, Action& chosen) {
                         "Properties, as 'rix describe CLASS' shows them; an image property takes the path of a file. "
                         "Outputs are written when the run has succeeded, in the format of their extension");
     command->add_option("--threads", options->threads, "Use at most N threads")
-        ->check(CLI::Range(1, 1 << 20))
+        ->check(CLI::Range(1, 1 << 20).description(""))
         ->type_name("N");
-    const std::map<std::string, OptimLevelType> levels{{"scalar", SCALAR}, {"sse", VEC_SSE}, {"avx", VEC_AVX}};
     command->add_option("--max-level", options->maxLevel, "Use no implementation above this level")
-        ->transform(CLI::Transformer(levels))
         ->type_name("scalar|sse|avx");
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print results, or what goes wrong, as a JSON object");
