@@ -1,6 +1,5 @@
 #include "ImageFiles.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -23,8 +22,11 @@ namespace fs = std::filesystem;
 /// The extension in lower case without its dot.
 std::string extensionOf(const fs::path& path) {
     std::string extension = path.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; });
+    for (char& letter : extension) {
+        if (letter >= 'A' && letter <= 'Z') {
+            letter = static_cast<char>(letter - 'A' + 'a');
+        }
+    }
     return extension.empty() ? extension : extension.substr(1);
 }
 
@@ -103,18 +105,11 @@ void ImageOutputs::add(const std::string& property, const fs::path& path, std::u
     checkCanWrite(path);
     for (const auto& entry : m_entries) {
         if (targetOf(entry.path) == targetOf(path)) {
-            throw Failure(WRONG_USAGE, entry.property + " and " + property + " go to the same file " +
-                                           inQuotes(path.string()));
+            throw Failure(WRONG_USAGE,
+                          entry.property + " and " + property + " go to the same file " + inQuotes(path.string()));
         }
     }
     m_entries.push_back({property, path, std::move(image)});
-}
-
-void ImageOutputs::write() const {
-    for (const auto& entry : m_entries) {
-        Interrupts::throwIfRequested();
-        saveImage(entry.path, *entry.image);
-    }
 }
 
 }  // namespace rix::cli

@@ -42,8 +42,6 @@ public:
     /// before outputs are written. @throws Failure: unwritable output; wrong usage when two outputs go to one file.
     void add(const std::string& property, const std::filesystem::path& path, std::unique_ptr<io::MemoryImage> image);
     const std::vector<Entry>& entries() const { return m_entries; }
-    /// Writes them in order. Every file is whole or not there; a failure leaves the files before it.
-    void write() const;
 
 private:
     std::vector<Entry> m_entries;

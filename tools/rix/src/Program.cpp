@@ -29,6 +29,13 @@ constexpr const char* exitCodesHelp =
     "Example:\n"
     "  rix demo";
 
+struct LibraryInUse {
+    LibraryInUse() { rix::init(); }
+    ~LibraryInUse() { rix::finish(); }
+    LibraryInUse(const LibraryInUse&) = delete;
+    LibraryInUse& operator=(const LibraryInUse&) = delete;
+};
+
 /// Asked before the arguments are parsed: their mistakes are reported as objects, too.
 bool wantsJson(const std::vector<std::string>& arguments) {
     for (const auto& argument : arguments) {
@@ -74,7 +81,7 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     refuseUnknownCommand(program, arguments);
     try {
         program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // taken from the back
-    } catch (const CLI::Success& request) {  // help or version
+    } catch (const CLI::Success& request) {                                             // help or version
         std::ostringstream text;
         program.exit(request, text, text);
         std::string lines = text.str();
@@ -84,10 +91,8 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     } catch (const CLI::ParseError& error) {
         throw Failure(WRONG_USAGE, error.what());
     }
-    rix::init();
-    const int exitCode = chosen();
-    rix::finish();
-    return exitCode;
+    const LibraryInUse library;
+    return chosen();
 }
 
 }  // namespace

@@ -36,8 +36,7 @@ std::uint32_t toLabel(T sample) {
 }  // namespace
 
 RowReader::RowReader(const ImageModel& image)
-    : m_image(image),
-      m_samples(product(image.getNumOf(COLUMNS), helper::getElementNumber(image.getElementType()))) {}
+    : m_image(image), m_samples(product(image.getNumOf(COLUMNS), helper::getElementNumber(image.getElementType()))) {}
 
 ConstRawData RowReader::read(const RowPosition& position) {
     Interrupts::throwIfRequested();

@@ -40,8 +40,7 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     return last[b.size()];
 }
 
-std::vector<std::string> suggest(std::string_view name, const std::vector<std::string>& candidates,
-                                 std::size_t limit) {
+std::vector<std::string> suggest(std::string_view name, const std::vector<std::string>& candidates, std::size_t limit) {
     // A part of a name is a rough guess: it comes after what is nearly the name.
     constexpr std::size_t rankOfParts = 1000;
     constexpr std::size_t shortestPart = 3;

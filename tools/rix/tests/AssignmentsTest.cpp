@@ -88,7 +88,9 @@ TEST(Assignments, choicesNameTheirLabelsWhenRefused) {
         const char* text;
         std::vector<std::string> suggestions;
     } refused[] = {
-        {single, "green", {"GREEN"}}, {single, "9", {}}, {single, "4px", {}}, {multiple, "RED|GREN", {"GREEN"}}, {multiple, "8", {}}};
+        {single, "green", {"GREEN"}},      {single, "9", {}},   {single, "4px", {}},
+        {multiple, "RED|GREN", {"GREEN"}}, {multiple, "8", {}},
+    };
     for (const auto& [property, text, suggestions] : refused) {
         try {
             setValue(property, text);

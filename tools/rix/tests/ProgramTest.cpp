@@ -58,7 +58,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {5, "no folder", {"render", "in.png", "nowhere/out.png"}},
         {5, "in.png", {"demo", "in.png"}},
         {1, "the sample fails", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL", "outputImage=out.tif"}},
-        {1, "Memory is exhausted", {"run", "Sample", "inputImage=in.png", "behaviour=RUN_OUT_OF_MEMORY", "outputImage=out.tif"}},
+        {1, "Memory is exhausted", {"run", "Sample", "inputImage=in.png", "behaviour=RUN_OUT_OF_MEMORY"}},
         {1, "undefined exception", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL_STRANGELY"}},
     };
     for (const auto& [exitCode, message, arguments] : cases) {
@@ -143,10 +143,10 @@ class InterruptTest : public ProgramTest, public testing::WithParamInterface<int
 TEST_P(InterruptTest, endsALongRunAndLeavesNothing) {
     writeRamp("large.tif", 8192, 8192);
     std::ofstream(folder() / "out.tif") << "what was there before";
-    Process process(RIX_SAMPLE_PROGRAM,
-                    {"run", "Sample", "inputImage=large.tif", "behaviour=WAIT", "outputImage=out.tif",
-                     "outputCopy=copy.tif"},
-                    setup());
+    Process process(
+        RIX_SAMPLE_PROGRAM,
+        {"run", "Sample", "inputImage=large.tif", "behaviour=WAIT", "outputImage=out.tif", "outputCopy=copy.tif"},
+        setup());
     ASSERT_TRUE(process.waitForMessage("sample: running")) << process.messages();
     process.send(GetParam());
     EXPECT_EQ(process.wait(), 128 + GetParam()) << process.messages();
@@ -209,6 +209,15 @@ TEST_F(ProgramTest, aFullDiskLeavesNothing) {
     const auto ending = sample({"run", "Sample", "inputImage=in.tif", "outputImage=out.tif"});
     EXPECT_EQ(ending.exitCode, 5) << ending.messages;
     EXPECT_EQ(files(), Names{"in.tif"});
+}
+
+TEST_F(ProgramTest, namesTheFilesWrittenBeforeOneThatFails) {
+    io::writeImage(folder() / "in.tif", makeImage<float>({2, 1, 1, 1, 1}, {0, 1}));
+    const auto ending = sample({"run", "Sample", "inputImage=in.tif", "outputImage=out.tif", "outputCopy=copy.png"});
+    EXPECT_EQ(ending.exitCode, 5);
+    EXPECT_NE(ending.messages.find("outputImage written to out.tif"), std::string::npos) << ending.messages;
+    EXPECT_NE(ending.messages.find("copy.png"), std::string::npos) << ending.messages;
+    EXPECT_EQ(files(), (Names{"in.tif", "out.tif"}));
 }
 
 }  // namespace

@@ -67,9 +67,9 @@ TEST(Window, mapsValuesToGreys) {
         double value;
         Window window;
         int level;
-    } cases[] = {{10, usual, 0},         {20, usual, 255},      {15, usual, 128},     {9, usual, 0},
-                 {21, usual, 255},       {nan, usual, 0},       {infinity, usual, 255}, {-infinity, usual, 0},
-                 {5, flat, 128},         {4, flat, 0},          {6, flat, 255},       {0, widest, 128}};
+    } cases[] = {{10, usual, 0},   {20, usual, 255}, {15, usual, 128},       {9, usual, 0},
+                 {21, usual, 255}, {nan, usual, 0},  {infinity, usual, 255}, {-infinity, usual, 0},
+                 {5, flat, 128},   {4, flat, 0},     {6, flat, 255},         {0, widest, 128}};
     for (const auto& [value, window, level] : cases) {
         EXPECT_EQ(toGreyLevel(value, window), level) << value << " in " << window.low << ".." << window.high;
     }
@@ -186,7 +186,8 @@ TEST(Contours, followTheInsideOfLabelsAndStayOpenAtTheEdge) {
 TEST(Picture, standsSideBySideAndBecomesAnImage) {
     const Picture both = sideBySide(Picture(2, 1, grey(10)), Picture(1, 2, grey(20)), 1);
     const Colour white = grey(255);
-    EXPECT_EQ(pixelsOf(both), (std::vector<Colour>{grey(10), grey(10), white, grey(20), white, white, white, grey(20)}));
+    EXPECT_EQ(pixelsOf(both), (std::vector<Colour>{grey(10), grey(10), white, grey(20),  //
+                                                   white, white, white, grey(20)}));
     const auto greyImage = toImage(both);
     EXPECT_EQ(greyImage.getNumOf(SPECTRAL_SERIES), 1U);
     EXPECT_EQ(greyImage.getImageBuffer()[3], 20);

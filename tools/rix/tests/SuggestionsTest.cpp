@@ -11,9 +11,9 @@ TEST(Suggestions, distanceCountsEditsOfEveryKind) {
         const char* b;
         std::size_t distance;
     } cases[] = {
-        {"", "", 0},          {"", "abc", 3},         {"abc", "abc", 0},     {"abc", "abd", 1},
-        {"abc", "ab", 1},     {"abc", "xabc", 1},     {"abcd", "abdc", 1},   {"ab", "ba", 1},
-        {"ca", "abc", 3},     {"Kitten", "sitting", 3}, {"LABEL", "label", 0},
+        {"", "", 0},      {"", "abc", 3},           {"abc", "abc", 0},     {"abc", "abd", 1},
+        {"abc", "ab", 1}, {"abc", "xabc", 1},       {"abcd", "abdc", 1},   {"ab", "ba", 1},
+        {"ca", "abc", 3}, {"Kitten", "sitting", 3}, {"LABEL", "label", 0},
     };
     for (const auto& [a, b, distance] : cases) {
         EXPECT_EQ(editDistance(a, b), distance) << a << " " << b;

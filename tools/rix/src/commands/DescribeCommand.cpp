@@ -22,8 +22,11 @@ struct Options {
 /// What a user has to know of a property.
 struct PropertyFacts {
     explicit PropertyFacts(const BaseProperty& property)
-        : name(property.getName()), direction(directionOf(property)), type(property.getImpl()->describeType()),
-          image(imageRoleOf(property) != ImageRole::None), rules(property.getImpl()->describeRules()),
+        : name(property.getName()),
+          direction(directionOf(property)),
+          type(property.getImpl()->describeType()),
+          image(imageRoleOf(property) != ImageRole::None),
+          rules(property.getImpl()->describeRules()),
           description(property.getDescription()) {
         if (!image && direction != "out") {
             defaultValue = valueToText(property);
@@ -83,10 +86,10 @@ std::string toText(const PropertyFacts& property) {
 }
 
 nlohmann::json toJson(const PropertyFacts& property) {
-    nlohmann::json value = {{"name", property.name},         {"direction", property.direction},
-                            {"type", property.type},         {"image", property.image},
-                            {"default", nullptr},            {"labels", property.labels},
-                            {"rules", property.rules},       {"description", property.description}};
+    nlohmann::json value = {{"name", property.name},   {"direction", property.direction},
+                            {"type", property.type},   {"image", property.image},
+                            {"default", nullptr},      {"labels", property.labels},
+                            {"rules", property.rules}, {"description", property.description}};
     if (property.defaultValue) {
         value["default"] = *property.defaultValue;
     }
@@ -99,8 +102,8 @@ std::string reachOf(const BorderInfluence& influence) {
     std::vector<std::string> reaches;
     for (std::size_t i = 0; i < axes.size(); ++i) {
         if (influence.lower[i] != 0 || influence.upper[i] != 0) {
-            reaches.push_back(std::to_string(influence.lower[i]) + " before and " +
-                              std::to_string(influence.upper[i]) + " after along " + axes[i]);
+            reaches.push_back(std::to_string(influence.lower[i]) + " before and " + std::to_string(influence.upper[i]) +
+                              " after along " + axes[i]);
         }
     }
     return join(reaches, ", ");

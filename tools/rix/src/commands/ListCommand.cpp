@@ -23,7 +23,8 @@ int runList(const Options& options) {
         const std::string area = areaOf(*algorithm);
         const std::string deprecation = info->getDeprecationVersion();
         list.push_back({{"name", info->getName()},
-                        {"area", area}, {"library", info->getLibName()},
+                        {"area", area},
+                        {"library", info->getLibName()},
                         {"kind", algorithmKindToString(description.kind)},
                         {"summary", description.summary},
                         {"deprecatedSince", deprecation}});

@@ -36,9 +36,8 @@ Picture renderOver(const ImageModel& labels, const ImageModel& base, const Slice
 int runRender(const Options& options) {
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
-    const Picture picture = options.basePath.empty()
-                                ? renderSlice(*image, options.slice)
-                                : renderOver(*image, *loadImage(options.basePath), options.slice);
+    const Picture picture = options.basePath.empty() ? renderSlice(*image, options.slice)
+                                                     : renderOver(*image, *loadImage(options.basePath), options.slice);
     saveImage(options.picturePath, toImage(picture));
     writeMessage("written to " + options.picturePath + " (" + std::to_string(picture.width()) + " x " +
                  std::to_string(picture.height()) + ")\n");
@@ -51,8 +50,8 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand(
         "render",
-        "Make a picture of an image: grey in an automatic window (0.35 to 99.65 percent of the values), binary in black "
-        "and white, labels in distinct colours on black, RGB as it is, complex samples by their magnitude");
+        "Make a picture of an image: grey in an automatic window (0.35 to 99.65 percent of the values), binary in "
+        "black and white, labels in distinct colours on black, RGB as it is, complex samples by their magnitude");
     command->add_option("IMAGE", options->imagePath, "The image to show")->required();
     command->add_option("OUT", options->picturePath, "The picture, usually a PNG file")->required();
     command->add_option("--over", options->basePath, "Draw the outlines of the labels of IMAGE on this image")
@@ -61,8 +60,9 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
         ->type_name("N");
     command->add_option("--frame", options->slice.frame, "Frame of the sequence to show; unless given, the first")
         ->type_name("N");
-    command->add_option("--channel", options->slice.channel,
-                        "Spectral channel to show; unless given, RGB as colours or else the first")
+    command
+        ->add_option("--channel", options->slice.channel,
+                     "Spectral channel to show; unless given, RGB as colours or else the first")
         ->type_name("N");
     command->footer("Example:\n  rix render examples/images/cell.png cell-view.png");
     command->callback([&chosen, options] { chosen = [options] { return runRender(*options); }; });

@@ -101,6 +101,18 @@ void applyLimits(BaseAlgorithm& algorithm, const Options& options) {
     }
 }
 
+/// Every file is whole or not there. When one can't be written, those before it stay, and were named.
+void writeImages(const ImageOutputs& outputs, const Options& options) {
+    for (const auto& entry : outputs.entries()) {
+        Interrupts::throwIfRequested();
+        saveImage(entry.path, *entry.image);
+        if (!options.json) {
+            writeMessage(entry.property + " written to " + entry.path.string() + ' ' +
+                         helper::describeImage(*entry.image) + '\n');
+        }
+    }
+}
+
 void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double seconds, const Options& options) {
     const auto results = readResults(algorithm);
     if (options.json) {
@@ -122,10 +134,6 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
                                  {"results", values}});
         return;
     }
-    for (const auto& entry : outputs.entries()) {
-        writeMessage(entry.property + " written to " + entry.path.string() + ' ' +
-                     helper::describeImage(*entry.image) + '\n');
-    }
     for (const auto& result : results) {
         writeData(result.table.toText());
     }
@@ -145,7 +153,7 @@ int runRun(const Options& options) {
         algorithm->run(&interaction);
     }
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    outputs.write();
+    writeImages(outputs, options);
     report(*algorithm, outputs, seconds.count(), options);
     return DONE;
 }
@@ -169,7 +177,7 @@ void addRunCommand(CLI::App& program, Action& chosen) {
     command->footer(
         "Example:\n"
         "  rix run ThresholdingByCriterion inputGrayImage=examples/images/coins.png"
-        " comparisonCriterion=GREATER_THAN_OR_EQUAL_TO comparisonValue=107 outputBinaryImage=coins-binary.tif");
+        " comparisonCriterion=GREATER_THAN_OR_EQUAL_TO comparisonValue=112 outputBinaryImage=coins-binary.tif");
     command->callback([&chosen, options] { chosen = [options] { return runRun(*options); }; });
 }
 

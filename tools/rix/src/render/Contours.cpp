@@ -15,8 +15,7 @@ bool isOnContour(const LabelSlice& labels, std::size_t x, std::size_t y) {
 
 }  // namespace
 
-void drawContours(Picture& picture, const LabelSlice& labels,
-                  const std::function<Colour(std::uint32_t)>& colourOf) {
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf) {
     if (picture.width() != labels.width || picture.height() != labels.height) {
         throw Failure(WRONG_USAGE, "the labels have " + std::to_string(labels.width) + " x " +
                                        std::to_string(labels.height) + " pixels, the base has " +

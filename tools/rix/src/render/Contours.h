@@ -11,7 +11,6 @@ namespace rix::cli {
 /// neighbours is not the same label. The edge of the image is no neighbour, so an object that leaves the image stays
 /// open there.
 /// @throws Failure (wrong usage) when the sizes differ.
-void drawContours(Picture& picture, const LabelSlice& labels,
-                  const std::function<Colour(std::uint32_t)>& colourOf);
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf);
 
 }  // namespace rix::cli

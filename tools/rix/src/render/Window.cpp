@@ -44,8 +44,8 @@ std::uint8_t toGreyLevel(double value, const Window& window) {
         return value < window.low ? 0 : value > window.high ? static_cast<std::uint8_t>(white) : middle;
     }
     // Halved, since the width of a window may be beyond what a double holds.
-    const double part = (std::clamp(value, window.low, window.high) / 2 - window.low / 2) /
-                        (window.high / 2 - window.low / 2);
+    const double part =
+        (std::clamp(value, window.low, window.high) / 2 - window.low / 2) / (window.high / 2 - window.low / 2);
     return static_cast<std::uint8_t>(std::lround(part * white));
 }
 
