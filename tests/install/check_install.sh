@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # usage: check_install.sh CMAKE COMPILER BUILD_FOLDER WORK_FOLDER
 # Installs the library into an empty prefix, moves the prefix, and builds and runs a stranger's program against it: once
-# through the CMake package, once through pkg-config.
+# through the CMake package, once through pkg-config. Then does the same with the example of the README, which also reads
+# and writes files.
 set -euo pipefail
 cmake=$1 compiler=$2 build=$3 work=$4
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+source_folder=$(cd "$here/../.." && pwd)
 expected="2500 foreground pixels"
 
 rm -rf "$work"
@@ -32,12 +34,28 @@ flags=$(PKG_CONFIG_PATH=$pc_folder pkg-config --cflags --libs lumora_rix)
 "$compiler" -std=c++20 "$here/consumer/main.cpp" $flags -Wl,-rpath,"$(dirname "$pc_folder")" -o "$work/consumer"
 run "pkg-config" "$work/consumer"
 
+# The example of the README, as it stands there.
+mkdir -p "$work/readme"
+awk '/^```cpp$/ {inside = 1; next} /^```$/ && inside {exit} inside' "$source_folder/README.md" >"$work/readme/main.cpp"
+cat >"$work/readme/CMakeLists.txt" <<'TEXT'
+cmake_minimum_required(VERSION 3.25)
+project(readme LANGUAGES CXX)
+find_package(lumora_rix REQUIRED COMPONENTS io)
+add_executable(program main.cpp)
+target_link_libraries(program lumora_rix::io)
+TEXT
+"$cmake" -G Ninja -S "$work/readme" -B "$work/readme/build" -DCMAKE_BUILD_TYPE=Release \
+  -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
+"$cmake" --build "$work/readme/build" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
+cp "$source_folder/examples/images/coins.png" "$work/readme"
+(cd "$work/readme" && build/program)
+size=$(stat -c %s "$work/readme/coins-binary.tif")
+((size >= 384 * 303 / 8)) || { printf 'README: the result has only %d bytes\n' "$size"; exit 1; }
+printf 'README: the example wrote %d bytes\n' "$size"
+
 # What was built and installed must not name the folders that it came from: they are gone on the user's machine.
-source_folder=$(cd "$here/../.." && pwd)
-if grep -rIl -F -e "$source_folder" "$prefix"; then
+if grep -rlF -e "$source_folder" "$prefix"; then
   printf 'these installed files name the source folder\n'
   exit 1
 fi
-if [[ -x $prefix/bin/rix ]]; then
-  "$prefix/bin/rix" --version
-fi
+"$prefix/bin/rix" --version
