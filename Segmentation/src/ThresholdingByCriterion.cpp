@@ -42,16 +42,14 @@ ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImpl
     : BaseAlgorithm(algorithms::orMake<ThresholdingByCriterionPrivate>(given)) {
     auto& state = static_cast<ThresholdingByCriterionPrivate&>(*implementation());
     addInput(state.inputGrayImage, "inputGrayImage", "The image whose voxels are compared.");
-    AddRuleAssertNotNull()(state.inputGrayImage);
-    AddRuleAssertSingleElement()(state.inputGrayImage);
-    AddRuleAssertIntegerOrFloating()(state.inputGrayImage);
-    AddRuleAssertImageNotEmpty()(state.inputGrayImage);
+    addRules(state.inputGrayImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertIntegerOrFloating(),
+             AddRuleAssertImageNotEmpty());
     addInput(state.comparisonCriterion, "comparisonCriterion", "How a voxel is compared with the value.");
-    AddRuleIsAnEnumOfType{getInfoCriterionType()}(state.comparisonCriterion);
+    addRules(state.comparisonCriterion, AddRuleIsAnEnumOfType(getInfoCriterionType()));
     addInput(state.comparisonValue, "comparisonValue", "The value that voxels are compared with.");
     addOutput(state.outputBinaryImage, "outputBinaryImage", "1 where the comparison holds, 0 elsewhere.");
-    AddRuleAssertNotNull()(state.outputBinaryImage);
-    AddRuleEnforceImage(ImageCheck{RIX_UINT8, state.inputGrayImage, RIX_BINARY})(state.outputBinaryImage);
+    addRules(state.outputBinaryImage, AddRuleAssertNotNull(),
+             AddRuleEnforceImage(ImageCheck{RIX_UINT8, state.inputGrayImage, RIX_BINARY}));
 }
 
 AlgoInfo& ThresholdingByCriterion::getClassInfo() const {

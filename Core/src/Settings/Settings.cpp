@@ -64,9 +64,7 @@ struct SettingsPrivate {
 
 Settings::Settings() : m_private(std::make_unique<SettingsPrivate>()) {}
 Settings::Settings(const Settings& other) : m_private(std::make_unique<SettingsPrivate>(*other.m_private)) {}
-Settings::Settings(Settings&& other) noexcept = default;
 Settings::~Settings() = default;
-Settings& Settings::operator=(Settings&& other) noexcept = default;
 
 Settings& Settings::operator=(const Settings& other) {
     if (this != &other) {

@@ -67,10 +67,16 @@ TEST(BufferAllocation, KeepsTheMostRecentUpToTheLimit) {
         EXPECT_LE(recycledBytes(), recycledLimit);
     }
     EXPECT_EQ(recycledBytes(), recycledLimit);
+    void* const fresh = allocate(bytes);
+    EXPECT_EQ(recycledBytes(), recycledLimit) << "the oldest went, so there was none of this size to take";
+    release(fresh, bytes);
+    EXPECT_EQ(allocate(bytes), fresh);
+    release(fresh, bytes);
 
     const std::size_t tooBig = recycledLimit + 1;
+    const std::size_t before = recycledBytes();
     release(allocate(tooBig), tooBig);
-    EXPECT_EQ(recycledBytes(), recycledLimit) << "a block beyond the limit pushes nothing out";
+    EXPECT_EQ(recycledBytes(), before) << "a block beyond the limit pushes nothing out";
     release(allocate(recycledLimit), recycledLimit);
     EXPECT_EQ(recycledBytes(), recycledLimit);
     releaseRecycled();

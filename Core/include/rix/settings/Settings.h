@@ -21,9 +21,7 @@ class RIX_EXPORT Settings {
 public:
     Settings();
     Settings(const Settings&);
-    Settings(Settings&&) noexcept;
     Settings& operator=(const Settings&);
-    Settings& operator=(Settings&&) noexcept;
     virtual ~Settings();
 
     bool exists(const String& key) const;

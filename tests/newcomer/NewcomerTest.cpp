@@ -1,0 +1,51 @@
+// The algorithm that the documentation teaches: it must work as it is printed there.
+
+#include <gtest/gtest.h>
+
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+
+#include "ComplementImage.h"
+#include "ImageComparison.h"
+#include "ImageFactories.h"
+
+namespace rix::point_operations {
+namespace {
+
+TEST(Newcomer, TheDocumentedAlgorithmWorksAtEveryLevel) {
+    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+        if (!devices::Cpu::supports(level)) {
+            continue;
+        }
+        const test::ImageSpec spec{.voxelType = RIX_UINT16, .extents = {37, 5, 2, 1, 3}};
+        using Index = std::size_t;
+        io::MemoryImage image = test::makeImage(
+            spec, [](Index c, Index y, Index z, Index, Index s) { return c * 1000 + y * 100 + z * 10 + s; });
+        const io::MemoryImage expected = test::makeImage(
+            spec, [](Index c, Index y, Index z, Index, Index s) { return 65535 - (c * 1000 + y * 100 + z * 10 + s); });
+        io::MemoryImage complement;
+        ComplementImage algorithm;
+        algorithm.setAutoCpuDispatch(false);
+        algorithm.setOptimLevel(level);
+        algorithm.setInputImage(&image);
+        algorithm.setOutputImage(&complement);
+        algorithm.run();
+        EXPECT_EQ(algorithm.getLastRunLevel(), level);
+        EXPECT_TRUE(test::imagesEqual(expected, complement));
+        algorithm.setOutputImage(&image);
+        algorithm.run();
+        EXPECT_TRUE(test::imagesEqual(expected, image)) << "in place";
+    }
+}
+
+TEST(Newcomer, ItsRulesRefuseOtherTypes) {
+    const io::MemoryImage real = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {3, 3, 1, 1, 1}}, 1);
+    io::MemoryImage output;
+    ComplementImage algorithm;
+    algorithm.setInputImage(&real);
+    algorithm.setOutputImage(&output);
+    EXPECT_THROW(algorithm.run(), RuleException);
+}
+
+}  // namespace
+}  // namespace rix::point_operations

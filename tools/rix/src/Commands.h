@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+
+#include "ExitCode.h"
+
+namespace CLI {
+class App;
+}
+
+namespace rix::cli {
+
+/// What the chosen command does; returns the exit code.
+using Action = std::function<int()>;
+
+// Each adds its command with options, help and example to the program; a command that was parsed leaves its action in
+// `chosen`, which must outlive the parsing.
+void addListCommand(CLI::App& program, Action& chosen);
+void addDescribeCommand(CLI::App& program, Action& chosen);
+void addRunCommand(CLI::App& program, Action& chosen);
+void addInfoCommand(CLI::App& program, Action& chosen);
+void addRenderCommand(CLI::App& program, Action& chosen);
+void addDemoCommand(CLI::App& program, Action& chosen);
+
+}  // namespace rix::cli

@@ -1,0 +1,86 @@
+#include "Failure.h"
+
+#include <new>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "Interrupts.h"
+
+namespace rix::cli {
+namespace {
+
+std::vector<std::string> levelsOf(const Exception& exception) {
+    std::vector<std::string> levels;
+    for (const auto& level : exception.getLevels()) {
+        levels.insert(levels.begin(), level.message);
+    }
+    if (levels.empty()) {
+        levels.emplace_back(exception.getClassName());
+    }
+    return levels;
+}
+
+}  // namespace
+
+Failure::Failure(int exitCode, std::string message, std::vector<std::string> suggestions)
+    : m_exitCode(exitCode), m_levels{std::move(message)}, m_suggestions(std::move(suggestions)) {}
+
+Failure::Failure(int exitCode, const Exception& cause) : m_exitCode(exitCode), m_levels(levelsOf(cause)) {}
+
+Failure failureOfCurrentException() {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return failure;
+    } catch (const RuleException& exception) {
+        return Failure(REFUSED_BY_RULE, exception);
+    } catch (const UserCancelException& exception) {
+        return Failure(Interrupts::requested() ? Interrupts::exitCode() : INTERRUPTED, exception);
+    } catch (const Exception& exception) {
+        return Failure(RUN_FAILED, exception);
+    } catch (const std::bad_alloc&) {
+        return Failure(RUN_FAILED, "not enough memory");
+    } catch (const std::exception& exception) {
+        return Failure(RUN_FAILED, exception.what());
+    } catch (...) {
+        return Failure(RUN_FAILED, "unknown failure");
+    }
+}
+
+const char* exitCodeToString(int exitCode) {
+    switch (exitCode) {
+        case DONE: return "done";
+        case WRONG_USAGE: return "wrong usage";
+        case REFUSED_BY_RULE: return "refused by a rule";
+        case UNREADABLE_INPUT: return "unreadable input";
+        case UNWRITABLE_OUTPUT: return "unwritable output";
+        case RUN_FAILED: return "run failed";
+        default: return "interrupted";
+    }
+}
+
+nlohmann::json toJson(const Failure& failure) {
+    return {{"error",
+             {{"code", failure.exitCode()},
+              {"kind", exitCodeToString(failure.exitCode())},
+              {"message", failure.levels().front()},
+              {"levels", failure.levels()},
+              {"suggestions", failure.suggestions()}}}};
+}
+
+std::string toText(const Failure& failure) {
+    std::string text = "rix: ";
+    std::string indent;
+    for (const auto& level : failure.levels()) {
+        text += indent + level + '\n';
+        indent += "  ";
+    }
+    const auto& suggestions = failure.suggestions();
+    for (std::size_t i = 0; i < suggestions.size(); ++i) {
+        text += (i == 0 ? "  did you mean " : i + 1 == suggestions.size() ? " or " : ", ") + suggestions[i];
+    }
+    return suggestions.empty() ? text : text + "?\n";
+}
+
+}  // namespace rix::cli

@@ -1,0 +1,115 @@
+#include "ImageFiles.h"
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include <unistd.h>
+
+#include <rix/exceptions/Exception.h>
+#include <rix/io/ImageFile.h>
+
+#include "Failure.h"
+#include "Interrupts.h"
+#include "Output.h"
+
+namespace rix::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The extension in lower case without its dot.
+std::string extensionOf(const fs::path& path) {
+    std::string extension = path.extension().string();
+    for (char& letter : extension) {
+        if (letter >= 'A' && letter <= 'Z') {
+            letter = static_cast<char>(letter - 'A' + 'a');
+        }
+    }
+    return extension.empty() ? extension : extension.substr(1);
+}
+
+/// The file behind links and detours, also when it doesn't exist yet.
+fs::path targetOf(const fs::path& path) {
+    std::error_code error;
+    fs::path target = fs::weakly_canonical(fs::absolute(path, error), error);
+    return error ? path : target;
+}
+
+[[noreturn]] void refuse(const fs::path& path, const std::string& reason) {
+    throw Failure(UNWRITABLE_OUTPUT, inQuotes(path.string()) + " can't be written: " + reason);
+}
+
+}  // namespace
+
+std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
+    try {
+        auto image = io::readImage(path);
+        Interrupts::throwIfRequested();
+        return image;
+    } catch (const MemoryError&) {
+        throw;  // not the fault of the file
+    } catch (const Exception& exception) {
+        throw Failure(UNREADABLE_INPUT, exception);
+    }
+}
+
+void saveImage(const fs::path& path, const ImageModel& image) {
+    try {
+        io::writeImage(path, image);
+    } catch (const MemoryError&) {
+        throw;
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
+}
+
+void checkCanWrite(const fs::path& path) {
+    const std::string extension = extensionOf(path);
+    std::string known;
+    bool isKnown = false;
+    for (const auto& format : io::getImageFormats()) {
+        for (const auto& candidate : format.extensions) {
+            isKnown = isKnown || candidate == extension;
+            known += (known.empty() ? "." : ", .") + candidate;
+        }
+    }
+    if (!isKnown) {
+        refuse(path, "its extension is none of " + known);
+    }
+    const fs::path target = targetOf(path);
+    std::error_code error;
+    if (fs::is_directory(target, error)) {
+        refuse(path, "it is a folder");
+    }
+    const fs::path folder = target.parent_path();
+    if (!fs::is_directory(folder, error)) {
+        refuse(path, "there is no folder " + inQuotes(folder.string()));
+    }
+    // A new file appears beside an old one before it takes its place, so the folder's permission is what counts.
+    if (::access(folder.c_str(), W_OK | X_OK) != 0) {
+        refuse(path, "folder " + inQuotes(folder.string()) + ": " + std::strerror(errno));
+    }
+}
+
+const ImageModel& ImageInputs::read(const fs::path& path) {
+    auto& image = m_images[targetOf(path)];
+    if (image == nullptr) {
+        image = loadImage(path);
+    }
+    return *image;
+}
+
+void ImageOutputs::add(const std::string& property, const fs::path& path, std::unique_ptr<io::MemoryImage> image) {
+    checkCanWrite(path);
+    for (const auto& entry : m_entries) {
+        if (targetOf(entry.path) == targetOf(path)) {
+            throw Failure(WRONG_USAGE,
+                          entry.property + " and " + property + " go to the same file " + inQuotes(path.string()));
+        }
+    }
+    m_entries.push_back({property, path, std::move(image)});
+}
+
+}  // namespace rix::cli

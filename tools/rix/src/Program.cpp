@@ -1,0 +1,124 @@
+#include "Program.h"
+
+#include <csignal>
+#include <cstdio>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <rix/Library.h>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Interrupts.h"
+#include "Output.h"
+#include "Suggestions.h"
+
+namespace rix::cli {
+namespace {
+
+constexpr const char* exitCodesHelp =
+    "Exit codes:\n"
+    "  0 done, 1 the run failed, 2 wrong usage, 3 refused by a rule, 4 an input can't be read,\n"
+    "  5 an output can't be written, 130 interrupted\n"
+    "\n"
+    "Example:\n"
+    "  rix demo";
+
+struct LibraryInUse {
+    LibraryInUse() { rix::init(); }
+    ~LibraryInUse() { rix::finish(); }
+    LibraryInUse(const LibraryInUse&) = delete;
+    LibraryInUse& operator=(const LibraryInUse&) = delete;
+};
+
+/// Asked before the arguments are parsed: their mistakes are reported as objects, too.
+bool wantsJson(const std::vector<std::string>& arguments) {
+    for (const auto& argument : arguments) {
+        if (argument == "--json" || argument == "--") {
+            return argument == "--json";
+        }
+    }
+    return false;
+}
+
+/// CLI11 only says that an unknown command is one word too many.
+void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string>& arguments) {
+    if (arguments.empty() || arguments.front().starts_with('-')) {
+        return;
+    }
+    std::vector<std::string> names;
+    for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
+        if (command->get_name() == arguments.front()) {
+            return;
+        }
+        names.push_back(command->get_name());
+    }
+    throw Failure(WRONG_USAGE, "there is no command " + inQuotes(arguments.front()) + " ('rix --help' names all)",
+                  suggest(arguments.front(), names));
+}
+
+int parseAndRun(const std::vector<std::string>& arguments) {
+    CLI::App program("rix: 2D and 3D image processing on files", "rix");
+    program.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    program.get_formatter()->label("Subcommands", "Commands");
+    program.get_formatter()->label("TEXT", "");
+    Action chosen;
+    addListCommand(program, chosen);
+    addDescribeCommand(program, chosen);
+    addRunCommand(program, chosen);
+    addInfoCommand(program, chosen);
+    addRenderCommand(program, chosen);
+    addDemoCommand(program, chosen);
+    program.set_version_flag("--version", std::string("rix ") + rix::version());
+    program.require_subcommand(1);
+    program.footer(exitCodesHelp);
+
+    refuseUnknownCommand(program, arguments);
+    try {
+        program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // taken from the back
+    } catch (const CLI::Success& request) {                                             // help or version
+        std::ostringstream text;
+        program.exit(request, text, text);
+        std::string lines = text.str();
+        lines += lines.ends_with('\n') ? "" : "\n";
+        writeData(lines);
+        return DONE;
+    } catch (const CLI::ParseError& error) {
+        throw Failure(WRONG_USAGE, error.what());
+    }
+    const LibraryInUse library;
+    return chosen();
+}
+
+}  // namespace
+
+int runProgram(int argc, const char* const* argv) noexcept {
+    bool json = false;
+    try {
+        const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+        json = wantsJson(arguments);
+        // A reader that goes away shows as a failed write, which is no reason to die.
+        std::signal(SIGPIPE, SIG_IGN);
+        // Nor is a limit on the size of files: the write that meets it fails.
+        std::signal(SIGXFSZ, SIG_IGN);
+        const Interrupts interrupts;
+        return parseAndRun(arguments);
+    } catch (...) {
+        try {
+            auto failure = failureOfCurrentException();
+            const auto replace = nlohmann::json::error_handler_t::replace;
+            writeMessage(json ? toJson(failure).dump(-1, ' ', false, replace) + '\n' : toText(failure));
+            return failure.exitCode();
+        } catch (...) {
+            std::fputs("rix: not enough memory to report a failure\n", stderr);
+            return RUN_FAILED;
+        }
+    }
+}
+
+}  // namespace rix::cli

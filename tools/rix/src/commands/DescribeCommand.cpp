@@ -1,0 +1,171 @@
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include "../Algorithms.h"
+#include "../Commands.h"
+#include "../Output.h"
+
+namespace rix::cli {
+namespace {
+
+struct Options {
+    std::string className;
+    bool json = false;
+};
+
+/// What a user has to know of a property.
+struct PropertyFacts {
+    explicit PropertyFacts(const BaseProperty& property)
+        : name(property.getName()),
+          direction(directionOf(property)),
+          type(property.getImpl()->describeType()),
+          image(imageRoleOf(property) != ImageRole::None),
+          rules(property.getImpl()->describeRules()),
+          description(property.getDescription()) {
+        if (!image && direction != "out") {
+            defaultValue = valueToText(property);
+        }
+        if (const EnumInfo* enumeration = enumerationOf(property)) {
+            labels = labelsOf(*enumeration);
+        }
+    }
+
+    std::string name;
+    std::string direction;
+    std::string type;
+    bool image;
+    std::optional<std::string> defaultValue;
+    std::vector<std::string> labels;
+    std::vector<std::string> rules;
+    std::string description;
+};
+
+std::string join(const std::vector<std::string>& texts, const char* separator) {
+    std::string joined;
+    for (const auto& text : texts) {
+        joined += (joined.empty() ? "" : separator) + text;
+    }
+    return joined;
+}
+
+/// A command line with every property: files for images, defaults for values.
+std::string exampleLine(const std::string& className, const std::vector<PropertyFacts>& properties) {
+    std::string line = "rix run " + className;
+    for (const auto& property : properties) {
+        if (property.image) {
+            line += ' ' + property.name + '=' + property.name + ".tif";
+        } else if (property.defaultValue && !property.defaultValue->empty()) {
+            line += ' ' + property.name + '=' + *property.defaultValue;
+        }
+    }
+    return line;
+}
+
+std::string toText(const PropertyFacts& property) {
+    std::string text = property.name + "  (" + property.direction + ", " + property.type + ")\n";
+    TextTable details;
+    if (!property.description.empty()) {
+        text += "      " + property.description + '\n';
+    }
+    if (property.defaultValue) {
+        details.add({"default:", property.defaultValue->empty() ? "''" : *property.defaultValue});
+    }
+    if (!property.labels.empty()) {
+        details.add({"values:", join(property.labels, ", ")});
+    }
+    if (!property.rules.empty()) {
+        details.add({"rules:", join(property.rules, "; ")});
+    }
+    return "  " + text + details.toText("      ");
+}
+
+nlohmann::json toJson(const PropertyFacts& property) {
+    nlohmann::json value = {{"name", property.name},   {"direction", property.direction},
+                            {"type", property.type},   {"image", property.image},
+                            {"default", nullptr},      {"labels", property.labels},
+                            {"rules", property.rules}, {"description", property.description}};
+    if (property.defaultValue) {
+        value["default"] = *property.defaultValue;
+    }
+    return value;
+}
+
+/// "1 before and 2 after in columns, ...", or nothing when no neighbour has a part in the result.
+std::string reachOf(const BorderInfluence& influence) {
+    constexpr std::array<const char*, 3> axes{"columns", "rows", "planes"};
+    std::vector<std::string> reaches;
+    for (std::size_t i = 0; i < axes.size(); ++i) {
+        if (influence.lower[i] != 0 || influence.upper[i] != 0) {
+            reaches.push_back(std::to_string(influence.lower[i]) + " before and " + std::to_string(influence.upper[i]) +
+                              " after along " + axes[i]);
+        }
+    }
+    return join(reaches, ", ");
+}
+
+int runDescribe(const Options& options) {
+    const AlgoInfo& info = findClass(options.className);
+    const auto algorithm = createAlgorithm(info);
+    const AlgorithmDescription description = algorithm->describe();
+    std::vector<PropertyFacts> properties;
+    for (const BaseProperty* property : listProperties(*algorithm)) {
+        properties.emplace_back(*property);
+    }
+    const std::string example = exampleLine(info.getName(), properties);
+    const auto levels = supportedLevels(*algorithm);
+    if (options.json) {
+        nlohmann::json list = nlohmann::json::array();
+        for (const auto& property : properties) {
+            list.push_back(toJson(property));
+        }
+        const auto& influence = description.borderInfluence;
+        writeJson(nlohmann::json{{"name", info.getName()},
+                                 {"area", areaOf(*algorithm)},
+                                 {"library", info.getLibName()},
+                                 {"summary", description.summary},
+                                 {"kind", algorithmKindToString(description.kind)},
+                                 {"inPlace", description.inPlace},
+                                 {"borderInfluence", {{"lower", influence.lower}, {"upper", influence.upper}}},
+                                 {"levels", levels},
+                                 {"deprecatedSince", info.getDeprecationVersion()},
+                                 {"properties", list},
+                                 {"example", example}});
+        return DONE;
+    }
+    TextTable facts;
+    facts.add({"area:", areaOf(*algorithm)});
+    facts.add({"kind:", algorithmKindToString(description.kind) + (description.inPlace ? ", may work in place" : "")});
+    if (const std::string reach = reachOf(description.borderInfluence); !reach.empty()) {
+        facts.add({"reach:", reach});
+    }
+    facts.add({"levels:", join(levels, ", ")});
+    if (!info.getDeprecationVersion().empty()) {
+        facts.add({"deprecated:", "since " + info.getDeprecationVersion()});
+    }
+    std::string text = info.getName() + "\n  " + description.summary + "\n\n" + facts.toText("  ") + "\nProperties:\n";
+    for (const auto& property : properties) {
+        text += toText(property);
+    }
+    writeData(text + "\nExample:\n  " + example + '\n');
+    return DONE;
+}
+
+}  // namespace
+
+void addDescribeCommand(CLI::App& program, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand(
+        "describe", "Describe an algorithm: its properties with types, defaults, labels and rules");
+    command->add_option("CLASS", options->className, "Name of the algorithm, as 'rix list' shows it")->required();
+    command->add_flag("--json", options->json, "Print a JSON object");
+    command->footer("Example:\n  rix describe ThresholdingByCriterion");
+    command->callback([&chosen, options] { chosen = [options] { return runDescribe(*options); }; });
+}
+
+}  // namespace rix::cli

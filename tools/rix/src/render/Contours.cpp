@@ -1,0 +1,34 @@
+#include "Contours.h"
+
+#include <string>
+
+#include "../Failure.h"
+
+namespace rix::cli {
+namespace {
+
+bool isOnContour(const LabelSlice& labels, std::size_t x, std::size_t y) {
+    const auto label = labels.at(x, y);
+    return (x > 0 && labels.at(x - 1, y) != label) || (x + 1 < labels.width && labels.at(x + 1, y) != label) ||
+           (y > 0 && labels.at(x, y - 1) != label) || (y + 1 < labels.height && labels.at(x, y + 1) != label);
+}
+
+}  // namespace
+
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf) {
+    if (picture.width() != labels.width || picture.height() != labels.height) {
+        throw Failure(WRONG_USAGE, "the labels have " + std::to_string(labels.width) + " x " +
+                                       std::to_string(labels.height) + " pixels, the base has " +
+                                       std::to_string(picture.width()) + " x " + std::to_string(picture.height()));
+    }
+    for (std::size_t y = 0; y < labels.height; ++y) {
+        Colour* row = picture.row(y);
+        for (std::size_t x = 0; x < labels.width; ++x) {
+            if (labels.at(x, y) != 0 && isOnContour(labels, x, y)) {
+                row[x] = colourOf(labels.at(x, y));
+            }
+        }
+    }
+}
+
+}  // namespace rix::cli

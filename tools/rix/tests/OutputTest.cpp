@@ -1,0 +1,74 @@
+#include "Output.h"
+
+#include <limits>
+#include <new>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "Failure.h"
+#include "Progress.h"
+
+namespace rix::cli {
+namespace {
+
+TEST(Output, tablesAlignTheirColumns) {
+    TextTable table({"name", "n"});
+    table.add({"a long one", "1"});
+    table.add({"b", ""});
+    EXPECT_EQ(table.toText("  "), "  name        n\n  a long one  1\n  b\n");
+}
+
+TEST(Output, numbersReadBackExactly) {
+    EXPECT_EQ(numberToText(0.1), "0.1");
+    EXPECT_EQ(std::stod(numberToText(1.0 / 3)), 1.0 / 3);
+    EXPECT_EQ(numberToText(-std::numeric_limits<double>::quiet_NaN()), "nan");
+    EXPECT_EQ(numberToJson(2.5), nlohmann::json(2.5));
+    EXPECT_EQ(numberToJson(-std::numeric_limits<double>::infinity()), "-inf");
+}
+
+TEST(Output, textFromOutsideCannotSteerTheTerminal) {
+    EXPECT_EQ(inQuotes("a\x1b[2Jb\n"), "'a?[2Jb?'");
+}
+
+TEST(Progress, lineFitsAndStaysBelowFullUntilTheEnd) {
+    EXPECT_EQ(progressLine(0, "", 80), "[" + std::string(30, ' ') + "]   0 %");
+    EXPECT_EQ(progressLine(1, "labels", 80), "[" + std::string(30, '#') + "] 100 %  labels");
+    EXPECT_NE(progressLine(0.999, "", 80).find(" 99 %"), std::string::npos);
+    EXPECT_EQ(progressLine(0.5, "a message that is too long", 40).size(), 40U);
+    EXPECT_EQ(progressLine(std::numeric_limits<double>::quiet_NaN(), "", 80), progressLine(0, "", 80));
+    EXPECT_EQ(progressLine(7, "", 80), progressLine(1, "", 80));
+}
+
+template <class E>
+Failure failureOf(const E& exception) {
+    try {
+        throw exception;
+    } catch (...) {
+        return failureOfCurrentException();
+    }
+}
+
+TEST(Failure, takesTheExitCodeFromTheException) {
+    EXPECT_EQ(failureOf(RuleException("x")).exitCode(), REFUSED_BY_RULE);
+    EXPECT_EQ(failureOf(UserCancelException("x")).exitCode(), INTERRUPTED);
+    EXPECT_EQ(failureOf(RunForException("x")).exitCode(), RUN_FAILED);
+    EXPECT_EQ(failureOf(std::bad_alloc()).exitCode(), RUN_FAILED);
+    EXPECT_EQ(failureOf(7).exitCode(), RUN_FAILED);
+    EXPECT_EQ(failureOf(Failure(UNREADABLE_INPUT, "x")).exitCode(), UNREADABLE_INPUT);
+}
+
+TEST(Failure, tellsAllLevelsFromTheOutsideIn) {
+    RuleException exception("cause");
+    exception.addInfoLevel("outside");
+    const auto failure = failureOf(exception);
+    EXPECT_EQ(toText(failure), "rix: outside\n  cause\n");
+    const auto json = toJson(failure)["error"];
+    EXPECT_EQ(json["code"], 3);
+    EXPECT_EQ(json["message"], "outside");
+    EXPECT_EQ(json["levels"], (std::vector<std::string>{"outside", "cause"}));
+    EXPECT_EQ(toText(Failure(2, "no", {"a", "b", "c"})), "rix: no\n  did you mean a, b or c?\n");
+}
+
+}  // namespace
+}  // namespace rix::cli

@@ -1,0 +1,120 @@
+// What the built program tells and shows of images, and what its help promises.
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "ProgramFixture.h"
+#include "render/LabelColours.h"
+
+namespace rix::cli {
+namespace {
+
+TEST_F(ProgramTest, infoTellsTypesCalibrationAndStatistics) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    auto image = makeImage<float>({2, 1, 2, 2, 1}, {1, 2, 3, nan, -5, 6, 7, 8});
+    ASSERT_TRUE(image.setSpacingOf(COLUMNS, 0.25));
+    ASSERT_TRUE(image.setSpacingOf(ROWS, 0.25));
+    ASSERT_TRUE(image.setSpacingOf(PLANS, 0.5));
+    ASSERT_TRUE(image.setSpacingOf(SEQUENCE, 2));
+    ASSERT_TRUE(image.setSpatialUnitName("micron"));
+    io::writeImage(folder() / "five.tif", image);
+
+    const auto object = nlohmann::json::parse(rix({"info", "five.tif", "--json"}).output);
+    EXPECT_EQ(object["voxelType"], "float32");
+    EXPECT_EQ(object["interpretation"], "value");
+    EXPECT_EQ(object["axes"][2]["size"], 2);
+    EXPECT_EQ(object["axes"][2]["spacing"], 0.5);
+    EXPECT_EQ(object["axes"][0]["unit"], "micron");
+    EXPECT_EQ(object["axes"][3]["size"], 2);
+    const auto& statistics = object["statistics"];
+    EXPECT_EQ(statistics["samples"], 8);
+    EXPECT_EQ(statistics["notANumber"], 1);
+    EXPECT_EQ(statistics["minimum"], -5);
+    EXPECT_EQ(statistics["maximum"], 8);
+    EXPECT_DOUBLE_EQ(statistics["mean"].get<double>(), 22.0 / 7);
+    const auto text = rix({"info", "five.tif"}).output;
+    for (const char* part : {"scalar float32", "planes    2", "not a number:  1", "minimum:       -5", "micron"}) {
+        EXPECT_NE(text.find(part), std::string::npos) << part << " not in\n" << text;
+    }
+
+    io::writeImage(folder() / "complex.tif", makeImage<std::complex<double>>({2, 1, 1, 1, 1}, {{3, -4}, {0, 0}}));
+    const auto complex = nlohmann::json::parse(rix({"info", "complex.tif", "--json"}).output);
+    EXPECT_EQ(complex["statistics"]["of"], "magnitude");
+    EXPECT_EQ(complex["statistics"]["maximum"], 5);
+}
+
+TEST_F(ProgramTest, rendersLabelsAloneAndOverAPhotograph) {
+    auto labels = makeImage<std::uint16_t>({4, 3, 1, 1, 1}, {1, 1, 1, 0, 1, 1, 1, 0, 1, 1, 1, 700});
+    ASSERT_TRUE(labels.setInterpretation(RIX_LABEL));
+    io::writeImage(folder() / "labels.tif", labels);
+    std::vector<std::uint8_t> ramp(12);
+    for (std::size_t i = 0; i < ramp.size(); ++i) {
+        ramp[i] = static_cast<std::uint8_t>(100 + i);
+    }
+    io::writeImage(folder() / "base.tif", makeImage<std::uint8_t>({4, 3, 1, 1, 1}, ramp));
+    const auto pixel = [&](const char* name, std::size_t column, std::size_t row) {
+        const auto picture = io::readImage(folder() / name);
+        EXPECT_EQ(picture->getNumOf(SPECTRAL_SERIES), 3U);
+        const auto* first = picture->getImageBuffer() + row * 4 + column;
+        return Colour{first[0], first[12], first[24]};
+    };
+
+    ASSERT_EQ(rix({"render", "labels.tif", "labels.png"}).exitCode, 0);
+    EXPECT_EQ(pixel("labels.png", 0, 0), labelColour(1));
+    EXPECT_EQ(pixel("labels.png", 3, 0), grey(0));
+    EXPECT_EQ(pixel("labels.png", 3, 2), labelColour(700));
+
+    ASSERT_EQ(rix({"render", "labels.tif", "over.png", "--over", "base.tif"}).exitCode, 0);
+    EXPECT_EQ(pixel("over.png", 0, 0), grey(0));  // inside label 1: the darkest of the base
+    EXPECT_EQ(pixel("over.png", 2, 0), labelColour(1));
+    EXPECT_EQ(pixel("over.png", 3, 1), grey(162));  // background: 7 of 11 steps
+    EXPECT_EQ(pixel("over.png", 3, 2), labelColour(700));
+}
+
+TEST_F(ProgramTest, demoSeparatesTheCoins) {
+    const auto ending = rix({"demo", "results/today"});
+    ASSERT_EQ(ending.exitCode, 0) << ending.messages;
+    EXPECT_NE(ending.output.find("results/today/coins-binary.tif"), std::string::npos) << ending.output;
+    EXPECT_NE(ending.output.find("results/today/coins-side-by-side.png"), std::string::npos) << ending.output;
+    const auto info = nlohmann::json::parse(rix({"info", "results/today/coins-binary.tif", "--json"}).output);
+    EXPECT_EQ(info["interpretation"], "binary");
+    EXPECT_EQ(info["statistics"]["maximum"], 1);
+    // The coins cover between a quarter and a half of the photograph.
+    EXPECT_GT(info["statistics"]["mean"], 0.25);
+    EXPECT_LT(info["statistics"]["mean"], 0.5);
+    const auto picture = io::readImageInfo(folder() / "results/today/coins-side-by-side.png");
+    EXPECT_EQ(picture.extents[COLUMNS], 2U * 384U + 8U);
+    EXPECT_EQ(picture.extents[ROWS], 303U);
+}
+
+TEST_F(ProgramTest, examplesOfTheHelpWorkAsTheyStand) {
+    std::filesystem::create_directory_symlink(RIX_EXAMPLES, folder() / "examples");
+    EXPECT_EQ(rix({"--version"}).output.rfind("rix ", 0), 0U);
+    for (const char* command : {"", "list", "describe", "run", "info", "render", "demo"}) {
+        std::vector<std::string> arguments{"--help"};
+        if (*command != '\0') {
+            arguments.insert(arguments.begin(), command);
+        }
+        const auto help = rix(arguments);
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_EQ(help.messages, "");
+        const auto start = help.output.find("Example:\n  rix ");
+        ASSERT_NE(start, std::string::npos) << help.output;
+        std::istringstream words(help.output.substr(start + std::strlen("Example:\n  rix ")));
+        arguments.clear();
+        for (std::string word; words >> word;) {
+            arguments.push_back(word);
+        }
+        const auto ending = rix(arguments);
+        EXPECT_EQ(ending.exitCode, 0) << testing::PrintToString(arguments) << '\n' << ending.messages;
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder() / "coins-binary.tif"));
+    EXPECT_TRUE(std::filesystem::exists(folder() / "cell-view.png"));
+}
+
+}  // namespace
+}  // namespace rix::cli
