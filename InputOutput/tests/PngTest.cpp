@@ -83,7 +83,7 @@ TEST(Png, RefusesWhatItCannotHoldAndNamesTheFormatsThatCan) {
         const char* reason;
         bool tiff;
     };
-    for (const Case& c : {Case{RIX_FLOAT32, {2, 2, 1, 1, 1}, {}, "samples of type float32, only uint8 and uint16", true},
+    for (const Case& c : {Case{RIX_FLOAT32, {2, 2, 1, 1, 1}, {}, "type float32, only uint8 and uint16", true},
                           Case{RIX_INT8, {2, 2, 1, 1, 1}, {}, "samples of type int8", true},
                           Case{RIX_UINT8, {2, 2, 3, 1, 1}, {}, "more than one plane", true},
                           Case{RIX_UINT8, {2, 2, 1, 3, 1}, {}, "more than one plane", true},

@@ -64,6 +64,7 @@ inline std::string contentOf(const std::filesystem::path& path) {
 }
 
 inline void putContent(const std::filesystem::path& path, const std::string& content) {
+    std::filesystem::remove(path);  // file systems that flush rewritten files make thousands of them slow
     std::ofstream stream(path, std::ios::binary | std::ios::trunc);
     stream.write(content.data(), static_cast<std::streamsize>(content.size()));
 }

@@ -119,7 +119,7 @@ TEST(WritingFailures, TargetsThatCannotBe) {
     };
     for (const Case& c : {Case{"folder.tif", "This is a folder"}, Case{"pipe.png", "not a regular file"},
                           Case{"missing/image.tif", "' does not exist."},
-                          Case{"image", "no extension that tells the format. Known are TIFF (.tif, .tiff), PNG (.png)."},
+                          Case{"image", "no extension that tells the format. Known are TIFF (.tif, .tiff), PNG (.png)"},
                           Case{"image.jpg", "'.jpg' stands for no format that is known. Known are TIFF (.tif, .tiff)"},
                           Case{"image.tif.", "The extension '.' stands for no format"}}) {
         const std::string text = textOf<WritingError>([&] { writeImage(folder / c.name, image); });
@@ -136,7 +136,8 @@ TEST(WritingFailures, OptionsAndElementsThatTiffCannotHold) {
     EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "image.tif", vectors); }),
                 HasSubstr("TIFF cannot hold elements of type 3-Vector, only scalars. No other format can hold it."));
     const MemoryImage image = randomImage(RIX_UINT8, {4, 4, 1, 1, 1});
-    for (const auto& [columns, rows] : {std::pair{16, 0}, std::pair{0, 16}, std::pair{17, 16}, std::pair{16, 1 << 20}}) {
+    for (const auto& [columns, rows] :
+         {std::pair{16, 0}, std::pair{0, 16}, std::pair{17, 16}, std::pair{16, 1 << 20}}) {
         const WriteOptions options{.tileColumns = static_cast<std::size_t>(columns),
                                    .tileRows = static_cast<std::size_t>(rows)};
         EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "image.tif", image, options); }),

@@ -76,17 +76,18 @@ RIX_EXPORT std::vector<ImageFormat> getImageFormats();
 /// Samples. Types are kept. Unsigned TIFF samples of 2 to 15 bits keep their values in the next larger of uint8 and
 /// uint16; PNG greys of 2 and 4 bits are scaled to 0..255, as that format defines. Images of 1 bit become uint8 with
 /// the values 0 and 1 and the interpretation binary; 1 is the bright side. Where zero means white, unsigned values are
-/// turned over, so that larger is brighter. Palettes are expanded to RGB. Three channels of colour have the colour
+/// turned over, so that larger is brighter (for other types that is not defined, they are left). Palettes are expanded to RGB. Three channels of colour have the colour
 /// interpretation `RGB`; opacity follows them as a fourth channel (with grey: as a second), values untouched. Gamma
 /// and colour profiles are not applied.
 ///
 /// Calibration. From the ImageJ description, the resolution of the file (in millimetres where that is per inch, metre
 /// or centimetre) and, exactly, from what `writeImage` has noted. Spacing is 1 where the file has none.
 ///
-/// Files are taken as hostile. Before anything is allocated for them, the promised samples are compared with what the
-/// file's own size can hold: all bytes without compression, at most 2560 times them with LZW, 1032 with deflate, 64
-/// with PackBits, 2048 with JPEG, 16384 with LZMA, 32768 with Zstandard and 65536 with the fax codes. Other
-/// compressions are refused. A damaged or truncated file is refused as a whole.
+/// Files are taken as hostile. Before anything is allocated for them, the promised samples, as stored, are compared
+/// with what the file's own size can hold: its bytes without compression, at most 2560 times them with LZW, 1032 with
+/// deflate, 64 with PackBits, 2048 with JPEG, 16384 with LZMA, 32768 with Zstandard and 65536 with the fax codes;
+/// unpacking bits and palettes makes at most 48 times that. Other compressions are refused. A damaged or truncated
+/// file is refused as a whole.
 ///
 /// @throws LoadingError the file is missing, no regular file, unreadable, damaged, of an unknown format or of a kind
 ///         that is not supported. The first level says what is wrong, the outermost names the file.
