@@ -1,8 +1,12 @@
 #include <rix/access/BlockScheduler.h>
 
 #include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
 #include <numeric>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include <tbb/blocked_range.h>
@@ -27,6 +31,7 @@ void ExecutionContext::throwIfCancelled() const {
 
 namespace {
 
+#ifndef __SANITIZE_THREAD__
 using Range = tbb::blocked_range<std::size_t>;
 
 /// Gives oneTBB's reduction the shape that it expects of a body.
@@ -60,6 +65,7 @@ public:
         }
     }
 };
+#endif
 
 /// The same tree of halvings as oneTBB's simple partitioner builds, walked on one thread.
 void reduceInOrder(std::size_t first, std::size_t last, std::size_t grain, ReductionBody& body) {
@@ -116,10 +122,68 @@ void collectLeaves(std::size_t first, std::size_t last, std::size_t grain, Reduc
     joins.push_back({&body, std::move(right)});  // after those of its parts
 }
 
+/// Reduces along the tree of halvings: all leaves through `forEach` of a scheduler, then the joins in order.
+void reduceLeaves(BlockScheduler& scheduler, std::size_t count, std::size_t grain, ReductionBody& body) {
+    if (count == 0) {
+        return;
+    }
+    std::vector<Leaf> leaves;
+    std::vector<Join> joins;
+    collectLeaves(0, count, grain, body, leaves, joins);
+    scheduler.forEach(leaves.size(), [&](std::size_t i) { leaves[i].body->process(leaves[i].first, leaves[i].last); });
+    for (Join& join : joins) {
+        join.left->join(*join.right);
+    }
+}
+
+#ifdef __SANITIZE_THREAD__
+/// Stands in for oneTBB under the thread sanitizer. The sanitizer does not see how oneTBB, which is not instrumented,
+/// orders its threads, and would report every hand-over of a task as a race; to silence oneTBB's frames would silence
+/// our bodies too, which always run below them. Plain threads make every report a true one.
+class PlainThreadScheduler : public BlockScheduler {
+public:
+    void forEach(std::size_t count, FunctionRef<void(std::size_t)> block) override {
+        std::atomic<std::size_t> next{0};
+        std::mutex mutex;
+        std::exception_ptr failure;
+        const auto work = [&] {
+            try {
+                for (std::size_t i = next++; i < count; i = next++) {
+                    block(i);
+                }
+            } catch (...) {
+                const std::lock_guard lock(mutex);
+                failure = std::current_exception();
+                next = count;
+            }
+        };
+        std::vector<std::thread> threads;
+        for (std::size_t t = 1; t < std::min<std::size_t>(count, 4); ++t) {
+            threads.emplace_back(work);
+        }
+        work();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        if (failure != nullptr) {
+            std::rethrow_exception(failure);
+        }
+    }
+
+    void reduce(std::size_t count, std::size_t grain, ReductionBody& body) override {
+        reduceLeaves(*this, count, grain, body);
+    }
+};
+#endif
+
 }  // namespace
 
 BlockScheduler& parallelScheduler() {
+#ifdef __SANITIZE_THREAD__
+    static PlainThreadScheduler scheduler;
+#else
     static ParallelScheduler scheduler;
+#endif
     return scheduler;
 }
 
@@ -139,16 +203,7 @@ void ShuffledScheduler::forEach(std::size_t count, FunctionRef<void(std::size_t)
 }
 
 void ShuffledScheduler::reduce(std::size_t count, std::size_t grain, ReductionBody& body) {
-    if (count == 0) {
-        return;
-    }
-    std::vector<Leaf> leaves;
-    std::vector<Join> joins;
-    collectLeaves(0, count, grain, body, leaves, joins);
-    forEach(leaves.size(), [&](std::size_t i) { leaves[i].body->process(leaves[i].first, leaves[i].last); });
-    for (Join& join : joins) {
-        join.left->join(*join.right);
-    }
+    reduceLeaves(*this, count, grain, body);
 }
 
 }  // namespace rix::access
