@@ -7,7 +7,7 @@ core=$1
 
 # From the bottom up. Plain values (containers, matrices, kernels) are what properties hold; devices say what the
 # processor can. Properties and images know each other's declarations and share a level.
-declare -A level=([exceptions]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [devices]=1 [properties]=2 [image]=2
+declare -A level=([exceptions]=0 [settings]=1 [simd]=1 [container]=1 [math]=1 [kernel]=1 [devices]=1 [properties]=2 [image]=2
   [rules]=3 [access]=4 [algorithms]=5)
 # Files that belong to another layer than their folder says.
 declare -A moved=(
