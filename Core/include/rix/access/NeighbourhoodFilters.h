@@ -16,7 +16,11 @@ namespace rix::access {
 template <class In, class Out, class RowFunction>
 void transformNeighbourhoods(ExecutionContext& context, const ImageModel& input, const BorderCondition<In>& border,
                              ImageModel& output, const NeighbourhoodWork& work, const RowFunction& row) {
-    const NeighbourhoodPlan plan({&input}, {&output}, work);
+    NeighbourhoodWork converted = work;
+    if (work.heldBytesPerVoxel == 0) {
+        converted.heldBytesPerVoxel = sizeof(In) * helper::getElementNumber(input.getElementType());
+    }
+    const NeighbourhoodPlan plan({&input}, {&output}, converted);
     forEachBlock(context, plan, [&](const NeighbourhoodBlock& block) {
         RowCache<In> window(input, border, block, work.reach);
         RowWriter<Out> out(output);
