@@ -50,6 +50,10 @@ constexpr std::array<Reader, 1> readers{readValue};
 
 }  // namespace
 
+void ResultObjects::create(const BaseAlgorithm& /*algorithm*/) {
+    m_objects.clear();
+}
+
 std::vector<Result> readResults(const BaseAlgorithm& algorithm) {
     std::vector<Result> results;
     for (const BaseProperty* property : listProperties(algorithm)) {

@@ -7,9 +7,7 @@
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
-#include "../render/Contours.h"
-#include "../render/LabelColours.h"
-#include "../render/Slice.h"
+#include "../render/View.h"
 
 namespace rix::cli {
 namespace {
@@ -21,23 +19,11 @@ struct Options {
     SliceChoice slice;
 };
 
-/// The outlines of a label or binary image over another image.
-Picture renderOver(const ImageModel& labels, const ImageModel& base, const SliceChoice& choice) {
-    Picture picture = renderSlice(base, matchingSlice(labels, base, choice));
-    if (labels.getInterpretation() == RIX_BINARY) {
-        constexpr Colour yellow{255, 220, 0};  // rare in photographs, and seen on dark and on light
-        drawContours(picture, readLabelSlice(labels, choice), [](std::uint32_t) { return yellow; });
-    } else {
-        drawContours(picture, readLabelSlice(labels, choice), labelColour);
-    }
-    return picture;
-}
-
 int runRender(const Options& options) {
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
-    const Picture picture = options.basePath.empty() ? renderSlice(*image, options.slice)
-                                                     : renderOver(*image, *loadImage(options.basePath), options.slice);
+    const auto base = options.basePath.empty() ? nullptr : loadImage(options.basePath);
+    const Picture picture = renderView(*image, base.get(), options.slice);
     saveImage(options.picturePath, toImage(picture));
     writeMessage("written to " + options.picturePath + " (" + std::to_string(picture.width()) + " x " +
                  std::to_string(picture.height()) + ")\n");
