@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <rix/algorithms/ModuleList.h>
+#include <rix/point_operations/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
 namespace rix::algorithms {
@@ -14,6 +15,7 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
             list.insert(list.end(), module.begin(), module.end());
         };
         append(segmentation::moduleAlgorithms());
+        append(point_operations::moduleAlgorithms());
         return list;
     }();
     return accessors;

@@ -15,5 +15,11 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/point_operations/ArithmeticOperationWithImage.h>
+#include <rix/point_operations/ArithmeticOperationWithValue.h>
+#include <rix/point_operations/ConvertImage.h>
+#include <rix/point_operations/LogicalOperationWithImage.h>
+#include <rix/point_operations/LogicalOperationWithValue.h>
+#include <rix/point_operations/MaskImage.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>
