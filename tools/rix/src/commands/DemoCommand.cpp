@@ -8,6 +8,7 @@
 #include "../Commands.h"
 #include "../Failure.h"
 #include "../Output.h"
+#include "../recipe/Kitchen.h"
 #include "../recipe/RunRecipe.h"
 
 namespace rix::cli {
@@ -53,9 +54,10 @@ int runDemo(const Options& options) {
     recipe.parameters = {{"photograph", photograph.string()}, {"folder", folder.string()}};
     recipe.record = folder / "coins-record.json";
     recipe.progress = chooseProgressDisplay(true);
+    readHeader(photograph);  // before there is a folder
     makeFolder(folder);
-    writeData("recipe  " + recipe.recipe.string() + '\n');
     runRecipe(recipe);
+    writeData("recipe  " + recipe.recipe.string() + '\n');
     return DONE;
 }
 

@@ -22,6 +22,8 @@ public:
     void freeInternalBuffer() override { m_rawData = nullptr; }
 };
 
+}  // namespace
+
 std::unique_ptr<io::MemoryImage> readHeader(const std::filesystem::path& path) {
     io::ImageFileInfo info;
     try {
@@ -38,8 +40,6 @@ std::unique_ptr<io::MemoryImage> readHeader(const std::filesystem::path& path) {
     image->setColorInterpretation(info.colorInterpretation);
     return image;
 }
-
-}  // namespace
 
 io::MemoryImage& Pantry::input(const std::string& text) {
     const auto found = m_images.find(text);

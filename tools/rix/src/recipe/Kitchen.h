@@ -51,6 +51,9 @@ struct PreparedRun {
 /// @throws Failure: wrong usage, unreadable input.
 PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry);
 
+/// An image without samples that has the header of an image file. @throws Failure (unreadable input).
+std::unique_ptr<io::MemoryImage> readHeader(const std::filesystem::path& path);
+
 /// Goes through the recipe with images that have a header but no samples: every name, value, type and rule that does
 /// not depend on samples is checked, every file that is read is looked into, every place that is written to is tried.
 /// @throws Failure naming the step.
