@@ -15,5 +15,7 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/segmentation/Labeling2d.h>
+#include <rix/segmentation/Labeling3d.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>
