@@ -21,5 +21,7 @@
 #include <rix/point_operations/LogicalOperationWithImage.h>
 #include <rix/point_operations/LogicalOperationWithValue.h>
 #include <rix/point_operations/MaskImage.h>
+#include <rix/segmentation/Labeling2d.h>
+#include <rix/segmentation/Labeling3d.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>
