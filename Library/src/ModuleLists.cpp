@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <rix/algorithms/ModuleList.h>
+#include <rix/filtering/smoothing/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
 namespace rix::algorithms {
@@ -13,6 +14,7 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
         const auto append = [&list](std::span<const AlgoInfoAccessor> module) {
             list.insert(list.end(), module.begin(), module.end());
         };
+        append(filtering::smoothing::moduleAlgorithms());
         append(segmentation::moduleAlgorithms());
         return list;
     }();
