@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <rix/algorithms/ModuleList.h>
+#include <rix/filtering/smoothing/Algorithms.h>
 #include <rix/point_operations/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
@@ -14,8 +15,9 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
         const auto append = [&list](std::span<const AlgoInfoAccessor> module) {
             list.insert(list.end(), module.begin(), module.end());
         };
-        append(segmentation::moduleAlgorithms());
         append(point_operations::moduleAlgorithms());
+        append(filtering::smoothing::moduleAlgorithms());
+        append(segmentation::moduleAlgorithms());
         return list;
     }();
     return accessors;

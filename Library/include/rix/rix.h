@@ -8,6 +8,8 @@
 #include <rix/algorithms/ObjectInfo.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/filtering/smoothing/BoxFilter2d.h>
+#include <rix/filtering/smoothing/BoxFilter3d.h>
 #include <rix/image/ImageCalibration.h>
 #include <rix/image/ImageModel.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
