@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <rix/algorithms/ModuleList.h>
+#include <rix/analysis/Algorithms.h>
 #include <rix/point_operations/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
@@ -14,11 +15,16 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
         const auto append = [&list](std::span<const AlgoInfoAccessor> module) {
             list.insert(list.end(), module.begin(), module.end());
         };
+        append(analysis::moduleAlgorithms());
         append(segmentation::moduleAlgorithms());
         append(point_operations::moduleAlgorithms());
         return list;
     }();
     return accessors;
+}
+
+std::span<const ObjectInfoAccessor> libraryObjects() {
+    return analysis::moduleObjects();
 }
 
 }  // namespace rix::algorithms
