@@ -1,5 +1,7 @@
 #include <rix/segmentation/Algorithms.h>
 
+#include <rix/segmentation/AutoThresholdingBright.h>
+#include <rix/segmentation/AutoThresholdingDark.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 
 namespace rix::segmentation {
@@ -7,6 +9,8 @@ namespace rix::segmentation {
 std::span<const algorithms::AlgoInfoAccessor> moduleAlgorithms() {
     static constexpr algorithms::AlgoInfoAccessor accessors[] = {
         &ThresholdingByCriterion::getInfo,
+        &AutoThresholdingBright::getInfo,
+        &AutoThresholdingDark::getInfo,
     };
     return accessors;
 }

@@ -6,6 +6,8 @@
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/algorithms/ObjectInfo.h>
+#include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/analysis/IntensityExtrema.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageCalibration.h>
@@ -15,11 +17,14 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/point_operations/ArithmeticOperationWithImage.h>
 #include <rix/point_operations/ArithmeticOperationWithValue.h>
 #include <rix/point_operations/ConvertImage.h>
 #include <rix/point_operations/LogicalOperationWithImage.h>
 #include <rix/point_operations/LogicalOperationWithValue.h>
 #include <rix/point_operations/MaskImage.h>
+#include <rix/segmentation/AutoThresholdingBright.h>
+#include <rix/segmentation/AutoThresholdingDark.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>
