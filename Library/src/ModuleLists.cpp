@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <rix/algorithms/ModuleList.h>
+#include <rix/analysis/Algorithms.h>
 #include <rix/filtering/smoothing/Algorithms.h>
 #include <rix/point_operations/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
@@ -17,10 +18,15 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
         };
         append(point_operations::moduleAlgorithms());
         append(filtering::smoothing::moduleAlgorithms());
+        append(analysis::moduleAlgorithms());
         append(segmentation::moduleAlgorithms());
         return list;
     }();
     return accessors;
+}
+
+std::span<const ObjectInfoAccessor> libraryObjects() {
+    return analysis::moduleObjects();
 }
 
 }  // namespace rix::algorithms

@@ -6,6 +6,8 @@
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/algorithms/ObjectInfo.h>
+#include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/analysis/IntensityExtrema.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
@@ -17,12 +19,15 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/point_operations/ArithmeticOperationWithImage.h>
 #include <rix/point_operations/ArithmeticOperationWithValue.h>
 #include <rix/point_operations/ConvertImage.h>
 #include <rix/point_operations/LogicalOperationWithImage.h>
 #include <rix/point_operations/LogicalOperationWithValue.h>
 #include <rix/point_operations/MaskImage.h>
+#include <rix/segmentation/AutoThresholdingBright.h>
+#include <rix/segmentation/AutoThresholdingDark.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/segmentation/Labeling3d.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
