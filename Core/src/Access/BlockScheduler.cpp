@@ -13,6 +13,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/parallel_reduce.h>
 #include <tbb/partitioner.h>
+#include <tbb/task_group.h>
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/exceptions/Exception.h>
@@ -48,20 +49,27 @@ private:
     ReductionBody* m_body;
 };
 
+/// Its groups of tasks are isolated: were they part of a group of the application that is cancelled meanwhile, oneTBB
+/// would leave blocks out without a word.
 class ParallelScheduler : public BlockScheduler {
 public:
     void forEach(std::size_t count, FunctionRef<void(std::size_t)> block) override {
-        tbb::parallel_for(Range(0, count), [block](const Range& range) {
-            for (std::size_t i = range.begin(); i != range.end(); ++i) {
-                block(i);
-            }
-        });
+        tbb::task_group_context own(tbb::task_group_context::isolated);
+        tbb::parallel_for(
+            Range(0, count),
+            [block](const Range& range) {
+                for (std::size_t i = range.begin(); i != range.end(); ++i) {
+                    block(i);
+                }
+            },
+            tbb::auto_partitioner(), own);
     }
 
     void reduce(std::size_t count, std::size_t grain, ReductionBody& body) override {
         if (count > 0) {
             TbbReduction reduction(body);
-            tbb::parallel_deterministic_reduce(Range(0, count, grain), reduction, tbb::simple_partitioner());
+            tbb::task_group_context own(tbb::task_group_context::isolated);
+            tbb::parallel_deterministic_reduce(Range(0, count, grain), reduction, tbb::simple_partitioner(), own);
         }
     }
 };
