@@ -60,6 +60,8 @@ struct FirstAfter {
 /// Finds the contacts of two rows of nodes. Wherever nodes A and B touch, a bit of the contact mask lies after both
 /// their first bits and before those of any other node; of several such bits the first is kept. Counting first bits up
 /// to it gives the numbers of A and B.
+/// @param use called for each word with the names of the nodes before those that start in it, the first bits of either
+///        row, and the contacts
 template <class Node, Contact kind, class Use>
 HWY_INLINE void walkContacts(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words, Use&& use) {
     constexpr bool pairs = kind != Contact::Straight;
@@ -96,11 +98,7 @@ HWY_INLINE void walkContacts(const NodeRow<Node>& earlier, const NodeRow<Node>& 
             contacts = firstAfter(starts, (longer[0](et[i]) & longer[1](lt[i])) | (longer[2](eb[i]) & longer[3](lb[i])) |
                                               (et[i] & lb[i]) | (eb[i] & lt[i]));
         }
-        while (contacts != 0) {
-            const Word upTo = contacts ^ (contacts - 1);
-            contacts &= contacts - 1;
-            use(static_cast<Node>(earlierName + bitCount(es & upTo)), static_cast<Node>(laterName + bitCount(ls & upTo)));
-        }
+        use(earlierName, laterName, es, ls, contacts);
         earlierName = static_cast<Node>(earlierName + bitCount(es));
         laterName = static_cast<Node>(laterName + bitCount(ls));
     }
@@ -130,16 +128,52 @@ HWY_INLINE void join(Node* entries, Node a, Node b) {
     }
 }
 
+/// Calls `use` for every contact with the names of the two nodes.
+template <class Node, class Use>
+HWY_INLINE void forEachContact(Node earlierName, Node laterName, Word earlierStarts, Word laterStarts, Word contacts,
+                               Use&& use) {
+    while (contacts != 0) {
+        const Word upTo = contacts ^ (contacts - 1);
+        contacts &= contacts - 1;
+        use(static_cast<Node>(earlierName + bitCount(earlierStarts & upTo)),
+            static_cast<Node>(laterName + bitCount(laterStarts & upTo)));
+    }
+}
+
 template <class Node, Contact kind>
 void joinRows(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words, Node* entries) {
-    walkContacts<Node, kind>(earlier, later, words, [entries](Node a, Node b) { join(entries, a, b); });
+    walkContacts<Node, kind>(earlier, later, words, [entries](Node e, Node l, Word es, Word ls, Word contacts) {
+        forEachContact(e, l, es, ls, contacts, [entries](Node a, Node b) { join(entries, a, b); });
+    });
+}
+
+/// Most contacts are the first ones of their later nodes, which then just take over the parent: nothing to compare, no
+/// branch that the processor could guess wrong.
+template <class Node, Contact kind>
+void joinFreshRows(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words, Node* entries) {
+    FirstAfter firstOfLater;
+    walkContacts<Node, kind>(earlier, later, words, [&](Node e, Node l, Word es, Word ls, Word contacts) {
+        const Word firsts = firstOfLater(ls, contacts);
+        if (((es ^ ls) | (es ^ contacts)) == 0) {
+            // Node after node starts below its one neighbour, as in stripes; or nothing starts here.
+            const auto count = static_cast<Node>(bitCount(es));
+            for (Node i = 1; i <= count; ++i) {
+                entries[static_cast<Node>(l + i)] = entries[static_cast<Node>(e + i)];
+            }
+            return;
+        }
+        forEachContact(e, l, es, ls, firsts, [entries](Node a, Node b) { entries[b] = entries[a]; });
+        forEachContact(e, l, es, ls, contacts ^ firsts, [entries](Node a, Node b) { join(entries, a, b); });
+    });
 }
 
 template <class Node, Contact kind>
 std::size_t listRows(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words,
                      NodePair<Node>* pairs) {
     std::size_t count = 0;
-    walkContacts<Node, kind>(earlier, later, words, [&](Node a, Node b) { pairs[count++] = {a, b}; });
+    walkContacts<Node, kind>(earlier, later, words, [&](Node e, Node l, Word es, Word ls, Word contacts) {
+        forEachContact(e, l, es, ls, contacts, [&](Node a, Node b) { pairs[count++] = {a, b}; });
+    });
     return count;
 }
 
@@ -196,6 +230,9 @@ const ContactKernels<Node>& kernels() {
         {&joinRows<Node, C::Straight>, &joinRows<Node, C::Oblique>, &joinRows<Node, C::AboveOblique>,
          &joinRows<Node, C::AboveStraight>, &joinRows<Node, C::BelowOblique>, &joinRows<Node, C::BelowStraight>,
          &joinRows<Node, C::BesideEdges>},
+        {&joinFreshRows<Node, C::Straight>, &joinFreshRows<Node, C::Oblique>, &joinFreshRows<Node, C::AboveOblique>,
+         &joinFreshRows<Node, C::AboveStraight>, &joinFreshRows<Node, C::BelowOblique>,
+         &joinFreshRows<Node, C::BelowStraight>, &joinFreshRows<Node, C::BesideEdges>},
         {&listRows<Node, C::Straight>, &listRows<Node, C::Oblique>, &listRows<Node, C::AboveOblique>,
          &listRows<Node, C::AboveStraight>, &listRows<Node, C::BelowOblique>, &listRows<Node, C::BelowStraight>,
          &listRows<Node, C::BesideEdges>},

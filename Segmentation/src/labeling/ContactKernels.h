@@ -34,6 +34,9 @@ struct ContactKernels {
     /// @param entries indexed by the nodes' names
     void (*join[contactKinds])(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words,
                                Node* entries);
+    /// The same, where no node of the later row has been joined with an earlier one yet.
+    void (*joinFresh[contactKinds])(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words,
+                                    Node* entries);
     /// Writes every two nodes that touch, each pair once, and returns their number: fewer than the rows have nodes.
     std::size_t (*list[contactKinds])(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words,
                                       NodePair<Node>* pairs);

@@ -90,7 +90,7 @@ std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry)
     packImage(loop, table, task.input, task.level, 0.5);
     table.makeNodes(chooseNodeRows(table, task.tuning));
     joinNodes(loop, table, task.level, 0.5);
-    const std::uint64_t labels = countSets(loop, table);
+    const std::uint64_t labels = countSets(table);
     const int labelType = decideLabelType(task, loop, table, labels);
     retypeOutput(task.output, labelVoxelTypes[labelType]);
     labelRoots(loop, table, task.level);

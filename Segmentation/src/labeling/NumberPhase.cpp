@@ -5,23 +5,13 @@
 #include <vector>
 
 #include "labeling/ContactKernels.h"
+#include "labeling/NodeKernels.h"
 #include "labeling/PackKernels.h"
 
 namespace rix::segmentation {
 
 template <class Node>
-std::uint64_t countSets(const BandLoop& loop, RunTable<Node>& table) {
-    loop.forEach(table.bandCount(), [&](std::size_t i) {
-        auto& band = table.band(i);
-        const Node* const entries = table.entries(band.volume);
-        const Node first = RunTable<Node>::nameOf(band.firstNode);
-        const auto end = static_cast<Node>(first + band.nodeCount);
-        std::size_t roots = 0;
-        for (Node node = first; node != end; ++node) {
-            roots += entries[node] == node ? 1 : 0;
-        }
-        band.roots = roots;
-    });
+std::uint64_t countSets(RunTable<Node>& table) {
     std::uint64_t largest = 0;
     std::uint64_t inVolume = 0;
     for (std::size_t i = 0; i < table.bandCount(); ++i) {
@@ -39,6 +29,7 @@ std::uint64_t countSets(const BandLoop& loop, RunTable<Node>& table) {
 template <class Node>
 void labelRoots(const BandLoop& loop, RunTable<Node>& table, OptimLevelType level) {
     const ContactKernels<Node>& kernels = contactKernels<Node>(level);
+    const NodeKernels<Node>& nodes = nodeKernels<Node>(level);
     loop.forEach(table.bandCount(), [&](std::size_t i) {
         const auto& band = table.band(i);
         Node* const entries = table.entries(band.volume);
@@ -46,11 +37,7 @@ void labelRoots(const BandLoop& loop, RunTable<Node>& table, OptimLevelType leve
         const auto end = static_cast<Node>(first + band.nodeCount);
         auto label = static_cast<Node>(band.firstLabel);
         if (table.nodeRows() == NodeRows::Single) {
-            for (Node node = first; node != end; ++node) {
-                const Node entry = entries[node];
-                label = static_cast<Node>(label + (entry == node ? 1 : 0));
-                entries[node] = entry == node ? label : entry;
-            }
+            nodes.labelRoots(entries, first, end, label);
             return;
         }
         const std::size_t firstRow = band.firstRow / 2;
@@ -61,7 +48,10 @@ void labelRoots(const BandLoop& loop, RunTable<Node>& table, OptimLevelType leve
                 const bool lastOfPlane = row + 1 == lastRow;
                 const Node rowEnd =
                     last ? end : table.row(band, lastOfPlane ? plane + 1 : plane, lastOfPlane ? firstRow : row + 1).name;
-                label = kernels.labelRootsOfPairs(table.row(band, plane, row), rowEnd, table.words(), entries, label);
+                const NodeRow<Node> nodeRow = table.row(band, plane, row);
+                if (nodes.countRoots(entries, nodeRow.name, rowEnd) != 0) {
+                    label = kernels.labelRootsOfPairs(nodeRow, rowEnd, table.words(), entries, label);
+                }
             }
         }
     });
@@ -179,8 +169,8 @@ bool opensMoreLabelsThan(const BandLoop& loop, const RunTable<Node>& table, Opti
     return exceeded;
 }
 
-template std::uint64_t countSets<std::uint32_t>(const BandLoop&, RunTable<std::uint32_t>&);
-template std::uint64_t countSets<std::uint64_t>(const BandLoop&, RunTable<std::uint64_t>&);
+template std::uint64_t countSets<std::uint32_t>(RunTable<std::uint32_t>&);
+template std::uint64_t countSets<std::uint64_t>(RunTable<std::uint64_t>&);
 template void labelRoots<std::uint32_t>(const BandLoop&, RunTable<std::uint32_t>&, OptimLevelType);
 template void labelRoots<std::uint64_t>(const BandLoop&, RunTable<std::uint64_t>&, OptimLevelType);
 template bool opensMoreLabelsThan<std::uint32_t>(const BandLoop&, const RunTable<std::uint32_t>&, OptimLevelType,

@@ -9,10 +9,10 @@
 
 namespace rix::segmentation {
 
-/// Counts the sets of every volume and notes for each band how many of its volume's come before it.
+/// Notes for each band how many sets of its volume begin before it.
 /// @return the largest number of sets of a volume
 template <class Node>
-std::uint64_t countSets(const BandLoop& loop, RunTable<Node>& table);
+std::uint64_t countSets(RunTable<Node>& table);
 
 /// Replaces the entries of roots by their labels: 1, 2, ... in the raster order of the sets' first pixels.
 template <class Node>

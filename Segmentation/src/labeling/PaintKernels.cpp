@@ -2,37 +2,13 @@
 
 #include <cstring>
 
+#include "labeling/LabelRanks.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "labeling/PaintKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
-
-#ifndef RIX_LABEL_RANKS
-#define RIX_LABEL_RANKS
-namespace rix::segmentation {
-
-/// For each byte of first bits: how many of them lie at or before each of the eight places.
-struct LabelRanks {
-    std::uint8_t upTo[256][8];
-};
-
-constexpr LabelRanks makeLabelRanks() {
-    LabelRanks ranks{};
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        std::uint8_t count = 0;
-        for (unsigned i = 0; i < 8; ++i) {
-            count = static_cast<std::uint8_t>(count + ((byte >> i) & 1U));
-            ranks.upTo[byte][i] = count;
-        }
-    }
-    return ranks;
-}
-
-alignas(64) inline constexpr LabelRanks labelRanks = makeLabelRanks();
-
-}  // namespace rix::segmentation
-#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::segmentation::HWY_NAMESPACE {
@@ -66,6 +42,32 @@ static inline std::size_t bitCount(Word word) {
 // The labels of the pixels of one vector are consecutive: one load from the label of the node that goes on from before
 // the vector (at most half as many nodes begin in it as it has lanes), put in place by the counts of first bits.
 
+#if HWY_TARGET == HWY_AVX3
+
+/// 16 pixels.
+template <class T, HWY_IF_LANE_SIZE(T, 4)>
+HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
+    const hn::ScalableTag<T> d;
+    const hn::CappedTag<std::uint8_t, 16> d8;
+    const hn::Half<decltype(d8)> half;
+    for (std::size_t i = 0; i < 64; i += 16) {
+        const std::size_t passed = bitCount(starts & ((Word{1} << i) - 1));
+        const auto labels = hn::LoadU(d, before + passed);
+        const Word firstByte = (starts >> i) & 0xFF;
+        const auto inFirst = hn::Set(half, labelRanks.upTo[firstByte][7]);
+        const auto low = hn::LoadU(half, labelRanks.upTo[firstByte]);
+        const auto high = hn::Add(hn::LoadU(half, labelRanks.upTo[(starts >> (i + 8)) & 0xFF]), inFirst);
+        const auto ranks = hn::PromoteTo(d, hn::Combine(d8, high, low));
+        const auto placed = hn::TableLookupLanes(labels, hn::IndicesFromVec(d, ranks));
+        const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
+        std::uint8_t bits[8];
+        std::memcpy(bits, &part, 2);
+        hn::StoreU(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+    }
+}
+
+#else
+
 /// 8 pixels, or 4 where vectors are short.
 template <class T, HWY_IF_LANE_SIZE(T, 4)>
 HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
@@ -82,6 +84,8 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         hn::StoreU(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
+
+#endif
 
 /// 8 pixels; the two bytes of a label move together.
 template <class T, HWY_IF_LANE_SIZE(T, 2)>

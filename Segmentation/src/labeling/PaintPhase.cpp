@@ -1,10 +1,9 @@
 #include "labeling/PaintPhase.h"
 
-#include <atomic>
-
 #include <rix/access/Rows.h>
 
 #include "labeling/LinePosition.h"
+#include "labeling/NodeKernels.h"
 #include "labeling/PaintKernels.h"
 
 namespace rix::segmentation {
@@ -13,23 +12,6 @@ namespace {
 
 /// Rows of nodes with this many voxels are painted between two looks at a request to cancel.
 constexpr std::size_t voxelsBetweenLooks = std::size_t{1} << 20;
-
-/// Finds the labels of consecutive nodes. The entries of roots are labels already; every other node follows, in its band,
-/// the node that its entry names, or names a root.
-///
-/// Roots are read by other bands at the same time and stored again unchanged, which is cheaper than to test for them:
-/// hence the atomic accesses, which cost nothing.
-template <class Node, class T>
-void resolveNodes(Node* entries, Node first, Node end, T* labels) {
-    for (Node node = first; node != end; ++node) {
-        std::atomic_ref<Node> own(entries[node]);
-        const Node entry = own.load(std::memory_order_relaxed);
-        const Node source = entry < firstNodeName<Node> ? node : entry;
-        const Node label = std::atomic_ref<Node>(entries[source]).load(std::memory_order_relaxed);
-        own.store(label, std::memory_order_relaxed);
-        *labels++ = static_cast<T>(label);
-    }
-}
 
 }  // namespace
 
@@ -40,6 +22,7 @@ void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output
     const access::PointPlan plan({&output}, 1.0);
     const LinePosition position(output, plan);
     const PaintRow<T> paint = paintRow<T>(level);
+    const ResolveNodes<Node, T> resolve = resolveNodes<Node, T>(level);
     loop.forEach(table.bandCount(), [&](std::size_t i) {
         const auto& band = table.band(i);
         Node* const entries = table.entries(band.volume);
@@ -58,7 +41,7 @@ void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output
                     endsBand ? bandEnd
                              : table.row(band, endsPlane ? plane + 1 : plane, (endsPlane ? band.firstRow : y + step) / step)
                                    .name;
-                resolveNodes(entries, row.name, end, labels);
+                resolve(entries, row.name, end, labels);
                 for (std::size_t part = 0; part < step && y + part < band.lastRow; ++part) {
                     const access::RowSegment segment = position.of(plane * geometry.rows + y + part);
                     T* const out = writer.open(segment);

@@ -1,9 +1,11 @@
 #include "labeling/UnionPhase.h"
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
 #include "labeling/ContactKernels.h"
+#include "labeling/NodeKernels.h"
 #include "labeling/PackKernels.h"
 
 namespace rix::segmentation {
@@ -93,9 +95,9 @@ void numberPairRows(RunTable<Node>& table, std::size_t bandIndex, const CountKer
 }
 
 template <class Node>
-void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t bandIndex,
-                    const ContactKernels<Node>& kernels) {
-    const auto& band = table.band(bandIndex);
+void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t bandIndex, OptimLevelType level) {
+    const ContactKernels<Node>& kernels = contactKernels<Node>(level);
+    auto& band = table.band(bandIndex);
     const BandRows<Node> rows(table, bandIndex);
     const auto earlierRowsOf = earlierRows(table.geometry().connectivity, table.nodeRows());
     Node* const entries = table.entries(band.volume);
@@ -109,10 +111,13 @@ void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t ban
     for (std::size_t plane = band.firstPlane; plane < band.lastPlane; ++plane) {
         for (std::size_t row = rows.firstRow(); row < rows.lastRow(); ++row) {
             const NodeRow<Node> later = table.row(band, plane, row);
+            bool fresh = true;
             for (const EarlierRow& step : earlierRowsOf) {
                 if (rows.exists(plane, row, step) && rows.isInside(plane, row, step)) {
                     const NodeRow<Node> earlier = table.row(band, shifted(plane, step.plane), shifted(row, step.row));
-                    kernels.join[static_cast<std::size_t>(step.contact)](earlier, later, table.words(), entries);
+                    const auto& join = fresh ? kernels.joinFresh : kernels.join;
+                    join[static_cast<std::size_t>(step.contact)](earlier, later, table.words(), entries);
+                    fresh = false;
                 }
             }
             if (++rowsDone % rowsBetweenLooks == 0) {
@@ -120,6 +125,7 @@ void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t ban
             }
         }
     }
+    band.roots = nodeKernels<Node>(level).countRoots(entries, first, end);  // while they are in the cache
 }
 
 /// Joins sets across the seam before a band. Only roots of bands get a parent in another band; they are kept in the
@@ -127,9 +133,9 @@ void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t ban
 template <class Node>
 class Seam {
 public:
-    Seam(RunTable<Node>& table, std::size_t bandIndex) : m_table(table), m_bandIndex(bandIndex) {}
-
-    std::size_t bandIndex() const { return m_bandIndex; }
+    /// @param reach the number of bands to either side that are joined by then, where there are so many
+    Seam(RunTable<Node>& table, std::size_t bandIndex, std::size_t reach)
+        : m_table(table), m_bandIndex(bandIndex), m_reach(reach) {}
 
     void join(const ContactKernels<Node>& kernels) {
         const auto& band = m_table.band(m_bandIndex);
@@ -167,6 +173,7 @@ public:
         Node* const entries = m_table.entries(m_table.band(m_bandIndex).volume);
         for (auto root = m_joined.rbegin(); root != m_joined.rend(); ++root) {
             entries[*root] = entries[entries[*root]];
+            --bandOf(*root).roots;
         }
     }
 
@@ -210,8 +217,30 @@ private:
         m_joined.push_back(larger);
     }
 
+    /// The band of a node among those that the seam joins.
+    auto& bandOf(Node node) {
+        std::size_t index = m_bandIndex;
+        if (node < RunTable<Node>::nameOf(m_table.band(index).firstNode)) {
+            // Of the bands before, the last one that begins at the node or before it.
+            std::size_t first = m_bandIndex - m_reach;
+            for (std::size_t last = m_bandIndex - 1; first < last;) {
+                const std::size_t middle = last - (last - first) / 2;
+                const bool isBefore = node < RunTable<Node>::nameOf(m_table.band(middle).firstNode);
+                first = isBefore ? first : middle;
+                last = isBefore ? middle - 1 : last;
+            }
+            index = first;
+        } else {
+            while (node >= RunTable<Node>::nameOf(m_table.band(index).firstNode + m_table.band(index).nodeCount)) {
+                ++index;
+            }
+        }
+        return m_table.band(index);
+    }
+
     RunTable<Node>& m_table;
     std::size_t m_bandIndex;
+    std::size_t m_reach;
     std::vector<Node> m_joined;
 };
 
@@ -233,7 +262,7 @@ std::vector<std::vector<Seam<Node>>> seamTree(RunTable<Node>& table) {
         if (levels.size() <= level) {
             levels.resize(level + 1);
         }
-        levels[level].emplace_back(table, i);
+        levels[level].emplace_back(table, i, std::size_t{1} << level);
     }
     return levels;
 }
@@ -247,7 +276,7 @@ void joinNodes(const BandLoop& loop, RunTable<Node>& table, OptimLevelType level
         if (table.nodeRows() == NodeRows::Pairs) {
             numberPairRows(table, i, countKernels(level));
         }
-        joinInsideBand(loop, table, i, kernels);
+        joinInsideBand(loop, table, i, level);
         const auto voxels = static_cast<double>(table.band(i).lineCount() * table.geometry().columns);
         loop.context().blockDone(workOfVoxel * voxels);
     });
