@@ -27,19 +27,19 @@ struct BoxReference {
     std::array<std::size_t, 3> size;
     Beyond beyond = Beyond::Mirror;
 
-    /// How often the window of index `i` holds each index of an axis.
-    std::vector<std::int64_t> weights(std::size_t axis, std::size_t extent, std::size_t i) const {
-        std::vector<std::int64_t> times(extent, 0);
+    /// The indices of an axis that the window of index `i` holds, each as often as it does.
+    std::vector<std::size_t> members(std::size_t axis, std::size_t extent, std::size_t i) const {
+        std::vector<std::size_t> indices;
         const auto n = static_cast<std::int64_t>(extent);
         const auto first = static_cast<std::int64_t>(i) - static_cast<std::int64_t>(size[axis] / 2);
         for (std::int64_t c = first; c < first + static_cast<std::int64_t>(size[axis]); ++c) {
             std::int64_t position = (c < 0 ? -c - 1 : c) % (2 * n);
             position = position < n ? position : 2 * n - 1 - position;
             if (beyond == Beyond::Mirror || position == c) {
-                ++times[static_cast<std::size_t>(position)];
+                indices.push_back(static_cast<std::size_t>(position));
             }
         }
-        return times;
+        return indices;
     }
 
     /// One axis at a time: exact sums may be taken in any order.
@@ -48,14 +48,11 @@ struct BoxReference {
         const std::size_t step = axis == 0 ? 1 : axis == 1 ? n[0] : n[0] * n[1];
         std::vector<E> out(in.size(), E{0});
         for (std::size_t i = 0; i < n[axis]; ++i) {
-            const std::vector<std::int64_t> times = weights(axis, n[axis], i);
-            for (std::size_t v = 0; v < in.size(); ++v) {
-                if (v / step % n[axis] != i) {
-                    continue;
-                }
-                for (std::size_t j = 0; j < n[axis]; ++j) {
-                    if (times[j] != 0) {
-                        out[v] += static_cast<E>(times[j]) * in[v - i * step + j * step];
+            const std::vector<std::size_t> indices = members(axis, n[axis], i);
+            for (std::size_t block = 0; block < in.size(); block += step * n[axis]) {
+                for (std::size_t v = block; v < block + step; ++v) {
+                    for (const std::size_t j : indices) {
+                        out[v + i * step] += in[v + j * step];
                     }
                 }
             }
