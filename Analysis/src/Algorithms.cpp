@@ -3,14 +3,11 @@
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/analysis/IntensityExtrema.h>
 
-#include "CountedExtrema.h"
-
 namespace rix::analysis {
 
 std::span<const algorithms::AlgoInfoAccessor> moduleAlgorithms() {
     static constexpr algorithms::AlgoInfoAccessor accessors[] = {
         &IntensityExtrema::getInfo,
-        &CountedExtrema::getInfo,
         &AutoThresholdingValue::getInfo,
     };
     return accessors;

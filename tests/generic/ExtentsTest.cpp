@@ -57,7 +57,9 @@ TEST_P(AnyExtents, WorkOrAreRefusedByName) {
         Results results;
         const Outcome outcome = runOn(shaped, Storage::Memory, results);
         if (!outcome.succeeded) {
-            EXPECT_EQ(outcome.exceptionClass, "RuleException") << outcome.text();
+            // What only the voxels can tell (an image that is all alike, say) is no matter of a rule.
+            EXPECT_TRUE(outcome.exceptionClass == "RuleException" || outcome.exceptionClass == "InvalidCall")
+                << outcome.text();
             EXPECT_TRUE(namesAProperty(outcome, *algorithm)) << outcome.text();
             continue;
         }

@@ -31,7 +31,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {2, "--frobnicate", {"list", "--frobnicate"}},
         {2, "CLASS is required", {"describe"}},
         {2, "did you mean Sample?", {"describe", "sampel"}},
-        {2, "did you mean ThresholdingByCriterion?", {"run", "Thresholding"}},
+        {2, "did you mean ThresholdingByCriterion?", {"run", "ThresholdingByCriterio"}},
         {2, "did you mean inputImage?", {"run", "Sample", "inputimage=in.png"}},
         {2, "did you mean WAIT?", {"run", "Sample", "inputImage=in.png", "behaviour=WIAT"}},
         {2, "RUN_OUT_OF_MEMORY", {"run", "Sample", "behaviour=17"}},
