@@ -9,14 +9,9 @@
 #include <rix/properties/EnumInfo.h>
 #include <rix/settings/Settings.h>
 
+#include "Access/BlockCut.h"
+
 namespace rix::access {
-
-namespace {
-
-/// No block works longer than this, so that a cancellation is seen soon.
-constexpr double longestBlockNanoseconds = 2.0e7;
-/// Lines are cut on columns only into pieces at least this long: shorter ones defeat the prefetcher.
-constexpr std::size_t shortestPiece = 4096;
 
 PartitionMode partitionModeOfSettings() {
     const String text = globalSettings().getValue("RIX_PARTITIONER_MODE");
@@ -27,12 +22,6 @@ PartitionMode partitionModeOfSettings() {
     const int value = globalSettings().getValueAsInt32("RIX_PARTITIONER_MODE", RIX_PARTITION_DEFAULT);
     return info.exists(value) ? static_cast<PartitionMode>(value) : RIX_PARTITION_DEFAULT;
 }
-
-std::size_t ceilDivide(std::size_t a, std::size_t b) {
-    return a / b + (a % b != 0 ? 1 : 0);
-}
-
-}  // namespace
 
 const EnumInfo& getInfoPartitionMode() {
     static const EnumInfo info("PartitionMode",
@@ -62,9 +51,9 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
     m_joined = voxels > 0;
     for (const ImageModel* image : images) {
         if (helper::getExtents(*image) != m_extents) {
-            throw UnexpectedError("The images of a point operation have different sizes: " +
-                                  helper::describeImage(**images.begin()) + " and " + helper::describeImage(*image) +
-                                  '.');
+            throw UnexpectedError(
+                "The images of a point operation have different sizes: " + helper::describeImage(**images.begin()) +
+                " and " + helper::describeImage(*image) + '.');
         }
         bytesPerVoxel += helper::getElementSize(*image);
         m_joined = m_joined && image->getImageBuffer() != nullptr;
@@ -78,10 +67,10 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
     const double cost = std::max(nanosecondsPerVoxel, 1e-3);
     m_small = static_cast<double>(voxels) * cost < smallWorkNanoseconds;
 
-    const auto blockVoxels = static_cast<std::size_t>(
-        std::clamp(std::min(static_cast<double>(blockBytes) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
-                            longestBlockNanoseconds / cost),
-                   1.0, 1e9));
+    const auto blockVoxels = static_cast<std::size_t>(std::clamp(
+        std::min(static_cast<double>(blockBytes) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
+                 longestBlockNanoseconds / cost),
+        1.0, 1e9));
     const bool cutsColumns = mode != RIX_PARTITION_ONLY_ROWS || m_joined;
     const bool cutsLines = mode != RIX_PARTITION_ONLY_COLUMNS;
     const std::size_t blocks = ceilDivide(voxels, blockVoxels);
@@ -89,9 +78,8 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
         m_lineParts = 1;
         m_columnParts = std::min(blocks, ceilDivide(m_columns, shortestPiece));
     } else {
-        m_columnParts = cutsColumns && m_columns > blockVoxels
-                            ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece))
-                            : 1;
+        m_columnParts =
+            cutsColumns && m_columns > blockVoxels ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece)) : 1;
         m_lineParts = std::min(m_lines, ceilDivide(blocks, m_columnParts));
     }
 }
@@ -117,23 +105,30 @@ RowSegment PointPlan::segmentOf(std::size_t line, const PointBlock& block) const
     return segment;
 }
 
-void forEachBlock(ExecutionContext& context, const PointPlan& plan, FunctionRef<void(const PointBlock&)> body) {
+void runBlocks(ExecutionContext& context, const BlockRun& run, FunctionRef<double(std::size_t)> block) {
     const auto runBlock = [&](std::size_t index) {
         context.throwIfCancelled();
-        const PointBlock block = plan.block(index);
-        body(block);
-        context.blockDone(static_cast<double>(block.lastLine - block.firstLine) *
-                          static_cast<double>(block.lastColumn - block.firstColumn));
+        context.blockDone(block(index));
     };
-    context.startStep(static_cast<double>(plan.voxelCount()));
-    if (plan.isSmall()) {
-        for (std::size_t i = 0; i < plan.blockCount(); ++i) {
+    context.startStep(run.work);
+    if (run.small) {
+        for (std::size_t i = 0; i < run.blockCount; ++i) {
             runBlock(i);
         }
     } else {
-        context.scheduler().forEach(plan.blockCount(), runBlock);
+        context.scheduler().forEach(run.blockCount, runBlock);
     }
     context.throwIfCancelled();
+}
+
+void forEachBlock(ExecutionContext& context, const PointPlan& plan, FunctionRef<void(const PointBlock&)> body) {
+    const BlockRun run{plan.blockCount(), static_cast<double>(plan.voxelCount()), plan.isSmall()};
+    runBlocks(context, run, [&](std::size_t index) {
+        const PointBlock block = plan.block(index);
+        body(block);
+        return static_cast<double>(block.lastLine - block.firstLine) *
+               static_cast<double>(block.lastColumn - block.firstColumn);
+    });
 }
 
 }  // namespace rix::access

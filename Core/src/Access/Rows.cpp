@@ -16,4 +16,14 @@ void throwRowError(const char* operation, const ImageModel& image, const RowSegm
     throw error;
 }
 
+detail::RowLayout detail::rowLayoutOf(const ImageModel& image) {
+    const RowLayout layout{image.getVoxelType(), helper::getElementNumber(image.getElementType()),
+                           helper::getElementSize(image)};
+    if (layout.elementSize == 0) {
+        throw InvalidCall("The rows of image " + helper::describeImage(image) +
+                          " cannot be accessed: its elements have no known type.");
+    }
+    return layout;
+}
+
 }  // namespace rix::access

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <new>
 #include <string>
 
 #include <rix/exceptions/Exception.h>
+
+#include "Image/BufferAllocation.h"
 
 namespace rix::access {
 
@@ -13,9 +16,19 @@ namespace {
 
 constexpr std::align_val_t scratchAlignment{64};
 constexpr std::size_t granularity = 4096;
-/// A store keeps at most this many buffers, none larger than `largestKept`: a thread's idle memory is bounded.
+#ifdef __SANITIZE_ADDRESS__
+// The sanitizer's allocator ends the program for sizes that it does not support instead of throwing.
+constexpr std::size_t largestAllocation = std::size_t{1} << 38;
+#else
+constexpr std::size_t largestAllocation = static_cast<std::size_t>(PTRDIFF_MAX) - granularity;
+#endif
+/// A store keeps at most this many buffers: a thread's idle memory is bounded.
 constexpr std::size_t keptBuffers = 16;
-constexpr std::size_t largestKept = std::size_t{4} << 20;
+
+/// Big buffers don't go through a thread's store: they wait for reuse where those of images do, on huge pages.
+constexpr bool isBig(std::size_t capacity) {
+    return capacity >= buffer::hugePageSize;
+}
 
 /// The free buffers of one thread.
 class ThreadStore {
@@ -47,7 +60,7 @@ public:
     }
 
     bool give(const Buffer& buffer) {
-        if (m_count == keptBuffers || buffer.capacity > largestKept) {
+        if (m_count == keptBuffers) {
             return false;
         }
         m_free[m_count++] = buffer;
@@ -67,18 +80,21 @@ ThreadStore& threadStore() {
 }  // namespace
 
 Scratch::Scratch(std::size_t bytes) {
-    const ThreadStore::Buffer kept = threadStore().take(bytes);
-    if (kept.data != nullptr) {
-        m_data = kept.data;
-        m_capacity = kept.capacity;
-        return;
-    }
-    const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
-    if (capacity < bytes) {
+    if (bytes > largestAllocation) {
         throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
     }
+    const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
+    if (!isBig(capacity)) {
+        const ThreadStore::Buffer kept = threadStore().take(bytes);
+        if (kept.data != nullptr) {
+            m_data = kept.data;
+            m_capacity = kept.capacity;
+            return;
+        }
+    }
     try {
-        m_data = static_cast<RawData>(::operator new(capacity, scratchAlignment));
+        m_data = static_cast<RawData>(isBig(capacity) ? buffer::allocate(capacity)
+                                                      : ::operator new(capacity, scratchAlignment));
     } catch (const std::bad_alloc&) {
         throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
     }
@@ -86,7 +102,12 @@ Scratch::Scratch(std::size_t bytes) {
 }
 
 Scratch::~Scratch() {
-    if (m_data != nullptr && !threadStore().give({m_data, m_capacity})) {
+    if (m_data == nullptr) {
+        return;
+    }
+    if (isBig(m_capacity)) {
+        buffer::release(m_data, m_capacity);
+    } else if (!threadStore().give({m_data, m_capacity})) {
         ::operator delete(m_data, scratchAlignment);
     }
 }

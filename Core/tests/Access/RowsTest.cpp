@@ -15,54 +15,18 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/MemoryImage.h>
 
+#include "AccessTestTools.h"
+
 namespace rix::access {
 namespace {
 
+using test::CopyOnly;
+using test::imageOf;
 using testing::HasSubstr;
 
-io::MemoryImage imageOf(VoxelTypes type, std::array<std::size_t, 5> n) {
-    io::MemoryImage image;
-    EXPECT_TRUE(image.reserve(type, n[0], n[1], n[2], n[3], n[4]));
-    return image;
-}
-
-/// A memory image that hides its addresses: rows can only be copied, and the n-th access may fail.
-class CopyOnly : public io::MemoryImage {
-public:
-    using MemoryImage::MemoryImage;
-    bool getRowAt(std::size_t, RawData&, std::size_t, std::size_t, std::size_t, std::size_t,
-                  std::size_t) const override {
-        return false;
-    }
-    bool readRowAt(std::size_t n, RawData buffer, std::size_t x, std::size_t y, std::size_t z, std::size_t t,
-                   std::size_t s) const override {
-        ConstRawData row = nullptr;
-        return !fails && address(row, n, x, y, z, t, s) &&
-               std::memcpy(buffer, row, n * m_oneDataSize) != nullptr;
-    }
-    bool writeRowAt(std::size_t n, ConstRawData buffer, std::size_t x, std::size_t y, std::size_t z, std::size_t t,
-                    std::size_t s) override {
-        ConstRawData row = nullptr;
-        return !fails && address(row, n, x, y, z, t, s) &&
-               std::memcpy(const_cast<RawData>(row), buffer, n * m_oneDataSize) != nullptr;
-    }
-    ConstRawData getImageBuffer() const override { return nullptr; }
-    RawData getImageBuffer() override { return nullptr; }
-    bool fails = false;
-
-private:
-    bool address(ConstRawData& row, std::size_t n, std::size_t x, std::size_t y, std::size_t z, std::size_t t,
-                 std::size_t s) const {
-        RawData found = nullptr;
-        const bool inside = MemoryImage::getRowAt(n, found, x, y, z, t, s);
-        row = found;
-        return inside;
-    }
-};
-
 TEST(Plan, CoversEveryVoxelOnceInEveryMode) {
-    const std::array<std::size_t, 5> shapes[] = {{1, 1, 1, 1, 1},  {5, 3, 1, 1, 1},       {700, 900, 1, 1, 1},
-                                                 {3, 70000, 1, 1, 1}, {300000, 2, 1, 1, 1}, {7, 5, 11, 3, 2},
+    const std::array<std::size_t, 5> shapes[] = {{1, 1, 1, 1, 1},      {5, 3, 1, 1, 1},      {700, 900, 1, 1, 1},
+                                                 {3, 70000, 1, 1, 1},  {300000, 2, 1, 1, 1}, {7, 5, 11, 3, 2},
                                                  {1000003, 1, 1, 1, 1}};
     for (const auto& n : shapes) {
         for (const bool joined : {true, false}) {

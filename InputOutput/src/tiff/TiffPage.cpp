@@ -13,7 +13,8 @@ namespace {
 
 // Ratios. LZW: a code of 12 bits stands for a string of at most 3839 bytes. Deflate: 258 bytes in 2 bits, less what
 // tables take. PackBits: 128 bytes in 2. JPEG: 64 samples in a bit, times the subsampling of colour. Zstandard: a run
-// block of 4 bytes stands for 128 KiB. LZMA: as measured on zeros, doubled. A white row costs the fax codes one bit,
+// block of 4 bytes stands for 128 KiB. LZMA has no bound in its format; far above what
+// xz reaches on rows of zeros. A white row costs the fax codes one bit,
 // however long; there the number is a choice, enough for a blank page in print.
 constexpr std::array<TiffCompression, 12> Compressions{{
     {COMPRESSION_NONE, "no compression", 1},

@@ -1,0 +1,237 @@
+#include "Access/CastKernels.h"
+
+#include <complex>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Access/CastKernels.cpp"
+#include <rix/simd/KernelTargets.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::access::HWY_NAMESPACE {
+
+// Plain loops that the compiler turns into the vectors of the pass, but for those that it does badly. Complex samples
+// are pairs of reals here: the standard library's accessors must not be compiled inside a pass.
+template <class Part>
+struct Pair {
+    Part real;
+    Part imaginary;
+};
+
+template <class T>
+inline constexpr bool isPair = false;
+template <class Part>
+inline constexpr bool isPair<Pair<Part>> = true;
+
+/// A real as the integer into which reals are truncated. The value is put into range before it is converted and not
+/// the result afterwards: so the loop has no branch and no conversion that could raise a flag, which the compiler would
+/// have to keep from vectors.
+template <class Integer, class Real>
+inline Integer truncated(Real value) {
+    constexpr Real lowest = static_cast<Real>(Integer{1} << (sizeof(Integer) * 8 - 2)) * Real(-2);
+    return static_cast<Integer>(value > lowest - Real(1) && value < -lowest ? value : lowest);
+}
+
+/// One sample that is no pair.
+template <class To, class From>
+inline To castReal(From value) {
+    if constexpr (std::is_same_v<From, std::uint32_t> && std::is_same_v<To, double>) {
+        // Most vectors convert signed integers only: shifted by 2^31 and back, both exactly.
+        return static_cast<double>(static_cast<std::int32_t>(value ^ 0x80000000u)) + 0x1p31;
+    } else if constexpr (!std::is_floating_point_v<From> || std::is_floating_point_v<To>) {
+        return static_cast<To>(value);
+    } else if constexpr (sizeof(To) == 4 && std::is_unsigned_v<To>) {
+        return static_cast<To>(truncated<std::int64_t>(value));
+    } else {
+        return static_cast<To>(truncated<std::int32_t>(value));
+    }
+}
+
+#if HWY_TARGET <= HWY_AVX2  // the better the target, the smaller its number
+/// Small integers into wider samples. Left to itself the compiler unpacks in several steps, which with AVX2 is slower
+/// than without: here a load widens as far as the sample goes. SSE is better off with the unpacking.
+template <class To, class From>
+inline std::size_t widen(const From* HWY_RESTRICT from, To* HWY_RESTRICT to, std::size_t count) {
+    namespace hn = hwy::HWY_NAMESPACE;
+    const hn::ScalableTag<To> d;
+    const hn::Rebind<From, decltype(d)> dFrom;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto narrow = hn::LoadU(dFrom, from + i);
+        if constexpr (std::is_same_v<To, float>) {
+            hn::StoreU(hn::ConvertTo(d, hn::PromoteTo(hn::RebindToSigned<decltype(d)>(), narrow)), d, to + i);
+        } else if constexpr (std::is_same_v<To, double>) {
+            hn::StoreU(hn::PromoteTo(d, hn::PromoteTo(hn::Rebind<std::int32_t, decltype(d)>(), narrow)), d, to + i);
+        } else if constexpr (std::is_signed_v<From>) {
+            const hn::RebindToSigned<decltype(d)> dSigned;
+            hn::StoreU(hn::BitCast(d, hn::PromoteTo(dSigned, narrow)), d, to + i);
+        } else {
+            hn::StoreU(hn::PromoteTo(d, narrow), d, to + i);
+        }
+    }
+    return i;
+}
+#endif
+
+template <class To, class From>
+inline void castReals(const From* HWY_RESTRICT from, To* HWY_RESTRICT to, std::size_t count) {
+    std::size_t i = 0;
+#if HWY_TARGET <= HWY_AVX2
+    if constexpr (std::is_integral_v<From> && sizeof(From) < 4 && sizeof(To) > sizeof(From)) {
+        i = widen(from, to, count);
+    }
+#endif
+    for (; i < count; ++i) {
+        to[i] = castReal<To>(from[i]);
+    }
+}
+
+/// Kernels that differ in the types' signs only are the same where signs don't matter: fewer copies of the same code.
+template <class T>
+struct Bits {
+    using type = T;
+};
+template <>
+struct Bits<std::int8_t> {
+    using type = std::uint8_t;
+};
+template <>
+struct Bits<std::int16_t> {
+    using type = std::uint16_t;
+};
+template <>
+struct Bits<std::int32_t> {
+    using type = std::uint32_t;
+};
+
+template <class T>
+void copySamples(ConstRawData from, RawData to, std::size_t count) {
+    std::memcpy(to, from, count * sizeof(T));
+}
+
+template <class To, class From>
+void cast(ConstRawData from, RawData to, std::size_t count) {
+    castReals(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), count);
+}
+
+/// Both parts of complex samples.
+template <class To, class From>
+void castPairs(ConstRawData from, RawData to, std::size_t count) {
+    castReals(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), 2 * count);
+}
+
+/// The real parts of complex samples.
+template <class To, class Part>
+void castRealParts(ConstRawData from, RawData to, std::size_t count) {
+    const auto* HWY_RESTRICT in = reinterpret_cast<const Part*>(from);
+    auto* HWY_RESTRICT out = reinterpret_cast<To*>(to);
+    for (std::size_t i = 0; i < count; ++i) {
+        out[i] = castReal<To>(in[2 * i]);
+    }
+}
+
+template <class Part, class From>
+void castToPairs(ConstRawData from, RawData to, std::size_t count) {
+    const auto* HWY_RESTRICT in = reinterpret_cast<const From*>(from);
+    auto* HWY_RESTRICT out = reinterpret_cast<Part*>(to);
+    for (std::size_t i = 0; i < count; ++i) {
+        out[2 * i] = castReal<Part>(in[i]);
+        out[2 * i + 1] = Part(0);
+    }
+}
+
+template <class From>
+void toBinary(ConstRawData from, RawData to, std::size_t count) {
+    const auto* HWY_RESTRICT in = reinterpret_cast<const From*>(from);
+    std::uint8_t* HWY_RESTRICT out = to;
+    for (std::size_t i = 0; i < count; ++i) {
+        if constexpr (isPair<From>) {
+            out[i] = static_cast<std::uint8_t>((in[i].real != 0) | (in[i].imaginary != 0));
+        } else {
+            out[i] = in[i] != From(0) ? 1 : 0;
+        }
+    }
+}
+
+template <class To, class From>
+constexpr CastKernel kernelOf() {
+    if constexpr (std::is_same_v<To, From>) {
+        return &copySamples<To>;
+    } else if constexpr (isPair<From> && isPair<To>) {
+        return &castPairs<decltype(To::real), decltype(From::real)>;
+    } else if constexpr (isPair<From>) {
+        return &castRealParts<To, decltype(From::real)>;
+    } else if constexpr (isPair<To>) {
+        return &castToPairs<decltype(To::real), From>;
+    } else if constexpr (std::is_integral_v<From> && std::is_integral_v<To> && sizeof(From) == sizeof(To)) {
+        return &copySamples<typename Bits<To>::type>;
+    } else if constexpr (std::is_integral_v<From> && std::is_integral_v<To> && sizeof(From) > sizeof(To)) {
+        return &cast<typename Bits<To>::type, typename Bits<From>::type>;
+    } else if constexpr (std::is_integral_v<From> && std::is_integral_v<To>) {
+        return &cast<typename Bits<To>::type, From>;
+    } else if constexpr (std::is_floating_point_v<From> && sizeof(To) < 4) {
+        return &cast<typename Bits<To>::type, From>;
+    } else {
+        return &cast<To, From>;
+    }
+}
+
+template <class From>
+constexpr PerVoxelType<CastKernel> castsFrom() {
+    return {kernelOf<std::uint8_t, From>(),  kernelOf<std::uint16_t, From>(),
+            kernelOf<std::uint32_t, From>(), nullptr,
+            kernelOf<std::int8_t, From>(),   kernelOf<std::int16_t, From>(),
+            kernelOf<std::int32_t, From>(),  nullptr,
+            kernelOf<float, From>(),         kernelOf<double, From>(),
+            kernelOf<Pair<float>, From>(),   kernelOf<Pair<double>, From>()};
+}
+
+constexpr CastTable castTable = {castsFrom<std::uint8_t>(),  castsFrom<std::uint16_t>(), castsFrom<std::uint32_t>(),
+                                 PerVoxelType<CastKernel>{}, castsFrom<std::int8_t>(),   castsFrom<std::int16_t>(),
+                                 castsFrom<std::int32_t>(),  PerVoxelType<CastKernel>{}, castsFrom<float>(),
+                                 castsFrom<double>(),        castsFrom<Pair<float>>(),   castsFrom<Pair<double>>()};
+
+constexpr BinaryTable binaryTable = {
+    &toBinary<std::uint8_t>, &toBinary<std::uint16_t>, &toBinary<std::uint32_t>, nullptr,
+    &toBinary<std::uint8_t>, &toBinary<std::uint16_t>, &toBinary<std::uint32_t>, nullptr,
+    &toBinary<float>,        &toBinary<double>,        &toBinary<Pair<float>>,   &toBinary<Pair<double>>};
+
+constexpr CastKernels kernels() {
+    return {&castTable, &binaryTable};
+}
+
+}  // namespace rix::access::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rix::access {
+
+const CastKernels& castKernels() {
+    static const CastKernels best = RIX_SELECT_KERNELS(devices::Cpu::supports(VEC_AVX)   ? VEC_AVX
+                                                       : devices::Cpu::supports(VEC_SSE) ? VEC_SSE
+                                                                                         : SCALAR,
+                                                       kernels());
+    return best;
+}
+
+CastKernelsOfLevels castKernelsOfLevels() {
+    CastKernelsOfLevels levels{{HWY_NAMESPACE::kernels()}, 1};
+    if (devices::Cpu::supports(VEC_SSE)) {
+        levels.kernels[levels.count++] = N_SSE4::kernels();
+    }
+    if (devices::Cpu::supports(VEC_AVX)) {
+        levels.kernels[levels.count++] = N_AVX2::kernels();
+        if (devices::Cpu::hasAvx512()) {
+            levels.kernels[levels.count++] = N_AVX3::kernels();
+        }
+    }
+    return levels;
+}
+
+}  // namespace rix::access
+#endif

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+
+#include <rix/algorithms/AbstractPrivateImplementation.h>
+#include <rix/image/ImageModel.h>
+#include <rix/properties/Property.h>
+#include <rix/properties/PropertySingleChoice.h>
+#include <rix/segmentation/Labeling2d.h>
+#include <rix/segmentation/Labeling3d.h>
+
+#include "labeling/LabelingBody.h"
+
+namespace rix::segmentation {
+
+/// What `Labeling2d` and `Labeling3d` have in common. Their enumerations of label types are the same.
+struct LabelingPrivate : algorithms::AbstractPrivateImplementation {
+    LabelingPrivate(const EnumInfo& labelTypes, const EnumInfo& neighborhoods)
+        : labelType(&labelTypes), neighborhood(&neighborhoods) {}
+
+    /// Attaches the rules; the properties have their names by then.
+    void attachRules();
+    /// Gives the output its shape, type and meaning.
+    void shapeOutput();
+    void label(BaseAlgorithm& algorithm, OptimLevelType level, Connectivity connectivity);
+    AlgorithmDescription describe(Connectivity connectivity) const;
+
+    Property<const ImageModel*> inputObjectImage;
+    PropertySingleChoice labelType;
+    PropertySingleChoice neighborhood;
+    Property<ImageModel*> outputLabelImage;
+    LabelingTuning tuning;
+    std::uint64_t numberOfLabels = 0;
+};
+
+struct Labeling2dPrivate : LabelingPrivate {
+    Labeling2dPrivate() : LabelingPrivate(Labeling2d::getInfoLabelType(), Labeling2d::getInfoNeighborhood2DType()) {}
+};
+
+struct Labeling3dPrivate : LabelingPrivate {
+    Labeling3dPrivate() : LabelingPrivate(Labeling3d::getInfoLabelType(), Labeling3d::getInfoNeighborhood3DType()) {}
+};
+
+}  // namespace rix::segmentation

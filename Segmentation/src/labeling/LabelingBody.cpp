@@ -1,0 +1,128 @@
+#include "labeling/LabelingBody.h"
+
+#include <rix/access/ExecutionContext.h>
+#include <rix/access/PointBlocks.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+
+#include "labeling/BandLoop.h"
+#include "labeling/NumberPhase.h"
+#include "labeling/PackPhase.h"
+#include "labeling/PaintPhase.h"
+#include "labeling/UnionPhase.h"
+
+namespace rix::segmentation {
+
+namespace {
+
+/// Rough cost of a voxel in all phases, for deciding whether threads pay.
+constexpr double nanosecondsPerVoxel = 0.5;
+/// Pairs of rows are taken as nodes when that leaves less than this part of the runs: finding their contacts costs more.
+constexpr double pairsPay = 0.7;
+/// The last value of `LabelType`.
+constexpr int widestType = 2;
+
+std::uint64_t largestLabelOf(int labelType, const LabelingTuning& tuning) {
+    return labelType == widestType ? tuning.largestLabel : (std::uint64_t{1} << (8U << labelType)) - 1;
+}
+
+template <class Node>
+NodeRows chooseNodeRows(const RunTable<Node>& table, const LabelingTuning& tuning) {
+    const Connectivity connectivity = table.geometry().connectivity;
+    if (connectivity == Connectivity::Edges || connectivity == Connectivity::Faces) {
+        return NodeRows::Single;
+    }
+    if (tuning.nodeRows.has_value()) {
+        return *tuning.nodeRows;
+    }
+    double runs = 0.0;
+    double pairRuns = 0.0;
+    for (std::size_t i = 0; i < table.bandCount(); ++i) {
+        runs += static_cast<double>(table.band(i).runs);
+        pairRuns += static_cast<double>(table.band(i).pairRuns);
+    }
+    return pairRuns < pairsPay * runs ? NodeRows::Pairs : NodeRows::Single;
+}
+
+/// The narrowest type from the requested one on that holds the final and the provisional labels.
+template <class Node>
+int decideLabelType(const LabelingTask& task, const BandLoop& loop, const RunTable<Node>& table, std::uint64_t labels) {
+    const std::size_t processors =
+        task.tuning.processors != 0 ? task.tuning.processors : devices::Cpu::logicalProcessors();
+    const ScanBands scanBands(table.geometry(), processors);
+    int labelType = task.labelType;
+    for (;;) {
+        const std::uint64_t most = largestLabelOf(labelType, task.tuning);
+        if (labels <= most && !opensMoreLabelsThan(loop, table, task.level, scanBands, most)) {
+            return labelType;
+        }
+        if (labelType == widestType) {
+            throw RuntimeError("Too much labels to be contained in an unsigned int 32 bits image.");
+        }
+        ++labelType;
+        task.upgraded(labelType);
+    }
+}
+
+void retypeOutput(ImageModel& output, VoxelTypes type) {
+    if (output.getVoxelType() == type) {
+        return;
+    }
+    const auto extents = helper::getExtents(output);
+    if (!output.reserve(type, extents[0], extents[1], extents[2], extents[3], extents[4])) {
+        ResizeImageError error("The temporary label image cannot be allocated or resized.");
+        error.addInfoLevel("The labels need the data type " + helper::voxelTypesToString(type) + "; the output is " +
+                           helper::describeImage(output) + '.');
+        throw error;
+    }
+}
+
+template <class Node>
+std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry) {
+    const bool small = task.tuning.voxelsPerBand == 0 &&
+                       static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns) *
+                               nanosecondsPerVoxel <
+                           access::smallWorkNanoseconds;
+    const BandLoop loop(task.context, small);
+    RunTable<Node> table(geometry, cutIntoBands(geometry, task.tuning.voxelsPerBand));
+    // Of the two units of work a voxel, one is its label's.
+    packImage(loop, table, task.input, task.level, 0.5);
+    table.makeNodes(chooseNodeRows(table, task.tuning));
+    joinNodes(loop, table, task.level, 0.5);
+    const std::uint64_t labels = countSets(table);
+    const int labelType = decideLabelType(task, loop, table, labels);
+    retypeOutput(task.output, labelVoxelTypes[labelType]);
+    labelRoots(loop, table, task.level);
+    access::dispatch(access::UnsignedIntegers{}, labelVoxelTypes[labelType], [&](auto tag) {
+        paintLabels<Node, typename decltype(tag)::type>(loop, table, task.output, task.level, 1.0);
+    });
+    return labels;
+}
+
+/// Whether 32-bit nodes can name every possible run of a volume.
+bool fitsNarrowNodes(const LabelGeometry& geometry) {
+    const std::size_t runsOfRow = geometry.columns / 2 + 1;
+    return geometry.rows * geometry.planes <= (std::size_t{1} << 31) / runsOfRow - 1;
+}
+
+}  // namespace
+
+std::uint64_t labelObjects(const LabelingTask& task) {
+    const LabelGeometry geometry = geometryOf(task.input, task.connectivity);
+    task.context.startStep(2.0 * static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns));
+    if (fitsNarrowNodes(geometry) && !task.tuning.wideNodes) {
+        return labelWith<std::uint32_t>(task, geometry);
+    }
+    return labelWith<std::uint64_t>(task, geometry);
+}
+
+std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity) {
+    const LabelGeometry geometry = geometryOf(input, connectivity);
+    const std::size_t nodeSize = fitsNarrowNodes(geometry) ? sizeof(std::uint32_t) : sizeof(std::uint64_t);
+    const std::size_t ofLine = geometry.words() * 8 + nodeSize * (1 + geometry.columns / 2 + geometry.columns % 2);
+    std::size_t bytes = 0;
+    return helper::checkedMultiply(geometry.lines() + 1, ofLine, bytes) ? bytes : std::numeric_limits<std::size_t>::max();
+}
+
+}  // namespace rix::segmentation

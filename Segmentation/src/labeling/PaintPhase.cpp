@@ -1,0 +1,75 @@
+#include "labeling/PaintPhase.h"
+
+#include <rix/access/Rows.h>
+
+#include "labeling/LinePosition.h"
+#include "labeling/NodeKernels.h"
+#include "labeling/PaintKernels.h"
+
+namespace rix::segmentation {
+
+namespace {
+
+/// Rows of nodes with this many voxels are painted between two looks at a request to cancel.
+constexpr std::size_t voxelsBetweenLooks = std::size_t{1} << 20;
+
+}  // namespace
+
+template <class Node, class T>
+void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output, OptimLevelType level,
+                 double workOfVoxel) {
+    const LabelGeometry& geometry = table.geometry();
+    const access::PointPlan plan({&output}, 1.0);
+    const LinePosition position(output, plan);
+    const PaintRow<T> paint = paintRow<T>(level);
+    const ResolveNodes<Node, T> resolve = resolveNodes<Node, T>(level);
+    loop.forEach(table.bandCount(), [&](std::size_t i) {
+        const auto& band = table.band(i);
+        Node* const entries = table.entries(band.volume);
+        const access::Scratch memory((table.longestRow() + 2 * labelPadding) * sizeof(T));
+        T* const labels = memory.template as<T>() + labelPadding;
+        access::RowWriter<T> writer(output, plan);
+        const std::size_t step = table.rowStep();
+        const Node bandEnd = RunTable<Node>::nameOf(band.firstNode + band.nodeCount);
+        std::size_t voxelsPainted = 0;
+        for (std::size_t plane = band.firstPlane; plane < band.lastPlane; ++plane) {
+            for (std::size_t y = band.firstRow; y < band.lastRow; y += step) {
+                const NodeRow<Node> row = table.row(band, plane, y / step);
+                const bool endsPlane = y + step >= band.lastRow;
+                const bool endsBand = endsPlane && plane + 1 == band.lastPlane;
+                const Node end =
+                    endsBand ? bandEnd
+                             : table.row(band, endsPlane ? plane + 1 : plane, (endsPlane ? band.firstRow : y + step) / step)
+                                   .name;
+                resolve(entries, row.name, end, labels);
+                for (std::size_t part = 0; part < step && y + part < band.lastRow; ++part) {
+                    const access::RowSegment segment = position.of(plane * geometry.rows + y + part);
+                    T* const out = writer.open(segment);
+                    paint({part == 0 ? row.top : row.bottom, row.top, row.bottom}, labels, out, geometry.columns);
+                    writer.flush();
+                    voxelsPainted += geometry.columns;
+                }
+                if (voxelsPainted >= voxelsBetweenLooks) {
+                    voxelsPainted = 0;
+                    loop.context().throwIfCancelled();
+                }
+            }
+        }
+        loop.context().blockDone(workOfVoxel * static_cast<double>(band.lineCount() * geometry.columns));
+    });
+}
+
+template void paintLabels<std::uint32_t, std::uint8_t>(const BandLoop&, RunTable<std::uint32_t>&, ImageModel&,
+                                                       OptimLevelType, double);
+template void paintLabels<std::uint32_t, std::uint16_t>(const BandLoop&, RunTable<std::uint32_t>&, ImageModel&,
+                                                        OptimLevelType, double);
+template void paintLabels<std::uint32_t, std::uint32_t>(const BandLoop&, RunTable<std::uint32_t>&, ImageModel&,
+                                                        OptimLevelType, double);
+template void paintLabels<std::uint64_t, std::uint8_t>(const BandLoop&, RunTable<std::uint64_t>&, ImageModel&,
+                                                       OptimLevelType, double);
+template void paintLabels<std::uint64_t, std::uint16_t>(const BandLoop&, RunTable<std::uint64_t>&, ImageModel&,
+                                                        OptimLevelType, double);
+template void paintLabels<std::uint64_t, std::uint32_t>(const BandLoop&, RunTable<std::uint64_t>&, ImageModel&,
+                                                        OptimLevelType, double);
+
+}  // namespace rix::segmentation
