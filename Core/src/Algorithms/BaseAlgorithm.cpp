@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/exceptions/Exception.h>
@@ -36,7 +37,11 @@ void declare(std::vector<BaseProperty*>& list, BaseAlgorithm* owner, BasePropert
 }  // namespace
 
 BaseAlgorithm::BaseAlgorithm(algorithms::AbstractPrivateImplementation* implementation)
-    : m_private(std::make_unique<algorithms::BaseAlgorithmPrivate>(*this, implementation)) {}
+    : m_private([&] {
+          // Owned before anything else is allocated.
+          std::unique_ptr<algorithms::AbstractPrivateImplementation> owned(implementation);
+          return std::make_unique<algorithms::BaseAlgorithmPrivate>(*this, std::move(owned));
+      }()) {}
 
 BaseAlgorithm::~BaseAlgorithm() = default;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <utility>
 
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/devices/Cpu.h>
@@ -56,8 +57,9 @@ private:
     BaseAlgorithmPrivate& m_run;
 };
 
-BaseAlgorithmPrivate::BaseAlgorithmPrivate(BaseAlgorithm& algorithm, AbstractPrivateImplementation* implementation)
-    : m_algorithm(algorithm), m_implementation(implementation), m_settings(globalSettings()) {
+BaseAlgorithmPrivate::BaseAlgorithmPrivate(BaseAlgorithm& algorithm,
+                                           std::unique_ptr<AbstractPrivateImplementation> implementation)
+    : m_algorithm(algorithm), m_implementation(std::move(implementation)), m_settings(globalSettings()) {
     exhaustedMemory();
 }
 

@@ -21,7 +21,7 @@ namespace rix::algorithms {
 /// State of an algorithm object and the procedure of its run.
 class BaseAlgorithmPrivate final : public access::ExecutionContext {
 public:
-    BaseAlgorithmPrivate(BaseAlgorithm& algorithm, AbstractPrivateImplementation* implementation);
+    BaseAlgorithmPrivate(BaseAlgorithm& algorithm, std::unique_ptr<AbstractPrivateImplementation> implementation);
 
     void run(InteractionInterface* interaction);
     bool isRunCancelled() const;
