@@ -6,12 +6,9 @@
 #include <typeinfo>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/settings/Settings.h>
 #include <vessel/DataFrameView.h>
-#if __has_include(<rix/measurement/PropertyMeasurement.h>)
-#include <rix/measurement/PropertyMeasurement.h>
-#define RIX_HAS_MEASUREMENTS
-#endif
 
 #include "ImageComparison.h"
 #include "Properties.h"
@@ -53,7 +50,6 @@ std::vector<Extents> largeExtents(const Extents& small) {
     return {sizes, sizes + steps};
 }
 
-#ifdef RIX_HAS_MEASUREMENTS
 String textOf(const vessel::DataFrameView& table) {
     std::ostringstream text;
     text << std::hexfloat;
@@ -71,26 +67,21 @@ String textOf(const vessel::DataFrameView& table) {
     }
     return text.str();
 }
-#endif
 
 /// A result object for a property that takes one; null for other properties.
-std::shared_ptr<void> giveObject([[maybe_unused]] BaseProperty* property) {
-#ifdef RIX_HAS_MEASUREMENTS
+std::shared_ptr<void> giveObject(BaseProperty* property) {
     if (auto* const slot = dynamic_cast<MeasurementSlot*>(property)) {
         auto object = slot->createObject();
         slot->setObject(object.get());
         return object;
     }
-#endif
     return nullptr;
 }
 
-std::optional<String> textOfObject([[maybe_unused]] const BaseProperty* property) {
-#ifdef RIX_HAS_MEASUREMENTS
+std::optional<String> textOfObject(const BaseProperty* property) {
     if (const auto* const slot = dynamic_cast<const MeasurementSlot*>(property)) {
         return slot->getObject() != nullptr ? textOf(slot->getObject()->toDataFrame()) : String("unset");
     }
-#endif
     return std::nullopt;
 }
 
@@ -271,10 +262,7 @@ bool Subject::storeOutputs(const Results& shapes, Storage storage) {
             continue;
         }
         io::MemoryImage blank(shapes.images.at(property->getName()));
-        std::size_t count = 0;
-        if (helper::getElementCount(blank, count) && count > 0) {
-            std::fill_n(blank.getInternalBuffer(), count * helper::getElementSize(blank), std::uint8_t{0xa7});
-        }
+        spoil(blank, 0xa7);
         auto stored = StoredImage::make(blank, storage);
         if (!stored.has_value()) {
             return false;
@@ -284,6 +272,12 @@ bool Subject::storeOutputs(const Results& shapes, Storage storage) {
         setImage(property, m_outputSlots.at(image++));
     }
     return true;
+}
+
+void Subject::spoilOutputs(std::uint8_t value) {
+    for (const StoredImage& output : m_outputs) {
+        spoil(output.image(), value);
+    }
 }
 
 void Subject::renewOutputs() {
