@@ -1,6 +1,7 @@
 #include "ExampleFinder.h"
 
 #include <algorithm>
+#include <cstring>
 #include <set>
 #include <sstream>
 #include <typeinfo>
@@ -99,6 +100,25 @@ String textOf(const ImageRecipe& recipe) {
         text << ' ' << helper::elementTypesToString(recipe->elementType);
     }
     return text.str();
+}
+
+/// Whether there is anything to see in the results: an output image with all elements alike tells little.
+bool isTelling(const Results& results) {
+    return std::all_of(results.images.begin(), results.images.end(), [](const auto& named) {
+        const io::MemoryImage& image = named.second;
+        std::size_t count = 0;
+        if (!helper::getElementCount(image, count)) {
+            return false;
+        }
+        const std::size_t size = helper::getElementSize(image);
+        const ConstRawData samples = image.getInternalBuffer();
+        for (std::size_t i = 1; i < count; ++i) {
+            if (std::memcmp(samples, samples + i * size, size) != 0) {
+                return true;
+            }
+        }
+        return false;
+    });
 }
 
 }  // namespace
@@ -498,6 +518,7 @@ std::optional<Example> findExample(const String& className) {
     }
 
     std::set<String> refusals;
+    std::optional<Example> dull;
     for (const std::optional<double>& number : candidateNumbers) {
         example.numbers.clear();
         for (const String& name : numberNames) {
@@ -512,13 +533,20 @@ std::optional<Example> findExample(const String& className) {
             }
             for (const Extents& extents : candidateExtents) {
                 const Example tried = example.withExtents(extents);
-                const Outcome outcome = runOnce(Subject(tried).algorithm());
-                if (outcome.succeeded) {
+                Subject subject(tried);
+                const Outcome outcome = runOnce(subject.algorithm());
+                if (!outcome.succeeded) {
+                    refusals.insert(outcome.text());
+                } else if (isTelling(subject.results())) {
                     return tried;
+                } else if (!dull.has_value()) {
+                    dull = tried;
                 }
-                refusals.insert(outcome.text());
             }
         }
+    }
+    if (dull.has_value()) {
+        return dull;
     }
     String reasons;
     for (const String& refusal : refusals) {
