@@ -62,13 +62,16 @@ TEST_P(Cancellation, AtABlock) {
                          std::to_string(blocks) + (parallel ? ", parallel" : ", serial"));
             Subject subject(large());
             subject.algorithm().settings().setMaximumNumberOfThreads(parallel ? 3 : 1);
-            subject.algorithm().setBlockScheduler(std::make_shared<WatchedScheduler>(
+            const auto watched = std::make_shared<WatchedScheduler>(
                 parallel ? sharedParallelScheduler() : sharedSerialScheduler(), [&](std::size_t number) {
                     if (number == block) {
                         subject.algorithm().cancelExecution();
                     }
-                }));
+                });
+            subject.algorithm().setBlockScheduler(watched);
             const Outcome outcome = runOnce(subject.algorithm());
+            EXPECT_TRUE(parallel || watched->blocks() <= block + 1)
+                << "the request was seen only " << watched->blocks() - block << " blocks later";
             EXPECT_EQ(outcome.exceptionClass, "UserCancelException") << outcome.text();
             EXPECT_TRUE(subject.algorithm().isExecutionCancelled());
             EXPECT_FALSE(subject.algorithm().getLastRunLevel().has_value());

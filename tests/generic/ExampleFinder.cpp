@@ -1,17 +1,15 @@
 #include "ExampleFinder.h"
 
 #include <algorithm>
+#include <cstring>
 #include <set>
 #include <sstream>
 #include <typeinfo>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/settings/Settings.h>
 #include <vessel/DataFrameView.h>
-#if __has_include(<rix/measurement/PropertyMeasurement.h>)
-#include <rix/measurement/PropertyMeasurement.h>
-#define RIX_HAS_MEASUREMENTS
-#endif
 
 #include "ImageComparison.h"
 #include "Properties.h"
@@ -53,7 +51,6 @@ std::vector<Extents> largeExtents(const Extents& small) {
     return {sizes, sizes + steps};
 }
 
-#ifdef RIX_HAS_MEASUREMENTS
 String textOf(const vessel::DataFrameView& table) {
     std::ostringstream text;
     text << std::hexfloat;
@@ -71,26 +68,21 @@ String textOf(const vessel::DataFrameView& table) {
     }
     return text.str();
 }
-#endif
 
 /// A result object for a property that takes one; null for other properties.
-std::shared_ptr<void> giveObject([[maybe_unused]] BaseProperty* property) {
-#ifdef RIX_HAS_MEASUREMENTS
+std::shared_ptr<void> giveObject(BaseProperty* property) {
     if (auto* const slot = dynamic_cast<MeasurementSlot*>(property)) {
         auto object = slot->createObject();
         slot->setObject(object.get());
         return object;
     }
-#endif
     return nullptr;
 }
 
-std::optional<String> textOfObject([[maybe_unused]] const BaseProperty* property) {
-#ifdef RIX_HAS_MEASUREMENTS
+std::optional<String> textOfObject(const BaseProperty* property) {
     if (const auto* const slot = dynamic_cast<const MeasurementSlot*>(property)) {
         return slot->getObject() != nullptr ? textOf(slot->getObject()->toDataFrame()) : String("unset");
     }
-#endif
     return std::nullopt;
 }
 
@@ -108,6 +100,25 @@ String textOf(const ImageRecipe& recipe) {
         text << ' ' << helper::elementTypesToString(recipe->elementType);
     }
     return text.str();
+}
+
+/// Whether there is anything to see in the results: an output image with all elements alike tells little.
+bool isTelling(const Results& results) {
+    return std::all_of(results.images.begin(), results.images.end(), [](const auto& named) {
+        const io::MemoryImage& image = named.second;
+        std::size_t count = 0;
+        if (!helper::getElementCount(image, count)) {
+            return false;
+        }
+        const std::size_t size = helper::getElementSize(image);
+        const ConstRawData samples = image.getInternalBuffer();
+        for (std::size_t i = 1; i < count; ++i) {
+            if (std::memcmp(samples, samples + i * size, size) != 0) {
+                return true;
+            }
+        }
+        return false;
+    });
 }
 
 }  // namespace
@@ -271,10 +282,7 @@ bool Subject::storeOutputs(const Results& shapes, Storage storage) {
             continue;
         }
         io::MemoryImage blank(shapes.images.at(property->getName()));
-        std::size_t count = 0;
-        if (helper::getElementCount(blank, count) && count > 0) {
-            std::fill_n(blank.getInternalBuffer(), count * helper::getElementSize(blank), std::uint8_t{0xa7});
-        }
+        spoil(blank, 0xa7);
         auto stored = StoredImage::make(blank, storage);
         if (!stored.has_value()) {
             return false;
@@ -284,6 +292,12 @@ bool Subject::storeOutputs(const Results& shapes, Storage storage) {
         setImage(property, m_outputSlots.at(image++));
     }
     return true;
+}
+
+void Subject::spoilOutputs(std::uint8_t value) {
+    for (const StoredImage& output : m_outputs) {
+        spoil(output.image(), value);
+    }
 }
 
 void Subject::renewOutputs() {
@@ -504,6 +518,7 @@ std::optional<Example> findExample(const String& className) {
     }
 
     std::set<String> refusals;
+    std::optional<Example> dull;
     for (const std::optional<double>& number : candidateNumbers) {
         example.numbers.clear();
         for (const String& name : numberNames) {
@@ -518,13 +533,20 @@ std::optional<Example> findExample(const String& className) {
             }
             for (const Extents& extents : candidateExtents) {
                 const Example tried = example.withExtents(extents);
-                const Outcome outcome = runOnce(Subject(tried).algorithm());
-                if (outcome.succeeded) {
+                Subject subject(tried);
+                const Outcome outcome = runOnce(subject.algorithm());
+                if (!outcome.succeeded) {
+                    refusals.insert(outcome.text());
+                } else if (isTelling(subject.results())) {
                     return tried;
+                } else if (!dull.has_value()) {
+                    dull = tried;
                 }
-                refusals.insert(outcome.text());
             }
         }
+    }
+    if (dull.has_value()) {
+        return dull;
     }
     String reasons;
     for (const String& refusal : refusals) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -64,6 +65,8 @@ public:
     void restore();
     /// Replaces the outputs by images of a storage, shaped as in `shapes`; false where one cannot be stored so.
     bool storeOutputs(const Results& shapes, Storage storage);
+    /// Fills the output images with a byte, so that samples which a run leaves out show.
+    void spoilOutputs(std::uint8_t value);
     /// Replaces the outputs by new, empty images in memory.
     void renewOutputs();
     /// Wraps every image in a view that passes all but the rows that its gate stops.

@@ -57,10 +57,12 @@ TEST_P(AnyExtents, WorkOrAreRefusedByName) {
         Results results;
         const Outcome outcome = runOn(shaped, Storage::Memory, results);
         if (!outcome.succeeded) {
-            // What only the voxels can tell (an image that is all alike, say) is no matter of a rule.
-            EXPECT_TRUE(outcome.exceptionClass == "RuleException" || outcome.exceptionClass == "InvalidCall")
+            // The samples of tiny images may be good for nothing (a histogram of one voxel): then any class that fits.
+            const bool byRule = outcome.exceptionClass == "RuleException" || isRefusedByRunners(*algorithm, outcome);
+            EXPECT_TRUE(byRule || (!empty && outcome.isOfTheFamily && outcome.exceptionClass != "UnexpectedError"))
                 << outcome.text();
-            EXPECT_TRUE(namesAProperty(outcome, *algorithm)) << outcome.text();
+            EXPECT_TRUE(namesAProperty(outcome, *algorithm) || isRefusedByRunners(*algorithm, outcome))
+                << outcome.text();
             continue;
         }
         ran += empty ? 0 : 1;

@@ -4,6 +4,11 @@
 
 namespace rix::test {
 
+bool isRefusedByRunners(const BaseAlgorithm& algorithm, const Outcome& outcome) {
+    return outcome.exceptionClass == "RunForException" &&
+           algorithm.getClassInfo().getAlgoVisibility() == AlgoVisibilityType::HIDDEN_ALGORITHM;
+}
+
 Results referenceResults(const Example& example) {
     Subject subject(example);
     subject.algorithm().settings().setMaximumNumberOfThreads(1);

@@ -31,6 +31,9 @@ private:
     INSTANTIATE_TEST_SUITE_P(Registry, Suite, testing::ValuesIn(::rix::test::registeredNames()), \
                              [](const auto& each) { return each.param; })
 
+/// A helper of other algorithms, which no user calls, may leave it to its runners to refuse data.
+bool isRefusedByRunners(const BaseAlgorithm& algorithm, const Outcome& outcome);
+
 /// The results of an example at the portable level on one thread: what all other ways must give.
 Results referenceResults(const Example& example);
 

@@ -22,6 +22,7 @@ protected:
         }
         algorithm.setAutoCpuDispatch(false);
         algorithm.setOptimLevel(level);
+        subject.spoilOutputs(0xa7);
         const Outcome outcome = runOnce(algorithm);
         EXPECT_TRUE(isReady(algorithm));
         if (outcome.exceptionClass == "RunForException") {
@@ -37,6 +38,21 @@ protected:
         return outcome.succeeded;
     }
 
+    /// Inputs and outputs of a storage; outputs in memory where the algorithm would have to shape them in several steps,
+    /// which views refuse. None where an image cannot be stored so.
+    static std::unique_ptr<Subject> makeStored(const Example& example, const InputImages& images,
+                                               const Results& expected, Storage storage) {
+        auto subject = Subject::make(example, images, storage);
+        if (subject == nullptr || !subject->storeOutputs(expected, storage)) {
+            return nullptr;
+        }
+        const Outcome outcome = runOnce(subject->algorithm());
+        if (outcome.exceptionClass == "RuleException" && outcome.names("cannot be resized")) {
+            subject->renewOutputs();
+        }
+        return subject;
+    }
+
     static String describe(const Example& example, OptimLevelType level, int threads, const char* storage) {
         return example.toText() + ", level " + std::to_string(level) + ", " + std::to_string(threads) + " threads, " +
                storage;
@@ -50,11 +66,11 @@ TEST_P(SameResult, AtEveryLevelWithEveryNumberOfThreadsInEveryStorage) {
     int ran = 0;
     for (const Storage storage : allStorages) {
         for (const int threads : {1, 2, 3, 7}) {
-            if (sanitized && threads != 1 && threads != 3) {
+            if ((sanitized || storage != Storage::Memory) && threads != 1 && threads != 3) {
                 continue;
             }
-            const auto subject = Subject::make(large, images, storage);
-            if (subject == nullptr || !subject->storeOutputs(expected, storage)) {
+            const auto subject = makeStored(large, images, expected, storage);
+            if (subject == nullptr) {
                 continue;
             }
             subject->algorithm().settings().setMaximumNumberOfThreads(threads);
@@ -85,8 +101,8 @@ TEST_P(SameResult, ForEveryTypeAndEveryChoice) {
         const InputImages images = makeInputs(variant);
         const Results expected = referenceResults(variant);
         for (const Storage storage : allStorages) {
-            const auto subject = Subject::make(variant, images, storage);
-            if (subject == nullptr || !subject->storeOutputs(expected, storage)) {
+            const auto subject = makeStored(variant, images, expected, storage);
+            if (subject == nullptr) {
                 continue;
             }
             for (const OptimLevelType level : levels) {

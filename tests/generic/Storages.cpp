@@ -4,10 +4,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#if __has_include(<rix/access/ImageModelProxy.h>)
 #include <rix/access/ImageModelProxy.h>
-#define RIX_HAS_CASTING_PROXY
-#endif
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
@@ -131,7 +128,6 @@ std::optional<StoredImage> StoredImage::make(const io::MemoryImage& content, Sto
             stored.m_view = stored.m_holder.get();
             return stored;
         case Storage::Cast: {
-#ifdef RIX_HAS_CASTING_PROXY
             const VoxelTypes type = content.getVoxelType();
             const bool complex = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
             stored.m_ground = std::make_unique<io::MemoryImage>();
@@ -144,9 +140,6 @@ std::optional<StoredImage> StoredImage::make(const io::MemoryImage& content, Sto
             stored.m_view = stored.m_holder.get();
             copySamples(content, *stored.m_view);
             return stored;
-#else
-            return std::nullopt;
-#endif
         }
     }
     stored.m_view = stored.m_holder.get();
@@ -171,6 +164,17 @@ bool StoredImage::surroundingsAreUntouched() const {
     return painted && helper::getElementCount(now, count) &&
            std::memcmp(now.getInternalBuffer(), m_before->getInternalBuffer(),
                        count * helper::getElementSize(now)) == 0;
+}
+
+void spoil(ImageModel& image, std::uint8_t value) {
+    const std::size_t count = image.getNumOf(COLUMNS);
+    const std::vector<std::uint8_t> row(count * helper::getElementSize(image), value);
+    const bool done = count == 0 || forEachRow(image, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
+                          return image.writeRowAt(count, row.data(), 0, y, z, t, s);
+                      });
+    if (!done) {
+        throw std::runtime_error("an image of a test refuses a row");
+    }
 }
 
 bool isReadable(const ImageModel& image) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -80,6 +81,9 @@ private:
     ImageModel* m_view = nullptr;
     std::optional<io::MemoryImage> m_before;  ///< the ground when it was made, where a view leaves parts of it out
 };
+
+/// Overwrites every byte of every sample.
+void spoil(ImageModel& image, std::uint8_t value);
 
 /// Whether every row of an image that claims to have elements can be read.
 bool isReadable(const ImageModel& image);

@@ -25,8 +25,17 @@ HWY_INLINE void store(V value, double* to) {
     hn::StoreU(value, D(), to);
 }
 HWY_INLINE void store(V value, float* to) {
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+    // The portable conversion of the vectors stops at the largest float, where processors give infinity.
+    double values[lanes];
+    hn::StoreU(value, D(), values);
+    for (std::size_t i = 0; i < hn::Lanes(D()); ++i) {
+        to[i] = static_cast<float>(values[i]);
+    }
+#else
     const hn::Rebind<float, D> d;
     hn::StoreU(hn::DemoteTo(d, value), d, to);
+#endif
 }
 
 /// Eight vectors.

@@ -103,6 +103,17 @@ TEST(BoxFilterOfReals, HandlesEveryWidthUpToSeveralVectors) {
 }
 
 /// A value that dwarfs the others must leave no trace behind it: a sum that loses what it has added would.
+TEST(BoxFilterOfReals, OverflowsToInfinityOnEveryLevel) {
+    const io::MemoryImage image = makeImage({.voxelType = RIX_FLOAT32, .extents = {21, 9, 1, 1, 1}},
+                                            [](auto...) { return std::numeric_limits<float>::max(); });
+    const io::MemoryImage infinite = makeImage({.voxelType = RIX_FLOAT32, .extents = {21, 9, 1, 1, 1}},
+                                               [](auto...) { return std::numeric_limits<float>::infinity(); });
+    for (const OptimLevelType level : runnableLevels()) {
+        EXPECT_TRUE(imagesEqual(infinite, runBox(image, {.size = {3, 3, 1}, .result = Result::Sum}, {.level = level})))
+            << "level " << level;
+    }
+}
+
 TEST(BoxFilterOfReals, CarriesNoErrorAlongLongRows) {
     for (const bool alongRows : {true, false}) {
         const std::size_t length = 20011;
