@@ -2,12 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 #include <rix/algorithms/OptimLevel.h>
 
 #include "BoxIntegerKernels.h"
 #include "BoxJob.h"
+#include "BoxQuads.h"
 
 namespace rix::filtering::smoothing {
 
@@ -32,33 +32,38 @@ template <class T, class Out>
 class BoxArithmetic32 {
 public:
     using Sum = std::uint32_t;
+    using Quads = BoxQuads<Sum>;
 
     BoxArithmetic32(OptimLevelType level, const BoxJob& job)
-        : m_samples(boxSlideRows<T>(level)),
-          m_sums(boxSlideRows<Sum>(level)),
-          m_total(boxTotalRows<Out>(level).sum) {
+        : m_samples(boxSlideRows<T>(level)), m_sums(boxSumRows(level)), m_total(boxTotalRows<Out>(level).sum) {
         // The division starts at 2; the mean of one voxel is its sum.
         if (job.mean && job.voxels > 1) {
-            m_total = boxTotalRows<Out>(level).mean;
+            const BoxTotalRows<Out>& rows = boxTotalRows<Out>(level);
+            m_total = rows.floatMean != nullptr && job.voxels <= BoxDivider::largestForFloat ? rows.floatMean
+                                                                                             : rows.mean;
             m_divider = BoxDivider(static_cast<std::uint32_t>(job.voxels));
         }
     }
 
-    void add(const T* in, Sum* sums, std::size_t count) const { m_samples.add(in, sums, count); }
-    void add(const Sum* in, Sum* sums, std::size_t count) const { m_sums.add(in, sums, count); }
-    void slide(const T* in, const T* out, Sum* sums, std::size_t count) const {
+    void add(const T* in, const Quads& sums, std::size_t count) const { m_samples.add(in, sums, count); }
+    void add(const Quads& in, const Quads& sums, std::size_t count) const { m_sums.add(in, sums, count); }
+    void slide(const T* in, const T* out, const Quads& sums, std::size_t count) const {
         m_samples.slide(in, out, sums, count);
     }
-    void slide(const Sum* in, const Sum* out, Sum* sums, std::size_t count) const {
+    void slide(const Quads& in, const Quads& out, const Quads& sums, std::size_t count) const {
         m_sums.slide(in, out, sums, count);
     }
-    void total(const Sum* columns, std::size_t count, std::size_t window, Sum first, Out* out) const {
+    void reflect(const Quads& row, std::size_t first, std::size_t count, std::size_t mirror) const {
+        m_sums.reflect(row, first, count, mirror);
+    }
+    Sum sum(const Quads& row, std::size_t count) const { return m_sums.sum(row, count); }
+    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out) const {
         m_total(columns, count, window, first, out, m_divider);
     }
 
 private:
     const BoxSlideRows<T>& m_samples;
-    const BoxSlideRows<Sum>& m_sums;
+    const BoxSumRows& m_sums;
     BoxTotalRow<Out> m_total;
     BoxDivider m_divider;
 };
@@ -70,28 +75,40 @@ template <class T, class Out, class Signed, class Unsigned, class Operator>
 class BoxArithmeticWide {
 public:
     using Sum = Unsigned;
+    using Quads = BoxQuads<Sum>;
 
     BoxArithmeticWide(OptimLevelType /*level*/, const BoxJob& job) : m_voxels(static_cast<Signed>(job.voxels)) {}
 
-    template <class In>
-    void add(const In* in, Sum* sums, std::size_t count) const {
+    /// @tparam Row `const T*` or `Quads`
+    template <class Row>
+    void add(const Row& in, const Quads& sums, std::size_t count) const {
         for (std::size_t i = 0; i < count; ++i) {
             sums[i] += static_cast<Sum>(in[i]);
         }
     }
-    template <class In>
-    void slide(const In* in, const In* out, Sum* sums, std::size_t count) const {
+    template <class Row>
+    void slide(const Row& in, const Row& out, const Quads& sums, std::size_t count) const {
         for (std::size_t i = 0; i < count; ++i) {
             sums[i] += static_cast<Sum>(in[i]) - static_cast<Sum>(out[i]);
         }
     }
-    void total(const Sum* columns, std::size_t count, std::size_t window, Sum first, Out* out) const {
+    void reflect(const Quads& row, std::size_t first, std::size_t count, std::size_t mirror) const {
+        for (std::size_t e = first; e < first + count; ++e) {
+            row[e] = row[mirror - e];
+        }
+    }
+    Sum sum(const Quads& row, std::size_t count) const {
+        Sum sum = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            sum += row[i];
+        }
+        return sum;
+    }
+    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out) const {
         Sum total = first;
         for (std::size_t x = 0; x < count; ++x) {
-            if (x > 0) {
-                total += columns[x + window - 1] - columns[x - 1];
-            }
             out[x] = static_cast<Out>(Operator()(static_cast<Signed>(total), m_voxels));
+            total += columns[x + window] - columns[x];
         }
     }
 

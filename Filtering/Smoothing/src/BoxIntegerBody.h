@@ -5,6 +5,7 @@
 
 #include "BoxEdges.h"
 #include "BoxPlan.h"
+#include "BoxQuads.h"
 #include "BoxRows.h"
 
 namespace rix::filtering::smoothing {
@@ -20,6 +21,7 @@ template <class T, class Out, class Arithmetic>
 class BoxIntegerBody {
 public:
     using Sum = typename Arithmetic::Sum;
+    using Quads = BoxQuads<Sum>;
 
     BoxIntegerBody(const ImageModel& input, ImageModel& output, const BoxJob& job, const Arithmetic& arithmetic,
                    const BoxBlock& block)
@@ -34,20 +36,20 @@ public:
           m_edges(job.axes[COLUMNS], block.columns, m_columns) {}
 
     void run(BoxProgress& progress) {
-        // One more in front: the kernels look at the element before the first.
-        std::fill_n(m_columnSums.reserve(m_edges.size + 1), m_edges.size + 1, Sum{0});
-        m_element = m_columnSums.data() + 1 + m_edges.firstElement;
-        m_column = m_columnSums.data() + 1 + m_edges.firstColumn;
+        const Quads columnSums = rowsOf(m_columnSums, m_edges.size, 1);
+        m_elements = columnSums.from(m_edges.firstElement);
+        m_column = columnSums.from(m_edges.firstColumn);
         if (m_job.axes[ROWS].border == BoxBorder::Zero) {
             std::fill_n(m_noSamples.reserve(m_width), m_width, T{0});
-            std::fill_n(m_noSums.reserve(m_width), m_width, Sum{0});
+            rowsOf(m_noSums, m_width, 1);
         }
         const bool volume = !m_job.axes[PLANS].isIdentity();
         for (std::size_t plane = m_block.planes.begin; plane < m_block.planes.end; ++plane) {
             if (volume) {
                 advancePlane(plane);
-                filterPlane(plane, progress, [this](std::size_t /*slot*/, std::size_t row) -> const Sum* {
-                    return row == BoxAxis::outside ? m_noSums.data() : planeRow(row);
+                filterPlane(plane, progress, [this](std::size_t /*slot*/, std::size_t row) {
+                    return row == BoxAxis::outside ? Quads::over(m_noSums.data(), Quads::strideFor(m_width))
+                                                   : planeRow(row);
                 });
             } else {
                 filterPlane(plane, progress, [this, plane](std::size_t slot, std::size_t row) {
@@ -70,18 +72,31 @@ private:
         return m_input.read(slot, segment(m_columns, row, plane));
     }
 
-    Sum* planeRow(std::size_t row) const { return m_planeSums.data() + (row - m_rows.begin) * m_width; }
+    /// The first of some rows of zeros.
+    static Quads rowsOf(BoxBuffer<Sum>& buffer, std::size_t entries, std::size_t rows) {
+        const std::size_t stride = Quads::strideFor(entries);
+        std::size_t count = 0;
+        if (!helper::checkedMultiply(4 * stride, rows, count)) {
+            throw MemoryError("The size of a working buffer does not fit 64 bits.");
+        }
+        std::fill_n(buffer.reserve(count), count, Sum{0});
+        return Quads::over(buffer.data(), stride);
+    }
+
+    Quads planeRow(std::size_t row) const {
+        const std::size_t stride = Quads::strideFor(m_width);
+        return Quads::over(m_planeSums.data() + (row - m_rows.begin) * 4 * stride, stride);
+    }
 
     /// sums += whole periods of a sequence whose period holds every index twice.
     template <class Add>
-    void addPeriods(const BoxAxis& axis, Sum* sums, std::size_t count, const Add& addAll) {
+    void addPeriods(const BoxAxis& axis, const Quads& sums, const Add& addAll) {
         if (axis.periods == 0) {
             return;
         }
-        Sum* const once = m_periods.reserve(count);
-        std::fill_n(once, count, Sum{0});
+        const Quads once = rowsOf(m_periods, m_width, 1);
         addAll(once);
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < m_width; ++i) {
             sums[i] += once[i] * static_cast<Sum>(2 * axis.periods);
         }
     }
@@ -89,14 +104,13 @@ private:
     void advancePlane(std::size_t plane) {
         const BoxAxis& axis = m_job.axes[PLANS];
         if (plane == m_block.planes.begin) {
-            const std::size_t count = (m_rows.end - m_rows.begin) * m_width;
-            std::fill_n(m_planeSums.reserve(count), count, Sum{0});
+            rowsOf(m_planeSums, m_width, m_rows.end - m_rows.begin);
             for (std::size_t row = m_rows.begin; row < m_rows.end; ++row) {
-                Sum* const sums = planeRow(row);
+                const Quads sums = planeRow(row);
                 for (std::size_t e = plane; e < plane + axis.window; ++e) {
                     m_arithmetic.add(readRow(0, row, axis.source(e)), sums, m_width);
                 }
-                addPeriods(axis, sums, m_width, [&](Sum* once) {
+                addPeriods(axis, sums, [&](const Quads& once) {
                     for (std::size_t z = 0; z < axis.extent; ++z) {
                         m_arithmetic.add(readRow(0, row, z), once, m_width);
                     }
@@ -116,18 +130,20 @@ private:
     template <class RowOf>
     void filterPlane(std::size_t plane, BoxProgress& progress, const RowOf& rowOf) {
         const BoxAxis& axis = m_job.axes[ROWS];
-        std::fill_n(m_column, m_width, Sum{0});
+        for (std::size_t i = 0; i < m_width; ++i) {
+            m_column[i] = 0;
+        }
         for (std::size_t e = m_block.rows.begin; e < m_block.rows.begin + axis.window; ++e) {
             m_arithmetic.add(rowOf(0, axis.source(e)), m_column, m_width);
         }
-        addPeriods(axis, m_column, m_width, [&](Sum* once) {
+        addPeriods(axis, m_column, [&](const Quads& once) {
             for (std::size_t row = 0; row < axis.extent; ++row) {
                 m_arithmetic.add(rowOf(0, row), once, m_width);
             }
         });
         for (std::size_t row = m_block.rows.begin; row < m_block.rows.end; ++row) {
             if (row > m_block.rows.begin) {
-                const auto* const in = rowOf(0, axis.source(row + axis.window - 1));
+                const auto in = rowOf(0, axis.source(row + axis.window - 1));
                 m_arithmetic.slide(in, rowOf(1, axis.source(row - 1)), m_column, m_width);
             }
             const access::RowSegment out = segment(m_block.columns, row, plane);
@@ -139,20 +155,16 @@ private:
 
     void totalRow(Out* out) {
         const BoxAxis& axis = m_job.axes[COLUMNS];
-        m_edges.forEachRepeated([this](std::size_t element, std::size_t column) {
-            m_element[element] = m_column[column];
-        });
-        Sum first = 0;
+        m_edges.fill(
+            [this](std::size_t first, std::size_t count, std::size_t mirror) {
+                m_arithmetic.reflect(m_elements, first, count, mirror);
+            },
+            [this](std::size_t element, std::size_t column) { m_elements[element] = m_column[column]; });
+        Sum first = m_arithmetic.sum(m_elements, axis.window);
         if (axis.periods > 0) {
-            for (std::size_t i = 0; i < m_width; ++i) {
-                first += m_column[i];
-            }
-            first *= static_cast<Sum>(2 * axis.periods);
+            first += m_arithmetic.sum(m_column, m_width) * static_cast<Sum>(2 * axis.periods);
         }
-        for (std::size_t e = 0; e < axis.window; ++e) {
-            first += m_element[e];
-        }
-        m_arithmetic.total(m_element, m_block.columns.end - m_block.columns.begin, axis.window, first, out);
+        m_arithmetic.total(m_elements, m_block.columns.end - m_block.columns.begin, axis.window, first, out);
     }
 
     const BoxJob& m_job;
@@ -166,8 +178,8 @@ private:
     BoxEdges m_edges;
 
     BoxBuffer<Sum> m_columnSums;
-    Sum* m_element = nullptr;       ///< the sequence along the row, from the first window's first element on
-    Sum* m_column = nullptr;        ///< the source columns inside it
+    Quads m_elements{};       ///< the sequence along the row, from the first window's first element on
+    Quads m_column{};         ///< the source columns inside it
     BoxBuffer<Sum> m_planeSums;
     BoxBuffer<Sum> m_periods;
     BoxBuffer<T> m_noSamples;       ///< zeros, for rows outside

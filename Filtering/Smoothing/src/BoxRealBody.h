@@ -187,9 +187,15 @@ private:
             double* const memory = m_strips.data() + i / m_lanes * m_stripSize;
             double* const elements = memory + m_edges.firstElement * m_lanes;
             const double* const columns = memory + m_edges.firstColumn * m_lanes;
-            m_edges.forEachRepeated([&](std::size_t element, std::size_t column) {
-                std::copy_n(columns + column * m_lanes, m_lanes, elements + element * m_lanes);
-            });
+            m_edges.fill(
+                [&](std::size_t from, std::size_t count, std::size_t mirror) {
+                    for (std::size_t e = from; e < from + count; ++e) {
+                        std::copy_n(elements + (mirror - e) * m_lanes, m_lanes, elements + e * m_lanes);
+                    }
+                },
+                [&](std::size_t element, std::size_t column) {
+                    std::copy_n(columns + column * m_lanes, m_lanes, elements + element * m_lanes);
+                });
             double common[boxGroup];
             strip.common = commonOfStrip(columns, common);
             strip.elements = elements;

@@ -145,7 +145,7 @@ void addRow(const T* in, double* sums, std::size_t count) {
 template <class T, class Element>
 HWY_INLINE void sumColumns(const BoxRealGroup<T>& group, std::size_t x, const Element& element, Group& out) {
     const BoxRealWindow& window = *group.window;
-    if (window.isShort()) {
+    if (window.size < 8) {
         sumShort(element, window.size, out);
     } else {
         V middle = hn::Zero(D());
@@ -183,7 +183,7 @@ HWY_INLINE void forColumns(const BoxRealGroup<T>& group, std::size_t count, cons
     }
     if (x < count) {
         alignas(64) T left[16][lanes] = {};
-        const std::size_t rows = group.window->rowsOfGroup();
+        const std::size_t rows = group.window->size < 8 ? group.window->size + 7 : 16;
         for (std::size_t row = 0; row < rows; ++row) {
             for (std::size_t i = x; i < count; ++i) {
                 left[row][i - x] = group.rows[row][i];
@@ -275,7 +275,7 @@ template <class Out>
 void totals(const BoxRealStrip<Out>& strip) {
     const BoxRealWindow window = *strip.window;
     Group sums;
-    if (window.isShort()) {
+    if (window.size < 8) {
         for (std::size_t x = 0; x < strip.count; x += 8) {
             const double* const elements = strip.elements + x * lanes;
             sumShort([&](int i) HWY_ATTR { return load(elements + static_cast<std::size_t>(i) * lanes); }, window.size,
