@@ -17,6 +17,7 @@
 #include "FrameView.h"
 #include "HistogramFilling.h"
 #include "Isodata.h"
+#include "KeyCounter.h"
 #include "SubSteps.h"
 
 namespace rix::analysis {
@@ -180,7 +181,7 @@ std::size_t thresholdingMemory(const ImageModel& image) {
                                            (std::size_t{1} << (8 * helper::getSizeOf(image.getVoxelType())));
     }
     const std::size_t threads = devices::Cpu::logicalProcessors();
-    return mostClasses * (sizeof(std::uint64_t) + threads * (sizeof(std::uint32_t) + sizeof(std::uint64_t)));
+    return 2 * mostClasses * sizeof(std::uint64_t) + threads * KeyCounter::memory;
 }
 
 void addAutoThresholdingValueRunners(AlgoInfo& info) {

@@ -11,7 +11,7 @@ HWY_BEFORE_NAMESPACE();
 namespace rix::analysis::HWY_NAMESPACE {
 
 template <class T>
-void classRow(const T* in, std::uint32_t* out, std::size_t count, const math::HistogramClasses& classes) {
+void classRow(const T* in, std::uint16_t* out, std::size_t count, const math::HistogramClasses& classes) {
     const double minimum = classes.minimum;
     const double maximum = classes.maximum;
     const double scale = classes.scale;
@@ -24,17 +24,17 @@ void classRow(const T* in, std::uint32_t* out, std::size_t count, const math::Hi
         const double position = (value * scale - scaledMinimum) / divisor;
         const double inside = value < maximum ? (position < last ? position : last) : last;
         const double chosen = value >= minimum ? (value <= maximum ? inside : none) : none;
-        out[i] = static_cast<std::uint32_t>(static_cast<std::int32_t>(chosen));
+        out[i] = static_cast<std::uint16_t>(static_cast<std::int32_t>(chosen));
     }
 }
 
 template <class T>
-void unitClassRow(const T* in, std::uint32_t* out, std::size_t count, UnitClasses classes) {
+void unitClassRow(const T* in, std::uint16_t* out, std::size_t count, UnitClasses classes) {
     for (std::size_t i = 0; i < count; ++i) {
         // Samples below the first class wrap to large numbers. The end of the range belongs to the last class.
         const std::uint32_t distance = static_cast<std::uint32_t>(in[i]) - classes.first;
         const std::uint32_t beyond = distance == classes.count ? classes.count - 1 : classes.count;
-        out[i] = distance < classes.count ? distance : beyond;
+        out[i] = static_cast<std::uint16_t>(distance < classes.count ? distance : beyond);
     }
 }
 

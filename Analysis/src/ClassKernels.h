@@ -10,9 +10,9 @@
 
 namespace rix::analysis {
 
-/// Writes the class of each sample of a row, `classes.count` for a sample that lies in none.
+/// Writes the class of each sample of a row, `classes.count` for a sample that lies in none. That number is at most 65535.
 template <class T>
-using ClassRow = void (*)(const T* in, std::uint32_t* out, std::size_t count, const math::HistogramClasses& classes);
+using ClassRow = void (*)(const T* in, std::uint16_t* out, std::size_t count, const math::HistogramClasses& classes);
 
 /// Integers of any sign and width in classes of width 1 that start at an integer: no division is needed.
 struct UnitClasses {
@@ -20,7 +20,7 @@ struct UnitClasses {
     std::uint32_t count = 0;
 };
 template <class T>
-using UnitClassRow = void (*)(const T* in, std::uint32_t* out, std::size_t count, UnitClasses classes);
+using UnitClassRow = void (*)(const T* in, std::uint16_t* out, std::size_t count, UnitClasses classes);
 
 /// Sums and counts of the samples below and not below a threshold. Samples are summed as integers, in units of
 /// 1 / scale: any order gives the same sums.

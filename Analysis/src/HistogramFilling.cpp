@@ -4,66 +4,58 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <type_traits>
+#include <vector>
 
 #include <rix/access/PointBlocks.h>
 #include <rix/access/Rows.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "ClassKernels.h"
+#include "KeyCounter.h"
 #include "PartialResults.h"
 
 namespace rix::analysis {
 
 namespace {
 
-constexpr double nanosecondsPerVoxel = 1.5;
+constexpr double nanosecondsPerVoxel = 1.0;
 
-/// Counts per class, one class more for the voxels that lie in none.
-class ClassPartial {
+/// One key more than there are classes stands for the voxels that lie in none.
+class LargePartial {
 public:
-    explicit ClassPartial(std::size_t classes) : m_counts(classes + 1) {}
-
-    /// Before `voxels` more are counted: 32-bit counters fit a closer cache, and must not overflow.
-    void reserve(std::size_t voxels) {
-        constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max();
-        if (m_sinceCarry + voxels > most) {
-            carry();
-        }
-        m_sinceCarry += voxels;
+    explicit LargePartial(std::size_t /*classes*/) {}
+    void add(const std::uint16_t* classes, std::size_t count) {
+        m_keys.count(reinterpret_cast<const std::uint8_t*>(classes), count);
     }
-    void add(const std::uint32_t* classes, std::size_t count) {
-        std::uint32_t* const counts = m_counts.data();
-        std::size_t i = 0;
-        for (; i + 2 <= count; i += 2) {
-            // Equal neighbours are counted at once, else the second would wait for the first.
-            const bool equal = classes[i] == classes[i + 1];
-            counts[classes[i]] += equal ? 2U : 1U;
-            counts[classes[i + 1]] += equal ? 0U : 1U;
-        }
-        for (; i < count; ++i) {
-            ++counts[classes[i]];
-        }
-    }
-    void joinInto(math::Histogram& histogram) {
-        carry();
-        for (std::size_t i = 0; i + 1 < m_carried.size(); ++i) {
-            histogram.addToClass(i, m_carried[i]);
+    void joinInto(math::Histogram& histogram) const {
+        for (std::size_t i = 0; i < histogram.getNbClasses(); ++i) {
+            histogram.addToClass(i, m_keys[i]);
         }
     }
 
 private:
-    void carry() {
-        m_carried.resize(m_counts.size());
-        for (std::size_t i = 0; i < m_counts.size(); ++i) {
-            m_carried[i] += m_counts[i];
-            m_counts[i] = 0;
+    KeyCounter m_keys;
+};
+
+/// A table of the classes at hand alone, for images with fewer voxels than a `KeyCounter` has counters: 32 bits hold any
+/// count.
+class SmallPartial {
+public:
+    explicit SmallPartial(std::size_t classes) : m_counts(classes + 1) {}
+    void add(const std::uint16_t* classes, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            ++m_counts[classes[i]];
         }
-        m_sinceCarry = 0;
+    }
+    void joinInto(math::Histogram& histogram) const {
+        for (std::size_t i = 0; i < histogram.getNbClasses(); ++i) {
+            histogram.addToClass(i, m_counts[i]);
+        }
     }
 
+private:
     std::vector<std::uint32_t> m_counts;
-    std::vector<std::uint64_t> m_carried;
-    std::uint64_t m_sinceCarry = 0;
 };
 
 /// The classes as integers when samples of type `T` fall into them without a division.
@@ -79,41 +71,49 @@ std::optional<UnitClasses> unitClasses(const math::Histogram& histogram) {
                        static_cast<std::uint32_t>(histogram.getNbClasses())};
 }
 
+template <class T, class Partial>
+void fill(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
+          const access::PointPlan& plan, math::Histogram& histogram) {
+    const ClassRows<T> rows = classRows<T>(level);
+    const std::optional<UnitClasses> unit = unitClasses<T>(histogram);
+    PartialResults<Partial> partials;
+    access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
+        constexpr std::size_t piece = 4096;
+        std::uint16_t classes[piece];
+        auto partial = partials.take([&] { return std::make_unique<Partial>(histogram.getNbClasses()); });
+        access::RowReader<T> in(image, plan);
+        plan.forEachSegment(block, [&](const access::RowSegment& segment) {
+            const T* const row = in.read(segment);
+            for (std::size_t i = 0; i < segment.count; i += piece) {
+                const std::size_t count = std::min(piece, segment.count - i);
+                if (unit) {
+                    rows.unitClasses(row + i, classes, count, *unit);
+                } else {
+                    rows.classes(row + i, classes, count, histogram.getClasses());
+                }
+                partial->add(classes, count);
+            }
+        });
+        partials.give(std::move(partial));
+    });
+    for (const auto& partial : partials.all()) {
+        partial->joinInto(histogram);
+    }
+}
+
 }  // namespace
 
 void fillHistogram(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
                    math::Histogram& histogram) {
     const access::PointPlan plan({&image}, nanosecondsPerVoxel);
-    PartialResults<ClassPartial> partials;
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        const ClassRows<T> rows = classRows<T>(level);
-        const std::optional<UnitClasses> unit = unitClasses<T>(histogram);
-        access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
-            constexpr std::size_t piece = 1024;
-            std::uint32_t classes[piece];
-            auto partial =
-                partials.take([&] { return std::make_unique<ClassPartial>(histogram.getNbClasses()); });
-            partial->reserve((block.lastLine - block.firstLine) * (block.lastColumn - block.firstColumn));
-            access::RowReader<T> in(image, plan);
-            plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-                const T* const row = in.read(segment);
-                for (std::size_t i = 0; i < segment.count; i += piece) {
-                    const std::size_t count = std::min(piece, segment.count - i);
-                    if (unit) {
-                        rows.unitClasses(row + i, classes, count, *unit);
-                    } else {
-                        rows.classes(row + i, classes, count, histogram.getClasses());
-                    }
-                    partial->add(classes, count);
-                }
-            });
-            partials.give(std::move(partial));
-        });
+        if (plan.voxelCount() < KeyCounter::keys) {
+            fill<T, SmallPartial>(context, level, image, plan, histogram);
+        } else {
+            fill<T, LargePartial>(context, level, image, plan, histogram);
+        }
     });
-    for (const auto& partial : partials.all()) {
-        partial->joinInto(histogram);
-    }
 }
 
 void fillHistogram(const ValueCounts& values, math::Histogram& histogram) {

@@ -1,129 +1,168 @@
 #include "KeyCounter.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
+
+#include <emmintrin.h>
 
 namespace rix::analysis {
 
 namespace {
 
-using Word = std::uint64_t;  ///< four keys
+/// Keys after which the texture is looked at again.
+constexpr std::size_t guessPeriod = std::size_t{1} << 17;
+/// Keys that are compared at once.
+constexpr std::size_t group = 16;
 
-Word loadWord(const std::uint8_t* data) {
-    Word word = 0;
-    std::memcpy(&word, data, sizeof word);
-    return word;
+std::uint16_t keyAt(const std::uint8_t* data, std::size_t index) {
+    std::uint16_t key = 0;
+    std::memcpy(&key, data + index * sizeof key, sizeof key);
+    return key;
 }
 
-std::uint16_t keyAt(Word word, unsigned int position) {
-    return static_cast<std::uint16_t>(word >> (16 * position));
+/// Which keys of a group equal `key`: bit i for key i. Every processor that the library runs on has these instructions.
+unsigned int equalKeys(const std::uint8_t* data, std::uint16_t key) {
+    const __m128i wanted = _mm_set1_epi16(static_cast<std::int16_t>(key));
+    const auto* const keys = reinterpret_cast<const __m128i*>(data);
+    const __m128i low = _mm_cmpeq_epi16(_mm_loadu_si128(keys), wanted);
+    const __m128i high = _mm_cmpeq_epi16(_mm_loadu_si128(keys + 1), wanted);
+    return static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
 }
 
-bool keysAreEqual(Word word) {
-    return ((word << 16) | (word >> 48)) == word;
-}
-
-/// How the keys of a stretch of memory are best counted.
-enum class Texture {
-    Scattered,   ///< keys seldom come again soon
-    Repetitive,  ///< keys come again while their last count is still on its way: alternate between two tables
-    Flat         ///< many neighbours are equal: count four at once
-};
-
-void add(std::uint8_t& counter, std::uint32_t& carries) {
-    if (++counter == 0) [[unlikely]] {
-        ++carries;
-    }
-}
-
-template <Texture texture>
-void countWords(const std::uint8_t* data, std::size_t words, std::uint8_t* first, std::uint32_t* carries) {
-    std::uint8_t* const second = texture == Texture::Scattered ? first : first + KeyCounter::keys;
-    for (std::size_t i = 0; i < words; ++i) {
-        const Word word = loadWord(data + i * sizeof(Word));
-        const std::uint16_t a = keyAt(word, 0);
-        if constexpr (texture == Texture::Flat) {
-            if (keysAreEqual(word)) {
-                const unsigned int sum = first[a] + 4U;
-                first[a] = static_cast<std::uint8_t>(sum);
-                if (sum > 255) [[unlikely]] {
-                    ++carries[a];
-                }
-                continue;
-            }
-        }
-        const std::uint16_t b = keyAt(word, 1);
-        const std::uint16_t c = keyAt(word, 2);
-        const std::uint16_t d = keyAt(word, 3);
-        add(first[a], carries[a]);
-        add(second[b], carries[b]);
-        add(first[c], carries[c]);
-        add(second[d], carries[d]);
-    }
-}
-
-/// Looks at a few short stretches. A wrong guess costs time, never a count.
-Texture guessTexture(const std::uint8_t* data, std::size_t words) {
-    constexpr std::size_t stretches = 16;
-    constexpr std::size_t wordsOfStretch = 8;
-    std::size_t flat = 0;
-    std::size_t repeated = 0;
-    for (std::size_t stretch = 0; stretch < stretches; ++stretch) {
-        const std::uint8_t* const begin = data + stretch * ((words - wordsOfStretch) / stretches) * sizeof(Word);
-        std::uint64_t seen[16] = {};  // one bit for each of 1024 hashes of keys
-        for (std::size_t i = 0; i < wordsOfStretch; ++i) {
-            const Word word = loadWord(begin + i * sizeof(Word));
-            flat += keysAreEqual(word) ? 1U : 0U;
-            for (unsigned int position = 0; position < 4; ++position) {
-                const std::uint32_t hash = (keyAt(word, position) * 0x9E3779B1U) >> 22;
-                const std::uint64_t bit = std::uint64_t{1} << (hash % 64);
-                repeated += (seen[hash / 64] & bit) != 0 ? 1U : 0U;
-                seen[hash / 64] |= bit;
-            }
-        }
-    }
-    // Of 32 keys of a stretch, about half a one repeats by chance of the hash alone.
-    return flat > stretches * wordsOfStretch / 4 ? Texture::Flat
-           : repeated > 2 * stretches           ? Texture::Repetitive
-                                                 : Texture::Scattered;
-}
+constexpr unsigned int allEqual = 0xFFFF;
 
 }  // namespace
 
 KeyCounter::KeyCounter()
     : m_memory(memory),
       m_counters(m_memory.data()),
-      m_carries(reinterpret_cast<std::uint32_t*>(m_memory.data() + 2 * keys)) {
+      m_carries(reinterpret_cast<std::uint32_t*>(m_memory.data() + 4 * keys)),
+      m_sinceGuess(guessPeriod) {
     std::memset(m_memory.data(), 0, memory);
 }
 
 void KeyCounter::count(const std::uint8_t* data, std::size_t count) {
-    constexpr std::size_t shortestGuess = 4096;  // words
-    const std::size_t words = count / 4;
-    const Texture texture = words < shortestGuess ? Texture::Repetitive : guessTexture(data, words);
-    switch (texture) {
-        case Texture::Scattered:
-            countWords<Texture::Scattered>(data, words, m_counters, m_carries);
+    if (m_sinceGuess >= guessPeriod && count >= 2 * group) {
+        m_guess = guess(data, count);
+        m_sinceGuess = 0;
+    }
+    m_sinceGuess += count;
+    std::size_t done = 0;
+    switch (m_guess.texture) {
+        case Texture::Varied:
+            done = countStreams<1>(data, count);
             break;
-        case Texture::Repetitive:
-            countWords<Texture::Repetitive>(data, words, m_counters, m_carries);
+        case Texture::FewValues:
+            done = countStreams<4>(data, count);
             break;
         case Texture::Flat:
-            countWords<Texture::Flat>(data, words, m_counters, m_carries);
+            done = countFlat(data, count);
             break;
     }
-    for (std::size_t i = words * 4; i < count; ++i) {
-        std::uint16_t key = 0;
-        std::memcpy(&key, data + i * sizeof key, sizeof key);
-        add(m_counters[key], m_carries[key]);
+    for (std::size_t i = done; i < count; ++i) {
+        add(0, keyAt(data, i));
     }
 }
 
-void countBytes(const std::uint8_t* data, std::size_t count, std::uint32_t* tables) {
+/// Four places are read in turn: a count that meets an unfinished one of the same key waits for it, and the processor
+/// starts over when it did not expect that. Keys from places apart meet less often than neighbours.
+template <std::size_t tables>
+std::size_t KeyCounter::countStreams(const std::uint8_t* data, std::size_t count) {
+    const std::size_t length = count / 4;
+    const std::uint8_t* const second = data + 2 * length;
+    const std::uint8_t* const third = data + 4 * length;
+    const std::uint8_t* const fourth = data + 6 * length;
+    for (std::size_t i = 0; i < length; ++i) {
+        add(0, keyAt(data, i));
+        add(1 % tables, keyAt(second, i));
+        add(2 % tables, keyAt(third, i));
+        add(3 % tables, keyAt(fourth, i));
+    }
+    return 4 * length;
+}
+
+std::size_t KeyCounter::countFlat(const std::uint8_t* data, std::size_t count) {
+    const std::uint16_t prevailing = m_guess.prevailing;
+    std::size_t prevailingCount = 0;
     std::size_t i = 0;
-    for (; i + sizeof(Word) <= count; i += sizeof(Word)) {
-        const Word word = loadWord(data + i);
-        for (unsigned int table = 0; table < 8; ++table) {
-            ++tables[256 * table + ((word >> (8 * table)) & 255)];
+    for (; i + group <= count; i += group) {
+        const std::uint8_t* const keysOfGroup = data + i * sizeof(std::uint16_t);
+        const unsigned int equal = equalKeys(keysOfGroup, prevailing);
+        if (equal == allEqual) {
+            prevailingCount += group;
+            continue;
+        }
+        const std::uint16_t first = keyAt(keysOfGroup, 0);
+        if (equalKeys(keysOfGroup, first) == allEqual) {
+            addMany(first, group);
+            continue;
+        }
+        prevailingCount += group;
+        for (unsigned int rest = ~equal & allEqual; rest != 0; rest &= rest - 1) {
+            const auto position = static_cast<std::size_t>(std::countr_zero(rest));
+            add(position % 4, keyAt(keysOfGroup, position));
+            --prevailingCount;
+        }
+    }
+    addMany(prevailing, prevailingCount);
+    return i;
+}
+
+void KeyCounter::addMany(std::uint16_t key, std::size_t count) {
+    const std::size_t sum = m_counters[key] + count;
+    m_counters[key] = static_cast<std::uint8_t>(sum);
+    if (sum > 255) [[unlikely]] {
+        m_carries[key] += static_cast<std::uint32_t>(sum / 256);
+    }
+}
+
+KeyCounter::Guess KeyCounter::guess(const std::uint8_t* data, std::size_t count) {
+    constexpr std::size_t stretchKeys = 2 * group;
+    const std::size_t stretches = std::min<std::size_t>(16, count / stretchKeys);
+    const auto stretchAt = [&](std::size_t stretch) {
+        return data + sizeof(std::uint16_t) * (stretch * ((count - stretchKeys) / stretches));
+    };
+    // The majority vote of Boyer and Moore, beside the keys that come again in their stretch.
+    std::uint16_t candidate = 0;
+    std::size_t votes = 0;
+    std::size_t repeated = 0;
+    for (std::size_t stretch = 0; stretch < stretches; ++stretch) {
+        std::uint64_t seen[16] = {};  // one bit for each of 1024 hashes of keys
+        for (std::size_t i = 0; i < stretchKeys; ++i) {
+            const std::uint16_t key = keyAt(stretchAt(stretch), i);
+            const std::uint32_t hash = (key * 0x9E3779B1U) >> 22;
+            const std::uint64_t bit = std::uint64_t{1} << (hash % 64);
+            repeated += (seen[hash / 64] & bit) != 0 ? 1U : 0U;
+            seen[hash / 64] |= bit;
+            candidate = votes == 0 ? key : candidate;
+            votes = candidate == key ? votes + 1 : votes - 1;
+        }
+    }
+    std::size_t prevailing = 0;
+    std::size_t runs = 0;
+    for (std::size_t stretch = 0; stretch < stretches; ++stretch) {
+        for (const std::size_t half : {std::size_t{0}, group}) {
+            const std::uint8_t* const keysOfGroup = stretchAt(stretch) + half * sizeof(std::uint16_t);
+            prevailing += static_cast<std::size_t>(std::popcount(equalKeys(keysOfGroup, candidate)));
+            runs += equalKeys(keysOfGroup, keyAt(keysOfGroup, 0)) == allEqual ? 1U : 0U;
+        }
+    }
+    const std::size_t all = stretches * stretchKeys;
+    const Texture texture = prevailing > all / 10 * 7 || runs > stretches ? Texture::Flat
+                            : repeated > all / 8 * 3                      ? Texture::FewValues
+                                                                          : Texture::Varied;
+    return {texture, candidate};
+}
+
+void countBytes(const std::uint8_t* data, std::size_t count, std::uint32_t* tables) {
+    constexpr std::size_t word = sizeof(std::uint64_t);
+    std::size_t i = 0;
+    for (; i + word <= count; i += word) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, data + i, word);
+        for (std::size_t table = 0; table < word; ++table) {
+            ++tables[256 * table + ((bytes >> (8 * table)) & 255)];
         }
     }
     for (; i < count; ++i) {

@@ -32,8 +32,8 @@ namespace rix::analysis {
 /// @throws InvalidCall from `run` where no class follows the chosen one: `ENTROPY`, `FACTORISATION` and `ISODATA` can't
 ///         part a constant integer image. Constant floating images give the constant, with `ISODATA` half of it.
 /// Cost: images of 8 and 16 bits with one channel are read once; others once for the range, once for the histogram and
-/// with `ISODATA` once more an iteration. Extra memory: tables of at most 400 KiB a thread and at most 32 MiB in all for
-/// the frames of a sequence.
+/// with `ISODATA` once more an iteration. Extra memory: tables of 0.5 MiB a thread, of 1 MiB in all, and of at most
+/// 32 MiB for the frames of a sequence.
 class RIX_EXPORT AutoThresholdingValue : public BaseAlgorithm, public ThresholdChoices {
 public:
     static std::shared_ptr<AutoThresholdingValue> New();
