@@ -3,6 +3,9 @@
 #include <vector>
 
 #include <rix/algorithms/ModuleList.h>
+#include <rix/analysis/Algorithms.h>
+#include <rix/filtering/smoothing/Algorithms.h>
+#include <rix/point_operations/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
 namespace rix::algorithms {
@@ -13,10 +16,17 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
         const auto append = [&list](std::span<const AlgoInfoAccessor> module) {
             list.insert(list.end(), module.begin(), module.end());
         };
+        append(point_operations::moduleAlgorithms());
+        append(filtering::smoothing::moduleAlgorithms());
+        append(analysis::moduleAlgorithms());
         append(segmentation::moduleAlgorithms());
         return list;
     }();
     return accessors;
+}
+
+std::span<const ObjectInfoAccessor> libraryObjects() {
+    return analysis::moduleObjects();
 }
 
 }  // namespace rix::algorithms

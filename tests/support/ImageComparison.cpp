@@ -98,6 +98,9 @@ public:
 
     /// What differs, in words; empty when nothing does.
     String run() {
+        if (m_extents[COLUMNS] == 0) {
+            return {};  // no columns, no rows
+        }
         Position p{};
         for (p[SPECTRAL_SERIES] = 0; p[SPECTRAL_SERIES] < m_extents[SPECTRAL_SERIES]; ++p[SPECTRAL_SERIES]) {
             for (p[SEQUENCE] = 0; p[SEQUENCE] < m_extents[SEQUENCE]; ++p[SEQUENCE]) {

@@ -32,6 +32,9 @@ T SampleValue::as() const {
 void fillImage(ImageModel& image, const SampleFunction& function) {
     const Extents n = helper::getExtents(image);
     const std::size_t samples = helper::getElementNumber(image.getElementType());
+    if (n[COLUMNS] == 0) {
+        return;  // no columns, no rows
+    }
     access::dispatch(access::AllTypes{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         std::vector<T> buffer(n[COLUMNS] * samples);

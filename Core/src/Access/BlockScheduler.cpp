@@ -13,6 +13,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/parallel_reduce.h>
 #include <tbb/partitioner.h>
+#include <tbb/task_group.h>
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/exceptions/Exception.h>
@@ -34,34 +35,63 @@ namespace {
 #ifndef __SANITIZE_THREAD__
 using Range = tbb::blocked_range<std::size_t>;
 
-/// Gives oneTBB's reduction the shape that it expects of a body.
+/// Gives oneTBB's reduction the shape that it expects of a body. Splitting must not throw there, or oneTBB loses the
+/// tasks that it is making: what `split` throws is kept and thrown when the part is to be processed.
 class TbbReduction {
 public:
     explicit TbbReduction(ReductionBody& body) : m_body(&body) {}
-    TbbReduction(TbbReduction& other, tbb::split) : m_owned(other.m_body->split()), m_body(m_owned.get()) {}
+    TbbReduction(TbbReduction& other, tbb::split) noexcept {
+        if (other.m_body == nullptr) {
+            m_failure = other.m_failure;
+            return;
+        }
+        try {
+            m_owned = other.m_body->split();
+            m_body = m_owned.get();
+        } catch (...) {
+            m_failure = std::current_exception();
+        }
+    }
 
-    void operator()(const Range& range) { m_body->process(range.begin(), range.end()); }
-    void join(TbbReduction& right) { m_body->join(*right.m_body); }
+    void operator()(const Range& range) {
+        if (m_failure != nullptr) {
+            std::rethrow_exception(m_failure);
+        }
+        m_body->process(range.begin(), range.end());
+    }
+    void join(TbbReduction& right) {
+        if (m_body != nullptr && right.m_body != nullptr) {
+            m_body->join(*right.m_body);
+        }
+    }
 
 private:
     std::unique_ptr<ReductionBody> m_owned;
-    ReductionBody* m_body;
+    ReductionBody* m_body = nullptr;  ///< null after a failed split
+    std::exception_ptr m_failure;
 };
 
+/// Its groups of tasks are isolated: were they part of a group of the application that is cancelled meanwhile, oneTBB
+/// would leave blocks out without a word.
 class ParallelScheduler : public BlockScheduler {
 public:
     void forEach(std::size_t count, FunctionRef<void(std::size_t)> block) override {
-        tbb::parallel_for(Range(0, count), [block](const Range& range) {
-            for (std::size_t i = range.begin(); i != range.end(); ++i) {
-                block(i);
-            }
-        });
+        tbb::task_group_context own(tbb::task_group_context::isolated);
+        tbb::parallel_for(
+            Range(0, count),
+            [block](const Range& range) {
+                for (std::size_t i = range.begin(); i != range.end(); ++i) {
+                    block(i);
+                }
+            },
+            tbb::auto_partitioner(), own);
     }
 
     void reduce(std::size_t count, std::size_t grain, ReductionBody& body) override {
         if (count > 0) {
             TbbReduction reduction(body);
-            tbb::parallel_deterministic_reduce(Range(0, count, grain), reduction, tbb::simple_partitioner());
+            tbb::task_group_context own(tbb::task_group_context::isolated);
+            tbb::parallel_deterministic_reduce(Range(0, count, grain), reduction, tbb::simple_partitioner(), own);
         }
     }
 };

@@ -53,8 +53,8 @@ void NoBorderCondition<T>::getData(const ImageModel& image, T* begin, T* end, st
         return;
     }
     const OuterCoordinates outer{row, plane, sequence, spectral};
-    const bool isInsideTheImage = borders::isInside(source, outer) &&
-                                  borders::partsOf(column, count, source.columns()).inside == count;
+    const bool isInsideTheImage =
+        borders::isInside(source, outer) && borders::partsOf(column, count, source.columns()).inside == count;
     RIX_ASSERT(isInsideTheImage);
     if (!isInsideTheImage) {
         throw BadIndex("A row that leaves image " + helper::describeImage(image) +
@@ -92,9 +92,8 @@ std::shared_ptr<MirrorBorderCondition<T>> MirrorBorderCondition<T>::New() {
 }
 
 template <class T>
-void MirrorBorderCondition<T>::getData(const ImageModel& image, T* begin, T* end, std::int64_t column,
-                                       std::int64_t row, std::int64_t plane, std::int64_t sequence,
-                                       std::int64_t spectral) const {
+void MirrorBorderCondition<T>::getData(const ImageModel& image, T* begin, T* end, std::int64_t column, std::int64_t row,
+                                       std::int64_t plane, std::int64_t sequence, std::int64_t spectral) const {
     const Source source = borders::checkedSource(image, begin, end);
     borders::checkHasElements(source);
     borders::readMirroredRow(source, begin, column, elementCount(source, begin, end),
@@ -133,10 +132,10 @@ void ContinueBorderCondition<T>::getData(const ImageModel& image, T* begin, T* e
     repeatElement(right - samples, right, parts.right, source.samples);
 }
 
-#define RIX_COMPILE_CONDITIONS(T)             \
-    template class NoBorderCondition<T>;      \
-    template class FixedBorderCondition<T>;   \
-    template class MirrorBorderCondition<T>;  \
+#define RIX_COMPILE_CONDITIONS(T)            \
+    template class NoBorderCondition<T>;     \
+    template class FixedBorderCondition<T>;  \
+    template class MirrorBorderCondition<T>; \
     template class ContinueBorderCondition<T>;
 RIX_COMPILE_CONDITIONS(std::uint8_t)
 RIX_COMPILE_CONDITIONS(std::uint16_t)

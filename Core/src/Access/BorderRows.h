@@ -93,8 +93,7 @@ void readInside(const Source& source, T* buffer, std::int64_t column, std::int64
         return;
     }
     const auto size = [](std::int64_t value) { return static_cast<std::size_t>(value); };
-    const RowSegment segment{size(column),   size(outer[0]), size(outer[1]),
-                             size(outer[2]), size(outer[3]), size(count)};
+    const RowSegment segment{size(column), size(outer[0]), size(outer[1]), size(outer[2]), size(outer[3]), size(count)};
     if (!source.image.readRowAt(segment.count, reinterpret_cast<RawData>(buffer), segment.column, segment.row,
                                 segment.plane, segment.sequence, segment.spectral)) {
         throwRowError("readRowAt", source.image, segment);
@@ -130,19 +129,18 @@ template <class T>
 void copyMirrored(const T* from, std::int64_t first, T* out, std::int64_t column, std::int64_t count,
                   const Source& source) {
     const auto samples = static_cast<std::int64_t>(source.samples);
-    forEachMirrorRun(column, count, source.columns(),
-                     [&](std::int64_t position, std::int64_t length, bool forward) {
-                         const T* element = from + (position - first) * samples;
-                         if (forward) {
-                             out = std::copy_n(element, length * samples, out);
-                         } else if (samples == 1) {
-                             out = std::reverse_copy(element - length + 1, element + 1, out);
-                         } else {
-                             for (std::int64_t i = 0; i < length; ++i, element -= samples) {
-                                 out = std::copy_n(element, samples, out);
-                             }
-                         }
-                     });
+    forEachMirrorRun(column, count, source.columns(), [&](std::int64_t position, std::int64_t length, bool forward) {
+        const T* element = from + (position - first) * samples;
+        if (forward) {
+            out = std::copy_n(element, length * samples, out);
+        } else if (samples == 1) {
+            out = std::reverse_copy(element - length + 1, element + 1, out);
+        } else {
+            for (std::int64_t i = 0; i < length; ++i, element -= samples) {
+                out = std::copy_n(element, samples, out);
+            }
+        }
+    });
 }
 
 /// Reads `count` elements from a column on that may lie outside, by the rule of the mirror.

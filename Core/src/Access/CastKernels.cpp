@@ -14,8 +14,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace rix::access::HWY_NAMESPACE {
 
-// Plain loops that the compiler turns into the vectors of the pass. Complex samples are pairs of reals here: the
-// standard library's accessors must not be compiled inside a pass.
+// Plain loops that the compiler turns into the vectors of the pass, but for those that it does badly. Complex samples
+// are pairs of reals here: the standard library's accessors must not be compiled inside a pass.
 template <class Part>
 struct Pair {
     Part real;
@@ -36,25 +36,58 @@ inline Integer truncated(Real value) {
     return static_cast<Integer>(value > lowest - Real(1) && value < -lowest ? value : lowest);
 }
 
-/// 32-bit unsigned integers have no conversion of their own in most vectors: through the signed one, shifted by 2^31.
-/// Every step but the last is exact.
-template <class To>
-inline To fromUnsigned(std::uint32_t value) {
-    return static_cast<To>(static_cast<double>(static_cast<std::int32_t>(value ^ 0x80000000u)) + 0x1p31);
+/// One sample that is no pair.
+template <class To, class From>
+inline To castReal(From value) {
+    if constexpr (std::is_same_v<From, std::uint32_t> && std::is_same_v<To, double>) {
+        // Most vectors convert signed integers only: shifted by 2^31 and back, both exactly.
+        return static_cast<double>(static_cast<std::int32_t>(value ^ 0x80000000u)) + 0x1p31;
+    } else if constexpr (!std::is_floating_point_v<From> || std::is_floating_point_v<To>) {
+        return static_cast<To>(value);
+    } else if constexpr (sizeof(To) == 4 && std::is_unsigned_v<To>) {
+        return static_cast<To>(truncated<std::int64_t>(value));
+    } else {
+        return static_cast<To>(truncated<std::int32_t>(value));
+    }
 }
+
+#if HWY_TARGET <= HWY_AVX2  // the better the target, the smaller its number
+/// Small integers into wider samples. Left to itself the compiler unpacks in several steps, which with AVX2 is slower
+/// than without: here a load widens as far as the sample goes. SSE is better off with the unpacking.
+template <class To, class From>
+inline std::size_t widen(const From* HWY_RESTRICT from, To* HWY_RESTRICT to, std::size_t count) {
+    namespace hn = hwy::HWY_NAMESPACE;
+    const hn::ScalableTag<To> d;
+    const hn::Rebind<From, decltype(d)> dFrom;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto narrow = hn::LoadU(dFrom, from + i);
+        if constexpr (std::is_same_v<To, float>) {
+            hn::StoreU(hn::ConvertTo(d, hn::PromoteTo(hn::RebindToSigned<decltype(d)>(), narrow)), d, to + i);
+        } else if constexpr (std::is_same_v<To, double>) {
+            hn::StoreU(hn::PromoteTo(d, hn::PromoteTo(hn::Rebind<std::int32_t, decltype(d)>(), narrow)), d, to + i);
+        } else if constexpr (std::is_signed_v<From>) {
+            const hn::RebindToSigned<decltype(d)> dSigned;
+            hn::StoreU(hn::BitCast(d, hn::PromoteTo(dSigned, narrow)), d, to + i);
+        } else {
+            hn::StoreU(hn::PromoteTo(d, narrow), d, to + i);
+        }
+    }
+    return i;
+}
+#endif
 
 template <class To, class From>
 inline void castReals(const From* HWY_RESTRICT from, To* HWY_RESTRICT to, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        if constexpr (std::is_same_v<From, std::uint32_t> && std::is_floating_point_v<To>) {
-            to[i] = fromUnsigned<To>(from[i]);
-        } else if constexpr (!std::is_floating_point_v<From> || std::is_floating_point_v<To>) {
-            to[i] = static_cast<To>(from[i]);
-        } else if constexpr (sizeof(To) == 4 && std::is_unsigned_v<To>) {
-            to[i] = static_cast<To>(truncated<std::int64_t>(from[i]));
-        } else {
-            to[i] = static_cast<To>(truncated<std::int32_t>(from[i]));
-        }
+    std::size_t i = 0;
+#if HWY_TARGET <= HWY_AVX2
+    if constexpr (std::is_integral_v<From> && sizeof(From) < 4 && sizeof(To) > sizeof(From)) {
+        i = widen(from, to, count);
+    }
+#endif
+    for (; i < count; ++i) {
+        to[i] = castReal<To>(from[i]);
     }
 }
 
@@ -92,22 +125,13 @@ void castPairs(ConstRawData from, RawData to, std::size_t count) {
     castReals(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), 2 * count);
 }
 
-/// The real parts of complex samples, in steps whose parts stay in the cache of the first level.
+/// The real parts of complex samples.
 template <class To, class Part>
 void castRealParts(ConstRawData from, RawData to, std::size_t count) {
-    constexpr std::size_t step = 512;
-    alignas(64) Part parts[step];
     const auto* HWY_RESTRICT in = reinterpret_cast<const Part*>(from);
-    auto* out = reinterpret_cast<To*>(to);
-    while (count > 0) {
-        const std::size_t now = count < step ? count : step;
-        for (std::size_t i = 0; i < now; ++i) {
-            parts[i] = in[2 * i];
-        }
-        castReals(parts, out, now);
-        in += 2 * now;
-        out += now;
-        count -= now;
+    auto* HWY_RESTRICT out = reinterpret_cast<To*>(to);
+    for (std::size_t i = 0; i < count; ++i) {
+        out[i] = castReal<To>(in[2 * i]);
     }
 }
 
@@ -116,11 +140,7 @@ void castToPairs(ConstRawData from, RawData to, std::size_t count) {
     const auto* HWY_RESTRICT in = reinterpret_cast<const From*>(from);
     auto* HWY_RESTRICT out = reinterpret_cast<Part*>(to);
     for (std::size_t i = 0; i < count; ++i) {
-        if constexpr (std::is_same_v<From, std::uint32_t>) {
-            out[2 * i] = fromUnsigned<Part>(in[i]);
-        } else {
-            out[2 * i] = static_cast<Part>(in[i]);
-        }
+        out[2 * i] = castReal<Part>(in[i]);
         out[2 * i + 1] = Part(0);
     }
 }
@@ -163,29 +183,23 @@ constexpr CastKernel kernelOf() {
 
 template <class From>
 constexpr PerVoxelType<CastKernel> castsFrom() {
-    return {kernelOf<std::uint8_t, From>(),  kernelOf<std::uint16_t, From>(), kernelOf<std::uint32_t, From>(), nullptr,
-            kernelOf<std::int8_t, From>(),   kernelOf<std::int16_t, From>(),  kernelOf<std::int32_t, From>(),  nullptr,
-            kernelOf<float, From>(),         kernelOf<double, From>(),        kernelOf<Pair<float>, From>(),
-            kernelOf<Pair<double>, From>()};
+    return {kernelOf<std::uint8_t, From>(),  kernelOf<std::uint16_t, From>(),
+            kernelOf<std::uint32_t, From>(), nullptr,
+            kernelOf<std::int8_t, From>(),   kernelOf<std::int16_t, From>(),
+            kernelOf<std::int32_t, From>(),  nullptr,
+            kernelOf<float, From>(),         kernelOf<double, From>(),
+            kernelOf<Pair<float>, From>(),   kernelOf<Pair<double>, From>()};
 }
 
-constexpr CastTable castTable = {
-    castsFrom<std::uint8_t>(), castsFrom<std::uint16_t>(), castsFrom<std::uint32_t>(), PerVoxelType<CastKernel>{},
-    castsFrom<std::int8_t>(),  castsFrom<std::int16_t>(),  castsFrom<std::int32_t>(),  PerVoxelType<CastKernel>{},
-    castsFrom<float>(),        castsFrom<double>(),        castsFrom<Pair<float>>(),   castsFrom<Pair<double>>()};
+constexpr CastTable castTable = {castsFrom<std::uint8_t>(),  castsFrom<std::uint16_t>(), castsFrom<std::uint32_t>(),
+                                 PerVoxelType<CastKernel>{}, castsFrom<std::int8_t>(),   castsFrom<std::int16_t>(),
+                                 castsFrom<std::int32_t>(),  PerVoxelType<CastKernel>{}, castsFrom<float>(),
+                                 castsFrom<double>(),        castsFrom<Pair<float>>(),   castsFrom<Pair<double>>()};
 
-constexpr BinaryTable binaryTable = {&toBinary<std::uint8_t>,
-                                     &toBinary<std::uint16_t>,
-                                     &toBinary<std::uint32_t>,
-                                     nullptr,
-                                     &toBinary<std::uint8_t>,
-                                     &toBinary<std::uint16_t>,
-                                     &toBinary<std::uint32_t>,
-                                     nullptr,
-                                     &toBinary<float>,
-                                     &toBinary<double>,
-                                     &toBinary<Pair<float>>,
-                                     &toBinary<Pair<double>>};
+constexpr BinaryTable binaryTable = {
+    &toBinary<std::uint8_t>, &toBinary<std::uint16_t>, &toBinary<std::uint32_t>, nullptr,
+    &toBinary<std::uint8_t>, &toBinary<std::uint16_t>, &toBinary<std::uint32_t>, nullptr,
+    &toBinary<float>,        &toBinary<double>,        &toBinary<Pair<float>>,   &toBinary<Pair<double>>};
 
 constexpr CastKernels kernels() {
     return {&castTable, &binaryTable};
@@ -198,8 +212,10 @@ HWY_AFTER_NAMESPACE();
 namespace rix::access {
 
 const CastKernels& castKernels() {
-    static const CastKernels best = RIX_SELECT_KERNELS(
-        devices::Cpu::supports(VEC_AVX) ? VEC_AVX : devices::Cpu::supports(VEC_SSE) ? VEC_SSE : SCALAR, kernels());
+    static const CastKernels best = RIX_SELECT_KERNELS(devices::Cpu::supports(VEC_AVX)   ? VEC_AVX
+                                                       : devices::Cpu::supports(VEC_SSE) ? VEC_SSE
+                                                                                         : SCALAR,
+                                                       kernels());
     return best;
 }
 

@@ -26,8 +26,7 @@ VoxelTypes checkedType(VoxelTypes type) {
 
 /// Converts between buffers that may lie anywhere: those of applications need not be aligned.
 template <class Cast>
-void castAnywhere(Cast cast, VoxelTypes fromType, ConstRawData from, VoxelTypes toType, RawData to,
-                  std::size_t count) {
+void castAnywhere(Cast cast, VoxelTypes fromType, ConstRawData from, VoxelTypes toType, RawData to, std::size_t count) {
     if (access::isAligned(from, fromType) && access::isAligned(to, toType)) {
         cast(fromType, from, toType, to, count);
         return;

@@ -51,9 +51,9 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
     m_joined = voxels > 0;
     for (const ImageModel* image : images) {
         if (helper::getExtents(*image) != m_extents) {
-            throw UnexpectedError("The images of a point operation have different sizes: " +
-                                  helper::describeImage(**images.begin()) + " and " + helper::describeImage(*image) +
-                                  '.');
+            throw UnexpectedError(
+                "The images of a point operation have different sizes: " + helper::describeImage(**images.begin()) +
+                " and " + helper::describeImage(*image) + '.');
         }
         bytesPerVoxel += helper::getElementSize(*image);
         m_joined = m_joined && image->getImageBuffer() != nullptr;
@@ -67,10 +67,10 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
     const double cost = std::max(nanosecondsPerVoxel, 1e-3);
     m_small = static_cast<double>(voxels) * cost < smallWorkNanoseconds;
 
-    const auto blockVoxels = static_cast<std::size_t>(
-        std::clamp(std::min(static_cast<double>(blockBytes) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
-                            longestBlockNanoseconds / cost),
-                   1.0, 1e9));
+    const auto blockVoxels = static_cast<std::size_t>(std::clamp(
+        std::min(static_cast<double>(blockBytes) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
+                 longestBlockNanoseconds / cost),
+        1.0, 1e9));
     const bool cutsColumns = mode != RIX_PARTITION_ONLY_ROWS || m_joined;
     const bool cutsLines = mode != RIX_PARTITION_ONLY_COLUMNS;
     const std::size_t blocks = ceilDivide(voxels, blockVoxels);
@@ -78,9 +78,8 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
         m_lineParts = 1;
         m_columnParts = std::min(blocks, ceilDivide(m_columns, shortestPiece));
     } else {
-        m_columnParts = cutsColumns && m_columns > blockVoxels
-                            ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece))
-                            : 1;
+        m_columnParts =
+            cutsColumns && m_columns > blockVoxels ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece)) : 1;
         m_lineParts = std::min(m_lines, ceilDivide(blocks, m_columnParts));
     }
 }

@@ -59,8 +59,7 @@ RowCache<T>::RowCache(const ImageModel& image, const BorderCondition<T>& border,
       m_columns(windowExtent(block.columns, reach.columns)),
       m_rows(windowExtent(block.rows, reach.rows)),
       m_planes(windowExtent(block.planes, reach.planes)),
-      m_heldRows(block.planes.end - block.planes.begin > 1 && reach.planes.sum() > 0 ? m_rows
-                                                                                     : reach.rows.sum() + 1),
+      m_heldRows(block.planes.end - block.planes.begin > 1 && reach.planes.sum() > 0 ? m_rows : reach.rows.sum() + 1),
       m_heldPlanes(reach.planes.sum() + 1) {
     if (image.getVoxelType() != voxelTypeOf<T>) {
         m_converted.emplace(&image, voxelTypeOf<T>);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <new>
 #include <string>
 
@@ -15,6 +16,12 @@ namespace {
 
 constexpr std::align_val_t scratchAlignment{64};
 constexpr std::size_t granularity = 4096;
+#ifdef __SANITIZE_ADDRESS__
+// The sanitizer's allocator ends the program for sizes that it does not support instead of throwing.
+constexpr std::size_t largestAllocation = std::size_t{1} << 38;
+#else
+constexpr std::size_t largestAllocation = static_cast<std::size_t>(PTRDIFF_MAX) - granularity;
+#endif
 /// A store keeps at most this many buffers: a thread's idle memory is bounded.
 constexpr std::size_t keptBuffers = 16;
 
@@ -73,6 +80,9 @@ ThreadStore& threadStore() {
 }  // namespace
 
 Scratch::Scratch(std::size_t bytes) {
+    if (bytes > largestAllocation) {
+        throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
+    }
     const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
     if (!isBig(capacity)) {
         const ThreadStore::Buffer kept = threadStore().take(bytes);
@@ -81,9 +91,6 @@ Scratch::Scratch(std::size_t bytes) {
             m_capacity = kept.capacity;
             return;
         }
-    }
-    if (capacity < bytes) {
-        throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
     }
     try {
         m_data = static_cast<RawData>(isBig(capacity) ? buffer::allocate(capacity)

@@ -21,16 +21,16 @@ struct AlgoInfoPrivate {
 
 namespace {
 
-/// The ordered list of all records.
+/// The ordered list of all records. Never destroyed: classes of plug-ins leave it as late as at the end of the process.
 std::vector<AlgoInfo*>& registry() {
-    static std::vector<AlgoInfo*> records = [] {
-        std::vector<AlgoInfo*> list;
+    static auto* const records = [] {
+        auto list = std::make_unique<std::vector<AlgoInfo*>>();
         for (const algorithms::AlgoInfoAccessor getInfo : algorithms::libraryAlgorithms()) {
-            list.push_back(&getInfo());
+            list->push_back(&getInfo());
         }
-        return list;
+        return list.release();
     }();
-    return records;
+    return *records;
 }
 
 }  // namespace

@@ -36,7 +36,9 @@ void declare(std::vector<BaseProperty*>& list, BaseAlgorithm* owner, BasePropert
 }  // namespace
 
 BaseAlgorithm::BaseAlgorithm(algorithms::AbstractPrivateImplementation* implementation)
-    : m_private(std::make_unique<algorithms::BaseAlgorithmPrivate>(*this, implementation)) {}
+    // Owned before anything else is allocated: it must not be lost when that fails.
+    : m_private(std::make_unique<algorithms::BaseAlgorithmPrivate>(
+          *this, std::unique_ptr<algorithms::AbstractPrivateImplementation>(implementation))) {}
 
 BaseAlgorithm::~BaseAlgorithm() = default;
 

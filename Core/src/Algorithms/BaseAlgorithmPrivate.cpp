@@ -1,7 +1,9 @@
 #include "BaseAlgorithmPrivate.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
+#include <utility>
 
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/devices/Cpu.h>
@@ -20,6 +22,12 @@ namespace {
 /// How often progress is handed on. It never delays the end of a run.
 constexpr std::chrono::milliseconds talkPeriod{100};
 
+/// Made while there is memory, for when there is none even to tell of it. Never destroyed: runs may be as late.
+const UnexpectedError& exhaustedMemory() {
+    static const auto* const error = new UnexpectedError("Memory is exhausted: an allocation during the run failed.");
+    return *error;
+}
+
 }  // namespace
 
 /// Whatever happens, a run leaves the algorithm unlocked, not running and ready for the next run.
@@ -31,6 +39,8 @@ public:
         BaseAlgorithmPrivate* const parent = m_run.parentPrivate();
         m_run.m_progression.reset(parent != nullptr ? &parent->m_progression : nullptr);
         m_run.setMessage(String());
+        // Last: who sees the run may cancel it, and no request after that is forgotten.
+        m_run.m_running = true;
     }
     ~RunGuard() {
         m_run.m_interaction = nullptr;
@@ -38,6 +48,7 @@ public:
         m_run.m_algorithm.lockAllProperties(false);
         m_run.m_internalRunStarted = false;
         m_run.m_running = false;
+        m_run.m_entered = false;
     }
     RunGuard(const RunGuard&) = delete;
     RunGuard& operator=(const RunGuard&) = delete;
@@ -46,29 +57,47 @@ private:
     BaseAlgorithmPrivate& m_run;
 };
 
-BaseAlgorithmPrivate::BaseAlgorithmPrivate(BaseAlgorithm& algorithm, AbstractPrivateImplementation* implementation)
-    : m_algorithm(algorithm), m_implementation(implementation), m_settings(globalSettings()) {}
+BaseAlgorithmPrivate::BaseAlgorithmPrivate(BaseAlgorithm& algorithm,
+                                           std::unique_ptr<AbstractPrivateImplementation> implementation)
+    : m_algorithm(algorithm), m_implementation(std::move(implementation)), m_settings(globalSettings()) {
+    exhaustedMemory();
+}
 
 BaseAlgorithmPrivate* BaseAlgorithmPrivate::parentPrivate() const {
     return m_parent != nullptr ? m_parent->m_private.get() : nullptr;
 }
 
 void BaseAlgorithmPrivate::run(InteractionInterface* interaction) {
-    if (m_running.exchange(true)) {
+    if (m_entered.exchange(true)) {
         return;
     }
+    try {
+        runInFamily(interaction);
+    } catch (const std::bad_alloc&) {
+        throw exhaustedMemory();
+    }
+    if (interaction != nullptr) {
+        report(*interaction);  // progress 1
+    }
+}
+
+void BaseAlgorithmPrivate::runInFamily(InteractionInterface* interaction) {
     try {
         const RunGuard guard(*this);
         runGuarded(interaction);
     } catch (Exception& exception) {
-        exception.addInfoLevel(runLabel());
+        try {
+            exception.addInfoLevel(runLabel());
+        } catch (const std::bad_alloc&) {
+            // The cause matters more than the label.
+        }
         throw;
     } catch (const ExceptionCancelation& cancelation) {
         UserCancelException exception(cancelation.what());
         exception.addInfoLevel(runLabel());
         throw exception;
     } catch (const std::bad_alloc&) {
-        UnexpectedError exception("Memory is exhausted: an allocation during the run failed.");
+        UnexpectedError exception(exhaustedMemory());
         exception.addInfoLevel(runLabel());
         throw exception;
     } catch (const std::exception& other) {
@@ -79,9 +108,6 @@ void BaseAlgorithmPrivate::run(InteractionInterface* interaction) {
         UnexpectedError exception("undefined exception");
         exception.addInfoLevel(runLabel());
         throw exception;
-    }
-    if (interaction != nullptr) {
-        talk(*interaction);  // progress 1
     }
 }
 
@@ -160,7 +186,8 @@ void BaseAlgorithmPrivate::internalRun() {
 
 void BaseAlgorithmPrivate::dispatchLevels() {
     Outcome outcome = Outcome::NoRunner;
-    const int maximum = m_algorithm.getMaxOptimLevel();
+    // The setting is anybody's text; levels beyond the last have no runners.
+    const int maximum = std::min<int>(m_algorithm.getMaxOptimLevel(), GPU);
     if (m_autoDispatch) {
         for (int level = maximum; level >= 0 && outcome != Outcome::Success; --level) {
             outcome = tryLevel(level);
@@ -221,15 +248,19 @@ void BaseAlgorithmPrivate::talkFromCallersThread() {
 }
 
 void BaseAlgorithmPrivate::talk(InteractionInterface& interaction) {
+    report(interaction);
+    if (interaction.isCancelRequested()) {
+        m_algorithm.cancelExecution();
+    }
+}
+
+void BaseAlgorithmPrivate::report(InteractionInterface& interaction) const {
     interaction.setProgress(m_progression.value());
     interaction.setProgressionMessage(m_algorithm.getProgressionMessage());
     String name;
     String value;
     m_algorithm.getProgressionData(name, value);
     interaction.setProgressionData(name, value);
-    if (interaction.isCancelRequested()) {
-        m_algorithm.cancelExecution();
-    }
 }
 
 void BaseAlgorithmPrivate::setMessage(const String& message) {

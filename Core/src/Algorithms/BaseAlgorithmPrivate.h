@@ -21,7 +21,7 @@ namespace rix::algorithms {
 /// State of an algorithm object and the procedure of its run.
 class BaseAlgorithmPrivate final : public access::ExecutionContext {
 public:
-    BaseAlgorithmPrivate(BaseAlgorithm& algorithm, AbstractPrivateImplementation* implementation);
+    BaseAlgorithmPrivate(BaseAlgorithm& algorithm, std::unique_ptr<AbstractPrivateImplementation> implementation);
 
     void run(InteractionInterface* interaction);
     bool isRunCancelled() const;
@@ -45,7 +45,8 @@ public:
     bool m_autoDispatch = true;
     bool m_iterateSpectral = false;
     bool m_iterateSequence = false;
-    std::atomic<bool> m_running{false};
+    std::atomic<bool> m_entered{false};  ///< keeps a second call of `run` out
+    std::atomic<bool> m_running{false};  ///< what others see of it
     std::atomic<bool> m_internalRunStarted{false};
     BaseAlgorithm* m_parent = nullptr;
     Progression m_progression;
@@ -60,6 +61,8 @@ private:
     class RunGuard;
     enum class Outcome { NoRunner, NotRunnable, Success };
 
+    /// Runs; whatever is thrown leaves as an exception of the library, or as `std::bad_alloc`.
+    void runInFamily(InteractionInterface* interaction);
     void runGuarded(InteractionInterface* interaction);
     void refuseTooMuchMemory() const;
     bool runsInCallersThread() const;
@@ -71,6 +74,8 @@ private:
 
     /// Hands progress to the person who waits and takes the request to cancel from them.
     void talk(InteractionInterface& interaction);
+    /// The part of it that asks nothing: how far the run is.
+    void report(InteractionInterface& interaction) const;
     void talkFromCallersThread();
 
     std::size_t m_threads = 1;

@@ -50,7 +50,11 @@ struct Plugin {
 };
 
 std::vector<Plugin>& plugins() {
-    static std::vector<Plugin> loaded;
+    // After the records of the library's classes, so that plug-ins that nobody unloads leave them while they exist.
+    static std::vector<Plugin> loaded = [] {
+        AlgoInfo::getNumOfAlgorithm();
+        return std::vector<Plugin>();
+    }();
     return loaded;
 }
 
@@ -84,6 +88,8 @@ Plugin loadPlugin(const String& path) {
         // The text is copied: the exception's own code may be unloaded with the library.
         const String reason = exception.what();
         throw LoadingError("The plug-in " + path + " failed to register: " + reason);
+    } catch (...) {
+        throw LoadingError("The plug-in " + path + " failed to register.");
     }
     return plugin;
 }

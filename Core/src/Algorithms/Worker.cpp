@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include <pthread.h>
+
 namespace rix::algorithms {
 
 namespace {
@@ -99,18 +101,32 @@ public:
         return std::make_unique<Worker>();
     }
 
-    void give(std::unique_ptr<Worker> worker) {
+    void give(std::unique_ptr<Worker> worker) noexcept {
         const std::lock_guard lock(m_mutex);
         if (m_idle.size() < keptWorkers) {
-            m_idle.push_back(std::move(worker));
+            m_idle.push_back(std::move(worker));  // within the capacity reserved below: cannot throw
         }
     }
 
     void release() {
         std::vector<std::unique_ptr<Worker>> idle;
         const std::lock_guard lock(m_mutex);
+        idle.reserve(keptWorkers);  // becomes the capacity of the pool
         idle.swap(m_idle);
     }
+
+    // A process that forks leaves its threads behind: the child has the workers, but no thread that does their work.
+    void lockForFork() { m_mutex.lock(); }
+    void unlockAfterFork() { m_mutex.unlock(); }
+    void forgetInChild() {
+        for (std::unique_ptr<Worker>& worker : m_idle) {
+            static_cast<void>(worker.release());  // its end would wait for a thread that does not exist
+        }
+        m_idle.clear();
+        m_mutex.unlock();
+    }
+
+    WorkerPool() { m_idle.reserve(keptWorkers); }
 
 private:
     static constexpr std::size_t keptWorkers = 16;
@@ -120,6 +136,9 @@ private:
 
 WorkerPool& workerPool() {
     static WorkerPool pool;
+    static const int handlers = ::pthread_atfork([] { workerPool().lockForFork(); }, [] { workerPool().unlockAfterFork(); },
+                                                 [] { workerPool().forgetInChild(); });
+    static_cast<void>(handlers);
     return pool;
 }
 

@@ -1,6 +1,10 @@
 #include <rix/image/ImageModel.h>
 
+#include <cstdint>
+
 #include <rix/exceptions/Exception.h>
+
+#include "Image/LostSamples.h"
 
 namespace rix {
 
@@ -24,9 +28,12 @@ void matchShape(ImageModel& image, const ImageModel& reference, bool size, bool 
     if (extents == own && voxelType == image.getVoxelType() && image.getElementType() == SINGLE) {
         return;  // reserving again would give up samples for nothing
     }
-    require(image.reserve(voxelType, extents[COLUMNS], extents[ROWS], extents[PLANS], extents[SEQUENCE],
-                          extents[SPECTRAL_SERIES]),
-            size ? "The image cannot be resized." : "The image cannot be retyped.");
+    const bool reserved = image.reserve(voxelType, extents[COLUMNS], extents[ROWS], extents[PLANS], extents[SEQUENCE],
+                                        extents[SPECTRAL_SERIES]);
+    if (!reserved) {
+        helper::emptyIfSamplesAreLost(image);
+    }
+    require(reserved, size ? "The image cannot be resized." : "The image cannot be retyped.");
 }
 
 void matchCalibration(ImageModel& image, const ImageModel& reference) {
@@ -114,6 +121,17 @@ bool multiplyExtents(const std::array<std::size_t, 5>& extents, std::size_t& cou
     }
     count = product;
     return true;
+}
+
+void emptyIfSamplesAreLost(ImageModel& image) {
+    constexpr std::size_t largestElement = 16 * 6;
+    std::array<std::uint8_t, largestElement> element;
+    std::size_t count = 0;
+    const bool promisesSamples = getElementCount(image, count) && count > 0;
+    if (promisesSamples && getElementSize(image) <= largestElement &&
+        !image.readRowAt(1, element.data(), 0, 0, 0, 0, 0)) {
+        static_cast<void>(image.reserve(image.getElementType(), image.getVoxelType(), 0, 0, 0, 0, 0));
+    }
 }
 
 String describeImage(const ImageModel& image) {

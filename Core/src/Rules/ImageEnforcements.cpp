@@ -1,5 +1,7 @@
 #include <rix/rules/ImageEnforcements.h>
 
+#include "Image/LostSamples.h"
+
 namespace rix::rules {
 
 namespace {
@@ -91,6 +93,7 @@ void EnforceType::apply(const OutputOperand& output) const {
     }
     const auto extents = helper::getExtents(image);
     if (!image.reserve(m_type, extents[0], extents[1], extents[2], extents[3], extents[4])) {
+        helper::emptyIfSamplesAreLost(image);
         refuse(parameterText(output.property) + " cannot be retyped to " + helper::voxelTypesToString(m_type) + ".",
                imageText(output));
     }
@@ -210,6 +213,7 @@ void EnforceImage::reserve(const OutputOperand& output, const ImageModel& model)
         refuseShape("Both are the same image, whose samples would be lost.");
     }
     if (!image.reserve(elementType, m_check.voxelType, extents[0], extents[1], extents[2], extents[3], extents[4])) {
+        helper::emptyIfSamplesAreLost(image);
         refuseShape("The image cannot be resized.");
     }
 }

@@ -23,8 +23,9 @@ using access::voxelTypeOf;
 using test::CopyOnly;
 using test::sameSample;
 
-constexpr VoxelTypes allTypes[] = {RIX_UINT8, RIX_UINT16,  RIX_UINT32,  RIX_INT8,            RIX_INT16,
-                                   RIX_INT32, RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
+constexpr VoxelTypes allTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
+                                   RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
+                                   RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
 
 /// Calls `function(fromTag, toTag)` for all hundred pairs.
 template <class F>
@@ -47,7 +48,8 @@ TEST(ImageModelProxy, ReadsEveryTypeAsEveryType) {
         CopyOnly copied;
         ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, memory));
         const Real* const samples = reinterpret_cast<const Real*>(memory.getImageBuffer());
-        for (const ImageModel* real : {static_cast<const ImageModel*>(&memory), static_cast<const ImageModel*>(&copied)}) {
+        for (const ImageModel* real :
+             {static_cast<const ImageModel*>(&memory), static_cast<const ImageModel*>(&copied)}) {
             const ImageModelProxy proxy(real, voxelTypeOf<Shown>);
             EXPECT_EQ(proxy.getVoxelType(), voxelTypeOf<Shown>);
             // Row 2 of plane 1 of frame 0 of channel 1, from column 3 on.
@@ -69,8 +71,8 @@ TEST(ImageModelProxy, WritesEveryTypeAsEveryType) {
     forEachPair([](auto realTag, auto shownTag) {
         using Real = typename decltype(realTag)::type;
         using Shown = typename decltype(shownTag)::type;
-        const io::MemoryImage source =
-            test::makeRandomImage({.voxelType = voxelTypeOf<Shown>, .extents = {29, 1, 1, 1, 1}}, 6, test::Extremes::All);
+        const io::MemoryImage source = test::makeRandomImage(
+            {.voxelType = voxelTypeOf<Shown>, .extents = {29, 1, 1, 1, 1}}, 6, test::Extremes::All);
         const Shown* const samples = reinterpret_cast<const Shown*>(source.getImageBuffer());
         io::MemoryImage memory = test::imageOf(voxelTypeOf<Real>, {31, 2, 1, 1, 1});
         CopyOnly copied;
@@ -141,6 +143,7 @@ TEST(ImageModelProxy, ReportsFailures) {
     EXPECT_FALSE(proxy.readRowAt(huge / 2, buffer, 0, 0, 0, 0, 0)) << "no memory for such a row";
     EXPECT_FALSE(proxy.writeRowAt(5, buffer, 1, 0, 0, 0, 0));
     EXPECT_FALSE(proxy.writeRowAt(huge, buffer, 1, 0, 0, 0, 0)) << "the buffer must not be read that far";
+    EXPECT_FALSE(proxy.writeRowAt(1000, buffer, 0, 0, 0, 0, 0)) << "nor this far";
     EXPECT_FALSE(proxy.writeRowAt(5, buffer, 0, 4, 0, 0, 0));
     EXPECT_EQ(row, std::vector<float>(5, 1.0F));
     ImageModelProxy readOnly(static_cast<const ImageModel*>(&image), RIX_FLOAT32);
@@ -158,8 +161,8 @@ TEST(ImageModelBinaryProxy, ReadsAndStoresNothingBut0And1) {
     forEachPair([](auto realTag, auto shownTag) {
         using Real = typename decltype(realTag)::type;
         using Shown = typename decltype(shownTag)::type;
-        io::MemoryImage memory = test::makeRandomImage({.voxelType = voxelTypeOf<Real>, .extents = {300, 1, 1, 1, 1}}, 8,
-                                                       test::Extremes::All);
+        io::MemoryImage memory = test::makeRandomImage({.voxelType = voxelTypeOf<Real>, .extents = {300, 1, 1, 1, 1}},
+                                                       8, test::Extremes::All);
         Real* const real = reinterpret_cast<Real*>(memory.getImageBuffer());
         real[1] = Real(0);
         ImageModelBinaryProxy proxy(&memory, voxelTypeOf<Shown>);

@@ -14,6 +14,7 @@
 #include <rix/access/NeighbourhoodFilters.h>
 #include <rix/access/RowCache.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelFull2d.h>
 
 #include "AccessTestTools.h"
 #include "ImageComparison.h"
@@ -31,10 +32,10 @@ constexpr PartitionMode modes[] = {RIX_PARTITION_DEFAULT, RIX_PARTITION_FULL_ROW
                                    RIX_PARTITION_ONLY_COLUMNS, RIX_PARTITION_ONLY_ROWS};
 
 TEST(NeighbourhoodPlan, CoversEveryVoxelOnceInEveryMode) {
-    const Extents shapes[] = {{1, 1, 1, 1, 1},    {500, 700, 1, 1, 1}, {70000, 11, 2, 1, 1}, {40, 30, 90, 2, 1},
+    const Extents shapes[] = {{1, 1, 1, 1, 1},     {500, 700, 1, 1, 1}, {70000, 11, 2, 1, 1}, {40, 30, 90, 2, 1},
                               {3, 20000, 1, 1, 2}, {9, 8, 7, 3, 2},     {200000, 1, 3, 1, 1}};
-    const Reach reaches[] = {{}, reachOfWindow(3, 3, 1), reachOfWindow(4, 101, 1), reachOfWindow(5, 5, 5),
-                             reachOfWindow(1000, 1, 300)};
+    const Reach reaches[] = {
+        {}, reachOfWindow(3, 3, 1), reachOfWindow(4, 101, 1), reachOfWindow(5, 5, 5), reachOfWindow(1000, 1, 300)};
     for (const Extents& n : shapes) {
         const io::MemoryImage image = test::imageOf(RIX_UINT16, n);
         for (const Reach& reach : reaches) {
@@ -101,7 +102,8 @@ TEST(NeighbourhoodPlan, CutsByCacheReachAndTime) {
     EXPECT_GE(block.columns, 4096U);
     block = largestBlock(NeighbourhoodPlan({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_ROWS));
     EXPECT_EQ(block.columns, 3000000U);
-    block = largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_COLUMNS));
+    block =
+        largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_COLUMNS));
     EXPECT_EQ(block.rows, 4096U);
 }
 
@@ -160,8 +162,8 @@ void compareCache(const ImageModel& image, const BorderCondition<T>& border, con
 }
 
 TEST(RowCache, GivesTheRowsOfTheBorderCondition) {
-    const Reach reaches[] = {{}, reachOfWindow(3, 3, 1), reachOfWindow(4, 2, 3), reachOfWindow(1, 5, 1),
-                             reachOfWindow(30, 25, 9)};
+    const Reach reaches[] = {
+        {}, reachOfWindow(3, 3, 1), reachOfWindow(4, 2, 3), reachOfWindow(1, 5, 1), reachOfWindow(30, 25, 9)};
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT32, RIX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
         for (const ElementTypes elements : {SINGLE, VECTOR_2}) {
             const io::MemoryImage memory = test::makeRandomImage(
@@ -169,7 +171,8 @@ TEST(RowCache, GivesTheRowsOfTheBorderCondition) {
             CopyOnly copied;
             ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, memory));
             for (const Reach& reach : reaches) {
-                for (const ImageModel* image : {static_cast<const ImageModel*>(&memory), static_cast<const ImageModel*>(&copied)}) {
+                for (const ImageModel* image :
+                     {static_cast<const ImageModel*>(&memory), static_cast<const ImageModel*>(&copied)}) {
                     SCOPED_TRACE(helper::describeImage(*image));
                     compareCache<std::uint8_t>(*image, *MirrorBorderCondition<std::uint8_t>::New(), reach);
                     compareCache<float>(*image, *FixedBorderCondition<float>::New(-2.5F), reach);
@@ -216,6 +219,11 @@ TEST(RowCache, GivesTheImagesOwnMemoryWhereItCan) {
     RowCache<float> columnsOnly(image, *border, {{0, 50}, {0, 40}, {0, 1}, 0, 0}, reachOfWindow(1, 5, 1));
     EXPECT_EQ(columnsOnly.row(0, 0), samples);
     EXPECT_NE(columnsOnly.row(-1, 0), samples);
+    // A view takes a row outside for an error of the program: it must not even be asked for its address.
+    const ImageModelFull2d view(&image, 0, 0, 0);
+    RowCache<float> ofView(view, *border, {{0, 50}, {0, 40}, {0, 1}, 0, 0}, reachOfWindow(1, 3, 1));
+    EXPECT_EQ(ofView.row(-1, 0)[7], samples[7]);
+    EXPECT_EQ(ofView.row(40, 0)[7], samples[39 * 50 + 7]);
 }
 
 TEST(RowCache, ReportsFailuresAndRecovers) {
@@ -225,11 +233,15 @@ TEST(RowCache, ReportsFailuresAndRecovers) {
     const auto border = MirrorBorderCondition<std::uint8_t>::New();
     const NeighbourhoodBlock block{{0, 8}, {2, 6}, {0, 1}, 0, 0};
     RowCache<std::uint8_t> cache(image, *border, block, reachOfWindow(3, 3, 1));
+    EXPECT_EQ(cache.row(1, 0)[0], 1);
     EXPECT_EQ(cache.row(3, 0)[-1], 3);
     image.fails = true;
     EXPECT_THROW(cache.row(4, 0), UnexpectedError);
     EXPECT_EQ(cache.row(3, 0)[8], 3) << "held already";
     image.fails = false;
+    const std::size_t reads = image.reads;
+    EXPECT_EQ(cache.row(1, 0)[0], 1);
+    EXPECT_EQ(image.reads, reads + 1) << "the row whose place the refused one was to take is not held any more";
     EXPECT_EQ(cache.row(4, 0)[0], 4);
     EXPECT_THROW(cache.row(0, 0), BadIndex);
     EXPECT_THROW(cache.row(7, 0), BadIndex);
@@ -245,8 +257,10 @@ TEST(RowCache, ReportsFailuresAndRecovers) {
 io::MemoryImage referenceSum(const io::MemoryImage& image, const Reach& reach) {
     const Extents n = helper::getExtents(image);
     return test::makeImage({.voxelType = RIX_INT32, .extents = n}, [&](std::size_t x, std::size_t y, std::size_t z,
-                                                                      std::size_t t, std::size_t s) {
-        const auto from = [](std::size_t c, std::size_t before) { return static_cast<std::int64_t>(c) - static_cast<std::int64_t>(before); };
+                                                                       std::size_t t, std::size_t s) {
+        const auto from = [](std::size_t c, std::size_t before) {
+            return static_cast<std::int64_t>(c) - static_cast<std::int64_t>(before);
+        };
         const auto to = [](std::size_t c, std::size_t after) { return static_cast<std::int64_t>(c + after); };
         std::int64_t sum = 0;
         for (std::int64_t c = from(z, reach.planes.before); c <= to(z, reach.planes.after); ++c) {
@@ -294,8 +308,10 @@ TEST(TransformNeighbourhoods, IsTheSameForEverySchedulerAndStorage) {
     for (const Reach& reach : {reachOfWindow(3, 4, 1), reachOfWindow(2, 3, 3)}) {
         const io::MemoryImage expected = referenceSum(input, reach);
         ShuffledScheduler shuffled(3);
-        for (BlockScheduler* scheduler : {&serialScheduler(), &parallelScheduler(), static_cast<BlockScheduler*>(&shuffled)}) {
-            for (const ImageModel* image : {static_cast<const ImageModel*>(&input), static_cast<const ImageModel*>(&copied)}) {
+        for (BlockScheduler* scheduler :
+             {&serialScheduler(), &parallelScheduler(), static_cast<BlockScheduler*>(&shuffled)}) {
+            for (const ImageModel* image :
+                 {static_cast<const ImageModel*>(&input), static_cast<const ImageModel*>(&copied)}) {
                 for (const VoxelTypes type : {RIX_INT32, RIX_FLOAT64}) {
                     io::MemoryImage output = test::imageOf(type, helper::getExtents(input));
                     TestContext context(*scheduler);

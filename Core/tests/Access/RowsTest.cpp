@@ -25,8 +25,8 @@ using test::imageOf;
 using testing::HasSubstr;
 
 TEST(Plan, CoversEveryVoxelOnceInEveryMode) {
-    const std::array<std::size_t, 5> shapes[] = {{1, 1, 1, 1, 1},  {5, 3, 1, 1, 1},       {700, 900, 1, 1, 1},
-                                                 {3, 70000, 1, 1, 1}, {300000, 2, 1, 1, 1}, {7, 5, 11, 3, 2},
+    const std::array<std::size_t, 5> shapes[] = {{1, 1, 1, 1, 1},      {5, 3, 1, 1, 1},      {700, 900, 1, 1, 1},
+                                                 {3, 70000, 1, 1, 1},  {300000, 2, 1, 1, 1}, {7, 5, 11, 3, 2},
                                                  {1000003, 1, 1, 1, 1}};
     for (const auto& n : shapes) {
         for (const bool joined : {true, false}) {

@@ -38,8 +38,10 @@ std::vector<T> interestingSamples() {
     const T* const first = reinterpret_cast<const T*>(image.getImageBuffer());
     std::vector<T> samples(first, first + 1500);
     if constexpr (std::is_floating_point_v<T> || isComplex<T>) {
-        using Real = std::conditional_t<std::is_same_v<T, float> || std::is_same_v<T, std::complex<float>>, float, double>;
-        for (const double bound : {0.0, 255.0, 32768.0, 65536.0, 0x1p31, 0x1p32, 0x1p52, 0x1p62, 0x1p63, 0x1p64, 1e30}) {
+        using Real =
+            std::conditional_t<std::is_same_v<T, float> || std::is_same_v<T, std::complex<float>>, float, double>;
+        for (const double bound :
+             {0.0, 255.0, 32768.0, 65536.0, 0x1p31, 0x1p32, 0x1p52, 0x1p62, 0x1p63, 0x1p64, 1e30}) {
             for (const double step : {-1.0, -0.6, -0.5, 0.0, 0.5, 0.6, 1.0}) {
                 const Real value = static_cast<Real>(bound + step);
                 samples.push_back(T(value));
@@ -75,7 +77,8 @@ TEST(CastKernels, OfEveryLevelAndPairOfTypesFollowTheCastOfASample) {
                     kernel(reinterpret_cast<ConstRawData>(from.data() + start), reinterpret_cast<RawData>(out.data()),
                            length);
                     ASSERT_TRUE(sameSample(out[length], untouched)) << "writes beyond a row of " << length;
-                    ASSERT_TRUE(std::equal(out.begin(), out.end() - 1, expected.begin() + static_cast<std::ptrdiff_t>(start), &sameSample<To>))
+                    ASSERT_TRUE(std::equal(out.begin(), out.end() - 1,
+                                           expected.begin() + static_cast<std::ptrdiff_t>(start), &sameSample<To>))
                         << "a row of " << length << ", level " << level;
                 }
                 std::vector<To> all(from.size());

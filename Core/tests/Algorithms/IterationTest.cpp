@@ -49,6 +49,19 @@ std::vector<Pass> passesOf(ScriptedAlgorithm& algorithm) {
     return passes;
 }
 
+TEST(Iteration, AnEmptyAxisIsNotIterated) {
+    // Else the other axis would be iterated over no index, and the run would succeed without having done anything.
+    const io::MemoryImage image = numbered(1, 1, 1, 0, 3);
+    int runs = 0;
+    ScriptedAlgorithm algorithm;
+    algorithm.inputImage() = &image;
+    algorithm.enableIterationOnSequenceAxis(true);
+    algorithm.enableIterationOnSpectralAxis(true);
+    algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) { ++runs; });
+    algorithm.run();
+    EXPECT_EQ(runs, 1);
+}
+
 TEST(Iteration, IsOffByDefault) {
     const io::MemoryImage image = numbered(1, 1, 1, 2, 3);
     ScriptedAlgorithm algorithm;

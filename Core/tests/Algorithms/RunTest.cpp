@@ -3,12 +3,15 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <new>
 #include <stdexcept>
 #include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
@@ -110,6 +113,9 @@ TEST(Levels, AreTriedFromTheHighestAllowedDown) {
     algorithm.run();
     EXPECT_EQ(algorithm.getLastRunLevel(), SCALAR);
     EXPECT_THAT(tried, ElementsAre(1, 0));
+    algorithm.settings().setValue("RIX_MAX_OPTIM_LEVEL", "2000000000");  // from the environment, say
+    algorithm.run();
+    EXPECT_EQ(algorithm.getLastRunLevel(), VEC_SSE);
 
     EXPECT_TRUE(algorithm.isOptimLevelSupported(VEC_AVX));
     EXPECT_FALSE(algorithm.isOptimLevelSupported(GPU));
@@ -255,6 +261,35 @@ TEST(Cancellation, ThroughTheInteractionEndsTheRunInEitherThread) {
     }
 }
 
+TEST(Cancellation, IsNotAskedForAfterASuccess) {
+    ScriptedAlgorithm algorithm;
+    algorithm.withRunner(SCALAR, [](BaseAlgorithm&) {});
+    Impatient impatient(false);
+    algorithm.run(&impatient);
+    EXPECT_FALSE(algorithm.isExecutionCancelled());
+}
+
+TEST(Cancellation, OfARunThatCanBeSeenIsNeverLost) {
+    int lost = 0;
+    for (int round = 0; round < 500 && lost == 0; ++round) {
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+            const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+            while (std::chrono::steady_clock::now() < end) {
+                self.executionContext().throwIfCancelled();
+            }
+            ++lost;
+        });
+        std::thread canceller([&] {
+            while (!algorithm.running()) {
+            }
+            algorithm.cancelExecution();
+        });
+        EXPECT_THROW(algorithm.run(), UserCancelException) << "round " << round;
+        canceller.join();
+    }
+}
+
 TEST(Cancellation, OfAParentReachesItsChild) {
     ScriptedAlgorithm child;
     child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
@@ -357,6 +392,33 @@ TEST(Memory, ARunThatStatesMoreThanTheLimitIsRefused) {
     algorithm.setMaximumExtraMemoryUsage(4);
     EXPECT_NO_THROW(algorithm.run());
 }
+
+#ifndef __SANITIZE_THREAD__  // which does not support threads in the child of a process with threads
+TEST(ManyRuns, GoOnInAForkedProcess) {
+    const auto runs = [](int threads) {
+        ScriptedAlgorithm algorithm;
+        algorithm.settings().setMaximumNumberOfThreads(threads);
+        std::atomic<std::size_t> sum{0};
+        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+            self.executionContext().scheduler().forEach(100, [&](std::size_t block) { sum += block; });
+        });
+        algorithm.run();
+        return sum == 4950;
+    };
+    ASSERT_TRUE(runs(-1) && runs(2));  // workers and arenas are kept from here on
+    const pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        ::alarm(20);  // a child that waits for threads of its parent would wait for ever
+        std::exit(runs(-1) && runs(2) ? 0 : 1);  // an ordinary end, with all that is static
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << "the child was ended by signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(runs(-1) && runs(2)) << "the parent";
+}
+#endif
 
 TEST(ManyRuns, OfDifferentObjectsAtTheSameTimeDoNotDisturbEachOther) {
     std::atomic<int> done{0};

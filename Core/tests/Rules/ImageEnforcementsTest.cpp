@@ -1,6 +1,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <new>
 
 #include <rix/rules/ImageEnforcements.h>
 
@@ -328,6 +329,42 @@ TEST(Enforcements, NeverDestroyAnInput) {
     EXPECT_EQ(levels[1], "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\" with "
                          "the data type int16.");
     expectSamples();
+}
+
+/// Has no memory for more than 100 bytes.
+class SmallImage : public io::MemoryImage {
+public:
+    void allocateInternalBuffer(std::size_t bytes) override {
+        if (bytes > 100) {
+            throw std::bad_alloc();
+        }
+        MemoryImage::allocateInternalBuffer(bytes);
+    }
+};
+
+TEST(Enforcements, AnOutputThatLostItsSamplesIsShapedAgainByTheNextRun) {
+    const std::function<void(const Property<const ImageModel*>&, Property<ImageModel*>&)> adders[] = {
+        [](const auto& input, auto& output) { AddRuleEnforceSameSizeCalibrationAndType{input}(output); },
+        [](const auto& input, auto& output) { AddRuleEnforceImage(ImageCheck{RIX_UINT8, input})(output); },
+    };
+    for (const auto& addRule : adders) {
+        SmallImage output;
+        shape(output, {});
+        io::MemoryImage large;
+        shape(large, {.extents = {101, 3, 1, 1, 1}});
+        NamedProperty<const ImageModel*> inputImage("inputImage", &large);
+        NamedProperty<ImageModel*> p("p", &output);
+        addRule(inputImage, p);
+        EXPECT_NE(applyRules(p), Levels{});
+        EXPECT_EQ(output.getNumOf(COLUMNS), 0u) << "samples that are gone";
+        // The shape that the output had before it failed.
+        io::MemoryImage small;
+        shape(small, {});
+        inputImage.set(&small);
+        EXPECT_EQ(applyRules(p), Levels{});
+        RawData row = nullptr;
+        EXPECT_TRUE(output.getRowAt(4, row, 0, 2, 0, 0, 0));
+    }
 }
 
 TEST(Enforcements, NaNInTheCalibrationIsCopied) {

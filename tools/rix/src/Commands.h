@@ -20,6 +20,8 @@ void addDescribeCommand(CLI::App& program, Action& chosen);
 void addRunCommand(CLI::App& program, Action& chosen);
 void addInfoCommand(CLI::App& program, Action& chosen);
 void addRenderCommand(CLI::App& program, Action& chosen);
+void addRecipeCommand(CLI::App& program, Action& chosen);
+void addCompletionCommand(CLI::App& program, Action& chosen);
 void addDemoCommand(CLI::App& program, Action& chosen);
 
 }  // namespace rix::cli

@@ -28,6 +28,12 @@ Failure::Failure(int exitCode, std::string message, std::vector<std::string> sug
 
 Failure::Failure(int exitCode, const Exception& cause) : m_exitCode(exitCode), m_levels(levelsOf(cause)) {}
 
+Failure Failure::within(const std::string& place) const {
+    Failure outer = *this;
+    outer.m_levels.insert(outer.m_levels.begin(), place);
+    return outer;
+}
+
 Failure failureOfCurrentException() {
     try {
         throw;

@@ -20,6 +20,9 @@ public:
     /// What an exception of the library becomes when the program knows its part in the command.
     Failure(int exitCode, const Exception& cause);
 
+    /// The same failure with a level around it that tells where it happened.
+    Failure within(const std::string& place) const;
+
     int exitCode() const noexcept { return m_exitCode; }
     /// Outermost first; never empty.
     const std::vector<std::string>& levels() const noexcept { return m_levels; }

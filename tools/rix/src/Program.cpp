@@ -73,6 +73,8 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     addRunCommand(program, chosen);
     addInfoCommand(program, chosen);
     addRenderCommand(program, chosen);
+    addRecipeCommand(program, chosen);
+    addCompletionCommand(program, chosen);
     addDemoCommand(program, chosen);
     program.set_version_flag("--version", std::string("rix ") + rix::version());
     program.require_subcommand(1);

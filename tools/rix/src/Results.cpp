@@ -3,9 +3,12 @@
 #include <array>
 #include <optional>
 
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 
 #include "Algorithms.h"
+#include "Statistics.h"
+#include "Tables.h"
 
 namespace rix::cli {
 namespace {
@@ -38,22 +41,54 @@ std::optional<Result> readValue(const BaseProperty& property) {
     if (!text) {
         return std::nullopt;
     }
-    Result result{property.getName(), valueToJson(property, *text), {}};
+    Result result{property.getName(), valueToJson(property, *text), {}, {}};
     result.table.add({property.getName(), *text});
     return result;
 }
 
-/// How the kinds of outputs are read: the first that knows the property's type answers. A measurement object gets a
-/// reader of its own here, which makes its arrays the columns of the table.
+/// Result objects: their arrays are the columns of a table.
+std::optional<Result> readObject(const BaseProperty& property) {
+    const auto* slot = dynamic_cast<const MeasurementSlot*>(&property);
+    if (slot == nullptr || slot->getObject() == nullptr) {
+        return std::nullopt;
+    }
+    const vessel::DataFrame table = slot->getObject()->toDataFrame();
+    return Result{property.getName(), toJson(table), toTextTable(table), toCsv(table)};
+}
+
+/// A label image: how many objects it has, which is the largest label of a plane or volume.
+std::optional<Result> countObjects(const BaseProperty& property) {
+    const auto* output = dynamic_cast<const Property<ImageModel*>*>(&property);
+    if (output == nullptr || output->get() == nullptr || output->get()->getInterpretation() != RIX_LABEL) {
+        return std::nullopt;
+    }
+    const SampleStatistics labels = computeStatistics(*output->get());
+    const auto objects = static_cast<std::uint64_t>(labels.hasValues() ? labels.maximum() : 0.0);
+    Result result{property.getName(), {{"objects", objects}}, {}, {}};
+    result.table.add({property.getName(), std::to_string(objects) + (objects == 1 ? " object" : " objects")});
+    return result;
+}
+
+/// How the kinds of outputs are read: the first that knows the property's type answers.
 using Reader = std::optional<Result> (*)(const BaseProperty&);
-constexpr std::array<Reader, 1> readers{readValue};
+constexpr std::array<Reader, 3> readers{readObject, countObjects, readValue};
 
 }  // namespace
+
+void ResultObjects::create(const BaseAlgorithm& algorithm) {
+    for (BaseProperty* property : listProperties(algorithm)) {
+        auto* slot = dynamic_cast<MeasurementSlot*>(property);
+        if (slot != nullptr && slot->getObject() == nullptr) {
+            m_objects.push_back(slot->createObject());
+            slot->setObject(m_objects.back().get());
+        }
+    }
+}
 
 std::vector<Result> readResults(const BaseAlgorithm& algorithm) {
     std::vector<Result> results;
     for (const BaseProperty* property : listProperties(algorithm)) {
-        if (!property->isOutput() || imageRoleOf(*property) != ImageRole::None) {
+        if (!property->isOutput()) {
             continue;
         }
         for (const Reader read : readers) {

@@ -103,23 +103,23 @@ private:
 };
 
 // The library holds them compiled. Macros, because an explicit instantiation cannot come out of a template.
-#define RIX_FOR_BORDER_CONDITIONS(DO, T)   \
-    DO class NoBorderCondition<T>;         \
-    DO class FixedBorderCondition<T>;      \
-    DO class MirrorBorderCondition<T>;     \
-    DO class ContinueBorderCondition<T>;   \
+#define RIX_FOR_BORDER_CONDITIONS(DO, T) \
+    DO class NoBorderCondition<T>;       \
+    DO class FixedBorderCondition<T>;    \
+    DO class MirrorBorderCondition<T>;   \
+    DO class ContinueBorderCondition<T>; \
     DO class DirectionalMirrorBorderCondition<T>;
 
-#define RIX_FOR_BORDER_TYPES(DO)                          \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::uint8_t)           \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::uint16_t)          \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::uint32_t)          \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::int8_t)            \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::int16_t)           \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::int32_t)           \
-    RIX_FOR_BORDER_CONDITIONS(DO, float)                  \
-    RIX_FOR_BORDER_CONDITIONS(DO, double)                 \
-    RIX_FOR_BORDER_CONDITIONS(DO, std::complex<float>)    \
+#define RIX_FOR_BORDER_TYPES(DO)                       \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::uint8_t)        \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::uint16_t)       \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::uint32_t)       \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::int8_t)         \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::int16_t)        \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::int32_t)        \
+    RIX_FOR_BORDER_CONDITIONS(DO, float)               \
+    RIX_FOR_BORDER_CONDITIONS(DO, double)              \
+    RIX_FOR_BORDER_CONDITIONS(DO, std::complex<float>) \
     RIX_FOR_BORDER_CONDITIONS(DO, std::complex<double>)
 
 RIX_FOR_BORDER_TYPES(extern template)

@@ -9,9 +9,9 @@
 
 namespace rix::access {
 
-/// Calls `row(window, segment, out)` for every row of the blocks of two images of the same extents, in parallel. `window`
-/// is the block's `RowCache<In>`, which gives the rows around `segment`; `out` takes the results as `Out`, whatever the
-/// image holds.
+/// Calls `row(window, segment, out)` for every row of the blocks of two images of the same extents, in parallel.
+/// `window` is the block's `RowCache<In>`, which gives the rows around `segment`; `out` takes the results as `Out`,
+/// whatever the image holds.
 /// @param output another image than `input`: what is written must not be read again
 template <class In, class Out, class RowFunction>
 void transformNeighbourhoods(ExecutionContext& context, const ImageModel& input, const BorderCondition<In>& border,

@@ -34,9 +34,9 @@ public:
     RowCache& operator=(const RowCache&) = delete;
 
     /// The first sample of the block's first column in a row of the block or within reach of one. The columns within
-    /// reach lie around it, from the index -before * samples on; samples of an element are adjacent. Valid while rows of
-    /// the window of one voxel are asked for, at least until a row is asked for whose distance from this one, or whose
-    /// plane's, is that of the reach's sum plus 1.
+    /// reach lie around it, from the index -before * samples on; samples of an element are adjacent. Valid while rows
+    /// of the window of one voxel are asked for, at least until a row is asked for whose distance from this one, or
+    /// whose plane's, is that of the reach's sum plus 1.
     /// @throws BadIndex for a row out of reach; UnexpectedError when the image refuses to be read
     const T* row(std::int64_t row, std::int64_t plane);
 

@@ -59,8 +59,7 @@ private:
 class OpenRow {
 public:
     OpenRow() = default;
-    OpenRow(OpenRow&& other) noexcept
-        : m_open(std::exchange(other.m_open, false)), m_exceptions(other.m_exceptions) {}
+    OpenRow(OpenRow&& other) noexcept : m_open(std::exchange(other.m_open, false)), m_exceptions(other.m_exceptions) {}
     OpenRow& operator=(OpenRow&&) = delete;
     ~OpenRow() {
         // A row is left behind rightly when an exception passes.
@@ -145,8 +144,8 @@ public:
     /// For segments that the caller makes.
     explicit RowWriter(ImageModel& image) : RowWriter(image, nullptr) {}
 
-    /// Where the samples of a segment are to be stored. What the memory holds is undefined: it may be the image's own or
-    /// a buffer.
+    /// Where the samples of a segment are to be stored. What the memory holds is undefined: it may be the image's own
+    /// or a buffer.
     T* open(const RowSegment& segment) {
         m_segment = segment;
         m_target = target(segment);
@@ -184,8 +183,7 @@ public:
     }
 
 private:
-    RowWriter(ImageModel& image, RawData line)
-        : m_image(image), m_layout(detail::rowLayoutOf(image)), m_line(line) {}
+    RowWriter(ImageModel& image, RawData line) : m_image(image), m_layout(detail::rowLayoutOf(image)), m_line(line) {}
 
     /// The address of the segment inside the storage, or null.
     RawData target(const RowSegment& segment) const {

@@ -66,8 +66,8 @@ RIX_EXPORT void castSamplesToBinary(VoxelTypes fromType, ConstRawData from, Voxe
 /// Converts `count` samples from one buffer to another that does not overlap it.
 template <class To, class From>
 void castRow(const From* from, To* to, std::size_t count) {
-    castSamples(voxelTypeOf<From>, reinterpret_cast<ConstRawData>(from), voxelTypeOf<To>,
-                reinterpret_cast<RawData>(to), count);
+    castSamples(voxelTypeOf<From>, reinterpret_cast<ConstRawData>(from), voxelTypeOf<To>, reinterpret_cast<RawData>(to),
+                count);
 }
 
 /// Converts `count` samples of a type known at run time.

@@ -5,6 +5,7 @@
 namespace rix {
 
 class AlgoInfo;
+class ObjectInfo;
 
 namespace algorithms {
 
@@ -14,6 +15,12 @@ using AlgoInfoAccessor = AlgoInfo& (*)();
 /// The algorithm classes of the library, module by module in a fixed order: the order of the registry. Defined where
 /// the modules are put together, above the core.
 std::span<const AlgoInfoAccessor> libraryAlgorithms();
+
+/// How a module names one of its classes of result objects.
+using ObjectInfoAccessor = const ObjectInfo& (*)();
+
+/// The classes of result objects of the library's modules. Defined beside `libraryAlgorithms`.
+std::span<const ObjectInfoAccessor> libraryObjects();
 
 }  // namespace algorithms
 }  // namespace rix

@@ -5,16 +5,11 @@
 
 #include <CLI/CLI.hpp>
 
-#include <rix/properties/Property.h>
-
-#include "../Algorithms.h"
-#include "../Assignments.h"
 #include "../Commands.h"
 #include "../Failure.h"
-#include "../ImageFiles.h"
 #include "../Output.h"
-#include "../Progress.h"
-#include "../render/Slice.h"
+#include "../recipe/Kitchen.h"
+#include "../recipe/RunRecipe.h"
 
 namespace rix::cli {
 namespace {
@@ -26,25 +21,21 @@ struct Options {
     std::string imagePath;
 };
 
-constexpr const char* className = "ThresholdingByCriterion";
-// The lowest value at which none of the 24 coins hangs together with the bright corner of the background.
-constexpr const char* threshold = "112";
-
-/// The sample photograph: in the source tree around the program, or beside it in an installation.
-fs::path findSamplePhotograph() {
+/// A file of the examples: in the source tree around the program, or beside it in an installation.
+fs::path findExample(const char* name) {
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
     for (fs::path folder = program.parent_path(); !error; folder = folder.parent_path()) {
-        for (const char* place : {"examples/images/coins.png", "share/lumora_rix/examples/coins.png"}) {
-            if (fs::exists(folder / place, error)) {
-                return folder / place;
+        for (const char* place : {"examples", "share/lumora_rix/examples"}) {
+            if (fs::exists(folder / place / name, error)) {
+                return folder / place / name;
             }
         }
         if (folder == folder.root_path()) {
             break;
         }
     }
-    throw Failure(UNREADABLE_INPUT, "the sample photograph coins.png can't be found; name one with --image PATH");
+    throw Failure(UNREADABLE_INPUT, "the example " + inQuotes(name) + " can't be found beside the program");
 }
 
 void makeFolder(const fs::path& folder) {
@@ -55,36 +46,18 @@ void makeFolder(const fs::path& folder) {
     }
 }
 
-io::MemoryImage binarise(const ImageModel& photograph) {
-    const auto algorithm = createAlgorithm(findClass(className));
-    io::MemoryImage binary;
-    dynamic_cast<Property<const ImageModel*>&>(findProperty(*algorithm, "inputGrayImage")).set(&photograph);
-    setValue(findProperty(*algorithm, "comparisonCriterion"), "GREATER_THAN_OR_EQUAL_TO");
-    setValue(findProperty(*algorithm, "comparisonValue"), threshold);
-    dynamic_cast<Property<ImageModel*>&>(findProperty(*algorithm, "outputBinaryImage")).set(&binary);
-    ConsoleInteraction interaction(chooseProgressDisplay(true));
-    algorithm->run(&interaction);
-    return binary;
-}
-
 int runDemo(const Options& options) {
-    const fs::path photographPath = options.imagePath.empty() ? findSamplePhotograph() : fs::path(options.imagePath);
     const fs::path folder(options.folder);
-    const fs::path binaryPath = folder / "coins-binary.tif";
-    const fs::path picturePath = folder / "coins-side-by-side.png";
-    const auto photograph = loadImage(photographPath);
+    RecipeOptions recipe;
+    recipe.recipe = findExample("coins.json");
+    const fs::path photograph = options.imagePath.empty() ? findExample("images/coins.png") : fs::path(options.imagePath);
+    recipe.parameters = {{"photograph", photograph.string()}, {"folder", folder.string()}};
+    recipe.record = folder / "coins-record.json";
+    recipe.progress = chooseProgressDisplay(true);
+    readHeader(photograph);  // before there is a folder
     makeFolder(folder);
-    checkCanWrite(binaryPath);
-    checkCanWrite(picturePath);
-
-    constexpr std::size_t gap = 8;
-    const io::MemoryImage binary = binarise(*photograph);
-    const Picture picture = sideBySide(renderSlice(*photograph, {}), renderSlice(binary, {}), gap);
-    saveImage(binaryPath, binary);
-    saveImage(picturePath, toImage(picture));
-    writeData("photograph:    " + photographPath.string() + "\n" + "algorithm:     " + className +
-              " comparisonCriterion=GREATER_THAN_OR_EQUAL_TO comparisonValue=" + threshold + "\n" +
-              "binary image:  " + binaryPath.string() + "\n" + "side by side:  " + picturePath.string() + "\n");
+    runRecipe(recipe);
+    writeData("recipe  " + recipe.recipe.string() + '\n');
     return DONE;
 }
 

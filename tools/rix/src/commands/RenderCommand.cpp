@@ -7,9 +7,8 @@
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
-#include "../render/Contours.h"
-#include "../render/LabelColours.h"
-#include "../render/Slice.h"
+#include "../render/HistogramChart.h"
+#include "../render/View.h"
 
 namespace rix::cli {
 namespace {
@@ -18,29 +17,34 @@ struct Options {
     std::string imagePath;
     std::string picturePath;
     std::string basePath;
+    std::string histogramPath;
     SliceChoice slice;
 };
 
-/// The outlines of a label or binary image over another image.
-Picture renderOver(const ImageModel& labels, const ImageModel& base, const SliceChoice& choice) {
-    Picture picture = renderSlice(base, matchingSlice(labels, base, choice));
-    if (labels.getInterpretation() == RIX_BINARY) {
-        constexpr Colour yellow{255, 220, 0};  // rare in photographs, and seen on dark and on light
-        drawContours(picture, readLabelSlice(labels, choice), [](std::uint32_t) { return yellow; });
-    } else {
-        drawContours(picture, readLabelSlice(labels, choice), labelColour);
-    }
-    return picture;
+void report(const std::string& path, const Picture& picture) {
+    writeMessage("written to " + path + " (" + std::to_string(picture.width()) + " x " +
+                 std::to_string(picture.height()) + ")\n");
 }
 
 int runRender(const Options& options) {
+    if (options.picturePath.empty() && options.histogramPath.empty()) {
+        throw Failure(WRONG_USAGE, "render needs the name of the picture OUT, or --histogram OUT");
+    }
+    if (!options.histogramPath.empty()) {
+        checkCanWrite(options.histogramPath);
+        const Picture chart = drawHistogram(*loadImage(options.imagePath));
+        saveImage(options.histogramPath, toImage(chart));
+        report(options.histogramPath, chart);
+    }
+    if (options.picturePath.empty()) {
+        return DONE;
+    }
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
-    const Picture picture = options.basePath.empty() ? renderSlice(*image, options.slice)
-                                                     : renderOver(*image, *loadImage(options.basePath), options.slice);
+    const auto base = options.basePath.empty() ? nullptr : loadImage(options.basePath);
+    const Picture picture = renderView(*image, base.get(), options.slice);
     saveImage(options.picturePath, toImage(picture));
-    writeMessage("written to " + options.picturePath + " (" + std::to_string(picture.width()) + " x " +
-                 std::to_string(picture.height()) + ")\n");
+    report(options.picturePath, picture);
     return DONE;
 }
 
@@ -53,7 +57,11 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
         "Make a picture of an image: grey in an automatic window (0.35 to 99.65 percent of the values), binary in "
         "black and white, labels in distinct colours on black, RGB as it is, complex samples by their magnitude");
     command->add_option("IMAGE", options->imagePath, "The image to show")->required();
-    command->add_option("OUT", options->picturePath, "The picture, usually a PNG file")->required();
+    command->add_option("OUT", options->picturePath, "The picture, usually a PNG file");
+    command
+        ->add_option("--histogram", options->histogramPath,
+                     "Draw the histogram of IMAGE into this file, with the automatic thresholds marked")
+        ->type_name("OUT");
     command->add_option("--over", options->basePath, "Draw the outlines of the labels of IMAGE on this image")
         ->type_name("BASE");
     command->add_option("--plane", options->slice.plane, "Plane to show, counted from 0; unless given, the middle one")

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <rix/io/TextFile.h>
 #include <rix/properties/Property.h>
 #include <rix/settings/Settings.h>
 
@@ -28,6 +29,7 @@ struct Options {
     std::vector<std::string> assignments;
     std::optional<int> threads;
     std::string maxLevel;
+    std::string csv;
     bool noProgress = false;
     bool json = false;
 };
@@ -113,8 +115,28 @@ void writeImages(const ImageOutputs& outputs, const Options& options) {
     }
 }
 
+/// Tables go to one file; a run makes one, or none.
+void writeTables(const std::vector<Result>& results, const Options& options) {
+    if (options.csv.empty()) {
+        return;
+    }
+    std::string text;
+    for (const Result& result : results) {
+        text += result.csv;
+    }
+    if (text.empty()) {
+        throw Failure(WRONG_USAGE, "--csv: " + options.className + " makes no table");
+    }
+    try {
+        io::writeTextFile(options.csv, text);
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
+}
+
 void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double seconds, const Options& options) {
     const auto results = readResults(algorithm);
+    writeTables(results, options);
     if (options.json) {
         nlohmann::json images = nlohmann::json::object();
         for (const auto& entry : outputs.entries()) {
@@ -143,6 +165,8 @@ int runRun(const Options& options) {
     const auto algorithm = createAlgorithm(findClass(options.className));
     const auto images = setValues(*algorithm, parseAssignments(options.assignments));
     applyLimits(*algorithm, options);
+    ResultObjects resultObjects;
+    resultObjects.create(*algorithm);
     ImageInputs inputs;
     const ImageOutputs outputs = bindImages(images, inputs);
 
@@ -172,12 +196,13 @@ void addRunCommand(CLI::App& program, Action& chosen) {
         ->type_name("N");
     command->add_option("--max-level", options->maxLevel, "Use no implementation above this level")
         ->type_name("scalar|sse|avx");
+    command->add_option("--csv", options->csv, "Write the table that the run makes to this file")->type_name("PATH");
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print results, or what goes wrong, as a JSON object");
     command->footer(
         "Example:\n"
-        "  rix run ThresholdingByCriterion inputGrayImage=examples/images/coins.png"
-        " comparisonCriterion=GREATER_THAN_OR_EQUAL_TO comparisonValue=112 outputBinaryImage=coins-binary.tif");
+        "  rix run AutoThresholdingBright inputGrayImage=examples/images/coins.png thresholdCriterion=FACTORISATION"
+        " outputBinaryImage=coins-binary.tif");
     command->callback([&chosen, options] { chosen = [options] { return runRun(*options); }; });
 }
 

@@ -1,0 +1,190 @@
+#include "AutoThresholdingValueRunners.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/LevelRunner.h>
+#include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/analysis/ThresholdCriteria.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+
+#include "CountedExtrema.h"
+#include "FrameView.h"
+#include "HistogramFilling.h"
+#include "Isodata.h"
+#include "SubSteps.h"
+
+namespace rix::analysis {
+
+namespace {
+
+constexpr std::size_t mostClasses = 65535;
+
+/// One run: the choices made for all frames.
+class Thresholding {
+public:
+    Thresholding(AutoThresholdingValue& algorithm, OptimLevelType level)
+        : m_algorithm(algorithm),
+          m_input(*algorithm.getInputGrayImage()),
+          m_context(algorithm.executionContext()),
+          m_level(level),
+          m_isInteger(access::contains(access::Integers{}, m_input.getVoxelType())) {}
+
+    void run() {
+        const std::size_t frames = m_input.getNumOf(SEQUENCE);
+        const bool measuresRange = m_algorithm.getRangeMode() == ThresholdChoices::MIN_MAX;
+        m_context.declareSteps(frames + (measuresRange ? 1 : 0));
+        const math::Vector2<double> range = measuresRange ? measureRange() : givenRange();
+        auto& threshold = m_algorithm.getOutputMeasurement()->threshold;
+        threshold.reset(frames);
+        for (std::size_t frame = 0; frame < frames; ++frame) {
+            m_context.startStep(1.0);
+            math::Histogram histogram = emptyHistogram(range);
+            try {
+                threshold[frame] = thresholdOf(frame, histogram);
+            } catch (InvalidCall& exception) {
+                exception.addInfoLevel(explain(frame, histogram));
+                throw;
+            }
+        }
+    }
+
+private:
+    math::Vector2<double> givenRange() const {
+        const math::Vector2<double> range = m_algorithm.getIntensityInputRange();
+        return {std::min(range.x, range.y), std::max(range.x, range.y)};
+    }
+
+    /// Runs the child that finds the extrema; where it can, one that keeps the counts of the values as well.
+    math::Vector2<double> measureRange() {
+        m_context.startStep(1.0);
+        if (CountedExtrema::accepts(m_input)) {
+            CountedExtrema child;
+            const math::Vector2<double> range = runChild(child);
+            m_counted = std::move(child.frames);
+            return range;
+        }
+        IntensityExtrema child;
+        return runChild(child);
+    }
+
+    math::Vector2<double> runChild(IntensityExtrema& child) {
+        IntensityExtremaMsr extrema;
+        child.setParent(&m_algorithm);
+        child.setAutoCpuDispatch(false);
+        child.setOptimLevel(m_level);
+        child.setInputImage(&m_input);
+        child.setOutputMeasurement(&extrema);
+        child.run();
+        const double minimum = extrema.minimum[0];
+        if (std::isnan(minimum)) {
+            throw ProcessingException("The image \"inputGrayImage\" has no finite value, so there is no range from its "
+                                      "minimum to its maximum; give a range with rangeMode OTHER.");
+        }
+        return {minimum, extrema.maximum[0]};
+    }
+
+    math::Histogram emptyHistogram(const math::Vector2<double>& range) const {
+        if (!m_isInteger) {
+            return {mostClasses, range.x, range.y};
+        }
+        const double end = range.y + 1.0;
+        // Beyond 2^53 adding 1 changes nothing: a range far from all voxels has one class all the same.
+        const double classes = std::clamp(std::trunc(end - range.x), 1.0, static_cast<double>(mostClasses));
+        return {static_cast<std::size_t>(classes), range.x, end};
+    }
+
+    double thresholdOf(std::size_t frame, math::Histogram& histogram) {
+        SubSteps steps(m_context, 2);
+        const FrameView view(m_input, frame);
+        const ImageModel& image = view.image();
+        if (m_counted.empty() && !hasCountableRange(image)) {
+            fillHistogram(steps, m_level, image, histogram);
+            m_context.throwIfCancelled();
+            return criterionOf(image, histogram, steps);
+        }
+        ValueCounts values;
+        if (m_counted.empty()) {
+            values = countValues(steps, image);
+        } else {
+            steps.startStep(1.0);
+            values = std::move(m_counted[frame]);
+        }
+        fillHistogram(values, histogram);
+        m_context.throwIfCancelled();
+        return criterionOf(values, image, histogram, steps);
+    }
+
+    double criterionOf(const ImageModel& image, const math::Histogram& histogram, SubSteps& steps) const {
+        // In the range of the image's own extrema, classes of width 1 hold one integer each: they are the image's
+        // values with their counts, which need not be read again.
+        if (m_isInteger && m_algorithm.getRangeMode() == ThresholdChoices::MIN_MAX && histogram.getBinSize() == 1.0) {
+            const auto counts = histogram.getCounts();
+            return criterionOf({histogram.getMinimum(), {counts.begin(), counts.end()}}, image, histogram, steps);
+        }
+        return details::computeThreshold(m_algorithm.getThresholdCriterion(), histogram, image, steps, m_level);
+    }
+
+    double criterionOf(const ValueCounts& values, const ImageModel& image, const math::Histogram& histogram,
+                       SubSteps& steps) const {
+        const auto criterion = m_algorithm.getThresholdCriterion();
+        if (criterion != ThresholdChoices::ISODATA) {
+            return details::computeThreshold(criterion, histogram, image, steps, m_level);
+        }
+        return isodataOfCounts(values, details::computeThresholdFactorization(histogram));
+    }
+
+    String explain(std::size_t frame, const math::Histogram& histogram) const {
+        const auto counts = histogram.getCounts();
+        const auto occupied = std::count_if(counts.begin(), counts.end(), [](std::uint64_t count) { return count > 0; });
+        const String criterion = ThresholdChoices::getInfoThresholdCriterionType().getLabelFromValue(
+            m_algorithm.getThresholdCriterion());
+        std::ostringstream text;
+        text.imbue(std::locale::classic());
+        text << "The criterion " << criterion << " finds no threshold in the image \"inputGrayImage\"";
+        if (m_input.getNumOf(SEQUENCE) > 1) {
+            text << ", frame " << frame;
+        }
+        if (occupied == 1 && counts.size() == 1) {
+            text << ": it is constant (every counted voxel is " << histogram.getMinimum()
+                 << "), so there is nothing to separate.";
+        } else {
+            text << ": it would lie beyond the last of the " << counts.size() << " classes from "
+                 << histogram.getMinimum() << " to " << histogram.getMaximum() << '.';
+        }
+        return text.str();
+    }
+
+    AutoThresholdingValue& m_algorithm;
+    const ImageModel& m_input;
+    access::ExecutionContext& m_context;
+    OptimLevelType m_level;
+    bool m_isInteger;
+    std::vector<ValueCounts> m_counted;  ///< of each frame, where the search for the extrema counted the values
+};
+
+void process(AutoThresholdingValue& algorithm, OptimLevelType level) {
+    Thresholding(algorithm, level).run();
+}
+
+}  // namespace
+
+std::size_t thresholdingMemory(const ImageModel& image) {
+    if (access::contains(access::Reals{}, image.getVoxelType()) && CountedExtrema::accepts(image)) {
+        return countingMemory(image) + image.getNumOf(SEQUENCE) * sizeof(std::uint64_t) *
+                                           (std::size_t{1} << (8 * helper::getSizeOf(image.getVoxelType())));
+    }
+    const std::size_t threads = devices::Cpu::logicalProcessors();
+    return mostClasses * (sizeof(std::uint64_t) + threads * (sizeof(std::uint32_t) + sizeof(std::uint64_t)));
+}
+
+void addAutoThresholdingValueRunners(AlgoInfo& info) {
+    algorithms::addLevelRunners<AutoThresholdingValue, &process, &algorithms::acceptsAll<AutoThresholdingValue>>(info);
+}
+
+}  // namespace rix::analysis

@@ -1,0 +1,60 @@
+#include "CountedExtrema.h"
+
+#include <rix/algorithms/AlgorithmClass.h>
+#include <rix/algorithms/LevelRunner.h>
+
+#include "FrameView.h"
+#include "IntensityExtremaRunners.h"
+
+namespace rix::analysis {
+
+namespace {
+
+/// More bytes of tables than this are not worth the second reading of the image that they save.
+constexpr std::size_t mostMemory = std::size_t{32} << 20;
+
+// Counting has no vector form: every level runs the same code.
+void process(CountedExtrema& algorithm, OptimLevelType /*level*/) {
+    const ImageModel& input = *algorithm.getInputImage();
+    access::ExecutionContext& context = algorithm.executionContext();
+    const std::size_t frames = input.getNumOf(SEQUENCE);
+    context.declareSteps(frames);
+    Extrema extrema;
+    algorithm.frames.clear();
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        const FrameView view(input, frame);
+        algorithm.frames.push_back(countValues(context, view.image()));
+        addExtrema(algorithm.frames.back(), extrema);
+    }
+    publish(extrema, *algorithm.getOutputMeasurement());
+}
+
+bool acceptsInput(const CountedExtrema& algorithm) {
+    return CountedExtrema::accepts(*algorithm.getInputImage());
+}
+
+void addRunners(AlgoInfo& info) {
+    algorithms::addLevelRunners<CountedExtrema, &process, &acceptsInput>(info);
+}
+
+}  // namespace
+
+AlgoInfo& CountedExtrema::getInfo() {
+    return algorithms::classRecord<CountedExtrema>("CountedExtrema", &addRunners,
+                                                   AlgoVisibilityType::HIDDEN_ALGORITHM);
+}
+
+CountedExtrema::CountedExtrema(algorithms::AbstractPrivateImplementation* implementation)
+    : IntensityExtrema(implementation) {}
+
+AlgoInfo& CountedExtrema::getClassInfo() const {
+    return getInfo();
+}
+
+bool CountedExtrema::accepts(const ImageModel& image) {
+    const std::size_t tableBytes = sizeof(std::uint64_t) << (8 * helper::getSizeOf(image.getVoxelType()));
+    return image.getNumOf(SPECTRAL_SERIES) == 1 && hasCountableRange(FrameView(image, 0).image()) &&
+           image.getNumOf(SEQUENCE) <= mostMemory / tableBytes;
+}
+
+}  // namespace rix::analysis

@@ -1,0 +1,190 @@
+#include <rix/analysis/ThresholdCriteria.h>
+
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+#include "Int128.h"
+
+namespace rix::analysis::details {
+
+namespace {
+
+/// A class with a count. Empty classes change neither side, and so no score: the first class of a maximum is never one.
+struct Occupied {
+    std::size_t index;
+    std::uint64_t count;
+};
+
+std::vector<Occupied> occupiedClasses(const math::Histogram& histogram) {
+    std::vector<Occupied> occupied;
+    const auto counts = histogram.getCounts();
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i] > 0) {
+            occupied.push_back({i, counts[i]});
+        }
+    }
+    return occupied;
+}
+
+long double real(Int128 integer) {
+    return static_cast<long double>(integer);
+}
+
+/// A sum that keeps the rounding error of each addition.
+class CompensatedSum {
+public:
+    void add(long double term) {
+        const long double sum = m_sum + term;
+        m_error += std::abs(m_sum) >= std::abs(term) ? (m_sum - sum) + term : (term - sum) + m_sum;
+        m_sum = sum;
+    }
+    long double value() const { return m_sum + m_error; }
+
+private:
+    long double m_sum = 0.0L;
+    long double m_error = 0.0L;
+};
+
+/// h ln h
+long double entropyTerm(std::uint64_t count) {
+    const auto h = static_cast<long double>(count);
+    return h * std::log(h);
+}
+
+}  // namespace
+
+double computeThresholdEntropy(const math::Histogram& histogram) {
+    const std::vector<Occupied> occupied = occupiedClasses(histogram);
+    if (occupied.empty()) {
+        return histogram.getClassStart(0);
+    }
+    // The sums of the bright sides are taken from the far end: differences from the total would lose what distinguishes
+    // the last classes.
+    std::vector<long double> brightTerms(occupied.size());
+    CompensatedSum bright;
+    for (std::size_t i = occupied.size(); i-- > 0;) {
+        brightTerms[i] = bright.value();
+        bright.add(entropyTerm(occupied[i].count));
+    }
+    // Scores are below 100 and right to about 1e-17; what differs by less is a tie.
+    constexpr long double tie = 1e-16L;
+    const std::uint64_t all = histogram.getNbElements();
+    std::size_t best = 0;
+    long double bestScore = 0.0L;
+    bool found = false;
+    std::uint64_t dark = 0;
+    CompensatedSum darkTerms;
+    for (std::size_t i = 0; i + 1 < occupied.size(); ++i) {
+        dark += occupied[i].count;
+        darkTerms.add(entropyTerm(occupied[i].count));
+        const auto n1 = static_cast<long double>(dark);
+        const auto n2 = static_cast<long double>(all - dark);
+        const long double score = std::log(n1 * n2) - darkTerms.value() / n1 - brightTerms[i] / n2;
+        if (!found || score > bestScore + tie) {
+            found = true;
+            bestScore = score;
+            best = occupied[i].index;
+        }
+    }
+    return histogram.getClassStart(best + 1);
+}
+
+double computeThresholdFactorization(const math::Histogram& histogram) {
+    const std::vector<Occupied> occupied = occupiedClasses(histogram);
+    if (occupied.empty()) {
+        return histogram.getClassStart(0);
+    }
+    // The score does not depend on where x starts, and only in scale on its unit, so the index of a class serves as x:
+    // N1 N2 (m1 - m2)^2 = (N S1 - N1 S)^2 / (N1 N2), S1 and S being sums of x over the dark side and over all.
+    Int128 all = 0;
+    Int128 sum = 0;
+    for (const Occupied& x : occupied) {
+        all += x.count;
+        sum += Int128(x.count) * static_cast<Int128>(x.index);
+    }
+    constexpr long double tie = 1.0L + 0x1p-60L;
+    std::size_t best = 0;
+    long double bestScore = 0.0L;
+    Int128 dark = 0;
+    Int128 darkSum = 0;
+    for (std::size_t i = 0; i + 1 < occupied.size(); ++i) {
+        dark += occupied[i].count;
+        darkSum += Int128(occupied[i].count) * static_cast<Int128>(occupied[i].index);
+        const long double difference = real(all * darkSum - dark * sum);
+        const long double score = difference / real(dark) * (difference / real(all - dark));
+        if (score > bestScore * tie) {
+            bestScore = score;
+            best = occupied[i].index;
+        }
+    }
+    return histogram.getClassStart(best + 1);
+}
+
+double computeThresholdMoments(const math::Histogram& histogram) {
+    const std::vector<Occupied> occupied = occupiedClasses(histogram);
+    // One occupied class: the variance is 0, and exactly so here, as is the second condition of that case.
+    if (occupied.size() <= 1) {
+        return histogram.getClassStart(0);
+    }
+    // The dark fraction depends neither on where x starts nor on its unit: x counts classes from one near the mean, so
+    // that the central moments follow without cancellation.
+    Int128 all = 0;
+    Int128 sum = 0;
+    for (const Occupied& x : occupied) {
+        all += x.count;
+        sum += Int128(x.count) * static_cast<Int128>(x.index);
+    }
+    const Int128 centre = sum / all;
+    Int128 sums[3] = {0, 0, 0};
+    for (const Occupied& occupiedClass : occupied) {
+        const Int128 x = static_cast<Int128>(occupiedClass.index) - centre;
+        Int128 term = occupiedClass.count;
+        for (Int128& momentSum : sums) {
+            term *= x;
+            momentSum += term;
+        }
+    }
+    const long double n = real(all);
+    const long double m1 = real(sums[0]) / n;
+    const long double m2 = real(sums[1]) / n;
+    const long double m3 = real(sums[2]) / n;
+    const long double variance = m2 - m1 * m1;
+    const long double third = m3 - 3.0L * m1 * m2 + 2.0L * m1 * m1 * m1;
+    // With moments about the mean the formulas reduce to these; the discriminant is then never negative.
+    const long double half = third / (2.0L * variance);
+    const long double discriminant = half * half + variance;
+    const long double exact = n * (0.5L + half / (2.0L * std::sqrt(discriminant)));
+    // Images of two values, and symmetric ones, have a whole number here, which rounding must not truncate away.
+    const long double nearest = std::round(exact);
+    const long double rounding = n * 0x1p-56L;
+    const long double target = std::abs(exact - nearest) <= rounding ? nearest : std::trunc(exact);
+
+    std::uint64_t running = 0;
+    for (const Occupied& x : occupied) {
+        // A target of 0 is reached by the first class of all, occupied or not.
+        const std::size_t reached = target <= 0.0L ? 0 : x.index;
+        running += x.count;
+        if (static_cast<long double>(running) >= target) {
+            return histogram.getClassStart(reached + 1);
+        }
+    }
+    return histogram.getClassStart(histogram.getNbClasses() - 1);
+}
+
+double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram,
+                        const ImageModel& image, access::ExecutionContext& context, OptimLevelType level) {
+    switch (criterion) {
+        case ThresholdChoices::ENTROPY:
+            return computeThresholdEntropy(histogram);
+        case ThresholdChoices::FACTORISATION:
+            return computeThresholdFactorization(histogram);
+        case ThresholdChoices::MOMENTS:
+            return computeThresholdMoments(histogram);
+        case ThresholdChoices::ISODATA:
+            return computeThresholdIsodata(histogram, image, context, level);
+    }
+    return 0.0;
+}
+
+}  // namespace rix::analysis::details

@@ -1,0 +1,430 @@
+// The algorithm against histograms and criteria written from their definitions, and what it does at the edges.
+
+#include <atomic>
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelSizeProxy.h>
+#include <rix/settings/Settings.h>
+
+#include "ImageFactories.h"
+#include "ImageValues.h"
+#include "ReferenceThresholds.h"
+
+namespace rix::analysis {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Value = AutoThresholdingValue;
+
+constexpr Value::ThresholdCriterionType allCriteria[] = {Value::ENTROPY, Value::FACTORISATION, Value::MOMENTS,
+                                                         Value::ISODATA};
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+struct Options {
+    OptimLevelType level = SCALAR;
+    int threads = 1;
+    std::shared_ptr<access::BlockScheduler> scheduler = nullptr;
+    std::optional<math::Vector2<double>> range = std::nullopt;
+};
+
+std::vector<double> thresholds(const ImageModel& image, Value::ThresholdCriterionType criterion,
+                               const Options& options = {}) {
+    Value algorithm;
+    algorithm.settings().setMaximumNumberOfThreads(options.threads);
+    algorithm.setAutoCpuDispatch(false);
+    algorithm.setOptimLevel(options.level);
+    algorithm.setBlockScheduler(options.scheduler);
+    AutoThresholdingMsr measurement;
+    algorithm.setInputGrayImage(&image);
+    algorithm.setThresholdCriterion(criterion);
+    if (options.range) {
+        algorithm.setRangeMode(Value::OTHER);
+        algorithm.setIntensityInputRange(*options.range);
+    }
+    algorithm.setOutputMeasurement(&measurement);
+    algorithm.run();
+    EXPECT_EQ(algorithm.getLastRunLevel(), options.level);
+    return {measurement.threshold.begin(), measurement.threshold.end()};
+}
+
+bool isInteger(const ImageModel& image) {
+    return image.getVoxelType() != RIX_FLOAT32 && image.getVoxelType() != RIX_FLOAT64;
+}
+
+/// Two heaps of values, in the range of every type.
+io::MemoryImage heaps(VoxelTypes type, const test::Extents& extents, double spread) {
+    return test::makeImage({.voxelType = type, .extents = extents}, [=](auto c, auto y, auto z, auto t, auto s) {
+        const std::size_t hash = (c * 2654435761U + y * 40503U + z * 97U + t * 31U + s * 7U) >> 3;
+        const double noise = static_cast<double>(hash % 1000) / 1000.0 + static_cast<double>(hash / 1000 % 1000) / 1e6;
+        const double heap = (c / 5 + y / 7 + t) % 3 == 0 ? 70.0 : 10.0;
+        return (heap + 30.0 * noise * noise + static_cast<double>(t + s)) * spread;
+    });
+}
+
+struct TypeCase {
+    VoxelTypes type;
+    double spread;  ///< more than 1 makes more than 65535 classes of integers, or uneven ones
+};
+constexpr TypeCase typeCases[] = {
+    {RIX_UINT8, 1},   {RIX_INT8, 1},    {RIX_UINT16, 1},  {RIX_UINT16, 600},   {RIX_INT16, 300},  {RIX_INT16, -300},
+    {RIX_UINT32, 90}, {RIX_UINT32, 4e7}, {RIX_INT32, -90}, {RIX_INT32, -2e7}, {RIX_FLOAT32, 1e-3}, {RIX_FLOAT64, 1e5},
+};
+
+TEST(AutoThresholdingValue, EqualsTheDefinitionForEveryTypeSizeAndLevel) {
+    // The sizes lie on either side of what is worth a table of all values.
+    for (const test::Extents& extents : {test::Extents{61, 43, 1, 1, 1}, test::Extents{613, 441, 1, 1, 1}}) {
+        for (const auto& [type, spread] : typeCases) {
+            const io::MemoryImage image = heaps(type, extents, spread);
+            const std::vector<double> values = test::allValues(image);
+            for (const auto criterion : allCriteria) {
+                const double expected =
+                    test::referenceThreshold(criterion, values, test::referenceRange(values), isInteger(image));
+                for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+                    if (!devices::Cpu::supports(level)) {
+                        continue;
+                    }
+                    const auto actual = thresholds(image, criterion, {.level = level});
+                    ASSERT_EQ(actual.size(), 1U);
+                    const double tolerance =
+                        isInteger(image) || criterion != Value::ISODATA ? 0.0 : std::abs(expected) * 1e-13;
+                    EXPECT_NEAR(actual[0], expected, tolerance)
+                        << helper::voxelTypesToString(type) << " x " << spread << ", criterion " << criterion
+                        << ", level " << level << ", " << extents[0] << " columns";
+                }
+            }
+        }
+    }
+}
+
+TEST(AutoThresholdingValue, IsTheSameForEveryThreadCountScheduleAndStorage) {
+    for (const auto& [type, spread] : typeCases) {
+        const test::Extents extents{403, 301, 3, 2, 1};
+        const io::MemoryImage image = heaps(type, extents, spread);
+        // A frame with a margin around the same voxels: rows are not joined and blocks are cut elsewhere.
+        io::MemoryImage wide = heaps(type, {501, 333, 3, 2, 1}, spread);
+        ImageModelSizeProxy window(&wide, {7, 5, 0, 0, 0}, {403, 301, 3, 2, 1});
+        std::vector<std::uint8_t> row(403 * helper::getElementSize(image));
+        for (std::size_t t = 0; t < 2; ++t) {
+            for (std::size_t z = 0; z < 3; ++z) {
+                for (std::size_t y = 0; y < 301; ++y) {
+                    ASSERT_TRUE(image.readRowAt(403, row.data(), 0, y, z, t, 0));
+                    ASSERT_TRUE(window.writeRowAt(403, row.data(), 0, y, z, t, 0));
+                }
+            }
+        }
+        for (const auto criterion : allCriteria) {
+            const auto expected = thresholds(image, criterion);
+            for (const int threads : {2, 3, 7}) {
+                EXPECT_EQ(thresholds(image, criterion, {.threads = threads}), expected) << type << ' ' << threads;
+            }
+            EXPECT_EQ(thresholds(image, criterion, {.scheduler = std::make_shared<access::ShuffledScheduler>(9)}),
+                      expected);
+            EXPECT_EQ(thresholds(window, criterion, {.threads = 2}), expected) << type << ' ' << criterion;
+        }
+    }
+}
+
+TEST(AutoThresholdingValue, GivesOneThresholdAFrameOverTheRangeOfTheWholeImage) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT32}) {
+        for (const std::size_t channels : {1U, 2U}) {
+            const io::MemoryImage image = heaps(type, {64, 50, 2, 3, channels}, 1);
+            const auto range = test::referenceRange(test::allValues(image));
+            for (const auto criterion : allCriteria) {
+                const auto actual = thresholds(image, criterion);
+                ASSERT_EQ(actual.size(), 3U);
+                for (std::size_t frame = 0; frame < 3; ++frame) {
+                    const auto values = test::frameValues(image, frame, 0);
+                    const double expected = test::referenceThreshold(criterion, values, range, isInteger(image));
+                    EXPECT_NEAR(actual[frame], expected, type == RIX_UINT8 ? 0.0 : 1e-12) << criterion << ' ' << frame;
+                }
+            }
+        }
+    }
+}
+
+TEST(AutoThresholdingValue, CountsOnlyAGivenRange) {
+    // Beside two heaps inside the range: voxels at its widened end, which count, and beyond both ends, which don't.
+    const double specials[] = {0, 49, 101, 102, 255};
+    const auto value = [&](std::size_t c, std::size_t y, auto...) -> double {
+        return c < 5 ? specials[c] : c % 3 == 0 ? 50.0 + static_cast<double>(y % 9) : 88.0 + static_cast<double>(c % 5);
+    };
+    for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_UINT32, RIX_FLOAT32}) {
+        const io::MemoryImage image = test::makeImage({.voxelType = type, .extents = {40, 30, 1, 1, 1}}, value);
+        const auto values = test::allValues(image);
+        const bool integers = type != RIX_FLOAT32;
+        for (const auto criterion : allCriteria) {
+            for (const math::Vector2<double>& range :
+                 {math::Vector2<double>{50, 100}, math::Vector2<double>{100, 50}, math::Vector2<double>{50.5, 99.25},
+                  math::Vector2<double>{-7, 300}, math::Vector2<double>{40, 90}}) {
+                const test::ReferenceRange turned{std::min(range.x, range.y), std::max(range.x, range.y)};
+                const double expected = test::referenceThreshold(criterion, values, turned, integers);
+                const auto actual = thresholds(image, criterion, {.range = range});
+                EXPECT_NEAR(actual[0], expected, integers ? 0.0 : 1e-11)
+                    << type << " criterion " << criterion << " from " << range.x << " to " << range.y;
+            }
+            // Where nothing is counted, the first class; the iterated means are those of the voxels themselves.
+            const auto nothing = thresholds(image, criterion, {.range = math::Vector2<double>{1e6, 1e17}});
+            EXPECT_EQ(nothing[0] == 1e6, criterion != Value::ISODATA);
+        }
+    }
+}
+
+TEST(AutoThresholdingValue, SeparatesTwoValuesAtTheClassAfterTheFirst) {
+    const io::MemoryImage image = test::makeImage({.extents = {20, 20, 1, 1, 1}}, [](std::size_t c, auto...) {
+        return c % 4 == 0 ? 200 : 10;
+    });
+    EXPECT_THAT(thresholds(image, Value::FACTORISATION), ElementsAre(11));
+    EXPECT_THAT(thresholds(image, Value::ISODATA), ElementsAre(105));
+}
+
+TEST(AutoThresholdingValue, TakesOnlyFiniteVoxelsOfFloatingImages) {
+    for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64}) {
+        const io::MemoryImage plain = heaps(type, {90, 60, 1, 1, 1}, 0.01);
+        const io::MemoryImage special =
+            test::makeImage({.voxelType = type, .extents = {90, 80, 1, 1, 1}}, [&](std::size_t c, std::size_t y, auto...) {
+                const double specials[] = {std::nan(""), infinity, -infinity};
+                return y % 4 == 3 ? specials[c % 3] : test::frameValues(plain, 0, 0)[c + 90 * (y / 4 * 3 + y % 4)];
+            });
+        for (const auto criterion : allCriteria) {
+            EXPECT_EQ(thresholds(special, criterion), thresholds(plain, criterion)) << criterion;
+        }
+    }
+}
+
+TEST(AutoThresholdingValue, ManagesFloatingImagesOfFewAndOfManyValues) {
+    for (const double constant : {7.25, -0.1, 0.0, 1e300, 1e-310}) {
+        const io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT64, .extents = {30, 9, 1, 1, 1}},
+                                                      [=](auto...) { return constant; });
+        EXPECT_THAT(thresholds(image, Value::ENTROPY), ElementsAre(constant));
+        EXPECT_THAT(thresholds(image, Value::FACTORISATION), ElementsAre(constant));
+        EXPECT_THAT(thresholds(image, Value::MOMENTS), ElementsAre(constant));
+        // Its dark side is empty and has the mean 0.
+        const double half = std::abs(constant) / 2 < 1e-6 ? constant : constant / 2;
+        EXPECT_NEAR(thresholds(image, Value::ISODATA)[0], half, std::abs(half) * 0x1p-50);
+    }
+    for (const double high : {2.0, 1e-300, 1e308}) {
+        const io::MemoryImage image =
+            test::makeImage({.voxelType = RIX_FLOAT64, .extents = {30, 9, 1, 1, 1}},
+                            [=](std::size_t c, auto...) { return c % 3 == 0 ? high : -high; });
+        for (const auto criterion : {Value::ENTROPY, Value::FACTORISATION, Value::MOMENTS}) {
+            const double threshold = thresholds(image, criterion)[0];
+            EXPECT_GT(threshold, -high) << criterion;
+            EXPECT_LE(threshold, high) << criterion;
+        }
+        EXPECT_LT(std::abs(thresholds(image, Value::ISODATA)[0]), high);
+    }
+    const io::MemoryImage many = test::makeImage(
+        {.voxelType = RIX_FLOAT64, .extents = {1000, 1000, 1, 1, 1}},
+        [](std::size_t c, std::size_t y, auto...) {
+            const auto rank = static_cast<double>(c + 1000 * y);
+            return rank < 700000 ? rank * 1e-3 : 1500.0 + std::sqrt(rank);
+        });
+    const auto values = test::allValues(many);
+    for (const auto criterion : allCriteria) {
+        const double expected = test::referenceThreshold(criterion, values, test::referenceRange(values), false);
+        EXPECT_NEAR(thresholds(many, criterion, {.threads = 2})[0], expected, std::abs(expected) * 1e-13) << criterion;
+    }
+}
+
+TEST(AutoThresholdingValue, FailsOnAConstantIntegerImageAndSaysWhy) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_INT32}) {
+        const io::MemoryImage image =
+            test::makeImage({.voxelType = type, .extents = {30, 9, 1, 1, 1}}, [](auto...) { return 42; });
+        for (const auto criterion : {Value::ENTROPY, Value::FACTORISATION, Value::ISODATA}) {
+            try {
+                thresholds(image, criterion);
+                ADD_FAILURE() << "accepted";
+            } catch (const InvalidCall& exception) {
+                EXPECT_EQ(exception.getMessage(), "The class index must be less than the number of classes 1");
+                EXPECT_THAT(exception.getInfo(), HasSubstr("inputGrayImage"));
+                EXPECT_THAT(exception.getInfo(), HasSubstr("it is constant (every counted voxel is 42)"));
+                EXPECT_THAT(exception.getInfo(), HasSubstr("nothing to separate"));
+                EXPECT_THAT(exception.getInfo(), HasSubstr("Error in algorithm AutoThresholdingValue"));
+            }
+        }
+        EXPECT_THAT(thresholds(image, Value::MOMENTS), ElementsAre(42));
+    }
+}
+
+TEST(AutoThresholdingValue, FailsWhereNoVoxelIsFiniteButNotWhereAFrameHasNone) {
+    const auto image = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {8, 8, 1, 2, 1}},
+                                       [](auto, std::size_t y, auto, std::size_t t, auto) {
+                                           return t == 0 ? infinity : static_cast<double>(y + 3);
+                                       });
+    for (const auto criterion : allCriteria) {
+        const auto actual = thresholds(image, criterion);
+        EXPECT_EQ(actual[0], 3.0) << "the first class start";
+        EXPECT_GT(actual[1], 3.0);
+    }
+    const ImageModelSizeProxy none(const_cast<io::MemoryImage*>(&image), {0, 0, 0, 0, 0}, {8, 8, 1, 1, 1});
+    try {
+        thresholds(none, Value::ENTROPY);
+        ADD_FAILURE() << "accepted";
+    } catch (const ProcessingException& exception) {
+        EXPECT_THAT(exception.getMessage(), HasSubstr("inputGrayImage"));
+        EXPECT_THAT(exception.getMessage(), HasSubstr("no finite value"));
+    }
+}
+
+TEST(AutoThresholdingValue, RefusesBadPropertiesByNameAndRunsAfterwards) {
+    static const io::MemoryImage good = heaps(RIX_UINT8, {9, 9, 1, 1, 1}, 1);
+    static const io::MemoryImage complexImage =
+        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT64, .extents = {9, 9, 1, 1, 1}}, 1);
+    static const io::MemoryImage empty;
+    struct Refusal {
+        void (*spoil)(Value&);
+        std::vector<const char*> texts;
+    };
+    const Refusal refusals[] = {
+        {[](Value& a) { a.setInputGrayImage(nullptr); }, {"The parameter \"inputGrayImage\" must be set."}},
+        {[](Value& a) { a.setOutputMeasurement(nullptr); }, {"The parameter \"outputMeasurement\" must be set."}},
+        {[](Value& a) { a.setInputGrayImage(&complexImage); }, {"inputGrayImage", "complex float64"}},
+        {[](Value& a) { a.setInputGrayImage(&empty); }, {"inputGrayImage", "empty"}},
+        {[](Value& a) { a.setRangeMode(static_cast<Value::RangeModeType>(2)); }, {"\"rangeMode\" is not valid", "2"}},
+        {[](Value& a) { a.setThresholdCriterion(static_cast<Value::ThresholdCriterionType>(-1)); },
+         {"\"thresholdCriterion\" is not valid", "-1"}},
+        {[](Value& a) { a.setIntensityInputRange({0.0, infinity}); }, {"intensityInputRange", "finite", "Component 1"}},
+        {[](Value& a) { a.setIntensityInputRange({std::nan(""), 0.0}); }, {"intensityInputRange", "finite"}},
+    };
+    for (const Refusal& refusal : refusals) {
+        Value algorithm;
+        AutoThresholdingMsr measurement;
+        algorithm.setInputGrayImage(&good);
+        algorithm.setOutputMeasurement(&measurement);
+        refusal.spoil(algorithm);
+        try {
+            algorithm.run();
+            ADD_FAILURE() << "accepted: " << refusal.texts[0];
+        } catch (const RuleException& exception) {
+            for (const char* text : refusal.texts) {
+                EXPECT_THAT(exception.getInfo(), HasSubstr(text));
+            }
+        }
+        algorithm.setInputGrayImage(&good);
+        algorithm.setOutputMeasurement(&measurement);
+        algorithm.setRangeMode(Value::MIN_MAX);
+        algorithm.setThresholdCriterion(Value::ENTROPY);
+        algorithm.setIntensityInputRange({0.0, 0.0});
+        EXPECT_NO_THROW(algorithm.run());
+        EXPECT_THAT(measurement.threshold, ElementsAre(thresholds(good, Value::ENTROPY)[0]));
+    }
+}
+
+/// An image that cancels or breaks at one of its rows.
+class Trap : public ImageModelSizeProxy {
+public:
+    explicit Trap(io::MemoryImage& image)
+        : ImageModelSizeProxy(&image, {0, 0, 0, 0, 0},
+                              {image.getNumOf(COLUMNS), image.getNumOf(ROWS), 1, image.getNumOf(SEQUENCE), 1}) {}
+    bool getConstRowAt(std::size_t, ConstRawData&, std::size_t, std::size_t, std::size_t, std::size_t,
+                       std::size_t) const override {
+        return false;
+    }
+    bool readRowAt(std::size_t count, RawData buffer, std::size_t c, std::size_t y, std::size_t z, std::size_t t,
+                   std::size_t s) const override {
+        if (reads++ == at) {
+            if (cancels == nullptr) {
+                return false;
+            }
+            cancels->cancelExecution();
+        }
+        return ImageModelSizeProxy::readRowAt(count, buffer, c, y, z, t, s);
+    }
+
+    mutable std::atomic<std::size_t> reads{0};
+    std::size_t at = 0;
+    BaseAlgorithm* cancels = nullptr;
+};
+
+TEST(AutoThresholdingValue, EndsAtACancellationOrAFailedRowAndRunsAgain) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT32}) {
+        io::MemoryImage image = heaps(type, {300, 200, 1, 2, 1}, 1);
+        const auto expected = thresholds(image, Value::ISODATA);
+        for (const int threads : {1, 2}) {
+            Value algorithm;
+            algorithm.settings().setMaximumNumberOfThreads(threads);
+            AutoThresholdingMsr measurement;
+            algorithm.setThresholdCriterion(Value::ISODATA);
+            algorithm.setOutputMeasurement(&measurement);
+            Trap whole(image);
+            whole.at = std::numeric_limits<std::size_t>::max();
+            algorithm.setInputGrayImage(&whole);
+            algorithm.run();
+            for (std::size_t at = 0; at < whole.reads; at += whole.reads / 7 + 1) {
+                Trap trap(image);
+                trap.at = at;
+                trap.cancels = &algorithm;
+                algorithm.setInputGrayImage(&trap);
+                EXPECT_THROW(algorithm.run(), UserCancelException) << at;
+                trap.reads = 0;
+                trap.cancels = nullptr;
+                EXPECT_THROW(algorithm.run(), UnexpectedError) << at;
+                trap.reads = at + 1;
+                algorithm.run();
+                EXPECT_EQ(std::vector<double>(measurement.threshold.begin(), measurement.threshold.end()), expected);
+            }
+        }
+    }
+}
+
+TEST(AutoThresholdingValue, ReportsAStepForTheRangeAndTwoForEachFrame) {
+    class Recorder : public InteractionInterface {
+    public:
+        void setProgress(double progress) override { values.push_back(progress); }
+        std::vector<double> values;
+    };
+    io::MemoryImage image = heaps(RIX_FLOAT32, {60, 40, 1, 3, 1}, 1);
+    class Spy : public Trap {
+    public:
+        using Trap::Trap;
+        bool readRowAt(std::size_t count, RawData buffer, std::size_t c, std::size_t y, std::size_t z, std::size_t t,
+                       std::size_t s) const override {
+            if (y == 0) {
+                starts.push_back(algorithm->getProgress());
+            }
+            return ImageModelSizeProxy::readRowAt(count, buffer, c, y, z, t, s);
+        }
+        mutable std::vector<double> starts;
+        BaseAlgorithm* algorithm = nullptr;
+    };
+    Spy spy(image);
+    Value algorithm;
+    spy.algorithm = &algorithm;
+    algorithm.settings().setMaximumNumberOfThreads(1);
+    AutoThresholdingMsr measurement;
+    algorithm.setInputGrayImage(&spy);
+    algorithm.setOutputMeasurement(&measurement);
+    Recorder recorder;
+    algorithm.run(&recorder);
+    // The frames are read for the range and again for their histograms: at the start of the run's second step, and so on.
+    ASSERT_EQ(spy.starts.size(), 6U);
+    EXPECT_NEAR(spy.starts[3], 0.25, 1e-9);
+    EXPECT_NEAR(spy.starts[4], 0.50, 1e-9);
+    EXPECT_NEAR(spy.starts[5], 0.75, 1e-9);
+    ASSERT_FALSE(recorder.values.empty());
+    EXPECT_EQ(recorder.values.back(), 1.0);
+    EXPECT_TRUE(std::is_sorted(spy.starts.begin(), spy.starts.end()));
+}
+
+TEST(AutoThresholdingValue, StatesItsDefaults) {
+    const Value algorithm;
+    EXPECT_EQ(algorithm.getRangeMode(), Value::MIN_MAX);
+    EXPECT_EQ(algorithm.getThresholdCriterion(), Value::ENTROPY);
+    EXPECT_EQ(algorithm.getIntensityInputRange(), (math::Vector2<double>{0.0, 0.0}));
+    const AutoThresholdingMsr measurement;
+    EXPECT_EQ(measurement.getDescription(),
+              "This object contains the threshold of binarization computed by automatic method.");
+    EXPECT_EQ(measurement.getArray(0).getName(), "threshold");
+    EXPECT_EQ(measurement.getArray(0).getDescription(), "The threshold computed by the algorithm.");
+}
+
+}  // namespace
+}  // namespace rix::analysis

@@ -1,0 +1,125 @@
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/analysis/IntensityExtrema.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelFull2d.h>
+#include <rix/settings/Settings.h>
+
+#include "ImageFactories.h"
+#include "ImageValues.h"
+
+namespace rix::analysis {
+namespace {
+
+constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8,
+                                    RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
+
+void expectExtremaOf(const std::vector<double>& values, const IntensityExtremaMsr& actual) {
+    double minimum = std::numeric_limits<double>::infinity();
+    double maximum = -minimum;
+    std::int64_t nan = 0;
+    std::int64_t infinite = 0;
+    for (const double value : values) {
+        nan += std::isnan(value) ? 1 : 0;
+        infinite += std::isinf(value) ? 1 : 0;
+        minimum = std::isfinite(value) ? std::min(minimum, value) : minimum;
+        maximum = std::isfinite(value) ? std::max(maximum, value) : maximum;
+    }
+    EXPECT_THAT(actual.minimum, testing::ElementsAre(minimum));
+    EXPECT_THAT(actual.maximum, testing::ElementsAre(maximum));
+    EXPECT_THAT(actual.nanCount, testing::ElementsAre(nan));
+    EXPECT_THAT(actual.infiniteCount, testing::ElementsAre(infinite));
+}
+
+TEST(IntensityExtrema, AreThoseOfTheFiniteVoxelsForEveryTypeLevelAndWidth) {
+    for (const VoxelTypes type : realTypes) {
+        for (const std::size_t width : {1U, 2U, 3U, 7U, 15U, 16U, 17U, 33U, 64U, 67U, 131U, 260U}) {
+            const io::MemoryImage image = test::makeRandomImage(
+                {.voxelType = type, .extents = {width, 3, 1, 2, 2}}, width, test::Extremes::All);
+            for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+                if (!devices::Cpu::supports(level)) {
+                    continue;
+                }
+                SCOPED_TRACE(testing::Message() << helper::voxelTypesToString(type) << ' ' << width << " level " << level);
+                IntensityExtrema algorithm;
+                algorithm.setAutoCpuDispatch(false);
+                algorithm.setOptimLevel(level);
+                IntensityExtremaMsr extrema;
+                algorithm.setInputImage(&image);
+                algorithm.setOutputMeasurement(&extrema);
+                algorithm.run();
+                EXPECT_EQ(algorithm.getLastRunLevel(), level);
+                expectExtremaOf(test::allValues(image), extrema);
+            }
+        }
+    }
+}
+
+TEST(IntensityExtrema, AreFoundAnywhereByAnyNumberOfThreadsInAnyStorage) {
+    io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {701, 503, 2, 1, 2}},
+                                            [](std::size_t c, std::size_t y, auto...) { return (c * y) % 97; });
+    auto* const samples = reinterpret_cast<float*>(image.getInternalBuffer());
+    samples[701 * 503 * 3 + 12345] = -4.0F;
+    samples[701 * 503 * 2 - 1] = 1000.0F;
+    samples[99] = std::numeric_limits<float>::quiet_NaN();
+    for (const int threads : {1, 2, 3, 7}) {
+        IntensityExtrema algorithm;
+        algorithm.settings().setMaximumNumberOfThreads(threads);
+        algorithm.setInputImage(&image);
+        algorithm.run();
+        ASSERT_NE(algorithm.getOutputMeasurement(), nullptr) << "made by the algorithm";
+        expectExtremaOf(test::allValues(image), *algorithm.getOutputMeasurement());
+    }
+    const ImageModelFull2d plane(static_cast<const ImageModel*>(&image), 1, 0, 0);
+    IntensityExtrema algorithm;
+    algorithm.setBlockScheduler(std::make_shared<access::ShuffledScheduler>(3));
+    algorithm.setInputImage(&plane);
+    algorithm.run();
+    expectExtremaOf(test::allValues(plane), *algorithm.getOutputMeasurement());
+}
+
+TEST(IntensityExtrema, OfNoFiniteVoxelAreNaN) {
+    const io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT64, .extents = {40, 1, 1, 1, 1}},
+                                                  [](std::size_t c, auto...) {
+                                                      return c % 4 == 0 ? -std::numeric_limits<double>::infinity()
+                                                                        : std::nan("");
+                                                  });
+    IntensityExtrema algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.run();
+    const IntensityExtremaMsr& extrema = *algorithm.getOutputMeasurement();
+    EXPECT_TRUE(std::isnan(extrema.minimum[0]));
+    EXPECT_TRUE(std::isnan(extrema.maximum[0]));
+    EXPECT_EQ(extrema.nanCount[0], 30);
+    EXPECT_EQ(extrema.infiniteCount[0], 10);
+}
+
+TEST(IntensityExtrema, OfZerosArePositiveZeros) {
+    const io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {40, 1, 1, 1, 1}},
+                                                  [](std::size_t c, auto...) { return c % 3 == 0 ? -0.0 : 0.0; });
+    IntensityExtrema algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.run();
+    EXPECT_FALSE(std::signbit(algorithm.getOutputMeasurement()->minimum[0]));
+    EXPECT_FALSE(std::signbit(algorithm.getOutputMeasurement()->maximum[0]));
+}
+
+TEST(IntensityExtrema, RefusesWhatHasNoOrder) {
+    const io::MemoryImage complexImage =
+        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
+    const io::MemoryImage vectors = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
+    const io::MemoryImage empty;
+    for (const io::MemoryImage* image : {static_cast<const io::MemoryImage*>(nullptr), &complexImage, &vectors, &empty}) {
+        IntensityExtrema algorithm;
+        algorithm.setInputImage(image);
+        EXPECT_THROW(algorithm.run(), RuleException);
+    }
+}
+
+}  // namespace
+}  // namespace rix::analysis

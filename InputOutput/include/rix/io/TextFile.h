@@ -1,0 +1,15 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+#include <rix/Export.h>
+
+namespace rix::io {
+
+/// Writes a text file (a table, a record) as images are written: under another name first, renamed when it is complete,
+/// so that a failure leaves the old file as it was.
+/// @throws WritingError naming the file and the reason.
+RIX_EXPORT void writeTextFile(const std::filesystem::path& path, std::string_view text);
+
+}  // namespace rix::io

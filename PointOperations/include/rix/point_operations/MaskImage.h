@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+#include <rix/Export.h>
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/image/ImageModel.h>
+
+namespace rix::point_operations {
+
+/// Keeps the voxels of an image where a mask is not 0 and writes 0 elsewhere.
+///
+/// **Input** `inputImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`). A binary
+/// image counts as 0 and 1, whatever it holds beside 0.
+/// **Input** `inputBinaryImage`: the mask; the same extents, scalar elements of `uint8`, `int8`, `uint16` or `int16`.
+/// Everything but 0 keeps the voxel.
+/// **Output** `outputImage`: takes extents, calibration, voxel type, interpretation and colour interpretation of the
+/// input. It may be the input, and the mask when both have one type.
+///
+/// @throws RuleException from `run` for an unset or empty image, vector elements, a complex input, a mask of another
+///         type or of other extents, and an output that is a mask of another type than the input.
+/// Cost: one pass at memory speed; no extra memory.
+class RIX_EXPORT MaskImage : public BaseAlgorithm {
+public:
+    static std::shared_ptr<MaskImage> New();
+    static AlgoInfo& getInfo();
+
+    explicit MaskImage(algorithms::AbstractPrivateImplementation* implementation = nullptr);
+    AlgoInfo& getClassInfo() const override;
+    void applyAllRules() override;
+    AlgorithmDescription describe() const override;
+    BorderInfluence getBorderInfluence() const { return {}; }
+
+    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
+    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    void setInputBinaryImage(const ImageModel* image) { input<const ImageModel*>(1) = image; }
+    const ImageModel* getInputBinaryImage() const { return input<const ImageModel*>(1); }
+    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
+    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
+};
+
+}  // namespace rix::point_operations

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+
+#include <rix/access/ExecutionContext.h>
+#include <rix/access/FunctionRef.h>
+
+#include "PointInputs.h"
+
+namespace rix::point_operations {
+
+/// Applies an operator on two samples to two images of the same extents, in parallel blocks.
+class ImagePairToImageFilter3d {
+public:
+    /// Writes `count` samples from as many of either input, which have the types that the inputs are read as.
+    using Operator = access::FunctionRef<void(const void* first, const void* second, void* out, std::size_t count)>;
+
+    ImagePairToImageFilter3d(const PointInput& first, const PointInput& second, ImageModel& output,
+                             OptimLevelType level);
+
+    /// @param nanosecondsPerVoxel rough cost of the operator, for deciding whether threads pay
+    void run(access::ExecutionContext& context, double nanosecondsPerVoxel, Operator apply) const;
+
+private:
+    PointInput m_first;
+    PointInput m_second;
+    ImageModel& m_output;
+    RowConversion m_firstConversion;
+    RowConversion m_secondConversion;
+};
+
+}  // namespace rix::point_operations

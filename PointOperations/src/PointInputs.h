@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstddef>
+
+#include <rix/access/LevelCasts.h>
+#include <rix/access/PointBlocks.h>
+#include <rix/access/RawRows.h>
+#include <rix/access/Scratch.h>
+#include <rix/algorithms/OptimLevel.h>
+#include <rix/image/ImageModel.h>
+
+namespace rix::point_operations {
+
+/// An input of a point operation and how its samples are to be read.
+struct PointInput {
+    const ImageModel& image;
+    VoxelTypes readAs;
+    bool isBinary = false;  ///< whatever differs from 0 reads as 1
+};
+
+/// What is done with the rows of an input before an operator sees them.
+class RowConversion {
+public:
+    RowConversion(const PointInput& input, OptimLevelType level);
+
+    bool isNone() const { return m_truth == nullptr && m_cast == nullptr; }
+    std::size_t sourceBytes() const { return m_sourceBytes; }
+    std::size_t targetBytes() const { return m_targetBytes; }
+
+private:
+    friend class CastingAdapter;
+    access::CastRow m_truth = nullptr;  ///< to bytes of 0 and 1, before the cast
+    access::CastRow m_cast = nullptr;
+    std::size_t m_sourceBytes;  ///< of a sample
+    std::size_t m_targetBytes;
+};
+
+/// Shows an image as samples of another type: piece by piece, converted into a buffer that stays in the first-level
+/// cache; or in place where nothing has to be converted. Made by the thread that uses it, once a block.
+class CastingAdapter {
+public:
+    /// @param pieceSamples the longest piece that will be asked for; without a conversion it does not matter
+    CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::PointPlan& plan,
+                   std::size_t pieceSamples);
+
+    /// Goes to a segment of the image.
+    void read(const access::RowSegment& segment) { m_row = m_rows.read(segment); }
+    /// `count` samples of the segment from `first` on; valid until the next call.
+    ConstRawData piece(std::size_t first, std::size_t count);
+
+private:
+    access::RawRowReader m_rows;
+    const RowConversion& m_conversion;
+    ConstRawData m_row = nullptr;
+    access::Scratch m_truths;
+    access::Scratch m_converted;
+};
+
+/// Writes an image piece by piece: straight into it, or beside it and past the caches where the images of the run don't
+/// fit them, so that lines of the output need not be fetched before they are overwritten.
+class PieceWriter {
+public:
+    enum class Stores { Cached, Streaming };
+
+    PieceWriter(ImageModel& image, const access::PointPlan& plan, Stores stores, std::size_t pieceSamples);
+
+    void open(const access::RowSegment& segment) { m_row = m_rows.open(segment); }
+    /// Where `count` samples of the segment from `first` on are to be stored.
+    RawData piece(std::size_t first, std::size_t count);
+    void pieceDone();
+    void flush() { m_rows.flush(); }
+    ~PieceWriter();
+    PieceWriter(const PieceWriter&) = delete;
+    PieceWriter& operator=(const PieceWriter&) = delete;
+
+private:
+    access::RawRowWriter m_rows;
+    Stores m_stores;
+    std::size_t m_sampleBytes;
+    RawData m_row = nullptr;
+    RawData m_target = nullptr;
+    std::size_t m_pieceBytes = 0;
+    access::Scratch m_buffer;
+};
+
+/// How many samples a piece has whose buffers are to stay in the first-level cache.
+std::size_t pieceSamples(std::size_t largestSampleBytes);
+
+/// Streaming when the images of a run together exceed the last-level cache.
+PieceWriter::Stores storesFor(std::size_t voxels, std::size_t bytesPerVoxel);
+
+}  // namespace rix::point_operations

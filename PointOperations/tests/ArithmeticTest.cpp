@@ -1,0 +1,392 @@
+// Arithmetic against the reference: every operator on every pair of types, on random and extreme values, every level.
+
+#include <algorithm>
+#include <utility>
+
+#include <rix/point_operations/ArithmeticOperationWithImage.h>
+#include <rix/point_operations/ArithmeticOperationWithValue.h>
+
+#include "ArithmeticReference.h"
+
+namespace rix::point_operations::test {
+namespace {
+
+using OfImages = ArithmeticOperationWithImage;
+using OfValue = ArithmeticOperationWithValue;
+using Op = Operators::ArithmeticOperatorType;
+
+void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, OptimLevelType level,
+             int threads = 1, std::shared_ptr<access::BlockScheduler> scheduler = nullptr) {
+    OfImages algorithm;
+    algorithm.setBlockScheduler(std::move(scheduler));
+    algorithm.setInputImage1(&first);
+    algorithm.setInputImage2(&second);
+    algorithm.setArithmeticOperator(op);
+    algorithm.setOutputImage(&output);
+    runOn(algorithm, level, threads);
+}
+
+void combine(const ImageModel& image, double value, Op op, ImageModel& output, OptimLevelType level, int threads = 1) {
+    OfValue algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.setValue(1);  // a property that holds 0 would ignore -0
+    algorithm.setValue(value);
+    algorithm.setArithmeticOperator(op);
+    algorithm.setOutputImage(&output);
+    runOn(algorithm, level, threads);
+}
+
+TEST(Arithmetic, OfTwoImagesEqualsTheDefinitionForEveryPairOfTypesOperatorAndLevel) {
+    const Extents extents{331, 3, 1, 1, 1};
+    for (const VoxelTypes a : allTypes) {
+        io::MemoryImage first = makeRandomImage({.voxelType = a, .extents = extents}, 17, Extremes::All);
+        rix::test::setDistinctCalibration(first);
+        for (const VoxelTypes b : allTypes) {
+            const io::MemoryImage second = makeRandomImage({.voxelType = b, .extents = extents}, 71, Extremes::All);
+            for (const Op op : allOperators) {
+                if (compares(op) && (isComplexType(a) || isComplexType(b))) {
+                    continue;
+                }
+                const io::MemoryImage expected = referenceOfImages(first, second, op);
+                for (const OptimLevelType level : runnableLevels()) {
+                    io::MemoryImage output;
+                    combine(first, second, op, output, level);
+                    ASSERT_TRUE(imagesEqual(expected, output, toleranceOf(expected.getVoxelType(), op)))
+                        << helper::voxelTypesToString(a) << ' ' << helper::voxelTypesToString(b) << " operator " << op
+                        << " level " << level;
+                }
+            }
+        }
+    }
+}
+
+TEST(Arithmetic, OfAValueEqualsTheDefinitionForEveryTypeOperatorAndLevel) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double values[] = {0,     -0.0,  1,       -1,        3,           7,          255,        -2,
+                             40000, 70000, -70000,  32767,     -32768,      2147483647, -2147483648.0,
+                             3e9,   5e9,   0.5,     -1.5,      1e-310,      1e300,      infinity,   std::nan("")};
+    for (const VoxelTypes type : allTypes) {
+        const io::MemoryImage image =
+            makeRandomImage({.voxelType = type, .extents = {219, 3, 1, 1, 1}}, 5, Extremes::All);
+        for (const double value : values) {
+            for (const Op op : allOperators) {
+                if (compares(op) && isComplexType(type)) {
+                    continue;
+                }
+                const io::MemoryImage expected = referenceOfValue(image, value, op);
+                for (const OptimLevelType level : runnableLevels()) {
+                    io::MemoryImage output;
+                    combine(image, value, op, output, level);
+                    ASSERT_TRUE(imagesEqual(expected, output, toleranceOf(expected.getVoxelType(), op)))
+                        << helper::voxelTypesToString(type) << " value " << value << " operator " << op << " level "
+                        << level;
+                }
+            }
+        }
+    }
+}
+
+TEST(Arithmetic, DividesEveryPairOf16BitIntegersThatCouldRoundUp) {
+    // Quotients just below an integer: multiples of the divisor less one, with every divisor.
+    const Extents extents{65536, 1, 1, 1, 1};
+    const io::MemoryImage divisors = rix::test::makeImage(
+        {.voxelType = RIX_INT16, .extents = extents},
+        [](std::size_t c, auto...) { return static_cast<std::int64_t>(c) - 32768; });
+    for (const std::int64_t multiple : {1, 2, 3, 7, 100, 181, 32767}) {
+        for (const std::int64_t offset : {-1, 0, 1}) {
+            const io::MemoryImage dividends =
+                rix::test::makeImage({.voxelType = RIX_INT16, .extents = extents}, [&](std::size_t c, auto...) {
+                    const std::int64_t divisor = static_cast<std::int64_t>(c) - 32768;
+                    return std::clamp<std::int64_t>(multiple * divisor + offset, -32768, 32767);
+                });
+            const io::MemoryImage expected = referenceOfImages(dividends, divisors, Operators::DIVIDE);
+            for (const OptimLevelType level : runnableLevels()) {
+                io::MemoryImage output;
+                combine(dividends, divisors, Operators::DIVIDE, output, level);
+                ASSERT_TRUE(imagesEqual(expected, output)) << multiple << ' ' << offset << " level " << level;
+            }
+        }
+    }
+}
+
+TEST(Arithmetic, DividesEveryPairOfBytes) {
+    const Extents extents{256, 256, 1, 1, 1};
+    const io::MemoryImage dividends = rix::test::makeImage({.extents = extents}, [](std::size_t c, auto...) { return c; });
+    const io::MemoryImage divisors =
+        rix::test::makeImage({.extents = extents}, [](std::size_t, std::size_t y, auto...) { return y; });
+    const io::MemoryImage expected = referenceOfImages(dividends, divisors, Operators::DIVIDE);
+    for (const OptimLevelType level : runnableLevels()) {
+        io::MemoryImage output;
+        combine(dividends, divisors, Operators::DIVIDE, output, level);
+        ASSERT_TRUE(imagesEqual(expected, output)) << "level " << level;
+    }
+}
+
+TEST(Arithmetic, HandlesEveryWidthAndOddOffsets) {
+    struct Case {
+        VoxelTypes first;
+        VoxelTypes second;
+        Op op;
+    };
+    const Case cases[] = {{RIX_UINT8, RIX_UINT8, Operators::ADD},       {RIX_UINT8, RIX_UINT8, Operators::MULTIPLY},
+                          {RIX_INT16, RIX_INT16, Operators::DIVIDE},    {RIX_UINT16, RIX_UINT16, Operators::SUBTRACT},
+                          {RIX_UINT8, RIX_INT16, Operators::MAXIMUM},   {RIX_INT32, RIX_INT32, Operators::DIVIDE},
+                          {RIX_FLOAT32, RIX_FLOAT32, Operators::DIVIDE}, {RIX_FLOAT64, RIX_UINT8, Operators::ADD},
+                          {RIX_COMPLEX_FLOAT64, RIX_COMPLEX_FLOAT64, Operators::DIVIDE}};
+    for (const Case& test : cases) {
+        const Extents large{90, 6, 1, 1, 1};
+        const io::MemoryImage first = makeRandomImage({.voxelType = test.first, .extents = large}, 1);
+        const io::MemoryImage second = makeRandomImage({.voxelType = test.second, .extents = large}, 2);
+        for (std::size_t width = 1; width <= 70; ++width) {
+            const std::size_t shift = width % 7;
+            const ImageModelSizeProxy a(&first, {shift, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
+            const ImageModelSizeProxy b(&second, {11, 2, 0, 0, 0}, {width, 3, 1, 1, 1});
+            const io::MemoryImage expected = referenceOfImages(a, b, test.op);
+            for (const OptimLevelType level : runnableLevels()) {
+                io::MemoryImage target = makeRandomImage({.voxelType = expected.getVoxelType(), .extents = large}, 3);
+                const io::MemoryImage before = target;
+                {
+                    ImageModelSizeProxy view(&target, {3, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
+                    combine(a, b, test.op, view, level);
+                    ASSERT_TRUE(imagesEqual(expected, view, toleranceOf(expected.getVoxelType(), test.op)))
+                        << width << " columns, level " << level;
+                }
+                const std::size_t left = 3;
+                const std::size_t right = 90 - 3 - width;
+                for (const auto& [column, count] : {std::pair{std::size_t{0}, left}, std::pair{3 + width, right}}) {
+                    const ImageModelSizeProxy beside(&target, {column, 0, 0, 0, 0}, {count, 6, 1, 1, 1});
+                    const ImageModelSizeProxy untouched(&before, {column, 0, 0, 0, 0}, {count, 6, 1, 1, 1});
+                    ASSERT_TRUE(imagesEqual(untouched, beside, {.headers = rix::test::ComparisonOptions::Headers::ExtentsAndTypes}))
+                        << "written beside the view";
+                }
+            }
+        }
+    }
+}
+
+TEST(Arithmetic, IsTheSameForEveryThreadCountScheduleAndStorage) {
+    const Extents extents{401, 67, 3, 2, 2};
+    for (const auto& [type, op] : {std::pair{RIX_UINT8, Operators::MULTIPLY}, std::pair{RIX_FLOAT32, Operators::DIVIDE},
+                                   std::pair{RIX_COMPLEX_FLOAT32, Operators::ADD}}) {
+        io::MemoryImage first = makeRandomImage({.voxelType = type, .extents = extents}, 3);
+        const io::MemoryImage second = makeRandomImage({.voxelType = type, .extents = extents}, 4);
+        rix::test::setDistinctCalibration(first);
+        first.setColorInterpretation(HSL);
+        const io::MemoryImage expected = referenceOfImages(first, second, op);
+        for (const OptimLevelType level : runnableLevels()) {
+            for (const int threads : {1, 2, 5}) {
+                io::MemoryImage output;
+                combine(first, second, op, output, level, threads);
+                EXPECT_TRUE(imagesEqual(expected, output));
+            }
+            io::MemoryImage output;
+            combine(first, second, op, output, level, 2, std::make_shared<access::ShuffledScheduler>(level));
+            EXPECT_TRUE(imagesEqual(expected, output));
+        }
+    }
+}
+
+TEST(Arithmetic, WorksInPlaceOnlyOnInputsOfTheResultsType) {
+    const Extents extents{701, 303, 1, 1, 1};
+    const io::MemoryImage wide = makeRandomImage({.voxelType = RIX_INT16, .extents = extents}, 8);
+    const io::MemoryImage narrow = makeRandomImage({.voxelType = RIX_UINT8, .extents = extents}, 9);
+    for (const OptimLevelType level : runnableLevels()) {
+        for (const Op op : allOperators) {
+            if (getPromotedType(RIX_INT16, RIX_UINT8, tableOf(op)) != RIX_INT16) {
+                continue;
+            }
+            io::MemoryImage image = wide;
+            combine(image, narrow, op, image, level, 2);
+            EXPECT_TRUE(imagesEqual(referenceOfImages(wide, narrow, op), image)) << "first operand, operator " << op;
+            image = wide;
+            combine(narrow, image, op, image, level, 2);
+            EXPECT_TRUE(imagesEqual(referenceOfImages(narrow, wide, op), image)) << "second operand, operator " << op;
+            image = wide;
+            combine(image, -7, op, image, level, 2);
+            EXPECT_TRUE(imagesEqual(referenceOfValue(wide, -7, op), image)) << "with a value, operator " << op;
+        }
+        io::MemoryImage image = makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT64, .extents = {700, 3, 1, 1, 1}}, 2);
+        const io::MemoryImage before = image;
+        combine(image, image, Operators::DIVIDE, image, level);
+        EXPECT_TRUE(imagesEqual(referenceOfImages(before, before, Operators::DIVIDE), image,
+                                toleranceOf(RIX_COMPLEX_FLOAT64, Operators::DIVIDE)));
+    }
+
+    io::MemoryImage image = narrow;
+    EXPECT_THROW(combine(image, wide, Operators::ADD, image, SCALAR), RuleException);
+    EXPECT_THROW(combine(wide, image, Operators::ADD, image, SCALAR), RuleException);
+    EXPECT_THROW(combine(image, 3, Operators::ADD, image, SCALAR), RuleException);
+    EXPECT_TRUE(imagesEqual(narrow, image)) << "a refused run must not touch the image";
+}
+
+TEST(Arithmetic, ReadsBinaryImagesAsZeroAndOne) {
+    io::MemoryImage binary = makeRandomImage({.extents = {131, 7, 1, 1, 1}}, 8);
+    binary.setInterpretation(RIX_BINARY);
+    const io::MemoryImage other = makeRandomImage({.extents = {131, 7, 1, 1, 1}}, 9);
+    for (const OptimLevelType level : runnableLevels()) {
+        io::MemoryImage output;
+        combine(binary, other, Operators::SUBTRACT, output, level);
+        EXPECT_TRUE(imagesEqual(referenceOfImages(binary, other, Operators::SUBTRACT), output));
+        combine(binary, 2, Operators::MULTIPLY, output, level);
+        EXPECT_TRUE(imagesEqual(referenceOfValue(binary, 2, Operators::MULTIPLY), output));
+        // In place the output's new interpretation comes before the reading.
+        io::MemoryImage image = binary;
+        combine(image, other, Operators::MINIMUM, image, level);
+        EXPECT_TRUE(imagesEqual(referenceOfImages(binary, other, Operators::MINIMUM), image));
+    }
+}
+
+/// One voxel of a result and its type.
+void expectVoxel(VoxelTypes a, rix::test::SampleValue x, VoxelTypes b, rix::test::SampleValue y, Op op,
+                 VoxelTypes resultType, rix::test::SampleValue result) {
+    const auto filled = [](VoxelTypes type, rix::test::SampleValue value) {
+        return rix::test::makeImage({.voxelType = type}, [&](auto...) { return value; });
+    };
+    const io::MemoryImage first = filled(a, x);
+    const io::MemoryImage second = filled(b, y);
+    for (const OptimLevelType level : runnableLevels()) {
+        io::MemoryImage output;
+        combine(first, second, op, output, level);
+        EXPECT_TRUE(imagesEqual(filled(resultType, result), output)) << "level " << level;
+    }
+}
+
+TEST(Arithmetic, GivesTheDocumentedResults) {
+    expectVoxel(RIX_UINT8, 255, RIX_UINT8, 255, Operators::ADD, RIX_INT16, 510);
+    expectVoxel(RIX_UINT8, 0, RIX_UINT8, 255, Operators::SUBTRACT, RIX_INT16, -255);
+    expectVoxel(RIX_UINT8, 255, RIX_UINT8, 255, Operators::MULTIPLY, RIX_UINT16, 65025);
+    expectVoxel(RIX_UINT16, 65535, RIX_UINT16, 65535, Operators::MULTIPLY, RIX_INT32, -131071);
+    expectVoxel(RIX_INT32, 2147483647, RIX_INT32, 1, Operators::ADD, RIX_INT32, -2147483648LL);
+    expectVoxel(RIX_INT32, -2147483648LL, RIX_INT32, -1, Operators::DIVIDE, RIX_INT32, -2147483648LL);
+    expectVoxel(RIX_INT16, -32768, RIX_INT16, -1, Operators::DIVIDE, RIX_INT16, -32768);
+    expectVoxel(RIX_INT16, 7, RIX_INT16, -2, Operators::DIVIDE, RIX_INT16, -3);
+    expectVoxel(RIX_INT16, 7, RIX_INT16, 0, Operators::DIVIDE, RIX_INT16, 0);
+    expectVoxel(RIX_FLOAT32, 7.0, RIX_FLOAT32, -0.0, Operators::DIVIDE, RIX_FLOAT32, 0.0);
+    expectVoxel(RIX_COMPLEX_FLOAT32, std::complex<double>(3, 4), RIX_UINT8, 1, Operators::ADD, RIX_COMPLEX_FLOAT32,
+                std::complex<double>(4, 4));
+    expectVoxel(RIX_COMPLEX_FLOAT64, std::complex<double>(3, 4), RIX_UINT8, 0, Operators::DIVIDE, RIX_COMPLEX_FLOAT64,
+                std::complex<double>(0, 0));
+    expectVoxel(RIX_UINT8, 3, RIX_INT16, -5, Operators::MAXIMUM, RIX_UINT8, 251);
+    expectVoxel(RIX_INT16, -5, RIX_UINT8, 3, Operators::MAXIMUM, RIX_UINT8, 251);
+    expectVoxel(RIX_INT32, 65537, RIX_UINT16, 9, Operators::MAXIMUM, RIX_UINT16, 9);
+    const double nan = std::nan("");
+    expectVoxel(RIX_FLOAT32, nan, RIX_FLOAT32, 1.0, Operators::MINIMUM, RIX_FLOAT32, 1.0);
+    expectVoxel(RIX_FLOAT32, 1.0, RIX_FLOAT32, nan, Operators::MINIMUM, RIX_FLOAT32, nan);
+    expectVoxel(RIX_FLOAT64, 0.0, RIX_FLOAT64, -0.0, Operators::MAXIMUM, RIX_FLOAT64, -0.0);
+    expectVoxel(RIX_FLOAT64, -0.0, RIX_FLOAT64, 0.0, Operators::MINIMUM, RIX_FLOAT64, 0.0);
+}
+
+TEST(Arithmetic, ChoosesTheTypeOfAValueAndDescribesIt) {
+    struct Case {
+        VoxelTypes image;
+        double value;
+        Op op;
+        VoxelTypes result;
+    };
+    const Case cases[] = {
+        {RIX_UINT8, 3, Operators::ADD, RIX_INT16},         {RIX_UINT8, 70000, Operators::ADD, RIX_INT32},
+        {RIX_UINT8, 3e9, Operators::ADD, RIX_INT32},       {RIX_UINT8, 3e9, Operators::MULTIPLY, RIX_UINT32},
+        {RIX_FLOAT32, 0.5, Operators::ADD, RIX_FLOAT32},   {RIX_INT16, 0.5, Operators::ADD, RIX_FLOAT64},
+        {RIX_COMPLEX_FLOAT32, 0.5, Operators::ADD, RIX_COMPLEX_FLOAT32},
+    };
+    for (const Case& test : cases) {
+        const io::MemoryImage image = makeRandomImage({.voxelType = test.image, .extents = {5, 4, 1, 1, 1}}, 1);
+        io::MemoryImage output;
+        OfValue algorithm;
+        algorithm.setInputImage(&image);
+        algorithm.setValue(test.value);
+        algorithm.setArithmeticOperator(test.op);
+        algorithm.setOutputImage(&output);
+        ASSERT_EQ(algorithm.describe().outputs.size(), 1U);
+        EXPECT_EQ(algorithm.describe().outputs[0].voxelType, test.result);
+        algorithm.run();
+        EXPECT_EQ(output.getVoxelType(), test.result);
+    }
+}
+
+const io::MemoryImage good = makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
+const io::MemoryImage complexImage = makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
+const io::MemoryImage vectors = makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
+const io::MemoryImage empty;
+io::MemoryImage small = makeRandomImage({.extents = {5, 5, 2, 1, 1}}, 1);
+ImageModelFull2d fixedSize(&small, 0, 0, 0);
+io::MemoryImage result;
+
+TEST(Arithmetic, OfTwoImagesRefusesBadPropertiesAndRunsAfterwards) {
+    expectRefusals<OfImages>(
+        [](OfImages& a) {
+            a.setInputImage1(&good);
+            a.setInputImage2(&good);
+            a.setArithmeticOperator(Operators::ADD);
+            a.setOutputImage(&result);
+        },
+        {{"no first image", [](OfImages& a) { a.setInputImage1(nullptr); },
+          {"The parameter \"inputImage1\" must be set.", "Rule error in property inputImage1"}},
+         {"no second image", [](OfImages& a) { a.setInputImage2(nullptr); },
+          {"The parameter \"inputImage2\" must be set."}},
+         {"no output", [](OfImages& a) { a.setOutputImage(nullptr); }, {"The parameter \"outputImage\" must be set."}},
+         {"vectors", [](OfImages& a) { a.setInputImage2(&vectors); }, {"inputImage2", "supports only scalar types"}},
+         {"empty", [](OfImages& a) { a.setInputImage1(&empty); }, {"inputImage1", "empty"}},
+         {"sizes", [](OfImages& a) { a.setInputImage2(&small); }, {"must have the same size.", "inputImage2"}},
+         {"operator", [](OfImages& a) { a.setArithmeticOperator(static_cast<Op>(6)); },
+          {"The provided arithmeticOperator is unknow (value=6)."}},
+         {"operator and image",
+          [](OfImages& a) {
+              a.setInputImage1(nullptr);
+              a.setArithmeticOperator(static_cast<Op>(-1));
+          },
+          {"The provided arithmeticOperator is unknow (value=-1)."}},
+         {"complex minimum",
+          [](OfImages& a) {
+              a.setInputImage2(&complexImage);
+              a.setArithmeticOperator(Operators::MINIMUM);
+          },
+          {"inputImage2", "complex float32", "only integer or floating types"}},
+         {"a view of another size", [](OfImages& a) { a.setOutputImage(&fixedSize); }, {"outputImage", "inputImage1"}}});
+}
+
+TEST(Arithmetic, OfAValueRefusesBadPropertiesAndRunsAfterwards) {
+    expectRefusals<OfValue>(
+        [](OfValue& a) {
+            a.setInputImage(&good);
+            a.setArithmeticOperator(Operators::ADD);
+            a.setOutputImage(&result);
+        },
+        {{"no image", [](OfValue& a) { a.setInputImage(nullptr); }, {"The parameter \"inputImage\" must be set."}},
+         {"no output", [](OfValue& a) { a.setOutputImage(nullptr); }, {"The parameter \"outputImage\" must be set."}},
+         {"vectors", [](OfValue& a) { a.setInputImage(&vectors); }, {"inputImage", "supports only scalar types"}},
+         {"empty", [](OfValue& a) { a.setInputImage(&empty); }, {"inputImage", "empty"}},
+         {"operator", [](OfValue& a) { a.setArithmeticOperator(static_cast<Op>(99)); },
+          {"The provided arithmeticOperator is unknow (value=99)."}},
+         {"complex maximum",
+          [](OfValue& a) {
+              a.setInputImage(&complexImage);
+              a.setArithmeticOperator(Operators::MAXIMUM);
+          },
+          {"inputImage", "only integer or floating types"}}});
+    // The rules of one pass don't stay: complex images still add.
+    OfValue algorithm;
+    algorithm.setInputImage(&complexImage);
+    algorithm.setOutputImage(&result);
+    algorithm.setArithmeticOperator(Operators::MAXIMUM);
+    EXPECT_THROW(algorithm.run(), RuleException);
+    algorithm.setArithmeticOperator(Operators::ADD);
+    EXPECT_NO_THROW(algorithm.run());
+}
+
+TEST(Arithmetic, DeclaresItsProperties) {
+    OfImages algorithm;
+    const char* const names[] = {"inputImage1", "inputImage2", "arithmeticOperator"};
+    ASSERT_EQ(algorithm.getNumOfInputProperties(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(algorithm.getInputProperty(i)->getName(), names[i]);
+    }
+    String normalised;
+    EXPECT_TRUE(algorithm.getPropertyfromName("arithmeticOperator")->read("MAXIMUM", normalised));
+    EXPECT_EQ(algorithm.getArithmeticOperator(), OfImages::MAXIMUM);
+    EXPECT_EQ(algorithm.getBorderInfluence(), BorderInfluence());
+    EXPECT_EQ(AlgoInfo::fromName("ArithmeticOperationWithValue").createInstance(nullptr)->getNumOfInputProperties(), 3U);
+}
+
+}  // namespace
+}  // namespace rix::point_operations::test

@@ -1,0 +1,201 @@
+// Logical operations against their truth tables, and masks.
+
+#include <rix/point_operations/LogicalOperationWithImage.h>
+#include <rix/point_operations/LogicalOperationWithValue.h>
+
+#include "PointTestSupport.h"
+
+namespace rix::point_operations::test {
+namespace {
+
+using OfImages = LogicalOperationWithImage;
+using OfValue = LogicalOperationWithValue;
+using Op = LogicalOperators::LogicalOperatorType;
+
+/// The result bit for the bits (a, b) = 00, 01, 10, 11.
+struct Table {
+    Op op;
+    bool bits[4];
+};
+
+constexpr Table tables[] = {
+    {OfImages::AND, {false, false, false, true}}, {OfImages::OR, {false, true, true, true}},
+    {OfImages::XOR, {false, true, true, false}},  {OfImages::NAND, {true, true, true, false}},
+    {OfImages::NOR, {true, false, false, false}}, {OfImages::NXOR, {true, false, false, true}},
+    {OfImages::SUBTRACT, {false, false, true, false}},
+};
+
+template <class T>
+T referenceResult(T a, T b, const Table& table, std::size_t bits) {
+    std::uint32_t result = 0;
+    for (std::size_t bit = 0; bit < bits; ++bit) {
+        const std::size_t index = ((static_cast<std::uint32_t>(a) >> bit & 1U) << 1) |
+                                  (static_cast<std::uint32_t>(b) >> bit & 1U);
+        result |= table.bits[index] ? 1U << bit : 0U;
+    }
+    return static_cast<T>(result);
+}
+
+/// A binary image has one bit a voxel, which is set where the voxel is not 0.
+template <class T>
+std::vector<T> operandSamples(const ImageModel& image) {
+    std::vector<T> samples = samplesOf<T>(image);
+    for (T& sample : samples) {
+        sample = image.getInterpretation() != RIX_BINARY ? sample : sample != 0 ? T(1) : T(0);
+    }
+    return samples;
+}
+
+io::MemoryImage reference(const ImageModel& first, const ImageModel* second, long value, const Table& table) {
+    io::MemoryImage result;
+    access::dispatch(access::Integers{}, first.getVoxelType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const std::size_t bits = first.getInterpretation() == RIX_BINARY ? 1 : 8 * sizeof(T);
+        std::vector<T> a = operandSamples<T>(first);
+        const std::vector<T> b =
+            second != nullptr ? operandSamples<T>(*second) : std::vector<T>(a.size(), static_cast<T>(value));
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            a[i] = referenceResult(a[i], b[i], table, bits);
+        }
+        result = imageLike(first, a, first.getInterpretation());
+    });
+    return result;
+}
+
+void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, OptimLevelType level,
+             int threads = 1) {
+    OfImages algorithm;
+    algorithm.setInputImage1(&first);
+    algorithm.setInputImage2(&second);
+    algorithm.setLogicalOperator(op);
+    algorithm.setOutputImage(&output);
+    runOn(algorithm, level, threads);
+}
+
+void combine(const ImageModel& image, long value, Op op, ImageModel& output, OptimLevelType level, int threads = 1) {
+    OfValue algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.setValue(value);
+    algorithm.setLogicalOperator(op);
+    algorithm.setOutputImage(&output);
+    runOn(algorithm, level, threads);
+}
+
+TEST(LogicalOperations, FollowTheTruthTablesForEveryTypeInterpretationAndLevel) {
+    const Extents extents{277, 5, 1, 1, 1};
+    for (const VoxelTypes type : integerTypes) {
+        for (const Interpretations interpretation : {RIX_BINARY, RIX_LABEL, RIX_VALUE}) {
+            io::MemoryImage first = makeRandomImage({.voxelType = type, .extents = extents}, 5);
+            io::MemoryImage second = makeRandomImage({.voxelType = type, .extents = extents}, 6);
+            first.setInterpretation(interpretation);
+            second.setInterpretation(interpretation);
+            rix::test::setDistinctCalibration(first);
+            first.setColorInterpretation(RGB);
+            for (const Table& table : tables) {
+                const io::MemoryImage expected = reference(first, &second, 0, table);
+                for (const OptimLevelType level : runnableLevels()) {
+                    SCOPED_TRACE(helper::voxelTypesToString(type) + " " + std::to_string(table.op) + " level " +
+                                 std::to_string(level));
+                    io::MemoryImage output;
+                    combine(first, second, table.op, output, level);
+                    ASSERT_TRUE(imagesEqual(expected, output));
+                    for (const long value : {0L, 1L, 6L, -1L, 0x123456789abcL, std::numeric_limits<long>::min()}) {
+                        combine(first, value, table.op, output, level);
+                        ASSERT_TRUE(imagesEqual(reference(first, nullptr, value, table), output)) << "value " << value;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(LogicalOperations, HandleWidthsOffsetsThreadsAndInPlace) {
+    const io::MemoryImage first = makeRandomImage({.voxelType = RIX_UINT16, .extents = {1201, 301, 2, 1, 1}}, 5);
+    const io::MemoryImage second = makeRandomImage({.voxelType = RIX_UINT16, .extents = {1201, 301, 2, 1, 1}}, 6);
+    const Table& nand = tables[3];
+    for (const OptimLevelType level : runnableLevels()) {
+        for (std::size_t width = 1; width <= 70; ++width) {
+            const ImageModelSizeProxy a(&first, {width % 3, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
+            const ImageModelSizeProxy b(&second, {5, 2, 0, 0, 0}, {width, 3, 1, 1, 1});
+            io::MemoryImage output;
+            combine(a, b, nand.op, output, level);
+            ASSERT_TRUE(imagesEqual(reference(a, &b, 0, nand), output)) << width << " columns, level " << level;
+            combine(a, 77, nand.op, output, level);
+            ASSERT_TRUE(imagesEqual(reference(a, nullptr, 77, nand), output)) << width << " columns, level " << level;
+        }
+        const io::MemoryImage expected = reference(first, &second, 0, nand);
+        io::MemoryImage image = first;
+        combine(image, second, nand.op, image, level, 2);
+        EXPECT_TRUE(imagesEqual(expected, image)) << "onto the first input";
+        image = second;
+        combine(first, image, nand.op, image, level, 2);
+        EXPECT_TRUE(imagesEqual(expected, image)) << "onto the second input";
+        image = first;
+        combine(image, 9, nand.op, image, level, 2);
+        EXPECT_TRUE(imagesEqual(reference(first, nullptr, 9, nand), image));
+    }
+}
+
+TEST(LogicalOperations, GiveTheDocumentedResults) {
+    const auto filled = [](int value, Interpretations interpretation) {
+        return rix::test::makeImage({.interpretation = interpretation}, [&](auto...) { return value; });
+    };
+    io::MemoryImage output;
+    combine(filled(0, RIX_VALUE), filled(0, RIX_VALUE), OfImages::NAND, output, SCALAR);
+    EXPECT_TRUE(imagesEqual(filled(255, RIX_VALUE), output));
+    combine(filled(6, RIX_VALUE), filled(3, RIX_VALUE), OfImages::SUBTRACT, output, SCALAR);
+    EXPECT_TRUE(imagesEqual(filled(4, RIX_VALUE), output));
+    combine(filled(0, RIX_BINARY), filled(0, RIX_BINARY), OfImages::NAND, output, SCALAR);
+    EXPECT_TRUE(imagesEqual(filled(1, RIX_BINARY), output));
+    combine(filled(1, RIX_BINARY), filled(1, RIX_BINARY), OfImages::NAND, output, SCALAR);
+    EXPECT_TRUE(imagesEqual(filled(0, RIX_BINARY), output));
+}
+
+const io::MemoryImage good = makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
+const io::MemoryImage wide = makeRandomImage({.voxelType = RIX_UINT16, .extents = {9, 9, 1, 1, 1}}, 1);
+const io::MemoryImage real = makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
+const io::MemoryImage binary =
+    makeRandomImage({.extents = {9, 9, 1, 1, 1}, .interpretation = RIX_BINARY}, 1);
+const io::MemoryImage vectors = makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
+const io::MemoryImage small = makeRandomImage({.extents = {5, 5, 2, 1, 1}}, 1);
+const io::MemoryImage empty;
+io::MemoryImage result;
+
+TEST(LogicalOperations, RefuseBadPropertiesAndRunAfterwards) {
+    expectRefusals<OfImages>(
+        [](OfImages& a) {
+            a.setInputImage1(&good);
+            a.setInputImage2(&good);
+            a.setLogicalOperator(OfImages::AND);
+            a.setOutputImage(&result);
+        },
+        {{"no first image", [](OfImages& a) { a.setInputImage1(nullptr); },
+          {"The parameter \"inputImage1\" must be set."}},
+         {"no second image", [](OfImages& a) { a.setInputImage2(nullptr); },
+          {"The parameter \"inputImage2\" must be set."}},
+         {"no output", [](OfImages& a) { a.setOutputImage(nullptr); }, {"The parameter \"outputImage\" must be set."}},
+         {"types", [](OfImages& a) { a.setInputImage2(&wide); }, {"must have the same type.", "inputImage2"}},
+         {"sizes", [](OfImages& a) { a.setInputImage2(&small); }, {"must have the same size.", "inputImage2"}},
+         {"real", [](OfImages& a) { a.setInputImage1(&real); }, {"inputImage1", "only integer types"}},
+         {"vectors", [](OfImages& a) { a.setInputImage1(&vectors); }, {"supports only scalar types"}},
+         {"empty", [](OfImages& a) { a.setInputImage1(&empty); }, {"inputImage1", "empty"}},
+         {"first binary", [](OfImages& a) { a.setInputImage1(&binary); },
+          {"must have a binary interpretation if the parameter", "Rule error in property inputImage2"}},
+         {"second binary", [](OfImages& a) { a.setInputImage2(&binary); },
+          {"must have a binary interpretation if the parameter", "Rule error in property inputImage1"}},
+         {"operator", [](OfImages& a) { a.setLogicalOperator(static_cast<Op>(7)); },
+          {"The value of the parameter \"logicalOperator\" is not valid", "7"}}});
+    expectRefusals<OfValue>(
+        [](OfValue& a) {
+            a.setInputImage(&good);
+            a.setLogicalOperator(OfValue::AND);
+            a.setOutputImage(&result);
+        },
+        {{"no image", [](OfValue& a) { a.setInputImage(nullptr); }, {"The parameter \"inputImage\" must be set."}},
+         {"real", [](OfValue& a) { a.setInputImage(&real); }, {"inputImage", "only integer types"}},
+         {"operator", [](OfValue& a) { a.setLogicalOperator(static_cast<Op>(-3)); },
+          {"The value of the parameter \"logicalOperator\" is not valid"}}});
+}
+
+}  // namespace
+}  // namespace rix::point_operations::test

@@ -1,0 +1,47 @@
+// The parts under the algorithms that no image of a test is large enough to reach.
+
+#include "PointInputs.h"
+
+#include "PointTestSupport.h"
+
+namespace rix::point_operations::test {
+namespace {
+
+TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT64}) {
+        const std::size_t bytes = helper::getSizeOf(type);
+        for (const std::size_t width : {1U, 7U, 63U, 64U, 65U, 1000U, 9973U}) {
+            const io::MemoryImage expected =
+                makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width);
+            for (const PieceWriter::Stores stores : {PieceWriter::Stores::Cached, PieceWriter::Stores::Streaming}) {
+                io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width + 1);
+                const access::PointPlan plan({&image}, 1.0);
+                constexpr std::size_t piece = 100;
+                for (std::size_t i = 0; i < plan.blockCount(); ++i) {
+                    PieceWriter writer(image, plan, stores, piece);
+                    plan.forEachSegment(plan.block(i), [&](const access::RowSegment& segment) {
+                        writer.open(segment);
+                        for (std::size_t begin = 0; begin < segment.count; begin += piece) {
+                            const std::size_t count = std::min(piece, segment.count - begin);
+                            std::memcpy(writer.piece(begin, count),
+                                        expected.getInternalBuffer() + (segment.column + begin) * bytes, count * bytes);
+                            writer.pieceDone();
+                        }
+                        writer.flush();
+                    });
+                }
+                EXPECT_TRUE(imagesEqual(expected, image)) << width << " columns";
+            }
+        }
+    }
+}
+
+TEST(PieceWriter, StreamsWhatIsLargerThanTheLastLevelCache) {
+    const std::size_t cache = devices::Cpu::lastLevelCache();
+    EXPECT_EQ(storesFor(cache / 4, 4), PieceWriter::Stores::Cached);
+    EXPECT_EQ(storesFor(cache / 4 + 1, 4), PieceWriter::Stores::Streaming);
+    EXPECT_EQ(storesFor(std::numeric_limits<std::size_t>::max(), 4), PieceWriter::Stores::Streaming);
+}
+
+}  // namespace
+}  // namespace rix::point_operations::test

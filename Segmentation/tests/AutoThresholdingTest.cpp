@@ -1,0 +1,284 @@
+// The two classes that choose a threshold and apply it, and how generic callers reach their result object.
+
+#include <limits>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/SampleCast.h>
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelFull2d.h>
+#include <rix/measurement/PropertyMeasurement.h>
+#include <rix/segmentation/AutoThresholdingBright.h>
+#include <rix/segmentation/AutoThresholdingDark.h>
+#include <rix/settings/Settings.h>
+
+#include "ImageComparison.h"
+#include "ImageFactories.h"
+
+namespace rix::segmentation {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr AutoThresholding::ThresholdCriterionType allCriteria[] = {
+    AutoThresholding::ENTROPY, AutoThresholding::FACTORISATION, AutoThresholding::MOMENTS, AutoThresholding::ISODATA};
+
+io::MemoryImage heaps(VoxelTypes type, const test::Extents& extents) {
+    io::MemoryImage image = test::makeImage({.voxelType = type, .extents = extents}, [](auto c, auto y, auto z, auto t, auto) {
+        return (c / 5 + y / 7 + z) % 3 == 0 ? 90 + (c * 7 + y) % 23 + 5 * t : 12 + (c * y) % 19;
+    });
+    test::setDistinctCalibration(image);
+    return image;
+}
+
+/// 1 where a voxel is on a side of the threshold, compared as reals.
+io::MemoryImage sideOf(const ImageModel& input, double threshold, bool bright) {
+    io::MemoryImage side;
+    side.enforceSameCharacteristics(&input, SIZE | CALIBRATION);
+    EXPECT_TRUE(side.setColorInterpretation(input.getColorInterpretation()));
+    EXPECT_TRUE(side.setInterpretation(RIX_BINARY));
+    const auto n = helper::getExtents(input);
+    std::vector<std::uint8_t> row(n[COLUMNS] * helper::getElementSize(input));
+    std::vector<double> values(n[COLUMNS]);
+    test::fillImage(side, [&](auto c, auto y, auto z, auto t, auto s, auto) {
+        if (c == 0) {
+            EXPECT_TRUE(input.readRowAt(n[COLUMNS], row.data(), 0, y, z, t, s));
+            access::castRowFrom(input.getVoxelType(), row.data(), values.data(), n[COLUMNS]);
+        }
+        return (bright ? values[c] >= threshold : values[c] < threshold) ? 1 : 0;
+    });
+    return side;
+}
+
+template <class Algorithm>
+io::MemoryImage run(Algorithm&& algorithm, const ImageModel& input, analysis::AutoThresholdingMsr& measurement) {
+    io::MemoryImage output;
+    algorithm.setInputGrayImage(&input);
+    algorithm.setOutputBinaryImage(&output);
+    algorithm.setOutputMeasurement(&measurement);
+    algorithm.run();
+    return output;
+}
+
+TEST(AutoThresholding, KeepsOneSideOfTheComputedThresholdAndTheCalibration) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_INT8, RIX_UINT16, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64}) {
+        const io::MemoryImage input = heaps(type, {67, 41, 2, 2, 2});
+        for (const auto criterion : allCriteria) {
+            analysis::AutoThresholdingValue value;
+            analysis::AutoThresholdingMsr expected;
+            value.setInputGrayImage(&input);
+            value.setThresholdCriterion(criterion);
+            value.setOutputMeasurement(&expected);
+            value.run();
+
+            AutoThresholdingBright bright;
+            AutoThresholdingDark dark;
+            bright.setThresholdCriterion(criterion);
+            dark.setThresholdCriterion(criterion);
+            analysis::AutoThresholdingMsr measurement;
+            // The second frame has a threshold of its own, which is not applied.
+            EXPECT_TRUE(test::imagesEqual(sideOf(input, expected.threshold[0], true), run(bright, input, measurement)));
+            EXPECT_EQ(measurement.threshold.values(), expected.threshold.values());
+            ASSERT_EQ(measurement.threshold.size(), 2U);
+            EXPECT_TRUE(test::imagesEqual(sideOf(input, expected.threshold[0], false), run(dark, input, measurement)));
+        }
+    }
+}
+
+TEST(AutoThresholding, PutsTheThresholdItselfOnTheBrightSideAndNaNOnNone) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double values[] = {0, 2, 2, 4, nan, 1};  // the middle of the means settles at exactly 2
+    const io::MemoryImage input = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {6, 1, 1, 1, 1}},
+                                                  [&](std::size_t c, auto...) { return values[c]; });
+    AutoThresholdingBright bright;
+    AutoThresholdingDark dark;
+    bright.setThresholdCriterion(AutoThresholding::ISODATA);
+    dark.setThresholdCriterion(AutoThresholding::ISODATA);
+    analysis::AutoThresholdingMsr measurement;
+    const io::MemoryImage kept = run(bright, input, measurement);
+    const io::MemoryImage left = run(dark, input, measurement);
+    const double threshold = measurement.threshold[0];
+    for (std::size_t c = 0; c < 6; ++c) {
+        EXPECT_EQ(kept.getInternalBuffer()[c], values[c] >= threshold ? 1 : 0) << c;
+        EXPECT_EQ(left.getInternalBuffer()[c], values[c] < threshold ? 1 : 0) << c;
+    }
+}
+
+TEST(AutoThresholding, MarksExactlyTheBrightOfTwoValues) {
+    const io::MemoryImage input = test::makeImage({.extents = {20, 20, 1, 1, 1}},
+                                                  [](std::size_t c, auto...) { return c % 4 == 0 ? 200 : 10; });
+    AutoThresholdingBright bright;
+    bright.setThresholdCriterion(AutoThresholding::FACTORISATION);
+    analysis::AutoThresholdingMsr measurement;
+    const io::MemoryImage output = run(bright, input, measurement);
+    EXPECT_THAT(measurement.threshold, ElementsAre(11));
+    for (std::size_t i = 0; i < 400; ++i) {
+        EXPECT_EQ(output.getInternalBuffer()[i], i % 4 == 0 ? 1 : 0);
+    }
+}
+
+TEST(AutoThresholding, IsTheSameForEveryLevelThreadCountAndSchedule) {
+    const io::MemoryImage input = heaps(RIX_UINT8, {701, 503, 2, 1, 1});
+    analysis::AutoThresholdingMsr expectedMeasurement;
+    const io::MemoryImage expected = run(AutoThresholdingDark(), input, expectedMeasurement);
+    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+        if (!devices::Cpu::supports(level)) {
+            continue;
+        }
+        for (const int threads : {1, 2, 3, 7}) {
+            AutoThresholdingDark dark;
+            dark.settings().setMaximumNumberOfThreads(threads);
+            dark.setAutoCpuDispatch(false);
+            dark.setOptimLevel(level);
+            dark.setBlockScheduler(threads == 3 ? std::make_shared<access::ShuffledScheduler>(1) : nullptr);
+            analysis::AutoThresholdingMsr measurement;
+            EXPECT_TRUE(test::imagesEqual(expected, run(dark, input, measurement)));
+            EXPECT_EQ(measurement.threshold.values(), expectedMeasurement.threshold.values());
+            EXPECT_EQ(dark.getLastRunLevel(), level);
+        }
+    }
+}
+
+TEST(AutoThresholding, PartsEachFrameByItsOwnThresholdWhenIterated) {
+    io::MemoryImage input = heaps(RIX_UINT16, {60, 40, 1, 3, 1});
+    AutoThresholdingBright bright;
+    bright.enableIterationOnSequenceAxis(true);
+    bright.setThresholdCriterion(AutoThresholding::ISODATA);
+    analysis::AutoThresholdingMsr measurement;
+    io::MemoryImage output = run(bright, input, measurement);
+    for (std::size_t t = 0; t < 3; ++t) {
+        ImageModelFull2d frame(&input, 0, t, 0);
+        ImageModelFull2d outputFrame(&output, 0, t, 0);
+        AutoThresholdingBright single;
+        single.setThresholdCriterion(AutoThresholding::ISODATA);
+        const io::MemoryImage expected = run(single, frame, measurement);
+        EXPECT_TRUE(test::imagesEqual(expected, outputFrame, {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}))
+            << "frame " << t;
+    }
+}
+
+TEST(AutoThresholding, TellsThroughAllLevelsThatAConstantImageHasNothingToSeparate) {
+    const io::MemoryImage input = test::makeImage({.extents = {9, 9, 1, 1, 1}}, [](auto...) { return 3; });
+    AutoThresholdingBright bright;
+    analysis::AutoThresholdingMsr measurement;
+    try {
+        run(bright, input, measurement);
+        ADD_FAILURE() << "accepted";
+    } catch (const InvalidCall& exception) {
+        EXPECT_EQ(exception.getMessage(), "The class index must be less than the number of classes 1");
+        EXPECT_EQ(exception.getLevels().size(), 4U);
+        EXPECT_THAT(exception.getInfo(), HasSubstr("nothing to separate"));
+        EXPECT_THAT(exception.getInfo(), HasSubstr("Error in algorithm AutoThresholdingBright of library lumora_rix"));
+    }
+    const io::MemoryImage good = heaps(RIX_UINT8, {9, 9, 1, 1, 1});
+    EXPECT_NO_THROW(run(bright, good, measurement));
+}
+
+TEST(AutoThresholding, RefusesToWorkInPlaceAndWithoutResultObject) {
+    io::MemoryImage image = heaps(RIX_UINT8, {9, 9, 1, 1, 1});
+    const io::MemoryImage before = image;
+    io::MemoryImage output;
+    analysis::AutoThresholdingMsr measurement;
+    struct Case {
+        ImageModel* output;
+        analysis::AutoThresholdingMsr* measurement;
+        const char* text;
+    };
+    const Case cases[] = {
+        {&image, &measurement, "must be not equal to the parameter \"inputGrayImage\""},
+        {nullptr, &measurement, "The parameter \"outputBinaryImage\" must be set."},
+        {&output, nullptr, "The parameter \"outputMeasurement\" must be set."},
+    };
+    for (const Case& c : cases) {
+        AutoThresholdingDark dark;
+        dark.setInputGrayImage(&image);
+        dark.setOutputBinaryImage(c.output);
+        dark.setOutputMeasurement(c.measurement);
+        try {
+            dark.run();
+            ADD_FAILURE() << "accepted, expected: " << c.text;
+        } catch (const RuleException& exception) {
+            EXPECT_THAT(exception.getInfo(), HasSubstr(c.text));
+        }
+        EXPECT_TRUE(test::imagesEqual(before, image));
+    }
+}
+
+TEST(AutoThresholding, IsServedByCallersThatKnowNoClass) {
+    const io::MemoryImage input = heaps(RIX_UINT8, {40, 30, 1, 1, 1});
+    const auto algorithm = AlgoInfo::fromName("AutoThresholdingBright").createInstance(nullptr);
+    io::MemoryImage output;
+    String normalised;
+    dynamic_cast<Property<const ImageModel*>&>(*algorithm->getPropertyfromName("inputGrayImage")) = &input;
+    dynamic_cast<Property<ImageModel*>&>(*algorithm->getPropertyfromName("outputBinaryImage")) = &output;
+    ASSERT_TRUE(algorithm->getPropertyfromName("thresholdCriterion")->read("MOMENTS", normalised));
+    String range;
+    ASSERT_TRUE(algorithm->getPropertyfromName("intensityInputRange")->write(range));
+    EXPECT_EQ(range, "@v2:0_255");
+    auto* const slot = dynamic_cast<MeasurementSlot*>(algorithm->getPropertyfromName("outputMeasurement"));
+    ASSERT_NE(slot, nullptr);
+    const auto result = slot->createObject();
+    slot->setObject(result.get());
+    algorithm->run();
+
+    analysis::AutoThresholdingMsr expected;
+    AutoThresholdingBright bright;
+    bright.setThresholdCriterion(AutoThresholding::MOMENTS);
+    run(bright, input, expected);
+    const vessel::DataFrame table = result->toDataFrame();
+    EXPECT_EQ(table.getColumnInfo(0).name, "threshold");
+    EXPECT_THAT(table.getReals(0), ElementsAre(expected.threshold[0]));
+
+    const AlgorithmDescription description = algorithm->describe();
+    ASSERT_EQ(description.outputs.size(), 1U);
+    EXPECT_EQ(description.outputs[0].extents, helper::getExtents(output));
+    EXPECT_THAT(description.summary, HasSubstr("bright"));
+}
+
+TEST(AutoThresholding, ReportsProgressOfBothPartsAndStopsInEither) {
+    // The scheduler of the run cancels it at a block: first while counting, then while comparing.
+    class Canceller : public access::BlockScheduler {
+    public:
+        void forEach(std::size_t count, access::FunctionRef<void(std::size_t)> block) override {
+            progress.push_back(algorithm->getProgress());
+            if (++calls == cancelAt) {
+                algorithm->cancelExecution();
+            }
+            access::serialScheduler().forEach(count, block);
+        }
+        void reduce(std::size_t count, std::size_t grain, access::ReductionBody& body) override {
+            access::serialScheduler().reduce(count, grain, body);
+        }
+        BaseAlgorithm* algorithm = nullptr;
+        int cancelAt = 0;
+        int calls = 0;
+        std::vector<double> progress;
+    };
+    const io::MemoryImage input = heaps(RIX_UINT8, {1500, 1200, 1, 1, 1});
+    AutoThresholdingBright bright;
+    const auto scheduler = std::make_shared<Canceller>();
+    scheduler->algorithm = &bright;
+    bright.setBlockScheduler(scheduler);
+    analysis::AutoThresholdingMsr measurement;
+    run(bright, input, measurement);
+    ASSERT_EQ(scheduler->calls, 2);
+    EXPECT_THAT(scheduler->progress, ElementsAre(0.0, testing::DoubleEq(0.5)));
+    EXPECT_EQ(bright.getProgress(), 1.0);
+    for (const int cancelAt : {1, 2}) {
+        scheduler->cancelAt = cancelAt;
+        scheduler->calls = 0;
+        EXPECT_THROW(run(bright, input, measurement), UserCancelException);
+        EXPECT_EQ(scheduler->calls, cancelAt);
+    }
+    scheduler->cancelAt = 0;
+    EXPECT_NO_THROW(run(bright, input, measurement));
+}
+
+}  // namespace
+}  // namespace rix::segmentation

@@ -1,0 +1,163 @@
+// A run can be cancelled at any moment, and the object runs again afterwards.
+
+#include <atomic>
+#include <chrono>
+#include <random>
+#include <thread>
+
+#include <rix/algorithms/InteractionInterface.h>
+#include <rix/settings/Settings.h>
+
+#include "GenericTest.h"
+
+namespace rix::test {
+namespace {
+
+using std::chrono::duration;
+using std::chrono::steady_clock;
+
+class Cancellation : public GenericTest {
+protected:
+    void SetUp() override {
+        GenericTest::SetUp();
+        if (IsSkipped() || HasFailure()) {
+            return;
+        }
+        m_large = largeExample(example());
+        m_expected = referenceResults(m_large);
+    }
+    const Example& large() const { return m_large; }
+
+    void expectNextRunIsRight(Subject& subject) {
+        EXPECT_TRUE(isReady(subject.algorithm()));
+        EXPECT_TRUE(subject.outputsAreReadable());
+        subject.algorithm().setBlockScheduler(nullptr);
+        const Outcome outcome = runOnce(subject.algorithm());
+        ASSERT_TRUE(outcome.succeeded) << "the run after the cancelled one: " << outcome.text();
+        EXPECT_TRUE(resultsEqual(m_expected, subject.results())) << "the run after the cancelled one";
+        EXPECT_FALSE(subject.algorithm().isExecutionCancelled());
+    }
+
+    std::size_t countBlocks() const {
+        Subject subject(m_large);
+        const auto watched = std::make_shared<WatchedScheduler>(sharedSerialScheduler(), nullptr);
+        subject.algorithm().setBlockScheduler(watched);
+        EXPECT_TRUE(runOnce(subject.algorithm()).succeeded);
+        return watched->blocks();
+    }
+
+private:
+    Example m_large;
+    Results m_expected;
+};
+
+TEST_P(Cancellation, AtABlock) {
+    const std::size_t blocks = countBlocks();
+    if (blocks == 0) {
+        GTEST_SKIP() << large().toText() << " has no blocks";
+    }
+    for (const bool parallel : {false, true}) {
+        for (const std::size_t block : {std::size_t{1}, blocks / 3 + 1, blocks / 2 + 1, blocks}) {
+            SCOPED_TRACE(large().toText() + ", cancelled at block " + std::to_string(block) + " of " +
+                         std::to_string(blocks) + (parallel ? ", parallel" : ", serial"));
+            Subject subject(large());
+            subject.algorithm().settings().setMaximumNumberOfThreads(parallel ? 3 : 1);
+            subject.algorithm().setBlockScheduler(std::make_shared<WatchedScheduler>(
+                parallel ? sharedParallelScheduler() : sharedSerialScheduler(), [&](std::size_t number) {
+                    if (number == block) {
+                        subject.algorithm().cancelExecution();
+                    }
+                }));
+            const Outcome outcome = runOnce(subject.algorithm());
+            EXPECT_EQ(outcome.exceptionClass, "UserCancelException") << outcome.text();
+            EXPECT_TRUE(subject.algorithm().isExecutionCancelled());
+            EXPECT_FALSE(subject.algorithm().getLastRunLevel().has_value());
+            expectNextRunIsRight(subject);
+        }
+    }
+}
+
+TEST_P(Cancellation, AtARandomMomentFromAnotherThread) {
+    Subject subject(large());
+    const auto begin = steady_clock::now();
+    ASSERT_TRUE(runOnce(subject.algorithm()).succeeded);
+    const duration<double> length = steady_clock::now() - begin;
+    std::mt19937 random(20);
+    std::uniform_real_distribution<double> moment(0.0, 1.2);
+    int cancelled = 0;
+    for (int round = 0; round < (sanitized ? 6 : 30); ++round) {
+        const duration<double> delay = length * moment(random);
+        SCOPED_TRACE(large().toText() + ", round " + std::to_string(round) + ", cancelled after " +
+                     std::to_string(delay.count()) + " s");
+        subject.algorithm().settings().setMaximumNumberOfThreads(round % 3 + 1);
+        std::atomic<bool> isOver{false};
+        std::thread canceller([&] {
+            while (!subject.algorithm().running() && !isOver) {
+                std::this_thread::yield();
+            }
+            const auto until = steady_clock::now() + delay;
+            while (steady_clock::now() < until) {
+                std::this_thread::yield();
+            }
+            subject.algorithm().cancelExecution();
+        });
+        const Outcome outcome = runOnce(subject.algorithm());
+        // The canceller may see the run only later: then it is this second one that it cancels.
+        const Outcome second = runOnce(subject.algorithm());
+        isOver = true;
+        canceller.join();
+        for (const Outcome* const each : {&outcome, &second}) {
+            EXPECT_TRUE(each->succeeded || each->exceptionClass == "UserCancelException") << each->text();
+            cancelled += each->succeeded ? 0 : 1;
+        }
+        expectNextRunIsRight(subject);
+    }
+    RecordProperty("cancelled", cancelled);
+}
+
+/// Asks for the end from its first poll on.
+class Impatient : public InteractionInterface {
+public:
+    void setProgress(double progress) override {
+        EXPECT_GE(progress, m_last);
+        EXPECT_LE(progress, 1.0);
+        m_last = progress;
+    }
+    bool isCancelRequested() override {
+        polled = true;
+        return true;
+    }
+    std::atomic<bool> polled{false};
+
+private:
+    double m_last = 0.0;
+};
+
+TEST_P(Cancellation, ThroughTheInteraction) {
+    const std::size_t blocks = countBlocks();
+    if (blocks < 2) {
+        GTEST_SKIP() << large().toText() << " has no blocks to wait in";
+    }
+    for (const int threads : {1, 3}) {
+        SCOPED_TRACE(large().toText() + ", " + std::to_string(threads) + " threads");
+        Subject subject(large());
+        subject.algorithm().settings().setMaximumNumberOfThreads(threads);
+        Impatient interaction;
+        subject.algorithm().setBlockScheduler(std::make_shared<WatchedScheduler>(
+            threads == 1 ? sharedSerialScheduler() : sharedParallelScheduler(), [&](std::size_t number) {
+                // Polls are a tenth of a second apart: the first block outlasts one.
+                for (int i = 0; number == 1 && i < (threads == 1 ? 120 : 5000) && !interaction.polled; ++i) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                }
+            }));
+        const Outcome outcome = runOnce(subject.algorithm(), &interaction);
+        EXPECT_TRUE(interaction.polled);
+        EXPECT_EQ(outcome.exceptionClass, "UserCancelException") << outcome.text();
+        expectNextRunIsRight(subject);
+    }
+}
+
+RIX_FOR_EVERY_ALGORITHM(Cancellation);
+
+}  // namespace
+}  // namespace rix::test

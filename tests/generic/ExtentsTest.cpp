@@ -1,0 +1,208 @@
+// Images of every shape: thin ones, ones with frames and channels, empty ones, and one of more than 2^31 elements.
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <limits>
+
+#include <rix/settings/Settings.h>
+
+#include "GenericTest.h"
+#include "ImageComparison.h"
+#include "Properties.h"
+
+namespace rix::test {
+namespace {
+
+class AnyExtents : public GenericTest {
+protected:
+    /// Runs on an object that is used for all extents, whose outputs so change their shapes all the time.
+    static Outcome runOn(const Example& example, const Storage storage, Results& results) {
+        const InputImages images = makeInputs(example);
+        const auto subject = Subject::make(example, images, storage);
+        const Outcome outcome = runOnce(subject->algorithm());
+        EXPECT_TRUE(isReady(subject->algorithm()));
+        EXPECT_TRUE(subject->outputsAreReadable());
+        if (outcome.succeeded) {
+            results = subject->results();
+        }
+        return outcome;
+    }
+
+    static bool namesAProperty(const Outcome& outcome, const BaseAlgorithm& algorithm) {
+        for (const auto& list : {inputsOf(algorithm), outputsOf(algorithm)}) {
+            for (const BaseProperty* const property : list) {
+                if (outcome.names(property->getName())) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+};
+
+TEST_P(AnyExtents, WorkOrAreRefusedByName) {
+    const std::unique_ptr<BaseAlgorithm> algorithm = example().info->createInstance(nullptr);
+    const Extents extents[] = {
+        {1, 1, 1, 1, 1},  {9, 1, 1, 1, 1}, {1, 9, 1, 1, 1}, {1, 1, 9, 1, 1}, {67, 1, 3, 1, 1}, {1, 67, 3, 1, 1},
+        {2, 2, 1, 1, 1},  {5, 4, 1, 3, 1}, {5, 4, 1, 1, 3}, {5, 4, 3, 2, 2}, {1, 1, 1, 4, 1},  {1, 1, 1, 1, 4},
+        {33, 2, 1, 2, 3}, {0, 4, 3, 1, 1}, {4, 0, 3, 1, 1}, {4, 3, 0, 1, 1}, {4, 3, 1, 0, 1},  {4, 3, 1, 1, 0},
+        {0, 0, 0, 0, 0},
+    };
+    int ran = 0;
+    for (const Extents& each : extents) {
+        const Example shaped = example().withExtents(each);
+        SCOPED_TRACE(shaped.toText());
+        const bool empty = std::find(each.begin(), each.end(), std::size_t{0}) != each.end();
+        Results results;
+        const Outcome outcome = runOn(shaped, Storage::Memory, results);
+        if (!outcome.succeeded) {
+            // What only the voxels can tell (an image that is all alike, say) is no matter of a rule.
+            EXPECT_TRUE(outcome.exceptionClass == "RuleException" || outcome.exceptionClass == "InvalidCall")
+                << outcome.text();
+            EXPECT_TRUE(namesAProperty(outcome, *algorithm)) << outcome.text();
+            continue;
+        }
+        ran += empty ? 0 : 1;
+        EXPECT_TRUE(resultsEqual(referenceResults(shaped), results)) << "the portable level";
+        Results copied;
+        const Outcome again = runOn(shaped, Storage::Opaque, copied);
+        EXPECT_TRUE(again.succeeded) << again.text();
+        EXPECT_TRUE(resultsEqual(results, copied)) << "on an image that copies its rows";
+    }
+    EXPECT_GT(ran, 0) << "no shape was accepted";
+}
+
+TEST_P(AnyExtents, IterationOverFramesAndChannelsIsARunForEach) {
+    Extents extents = example().extents();
+    extents[SEQUENCE] = 2;
+    extents[SPECTRAL_SERIES] = 3;
+    const Example shaped = example().withExtents(extents);
+    const InputImages images = makeInputs(shaped);
+    const auto iterated = Subject::make(shaped, images, Storage::Memory);
+    iterated->algorithm().enableIterationOnSequenceAxis(true);
+    iterated->algorithm().enableIterationOnSpectralAxis(true);
+    const Outcome outcome = runOnce(iterated->algorithm());
+    if (!outcome.succeeded) {
+        EXPECT_EQ(outcome.exceptionClass, "RuleException") << outcome.text();
+        EXPECT_TRUE(namesAProperty(outcome, iterated->algorithm())) << outcome.text();
+        return;
+    }
+    EXPECT_EQ(iterated->algorithm().getProgress(), 1.0);
+    const Results whole = iterated->results();
+    EXPECT_TRUE(iterated->inputsAreUntouched());
+
+    // A second run finds the properties as they were: no view is left behind in them.
+    ASSERT_TRUE(runOnce(iterated->algorithm()).succeeded);
+    EXPECT_TRUE(resultsEqual(whole, iterated->results()));
+
+    // Without iteration a point operation gives the same: no voxel knows of another.
+    if (iterated->algorithm().describe().kind == AlgorithmKind::Point) {
+        EXPECT_TRUE(resultsEqual(referenceResults(shaped), whole)) << shaped.toText();
+    }
+}
+
+RIX_FOR_EVERY_ALGORITHM(AnyExtents);
+
+// More than 2^31 elements ---------------------------------------------------------------------------------------------
+
+std::size_t availableMemory() {
+    std::ifstream info("/proc/meminfo");
+    String word;
+    while (info >> word) {
+        if (word == "MemAvailable:") {
+            std::size_t kibibytes = 0;
+            info >> kibibytes;
+            return kibibytes << 10;
+        }
+    }
+    return 0;
+}
+
+/// The first point operation of the registry that takes images of `uint8`.
+std::optional<Example> firstPointOperation() {
+    for (const std::string& name : registeredNames()) {
+        const auto example = findExample(name);
+        if (!example.has_value()) {
+            continue;
+        }
+        const Subject subject(example->withVoxelType(RIX_UINT8));
+        Subject probe(subject.example());
+        if (probe.algorithm().describe().kind == AlgorithmKind::Point && isAccepted(probe.example())) {
+            return probe.example();
+        }
+    }
+    return std::nullopt;
+}
+
+/// An image in which the rows of `tile` repeat, with more rows.
+void fillWithRows(io::MemoryImage& image, const io::MemoryImage& tile) {
+    const std::size_t bytes = tile.getNumOf(COLUMNS) * helper::getElementSize(tile);
+    const std::size_t period = tile.getNumOf(ROWS);
+    for (std::size_t row = 0; row < image.getNumOf(ROWS); ++row) {
+        std::memcpy(image.getInternalBuffer() + row * bytes, tile.getInternalBuffer() + row % period * bytes, bytes);
+    }
+}
+
+TEST(HugeImage, OfMoreThan2To31ElementsIsProcessedAsASmallOneIs) {
+    if (sanitized) {
+        GTEST_SKIP() << "too slow and too large with a sanitizer";
+    }
+    const auto example = firstPointOperation();
+    ASSERT_TRUE(example.has_value()) << "the registry has no point operation";
+    constexpr std::size_t columns = 46'400;
+    constexpr std::size_t rows = 46'400;
+    static_assert(columns * rows > std::size_t{1} << 31);
+    constexpr std::size_t period = 61;  // shares no factor with the blocks' heights
+
+    const Example tiled = example->withExtents({columns, period, 1, 1, 1});
+    const InputImages tiles = makeInputs(tiled);
+    const Results expected = referenceResults(tiled);
+    std::size_t bytes = std::size_t{2} << 30;  // for all others
+    for (const auto& tile : tiles) {
+        bytes += tile != nullptr ? columns * rows * helper::getElementSize(*tile) : 0;
+    }
+    for (const auto& [name, image] : expected.images) {
+        bytes += columns * rows * helper::getElementSize(image);
+    }
+    if (availableMemory() < bytes) {
+        GTEST_SKIP() << "needs " << (bytes >> 20) << " MiB of free memory";
+    }
+
+    SCOPED_TRACE(tiled.toText());
+    Subject subject(tiled);  // for its other properties
+    BaseAlgorithm& algorithm = subject.algorithm();
+    std::vector<std::unique_ptr<io::MemoryImage>> inputs;
+    std::size_t slot = 0;
+    for (BaseProperty* const property : inputsOf(algorithm)) {
+        if (holdsImage(property) && tiles.at(slot++) != nullptr) {
+            const io::MemoryImage& tile = *tiles[slot - 1];
+            inputs.push_back(std::make_unique<io::MemoryImage>());
+            ASSERT_TRUE(inputs.back()->reserve(tile.getVoxelType(), columns, rows, 1, 1, 1));
+            inputs.back()->setInterpretation(tile.getInterpretation());
+            fillWithRows(*inputs.back(), tile);
+            setImage(property, inputs.back().get());
+        }
+    }
+    const Outcome outcome = runOnce(algorithm);
+    ASSERT_TRUE(outcome.succeeded) << outcome.text();
+    for (BaseProperty* const property : outputsOf(algorithm)) {
+        if (!holdsImage(property)) {
+            continue;
+        }
+        const ImageModel& output = *writtenImageSlot(property)->get();
+        const io::MemoryImage& tile = expected.images.at(property->getName());
+        ASSERT_EQ(helper::getExtents(output), (Extents{columns, rows, 1, 1, 1}));
+        ASSERT_EQ(output.getVoxelType(), tile.getVoxelType());
+        const std::size_t rowBytes = columns * helper::getElementSize(tile);
+        for (std::size_t row = 0; row < rows; ++row) {
+            ConstRawData samples = nullptr;
+            ASSERT_TRUE(output.getConstRowAt(columns, samples, 0, row, 0, 0, 0));
+            ASSERT_EQ(std::memcmp(samples, tile.getInternalBuffer() + row % period * rowBytes, rowBytes), 0)
+                << property->getName() << " differs in row " << row;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace rix::test

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "ExampleFinder.h"
+
+namespace rix::test {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool sanitized = true;
+#else
+inline constexpr bool sanitized = false;
+#endif
+
+/// A test of every class of the registry; `example()` is one with which the class runs.
+class GenericTest : public testing::TestWithParam<std::string> {
+protected:
+    void SetUp() override {
+        auto found = findExample(GetParam());
+        ASSERT_TRUE(found.has_value());
+        m_example = std::move(*found);
+    }
+    const Example& example() const { return m_example; }
+
+private:
+    Example m_example;
+};
+
+// A macro as GoogleTest's own are.
+#define RIX_FOR_EVERY_ALGORITHM(Suite)                                                             \
+    INSTANTIATE_TEST_SUITE_P(Registry, Suite, testing::ValuesIn(::rix::test::registeredNames()), \
+                             [](const auto& each) { return each.param; })
+
+/// The results of an example at the portable level on one thread: what all other ways must give.
+Results referenceResults(const Example& example);
+
+}  // namespace rix::test

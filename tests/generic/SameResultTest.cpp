@@ -1,0 +1,126 @@
+// A result does not depend on the level, the number of threads, the order of blocks or the storage of the images.
+
+#include <rix/devices/Cpu.h>
+#include <rix/settings/Settings.h>
+
+#include "GenericTest.h"
+#include "Properties.h"
+
+namespace rix::test {
+namespace {
+
+constexpr OptimLevelType levels[] = {SCALAR, VEC_SSE, VEC_AVX};
+
+class SameResult : public GenericTest {
+protected:
+    /// Runs at a level, if there is a runner of it that takes the data, and compares.
+    /// @return whether it ran
+    static bool runAndCompare(Subject& subject, OptimLevelType level, const Results& expected) {
+        BaseAlgorithm& algorithm = subject.algorithm();
+        if (!devices::Cpu::supports(level) || !algorithm.isOptimLevelSupported(level)) {
+            return false;
+        }
+        algorithm.setAutoCpuDispatch(false);
+        algorithm.setOptimLevel(level);
+        const Outcome outcome = runOnce(algorithm);
+        EXPECT_TRUE(isReady(algorithm));
+        if (outcome.exceptionClass == "RunForException") {
+            return false;
+        }
+        EXPECT_TRUE(outcome.succeeded) << outcome.text();
+        if (outcome.succeeded) {
+            EXPECT_EQ(algorithm.getLastRunLevel(), level);
+            EXPECT_TRUE(resultsEqual(expected, subject.results()));
+            EXPECT_TRUE(subject.inputsAreUntouched());
+            EXPECT_TRUE(subject.surroundingsAreUntouched()) << "samples beside the image were written";
+        }
+        return outcome.succeeded;
+    }
+
+    static String describe(const Example& example, OptimLevelType level, int threads, const char* storage) {
+        return example.toText() + ", level " + std::to_string(level) + ", " + std::to_string(threads) + " threads, " +
+               storage;
+    }
+};
+
+TEST_P(SameResult, AtEveryLevelWithEveryNumberOfThreadsInEveryStorage) {
+    const Example large = largeExample(example());
+    const InputImages images = makeInputs(large);
+    const Results expected = referenceResults(large);
+    int ran = 0;
+    for (const Storage storage : allStorages) {
+        for (const int threads : {1, 2, 3, 7}) {
+            if (sanitized && threads != 1 && threads != 3) {
+                continue;
+            }
+            const auto subject = Subject::make(large, images, storage);
+            if (subject == nullptr || !subject->storeOutputs(expected, storage)) {
+                continue;
+            }
+            subject->algorithm().settings().setMaximumNumberOfThreads(threads);
+            for (const OptimLevelType level : levels) {
+                SCOPED_TRACE(describe(large, level, threads, nameOf(storage)));
+                ran += runAndCompare(*subject, level, expected) ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GE(ran, sanitized ? 6 : 12) << "hardly anything was compared";
+}
+
+TEST_P(SameResult, InEveryOrderOfBlocks) {
+    const Example large = largeExample(example());
+    const Results expected = referenceResults(large);
+    Subject subject(large);
+    for (const std::uint64_t seed : {1U, 2U, 3U}) {
+        subject.algorithm().setBlockScheduler(std::make_shared<access::ShuffledScheduler>(seed));
+        for (const OptimLevelType level : levels) {
+            SCOPED_TRACE(describe(large, level, 1, "shuffled with seed ") + std::to_string(seed));
+            runAndCompare(subject, level, expected);
+        }
+    }
+}
+
+TEST_P(SameResult, ForEveryTypeAndEveryChoice) {
+    for (const Example& variant : variantsOf(example())) {
+        const InputImages images = makeInputs(variant);
+        const Results expected = referenceResults(variant);
+        for (const Storage storage : allStorages) {
+            const auto subject = Subject::make(variant, images, storage);
+            if (subject == nullptr || !subject->storeOutputs(expected, storage)) {
+                continue;
+            }
+            for (const OptimLevelType level : levels) {
+                SCOPED_TRACE(describe(variant, level, -1, nameOf(storage)));
+                runAndCompare(*subject, level, expected);
+            }
+        }
+    }
+}
+
+TEST_P(SameResult, WhenAnObjectIsUsedAgainForOtherImages) {
+    const Example other = example().withExtents({19, 30, example().extents()[PLANS], 1, 1});
+    Subject subject(example());
+    ASSERT_TRUE(isAccepted(other));
+    const Results expected = referenceResults(example());
+    const Results otherExpected = referenceResults(other);
+    for (int i = 0; i < 2; ++i) {
+        for (const bool isOther : {false, true}) {
+            // The object of the one, with the images of the other: outputs are shaped again in both directions.
+            Subject fresh(isOther ? other : example());
+            const auto to = inputsOf(subject.algorithm());
+            const auto values = inputsOf(fresh.algorithm());
+            for (std::size_t p = 0; p < to.size(); ++p) {
+                to[p]->setFromBase(values[p]);
+            }
+            const Outcome outcome = runOnce(subject.algorithm());
+            ASSERT_TRUE(outcome.succeeded) << outcome.text();
+            EXPECT_TRUE(resultsEqual(isOther ? otherExpected : expected, subject.results())) << example().toText();
+            subject.restore();
+        }
+    }
+}
+
+RIX_FOR_EVERY_ALGORITHM(SameResult);
+
+}  // namespace
+}  // namespace rix::test

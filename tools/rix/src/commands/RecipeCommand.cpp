@@ -1,0 +1,51 @@
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "../Commands.h"
+#include "../Failure.h"
+#include "../recipe/RunRecipe.h"
+
+namespace rix::cli {
+namespace {
+
+struct Options {
+    std::string path;
+    std::vector<std::string> parameters;
+    std::string record;
+    bool noProgress = false;
+    bool json = false;
+};
+
+int runCommand(const Options& options) {
+    RecipeOptions recipe;
+    recipe.recipe = options.path;
+    recipe.parameters = parseAssignments(options.parameters);
+    recipe.record = options.record.empty() ? recipe.recipe.stem().string() + "-record.json" : options.record;
+    recipe.progress = chooseProgressDisplay(!options.noProgress && !options.json);
+    recipe.json = options.json;
+    runRecipe(recipe);
+    return DONE;
+}
+
+}  // namespace
+
+void addRecipeCommand(CLI::App& program, Action& chosen) {
+    auto options = std::make_shared<Options>();
+    CLI::App* command = program.add_subcommand(
+        "recipe",
+        "Run a chain of algorithms with images passed in memory. The whole recipe is checked before the first pixel is "
+        "read; files are written when every step has succeeded, and a record of what was run beside them");
+    command->add_option("FILE", options->path, "The recipe, a JSON file; docs/recipes.md describes it")->required();
+    command->add_option("name=value", options->parameters, "Values for the recipe's parameters");
+    command->add_option("--record", options->record, "Where the record goes; unless given, NAME-record.json here")
+        ->type_name("PATH");
+    command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
+    command->add_flag("--json", options->json, "Print the record, or what goes wrong, as a JSON object");
+    command->footer("Example:\n  rix recipe examples/coins.json folder=.");
+    command->callback([&chosen, options] { chosen = [options] { return runCommand(*options); }; });
+}
+
+}  // namespace rix::cli

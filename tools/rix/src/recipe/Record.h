@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "Recipe.h"
+
+namespace rix::cli {
+
+/// What was run, so that it can be repeated and results can be traced to it: versions, parameters, every step with the
+/// values of its properties and its results, and the sizes and hashes of the files that were read and written.
+class Record {
+public:
+    Record(const std::filesystem::path& recipePath, const Recipe& recipe);
+
+    void addStep(nlohmann::json step) { m_json["steps"].push_back(std::move(step)); }
+    void addInput(const std::filesystem::path& path) { m_json["inputs"].push_back(describeFile(path)); }
+    void addOutput(const std::filesystem::path& path) { m_json["outputs"].push_back(describeFile(path)); }
+    const nlohmann::json& json() const { return m_json; }
+
+    /// {"path": ..., "bytes": ..., "sha1": ...}
+    static nlohmann::json describeFile(const std::filesystem::path& path);
+
+private:
+    nlohmann::json m_json;
+};
+
+}  // namespace rix::cli

@@ -1,0 +1,154 @@
+#include "RunRecipe.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include <rix/io/TextFile.h>
+
+#include "../Algorithms.h"
+#include "../Failure.h"
+#include "../ImageFiles.h"
+#include "../Interrupts.h"
+#include "../Output.h"
+#include "../render/View.h"
+#include "Kitchen.h"
+#include "Record.h"
+
+namespace rix::cli {
+namespace {
+
+constexpr std::size_t gapBetweenPictures = 8;
+
+nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds) {
+    nlohmann::json properties = nlohmann::json::object();
+    for (const BaseProperty* property : listProperties(*run.algorithm)) {
+        if (const auto text = valueToText(*property); text && !property->isOutput()) {
+            properties[property->getName()] = *text;
+        }
+    }
+    nlohmann::json images = nlohmann::json::object();
+    for (const auto& [name, text] : step.assignments) {
+        if (imageRoleOf(findProperty(*run.algorithm, name)) != ImageRole::None) {
+            images[name] = text;
+        }
+    }
+    nlohmann::json results = nlohmann::json::object();
+    for (const Result& result : readResults(*run.algorithm)) {
+        results[result.name] = result.value;
+    }
+    const auto level = run.algorithm->getLastRunLevel();
+    return {{"run", step.className},
+            {"version", run.algorithm->getVersion()},
+            {"level", level ? nlohmann::json(levelToString(*level)) : nlohmann::json()},
+            {"seconds", seconds},
+            {"properties", std::move(properties)},
+            {"images", std::move(images)},
+            {"results", std::move(results)}};
+}
+
+/// The recipe as it is carried out: images in memory, files kept back until the end.
+class Execution {
+public:
+    explicit Execution(const RecipeOptions& options, const Recipe& recipe)
+        : m_options(options),
+          m_recipe(recipe),
+          m_pantry(loadImage, [] { return std::make_unique<io::MemoryImage>(); }),
+          m_record(options.recipe, recipe) {}
+
+    void carryOut() {
+        for (std::size_t i = 0; i < m_recipe.steps.size(); ++i) {
+            Interrupts::throwIfRequested();
+            const Recipe::Step& step = m_recipe.steps[i];
+            try {
+                carryOut(step);
+            } catch (...) {
+                throw failureOfCurrentException().within("step " + std::to_string(i + 1) + " of the recipe");
+            }
+        }
+        for (const auto& [path, write] : m_files) {
+            Interrupts::throwIfRequested();
+            write();
+            m_record.addOutput(path);
+            say("wrote   " + path.string() + '\n');
+        }
+        for (const auto& path : m_pantry.files()) {
+            m_record.addInput(path);
+        }
+        try {
+            io::writeTextFile(m_options.record, m_record.json().dump(2) + '\n');
+        } catch (const Exception& exception) {
+            throw Failure(UNWRITABLE_OUTPUT, exception);
+        }
+        say("record  " + m_options.record.string() + '\n');
+        if (m_options.json) {
+            writeJson(m_record.json());
+        }
+    }
+
+private:
+    void carryOut(const Recipe::Step& step) {
+        if (step.kind == Recipe::Step::Kind::Run) {
+            run(step);
+        } else if (step.kind == Recipe::Step::Kind::Write) {
+            const io::MemoryImage& image = m_pantry.input(step.views.front().image);
+            m_files.emplace_back(step.target, [&image, path = step.target] { saveImage(path, image); });
+        } else {
+            // Drawn now: a later step may change the images.
+            auto picture = std::make_shared<io::MemoryImage>(toImage(draw(step)));
+            m_files.emplace_back(step.target, [picture, path = step.target] { saveImage(path, *picture); });
+        }
+    }
+
+    void run(const Recipe::Step& step) {
+        PreparedRun run = prepareRun(step, m_pantry);
+        const auto start = std::chrono::steady_clock::now();
+        {
+            ConsoleInteraction interaction(m_options.progress);
+            run.algorithm->run(&interaction);
+        }
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+        m_record.addStep(describeRun(run, step, seconds.count()));
+        say("ran     " + step.className + '\n');
+        for (const Result& result : readResults(*run.algorithm)) {
+            say(result.table.toText("          "));
+        }
+        for (const auto& [path, image] : run.files) {
+            m_files.emplace_back(path, [image = image, path = path] { saveImage(path, *image); });
+        }
+    }
+
+    Picture draw(const Recipe::Step& step) {
+        std::unique_ptr<Picture> picture;
+        for (const Recipe::View& view : step.views) {
+            const io::MemoryImage* const base = view.over.empty() ? nullptr : &m_pantry.input(view.over);
+            Picture next = renderView(m_pantry.input(view.image), base, {});
+            picture = std::make_unique<Picture>(picture == nullptr ? std::move(next)
+                                                                   : sideBySide(*picture, next, gapBetweenPictures));
+        }
+        return std::move(*picture);
+    }
+
+    void say(const std::string& text) const {
+        if (!m_options.json) {
+            writeData(text);
+        }
+    }
+
+    const RecipeOptions& m_options;
+    const Recipe& m_recipe;
+    Pantry m_pantry;
+    Record m_record;
+    std::vector<std::pair<std::filesystem::path, std::function<void()>>> m_files;
+};
+
+}  // namespace
+
+void runRecipe(const RecipeOptions& options) {
+    const Recipe recipe = readRecipe(options.recipe, options.parameters);
+    rehearse(recipe);
+    Execution(options, recipe).carryOut();
+}
+
+}  // namespace rix::cli

@@ -1,0 +1,22 @@
+#include "View.h"
+
+#include "Contours.h"
+#include "LabelColours.h"
+
+namespace rix::cli {
+
+Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice) {
+    if (base == nullptr) {
+        return renderSlice(image, choice);
+    }
+    Picture picture = renderSlice(*base, matchingSlice(image, *base, choice));
+    if (image.getInterpretation() == RIX_BINARY) {
+        constexpr Colour yellow{255, 220, 0};  // rare in photographs, and seen on dark and on light
+        drawContours(picture, readLabelSlice(image, choice), [](std::uint32_t) { return yellow; });
+    } else {
+        drawContours(picture, readLabelSlice(image, choice), labelColour);
+    }
+    return picture;
+}
+
+}  // namespace rix::cli

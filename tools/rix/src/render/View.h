@@ -1,0 +1,15 @@
+#pragma once
+
+#include <rix/image/ImageModel.h>
+
+#include "Picture.h"
+#include "Slice.h"
+
+namespace rix::cli {
+
+/// A picture of an image; with a base, the outlines of its labels (or of its objects, when it is binary) drawn on a
+/// picture of the base.
+/// @throws Failure (wrong usage) when the choice is not inside the image, or labels are wanted of what has none.
+Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice);
+
+}  // namespace rix::cli

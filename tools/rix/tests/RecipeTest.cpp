@@ -1,0 +1,158 @@
+// Recipes through the built program: what they make, what their record says, and that a wrong one is refused before
+// anything is read or written.
+
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "ProgramFixture.h"
+
+namespace rix::cli {
+namespace {
+
+using testing::HasSubstr;
+
+class RecipeTest : public ProgramTest {
+protected:
+    void SetUp() override {
+        ProgramTest::SetUp();
+        writeRamp("in.png", 20, 10);
+    }
+    void write(const std::string& name, const std::string& text) const { std::ofstream(folder() / name) << text; }
+
+    nlohmann::json readJson(const std::string& name) const {
+        std::ifstream file(folder() / name);
+        return nlohmann::json::parse(file);
+    }
+};
+
+constexpr const char* threshold =
+    R"({"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "${photo}", "comparisonValue": 100,)"
+    R"( "comparisonCriterion": "${how}", "outputBinaryImage": "@bright"}})";
+
+std::string recipeOf(const std::string& steps) {
+    return R"({"parameters": {"photo": "in.png", "how": "LESS_THAN"}, "steps": [)" + steps + "]}";
+}
+
+TEST_F(RecipeTest, PassesImagesInMemoryWritesAtTheEndAndKeepsARecord) {
+    write("chain.json",
+          recipeOf(std::string(threshold) +
+                   R"(, {"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "@bright", "comparisonValue": 1,)"
+                   R"( "outputBinaryImage": "inverse.tif"}},)"
+                   R"({"write": "@bright", "to": "bright.tif"},)"
+                   R"({"render": ["in.png", {"image": "@bright", "over": "in.png"}], "to": "both.png"})"));
+    const auto ending = rix({"recipe", "chain.json", "how=GREATER_THAN"});
+    ASSERT_EQ(ending.exitCode, 0) << ending.messages;
+    EXPECT_EQ(files(),
+              (std::set<std::string>{"in.png", "chain.json", "bright.tif", "inverse.tif", "both.png", "chain-record.json"}));
+    const auto bright = io::readImage(folder() / "bright.tif");
+    const auto inverse = io::readImage(folder() / "inverse.tif");
+    for (std::size_t i = 0; i < 200; ++i) {
+        EXPECT_EQ(bright->getImageBuffer()[i], i > 100 ? 1 : 0);
+        EXPECT_EQ(inverse->getImageBuffer()[i], i > 100 ? 0 : 1);
+    }
+    EXPECT_EQ(io::readImageInfo(folder() / "both.png").extents[COLUMNS], 20U + 8U + 20U);
+
+    const auto record = readJson("chain-record.json");
+    EXPECT_EQ(record["parameters"]["how"], "GREATER_THAN");
+    ASSERT_EQ(record["steps"].size(), 2U);
+    EXPECT_EQ(record["steps"][0]["properties"]["comparisonCriterion"], "GREATER_THAN");
+    EXPECT_EQ(record["steps"][0]["images"]["outputBinaryImage"], "@bright");
+    ASSERT_EQ(record["inputs"].size(), 1U);
+    EXPECT_EQ(record["inputs"][0]["path"], "in.png");
+    EXPECT_EQ(record["outputs"].size(), 3U);
+    // The hash of the recipe, by a program that everybody has.
+    const std::string command = "sha1sum " + (folder() / "chain.json").string() + " | cut -c1-40";
+    FILE* const pipe = ::popen(command.c_str(), "r");
+    char hash[41] = {};
+    ASSERT_EQ(std::fread(hash, 1, 40, pipe), 40U);
+    ::pclose(pipe);
+    EXPECT_EQ(record["recipe"]["sha1"], hash);
+}
+
+TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
+    struct Case {
+        int exitCode;
+        const char* message;
+        std::string steps;
+        std::vector<std::string> arguments;
+    };
+    const std::string good = std::string(threshold) + ", ";
+    const Case cases[] = {
+        {2, "is no JSON", "{", {}},
+        {2, "/steps/0: 'wiht' means nothing here", R"({"run": "ThresholdingByCriterion", "wiht": {}})", {}},
+        {2, "a step is one of", R"({"run": "A", "write": "@a", "to": "b.tif"})", {}},
+        {2, "\"to\" is missing", good + R"({"write": "@bright"})", {}},
+        {2, "there is no parameter 'foto'", R"({"write": "${foto}", "to": "b.tif"})", {}},
+        {2, "the recipe has no parameter 'fotto'", threshold, {"fotto=x"}},
+        {2, "no algorithm 'Thresholding'", R"({"run": "Thresholding", "with": {}})", {}},
+        {2, "comparisonCriterion can't be 'BELOW'", threshold, {"how=BELOW"}},
+        {2, "no step before makes the image '@brihgt'", good + R"({"write": "@brihgt", "to": "b.tif"})", {}},
+        {2, "is written twice",
+         good + R"({"write": "@bright", "to": "b.tif"}, {"write": "@bright", "to": "./b.tif"})", {}},
+        {2, "a list of at least one step", "", {}},
+        {3, "must be set", R"({"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "in.png"}})", {}},
+        {4, "missing.png", threshold, {"photo=missing.png"}},
+        {5, "no folder", good + R"({"write": "@bright", "to": "nowhere/b.tif"})", {}},
+        {5, ".tif", good + R"({"render": "@bright", "to": "picture.xyz"})", {}},
+    };
+    for (const Case& c : cases) {
+        write("wrong.json", recipeOf(c.steps));
+        const auto before = files();
+        std::vector<std::string> arguments{"recipe", "wrong.json"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        const auto ending = rix(arguments);
+        EXPECT_EQ(ending.exitCode, c.exitCode) << c.message << '\n' << ending.messages;
+        EXPECT_THAT(ending.messages, HasSubstr(c.message));
+        EXPECT_EQ(ending.output, "") << c.message;
+        EXPECT_EQ(files(), before) << c.message;
+    }
+}
+
+TEST_F(RecipeTest, ChecksTypesThroughTheChainByHeadersAlone) {
+    // The second step would only fail after the first one had worked; the rehearsal knows what the first one makes.
+    makeImage<float>({4, 3, 1, 1, 1}, std::vector<float>(12, 1.0F));
+    write("in-place.json",
+          recipeOf(std::string(threshold) +
+                   R"(, {"run": "Sample", "with": {"inputImage": "@bright", "behaviour": "FAIL", "outputImage": "a.tif"}},)"
+                   R"({"run": "ThresholdingByCriterion", "with": {"comparisonValue": 1, "outputBinaryImage": "@x"}})"));
+    const auto ending = sample({"recipe", "in-place.json"});
+    EXPECT_EQ(ending.exitCode, 3) << "the unset image of step 3 is seen before step 2 fails";
+    EXPECT_THAT(ending.messages, HasSubstr("step 3 of the recipe (ThresholdingByCriterion)"));
+}
+
+TEST_F(RecipeTest, AFailingStepLeavesNoFile) {
+    write("fails.json",
+          recipeOf(std::string(threshold) + R"(, {"write": "@bright", "to": "early.tif"},)"
+                   R"({"run": "Sample", "with": {"inputImage": "@bright", "behaviour": "FAIL", "outputImage": "a.tif"}})"));
+    const auto before = files();
+    const auto ending = sample({"recipe", "fails.json"});
+    EXPECT_EQ(ending.exitCode, 1) << ending.messages;
+    EXPECT_THAT(ending.messages, HasSubstr("step 3 of the recipe"));
+    EXPECT_EQ(files(), before);
+}
+
+TEST_F(RecipeTest, CompletionKnowsTheRegistry) {
+    for (const char* shell : {"bash", "zsh"}) {
+        const auto ending = rix({"completion", shell});
+        EXPECT_EQ(ending.exitCode, 0);
+        EXPECT_THAT(ending.output, HasSubstr("ThresholdingByCriterion:comparisonCriterion) values=\"LESS_THAN "));
+        EXPECT_THAT(ending.output, HasSubstr("recipe"));
+    }
+    EXPECT_EQ(rix({"completion", "fish"}).exitCode, 2);
+    // What the script offers, asked of a real shell.
+    const std::string command = std::string("bash -c 'source <(") + RIX_PROGRAM +
+                                " completion bash); COMP_LINE=\"rix run ThresholdingByCriterion comparisonCriterion=GR\";"
+                                " COMP_POINT=${#COMP_LINE}; _rix; echo ${COMPREPLY[@]}'";
+    FILE* const pipe = ::popen(command.c_str(), "r");
+    char offered[200] = {};
+    EXPECT_NE(std::fgets(offered, sizeof(offered), pipe), nullptr);
+    ::pclose(pipe);
+    EXPECT_STREQ(offered, "GREATER_THAN_OR_EQUAL_TO GREATER_THAN\n");
+}
+
+}  // namespace
+}  // namespace rix::cli
