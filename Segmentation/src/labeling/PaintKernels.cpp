@@ -8,6 +8,7 @@
 #define HWY_TARGET_INCLUDE "labeling/PaintKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -18,7 +19,7 @@ using Word = std::uint64_t;
 
 #if HWY_TARGET == HWY_SCALAR
 
-template <class T>
+template <Stores stores, class T>
 void paintWord(Word pixels, Word starts, const T* before, T* out) {
     for (unsigned i = 0; i < 64; ++i) {
         before += (starts >> i) & 1;
@@ -39,13 +40,23 @@ static inline std::size_t bitCount(Word word) {
     return static_cast<std::size_t>(__builtin_popcountll(word));
 }
 
+/// @param out aligned to the vector where stores stream
+template <Stores stores, class V, class D, class T>
+HWY_INLINE void store(V v, D d, T* out) {
+    if constexpr (stores == Stores::Streaming) {
+        hn::Stream(v, d, out);
+    } else {
+        hn::StoreU(v, d, out);
+    }
+}
+
 // The labels of the pixels of one vector are consecutive: one load from the label of the node that goes on from before
 // the vector (at most half as many nodes begin in it as it has lanes), put in place by the counts of first bits.
 
 #if HWY_TARGET == HWY_AVX3
 
 /// 16 pixels.
-template <class T, HWY_IF_LANE_SIZE(T, 4)>
+template <Stores stores, class T, HWY_IF_LANE_SIZE(T, 4)>
 HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
     const hn::ScalableTag<T> d;
     const hn::CappedTag<std::uint8_t, 16> d8;
@@ -62,14 +73,14 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
         std::uint8_t bits[8];
         std::memcpy(bits, &part, 2);
-        hn::StoreU(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
     }
 }
 
 #else
 
 /// 8 pixels, or 4 where vectors are short.
-template <class T, HWY_IF_LANE_SIZE(T, 4)>
+template <Stores stores, class T, HWY_IF_LANE_SIZE(T, 4)>
 HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
     const hn::CappedTag<T, 8> d;
     const hn::Rebind<std::uint8_t, decltype(d)> d8;
@@ -81,14 +92,14 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto ranks = hn::PromoteTo(d, hn::LoadU(d8, labelRanks.upTo[(starts >> i) & chunk]));
         const auto placed = hn::TableLookupLanes(labels, hn::IndicesFromVec(d, ranks));
         const auto bits = static_cast<std::uint8_t>((pixels >> i) & chunk);
-        hn::StoreU(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
+        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
 
 #endif
 
 /// 8 pixels; the two bytes of a label move together.
-template <class T, HWY_IF_LANE_SIZE(T, 2)>
+template <Stores stores, class T, HWY_IF_LANE_SIZE(T, 2)>
 HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
     const hn::CappedTag<T, 8> d;
     const hn::Rebind<std::uint8_t, decltype(d)> d8;
@@ -102,12 +113,12 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto bytes = hn::BitCast(dBytes, hn::Add(hn::Mul(ranks, twice), upper));
         const auto placed = hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(dBytes, labels), bytes));
         const auto bits = static_cast<std::uint8_t>((pixels >> i) & 0xFF);
-        hn::StoreU(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
+        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
 
 /// 16 pixels.
-template <class T, HWY_IF_LANE_SIZE(T, 1)>
+template <Stores stores, class T, HWY_IF_LANE_SIZE(T, 1)>
 HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
     const hn::CappedTag<T, 16> d;
     const hn::Half<decltype(d)> half;
@@ -122,37 +133,43 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
         std::uint8_t bits[8] = {};
         std::memcpy(bits, &part, 2);
-        hn::StoreU(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
     }
 }
 
 #endif
 
 /// 64 pixels of one label.
-template <class T>
+template <Stores stores, class T>
 HWY_INLINE void fillWord(T label, T* out) {
+#if HWY_TARGET == HWY_SCALAR
+    for (std::size_t i = 0; i < 64; ++i) {
+        out[i] = label;
+    }
+#else
     const hn::ScalableTag<T> d;
     const auto value = hn::Set(d, label);
     for (std::size_t i = 0; i < 64; i += hn::Lanes(d)) {
-        hn::StoreU(value, d, out + i);
+        store<stores>(value, d, out + i);
     }
+#endif
 }
 
-template <class T>
-void paint(const PaintedRow& row, const T* labels, T* out, std::size_t columns) {
+template <Stores stores, class T>
+HWY_INLINE void paintWords(const PaintedRow& row, const T* labels, T* out, std::size_t columns) {
     const T* before = labels - 1;  // the label of the node that goes on
     Word last = 0;
-    const auto paintOne = [&](std::size_t i, T* target) {
+    const auto paintOne = [&](std::size_t i, T* target) HWY_ATTR {
         const Word pixels = row.pixels[i];
         const Word covered = row.top[i] | row.bottom[i];
         const Word starts = covered & ~(covered << 1 | last);
         last = covered >> 63;
         if (pixels == 0) {
-            fillWord(T{0}, target);
+            fillWord<stores>(T{0}, target);
         } else if (pixels == ~Word{0}) {
-            fillWord(before[starts & 1], target);  // one node, which began before or begins here
+            fillWord<stores>(before[starts & 1], target);  // one node, which began before or begins here
         } else {
-            paintWord(pixels, starts, before, target);
+            paintWord<stores>(pixels, starts, before, target);
         }
         before += bitCount(starts);
     };
@@ -161,15 +178,30 @@ void paint(const PaintedRow& row, const T* labels, T* out, std::size_t columns) 
         paintOne(i, out + 64 * i);
     }
     if (columns % 64 != 0) {
-        T rest[64];
+        alignas(64) T rest[64];
         paintOne(full, rest);
         std::memcpy(out + 64 * full, rest, (columns % 64) * sizeof(T));
     }
 }
 
 template <class T>
-PaintRow<T> kernel() {
-    return &paint<T>;
+void paint(const PaintedRow& row, const T* labels, T* out, std::size_t columns) {
+    paintWords<Stores::Cached>(row, labels, out, columns);
+}
+
+template <class T>
+void paintStreaming(const PaintedRow& row, const T* labels, T* out, std::size_t columns) {
+    constexpr std::uintptr_t alignment = 64;
+    if (reinterpret_cast<std::uintptr_t>(out) % alignment == 0) {
+        paintWords<Stores::Streaming>(row, labels, out, columns);
+    } else {
+        paintWords<Stores::Cached>(row, labels, out, columns);
+    }
+}
+
+template <class T>
+PaintRow<T> kernel(Stores stores) {
+    return stores == Stores::Streaming ? &paintStreaming<T> : &paint<T>;
 }
 
 }  // namespace rix::segmentation::HWY_NAMESPACE
@@ -179,13 +211,17 @@ HWY_AFTER_NAMESPACE();
 namespace rix::segmentation {
 
 template <class T>
-PaintRow<T> paintRow(OptimLevelType level) {
-    return RIX_SELECT_KERNELS(level, kernel<T>());
+PaintRow<T> paintRow(OptimLevelType level, Stores stores) {
+    return RIX_SELECT_KERNELS(level, kernel<T>(stores));
 }
 
-template PaintRow<std::uint8_t> paintRow<std::uint8_t>(OptimLevelType);
-template PaintRow<std::uint16_t> paintRow<std::uint16_t>(OptimLevelType);
-template PaintRow<std::uint32_t> paintRow<std::uint32_t>(OptimLevelType);
+template PaintRow<std::uint8_t> paintRow<std::uint8_t>(OptimLevelType, Stores);
+template PaintRow<std::uint16_t> paintRow<std::uint16_t>(OptimLevelType, Stores);
+template PaintRow<std::uint32_t> paintRow<std::uint32_t>(OptimLevelType, Stores);
+
+void finishStreaming() {
+    hwy::FlushStream();
+}
 
 }  // namespace rix::segmentation
 #endif

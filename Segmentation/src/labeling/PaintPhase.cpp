@@ -1,6 +1,9 @@
 #include "labeling/PaintPhase.h"
 
+#include <algorithm>
+
 #include <rix/access/Rows.h>
+#include <rix/devices/Cpu.h>
 
 #include "labeling/LinePosition.h"
 #include "labeling/NodeKernels.h"
@@ -13,6 +16,17 @@ namespace {
 /// Rows of nodes with this many voxels are painted between two looks at a request to cancel.
 constexpr std::size_t voxelsBetweenLooks = std::size_t{1} << 20;
 
+/// Streaming saves reading the output before it is written, but whoever reads the labels next finds them in no cache. A
+/// cache that many cores share is not a run's own: measured with one of 480 MiB, labels of 48 MiB in all are written 1.3
+/// times as fast past it, of 80 MiB 1.7 times, of 20 MiB alike.
+template <class T>
+bool choosesStreaming(const LabelGeometry& geometry) {
+    constexpr std::size_t shareOfCache = std::size_t{32} << 20;
+    const std::size_t cache = std::min(devices::Cpu::lastLevelCache(), shareOfCache);
+    const std::size_t bytesOfVoxel = 1 + sizeof(T);
+    return geometry.lines() > cache / bytesOfVoxel / std::max<std::size_t>(geometry.columns, 1);
+}
+
 }  // namespace
 
 template <class Node, class T>
@@ -21,7 +35,8 @@ void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output
     const LabelGeometry& geometry = table.geometry();
     const access::PointPlan plan({&output}, 1.0);
     const LinePosition position(output, plan);
-    const PaintRow<T> paint = paintRow<T>(level);
+    const Stores stores = choosesStreaming<T>(geometry) ? Stores::Streaming : Stores::Cached;
+    const PaintRow<T> paint = paintRow<T>(level, stores);
     const ResolveNodes<Node, T> resolve = resolveNodes<Node, T>(level);
     loop.forEach(table.bandCount(), [&](std::size_t i) {
         const auto& band = table.band(i);
@@ -54,6 +69,9 @@ void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output
                     loop.context().throwIfCancelled();
                 }
             }
+        }
+        if (stores == Stores::Streaming) {
+            finishStreaming();
         }
         loop.context().blockDone(workOfVoxel * static_cast<double>(band.lineCount() * geometry.columns));
     });
