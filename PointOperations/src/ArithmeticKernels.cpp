@@ -10,6 +10,7 @@
 #include <hwy/highway.h>
 
 #include "ArithmeticOperators-inl.h"
+#include "Int16Division-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::point_operations::HWY_NAMESPACE {
@@ -54,6 +55,11 @@ constexpr ArithmeticRows makeRows() {
         rows.value[1] = &valueRow<ArithmeticOperatorMonoType_Subtract, T, Operand>;
         rows.value[3] = &valueRow<ArithmeticOperatorMonoType_Divide, T, Operand>;
     }
+#if HWY_TARGET != HWY_SCALAR
+    if constexpr (std::is_same_v<T, std::int16_t>) {
+        rows.pair[3] = &divideInt16Row<Operand>;
+    }
+#endif
     if constexpr (hasProducts<T>) {
         rows.pair[2] = &pairRow<ArithmeticOperatorMonoType_Multiply, T, Operand>;
         rows.value[2] = &valueRow<ArithmeticOperatorMonoType_Multiply, T, Operand>;

@@ -1,5 +1,6 @@
 #include "PointInputs.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -12,6 +13,10 @@
 namespace rix::point_operations {
 
 namespace {
+
+/// No processor has more of its last-level cache for each of its cores. A virtual machine of few processors that is told
+/// of a cache larger than that shares it with others.
+constexpr std::size_t largestCachePerProcessor = std::size_t{32} << 20;
 
 /// A few of these fit a first-level cache of 32 KiB beside each other.
 constexpr std::size_t pieceBytes = std::size_t{6} << 10;
@@ -112,8 +117,10 @@ std::size_t pieceSamples(std::size_t largestSampleBytes) {
 }
 
 PieceWriter::Stores storesFor(std::size_t voxels, std::size_t bytesPerVoxel) {
+    const std::size_t cache = std::min(devices::Cpu::lastLevelCache(),
+                                       devices::Cpu::logicalProcessors() * largestCachePerProcessor);
     std::size_t bytes = 0;
-    const bool fits = helper::checkedMultiply(voxels, bytesPerVoxel, bytes) && bytes <= devices::Cpu::lastLevelCache();
+    const bool fits = helper::checkedMultiply(voxels, bytesPerVoxel, bytes) && bytes <= cache;
     return fits ? PieceWriter::Stores::Cached : PieceWriter::Stores::Streaming;
 }
 

@@ -92,7 +92,7 @@ TEST(Arithmetic, DividesEveryPairOf16BitIntegersThatCouldRoundUp) {
     const io::MemoryImage divisors = rix::test::makeImage(
         {.voxelType = RIX_INT16, .extents = extents},
         [](std::size_t c, auto...) { return static_cast<std::int64_t>(c) - 32768; });
-    for (const std::int64_t multiple : {1, 2, 3, 7, 100, 181, 32767}) {
+    for (const std::int64_t multiple : {1, 2, 3, 7, 100, 181, 32767, -1, -3, -32768}) {
         for (const std::int64_t offset : {-1, 0, 1}) {
             const io::MemoryImage dividends =
                 rix::test::makeImage({.voxelType = RIX_INT16, .extents = extents}, [&](std::size_t c, auto...) {
@@ -259,6 +259,7 @@ TEST(Arithmetic, GivesTheDocumentedResults) {
     expectVoxel(RIX_INT32, 2147483647, RIX_INT32, 1, Operators::ADD, RIX_INT32, -2147483648LL);
     expectVoxel(RIX_INT32, -2147483648LL, RIX_INT32, -1, Operators::DIVIDE, RIX_INT32, -2147483648LL);
     expectVoxel(RIX_INT16, -32768, RIX_INT16, -1, Operators::DIVIDE, RIX_INT16, -32768);
+    expectVoxel(RIX_INT16, -32768, RIX_INT16, 1, Operators::DIVIDE, RIX_INT16, -32768);
     expectVoxel(RIX_INT16, 7, RIX_INT16, -2, Operators::DIVIDE, RIX_INT16, -3);
     expectVoxel(RIX_INT16, 7, RIX_INT16, 0, Operators::DIVIDE, RIX_INT16, 0);
     expectVoxel(RIX_FLOAT32, 7.0, RIX_FLOAT32, -0.0, Operators::DIVIDE, RIX_FLOAT32, 0.0);

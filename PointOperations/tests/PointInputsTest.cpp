@@ -38,7 +38,7 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
 
 TEST(PieceWriter, StreamsWhatIsLargerThanTheLastLevelCache) {
     const std::size_t cache = devices::Cpu::lastLevelCache();
-    EXPECT_EQ(storesFor(cache / 4, 4), PieceWriter::Stores::Cached);
+    EXPECT_EQ(storesFor(std::size_t{1} << 18, 4), PieceWriter::Stores::Cached);
     EXPECT_EQ(storesFor(cache / 4 + 1, 4), PieceWriter::Stores::Streaming);
     EXPECT_EQ(storesFor(std::numeric_limits<std::size_t>::max(), 4), PieceWriter::Stores::Streaming);
 }
