@@ -72,7 +72,7 @@ struct ImageSpec {
     ColorInterpretation color = UNKNOWN;
 };
 
-/// Makes `image` what the specification says. Works on any image that does not refuse.
+/// Gives `image` the described shape, types and calibration. Works on any image that does not refuse.
 template <class Image>
 void shape(Image& image, const ImageSpec& spec) {
     const auto& n = spec.extents;
