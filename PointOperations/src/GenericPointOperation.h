@@ -27,7 +27,7 @@ public:
                                                         const Functor& functor, OptimLevelType level)
         : GenericPointOperationImageToImageScalarTwoTypesBody(info, functor, level, info.input.getVoxelType()) {}
 
-    std::size_t bytesPerVoxel() const { return m_conversion.sourceBytes() + helper::getElementSize(m_output); }
+    std::size_t inputBytes() const { return m_conversion.sourceBytes(); }  ///< a voxel
 
     void operator()(const access::PointPlan& plan, const access::PointBlock& block, PieceWriter::Stores stores) const {
         const std::size_t piece = pieceSamples(
@@ -81,7 +81,8 @@ template <class Body>
 void runGenericPointOperation(const GenericPointOperationImageToImageInfo& info, const Body& body,
                               double nanosecondsPerVoxel) {
     const access::PointPlan plan({&info.input, &info.output}, nanosecondsPerVoxel);
-    const PieceWriter::Stores stores = storesFor(plan.voxelCount(), body.bytesPerVoxel());
+    const PieceWriter::Stores stores =
+        storesFor(plan.voxelCount(), body.inputBytes(), helper::getElementSize(info.output));
     access::forEachBlock(info.algorithm.executionContext(), plan,
                          [&](const access::PointBlock& block) { body(plan, block, stores); });
 }

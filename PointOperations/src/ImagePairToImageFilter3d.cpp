@@ -17,7 +17,7 @@ void ImagePairToImageFilter3d::run(access::ExecutionContext& context, double nan
     const access::PointPlan plan({&m_first.image, &m_second.image, &m_output}, nanosecondsPerVoxel);
     const std::size_t outputBytes = helper::getElementSize(m_output);
     const PieceWriter::Stores stores =
-        storesFor(plan.voxelCount(), m_firstConversion.sourceBytes() + m_secondConversion.sourceBytes() + outputBytes);
+        storesFor(plan.voxelCount(), m_firstConversion.sourceBytes() + m_secondConversion.sourceBytes(), outputBytes);
     const bool wholeRows =
         m_firstConversion.isNone() && m_secondConversion.isNone() && stores == PieceWriter::Stores::Cached;
     const std::size_t piece =

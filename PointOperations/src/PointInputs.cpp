@@ -116,12 +116,15 @@ std::size_t pieceSamples(std::size_t largestSampleBytes) {
     return pieceBytes / largestSampleBytes;
 }
 
-PieceWriter::Stores storesFor(std::size_t voxels, std::size_t bytesPerVoxel) {
+PieceWriter::Stores storesFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes) {
     const std::size_t cache = std::min(devices::Cpu::lastLevelCache(),
                                        devices::Cpu::logicalProcessors() * largestCachePerProcessor);
-    std::size_t bytes = 0;
-    const bool fits = helper::checkedMultiply(voxels, bytesPerVoxel, bytes) && bytes <= cache;
-    return fits ? PieceWriter::Stores::Cached : PieceWriter::Stores::Streaming;
+    std::size_t all = 0;
+    std::size_t output = 0;
+    const bool counts = helper::checkedMultiply(voxels, inputBytes + outputBytes, all) &&
+                        helper::checkedMultiply(voxels, outputBytes, output);
+    return counts && (all <= cache || output <= cache / 2) ? PieceWriter::Stores::Cached
+                                                           : PieceWriter::Stores::Streaming;
 }
 
 }  // namespace rix::point_operations

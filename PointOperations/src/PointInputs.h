@@ -86,7 +86,10 @@ private:
 /// How many samples a piece has whose buffers are to stay in the first-level cache.
 std::size_t pieceSamples(std::size_t largestSampleBytes);
 
-/// Streaming when the images of a run together exceed the last-level cache.
-PieceWriter::Stores storesFor(std::size_t voxels, std::size_t bytesPerVoxel);
+/// Streaming when the images of a run together exceed the last-level cache and the output alone half of it: a smaller
+/// output costs more on the way through the buffer than its lines cost to fetch (measured with one byte written for four
+/// read, and with two for four).
+/// @param inputBytes, outputBytes bytes read and written a voxel
+PieceWriter::Stores storesFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes);
 
 }  // namespace rix::point_operations

@@ -38,9 +38,10 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
 
 TEST(PieceWriter, StreamsWhatIsLargerThanTheLastLevelCache) {
     const std::size_t cache = devices::Cpu::lastLevelCache();
-    EXPECT_EQ(storesFor(std::size_t{1} << 18, 4), PieceWriter::Stores::Cached);
-    EXPECT_EQ(storesFor(cache / 4 + 1, 4), PieceWriter::Stores::Streaming);
-    EXPECT_EQ(storesFor(std::numeric_limits<std::size_t>::max(), 4), PieceWriter::Stores::Streaming);
+    EXPECT_EQ(storesFor(std::size_t{1} << 18, 2, 2), PieceWriter::Stores::Cached);
+    EXPECT_EQ(storesFor(cache / 4 + 1, 2, 2), PieceWriter::Stores::Streaming);
+    EXPECT_EQ(storesFor(1000, cache, 1), PieceWriter::Stores::Cached) << "hardly anything is written";
+    EXPECT_EQ(storesFor(std::numeric_limits<std::size_t>::max(), 2, 2), PieceWriter::Stores::Streaming);
 }
 
 }  // namespace
