@@ -10,14 +10,12 @@
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/analysis/ThresholdCriteria.h>
-#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 
 #include "CountedExtrema.h"
 #include "FrameView.h"
 #include "HistogramFilling.h"
 #include "Isodata.h"
-#include "KeyCounter.h"
 #include "SubSteps.h"
 
 namespace rix::analysis {
@@ -176,12 +174,10 @@ void process(AutoThresholdingValue& algorithm, OptimLevelType level) {
 }  // namespace
 
 std::size_t thresholdingMemory(const ImageModel& image) {
-    if (access::contains(access::Reals{}, image.getVoxelType()) && CountedExtrema::accepts(image)) {
-        return countingMemory(image) + image.getNumOf(SEQUENCE) * sizeof(std::uint64_t) *
-                                           (std::size_t{1} << (8 * helper::getSizeOf(image.getVoxelType())));
-    }
-    const std::size_t threads = devices::Cpu::logicalProcessors();
-    return 2 * mostClasses * sizeof(std::uint64_t) + threads * KeyCounter::memory;
+    // The histogram, and its counts once more as what ISODATA takes them for.
+    const std::size_t ofClasses = 2 * mostClasses * sizeof(std::uint64_t);
+    const std::size_t frames = CountedExtrema::accepts(image) ? image.getNumOf(SEQUENCE) : 1;
+    return countingMemory() + ofClasses + (hasCountableRange(image) ? frames * tableBytes(image) : 0);
 }
 
 void addAutoThresholdingValueRunners(AlgoInfo& info) {

@@ -52,9 +52,8 @@ AlgoInfo& CountedExtrema::getClassInfo() const {
 }
 
 bool CountedExtrema::accepts(const ImageModel& image) {
-    const std::size_t tableBytes = sizeof(std::uint64_t) << (8 * helper::getSizeOf(image.getVoxelType()));
     return image.getNumOf(SPECTRAL_SERIES) == 1 && hasCountableRange(FrameView(image, 0).image()) &&
-           image.getNumOf(SEQUENCE) <= mostMemory / tableBytes;
+           image.getNumOf(SEQUENCE) <= mostMemory / tableBytes(image);
 }
 
 }  // namespace rix::analysis

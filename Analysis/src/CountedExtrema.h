@@ -9,7 +9,7 @@
 namespace rix::analysis {
 
 /// `IntensityExtrema` that also keeps how often each value occurs, frame by frame: whoever needs both reads the image
-/// once. For images of 8 or 16 bits with one channel.
+/// once. For images of 8 or 16 bits with one channel. A child of others only: the registry does not list it.
 class CountedExtrema : public IntensityExtrema {
 public:
     static AlgoInfo& getInfo();

@@ -141,10 +141,12 @@ void addExtrema(const ValueCounts& values, Extrema& extrema) {
     extrema.maximum = std::max(extrema.maximum, values.valueAt(index(values.counts.rend() - last) - 1));
 }
 
-std::size_t countingMemory(const ImageModel& image) {
-    const std::size_t threads = devices::Cpu::logicalProcessors();
-    return threads * (KeyCounter::memory + sizeof(ByteCounts)) +
-           (sizeof(std::uint64_t) << (8 * helper::getSizeOf(image.getVoxelType())));
+std::size_t tableBytes(const ImageModel& image) {
+    return sizeof(std::uint64_t) << (8 * helper::getSizeOf(image.getVoxelType()));
+}
+
+std::size_t countingMemory() {
+    return devices::Cpu::logicalProcessors() * (KeyCounter::memory + sizeof(ByteCounts));
 }
 
 }  // namespace rix::analysis

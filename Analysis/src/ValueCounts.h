@@ -29,7 +29,10 @@ ValueCounts countValues(access::ExecutionContext& context, const ImageModel& ima
 /// Adds the values that occur.
 void addExtrema(const ValueCounts& values, Extrema& extrema);
 
-/// Peak bytes of working memory of `countValues`, the result included.
-std::size_t countingMemory(const ImageModel& image);
+/// Bytes of the table of an image of 8 or 16 bits.
+std::size_t tableBytes(const ImageModel& image);
+
+/// Peak bytes of working memory of `countValues`, beside the table.
+std::size_t countingMemory();
 
 }  // namespace rix::analysis
