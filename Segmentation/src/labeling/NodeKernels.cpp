@@ -85,9 +85,11 @@ inline Narrow labelRoots<Narrow>(Narrow* entries, Narrow first, Narrow end, Narr
         const auto isRoot = hn::Eq(old, names);
         std::uint8_t bits[8];
         hn::StoreMaskBits(d, isRoot, bits);
-        const auto ranks = hn::PromoteTo(d, hn::LoadU(d8, labelRanks.upTo[bits[0]]));
+        // Looked up once: g++ 12 may spill a mask as one byte and reload it as four, which then index out of the table.
+        const std::uint8_t* const upTo = labelRanks.upTo[bits[0]];
+        const auto ranks = hn::PromoteTo(d, hn::LoadU(d8, upTo));
         hn::StoreU(hn::IfThenElse(isRoot, hn::Add(hn::Set(d, label), ranks), old), d, entries + node);
-        label += labelRanks.upTo[bits[0]][7];
+        label += upTo[7];
         names = hn::Add(names, step);
     }
     for (; node != end; ++node) {
