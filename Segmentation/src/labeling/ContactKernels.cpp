@@ -95,8 +95,9 @@ HWY_INLINE void walkContacts(const NodeRow<Node>& earlier, const NodeRow<Node>& 
         } else if constexpr (kind == Contact::BelowStraight) {
             contacts = firstAfter(starts, et[i] & lb[i]);
         } else {
-            contacts = firstAfter(starts, (longer[0](et[i]) & longer[1](lt[i])) | (longer[2](eb[i]) & longer[3](lb[i])) |
-                                              (et[i] & lb[i]) | (eb[i] & lt[i]));
+            contacts =
+                firstAfter(starts, (longer[0](et[i]) & longer[1](lt[i])) | (longer[2](eb[i]) & longer[3](lb[i])) |
+                                       (et[i] & lb[i]) | (eb[i] & lt[i]));
         }
         use(earlierName, laterName, es, ls, contacts);
         earlierName = static_cast<Node>(earlierName + bitCount(es));
@@ -195,7 +196,7 @@ struct TopPixels {
 };
 
 template <class Node>
-Node labelRootsOfPairs(const NodeRow<Node>& row, Node end, std::size_t words, Node* entries, Node label) {
+Node labelTopRoots(const NodeRow<Node>& row, std::size_t words, Node* entries, Node label) {
     // Sets that begin in this row have their root in it, but their first pixel may belong to another of its nodes.
     TopPixels topPixels;
     Node name = row.name;
@@ -203,22 +204,19 @@ Node labelRootsOfPairs(const NodeRow<Node>& row, Node end, std::size_t words, No
         const Word ends = topPixels(row.top[i], row.bottom[i]);
         for (Word tops = ends & row.top[i]; tops != 0; tops &= tops - 1) {
             Node node = static_cast<Node>(name + bitCount(ends & ((tops ^ (tops - 1)) >> 1)));
-            // Entries that are smaller than the row's first name are labels, or nodes of earlier rows.
+            // Entries that are smaller than the row's first name are labels, or nodes of earlier rows. Such entries and
+            // roots alternate beyond any guess, while a parent in the same row is rare: one comparison tells it from
+            // both.
             Node parent = entries[node];
-            while (parent >= row.name && parent != node) {
+            while (static_cast<Node>(parent - row.name) < static_cast<Node>(node - row.name)) {
                 node = parent;
                 parent = entries[node];
             }
-            const bool isRoot = parent == node;
-            label = static_cast<Node>(label + (isRoot ? 1 : 0));
-            entries[node] = isRoot ? label : parent;
+            const auto isRoot = static_cast<Node>(parent == node);
+            label = static_cast<Node>(label + isRoot);
+            entries[node] = parent ^ ((parent ^ label) & static_cast<Node>(-isRoot));
         }
         name = static_cast<Node>(name + bitCount(ends));
-    }
-    for (Node node = row.name; node != end; ++node) {
-        const bool isRoot = entries[node] == node;
-        label = static_cast<Node>(label + (isRoot ? 1 : 0));
-        entries[node] = isRoot ? label : entries[node];
     }
     return label;
 }
@@ -236,7 +234,7 @@ const ContactKernels<Node>& kernels() {
         {&listRows<Node, C::Straight>, &listRows<Node, C::Oblique>, &listRows<Node, C::AboveOblique>,
          &listRows<Node, C::AboveStraight>, &listRows<Node, C::BelowOblique>, &listRows<Node, C::BelowStraight>,
          &listRows<Node, C::BesideEdges>},
-        &labelRootsOfPairs<Node>};
+        &labelTopRoots<Node>};
     return table;
 }
 

@@ -11,13 +11,13 @@ namespace rix::segmentation {
 
 /// How the pixels of two rows of nodes, an earlier and a later one, touch.
 enum class Contact : std::uint8_t {
-    Straight,          ///< single rows, in the same column
-    Oblique,           ///< single rows, or pairs laid over each other: also in the columns to either side
-    AboveOblique,      ///< pairs: the earlier bottom row and the later top row
-    AboveStraight,     ///< as before, in the same column only
-    BelowOblique,      ///< pairs in two planes: the earlier top row and the later bottom row
-    BelowStraight,     ///< as before, in the same column only
-    BesideEdges,       ///< pairs at the same place of two planes: the same rows obliquely, the others straight
+    Straight,       ///< single rows, in the same column
+    Oblique,        ///< single rows, or pairs laid over each other: also in the columns to either side
+    AboveOblique,   ///< pairs: the earlier bottom row and the later top row
+    AboveStraight,  ///< as before, in the same column only
+    BelowOblique,   ///< pairs in two planes: the earlier top row and the later bottom row
+    BelowStraight,  ///< as before, in the same column only
+    BesideEdges,    ///< pairs at the same place of two planes: the same rows obliquely, the others straight
 };
 inline constexpr std::size_t contactKinds = 7;
 
@@ -40,11 +40,10 @@ struct ContactKernels {
     /// Writes every two nodes that touch, each pair once, and returns their number: fewer than the rows have nodes.
     std::size_t (*list[contactKinds])(const NodeRow<Node>& earlier, const NodeRow<Node>& later, std::size_t words,
                                       NodePair<Node>* pairs);
-    /// Gives the roots of a row of pairs their labels in the raster order of the sets' first pixels: those with a pixel
-    /// in the top row come first.
-    /// @param end the name after the row's last node
-    /// @return the last label given, `label` when the row has no root
-    Node (*labelRootsOfPairs)(const NodeRow<Node>& row, Node end, std::size_t words, Node* entries, Node label);
+    /// Gives labels to those roots of a row of pairs whose sets have a pixel in the top row, in the order of the first
+    /// ones. The row's other roots come after them in raster order.
+    /// @return the last label given, `label` when there is no such root
+    Node (*labelTopRoots)(const NodeRow<Node>& row, std::size_t words, Node* entries, Node label);
 };
 
 /// The kernels of a level.

@@ -13,6 +13,9 @@ namespace {
 constexpr std::size_t bandVoxels2d = std::size_t{1} << 19;
 /// In 3D the seam between two bands is a whole plane: larger bands have fewer of them.
 constexpr std::size_t bandVoxels3d = std::size_t{1} << 20;
+/// Small images have smaller bands, so that a few threads find work.
+constexpr std::size_t fewestBands = 8;
+constexpr std::size_t smallestBandVoxels = std::size_t{1} << 16;
 /// More bands than this cost more in seams than further threads gain.
 constexpr std::size_t mostBands = 256;
 
@@ -41,12 +44,15 @@ LabelGeometry geometryOf(const ImageModel& image, Connectivity connectivity) {
 
 std::vector<WorkBand> cutIntoBands(const LabelGeometry& geometry, std::size_t voxelsPerBand) {
     const bool byPlanes = geometry.planes > 1;
-    const std::size_t wanted = voxelsPerBand != 0 ? voxelsPerBand : byPlanes ? bandVoxels3d : bandVoxels2d;
+    const std::size_t wanted = voxelsPerBand != 0
+                                   ? voxelsPerBand
+                                   : std::clamp(geometry.voxelsOfVolume() / fewestBands, smallestBandVoxels,
+                                                byPlanes ? bandVoxels3d : bandVoxels2d);
     const std::size_t most = voxelsPerBand != 0 ? geometry.lines() : mostBands;
     // Rows are cut in pairs.
     const std::size_t units = byPlanes ? geometry.planes : geometry.rows / 2 + geometry.rows % 2;
-    const std::size_t parts = std::min(
-        units, std::clamp<std::size_t>(geometry.voxelsOfVolume() / wanted, 1, std::max<std::size_t>(most, 1)));
+    const std::size_t parts =
+        std::min(units, std::clamp<std::size_t>(geometry.voxelsOfVolume() / wanted, 1, std::max<std::size_t>(most, 1)));
     std::vector<WorkBand> bands;
     bands.reserve(parts * geometry.volumes);
     for (std::size_t volume = 0; volume < geometry.volumes; ++volume) {

@@ -112,14 +112,16 @@ void resolveVectors(Narrow* entries, Narrow first, Narrow end, T* labels) {
     const auto lanes = static_cast<Narrow>(hn::Lanes(d));
     const Narrow* const numbered = entries + firstNodeName<Narrow>;
     const auto nameBit = hn::Set(d, firstNodeName<Narrow>);
+    const auto step = hn::Set(d, lanes);
+    auto own = hn::Iota(d, first ^ firstNodeName<Narrow>);  // the numbers of the nodes themselves
     Narrow node = first;
-    for (; end - node >= lanes; node += lanes, labels += lanes) {
+    for (; end - node >= lanes; node += lanes, labels += lanes, own = hn::Add(own, step)) {
         const auto old = hn::LoadU(d, entries + node);
         const auto isName = hn::MaskFromVec(hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(ds, old))));
         auto found = old;
         if (!hn::AllFalse(d, isName)) {
             // A label is not followed but read again where it stands.
-            const auto numbers = hn::IfThenElse(isName, hn::Xor(old, nameBit), hn::Iota(d, node ^ firstNodeName<Narrow>));
+            const auto numbers = hn::IfThenElse(isName, hn::Xor(old, nameBit), own);
             found = hn::GatherIndex(d, numbered, hn::BitCast(ds, numbers));
             const auto unresolved = hn::MaskFromVec(hn::BitCast(d, hn::BroadcastSignBit(hn::BitCast(ds, found))));
             if (!hn::AllFalse(d, unresolved)) {

@@ -47,10 +47,12 @@ void labelRoots(const BandLoop& loop, RunTable<Node>& table, OptimLevelType leve
                 const bool last = plane + 1 == band.lastPlane && row + 1 == lastRow;
                 const bool lastOfPlane = row + 1 == lastRow;
                 const Node rowEnd =
-                    last ? end : table.row(band, lastOfPlane ? plane + 1 : plane, lastOfPlane ? firstRow : row + 1).name;
+                    last ? end
+                         : table.row(band, lastOfPlane ? plane + 1 : plane, lastOfPlane ? firstRow : row + 1).name;
                 const NodeRow<Node> nodeRow = table.row(band, plane, row);
                 if (nodes.countRoots(entries, nodeRow.name, rowEnd) != 0) {
-                    label = kernels.labelRootsOfPairs(nodeRow, rowEnd, table.words(), entries, label);
+                    label = kernels.labelTopRoots(nodeRow, table.words(), entries, label);
+                    label = nodes.labelRoots(entries, nodeRow.name, rowEnd, label);
                 }
             }
         }
@@ -72,12 +74,8 @@ public:
                          {m_none, m_none, m_none},
                          {m_none, m_none, m_none, m_none}};
         switch (m_table.geometry().connectivity) {
-            case Connectivity::Edges:
-                rows.straight[0] = line(0, -1);
-                break;
-            case Connectivity::EdgesCorners:
-                rows.oblique[0] = line(0, -1);
-                break;
+            case Connectivity::Edges: rows.straight[0] = line(0, -1); break;
+            case Connectivity::EdgesCorners: rows.oblique[0] = line(0, -1); break;
             case Connectivity::Faces:
                 rows.straight[0] = line(0, -1);
                 rows.straight[1] = line(-1, 0);
@@ -151,8 +149,7 @@ bool opensMoreLabelsThan(const BandLoop& loop, const RunTable<Node>& table, Opti
         for (std::size_t plane = band.firstPlane; plane < band.lastPlane && !exceeded; ++plane) {
             std::size_t row = band.firstRow;
             while (row < band.lastRow) {
-                const std::size_t scanBand =
-                    scanBands.bandOf(scanBands.alongPlanes() ? plane % geometry.planes : row);
+                const std::size_t scanBand = scanBands.bandOf(scanBands.alongPlanes() ? plane % geometry.planes : row);
                 const std::size_t end =
                     scanBands.alongPlanes() ? band.lastRow : std::min(band.lastRow, scanBands.end(scanBand));
                 std::uint64_t count = 0;
