@@ -4,9 +4,11 @@
 #include <memory>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/AlgorithmDescription.h>
 #include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/exceptions/Exception.h>
 #include <rix/rules/CompareRules.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageAssertions.h>
@@ -35,6 +37,13 @@ struct AssertObjectImage {
     String describe() const { return "data type must be uint8, uint16, uint32, int8 or int16"; }
 };
 
+/// Whether an image can hold all labels of a type.
+bool holdsLabelsOf(VoxelTypes labels, const ImageModel& image) {
+    const VoxelTypes type = image.getVoxelType();
+    return image.getElementType() == SINGLE && access::contains(access::UnsignedIntegers{}, type) &&
+           helper::getSizeOf(type) >= helper::getSizeOf(labels);
+}
+
 /// The rule of enumerations with a text of its own.
 class RuleIsLabelType : public RuleIsAnEnumOfType<int> {
 public:
@@ -61,19 +70,44 @@ void LabelingPrivate::attachRules() {
 }
 
 void LabelingPrivate::shapeOutput() {
-    ApplyRuleEnforceImage(ImageCheck{labelVoxelTypes[labelType.get()], inputObjectImage, RIX_LABEL})(outputLabelImage);
+    const ImageModel* const output = outputLabelImage.get();
+    VoxelTypes type = labelVoxelTypes[labelType.get()];
+    if (output != nullptr && holdsLabelsOf(type, *output) &&
+        helper::getExtents(*output) == helper::getExtents(*inputObjectImage.get())) {
+        type = output->getVoxelType();
+    }
+    ApplyRuleEnforceImage(ImageCheck{type, inputObjectImage, RIX_LABEL})(outputLabelImage);
+}
+
+VoxelTypes LabelingPrivate::retypeOutput(VoxelTypes needed) {
+    const ImageModel& output = *outputLabelImage.get();
+    const String before = helper::describeImage(output);
+    const auto extents = helper::getExtents(output);
+    try {
+        RuleEnforceType<ImageModel*>(needed).apply(outputLabelImage);
+    } catch (const RuleException&) {
+        // An image that lost its samples when there was no memory is empty now.
+        if (!holdsLabelsOf(needed, output) || helper::getExtents(output) != extents) {
+            ResizeImageError error("The temporary label image cannot be allocated or resized.");
+            error.addInfoLevel("The labels need the data type " + helper::voxelTypesToString(needed) +
+                               "; the output was " + before + '.');
+            throw error;
+        }
+    }
+    return output.getVoxelType();
 }
 
 void LabelingPrivate::label(BaseAlgorithm& algorithm, OptimLevelType level, Connectivity connectivity) {
     access::ExecutionContext& context = algorithm.executionContext();
-    // One for the present type and each wider one, and one that is never begun.
+    // One for each attempt with a wider type; no attempt begins anew here, so that most are never taken.
     context.declareSteps(static_cast<std::size_t>(4 - labelType.get()));
     const auto upgraded = [&](int newType) {
         algorithm.setProgressionMessage("[" + algorithm.getClassInfo().getName() + "] upgrade output type to " +
                                         labelType.getEnumInfo()->getLabelFromValue(newType));
     };
+    const auto retype = [this](VoxelTypes needed) { return retypeOutput(needed); };
     const std::uint64_t labels = labelObjects({context, level, *inputObjectImage.get(), *outputLabelImage.get(),
-                                               connectivity, labelType.get(), tuning, upgraded});
+                                               connectivity, labelType.get(), tuning, upgraded, retype, visitRun});
     // A run that is iterated over the sequence comes here once an index.
     numberOfLabels = std::max(numberOfLabels, labels);
 }

@@ -20,8 +20,12 @@ struct LabelingPrivate : algorithms::AbstractPrivateImplementation {
 
     /// Attaches the rules; the properties have their names by then.
     void attachRules();
-    /// Gives the output its shape, type and meaning.
+    /// Gives the output its shape and meaning. A wider type of labels than the one asked for stays until the labels are
+    /// counted: the output may be a view, whose type never changes.
     void shapeOutput();
+    /// Gives the output the type that the labels need. A wider one stays where it is fixed.
+    /// @return the output's type
+    VoxelTypes retypeOutput(VoxelTypes needed);
     void label(BaseAlgorithm& algorithm, OptimLevelType level, Connectivity connectivity);
     AlgorithmDescription describe(Connectivity connectivity) const;
 
@@ -30,6 +34,7 @@ struct LabelingPrivate : algorithms::AbstractPrivateImplementation {
     PropertySingleChoice neighborhood;
     Property<ImageModel*> outputLabelImage;
     LabelingTuning tuning;
+    RunVisitor visitRun;
     std::uint64_t numberOfLabels = 0;
 };
 

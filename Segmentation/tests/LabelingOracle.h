@@ -1,9 +1,7 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 namespace rix::segmentation::oracle {
@@ -28,16 +26,8 @@ struct ReferenceLabels {
 };
 ReferenceLabels referenceFloodFill(const Volume& volume, int axes);
 
-/// The scan that defines which type labels need, pixel by pixel: provisional labels band by band, joined across bands,
-/// numbered, and begun again with the next type whenever one does not fit.
-struct ReferenceScan {
-    std::vector<std::uint32_t> labels;
-    int labelType = 0;  ///< 0, 1, 2: 8, 16, 32 bits
-    bool failed = false;
-    /// Of the last attempt that counted all of them: the provisional labels of each band.
-    std::vector<std::size_t> provisional;
-};
-ReferenceScan referenceScan(const Volume& volume, int axes, int labelType, std::size_t processors,
-                            std::uint64_t largest32 = 0xFFFFFFFFU);
+/// The most provisional labels that a scan, pixel by pixel, opens in one of its bands: it opens one at every foreground
+/// pixel that has no foreground neighbour among those it has visited in the band.
+std::uint64_t mostLabelsOfScan(const Volume& volume, int axes, std::size_t processors);
 
 }  // namespace rix::segmentation::oracle

@@ -18,7 +18,8 @@ namespace {
 
 /// Rough cost of a voxel in all phases, for deciding whether threads pay.
 constexpr double nanosecondsPerVoxel = 0.5;
-/// Pairs of rows are taken as nodes when that leaves less than this part of the runs: finding their contacts costs more.
+/// Pairs of rows are taken as nodes when that leaves less than this part of the runs: finding their contacts costs
+/// more.
 constexpr double pairsPay = 0.7;
 /// The last value of `LabelType`.
 constexpr int widestType = 2;
@@ -65,25 +66,12 @@ int decideLabelType(const LabelingTask& task, const BandLoop& loop, const RunTab
     }
 }
 
-void retypeOutput(ImageModel& output, VoxelTypes type) {
-    if (output.getVoxelType() == type) {
-        return;
-    }
-    const auto extents = helper::getExtents(output);
-    if (!output.reserve(type, extents[0], extents[1], extents[2], extents[3], extents[4])) {
-        ResizeImageError error("The temporary label image cannot be allocated or resized.");
-        error.addInfoLevel("The labels need the data type " + helper::voxelTypesToString(type) + "; the output is " +
-                           helper::describeImage(output) + '.');
-        throw error;
-    }
-}
-
 template <class Node>
 std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry) {
-    const bool small = task.tuning.voxelsPerBand == 0 &&
-                       static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns) *
-                               nanosecondsPerVoxel <
-                           access::smallWorkNanoseconds;
+    const bool small =
+        task.tuning.voxelsPerBand == 0 &&
+        static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns) * nanosecondsPerVoxel <
+            access::smallWorkNanoseconds;
     const BandLoop loop(task.context, small);
     RunTable<Node> table(geometry, cutIntoBands(geometry, task.tuning.voxelsPerBand));
     // Of the two units of work a voxel, one is its label's.
@@ -92,11 +80,16 @@ std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry)
     joinNodes(loop, table, task.level, 0.5);
     const std::uint64_t labels = countSets(table);
     const int labelType = decideLabelType(task, loop, table, labels);
-    retypeOutput(task.output, labelVoxelTypes[labelType]);
+    const VoxelTypes voxelType = task.retype(labelVoxelTypes[labelType]);
     labelRoots(loop, table, task.level);
-    access::dispatch(access::UnsignedIntegers{}, labelVoxelTypes[labelType], [&](auto tag) {
+    access::dispatch(access::UnsignedIntegers{}, voxelType, [&](auto tag) {
         paintLabels<Node, typename decltype(tag)::type>(loop, table, task.output, task.level, 1.0);
     });
+    if (task.visitRun) {
+        loop.forEach(table.bandCount(), [&](std::size_t i) {
+            table.forEachRun(table.band(i), [&](const LabelledRun& run) { task.visitRun(i, run); });
+        });
+    }
     return labels;
 }
 
@@ -122,7 +115,8 @@ std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity) {
     const std::size_t nodeSize = fitsNarrowNodes(geometry) ? sizeof(std::uint32_t) : sizeof(std::uint64_t);
     const std::size_t ofLine = geometry.words() * 8 + nodeSize * (1 + geometry.columns / 2 + geometry.columns % 2);
     std::size_t bytes = 0;
-    return helper::checkedMultiply(geometry.lines() + 1, ofLine, bytes) ? bytes : std::numeric_limits<std::size_t>::max();
+    return helper::checkedMultiply(geometry.lines() + 1, ofLine, bytes) ? bytes
+                                                                        : std::numeric_limits<std::size_t>::max();
 }
 
 }  // namespace rix::segmentation

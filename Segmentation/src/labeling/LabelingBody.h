@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 
@@ -21,34 +22,42 @@ namespace rix::segmentation {
 /// The voxel types of label images, narrowest first. The index is the value of `LabelType`.
 inline constexpr VoxelTypes labelVoxelTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32};
 
-/// What tests force, so that small images reach what otherwise only large ones or other machines do. Labels never depend
-/// on it.
+/// What tests force, so that small images reach what otherwise only large ones or other machines do. Labels never
+/// depend on it.
 struct LabelingTuning {
-    std::size_t processors = 0;           ///< of the scan bands; 0: those of the machine
-    std::size_t voxelsPerBand = 0;        ///< of the bands of work; 0: chosen, and small images stay on one thread
-    std::optional<NodeRows> nodeRows;     ///< where pairs are possible; none: whatever gives clearly fewer nodes
-    bool wideNodes = false;               ///< 64-bit nodes, as for volumes of more than 2^31 possible runs
+    std::size_t processors = 0;        ///< of the scan bands; 0: those of the machine
+    std::size_t voxelsPerBand = 0;     ///< of the bands of work; 0: chosen, and small images stay on one thread
+    std::optional<NodeRows> nodeRows;  ///< where pairs are possible; none: whatever gives clearly fewer nodes
+    bool wideNodes = false;            ///< 64-bit nodes, as for volumes of more than 2^31 possible runs
     /// The largest label that the widest type holds.
     std::uint64_t largestLabel = std::numeric_limits<std::uint32_t>::max();
 };
+
+/// Takes the runs of foreground with their final labels, for measuring objects without reading the label image. Called
+/// by several threads at once, in the raster order of each band of lines.
+using RunVisitor = std::function<void(std::size_t band, const LabelledRun& run)>;
 
 /// One run of a labeling.
 struct LabelingTask {
     access::ExecutionContext& context;
     OptimLevelType level;
     const ImageModel& input;
-    ImageModel& output;  ///< of the input's extents, with the voxel type of `labelType`
+    ImageModel& output;  ///< of the input's extents
     Connectivity connectivity;
-    int labelType;       ///< as the user set it
+    int labelType;  ///< as the user set it
     const LabelingTuning& tuning;
     /// Called when the labels turn out to need the wider type of this index.
     access::FunctionRef<void(int)> upgraded;
+    /// Called once, when the type of the labels is known: gives the output this type, or leaves it a wider one, and
+    /// returns which. Throws when the output can have neither.
+    access::FunctionRef<VoxelTypes(VoxelTypes)> retype;
+    const RunVisitor& visitRun;  ///< empty: runs are not visited
 };
 
 /// Labels every volume of the input. The type of the output is decided before the first label is written: it is widened
 /// as often as a scan in its place would have had to begin again.
 /// @return the largest number of labels of a volume
-/// @throws RuntimeError when the labels fit no type, ResizeImageError when the output cannot take a wider type.
+/// @throws RuntimeError when the labels fit no type, and what `retype` throws.
 std::uint64_t labelObjects(const LabelingTask& task);
 
 /// Upper bound of the bytes that a run takes beside its images, reached by an image of single pixels.

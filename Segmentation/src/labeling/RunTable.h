@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -29,9 +30,9 @@ struct NodeRow {
 
 /// A run of foreground pixels of one line with the label of its set.
 struct LabelledRun {
-    std::size_t line;         ///< counted over all planes, sequence and spectral indices, in storage order
+    std::size_t line;  ///< counted over all planes, sequence and spectral indices, in storage order
     std::size_t firstColumn;
-    std::size_t lastColumn;   ///< the one after the last
+    std::size_t lastColumn;  ///< the one after the last
     std::uint64_t label;
 };
 
@@ -43,11 +44,11 @@ template <class Node>
 class RunTable {
 public:
     struct Band : WorkBand {
-        std::size_t runs = 0;        ///< nodes, were they single rows
-        std::size_t pairRuns = 0;    ///< nodes, were they pairs
-        std::size_t firstNode = 0;   ///< number of the band's first node in its volume
+        std::size_t runs = 0;       ///< nodes, were they single rows
+        std::size_t pairRuns = 0;   ///< nodes, were they pairs
+        std::size_t firstNode = 0;  ///< number of the band's first node in its volume
         std::size_t nodeCount = 0;
-        std::size_t roots = 0;       ///< sets whose first node lies in the band
+        std::size_t roots = 0;         ///< sets whose first node lies in the band
         std::uint64_t firstLabel = 0;  ///< the label before the band's first one
     };
 
@@ -112,8 +113,8 @@ public:
     /// The longest row of nodes that the image can have.
     std::size_t longestRow() const { return m_geometry.columns / 2 + 1; }
 
-    /// Calls `use(LabelledRun)` for the runs of the lines of a band, in raster order, once labels are final. For whoever
-    /// measures objects without reading the label image.
+    /// Calls `use(LabelledRun)` for the runs of the lines of a band, in raster order, once labels are final. For
+    /// whoever measures objects without reading the label image.
     template <class F>
     void forEachRun(const Band& band, F&& use) const;
 
@@ -138,24 +139,31 @@ void RunTable<Node>::forEachRun(const Band& band, F&& use) const {
         for (std::size_t y = band.firstRow; y < band.lastRow; ++y) {
             const NodeRow<Node> nodes = row(band, plane, y / rowStep());
             const std::size_t line = plane * m_geometry.rows + y;
-            Node next = nodes.name;  // of the node that begins next
-            bool inNode = false;
+            Node name = static_cast<Node>(nodes.name - 1);  // of the last node that began before the word
+            std::uint64_t pixelBefore = 0;
+            std::uint64_t coveredBefore = 0;
             LabelledRun run{line, 0, 0, 0};
             bool inRun = false;
-            for (std::size_t x = 0; x < m_geometry.columns; ++x) {
-                const auto bitOf = [x](const std::uint64_t* words) { return ((words[x / 64] >> (x % 64)) & 1) != 0; };
-                const bool covered = bitOf(nodes.top) || bitOf(nodes.bottom);
-                next = static_cast<Node>(next + (covered && !inNode ? 1 : 0));
-                inNode = covered;
-                const bool foreground = bitOf(bits(line));
-                if (foreground && !inRun) {
-                    run.firstColumn = x;
-                    run.label = labels[next - 1];
-                } else if (!foreground && inRun) {
-                    run.lastColumn = x;
-                    use(run);
+            for (std::size_t i = 0; i < m_words; ++i) {
+                const std::uint64_t pixels = bits(line)[i];
+                const std::uint64_t covered = nodes.top[i] | nodes.bottom[i];
+                const std::uint64_t starts = covered & ~(covered << 1 | coveredBefore);
+                // Pixels that differ from the one before them begin a run or end it.
+                for (std::uint64_t edges = pixels ^ (pixels << 1 | pixelBefore); edges != 0; edges &= edges - 1) {
+                    const std::size_t column = 64 * i + static_cast<std::size_t>(std::countr_zero(edges));
+                    inRun = !inRun;
+                    if (inRun) {
+                        const std::uint64_t upTo = edges ^ (edges - 1);
+                        run.firstColumn = column;
+                        run.label = labels[name + static_cast<Node>(std::popcount(starts & upTo))];
+                    } else {
+                        run.lastColumn = column;
+                        use(run);
+                    }
                 }
-                inRun = foreground;
+                name = static_cast<Node>(name + static_cast<Node>(std::popcount(starts)));
+                pixelBefore = pixels >> 63;
+                coveredBefore = covered >> 63;
             }
             if (inRun) {
                 run.lastColumn = m_geometry.columns;

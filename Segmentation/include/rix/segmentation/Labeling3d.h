@@ -11,30 +11,31 @@ namespace rix::segmentation {
 
 struct Labeling3dAccess;
 
-/// Gives every connected set of non-zero voxels of a volume a number of its own: 1, 2, 3, ... in the raster order of the
-/// sets' first voxels. The background stays 0.
+/// Gives every connected set of non-zero voxels of a volume a number of its own: 1, 2, 3, ... in the raster order of
+/// the sets' first voxels. The background stays 0.
 ///
 /// **Input** `inputObjectImage`: any extents on all five axes, scalar elements, `uint8`, `uint16`, `uint32`, `int8` or
 /// `int16`. The volume of every sequence and spectral index is labelled on its own, from 1 on.
 /// **Output** `outputLabelImage`: takes the input's extents and calibration, interpretation label, and the type that
-/// `labelType` asks for. It must not be the input image.
+/// `labelType` asks for; where its type is fixed, as a view's, a wider one serves too. It must not be the input image.
 ///
-/// When labels do not fit the type, the output becomes wider: its voxel type tells, the property keeps what was set, the
-/// progress message tells too. Labels do not fit when a volume has too many of them; nor when the scan of a band, which
-/// numbers what it meets before it knows what belongs together, would need too many. The bands are got by halving the
-/// planes (the rows, where there are fewer planes than logical processors) until none has more than their number /
+/// When labels do not fit the type, the output becomes wider: its voxel type tells, the property keeps what was set,
+/// the progress message tells too. Labels do not fit when a volume has too many of them; nor when the scan of a band,
+/// which numbers what it meets before it knows what belongs together, would need too many. The bands are got by halving
+/// the planes (the rows, where there are fewer planes than logical processors) until none has more than their number /
 /// logical processors + 1, so that for an image with few objects of very ragged shape the type, never the labels, may
 /// differ between machines.
 ///
 /// Method: that of `Labeling2d`, with bands of planes.
 ///
-/// Cost: two passes at memory speed, and about 10 ns for each contact of runs where runs are short. Extra memory: one bit
-/// a voxel (rows padded to 64) and 4 bytes a row and a run; at most 2.2 bytes a voxel where rows are long, well below 1
-/// in most images.
+/// Cost: two passes at memory speed, and 1 to 5 ns for each contact of runs where runs are short. Extra memory: one bit a
+/// voxel (rows padded to 64), 4 bytes a row and 4 bytes a run, at most 2.2 bytes a voxel where rows are long, in whole
+/// huge pages of 2 MiB; measured on 256 x 256 x 256 voxels: 0.5 bytes a voxel for blobs, at most 1.6 for noise.
 ///
 /// @throws RuleException from `run` for an unset, empty or vector image, another voxel type, an unknown label type or
 ///         neighbourhood, and an output that is the input or cannot be shaped.
-/// @throws ResizeImageError when the output cannot become wider, as a view cannot.
+/// @throws ResizeImageError when the output cannot become as wide as the labels need: a view of a narrower type, or no
+///         memory.
 /// @throws RuntimeError when 32 bits do not hold the labels.
 class RIX_EXPORT Labeling3d : public BaseAlgorithm {
 public:
