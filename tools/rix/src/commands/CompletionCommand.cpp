@@ -64,8 +64,8 @@ std::string classNames() {
 
 /// One function serves both shells: it looks at the words typed so far and sets what may come next.
 std::string script(const CLI::App& program, const std::string& shell) {
-    const std::string table = "_rix_properties() {\n  names= values=\n  case \"$1:$2\" in\n" + propertyBranches() +
-                              "  esac\n}\n";
+    const std::string table =
+        "_rix_properties() {\n  names= values=\n  case \"$1:$2\" in\n" + propertyBranches() + "  esac\n}\n";
     if (shell == "bash") {
         return "# rix completion for bash: source <(rix completion bash)\n" + table +
                "_rix() {\n"
@@ -86,12 +86,13 @@ std::string script(const CLI::App& program, const std::string& shell) {
                "  elif [[ ${typed[1]} == run && $current == *=* ]]; then\n"
                "    _rix_properties \"${typed[2]}\" \"${current%%=*}\"\n"
                "    if [[ $values ]]; then COMPREPLY=($(compgen -W \"$values\" -- \"${current#*=}\"))\n"
-               "    else COMPREPLY=($(compgen -f -- \"${current#*=}\")); fi\n"
+               "    else compopt -o filenames; COMPREPLY=($(compgen -f -- \"${current#*=}\")); fi\n"
                "  elif [[ ${typed[1]} == run ]]; then\n"
                "    _rix_properties \"${typed[2]}\" ''\n"
                "    COMPREPLY=($(compgen -W \"$names\" -- \"$current\"))\n"
                "    compopt -o nospace\n"
                "  else\n"
+               "    compopt -o filenames\n"
                "    COMPREPLY=($(compgen -f -- \"$current\"))\n"
                "  fi\n"
                "}\n"
