@@ -76,7 +76,7 @@ TEST(Window, mapsValuesToGreys) {
 }
 
 TEST(LabelColours, tellNeighboursApart) {
-    EXPECT_EQ(labelColour(0), grey(0));
+    EXPECT_EQ(labelColour(0), (Colour{0, 0, 0, 0}));
     const auto difference = [](const Colour& a, const Colour& b) {
         return std::abs(a.red - b.red) + std::abs(a.green - b.green) + std::abs(a.blue - b.blue);
     };
@@ -89,6 +89,31 @@ TEST(LabelColours, tellNeighboursApart) {
     }
     EXPECT_EQ(labelColour(4000000000U), labelColour(4000000000U));
     EXPECT_GT(difference(labelColour(4294967294U), labelColour(4294967295U)), 80);
+
+    // Labels whose own hues are nearly the same, in a grid: side by side, apart, and corner to corner.
+    constexpr std::uint32_t alike = 46368;
+    LabelSlice slice{60, 60, std::vector<std::uint32_t>(3600)};
+    for (std::size_t i = 0; i < 3600; ++i) {
+        const std::size_t x = i % 60;
+        const std::size_t y = i / 60;
+        const bool background = x > 30 && (x % 6 == 0 || y % 6 == 0);
+        slice.labels[i] = background ? 0 : 1 + alike * static_cast<std::uint32_t>(x / 6 + y / 6 * 10);
+    }
+    const LabelColours colours(slice);
+    for (std::size_t y = 1; y < 60; y += 6) {
+        for (std::size_t x = 1; x < 60; x += 6) {
+            for (const auto& [dx, dy] : {std::pair(6U, 0U), std::pair(0U, 6U), std::pair(6U, 6U)}) {
+                if (x + dx < 30 && y + dy < 60) {
+                    EXPECT_GT(difference(colours(slice.at(x, y)), colours(slice.at(x + dx, y + dy))), 80);
+                }
+                if (dx * dy == 0 && x + dx < 60 && y + dy < 60) {
+                    EXPECT_GT(difference(colours(slice.at(x, y)), colours(slice.at(x + dx, y + dy))), 80);
+                }
+            }
+        }
+    }
+    EXPECT_EQ(colours(0), labelColour(0));
+    EXPECT_EQ(LabelColours({1, 2, {7, 0}})(7), labelColour(7)) << "without a neighbour";
 }
 
 TEST(Slice, showsEveryKindOfImage) {
@@ -106,7 +131,7 @@ TEST(Slice, showsEveryKindOfImage) {
     auto labels = makeImage<std::uint32_t>(row, {0, 1, 4000000000U});
     ASSERT_TRUE(labels.setInterpretation(RIX_LABEL));
     EXPECT_EQ(pixelsOf(renderSlice(labels, {})),
-              (std::vector<Colour>{grey(0), labelColour(1), labelColour(4000000000U)}));
+              (std::vector<Colour>{labelColour(0), labelColour(1), labelColour(4000000000U)}));
 
     const Extents coloured{2, 1, 1, 1, 3};
     auto bytes = makeImage<std::uint8_t>(coloured, {1, 2, 30, 40, 100, 200});
@@ -198,6 +223,9 @@ TEST(Picture, standsSideBySideAndBecomesAnImage) {
     EXPECT_EQ(coloured.getImageBuffer()[0], 1);
     EXPECT_EQ(coloured.getImageBuffer()[4], 2);
     EXPECT_EQ(coloured.getImageBuffer()[11], 3);
+    const auto transparent = toImage(Picture(1, 1, {5, 5, 5, 77}));
+    ASSERT_EQ(transparent.getNumOf(SPECTRAL_SERIES), 4U);
+    EXPECT_EQ(transparent.getImageBuffer()[3], 77);
 }
 
 TEST(Statistics, leaveOutWhatIsNoNumberOnAllAxes) {

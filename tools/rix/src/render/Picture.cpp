@@ -17,7 +17,7 @@ std::size_t pixelCount(std::size_t width, std::size_t height) {
     return count;
 }
 
-constexpr std::array<std::uint8_t Colour::*, 3> channels{&Colour::red, &Colour::green, &Colour::blue};
+constexpr std::array<std::uint8_t Colour::*, 4> channels{&Colour::red, &Colour::green, &Colour::blue, &Colour::opacity};
 
 }  // namespace
 
@@ -27,6 +27,10 @@ Picture::Picture(std::size_t width, std::size_t height, Colour background)
 bool Picture::isGrey() const {
     return std::all_of(m_pixels.begin(), m_pixels.end(),
                        [](const Colour& pixel) { return pixel.red == pixel.green && pixel.green == pixel.blue; });
+}
+
+bool Picture::isOpaque() const {
+    return std::all_of(m_pixels.begin(), m_pixels.end(), [](const Colour& pixel) { return pixel.opacity == 255; });
 }
 
 Picture sideBySide(const Picture& left, const Picture& right, std::size_t gap) {
@@ -42,7 +46,7 @@ Picture sideBySide(const Picture& left, const Picture& right, std::size_t gap) {
 }
 
 io::MemoryImage toImage(const Picture& picture) {
-    const std::size_t numOfChannels = picture.isGrey() ? 1 : channels.size();
+    const std::size_t numOfChannels = !picture.isOpaque() ? 4 : picture.isGrey() ? 1 : 3;
     io::MemoryImage image;
     if (!image.reserve(RIX_UINT8, picture.width(), picture.height(), 1, 1, numOfChannels)) {
         throw MemoryError("not enough memory for a picture of " + std::to_string(picture.width()) + " x " +

@@ -12,11 +12,12 @@ struct Colour {
     std::uint8_t red = 0;
     std::uint8_t green = 0;
     std::uint8_t blue = 0;
+    std::uint8_t opacity = 255;
     bool operator==(const Colour&) const = default;
 };
 
 constexpr Colour grey(std::uint8_t level) {
-    return {level, level, level};
+    return {level, level, level, 255};
 }
 
 /// A picture for people: 8 bits a channel, rows from the top, columns from the left.
@@ -33,6 +34,8 @@ public:
 
     /// True when no pixel has a colour of its own.
     bool isGrey() const;
+    /// True when nothing shines through.
+    bool isOpaque() const;
 
 private:
     std::size_t m_width;
@@ -43,7 +46,8 @@ private:
 /// Two pictures on white, the tops level, `gap` columns between them.
 Picture sideBySide(const Picture& left, const Picture& right, std::size_t gap);
 
-/// The picture as an image that a picture file can hold: one channel when it is grey, else RGB on the spectral axis.
+/// The picture as an image that a picture file can hold: one channel when it is grey and opaque, else RGB on the
+/// spectral axis, with the opacity as a fourth channel where it is needed.
 io::MemoryImage toImage(const Picture& picture);
 
 }  // namespace rix::cli

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <string>
 
 #include <rix/access/VoxelTypeLists.h>
@@ -70,12 +71,22 @@ Picture paintReals(const ImageModel& image, RowPosition at, ColourOf colourOf) {
     return picture;
 }
 
-Picture paintLabels(const ImageModel& image, RowPosition at) {
-    Picture picture(image.getNumOf(COLUMNS), image.getNumOf(ROWS));
+LabelSlice readLabels(const ImageModel& image, RowPosition at) {
+    LabelSlice slice{image.getNumOf(COLUMNS), image.getNumOf(ROWS), {}};
     RowReader reader(image);
-    for (at.row = 0; at.row < picture.height(); ++at.row) {
+    for (at.row = 0; at.row < slice.height; ++at.row) {
         const auto& row = reader.readLabels(at);
-        std::transform(row.begin(), row.end(), picture.row(at.row), labelColour);
+        slice.labels.insert(slice.labels.end(), row.begin(), row.end());
+    }
+    return slice;
+}
+
+Picture paintLabels(const LabelSlice& slice) {
+    Picture picture(slice.width, slice.height);
+    const LabelColours colours(slice);
+    for (std::size_t y = 0; y < slice.height; ++y) {
+        const auto row = slice.labels.begin() + static_cast<std::ptrdiff_t>(y * slice.width);
+        std::transform(row, row + static_cast<std::ptrdiff_t>(slice.width), picture.row(y), std::cref(colours));
     }
     return picture;
 }
@@ -104,7 +115,7 @@ Picture paintRgb(const ImageModel& image, RowPosition at) {
 Picture renderSlice(const ImageModel& image, const SliceChoice& choice) {
     const RowPosition at = resolve(image, choice);
     if (image.getInterpretation() == RIX_LABEL) {
-        return paintLabels(image, at);
+        return paintLabels(readLabels(image, at));
     }
     if (image.getInterpretation() == RIX_BINARY) {
         return paintReals(image, at, [](double value) { return value == 0 ? grey(0) : grey(255); });
@@ -117,18 +128,12 @@ Picture renderSlice(const ImageModel& image, const SliceChoice& choice) {
 }
 
 LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice) {
-    RowPosition at = resolve(image, choice);
+    const RowPosition at = resolve(image, choice);
     if (!access::contains(access::Integers{}, image.getVoxelType())) {
         throw Failure(WRONG_USAGE, "contours need labels, that is integers; the image holds " +
                                        helper::voxelTypesToString(image.getVoxelType()));
     }
-    LabelSlice slice{image.getNumOf(COLUMNS), image.getNumOf(ROWS), {}};
-    RowReader reader(image);
-    for (at.row = 0; at.row < slice.height; ++at.row) {
-        const auto& row = reader.readLabels(at);
-        slice.labels.insert(slice.labels.end(), row.begin(), row.end());
-    }
-    return slice;
+    return readLabels(image, at);
 }
 
 SliceChoice matchingSlice(const ImageModel& over, const ImageModel& base, const SliceChoice& choice) {

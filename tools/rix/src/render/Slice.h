@@ -29,7 +29,7 @@ struct LabelSlice {
 
 /// Draws a slice. RGB of 8 bits is shown as it is, of 16 bits by its upper half; RGB of other types and everything
 /// else that measures something as grey or colour in an automatic window over the slice; binary images in black and
-/// white; labels in `labelColour`. Complex samples are shown by their magnitude.
+/// white; labels in `LabelColours`, on nothing. Complex samples are shown by their magnitude.
 /// @throws Failure (wrong usage) when the choice is not inside the image, or an element has several samples.
 Picture renderSlice(const ImageModel& image, const SliceChoice& choice);
 

@@ -14,7 +14,8 @@ Picture renderView(const ImageModel& image, const ImageModel* base, const SliceC
         constexpr Colour yellow{255, 220, 0};  // rare in photographs, and seen on dark and on light
         drawContours(picture, readLabelSlice(image, choice), [](std::uint32_t) { return yellow; });
     } else {
-        drawContours(picture, readLabelSlice(image, choice), labelColour);
+        const LabelSlice labels = readLabelSlice(image, choice);
+        drawContours(picture, labels, LabelColours(labels));
     }
     return picture;
 }
