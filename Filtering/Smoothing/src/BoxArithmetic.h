@@ -38,15 +38,20 @@ public:
         : m_samples(boxSlideRows<T>(level)), m_sums(boxSumRows(level)), m_total(boxTotalRows<Out>(level).sum) {
         // The division starts at 2; the mean of one voxel is its sum.
         if (job.mean && job.voxels > 1) {
-            const BoxTotalRows<Out>& rows = boxTotalRows<Out>(level);
-            m_total = rows.floatMean != nullptr && job.voxels <= BoxDivider::largestForFloat ? rows.floatMean
-                                                                                             : rows.mean;
+            const BoxTotalRows<Out> rows = boxTotalRows<Out>(level);
             m_divider = BoxDivider(static_cast<std::uint32_t>(job.voxels));
+            m_total = rows.floatMean != nullptr && job.voxels <= BoxDivider::largestForFloat ? rows.floatMean
+                      : rows.byteMean != nullptr && m_divider.quotientByte != 0              ? rows.byteMean
+                                                                                             : rows.mean;
         }
     }
 
-    void add(const T* in, const Quads& sums, std::size_t count) const { m_samples.add(in, sums, count); }
-    void add(const Quads& in, const Quads& sums, std::size_t count) const { m_sums.add(in, sums, count); }
+    void add(const T* const* in, std::size_t rows, const Quads& sums, std::size_t count) const {
+        m_samples.add(in, rows, sums, count);
+    }
+    void add(const Quads* in, std::size_t rows, const Quads& sums, std::size_t count) const {
+        m_sums.add(in, rows, sums, count);
+    }
     void slide(const T* in, const T* out, const Quads& sums, std::size_t count) const {
         m_samples.slide(in, out, sums, count);
     }
@@ -57,8 +62,9 @@ public:
         m_sums.reflect(row, first, count, mirror);
     }
     Sum sum(const Quads& row, std::size_t count) const { return m_sums.sum(row, count); }
-    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out) const {
-        m_total(columns, count, window, first, out, m_divider);
+    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out,
+               const BoxAhead& ahead) const {
+        m_total(columns, count, window, first, out, m_divider, ahead);
     }
 
 private:
@@ -81,9 +87,11 @@ public:
 
     /// @tparam Row `const T*` or `Quads`
     template <class Row>
-    void add(const Row& in, const Quads& sums, std::size_t count) const {
-        for (std::size_t i = 0; i < count; ++i) {
-            sums[i] += static_cast<Sum>(in[i]);
+    void add(const Row* in, std::size_t rows, const Quads& sums, std::size_t count) const {
+        for (std::size_t row = 0; row < rows; ++row) {
+            for (std::size_t i = 0; i < count; ++i) {
+                sums[i] += static_cast<Sum>(in[row][i]);
+            }
         }
     }
     template <class Row>
@@ -104,7 +112,8 @@ public:
         }
         return sum;
     }
-    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out) const {
+    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out,
+               const BoxAhead& /*ahead*/) const {
         Sum total = first;
         for (std::size_t x = 0; x < count; ++x) {
             out[x] = static_cast<Out>(Operator()(static_cast<Signed>(total), m_voxels));

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
 
 #include "BoxEdges.h"
 #include "BoxPlan.h"
@@ -16,7 +18,8 @@ namespace rix::filtering::smoothing {
 /// Along the row a total follows in the same way. With windows over several planes a whole band of sums follows the
 /// window through the planes first, and its rows take the place of the image's.
 ///
-/// @tparam T samples, @tparam Out results, @tparam Arithmetic how sums are made (`BoxArithmetic32`, `BoxArithmeticWide`)
+/// @tparam T samples, @tparam Out results, @tparam Arithmetic how sums are made (`BoxArithmetic32`,
+/// `BoxArithmeticWide`)
 template <class T, class Out, class Arithmetic>
 class BoxIntegerBody {
 public:
@@ -36,9 +39,6 @@ public:
           m_edges(job.axes[COLUMNS], block.columns, m_columns) {}
 
     void run(BoxProgress& progress) {
-        const Quads columnSums = rowsOf(m_columnSums, m_edges.size, 1);
-        m_elements = columnSums.from(m_edges.firstElement);
-        m_column = columnSums.from(m_edges.firstColumn);
         if (m_job.axes[ROWS].border == BoxBorder::Zero) {
             std::fill_n(m_noSamples.reserve(m_width), m_width, T{0});
             rowsOf(m_noSums, m_width, 1);
@@ -52,9 +52,8 @@ public:
                                                    : planeRow(row);
                 });
             } else {
-                filterPlane(plane, progress, [this, plane](std::size_t slot, std::size_t row) {
-                    return readRow(slot, row, plane);
-                });
+                filterPlane(plane, progress,
+                            [this, plane](std::size_t slot, std::size_t row) { return readRow(slot, row, plane); });
             }
         }
         progress.tell();
@@ -88,14 +87,33 @@ private:
         return Quads::over(m_planeSums.data() + (row - m_rows.begin) * 4 * stride, stride);
     }
 
-    /// sums += whole periods of a sequence whose period holds every index twice.
-    template <class Add>
-    void addPeriods(const BoxAxis& axis, const Quads& sums, const Add& addAll) {
+    /// sums += the elements [first, last) of an axis. @param rowOf gives the row of an element; 8 slots are valid at a
+    /// time
+    template <class RowOf>
+    void addElements(std::size_t first, std::size_t last, const Quads& sums, const RowOf& rowOf) {
+        using Row = decltype(rowOf(first, first));
+        for (std::size_t e = first; e < last; e += boxGroup) {
+            const std::size_t count = std::min(boxGroup, last - e);
+            std::array<Row, boxGroup> rows;
+            for (std::size_t i = 0; i < count; ++i) {
+                rows[i] = rowOf(i, e + i);
+            }
+            m_arithmetic.add(rows.data(), count, sums, m_width);
+        }
+    }
+
+    /// sums = the window of index `first` of an axis, whole periods of the sequence included.
+    /// @param rowOf gives the row of an index
+    template <class RowOf>
+    void sumWindow(const BoxAxis& axis, std::size_t first, const Quads& sums, const RowOf& rowOf) {
+        addElements(first, first + axis.window, sums,
+                    [&](std::size_t slot, std::size_t e) { return rowOf(slot, axis.source(e)); });
         if (axis.periods == 0) {
             return;
         }
+        // A period holds every index twice.
         const Quads once = rowsOf(m_periods, m_width, 1);
-        addAll(once);
+        addElements(0, axis.extent, once, rowOf);
         for (std::size_t i = 0; i < m_width; ++i) {
             sums[i] += once[i] * static_cast<Sum>(2 * axis.periods);
         }
@@ -106,15 +124,8 @@ private:
         if (plane == m_block.planes.begin) {
             rowsOf(m_planeSums, m_width, m_rows.end - m_rows.begin);
             for (std::size_t row = m_rows.begin; row < m_rows.end; ++row) {
-                const Quads sums = planeRow(row);
-                for (std::size_t e = plane; e < plane + axis.window; ++e) {
-                    m_arithmetic.add(readRow(0, row, axis.source(e)), sums, m_width);
-                }
-                addPeriods(axis, sums, [&](const Quads& once) {
-                    for (std::size_t z = 0; z < axis.extent; ++z) {
-                        m_arithmetic.add(readRow(0, row, z), once, m_width);
-                    }
-                });
+                sumWindow(axis, plane, planeRow(row),
+                          [&](std::size_t slot, std::size_t z) { return readRow(slot, row, z); });
             }
             return;
         }
@@ -126,45 +137,49 @@ private:
         }
     }
 
-    /// @param rowOf gives a row of samples or of sums; two slots are valid at a time
+    /// @param rowOf gives a row of samples or of sums
     template <class RowOf>
     void filterPlane(std::size_t plane, BoxProgress& progress, const RowOf& rowOf) {
         const BoxAxis& axis = m_job.axes[ROWS];
-        for (std::size_t i = 0; i < m_width; ++i) {
-            m_column[i] = 0;
-        }
-        for (std::size_t e = m_block.rows.begin; e < m_block.rows.begin + axis.window; ++e) {
-            m_arithmetic.add(rowOf(0, axis.source(e)), m_column, m_width);
-        }
-        addPeriods(axis, m_column, [&](const Quads& once) {
-            for (std::size_t row = 0; row < axis.extent; ++row) {
-                m_arithmetic.add(rowOf(0, row), once, m_width);
-            }
-        });
+        // Most of the work is done on the columns: they are the ones to be aligned.
+        const std::size_t shift = Quads::shiftFor(m_edges.firstColumn);
+        const Quads columnSums = rowsOf(m_columnSums, shift + m_edges.size, 1);
+        m_elements = columnSums.from(shift + m_edges.firstElement);
+        m_column = columnSums.from(shift + m_edges.firstColumn);
+        sumWindow(axis, m_block.rows.begin, m_column, rowOf);
         for (std::size_t row = m_block.rows.begin; row < m_block.rows.end; ++row) {
-            if (row > m_block.rows.begin) {
-                const auto in = rowOf(0, axis.source(row + axis.window - 1));
-                m_arithmetic.slide(in, rowOf(1, axis.source(row - 1)), m_column, m_width);
-            }
             const access::RowSegment out = segment(m_block.columns, row, plane);
-            totalRow(m_output.open(0, out));
+            Out* const results = m_output.open(0, out);
+            if (row + 1 == m_block.rows.end) {
+                totalRow(results, BoxAhead{});
+            } else {
+                const auto in = rowOf(0, axis.source(row + axis.window));
+                const auto leaving = rowOf(1, axis.source(row));
+                totalRow(results, aheadOf(in, leaving));
+                m_arithmetic.slide(in, leaving, m_column, m_width);
+            }
             m_output.flush(0, out);
             progress.add(out.count);
         }
     }
 
-    void totalRow(Out* out) {
+    static BoxAhead aheadOf(const T* entering, const T* leaving) {
+        return {reinterpret_cast<const std::uint8_t*>(entering), reinterpret_cast<const std::uint8_t*>(leaving),
+                sizeof(T)};
+    }
+    /// Sums are in the cache.
+    static BoxAhead aheadOf(const Quads& /*entering*/, const Quads& /*leaving*/) { return {}; }
+
+    void totalRow(Out* out, const BoxAhead& ahead) {
         const BoxAxis& axis = m_job.axes[COLUMNS];
-        m_edges.fill(
-            [this](std::size_t first, std::size_t count, std::size_t mirror) {
-                m_arithmetic.reflect(m_elements, first, count, mirror);
-            },
-            [this](std::size_t element, std::size_t column) { m_elements[element] = m_column[column]; });
+        m_edges.fill([this](std::size_t first, std::size_t count,
+                            std::size_t mirror) { m_arithmetic.reflect(m_elements, first, count, mirror); },
+                     [this](std::size_t element, std::size_t column) { m_elements[element] = m_column[column]; });
         Sum first = m_arithmetic.sum(m_elements, axis.window);
         if (axis.periods > 0) {
             first += m_arithmetic.sum(m_column, m_width) * static_cast<Sum>(2 * axis.periods);
         }
-        m_arithmetic.total(m_elements, m_block.columns.end - m_block.columns.begin, axis.window, first, out);
+        m_arithmetic.total(m_elements, m_block.columns.end - m_block.columns.begin, axis.window, first, out, ahead);
     }
 
     const BoxJob& m_job;
@@ -173,16 +188,16 @@ private:
     access::Interval m_columns;  ///< the source columns
     access::Interval m_rows;     ///< the source rows
     std::size_t m_width;
-    BoxInputRows<T, 2> m_input;
+    BoxInputRows<T, boxGroup> m_input;
     BoxOutputRows<Out, 1> m_output;
     BoxEdges m_edges;
 
     BoxBuffer<Sum> m_columnSums;
-    Quads m_elements{};       ///< the sequence along the row, from the first window's first element on
-    Quads m_column{};         ///< the source columns inside it
+    Quads m_elements{};  ///< the sequence along the row, from the first window's first element on
+    Quads m_column{};    ///< the source columns inside it
     BoxBuffer<Sum> m_planeSums;
     BoxBuffer<Sum> m_periods;
-    BoxBuffer<T> m_noSamples;       ///< zeros, for rows outside
+    BoxBuffer<T> m_noSamples;  ///< zeros, for rows outside
     BoxBuffer<Sum> m_noSums;
 };
 

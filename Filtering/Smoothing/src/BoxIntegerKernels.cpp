@@ -7,6 +7,7 @@
 #define HWY_TARGET_INCLUDE "BoxIntegerKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "BoxIntegerVectors-inl.h"
@@ -14,52 +15,54 @@
 HWY_BEFORE_NAMESPACE();
 namespace rix::filtering::smoothing::HWY_NAMESPACE {
 
-/// Calls `vectors(i)` for whole vectors of quads, `i` counting samples, and `single(i)` for the samples that are left.
-template <class Vectors, class Single>
-HWY_INLINE void forSamples(std::size_t count, const Vectors& vectors, const Single& single) {
+template <class T>
+void addRows(const T* const* in, std::size_t rows, const BoxQuads32& sums, std::size_t count) {
+    const BoxQuads32 to = sums;  // the compiler can't know that the stores below leave the pointers alone
     std::size_t i = 0;
     for (; i + samples <= count; i += samples) {
-        vectors(i);
+        const Quad entering = sumSamples(in, rows, i);
+        for (std::size_t q = 0; q < 4; ++q) {
+            store(hn::Add(load(to.lane[q] + i / 4), entering.v[q]), to.lane[q] + i / 4);
+        }
     }
     for (; i < count; ++i) {
-        single(i);
+        for (std::size_t row = 0; row < rows; ++row) {
+            to.lane[i % 4][i / 4] += static_cast<std::uint32_t>(in[row][i]);
+        }
     }
-}
-
-template <class T>
-void addRow(const T* in, const BoxQuads32& sums, std::size_t count) {
-    forSamples(
-        count,
-        [&](std::size_t i) HWY_ATTR {
-            const Quad entering = loadSamples(in + i);
-            for (std::size_t q = 0; q < 4; ++q) {
-                store(hn::Add(load(sums.lane[q] + i / 4), entering.v[q]), sums.lane[q] + i / 4);
-            }
-        },
-        [&](std::size_t i) HWY_ATTR { sums.lane[i % 4][i / 4] += static_cast<std::uint32_t>(in[i]); });
 }
 
 template <class T>
 void slideRow(const T* in, const T* out, const BoxQuads32& sums, std::size_t count) {
-    forSamples(
-        count,
-        [&](std::size_t i) HWY_ATTR {
-            const Quad change = loadDifferences(in + i, out + i);
-            for (std::size_t q = 0; q < 4; ++q) {
-                store(hn::Add(load(sums.lane[q] + i / 4), change.v[q]), sums.lane[q] + i / 4);
-            }
-        },
-        [&](std::size_t i) HWY_ATTR {
-            sums.lane[i % 4][i / 4] += static_cast<std::uint32_t>(in[i]) - static_cast<std::uint32_t>(out[i]);
-        });
+    const BoxQuads32 to = sums;
+    std::size_t i = 0;
+    for (; i + samples <= count; i += samples) {
+        const Quad change = loadDifferences(in + i, out + i);
+        for (std::size_t q = 0; q < 4; ++q) {
+            store(hn::Add(load(to.lane[q] + i / 4), change.v[q]), to.lane[q] + i / 4);
+        }
+    }
+    for (; i < count; ++i) {
+        to.lane[i % 4][i / 4] += static_cast<std::uint32_t>(in[i]) - static_cast<std::uint32_t>(out[i]);
+    }
 }
 
-void addSums(const BoxQuads32& in, const BoxQuads32& sums, std::size_t count) {
+void addSums(const BoxQuads32* in, std::size_t rows, const BoxQuads32& sums, std::size_t count) {
     for (std::size_t q = 0; q < 4; ++q) {
-        const std::uint32_t* HWY_RESTRICT from = in.lane[q];
-        std::uint32_t* HWY_RESTRICT to = sums.lane[q];
-        for (std::size_t i = 0; i < (count + 3 - q) / 4; ++i) {
-            to[i] += from[i];
+        std::uint32_t* const to = sums.lane[q];
+        const std::size_t entries = (count + 3 - q) / 4;
+        std::size_t i = 0;
+        for (; i + lanes <= entries; i += lanes) {
+            V sum = load(to + i);
+            for (std::size_t row = 0; row < rows; ++row) {
+                sum = hn::Add(sum, load(in[row].lane[q] + i));
+            }
+            store(sum, to + i);
+        }
+        for (; i < entries; ++i) {
+            for (std::size_t row = 0; row < rows; ++row) {
+                to[i] += in[row].lane[q][i];
+            }
         }
     }
 }
@@ -89,14 +92,15 @@ void reflect(const BoxQuads32& row, std::size_t first, std::size_t count, std::s
 }
 
 std::uint32_t sumRow(const BoxQuads32& row, std::size_t count) {
-    std::uint32_t sum = 0;
+    const U32 d;
+    V sum = hn::Zero(d);
     for (std::size_t q = 0; q < 4; ++q) {
-        const std::uint32_t* const from = row.lane[q];
-        for (std::size_t i = 0; i < (count + 3 - q) / 4; ++i) {
-            sum += from[i];
+        const std::size_t entries = (count + 3 - q) / 4;
+        for (std::size_t i = 0; i < entries; i += lanes) {
+            sum = hn::Add(sum, hn::IfThenElseZero(hn::FirstN(d, entries - i), load(row.lane[q] + i)));
         }
     }
-    return sum;
+    return hn::GetLane(hn::SumOfLanes(d, sum));
 }
 
 /// Totals as they are.
@@ -132,23 +136,72 @@ struct FloatMean {
     hn::Vec<F32> factor;
 };
 
-/// The change of the totals along the row has to be summed up: first inside the four of a lane, then over the lanes, then
-/// from vector to vector, where one addition is all that waits for the vector before.
+template <class Finish, class Out>
+HWY_INLINE void finishSamples(const Finish& finish, Quad totals, Out* out) {
+    for (V& v : totals.v) {
+        v = finish(v);
+    }
+    storeSamples(totals, out);
+}
+
+#if HWY_TARGET != HWY_SCALAR
+/// Quotients without sign of 8 bit, picked out of the products themselves.
+struct ByteMean {
+    explicit ByteMean(const BoxDivider& divider) : multiplier(hn::Set(U32(), divider.byteMultiplier)) {
+        const U8 d;
+        quotients = hn::Add(hn::And(hn::Iota(d, 0), hn::Set(d, 8)), hn::Set(d, divider.quotientByte));
+        const auto byte = hn::And(hn::Iota(d, 0), hn::Set(d, 7));
+        for (std::size_t b = 0; b < 8; ++b) {
+            places[b] = hn::Eq(byte, hn::Set(d, static_cast<std::uint8_t>(b)));
+        }
+    }
+    V multiplier;
+    hn::Vec<U8> quotients;  ///< the quotient of each product, in all of its bytes
+    hn::Mask<U8> places[8];
+};
+
+HWY_INLINE void finishSamples(const ByteMean& mean, const Quad& totals, std::uint8_t* out) {
+    // A product takes the place of two lanes: the quotient of the even one goes to byte q of them, the other to 4 + q.
+    const auto even = [&](std::size_t q) HWY_ATTR {
+        return hn::TableLookupBytes(hn::BitCast(U8(), hn::MulEven(totals.v[q], mean.multiplier)), mean.quotients);
+    };
+    const auto odd = [&](std::size_t q) HWY_ATTR {
+        const V lanes = hn::DupOdd(totals.v[q]);
+        return hn::TableLookupBytes(hn::BitCast(U8(), hn::MulEven(lanes, mean.multiplier)), mean.quotients);
+    };
+    auto bytes = hn::IfThenElse(mean.places[4], odd(0), even(0));
+    for (std::size_t q = 1; q < 4; ++q) {
+        bytes = hn::IfThenElse(mean.places[q], even(q), bytes);
+        bytes = hn::IfThenElse(mean.places[4 + q], odd(q), bytes);
+    }
+    hn::StoreU(bytes, U8(), out);
+}
+#endif
+
+constexpr std::size_t cacheLine = 64;
+
+/// The change of the totals along the row has to be summed up: first inside the four of a lane, then over the lanes,
+/// then from vector to vector, where one addition is all that waits for the vector before.
 template <class Finish, class Out>
 void totalRow(const BoxQuads32& columns, std::size_t count, std::size_t window, std::uint32_t first, Out* out,
-              const BoxDivider& divider) {
+              const BoxDivider& divider, const BoxAhead& ahead) {
     const Finish finish(divider);
+    const std::size_t bytesAhead = samples * ahead.sampleBytes;
     // The totals behind output x + 3: the entering sums are x + window to x + window + 3, the leaving ones x to x + 3.
-    std::uint32_t* entering[4];
-    for (std::size_t q = 0; q < 4; ++q) {
-        entering[q] = columns.lane[(window + q) % 4] + (window + q) / 4;
-    }
+    const BoxQuads32 leaving = columns;
+    const BoxQuads32 entering = columns.from(window);
     const U32 d;
     V carry = hn::Set(d, first);
     for (std::size_t x = 0; x < count; x += samples) {
+        if (const std::size_t at = x * ahead.sampleBytes; at % cacheLine == 0) {
+            for (std::size_t b = at; b < at + bytesAhead; b += cacheLine) {
+                hwy::Prefetch(ahead.entering + b);
+                hwy::Prefetch(ahead.leaving + b);
+            }
+        }
         V change[4];
         for (std::size_t q = 0; q < 4; ++q) {
-            change[q] = hn::Sub(load(entering[q] + x / 4), load(columns.lane[q] + x / 4));
+            change[q] = hn::Sub(load(entering.lane[q] + x / 4), load(leaving.lane[q] + x / 4));
         }
         const V inLane = hn::Add(hn::Add(change[0], change[1]), hn::Add(change[2], change[3]));
         const V upToLane = scan(inLane);
@@ -158,14 +211,11 @@ void totalRow(const BoxQuads32& columns, std::size_t count, std::size_t window, 
             totals.v[q] = hn::Add(totals.v[q - 1], change[q - 1]);
         }
         carry = hn::Add(carry, broadcastLast(upToLane));
-        for (V& v : totals.v) {
-            v = finish(v);
-        }
         if (count - x >= samples) {
-            storeSamples(totals, out + x);
+            finishSamples(finish, totals, out + x);
         } else {
             HWY_ALIGN Out last[samples];
-            storeSamples(totals, last);
+            finishSamples(finish, totals, last);
             for (std::size_t i = 0; x + i < count; ++i) {
                 out[x + i] = last[i];
             }
@@ -175,7 +225,7 @@ void totalRow(const BoxQuads32& columns, std::size_t count, std::size_t window, 
 
 template <class T>
 const BoxSlideRows<T>& slideRows() {
-    static constexpr BoxSlideRows<T> rows = {&addRow<T>, &slideRow<T>};
+    static constexpr BoxSlideRows<T> rows = {&addRows<T>, &slideRow<T>};
     return rows;
 }
 
@@ -185,19 +235,21 @@ inline const BoxSumRows& sumRows() {
 }
 
 template <class Out>
-const BoxTotalRows<Out>& totalRows() {
+BoxTotalRows<Out> totalRows() {
     using Mean = std::conditional_t<std::is_signed_v<Out>, SignedMean, UnsignedMean>;
-    if constexpr (sizeof(Out) == 1) {
-        static constexpr BoxTotalRows<Out> rows = {&totalRow<Sum, Out>, &totalRow<Mean, Out>,
-                                                   &totalRow<FloatMean, Out>};
-        return rows;
-    } else if constexpr (sizeof(Out) == 2) {
-        static constexpr BoxTotalRows<Out> rows = {&totalRow<Sum, Out>, &totalRow<Mean, Out>, nullptr};
-        return rows;
-    } else {
-        static constexpr BoxTotalRows<Out> rows = {&totalRow<Sum, Out>, nullptr, nullptr};
-        return rows;
+    BoxTotalRows<Out> rows{&totalRow<Sum, Out>, nullptr, nullptr, nullptr};
+    if constexpr (sizeof(Out) <= 2) {
+        rows.mean = &totalRow<Mean, Out>;
     }
+    if constexpr (sizeof(Out) == 1) {
+        rows.floatMean = &totalRow<FloatMean, Out>;
+    }
+#if HWY_TARGET != HWY_SCALAR
+    if constexpr (std::is_same_v<Out, std::uint8_t>) {
+        rows.byteMean = &totalRow<ByteMean, Out>;
+    }
+#endif
+    return rows;
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE
@@ -216,6 +268,10 @@ BoxDivider::BoxDivider(std::uint32_t divisor) {
     if (static_cast<double>(factor) * divisor < 1.0) {
         factor = std::nextafter(factor, 1.0F);
     }
+    if (divisor > largestForFloat && divisor <= largestForBytes) {
+        quotientByte = std::uint64_t{255} * divisor * divisor < std::uint64_t{1} << 40 ? 5 : 6;
+        byteMultiplier = static_cast<std::uint32_t>(((std::uint64_t{1} << (8 * quotientByte)) + divisor - 1) / divisor);
+    }
 }
 
 template <class T>
@@ -228,7 +284,7 @@ const BoxSumRows& boxSumRows(OptimLevelType level) {
 }
 
 template <class Out>
-const BoxTotalRows<Out>& boxTotalRows(OptimLevelType level) {
+BoxTotalRows<Out> boxTotalRows(OptimLevelType level) {
     return RIX_SELECT_KERNELS(level, totalRows<Out>());
 }
 
@@ -237,12 +293,12 @@ template const BoxSlideRows<std::int8_t>& boxSlideRows<std::int8_t>(OptimLevelTy
 template const BoxSlideRows<std::uint16_t>& boxSlideRows<std::uint16_t>(OptimLevelType);
 template const BoxSlideRows<std::int16_t>& boxSlideRows<std::int16_t>(OptimLevelType);
 
-template const BoxTotalRows<std::uint8_t>& boxTotalRows<std::uint8_t>(OptimLevelType);
-template const BoxTotalRows<std::int8_t>& boxTotalRows<std::int8_t>(OptimLevelType);
-template const BoxTotalRows<std::uint16_t>& boxTotalRows<std::uint16_t>(OptimLevelType);
-template const BoxTotalRows<std::int16_t>& boxTotalRows<std::int16_t>(OptimLevelType);
-template const BoxTotalRows<std::int32_t>& boxTotalRows<std::int32_t>(OptimLevelType);
-template const BoxTotalRows<float>& boxTotalRows<float>(OptimLevelType);
+template BoxTotalRows<std::uint8_t> boxTotalRows<std::uint8_t>(OptimLevelType);
+template BoxTotalRows<std::int8_t> boxTotalRows<std::int8_t>(OptimLevelType);
+template BoxTotalRows<std::uint16_t> boxTotalRows<std::uint16_t>(OptimLevelType);
+template BoxTotalRows<std::int16_t> boxTotalRows<std::int16_t>(OptimLevelType);
+template BoxTotalRows<std::int32_t> boxTotalRows<std::int32_t>(OptimLevelType);
+template BoxTotalRows<float> boxTotalRows<float>(OptimLevelType);
 
 }  // namespace rix::filtering::smoothing
 #endif

@@ -19,8 +19,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using U32 = hn::ScalableTag<std::uint32_t>;
 using I32 = hn::RebindToSigned<U32>;
 using U16 = hn::Repartition<std::uint16_t, U32>;
-using I16 = hn::RebindToSigned<U16>;
-using U64 = hn::ScalableTag<std::uint64_t>;
+using U8 = hn::Repartition<std::uint8_t, U32>;
 using F32 = hn::ScalableTag<float>;
 using V = hn::Vec<U32>;
 #if HWY_TARGET == HWY_SCALAR
@@ -85,7 +84,13 @@ HWY_INLINE V broadcastLast(V v) {
 
 #else
 
-/// The low and the high half of each lane with their sign.
+/// The low and the high half of each lane, and the same with their sign.
+HWY_INLINE V low16(V v) {
+    return hn::And(v, hn::Set(U32(), 0xFFFF));
+}
+HWY_INLINE V high16(V v) {
+    return hn::ShiftRight<16>(v);
+}
 HWY_INLINE V signedLow(V v) {
     return hn::BitCast(U32(), hn::ShiftRight<16>(hn::BitCast(I32(), hn::ShiftLeft<16>(v))));
 }
@@ -93,7 +98,7 @@ HWY_INLINE V signedHigh(V v) {
     return hn::BitCast(U32(), hn::ShiftRight<16>(hn::BitCast(I32(), v)));
 }
 HWY_INLINE V loadBytes(const void* from) {
-    return hn::BitCast(U32(), hn::LoadU(hn::Repartition<std::uint8_t, U32>(), static_cast<const std::uint8_t*>(from)));
+    return hn::BitCast(U32(), hn::LoadU(U8(), static_cast<const std::uint8_t*>(from)));
 }
 
 HWY_INLINE Quad loadSamples(const std::uint8_t* in) {
@@ -121,8 +126,7 @@ HWY_INLINE Quad loadSamples(const std::uint16_t* in) {
     V even;
     V odd;
     loadPairs(in, even, odd);
-    const V mask = hn::Set(U32(), 0xFFFF);
-    return {{hn::And(even, mask), hn::ShiftRight<16>(even), hn::And(odd, mask), hn::ShiftRight<16>(odd)}};
+    return {{low16(even), high16(even), low16(odd), high16(odd)}};
 }
 HWY_INLINE Quad loadSamples(const std::int16_t* in) {
     V even;
@@ -180,24 +184,32 @@ HWY_INLINE void interleave(V a, V b, V& low, V& high) {
 }
 
 HWY_INLINE void storeBytes(V v, void* to) {
-    const hn::Repartition<std::uint8_t, U32> d;
-    hn::StoreU(hn::BitCast(d, v), d, static_cast<std::uint8_t*>(to));
+    hn::StoreU(hn::BitCast(U8(), v), U8(), static_cast<std::uint8_t*>(to));
 }
 
-/// Keeps the low bits.
+/// Values of a signed type keep their low bits; those of an unsigned one have no others.
 template <class Out>
 HWY_INLINE void storeSamples(const Quad& quad, Out* out) {
     if constexpr (sizeof(Out) == 1) {
-        const V mask = hn::Set(U32(), 0xFF);
-        const V low = hn::Or(hn::And(quad.v[0], mask), hn::ShiftLeft<8>(hn::And(quad.v[1], mask)));
-        const V high = hn::Or(hn::And(quad.v[2], mask), hn::ShiftLeft<8>(hn::And(quad.v[3], mask)));
+        Quad bytes = quad;
+        if constexpr (hwy::IsSigned<Out>()) {
+            for (V& v : bytes.v) {
+                v = hn::And(v, hn::Set(U32(), 0xFF));
+            }
+        }
+        const V low = hn::Or(bytes.v[0], hn::ShiftLeft<8>(bytes.v[1]));
+        const V high = hn::Or(bytes.v[2], hn::ShiftLeft<8>(bytes.v[3]));
         storeBytes(hn::Or(low, hn::ShiftLeft<16>(high)), out);
     } else if constexpr (sizeof(Out) == 2) {
-        const V mask = hn::Set(U32(), 0xFFFF);
+        Quad words = quad;
+        if constexpr (hwy::IsSigned<Out>()) {
+            words.v[0] = low16(words.v[0]);
+            words.v[2] = low16(words.v[2]);
+        }
         V low;
         V high;
-        interleave(hn::Or(hn::And(quad.v[0], mask), hn::ShiftLeft<16>(quad.v[1])),
-                   hn::Or(hn::And(quad.v[2], mask), hn::ShiftLeft<16>(quad.v[3])), low, high);
+        interleave(hn::Or(words.v[0], hn::ShiftLeft<16>(words.v[1])), hn::Or(words.v[2], hn::ShiftLeft<16>(words.v[3])),
+                   low, high);
         storeBytes(low, out);
         storeBytes(high, out + samples / 2);
     } else {
@@ -222,11 +234,9 @@ HWY_INLINE void storeSamples(const Quad& quad, Out* out) {
 
 /// The high halves of products.
 HWY_INLINE V multiplyHigh(V a, V b) {
-    const U64 wide;
-    const auto even = hn::MulEven(a, b);
-    const auto odd = hn::MulEven(hn::BitCast(U32(), hn::ShiftRight<32>(hn::BitCast(wide, a))), b);
-    const auto high = hn::Set(wide, 0xFFFFFFFF00000000ULL);
-    return hn::BitCast(U32(), hn::Or(hn::ShiftRight<32>(even), hn::And(odd, high)));
+    const V even = hn::BitCast(U32(), hn::MulEven(a, b));
+    const V odd = hn::BitCast(U32(), hn::MulEven(hn::DupOdd(a), b));
+    return hn::OddEven(odd, hn::DupOdd(even));
 }
 
 /// Toward zero; values are small, so no care is needed for what 32 bits don't hold.
@@ -245,11 +255,12 @@ HWY_INLINE V scan(V v) {
 #if HWY_TARGET == HWY_AVX3
     auto sum = _mm512_add_epi32(v.raw, _mm512_bslli_epi128(v.raw, 4));
     sum = _mm512_add_epi32(sum, _mm512_bslli_epi128(sum, 8));
-    // The last lane of each block of four goes to all lanes of the next one, then of the one after that.
-    const auto next = _mm512_setr_epi32(0, 0, 0, 0, 3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11);
-    sum = _mm512_add_epi32(sum, _mm512_maskz_permutexvar_epi32(0xFFF0, next, sum));
-    const auto afterNext = _mm512_setr_epi32(0, 0, 0, 0, 0, 0, 0, 0, 3, 3, 3, 3, 7, 7, 7, 7);
-    sum = _mm512_add_epi32(sum, _mm512_maskz_permutexvar_epi32(0xFF00, afterNext, sum));
+    // The last lane of each block of four goes to all lanes of the next one, then of the one after that; 16 gives 0.
+    const auto zero = _mm512_setzero_si512();
+    const auto next = _mm512_setr_epi32(16, 16, 16, 16, 3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11);
+    sum = _mm512_add_epi32(sum, _mm512_permutex2var_epi32(sum, next, zero));
+    const auto afterNext = _mm512_setr_epi32(16, 16, 16, 16, 16, 16, 16, 16, 3, 3, 3, 3, 7, 7, 7, 7);
+    sum = _mm512_add_epi32(sum, _mm512_permutex2var_epi32(sum, afterNext, zero));
     return V{sum};
 #elif HWY_TARGET == HWY_AVX2
     auto sum = _mm256_add_epi32(v.raw, _mm256_slli_si256(v.raw, 4));
@@ -272,6 +283,35 @@ HWY_INLINE V broadcastLast(V v) {
 #endif
 }
 
+#endif
+
+/// The sums over some rows.
+template <class T>
+HWY_INLINE Quad sumSamples(const T* const* in, std::size_t rows, std::size_t i) {
+    Quad sum = loadSamples(in[0] + i);
+    for (std::size_t row = 1; row < rows; ++row) {
+        const Quad next = loadSamples(in[row] + i);
+        for (std::size_t q = 0; q < 4; ++q) {
+            sum.v[q] = hn::Add(sum.v[q], next.v[q]);
+        }
+    }
+    return sum;
+}
+#if HWY_TARGET != HWY_SCALAR
+/// 16 bits hold the sums of a group of bytes.
+HWY_INLINE Quad sumSamples(const std::uint8_t* const* in, std::size_t rows, std::size_t i) {
+    const U16 d;
+    auto even = hn::Zero(d);
+    auto odd = hn::Zero(d);
+    for (std::size_t row = 0; row < rows; ++row) {
+        const auto v = hn::BitCast(d, loadBytes(in[row] + i));
+        even = hn::Add(even, hn::And(v, hn::Set(d, 0xFF)));
+        odd = hn::Add(odd, hn::ShiftRight<8>(v));
+    }
+    const V first = hn::BitCast(U32(), even);
+    const V second = hn::BitCast(U32(), odd);
+    return {{low16(first), low16(second), high16(first), high16(second)}};
+}
 #endif
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE

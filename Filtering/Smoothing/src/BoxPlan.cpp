@@ -45,11 +45,12 @@ std::size_t stepFor(std::size_t extent, std::size_t wanted) {
     return roundUp(ceilDivide(extent, parts));
 }
 
-/// A part that starts anew has to sum the first window: parts are long against windows, but there are some eight of
-/// them as long as none is shorter than a window.
+/// A part that starts anew has to sum the first window: parts are long against windows. There are some eight of them as
+/// long as none is shorter than three windows, and two after that.
 std::size_t wantedFor(std::size_t extent, std::size_t window, std::size_t least) {
-    return std::max(least, std::min(4 * window, std::max(std::min(window, ceilDivide(extent, 2)),
-                                                         ceilDivide(extent, 8))));
+    const std::size_t eighth = ceilDivide(extent, 8);
+    const std::size_t longEnough = std::min(3 * window, ceilDivide(extent, 2));
+    return std::max(least, std::min(16 * window, std::max(longEnough, eighth)));
 }
 
 }  // namespace
@@ -61,8 +62,8 @@ BoxSums chooseSums(VoxelTypes voxelType, const BoxJob& job) {
     const WideInteger largest = largestMagnitude(voxelType) * job.summed();
     // The division of means takes sums up to 2^31, that bound included.
     return largest <= WideInteger{1} << 31 && helper::getSizeOf(voxelType) < 4 ? BoxSums::Bits32
-           : largest < WideInteger{1} << 63 ? BoxSums::Bits64
-                                            : BoxSums::Bits128;
+           : largest < WideInteger{1} << 63                                    ? BoxSums::Bits64
+                                                                               : BoxSums::Bits128;
 }
 
 access::Interval sourceRange(const BoxAxis& axis, access::Interval outputs) {
@@ -88,8 +89,7 @@ access::Interval sourceRange(const BoxAxis& axis, access::Interval outputs) {
     return {first - axis.reach, last - axis.reach};
 }
 
-BoxPlan::BoxPlan(const ImageModel& input, const BoxJob& job)
-    : m_extents(helper::getExtents(input)), m_job(job) {
+BoxPlan::BoxPlan(const ImageModel& input, const BoxJob& job) : m_extents(helper::getExtents(input)), m_job(job) {
     const BoxSums sums = chooseSums(input.getVoxelType(), job);
     m_nanosecondsPerVoxel = nanosecondsPerVoxel(sums);
     const bool real = sums == BoxSums::Real;
@@ -104,11 +104,11 @@ BoxPlan::BoxPlan(const ImageModel& input, const BoxJob& job)
     if (volume) {
         // The sums along z of a block stay in the level-2 cache, where the window is small enough for that.
         const std::size_t cached = (real ? 32768 : 131072) / columns;
-        m_steps[ROWS] = stepFor(m_extents[ROWS], std::max({cached - std::min(cached, windowRows), 4 * windowRows,
-                                                           std::size_t{16}}));
+        m_steps[ROWS] = stepFor(m_extents[ROWS],
+                                std::max({cached - std::min(cached, windowRows), 4 * windowRows, std::size_t{16}}));
         const std::size_t area = columns * std::min(m_steps[ROWS], m_extents[ROWS]);
-        m_steps[PLANS] = stepFor(m_extents[PLANS], wantedFor(m_extents[PLANS], job.axes[PLANS].window,
-                                                             (std::size_t{1} << 19) / area + 1));
+        m_steps[PLANS] = stepFor(
+            m_extents[PLANS], wantedFor(m_extents[PLANS], job.axes[PLANS].window, (std::size_t{1} << 19) / area + 1));
     } else {
         const std::size_t least = (std::size_t{1} << (real ? 17 : 18)) / columns + 1;
         m_steps[ROWS] = stepFor(m_extents[ROWS], wantedFor(m_extents[ROWS], windowRows, least));
@@ -184,8 +184,7 @@ std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job) {
     }
     const auto kept = [](const BoxAxis& axis) { return 3 + axis.window / boxGroup; };
     const std::size_t rowSums = 8 * (boxGroup * width + kept(job.axes[ROWS]) * width);
-    const std::size_t planeSums =
-        volume ? 8 * source[COLUMNS] * source[ROWS] * (boxGroup + kept(job.axes[PLANS])) : 0;
+    const std::size_t planeSums = volume ? 8 * source[COLUMNS] * source[ROWS] * (boxGroup + kept(job.axes[PLANS])) : 0;
     return rows + rowSums + planeSums;
 }
 

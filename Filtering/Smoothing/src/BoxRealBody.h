@@ -41,8 +41,10 @@ public:
     void run(BoxProgress& progress) {
         const std::size_t count = m_block.columns.end - m_block.columns.begin;
         // Groups are summed to their end, and columns are written by whole vectors.
-        m_stripSize = (std::max(m_edges.firstElement + (count + boxGroup) + m_across.size,
-                                m_edges.firstColumn + m_stride) + boxGroup) * m_lanes;
+        m_stripSize =
+            (std::max(m_edges.firstElement + (count + boxGroup) + m_across.size, m_edges.firstColumn + m_stride) +
+             boxGroup) *
+            m_lanes;
         std::fill_n(m_strips.reserve(m_stripSize * boxGroup / m_lanes), m_stripSize * boxGroup / m_lanes, 0.0);
         m_ring.reserve(m_across.whole * m_lanes + m_lanes);
         m_unused.reserve(count);
@@ -52,9 +54,8 @@ public:
         }
         if (m_job.axes[PLANS].isIdentity()) {
             for (std::size_t plane = m_block.planes.begin; plane < m_block.planes.end; ++plane) {
-                filterPlane<T>(plane, m_samples, progress, [this, plane](std::size_t slot, std::size_t row) {
-                    return readRow(slot, row, plane);
-                });
+                filterPlane<T>(plane, m_samples, progress,
+                               [this, plane](std::size_t slot, std::size_t row) { return readRow(slot, row, plane); });
             }
         } else {
             filterVolume(progress);
@@ -81,15 +82,28 @@ private:
         return std::min(element, end + window.size - 2);
     }
 
-    /// What the windows along an axis have in common, or null. @param addAll adds every index of the axis once
-    template <class AddAll>
-    const double* commonOf(const BoxAxis& axis, BoxBuffer<double>& buffer, std::size_t entries, const AddAll& addAll) {
+    /// Adds a group of rows, or fewer. @param rowOf gives row i of them
+    template <class S, class RowOf>
+    void addRows(const BoxRealRows<S>& kernels, std::size_t count, double* sums, const RowOf& rowOf) {
+        const S* rows[boxGroup];
+        for (std::size_t i = 0; i < count; ++i) {
+            rows[i] = rowOf(i);
+        }
+        kernels.add(rows, count, sums, m_width);
+    }
+
+    /// What the windows along an axis have in common, or null.
+    /// @param add `add(first, count, sums)` adds up to a group of indices
+    template <class Add>
+    const double* commonOf(const BoxAxis& axis, BoxBuffer<double>& buffer, std::size_t entries, const Add& add) {
         if (axis.periods == 0) {
             return nullptr;
         }
         double* const common = buffer.reserve(entries);
         std::fill_n(common, entries, 0.0);
-        addAll(common);
+        for (std::size_t first = 0; first < axis.extent; first += boxGroup) {
+            add(first, std::min(boxGroup, axis.extent - first), common);
+        }
         const double times = 2 * static_cast<double>(axis.periods);
         for (std::size_t i = 0; i < entries; ++i) {
             common[i] *= times;
@@ -101,18 +115,20 @@ private:
         const BoxAxis& axis = m_job.axes[PLANS];
         const std::size_t rows = m_rows.end - m_rows.begin;
         const std::size_t entries = rows * m_stride;
-        const auto addPlane = [&](std::size_t plane, double* sums) {
+        const auto addPlanes = [&](std::size_t count, double* sums, const auto& planeOf) {
             for (std::size_t row = 0; row < rows; ++row) {
-                m_samples.add(readRow(0, m_rows.begin + row, plane), sums + row * m_stride, m_width);
+                addRows(m_samples, count, sums + row * m_stride,
+                        [&](std::size_t i) { return readRow(i, m_rows.begin + row, planeOf(i)); });
             }
         };
         m_through.start(m_block.planes.begin / boxGroup, entries,
-                        [&](std::size_t e, double* sums) { addPlane(axis.source(e), sums); });
-        const double* const common = commonOf(axis, m_commonThrough, entries, [&](double* sums) {
-            for (std::size_t plane = 0; plane < axis.extent; ++plane) {
-                addPlane(plane, sums);
-            }
-        });
+                        [&](std::size_t first, std::size_t count, double* sums) {
+                            addPlanes(count, sums, [&](std::size_t i) { return axis.source(first + i); });
+                        });
+        const double* const common =
+            commonOf(axis, m_commonThrough, entries, [&](std::size_t first, std::size_t count, double* sums) {
+                addPlanes(count, sums, [&](std::size_t i) { return first + i; });
+            });
         double* const planes = m_planes.reserve(boxGroup * entries);
         for (std::size_t first = m_block.planes.begin; first < m_block.planes.end; first += boxGroup) {
             BoxRealGroup<T> group{};
@@ -143,14 +159,12 @@ private:
     template <class S, class RowOf>
     void filterPlane(std::size_t plane, const BoxRealRows<S>& kernels, BoxProgress& progress, const RowOf& rowOf) {
         const BoxAxis& axis = m_job.axes[ROWS];
-        m_down.start(m_block.rows.begin / boxGroup, m_stride, [&](std::size_t e, double* sums) {
-            kernels.add(rowOf(0, axis.source(e)), sums, m_width);
+        m_down.start(m_block.rows.begin / boxGroup, m_stride, [&](std::size_t first, std::size_t count, double* sums) {
+            addRows(kernels, count, sums, [&](std::size_t i) { return rowOf(i, axis.source(first + i)); });
         });
         BoxRealGroup<S> group{};
-        group.common = commonOf(axis, m_commonDown, m_stride, [&](double* sums) {
-            for (std::size_t row = 0; row < axis.extent; ++row) {
-                kernels.add(rowOf(0, row), sums, m_width);
-            }
+        group.common = commonOf(axis, m_commonDown, m_stride, [&](std::size_t first, std::size_t count, double* sums) {
+            addRows(kernels, count, sums, [&](std::size_t i) { return rowOf(i, first + i); });
         });
         for (std::size_t first = m_block.rows.begin; first < m_block.rows.end; first += boxGroup) {
             m_down.show(group, 0);
@@ -229,7 +243,7 @@ private:
     access::Interval m_columns;  ///< the source columns
     access::Interval m_rows;     ///< the source rows
     std::size_t m_width;
-    std::size_t m_stride;        ///< of rows of sums
+    std::size_t m_stride;  ///< of rows of sums
     BoxInputRows<T, 2 * boxGroup> m_input;
     BoxOutputRows<T, boxGroup> m_output;
     const BoxRealRows<T>& m_samples;

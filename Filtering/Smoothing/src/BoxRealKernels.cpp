@@ -131,13 +131,19 @@ HWY_INLINE void transpose([[maybe_unused]] Group& g) {
 }
 
 template <class T>
-void addRow(const T* in, double* sums, std::size_t count) {
+void addRows(const T* const* in, std::size_t rows, double* sums, std::size_t count) {
     std::size_t x = 0;
     for (; x + lanes <= count; x += lanes) {
-        store(hn::Add(load(sums + x), load(in + x)), sums + x);
+        V sum = load(sums + x);
+        for (std::size_t row = 0; row < rows; ++row) {
+            sum = hn::Add(sum, load(in[row] + x));
+        }
+        store(sum, sums + x);
     }
     for (; x < count; ++x) {
-        sums[x] += static_cast<double>(in[x]);
+        for (std::size_t row = 0; row < rows; ++row) {
+            sums[x] += static_cast<double>(in[row][x]);
+        }
     }
 }
 
@@ -178,7 +184,8 @@ HWY_INLINE void forColumns(const BoxRealGroup<T>& group, std::size_t count, cons
     Group sums;
     std::size_t x = 0;
     for (; x + lanes <= count; x += lanes) {
-        sumColumns(group, x, [&](int i) HWY_ATTR { return load(group.rows[i] + x); }, sums);
+        sumColumns(
+            group, x, [&](int i) HWY_ATTR { return load(group.rows[i] + x); }, sums);
         use(x, sums);
     }
     if (x < count) {
@@ -189,7 +196,8 @@ HWY_INLINE void forColumns(const BoxRealGroup<T>& group, std::size_t count, cons
                 left[row][i - x] = group.rows[row][i];
             }
         }
-        sumColumns(group, x, [&](int i) HWY_ATTR { return load(left[i]); }, sums);
+        sumColumns(
+            group, x, [&](int i) HWY_ATTR { return load(left[i]); }, sums);
         use(x, sums);
     }
 }
@@ -303,11 +311,9 @@ void totals(const BoxRealStrip<Out>& strip) {
         }
         V total;
         const std::size_t ahead = window.size - 8;
-        sumLong(
-            [&](int i) HWY_ATTR {
-                return load(elements + (static_cast<std::size_t>(i) + (i < 8 ? 0 : ahead)) * lanes);
-            },
-            window.rest, middle, partial, total, sums);
+        sumLong([&](int i)
+                    HWY_ATTR { return load(elements + (static_cast<std::size_t>(i) + (i < 8 ? 0 : ahead)) * lanes); },
+                window.rest, middle, partial, total, sums);
         if (window.whole > 0) {
             store(total, ring);
             running = place == 0 ? total : hn::Add(running, total);
@@ -329,7 +335,7 @@ inline std::size_t laneCount() {
 
 template <class T>
 const BoxRealRows<T>& rows() {
-    static constexpr BoxRealRows<T> table = {&addRow<T>, &toRows<T>, &toStrips<T>};
+    static constexpr BoxRealRows<T> table = {&addRows<T>, &toRows<T>, &toStrips<T>};
     return table;
 }
 

@@ -13,8 +13,8 @@ namespace rix::filtering::smoothing {
 /// A sequence of elements is cut into groups of eight from its beginning. The windows that start in group a, the first
 /// of them of k >= 8 elements, all hold the `whole` groups that follow it (the middle); each holds the rest of its own
 /// group (summed from the end of the group backwards, onto the middle) and some elements behind the middle (summed
-/// forwards). The sum is the sum of these two. Behind the middle of group a + 1, `rest` elements belong to every window:
-/// they are summed apart on the way (`partial`), and the elements that complete a group give its total.
+/// forwards). The sum is the sum of these two. Behind the middle of group a + 1, `rest` elements belong to every
+/// window: they are summed apart on the way (`partial`), and the elements that complete a group give its total.
 ///
 /// The middles are sums of `whole` totals in a row and are made in the same way, one level up: totals are cut into
 /// sections of `whole`; suffix sums of a section (kept in a ring, which the next section's totals fill as the suffix
@@ -24,9 +24,7 @@ namespace rix::filtering::smoothing {
 /// the positions of window and group alone, never on where a block starts.
 struct BoxRealWindow {
     explicit BoxRealWindow(std::size_t elements)
-        : size(elements),
-          whole(elements < 8 ? 0 : (elements - 8) / 8),
-          rest(elements < 8 ? 0 : elements % 8) {}
+        : size(elements), whole(elements < 8 ? 0 : (elements - 8) / 8), rest(elements < 8 ? 0 : elements % 8) {}
 
     bool isShort() const { return size < 8; }
     /// Elements that a group of windows reads: its own eight, and the eight that enter; or all of the short windows.
@@ -42,18 +40,18 @@ struct BoxRealWindow {
 template <class T>
 struct BoxRealGroup {
     const BoxRealWindow* window;
-    const T* rows[16];      ///< the first eight elements and the eight behind the first window; or all of short windows
+    const T* rows[16];  ///< the first eight elements and the eight behind the first window; or all of short windows
     double* partial;
     double* running;
-    double* ring;           ///< the ring's present row: a suffix sum, to be replaced by the new total
-    bool sectionStarts;     ///< nothing is running yet
-    const double* common;   ///< what all windows have in common, or null
+    double* ring;          ///< the ring's present row: a suffix sum, to be replaced by the new total
+    bool sectionStarts;    ///< nothing is running yet
+    const double* common;  ///< what all windows have in common, or null
 };
 
 template <class T>
 struct BoxRealRows {
-    /// sums[i] += in[i]
-    void (*add)(const T* in, double* sums, std::size_t count);
+    /// sums[i] += in[0][i], sums[i] += in[1][i], ...: any number of rows, one after the other
+    void (*add)(const T* const* in, std::size_t rows, double* sums, std::size_t count);
     /// The sums of a group as eight rows.
     void (*toRows)(const BoxRealGroup<T>& group, std::size_t count, double* const* rows);
     /// The sums of a group as strips of `boxRealLanes` rows, transposed: entry (x, row) of strip s lies at
@@ -65,13 +63,13 @@ struct BoxRealRows {
 template <class Out>
 struct BoxRealStrip {
     const BoxRealWindow* window;
-    const double* elements;    ///< element e, of every row, at e * lanes; from the first window's first element on
-    std::size_t count;         ///< results of a row
-    std::size_t firstGroup;    ///< the group of the first window
-    double* ring;              ///< working memory: whole * lanes
-    const double* common;      ///< one value a row that all windows have in common, or null
+    const double* elements;  ///< element e, of every row, at e * lanes; from the first window's first element on
+    std::size_t count;       ///< results of a row
+    std::size_t firstGroup;  ///< the group of the first window
+    double* ring;            ///< working memory: whole * lanes
+    const double* common;    ///< one value a row that all windows have in common, or null
     double factor;
-    double divisor;            ///< results are divided by it when it is not 0, else multiplied by the factor
+    double divisor;  ///< results are divided by it when it is not 0, else multiplied by the factor
     Out* const* rows;
 };
 

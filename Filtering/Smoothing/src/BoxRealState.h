@@ -16,7 +16,8 @@ public:
     const BoxRealWindow& window() const { return m_window; }
 
     /// Prepares the windows of a group. What is kept does not depend on where the first group was.
-    /// @param add `add(element, sums)` adds an element, counted from the beginning of the axis, to a row of sums
+    /// @param add `add(first, count, sums)` adds up to a group of elements, counted from the beginning of the axis, to
+    /// a row of sums
     template <class Add>
     void start(std::size_t group, std::size_t entries, const Add& add) {
         m_entries = entries;
@@ -25,9 +26,7 @@ public:
         }
         const std::size_t first = boxGroup * (group + 1);
         std::fill_n(m_partial.reserve(entries), entries, 0.0);
-        for (std::size_t i = 0; i < m_window.rest; ++i) {
-            add(first + boxGroup * m_window.whole + i, m_partial.data());
-        }
+        add(first + boxGroup * m_window.whole, m_window.rest, m_partial.data());
         if (m_window.whole == 0) {
             return;
         }
@@ -41,13 +40,11 @@ public:
         for (std::size_t i = 0; i < m_window.whole; ++i) {
             const std::size_t place = (m_place + i) % m_window.whole;
             double* const total = ring(place);
-            for (std::size_t e = 0; e < boxGroup; ++e) {
-                add(first + boxGroup * i + e, total);
-            }
+            add(first + boxGroup * i, boxGroup, total);
             if (place == 0 && m_place > 0) {
                 std::copy_n(total, entries, m_running.data());
             } else if (place < m_place) {
-                m_kernels.add(total, m_running.data(), entries);
+                addRow(total, m_running.data());
             }
         }
         sumSuffixes(m_place);
@@ -78,9 +75,11 @@ public:
 private:
     double* ring(std::size_t place) const { return m_ring.data() + place * m_entries; }
 
+    void addRow(const double* in, double* sums) const { m_kernels.add(&in, 1, sums, m_entries); }
+
     void sumSuffixes(std::size_t from) const {
         for (std::size_t place = m_window.whole - 1; place > from; --place) {
-            m_kernels.add(ring(place), ring(place - 1), m_entries);
+            addRow(ring(place), ring(place - 1));
         }
     }
 

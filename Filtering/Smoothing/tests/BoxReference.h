@@ -86,21 +86,4 @@ std::vector<T> volumeOf(const ImageModel& image, std::size_t sequence, std::size
     return samples;
 }
 
-/// An image whose storage gives no addresses.
-class OpaqueImage : public io::MemoryImage {
-public:
-    using io::MemoryImage::MemoryImage;
-    OpaqueImage(const io::MemoryImage& other) : io::MemoryImage(other) {}  // NOLINT: stands in for the other
-    bool getRowAt(std::size_t, RawData&, std::size_t, std::size_t, std::size_t, std::size_t,
-                  std::size_t) const override {
-        return false;
-    }
-    bool getConstRowAt(std::size_t, ConstRawData&, std::size_t, std::size_t, std::size_t, std::size_t,
-                       std::size_t) const override {
-        return false;
-    }
-    ConstRawData getImageBuffer() const override { return nullptr; }
-    RawData getImageBuffer() override { return nullptr; }
-};
-
 }  // namespace rix::test

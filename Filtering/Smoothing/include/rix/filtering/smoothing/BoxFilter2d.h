@@ -29,8 +29,7 @@ struct BoxFilterState;
 /// **Reals** are summed in double precision by additions alone, in an order that follows from the sizes of the image and
 /// the window: a result depends on nothing outside its window, so NaN and infinities reach only the windows that hold
 /// them, and no error is carried along. The sum differs from the exact one by at most (kx + ky) * 2^-53 times the sum of
-/// the magnitudes in the window (one half less of that for windows under 8 voxels), before it is divided and rounded to
-/// the output's type.
+/// the magnitudes in the window, before it is divided and rounded to the output's type.
 ///
 /// Results are the same, bit for bit, on every level of optimisation and for every number of threads.
 ///

@@ -118,9 +118,9 @@ std::optional<StoredImage> StoredImage::make(const io::MemoryImage& content, Sto
             break;
         case Storage::SizeProxy:
             stored.m_ground = makeGround(content, {4, 2, 1, 1, 1});
-            stored.m_holder = std::make_unique<ImageModelSizeProxy>(
-                stored.m_ground.get(), std::vector<std::size_t>{3, 1, 1, 0, 1},
-                std::vector<std::size_t>(n.begin(), n.end()));
+            stored.m_holder =
+                std::make_unique<ImageModelSizeProxy>(stored.m_ground.get(), std::vector<std::size_t>{3, 1, 1, 0, 1},
+                                                      std::vector<std::size_t>(n.begin(), n.end()));
             break;
         case Storage::Opaque:
             stored.m_ground = std::make_unique<io::MemoryImage>(content);
@@ -162,8 +162,8 @@ bool StoredImage::surroundingsAreUntouched() const {
     });
     std::size_t count = 0;
     return painted && helper::getElementCount(now, count) &&
-           std::memcmp(now.getInternalBuffer(), m_before->getInternalBuffer(),
-                       count * helper::getElementSize(now)) == 0;
+           std::memcmp(now.getInternalBuffer(), m_before->getInternalBuffer(), count * helper::getElementSize(now)) ==
+               0;
 }
 
 void spoil(ImageModel& image, std::uint8_t value) {

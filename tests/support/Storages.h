@@ -23,7 +23,8 @@ struct RowGate {
 /// An image that gives no addresses: rows can only be copied, as from a disk.
 class OpaqueImage : public ImageModelSizeProxyBase {
 public:
-    explicit OpaqueImage(ImageModel* real, RowGate gate = {}) : ImageModelSizeProxyBase(real), m_gate(std::move(gate)) {}
+    explicit OpaqueImage(ImageModel* real, RowGate gate = {})
+        : ImageModelSizeProxyBase(real), m_gate(std::move(gate)) {}
 
     std::size_t getNumOf(const Components& component) const override { return m_realImage->getNumOf(component); }
     bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
