@@ -174,9 +174,10 @@ struct Shape {
     std::size_t rows;
 };
 
-enum class Content { Samples, Mask };
+enum class Content { First, Second, Mask };
 
-/// Made once: measurements come in random order, and filling an image takes longer than measuring on it.
+/// Made once: measurements come in random order, and filling an image takes longer than measuring on it. The two
+/// operands of an operation are two images, or it would read half the memory.
 const io::MemoryImage& operand(VoxelTypes type, const Shape& shape, Content content) {
     static std::map<std::tuple<VoxelTypes, std::size_t, Content>, io::MemoryImage> images;
     io::MemoryImage& image = images[{type, shape.columns, content}];
@@ -191,8 +192,8 @@ const io::MemoryImage& operand(VoxelTypes type, const Shape& shape, Content cont
 }
 
 std::unique_ptr<Workspace> makeWorkspace(const Operation& operation, const Shape& shape) {
-    const Content content = operation.ours == &mask ? Content::Mask : Content::Samples;
-    auto w = std::make_unique<Workspace>(operand(operation.first, shape, Content::Samples),
+    const Content content = operation.ours == &mask ? Content::Mask : Content::Second;
+    auto w = std::make_unique<Workspace>(operand(operation.first, shape, Content::First),
                                          operand(operation.second, shape, content));
 #ifdef RIX_HAVE_OPENCV
     w->a = matOf(w->first);

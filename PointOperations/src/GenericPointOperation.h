@@ -28,22 +28,21 @@ public:
         : GenericPointOperationImageToImageScalarTwoTypesBody(info, functor, level, info.input.getVoxelType()) {}
 
     std::size_t inputBytes() const { return m_conversion.sourceBytes(); }  ///< a voxel
+    OptimLevelType level() const { return m_level; }
 
-    void operator()(const access::PointPlan& plan, const access::PointBlock& block, PieceWriter::Stores stores) const {
+    void operator()(const access::PointPlan& plan, const access::PointBlock& block, StreamRow stream) const {
         const std::size_t piece = pieceSamples(
-            std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}));
-        const bool wholeRows = m_conversion.isNone() && stores == PieceWriter::Stores::Cached;
+            std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}), stream);
+        const bool wholeRows = m_conversion.isNone() && stream == nullptr;
         CastingAdapter in(m_input, m_conversion, plan, piece);
-        PieceWriter out(m_output, plan, stores, piece);
+        PieceWriter out(m_output, plan, stream, piece);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             in.read(segment);
             out.open(segment);
-            const std::size_t step = wholeRows ? segment.count : piece;
-            for (std::size_t begin = 0; begin < segment.count; begin += step) {
-                const std::size_t count = std::min(step, segment.count - begin);
-                m_functor(in.piece(begin, count), out.piece(begin, count), count);
+            forEachPiece(segment.count, wholeRows ? segment.count : piece, out, [&](std::size_t first, std::size_t count) {
+                m_functor(in.piece(first, count), out.piece(first, count), count);
                 out.pieceDone();
-            }
+            });
             out.flush();
         });
     }
@@ -55,13 +54,15 @@ protected:
         : m_input{info.input, readAs, info.inputIsBinary},
           m_conversion(m_input, level),
           m_output(info.output),
-          m_functor(functor) {}
+          m_functor(functor),
+          m_level(level) {}
 
 private:
     PointInput m_input;
     RowConversion m_conversion;
     ImageModel& m_output;
     const Functor& m_functor;
+    OptimLevelType m_level;
 };
 
 /// The block body of a functor whose input and output have one type, the output's: the input is converted to it.
@@ -81,10 +82,10 @@ template <class Body>
 void runGenericPointOperation(const GenericPointOperationImageToImageInfo& info, const Body& body,
                               double nanosecondsPerVoxel) {
     const access::PointPlan plan({&info.input, &info.output}, nanosecondsPerVoxel);
-    const PieceWriter::Stores stores =
-        storesFor(plan.voxelCount(), body.inputBytes(), helper::getElementSize(info.output));
+    const StreamRow stream =
+        streamRowFor(plan.voxelCount(), body.inputBytes(), helper::getElementSize(info.output), body.level());
     access::forEachBlock(info.algorithm.executionContext(), plan,
-                         [&](const access::PointBlock& block) { body(plan, block, stores); });
+                         [&](const access::PointBlock& block) { body(plan, block, stream); });
 }
 
 }  // namespace rix::point_operations

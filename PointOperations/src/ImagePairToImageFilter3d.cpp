@@ -10,34 +10,33 @@ ImagePairToImageFilter3d::ImagePairToImageFilter3d(const PointInput& first, cons
       m_second(second),
       m_output(output),
       m_firstConversion(first, level),
-      m_secondConversion(second, level) {}
+      m_secondConversion(second, level),
+      m_level(level) {}
 
 void ImagePairToImageFilter3d::run(access::ExecutionContext& context, double nanosecondsPerVoxel,
                                    Operator apply) const {
     const access::PointPlan plan({&m_first.image, &m_second.image, &m_output}, nanosecondsPerVoxel);
     const std::size_t outputBytes = helper::getElementSize(m_output);
-    const PieceWriter::Stores stores =
-        storesFor(plan.voxelCount(), m_firstConversion.sourceBytes() + m_secondConversion.sourceBytes(), outputBytes);
-    const bool wholeRows =
-        m_firstConversion.isNone() && m_secondConversion.isNone() && stores == PieceWriter::Stores::Cached;
+    const StreamRow stream = streamRowFor(
+        plan.voxelCount(), m_firstConversion.sourceBytes() + m_secondConversion.sourceBytes(), outputBytes, m_level);
+    const bool wholeRows = m_firstConversion.isNone() && m_secondConversion.isNone() && stream == nullptr;
     const std::size_t piece =
         pieceSamples(std::max({m_firstConversion.sourceBytes(), m_firstConversion.targetBytes(),
-                               m_secondConversion.sourceBytes(), m_secondConversion.targetBytes(), outputBytes}));
+                               m_secondConversion.sourceBytes(), m_secondConversion.targetBytes(), outputBytes}),
+                     stream);
 
     access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
         CastingAdapter first(m_first, m_firstConversion, plan, piece);
         CastingAdapter second(m_second, m_secondConversion, plan, piece);
-        PieceWriter out(m_output, plan, stores, piece);
+        PieceWriter out(m_output, plan, stream, piece);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             first.read(segment);
             second.read(segment);
             out.open(segment);
-            const std::size_t step = wholeRows ? segment.count : piece;
-            for (std::size_t begin = 0; begin < segment.count; begin += step) {
-                const std::size_t count = std::min(step, segment.count - begin);
+            forEachPiece(segment.count, wholeRows ? segment.count : piece, out, [&](std::size_t begin, std::size_t count) {
                 apply(first.piece(begin, count), second.piece(begin, count), out.piece(begin, count), count);
                 out.pieceDone();
-            }
+            });
             out.flush();
         });
     });

@@ -27,6 +27,7 @@ private:
     ImageModel& m_output;
     RowConversion m_firstConversion;
     RowConversion m_secondConversion;
+    OptimLevelType m_level;
 };
 
 }  // namespace rix::point_operations

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include <rix/access/LevelCasts.h>
@@ -8,6 +9,8 @@
 #include <rix/access/Scratch.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
+
+#include "StreamKernels.h"
 
 namespace rix::point_operations {
 
@@ -60,11 +63,12 @@ private:
 /// fit them, so that lines of the output need not be fetched before they are overwritten.
 class PieceWriter {
 public:
-    enum class Stores { Cached, Streaming };
-
-    PieceWriter(ImageModel& image, const access::PointPlan& plan, Stores stores, std::size_t pieceSamples);
+    /// @param stream how pieces get past the caches; null for an image that is written straight into
+    PieceWriter(ImageModel& image, const access::PointPlan& plan, StreamRow stream, std::size_t pieceSamples);
 
     void open(const access::RowSegment& segment) { m_row = m_rows.open(segment); }
+    /// How many samples of the segment lie before its first whole line of the cache.
+    std::size_t samplesBeforeLine() const;
     /// Where `count` samples of the segment from `first` on are to be stored.
     RawData piece(std::size_t first, std::size_t count);
     void pieceDone();
@@ -75,7 +79,7 @@ public:
 
 private:
     access::RawRowWriter m_rows;
-    Stores m_stores;
+    StreamRow m_stream;
     std::size_t m_sampleBytes;
     RawData m_row = nullptr;
     RawData m_target = nullptr;
@@ -83,13 +87,25 @@ private:
     access::Scratch m_buffer;
 };
 
-/// How many samples a piece has whose buffers are to stay in the first-level cache.
-std::size_t pieceSamples(std::size_t largestSampleBytes);
+/// Calls `piece(first, count)` for the pieces of a segment. In a long segment all but the first begin on a line of the
+/// output, because stores across lines take twice as long.
+template <class F>
+void forEachPiece(std::size_t segmentSamples, std::size_t pieceSamples, const PieceWriter& writer, F&& piece) {
+    constexpr std::size_t longSegment = 1024;
+    const std::size_t head = segmentSamples >= longSegment ? writer.samplesBeforeLine() : 0;
+    std::size_t count = head != 0 ? head : pieceSamples;
+    for (std::size_t first = 0; first < segmentSamples; first += count, count = pieceSamples) {
+        piece(first, std::min(count, segmentSamples - first));
+    }
+}
 
-/// Streaming when the images of a run together exceed the last-level cache and the output alone half of it: a smaller
-/// output costs more on the way through the buffer than its lines cost to fetch (measured with one byte written for four
-/// read, and with two for four).
+/// How many samples a piece has whose buffers are to stay in the first-level cache.
+std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream);
+
+/// How an output is streamed, when the images of a run together exceed the last-level cache and the output alone half of
+/// it; else null: a smaller output costs more on the way through the buffer than its lines cost to fetch (measured with
+/// one byte written for four read, and with two for four).
 /// @param inputBytes, outputBytes bytes read and written a voxel
-PieceWriter::Stores storesFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes);
+StreamRow streamRowFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes, OptimLevelType level);
 
 }  // namespace rix::point_operations

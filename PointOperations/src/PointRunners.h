@@ -14,7 +14,7 @@ void addConvertImageRunners(AlgoInfo& info);
 void addMaskImageRunners(AlgoInfo& info);
 
 /// Rough cost of a voxel in a pass at memory speed, from the bytes that it touches, for deciding whether threads pay.
-inline constexpr double nanosecondsPerByte = 0.02;
+inline constexpr double nanosecondsPerByte = 0.035;
 
 }  // namespace point_operations
 }  // namespace rix

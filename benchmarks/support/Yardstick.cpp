@@ -34,10 +34,12 @@ namespace {
 
 /// One megabyte a piece: long enough for the prefetcher, short enough to share among threads.
 constexpr std::size_t piece = std::size_t{1} << 20;
+/// Within a piece, reading and writing alternate as often as operations do.
+constexpr std::size_t turn = std::size_t{4} << 10;
 
 /// 64 bytes in, 64 bytes out, as far as each side has them.
 template <bool stream>
-__attribute__((target("avx2"))) void movePiece(const std::uint8_t* from, std::size_t in, std::uint8_t* to,
+__attribute__((target("avx2"))) void moveTurn(const std::uint8_t* from, std::size_t in, std::uint8_t* to,
                                               std::size_t out) {
     __m256i sum = _mm256_setzero_si256();
     const std::size_t both = std::min(in, out);
@@ -67,6 +69,18 @@ __attribute__((target("avx2"))) void movePiece(const std::uint8_t* from, std::si
     if (in > out) {
         benchmark::DoNotOptimize(sum);
     }
+}
+
+template <bool stream>
+void movePiece(const std::uint8_t* from, std::size_t in, std::uint8_t* to, std::size_t out) {
+    const std::size_t turns = std::max<std::size_t>(1, std::max(in, out) / turn);
+    const std::size_t inTurn = in / turns & ~std::size_t{63};
+    const std::size_t outTurn = out / turns & ~std::size_t{63};
+    for (std::size_t i = 0; i < turns; ++i) {
+        const bool last = i + 1 == turns;  // takes what is left
+        moveTurn<stream>(from + i * inTurn, last ? in - i * inTurn : inTurn, to + i * outTurn,
+                         last ? out - i * outTurn : outTurn);
+    }
     if constexpr (stream) {
         _mm_sfence();
     }
@@ -92,12 +106,20 @@ void move(const std::uint8_t* from, std::size_t in, std::uint8_t* to, std::size_
 }  // namespace
 
 void registerRoof(const char* name, std::size_t in, std::size_t out, int threads) {
+    // One pair of buffers for all: to fill them takes longer than to measure.
+    static io::MemoryImage source;
+    static io::MemoryImage target;
+    const auto grow = [](io::MemoryImage& image, std::size_t bytes) {
+        if (image.getNumOf(COLUMNS) < bytes) {
+            image = randomImage(RIX_UINT8, bytes, 1);
+        }
+    };
     for (const bool stream : {false, true}) {
         const std::string full = std::string("roof/") + name + (stream ? "/stream" : "/plain") +
                                  "/threads:" + std::to_string(threads);
         benchmark::RegisterBenchmark(full.c_str(), [=](benchmark::State& state) {
-            io::MemoryImage source = randomImage(RIX_UINT8, in, 1);
-            io::MemoryImage target = randomImage(RIX_UINT8, out, 1);
+            grow(source, in);
+            grow(target, out);
             tbb::task_arena arena(threads);
             for (auto _ : state) {
                 if (stream) {

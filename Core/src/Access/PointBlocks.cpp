@@ -13,6 +13,13 @@
 
 namespace rix::access {
 
+namespace {
+
+/// Columns are cut at multiples of this.
+constexpr std::size_t columnGroup = 64;
+
+}  // namespace
+
 PartitionMode partitionModeOfSettings() {
     const String text = globalSettings().getValue("RIX_PARTITIONER_MODE");
     const EnumInfo& info = getInfoPartitionMode();
@@ -86,8 +93,9 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
 
 PointBlock PointPlan::block(std::size_t index) const {
     const Interval lines = partOf(m_lines, m_lineParts, index / m_columnParts);
-    const Interval columns = partOf(m_columns, m_columnParts, index % m_columnParts);
-    return {lines.begin, lines.end, columns.begin, columns.end};
+    // Cut between lines of the cache, so that no two blocks write the same one and loads and stores stay within one.
+    const Interval groups = partOf(ceilDivide(m_columns, columnGroup), m_columnParts, index % m_columnParts);
+    return {lines.begin, lines.end, groups.begin * columnGroup, std::min(groups.end * columnGroup, m_columns)};
 }
 
 RowSegment PointPlan::segmentOf(std::size_t line, const PointBlock& block) const {

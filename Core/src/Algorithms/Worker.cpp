@@ -1,5 +1,6 @@
 #include "Worker.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <exception>
 #include <memory>
@@ -15,6 +16,20 @@ namespace rix::algorithms {
 
 namespace {
 
+/// To put a thread to sleep and to wake it costs tens of microseconds, more than the whole run on a small image. Both
+/// sides look for so long whether the other one is ready before they sleep; meanwhile any other thread goes first.
+bool comesSoon(const std::atomic<bool>& event) {
+    constexpr std::chrono::microseconds patience{50};
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!event.load(std::memory_order_acquire)) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
 /// A thread that waits for jobs.
 class Worker {
 public:
@@ -24,6 +39,7 @@ public:
         {
             const std::lock_guard lock(m_mutex);
             m_stop = true;
+            m_called = true;
         }
         m_wake.notify_one();
         m_thread.join();
@@ -35,19 +51,23 @@ public:
             m_job = job;
             m_done = false;
             m_error = nullptr;
+            m_called = true;
         }
         m_wake.notify_one();
     }
 
     /// True when the job ended within the time.
     bool waitFor(std::chrono::milliseconds period) {
+        if (comesSoon(m_done)) {
+            return true;
+        }
         std::unique_lock lock(m_mutex);
-        return m_ended.wait_for(lock, period, [this] { return m_done; });
+        return m_ended.wait_for(lock, period, [this] { return m_done.load(); });
     }
 
     void wait() {
         std::unique_lock lock(m_mutex);
-        m_ended.wait(lock, [this] { return m_done; });
+        m_ended.wait(lock, [this] { return m_done.load(); });
     }
 
     std::exception_ptr takeError() { return std::exchange(m_error, nullptr); }
@@ -56,12 +76,16 @@ private:
     void loop() {
         std::unique_lock lock(m_mutex);
         while (true) {
+            lock.unlock();
+            comesSoon(m_called);
+            lock.lock();
             m_wake.wait(lock, [this] { return m_stop || m_job.has_value(); });
             if (m_stop) {
                 return;
             }
             const access::FunctionRef<void()> job = *m_job;
             m_job.reset();
+            m_called = false;
             lock.unlock();
             std::exception_ptr error;
             try {
@@ -80,7 +104,8 @@ private:
     std::condition_variable m_wake;
     std::condition_variable m_ended;
     std::optional<access::FunctionRef<void()>> m_job;
-    bool m_done = false;
+    std::atomic<bool> m_called = false;  ///< there is a job or the end
+    std::atomic<bool> m_done = false;
     bool m_stop = false;
     std::exception_ptr m_error;
     std::thread m_thread;  // last: it uses the others
