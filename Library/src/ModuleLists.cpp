@@ -6,6 +6,7 @@
 #include <rix/analysis/Algorithms.h>
 #include <rix/filtering/smoothing/Algorithms.h>
 #include <rix/point_operations/Algorithms.h>
+#include <rix/individual_analysis/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
 namespace rix::algorithms {
@@ -20,6 +21,7 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
         append(filtering::smoothing::moduleAlgorithms());
         append(analysis::moduleAlgorithms());
         append(segmentation::moduleAlgorithms());
+        append(individual_analysis::moduleAlgorithms());
         return list;
     }();
     return accessors;

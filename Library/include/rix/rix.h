@@ -30,5 +30,8 @@
 #include <rix/segmentation/AutoThresholdingDark.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/segmentation/Labeling3d.h>
+#include <rix/individual_analysis/LabelAnalysis.h>
+#include <rix/individual_analysis/MeasureSet.h>
+#include <rix/individual_analysis/TableText.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>

@@ -1,0 +1,155 @@
+#include "LabelAnalysisRunners.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/ExecutionContext.h>
+#include <rix/access/PointBlocks.h>
+#include <rix/algorithms/LevelRunner.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/individual_analysis/LabelAnalysis.h>
+#include <rix/individual_analysis/MeasureSet.h>
+
+#include "LabelAnalysisPrivate.h"
+#include "MeasureTable.h"
+#include "gathering/Gathering.h"
+#include "measures/LabelMeasure.h"
+
+namespace rix::individual_analysis {
+
+namespace {
+
+using Status = MeasureProcessingStatus;
+
+/// One run: drives every measure of the set through its life.
+class Analysis {
+public:
+    Analysis(access::ExecutionContext& context, OptimLevelType level, const ImageModel& labels,
+             const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request)
+        : m_context(context),
+          m_level(level),
+          m_labels(labels),
+          m_intensity(intensity),
+          m_request(std::move(request)),
+          m_mode(labels.getNumOf(PLANS) > 1 ? DimensionalMode::Mode3d : DimensionalMode::Mode2d) {}
+
+    std::shared_ptr<vessel::DataFrame> run(const vessel::DataFrameView* earlier) {
+        m_context.declareSteps(2);
+        // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
+        m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, neededData());
+        showGathered();
+        MeasureSet set(m_request, imageInfo());
+        set.setupDependencies();
+        set.initMeasures();
+        m_context.startStep(static_cast<double>(set.getMeasures().size()));
+        while (set.getNumMeasures(Status::Done) < set.getMeasures().size()) {
+            process(set);
+            if (finalizeReady(set) == 0) {
+                throw UnexpectedError("No measure of the set can go on.");
+            }
+        }
+        return makeMeasureTable(set, m_objects, earlier);
+    }
+
+private:
+    std::uint32_t neededData() const {
+        MeasureIdSet needed;
+        m_request->collectNeededMeasureIds(m_mode, needed);
+        std::uint32_t gathered = GATHER_NOTHING_MORE;
+        for (const auto& id : needed) {
+            gathered |= id->getMeasureAttributes(m_mode).gathered;
+        }
+        return gathered;
+    }
+
+    LabelImageInfo imageInfo() const {
+        LabelImageInfo info;
+        for (const ObjectTable& frame : m_objects) {
+            info.numLabels.push_back(frame.size());
+            info.labelSizes.push_back(frame.labels.empty() ? 0 : frame.labels.back());
+        }
+        info.numSpectralPlanes = m_intensity != nullptr ? m_intensity->getNumOf(SPECTRAL_SERIES) : 1;
+        info.calibration.init(m_labels);
+        info.dimensionalMode = m_mode;
+        return info;
+    }
+
+    void showGathered() {
+        for (const ObjectTable& frame : m_objects) {
+            m_gathered.push_back({&frame, nullptr, {}});
+        }
+    }
+
+    /// Takes the measures through the passes for which they wait.
+    void process(const MeasureSet& set) {
+        for (const auto& [id, measure] : set.getMeasures()) {
+            if (measure->getProcessingStatus() != Status::ReadyForProcessing || !measure->canStartParallelProcessing()) {
+                continue;
+            }
+            measure->startParallelProcessing();
+            if (auto* const own = dynamic_cast<LabelMeasure*>(measure.get()); own != nullptr) {
+                own->setGathered(m_gathered);
+            }
+            measure->endParallelProcessing();
+        }
+    }
+
+    /// Finalises the measures that can be. @return how many
+    std::size_t finalizeReady(const MeasureSet& set) {
+        std::size_t finalized = 0;
+        for (const auto& [id, measure] : set.getMeasures()) {
+            if (measure->getProcessingStatus() == Status::ReadyForFinalization && measure->canBeFinalized()) {
+                finalizeMeasure(set, *measure);
+                ++finalized;
+            }
+        }
+        return finalized;
+    }
+
+    void finalizeMeasure(const MeasureSet& set, BaseMeasure& measure) {
+        constexpr std::size_t objectsOfPart = 256;
+        measure.startFinalization();
+        for (std::size_t frame = 0; frame < set.getNumSequencePlanes(); ++frame) {
+            const std::size_t objects = set.getNumLabels(frame);
+            const std::size_t parts = (objects + objectsOfPart - 1) / objectsOfPart;
+            access::BlockScheduler& scheduler =
+                parts < 4 ? access::serialScheduler() : m_context.scheduler();
+            scheduler.forEach(parts, [&](std::size_t part) {
+                m_context.throwIfCancelled();
+                const access::Interval range = access::partOf(objects, parts, part);
+                measure.finalize(frame, range.begin, range.end);
+            });
+        }
+        measure.endFinalization();
+        m_context.blockDone(1.0);
+    }
+
+    access::ExecutionContext& m_context;
+    OptimLevelType m_level;
+    const ImageModel& m_labels;
+    const ImageModel* m_intensity;
+    std::shared_ptr<const MeasureGroup> m_request;
+    DimensionalMode m_mode;
+    std::vector<ObjectTable> m_objects;     ///< of each frame
+    std::vector<GatheredFrame> m_gathered;  ///< the same, as measures see it
+};
+
+}  // namespace
+
+void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level) {
+    auto& state = static_cast<LabelAnalysisPrivate&>(*algorithm.implementation());
+    Analysis analysis(algorithm.executionContext(), level, *state.inputLabelImage.get(),
+                      state.inputIntensityImage.get(), state.request);
+    const std::shared_ptr<vessel::DataFrame> table = analysis.run(state.earlierPasses.get());
+    state.earlierPasses = table;
+    // Past the lock, which is meant for others: the table is the run's own, and its last act.
+    state.outputTable.getImpl()->m_value = table;
+}
+
+void addLabelAnalysisRunners(AlgoInfo& info) {
+    algorithms::addLevelRunners<LabelAnalysis, &processLabelAnalysis, &algorithms::acceptsAll<LabelAnalysis>>(info);
+}
+
+}  // namespace rix::individual_analysis
