@@ -1,6 +1,7 @@
 #include "LabelAnalysisRunners.h"
 
-#include <algorithm>
+#include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "LabelAnalysisPrivate.h"
 #include "MeasureTable.h"
 #include "gathering/Gathering.h"
+#include "gathering/GreyValues.h"
 #include "measures/LabelMeasure.h"
 
 namespace rix::individual_analysis {
@@ -36,16 +38,22 @@ public:
           m_mode(labels.getNumOf(PLANS) > 1 ? DimensionalMode::Mode3d : DimensionalMode::Mode2d) {}
 
     std::shared_ptr<vessel::DataFrame> run(const vessel::DataFrameView* earlier) {
-        m_context.declareSteps(2);
+        const std::uint32_t gathered = neededData();
+        m_context.declareSteps((gathered & GATHER_VALUES) != 0 ? 3 : 2);
         // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
-        m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, neededData());
+        m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, gathered);
         showGathered();
         MeasureSet set(m_request, imageInfo());
         set.setupDependencies();
         set.initMeasures();
-        m_context.startStep(static_cast<double>(set.getMeasures().size()));
         while (set.getNumMeasures(Status::Done) < set.getMeasures().size()) {
-            process(set);
+            if (set.hasMeasuresReadyForProcessing(MeasureProcessingType::Runs)) {
+                process(set, MeasureProcessingType::Runs);
+            }
+            if (set.hasMeasuresReadyForProcessing(MeasureProcessingType::Values)) {
+                gatherValues();
+                process(set, MeasureProcessingType::Values);
+            }
             if (finalizeReady(set) == 0) {
                 throw UnexpectedError("No measure of the set can go on.");
             }
@@ -77,15 +85,35 @@ private:
     }
 
     void showGathered() {
-        for (const ObjectTable& frame : m_objects) {
-            m_gathered.push_back({&frame, nullptr, {}});
+        m_outlineOffsets.resize(m_objects.size());
+        for (std::size_t frame = 0; frame < m_objects.size(); ++frame) {
+            const ObjectTable& objects = m_objects[frame];
+            if (objects.gathers(GATHER_OUTLINE)) {
+                std::vector<std::size_t>& offsets = m_outlineOffsets[frame];
+                offsets.assign(objects.size() + 1, 0);
+                for (const OutlineRow& row : objects.outline) {
+                    ++offsets[row.slot + 1];
+                }
+                std::partial_sum(offsets.begin(), offsets.end(), offsets.begin());
+            }
+            m_gathered.push_back({&objects, nullptr, m_outlineOffsets[frame]});
         }
     }
 
-    /// Takes the measures through the passes for which they wait.
-    void process(const MeasureSet& set) {
+    void gatherValues() {
+        if (m_values.empty()) {
+            m_values = gatherGreyValues(m_context, m_level, m_labels, *m_intensity, m_objects);
+            for (std::size_t frame = 0; frame < m_values.size(); ++frame) {
+                m_gathered[frame].values = m_values[frame].get();
+            }
+        }
+    }
+
+    /// Takes the measures of one type through the pass for which they wait; its data have been gathered.
+    void process(const MeasureSet& set, MeasureProcessingType type) {
         for (const auto& [id, measure] : set.getMeasures()) {
-            if (measure->getProcessingStatus() != Status::ReadyForProcessing || !measure->canStartParallelProcessing()) {
+            if (measure->getMeasureAttributes().processingType != type ||
+                measure->getProcessingStatus() != Status::ReadyForProcessing || !measure->canStartParallelProcessing()) {
                 continue;
             }
             measure->startParallelProcessing();
@@ -123,7 +151,6 @@ private:
             });
         }
         measure.endFinalization();
-        m_context.blockDone(1.0);
     }
 
     access::ExecutionContext& m_context;
@@ -132,8 +159,10 @@ private:
     const ImageModel* m_intensity;
     std::shared_ptr<const MeasureGroup> m_request;
     DimensionalMode m_mode;
-    std::vector<ObjectTable> m_objects;     ///< of each frame
-    std::vector<GatheredFrame> m_gathered;  ///< the same, as measures see it
+    std::vector<ObjectTable> m_objects;  ///< of each frame
+    std::vector<std::vector<std::size_t>> m_outlineOffsets;
+    std::vector<std::unique_ptr<GreyValues>> m_values;
+    std::vector<GatheredFrame> m_gathered;  ///< all these, as measures see them
 };
 
 }  // namespace

@@ -55,7 +55,9 @@ io::MemoryImage patches(VoxelTypes type, const test::Extents& extents, std::uint
 
 /// Everything that exists for the images' dimension.
 std::string everything(const ImageModel& labels) {
-    return labels.getNumOf(PLANS) > 1 ? "Basic, Shape, Intensity" : "Basic, Shape, Intensity, Area/PixelCount";
+    const std::string measures =
+        "Basic, Shape, Convexity, Intensity, SecondMoments, Median, Percentile(10), Mean/PixelCount";
+    return labels.getNumOf(PLANS) > 1 ? measures : measures + ", ConvexHull, Area/PixelCount";
 }
 
 TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {

@@ -76,6 +76,12 @@ void LabelMeasure::setDependenciesAccessors() {
     m_dependencies = std::move(results);
 }
 
+void LabelMeasure::startFinalizationDerived() {
+    if (m_id->definition().prepare != nullptr) {
+        m_constants = m_id->definition().prepare(getImageInfo());
+    }
+}
+
 void LabelMeasure::finalizeDerived(unsigned long sequence, unsigned long first, unsigned long last) {
     MeasureResults& results = *accessResults();
     const GatheredFrame none;
@@ -83,7 +89,8 @@ void LabelMeasure::finalizeDerived(unsigned long sequence, unsigned long first, 
     const ComputeMeasure compute = m_id->definition().compute;
     for (std::size_t index = first; index < last; ++index) {
         for (std::size_t channel = 0; channel < results.getNumSpectralPlanes(); ++channel) {
-            compute(ObjectView(frame, getImageInfo(), m_dependencies, sequence, index, channel, m_id->parameter()),
+            compute(ObjectView(frame, getImageInfo(), m_dependencies, m_constants, sequence, index, channel,
+                               m_id->parameter()),
                     results.values(sequence, index, channel));
         }
     }

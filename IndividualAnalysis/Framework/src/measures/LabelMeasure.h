@@ -26,11 +26,12 @@ struct GatheredFrame {
 class ObjectView {
 public:
     ObjectView(const GatheredFrame& frame, const LabelImageInfo& image,
-               std::span<const MeasureResults* const> dependencies, std::size_t sequence, std::size_t index,
-               std::size_t channel, double parameter)
+               std::span<const MeasureResults* const> dependencies, std::span<const double> constants,
+               std::size_t sequence, std::size_t index, std::size_t channel, double parameter)
         : m_frame(frame),
           m_image(image),
           m_dependencies(dependencies),
+          m_constants(constants),
           m_sequence(sequence),
           m_index(index),
           m_channel(channel),
@@ -61,6 +62,8 @@ public:
     double dependency(std::size_t which, std::size_t component = 0) const {
         return m_dependencies[which]->values(m_sequence, m_index, m_channel)[component];
     }
+    /// What the measure prepared once for all objects.
+    std::span<const double> constants() const { return m_constants; }
     /// The number in the measure's name: 25 of "Percentile(25)".
     double parameter() const { return m_parameter; }
     std::size_t index() const { return m_index; }
@@ -72,6 +75,7 @@ private:
     const GatheredFrame& m_frame;
     const LabelImageInfo& m_image;
     std::span<const MeasureResults* const> m_dependencies;
+    std::span<const double> m_constants;
     std::size_t m_sequence;
     std::size_t m_index;
     std::size_t m_channel;
@@ -110,6 +114,7 @@ struct MeasureDefinition {
     std::vector<const char*> neededForProcessing{};
     std::vector<const char*> neededForFinalization{};
     ComputeMeasure compute = nullptr;
+    std::vector<double> (*prepare)(const LabelImageInfo& image) = nullptr;  ///< what holds for all objects; may be null
 };
 
 /// The identifier of a defined measure.
@@ -146,12 +151,14 @@ public:
 
 protected:
     void setDependenciesAccessors() override;
+    void startFinalizationDerived() override;
     void finalizeDerived(unsigned long sequence, unsigned long first, unsigned long last) override;
     void clearDerived() override;
 
 private:
     std::shared_ptr<const LabelMeasureId> m_id;
     std::span<const GatheredFrame> m_frames;
+    std::vector<double> m_constants;
     std::vector<const MeasureResults*> m_dependencies;  ///< those for processing, then those for finalization
 };
 

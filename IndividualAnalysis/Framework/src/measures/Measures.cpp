@@ -1,6 +1,6 @@
 #include "Measures.h"
 
-#include <iterator>
+#include <rix/rules/RuleSupport.h>
 
 namespace rix::individual_analysis {
 
@@ -17,12 +17,24 @@ const std::vector<Preset>& presets() {
          {&pixelCountDefinition, &areaDefinition, &volumeDefinition, &barycenterDefinition, &boundingBoxDefinition,
           &touchesBorderDefinition}},
         {"Shape",
-         {&areaDefinition, &volumeDefinition, &extentDefinition, &equivalentDiameterDefinition}},
+         {&areaDefinition, &perimeterDefinition, &volumeDefinition, &surfaceAreaDefinition,
+          &equivalentDiameterDefinition, &extentDefinition, &principalAxesDefinition, &orientationDefinition,
+          &elongationDefinition, &circularityDefinition, &sphericityDefinition, &eulerNumberDefinition}},
+        {"Convexity", {&feretDefinition, &convexAreaDefinition, &convexVolumeDefinition, &solidityDefinition}},
         {"Intensity",
          {&minimumDefinition, &maximumDefinition, &meanDefinition, &standardDeviationDefinition, &sumDefinition,
           &weightedBarycenterDefinition}},
     };
     return all;
+}
+
+std::shared_ptr<const BaseMeasureUniqueId> makePercentile(double percentage) {
+    if (!(percentage >= 0.0 && percentage <= 100.0)) {
+        return nullptr;
+    }
+    return std::make_shared<const LabelMeasureId>(
+        percentileDefinition, String(percentileDefinition.name) + '(' + rules::numberToText(percentage) + ')',
+        percentage);
 }
 
 }  // namespace
@@ -31,12 +43,24 @@ const MeasureNamesHandler& standardMeasures() {
     static const MeasureNamesHandler names = [] {
         MeasureNamesHandler made;
         for (const MeasureDefinition* const definition :
-             {&pixelCountDefinition, &areaDefinition, &volumeDefinition, &barycenterDefinition, &boundingBoxDefinition,
-              &touchesBorderDefinition, &extentDefinition, &equivalentDiameterDefinition, &minimumDefinition,
-              &maximumDefinition, &meanDefinition, &standardDeviationDefinition, &sumDefinition,
-              &weightedBarycenterDefinition}) {
+             {&pixelCountDefinition,         &areaDefinition,
+              &volumeDefinition,             &barycenterDefinition,
+              &boundingBoxDefinition,        &touchesBorderDefinition,
+              &perimeterDefinition,          &surfaceAreaDefinition,
+              &equivalentDiameterDefinition, &extentDefinition,
+              &secondMomentsDefinition,      &principalAxesDefinition,
+              &orientationDefinition,        &elongationDefinition,
+              &circularityDefinition,        &sphericityDefinition,
+              &eulerNumberDefinition,        &convexHullDefinition,
+              &feretDefinition,              &convexAreaDefinition,
+              &convexVolumeDefinition,       &solidityDefinition,
+              &minimumDefinition,            &maximumDefinition,
+              &meanDefinition,               &standardDeviationDefinition,
+              &sumDefinition,                &weightedBarycenterDefinition,
+              &medianDefinition}) {
             made.add(std::make_shared<const LabelMeasureId>(*definition));
         }
+        made.addFamily(percentileDefinition.name, &makePercentile);
         return made;
     }();
     return names;
