@@ -69,7 +69,7 @@ void registerOurs(std::size_t cell, const Work& work, int threads) {
         for (auto _ : state) {
             algorithm.run();
         }
-        state.counters["objects"] = static_cast<double>(algorithm.getOutputTable()->getRowCount());
+        state.counters["objects"] = static_cast<double>(algorithm.getOutputMeasurement()->label.size());
         setBytes(state, size * size * (4 + (work.intensity ? helper::getSizeOf(work.type) : 0)));
     })->UseRealTime()->Unit(benchmark::kMillisecond);
 }

@@ -11,4 +11,11 @@ std::span<const algorithms::AlgoInfoAccessor> moduleAlgorithms() {
     return accessors;
 }
 
+std::span<const algorithms::ObjectInfoAccessor> moduleObjects() {
+    static constexpr algorithms::ObjectInfoAccessor accessors[] = {
+        &LabelAnalysisMsr::getInfo,
+    };
+    return accessors;
+}
+
 }  // namespace rix::individual_analysis

@@ -110,7 +110,8 @@ LabelAnalysis::LabelAnalysis(algorithms::AbstractPrivateImplementation* given)
     }
     addInput(state.measures, "measures", "What is measured: names, presets and formulas, separated by commas.");
     state.measures.getImpl()->addRule(std::make_shared<RuleReadRequest>(state));
-    addOutput(state.outputTable, "outputTable", "A row for each object, a column for each value.");
+    addOutput(state.outputMeasurement, "outputMeasurement", "A row for each object, a column for each value.");
+    addRules(state.outputMeasurement, AddRuleCreateMeasurement());
 }
 
 AlgoInfo& LabelAnalysis::getClassInfo() const {
@@ -119,7 +120,7 @@ AlgoInfo& LabelAnalysis::getClassInfo() const {
 
 void LabelAnalysis::applyAllRules() {
     auto& state = static_cast<LabelAnalysisPrivate&>(*implementation());
-    state.earlierPasses.reset();
+    state.framesBefore = 0;
     state.request.reset();
     BaseAlgorithm::applyAllRules();
 }

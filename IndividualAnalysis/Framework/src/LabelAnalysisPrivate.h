@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
-
-#include <vessel/DataFrameView.h>
 
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/image/ImageModel.h>
+#include <rix/individual_analysis/LabelAnalysisMsr.h>
 #include <rix/individual_analysis/MeasureGroup.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 
 namespace rix::individual_analysis {
@@ -17,12 +18,12 @@ struct LabelAnalysisPrivate : algorithms::AbstractPrivateImplementation {
     Property<const ImageModel*> inputLabelImage;
     Property<const ImageModel*> inputIntensityImage;
     Property<String> measures;
-    Property<std::shared_ptr<vessel::DataFrameView>> outputTable;
+    PropertyMeasurement<LabelAnalysisMsr> outputMeasurement;
 
     /// What `measures` asks for, read by its rule.
     std::shared_ptr<const MeasureGroup> request;
-    /// The table of the passes before, when frames are iterated.
-    std::shared_ptr<const vessel::DataFrameView> earlierPasses;
+    /// Frames that passes of this run have measured, when frames are iterated.
+    std::size_t framesBefore = 0;
 };
 
 }  // namespace rix::individual_analysis

@@ -37,7 +37,8 @@ public:
           m_request(std::move(request)),
           m_mode(labels.getNumOf(PLANS) > 1 ? DimensionalMode::Mode3d : DimensionalMode::Mode2d) {}
 
-    std::shared_ptr<vessel::DataFrame> run(const vessel::DataFrameView* earlier) {
+    /// @param framesBefore in the result already: rows are appended to them
+    void run(LabelAnalysisMsr& result, std::size_t framesBefore) {
         const std::uint32_t gathered = neededData();
         m_context.declareSteps((gathered & GATHER_VALUES) != 0 ? 3 : 2);
         // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
@@ -58,7 +59,10 @@ public:
                 throw UnexpectedError("No measure of the set can go on.");
             }
         }
-        return makeMeasureTable(set, m_objects, earlier);
+        if (framesBefore == 0) {
+            startTable(result, set);
+        }
+        appendToTable(result, set, m_objects, framesBefore);
     }
 
 private:
@@ -171,10 +175,8 @@ void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level) {
     auto& state = static_cast<LabelAnalysisPrivate&>(*algorithm.implementation());
     Analysis analysis(algorithm.executionContext(), level, *state.inputLabelImage.get(),
                       state.inputIntensityImage.get(), state.request);
-    const std::shared_ptr<vessel::DataFrame> table = analysis.run(state.earlierPasses.get());
-    state.earlierPasses = table;
-    // Past the lock, which is meant for others: the table is the run's own, and its last act.
-    state.outputTable.getImpl()->m_value = table;
+    analysis.run(*state.outputMeasurement.get(), state.framesBefore);
+    state.framesBefore += state.inputLabelImage.get()->getNumOf(SEQUENCE);
 }
 
 void addLabelAnalysisRunners(AlgoInfo& info) {

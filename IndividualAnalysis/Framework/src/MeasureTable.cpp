@@ -1,89 +1,94 @@
 #include "MeasureTable.h"
 
-#include <cmath>
 #include <cstdint>
+#include <set>
 #include <string>
+#include <variant>
 
 namespace rix::individual_analysis {
 
+using measurement::MeasurementArray;
+
 namespace {
 
-constexpr const char* frameColumn = "Frame";
-
-template <class T>
-std::vector<T> earlierValues(const vessel::DataFrameView* earlier, const String& name) {
-    if (earlier == nullptr) {
-        return {};
-    }
-    const std::size_t column = earlier->findColumn(name).value();
-    if constexpr (std::is_same_v<T, double>) {
-        const auto values = earlier->getReals(column);
-        return {values.begin(), values.end()};
-    } else {
-        const auto values = earlier->getIntegers(column);
-        return {values.begin(), values.end()};
-    }
-}
-
-template <class T>
-void addValues(vessel::DataFrame& table, const MeasureSet& set, const MeasureResults& results, std::size_t component,
-               std::size_t channel, const vessel::ColumnInfo& info, const vessel::DataFrameView* earlier) {
-    std::vector<T> values = earlierValues<T>(earlier, info.name);
-    for (std::size_t frame = 0; frame < set.getNumSequencePlanes(); ++frame) {
-        for (std::size_t index = 0; index < set.getNumLabels(frame); ++index) {
-            values.push_back(static_cast<T>(results.values(frame, index, channel)[component]));
+/// Calls `visit(results, index of the component, channel, name)` for each column of the table. A value that was asked
+/// for both alone and as part of a measure has one.
+template <class F>
+void forEachColumn(const MeasureSet& set, const F& visit) {
+    std::set<String> names;
+    for (const auto& id : set.getMeasureGroup()->getMeasures()) {
+        const BaseMeasure& measure = *set.findMeasure(id);
+        const std::size_t channels = measure.getResults()->getNumSpectralPlanes();
+        for (std::size_t c = 0; c < measure.getMeasureAttributes().components.size(); ++c) {
+            for (std::size_t channel = 0; channel < channels; ++channel) {
+                String name = measure.getMeasureInfo().nativeName + measure.getMeasureAttributes().components[c].suffix;
+                if (channels > 1) {
+                    name += '[' + std::to_string(channel) + ']';
+                }
+                if (names.insert(name).second) {
+                    visit(measure, c, channel, name);
+                }
+            }
         }
     }
-    table.addColumn(info, std::move(values));
 }
 
-void addMeasure(vessel::DataFrame& table, const MeasureSet& set, const BaseMeasure& measure,
-                const vessel::DataFrameView* earlier) {
-    const MeasureAttributes& attributes = measure.getMeasureAttributes();
-    const MeasureResults& results = *measure.getResults();
-    for (std::size_t c = 0; c < attributes.components.size(); ++c) {
-        const MeasureComponent& component = attributes.components[c];
-        const String name = measure.getMeasureInfo().nativeName + component.suffix;
-        for (std::size_t channel = 0; channel < results.getNumSpectralPlanes(); ++channel) {
-            vessel::ColumnInfo info;
-            info.name = results.getNumSpectralPlanes() > 1 ? name + '[' + std::to_string(channel) + ']' : name;
-            if (table.findColumn(info.name)) {
-                continue;  // asked for alone and as part of a measure
-            }
-            info.unit = component.unit.empty()
+LabelAnalysisMsr::Column makeColumn(const MeasureSet& set, const BaseMeasure& measure, std::size_t c,
+                                    const String& name) {
+    const MeasureComponent& component = measure.getMeasureAttributes().components[c];
+    const String unit = component.unit.empty()
                             ? component.dimension.unit(set.getLabelImageCalibration().m_spatialUnitName)
                             : component.unit;
-            info.description = measure.getMeasureInfo().description +
-                               (component.description.empty() ? "" : ' ' + component.description);
-            if (component.type == vessel::ColumnType::INTEGER) {
-                addValues<std::int64_t>(table, set, results, c, channel, info, earlier);
-            } else {
-                addValues<double>(table, set, results, c, channel, info, earlier);
-            }
-        }
+    const String description =
+        measure.getMeasureInfo().description + (component.description.empty() ? "" : ' ' + component.description);
+    if (component.type == vessel::ColumnType::INTEGER) {
+        return MeasurementArray<std::int64_t>(name, description, unit);
     }
+    return MeasurementArray<double>(name, description, unit);
 }
 
 }  // namespace
 
-std::shared_ptr<vessel::DataFrame> makeMeasureTable(const MeasureSet& set, const std::vector<ObjectTable>& frames,
-                                                    const vessel::DataFrameView* earlier) {
-    std::vector<std::int64_t> frameKeys = earlierValues<std::int64_t>(earlier, frameColumn);
-    std::vector<std::int64_t> labelKeys = earlierValues<std::int64_t>(earlier, "Label");
-    const std::int64_t firstFrame = frameKeys.empty() ? 0 : frameKeys.back() + 1;
+void startTable(LabelAnalysisMsr& result, const MeasureSet& set) {
+    result.frame.reset(0);
+    result.label.reset(0);
+    result.values.clear();
+    forEachColumn(set, [&](const BaseMeasure& measure, std::size_t component, std::size_t, const String& name) {
+        result.values.push_back(makeColumn(set, measure, component, name));
+    });
+}
+
+void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::vector<ObjectTable>& frames,
+                   std::size_t firstFrame) {
+    const std::size_t firstRow = result.label.size();
+    std::size_t rows = firstRow;
+    for (const ObjectTable& frame : frames) {
+        rows += frame.size();
+    }
+    result.frame.resize(rows);
+    result.label.resize(rows);
+    std::size_t row = firstRow;
     for (std::size_t frame = 0; frame < frames.size(); ++frame) {
         for (const std::uint32_t label : frames[frame].labels) {
-            frameKeys.push_back(firstFrame + static_cast<std::int64_t>(frame));
-            labelKeys.push_back(label);
+            result.frame[row] = static_cast<std::int64_t>(firstFrame + frame);
+            result.label[row++] = label;
         }
     }
-    auto table = std::make_shared<vessel::DataFrame>();
-    table->addColumn({frameColumn, "", "Index on the sequence axis."}, std::move(frameKeys));
-    table->addColumn({"Label", "", "Label of the object."}, std::move(labelKeys));
-    for (const auto& id : set.getMeasureGroup()->getMeasures()) {
-        addMeasure(*table, set, *set.findMeasure(id), earlier);
-    }
-    return table;
+    auto column = result.values.begin();
+    forEachColumn(set, [&](const BaseMeasure& measure, std::size_t component, std::size_t channel, const String&) {
+        const MeasureResults& results = *measure.getResults();
+        std::visit(
+            [&]<class T>(MeasurementArray<T>& values) {
+                values.resize(rows);
+                std::size_t place = firstRow;
+                for (std::size_t frame = 0; frame < frames.size(); ++frame) {
+                    for (std::size_t index = 0; index < frames[frame].size(); ++index) {
+                        values[place++] = static_cast<T>(results.values(frame, index, channel)[component]);
+                    }
+                }
+            },
+            *column++);
+    });
 }
 
 }  // namespace rix::individual_analysis

@@ -14,7 +14,6 @@
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull3d.h>
-#include <rix/individual_analysis/TableText.h>
 
 #include "ReferenceObjects.h"
 
@@ -127,7 +126,7 @@ TEST(LabelAnalysis, IsTheSameForEveryLevelThreadCountScheduleAndStorage) {
             algorithm.setInputIntensityImage(&grey);
             algorithm.setMeasures(measures);
             algorithm.run();
-            expectSameTable(*expected, *algorithm.getOutputTable());
+            expectSameTable(*expected, algorithm.getOutputMeasurement()->getTable());
         }
     }
 }
@@ -153,7 +152,7 @@ TEST(LabelAnalysis, IterationOverFramesGivesTheSameTable) {
     algorithm.enableIterationOnSequenceAxis(true);
     for (int run = 0; run < 2; ++run) {
         algorithm.run();
-        expectSameTable(*analyse(labels, "Basic"), *algorithm.getOutputTable());
+        expectSameTable(*analyse(labels, "Basic"), algorithm.getOutputMeasurement()->getTable());
     }
 }
 
@@ -169,20 +168,29 @@ TEST(LabelAnalysis, MeasuresEachChannel) {
     EXPECT_THAT(column(*table, "PixelCount"), ElementsAre(1, 1));
 }
 
-TEST(LabelAnalysis, KeepsItsTableAndSurvivesFailures) {
+TEST(LabelAnalysis, FillsTheObjectThatIsSetOrOneOfItsOwn) {
     const io::MemoryImage labels = patches(RIX_UINT8, {50, 30, 1, 1, 1}, 9);
     LabelAnalysis algorithm;
-    EXPECT_EQ(algorithm.getOutputTable(), nullptr);
+    EXPECT_EQ(algorithm.getOutputMeasurement(), nullptr);
     algorithm.setInputLabelImage(&labels);
     algorithm.run();
-    const auto first = algorithm.getOutputTable();
+    const LabelAnalysisMsr& own = *algorithm.getOutputMeasurement();
+    EXPECT_TRUE(own.getTable().findColumn("BarycenterX"));
     algorithm.setMeasures("Nonsense");
     EXPECT_THROW(algorithm.run(), RuleException);
-    EXPECT_EQ(algorithm.getOutputTable(), first) << "a refused run leaves the last table";
-    algorithm.setMeasures("Area");
+    expectSameTable(*analyse(labels, "Basic"), own.getTable());  // a refused run leaves the last table
+
+    LabelAnalysisMsr given;
+    algorithm.setOutputMeasurement(&given);
+    algorithm.setMeasures("Area, PixelCount");
     algorithm.run();
-    EXPECT_NE(algorithm.getOutputTable(), first) << "a table is never changed";
-    EXPECT_TRUE(first->findColumn("BarycenterX"));
+    const auto expected = analyse(labels, "Area, PixelCount");
+    expectSameTable(*expected, given.getTable());
+    expectSameTable(*expected, given.toDataFrame());
+    EXPECT_EQ(given.getNumOfArrays(), 4U);
+    EXPECT_EQ(given.findArray("Area")->size(), expected->getRowCount());
+    EXPECT_THROW(static_cast<void>(given.getTable().getReals(3)), std::invalid_argument);
+    EXPECT_THROW(static_cast<void>(given.getTable().getColumnInfo(4)), std::out_of_range);
 }
 
 TEST(LabelAnalysis, RefusesBadPropertiesByName) {
@@ -238,20 +246,6 @@ TEST(LabelAnalysis, RefusesBadPropertiesByName) {
         algorithm.setMeasures("Area");
         EXPECT_NO_THROW(algorithm.run());
     }
-}
-
-TEST(LabelAnalysis, WritesTablesAsText) {
-    io::MemoryImage labels = makeImage({.extents = {3, 1, 1, 1, 1}}, [](std::size_t x, auto...) { return x; });
-    labels.setSpatialUnitName("µm");
-    const io::MemoryImage grey = makeImage({.voxelType = RIX_FLOAT32, .extents = {3, 1, 1, 1, 1}},
-                                           [](std::size_t x, auto...) { return x == 1 ? 0.25 : std::nan(""); });
-    const auto table = analyse(labels, "Area, Mean, max(Area,2*Area)", &grey);
-    EXPECT_EQ(tableToCsv(*table),
-              "Frame,Label,Area [µm^2],Mean,\"max(Area,2*Area) [µm^2]\"\n0,1,1,0.25,2\n0,2,1,,2\n");
-    const String json = tableToJson(*table);
-    EXPECT_THAT(json, HasSubstr("\"name\": \"Mean\""));
-    EXPECT_THAT(json, HasSubstr("null"));
-    EXPECT_THAT(json, HasSubstr("\"unit\": \"µm^2\""));
 }
 
 }  // namespace

@@ -75,10 +75,12 @@ struct RunOptions {
     OptimLevelType level = SCALAR;
 };
 
-inline std::shared_ptr<vessel::DataFrameView> analyse(const ImageModel& labels, const std::string& measures,
+inline std::shared_ptr<const vessel::DataFrameView> analyse(const ImageModel& labels, const std::string& measures,
                                                       const ImageModel* intensity = nullptr,
                                                       const RunOptions& options = {}) {
+    const auto result = std::make_shared<LabelAnalysisMsr>();
     LabelAnalysis algorithm;
+    algorithm.setOutputMeasurement(result.get());
     algorithm.settings().setMaximumNumberOfThreads(options.threads);
     algorithm.setAutoCpuDispatch(false);
     algorithm.setOptimLevel(options.level);
@@ -87,7 +89,7 @@ inline std::shared_ptr<vessel::DataFrameView> analyse(const ImageModel& labels, 
     algorithm.setMeasures(measures);
     algorithm.run();
     EXPECT_EQ(algorithm.getLastRunLevel(), options.level);
-    return algorithm.getOutputTable();
+    return {result, &result->getTable()};
 }
 
 /// A column by name, whatever its type.

@@ -2,11 +2,10 @@
 
 #include <memory>
 
-#include <vessel/DataFrameView.h>
-
 #include <rix/Export.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/image/ImageModel.h>
+#include <rix/individual_analysis/LabelAnalysisMsr.h>
 
 namespace rix::individual_analysis {
 
@@ -27,8 +26,8 @@ void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level);
 /// "Basic". For example "Area, Barycenter, Feret" or "Shape, Roundness = 4*pi*Area/Perimeter^2, sqrt(Roundness)". Formulas
 /// have + - * / ^, parentheses and functions (sqrt, cbrt, abs, min, max, exp, log, log10, sin, cos, tan, asin, acos, atan,
 /// atan2); they may use every single value ("BarycenterX") and other formulas by their name.
-/// **Output** `outputTable`: a new table at each run, set when the run has succeeded and never changed afterwards; it is
-/// kept as long as somebody holds it. Rows are in the order of frames, then labels; the first columns are "Frame" and
+/// **Output** `outputMeasurement`: the table; an object that the algorithm makes when none is set. A run replaces what is
+/// in it when all measures are done. Rows are in the order of frames, then labels; the first columns are "Frame" and
 /// "Label", then come the values of the measures in the order of the request, with their units. Measures of grey values
 /// of several channels have a column for each channel: "Mean[0]", "Mean[1]". An image without objects gives no row.
 ///
@@ -51,7 +50,7 @@ public:
     explicit LabelAnalysis(algorithms::AbstractPrivateImplementation* implementation = nullptr);
     AlgoInfo& getClassInfo() const override;
     AlgorithmDescription describe() const override;
-    /// Also begins a new table: passes of an iteration over frames add to one table.
+    /// Also begins a new table: the passes of an iteration over frames append to one.
     void applyAllRules() override;
 
     void setInputLabelImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
@@ -62,10 +61,9 @@ public:
     /// Default "Basic".
     void setMeasures(const String& measures) { input<String>(2) = measures; }
     String getMeasures() const { return input<String>(2); }
-    /// The table of the last run that succeeded; null before.
-    std::shared_ptr<vessel::DataFrameView> getOutputTable() const {
-        return output<std::shared_ptr<vessel::DataFrameView>>(0);
-    }
+    void setOutputMeasurement(LabelAnalysisMsr* result) { output<LabelAnalysisMsr*>(0) = result; }
+    /// Unless one was set, null before the first run.
+    LabelAnalysisMsr* getOutputMeasurement() const { return output<LabelAnalysisMsr*>(0); }
 
 private:
     friend void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level);
