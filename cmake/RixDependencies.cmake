@@ -42,7 +42,8 @@ endif()
 # The Python package. Debian's interpreter comes first: it is the one that has NumPy from scripts/setup, while another
 # one on the path seldom has. -DPython_EXECUTABLE=... chooses any other.
 set(RIX_HAVE_PYTHON OFF)
-if(RIX_WITH_PYTHON)
+# An interpreter that isn't built for it can't carry the thread sanitizer.
+if(RIX_WITH_PYTHON AND NOT RIX_SANITIZE MATCHES "thread")
   if(NOT Python_EXECUTABLE AND EXISTS /usr/bin/python3)
     set(Python_EXECUTABLE /usr/bin/python3)
   endif()

@@ -32,3 +32,7 @@ class CancelledError(Error):
 
 class RunError(Error, RuntimeError):
     """The run failed, or an object was used in a way that it does not allow."""
+
+
+for _error in (Error, RuleError, DataTypeError, FileError, OutOfMemoryError, CancelledError, RunError):
+    _error.__module__ = "rix"  # where users find them

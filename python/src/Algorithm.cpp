@@ -1,5 +1,6 @@
 #include "Algorithm.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <rix/exceptions/Exception.h>
@@ -48,6 +49,16 @@ struct Algorithm::OpenImages {
     OpenImages(const OpenImages&) = delete;
     OpenImages& operator=(const OpenImages&) = delete;
     OpenImages& operator=(OpenImages&&) = delete;
+
+    /// Images of which handing the run to another thread would cost more than the run.
+    bool areSmall() const {
+        constexpr std::size_t smallImage = 1 << 14;
+        return std::all_of(given.begin(), given.end(), [](const GivenImage& entry) {
+            std::size_t elements = 0;
+            return entry.image == nullptr ||
+                   (helper::getElementCount(*entry.image, elements) && elements <= smallImage);
+        });
+    }
 
     static const std::vector<PropertyFacts>& none() {
         static const std::vector<PropertyFacts> list;
@@ -115,9 +126,10 @@ void Algorithm::set(std::size_t place, py::handle value) {
     }
 }
 
-void Algorithm::applyThreads(py::handle threads) {
+void Algorithm::applyThreads(py::handle threads, const OpenImages& images) {
+    const int most = globalSettings().getMaximumNumberOfThreads();
     if (threads.is_none()) {
-        m_algorithm->settings().setMaximumNumberOfThreads(globalSettings().getMaximumNumberOfThreads());
+        m_algorithm->settings().setMaximumNumberOfThreads(images.areSmall() ? 1 : most);
         return;
     }
     const long number = PyIndex_Check(threads.ptr()) != 0 ? PyLong_AsLong(threads.ptr()) : 0;
@@ -129,7 +141,8 @@ void Algorithm::applyThreads(py::handle threads) {
         throw RefusedError("threads=" + py::repr(threads).cast<std::string>() +
                            ": the largest number of threads is a whole number from 1, or None for no limit");
     }
-    m_algorithm->settings().setMaximumNumberOfThreads(static_cast<int>(number));
+    // One thread is all that a process has in which no other can run: nobody can ask for more.
+    m_algorithm->settings().setMaximumNumberOfThreads(most == 1 ? 1 : static_cast<int>(number));
 }
 
 Algorithm::OpenImages Algorithm::openImages(const std::string& axes) {
@@ -240,9 +253,9 @@ void Algorithm::takeResults(OpenImages& images) {
 
 py::tuple Algorithm::run(const RunOptions& options) {
     const BusyGuard busy(*this);
-    applyThreads(options.threads);
     {
         OpenImages images = openImages(options.axes);
+        applyThreads(options.threads, images);
         makeObjects();
         execute(options.progress, images);
         takeResults(images);

@@ -43,7 +43,7 @@ private:
     struct OpenImages;
 
     void refuseWhileRunning() const;
-    void applyThreads(pybind11::handle threads);
+    void applyThreads(pybind11::handle threads, const OpenImages& images);
     OpenImages openImages(const std::string& axes);
     void makeObjects();
     void execute(pybind11::object progress, const OpenImages& images);

@@ -24,10 +24,10 @@ PropertyRole roleOf(const BaseProperty& property, const ValueKind* kind) {
     return kind != nullptr ? PropertyRole::Value : PropertyRole::Unsupported;
 }
 
-/// True when the rules of a new object's property refuse its value.
+/// True when the rules of a new object's property that look at no other property refuse its value.
 bool isRefused(BaseProperty& property) {
     try {
-        property.applyRules(true);
+        property.applyRules(false);
         return false;
     } catch (const Exception&) {
         return true;

@@ -66,7 +66,7 @@ void writeFile(const std::string& path, py::handle image, const std::string& axe
 }
 
 py::array overlay(py::handle base, py::handle labels, const std::string& axes, std::optional<std::size_t> plane,
-                  std::optional<std::size_t> frame) {
+                  std::optional<std::size_t> frame, bool numbers) {
     static_assert(sizeof(cli::Colour) == 3, "a row of pixels is a row of samples");
     const GivenImage under = openInput(base, axes);
     // Labels have the axes of the picture without its channels.
@@ -80,7 +80,8 @@ py::array overlay(py::handle base, py::handle labels, const std::string& axes, s
     {
         const py::gil_scoped_release unlocked;
         picture = std::make_unique<cli::Picture>(
-            cli::renderView(*over.image, under.image.get(), {plane, frame, std::nullopt}));
+            cli::renderView(*over.image, under.image.get(), {plane, frame, std::nullopt},
+                            numbers ? cli::LabelNumbers::Drawn : cli::LabelNumbers::None));
     }
     const auto rows = static_cast<py::ssize_t>(picture->height());
     const auto columns = static_cast<py::ssize_t>(picture->width());
