@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/properties/Property.h>
 #include <rix/properties/PropertyMultipleChoices.h>
 
@@ -55,7 +57,8 @@ py::object enumerationClass(const BaseProperty& property) {
             members[py::str(label)] = enumeration.getValueFromLabel(label);
         }
         known = py::module_::import("enum").attr(isCombined(property) ? "IntFlag" : "IntEnum")(
-            enumeration.getEnumName(), members, py::arg("module") = "rix");
+            enumeration.getEnumName(), members, py::arg("module") = "rix",
+            py::arg("qualname") = property.getOwner()->getClassInfo().getName() + "." + enumeration.getEnumName());
     }
     return known;
 }
