@@ -146,8 +146,8 @@ class Image:
         names = ("axes", "spacing", "origin", "spatial_unit", "sequence_unit", "directions")
         return {name: getattr(self, name) for name in names}
 
-    def __array__(self, dtype: Any = None) -> npt.NDArray[Any]:
-        return self.array if dtype is None else self.array.astype(dtype, copy=False)
+    def __array__(self, dtype: Any = None, copy: Optional[bool] = None) -> npt.NDArray[Any]:
+        return self.array.astype(dtype or self.array.dtype, copy=bool(copy))
 
     def __repr__(self) -> str:
         sizes = ", ".join(f"{axis}={size}" for axis, size in zip(self.axes, self.shape))
