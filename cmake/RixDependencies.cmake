@@ -38,3 +38,23 @@ if(RIX_HAVE_MKL)
 else()
   message(STATUS "Vector math: Eigen")
 endif()
+
+# The Python package. Debian's interpreter comes first: it is the one that has NumPy from scripts/setup, while another
+# one on the path seldom has. -DPython_EXECUTABLE=... chooses any other.
+set(RIX_HAVE_PYTHON OFF)
+# An interpreter that isn't built for it can't carry the thread sanitizer.
+if(RIX_WITH_PYTHON AND NOT RIX_SANITIZE MATCHES "thread")
+  if(NOT Python_EXECUTABLE AND EXISTS /usr/bin/python3)
+    set(Python_EXECUTABLE /usr/bin/python3)
+  endif()
+  find_package(Python 3.9 COMPONENTS Interpreter Development.Module NumPy)
+  find_package(pybind11 2.10 CONFIG)
+  if(Python_Interpreter_FOUND AND Python_Development.Module_FOUND AND Python_NumPy_FOUND AND pybind11_FOUND)
+    set(RIX_HAVE_PYTHON ON)
+  endif()
+endif()
+if(RIX_HAVE_PYTHON)
+  message(STATUS "Python package: for Python ${Python_VERSION}")
+else()
+  message(STATUS "Python package: not built")
+endif()

@@ -12,7 +12,7 @@ file(RELATIVE_PATH rix_prefix_from_pkgconfig /prefix/${rix_pkgconfig_dir} /prefi
 function(rix_install_library TARGET PACKAGE NAME)
   set_target_properties(${TARGET} PROPERTIES EXPORT_NAME ${NAME} INSTALL_RPATH "$ORIGIN")
   install(TARGETS ${TARGET} EXPORT ${TARGET}-targets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libraries NAMELINK_COMPONENT development)
   install(EXPORT ${TARGET}-targets NAMESPACE ${PACKAGE}:: DESTINATION ${rix_package_dir})
 endfunction()
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# usage: check_install.sh CMAKE COMPILER BUILD_FOLDER WORK_FOLDER
+# usage: check_install.sh CMAKE COMPILER BUILD_FOLDER WORK_FOLDER [PYTHON]
 # Installs the library into an empty prefix, moves the prefix, and builds and runs a stranger's program against it: once
 # through the CMake package, once through pkg-config. Then does the same with the example of the README, which also reads
-# and writes files.
+# and writes files. Where the Python package was built, imports and uses it as well.
 set -euo pipefail
-cmake=$1 compiler=$2 build=$3 work=$4
+cmake=$1 compiler=$2 build=$3 work=$4 python=${5:-}
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_folder=$(cd "$here/../.." && pwd)
 expected="2500 foreground pixels"
@@ -52,6 +52,15 @@ cp "$source_folder/examples/images/coins.png" "$work/readme"
 size=$(stat -c %s "$work/readme/coins-binary.tif")
 ((size >= 384 * 303 / 8)) || { printf 'README: the result has only %d bytes\n' "$size"; exit 1; }
 printf 'README: the example wrote %d bytes\n' "$size"
+
+if [[ -n $python ]]; then
+  package=$(dirname "$(find "$prefix" -path '*/rix/__init__.py')")
+  (cd "$work" && env -i PYTHONDONTWRITEBYTECODE=1 PYTHONPATH="${package%/rix}" "$python" -c '
+import numpy, rix
+threshold = rix.thresholding_by_criterion(numpy.arange(5000, dtype=numpy.uint16).reshape(50, 100), "LESS_THAN", 2500)
+print("Python package:", threshold.sum(), "foreground pixels of", rix.__version__)
+assert threshold.sum() == 2500')
+fi
 
 # What was built and installed must not name the folders that it came from: they are gone on the user's machine.
 if grep -rlF -e "$source_folder" "$prefix"; then

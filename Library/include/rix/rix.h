@@ -19,7 +19,11 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/individual_analysis/LabelAnalysis.h>
+#include <rix/individual_analysis/LabelAnalysisMsr.h>
+#include <rix/individual_analysis/MeasureSet.h>
 #include <rix/measurement/PropertyMeasurement.h>
+#include <rix/measurement/TableText.h>
 #include <rix/point_operations/ArithmeticOperationWithImage.h>
 #include <rix/point_operations/ArithmeticOperationWithValue.h>
 #include <rix/point_operations/ConvertImage.h>

@@ -78,6 +78,10 @@ void checkCanWrite(const fs::path& path) {
     if (!isKnown) {
         refuse(path, "its extension is none of " + known);
     }
+    checkCanWriteFile(path);
+}
+
+void checkCanWriteFile(const fs::path& path) {
     const fs::path target = targetOf(path);
     std::error_code error;
     if (fs::is_directory(target, error)) {

@@ -20,6 +20,9 @@ void saveImage(const std::filesystem::path& path, const ImageModel& image);
 /// folder exists and may be written to, and no folder has the name. @throws Failure (unwritable output).
 void checkCanWrite(const std::filesystem::path& path);
 
+/// The same for a file of any kind, whatever its extension.
+void checkCanWriteFile(const std::filesystem::path& path);
+
 /// The images that a command line reads; a path that comes twice is read once.
 class ImageInputs {
 public:

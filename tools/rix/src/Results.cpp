@@ -41,8 +41,8 @@ std::optional<Result> readValue(const BaseProperty& property) {
     if (!text) {
         return std::nullopt;
     }
-    Result result{property.getName(), valueToJson(property, *text), {}, {}};
-    result.table.add({property.getName(), *text});
+    Result result{property.getName(), valueToJson(property, *text)};
+    result.lines.add({property.getName(), *text});
     return result;
 }
 
@@ -52,8 +52,8 @@ std::optional<Result> readObject(const BaseProperty& property) {
     if (slot == nullptr || slot->getObject() == nullptr) {
         return std::nullopt;
     }
-    const vessel::DataFrame table = slot->getObject()->toDataFrame();
-    return Result{property.getName(), toJson(table), toTextTable(table), toCsv(table)};
+    return Result{.name = property.getName(),
+                  .table = std::make_shared<vessel::DataFrame>(slot->getObject()->toDataFrame())};
 }
 
 /// A label image: how many objects it has, which is the largest label of a plane or volume.
@@ -64,8 +64,8 @@ std::optional<Result> countObjects(const BaseProperty& property) {
     }
     const SampleStatistics labels = computeStatistics(*output->get());
     const auto objects = static_cast<std::uint64_t>(labels.hasValues() ? labels.maximum() : 0.0);
-    Result result{property.getName(), {{"objects", objects}}, {}, {}};
-    result.table.add({property.getName(), std::to_string(objects) + (objects == 1 ? " object" : " objects")});
+    Result result{property.getName(), {{"objects", objects}}};
+    result.lines.add({property.getName(), std::to_string(objects) + (objects == 1 ? " object" : " objects")});
     return result;
 }
 
@@ -74,6 +74,14 @@ using Reader = std::optional<Result> (*)(const BaseProperty&);
 constexpr std::array<Reader, 3> readers{readObject, countObjects, readValue};
 
 }  // namespace
+
+nlohmann::json Result::toJson() const {
+    return table != nullptr ? cli::toJson(*table) : value;
+}
+
+std::string Result::toText(std::string_view indent, std::size_t mostRows) const {
+    return table != nullptr ? toTextTable(*table, mostRows).toText(indent) : lines.toText(indent);
+}
 
 void ResultObjects::create(const BaseAlgorithm& algorithm) {
     for (BaseProperty* property : listProperties(algorithm)) {

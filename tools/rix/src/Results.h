@@ -1,10 +1,14 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
+
+#include <vessel/DataFrame.h>
 
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/measurement/MeasurementObject.h>
@@ -13,12 +17,17 @@
 
 namespace rix::cli {
 
-/// What a run left in an output that is no image.
+/// What a run left in an output that is no image: a value or a table.
 struct Result {
     std::string name;
-    nlohmann::json value;  ///< for --json
-    TextTable table;       ///< for people
-    std::string csv;       ///< for --csv; empty for what is no table
+    nlohmann::json value{};  ///< of a value, for --json
+    TextTable lines{};       ///< of a value, for people
+    std::shared_ptr<const vessel::DataFrame> table{};
+
+    nlohmann::json toJson() const;
+    /// @param mostRows of a table
+    std::string toText(std::string_view indent = "",
+                       std::size_t mostRows = std::numeric_limits<std::size_t>::max()) const;
 };
 
 /// The objects that a run fills with results, made for its unset properties and kept until they are read.

@@ -1,92 +1,93 @@
 #include "Tables.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <vector>
+
+#include <rix/io/TextFile.h>
+#include <rix/measurement/TableText.h>
+
+#include "Failure.h"
+#include "ImageFiles.h"
 
 namespace rix::cli {
 namespace {
+
+namespace fs = std::filesystem;
 
 std::string headingOf(const vessel::ColumnInfo& column) {
     return column.unit.empty() ? column.name : column.name + " [" + column.unit + ']';
 }
 
-nlohmann::json valueOf(const vessel::DataFrameView& table, std::size_t row, std::size_t column) {
+/// Six digits are enough for the eye; files have all of them.
+std::string rounded(double value) {
+    if (!std::isfinite(value)) {
+        return numberToText(value);
+    }
+    constexpr int digits = 6;
+    std::array<char, 32> buffer{};
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, digits);
+    return {buffer.data(), end.ptr};
+}
+
+std::string textOf(const vessel::DataFrameView& table, std::size_t row, std::size_t column) {
     switch (table.getColumnType(column)) {
         case vessel::ColumnType::REAL:
-            return numberToJson(table.getReals(column)[row]);
+            return table.getRowCount() == 1 ? numberToText(table.getReals(column)[row])
+                                            : rounded(table.getReals(column)[row]);
         case vessel::ColumnType::INTEGER:
-            return table.getIntegers(column)[row];
+            return std::to_string(table.getIntegers(column)[row]);
         case vessel::ColumnType::TEXT:
             break;
     }
     return table.getTexts(column)[row];
 }
 
-std::string textOf(const vessel::DataFrameView& table, std::size_t row, std::size_t column) {
-    if (table.getColumnType(column) == vessel::ColumnType::REAL) {
-        return numberToText(table.getReals(column)[row]);
-    }
-    const nlohmann::json value = valueOf(table, row, column);
-    return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
-std::string quoted(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    std::string result = "\"";
-    for (const char c : text) {
-        result += c == '"' ? std::string("\"\"") : std::string(1, c);
-    }
-    return result + '"';
-}
-
 }  // namespace
 
-TextTable toTextTable(const vessel::DataFrameView& table) {
+TextTable toTextTable(const vessel::DataFrameView& table, std::size_t mostRows) {
     std::vector<std::string> heading;
     for (std::size_t column = 0; column < table.getColumnCount(); ++column) {
         heading.push_back(headingOf(table.getColumnInfo(column)));
     }
     TextTable result(std::move(heading));
-    for (std::size_t row = 0; row < table.getRowCount(); ++row) {
+    const std::size_t rows = std::min(table.getRowCount(), mostRows);
+    for (std::size_t row = 0; row < rows; ++row) {
         std::vector<std::string> values;
         for (std::size_t column = 0; column < table.getColumnCount(); ++column) {
             values.push_back(textOf(table, row, column));
         }
         result.add(std::move(values));
     }
+    if (rows < table.getRowCount()) {
+        result.add({"... and " + std::to_string(table.getRowCount() - rows) + " more"});
+    }
     return result;
 }
 
 nlohmann::json toJson(const vessel::DataFrameView& table) {
-    nlohmann::json columns = nlohmann::json::array();
-    for (std::size_t column = 0; column < table.getColumnCount(); ++column) {
-        const vessel::ColumnInfo& info = table.getColumnInfo(column);
-        nlohmann::json values = nlohmann::json::array();
-        for (std::size_t row = 0; row < table.getRowCount(); ++row) {
-            values.push_back(valueOf(table, row, column));
-        }
-        columns.push_back({{"name", info.name},
-                           {"unit", info.unit},
-                           {"description", info.description},
-                           {"values", std::move(values)}});
-    }
-    return {{"columns", std::move(columns)}};
+    return nlohmann::json::parse(measurement::tableToJson(table));
 }
 
-std::string toCsv(const vessel::DataFrameView& table) {
-    std::string text;
-    for (std::size_t column = 0; column < table.getColumnCount(); ++column) {
-        text += (column == 0 ? "" : ",") + quoted(headingOf(table.getColumnInfo(column)));
+void checkCanWriteTable(const fs::path& path) {
+    const fs::path extension = path.extension();
+    if (extension != ".csv" && extension != ".json") {
+        throw Failure(UNWRITABLE_OUTPUT,
+                      "the table " + inQuotes(path.string()) + " can't be written: its extension is none of .csv, .json");
     }
-    text += "\r\n";
-    for (std::size_t row = 0; row < table.getRowCount(); ++row) {
-        for (std::size_t column = 0; column < table.getColumnCount(); ++column) {
-            text += (column == 0 ? "" : ",") + quoted(textOf(table, row, column));
-        }
-        text += "\r\n";
+    checkCanWriteFile(path);
+}
+
+void saveTable(const fs::path& path, const vessel::DataFrameView& table) {
+    try {
+        io::writeTextFile(path,
+                          path.extension() == ".json" ? measurement::tableToJson(table) : measurement::tableToCsv(table));
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
     }
-    return text;
 }
 
 }  // namespace rix::cli

@@ -26,6 +26,9 @@ public:
     /// For units that are known only when the image is.
     void setUnit(const String& unit) { m_info.unit = unit; }
 
+    /// All three at once, as a table has them.
+    const vessel::ColumnInfo& getColumnInfo() const { return m_info; }
+
     virtual std::size_t size() const = 0;
     /// Appends the array to a table as a column. @throws std::invalid_argument when the table refuses it.
     virtual void appendTo(vessel::DataFrame& table) const = 0;
@@ -34,8 +37,6 @@ protected:
     explicit BaseMeasurementArray(vessel::ColumnInfo info) : m_info(std::move(info)) {}
     BaseMeasurementArray(const BaseMeasurementArray&) = default;
     BaseMeasurementArray& operator=(const BaseMeasurementArray&) = default;
-
-    const vessel::ColumnInfo& info() const { return m_info; }
 
 private:
     vessel::ColumnInfo m_info;
@@ -58,6 +59,8 @@ public:
     std::size_t size() const override { return m_values.size(); }
     /// `size` values of `T()`.
     void reset(std::size_t size) { m_values = vessel::ArrayX<T>(size); }
+    /// Keeps the values that remain; new ones are `T()`. Growing again and again costs a constant time a value.
+    void resize(std::size_t size) { m_values.resize(size); }
 
     /// Positions are not checked.
     T& operator[](std::size_t index) { return m_values[index]; }
@@ -67,7 +70,7 @@ public:
     const_iterator end() const { return m_values.data() + m_values.size(); }
 
     void appendTo(vessel::DataFrame& table) const override {
-        table.addColumn(info(), std::vector<T>(m_values.begin(), m_values.end()));
+        table.addColumn(getColumnInfo(), std::vector<T>(m_values.begin(), m_values.end()));
     }
 
 private:

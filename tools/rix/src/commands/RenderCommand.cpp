@@ -19,6 +19,7 @@ struct Options {
     std::string basePath;
     std::string histogramPath;
     SliceChoice slice;
+    bool numbers = false;
 };
 
 void report(const std::string& path, const Picture& picture) {
@@ -42,7 +43,8 @@ int runRender(const Options& options) {
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
     const auto base = options.basePath.empty() ? nullptr : loadImage(options.basePath);
-    const Picture picture = renderView(*image, base.get(), options.slice);
+    const Picture picture = renderView(*image, base.get(), options.slice,
+                                       options.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
     saveImage(options.picturePath, toImage(picture));
     report(options.picturePath, picture);
     return DONE;
@@ -64,6 +66,7 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
         ->type_name("OUT");
     command->add_option("--over", options->basePath, "Draw the outlines of the labels of IMAGE on this image")
         ->type_name("BASE");
+    command->add_flag("--numbers", options->numbers, "Write the labels of IMAGE on their objects");
     command->add_option("--plane", options->slice.plane, "Plane to show, counted from 0; unless given, the middle one")
         ->type_name("N");
     command->add_option("--frame", options->slice.frame, "Frame of the sequence to show; unless given, the first")

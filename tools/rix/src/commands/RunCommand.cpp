@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include <rix/io/TextFile.h>
 #include <rix/properties/Property.h>
 #include <rix/settings/Settings.h>
 
@@ -20,6 +19,7 @@
 #include "../Progress.h"
 #include "../Results.h"
 #include "../Suggestions.h"
+#include "../Tables.h"
 
 namespace rix::cli {
 namespace {
@@ -115,28 +115,23 @@ void writeImages(const ImageOutputs& outputs, const Options& options) {
     }
 }
 
-/// Tables go to one file; a run makes one, or none.
-void writeTables(const std::vector<Result>& results, const Options& options) {
-    if (options.csv.empty()) {
-        return;
-    }
-    std::string text;
+/// The table that a run makes; null when it makes none.
+std::shared_ptr<const vessel::DataFrame> tableOf(const std::vector<Result>& results) {
     for (const Result& result : results) {
-        text += result.csv;
+        if (result.table != nullptr) {
+            return result.table;
+        }
     }
-    if (text.empty()) {
-        throw Failure(WRONG_USAGE, "--csv: " + options.className + " makes no table");
-    }
-    try {
-        io::writeTextFile(options.csv, text);
-    } catch (const Exception& exception) {
-        throw Failure(UNWRITABLE_OUTPUT, exception);
-    }
+    return nullptr;
 }
 
 void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double seconds, const Options& options) {
     const auto results = readResults(algorithm);
-    writeTables(results, options);
+    if (!options.csv.empty()) {
+        const auto table = tableOf(results);
+        saveTable(options.csv, *table);
+        writeMessage("table of " + std::to_string(table->getRowCount()) + " rows written to " + options.csv + '\n');
+    }
     if (options.json) {
         nlohmann::json images = nlohmann::json::object();
         for (const auto& entry : outputs.entries()) {
@@ -146,7 +141,7 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
         }
         nlohmann::json values = nlohmann::json::object();
         for (const auto& result : results) {
-            values[result.name] = result.value;
+            values[result.name] = result.toJson();
         }
         const auto level = algorithm.getLastRunLevel();
         writeJson(nlohmann::json{{"class", algorithm.getClassInfo().getName()},
@@ -157,7 +152,9 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
         return;
     }
     for (const auto& result : results) {
-        writeData(result.table.toText());
+        if (result.table == nullptr || options.csv.empty()) {
+            writeData(result.toText());
+        }
     }
 }
 
@@ -167,6 +164,12 @@ int runRun(const Options& options) {
     applyLimits(*algorithm, options);
     ResultObjects resultObjects;
     resultObjects.create(*algorithm);
+    if (!options.csv.empty()) {
+        if (tableOf(readResults(*algorithm)) == nullptr) {
+            throw Failure(WRONG_USAGE, "--csv: " + options.className + " makes no table");
+        }
+        checkCanWriteFile(options.csv);
+    }
     ImageInputs inputs;
     const ImageOutputs outputs = bindImages(images, inputs);
 
@@ -196,7 +199,7 @@ void addRunCommand(CLI::App& program, Action& chosen) {
         ->type_name("N");
     command->add_option("--max-level", options->maxLevel, "Use no implementation above this level")
         ->type_name("scalar|sse|avx");
-    command->add_option("--csv", options->csv, "Write the table that the run makes to this file")->type_name("PATH");
+    command->add_option("--csv", options->csv, "Write the table that the run makes to this file instead of printing it")->type_name("PATH");
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print results, or what goes wrong, as a JSON object");
     command->footer(

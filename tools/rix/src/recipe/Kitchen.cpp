@@ -3,6 +3,7 @@
 #include <set>
 
 #include <rix/io/ImageFile.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 
 #include "../Algorithms.h"
@@ -10,6 +11,7 @@
 #include "../ImageFiles.h"
 #include "../Output.h"
 #include "../Suggestions.h"
+#include "../Tables.h"
 
 namespace rix::cli {
 namespace {
@@ -36,15 +38,32 @@ std::unique_ptr<io::MemoryImage> readHeader(const std::filesystem::path& path) {
     if (!image->reserve(info.elementType, info.voxelType, n[0], n[1], n[2], n[3], n[4])) {
         throw Failure(UNREADABLE_INPUT, "the image file " + inQuotes(path.string()) + " is too large");
     }
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+        image->setSpacingOf(axis, info.spacing[axis]);
+        image->setOriginOf(axis, info.origin[axis]);
+    }
     image->setInterpretation(info.interpretation);
     image->setColorInterpretation(info.colorInterpretation);
     return image;
+}
+
+void Pantry::keep(const std::string& text, std::shared_ptr<measurement::MeasurementObject> table) {
+    m_images.erase(text);
+    m_tables[text] = std::move(table);
+}
+
+const measurement::MeasurementObject* Pantry::table(const std::string& text) const {
+    const auto found = m_tables.find(text);
+    return found == m_tables.end() ? nullptr : found->second.get();
 }
 
 io::MemoryImage& Pantry::input(const std::string& text) {
     const auto found = m_images.find(text);
     if (found != m_images.end()) {
         return *found->second;
+    }
+    if (table(text) != nullptr) {
+        throw Failure(WRONG_USAGE, inQuotes(text) + " is a table, not an image");
     }
     if (const std::string name = memoryName(text); !name.empty() || text == "@") {
         std::vector<std::string> names;
@@ -60,12 +79,36 @@ io::MemoryImage& Pantry::input(const std::string& text) {
 }
 
 io::MemoryImage& Pantry::output(const std::string& text) {
+    m_tables.erase(text);
     auto& image = m_images[text];
     if (image == nullptr) {
         image = m_make();
     }
     return *image;
 }
+
+namespace {
+
+/// Everything but images: values, and result objects, which go to a name in memory or a file.
+void setOther(PreparedRun& run, BaseProperty& property, const std::string& text, Pantry& pantry) {
+    auto* const slot = dynamic_cast<MeasurementSlot*>(&property);
+    if (slot == nullptr) {
+        if (property.isOutput()) {
+            throw Failure(WRONG_USAGE, property.getName() + " is a result and can't be given");
+        }
+        setValue(property, text);
+        return;
+    }
+    auto object = slot->createObject();
+    slot->setObject(object.get());
+    if (memoryName(text).empty()) {
+        run.tables.emplace_back(text, std::move(object));
+    } else {
+        pantry.keep(text, std::move(object));
+    }
+}
+
+}  // namespace
 
 PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
     PreparedRun run;
@@ -74,10 +117,7 @@ PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
         BaseProperty& property = findProperty(*run.algorithm, name);
         switch (imageRoleOf(property)) {
             case ImageRole::None:
-                if (property.isOutput()) {
-                    throw Failure(WRONG_USAGE, name + " is a result and can't be given");
-                }
-                setValue(property, text);
+                setOther(run, property, text, pantry);
                 break;
             case ImageRole::Input:
                 dynamic_cast<Property<const ImageModel*>&>(property).set(&pantry.input(text));
@@ -102,8 +142,8 @@ PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
 void rehearse(const Recipe& recipe) {
     Pantry pantry(readHeader, [] { return std::make_unique<HeaderImage>(); });
     std::set<std::filesystem::path> targets;
-    const auto checkTarget = [&targets](const std::filesystem::path& path) {
-        checkCanWrite(path);
+    const auto checkTarget = [&targets](const std::filesystem::path& path, void (*check)(const std::filesystem::path&)) {
+        check(path);
         if (!targets.insert(path.lexically_normal()).second) {
             throw Failure(WRONG_USAGE, inQuotes(path.string()) + " is written twice");
         }
@@ -115,8 +155,15 @@ void rehearse(const Recipe& recipe) {
                 const PreparedRun run = prepareRun(step, pantry);
                 run.algorithm->applyAllRules();
                 for (const auto& [path, image] : run.files) {
-                    checkTarget(path);
+                    checkTarget(path, checkCanWrite);
                 }
+                for (const auto& [path, table] : run.tables) {
+                    checkTarget(path, checkCanWriteTable);
+                }
+                continue;
+            }
+            if (step.kind == Recipe::Step::Kind::Write && pantry.table(step.views.front().image) != nullptr) {
+                checkTarget(step.target, checkCanWriteTable);
                 continue;
             }
             for (const Recipe::View& view : step.views) {
@@ -125,7 +172,7 @@ void rehearse(const Recipe& recipe) {
                     pantry.input(view.over);
                 }
             }
-            checkTarget(step.target);
+            checkTarget(step.target, checkCanWrite);
         } catch (...) {
             const Failure failure = failureOfCurrentException();
             throw failure.within("step " + std::to_string(i + 1) + " of the recipe" +

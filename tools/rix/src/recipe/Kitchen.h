@@ -15,7 +15,7 @@
 
 namespace rix::cli {
 
-/// The images of a recipe: those made in memory under their names, those of files under their paths.
+/// The images of a recipe, those made in memory under their names, those of files under their paths; and its tables.
 class Pantry {
 public:
     using Loader = std::function<std::unique_ptr<io::MemoryImage>(const std::filesystem::path&)>;
@@ -29,6 +29,10 @@ public:
     io::MemoryImage& input(const std::string& text);
     /// An image to be made: under a name in memory, or for a file.
     io::MemoryImage& output(const std::string& text);
+    /// Keeps a result object under its name.
+    void keep(const std::string& text, std::shared_ptr<measurement::MeasurementObject> table);
+    /// The result object of that name, or null.
+    const measurement::MeasurementObject* table(const std::string& text) const;
     /// The files that were read.
     const std::vector<std::filesystem::path>& files() const { return m_files; }
 
@@ -36,6 +40,7 @@ private:
     Loader m_load;
     Maker m_make;
     std::map<std::string, std::unique_ptr<io::MemoryImage>> m_images;
+    std::map<std::string, std::shared_ptr<measurement::MeasurementObject>> m_tables;
     std::vector<std::filesystem::path> m_files;
 };
 
@@ -43,8 +48,9 @@ private:
 struct PreparedRun {
     std::unique_ptr<BaseAlgorithm> algorithm;
     ResultObjects resultObjects;
-    /// The outputs that go to files: path and image.
+    /// The outputs that go to files: path, and image or table.
     std::vector<std::pair<std::filesystem::path, const io::MemoryImage*>> files;
+    std::vector<std::pair<std::filesystem::path, std::shared_ptr<measurement::MeasurementObject>>> tables;
 };
 
 /// Makes the algorithm of a step and gives it its values and images.

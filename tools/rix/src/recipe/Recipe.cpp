@@ -142,11 +142,20 @@ private:
 
 Recipe::View readView(const Json& json, const std::string& where, const Parameters& parameters) {
     if (json.is_string()) {
-        return {parameters.fill(json.get<std::string>(), where), {}};
+        return {parameters.fill(json.get<std::string>(), where)};
     }
-    const Object view(json, where, {"image", "over"});
-    return {parameters.fill(view.text("image"), view.placeOf("image")),
-            view.has("over") ? parameters.fill(view.text("over"), view.placeOf("over")) : std::string()};
+    const Object view(json, where, {"image", "over", "numbers"});
+    Recipe::View result{parameters.fill(view.text("image"), view.placeOf("image"))};
+    if (view.has("over")) {
+        result.over = parameters.fill(view.text("over"), view.placeOf("over"));
+    }
+    if (view.has("numbers")) {
+        if (!view.at("numbers").is_boolean()) {
+            refuse(view.placeOf("numbers"), "true or false is expected");
+        }
+        result.numbers = view.at("numbers").get<bool>();
+    }
+    return result;
 }
 
 Recipe::Step readStep(const Json& json, const std::string& where, const Parameters& parameters) {
@@ -172,7 +181,7 @@ Recipe::Step readStep(const Json& json, const std::string& where, const Paramete
     result.target = parameters.fill(step.text("to"), step.placeOf("to"));
     if (step.has("write")) {
         result.kind = Recipe::Step::Kind::Write;
-        result.views.push_back({parameters.fill(step.text("write"), step.placeOf("write")), {}});
+        result.views.push_back({parameters.fill(step.text("write"), step.placeOf("write"))});
         return result;
     }
     result.kind = Recipe::Step::Kind::Render;

@@ -18,17 +18,20 @@ namespace rix::cli {
 ///         {"run": "ThresholdingByCriterion",
 ///          "with": {"inputGrayImage": "${photograph}", "comparisonValue": 100, "outputBinaryImage": "@bright"}},
 ///         {"render": [{"image": "@bright", "over": "${photograph}"}], "to": "${folder}/bright.png"},
-///         {"write": "@bright", "to": "${folder}/bright.tif"}
+///         {"write": "@bright", "to": "${folder}/bright.tif"},
+///         {"run": "LabelAnalysis", "with": {"inputLabelImage": "@bright", "outputMeasurement": "@sizes"}},
+///         {"write": "@sizes", "to": "${folder}/sizes.csv"}
 ///       ]
 ///     }
 ///
-/// "@NAME" is an image in memory, made by the step that gives it to an output; everything else that an image property
-/// takes is the path of a file, from the working folder. "${NAME}" in a text stands for a parameter.
+/// "@NAME" is an image or a table in memory, made by the step that gives it to an output; everything else that such a
+/// property takes is the path of a file, from the working folder. "${NAME}" in a text stands for a parameter.
 struct Recipe {
     /// A picture: an image, or the outlines of its labels over another one.
     struct View {
         std::string image;
-        std::string over;  ///< empty for none
+        std::string over{};    ///< empty for none
+        bool numbers = false;  ///< whether labels are written on their objects
     };
 
     struct Step {
@@ -36,7 +39,7 @@ struct Recipe {
         Kind kind = Kind::Run;
         std::string className;                ///< of a run
         std::vector<Assignment> assignments;  ///< of a run, in the order of the file
-        std::vector<View> views;              ///< of a render, from left to right; of a write, one
+        std::vector<View> views;              ///< of a render, from left to right; of a write, one image or table
         std::filesystem::path target;         ///< of a render or a write
     };
 

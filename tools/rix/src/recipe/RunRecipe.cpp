@@ -12,6 +12,7 @@
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
+#include "../Tables.h"
 #include "../render/View.h"
 #include "Kitchen.h"
 #include "Record.h"
@@ -20,6 +21,7 @@ namespace rix::cli {
 namespace {
 
 constexpr std::size_t gapBetweenPictures = 8;
+constexpr std::size_t mostRowsShown = 40;
 
 nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds) {
     nlohmann::json properties = nlohmann::json::object();
@@ -36,7 +38,7 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
     }
     nlohmann::json results = nlohmann::json::object();
     for (const Result& result : readResults(*run.algorithm)) {
-        results[result.name] = result.value;
+        results[result.name] = result.toJson();
     }
     const auto level = run.algorithm->getLastRunLevel();
     return {{"run", step.className},
@@ -92,7 +94,14 @@ private:
         if (step.kind == Recipe::Step::Kind::Run) {
             run(step);
         } else if (step.kind == Recipe::Step::Kind::Write) {
-            const io::MemoryImage& image = m_pantry.input(step.views.front().image);
+            const std::string& name = step.views.front().image;
+            if (const auto* const table = m_pantry.table(name)) {
+                m_files.emplace_back(step.target, [frame = table->toDataFrame(), path = step.target] {
+                    saveTable(path, frame);
+                });
+                return;
+            }
+            const io::MemoryImage& image = m_pantry.input(name);
             m_files.emplace_back(step.target, [&image, path = step.target] { saveImage(path, image); });
         } else {
             // Drawn now: a later step may change the images.
@@ -112,10 +121,13 @@ private:
         m_record.addStep(describeRun(run, step, seconds.count()));
         say("ran     " + step.className + '\n');
         for (const Result& result : readResults(*run.algorithm)) {
-            say(result.table.toText("          "));
+            say(result.toText("          ", mostRowsShown));
         }
         for (const auto& [path, image] : run.files) {
             m_files.emplace_back(path, [image = image, path = path] { saveImage(path, *image); });
+        }
+        for (const auto& [path, table] : run.tables) {
+            m_files.emplace_back(path, [table = table, path = path] { saveTable(path, table->toDataFrame()); });
         }
     }
 
@@ -123,7 +135,8 @@ private:
         std::unique_ptr<Picture> picture;
         for (const Recipe::View& view : step.views) {
             const io::MemoryImage* const base = view.over.empty() ? nullptr : &m_pantry.input(view.over);
-            Picture next = renderView(m_pantry.input(view.image), base, {});
+            Picture next = renderView(m_pantry.input(view.image), base, {},
+                                      view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
             picture = std::make_unique<Picture>(picture == nullptr ? std::move(next)
                                                                    : sideBySide(*picture, next, gapBetweenPictures));
         }

@@ -2,10 +2,14 @@
 
 #include "Contours.h"
 #include "LabelColours.h"
+#include "Numbers.h"
 
 namespace rix::cli {
 
-Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice) {
+namespace {
+
+/// The image alone, or its outlines on the base.
+Picture renderPlain(const ImageModel& image, const ImageModel* base, const SliceChoice& choice) {
     if (base == nullptr) {
         return renderSlice(image, choice);
     }
@@ -16,6 +20,16 @@ Picture renderView(const ImageModel& image, const ImageModel* base, const SliceC
     } else {
         const LabelSlice labels = readLabelSlice(image, choice);
         drawContours(picture, labels, LabelColours(labels));
+    }
+    return picture;
+}
+
+}  // namespace
+
+Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers) {
+    Picture picture = renderPlain(image, base, choice);
+    if (numbers == LabelNumbers::Drawn) {
+        drawNumbers(picture, readLabelSlice(image, choice));
     }
     return picture;
 }

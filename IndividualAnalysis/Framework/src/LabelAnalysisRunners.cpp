@@ -1,0 +1,186 @@
+#include "LabelAnalysisRunners.h"
+
+#include <memory>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/ExecutionContext.h>
+#include <rix/access/PointBlocks.h>
+#include <rix/algorithms/LevelRunner.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/individual_analysis/LabelAnalysis.h>
+#include <rix/individual_analysis/MeasureSet.h>
+
+#include "LabelAnalysisPrivate.h"
+#include "MeasureTable.h"
+#include "gathering/Gathering.h"
+#include "gathering/GreyValues.h"
+#include "measures/LabelMeasure.h"
+
+namespace rix::individual_analysis {
+
+namespace {
+
+using Status = MeasureProcessingStatus;
+
+/// One run: drives every measure of the set through its life.
+class Analysis {
+public:
+    Analysis(access::ExecutionContext& context, OptimLevelType level, const ImageModel& labels,
+             const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request)
+        : m_context(context),
+          m_level(level),
+          m_labels(labels),
+          m_intensity(intensity),
+          m_request(std::move(request)),
+          m_mode(labels.getNumOf(PLANS) > 1 ? DimensionalMode::Mode3d : DimensionalMode::Mode2d) {}
+
+    /// @param framesBefore in the result already: rows are appended to them
+    void run(LabelAnalysisMsr& result, std::size_t framesBefore) {
+        const std::uint32_t gathered = neededData();
+        m_context.declareSteps((gathered & GATHER_VALUES) != 0 ? 3 : 2);
+        // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
+        m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, gathered);
+        showGathered();
+        MeasureSet set(m_request, imageInfo());
+        set.setupDependencies();
+        set.initMeasures();
+        while (set.getNumMeasures(Status::Done) < set.getMeasures().size()) {
+            if (set.hasMeasuresReadyForProcessing(MeasureProcessingType::Runs)) {
+                process(set, MeasureProcessingType::Runs);
+            }
+            if (set.hasMeasuresReadyForProcessing(MeasureProcessingType::Values)) {
+                gatherValues();
+                process(set, MeasureProcessingType::Values);
+            }
+            if (finalizeReady(set) == 0) {
+                throw UnexpectedError("No measure of the set can go on.");
+            }
+        }
+        if (framesBefore == 0) {
+            startTable(result, set);
+        }
+        appendToTable(result, set, m_objects, framesBefore);
+    }
+
+private:
+    std::uint32_t neededData() const {
+        MeasureIdSet needed;
+        m_request->collectNeededMeasureIds(m_mode, needed);
+        std::uint32_t gathered = GATHER_NOTHING_MORE;
+        for (const auto& id : needed) {
+            gathered |= id->getMeasureAttributes(m_mode).gathered;
+        }
+        return gathered;
+    }
+
+    LabelImageInfo imageInfo() const {
+        LabelImageInfo info;
+        for (const ObjectTable& frame : m_objects) {
+            info.numLabels.push_back(frame.size());
+            info.labelSizes.push_back(frame.labels.empty() ? 0 : frame.labels.back());
+        }
+        info.numSpectralPlanes = m_intensity != nullptr ? m_intensity->getNumOf(SPECTRAL_SERIES) : 1;
+        info.calibration.init(m_labels);
+        info.dimensionalMode = m_mode;
+        return info;
+    }
+
+    void showGathered() {
+        m_outlineOffsets.resize(m_objects.size());
+        for (std::size_t frame = 0; frame < m_objects.size(); ++frame) {
+            const ObjectTable& objects = m_objects[frame];
+            if (objects.gathers(GATHER_OUTLINE)) {
+                std::vector<std::size_t>& offsets = m_outlineOffsets[frame];
+                offsets.assign(objects.size() + 1, 0);
+                for (const OutlineRow& row : objects.outline) {
+                    ++offsets[row.slot + 1];
+                }
+                std::partial_sum(offsets.begin(), offsets.end(), offsets.begin());
+            }
+            m_gathered.push_back({&objects, nullptr, m_outlineOffsets[frame]});
+        }
+    }
+
+    void gatherValues() {
+        if (m_values.empty()) {
+            m_values = gatherGreyValues(m_context, m_level, m_labels, *m_intensity, m_objects);
+            for (std::size_t frame = 0; frame < m_values.size(); ++frame) {
+                m_gathered[frame].values = m_values[frame].get();
+            }
+        }
+    }
+
+    /// Takes the measures of one type through the pass for which they wait; its data have been gathered.
+    void process(const MeasureSet& set, MeasureProcessingType type) {
+        for (const auto& [id, measure] : set.getMeasures()) {
+            if (measure->getMeasureAttributes().processingType != type ||
+                measure->getProcessingStatus() != Status::ReadyForProcessing || !measure->canStartParallelProcessing()) {
+                continue;
+            }
+            measure->startParallelProcessing();
+            if (auto* const own = dynamic_cast<LabelMeasure*>(measure.get()); own != nullptr) {
+                own->setGathered(m_gathered);
+            }
+            measure->endParallelProcessing();
+        }
+    }
+
+    /// Finalises the measures that can be. @return how many
+    std::size_t finalizeReady(const MeasureSet& set) {
+        std::size_t finalized = 0;
+        for (const auto& [id, measure] : set.getMeasures()) {
+            if (measure->getProcessingStatus() == Status::ReadyForFinalization && measure->canBeFinalized()) {
+                finalizeMeasure(set, *measure);
+                ++finalized;
+            }
+        }
+        return finalized;
+    }
+
+    void finalizeMeasure(const MeasureSet& set, BaseMeasure& measure) {
+        constexpr std::size_t objectsOfPart = 256;
+        measure.startFinalization();
+        for (std::size_t frame = 0; frame < set.getNumSequencePlanes(); ++frame) {
+            const std::size_t objects = set.getNumLabels(frame);
+            const std::size_t parts = (objects + objectsOfPart - 1) / objectsOfPart;
+            access::BlockScheduler& scheduler =
+                parts < 4 ? access::serialScheduler() : m_context.scheduler();
+            scheduler.forEach(parts, [&](std::size_t part) {
+                m_context.throwIfCancelled();
+                const access::Interval range = access::partOf(objects, parts, part);
+                measure.finalize(frame, range.begin, range.end);
+            });
+        }
+        measure.endFinalization();
+    }
+
+    access::ExecutionContext& m_context;
+    OptimLevelType m_level;
+    const ImageModel& m_labels;
+    const ImageModel* m_intensity;
+    std::shared_ptr<const MeasureGroup> m_request;
+    DimensionalMode m_mode;
+    std::vector<ObjectTable> m_objects;  ///< of each frame
+    std::vector<std::vector<std::size_t>> m_outlineOffsets;
+    std::vector<std::unique_ptr<GreyValues>> m_values;
+    std::vector<GatheredFrame> m_gathered;  ///< all these, as measures see them
+};
+
+}  // namespace
+
+void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level) {
+    auto& state = static_cast<LabelAnalysisPrivate&>(*algorithm.implementation());
+    Analysis analysis(algorithm.executionContext(), level, *state.inputLabelImage.get(),
+                      state.inputIntensityImage.get(), state.request);
+    analysis.run(*state.outputMeasurement.get(), state.framesBefore);
+    state.framesBefore += state.inputLabelImage.get()->getNumOf(SEQUENCE);
+}
+
+void addLabelAnalysisRunners(AlgoInfo& info) {
+    algorithms::addLevelRunners<LabelAnalysis, &processLabelAnalysis, &algorithms::acceptsAll<LabelAnalysis>>(info);
+}
+
+}  // namespace rix::individual_analysis

@@ -1,0 +1,94 @@
+#include "MeasureTable.h"
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <variant>
+
+namespace rix::individual_analysis {
+
+using measurement::MeasurementArray;
+
+namespace {
+
+/// Calls `visit(results, index of the component, channel, name)` for each column of the table. A value that was asked
+/// for both alone and as part of a measure has one.
+template <class F>
+void forEachColumn(const MeasureSet& set, const F& visit) {
+    std::set<String> names;
+    for (const auto& id : set.getMeasureGroup()->getMeasures()) {
+        const BaseMeasure& measure = *set.findMeasure(id);
+        const std::size_t channels = measure.getResults()->getNumSpectralPlanes();
+        for (std::size_t c = 0; c < measure.getMeasureAttributes().components.size(); ++c) {
+            for (std::size_t channel = 0; channel < channels; ++channel) {
+                String name = measure.getMeasureInfo().nativeName + measure.getMeasureAttributes().components[c].suffix;
+                if (channels > 1) {
+                    name += '[' + std::to_string(channel) + ']';
+                }
+                if (names.insert(name).second) {
+                    visit(measure, c, channel, name);
+                }
+            }
+        }
+    }
+}
+
+LabelAnalysisMsr::Column makeColumn(const MeasureSet& set, const BaseMeasure& measure, std::size_t c,
+                                    const String& name) {
+    const MeasureComponent& component = measure.getMeasureAttributes().components[c];
+    const String unit = component.unit.empty()
+                            ? component.dimension.unit(set.getLabelImageCalibration().m_spatialUnitName)
+                            : component.unit;
+    const String description =
+        measure.getMeasureInfo().description + (component.description.empty() ? "" : ' ' + component.description);
+    if (component.type == vessel::ColumnType::INTEGER) {
+        return MeasurementArray<std::int64_t>(name, description, unit);
+    }
+    return MeasurementArray<double>(name, description, unit);
+}
+
+}  // namespace
+
+void startTable(LabelAnalysisMsr& result, const MeasureSet& set) {
+    result.frame.reset(0);
+    result.label.reset(0);
+    result.values.clear();
+    forEachColumn(set, [&](const BaseMeasure& measure, std::size_t component, std::size_t, const String& name) {
+        result.values.push_back(makeColumn(set, measure, component, name));
+    });
+}
+
+void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::vector<ObjectTable>& frames,
+                   std::size_t firstFrame) {
+    const std::size_t firstRow = result.label.size();
+    std::size_t rows = firstRow;
+    for (const ObjectTable& frame : frames) {
+        rows += frame.size();
+    }
+    result.frame.resize(rows);
+    result.label.resize(rows);
+    std::size_t row = firstRow;
+    for (std::size_t frame = 0; frame < frames.size(); ++frame) {
+        for (const std::uint32_t label : frames[frame].labels) {
+            result.frame[row] = static_cast<std::int64_t>(firstFrame + frame);
+            result.label[row++] = label;
+        }
+    }
+    auto column = result.values.begin();
+    forEachColumn(set, [&](const BaseMeasure& measure, std::size_t component, std::size_t channel, const String&) {
+        const MeasureResults& results = *measure.getResults();
+        std::visit(
+            [&]<class T>(MeasurementArray<T>& values) {
+                values.resize(rows);
+                std::size_t place = firstRow;
+                for (std::size_t frame = 0; frame < frames.size(); ++frame) {
+                    for (std::size_t index = 0; index < frames[frame].size(); ++index) {
+                        values[place++] = static_cast<T>(results.values(frame, index, channel)[component]);
+                    }
+                }
+            },
+            *column++);
+    });
+}
+
+}  // namespace rix::individual_analysis

@@ -1,0 +1,178 @@
+#include "MeasureRequest.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include <rix/rules/RuleSupport.h>
+
+#include "FormulaMeasure.h"
+#include "FormulaSyntax.h"
+#include "measures/Measures.h"
+
+namespace rix::individual_analysis {
+
+namespace {
+
+/// Named formulas are made recursively.
+constexpr std::size_t deepestChain = 200;
+
+class RequestReader {
+public:
+    RequestReader(const String& text, DimensionalMode mode, IntensityUse intensity)
+        : m_mode(mode),
+          m_intensity(intensity),
+          m_items(parseFormulas(text)),
+          m_names(std::make_shared<MeasureNamesHandler>(standardMeasures())) {}
+
+    std::shared_ptr<const MeasureGroup> read() {
+        for (const FormulaItem& item : m_items) {
+            if (!item.name.empty() && (isTaken(item.name) || !m_formulas.emplace(item.name, &item).second)) {
+                rules::refuse("The name \"" + item.name + "\" of a formula stands for something else already.");
+            }
+        }
+        auto group = std::make_shared<MeasureGroup>(m_names);
+        for (const FormulaItem& item : m_items) {
+            for (const auto& measure : measuresOf(item)) {
+                group->add(measure);
+            }
+        }
+        return group;
+    }
+
+private:
+    using Measure = std::shared_ptr<const BaseMeasureUniqueId>;
+
+    bool isTaken(const String& name) const {
+        const auto presets = presetNames();
+        return name == "pi" || findFormulaFunction(name) != nullptr || m_names->findMeasure(name) != nullptr ||
+               m_names->findValue(name, m_mode) || std::find(presets.begin(), presets.end(), name) != presets.end();
+    }
+
+    std::vector<Measure> measuresOf(const FormulaItem& item) {
+        if (!item.name.empty()) {
+            return {named(item.name)};
+        }
+        if (item.isName()) {
+            const String& name = item.code.front().name;
+            if (m_formulas.contains(name)) {
+                return {named(name)};
+            }
+            if (const Measure measure = m_names->findMeasure(name); measure != nullptr) {
+                return {checked(measure)};
+            }
+            std::vector<Measure> preset;
+            for (const String& member : presetMeasures(name, m_mode)) {
+                preset.push_back(checked(m_names->findMeasure(member)));
+            }
+            if (!preset.empty()) {
+                return preset;
+            }
+        }
+        return {formula(item.text, item)};
+    }
+
+    /// The formula of a name, made when it is first needed.
+    Measure named(const String& name) {
+        if (const Measure made = m_names->findMeasure(name); made != nullptr) {
+            return made;
+        }
+        if (std::find(m_open.begin(), m_open.end(), name) != m_open.end()) {
+            String circle;
+            for (const String& open : m_open) {
+                circle += '"' + open + "\", ";
+            }
+            rules::refuse("Formulas depend on each other in a circle: " + circle + "and again \"" + name + "\".");
+        }
+        if (m_open.size() == deepestChain) {
+            rules::refuse("More than " + std::to_string(deepestChain) + " formulas are nested by name.");
+        }
+        m_open.push_back(name);
+        const Measure made = formula(name, *m_formulas.at(name));
+        m_open.pop_back();
+        return made;
+    }
+
+    Measure formula(const String& nativeName, const FormulaItem& item) {
+        if (const Measure made = m_names->findMeasure(nativeName); made != nullptr) {
+            return made;
+        }
+        Formula formula;
+        formula.code = item.code;
+        for (const FormulaInstruction& instruction : item.code) {
+            if (instruction.operation == FormulaOperation::Value) {
+                formula.values.push_back(value(instruction.name, item.text));
+                formula.needsIntensity = formula.needsIntensity ||
+                                         formula.values.back().measure->getMeasureAttributes(m_mode).needsIntensity;
+            }
+        }
+        formula.dimension = checkUnits(formula, item.text, m_mode);
+        const auto measure = std::make_shared<const FormulaMeasureId>(nativeName, item.text, std::move(formula), m_mode);
+        m_names->add(measure);
+        return measure;
+    }
+
+    MeasureNamesHandler::Value value(const String& name, const String& formulaText) {
+        if (m_formulas.contains(name)) {
+            return {named(name), 0};
+        }
+        if (auto found = m_names->findValue(name, m_mode)) {
+            checked(found->measure);
+            return *std::move(found);
+        }
+        if (const Measure measure = m_names->findMeasure(name); measure != nullptr) {
+            checked(measure);
+            String values;
+            for (const MeasureComponent& component : measure->getMeasureAttributes(m_mode).components) {
+                values += (values.empty() ? "" : ", ") + name + component.suffix;
+            }
+            rules::refuse("The measure \"" + name + "\" in the formula \"" + formulaText +
+                          "\" has several values; name one of them: " + values + '.');
+        }
+        refuseUnknown(name);
+    }
+
+    const Measure& checked(const Measure& measure) const {
+        const String& name = measure->getMeasureInfo().nativeName;
+        if (!measure->supports(m_mode)) {
+            rules::refuse("The measure \"" + name + "\" does not exist for objects " +
+                          (m_mode == DimensionalMode::Mode2d ? "in the plane; the image has one plane."
+                                                             : "in space; the image has several planes."));
+        }
+        if (m_intensity == IntensityUse::Absent && measure->getMeasureAttributes(m_mode).needsIntensity) {
+            rules::refuse("The measure \"" + name +
+                          "\" is one of grey values; the parameter \"inputIntensityImage\" must be set.");
+        }
+        return measure;
+    }
+
+    [[noreturn]] void refuseUnknown(const String& name) const {
+        String known;
+        for (const String& other : standardMeasures().getNames()) {
+            known += (known.empty() ? "" : ", ") + other;
+        }
+        String presets;
+        for (const String& preset : presetNames()) {
+            presets += (presets.empty() ? "" : ", ") + preset;
+        }
+        rules::refuse("There is no measure \"" + name + "\".",
+                      "Measures are " + known + "; presets are " + presets + '.');
+    }
+
+    DimensionalMode m_mode;
+    IntensityUse m_intensity;
+    std::vector<FormulaItem> m_items;
+    std::shared_ptr<MeasureNamesHandler> m_names;
+    std::map<String, const FormulaItem*> m_formulas;  ///< those with a name
+    std::vector<String> m_open;                       ///< those that are being made
+};
+
+}  // namespace
+
+std::shared_ptr<const MeasureGroup> readMeasureRequest(const String& text, DimensionalMode mode,
+                                                       IntensityUse intensity) {
+    return RequestReader(text, mode, intensity).read();
+}
+
+}  // namespace rix::individual_analysis

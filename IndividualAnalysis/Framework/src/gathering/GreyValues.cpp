@@ -1,0 +1,147 @@
+#include "GreyValues.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <span>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/Scratch.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/exceptions/Exception.h>
+
+#include "BandPlan.h"
+#include "Lines.h"
+
+namespace rix::individual_analysis {
+
+namespace {
+
+/// The values at `place` and the one after it, in the order of the values.
+struct Neighbours {
+    double lower;
+    double upper;
+};
+
+/// By counting: the cost does not depend on how the values are arranged.
+Neighbours selectByCounting(std::span<const std::uint8_t> values, std::size_t place) {
+    std::size_t counts[256] = {};
+    for (const std::uint8_t value : values) {
+        ++counts[value];
+    }
+    const auto at = [&counts](std::size_t wanted) {
+        std::size_t value = 0;
+        for (std::size_t below = counts[0]; below <= wanted; below += counts[value]) {
+            ++value;
+        }
+        return static_cast<double>(value);
+    };
+    return {at(place), at(std::min(place + 1, values.size() - 1))};
+}
+
+template <class T>
+Neighbours selectBySorting(std::span<T> values, std::size_t place) {
+    const auto nth = values.begin() + static_cast<std::ptrdiff_t>(place);
+    std::nth_element(values.begin(), nth, values.end());
+    const double lower = static_cast<double>(*nth);
+    return {lower, nth + 1 == values.end() ? lower : static_cast<double>(*std::min_element(nth + 1, values.end()))};
+}
+
+template <class T>
+double percentileOf(std::span<T> values, double percentage) {
+    if constexpr (std::is_floating_point_v<T>) {
+        const auto end = std::partition(values.begin(), values.end(), [](T value) { return !std::isnan(value); });
+        values = values.first(static_cast<std::size_t>(end - values.begin()));
+    }
+    if (values.empty()) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const double position = percentage / 100.0 * static_cast<double>(values.size() - 1);
+    const double whole = std::floor(position);
+    const auto place = static_cast<std::size_t>(whole);
+    Neighbours found{};
+    if constexpr (std::is_same_v<T, std::uint8_t>) {
+        found = values.size() > 512 ? selectByCounting(values, place) : selectBySorting(values, place);
+    } else {
+        found = selectBySorting(values, place);
+    }
+    const double fraction = position - whole;
+    // Without the tests infinities next to each other would make NaN.
+    return fraction == 0.0 || found.lower == found.upper ? found.lower
+                                                         : found.lower + fraction * (found.upper - found.lower);
+}
+
+}  // namespace
+
+GreyValues::GreyValues(VoxelTypes type, const ObjectTable& objects)
+    : m_type(type), m_objects(objects.size()), m_next(objects.size() * objects.channels()) {
+    m_first.reserve(m_objects + 1);
+    for (const ShapeSums& shape : objects.shape) {
+        m_first.push_back(m_count);
+        m_count += shape.count;
+    }
+    m_first.push_back(m_count);
+    std::size_t bytes = 0;
+    if (!helper::checkedMultiply(m_count, objects.channels() * helper::getSizeOf(type), bytes)) {
+        throw MemoryError("The grey values of the objects take more bytes than 64 bits can count.");
+    }
+    m_data = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
+}
+
+RawData GreyValues::take(std::size_t index, std::size_t channel, std::size_t count) {
+    const std::atomic_ref<std::uint64_t> next(m_next[channel * m_objects + index]);
+    const std::size_t taken = next.fetch_add(count, std::memory_order_relaxed);
+    return m_data.get() + (place(index, channel) + taken) * helper::getSizeOf(m_type);
+}
+
+double GreyValues::percentile(std::size_t index, std::size_t channel, double percentage) const {
+    const std::size_t count = m_first[index + 1] - m_first[index];
+    double result = 0.0;
+    access::dispatch(access::Reals{}, m_type, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        T* const values = reinterpret_cast<T*>(m_data.get()) + place(index, channel);
+        result = percentileOf(std::span<T>(values, count), percentage);
+    });
+    return result;
+}
+
+std::vector<std::unique_ptr<GreyValues>> gatherGreyValues(access::ExecutionContext& context, OptimLevelType level,
+                                                          const ImageModel& labels, const ImageModel& intensity,
+                                                          const std::vector<ObjectTable>& objects) {
+    std::vector<std::unique_ptr<GreyValues>> frames;
+    for (const ObjectTable& frame : objects) {
+        frames.push_back(std::make_unique<GreyValues>(intensity.getVoxelType(), frame));
+    }
+    const BandPlan plan(labels, 0);
+    context.startStep(plan.voxels());
+    // Not the blocks of point operations: both images are read by lines, and what is found goes into tables.
+    const auto runBand = [&](std::size_t number) {
+        context.throwIfCancelled();
+        const Band band = plan.band(number);
+        const auto labelLines = makeLabelLines(labels, level);
+        const auto greyLines = makeIntensityLines(intensity, level);
+        const access::Scratch buffer(plan.columns() * sizeof(Run));
+        Run* const runs = buffer.as<Run>();
+        for (std::size_t line = band.firstLine; line < band.lastLine; ++line) {
+            const std::size_t count = labelLines->findRuns(plan.segment(band.frame, line), runs);
+            for (std::size_t channel = 0; count > 0 && channel < objects[band.frame].channels(); ++channel) {
+                greyLines->read(plan.segment(band.frame, line, channel));
+                for (std::size_t i = 0; i < count; ++i) {
+                    const std::size_t index = objects[band.frame].findSlot(runs[i].label);
+                    greyLines->copy(runs[i], frames[band.frame]->take(index, channel, runs[i].end - runs[i].begin));
+                }
+            }
+        }
+        context.blockDone(static_cast<double>(band.lastLine - band.firstLine) * static_cast<double>(plan.columns()));
+    };
+    if (plan.isSmall()) {
+        access::serialScheduler().forEach(plan.bandCount(), runBand);
+    } else {
+        context.scheduler().forEach(plan.bandCount(), runBand);
+    }
+    context.throwIfCancelled();
+    return frames;
+}
+
+}  // namespace rix::individual_analysis

@@ -1,0 +1,111 @@
+#include "RunKernels.h"
+
+#include <cstdint>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "gathering/RunKernels.cpp"
+#include <rix/simd/KernelTargets.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::individual_analysis::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// What is known of the run that reaches to the present position, and those before it.
+struct OpenRun {
+    Run* runs;
+    std::size_t count;
+    std::uint32_t begin;
+    std::uint32_t label;
+
+    // The run is written in any case and counted when it is no background: no branch that depends on the picture.
+    HWY_INLINE void closeAt(std::size_t position, std::uint32_t next) {
+        runs[count].begin = begin;
+        runs[count].end = static_cast<std::uint32_t>(position);
+        runs[count].label = label;
+        count += label != 0 ? 1 : 0;
+        begin = static_cast<std::uint32_t>(position);
+        label = next;
+    }
+};
+
+/// One bit for each of the first lanes that differ.
+template <class D, class M>
+HWY_INLINE std::uint64_t bitsOf(D d, M mask) {
+    std::uint64_t bits = 0;
+    std::uint8_t bytes[8] = {};
+    hn::StoreMaskBits(d, mask, bytes);
+    __builtin_memcpy(&bits, bytes, sizeof(bits));
+    const std::size_t lanes = hn::Lanes(d);
+    return lanes >= 64 ? bits : bits & ((std::uint64_t{1} << lanes) - 1);
+}
+
+template <class Label>
+std::size_t findRunsOfRow(const Label* row, std::size_t count, Run* runs) {
+    if (count == 0) {
+        return 0;
+    }
+    const hn::ScalableTag<Label> d;
+    const std::size_t lanes = hn::Lanes(d);
+    OpenRun open{runs, 0, 0, row[0]};
+    std::size_t x = 1;
+    const auto changes = [&](std::size_t at) {
+        return hn::Ne(hn::LoadU(d, row + at), hn::LoadU(d, row + at - 1));
+    };
+    const auto close = [&](std::size_t at, std::uint64_t bits) {
+        while (bits != 0) {
+            const std::size_t position = at + static_cast<std::size_t>(__builtin_ctzll(bits));
+            bits &= bits - 1;
+            open.closeAt(position, row[position]);
+        }
+    };
+    // Long runs are the rule: four vectors without a change are passed with one branch.
+    for (; x + 4 * lanes <= count; x += 4 * lanes) {
+        const auto first = changes(x);
+        const auto second = changes(x + lanes);
+        const auto third = changes(x + 2 * lanes);
+        const auto fourth = changes(x + 3 * lanes);
+        if (!hn::AllFalse(d, hn::Or(hn::Or(first, second), hn::Or(third, fourth)))) {
+            close(x, bitsOf(d, first));
+            close(x + lanes, bitsOf(d, second));
+            close(x + 2 * lanes, bitsOf(d, third));
+            close(x + 3 * lanes, bitsOf(d, fourth));
+        }
+    }
+    for (; x + lanes <= count; x += lanes) {
+        const auto mask = changes(x);
+        if (!hn::AllFalse(d, mask)) {
+            close(x, bitsOf(d, mask));
+        }
+    }
+    for (; x < count; ++x) {
+        if (row[x] != row[x - 1]) {
+            open.closeAt(x, row[x]);
+        }
+    }
+    // The last run may be the one that fills the last place of the array: nothing is written past it.
+    if (open.label != 0) {
+        open.closeAt(count, 0);
+    }
+    return open.count;
+}
+
+}  // namespace rix::individual_analysis::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rix::individual_analysis {
+
+template <class Label>
+FindRuns<Label> findRuns(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, findRunsOfRow<Label>);
+}
+
+template FindRuns<std::uint8_t> findRuns<std::uint8_t>(OptimLevelType);
+template FindRuns<std::uint16_t> findRuns<std::uint16_t>(OptimLevelType);
+template FindRuns<std::uint32_t> findRuns<std::uint32_t>(OptimLevelType);
+
+}  // namespace rix::individual_analysis
+#endif

@@ -1,0 +1,19 @@
+#include "Measures.h"
+
+namespace rix::individual_analysis {
+
+// Of integers of 8 and 16 bits the sum is exact up to 2^53; other types lose at most a few units in the last place for
+// each of the bands of rows that the image is summed in.
+const MeasureDefinition meanDefinition{
+    .name = "Mean",
+    .description = "Mean grey value of the object.",
+    .gathered = GATHER_INTENSITY,
+    .needsIntensity = true,
+    .values = {{"", "", {.intensity = 1}}},
+    .compute =
+        [](const ObjectView& object, std::span<double> values) {
+            values[0] = object.intensity().sum / static_cast<double>(object.shape().count);
+        },
+};
+
+}  // namespace rix::individual_analysis

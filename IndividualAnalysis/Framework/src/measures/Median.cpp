@@ -1,0 +1,22 @@
+#include "Measures.h"
+
+#include "gathering/GreyValues.h"
+
+namespace rix::individual_analysis {
+
+// Between two values their mean. Exact.
+const MeasureDefinition medianDefinition{
+    .name = "Median",
+    .description = "Median grey value of the object.",
+    .gathered = GATHER_VALUES,
+    .type = MeasureProcessingType::Values,
+    .needsIntensity = true,
+    .values = {{"", "", {.intensity = 1}}},
+    .neededForProcessing = {"PixelCount"},
+    .compute =
+        [](const ObjectView& object, std::span<double> values) {
+            values[0] = object.values().percentile(object.index(), object.channel(), 50.0);
+        },
+};
+
+}  // namespace rix::individual_analysis

@@ -1,0 +1,41 @@
+#include "Measures.h"
+
+#include <cmath>
+#include <numbers>
+
+#include "PrincipalDirections.h"
+
+namespace rix::individual_analysis {
+
+namespace {
+
+void compute(const ObjectView& object, std::span<double> values) {
+    const auto direction = principalDirections(object).largest;
+    if (object.inSpace()) {
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            values[axis] = direction[axis];
+        }
+        return;
+    }
+    const double angle = std::atan2(direction[1], direction[0]);
+    values[0] = angle < 0.0 ? angle + std::numbers::pi : angle;
+}
+
+}  // namespace
+
+// In the plane an angle in [0, pi) from the columns' axis towards the rows' axis, which points down: positive angles
+// turn clockwise on the screen. It is one in the world, so that unequal spacing counts. Objects without a longest
+// direction (discs, squares, one square pixel) have any; a square pixel 0.
+const MeasureDefinition orientationDefinition{
+    .name = "Orientation",
+    .description = "Direction of the longest principal axis.",
+    .type = MeasureProcessingType::None,
+    .values = {{"", "Angle from the columns' to the rows' axis.", {}, vessel::ColumnType::REAL, Existence::Only2d, "rad"},
+               {"X", "Along the columns.", {}, vessel::ColumnType::REAL, Existence::Only3d},
+               {"Y", "Along the rows.", {}, vessel::ColumnType::REAL, Existence::Only3d},
+               {"Z", "Along the planes.", {}, vessel::ColumnType::REAL, Existence::Only3d}},
+    .neededForFinalization = {"SecondMoments"},
+    .compute = &compute,
+};
+
+}  // namespace rix::individual_analysis

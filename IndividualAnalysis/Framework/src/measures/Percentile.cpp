@@ -1,0 +1,23 @@
+#include "Measures.h"
+
+#include "gathering/GreyValues.h"
+
+namespace rix::individual_analysis {
+
+// The value at the place p / 100 (n - 1) of the n sorted values, from 0, between two places by linear interpolation (type
+// 7 of Hyndman and Fan 1996): 0 is the minimum, 100 the maximum. One pixel: its value.
+const MeasureDefinition percentileDefinition{
+    .name = "Percentile",
+    .description = "Grey value below which that percentage of the object's values lies.",
+    .gathered = GATHER_VALUES,
+    .type = MeasureProcessingType::Values,
+    .needsIntensity = true,
+    .values = {{"", "", {.intensity = 1}}},
+    .neededForProcessing = {"PixelCount"},
+    .compute =
+        [](const ObjectView& object, std::span<double> values) {
+            values[0] = object.values().percentile(object.index(), object.channel(), object.parameter());
+        },
+};
+
+}  // namespace rix::individual_analysis

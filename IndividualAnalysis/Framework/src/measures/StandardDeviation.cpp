@@ -1,0 +1,21 @@
+#include "Measures.h"
+
+#include <cmath>
+
+namespace rix::individual_analysis {
+
+// That of the object's pixels themselves (divided by their number n, not n - 1): one pixel has 0. Sums of squares are
+// taken about a value of the object and joined about the mean, so that a large mean costs no digits.
+const MeasureDefinition standardDeviationDefinition{
+    .name = "StandardDeviation",
+    .description = "Standard deviation of the grey values of the object.",
+    .gathered = GATHER_INTENSITY,
+    .needsIntensity = true,
+    .values = {{"", "", {.intensity = 1}}},
+    .compute =
+        [](const ObjectView& object, std::span<double> values) {
+            values[0] = std::sqrt(object.intensity().squares / static_cast<double>(object.shape().count));
+        },
+};
+
+}  // namespace rix::individual_analysis

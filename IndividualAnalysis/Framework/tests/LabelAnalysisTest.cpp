@@ -1,0 +1,252 @@
+// The table of an analysis: keys, columns, order, failures, and the same bits for every level, thread count, schedule
+// and storage.
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/devices/Cpu.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelFull3d.h>
+
+#include "ReferenceObjects.h"
+
+namespace rix::individual_analysis {
+namespace {
+
+using namespace test_tools;
+using test::makeImage;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// Bit for bit, NaN included.
+void expectSameTable(const vessel::DataFrameView& expected, const vessel::DataFrameView& actual) {
+    ASSERT_EQ(expected.getColumnCount(), actual.getColumnCount());
+    ASSERT_EQ(expected.getRowCount(), actual.getRowCount());
+    for (std::size_t c = 0; c < expected.getColumnCount(); ++c) {
+        ASSERT_EQ(expected.getColumnInfo(c), actual.getColumnInfo(c));
+        const auto a = column(expected, expected.getColumnInfo(c).name);
+        const auto b = column(actual, expected.getColumnInfo(c).name);
+        for (std::size_t row = 0; row < a.size(); ++row) {
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(a[row]), std::bit_cast<std::uint64_t>(b[row]))
+                << expected.getColumnInfo(c).name << ", row " << row << ": " << a[row] << " and " << b[row];
+        }
+    }
+}
+
+/// Patches of random labels: runs of all lengths, objects of several parts.
+io::MemoryImage patches(VoxelTypes type, const test::Extents& extents, std::uint64_t seed) {
+    return makeImage({.voxelType = type, .extents = extents, .interpretation = RIX_LABEL},
+                     [seed](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) {
+                         const std::uint64_t width = 1 + (seed + y / 3) % 13;
+                         std::uint64_t h = (x / width + 31 * (y / 4) + 977 * (z / 2) + 7919 * t + seed) *
+                                           0x9E3779B97F4A7C15ULL;
+                         h ^= h >> 29;
+                         return h % 3 == 0 ? 0 : h / 3 % 97;
+                     });
+}
+
+/// Everything that exists for the images' dimension.
+std::string everything(const ImageModel& labels) {
+    const std::string measures =
+        "Basic, Shape, Convexity, Intensity, SecondMoments, Median, Percentile(10), Mean/PixelCount";
+    return labels.getNumOf(PLANS) > 1 ? measures : measures + ", ConvexHull, Area/PixelCount";
+}
+
+TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {
+    // Frame 0 has labels 5 and 4294967295, frame 1 none, frame 2 label 5 alone.
+    io::MemoryImage labels = makeImage({.voxelType = RIX_UINT32, .extents = {4, 2, 1, 3, 1}},
+                                       [](std::size_t x, std::size_t y, std::size_t, std::size_t t, std::size_t) {
+                                           if (t == 0) {
+                                               return x == 3 ? 4294967295U : x == 1 && y == 0 ? 5U : 0U;
+                                           }
+                                           return t == 2 && x < 2 ? 5U : 0U;
+                                       });
+    labels.setSpacingOf(COLUMNS, 2.0);
+    labels.setSpacingOf(ROWS, 0.5);
+    labels.setOriginOf(COLUMNS, 10.0);
+    labels.setSpatialUnitName("mm");
+    const auto table = analyse(labels, "Area, Barycenter, BoundingBox, TouchesBorder");
+    EXPECT_THAT(column(*table, "Frame"), ElementsAre(0, 0, 2));
+    EXPECT_THAT(column(*table, "Label"), ElementsAre(5, 4294967295.0, 5));
+    EXPECT_THAT(column(*table, "Area"), ElementsAre(1, 2, 4));
+    EXPECT_THAT(column(*table, "BarycenterX"), ElementsAre(12, 16, 11));
+    EXPECT_THAT(column(*table, "BarycenterY"), ElementsAre(0, 0.25, 0.25));
+    EXPECT_THAT(column(*table, "BoundingBoxMinX"), ElementsAre(1, 3, 0));
+    EXPECT_THAT(column(*table, "BoundingBoxMaxX"), ElementsAre(1, 3, 1));
+    EXPECT_THAT(column(*table, "TouchesBorder"), ElementsAre(1, 1, 1));
+
+    std::vector<std::string> names;
+    std::vector<std::string> units;
+    for (std::size_t c = 0; c < table->getColumnCount(); ++c) {
+        names.push_back(table->getColumnInfo(c).name);
+        units.push_back(table->getColumnInfo(c).unit);
+    }
+    EXPECT_THAT(names, ElementsAre("Frame", "Label", "Area", "BarycenterX", "BarycenterY", "BoundingBoxMinX",
+                                   "BoundingBoxMinY", "BoundingBoxMaxX", "BoundingBoxMaxY", "TouchesBorder"));
+    EXPECT_THAT(units, ElementsAre("", "", "mm^2", "mm", "mm", "", "", "", "", ""));
+}
+
+TEST(LabelAnalysis, GivesNoRowWithoutObjects) {
+    const io::MemoryImage labels = makeImage({.extents = {70, 5, 2, 2, 1}}, [](auto...) { return 0; });
+    const io::MemoryImage grey = makeImage({.extents = {70, 5, 2, 2, 1}}, [](auto...) { return 1; });
+    const auto table = analyse(labels, everything(labels), &grey);
+    EXPECT_EQ(table->getRowCount(), 0U);
+    EXPECT_GT(table->getColumnCount(), 10U);
+}
+
+TEST(LabelAnalysis, IsTheSameForEveryLevelThreadCountScheduleAndStorage) {
+    for (const auto& [type, extents] : {std::pair<VoxelTypes, test::Extents>{RIX_UINT8, {517, 1213, 1, 2, 1}},
+                                        {RIX_UINT16, {131, 67, 71, 1, 1}},
+                                        {RIX_UINT32, {4099, 130, 1, 1, 1}}}) {
+        const io::MemoryImage labels = patches(type, extents, 3);
+        for (const VoxelTypes greyType : {RIX_UINT8, RIX_INT16, RIX_UINT32, RIX_FLOAT32, RIX_FLOAT64}) {
+            SCOPED_TRACE(helper::voxelTypesToString(greyType));
+            const io::MemoryImage grey = test::makeRandomImage({.voxelType = greyType, .extents = extents}, 7,
+                                                               test::Extremes::None);
+            const std::string measures = everything(labels);
+            const auto expected = analyse(labels, measures, &grey);
+            for (const int threads : {1, 2, 3, 7}) {
+                for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
+                    if (devices::Cpu::supports(level)) {
+                        SCOPED_TRACE("level " + std::to_string(level) + ", threads " + std::to_string(threads));
+                        expectSameTable(*expected, *analyse(labels, measures, &grey, {threads, level}));
+                    }
+                }
+            }
+            LabelAnalysis algorithm;
+            algorithm.setBlockScheduler(std::make_shared<access::ShuffledScheduler>(5));
+            algorithm.setInputLabelImage(&labels);
+            algorithm.setInputIntensityImage(&grey);
+            algorithm.setMeasures(measures);
+            algorithm.run();
+            expectSameTable(*expected, algorithm.getOutputMeasurement()->getTable());
+        }
+    }
+}
+
+TEST(LabelAnalysis, MeasuresAViewAsTheImageItself) {
+    const io::MemoryImage both = patches(RIX_UINT16, {60, 40, 5, 2, 1}, 1);
+    const ImageModelFull3d view(static_cast<const ImageModel*>(&both), 1, 0);
+    const auto table = analyse(view, "PixelCount");
+    EXPECT_THAT(column(*table, "Frame"), testing::Each(0));
+    std::vector<double> expected;
+    for (const auto& [key, pixels] : collectObjects(both)) {
+        if (key.first == 1) {
+            expected.push_back(static_cast<double>(pixels.size()));
+        }
+    }
+    EXPECT_EQ(column(*table, "PixelCount"), expected);
+}
+
+TEST(LabelAnalysis, IterationOverFramesGivesTheSameTable) {
+    const io::MemoryImage labels = patches(RIX_UINT8, {50, 30, 1, 4, 1}, 9);
+    LabelAnalysis algorithm;
+    algorithm.setInputLabelImage(&labels);
+    algorithm.enableIterationOnSequenceAxis(true);
+    for (int run = 0; run < 2; ++run) {
+        algorithm.run();
+        expectSameTable(*analyse(labels, "Basic"), algorithm.getOutputMeasurement()->getTable());
+    }
+}
+
+TEST(LabelAnalysis, MeasuresEachChannel) {
+    const io::MemoryImage labels = makeImage({.extents = {3, 1, 1, 1, 1}}, [](std::size_t x, auto...) { return x; });
+    const io::MemoryImage grey =
+        makeImage({.extents = {3, 1, 1, 1, 2}}, [](std::size_t x, std::size_t, std::size_t, std::size_t,
+                                                   std::size_t s) { return 10 * x + s; });
+    const auto table = analyse(labels, "Mean, PixelCount, 2*Mean", &grey);
+    EXPECT_THAT(column(*table, "Mean[0]"), ElementsAre(10, 20));
+    EXPECT_THAT(column(*table, "Mean[1]"), ElementsAre(11, 21));
+    EXPECT_THAT(column(*table, "2*Mean[1]"), ElementsAre(22, 42));
+    EXPECT_THAT(column(*table, "PixelCount"), ElementsAre(1, 1));
+}
+
+TEST(LabelAnalysis, FillsTheObjectThatIsSetOrOneOfItsOwn) {
+    const io::MemoryImage labels = patches(RIX_UINT8, {50, 30, 1, 1, 1}, 9);
+    LabelAnalysis algorithm;
+    EXPECT_EQ(algorithm.getOutputMeasurement(), nullptr);
+    algorithm.setInputLabelImage(&labels);
+    algorithm.run();
+    const LabelAnalysisMsr& own = *algorithm.getOutputMeasurement();
+    EXPECT_TRUE(own.getTable().findColumn("BarycenterX"));
+    algorithm.setMeasures("Nonsense");
+    EXPECT_THROW(algorithm.run(), RuleException);
+    expectSameTable(*analyse(labels, "Basic"), own.getTable());  // a refused run leaves the last table
+
+    LabelAnalysisMsr given;
+    algorithm.setOutputMeasurement(&given);
+    algorithm.setMeasures("Area, PixelCount");
+    algorithm.run();
+    const auto expected = analyse(labels, "Area, PixelCount");
+    expectSameTable(*expected, given.getTable());
+    expectSameTable(*expected, given.toDataFrame());
+    EXPECT_EQ(given.getNumOfArrays(), 4U);
+    EXPECT_EQ(given.findArray("Area")->size(), expected->getRowCount());
+    EXPECT_THROW(static_cast<void>(given.getTable().getReals(3)), std::invalid_argument);
+    EXPECT_THROW(static_cast<void>(given.getTable().getColumnInfo(4)), std::out_of_range);
+}
+
+TEST(LabelAnalysis, RefusesBadPropertiesByName) {
+    struct Refusal {
+        const char* name;
+        void (*spoil)(LabelAnalysis&);
+        std::vector<const char*> texts;
+    };
+    static const io::MemoryImage good = patches(RIX_UINT8, {9, 8, 1, 1, 1}, 1);
+    static const io::MemoryImage floats = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {9, 8, 1, 1, 1}}, 1);
+    static const io::MemoryImage channels = test::makeRandomImage({.extents = {9, 8, 1, 1, 2}}, 1);
+    static const io::MemoryImage large = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
+    static const io::MemoryImage pairs =
+        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 8, 1, 1, 1}}, 1);
+    static const io::MemoryImage empty;
+    static const io::MemoryImage unscaled = [] {
+        io::MemoryImage image = good;
+        image.setSpacingOf(ROWS, 0.0);
+        return image;
+    }();
+    const Refusal refusals[] = {
+        {"no labels", [](LabelAnalysis& a) { a.setInputLabelImage(nullptr); }, {"\"inputLabelImage\" must be set"}},
+        {"float labels", [](LabelAnalysis& a) { a.setInputLabelImage(&floats); }, {"inputLabelImage", "float32"}},
+        {"channels of labels", [](LabelAnalysis& a) { a.setInputLabelImage(&channels); }, {"inputLabelImage"}},
+        {"empty", [](LabelAnalysis& a) { a.setInputLabelImage(&empty); }, {"inputLabelImage", "empty"}},
+        {"no spacing", [](LabelAnalysis& a) { a.setInputLabelImage(&unscaled); },
+         {"inputLabelImage", "spacing 0 on the rows axis"}},
+        {"another size", [](LabelAnalysis& a) { a.setInputIntensityImage(&large); },
+         {"inputIntensityImage", "inputLabelImage"}},
+        {"complex", [](LabelAnalysis& a) { a.setInputIntensityImage(&pairs); }, {"inputIntensityImage", "complex"}},
+        {"no intensity", [](LabelAnalysis& a) { a.setMeasures("Area, Mean"); },
+         {"Rule error in property measures", "\"Mean\"", "inputIntensityImage"}},
+        {"no such measure", [](LabelAnalysis& a) { a.setMeasures("Aera"); },
+         {"no measure \"Aera\"", "Barycenter", "Basic"}},
+        {"no text", [](LabelAnalysis& a) { a.setMeasures(""); }, {"measures", "cannot be read"}},
+        {"in space only", [](LabelAnalysis& a) { a.setMeasures("Volume"); }, {"\"Volume\"", "in the plane"}},
+    };
+    for (const Refusal& refusal : refusals) {
+        SCOPED_TRACE(refusal.name);
+        LabelAnalysis algorithm;
+        algorithm.setInputLabelImage(&good);
+        refusal.spoil(algorithm);
+        try {
+            algorithm.run();
+            ADD_FAILURE() << "accepted";
+        } catch (const RuleException& exception) {
+            for (const char* text : refusal.texts) {
+                EXPECT_THAT(exception.getInfo(), HasSubstr(text));
+            }
+        }
+        algorithm.setInputLabelImage(&good);
+        algorithm.setInputIntensityImage(nullptr);
+        algorithm.setMeasures("Area");
+        EXPECT_NO_THROW(algorithm.run());
+    }
+}
+
+}  // namespace
+}  // namespace rix::individual_analysis

@@ -1,0 +1,125 @@
+#!/usr/bin/python3
+"""How fast the Python package is beside SciPy and scikit-image, in one process, and what a call costs beside C++.
+
+    PYTHONPATH=build/release/python benchmarks/python_peers.py [--calls build/bench/bin/bench_small_runs] [FAMILY...]
+
+A line for each operation: milliseconds (the least of some runs) of ours with one thread and with all, of the peer, and
+peer / ours for both. Both make new results every time. With --calls also a line for each small operation: microseconds of
+a call on 64x64 in Python and of the run in C++.
+"""
+
+import argparse
+import json
+import subprocess
+import time
+
+import numpy as np
+
+import rix
+
+
+def best(function, seconds):
+    """The least time of a call, in seconds: at least three calls after one that warms up."""
+    function()
+    times = []
+    end = time.perf_counter() + seconds
+    while len(times) < 3 or time.perf_counter() < end:
+        start = time.perf_counter()
+        function()
+        times.append(time.perf_counter() - start)
+    return min(times)
+
+
+def blobs(shape):
+    """Smooth noise above its median: objects of all sizes. As bool, and the noise as uint8."""
+    noise = np.random.default_rng(1).integers(0, 255, shape, dtype=np.uint8)
+    box = rix.box_filter_2d if len(shape) == 2 else rix.box_filter_3d
+    smooth = box(noise, *(9,) * len(shape), auto_scale=True)
+    return smooth > np.median(smooth) + 4, noise
+
+
+def families():
+    from scipy import ndimage
+    from skimage import filters, measure
+
+    for shape in ((2048, 2048), (256, 256, 256)):
+        dimensions = len(shape)
+        mask, grey = blobs(shape)
+        text = "x".join(map(str, shape))
+        label = rix.labeling_2d if dimensions == 2 else rix.labeling_3d
+        box = rix.box_filter_2d if dimensions == 2 else rix.box_filter_3d
+        full = "CONNECTIVITY_8" if dimensions == 2 else "CONNECTIVITY_26"
+        labels = label(mask, "LABEL_32_BIT", full).view(np.int32)
+        measures = "Area, Barycenter, Mean" if dimensions == 2 else "Volume, Barycenter, Mean"
+
+        def by_index(labels, grey):
+            index = np.arange(1, labels.max() + 1)
+            return (ndimage.sum(labels > 0, labels, index), ndimage.center_of_mass(labels > 0, labels, index),
+                    ndimage.mean(grey, labels, index))
+
+        def regions(labels, grey):
+            return measure.regionprops_table(labels, grey, properties=("area", "centroid", "intensity_mean"))
+
+        ones = np.ones((3,) * dimensions)
+        yield "labeling", text, "scipy.ndimage.label", (
+            lambda threads: label(mask, "LABEL_32_BIT", full, threads=threads), lambda: ndimage.label(mask, ones))
+        yield "labeling", text, "skimage.measure.label", (
+            lambda threads: label(mask, "LABEL_32_BIT", full, threads=threads), lambda: measure.label(mask))
+        sizes = (7,) * dimensions
+        yield "uniform", text, "scipy.ndimage.uniform_filter", (
+            lambda threads: box(grey, *sizes, auto_scale=True, threads=threads),
+            lambda: ndimage.uniform_filter(grey, sizes))
+        yield "otsu", text, "skimage.filters.threshold_otsu", (
+            lambda threads: rix.auto_thresholding_value(grey, threshold_criterion="FACTORISATION", threads=threads),
+            lambda: filters.threshold_otsu(grey))
+        yield "regions", text, "skimage.measure.regionprops_table", (
+            lambda threads: rix.label_analysis(labels.view(np.uint32), grey, measures, threads=threads),
+            lambda: regions(labels, grey))
+        yield "regions", text, "scipy.ndimage (three functions)", (
+            lambda threads: rix.label_analysis(labels.view(np.uint32), grey, measures, threads=threads),
+            lambda: by_index(labels, grey))
+
+
+def print_peers(wanted, seconds):
+    print(f"{'operation':10}{'image':14}{'ours 1T':>10}{'ours':>10}{'peer':>10}{'peer/1T':>9}{'peer/ours':>10}  peer (ms)")
+    for family, text, peer, (ours, theirs) in families():
+        if wanted and family not in wanted:
+            continue
+        one, many, other = (1e3 * best(call, seconds) for call in (lambda: ours(1), lambda: ours(None), theirs))
+        print(f"{family:10}{text:14}{one:10.2f}{many:10.2f}{other:10.1f}{other / one:9.1f}{other / many:10.1f}  {peer}",
+              flush=True)
+
+
+def print_calls(program):
+    report = json.loads(subprocess.run([program, "--benchmark_format=json", "--benchmark_min_time=0.1"],
+                                       capture_output=True, check=True).stdout)
+    image = np.random.default_rng(1).integers(0, 255, (64, 64), dtype=np.uint8)
+    mask = image > 128
+    calls = {"thresholding_by_criterion": lambda: rix.thresholding_by_criterion(image, "GREATER_THAN", 128),
+             "box_filter_2d": lambda: rix.box_filter_2d(image, 5, 5), "labeling_2d": lambda: rix.labeling_2d(mask)}
+    print(f"{'call on 64x64':30}{'Python':>10}{'C++':>10}{'more':>10}  (us)")
+    for run in report["benchmarks"]:
+        call = calls[run["name"]]
+
+        def hundred():
+            for _ in range(100):
+                call()
+
+        python = 1e4 * best(hundred, 0.3)
+        print(f"{run['name']:30}{python:10.2f}{run['real_time']:10.2f}{python - run['real_time']:10.2f}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("families", nargs="*", metavar="FAMILY", help="labeling, uniform, otsu, regions; unless given, all")
+    parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
+    parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
+    options = parser.parse_args()
+    if options.calls:
+        print_calls(options.calls)
+    if options.families or not options.calls:
+        print_peers(options.families, options.seconds)
+
+
+if __name__ == "__main__":
+    main()

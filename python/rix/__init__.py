@@ -1,0 +1,31 @@
+"""2D and 3D image processing on NumPy arrays.
+
+Every algorithm of the library is here as a function, ``rix.box_filter_2d(image, 5, 5)``, and as a class,
+``rix.BoxFilter2d``. ``rix.list()`` names all, ``rix.describe(name)`` explains one.
+"""
+
+import os as _os
+from typing import Any as _Any
+
+from . import _rix
+from ._algorithms import Algorithm, Description, Listed, describe, find as _find, list_all as list, names as _names
+from ._errors import CancelledError, DataTypeError, Error, FileError, OutOfMemoryError, RuleError, RunError
+from ._files import imread, imwrite, overlay
+from ._image import ColorInterpretation, Image, Interpretation
+from ._table import Table
+
+__version__: str = _rix.version()
+
+_os.register_at_fork(after_in_child=_rix.stay_in_callers_thread)
+
+
+def __getattr__(name: str) -> _Any:
+    # Classes and functions are made when they are first used: importing the package stays quick.
+    if name.startswith("_"):
+        raise AttributeError(f"module 'rix' has no attribute '{name}'")
+    globals()[name] = found = _find(name)
+    return found
+
+
+def __dir__() -> _Any:
+    return sorted({name for name in globals() if not name.startswith("_")} | set(_names()))

@@ -1,0 +1,233 @@
+#include "Arrays.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+#include <pybind11/stl.h>
+
+#include "Axes.h"
+#include "Errors.h"
+#include "VoxelDtypes.h"
+
+namespace py = pybind11;
+
+namespace rix::python {
+namespace {
+
+constexpr int alignedFlag = py::detail::npy_api::NPY_ARRAY_ALIGNED_;
+
+/// Reads rows in place when columns lie side by side and at addresses that their type may have.
+bool hasOpenRows(const py::array& array, const std::string& axes) {
+    const auto column = axes.find('x');
+    const bool dense = column == std::string::npos || array.shape(static_cast<py::ssize_t>(column)) <= 1 ||
+                       array.strides(static_cast<py::ssize_t>(column)) == array.itemsize();
+    return dense && (array.flags() & alignedFlag) != 0;
+}
+
+/// Memory that an image is opened on, and its axes.
+struct Memory {
+    py::array array;
+    std::string axes;
+};
+
+/// A contiguous copy in the order of storage and the byte order of the machine.
+Memory copyInStorageOrder(const py::array& array, const std::string& axes) {
+    std::vector<std::size_t> order(axes.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::sort(order.begin(), order.end(),
+              [&](std::size_t a, std::size_t b) { return axisOfLetter(axes[a]) > axisOfLetter(axes[b]); });
+    py::list permutation;
+    std::string sorted;
+    for (const std::size_t dimension : order) {
+        permutation.append(dimension);
+        sorted += axes[dimension];
+    }
+    const py::object native = array.dtype().attr("newbyteorder")("=");
+    return {array.attr("transpose")(permutation).attr("astype")(native, py::arg("order") = "C", py::arg("copy") = true),
+            sorted};
+}
+
+/// Fills the shape of a header and opens memory, which the image then keeps.
+void openMemory(GivenImage& given, Memory memory, ImageHeader header, ArrayImage::Access access) {
+    given.array = std::move(memory.array);
+    std::array<std::ptrdiff_t, RIX_COMPONENTS_SIZE> strides{};
+    for (std::size_t dimension = 0; dimension < memory.axes.size(); ++dimension) {
+        const Components axis = axisOfLetter(memory.axes[dimension]);
+        header.extents[axis] = static_cast<std::size_t>(given.array.shape(static_cast<py::ssize_t>(dimension)));
+        strides[axis] = given.array.strides(static_cast<py::ssize_t>(dimension));
+    }
+    // An input is never written: the image is read-only, whatever the array is.
+    given.image = std::make_unique<ArrayImage>(const_cast<void*>(given.array.data()), header, strides, access);
+}
+
+ImageHeader headerOfArray(const py::array& array) {
+    ImageHeader header;
+    const VoxelDtype type = voxelTypeOf(array);
+    header.voxelType = type.type;
+    header.interpretation = type.isBool ? RIX_BINARY : RIX_VALUE;
+    return header;
+}
+
+/// The calibration and the meaning that a rix.Image has.
+ImageHeader headerOfImage(py::handle image, const py::array& array, const std::string& axes) {
+    ImageHeader header = headerOfArray(array);
+    const auto read = [&](const char* attribute, std::array<double, RIX_COMPONENTS_SIZE>& values) {
+        const py::tuple given = image.attr(attribute);
+        for (std::size_t dimension = 0; dimension < axes.size(); ++dimension) {
+            values[axisOfLetter(axes[dimension])] = given[dimension].cast<double>();
+        }
+    };
+    read("spacing", header.spacing);
+    read("origin", header.origin);
+    header.spatialUnit = image.attr("spatial_unit").cast<std::string>();
+    header.sequenceUnit = image.attr("sequence_unit").cast<std::string>();
+    const auto directions = image.attr("directions").cast<std::array<std::array<double, 3>, 3>>();
+    header.directions = {directions[0], directions[1], directions[2]};
+    header.interpretation = static_cast<Interpretations>(image.attr("interpretation").cast<int>());
+    header.colorInterpretation = static_cast<ColorInterpretation>(image.attr("color_interpretation").cast<int>());
+    return header;
+}
+
+bool isImage(py::handle object) {
+    // Kept for the life of the process, as the module is.
+    static const py::handle type = py::object(py::module_::import("rix._image").attr("Image")).release();
+    return py::isinstance(object, type);
+}
+
+GivenImage open(py::handle object, const std::string& axes, ArrayImage::Access access) {
+    GivenImage given;
+    given.object = py::reinterpret_borrow<py::object>(object);
+    py::object source = given.object;
+    if (!py::isinstance<py::array>(object) && !isImage(object)) {
+        const py::tuple converted = py::module_::import("rix._convert").attr("open_foreign")(object, axes);
+        source = converted[0];
+        given.wrap = converted[1];
+        given.form = given.wrap.is_none() ? ImageForm::Array : ImageForm::Foreign;
+    }
+    ImageHeader header;
+    if (py::isinstance<py::array>(source)) {
+        if (Py_TYPE(source.ptr()) != py::detail::npy_api::get().PyArray_Type_ && py::hasattr(source, "mask")) {
+            throw WrongTypeError("a masked array can't be an image: its mask would be ignored. Fill it (.filled()), "
+                                 "or give the mask as an image of its own");
+        }
+        given.array = py::reinterpret_borrow<py::array>(source);
+        header = headerOfArray(given.array);
+        given.axes = axesOfArray(static_cast<std::size_t>(given.array.ndim()), axes);
+    } else {
+        given.form = given.form == ImageForm::Foreign ? ImageForm::Foreign : ImageForm::Image;
+        given.array = source.attr("array");
+        given.axes = source.attr("axes").cast<std::string>();
+        header = headerOfImage(source, given.array, given.axes);
+    }
+    const bool needsCopy = !isNative(given.array) || !hasOpenRows(given.array, given.axes);
+    if (access == ArrayImage::Access::ReadOnly) {
+        openMemory(given,
+                   needsCopy ? copyInStorageOrder(given.array, given.axes) : Memory{given.array, given.axes}, header,
+                   access);
+        return given;
+    }
+    if (needsCopy) {
+        throw RefusedError("an array for a result needs contiguous rows and the byte order of the machine; given is a " +
+                           describeObject(given.array) + " with the strides " +
+                           py::str(given.array.attr("strides")).cast<std::string>());
+    }
+    if (!given.array.writeable()) {
+        throw RefusedError("an array for a result must be writable; given is a read-only " +
+                           describeObject(given.array));
+    }
+    openMemory(given, {given.array, given.axes}, header, access);
+    return given;
+}
+
+}  // namespace
+
+GivenImage openInput(py::handle object, const std::string& axes) {
+    return open(object, axes, ArrayImage::Access::ReadOnly);
+}
+
+GivenImage openOutput(py::handle object, const std::string& axes) {
+    return open(object, axes, ArrayImage::Access::ReadWrite);
+}
+
+void partFromOutput(GivenImage& input, const GivenImage& output) {
+    const auto [inLow, inHigh] = input.image->bounds();
+    const auto [outLow, outHigh] = output.image->bounds();
+    if (inLow >= outHigh || outLow >= inHigh || input.image->hasLayoutOf(*output.image)) {
+        return;
+    }
+    // What overlaps was opened where it is, so the axes are those of the memory.
+    openMemory(input, copyInStorageOrder(input.array, input.axes), ImageHeader(input.image->header()),
+               ArrayImage::Access::ReadOnly);
+}
+
+namespace {
+
+/// The arguments of rix._image.Image._make for a header.
+py::object makeImage(const py::array& array, const std::string& axes, const ImageHeader& header) {
+    py::tuple spacing(axes.size());
+    py::tuple origin(axes.size());
+    for (std::size_t dimension = 0; dimension < axes.size(); ++dimension) {
+        spacing[dimension] = py::float_(header.spacing[axisOfLetter(axes[dimension])]);
+        origin[dimension] = py::float_(header.origin[axisOfLetter(axes[dimension])]);
+    }
+    const auto& [column, row, slice] = header.directions;
+    const auto vector = [](const vessel::Vector3d& values) { return py::make_tuple(values[0], values[1], values[2]); };
+    return py::module_::import("rix._image")
+        .attr("Image")
+        .attr("_make")(array, axes, spacing, origin, header.spatialUnit, header.sequenceUnit,
+                       py::make_tuple(vector(column), vector(row), vector(slice)),
+                       static_cast<int>(header.interpretation), static_cast<int>(header.colorInterpretation));
+}
+
+}  // namespace
+
+void updateHeader(const GivenImage& output) {
+    if (output.form == ImageForm::Image) {
+        output.object.attr("_take")(makeImage(output.array, output.axes, output.image->header()));
+    }
+}
+
+py::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::string& axes) {
+    const std::size_t samples = helper::getElementNumber(image->getElementType());
+    const bool isBool = image->getInterpretation() == RIX_BINARY && image->getVoxelType() == RIX_UINT8;
+    const auto extents = helper::getExtents(*image);
+    std::array<py::ssize_t, RIX_COMPONENTS_SIZE> storage{};
+    auto stride = static_cast<py::ssize_t>(helper::getElementSize(*image));
+    for (std::size_t axis = 0; axis < storage.size(); ++axis) {
+        storage[axis] = stride;
+        stride *= static_cast<py::ssize_t>(extents[axis]);
+    }
+    std::vector<py::ssize_t> shape;
+    std::vector<py::ssize_t> strides;
+    for (const char letter : axes) {
+        const Components axis = axisOfLetter(letter);
+        shape.push_back(static_cast<py::ssize_t>(extents[axis]));
+        strides.push_back(storage[axis]);
+    }
+    if (samples != 1) {
+        shape.push_back(static_cast<py::ssize_t>(samples));
+        strides.push_back(static_cast<py::ssize_t>(helper::getSizeOf(image->getVoxelType())));
+    }
+    auto owner = std::make_unique<std::shared_ptr<io::MemoryImage>>(image);
+    const py::capsule keeper(owner.get(), [](void* kept) { delete static_cast<std::shared_ptr<io::MemoryImage>*>(kept); });
+    static_cast<void>(owner.release());
+    return {dtypeOf(image->getVoxelType(), isBool), shape, strides, image->getImageBuffer(), keeper};
+}
+
+py::object resultOf(const std::shared_ptr<io::MemoryImage>& image, const GivenImage* reference) {
+    const std::string axes = axesOfResult(helper::getExtents(*image), reference != nullptr ? reference->axes : "");
+    if (reference == nullptr || reference->form == ImageForm::Array) {
+        return arrayOf(image, axes);
+    }
+    const py::object result = imageOf(image, axes);
+    return reference->form == ImageForm::Image ? result : reference->wrap(result);
+}
+
+py::object imageOf(const std::shared_ptr<io::MemoryImage>& image, const std::string& axes) {
+    return makeImage(arrayOf(image, axes), axes, headerOf(*image));
+}
+
+}  // namespace rix::python

@@ -1,0 +1,50 @@
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <rix/Library.h>
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/settings/Settings.h>
+
+#include "Algorithm.h"
+#include "Axes.h"
+#include "Description.h"
+#include "Errors.h"
+#include "Files.h"
+
+namespace py = pybind11;
+
+namespace {
+
+using rix::python::Algorithm;
+
+rix::python::RunOptions optionsFrom(py::object progress, py::object threads, const std::string& axes) {
+    return {std::move(progress), std::move(threads), axes};
+}
+
+}  // namespace
+
+PYBIND11_MODULE(_rix, module) {
+    module.doc() = "The compiled part of rix: algorithms by name, properties by place. Use the package.";
+    rix::python::registerErrors();
+
+    py::class_<Algorithm>(module, "Algorithm", "Base of every algorithm class.")
+        .def(py::init<const std::string&>())
+        .def("_get", &Algorithm::get)
+        .def("_set", &Algorithm::set)
+        .def("_run", [](Algorithm& algorithm, py::object progress, py::object threads, const std::string& axes) {
+            return algorithm.run(optionsFrom(std::move(progress), std::move(threads), axes));
+        });
+    module.def("call", [](const std::string& name, const py::tuple& inputs, py::handle out, py::object progress,
+                          py::object threads, const std::string& axes) {
+        return rix::python::callFunction(name, inputs, out, optionsFrom(std::move(progress), std::move(threads), axes));
+    });
+    module.def("describe", &rix::python::describeClass);
+    module.def("list", &rix::python::listClasses);
+    module.def("version", &rix::version);
+    module.def("axes_of_array", &rix::python::axesOfArray);
+    module.def("read_image", &rix::python::readFile);
+    module.def("write_image", &rix::python::writeFile);
+    module.def("overlay", &rix::python::overlay);
+    // The threads of a process don't live in its forks, oneTBB's can't be started anew there.
+    module.def("stay_in_callers_thread", [] { rix::globalSettings().setMaximumNumberOfThreads(1); });
+}

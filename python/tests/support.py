@@ -1,0 +1,62 @@
+"""What the tests share: pictures, and examples of every algorithm made from its description."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import textwrap
+from typing import Any, Dict
+
+import numpy as np
+
+import rix
+
+EXAMPLES = pathlib.Path(os.environ["RIX_EXAMPLES"])
+SANITIZED = bool(os.environ.get("RIX_SANITIZE"))
+NAMES = [entry.name for entry in rix.list()]
+
+
+def random_array(dtype, shape=(17, 23), seed=1):
+    values = np.random.default_rng(seed).integers(0, 100, shape)
+    return values > 50 if dtype == bool else values.astype(dtype)
+
+
+def blobs(shape=(60, 70), seed=3):
+    """Round objects of several sizes, as bool."""
+    random = np.random.default_rng(seed)
+    grid = np.indices(shape)
+    mask = np.zeros(shape, bool)
+    for _ in range(12):
+        centre = [random.integers(0, size) for size in shape]
+        square = sum((axis - c) ** 2 for axis, c in zip(grid, centre))
+        mask |= square < random.integers(2, 7) ** 2
+    return mask
+
+
+def example_inputs(name: str, shape=(17, 23)) -> Dict[str, Any]:
+    """Inputs with which an algorithm runs; no algorithm is named here."""
+    inputs: Dict[str, Any] = {}
+    for item in rix.describe(name)["properties"]:
+        if item["direction"] == "out" or not item["required"]:
+            continue
+        if item["role"] == "image":
+            inputs[item["name"]] = random_array(np.uint8, shape, seed=len(inputs))
+        else:
+            inputs[item["name"]] = 3  # sizes, mostly: zero was refused
+    return inputs
+
+
+def run_script(text: str, *arguments: str) -> str:
+    """Runs a script in a fresh interpreter, and gives what it prints."""
+    done = subprocess.run([sys.executable, "-c", textwrap.dedent(text), *arguments], capture_output=True, text=True,
+                          timeout=120)
+    assert done.returncode == 0, done.stdout + done.stderr
+    return done.stdout
+
+
+def as_arrays(results: Any) -> list:
+    """The samples and columns of whatever a call gave, to be compared."""
+    flat = []
+    for result in results if isinstance(results, tuple) else (results,):
+        flat += list(result.values()) if isinstance(result, rix.Table) else [np.asarray(result)]
+    return flat

@@ -1,0 +1,141 @@
+"""Everything that comes from the registry: classes, functions, choices, values, refusals."""
+
+import enum
+import inspect
+import pickle
+
+import numpy as np
+import pytest
+
+import rix
+from support import NAMES, as_arrays, example_inputs, random_array
+
+GREATER = rix.ThresholdingByCriterion.CriterionType.GREATER_THAN
+
+
+def test_registry_is_complete():
+    assert len(NAMES) == len(set(NAMES)) >= 15
+    for entry in rix.list():
+        assert entry.name in dir(rix) and entry.function in dir(rix)
+        assert entry.summary.endswith(".") and entry.area
+
+
+@pytest.mark.parametrize("name", NAMES)
+def test_class_and_function_agree(name):
+    facts = rix.describe(name)
+    made, function = getattr(rix, name), getattr(rix, facts["function"])
+    assert rix.describe(made) == rix.describe(function) == facts
+    assert facts["summary"] in made.__doc__ and facts["summary"] in function.__doc__
+    parameters = inspect.signature(function).parameters
+    for item in facts["properties"]:
+        assert inspect.getdoc(getattr(made, item["name"]))
+        if item["direction"] != "out":
+            assert (parameters[item["name"]].default is inspect.Parameter.empty) == item["required"]
+    inputs = example_inputs(name)
+    expected = function(**inputs)
+    algorithm = made(**inputs)
+    for _ in range(2):  # an object runs any number of times
+        results = algorithm.run()
+        for got, wanted in zip(as_arrays(results), as_arrays(expected), strict=True):
+            np.testing.assert_array_equal(got, wanted)
+    for item in facts["properties"]:
+        value = getattr(algorithm, item["name"])
+        if item["name"] in inputs and item["role"] == "image":
+            assert value is inputs[item["name"]]
+        elif item["direction"] == "out":
+            assert value is not None
+    # Binary images are arrays of bool, whose bytes can be nothing but 0 and 1.
+    for array in as_arrays(expected):
+        if array.dtype == bool:
+            assert array.view(np.uint8).max(initial=0) <= 1
+
+
+@pytest.mark.parametrize("name", NAMES)
+def test_choices_are_enumerations(name):
+    algorithm = getattr(rix, name)()
+    for item in rix.describe(name)["properties"]:
+        kind = item["enumeration"]
+        if kind is None:
+            continue
+        assert issubclass(kind, enum.IntEnum) and getattr(type(algorithm), kind.__name__) is kind
+        for member in kind:
+            for given in (member, int(member), member.name):
+                setattr(algorithm, item["name"], given)
+                assert getattr(algorithm, item["name"]) is member
+        for wrong in ("NO_SUCH_LABEL", 99, "0", -(2**40)):
+            with pytest.raises(rix.RuleError, match=next(iter(kind)).name):
+                setattr(algorithm, item["name"], wrong)
+        for wrong in (1.0, None.__class__, rix.Interpretation.LABEL):
+            with pytest.raises(rix.DataTypeError, match=kind.__name__):
+                setattr(algorithm, item["name"], wrong)
+
+
+def test_yes_and_no_are_python_s():
+    box = rix.BoxFilter2d(auto_scale=True)
+    assert box.auto_scale.name == "YES"
+    box.auto_scale = False
+    assert box.auto_scale.name == "NO"
+    with pytest.raises(rix.DataTypeError):
+        rix.Labeling2d(neighborhood=True)
+
+
+def test_values():
+    threshold = rix.AutoThresholdingBright(intensity_input_range=np.array([3, 7.5]))
+    assert threshold.intensity_input_range == (3.0, 7.5)
+    assert "intensity_input_range=(3.0, 7.5)" in repr(threshold)
+    box = rix.BoxFilter2d(kernel_size_x=np.uint8(5))
+    assert box.kernel_size_x == 5
+    for name, wrong, error in [("kernel_size_x", 2.5, TypeError), ("kernel_size_x", "3", TypeError),
+                               ("kernel_size_x", 2**31, ValueError)]:
+        with pytest.raises(error, match="BoxFilter2d.kernel_size_x"):
+            setattr(box, name, wrong)
+    for wrong, error in [((1, 2, 3), ValueError), (4, TypeError), ("ab", TypeError), ((1, "x"), TypeError)]:
+        with pytest.raises(error, match="AutoThresholdingBright.intensity_input_range"):
+            threshold.intensity_input_range = wrong
+    assert threshold.intensity_input_range == (3.0, 7.5)
+
+
+def test_misspelt_names():
+    with pytest.raises(AttributeError, match="Did you mean: 'box_filter_2d'"):
+        rix.box_filter2d
+    with pytest.raises(AttributeError):
+        rix.BoxFilter2d().kernel_size_q = 3  # a typing error must not make a new attribute
+    with pytest.raises(rix.RuleError, match="did you mean 'kernel_size_x'"):
+        rix.BoxFilter2d(kernel_siz_x=3)
+    with pytest.raises(rix.RuleError, match="NoSuchClass"):
+        rix.describe("NoSuchClass")
+    with pytest.raises(TypeError, match="kernel"):
+        rix.box_filter_2d(random_array(np.uint8), 3, 3, kernel=4)
+
+
+def test_errors_belong_to_a_family_and_keep_the_whole_text():
+    image = random_array(np.uint8)
+    with pytest.raises(ValueError) as refused:
+        rix.box_filter_2d(image, 0, 3)
+    error = refused.value
+    assert isinstance(error, rix.RuleError) and isinstance(error, rix.Error)
+    assert "BoxFilter2d" in error.levels[0] and "strictly positive" in error.levels[-1]
+    assert all(level in str(error) for level in error.levels)
+    cases = [(lambda: rix.labeling_2d([[1, 2]]), TypeError, "list"),
+             (lambda: rix.box_filter_2d(image, 3, 3, threads=0), ValueError, "threads=0"),
+             (lambda: rix.mask_image(image, image[:5]), ValueError, "size"),
+             (lambda: rix.labeling_2d(image.astype(np.float32)), ValueError, "inputObjectImage"),
+             (lambda: rix.imread("no/such.png"), OSError, "no/such.png"),
+             (lambda: rix.auto_thresholding_value(np.zeros((4, 4), np.uint8)), RuntimeError, "AutoThresholdingValue"),
+             (lambda: rix.Labeling2d().run(), ValueError, "must be set")]
+    for call, kind, text in cases:
+        with pytest.raises(kind, match=text) as raised:
+            call()
+        assert isinstance(raised.value, rix.Error)
+
+
+def test_enumerations_and_errors_can_be_pickled():
+    assert pickle.loads(pickle.dumps(GREATER)) is GREATER
+    assert pickle.loads(pickle.dumps(rix.RuleError("text"))).args == ("text",)
+
+
+def test_several_results_have_names():
+    result = rix.auto_thresholding_bright(random_array(np.uint8), threshold_criterion="MOMENTS")
+    assert result._fields == ("output_binary_image", "output_measurement")
+    binary, measurement = result
+    assert binary is result.output_binary_image and measurement["threshold"].shape == (1,)

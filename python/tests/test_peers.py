@@ -1,0 +1,76 @@
+"""The same answers as SciPy and scikit-image where they mean the same."""
+
+import numpy as np
+import pytest
+
+import rix
+from support import EXAMPLES, blobs, random_array
+
+IMAGES = sorted((EXAMPLES / "images").glob("*.png"))
+
+
+def same_up_to_numbers(a, b):
+    """Two label images part the same sets when each number of one is one number of the other."""
+    pairs = np.unique(np.stack([a.ravel(), b.ravel()]).astype(np.int64), axis=1)
+    return len(set(pairs[0])) == len(set(pairs[1])) == pairs.shape[1] and (pairs[0] == 0).tolist() == (pairs[1] == 0).tolist()
+
+
+def objects(dimensions):
+    shape = (60, 70) if dimensions == 2 else (20, 30, 40)
+    yield blobs(shape)
+    for density in (0.1, 0.5, 0.6):
+        yield np.random.default_rng(int(10 * density)).random(shape) < density
+    if dimensions == 2:
+        for path in IMAGES:
+            grey = rix.imread(path)
+            if grey.ndim == 2:
+                yield grey.array > np.median(grey.array)
+
+
+@pytest.mark.parametrize("dimensions,neighborhood,rank",
+                         [(2, 4, 1), (2, 8, 2), (3, 6, 1), (3, 18, 2), (3, 26, 3)])
+def test_labels(dimensions, neighborhood, rank):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    label = rix.labeling_2d if dimensions == 2 else rix.labeling_3d
+    for mask in objects(dimensions):
+        expected, count = ndimage.label(mask, ndimage.generate_binary_structure(dimensions, rank))
+        labels = label(mask, neighborhood=f"CONNECTIVITY_{neighborhood}")
+        assert labels.max() == count and same_up_to_numbers(labels, expected)
+
+
+@pytest.mark.parametrize("dtype", [np.uint8, np.uint16, np.float32, np.float64])
+def test_uniform_filter(dtype):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    for shape, size, run in [((40, 50), (3, 5), lambda a: rix.box_filter_2d(a, 5, 3, auto_scale=True)),
+                             ((12, 20, 30), (3, 3, 5), lambda a: rix.box_filter_3d(a, 5, 3, 3, auto_scale=True))]:
+        image = random_array(dtype, shape)
+        inside = tuple(slice(k // 2, -(k // 2)) for k in size)
+        expected = ndimage.uniform_filter(image.astype(np.float64), size)
+        result = run(image)
+        assert result.dtype == dtype
+        # Integers cut the fraction off; SciPy's sums in float64 may fall short of a whole number by rounding.
+        tolerance = {"rtol": 1e-6} if np.dtype(dtype).kind == "f" else {"atol": 0}
+        expected = expected if np.dtype(dtype).kind == "f" else np.floor(expected + 1e-9)
+        np.testing.assert_allclose(result[inside], expected[inside].astype(dtype), **tolerance)
+
+
+def test_otsu():
+    filters = pytest.importorskip("skimage.filters")
+    pictures = [random_array(np.uint8, (50, 50), seed) for seed in range(3)]
+    pictures += [image.array for image in map(rix.imread, IMAGES) if image.ndim == 2 and image.dtype == np.uint8]
+    for picture in pictures:
+        threshold = rix.auto_thresholding_value(picture, threshold_criterion="FACTORISATION")["threshold"][0]
+        # The numbers differ by convention: ours is the first value of the bright class, theirs the last of the dark one.
+        np.testing.assert_array_equal(picture >= threshold, picture > filters.threshold_otsu(picture))
+
+
+def test_region_properties():
+    measure = pytest.importorskip("skimage.measure")
+    labels = rix.labeling_2d(blobs((120, 150)))
+    grey = random_array(np.uint8, labels.shape)
+    expected = measure.regionprops_table(labels.astype(np.int32), grey, properties=(
+        "label", "area", "centroid", "intensity_mean", "intensity_max", "eccentricity"))
+    table = rix.label_analysis(labels, grey, measures="Area, Barycenter, Mean, Maximum")
+    for ours, theirs in [("Label", "label"), ("Area", "area"), ("BarycenterX", "centroid-1"), ("BarycenterY", "centroid-0"),
+                         ("Mean", "intensity_mean"), ("Maximum", "intensity_max")]:
+        np.testing.assert_allclose(table[ours], expected[theirs], rtol=1e-12, err_msg=ours)

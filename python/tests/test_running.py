@@ -1,0 +1,148 @@
+"""Runs: other threads, Ctrl-C, progress, cancellation, forks."""
+
+import os
+import signal
+import threading
+import time
+
+import numpy as np
+import pytest
+
+import rix
+from support import random_array, run_script
+
+# Seconds of work on 256 KiB: the same volume as very many frames, which take no memory.
+LONG = np.broadcast_to(random_array(np.uint8, (64, 64, 64)), (40000, 64, 64, 64))
+
+
+def run_long(**options):
+    return rix.intensity_extrema(LONG, axes="tzyx", **options)
+
+
+def assert_usable():
+    assert rix.intensity_extrema(LONG[0])["maximum"][0] == LONG[0].max()
+
+
+@pytest.mark.parametrize("threads", [None, 1])
+def test_interrupts(threads):
+    sent = []
+
+    def interrupt():
+        sent.append(time.monotonic())
+        os.kill(os.getpid(), signal.SIGINT)
+
+    timer = threading.Timer(0.25, interrupt)
+    timer.start()
+    with pytest.raises(KeyboardInterrupt):
+        run_long(threads=threads)
+    # Within 0.2 s on a machine of one's own; what is tested is that the run doesn't go on to its end.
+    assert time.monotonic() - sent[0] < 2
+    assert_usable()
+
+
+def test_other_threads_run():
+    ticks = []
+    stop = threading.Event()
+
+    def tick():
+        while not stop.wait(0.005):
+            ticks.append(time.monotonic())
+
+    ticker = threading.Thread(target=tick)
+    ticker.start()
+    with pytest.raises(StopIteration):
+        run_long(progress=stop_at(0.05))
+    stop.set()
+    ticker.join()
+    assert len(ticks) >= 5
+
+
+def stop_at(end):
+    def progress(fraction):
+        if fraction >= end:
+            raise StopIteration(str(fraction))
+
+    return progress
+
+
+@pytest.mark.parametrize("threads", [None, 1])
+def test_progress(threads):
+    seen = []
+    rix.intensity_extrema(LONG[:3000], axes="tzyx", progress=seen.append, threads=threads)
+    assert seen == sorted(seen) and seen[-1] == 1.0 and all(0 <= value <= 1 for value in seen)
+    # What the callable raises ends the run and comes out as it is; the object is ready to run again.
+    extrema = rix.IntensityExtrema(input_image=LONG)
+    with pytest.raises(StopIteration):
+        extrema.run(axes="tzyx", progress=stop_at(0.001), threads=threads)
+    extrema.input_image = LONG[0]
+    assert extrema.run()["maximum"][0] == LONG[0].max()
+
+
+@pytest.mark.parametrize("hidden", ["", "tqdm"])
+def test_bar(hidden):
+    if not hidden:
+        pytest.importorskip("tqdm")
+    text = """
+        import sys
+        if sys.argv[1]:
+            sys.modules[sys.argv[1]] = None
+        sys.stderr = sys.stdout
+        import numpy as np, rix
+        rix.box_filter_2d(np.ones((500, 500), np.uint8), 3, 3, progress=True)
+    """
+    shown = run_script(text, hidden)
+    assert "BoxFilter2d" in shown and "100%" in shown
+
+
+def test_an_object_runs_once_at_a_time():
+    extrema = rix.IntensityExtrema(input_image=LONG)
+    started = threading.Event()
+    stop = threading.Event()
+
+    def progress(_):
+        started.set()
+        if stop.is_set():
+            raise StopIteration
+
+    def work():
+        with pytest.raises(StopIteration):
+            extrema.run(axes="tzyx", progress=progress)
+
+    thread = threading.Thread(target=work)
+    thread.start()
+    assert started.wait(20)
+    for misuse in (extrema.run, lambda: setattr(extrema, "input_image", LONG[0])):
+        with pytest.raises(rix.RunError, match="is running"):
+            misuse()
+    stop.set()
+    thread.join()
+    extrema.input_image = LONG[0]
+    extrema.run()
+
+
+@pytest.mark.skipif("address" in os.environ.get("RIX_SANITIZE", ""), reason="a fork of a sanitized interpreter hangs")
+def test_forks_compute():
+    text = """
+        import multiprocessing, numpy as np, rix
+        image = (np.arange(1000 * 1000) % 251).astype(np.uint8).reshape(1000, 1000)
+        def total(size):
+            return int(rix.box_filter_2d(image, size, 3, threads=2).sum())
+        if __name__ == "__main__":
+            expected = [total(size) for size in (3, 5, 7, 9)]
+            with multiprocessing.get_context("fork").Pool(2) as pool:
+                print(pool.map(total, (3, 5, 7, 9)) == expected)
+    """
+    assert run_script(text).strip() == "True"
+
+
+def test_threads_do_not_change_results():
+    image = random_array(np.float32, (500, 600))
+    for threads in (1, 2, 5):
+        np.testing.assert_array_equal(rix.box_filter_2d(image, 5, 7, threads=threads), rix.box_filter_2d(image, 5, 7))
+    for wrong in (0, -1, 1.5, "2", 2**40):
+        with pytest.raises(rix.RuleError, match="threads="):
+            rix.box_filter_2d(image, 3, 3, threads=wrong)
+
+
+def test_import_needs_nothing():
+    assert run_script("import sys, rix; print('pandas' in sys.modules, 'tqdm' in sys.modules)").split() == ["False"] * 2
