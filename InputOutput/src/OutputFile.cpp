@@ -74,7 +74,8 @@ OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path) {
     }
     if (m_descriptor < 0) {
         const int reason = errno;
-        throw WritingError(reason == ENOENT ? "The folder '" + folder.string() + "' does not exist."
+        // Some file systems refuse new files with the same code as a missing folder.
+        throw WritingError(reason == ENOENT && !std::filesystem::exists(folder, error) ? "The folder '" + folder.string() + "' does not exist."
                                             : "No file can be created in the folder '" + folder.string() +
                                                   "': " + errorText(reason) + ".");
     }

@@ -97,7 +97,7 @@ StreamRow streamRowFor(std::size_t voxels, std::size_t inputBytes, std::size_t o
     std::size_t output = 0;
     const bool counts = helper::checkedMultiply(voxels, inputBytes + outputBytes, all) &&
                         helper::checkedMultiply(voxels, outputBytes, output);
-    return counts && (all <= cache || output <= cache / 2) ? nullptr : streamRow(level);
+    return counts && (all <= cache || output < cache / 2) ? nullptr : streamRow(level);
 }
 
 }  // namespace rix::point_operations

@@ -7,26 +7,27 @@
 namespace rix::point_operations::test {
 namespace {
 
+const OptimLevelType bestLevel = devices::Cpu::supports(VEC_AVX) ? VEC_AVX : devices::Cpu::supports(VEC_SSE) ? VEC_SSE : SCALAR;
+
 TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT64}) {
         const std::size_t bytes = helper::getSizeOf(type);
         for (const std::size_t width : {1U, 7U, 63U, 64U, 65U, 1000U, 9973U}) {
             const io::MemoryImage expected =
                 makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width);
-            for (const PieceWriter::Stores stores : {PieceWriter::Stores::Cached, PieceWriter::Stores::Streaming}) {
+            for (const StreamRow stream : {StreamRow{nullptr}, streamRow(SCALAR), streamRow(bestLevel)}) {
                 io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width + 1);
                 const access::PointPlan plan({&image}, 1.0);
                 constexpr std::size_t piece = 100;
                 for (std::size_t i = 0; i < plan.blockCount(); ++i) {
-                    PieceWriter writer(image, plan, stores, piece);
+                    PieceWriter writer(image, plan, stream, piece);
                     plan.forEachSegment(plan.block(i), [&](const access::RowSegment& segment) {
                         writer.open(segment);
-                        for (std::size_t begin = 0; begin < segment.count; begin += piece) {
-                            const std::size_t count = std::min(piece, segment.count - begin);
+                        forEachPiece(segment.count, piece, writer, [&](std::size_t begin, std::size_t count) {
                             std::memcpy(writer.piece(begin, count),
                                         expected.getInternalBuffer() + (segment.column + begin) * bytes, count * bytes);
                             writer.pieceDone();
-                        }
+                        });
                         writer.flush();
                     });
                 }
@@ -38,10 +39,10 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
 
 TEST(PieceWriter, StreamsWhatIsLargerThanTheLastLevelCache) {
     const std::size_t cache = devices::Cpu::lastLevelCache();
-    EXPECT_EQ(storesFor(std::size_t{1} << 18, 2, 2), PieceWriter::Stores::Cached);
-    EXPECT_EQ(storesFor(cache / 4 + 1, 2, 2), PieceWriter::Stores::Streaming);
-    EXPECT_EQ(storesFor(1000, cache, 1), PieceWriter::Stores::Cached) << "hardly anything is written";
-    EXPECT_EQ(storesFor(std::numeric_limits<std::size_t>::max(), 2, 2), PieceWriter::Stores::Streaming);
+    EXPECT_EQ(streamRowFor(std::size_t{1} << 18, 2, 2, SCALAR), nullptr);
+    EXPECT_EQ(streamRowFor(cache / 4 + 1, 2, 2, SCALAR), streamRow(SCALAR));
+    EXPECT_EQ(streamRowFor(1000, cache, 1, SCALAR), nullptr) << "hardly anything is written";
+    EXPECT_EQ(streamRowFor(std::numeric_limits<std::size_t>::max(), 2, 2, SCALAR), streamRow(SCALAR));
 }
 
 }  // namespace

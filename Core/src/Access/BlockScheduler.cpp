@@ -6,6 +6,7 @@
 #include <mutex>
 #include <numeric>
 #include <random>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -188,8 +189,13 @@ public:
             }
         };
         std::vector<std::thread> threads;
-        for (std::size_t t = 1; t < std::min<std::size_t>(count, 4); ++t) {
-            threads.emplace_back(work);
+        threads.reserve(3);
+        try {
+            while (threads.size() + 1 < std::min<std::size_t>(count, 4)) {
+                threads.emplace_back(work);
+            }
+        } catch (const std::system_error&) {
+            // The system has no more threads to give: those that there are do the work.
         }
         work();
         for (std::thread& thread : threads) {

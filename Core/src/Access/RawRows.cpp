@@ -32,11 +32,12 @@ ConstRawData RawRowReader::read(const RowSegment& segment) {
 RawRowWriter::RawRowWriter(ImageModel& image, const PointPlan& plan)
     : m_image(image),
       m_layout(detail::rowLayoutOf(image)),
+      m_kind(plan.rowsAreJoined() ? RowKind::Joined : RowKind::Single),
       m_line(plan.rowsAreJoined() ? image.getImageBuffer() : nullptr) {}
 
 RawData RawRowWriter::target(const RowSegment& segment) const {
-    if (m_line != nullptr) {
-        return m_line + segment.column * m_layout.elementSize;
+    if (m_kind == RowKind::Joined) {
+        return m_line != nullptr ? m_line + segment.column * m_layout.elementSize : nullptr;
     }
     RawData row = nullptr;
     return m_image.getRowAt(segment.count, row, segment.column, segment.row, segment.plane, segment.sequence,
@@ -60,9 +61,8 @@ void RawRowWriter::flush() {
     }
     if (m_target != nullptr) {
         std::memcpy(m_target, m_row, m_segment.count * m_layout.elementSize);
-    } else if (!m_image.writeRowAt(m_segment.count, m_row, m_segment.column, m_segment.row, m_segment.plane,
-                                   m_segment.sequence, m_segment.spectral)) {
-        throwRowError("writeRowAt", m_image, m_segment);
+    } else {
+        writeSegment(m_image, m_segment, m_row, m_kind);
     }
 }
 

@@ -1,5 +1,6 @@
 #include <rix/access/Rows.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include <rix/exceptions/Exception.h>
@@ -14,6 +15,28 @@ void throwRowError(const char* operation, const ImageModel& image, const RowSegm
           << image.getImageId() << ' ' << helper::describeImage(image);
     error.addInfoLevel(where.str());
     throw error;
+}
+
+void writeSegment(ImageModel& image, const RowSegment& segment, ConstRawData elements, RowKind kind) {
+    const std::array<std::size_t, 5> extents = helper::getExtents(image);
+    const std::size_t elementSize = helper::getElementSize(image);
+    RowSegment part = segment;
+    for (std::size_t done = 0; done < segment.count; done += part.count) {
+        if (kind == RowKind::Joined) {
+            std::size_t line = (segment.column + done) / extents[COLUMNS];
+            part.column = (segment.column + done) % extents[COLUMNS];
+            part.count = std::min(extents[COLUMNS] - part.column, segment.count - done);
+            for (const auto& [coordinate, axis] : {std::pair{&part.row, ROWS}, {&part.plane, PLANS},
+                                                   {&part.sequence, SEQUENCE}, {&part.spectral, SPECTRAL_SERIES}}) {
+                *coordinate = line % extents[axis];
+                line /= extents[axis];
+            }
+        }
+        if (!image.writeRowAt(part.count, elements + done * elementSize, part.column, part.row, part.plane,
+                              part.sequence, part.spectral)) {
+            throwRowError("writeRowAt", image, part);
+        }
+    }
 }
 
 detail::RowLayout detail::rowLayoutOf(const ImageModel& image) {

@@ -38,11 +38,10 @@ public:
         std::size_t capacity = 0;
     };
 
-    ~ThreadStore() {
-        for (std::size_t i = 0; i < m_count; ++i) {
-            ::operator delete(m_free[i].data, scratchAlignment);
-        }
-    }
+    ThreadStore() = default;
+    ~ThreadStore();
+    ThreadStore(const ThreadStore&) = delete;
+    ThreadStore& operator=(const ThreadStore&) = delete;
 
     /// The smallest free buffer that is large enough, or none.
     Buffer take(std::size_t bytes) {
@@ -72,9 +71,23 @@ private:
     std::size_t m_count = 0;
 };
 
-ThreadStore& threadStore() {
+/// Objects of the thread that are destroyed after its store may still have buffers to release.
+thread_local bool storeIsGone = false;
+
+ThreadStore::~ThreadStore() {
+    storeIsGone = true;
+    for (std::size_t i = 0; i < m_count; ++i) {
+        ::operator delete(m_free[i].data, scratchAlignment);
+    }
+}
+
+/// Null at the end of a thread.
+ThreadStore* threadStore() {
+    if (storeIsGone) {
+        return nullptr;
+    }
     thread_local ThreadStore store;
-    return store;
+    return &store;
 }
 
 }  // namespace
@@ -84,8 +97,8 @@ Scratch::Scratch(std::size_t bytes) {
         throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
     }
     const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
-    if (!isBig(capacity)) {
-        const ThreadStore::Buffer kept = threadStore().take(bytes);
+    if (ThreadStore* const store = threadStore(); store != nullptr && !isBig(capacity)) {
+        const ThreadStore::Buffer kept = store->take(bytes);
         if (kept.data != nullptr) {
             m_data = kept.data;
             m_capacity = kept.capacity;
@@ -107,7 +120,7 @@ Scratch::~Scratch() {
     }
     if (isBig(m_capacity)) {
         buffer::release(m_data, m_capacity);
-    } else if (!threadStore().give({m_data, m_capacity})) {
+    } else if (ThreadStore* const store = threadStore(); store == nullptr || !store->give({m_data, m_capacity})) {
         ::operator delete(m_data, scratchAlignment);
     }
 }

@@ -123,7 +123,6 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
     const bool limitIsParents = parent != nullptr && limit == parent->m_settings.getMaximumNumberOfThreads();
     const int priority = parent == nullptr ? m_settings.getThreadPriority() : 0;
     const ThreadLimiter limiter(limitIsParents ? -1 : limit, priority);
-    m_threads = limitIsParents ? parent->m_threads : limiter.threads();
 
     m_algorithm.lockAllProperties(true);
     m_algorithm.applyAllRules();
@@ -131,7 +130,11 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
 
     const auto work = [&] {
         const ThreadPriority threadPriority(priority);
-        limiter.execute([this] { internalRun(); });
+        limiter.execute([&] {
+            // Asked here: without a limit it depends on the arena, and the worker is not in that of the caller.
+            m_threads = limitIsParents ? parent->m_threads : limiter.threads();
+            internalRun();
+        });
     };
     if (runsInCallersThread()) {
         if (parent == nullptr) {
@@ -175,7 +178,11 @@ void BaseAlgorithmPrivate::internalRun() {
     m_internalRunStarted = true;
     if (m_iterateSequence || m_iterateSpectral) {
         GenericIterator iterator(m_algorithm, m_iterateSequence, m_iterateSpectral);
-        if (iterator.run(*this, [this] { dispatchLevels(); })) {
+        const auto pass = [this](std::size_t number, std::size_t count) {
+            m_progression.startPass(number, count);
+            dispatchLevels();
+        };
+        if (iterator.run(*this, pass)) {
             m_progression.finish();
             return;
         }

@@ -102,19 +102,19 @@ void GenericIterator::showIndex(std::size_t sequence, std::size_t spectral) {
     }
 }
 
-bool GenericIterator::run(access::ExecutionContext& context, access::FunctionRef<void()> pass) {
+bool GenericIterator::run(const access::ExecutionContext& context,
+                          access::FunctionRef<void(std::size_t, std::size_t)> pass) {
     const std::size_t frames = m_onSequence ? commonExtent(SEQUENCE) : 1;
     const std::size_t channels = m_onSpectral ? commonExtent(SPECTRAL_SERIES) : 1;
     // An empty axis has no index to show: the algorithm sees the images as they are, and its rules have let them pass.
     if (frames == 0 || channels == 0 || (frames == 1 && channels == 1)) {
         return false;
     }
-    context.declareSteps(frames * channels);
     for (std::size_t spectral = 0; spectral < channels; ++spectral) {
         for (std::size_t sequence = 0; sequence < frames; ++sequence) {
             context.throwIfCancelled();
             showIndex(sequence, spectral);
-            pass();
+            pass(spectral * frames + sequence, frames * channels);
         }
     }
     return true;

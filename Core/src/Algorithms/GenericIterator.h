@@ -30,9 +30,9 @@ public:
     GenericIterator(const GenericIterator&) = delete;
     GenericIterator& operator=(const GenericIterator&) = delete;
 
-    /// Calls `pass` for each index; false, and nothing called, when the images have no such axis.
+    /// Calls `pass(number, count)` for each index; false, and nothing called, when the images have no such axis.
     /// @throws ProcessingException when images disagree on the number of indices.
-    bool run(access::ExecutionContext& context, access::FunctionRef<void()> pass);
+    bool run(const access::ExecutionContext& context, access::FunctionRef<void(std::size_t, std::size_t)> pass);
 
 private:
     struct Slot;

@@ -1,5 +1,7 @@
 #include <rix/Library.h>
 
+#include <mutex>
+
 #include <Eigen/Core>
 #ifdef RIX_HAVE_MKL
 #include <mkl_service.h>
@@ -19,9 +21,16 @@ namespace {
 
 constexpr const char* initializedKey = "RIX_LIBRARY_INITIALIZED";
 
+/// Of two threads that start the library, the second returns when it is started.
+std::mutex& startMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
 }  // namespace
 
 void init() {
+    const std::lock_guard lock(startMutex());
     if (globalSettings().getValueAsBool(initializedKey, false)) {
         return;
     }
@@ -35,6 +44,7 @@ void init() {
 }
 
 void finish() {
+    const std::lock_guard lock(startMutex());
     finishPlugins();
     algorithms::releaseIdleWorkers();
     algorithms::ThreadLimiter::releaseArenas();

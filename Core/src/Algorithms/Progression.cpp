@@ -8,6 +8,7 @@ void Progression::reset(Progression* parent) {
     const std::lock_guard lock(m_mutex);
     m_value.store(0.0, std::memory_order_relaxed);
     m_parent = parent;
+    m_end = 1.0;
     m_begin = 0.0;
     m_width = 1.0;
     m_work = 1.0;
@@ -15,21 +16,31 @@ void Progression::reset(Progression* parent) {
     m_started = false;
 }
 
+void Progression::startPass(std::size_t index, std::size_t count) {
+    const std::lock_guard lock(m_mutex);
+    m_begin = static_cast<double>(index) / static_cast<double>(count);
+    m_end = static_cast<double>(index + 1) / static_cast<double>(count);
+    m_width = m_end - m_begin;
+    m_done = 0.0;
+    m_started = false;
+    publish();
+}
+
 void Progression::declareSteps(std::size_t steps) {
     const std::lock_guard lock(m_mutex);
     if (m_started) {
-        m_begin = std::min(1.0, m_begin + m_width);
+        m_begin = std::min(m_end, m_begin + m_width);
         m_started = false;
     }
-    m_width = (1.0 - m_begin) / static_cast<double>(std::max<std::size_t>(steps, 1));
+    m_width = (m_end - m_begin) / static_cast<double>(std::max<std::size_t>(steps, 1));
     m_done = 0.0;
 }
 
 void Progression::startStep(double work) {
     const std::lock_guard lock(m_mutex);
     if (m_started) {
-        m_begin = std::min(1.0, m_begin + m_width);
-        m_width = std::min(m_width, 1.0 - m_begin);  // more steps than declared: progress waits at its end
+        m_begin = std::min(m_end, m_begin + m_width);
+        m_width = std::min(m_width, m_end - m_begin);  // more steps than declared: progress waits at its end
     }
     m_started = true;
     m_work = work > 0.0 ? work : 1.0;
@@ -51,7 +62,7 @@ void Progression::childProgressed(double fraction) {
 
 void Progression::finish() {
     const std::lock_guard lock(m_mutex);
-    m_begin = 1.0;
+    m_begin = m_end = 1.0;
     m_width = 0.0;
     publish();
 }

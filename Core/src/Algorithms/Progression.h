@@ -8,13 +8,16 @@ namespace rix::algorithms {
 
 /// The progress of one run, from 0 to 1. It never falls.
 ///
-/// A run is a number of steps of equal width; within a step, progress is the work done over the work announced. The
-/// progress of a child algorithm is the progress of its parent's current step.
+/// A run is a number of passes of equal width (one, unless it iterates over axes of its images), a pass a number of steps
+/// of equal width; within a step, progress is the work done over the work announced. The progress of a child algorithm is
+/// the progress of its parent's current step.
 class Progression {
 public:
     /// Starts a run. @param parent the progression whose current step this run is; null for a run of its own.
     void reset(Progression* parent);
-    /// Divides what is left into `steps` steps.
+    /// Starts pass `index` of `count`.
+    void startPass(std::size_t index, std::size_t count);
+    /// Divides what is left of the pass into `steps` steps.
     void declareSteps(std::size_t steps);
     /// Ends the current step and starts the next, whose whole work is `work` units.
     void startStep(double work);
@@ -31,6 +34,7 @@ private:
     std::mutex m_mutex;
     std::atomic<double> m_value{0.0};
     Progression* m_parent = nullptr;
+    double m_end = 1.0;    ///< of the current pass
     double m_begin = 0.0;  ///< where the current step begins
     double m_width = 1.0;  ///< of a step
     double m_work = 1.0;   ///< of the current step

@@ -3,13 +3,16 @@
 #include <complex>
 #include <limits>
 #include <map>
+#include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <rix/access/PointBlocks.h>
+#include <rix/access/RawRows.h>
 #include <rix/access/Rows.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull3d.h>
@@ -182,6 +185,28 @@ TEST(Rows, AreTheSameInPlaceCopiedCastAndMisaligned) {
     }
 }
 
+TEST(Rows, AreWrittenOneByOneWhereOnlyReadingIsInOnePiece) {
+    class OneWay : public CopyOnly {
+    public:
+        ConstRawData getImageBuffer() const override { return MemoryImage::getImageBuffer(); }
+        RawData getImageBuffer() override { return nullptr; }
+    };
+    OneWay image;
+    ASSERT_TRUE(image.reserve(RIX_INT16, 5, 3, 2, 2, 2));
+    ASSERT_TRUE(PointPlan({&image}, 1.0).rowsAreJoined());
+    writeAndRead<std::int16_t>(image);
+    writeAndRead<double>(image);
+    const PointPlan plan({&image}, 1.0);
+    RawRowWriter writer(image, plan);
+    std::memset(writer.open({.column = 3, .count = 4}), 9, 8);
+    writer.flush();
+    const auto* const samples = reinterpret_cast<const std::int16_t*>(std::as_const(image).getImageBuffer());
+    EXPECT_EQ(samples[2], 2);
+    EXPECT_EQ(samples[3], 0x0909);
+    EXPECT_EQ(samples[6], 0x0909);
+    EXPECT_EQ(samples[7], 12);
+}
+
 TEST(Rows, ReportAnImageThatRefuses) {
     CopyOnly image;
     ASSERT_TRUE(image.reserve(RIX_UINT8, 5, 4, 1, 1, 1));
@@ -200,6 +225,17 @@ TEST(Rows, ReportAnImageThatRefuses) {
     writer.open(segment);
     EXPECT_THROW(writer.flush(), UnexpectedError);
     EXPECT_NO_THROW(writer.flush()) << "what failed once is not pending any more";
+}
+
+TEST(Scratch, SurvivesTheStoreOfItsThread) {
+    struct Late {
+        Scratch scratch;
+        ~Late() { const Scratch another(100); }
+    };
+    std::thread([] {
+        thread_local Late late;  // older than the store of the thread, so destroyed after it
+        late.scratch = Scratch(5000);
+    }).join();
 }
 
 }  // namespace

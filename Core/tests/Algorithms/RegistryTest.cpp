@@ -1,9 +1,12 @@
 // The registry of classes, starting and stopping the library, plug-ins.
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <thread>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -107,6 +110,24 @@ TEST(Library, InitAndFinishAlternate) {
     EXPECT_TRUE(devices::Cpu::supports(SCALAR));
     EXPECT_FALSE(devices::Cpu::supports(GPU));
     globalSettings().remove(key);
+}
+
+TEST(Library, AnyThreadMayStartIt) {
+    std::vector<std::thread> threads;
+    std::atomic<int> waiting = 4;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (--waiting; waiting > 0;) {
+            }
+            init();
+            EXPECT_TRUE(globalSettings().getValueAsBool("RIX_LIBRARY_INITIALIZED", false));
+            EXPECT_TRUE(devices::Cpu::supports(SCALAR));
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    finish();
 }
 
 TEST(Library, PluginFoldersThatAreNone) {

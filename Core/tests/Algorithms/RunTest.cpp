@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <tbb/task_arena.h>
 #include <unistd.h>
 
 #include <rix/access/BlockScheduler.h>
@@ -74,6 +75,17 @@ TEST(Run, HappensInAWorkerUnlessTheSettingsAllowOneThread) {
         EXPECT_DOUBLE_EQ(algorithm.getProgress(), 1.0);
         expectReady(algorithm);
     }
+}
+
+TEST(Run, InAWorkerHasTheThreadsOfTheWorkerNotOfTheCallersArena) {
+    std::size_t threads = 0;
+    ScriptedAlgorithm algorithm;
+    algorithm.withRunner(SCALAR,
+                         [&](BaseAlgorithm& self) { threads = self.executionContext().maximumThreads(); });
+    algorithm.run();
+    const std::size_t outside = threads;
+    tbb::task_arena(1).execute([&] { algorithm.run(); });
+    EXPECT_EQ(threads, outside);
 }
 
 TEST(Run, LocksPropertiesWhileItLasts) {

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -80,6 +81,11 @@ TEST(OwnedProperty, SettingNotifiesOfChangesOnly) {
     EXPECT_EQ(owner.countOf(owner.number), 0U);
     owner.number.notify();
     EXPECT_EQ(owner.countOf(owner.number), 1U);
+    owner.number = 0.0;
+    EXPECT_EQ(owner.countOf(owner.number), 1U);
+    owner.number = -0.0;
+    EXPECT_EQ(owner.countOf(owner.number), 1U) << "equal, but another value";
+    EXPECT_TRUE(std::signbit(owner.number.get()));
 }
 
 TEST(OwnedProperty, ReadingNotifiesAlsoOfTheSameValue) {

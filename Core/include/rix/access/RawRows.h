@@ -47,7 +47,8 @@ private:
 
     ImageModel& m_image;
     detail::RowLayout m_layout;
-    RawData m_line;  ///< the image as one long line, when rows are joined
+    RowKind m_kind;
+    RawData m_line;  ///< the image as one long line, when rows are joined; null where it is for reading only
     RowSegment m_segment;
     RawData m_target = nullptr;
     RawData m_row = nullptr;

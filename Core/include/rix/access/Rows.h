@@ -19,6 +19,13 @@ namespace rix::access {
 /// Throws the failure of a row access, with the image and the position as a level of its own.
 [[noreturn]] RIX_EXPORT void throwRowError(const char* operation, const ImageModel& image, const RowSegment& segment);
 
+enum class RowKind : std::uint8_t {
+    Single,
+    Joined  ///< columns count on through all rows of the image, as in the segments of a plan that joins rows
+};
+/// Writes the elements of a segment by copying. @throws UnexpectedError when the image refuses.
+RIX_EXPORT void writeSegment(ImageModel& image, const RowSegment& segment, ConstRawData elements, RowKind kind);
+
 /// Whether samples of a type known at run time may be accessed at an address: buffers of applications may lie anywhere.
 inline bool isAligned(const void* address, VoxelTypes type) {
     const std::size_t size = helper::getSizeOf(type);
@@ -140,9 +147,9 @@ class RowWriter {
 public:
     /// For segments of a plan.
     RowWriter(ImageModel& image, const PointPlan& plan)
-        : RowWriter(image, plan.rowsAreJoined() ? image.getImageBuffer() : nullptr) {}
+        : RowWriter(image, plan.rowsAreJoined() ? RowKind::Joined : RowKind::Single) {}
     /// For segments that the caller makes.
-    explicit RowWriter(ImageModel& image) : RowWriter(image, nullptr) {}
+    explicit RowWriter(ImageModel& image) : RowWriter(image, RowKind::Single) {}
 
     /// Where the samples of a segment are to be stored. What the memory holds is undefined: it may be the image's own
     /// or a buffer.
@@ -176,19 +183,22 @@ public:
         }
         if (m_target != nullptr) {
             std::memcpy(m_target, row, bytes);
-        } else if (!m_image.writeRowAt(m_segment.count, row, m_segment.column, m_segment.row, m_segment.plane,
-                                       m_segment.sequence, m_segment.spectral)) {
-            throwRowError("writeRowAt", m_image, m_segment);
+        } else {
+            writeSegment(m_image, m_segment, row, m_kind);
         }
     }
 
 private:
-    RowWriter(ImageModel& image, RawData line) : m_image(image), m_layout(detail::rowLayoutOf(image)), m_line(line) {}
+    RowWriter(ImageModel& image, RowKind kind)
+        : m_image(image),
+          m_layout(detail::rowLayoutOf(image)),
+          m_kind(kind),
+          m_line(kind == RowKind::Joined ? image.getImageBuffer() : nullptr) {}
 
     /// The address of the segment inside the storage, or null.
     RawData target(const RowSegment& segment) const {
-        if (m_line != nullptr) {
-            return m_line + segment.column * m_layout.elementSize;
+        if (m_kind == RowKind::Joined) {
+            return m_line != nullptr ? m_line + segment.column * m_layout.elementSize : nullptr;
         }
         RawData row = nullptr;
         return m_image.getRowAt(segment.count, row, segment.column, segment.row, segment.plane, segment.sequence,
@@ -199,7 +209,8 @@ private:
 
     ImageModel& m_image;
     detail::RowLayout m_layout;
-    RawData m_line;  ///< the image as one long line, when rows are joined
+    RowKind m_kind;
+    RawData m_line;  ///< the image as one long line, when rows are joined; null where it is for reading only
     RowSegment m_segment;
     RawData m_target = nullptr;
     T* m_row = nullptr;

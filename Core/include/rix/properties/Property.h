@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -15,6 +17,16 @@ namespace rix {
 
 template <class T>
 class RIX_EXPORT Property;
+
+/// Whether setting `b` over `a` changes anything. Zeros of both signs are equal, but not the same value.
+template <class T>
+bool isSameValue(const T& a, const T& b) {
+    if constexpr (std::is_floating_point_v<T>) {
+        return a == b && std::signbit(a) == std::signbit(b);
+    } else {
+        return a == b;
+    }
+}
 
 /// State of a property whose value has type `T`.
 template <class T>
@@ -60,7 +72,7 @@ public:
 
     /// Replaces the value when it differs, and then notifies the owner.
     virtual void set(const T& value) {
-        if (!m_private->m_locked && m_private->m_value != value) {
+        if (!m_private->m_locked && !isSameValue(m_private->m_value, value)) {
             m_private->m_value = value;
             notify();
         }
