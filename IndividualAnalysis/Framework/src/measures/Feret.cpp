@@ -17,7 +17,7 @@ constexpr vessel::ColumnType real = vessel::ColumnType::REAL;
 
 // Distances of parallel lines (planes) that touch the object on both sides, pixels taken as wholes: exact for upright
 // boxes; discs and balls have up to a pixel's diagonal more than their diameter. One square pixel of side 1: 1.414 and 1.
-// Angles lie in [0, pi), from the columns' axis towards the rows' axis.
+// Of several equal diameters the one with the smallest angle is told. Angles lie in [0, pi), from the columns' axis towards the rows' axis.
 const MeasureDefinition feretDefinition{
     .name = "Feret",
     .description = "Feret (caliper) diameters.",
