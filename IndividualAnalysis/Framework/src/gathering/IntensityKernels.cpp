@@ -19,6 +19,12 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 constexpr std::size_t lanes = 8;
 
+/// Asks for the values that will be wanted soon: the processor's own prefetch stops at the ends of pages.
+template <class T>
+HWY_INLINE void askAhead(const T* values) {
+    hwy::Prefetch(values + 2048 / sizeof(T));
+}
+
 /// Sums of integers about 0, from which those about a shift follow exactly: all is exact modulo 2^64.
 HWY_INLINE void finish(RunSums& sums, std::uint64_t count, std::int64_t sum, std::uint64_t squares, std::int64_t shift) {
     const auto s = static_cast<std::uint64_t>(shift);
@@ -225,11 +231,13 @@ void sumSmallIntegers(const T* row, const Run* runs, std::size_t count, const do
             std::size_t steps = (end - x) / width;
             steps = steps < Sums::mostSteps ? steps : Sums::mostSteps;
             for (std::size_t step = 0; step < steps; ++step, x += width) {
+                askAhead(row + x);
                 all.addAll(all.load(row + x));
             }
             all.flush();
         }
         if (x < end) {
+            askAhead(row + x);
             const std::size_t rest = end - x;
             const auto dead = hn::FirstN(d, width - rest);
             if (end >= width) {
@@ -363,6 +371,7 @@ void sumReals(const T* row, const Run* runs, std::size_t count, const double* sh
         std::size_t x = runs[i].begin;
         const std::size_t end = runs[i].end;
         for (; x + lanes <= end; x += lanes) {
+            askAhead(row + x);
             for (std::size_t p = 0; p < parts; ++p) {
                 const auto value = loadReals(row + x + p * width);
                 const auto difference = hn::Sub(value, shift);

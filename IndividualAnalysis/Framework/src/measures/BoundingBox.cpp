@@ -17,8 +17,9 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 }  // namespace
 
-// Indices, so that the box can be cut out of the image, and the lengths of its sides. All exact. One pixel: twice its
-// position, and the sides of a pixel.
+// First and last indices, so that the box can be cut out of the image, and the lengths of its sides. One pixel: twice
+// its position, and its sides. Exact, with unequal spacing as well; of discs and balls it has up to a pixel more or
+// less on each side.
 const MeasureDefinition boundingBoxDefinition{
     .name = "BoundingBox",
     .description = "Smallest upright box around the object.",
