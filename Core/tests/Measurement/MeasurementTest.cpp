@@ -1,12 +1,15 @@
 // Result objects as tools see them: through their base and the property that holds them, never by class.
 
 #include <cstdint>
+#include <limits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
+#include <rix/measurement/TableText.h>
 #include <rix/rules/RuleSupport.h>
 
 namespace rix {
@@ -67,6 +70,24 @@ TEST(Measurement, BecomesATableOfItsArrays) {
         EXPECT_EQ(exception.getMessage(),
                   "The arrays of a Sizes make no table: \"length\" has 2 values, \"count\" has 3.");
     }
+}
+
+TEST(Measurement, IsWrittenAsText) {
+    Sizes sizes;
+    fill(sizes);
+    sizes.name[1] = "a \"b\", c";
+    EXPECT_EQ(measurement::tableToCsv(sizes.toDataFrame()),
+              "length [mm],count,name\n0,1152921504606846976,worm\n2.5,0,\"a \"\"b\"\", c\"\n");
+    sizes.length[0] = -std::numeric_limits<double>::infinity();
+    sizes.length[1] = -std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THAT(measurement::tableToCsv(sizes.toDataFrame()), testing::HasSubstr("\n-inf,"));
+    EXPECT_THAT(measurement::tableToCsv(sizes.toDataFrame()), testing::HasSubstr("\nnan,"));
+    const auto json = nlohmann::json::parse(measurement::tableToJson(sizes.toDataFrame()))["columns"];
+    EXPECT_EQ(json[0]["unit"], "mm");
+    EXPECT_EQ(json[0]["description"], "How long it is.");
+    EXPECT_EQ(json[0]["values"], nlohmann::json::parse("[\"-inf\", null]"));
+    EXPECT_EQ(json[1]["values"][0], std::int64_t{1} << 60);
+    EXPECT_EQ(json[2]["values"][1], "a \"b\", c");
 }
 
 TEST(Measurement, EnumeratesItsArraysAndCopiesThem) {

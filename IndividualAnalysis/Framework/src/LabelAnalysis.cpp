@@ -11,6 +11,7 @@
 #include "LabelAnalysisPrivate.h"
 #include "LabelAnalysisRunners.h"
 #include "formula/MeasureRequest.h"
+#include "measures/Measures.h"
 
 namespace rix::individual_analysis {
 
@@ -68,6 +69,14 @@ void addRuleWhenSet(Property<const ImageModel*>& property, const Arguments&... a
     property.getImpl()->addRule(std::make_shared<RuleWhenSet<Requirement>>(arguments...));
 }
 
+String joined(const std::vector<String>& names) {
+    String text;
+    for (const String& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text;
+}
+
 /// Reads the request, and keeps what it asks for.
 class RuleReadRequest : public Rules<Property<String>> {
 public:
@@ -77,7 +86,10 @@ public:
             property.get(), modeOf(*m_state.inputLabelImage.get()),
             m_state.inputIntensityImage.get() != nullptr ? IntensityUse::Present : IntensityUse::Absent);
     }
-    String describe() const override { return "must be names of measures, presets and formulas"; }
+    String describe() const override {
+        return "must be names of measures (" + joined(standardMeasures().getNames()) + "), presets (" +
+               joined(presetNames()) + ") and formulas";
+    }
 
 private:
     LabelAnalysisPrivate& m_state;

@@ -1,7 +1,6 @@
 #include "LabelAnalysisRunners.h"
 
 #include <memory>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -89,18 +88,8 @@ private:
     }
 
     void showGathered() {
-        m_outlineOffsets.resize(m_objects.size());
-        for (std::size_t frame = 0; frame < m_objects.size(); ++frame) {
-            const ObjectTable& objects = m_objects[frame];
-            if (objects.gathers(GATHER_OUTLINE)) {
-                std::vector<std::size_t>& offsets = m_outlineOffsets[frame];
-                offsets.assign(objects.size() + 1, 0);
-                for (const OutlineRow& row : objects.outline) {
-                    ++offsets[row.slot + 1];
-                }
-                std::partial_sum(offsets.begin(), offsets.end(), offsets.begin());
-            }
-            m_gathered.push_back({&objects, nullptr, m_outlineOffsets[frame]});
+        for (const ObjectTable& objects : m_objects) {
+            m_gathered.push_back({&objects, nullptr});
         }
     }
 
@@ -164,7 +153,6 @@ private:
     std::shared_ptr<const MeasureGroup> m_request;
     DimensionalMode m_mode;
     std::vector<ObjectTable> m_objects;  ///< of each frame
-    std::vector<std::vector<std::size_t>> m_outlineOffsets;
     std::vector<std::unique_ptr<GreyValues>> m_values;
     std::vector<GatheredFrame> m_gathered;  ///< all these, as measures see them
 };

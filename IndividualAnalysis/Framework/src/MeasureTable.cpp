@@ -47,15 +47,30 @@ LabelAnalysisMsr::Column makeColumn(const MeasureSet& set, const BaseMeasure& me
     return MeasurementArray<double>(name, description, unit);
 }
 
+/// The same name, unit and type: a column of an earlier run, whose memory can be used again.
+bool isSameColumn(const LabelAnalysisMsr::Column& a, const LabelAnalysisMsr::Column& b) {
+    const auto infoOf = [](const auto& values) { return values.getColumnInfo(); };
+    return a.index() == b.index() && std::visit(infoOf, a) == std::visit(infoOf, b);
+}
+
 }  // namespace
 
 void startTable(LabelAnalysisMsr& result, const MeasureSet& set) {
-    result.frame.reset(0);
-    result.label.reset(0);
-    result.values.clear();
+    result.frame.resize(0);
+    result.label.resize(0);
+    std::size_t column = 0;
     forEachColumn(set, [&](const BaseMeasure& measure, std::size_t component, std::size_t, const String& name) {
-        result.values.push_back(makeColumn(set, measure, component, name));
+        LabelAnalysisMsr::Column made = makeColumn(set, measure, component, name);
+        if (column == result.values.size()) {
+            result.values.push_back(std::move(made));
+        } else if (!isSameColumn(result.values[column], made)) {
+            result.values[column] = std::move(made);
+        } else {
+            std::visit([](auto& values) { values.resize(0); }, result.values[column]);
+        }
+        ++column;
     });
+    result.values.erase(result.values.begin() + static_cast<std::ptrdiff_t>(column), result.values.end());
 }
 
 void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::vector<ObjectTable>& frames,

@@ -89,8 +89,9 @@ TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {
         units.push_back(table->getColumnInfo(c).unit);
     }
     EXPECT_THAT(names, ElementsAre("Frame", "Label", "Area", "BarycenterX", "BarycenterY", "BoundingBoxMinX",
-                                   "BoundingBoxMinY", "BoundingBoxMaxX", "BoundingBoxMaxY", "TouchesBorder"));
-    EXPECT_THAT(units, ElementsAre("", "", "mm^2", "mm", "mm", "", "", "", "", ""));
+                                   "BoundingBoxMinY", "BoundingBoxMaxX", "BoundingBoxMaxY", "BoundingBoxSizeX",
+                                   "BoundingBoxSizeY", "TouchesBorder"));
+    EXPECT_THAT(units, ElementsAre("", "", "mm^2", "mm", "mm", "", "", "", "", "mm", "mm", ""));
 }
 
 TEST(LabelAnalysis, GivesNoRowWithoutObjects) {
@@ -127,6 +128,27 @@ TEST(LabelAnalysis, IsTheSameForEveryLevelThreadCountScheduleAndStorage) {
             algorithm.setMeasures(measures);
             algorithm.run();
             expectSameTable(*expected, algorithm.getOutputMeasurement()->getTable());
+        }
+    }
+}
+
+TEST(LabelAnalysis, SumsRunsOfEveryLengthAlikeOnEveryLevel) {
+    // Runs of 1, 2, 3, ... pixels with gaps between, then one that fills the accumulators several times.
+    const test::Extents extents{90001, 2, 1, 1, 1};
+    const io::MemoryImage labels = makeImage(
+        {.voxelType = RIX_UINT16, .extents = extents}, [](std::size_t x, std::size_t y, auto...) -> std::uint64_t {
+            const auto length = static_cast<std::uint64_t>((std::sqrt(8.0 * static_cast<double>(x + y) + 1.0) - 1.0) / 2.0);
+            return x > 20000 ? 1 : (x + y - length * (length + 1) / 2 == length ? 0 : 2 + length);
+        });
+    for (const VoxelTypes type : {RIX_UINT8, RIX_INT8, RIX_UINT16, RIX_INT16, RIX_UINT32, RIX_INT32, RIX_FLOAT32,
+                                  RIX_FLOAT64}) {
+        SCOPED_TRACE(helper::voxelTypesToString(type));
+        const io::MemoryImage grey = test::makeRandomImage({.voxelType = type, .extents = extents}, 7);
+        const auto expected = analyse(labels, "Intensity", &grey);
+        for (const OptimLevelType level : {VEC_SSE, VEC_AVX}) {
+            if (devices::Cpu::supports(level)) {
+                expectSameTable(*expected, *analyse(labels, "Intensity", &grey, {2, level}));
+            }
         }
     }
 }

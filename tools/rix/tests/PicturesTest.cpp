@@ -77,7 +77,7 @@ TEST_F(ProgramTest, rendersLabelsAloneAndOverAPhotograph) {
     EXPECT_EQ(pixel("over.png", 3, 2), other);
 }
 
-TEST_F(ProgramTest, demoSeparatesTheCoins) {
+TEST_F(ProgramTest, demoMeasuresTheCoins) {
     const auto ending = rix({"demo", "results/today"});
     ASSERT_EQ(ending.exitCode, 0) << ending.messages;
     EXPECT_NE(ending.output.find("results/today/coins-binary.tif"), std::string::npos) << ending.output;
@@ -85,6 +85,13 @@ TEST_F(ProgramTest, demoSeparatesTheCoins) {
     const auto info = nlohmann::json::parse(rix({"info", "results/today/coins-binary.tif", "--json"}).output);
     EXPECT_EQ(info["interpretation"], "binary");
     EXPECT_EQ(info["statistics"]["maximum"], 1);
+    // A table of the 24 coins, a picture with their numbers.
+    const std::string table = contentOf("results/today/coins.csv");
+    EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 25);
+    EXPECT_EQ(table.substr(0, table.find('\n')),
+              "Frame,Label,Area,EquivalentDiameter,Circularity,BarycenterX,BarycenterY,Mean");
+    EXPECT_NE(ending.output.find("0      24     "), std::string::npos) << ending.output;
+    EXPECT_TRUE(std::filesystem::exists(folder() / "results/today/coins-labels.png"));
     // The coins cover between a quarter and a half of the photograph.
     EXPECT_GT(info["statistics"]["mean"], 0.25);
     EXPECT_LT(info["statistics"]["mean"], 0.5);

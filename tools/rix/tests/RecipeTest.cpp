@@ -112,6 +112,28 @@ TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
     }
 }
 
+TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {
+    const std::string measure = R"({"run": "LabelAnalysis", "with": {"inputLabelImage": "in.png", "measures": "Area",)"
+                                R"( "outputMeasurement": "%"}})";
+    const auto into = [&](const std::string& target) { return std::string(measure).replace(measure.find('%'), 1, target); };
+    write("table.json", recipeOf(into("direct.csv") + ", " + into("@sizes") +
+                                 R"(, {"write": "@sizes", "to": "a.csv"}, {"write": "@sizes", "to": "a.json"})"));
+    const auto ending = rix({"recipe", "table.json"});
+    ASSERT_EQ(ending.exitCode, 0) << ending.messages;
+    EXPECT_THAT(ending.output, HasSubstr("0      40     1\n          ... and 159 more\n")) << "long tables are cut";
+    EXPECT_THAT(contentOf("a.csv"), testing::StartsWith("Frame,Label,Area\n0,1,1\n0,2,1\n"));
+    EXPECT_EQ(contentOf("direct.csv"), contentOf("a.csv"));
+    EXPECT_EQ(readJson("a.json")["columns"][2]["values"].size(), 199U);
+    EXPECT_EQ(readJson("table-record.json")["steps"][1]["results"]["outputMeasurement"]["columns"][1]["name"], "Label");
+    for (const auto& [exitCode, step] : {std::pair{5, R"({"write": "@sizes", "to": "a.tif"})"},
+                                         {5, R"({"write": "@sizes", "to": "nowhere/a.csv"})"},
+                                         {2, R"({"render": "@sizes", "to": "a.png"})"},
+                                         {2, R"({"render": {"image": "in.png", "numbers": 1}, "to": "a.png"})"}}) {
+        write("wrong.json", recipeOf(into("@sizes") + ", " + step));
+        EXPECT_EQ(rix({"recipe", "wrong.json"}).exitCode, exitCode) << step;
+    }
+}
+
 TEST_F(RecipeTest, ChecksTypesThroughTheChainByHeadersAlone) {
     // The second step would only fail after the first one had worked; the rehearsal knows what the first one makes.
     makeImage<float>({4, 3, 1, 1, 1}, std::vector<float>(12, 1.0F));

@@ -14,6 +14,7 @@
 #include "Statistics.h"
 #include "render/Contours.h"
 #include "render/LabelColours.h"
+#include "render/Numbers.h"
 #include "render/Picture.h"
 #include "render/Slice.h"
 #include "render/Window.h"
@@ -247,6 +248,38 @@ TEST(Statistics, leaveOutWhatIsNoNumberOnAllAxes) {
     // A large row between small ones: what a plain sum would lose stays.
     const auto cancelling = computeStatistics(makeImage<double>({1, 4}, {1e16, 1, 1, -1e16}));
     EXPECT_EQ(cancelling.mean(), 0.5);
+}
+
+TEST(Numbers, StandOnTheirObjectsAndStayInThePicture) {
+    // Two objects: the left half of a strip, and a pixel in the corner, whose number is moved inside.
+    LabelSlice labels{40, 20, std::vector<std::uint32_t>(800, 0)};
+    for (std::size_t i = 0; i < 800; ++i) {
+        labels.labels[i] = i % 40 < 20 ? 1 : i == 799 ? 7 : 0;
+    }
+    Picture picture(40, 20, grey(100));
+    drawNumbers(picture, labels);
+    const auto white = [&](std::size_t left, std::size_t right) {
+        std::size_t count = 0;
+        double x = 0.0;
+        double y = 0.0;
+        for (std::size_t row = 0; row < 20; ++row) {
+            for (std::size_t column = left; column < right; ++column) {
+                if (picture.row(row)[column] == grey(255)) {
+                    ++count;
+                    x += static_cast<double>(column);
+                    y += static_cast<double>(row);
+                }
+            }
+        }
+        const auto n = static_cast<double>(count);
+        return std::array<double, 3>{n, x / n, y / n};
+    };
+    EXPECT_GT(white(0, 20)[0], 8);  // a "1" has at least a stroke
+    EXPECT_NEAR(white(0, 20)[1], 9.5, 1.5);
+    EXPECT_NEAR(white(0, 20)[2], 9.5, 1.5);
+    EXPECT_GT(white(20, 40)[0], 8);
+    EXPECT_GT(white(20, 40)[1], 30);
+    EXPECT_GT(white(20, 40)[2], 10);
 }
 
 }  // namespace

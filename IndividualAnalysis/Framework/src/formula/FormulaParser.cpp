@@ -137,7 +137,10 @@ const auto primary_def =
 
 BOOST_SPIRIT_DEFINE(expression, term, unary, power, primary)
 
-const auto item = -(identifier >> x3::omit[x3::lit('=')])[startItem] >> x3::raw[expression][endItem];
+const x3::rule<class ItemRule> item = "a measure";
+const auto item_def = -(identifier >> x3::omit[x3::lit('=')])[startItem] >> x3::raw[expression][endItem];
+
+BOOST_SPIRIT_DEFINE(item)
 
 void refuseNesting(const String& text) {
     std::size_t depth = 0;
@@ -168,7 +171,7 @@ std::vector<FormulaItem> parseFormulas(const String& text) {
     }
     refuseNesting(text);
     FormulaBuilder result;
-    const auto grammar = x3::with<BuilderTag>(std::ref(result))[item % ','];
+    const auto grammar = x3::with<BuilderTag>(std::ref(result))[item >> *(',' > item)];
     auto position = text.begin();
     try {
         const bool read = x3::phrase_parse(position, text.end(), grammar, x3::space);

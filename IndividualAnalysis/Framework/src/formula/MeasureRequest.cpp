@@ -62,15 +62,26 @@ private:
             if (const Measure measure = m_names->findMeasure(name); measure != nullptr) {
                 return {checked(measure)};
             }
-            std::vector<Measure> preset;
-            for (const String& member : presetMeasures(name, m_mode)) {
-                preset.push_back(checked(m_names->findMeasure(member)));
-            }
-            if (!preset.empty()) {
-                return preset;
+            if (const std::vector<String> members = presetMeasures(name, m_mode); !members.empty()) {
+                return presetOf(members);
             }
         }
         return {formula(item.text, item)};
+    }
+
+    /// A preset takes of its measures what the images have; nothing at all is refused.
+    std::vector<Measure> presetOf(const std::vector<String>& members) const {
+        std::vector<Measure> measures;
+        for (const String& member : members) {
+            Measure measure = m_names->findMeasure(member);
+            if (m_intensity == IntensityUse::Present || !measure->getMeasureAttributes(m_mode).needsIntensity) {
+                measures.push_back(std::move(measure));
+            }
+        }
+        if (measures.empty()) {
+            checked(m_names->findMeasure(members.front()));
+        }
+        return measures;
     }
 
     /// The formula of a name, made when it is first needed.

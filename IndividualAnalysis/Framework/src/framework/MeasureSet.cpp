@@ -103,18 +103,27 @@ void MeasureSet::setupDependencies() {
 
 void MeasureSet::initMeasures() {
     Measures pending = m_private->measures;
-    while (!pending.empty()) {
-        const std::size_t removed = std::erase_if(pending, [](const auto& entry) {
-            BaseMeasure& measure = *entry.second;
-            if (!measure.canBeInitialized()) {
-                return false;
+    Measures initialized;
+    try {
+        while (!pending.empty()) {
+            const std::size_t removed = std::erase_if(pending, [&initialized](const auto& entry) {
+                BaseMeasure& measure = *entry.second;
+                if (!measure.canBeInitialized()) {
+                    return false;
+                }
+                measure.init();
+                initialized.insert(entry);
+                return true;
+            });
+            if (removed == 0) {
+                throw UnexpectedError("Invalid measure set, cyclic measures dependencies detected");
             }
-            measure.init();
-            return true;
-        });
-        if (removed == 0) {
-            throw UnexpectedError("Invalid measure set, cyclic measures dependencies detected");
         }
+    } catch (...) {
+        for (const auto& [id, measure] : initialized) {
+            measure->clear();  // a failed call changes nothing
+        }
+        throw;
     }
     for (const auto& [id, measure] : m_private->measures) {
         measure->dependencyResultsCreated();

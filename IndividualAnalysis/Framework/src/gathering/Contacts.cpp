@@ -70,7 +70,7 @@ void Contacts::remember(std::size_t line, const Run* runs, std::size_t count) {
     m_lines[line % m_lines.size()].assign(runs, runs + count);
 }
 
-void Contacts::count(std::size_t line, const Run* runs, std::size_t count, ObjectTable& table) {
+void Contacts::count(std::size_t line, const Run* runs, std::size_t count, BandTable& table) {
     remember(line, runs, count);
     const Line& current = lineAt(line);
     const std::size_t rows = m_plan.rows();
@@ -93,7 +93,7 @@ void Contacts::count(std::size_t line, const Run* runs, std::size_t count, Objec
 }
 
 void Contacts::countPair(const Line& current, const Line& other, std::size_t firstDirection, std::int64_t touchWeight,
-                         ObjectTable& table) const {
+                         BandTable& table) const {
     std::size_t first = 0;
     for (const Run& run : current) {
         while (first < other.size() && other[first].end < run.begin) {
@@ -114,7 +114,7 @@ void Contacts::countPair(const Line& current, const Line& other, std::size_t fir
     }
 }
 
-void Contacts::countEuler(std::size_t row, std::size_t plane, std::size_t line, ObjectTable& table) const {
+void Contacts::countEuler(std::size_t row, std::size_t plane, std::size_t line, BandTable& table) const {
     const std::size_t rows = m_plan.rows();
     const auto subtractJoins = [&](const std::array<const Line*, 4>& around, std::size_t lineCount) {
         forEachJoin(around, lineCount, [&table](std::uint32_t label) { --table.contacts[table.slotOf(label)].euler; });

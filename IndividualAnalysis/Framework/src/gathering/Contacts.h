@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "BandPlan.h"
-#include "ObjectTable.h"
+#include "BandTable.h"
 #include "Runs.h"
 
 namespace rix::individual_analysis {
@@ -24,15 +24,15 @@ public:
     /// Keeps the runs of a line before the band.
     void remember(std::size_t line, const Run* runs, std::size_t count);
     /// Counts a line of the band, whose runs have slots; all lines that it looks back to are known.
-    void count(std::size_t line, const Run* runs, std::size_t count, ObjectTable& table);
+    void count(std::size_t line, const Run* runs, std::size_t count, BandTable& table);
 
 private:
     using Line = std::vector<Run>;
 
     const Line& lineAt(std::size_t line) const { return m_lines[line % m_lines.size()]; }
     void countPair(const Line& current, const Line& other, std::size_t firstDirection, std::int64_t touchWeight,
-                   ObjectTable& table) const;
-    void countEuler(std::size_t row, std::size_t plane, std::size_t line, ObjectTable& table) const;
+                   BandTable& table) const;
+    void countEuler(std::size_t row, std::size_t plane, std::size_t line, BandTable& table) const;
 
     const BandPlan& m_plan;
     bool m_euler;

@@ -29,7 +29,7 @@ Int128 sumOfSquaresBelow(std::uint64_t n) {
 class BandGatherer {
 public:
     BandGatherer(const BandPlan& plan, OptimLevelType level, const ImageModel& labels, const ImageModel* intensity,
-                 ObjectTable& table)
+                 BandTable& table)
         : m_plan(plan),
           m_table(table),
           m_labels(makeLabelLines(labels, level)),
@@ -61,7 +61,7 @@ public:
                 m_contacts->count(line, m_runs, count, m_table);
             }
         }
-        m_table.finishBand();
+        m_table.finish();
     }
 
 private:
@@ -138,6 +138,7 @@ private:
             } else {
                 m_outlineOfSlot[run.slot] = m_table.outline.size();
                 m_table.outline.push_back({run.slot, row, plane, run.begin, run.end});
+                ++m_table.outlineRows[run.slot];
             }
         }
     }
@@ -188,7 +189,7 @@ private:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
     const BandPlan& m_plan;
-    ObjectTable& m_table;
+    BandTable& m_table;
     std::unique_ptr<LabelLines> m_labels;
     std::unique_ptr<IntensityLines> m_intensity;
     std::optional<Contacts> m_contacts;
@@ -205,7 +206,7 @@ std::vector<ObjectTable> gatherObjects(access::ExecutionContext& context, OptimL
                                        const ImageModel& labels, const ImageModel* intensity, std::uint32_t gathered) {
     const BandPlan plan(labels, gathered);
     const std::size_t channels = intensity != nullptr ? intensity->getNumOf(SPECTRAL_SERIES) : 1;
-    std::vector<ObjectTable> bands(plan.bandCount(), ObjectTable(gathered, channels));
+    std::vector<BandTable> bands(plan.bandCount(), BandTable(gathered, channels));
     context.startStep(plan.voxels());
     // Not the blocks of point operations: a band keeps what it found, and its cut must not change with the settings.
     const auto runBand = [&](std::size_t index) {
@@ -221,13 +222,11 @@ std::vector<ObjectTable> gatherObjects(access::ExecutionContext& context, OptimL
     }
     context.throwIfCancelled();
 
-    std::vector<ObjectTable> frames(plan.frames(), ObjectTable(gathered, channels));
-    for (std::size_t index = 0; index < bands.size(); ++index) {
-        frames[plan.band(index).frame].add(bands[index]);
-        bands[index] = ObjectTable(gathered, channels);
-    }
-    for (ObjectTable& frame : frames) {
-        frame.sort();
+    std::vector<ObjectTable> frames;
+    for (std::size_t frame = 0; frame < plan.frames(); ++frame) {
+        const std::span<BandTable> own(bands.data() + frame * plan.bandsOfFrame(), plan.bandsOfFrame());
+        frames.emplace_back(own, context.scheduler());
+        std::fill(own.begin(), own.end(), BandTable(gathered, channels));
     }
     return frames;
 }

@@ -128,7 +128,7 @@ std::vector<std::unique_ptr<GreyValues>> gatherGreyValues(access::ExecutionConte
             for (std::size_t channel = 0; count > 0 && channel < objects[band.frame].channels(); ++channel) {
                 greyLines->read(plan.segment(band.frame, line, channel));
                 for (std::size_t i = 0; i < count; ++i) {
-                    const std::size_t index = objects[band.frame].findSlot(runs[i].label);
+                    const std::size_t index = objects[band.frame].indexOf(runs[i].label);
                     greyLines->copy(runs[i], frames[band.frame]->take(index, channel, runs[i].end - runs[i].begin));
                 }
             }

@@ -1,18 +1,18 @@
 #include "ObjectTable.h"
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <numeric>
 
-#include <rix/exceptions/Exception.h>
+#include <rix/access/PointBlocks.h>
 #include <rix/individual_analysis/MeasureInfo.h>
 
 namespace rix::individual_analysis {
 
 namespace {
 
-constexpr std::size_t fewestEntries = 64;
+/// Parts of the objects that threads join at the same time; each part looks through the labels of all bands.
+constexpr std::size_t partsOfJoin = 8;
+constexpr std::size_t objectsThatPay = 20000;
 
 /// Joins the sums of two parts (Chan, Golub and LeVeque 1979): squares about the common mean.
 void join(IntensitySums& left, std::uint64_t leftCount, const IntensitySums& right, std::uint64_t rightCount) {
@@ -58,149 +58,126 @@ void join(ContactSums& left, const ContactSums& right) {
     left.euler += right.euler;
 }
 
-/// The elements of `values`, `each` for every object, in a new order.
-template <class T>
-void reorder(std::vector<T>& values, const std::vector<std::uint32_t>& order, std::size_t each = 1) {
-    if (values.empty()) {
-        return;
-    }
-    std::vector<T> sorted;
-    sorted.reserve(values.size());
-    for (const std::uint32_t old : order) {
-        const auto first = values.begin() + static_cast<std::ptrdiff_t>(old * each);
-        sorted.insert(sorted.end(), first, first + static_cast<std::ptrdiff_t>(each));
-    }
-    values.swap(sorted);
-}
-
 }  // namespace
 
-std::uint32_t ObjectTable::insert(std::uint32_t label) {
-    if (2 * (labels.size() + 1) > m_entries.size()) {
-        rebuild(std::max(fewestEntries, 2 * m_entries.size()));
-    }
-    const auto slot = static_cast<std::uint32_t>(labels.size());
-    std::size_t i = hash(label);
-    while (m_entries[i].label != 0) {
-        i = (i + 1) & (m_entries.size() - 1);
-    }
-    m_entries[i] = {label, slot};
-    labels.push_back(label);
-    shape.emplace_back();
-    if (gathers(GATHER_SECOND_MOMENTS)) {
-        second.emplace_back();
-    }
-    if (gathers(GATHER_CONTACTS | GATHER_EULER)) {
-        contacts.emplace_back();
-    }
-    if (gathers(GATHER_INTENSITY)) {
-        intensity.resize(intensity.size() + m_channels);
-    }
-    if (gathers(GATHER_WEIGHTED_POSITION)) {
-        weighted.resize(weighted.size() + m_channels);
-    }
-    return slot;
-}
-
-void ObjectTable::rebuild(std::size_t entries) {
-    m_entries.assign(entries, Entry{0, 0});
-    m_hashShift = 64 - static_cast<unsigned>(std::countr_zero(entries));
-    for (std::size_t slot = 0; slot < labels.size(); ++slot) {
-        std::size_t i = hash(labels[slot]);
-        while (m_entries[i].label != 0) {
-            i = (i + 1) & (entries - 1);
-        }
-        m_entries[i] = {labels[slot], static_cast<std::uint32_t>(slot)};
+ObjectTable::ObjectTable(std::span<const BandTable> bands, access::BlockScheduler& scheduler)
+    : m_channels(bands.front().channels()) {
+    numberLabels(bands);
+    const std::size_t count = labels.size();
+    const BandTable& any = bands.front();
+    shape.resize(count);
+    second.resize(any.gathers(GATHER_SECOND_MOMENTS) ? count : 0);
+    contacts.resize(any.gathers(GATHER_CONTACTS | GATHER_EULER) ? count : 0);
+    intensity.resize(any.gathers(GATHER_INTENSITY) ? count * m_channels : 0);
+    weighted.resize(any.gathers(GATHER_WEIGHTED_POSITION) ? count * m_channels : 0);
+    outlineBegins.resize(any.gathers(GATHER_OUTLINE) ? count + 1 : 0);
+    const std::size_t parts = count < objectsThatPay ? 1 : partsOfJoin;
+    access::BlockScheduler& used = parts == 1 ? access::serialScheduler() : scheduler;
+    used.forEach(parts, [&](std::size_t part) {
+        const access::Interval range = access::partOf(count, parts, part);
+        joinSums(bands, range.begin, range.end);
+    });
+    if (!outlineBegins.empty()) {
+        std::partial_sum(outlineBegins.begin(), outlineBegins.end(), outlineBegins.begin());
+        outline.resize(outlineBegins.back());
+        used.forEach(parts, [&](std::size_t part) {
+            const access::Interval range = access::partOf(count, parts, part);
+            joinOutlines(bands, range.begin, range.end);
+        });
     }
 }
 
-void ObjectTable::finishBand() {
-    for (std::size_t i = 0; i < intensity.size(); ++i) {
-        IntensitySums& sums = intensity[i];
-        const auto count = static_cast<double>(shape[i / m_channels].count);
-        if (count == 0.0) {
-            continue;
+void ObjectTable::numberLabels(std::span<const BandTable> bands) {
+    std::size_t total = 0;
+    std::uint32_t greatest = 0;
+    for (const BandTable& band : bands) {
+        total += band.size();
+        for (const std::uint32_t label : band.labels) {
+            greatest = std::max(greatest, label);
         }
-        const double about = sums.squares - sums.sum * (sums.sum / count);
-        sums.squares = about < 0.0 ? 0.0 : about;  // NaN stays
-        sums.sum += sums.shift * count;
+    }
+    constexpr std::size_t few = 4096;
+    constexpr std::size_t sparseness = 8;
+    if (greatest > few + sparseness * total) {
+        numberSparseLabels(bands);
+        return;
+    }
+    m_indices.assign(std::size_t{greatest} + 1, 0);
+    for (const BandTable& band : bands) {
+        for (const std::uint32_t label : band.labels) {
+            m_indices[label] = 1;
+        }
+    }
+    for (std::size_t label = 1; label < m_indices.size(); ++label) {
+        if (m_indices[label] != 0) {
+            m_indices[label] = static_cast<std::uint32_t>(labels.size());
+            labels.push_back(static_cast<std::uint32_t>(label));
+        }
     }
 }
 
-void ObjectTable::add(const ObjectTable& band) {
-    const auto firstRow = outline.size();
-    outline.insert(outline.end(), band.outline.begin(), band.outline.end());
-    std::vector<std::uint32_t> slots(band.outline.empty() ? 0 : band.size());
-    for (std::size_t i = 0; i < band.size(); ++i) {
-        const std::uint32_t slot = slotOf(band.labels[i]);
-        if (!slots.empty()) {
-            slots[i] = slot;
-        }
-        for (std::size_t c = 0; c < m_channels && !intensity.empty(); ++c) {
-            join(intensity[slot * m_channels + c], shape[slot].count, band.intensity[i * m_channels + c],
-                 band.shape[i].count);
-        }
-        for (std::size_t c = 0; c < m_channels && !weighted.empty(); ++c) {
-            for (std::size_t axis = 0; axis < 3; ++axis) {
-                weighted[slot * m_channels + c][axis] += band.weighted[i * m_channels + c][axis];
+void ObjectTable::numberSparseLabels(std::span<const BandTable> bands) {
+    for (const BandTable& band : bands) {
+        for (const std::uint32_t label : band.labels) {
+            if (m_sparse.find(label) == LabelHash::unknown) {
+                m_sparse.insert(label);
+                labels.push_back(label);
             }
         }
-        join(shape[slot], band.shape[i]);
-        if (!second.empty()) {
-            join(second[slot], band.second[i]);
-        }
-        if (!contacts.empty()) {
-            join(contacts[slot], band.contacts[i]);
-        }
     }
-    for (std::size_t i = firstRow; i < outline.size(); ++i) {
-        outline[i].slot = slots[outline[i].slot];
+    std::sort(labels.begin(), labels.end());
+    m_order.resize(labels.size());
+    for (std::uint32_t index = 0; index < labels.size(); ++index) {
+        m_order[m_sparse.find(labels[index])] = index;
     }
 }
 
-void ObjectTable::sort() {
-    if (std::is_sorted(labels.begin(), labels.end())) {
-        std::vector<std::uint32_t> same(outline.empty() ? 0 : labels.size());
-        std::iota(same.begin(), same.end(), 0U);
-        sortOutline(same);
-        return;
+void ObjectTable::joinSums(std::span<const BandTable> bands, std::size_t first, std::size_t last) {
+    for (const BandTable& band : bands) {
+        for (std::size_t slot = 0; slot < band.size(); ++slot) {
+            const std::size_t index = indexOf(band.labels[slot]);
+            if (index < first || index >= last) {
+                continue;
+            }
+            for (std::size_t c = 0; c < m_channels && !intensity.empty(); ++c) {
+                join(intensity[index * m_channels + c], shape[index].count, band.intensity[slot * m_channels + c],
+                     band.shape[slot].count);
+            }
+            for (std::size_t c = 0; c < m_channels && !weighted.empty(); ++c) {
+                for (std::size_t axis = 0; axis < 3; ++axis) {
+                    weighted[index * m_channels + c][axis] += band.weighted[slot * m_channels + c][axis];
+                }
+            }
+            join(shape[index], band.shape[slot]);
+            if (!second.empty()) {
+                join(second[index], band.second[slot]);
+            }
+            if (!contacts.empty()) {
+                join(contacts[index], band.contacts[slot]);
+            }
+            if (!outlineBegins.empty()) {
+                outlineBegins[index + 1] += band.outlineRows[slot];
+            }
+        }
     }
-    std::vector<std::uint32_t> order(labels.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::sort(order.begin(), order.end(), [this](std::uint32_t a, std::uint32_t b) { return labels[a] < labels[b]; });
-    reorder(labels, order);
-    reorder(shape, order);
-    reorder(second, order);
-    reorder(contacts, order);
-    reorder(intensity, order, m_channels);
-    reorder(weighted, order, m_channels);
-    for (Entry& entry : m_entries) {
-        entry.label = 0;
-    }
-    rebuild(m_entries.size());
-    std::vector<std::uint32_t> newSlots(order.size());
-    for (std::uint32_t i = 0; i < order.size(); ++i) {
-        newSlots[order[i]] = i;
-    }
-    sortOutline(newSlots);
 }
 
-/// By counting: the rows of an object stay in raster order.
-void ObjectTable::sortOutline(const std::vector<std::uint32_t>& newSlots) {
-    if (outline.empty()) {
-        return;
+void ObjectTable::joinOutlines(std::span<const BandTable> bands, std::size_t first, std::size_t last) {
+    std::vector<std::size_t> next(outlineBegins.begin() + static_cast<std::ptrdiff_t>(first),
+                                  outlineBegins.begin() + static_cast<std::ptrdiff_t>(last));
+    std::vector<std::uint32_t> indices;
+    for (const BandTable& band : bands) {
+        indices.resize(band.size());
+        for (std::size_t slot = 0; slot < band.size(); ++slot) {
+            indices[slot] = indexOf(band.labels[slot]);
+        }
+        for (const OutlineRow& row : band.outline) {
+            const std::size_t index = indices[row.slot];
+            if (index >= first && index < last) {
+                outline[next[index - first]++] = row;
+            }
+        }
     }
-    std::vector<std::size_t> next(newSlots.size() + 1, 0);
-    for (OutlineRow& row : outline) {
-        row.slot = newSlots[row.slot];
-        ++next[row.slot + 1];
-    }
-    std::partial_sum(next.begin(), next.end(), next.begin());
-    std::vector<OutlineRow> sorted(outline.size());
-    for (const OutlineRow& row : outline) {
-        sorted[next[row.slot]++] = row;
-    }
-    outline.swap(sorted);
 }
 
 }  // namespace rix::individual_analysis

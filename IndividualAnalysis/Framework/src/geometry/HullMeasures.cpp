@@ -25,19 +25,19 @@ HullInPlane measureHullInPlane(std::span<const OutlineRow> rows, const std::arra
     const std::vector<Corner> corners = convexHull(rows);
     HullInPlane result;
     result.area = static_cast<double>(twiceArea(corners)) / 2.0 * spacing[0] * spacing[1];
-    std::vector<std::array<double, 2>> hull;  // from the first corner, so that no digits are lost far from the origin
-    for (const Corner& corner : corners) {
-        hull.push_back({static_cast<double>(corner.x - corners[0].x) * spacing[0],
-                        static_cast<double>(corner.y - corners[0].y) * spacing[1]});
-    }
+    // Differences are taken of whole numbers: diameters that are equal are so to the last bit, and of those the one with
+    // the smallest angle is told. A hull of corners of pixels has about as many corners as the 2/3 power of its diameter,
+    // so that all pairs of them are fewer than pixels.
     double largest = 0.0;
-    for (std::size_t i = 0; i < hull.size(); ++i) {
-        for (std::size_t j = i + 1; j < hull.size(); ++j) {
-            const double dx = hull[j][0] - hull[i][0];
-            const double dy = hull[j][1] - hull[i][1];
-            if (dx * dx + dy * dy > largest) {
-                largest = dx * dx + dy * dy;
-                result.diameterAngle = halfTurn(dy, dx);
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        for (std::size_t j = i + 1; j < corners.size(); ++j) {
+            const double dx = static_cast<double>(corners[j].x - corners[i].x) * spacing[0];
+            const double dy = static_cast<double>(corners[j].y - corners[i].y) * spacing[1];
+            const double squared = dx * dx + dy * dy;
+            if (squared >= largest) {
+                const double angle = halfTurn(dy, dx);
+                result.diameterAngle = squared > largest ? angle : std::min(angle, result.diameterAngle);
+                largest = squared;
             }
         }
     }
@@ -46,23 +46,24 @@ HullInPlane measureHullInPlane(std::span<const OutlineRow> rows, const std::arra
     // The narrowest strip has an edge of the hull on one side.
     result.width = std::numeric_limits<double>::infinity();
     std::size_t opposite = 1;
-    for (std::size_t i = 0; i < hull.size(); ++i) {
-        const auto& a = hull[i];
-        const auto& b = hull[(i + 1) % hull.size()];
-        const double ex = b[0] - a[0];
-        const double ey = b[1] - a[1];
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const Corner& a = corners[i];
+        const Corner& b = corners[(i + 1) % corners.size()];
         const auto height = [&](std::size_t corner) {
-            const auto& c = hull[corner % hull.size()];
-            return ex * (c[1] - a[1]) - ey * (c[0] - a[0]);
+            const Corner& c = corners[corner % corners.size()];
+            return Int128{b.x - a.x} * (c.y - a.y) - Int128{b.y - a.y} * (c.x - a.x);
         };
         opposite = std::max(opposite, i + 1);
         while (height(opposite + 1) > height(opposite)) {
             ++opposite;
         }
-        const double width = height(opposite) / std::hypot(ex, ey);
-        if (width < result.width) {
+        const double ex = static_cast<double>(b.x - a.x) * spacing[0];
+        const double ey = static_cast<double>(b.y - a.y) * spacing[1];
+        const double width = static_cast<double>(height(opposite)) * (spacing[0] * spacing[1]) / std::hypot(ex, ey);
+        if (width <= result.width) {
+            const double angle = halfTurn(ex, -ey);
+            result.widthAngle = width < result.width ? angle : std::min(angle, result.widthAngle);
             result.width = width;
-            result.widthAngle = halfTurn(ex, -ey);
         }
     }
     return result;

@@ -3,7 +3,7 @@
 #include <array>
 #include <span>
 
-#include "gathering/ObjectTable.h"
+#include "gathering/Sums.h"
 
 namespace rix::individual_analysis {
 

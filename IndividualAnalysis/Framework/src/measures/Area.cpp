@@ -2,8 +2,8 @@
 
 namespace rix::individual_analysis {
 
-// Pixels times the area of one. One pixel: that area. Of a disc of radius r >= 5 pixels, centred anywhere, within 5 % of
-// pi r^2, and without bias: the mean over all centres is pi r^2.
+// Exact for the union of the pixels. One pixel: the area of one. Unequal spacing: exact. Discs of radius 5 pixels and
+// more: within 5 %, the mean over all places between the pixels within 0.2 %; from 15 on 2 % and 0.1 %.
 const MeasureDefinition areaDefinition{
     .name = "Area",
     .description = "Area of the object: the number of pixels times the area of one.",

@@ -14,8 +14,8 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 }  // namespace
 
-// The sums of indices are exact, so the only rounding is that of the quotient and the calibration. One pixel: its
-// position.
+// Mean position of the pixels. The sums of indices are exact, so that the only rounding is that of the quotient and the
+// calibration. One pixel: its position. Unequal spacing: exact. Discs and balls: no bias by symmetry.
 const MeasureDefinition barycenterDefinition{
     .name = "Barycenter",
     .description = "Centre of mass of the object, all pixels weighing the same.",

@@ -4,8 +4,9 @@
 
 namespace rix::individual_analysis {
 
-// Bias follows the perimeter: discs of radius 5 and more are met within 4 %, small objects exceed 1 (one pixel of side
-// 1: 1.747).
+// Cox 1927, as the inverse of the compactness. One pixel of side 1: 1.747, which shows that objects of a few pixels
+// exceed 1. Discs of radius 5 pixels and more: -12 to +6 %, mean within 0.5 %; from 15 on -4.5 to +3 %, mean within 0.2
+// %, with unequal spacing as well. The bias follows that of the perimeter.
 const MeasureDefinition circularityDefinition{
     .name = "Circularity",
     .description = "4 pi area / perimeter^2: 1 for a disc, less for everything else.",

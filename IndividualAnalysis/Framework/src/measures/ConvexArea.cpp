@@ -2,8 +2,9 @@
 
 namespace rix::individual_analysis {
 
-// Exact for the union of the pixels: one pixel and every upright box have their own area. A disc has a little more than its
-// own, because the hull passes through corners of pixels.
+// Exact for the union of the pixels. One pixel and every upright box: their own area. Unequal spacing: exact. Discs of
+// radius 5 pixels and more have 2.5 to 21 % more than their own area, 8 % in the mean, from 15 on 0.5 to 6.5 %, 4 % in
+// the mean: the hull passes through the corners of the pixels.
 const MeasureDefinition convexAreaDefinition{
     .name = "ConvexArea",
     .description = "Area of the object's convex hull.",

@@ -26,8 +26,9 @@ constexpr vessel::ColumnType real = vessel::ColumnType::REAL;
 
 }  // namespace
 
-// Of the corners of the pixels, with exact integers, so that the hull holds every pixel as a whole; lengths and angles are
-// those in the world. What other measures of the hull are taken from.
+// Of the corners of the pixels (in the plane by the monotone chain of Andrew 1979, in space by the quick hull of
+// Barber, Dobkin and Huhdanpaa 1996), with exact integers, so that the hull holds every pixel as a whole; lengths and
+// angles are those in the world. What other measures of the hull are taken from: their bias is told there.
 const MeasureDefinition convexHullDefinition{
     .name = "ConvexHull",
     .description = "Convex hull of the object.",

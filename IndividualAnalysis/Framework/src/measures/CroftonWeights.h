@@ -3,7 +3,7 @@
 #include <array>
 #include <vector>
 
-#include "gathering/ObjectTable.h"
+#include "gathering/Sums.h"
 #include "measures/LabelMeasure.h"
 
 namespace rix::individual_analysis {

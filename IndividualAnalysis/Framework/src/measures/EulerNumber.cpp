@@ -2,8 +2,9 @@
 
 namespace rix::individual_analysis {
 
-// Of the union of the closed pixels: parts connect through corners (8 neighbours in the plane, 26 in space), holes only
-// through sides. One pixel: 1; a ring: 0; an empty ball: 2. Exact; independent of the spacing.
+// Of the union of the closed pixels (Serra 1982): parts connect through corners (8 neighbours in the plane, 26 in
+// space), holes only through sides. One pixel: 1; a ring: 0; an empty ball: 2. Exact; independent of the spacing. Discs
+// and balls: 1, without bias.
 const MeasureDefinition eulerNumberDefinition{
     .name = "EulerNumber",
     .description = "Number of connected parts minus holes; in space parts minus tunnels plus cavities.",

@@ -18,8 +18,7 @@ class GreyValues;
 /// What the passes over the images gathered of one frame; measures read it.
 struct GatheredFrame {
     const ObjectTable* objects = nullptr;
-    const GreyValues* values = nullptr;           ///< null unless a measure asked for them
-    std::span<const std::size_t> outlineOffsets;  ///< where the outline of each object begins, and the end of the last
+    const GreyValues* values = nullptr;  ///< null unless a measure asked for them
 };
 
 /// One object as the function that computes a measure sees it.
@@ -53,8 +52,8 @@ public:
     const WeightedPosition& weighted() const { return m_frame.objects->weighted[place()]; }
     /// First and last pixel of each row, in raster order.
     std::span<const OutlineRow> outline() const {
-        const std::size_t begin = m_frame.outlineOffsets[m_index];
-        return {m_frame.objects->outline.data() + begin, m_frame.outlineOffsets[m_index + 1] - begin};
+        const std::vector<std::size_t>& begins = m_frame.objects->outlineBegins;
+        return std::span(m_frame.objects->outline).subspan(begins[m_index], begins[m_index + 1] - begins[m_index]);
     }
     const GreyValues& values() const { return *m_frame.values; }
 

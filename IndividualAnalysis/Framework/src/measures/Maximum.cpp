@@ -14,7 +14,7 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 }  // namespace
 
-// Exact.
+// NaN is passed over; where nothing else is, the maximum is NaN. One pixel: its value. Exact.
 const MeasureDefinition maximumDefinition{
     .name = "Maximum",
     .description = "Largest grey value of the object.",

@@ -6,6 +6,27 @@ namespace rix::individual_analysis {
 
 namespace {
 
+/// In the order of the preset "All"; families, which need a parameter, aside.
+const std::vector<const MeasureDefinition*>& definitions() {
+    static const std::vector<const MeasureDefinition*> all{
+        &pixelCountDefinition,         &areaDefinition,
+        &volumeDefinition,             &barycenterDefinition,
+        &boundingBoxDefinition,        &touchesBorderDefinition,
+        &perimeterDefinition,          &surfaceAreaDefinition,
+        &equivalentDiameterDefinition, &extentDefinition,
+        &secondMomentsDefinition,      &principalAxesDefinition,
+        &orientationDefinition,        &elongationDefinition,
+        &circularityDefinition,        &sphericityDefinition,
+        &eulerNumberDefinition,        &feretDefinition,
+        &convexAreaDefinition,         &convexVolumeDefinition,
+        &solidityDefinition,           &minimumDefinition,
+        &maximumDefinition,            &meanDefinition,
+        &standardDeviationDefinition,  &sumDefinition,
+        &weightedBarycenterDefinition, &medianDefinition,
+    };
+    return all;
+}
+
 struct Preset {
     const char* name;
     std::vector<const MeasureDefinition*> measures;
@@ -15,7 +36,8 @@ const std::vector<Preset>& presets() {
     static const std::vector<Preset> all{
         {"Basic",
          {&pixelCountDefinition, &areaDefinition, &volumeDefinition, &barycenterDefinition, &boundingBoxDefinition,
-          &touchesBorderDefinition}},
+          &touchesBorderDefinition, &minimumDefinition, &maximumDefinition, &meanDefinition,
+          &standardDeviationDefinition}},
         {"Shape",
          {&areaDefinition, &perimeterDefinition, &volumeDefinition, &surfaceAreaDefinition,
           &equivalentDiameterDefinition, &extentDefinition, &principalAxesDefinition, &orientationDefinition,
@@ -24,6 +46,7 @@ const std::vector<Preset>& presets() {
         {"Intensity",
          {&minimumDefinition, &maximumDefinition, &meanDefinition, &standardDeviationDefinition, &sumDefinition,
           &weightedBarycenterDefinition}},
+        {"All", definitions()},
     };
     return all;
 }
@@ -42,24 +65,11 @@ std::shared_ptr<const BaseMeasureUniqueId> makePercentile(double percentage) {
 const MeasureNamesHandler& standardMeasures() {
     static const MeasureNamesHandler names = [] {
         MeasureNamesHandler made;
-        for (const MeasureDefinition* const definition :
-             {&pixelCountDefinition,         &areaDefinition,
-              &volumeDefinition,             &barycenterDefinition,
-              &boundingBoxDefinition,        &touchesBorderDefinition,
-              &perimeterDefinition,          &surfaceAreaDefinition,
-              &equivalentDiameterDefinition, &extentDefinition,
-              &secondMomentsDefinition,      &principalAxesDefinition,
-              &orientationDefinition,        &elongationDefinition,
-              &circularityDefinition,        &sphericityDefinition,
-              &eulerNumberDefinition,        &convexHullDefinition,
-              &feretDefinition,              &convexAreaDefinition,
-              &convexVolumeDefinition,       &solidityDefinition,
-              &minimumDefinition,            &maximumDefinition,
-              &meanDefinition,               &standardDeviationDefinition,
-              &sumDefinition,                &weightedBarycenterDefinition,
-              &medianDefinition}) {
+        for (const MeasureDefinition* const definition : definitions()) {
             made.add(std::make_shared<const LabelMeasureId>(*definition));
         }
+        // Not in "All": what it has of its own comes from those that are made of it.
+        made.add(std::make_shared<const LabelMeasureId>(convexHullDefinition));
         made.addFamily(percentileDefinition.name, &makePercentile);
         return made;
     }();

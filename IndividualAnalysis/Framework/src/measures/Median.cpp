@@ -4,7 +4,7 @@
 
 namespace rix::individual_analysis {
 
-// Between two values their mean. Exact.
+// The 50th percentile: between two values their mean. NaN is passed over. One pixel: its value. Exact.
 const MeasureDefinition medianDefinition{
     .name = "Median",
     .description = "Median grey value of the object.",

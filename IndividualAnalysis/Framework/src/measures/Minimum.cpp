@@ -14,7 +14,7 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 }  // namespace
 
-// Exact.
+// NaN is passed over; where nothing else is, the minimum is NaN. One pixel: its value. Exact.
 const MeasureDefinition minimumDefinition{
     .name = "Minimum",
     .description = "Smallest grey value of the object.",

@@ -24,8 +24,9 @@ void compute(const ObjectView& object, std::span<double> values) {
 }  // namespace
 
 // In the plane an angle in [0, pi) from the columns' axis towards the rows' axis, which points down: positive angles
-// turn clockwise on the screen. It is one in the world, so that unequal spacing counts. Objects without a longest
-// direction (discs, squares, one square pixel) have any; a square pixel 0.
+// turn clockwise on the screen. In space a unit vector whose largest coefficient is positive. The direction is one in
+// the world, so that unequal spacing counts. Objects without a longest direction (discs, balls, squares) have any; one
+// pixel that of its longest side, a square one 0. Ellipses with half axes of 30 and 12 pixels are met within 0.01 rad.
 const MeasureDefinition orientationDefinition{
     .name = "Orientation",
     .description = "Direction of the longest principal axis.",

@@ -2,7 +2,7 @@
 
 namespace rix::individual_analysis {
 
-// Exact, independent of the spacing.
+// Independent of the spacing. One pixel: 1. Exact; of discs and balls as area and volume.
 const MeasureDefinition pixelCountDefinition{
     .name = "PixelCount",
     .description = "Number of pixels (voxels) of the object.",

@@ -44,9 +44,9 @@ constexpr vessel::ColumnType real = vessel::ColumnType::REAL;
 
 }  // namespace
 
-// Of the union of the pixels, not of their centres: exact for upright boxes (side^2 / 12), and one pixel has the moments
-// of its own rectangle. Of a disc (r^2 / 4) and a ball (r^2 / 5) they have the mean of the continuous ones plus 1/12 of
-// the squared spacing.
+// Of the union of the pixels, not of their centres: exact for upright boxes (side^2 / 12), and one pixel has the
+// moments of its own rectangle. Unequal spacing: exact. Discs of radius 5 pixels and more: r^2 / 4 within -10 and +10.5
+// %, mean within 1 %, from 15 on within 2 %.
 const MeasureDefinition secondMomentsDefinition{
     .name = "SecondMoments",
     .description = "Central second moments of the object divided by its size: the mean product of two distances from the "

@@ -5,8 +5,9 @@
 
 namespace rix::individual_analysis {
 
-// Bias follows the surface area: balls of radius 5 and more are met within 3 %, small objects exceed 1 (one voxel of
-// side 1: 1.61).
+// Wadell 1935. One voxel of side 1: 1.61, which shows that objects of a few voxels exceed 1. Balls of radius 5 and
+// more: -2 to +3 %, mean within 0.5 %, from 12 on within 1 %, mean within 0.2 %, with unequal spacing as well. The bias
+// follows that of the surface area.
 const MeasureDefinition sphericityDefinition{
     .name = "Sphericity",
     .description = "Surface of the ball of the object's volume divided by the object's surface (Wadell): 1 for a ball, "

@@ -5,7 +5,8 @@
 namespace rix::individual_analysis {
 
 // That of the object's pixels themselves (divided by their number n, not n - 1): one pixel has 0. Sums of squares are
-// taken about a value of the object and joined about the mean, so that a large mean costs no digits.
+// taken about a value of the object and joined about the mean (Chan, Golub and LeVeque 1979), so that a large mean
+// costs no digits. A NaN makes it NaN.
 const MeasureDefinition standardDeviationDefinition{
     .name = "StandardDeviation",
     .description = "Standard deviation of the grey values of the object.",

@@ -2,7 +2,7 @@
 
 namespace rix::individual_analysis {
 
-// Not weighted with the size of a pixel. Rounding as of the mean.
+// Not weighted with the size of a pixel. One pixel: its value. Rounding as of the mean. A NaN makes it NaN.
 const MeasureDefinition sumDefinition{
     .name = "Sum",
     .description = "Sum of the grey values of the object.",

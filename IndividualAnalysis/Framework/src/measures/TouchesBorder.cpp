@@ -15,7 +15,8 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 }  // namespace
 
-// Such objects may go on outside the image: measures of their shape are not to be trusted.
+// Such objects may go on outside the image: measures of their shape are not to be trusted. In the plane the edges of
+// rows and columns count, in space those of planes as well. Exact; independent of the spacing.
 const MeasureDefinition touchesBorderDefinition{
     .name = "TouchesBorder",
     .description = "1 when a pixel of the object lies at the edge of the image, else 0.",

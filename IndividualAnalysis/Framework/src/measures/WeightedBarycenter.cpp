@@ -17,8 +17,8 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 }  // namespace
 
-// Pixels weigh their grey value, negative ones negatively; where the weights sum to 0 there is no centre: NaN. One pixel:
-// its position.
+// Pixels weigh their grey value, negative ones negatively; where the weights sum to 0 there is no centre: NaN. One
+// pixel: its position. Unequal spacing: exact.
 const MeasureDefinition weightedBarycenterDefinition{
     .name = "WeightedBarycenter",
     .description = "Centre of mass of the object, each pixel weighing its grey value.",

@@ -66,7 +66,7 @@ int runDemo(const Options& options) {
 void addDemoCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand(
-        "demo", "Separate the coins of a sample photograph from their background, and say where the results are");
+        "demo", "Measure the coins of a sample photograph, and say where the results are");
     command->add_option("FOLDER", options->folder, "Where the results go; made when it is missing")
         ->capture_default_str();
     command->add_option("--image", options->imagePath, "Another photograph")->type_name("PATH");

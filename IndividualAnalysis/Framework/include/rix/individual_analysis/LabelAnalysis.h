@@ -23,7 +23,7 @@ void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level);
 /// **Input** `inputIntensityImage` (optional): grey values of any real type with as many columns, rows, planes and
 /// frames, and any number of channels; needed for measures of grey values.
 /// **Input** `measures`: what is measured, as text: names of measures, presets and formulas, separated by commas. Default
-/// "Basic". For example "Area, Barycenter, Feret" or "Shape, Roundness = 4*pi*Area/Perimeter^2, sqrt(Roundness)". Formulas
+/// "Basic". The presets "Basic", "Shape", "Convexity", "Intensity" and "All" take what exists for the images. For example "Area, Barycenter, Feret" or "Shape, Roundness = 4*pi*Area/Perimeter^2, sqrt(Roundness)". Formulas
 /// have + - * / ^, parentheses and functions (sqrt, cbrt, abs, min, max, exp, log, log10, sin, cos, tan, asin, acos, atan,
 /// atan2); they may use every single value ("BarycenterX") and other formulas by their name.
 /// **Output** `outputMeasurement`: the table; an object that the algorithm makes when none is set. A run replaces what is

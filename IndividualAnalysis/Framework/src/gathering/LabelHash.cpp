@@ -1,0 +1,36 @@
+#include "LabelHash.h"
+
+#include <bit>
+#include <utility>
+
+namespace rix::individual_analysis {
+
+void LabelHash::insert(std::uint32_t label) {
+    if (m_size == capacity()) {
+        grow();
+    }
+    put({label, static_cast<std::uint32_t>(m_size++)});
+}
+
+void LabelHash::put(Entry entry) {
+    std::size_t i = placeOf(entry.label);
+    while (m_entries[i].label != 0) {
+        i = (i + 1) & (m_entries.size() - 1);
+    }
+    m_entries[i] = entry;
+}
+
+void LabelHash::grow() {
+    constexpr std::size_t fewest = 128;
+    constexpr std::size_t factor = 4;
+    std::vector<Entry> old(m_entries.empty() ? fewest : factor * m_entries.size(), Entry{0, 0});
+    old.swap(m_entries);
+    m_shift = 64 - static_cast<unsigned>(std::countr_zero(m_entries.size()));
+    for (const Entry& entry : old) {
+        if (entry.label != 0) {
+            put(entry);
+        }
+    }
+}
+
+}  // namespace rix::individual_analysis
