@@ -39,10 +39,11 @@ std::size_t roundUp(std::size_t value) {
     return ceilDivide(value, boxGroup) * boxGroup;
 }
 
-/// The size of parts of about `wanted`, all but the last of the same size.
+/// The size of parts of at least `wanted`, all but the last of the same size; an even number of them, which two threads
+/// share without one waiting for the other.
 std::size_t stepFor(std::size_t extent, std::size_t wanted) {
-    const std::size_t parts = std::max<std::size_t>(extent / std::max<std::size_t>(wanted, 1), 1);
-    return roundUp(ceilDivide(extent, parts));
+    const std::size_t parts = extent / std::max<std::size_t>(wanted, 1);
+    return roundUp(ceilDivide(extent, parts > 1 ? parts - parts % 2 : 1));
 }
 
 /// A part that starts anew has to sum the first window: parts are long against windows. There are some eight of them as
