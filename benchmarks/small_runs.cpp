@@ -1,5 +1,5 @@
-// Runs on 64x64 with objects and results that are kept: what benchmarks/python_peers.py compares the calls of the Python
-// package with. One thread, as Python takes for images of that size.
+// Runs on 64x64 with objects and results that are kept: what benchmarks/python_peers.py compares the calls of the
+// Python package with. One thread, as Python takes for images of that size.
 
 #include <benchmark/benchmark.h>
 

@@ -80,7 +80,8 @@ Algorithm::Algorithm(const std::string& name)
 
 void Algorithm::refuseWhileRunning() const {
     if (m_busy) {
-        throw MisuseError("this " + m_facts.name + " is running; an object runs one run at a time and can't be changed "
+        throw MisuseError("this " + m_facts.name +
+                          " is running; an object runs one run at a time and can't be changed "
                           "meanwhile (others of its class can)");
     }
 }
@@ -114,8 +115,7 @@ void Algorithm::set(std::size_t place, py::handle value) {
         throw RefusedError(label + "it is a result and can't be given");
     }
     if (property.role == PropertyRole::Unsupported) {
-        throw WrongTypeError(label + "Python has no form for a " +
-                             property.of(*m_algorithm).getImpl()->describeType());
+        throw WrongTypeError(label + "Python has no form for a " + property.of(*m_algorithm).getImpl()->describeType());
     }
     try {
         property.kind->set(property.of(*m_algorithm), value);

@@ -110,8 +110,9 @@ GivenImage open(py::handle object, const std::string& axes, ArrayImage::Access a
     ImageHeader header;
     if (py::isinstance<py::array>(source)) {
         if (Py_TYPE(source.ptr()) != py::detail::npy_api::get().PyArray_Type_ && py::hasattr(source, "mask")) {
-            throw WrongTypeError("a masked array can't be an image: its mask would be ignored. Fill it (.filled()), "
-                                 "or give the mask as an image of its own");
+            throw WrongTypeError(
+                "a masked array can't be an image: its mask would be ignored. Fill it (.filled()), "
+                "or give the mask as an image of its own");
         }
         given.array = py::reinterpret_borrow<py::array>(source);
         header = headerOfArray(given.array);
@@ -124,15 +125,15 @@ GivenImage open(py::handle object, const std::string& axes, ArrayImage::Access a
     }
     const bool needsCopy = !isNative(given.array) || !hasOpenRows(given.array, given.axes);
     if (access == ArrayImage::Access::ReadOnly) {
-        openMemory(given,
-                   needsCopy ? copyInStorageOrder(given.array, given.axes) : Memory{given.array, given.axes}, header,
-                   access);
+        openMemory(given, needsCopy ? copyInStorageOrder(given.array, given.axes) : Memory{given.array, given.axes},
+                   header, access);
         return given;
     }
     if (needsCopy) {
-        throw RefusedError("an array for a result needs contiguous rows and the byte order of the machine; given is a " +
-                           describeObject(given.array) + " with the strides " +
-                           py::str(given.array.attr("strides")).cast<std::string>());
+        throw RefusedError(
+            "an array for a result needs contiguous rows and the byte order of the machine; given is a " +
+            describeObject(given.array) + " with the strides " +
+            py::str(given.array.attr("strides")).cast<std::string>());
     }
     if (!given.array.writeable()) {
         throw RefusedError("an array for a result must be writable; given is a read-only " +
@@ -212,7 +213,8 @@ py::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::stri
         strides.push_back(static_cast<py::ssize_t>(helper::getSizeOf(image->getVoxelType())));
     }
     auto owner = std::make_unique<std::shared_ptr<io::MemoryImage>>(image);
-    const py::capsule keeper(owner.get(), [](void* kept) { delete static_cast<std::shared_ptr<io::MemoryImage>*>(kept); });
+    const py::capsule keeper(owner.get(),
+                             [](void* kept) { delete static_cast<std::shared_ptr<io::MemoryImage>*>(kept); });
     static_cast<void>(owner.release());
     return {dtypeOf(image->getVoxelType(), isBool), shape, strides, image->getImageBuffer(), keeper};
 }

@@ -45,8 +45,8 @@ void partFromOutput(GivenImage& input, const GivenImage& output);
 /// After a run: what it did to the calibration of a rix.Image that was given for a result.
 void updateHeader(const GivenImage& output);
 
-/// The samples of an image as an array that keeps it alive, without a copy. Binary images become arrays of bool; vectors
-/// and matrices get a last dimension.
+/// The samples of an image as an array that keeps it alive, without a copy. Binary images become arrays of bool;
+/// vectors and matrices get a last dimension.
 /// @param axes the order of the dimensions
 pybind11::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::string& axes);
 

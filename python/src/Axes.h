@@ -15,9 +15,9 @@ inline constexpr std::string_view axisLetters = "xyztc";
 /// The axis of a letter, in either case. @throws RefusedError for a letter that names none.
 Components axisOfLetter(char letter);
 
-/// The axes of an array of `dimensions` dimensions. Two are (rows, columns), three (planes, rows, columns); for any other
-/// number, and for other meanings, `named` tells: a letter a dimension, "tczyx" style. It speaks for arrays of as many
-/// dimensions as it has letters, so that images of different dimensions may take part in one call.
+/// The axes of an array of `dimensions` dimensions. Two are (rows, columns), three (planes, rows, columns); for any
+/// other number, and for other meanings, `named` tells: a letter a dimension, "tczyx" style. It speaks for arrays of as
+/// many dimensions as it has letters, so that images of different dimensions may take part in one call.
 /// @throws RefusedError for letters that name no axis or one twice, and for dimensions that nobody named
 std::string axesOfArray(std::size_t dimensions, const std::string& named);
 

@@ -68,8 +68,8 @@ std::string toSnakeCase(const std::string& name) {
     for (std::size_t i = 0; i < name.size(); ++i) {
         // A word begins with a capital, unless it goes on in capitals (an abbreviation), and with the first digit.
         const bool afterWord = i > 0 && !isUpper(name[i - 1]) && name[i - 1] != '_';
-        const bool endsCapitals = i > 0 && i + 1 < name.size() && isUpper(name[i - 1]) && !isUpper(name[i + 1]) &&
-                                  !isDigit(name[i + 1]);
+        const bool endsCapitals =
+            i > 0 && i + 1 < name.size() && isUpper(name[i - 1]) && !isUpper(name[i + 1]) && !isDigit(name[i + 1]);
         if ((isUpper(name[i]) && (afterWord || endsCapitals)) || (isDigit(name[i]) && i > 0 && !isDigit(name[i - 1]))) {
             result += '_';
         }

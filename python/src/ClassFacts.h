@@ -49,8 +49,8 @@ struct PropertyFacts {
 /// A class of the registry, seen from Python. All that is worked out once.
 struct ClassFacts {
     AlgoInfo* info;
-    std::string name;          ///< "BoxFilter2d"
-    std::string functionName;  ///< "box_filter_2d"
+    std::string name;                       ///< "BoxFilter2d"
+    std::string functionName;               ///< "box_filter_2d"
     std::vector<PropertyFacts> properties;  ///< inputs, then outputs, without hidden ones
 };
 

@@ -36,9 +36,8 @@ py::object textsOf(const measurement::BaseMeasurementArray& base) {
 
 py::object tableOf(const std::shared_ptr<measurement::MeasurementObject>& object) {
     auto owner = std::make_unique<std::shared_ptr<measurement::MeasurementObject>>(object);
-    const py::capsule keeper(owner.get(), [](void* kept) {
-        delete static_cast<std::shared_ptr<measurement::MeasurementObject>*>(kept);
-    });
+    const py::capsule keeper(
+        owner.get(), [](void* kept) { delete static_cast<std::shared_ptr<measurement::MeasurementObject>*>(kept); });
     static_cast<void>(owner.release());
     py::dict columns;
     py::dict units;

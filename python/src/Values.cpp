@@ -47,8 +47,8 @@ struct Form<T> {
             try {
                 return whole.cast<T>();
             } catch (const py::cast_error&) {
-                throw RefusedError(py::str(whole).cast<std::string>() + " is outside the range of the type: " +
-                                   ValueTypeName<T>::get());
+                throw RefusedError(py::str(whole).cast<std::string>() +
+                                   " is outside the range of the type: " + ValueTypeName<T>::get());
             }
         }
     }
@@ -107,7 +107,8 @@ struct Form<Scalar> {
         }
         const auto whole = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
         // As texts are read: without a sign it is unsigned.
-        return whole < py::int_(0) ? Scalar(Form<long>::fromPython(whole)) : Scalar(Form<unsigned long>::fromPython(whole));
+        return whole < py::int_(0) ? Scalar(Form<long>::fromPython(whole))
+                                   : Scalar(Form<unsigned long>::fromPython(whole));
     }
 };
 
@@ -143,8 +144,8 @@ struct FixedForm {
     static Composed fromPython(py::handle value) {
         const std::vector<T> list = listFrom<T>(value);
         if (list.size() != N) {
-            throw RefusedError(std::to_string(list.size()) + " values were given; a " +
-                               ValueTypeName<Composed>::get() + " is accepted");
+            throw RefusedError(std::to_string(list.size()) + " values were given; a " + ValueTypeName<Composed>::get() +
+                               " is accepted");
         }
         Composed result;
         for (std::size_t i = 0; i < N; ++i) {
@@ -244,7 +245,8 @@ struct Form<kernel::Kernel2D> {
         return py::array_t<double>({value.getSizeY(), value.getSizeX()}, value.getValues().data());
     }
     static kernel::Kernel2D fromPython(py::handle value) {
-        const auto array = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(value);
+        using Values = py::array_t<double, static_cast<int>(py::array::c_style) | static_cast<int>(py::array::forcecast)>;
+        const auto array = Values::ensure(value);
         if (!array || array.ndim() != 2) {
             PyErr_Clear();
             refuseType(value, "a matrix of rows and columns");
@@ -256,14 +258,13 @@ struct Form<kernel::Kernel2D> {
 
 template <class T>
 ValueKind kindOf() {
-    return {[](const BaseProperty& property) { return dynamic_cast<const Property<T>*>(&property) != nullptr; },
-            [](const BaseProperty& property) {
-                return Form<T>::toPython(static_cast<const Property<T>&>(property).get());
-            },
-            [](BaseProperty& property, py::handle value) {
-                static_cast<Property<T>&>(property).set(Form<T>::fromPython(value));
-            },
-            Form<T>::annotation()};
+    return {
+        [](const BaseProperty& property) { return dynamic_cast<const Property<T>*>(&property) != nullptr; },
+        [](const BaseProperty& property) { return Form<T>::toPython(static_cast<const Property<T>&>(property).get()); },
+        [](BaseProperty& property, py::handle value) {
+            static_cast<Property<T>&>(property).set(Form<T>::fromPython(value));
+        },
+        Form<T>::annotation()};
 }
 
 template <class... Ts>
@@ -281,8 +282,8 @@ std::vector<ValueKind> makeKinds() {
              math::Vector4<double>, math::Matrix2<float>, math::Matrix2<double>, math::Matrix3<float>,
              math::Matrix3<double>, vessel::Matrix<double, 3>, vessel::Matrix<double, 4>, container::Vector<double>,
              container::Vector<int>, container::Vector<long>, container::Vector<unsigned char>,
-             container::Vector<unsigned int>, container::Vector<unsigned long>,
-             container::Vector<math::Vector2<int>>, container::Vector<math::Vector3<int>>, kernel::Kernel2D>(kinds);
+             container::Vector<unsigned int>, container::Vector<unsigned long>, container::Vector<math::Vector2<int>>,
+             container::Vector<math::Vector3<int>>, kernel::Kernel2D>(kinds);
     return kinds;
 }
 
