@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include <hwy/highway.h>
+#include <rix/simd/Truncation-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::point_operations::HWY_NAMESPACE {
@@ -12,24 +13,6 @@ namespace rix::point_operations::HWY_NAMESPACE {
 #if HWY_TARGET != HWY_SCALAR
 
 namespace hn = hwy::HWY_NAMESPACE;
-
-/// Integers of four bytes as the processor's own conversion gives them: what does not fit, in which we have no interest
-/// here, is not corrected.
-template <class D, class V>
-HWY_INLINE hn::Vec<D> truncated(D d, V reals) {
-#if HWY_TARGET <= HWY_AVX3
-    static_cast<void>(d);
-    return hn::Vec<D>{_mm512_cvttps_epi32(reals.raw)};
-#elif HWY_TARGET == HWY_AVX2
-    static_cast<void>(d);
-    return hn::Vec<D>{_mm256_cvttps_epi32(reals.raw)};
-#elif HWY_ARCH_X86
-    static_cast<void>(d);
-    return hn::Vec<D>{_mm_cvttps_epi32(reals.raw)};
-#else
-    return hn::ConvertTo(d, reals);
-#endif
-}
 
 /// The quotients a / b in single precision before truncation, each a little too large in size.
 ///
@@ -57,8 +40,8 @@ HWY_INLINE V quotientsOfInt16(V a, V b) {
     const auto upper = [&](V v) HWY_ATTR {
         return hn::ConvertTo(dReal, hn::ShiftRight<16>(hn::BitCast(d32, hn::InterleaveUpper(d16, v, v))));
     };
-    const V quotients = hn::ReorderDemote2To(d16, truncated(d32, quotient(lower(a), lower(b))),
-                                             truncated(d32, quotient(upper(a), upper(b))));
+    const V quotients = hn::ReorderDemote2To(d16, simd::HWY_NAMESPACE::truncatedVector(d32, quotient(lower(a), lower(b))),
+                                             simd::HWY_NAMESPACE::truncatedVector(d32, quotient(upper(a), upper(b))));
     // By -1 apart: the quotient of the most negative integer wraps to itself, and would be clamped here.
     const V zero = hn::Zero(d16);
     const V results = hn::IfThenElse(hn::Eq(b, hn::Set(d16, -1)), hn::Sub(zero, a), quotients);

@@ -67,7 +67,6 @@ void writeFile(const std::string& path, py::handle image, const std::string& axe
 
 py::array overlay(py::handle base, py::handle labels, const std::string& axes, std::optional<std::size_t> plane,
                   std::optional<std::size_t> frame, bool numbers) {
-    static_assert(sizeof(cli::Colour) == 3, "a row of pixels is a row of samples");
     const GivenImage under = openInput(base, axes);
     // Labels have the axes of the picture without its channels.
     std::string labelAxes = axes;
@@ -85,10 +84,17 @@ py::array overlay(py::handle base, py::handle labels, const std::string& axes, s
     }
     const auto rows = static_cast<py::ssize_t>(picture->height());
     const auto columns = static_cast<py::ssize_t>(picture->width());
-    const void* const pixels = picture->row(0);
-    const py::capsule keeper(picture.get(), [](void* kept) { delete static_cast<cli::Picture*>(kept); });
-    static_cast<void>(picture.release());
-    return py::array_t<std::uint8_t>({rows, columns, py::ssize_t{3}}, static_cast<const std::uint8_t*>(pixels), keeper);
+    py::array_t<std::uint8_t> samples({rows, columns, py::ssize_t{3}});
+    std::uint8_t* sample = samples.mutable_data();
+    for (std::size_t y = 0; y < picture->height(); ++y) {
+        for (const cli::Colour* pixel = picture->row(y); pixel != picture->row(y) + picture->width(); ++pixel) {
+            // On a base nothing shines through.
+            *sample++ = pixel->red;
+            *sample++ = pixel->green;
+            *sample++ = pixel->blue;
+        }
+    }
+    return samples;
 }
 
 }  // namespace rix::python

@@ -10,6 +10,7 @@
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
+#include <rix/simd/Truncation-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::access::HWY_NAMESPACE {
@@ -51,21 +52,7 @@ inline To castReal(From value) {
     }
 }
 
-#if HWY_TARGET <= HWY_SSE4  // the better the target, the smaller its number
-/// The lowest integer where a real does not fit, which is the rule of `truncated` and the processor's own. (Highway's
-/// conversion gives the highest integer beyond the upper end.)
-template <class D>
-inline hwy::HWY_NAMESPACE::Vec<hwy::HWY_NAMESPACE::RebindToSigned<D>> truncatedVector(D d, const float* from) {
-    const auto reals = hwy::HWY_NAMESPACE::LoadU(d, from);
-#if HWY_TARGET <= HWY_AVX3
-    return {_mm512_cvttps_epi32(reals.raw)};
-#elif HWY_TARGET <= HWY_AVX2
-    return {_mm256_cvttps_epi32(reals.raw)};
-#else
-    return {_mm_cvttps_epi32(reals.raw)};
-#endif
-}
-
+#if HWY_TARGET <= HWY_SSE4
 /// Reals into the low bits of 32-bit integers.
 template <class To>
 inline std::size_t truncateFloats(const float* HWY_RESTRICT from, To* HWY_RESTRICT to, std::size_t count) {
@@ -76,7 +63,7 @@ inline std::size_t truncateFloats(const float* HWY_RESTRICT from, To* HWY_RESTRI
     const std::size_t lanes = hn::Lanes(d);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        const auto integers = truncatedVector(d, from + i);
+        const auto integers = simd::HWY_NAMESPACE::truncatedVector(hn::RebindToSigned<decltype(d)>(), hn::LoadU(d, from + i));
         if constexpr (sizeof(To) == 4) {
             hn::StoreU(hn::BitCast(dTo, integers), dTo, to + i);
         } else {

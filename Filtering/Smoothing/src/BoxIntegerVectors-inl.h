@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include <hwy/highway.h>
+#include <rix/simd/Truncation-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::filtering::smoothing::HWY_NAMESPACE {
@@ -241,13 +242,7 @@ HWY_INLINE V multiplyHigh(V a, V b) {
 
 /// Toward zero; values are small, so no care is needed for what 32 bits don't hold.
 HWY_INLINE V truncate(hn::Vec<F32> value) {
-#if HWY_TARGET == HWY_AVX3
-    return V{_mm512_cvttps_epi32(value.raw)};
-#elif HWY_TARGET == HWY_AVX2
-    return V{_mm256_cvttps_epi32(value.raw)};
-#else
-    return V{_mm_cvttps_epi32(value.raw)};
-#endif
+    return hn::BitCast(U32(), simd::HWY_NAMESPACE::truncatedVector(I32(), value));
 }
 
 /// Each lane plus all lanes below it.
@@ -268,8 +263,8 @@ HWY_INLINE V scan(V v) {
     const auto below = _mm256_permute2x128_si256(sum, sum, 0x08);
     return V{_mm256_add_epi32(sum, _mm256_shuffle_epi32(below, 0xFF))};
 #else
-    const auto sum = _mm_add_epi32(v.raw, _mm_slli_si128(v.raw, 4));
-    return V{_mm_add_epi32(sum, _mm_slli_si128(sum, 8))};
+    const V sum = hn::Add(v, hn::ShiftLeftLanes<1>(v));
+    return hn::Add(sum, hn::ShiftLeftLanes<2>(sum));
 #endif
 }
 

@@ -27,6 +27,11 @@
 #define HWY_DISABLED_TARGETS (HWY_SSSE3 | HWY_AVX3_DL)
 #endif
 
+#ifndef HWY_BROKEN_EMU128
+// What is portable is plain loops with every compiler; vectors emulated in memory are no faster.
+#define HWY_BROKEN_EMU128 1
+#endif
+
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 
 #include <rix/algorithms/OptimLevel.h>

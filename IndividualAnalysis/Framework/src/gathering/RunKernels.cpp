@@ -6,6 +6,7 @@
 #define HWY_TARGET_INCLUDE "gathering/RunKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();

@@ -15,8 +15,8 @@ Picture renderPlain(const ImageModel& image, const ImageModel* base, const Slice
     }
     Picture picture = renderSlice(*base, matchingSlice(image, *base, choice));
     if (image.getInterpretation() == RIX_BINARY) {
-        constexpr Colour yellow{255, 220, 0};  // rare in photographs, and seen on dark and on light
-        drawContours(picture, readLabelSlice(image, choice), [](std::uint32_t) { return yellow; });
+        // Yellow is rare in photographs, and seen on dark and on light.
+        drawContours(picture, readLabelSlice(image, choice), [](std::uint32_t) { return Colour{255, 220, 0}; });
     } else {
         const LabelSlice labels = readLabelSlice(image, choice);
         drawContours(picture, labels, LabelColours(labels));
