@@ -26,9 +26,9 @@ void writeSegment(ImageModel& image, const RowSegment& segment, ConstRawData ele
             std::size_t line = (segment.column + done) / extents[COLUMNS];
             part.column = (segment.column + done) % extents[COLUMNS];
             part.count = std::min(extents[COLUMNS] - part.column, segment.count - done);
-            for (const auto& [coordinate, axis] : {std::pair{&part.row, ROWS}, {&part.plane, PLANS},
-                                                   {&part.sequence, SEQUENCE}, {&part.spectral, SPECTRAL_SERIES}}) {
-                *coordinate = line % extents[axis];
+            std::size_t* const coordinates[] = {&part.row, &part.plane, &part.sequence, &part.spectral};
+            for (std::size_t axis = ROWS; axis <= SPECTRAL_SERIES; ++axis) {
+                *coordinates[axis - 1] = line % extents[axis];
                 line /= extents[axis];
             }
         }

@@ -39,8 +39,9 @@ std::unique_ptr<io::MemoryImage> readHeader(const std::filesystem::path& path) {
         throw Failure(UNREADABLE_INPUT, "the image file " + inQuotes(path.string()) + " is too large");
     }
     for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
-        image->setSpacingOf(axis, info.spacing[axis]);
-        image->setOriginOf(axis, info.origin[axis]);
+        const auto index = static_cast<std::size_t>(axis);
+        image->setSpacingOf(axis, info.spacing[index]);
+        image->setOriginOf(axis, info.origin[index]);
     }
     image->setInterpretation(info.interpretation);
     image->setColorInterpretation(info.colorInterpretation);

@@ -123,11 +123,11 @@ private:
         for (const Result& result : readResults(*run.algorithm)) {
             say(result.toText("          ", mostRowsShown));
         }
-        for (const auto& [path, image] : run.files) {
-            m_files.emplace_back(path, [image = image, path = path] { saveImage(path, *image); });
+        for (const auto& file : run.files) {
+            m_files.emplace_back(file.first, [file] { saveImage(file.first, *file.second); });
         }
-        for (const auto& [path, table] : run.tables) {
-            m_files.emplace_back(path, [table = table, path = path] { saveTable(path, table->toDataFrame()); });
+        for (const auto& file : run.tables) {
+            m_files.emplace_back(file.first, [file] { saveTable(file.first, file.second->toDataFrame()); });
         }
     }
 
