@@ -51,7 +51,7 @@ std::string TextTable::toText(std::string_view indent) const {
     std::vector<std::size_t> widths;
     for (const auto& row : m_rows) {
         widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) {
+        for (std::size_t i = 0; i + 1 < row.size(); ++i) {
             widths[i] = std::max(widths[i], row[i].size());
         }
     }

@@ -25,7 +25,7 @@ public:
     explicit TextTable(std::vector<std::string> heading) : m_rows{std::move(heading)} {}
     void add(std::vector<std::string> row) { m_rows.push_back(std::move(row)); }
     bool empty() const { return m_rows.empty(); }
-    /// Every row on a line behind `indent`; the last column is not padded.
+    /// Every row on a line behind `indent`. The last text of a row may be longer than its column.
     std::string toText(std::string_view indent = "") const;
 
 private:
