@@ -77,6 +77,10 @@ String readingLevel(const std::filesystem::path& path) {
     return "Cannot read the image file '" + path.string() + "'.";
 }
 
+String writingLevel(const std::filesystem::path& path) {
+    return "Cannot write the image file '" + path.string() + "'.";
+}
+
 }  // namespace
 
 std::vector<ImageFormat> getImageFormats() {
@@ -101,8 +105,12 @@ ImageFileInfo readImageInfo(const std::filesystem::path& path) {
     });
 }
 
+void checkImageFits(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {
+    namingTheFile(writingLevel(path), [&] { refuseWhatDoesNotFit(codecOfExtension(path), image, options); });
+}
+
 void writeImage(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {
-    namingTheFile("Cannot write the image file '" + path.string() + "'.", [&] {
+    namingTheFile(writingLevel(path), [&] {
         const Codec& codec = codecOfExtension(path);
         refuseWhatDoesNotFit(codec, image, options);
         OutputFile file(path);

@@ -186,6 +186,15 @@ TEST(ClosedForms, EllipsesHaveTheirAxesAndDirections) {
     }
 }
 
+TEST(ClosedForms, AnglesStayBelowHalfATurn) {
+    // The mixed moment is 0, computed with rounding below it.
+    const char* const rows[] = {".##.#.##.#.", ".###..#####", "###########"};
+    const io::MemoryImage labels =
+        test::makeImage({.extents = {11, 3, 1, 1, 1}},
+                        [&](std::size_t x, std::size_t y, auto...) { return rows[y][x] == '#' ? 1 : 0; });
+    EXPECT_EQ(single(labels, "Orientation"), 0.0);
+}
+
 TEST(ClosedForms, EllipsoidsHaveTheirAxesAndDirections) {
     const Point halves{18, 11, 6};
     const Point directions[] = {{2, 3, 6}, {3, -6, 2}, {6, 2, -3}};  // of length 7, at right angles

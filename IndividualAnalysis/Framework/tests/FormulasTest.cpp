@@ -54,8 +54,8 @@ TEST(Formulas, GiveValuesWithUnits) {
         {"--PixelCount", "--PixelCount", 8, ""},
         {"1.5e1+.5+2.", "1.5e1+.5+2.", 17.5, ""},
         {"sqrt(Area)^2", "sqrt(Area)^2", 12, "mm^2"},
-        {"cbrt(Area*EquivalentDiameter^1)", "cbrt(Area*EquivalentDiameter^1)",
-         std::cbrt(12 * std::sqrt(48 / pi)), "mm"},
+        {"cbrt(Area*EquivalentDiameter^1)", "cbrt(Area*EquivalentDiameter^1)", std::cbrt(12 * std::sqrt(48 / pi)),
+         "mm"},
         {"Area^0.25", "Area^0.25", std::pow(12, 0.25), "mm^0.5"},
         {"Area^(1+1/2-1)", "Area^(1+1/2-1)", std::sqrt(12), "mm"},
         {"1/FeretMinimum", "1/FeretMinimum", 0.5, "mm^-1"},
@@ -74,6 +74,8 @@ TEST(Formulas, GiveValuesWithUnits) {
         {"A = PixelCount, B = A + A, C = B + A, C*2", "C*2", 48, ""},
         {"Basic", "BarycenterX", 1.5, "mm"},
         {"FeretMinimum", "FeretMinimum", 2, "mm"},
+        {"FeretMinimumAngle", "FeretMinimumAngle", pi / 2, "rad"},
+        {"Upright = FeretMinimumAngle", "Upright", pi / 2, "rad"},
         {"Basic, Intensity", "Mean", 4.5, ""},
         {"All", "Median", 4.5, ""},
     };
@@ -95,6 +97,19 @@ TEST(Formulas, AreOneColumnHoweverOftenTheyAreAskedFor) {
     for (std::size_t c = 0; c < table->getColumnCount(); ++c) {
         EXPECT_TRUE(names.insert(table->getColumnInfo(c).name).second) << table->getColumnInfo(c).name;
     }
+}
+
+TEST(Formulas, ThatAreNothingButAValueKeepWhatIsKnownOfIt) {
+    const Sample sample;
+    const auto whole = analyse(sample.labels, "BoundingBox");
+    const auto alone = analyse(sample.labels, "BoundingBoxMaxX, Right = BoundingBoxMaxX, 2*BoundingBoxMaxX");
+    const std::size_t column = whole->findColumn("BoundingBoxMaxX").value();
+    for (const std::size_t c : {std::size_t{2}, std::size_t{3}}) {
+        EXPECT_EQ(alone->getColumnType(c), vessel::ColumnType::INTEGER);
+        EXPECT_EQ(alone->getColumnInfo(c).description, whole->getColumnInfo(column).description);
+    }
+    EXPECT_EQ(alone->getIntegers(3)[0], 1);
+    EXPECT_EQ(alone->getColumnType(4), vessel::ColumnType::REAL);
 }
 
 TEST(Formulas, PresetsTakeWhatTheImagesHave) {
@@ -155,6 +170,11 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {"Basic + 1", {"no measure \"Basic\""}},
         {"Area = 2*PixelCount", {"\"Area\"", "stands for something else"}},
         {"pi = 3", {"\"pi\""}},
+        {"Label = Area", {"\"Label\"", "stands for something else"}},
+        {"Frame = 1", {"\"Frame\"", "stands for something else"}},
+        {"1e999*PixelCount", {"1e999", "range"}},
+        {"Percentile(1e999)", {"1e999", "range"}},
+        {"Area^(1/0)", {"the exponent of length^2 is not finite"}},
         {"A = 1, A = 2", {"\"A\""}},
         {"Percentile(101)", {"Percentile(101)"}},
         {"Percentile", {"no measure \"Percentile\""}},

@@ -81,6 +81,9 @@ TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
         std::vector<std::string> arguments;
     };
     const std::string good = std::string(threshold) + ", ";
+    const std::string real = R"({"run": "ConvertImage", "with": {"inputImage": "in.png", "outputType": "FLOAT_32_BIT",)"
+                             R"( "outputImage": "@real"}}, )";
+    writeRamp("small.png", 5, 4);
     const Case cases[] = {
         {2, "is no JSON", "{", {}},
         {2, "/steps/0: 'wiht' means nothing here", R"({"run": "ThresholdingByCriterion", "wiht": {}})", {}},
@@ -91,13 +94,26 @@ TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
         {2, "no algorithm 'Thresholding'", R"({"run": "Thresholding", "with": {}})", {}},
         {2, "comparisonCriterion can't be 'BELOW'", threshold, {"how=BELOW"}},
         {2, "no step before makes the image '@brihgt'", good + R"({"write": "@brihgt", "to": "b.tif"})", {}},
-        {2, "is written twice",
-         good + R"({"write": "@bright", "to": "b.tif"}, {"write": "@bright", "to": "./b.tif"})", {}},
+        {2,
+         "is written twice",
+         good + R"({"write": "@bright", "to": "b.tif"}, {"write": "@bright", "to": "./b.tif"})",
+         {}},
         {2, "a list of at least one step", "", {}},
         {3, "must be set", R"({"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "in.png"}})", {}},
         {4, "missing.png", threshold, {"photo=missing.png"}},
         {5, "no folder", good + R"({"write": "@bright", "to": "nowhere/b.tif"})", {}},
         {5, ".tif", good + R"({"render": "@bright", "to": "picture.xyz"})", {}},
+        {5, "PNG cannot hold samples of type float32", real + R"({"write": "@real", "to": "a.png"})", {}},
+        {5,
+         "PNG cannot hold samples of type float32",
+         R"({"run": "ConvertImage", "with": {"inputImage": "in.png", "outputType": "FLOAT_32_BIT",)"
+         R"( "outputImage": "a.png"}})",
+         {}},
+        {2,
+         "the labels have 20 x 10 pixels, the base has 5 x 4",
+         good + R"({"render": {"image": "@bright", "over": "small.png"}, "to": "a.png"})",
+         {}},
+        {2, "contours need labels", real + R"({"render": {"image": "@real", "numbers": true}, "to": "a.png"})", {}},
     };
     for (const Case& c : cases) {
         write("wrong.json", recipeOf(c.steps));
@@ -110,6 +126,24 @@ TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
         EXPECT_EQ(ending.output, "") << c.message;
         EXPECT_EQ(files(), before) << c.message;
     }
+}
+
+TEST_F(RecipeTest, WritesWhatAnImageWasAtTheStep) {
+    const auto brighter = [](int than) {
+        return R"({"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "in.png", "outputBinaryImage": "@b",)"
+               R"( "comparisonCriterion": "GREATER_THAN", "comparisonValue": )" +
+               std::to_string(than) + "}}";
+    };
+    write("again.json", recipeOf(brighter(100) + R"(, {"write": "@b", "to": "a.tif"}, )" + brighter(150) +
+                                 R"(, {"write": "@b", "to": "b.tif"}, {"write": "@b", "to": "in.png"})"));
+    const std::string photograph = contentOf("in.png");
+    ASSERT_EQ(rix({"recipe", "again.json"}).exitCode, 0);
+    EXPECT_EQ(io::readImage(folder() / "a.tif")->getImageBuffer()[120], 1);
+    EXPECT_EQ(io::readImage(folder() / "b.tif")->getImageBuffer()[120], 0);
+    // The input whose place an output has taken is recorded as it was read.
+    EXPECT_NE(contentOf("in.png"), photograph);
+    EXPECT_EQ(readJson("again-record.json")["inputs"][0]["bytes"], photograph.size());
+    EXPECT_NE(readJson("again-record.json")["inputs"][0]["sha1"], readJson("again-record.json")["outputs"][2]["sha1"]);
 }
 
 TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {

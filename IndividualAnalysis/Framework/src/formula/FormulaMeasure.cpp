@@ -78,6 +78,9 @@ private:
                 if (!left.dimension.isPlainNumber() && !right.constant) {
                     refuse("the exponent of " + left.dimension.describe() + " is not a constant");
                 }
+                if (!left.dimension.isPlainNumber() && !std::isfinite(*right.constant)) {
+                    refuse("the exponent of " + left.dimension.describe() + " is not finite");
+                }
                 return left.dimension.toThePower(right.constant.value_or(0.0));
             default:
                 break;
@@ -213,13 +216,28 @@ double evaluate(const Formula& formula, const double* values, std::vector<double
     return stack.back();
 }
 
+namespace {
+
+String descriptionOf(const Formula& formula, const String& text) {
+    return formula.isValue() ? formula.values.front().measure->getMeasureInfo().description
+                             : "The formula " + text + ".";
+}
+
+}  // namespace
+
 FormulaMeasureId::FormulaMeasureId(const String& nativeName, const String& text, Formula formula, DimensionalMode mode)
-    : BaseMeasureUniqueId({nativeName, "The formula " + text + "."}), m_formula(std::move(formula)), m_mode(mode) {}
+    : BaseMeasureUniqueId({nativeName, descriptionOf(formula, text)}), m_formula(std::move(formula)), m_mode(mode) {}
 
 MeasureAttributes FormulaMeasureId::getMeasureAttributes(DimensionalMode /*mode*/) const {
     MeasureAttributes attributes;
     attributes.needsIntensity = m_formula.needsIntensity;
-    attributes.components.push_back({"", "", m_formula.dimension, "", vessel::ColumnType::REAL});
+    if (m_formula.isValue()) {
+        const MeasureNamesHandler::Value& value = m_formula.values.front();
+        attributes.components.push_back(value.measure->getMeasureAttributes(m_mode).components[value.component]);
+        attributes.components.front().suffix.clear();
+    } else {
+        attributes.components.push_back({"", "", m_formula.dimension, "", vessel::ColumnType::REAL});
+    }
     return attributes;
 }
 

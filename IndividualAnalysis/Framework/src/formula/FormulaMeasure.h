@@ -18,6 +18,9 @@ struct Formula {
     std::vector<MeasureNamesHandler::Value> values;
     Dimension dimension;
     bool needsIntensity = false;
+
+    /// Nothing but a value of a measure: it keeps its type and what is known of it.
+    bool isValue() const { return code.size() == 1 && code.front().operation == FormulaOperation::Value; }
 };
 
 /// Finds the dimension of a formula of which `code` and `values` are set.

@@ -42,7 +42,9 @@ public:
     }
     void number(std::string_view text) {
         double value = 0.0;
-        std::from_chars(text.data(), text.data() + text.size(), value);
+        if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
+            rules::refuse("The number " + String(text) + " is beyond the range of 64-bit reals.");
+        }
         m_item.code.push_back({FormulaOperation::Number, value});
     }
     void value(String name) {

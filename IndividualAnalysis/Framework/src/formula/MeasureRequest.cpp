@@ -46,8 +46,10 @@ private:
 
     bool isTaken(const String& name) const {
         const auto presets = presetNames();
-        return name == "pi" || findFormulaFunction(name) != nullptr || m_names->findMeasure(name) != nullptr ||
-               m_names->findValue(name, m_mode) || std::find(presets.begin(), presets.end(), name) != presets.end();
+        // "Frame" and "Label" are the columns that every table has.
+        return name == "pi" || name == "Frame" || name == "Label" || findFormulaFunction(name) != nullptr ||
+               m_names->findMeasure(name) != nullptr || m_names->findValue(name, m_mode) ||
+               std::find(presets.begin(), presets.end(), name) != presets.end();
     }
 
     std::vector<Measure> measuresOf(const FormulaItem& item) {

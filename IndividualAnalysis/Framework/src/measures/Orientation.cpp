@@ -18,7 +18,9 @@ void compute(const ObjectView& object, std::span<double> values) {
         return;
     }
     const double angle = std::atan2(direction[1], direction[0]);
-    values[0] = angle < 0.0 ? angle + std::numbers::pi : angle;
+    // Rounding may leave a direction along the columns a trace below 0: half a turn on it is pi itself.
+    const double turned = angle < 0.0 ? angle + std::numbers::pi : angle;
+    values[0] = turned < std::numbers::pi ? turned : 0.0;
 }
 
 }  // namespace

@@ -119,4 +119,9 @@ RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path);
 RIX_EXPORT void writeImage(const std::filesystem::path& path, const ImageModel& image,
                            const WriteOptions& options = {});
 
+/// Refuses what `writeImage` refuses of an image's types and shape, and throws as it does then. Samples are not read,
+/// and the file system is not asked.
+RIX_EXPORT void checkImageFits(const std::filesystem::path& path, const ImageModel& image,
+                               const WriteOptions& options = {});
+
 }  // namespace rix::io

@@ -12,6 +12,7 @@
 #include "../Output.h"
 #include "../Suggestions.h"
 #include "../Tables.h"
+#include "../render/View.h"
 
 namespace rix::cli {
 namespace {
@@ -79,10 +80,24 @@ io::MemoryImage& Pantry::input(const std::string& text) {
     return *(m_images[text] = m_load(text));
 }
 
+io::MemoryImage& Pantry::changed(const std::string& text) {
+    const io::MemoryImage& image = input(text);
+    if (m_fixed.erase(text) != 0) {
+        m_images[text] = std::make_shared<io::MemoryImage>(image);
+    }
+    return *m_images[text];
+}
+
+std::shared_ptr<const io::MemoryImage> Pantry::asItIs(const std::string& text) {
+    input(text);
+    m_fixed.insert(text);
+    return m_images[text];
+}
+
 io::MemoryImage& Pantry::output(const std::string& text) {
     m_tables.erase(text);
     auto& image = m_images[text];
-    if (image == nullptr) {
+    if (m_fixed.erase(text) != 0 || image == nullptr) {
         image = m_make();
     }
     return *image;
@@ -123,9 +138,7 @@ PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
             case ImageRole::Input:
                 dynamic_cast<Property<const ImageModel*>&>(property).set(&pantry.input(text));
                 break;
-            case ImageRole::InPlace:
-                dynamic_cast<Property<ImageModel*>&>(property).set(&pantry.input(text));
-                break;
+            case ImageRole::InPlace: dynamic_cast<Property<ImageModel*>&>(property).set(&pantry.changed(text)); break;
             case ImageRole::Output: {
                 io::MemoryImage& image = pantry.output(text);
                 dynamic_cast<Property<ImageModel*>&>(property).set(&image);
@@ -139,6 +152,27 @@ PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
     run.resultObjects.create(*run.algorithm);
     return run;
 }
+
+namespace {
+
+/// An output whose shape follows from samples has none yet.
+bool isShaped(const ImageModel& image) {
+    std::size_t elements = 0;
+    return helper::getElementCount(image, elements) && elements != 0;
+}
+
+void checkFits(const std::filesystem::path& path, const ImageModel& image) {
+    if (!isShaped(image)) {
+        return;
+    }
+    try {
+        io::checkImageFits(path, image);
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
+}
+
+}  // namespace
 
 void rehearse(const Recipe& recipe) {
     Pantry pantry(readHeader, [] { return std::make_unique<HeaderImage>(); });
@@ -157,6 +191,7 @@ void rehearse(const Recipe& recipe) {
                 run.algorithm->applyAllRules();
                 for (const auto& [path, image] : run.files) {
                     checkTarget(path, checkCanWrite);
+                    checkFits(path, *image);
                 }
                 for (const auto& [path, table] : run.tables) {
                     checkTarget(path, checkCanWriteTable);
@@ -168,9 +203,12 @@ void rehearse(const Recipe& recipe) {
                 continue;
             }
             for (const Recipe::View& view : step.views) {
-                pantry.input(view.image);
-                if (!view.over.empty()) {
-                    pantry.input(view.over);
+                const io::MemoryImage& image = pantry.input(view.image);
+                const io::MemoryImage* const base = view.over.empty() ? nullptr : &pantry.input(view.over);
+                if (step.kind == Recipe::Step::Kind::Write) {
+                    checkFits(step.target, image);
+                } else if (isShaped(image) && (base == nullptr || isShaped(*base))) {
+                    checkView(image, base, {}, view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
                 }
             }
             checkTarget(step.target, checkCanWrite);

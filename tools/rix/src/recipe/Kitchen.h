@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,12 @@ public:
 
     /// An image to read. @throws Failure (wrong usage) when no step made the name.
     io::MemoryImage& input(const std::string& text);
+    /// An image that an algorithm changes in place.
+    io::MemoryImage& changed(const std::string& text);
     /// An image to be made: under a name in memory, or for a file.
     io::MemoryImage& output(const std::string& text);
+    /// An image to read, which stays as it is now: later steps that make or change the name do so with another one.
+    std::shared_ptr<const io::MemoryImage> asItIs(const std::string& text);
     /// Keeps a result object under its name.
     void keep(const std::string& text, std::shared_ptr<measurement::MeasurementObject> table);
     /// The result object of that name, or null.
@@ -39,7 +44,8 @@ public:
 private:
     Loader m_load;
     Maker m_make;
-    std::map<std::string, std::unique_ptr<io::MemoryImage>> m_images;
+    std::map<std::string, std::shared_ptr<io::MemoryImage>> m_images;
+    std::set<std::string> m_fixed;  ///< names of images that must not change any more
     std::map<std::string, std::shared_ptr<measurement::MeasurementObject>> m_tables;
     std::vector<std::filesystem::path> m_files;
 };

@@ -69,14 +69,14 @@ public:
                 throw failureOfCurrentException().within("step " + std::to_string(i + 1) + " of the recipe");
             }
         }
+        for (const auto& path : m_pantry.files()) {
+            m_record.addInput(path);  // before an output takes its place
+        }
         for (const auto& [path, write] : m_files) {
             Interrupts::throwIfRequested();
             write();
             m_record.addOutput(path);
             say("wrote   " + path.string() + '\n');
-        }
-        for (const auto& path : m_pantry.files()) {
-            m_record.addInput(path);
         }
         try {
             io::writeTextFile(m_options.record, m_record.json().dump(2) + '\n');
@@ -101,8 +101,8 @@ private:
                 });
                 return;
             }
-            const io::MemoryImage& image = m_pantry.input(name);
-            m_files.emplace_back(step.target, [&image, path = step.target] { saveImage(path, image); });
+            m_files.emplace_back(step.target,
+                                 [image = m_pantry.asItIs(name), path = step.target] { saveImage(path, *image); });
         } else {
             // Drawn now: a later step may change the images.
             auto picture = std::make_shared<io::MemoryImage>(toImage(draw(step)));

@@ -15,12 +15,16 @@ bool isOnContour(const LabelSlice& labels, std::size_t x, std::size_t y) {
 
 }  // namespace
 
-void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf) {
-    if (picture.width() != labels.width || picture.height() != labels.height) {
+void checkContours(const PictureSize& labels, const PictureSize& base) {
+    if (base.width != labels.width || base.height != labels.height) {
         throw Failure(WRONG_USAGE, "the labels have " + std::to_string(labels.width) + " x " +
                                        std::to_string(labels.height) + " pixels, the base has " +
-                                       std::to_string(picture.width()) + " x " + std::to_string(picture.height()));
+                                       std::to_string(base.width) + " x " + std::to_string(base.height));
     }
+}
+
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf) {
+    checkContours({labels.width, labels.height}, {picture.width(), picture.height()});
     for (std::size_t y = 0; y < labels.height; ++y) {
         Colour* row = picture.row(y);
         for (std::size_t x = 0; x < labels.width; ++x) {

@@ -7,6 +7,14 @@
 
 namespace rix::cli {
 
+struct PictureSize {
+    std::size_t width;
+    std::size_t height;
+};
+
+/// @throws Failure (wrong usage) when labels do not lie on the base pixel by pixel.
+void checkContours(const PictureSize& labels, const PictureSize& base);
+
 /// Draws the outlines of the labels onto a picture of the same size: those pixels of a label of which one of the four
 /// neighbours is not the same label. The edge of the image is no neighbour, so an object that leaves the image stays
 /// open there.

@@ -127,12 +127,20 @@ Picture renderSlice(const ImageModel& image, const SliceChoice& choice) {
     return paintReals(image, at, [&](double value) { return grey(toGreyLevel(value, window)); });
 }
 
-LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice) {
-    const RowPosition at = resolve(image, choice);
+void checkSlice(const ImageModel& image, const SliceChoice& choice) {
+    resolve(image, choice);
+}
+
+void checkLabels(const ImageModel& image) {
     if (!access::contains(access::Integers{}, image.getVoxelType())) {
         throw Failure(WRONG_USAGE, "contours need labels, that is integers; the image holds " +
                                        helper::voxelTypesToString(image.getVoxelType()));
     }
+}
+
+LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice) {
+    const RowPosition at = resolve(image, choice);
+    checkLabels(image);
     return readLabels(image, at);
 }
 

@@ -27,6 +27,12 @@ struct LabelSlice {
     std::uint32_t at(std::size_t x, std::size_t y) const { return labels[y * width + x]; }
 };
 
+/// @throws Failure (wrong usage) when the choice is not inside the image, or an element has several samples.
+void checkSlice(const ImageModel& image, const SliceChoice& choice);
+
+/// @throws Failure (wrong usage) when the samples are no integers.
+void checkLabels(const ImageModel& image);
+
 /// Draws a slice. RGB of 8 bits is shown as it is, of 16 bits by its upper half; RGB of other types and everything
 /// else that measures something as grey or colour in an automatic window over the slice; binary images in black and
 /// white; labels in `LabelColours`, on nothing. Complex samples are shown by their magnitude.

@@ -26,6 +26,17 @@ Picture renderPlain(const ImageModel& image, const ImageModel* base, const Slice
 
 }  // namespace
 
+void checkView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers) {
+    checkSlice(image, choice);
+    if (base != nullptr) {
+        checkSlice(*base, matchingSlice(image, *base, choice));
+        checkContours({image.getNumOf(COLUMNS), image.getNumOf(ROWS)}, {base->getNumOf(COLUMNS), base->getNumOf(ROWS)});
+    }
+    if (base != nullptr || numbers == LabelNumbers::Drawn) {
+        checkLabels(image);
+    }
+}
+
 Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers) {
     Picture picture = renderPlain(image, base, choice);
     if (numbers == LabelNumbers::Drawn) {

@@ -10,6 +10,9 @@ namespace rix::cli {
 /// Whether labels are written on their objects.
 enum class LabelNumbers { None, Drawn };
 
+/// Refuses what `renderView` would refuse, from the headers alone.
+void checkView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers);
+
 /// A picture of an image; with a base, the outlines of its labels (or of its objects, when it is binary) drawn on a
 /// picture of the base.
 /// @throws Failure (wrong usage) when the choice is not inside the image, or labels are wanted of what has none.
