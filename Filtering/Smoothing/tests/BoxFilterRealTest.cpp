@@ -101,7 +101,6 @@ TEST(BoxFilterOfReals, HandlesEveryWidthUpToSeveralVectors) {
     }
 }
 
-/// A value that dwarfs the others must leave no trace behind it: a sum that loses what it has added would.
 TEST(BoxFilterOfReals, OverflowsToInfinityOnEveryLevel) {
     const io::MemoryImage image = makeImage({.voxelType = RIX_FLOAT32, .extents = {21, 9, 1, 1, 1}},
                                             [](auto...) { return std::numeric_limits<float>::max(); });
@@ -139,6 +138,7 @@ TEST(BoxFilterOfReals, RoundsMeansHalfWayBetweenTwoResultsToEven) {
     }
 }
 
+/// A value that dwarfs the others must leave no trace behind it: a sum that loses what it has added would.
 TEST(BoxFilterOfReals, CarriesNoErrorAlongLongRows) {
     for (const bool alongRows : {true, false}) {
         const std::size_t length = 20011;
