@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 #include <rix/algorithms/OptimLevel.h>
@@ -193,9 +194,11 @@ private:
         strip.factor = 1;
         if (m_job.mean && m_job.voxels > 1) {
             const auto voxels = static_cast<double>(m_job.voxels);
-            // Rounded to single precision, the product is the quotient; in double precision it would not always be.
-            (sizeof(T) == sizeof(float) ? strip.factor : strip.divisor) =
-                sizeof(T) == sizeof(float) ? 1 / voxels : voxels;
+            if constexpr (sizeof(T) == sizeof(float)) {
+                setReciprocal(strip, voxels);
+            } else {
+                strip.divisor = voxels;
+            }
         }
         for (std::size_t i = 0; i < rows; i += m_lanes) {
             double* const memory = m_strips.data() + i / m_lanes * m_stripSize;
@@ -219,6 +222,22 @@ private:
         for (std::size_t i = 0; i < rows; ++i) {
             m_output.flush(i, segment(m_block.columns, first + i, plane));
         }
+    }
+
+    /// Quotients in single precision are products: rounded, they are the same. That needs care where a quotient lies
+    /// half way between two results: the rounded reciprocal may miss it, then the rest of the reciprocal brings it
+    /// back.
+    static void setReciprocal(BoxRealStrip<T>& strip, double voxels) {
+        strip.factor = 1 / voxels;
+        double excess = std::fma(strip.factor, voxels, -1.0);
+        if (std::abs(excess) <= 0x1p-54) {
+            return;  // less than half a unit in the last place of any quotient
+        }
+        if (excess > 0) {  // the rest must be positive: infinite totals stay infinite
+            strip.factor = std::nextafter(strip.factor, 0.0);
+            excess = std::fma(strip.factor, voxels, -1.0);
+        }
+        strip.rest = -excess / voxels;
     }
 
     const double* commonOfStrip(const double* columns, double* common) const {

@@ -254,6 +254,12 @@ HWY_INLINE void finish(const BoxRealStrip<Out>& strip, std::size_t x, Group& sum
         for (V& v : sums.v) {
             v = hn::Div(v, divisor);
         }
+    } else if (strip.rest != 0) {
+        const V factor = hn::Set(d, strip.factor);
+        const V rest = hn::Set(d, strip.rest);
+        for (V& v : sums.v) {
+            v = hn::Add(hn::Mul(v, factor), hn::Mul(v, rest));
+        }
     } else {
         const V factor = hn::Set(d, strip.factor);
         for (V& v : sums.v) {

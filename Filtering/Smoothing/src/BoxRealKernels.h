@@ -69,6 +69,7 @@ struct BoxRealStrip {
     double* ring;            ///< working memory: whole * lanes
     const double* common;    ///< one value a row that all windows have in common, or null
     double factor;
+    double rest;     ///< where it is not 0, what is to be added to the factor
     double divisor;  ///< results are divided by it when it is not 0, else multiplied by the factor
     Out* const* rows;
 };

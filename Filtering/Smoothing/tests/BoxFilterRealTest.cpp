@@ -42,9 +42,8 @@ void expectWithinBound(const ImageModel& input, const BoxCase& c, const ImageMod
             const long double expected = exact[i] / divisor;
             const long double bound = terms * 0x1p-53L * magnitudes[i] / divisor;
             // The division errs by at most one unit of double precision, the conversion by half a unit of the result.
-            const long double rounding =
-                std::fabs(expected) * (0x1p-52L + std::numeric_limits<T>::epsilon() / 2) +
-                std::numeric_limits<T>::denorm_min();
+            const long double rounding = std::fabs(expected) * (0x1p-52L + std::numeric_limits<T>::epsilon() / 2) +
+                                         std::numeric_limits<T>::denorm_min();
             ASSERT_LE(std::fabs(results[i] - expected), bound + rounding)
                 << c << " of " << helper::describeImage(input) << ", voxel " << i << ": " << results[i] << " for "
                 << expected;
@@ -67,7 +66,7 @@ void expectDefinition(const ImageModel& input, const BoxCase& c) {
 }
 
 TEST(BoxFilterOfReals, EqualsTheDefinitionForEverySizeAndLevel) {
-    std::vector<std::array<std::size_t, 3>> sizes{{257, 1, 1}, {1, 257, 1}, {60, 51, 1},   {1000, 3, 1},
+    std::vector<std::array<std::size_t, 3>> sizes{{257, 1, 1}, {1, 257, 1}, {60, 51, 1},  {1000, 3, 1},
                                                   {4, 999, 1}, {15, 15, 3}, {16, 24, 17}, {23, 33, 9}};
     for (std::size_t k = 1; k <= 9; ++k) {
         sizes.push_back({k, (k * 4) % 9 + 1, (k * 7) % 9 + 1});
@@ -102,7 +101,6 @@ TEST(BoxFilterOfReals, HandlesEveryWidthUpToSeveralVectors) {
     }
 }
 
-/// A value that dwarfs the others must leave no trace behind it: a sum that loses what it has added would.
 TEST(BoxFilterOfReals, OverflowsToInfinityOnEveryLevel) {
     const io::MemoryImage image = makeImage({.voxelType = RIX_FLOAT32, .extents = {21, 9, 1, 1, 1}},
                                             [](auto...) { return std::numeric_limits<float>::max(); });
@@ -114,6 +112,33 @@ TEST(BoxFilterOfReals, OverflowsToInfinityOnEveryLevel) {
     }
 }
 
+/// Sums of these samples are exact, and many of their means lie half way between two samples.
+TEST(BoxFilterOfReals, RoundsMeansHalfWayBetweenTwoResultsToEven) {
+    const io::MemoryImage input = makeRandomImage({.voxelType = RIX_UINT8, .extents = {60, 40, 1, 1, 1}}, 8);
+    std::vector<float> samples;
+    for (const std::uint8_t sample : volumeOf<std::uint8_t>(input, 0, 0)) {
+        samples.push_back(16777214.0F + static_cast<float>(sample % 2));
+    }
+    const io::MemoryImage halves =
+        makeImage({.voxelType = RIX_FLOAT32, .extents = {60, 40, 1, 1, 1}},
+                  [&](std::size_t x, std::size_t y, auto...) { return samples[y * 60 + x]; });
+    for (const std::array<std::size_t, 3>& size :
+         std::initializer_list<std::array<std::size_t, 3>>{{14, 13, 1}, {15, 14, 1}, {18, 11, 1}, {16, 16, 1}}) {
+        const BoxReference box{size, Beyond::Mirror};
+        const std::vector<double> sums =
+            box.sumVolume(std::vector<double>(samples.begin(), samples.end()), {60, 40, 1});
+        std::vector<float> expected;
+        for (const double sum : sums) {
+            expected.push_back(static_cast<float>(sum / static_cast<double>(size[0] * size[1])));
+        }
+        for (const OptimLevelType level : runnableLevels()) {
+            EXPECT_EQ(volumeOf<float>(runBox(halves, {size, Result::Mean}, {.level = level}), 0, 0), expected)
+                << size[0] << " x " << size[1] << ", level " << level;
+        }
+    }
+}
+
+/// A value that dwarfs the others must leave no trace behind it: a sum that loses what it has added would.
 TEST(BoxFilterOfReals, CarriesNoErrorAlongLongRows) {
     for (const bool alongRows : {true, false}) {
         const std::size_t length = 20011;
