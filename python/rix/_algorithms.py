@@ -102,7 +102,8 @@ def find(name: str) -> Any:
         if name == title + "Result" and len(results_of(_facts(title))) > 1:
             return _result_type(_facts(title))
     similar = difflib.get_close_matches(name, names(), 1)
-    raise AttributeError(f"module 'rix' has no attribute '{name}'" + (f". Did you mean: '{similar[0]}'?" if similar else ""))
+    meant = f". Did you mean: '{similar[0]}'?" if similar else ""
+    raise AttributeError(f"module 'rix' has no attribute '{name}'{meant}")
 
 
 def inputs_of(facts: Description) -> List[Dict[str, Any]]:
@@ -127,16 +128,16 @@ _result_types: Dict[str, type] = {}
 def _result_type(facts: Description) -> type:
     name = facts["name"] + "Result"
     if name not in _result_types:
-        made = collections.namedtuple(name, [item["name"] for item in results_of(facts)], module="rix")  # type: ignore[misc]
-        _result_types[name] = made
+        fields = [item["name"] for item in results_of(facts)]
+        _result_types[name] = collections.namedtuple(name, fields, module="rix")
     return _result_types[name]
 
 
 RUN_PARAMETERS = {
-    "out": "An image of the result's shape and type that takes the samples, for several results a tuple in their order\n"
-           "or a dict by name. An input may be given where the algorithm may work in place.",
-    "axes": "The axes of arrays that have other than two or three dimensions, or other axes, \"tczyx\" style; it speaks\n"
-            "for arrays of as many dimensions as it has letters.",
+    "out": "An image of the result's shape and type that takes the samples, for several results a tuple in their\n"
+           "order or a dict by name. An input may be given where the algorithm may work in place.",
+    "axes": "The axes of arrays that have other than two or three dimensions, or other axes, \"tczyx\" style; it\n"
+            "speaks for arrays of as many dimensions as it has letters.",
     "threads": "The largest number of threads; None for no limit. The result does not depend on it.",
     "progress": "A callable that is given the progress from 0 to 1, or True for a bar.",
 }
@@ -151,8 +152,9 @@ def documentation(facts: Description, options: Iterable[str]) -> str:
     """The docstring of a class or a function that has these options beside the inputs."""
     inputs = [(f"{item['name']} : {item['type']}", "\n".join(_details(item))) for item in inputs_of(facts)]
     results = [(f"{item['name']} : {item['type']}", item["description"]) for item in results_of(facts)]
-    return (f"{facts['summary']}\n\nParameters\n----------\n{_paragraphs(inputs)}"
-            f"{_paragraphs((name, RUN_PARAMETERS[name]) for name in options)}\nReturns\n-------\n{_paragraphs(results)}")
+    parameters = inputs + [(name, RUN_PARAMETERS[name]) for name in options]
+    return (f"{facts['summary']}\n\nParameters\n----------\n{_paragraphs(parameters)}"
+            f"\nReturns\n-------\n{_paragraphs(results)}")
 
 
 def property_documentation(item: Dict[str, Any]) -> str:
@@ -193,7 +195,7 @@ def _make_function(facts: Description) -> Any:
 
 
 def _is_settable(item: Dict[str, Any]) -> bool:
-    return item["role"] == "image" or (item["direction"] != "out" and item["role"] != "unsupported")
+    return bool(item["role"] == "image" or (item["direction"] != "out" and item["role"] != "unsupported"))
 
 
 def _make_property(item: Dict[str, Any], place: int) -> property:
@@ -230,14 +232,16 @@ def _make_class(facts: Description) -> Any:
                    f"Parameters\n----------\n{_paragraphs(options)}")
 
     def __repr__(self: Any) -> str:
-        values = [f"{item['name']}={getattr(self, item['name'])!r}" for item in inputs_of(facts) if item["role"] == "value"]
+        names = [item["name"] for item in inputs_of(facts) if item["role"] == "value"]
+        values = [f"{name}={getattr(self, name)!r}" for name in names]
         return f"rix.{title}({', '.join(values)})"
 
     import inspect  # a tenth of the time of importing the package
 
     # Every property may be given to the constructor, and none must.
-    signature = inspect.Signature([inspect.Parameter(item["name"], inspect.Parameter.KEYWORD_ONLY, default=item["default"])
-                                   for item in facts["properties"] if _is_settable(item)])
+    signature = inspect.Signature([
+        inspect.Parameter(item["name"], inspect.Parameter.KEYWORD_ONLY, default=item["default"])
+        for item in facts["properties"] if _is_settable(item)])
     scope: Dict[str, Any] = {"__init__": __init__, "run": run, "__repr__": __repr__, "__slots__": (),
                              "__signature__": signature, "__doc__": documentation(facts, []), "__module__": "rix"}
     for place, item in enumerate(facts["properties"]):

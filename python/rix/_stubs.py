@@ -4,8 +4,8 @@ import pathlib
 import sys
 from typing import Any, Dict, List
 
-from ._algorithms import (RUN_PARAMETERS, Description, describe, documentation, inputs_of, list_all, property_documentation,
-                          results_of)
+from ._algorithms import (RUN_PARAMETERS, Description, describe, documentation, inputs_of, list_all,
+                          property_documentation, results_of)
 
 HEADER = '''\
 # Written by the build from the registry of algorithms.
@@ -84,7 +84,8 @@ def _function(facts: Description) -> str:
     follows = not several and results[0]["role"] == "image" and any(item["role"] == "image" for item in shown)
     text = ""
     # The form of the image that comes back is that of the first image given.
-    for image, result in [("_Array", "_Array"), ("Image", "Image"), ("ArrayLike", "Any")] if follows else [("_AnyImage", "")]:
+    forms = [("_Array", "_Array"), ("Image", "Image"), ("ArrayLike", "Any")]
+    for image, result in forms if follows else [("_AnyImage", "")]:
         parameters, first = [], True
         for item in shown:
             kind = _input_type(item, owner, image if first or item["role"] != "image" else "_AnyImage")

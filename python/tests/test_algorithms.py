@@ -148,7 +148,7 @@ def test_help_speaks_python():
     assert inspect.getdoc(rix.BoxFilter2d.output_image).splitlines() == ["The sums or means.", "type: output image"]
     assert "must have the size of input_image_1" in str(rix.describe("arithmetic_operation_with_image"))
     for text in (function, made.run.__doc__):  # options stand at the margin, their texts four blanks inside
-        assert "\naxes\n    The axes of" in text and "it speaks\n    for arrays" in text
+        assert "\naxes\n    The axes of" in text and "it\n    speaks for arrays" in text
     assert list(inspect.signature(made).parameters)[:2] == ["input_gray_image", "range_mode"]
 
 
