@@ -2,7 +2,9 @@
 
 import collections
 import difflib
-from typing import Any, Callable, Dict, List, NamedTuple, Optional, Type, Union
+import re
+import textwrap
+from typing import Any, Callable, Dict, Iterable, List, NamedTuple, Optional, Tuple, Type, Union
 
 from . import _progress, _rix
 from ._errors import RuleError
@@ -35,13 +37,16 @@ class Description(Dict[str, Any]):
 
 
 def _details(item: Dict[str, Any]) -> List[str]:
+    """The description of a property, and what its values are held to."""
     lines = [item["description"]] if item["description"] else []
     if item["role"] == "value" and item["direction"] == "in" and not item["required"]:
         default = item["default"]
         lines.append("default: " + (default.name if item["enumeration"] is not None else repr(default)))
     if item["enumeration"] is not None:
         lines.append("values: " + ", ".join(item["enumeration"].__members__))
-    rules = [rule for rule in item["rules"] if not rule.startswith("one of:")]
+    # Labels are told already, and results are made where none are given.
+    rules = [rule for rule in item["rules"]
+             if not rule.startswith("one of:") and (item["direction"] != "out" or rule != "must be set")]
     if rules:
         lines.append("rules: " + "; ".join(rules))
     return lines
@@ -57,6 +62,20 @@ def names() -> List[str]:
     return [name for entry in _rix.list() for name in (entry["name"], entry["function"])]
 
 
+def _facts(name: str) -> Description:
+    """What the registry tells of a class, with the names of its properties in Python's spelling also in texts."""
+    facts = Description(_rix.describe(name))
+    spelling = {item["registry_name"]: item["name"] for item in facts["properties"]}
+
+    def respelled(text: str) -> str:
+        return re.sub(r"\w+", lambda word: spelling.get(word[0], word[0]), text)
+
+    for item in facts["properties"]:
+        item["description"] = respelled(item["description"])
+        item["rules"] = [respelled(rule) for rule in item["rules"]]
+    return facts
+
+
 def describe(algorithm: Union[str, type, Callable[..., Any]]) -> Description:
     """What an algorithm does and takes: a dict that prints as a text.
 
@@ -68,32 +87,36 @@ def describe(algorithm: Union[str, type, Callable[..., Any]]) -> Description:
     name = algorithm if isinstance(algorithm, str) else algorithm.__name__
     for entry in _rix.list():
         if name in (entry["name"], entry["function"]):
-            return Description(_rix.describe(entry["name"]))
-    return Description(_rix.describe(name))  # hidden classes are found by name; for others it says what was meant
+            return _facts(entry["name"])
+    return _facts(name)  # hidden classes are found by name; for others it says what was meant
 
 
 def find(name: str) -> Any:
-    """The class or the function of a name."""
+    """The class, the function or the type of the results of a name."""
     for entry in _rix.list():
-        if name == entry["name"]:
-            return _make_class(Description(_rix.describe(name)))
+        title = entry["name"]
+        if name == title:
+            return _make_class(_facts(title))
         if name == entry["function"]:
-            return _make_function(Description(_rix.describe(entry["name"])))
+            return _make_function(_facts(title))
+        if name == title + "Result" and len(results_of(_facts(title))) > 1:
+            return _result_type(_facts(title))
     similar = difflib.get_close_matches(name, names(), 1)
-    raise AttributeError(f"module 'rix' has no attribute '{name}'" + (f". Did you mean: '{similar[0]}'?" if similar else ""))
+    meant = f". Did you mean: '{similar[0]}'?" if similar else ""
+    raise AttributeError(f"module 'rix' has no attribute '{name}'{meant}")
 
 
-def _inputs(facts: Description) -> List[Dict[str, Any]]:
+def inputs_of(facts: Description) -> List[Dict[str, Any]]:
     return [item for item in facts["properties"] if item["direction"] != "out"]
 
 
-def _results(facts: Description) -> List[Dict[str, Any]]:
+def results_of(facts: Description) -> List[Dict[str, Any]]:
     return [item for item in facts["properties"] if item["direction"] != "in"]
 
 
 def _result_maker(facts: Description) -> Callable[[Any], Any]:
     """Makes a named tuple of several results; one stands for itself."""
-    results = _results(facts)
+    results = results_of(facts)
     if len(results) == 1:
         return lambda values: values[0]
     return _result_type(facts)._make  # type: ignore[attr-defined, no-any-return]
@@ -105,38 +128,46 @@ _result_types: Dict[str, type] = {}
 def _result_type(facts: Description) -> type:
     name = facts["name"] + "Result"
     if name not in _result_types:
-        made = collections.namedtuple(name, [item["name"] for item in _results(facts)], module="rix")  # type: ignore[misc]
-        _result_types[name] = made
+        fields = [item["name"] for item in results_of(facts)]
+        _result_types[name] = collections.namedtuple(name, fields, module="rix")
     return _result_types[name]
 
 
 RUN_PARAMETERS = {
-    "out": "An image of the result's shape and type that takes the samples, for several results a tuple in their order\n"
-           "    or a dict by name. An input may be given where the algorithm may work in place.",
-    "axes": "The axes of arrays that have other than two or three dimensions, or other axes, \"tczyx\" style; it speaks\n"
-            "    for arrays of as many dimensions as it has letters.",
+    "out": "An image of the result's shape and type that takes the samples, for several results a tuple in their\n"
+           "order or a dict by name. An input may be given where the algorithm may work in place.",
+    "axes": "The axes of arrays that have other than two or three dimensions, or other axes, \"tczyx\" style; it\n"
+            "speaks for arrays of as many dimensions as it has letters.",
     "threads": "The largest number of threads; None for no limit. The result does not depend on it.",
     "progress": "A callable that is given the progress from 0 to 1, or True for a bar.",
 }
 
 
-def _documentation(facts: Description, options: List[str]) -> str:
-    text = facts["summary"] + "\n\nParameters\n----------\n"
-    for item in _inputs(facts):
-        text += f"{item['name']} : {item['type']}\n" + "".join(f"    {line}\n" for line in _details(item))
-    for name in options:
-        text += f"{name}\n    {RUN_PARAMETERS[name]}\n"
-    text += "\nReturns\n-------\n"
-    for item in _results(facts):
-        text += f"{item['name']} : {item['type']}\n    {item['description']}\n"
-    return text
+def _paragraphs(entries: Iterable[Tuple[str, str]]) -> str:
+    """Names, each with its text below."""
+    return "".join(f"{name}\n{textwrap.indent(text, '    ')}\n" for name, text in entries)
+
+
+def documentation(facts: Description, options: Iterable[str]) -> str:
+    """The docstring of a class or a function that has these options beside the inputs."""
+    inputs = [(f"{item['name']} : {item['type']}", "\n".join(_details(item))) for item in inputs_of(facts)]
+    results = [(f"{item['name']} : {item['type']}", item["description"]) for item in results_of(facts)]
+    parameters = inputs + [(name, RUN_PARAMETERS[name]) for name in options]
+    return (f"{facts['summary']}\n\nParameters\n----------\n{_paragraphs(parameters)}"
+            f"\nReturns\n-------\n{_paragraphs(results)}")
+
+
+def property_documentation(item: Dict[str, Any]) -> str:
+    """The docstring of an attribute."""
+    lines = _details(item)
+    return "\n".join(lines[:1] + [f"type: {item['type']}"] + lines[1:])
 
 
 def _make_function(facts: Description) -> Any:
     """A function with a signature of its own, so that editors and help() show it."""
     parameters, values = [], []
     scope: Dict[str, Any] = {"_call": _rix.call, "_Bar": _progress.Bar, "_result": _result_maker(facts)}
-    for item in _inputs(facts):
+    for item in inputs_of(facts):
         values.append(item["name"] if item["role"] != "unsupported" else "None")
         if item["role"] == "unsupported":
             continue
@@ -147,7 +178,7 @@ def _make_function(facts: Description) -> Any:
             parameters.append(f"{item['name']}=_default_{item['name']}")
     name, title = facts["function"], facts["name"]
     inputs = "".join(value + ", " for value in values)
-    several = len(_results(facts)) > 1
+    several = len(results_of(facts)) > 1
     call = f"_call({title!r}, ({inputs}), out, progress, threads, axes or '')"
     call = f"_result({call})" if several else call
     source = (
@@ -159,8 +190,12 @@ def _make_function(facts: Description) -> Any:
     exec(compile(source, f"<rix.{name}>", "exec"), scope)
     function = scope[name]
     function.__module__ = "rix"
-    function.__doc__ = _documentation(facts, ["out", "axes", "threads", "progress"])
+    function.__doc__ = documentation(facts, RUN_PARAMETERS)
     return function
+
+
+def _is_settable(item: Dict[str, Any]) -> bool:
+    return bool(item["role"] == "image" or (item["direction"] != "out" and item["role"] != "unsupported"))
 
 
 def _make_property(item: Dict[str, Any], place: int) -> property:
@@ -170,13 +205,11 @@ def _make_property(item: Dict[str, Any], place: int) -> property:
     def write(self: Any, value: Any) -> None:
         self._set(place, value)
 
-    settable = item["role"] == "image" or item["direction"] != "out"
-    return property(read, write if settable else None, doc="\n".join([f"{item['type']}: "] + _details(item)))
+    return property(read, write if _is_settable(item) else None, doc=property_documentation(item))
 
 
 def _make_class(facts: Description) -> Any:
-    result = _result_maker(facts)
-    title = facts["name"]
+    result, title = _result_maker(facts), facts["name"]
     fields = [item["name"] for item in facts["properties"]]
 
     def __init__(self: Any, **values: Any) -> None:
@@ -189,25 +222,28 @@ def _make_class(facts: Description) -> Any:
             setattr(self, name, value)
 
     def run(self: Any, *, axes: Optional[str] = None, threads: Optional[int] = None, progress: Any = None) -> Any:
-        """Runs with the present values and gives the results, which are also attributes afterwards.
-
-        Parameters
-        ----------
-        """
         if progress is True:
             with _progress.Bar(title) as bar:
                 return result(self._run(bar, threads, axes or ""))
         return result(self._run(progress or None, threads, axes or ""))
 
-    run.__doc__ = (run.__doc__ or "") + "".join(
-        f"        {name}\n        {RUN_PARAMETERS[name]}\n" for name in ("axes", "threads", "progress"))
+    options = [(name, RUN_PARAMETERS[name]) for name in ("axes", "threads", "progress")]
+    run.__doc__ = ("Runs with the present values and gives the results, which are also attributes afterwards.\n\n"
+                   f"Parameters\n----------\n{_paragraphs(options)}")
 
     def __repr__(self: Any) -> str:
-        values = [f"{item['name']}={getattr(self, item['name'])!r}" for item in _inputs(facts) if item["role"] == "value"]
+        names = [item["name"] for item in inputs_of(facts) if item["role"] == "value"]
+        values = [f"{name}={getattr(self, name)!r}" for name in names]
         return f"rix.{title}({', '.join(values)})"
 
+    import inspect  # a tenth of the time of importing the package
+
+    # Every property may be given to the constructor, and none must.
+    signature = inspect.Signature([
+        inspect.Parameter(item["name"], inspect.Parameter.KEYWORD_ONLY, default=item["default"])
+        for item in facts["properties"] if _is_settable(item)])
     scope: Dict[str, Any] = {"__init__": __init__, "run": run, "__repr__": __repr__, "__slots__": (),
-                             "__doc__": _documentation(facts, []), "__module__": "rix"}
+                             "__signature__": signature, "__doc__": documentation(facts, []), "__module__": "rix"}
     for place, item in enumerate(facts["properties"]):
         scope[item["name"]] = _make_property(item, place)
         if item["enumeration"] is not None:

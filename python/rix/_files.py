@@ -1,7 +1,7 @@
 """Image files and pictures."""
 
 import os
-from typing import Any, Optional, Union
+from typing import Any, Dict, Optional, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -34,14 +34,13 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
         Names the axes of an array that has other than two or three dimensions, or other axes, "tczyx" style.
     compression
         "none", "lzw" or "deflate"; unless given, none for TIFF and deflate for PNG.
-
     color_interpretation
         What the channels of an array are, "rgb" for a picture of (rows, columns, 3) with axes="yxc".
 
     Raises `FileError`.
     """
     if color_interpretation is not None:
-        given = {"axes": axes}
+        given: Dict[str, Any] = {"axes": axes}
         if isinstance(image, Image):
             given = {**image.calibration, "interpretation": image.interpretation}
         image = Image(image, color_interpretation=color_interpretation, **given)

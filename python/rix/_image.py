@@ -65,8 +65,8 @@ class Image:
         A letter for each dimension: x (columns), y (rows), z (planes), t (time), c (channels). Unless given, two
         dimensions are "yx" and three are "zyx"; any other number has to be named.
     spacing, origin
-        Distance of neighbouring elements and position of the first one: a value for each axis in the order of `axes`, or
-        by letter, or one number for all of x, y and z.
+        Distance of neighbouring elements and position of the first one: a value for each axis in the order of `axes`,
+        or by letter, or one number for all of x, y and z.
     spatial_unit, sequence_unit
         The units of these along x, y, z and along t, such as "mm" and "s".
     directions

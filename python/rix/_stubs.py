@@ -4,8 +4,8 @@ import pathlib
 import sys
 from typing import Any, Dict, List
 
-from . import _rix
-from ._algorithms import RUN_PARAMETERS, Description, _documentation, _inputs, _results, list_all
+from ._algorithms import (RUN_PARAMETERS, Description, describe, documentation, inputs_of, list_all,
+                          property_documentation, results_of)
 
 HEADER = '''\
 # Written by the build from the registry of algorithms.
@@ -78,13 +78,14 @@ def _quoted(text: str, indent: str) -> str:
 
 
 def _function(facts: Description) -> str:
-    name, owner, results = facts["function"], facts["name"], _results(facts)
+    name, owner, results = facts["function"], facts["name"], results_of(facts)
     several = len(results) > 1
-    shown = [item for item in _inputs(facts) if item["role"] != "unsupported"]
+    shown = [item for item in inputs_of(facts) if item["role"] != "unsupported"]
     follows = not several and results[0]["role"] == "image" and any(item["role"] == "image" for item in shown)
     text = ""
     # The form of the image that comes back is that of the first image given.
-    for image, result in [("_Array", "_Array"), ("Image", "Image"), ("ArrayLike", "Any")] if follows else [("_AnyImage", "")]:
+    forms = [("_Array", "_Array"), ("Image", "Image"), ("ArrayLike", "Any")]
+    for image, result in forms if follows else [("_AnyImage", "")]:
         parameters, first = [], True
         for item in shown:
             kind = _input_type(item, owner, image if first or item["role"] != "image" else "_AnyImage")
@@ -92,7 +93,7 @@ def _function(facts: Description) -> str:
             parameters.append(f"{item['name']}: {kind}" + ("" if item["required"] else " = ..."))
         made = result if follows else f"{owner}Result" if several else _result_type(results[0], owner, "Any")
         body = " ...\n" if follows and image != "_Array" else "\n" + _quoted(
-            _documentation(facts, list(RUN_PARAMETERS)), "    ") + "    ...\n"
+            documentation(facts, RUN_PARAMETERS), "    ") + "    ...\n"
         text += ("@overload\n" if follows else "") + (
             f"def {name}({', '.join(parameters)}, *, {OPTIONS}) -> {made}:{body}")
     return text
@@ -100,14 +101,14 @@ def _function(facts: Description) -> str:
 
 def _class(facts: Description) -> str:
     owner = facts["name"]
-    text = f"class {owner}(Algorithm):\n" + _quoted(_documentation(facts, []), "    ")
+    text = f"class {owner}(Algorithm):\n" + _quoted(documentation(facts, []), "    ")
     for item in facts["properties"]:
         if item["enumeration"] is None:
             continue
         kind = "enum.IntFlag" if item["enumeration"].__mro__[1].__name__ == "IntFlag" else "enum.IntEnum"
         text += f"    class {item['enumeration'].__name__}({kind}):\n"
         text += "".join(f"        {label} = {int(value)}\n" for label, value in item["enumeration"].__members__.items())
-    keywords = [f"{item['name']}: {_input_type(item, owner, '_AnyImage')} = ..." for item in _inputs(facts)
+    keywords = [f"{item['name']}: {_input_type(item, owner, '_AnyImage')} = ..." for item in inputs_of(facts)
                 if item["role"] != "unsupported"]
     keywords += [f"{item['name']}: Any = ..." for item in facts["properties"]
                  if item["direction"] == "out" and item["role"] == "image"]
@@ -122,8 +123,8 @@ def _class(facts: Description) -> str:
             text += f"    @property\n    def {item['name']}(self) -> {_result_type(item, owner, 'Any')}: ...\n"
             text += f"    @{item['name']}.setter\n"
             text += f"    def {item['name']}(self, value: {_value_type(item, owner)}) -> None: ...\n"
-        text += _quoted("\n".join([item["description"]] + [f"Rule: {rule}" for rule in item["rules"]]), "    ")
-    results = _results(facts)
+        text += _quoted(property_documentation(item), "    ")
+    results = results_of(facts)
     made = f"{owner}Result" if len(results) > 1 else _result_type(results[0], owner, "Any")
     text += (f"    def run(self, *, axes: Optional[str] = ..., threads: Optional[int] = ..., "
              f"progress: _Progress = ...) -> {made}: ...\n")
@@ -131,7 +132,7 @@ def _class(facts: Description) -> str:
 
 
 def _named_result(facts: Description) -> str:
-    fields = "".join(f"    {item['name']}: {_result_type(item, facts['name'], 'Any')}\n" for item in _results(facts))
+    fields = "".join(f"    {item['name']}: {_result_type(item, facts['name'], 'Any')}\n" for item in results_of(facts))
     return f"class {facts['name']}Result(NamedTuple):\n{fields}"
 
 
@@ -139,8 +140,8 @@ def write(folder: pathlib.Path) -> None:
     """Writes `__init__.pyi`."""
     parts: List[str] = [HEADER]
     for entry in list_all():
-        facts = Description(_rix.describe(entry.name))
-        if len(_results(facts)) > 1:
+        facts = describe(entry.name)
+        if len(results_of(facts)) > 1:
             parts.append(_named_result(facts))
         parts += [_class(facts), _function(facts)]
     (folder / "__init__.pyi").write_text("\n".join(parts), encoding="utf-8")

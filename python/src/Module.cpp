@@ -1,3 +1,5 @@
+#include <cstdint>
+
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
@@ -6,6 +8,7 @@
 #include <rix/settings/Settings.h>
 
 #include "Algorithm.h"
+#include "Arrays.h"
 #include "Axes.h"
 #include "Description.h"
 #include "Errors.h"
@@ -45,6 +48,10 @@ PYBIND11_MODULE(_rix, module) {
     module.def("read_image", &rix::python::readFile);
     module.def("write_image", &rix::python::writeFile);
     module.def("overlay", &rix::python::overlay);
+    // Where a run reads the first sample of an input: shows whether it is copied.
+    module.def("input_address", [](py::handle image, const std::string& axes) {
+        return reinterpret_cast<std::uintptr_t>(rix::python::openInput(image, axes).array.data());
+    });
     // The threads of a process don't live in its forks, oneTBB's can't be started anew there.
     module.def("stay_in_callers_thread", [] { rix::globalSettings().setMaximumNumberOfThreads(1); });
 }

@@ -1,5 +1,6 @@
 #include "Values.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <type_traits>
@@ -112,14 +113,19 @@ struct Form<Scalar> {
     }
 };
 
-/// Sequences of numbers: lists, tuples, arrays of one dimension.
+/// The elements of a list, a tuple, an array of one dimension. Held: an array makes an element when it is asked for it.
+std::vector<py::object> elementsOf(py::handle value, const std::string& accepted) {
+    if (!PySequence_Check(value.ptr()) || PyUnicode_Check(value.ptr())) {
+        refuseType(value, accepted);
+    }
+    const auto sequence = py::reinterpret_borrow<py::sequence>(value);
+    return {sequence.begin(), sequence.end()};
+}
+
 template <class T>
 std::vector<T> listFrom(py::handle value) {
-    if (!PySequence_Check(value.ptr()) || PyUnicode_Check(value.ptr())) {
-        refuseType(value, ValueTypeName<container::Vector<T>>::get());
-    }
     std::vector<T> list;
-    for (const py::handle element : py::reinterpret_borrow<py::sequence>(value)) {
+    for (const py::object& element : elementsOf(value, ValueTypeName<container::Vector<T>>::get())) {
         list.push_back(Form<T>::fromPython(element));
     }
     return list;
@@ -191,10 +197,9 @@ struct Form<ScalarArray> {
     }
     static ScalarArray fromPython(py::handle value) {
         // One type for all: integers where all are.
-        bool whole = true;
-        for (const py::handle element : py::reinterpret_borrow<py::sequence>(value)) {
-            whole = whole && PyIndex_Check(element.ptr()) != 0;
-        }
+        const auto elements = elementsOf(value, "a list of numbers");
+        const bool whole = std::all_of(elements.begin(), elements.end(),
+                                       [](const py::object& element) { return PyIndex_Check(element.ptr()) != 0; });
         if (whole) {
             const auto list = listFrom<long>(value);
             return {list.size(), list.data()};

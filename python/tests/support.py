@@ -12,7 +12,7 @@ import numpy as np
 import rix
 
 EXAMPLES = pathlib.Path(os.environ["RIX_EXAMPLES"])
-SANITIZED = bool(os.environ.get("RIX_SANITIZE"))
+SANITIZED = os.environ.get("RIX_SANITIZE", "")
 NAMES = [entry.name for entry in rix.list()]
 
 
@@ -46,10 +46,15 @@ def example_inputs(name: str, shape=(17, 23)) -> Dict[str, Any]:
     return inputs
 
 
-def run_script(text: str, *arguments: str) -> str:
-    """Runs a script in a fresh interpreter, and gives what it prints."""
-    done = subprocess.run([sys.executable, "-c", textwrap.dedent(text), *arguments], capture_output=True, text=True,
+def run_python(text: str, *arguments: str) -> "subprocess.CompletedProcess[str]":
+    """Runs a script in a fresh interpreter."""
+    return subprocess.run([sys.executable, "-c", textwrap.dedent(text), *arguments], capture_output=True, text=True,
                           timeout=120)
+
+
+def run_script(text: str, *arguments: str) -> str:
+    """The same for a script that succeeds; gives what it prints."""
+    done = run_python(text, *arguments)
     assert done.returncode == 0, done.stdout + done.stderr
     return done.stdout
 

@@ -129,9 +129,27 @@ def test_errors_belong_to_a_family_and_keep_the_whole_text():
         assert isinstance(raised.value, rix.Error)
 
 
-def test_enumerations_and_errors_can_be_pickled():
-    assert pickle.loads(pickle.dumps(GREATER)) is GREATER
-    assert pickle.loads(pickle.dumps(rix.RuleError("text"))).args == ("text",)
+def test_pickles():
+    def again(value):
+        return pickle.loads(pickle.dumps(value))
+
+    assert again(GREATER) is GREATER and again(rix.RuleError("text")).args == ("text",)
+    image = rix.Image(random_array(np.uint8), spacing=(1, 2), spatial_unit="mm")
+    result = again(rix.auto_thresholding_bright(image))
+    assert type(result) is rix.AutoThresholdingBrightResult
+    assert result.output_binary_image.calibration == image.calibration
+    assert result.output_binary_image.array.dtype == bool and result.output_measurement["threshold"].shape == (1,)
+    assert set(result.output_measurement.units) == set(result.output_measurement)
+
+
+def test_help_speaks_python():
+    function, made = rix.auto_thresholding_bright.__doc__, rix.AutoThresholdingBright
+    assert "when range_mode is OTHER" in function and "rangeMode" not in function
+    assert inspect.getdoc(rix.BoxFilter2d.output_image).splitlines() == ["The sums or means.", "type: output image"]
+    assert "must have the size of input_image_1" in str(rix.describe("arithmetic_operation_with_image"))
+    for text in (function, made.run.__doc__):  # options stand at the margin, their texts four blanks inside
+        assert "\naxes\n    The axes of" in text and "it\n    speaks for arrays" in text
+    assert list(inspect.signature(made).parameters)[:2] == ["input_gray_image", "range_mode"]
 
 
 def test_several_results_have_names():

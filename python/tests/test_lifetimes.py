@@ -9,7 +9,20 @@ import numpy as np
 import pytest
 
 import rix
-from support import NAMES, as_arrays, example_inputs, random_array
+from support import NAMES, SANITIZED, as_arrays, example_inputs, random_array, run_python
+
+
+@pytest.mark.skipif("address" not in SANITIZED, reason="not built with the address sanitizer")
+def test_the_sanitizer_is_awake():
+    done = run_python("""
+        import ctypes, rix
+        c = ctypes.CDLL(None)
+        c.malloc.restype = ctypes.c_void_p
+        memory = ctypes.c_void_p(c.malloc(1000))
+        c.free(memory)
+        c.memset(memory, 1, 1000)
+    """)
+    assert done.returncode != 0 and "heap-use-after-free" in done.stderr
 
 
 def test_views_keep_their_owner():

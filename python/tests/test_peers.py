@@ -12,7 +12,7 @@ IMAGES = sorted((EXAMPLES / "images").glob("*.png"))
 def same_up_to_numbers(a, b):
     """Two label images part the same sets when each number of one is one number of the other."""
     pairs = np.unique(np.stack([a.ravel(), b.ravel()]).astype(np.int64), axis=1)
-    return len(set(pairs[0])) == len(set(pairs[1])) == pairs.shape[1] and (pairs[0] == 0).tolist() == (pairs[1] == 0).tolist()
+    return len(set(pairs[0])) == len(set(pairs[1])) == pairs.shape[1] and np.array_equal(*(pairs == 0))
 
 
 def objects(dimensions):
@@ -60,7 +60,7 @@ def test_otsu():
     pictures += [image.array for image in map(rix.imread, IMAGES) if image.ndim == 2 and image.dtype == np.uint8]
     for picture in pictures:
         threshold = rix.auto_thresholding_value(picture, threshold_criterion="FACTORISATION")["threshold"][0]
-        # The numbers differ by convention: ours is the first value of the bright class, theirs the last of the dark one.
+        # By convention ours is the first value of the bright class, theirs the last of the dark one.
         np.testing.assert_array_equal(picture >= threshold, picture > filters.threshold_otsu(picture))
 
 
@@ -71,6 +71,6 @@ def test_region_properties():
     expected = measure.regionprops_table(labels.astype(np.int32), grey, properties=(
         "label", "area", "centroid", "intensity_mean", "intensity_max", "eccentricity"))
     table = rix.label_analysis(labels, grey, measures="Area, Barycenter, Mean, Maximum")
-    for ours, theirs in [("Label", "label"), ("Area", "area"), ("BarycenterX", "centroid-1"), ("BarycenterY", "centroid-0"),
-                         ("Mean", "intensity_mean"), ("Maximum", "intensity_max")]:
+    for ours, theirs in [("Label", "label"), ("Area", "area"), ("BarycenterX", "centroid-1"),
+                         ("BarycenterY", "centroid-0"), ("Mean", "intensity_mean"), ("Maximum", "intensity_max")]:
         np.testing.assert_allclose(table[ours], expected[theirs], rtol=1e-12, err_msg=ours)

@@ -9,7 +9,7 @@ import numpy as np
 import pytest
 
 import rix
-from support import random_array, run_script
+from support import SANITIZED, random_array, run_script
 
 # Seconds of work on 256 KiB: the same volume as very many frames, which take no memory.
 LONG = np.broadcast_to(random_array(np.uint8, (64, 64, 64)), (40000, 64, 64, 64))
@@ -120,7 +120,7 @@ def test_an_object_runs_once_at_a_time():
     extrema.run()
 
 
-@pytest.mark.skipif("address" in os.environ.get("RIX_SANITIZE", ""), reason="a fork of a sanitized interpreter hangs")
+@pytest.mark.skipif("address" in SANITIZED, reason="a fork of a sanitized interpreter hangs")
 def test_forks_compute():
     text = """
         import multiprocessing, numpy as np, rix
