@@ -10,6 +10,8 @@ io::MemoryImage labelledDiscs(std::size_t side, std::size_t cell) {
     if (!image.reserve(RIX_UINT32, side, side, 1, 1, 1)) {
         std::abort();
     }
+    image.setSpacingOf(COLUMNS, 1.0);
+    image.setSpacingOf(ROWS, 1.0);
     const std::size_t perRow = (side + cell - 1) / cell;
     const auto half = static_cast<double>(cell) / 2.0;
     auto* pixel = reinterpret_cast<std::uint32_t*>(image.getInternalBuffer());

@@ -44,6 +44,8 @@ const io::MemoryImage& labelsOf(const std::string& picture) {
     labeling.setOutputLabelImage(&labels);
     labeling.setLabelType(segmentation::Labeling2d::LABEL_32_BIT);
     labeling.run();
+    labels.setSpacingOf(COLUMNS, 1.0);
+    labels.setSpacingOf(ROWS, 1.0);
     return labels;
 }
 

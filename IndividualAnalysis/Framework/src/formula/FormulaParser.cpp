@@ -42,7 +42,9 @@ public:
     }
     void number(std::string_view text) {
         double value = 0.0;
-        std::from_chars(text.data(), text.data() + text.size(), value);
+        if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
+            rules::refuse("The number " + String(text) + " is too large or too small.");
+        }
         m_item.code.push_back({FormulaOperation::Number, value});
     }
     void value(String name) {
@@ -69,7 +71,7 @@ public:
         // No function: a measure with a parameter in its name.
         if (m_item.code.size() != call.firstInstruction + 1 ||
             m_item.code.back().operation != FormulaOperation::Number) {
-            rules::refuse("There is no function \"" + call.name + "\".");
+            rules::refuse("There is no function \"" + call.name + "\".", "Functions are " + formulaFunctionNames() + '.');
         }
         const String parameter = rules::numberToText(m_item.code.back().number);
         m_item.code.back() = {FormulaOperation::Value, 0.0, call.name + '(' + parameter + ')'};
@@ -123,7 +125,7 @@ const auto startItem = [](const auto& context) { builder(context).startItem(text
 const auto endItem = [](const auto& context) { builder(context).endItem(textOf(context)); };
 
 const auto argument = expression >> x3::eps[takeArgument];
-const auto call = (identifier >> x3::omit[x3::lit('(')])[startCall] > (argument % ',') > x3::lit(')')[endCall];
+const auto call = (identifier >> x3::omit[x3::lit('(')])[startCall] > (argument % ',') > ')' > x3::eps[endCall];
 
 const auto expression_def = term >> *((x3::lit('+') > term)[emit(FormulaOperation::Add)] |
                                       (x3::lit('-') > term)[emit(FormulaOperation::Subtract)]);
