@@ -22,6 +22,8 @@
 namespace rix::bench {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::size_t side = 16384;
 
 /// A figure of the process's status, in MiB.
@@ -46,14 +48,14 @@ void measure(const io::MemoryImage& labels, const io::MemoryImage& grey, const c
     for (int run = 0; run < 3; ++run) {
         std::ofstream("/proc/self/clear_refs") << "5" << std::flush;
         const double before = statusMebibytes("VmRSS:");
-        const auto start = std::chrono::steady_clock::now();
+        const auto start = Clock::now();
         algorithm.run();
-        best = std::min(best, std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        best = std::min(best, std::chrono::duration<double, std::milli>(Clock::now() - start).count());
         grown = run == 0 ? statusMebibytes("VmHWM:") - before : grown;
     }
     const auto& table = algorithm.getOutputMeasurement()->getTable();
-    std::printf("%-6s %7d %9zu %8zu %9.0f %9.0f\n", measures, threads, table.getRowCount(), table.getColumnCount(), best,
-                grown);
+    std::printf("%-6s %7d %9zu %8zu %9.0f %9.0f\n", measures, threads, table.getRowCount(), table.getColumnCount(),
+                best, grown);
 }
 
 }  // namespace

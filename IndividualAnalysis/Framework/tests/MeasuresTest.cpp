@@ -66,7 +66,9 @@ double hullSize(const std::vector<std::vector<std::int64_t>>& points) {
         if (height(p) != high || !known.insert(n).second) {
             return;
         }
-        const auto widest = std::max_element(n.begin(), n.end(), [](auto a, auto b) { return std::abs(a) < std::abs(b); });
+        const auto widest = std::max_element(n.begin(), n.end(), [](std::int64_t a, std::int64_t b) {
+            return std::abs(a) < std::abs(b);
+        });
         std::vector<std::vector<std::int64_t>> base;
         for (auto point : points) {
             if (height(point) == high) {
@@ -383,9 +385,8 @@ TEST(Measures, ConvexHullsOfRandomObjects) {
             });
         labels.setSpacingOf(COLUMNS, 0.5);
         labels.setSpacingOf(PLANS, 3.0);
-        expectMeasures(labels, nullptr,
-                       {{extents[PLANS] > 1 ? "ConvexVolume" : "ConvexArea", hull, 1e-11}, {"Solidity", solidity, 1e-11}},
-                       "Convexity");
+        const char* const size = extents[PLANS] > 1 ? "ConvexVolume" : "ConvexArea";
+        expectMeasures(labels, nullptr, {{size, hull, 1e-11}, {"Solidity", solidity, 1e-11}}, "Convexity");
     }
 }
 

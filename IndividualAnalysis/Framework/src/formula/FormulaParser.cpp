@@ -71,7 +71,8 @@ public:
         // No function: a measure with a parameter in its name.
         if (m_item.code.size() != call.firstInstruction + 1 ||
             m_item.code.back().operation != FormulaOperation::Number) {
-            rules::refuse("There is no function \"" + call.name + "\".", "Functions are " + formulaFunctionNames() + '.');
+            rules::refuse("There is no function \"" + call.name + "\".",
+                          "Functions are " + formulaFunctionNames() + '.');
         }
         const String parameter = rules::numberToText(m_item.code.back().number);
         m_item.code.back() = {FormulaOperation::Value, 0.0, call.name + '(' + parameter + ')'};

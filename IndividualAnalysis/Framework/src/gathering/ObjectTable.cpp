@@ -87,6 +87,16 @@ ObjectTable::ObjectTable(std::span<const BandTable> bands, access::BlockSchedule
     }
 }
 
+void ObjectTable::releaseSums() {
+    shape = {};
+    second = {};
+    contacts = {};
+    intensity = {};
+    weighted = {};
+    outline = {};
+    outlineBegins = {};
+}
+
 void ObjectTable::numberLabels(std::span<const BandTable> bands) {
     std::size_t total = 0;
     std::uint32_t greatest = 0;

@@ -28,6 +28,9 @@ public:
     std::size_t size() const { return labels.size(); }
     std::size_t channels() const { return m_channels; }
 
+    /// Gives the memory of all but the labels back.
+    void releaseSums();
+
     std::vector<std::uint32_t> labels;
     std::vector<ShapeSums> shape;
     std::vector<SecondMoments> second;
