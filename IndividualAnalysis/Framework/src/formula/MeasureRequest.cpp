@@ -197,8 +197,9 @@ private:
         std::size_t best = name.size() / 3 + 2;
         String nearest;
         for (const String& candidate : candidates) {
-            if (name.size() >= candidate.size() + best) {
-                continue;  // neither can a hostile name cost much
+            constexpr std::size_t longest = 100;  // names of a hostile request must not cost much
+            if (name.size() > longest || candidate.size() > longest) {
+                continue;
             }
             if (const std::size_t slips = distance(name, candidate); slips < best) {
                 best = slips;
