@@ -19,12 +19,13 @@ struct LabelledPicture {
 
 /// Shape statistics (size, box, centre, moments) without perimeter and Feret diameter. @return the number of objects
 std::size_t itkShape(const LabelledPicture& picture, int threads);
-/// Minimum, maximum, mean and standard deviation of the bytes. @return the number of objects
-std::size_t itkStatistics(const LabelledPicture& picture, int threads);
+/// Size, box, minimum, maximum, mean and standard deviation; no centre. @return the number of objects
+std::size_t itkStatisticsOfBytes(const LabelledPicture& picture, int threads);
+std::size_t itkStatisticsOfReals(const LabelledPicture& picture, int threads);
 
 /// Size, box and centre. @return the number of objects
 std::size_t vigraShape(const LabelledPicture& picture);
-/// Minimum, maximum, mean and standard deviation. @return the number of objects
+/// The same, and minimum, maximum, mean and standard deviation. @return the number of objects
 std::size_t vigraStatisticsOfBytes(const LabelledPicture& picture);
 std::size_t vigraStatisticsOfReals(const LabelledPicture& picture);
 

@@ -11,7 +11,6 @@ namespace rix::bench {
 namespace {
 
 using Labels = itk::Image<std::uint32_t, 2>;
-using Bytes = itk::Image<std::uint8_t, 2>;
 
 template <class Image>
 typename Image::Pointer import(const typename Image::PixelType* pixels, const LabelledPicture& picture) {
@@ -26,6 +25,17 @@ typename Image::Pointer import(const typename Image::PixelType* pixels, const La
     return importer->GetOutput();
 }
 
+template <class T>
+std::size_t statistics(const T* pixels, const LabelledPicture& picture, int threads) {
+    using Grey = itk::Image<T, 2>;
+    itk::MultiThreaderBase::SetGlobalDefaultNumberOfThreads(static_cast<itk::ThreadIdType>(threads));
+    const auto filter = itk::LabelStatisticsImageFilter<Grey, Labels>::New();
+    filter->SetInput(import<Grey>(pixels, picture));
+    filter->SetLabelInput(import<Labels>(picture.labels, picture));
+    filter->Update();
+    return filter->GetNumberOfLabels();
+}
+
 }  // namespace
 
 std::size_t itkShape(const LabelledPicture& picture, int threads) {
@@ -38,13 +48,12 @@ std::size_t itkShape(const LabelledPicture& picture, int threads) {
     return filter->GetOutput()->GetNumberOfLabelObjects();
 }
 
-std::size_t itkStatistics(const LabelledPicture& picture, int threads) {
-    itk::MultiThreaderBase::SetGlobalDefaultNumberOfThreads(static_cast<itk::ThreadIdType>(threads));
-    const auto filter = itk::LabelStatisticsImageFilter<Bytes, Labels>::New();
-    filter->SetInput(import<Bytes>(picture.bytes, picture));
-    filter->SetLabelInput(import<Labels>(picture.labels, picture));
-    filter->Update();
-    return filter->GetNumberOfLabels();
+std::size_t itkStatisticsOfBytes(const LabelledPicture& picture, int threads) {
+    return statistics(picture.bytes, picture, threads);
+}
+
+std::size_t itkStatisticsOfReals(const LabelledPicture& picture, int threads) {
+    return statistics(picture.reals, picture, threads);
 }
 
 }  // namespace rix::bench

@@ -19,8 +19,8 @@ vigra::MultiArrayView<2, T> view(const T* pixels, const LabelledPicture& picture
 template <class T>
 std::size_t statistics(const T* pixels, const LabelledPicture& picture) {
     acc::AccumulatorChainArray<vigra::CoupledArrays<2, T, std::uint32_t>,
-                               acc::Select<acc::DataArg<1>, acc::LabelArg<2>, acc::Minimum, acc::Maximum, acc::Mean,
-                                           acc::StdDev>>
+                               acc::Select<acc::DataArg<1>, acc::LabelArg<2>, acc::Count, acc::Coord<acc::Range>,
+                                           acc::RegionCenter, acc::Minimum, acc::Maximum, acc::Mean, acc::StdDev>>
         chain;
     chain.ignoreLabel(0);
     acc::extractFeatures(view(pixels, picture), view(picture.labels, picture), chain);

@@ -19,8 +19,12 @@ import rix
 
 
 def best(function, seconds):
-    """The least time of a call, in seconds: at least three calls after one that warms up."""
+    """The least time of a call, in seconds: at least three calls after one that warms up; one alone if it takes long."""
+    start = time.perf_counter()
     function()
+    first = time.perf_counter() - start
+    if first > 3.0:
+        return first
     times = []
     end = time.perf_counter() + seconds
     while len(times) < 3 or time.perf_counter() < end:
@@ -38,9 +42,38 @@ def blobs(shape):
     return smooth > np.median(smooth) + 4, noise
 
 
+def discs(side, cell):
+    """Labelled discs of several sizes, one in each square."""
+    at = np.arange(side)
+    distance = ((at % cell + 0.5 - cell / 2) ** 2)
+    number = at[:, None] // cell * (side // cell + 1) + at[None, :] // cell + 1
+    radius = cell * (0.3 + 0.02 * (number * 7 % 11))
+    whole = (at // cell < side // cell)[:, None] & (at // cell < side // cell)[None, :]
+    return np.where((distance[:, None] + distance[None, :] < radius**2) & whole, number, 0).astype(np.int32)
+
+
+# The 2D measures that both have. The last ones are made of the values of each object.
+ALL_MEASURES = ("Area, BoundingBox, Barycenter, Perimeter, EquivalentDiameter, SecondMoments, PrincipalAxes, Orientation, "
+                "FeretMaximum, ConvexArea, Solidity, EulerNumber, Extent, Minimum, Maximum, Mean, WeightedBarycenter, Sum, "
+                "StandardDeviation, Median, Percentile(5), Percentile(95)")
+ALL_PROPERTIES = ("label", "area", "bbox", "centroid", "perimeter_crofton", "equivalent_diameter_area", "inertia_tensor",
+                  "axis_major_length", "axis_minor_length", "orientation", "feret_diameter_max", "area_convex", "solidity",
+                  "euler_number", "extent", "intensity_min", "intensity_max", "intensity_mean", "centroid_weighted")
+
+
+def made_of_values(region, grey):
+    values = grey[region]
+    return np.array((values.sum(), values.std(), *np.percentile(values, (50, 5, 95))))
+
+
 def families():
     from scipy import ndimage
     from skimage import filters, measure
+
+    objects, bytes_ = discs(4096, 40), np.random.default_rng(2).integers(1, 255, (4096, 4096), dtype=np.uint8)
+    yield "measures", "4096x4096, 10404", "skimage.measure.regionprops_table, the same list", (
+        lambda threads: rix.label_analysis(objects.view(np.uint32), bytes_, ALL_MEASURES, threads=threads),
+        lambda: measure.regionprops_table(objects, bytes_, ALL_PROPERTIES, extra_properties=(made_of_values,)))
 
     for shape in ((2048, 2048), (256, 256, 256)):
         dimensions = len(shape)
@@ -111,7 +144,8 @@ def print_calls(program):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("families", nargs="*", metavar="FAMILY", help="labeling, uniform, otsu, regions; unless given, all")
+    parser.add_argument("families", nargs="*", metavar="FAMILY",
+                        help="measures, labeling, uniform, otsu, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

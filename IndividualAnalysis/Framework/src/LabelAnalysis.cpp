@@ -33,7 +33,8 @@ public:
             const double spacing = image.getSpacingOf(axis);
             if (!(spacing > 0.0) || !std::isfinite(spacing)) {
                 rules::refuse(rules::parameterText(property) + " has the spacing " + rules::numberToText(spacing) +
-                              " on the " + helper::componentToString(axis) + " axis; it must be positive.");
+                              " on the " + helper::componentToString(axis) +
+                              " axis; it must be positive, and 1 where no scale is known.");
             }
             if (image.getNumOf(axis) > std::numeric_limits<std::uint32_t>::max()) {
                 rules::refuse(rules::parameterText(property) + " has " + std::to_string(image.getNumOf(axis)) + ' ' +

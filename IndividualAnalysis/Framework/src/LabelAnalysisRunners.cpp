@@ -58,6 +58,11 @@ public:
                 throw UnexpectedError("No measure of the set can go on.");
             }
         }
+        // The values are final: what they came from makes room for the table.
+        m_values.clear();
+        for (ObjectTable& frame : m_objects) {
+            frame.releaseSums();
+        }
         if (framesBefore == 0) {
             startTable(result, set);
         }

@@ -272,6 +272,12 @@ TEST(ClosedForms, OnePixelIsARectangle) {
                         {"PrincipalAxesMinor", 4 * std::sqrt(5.0 / 12)}, {"OrientationX", 0}, {"OrientationZ", 1},
                         {"Elongation", 2}, {"EulerNumber", 1}, {"FeretMaximum", std::sqrt(29)}, {"ConvexVolume", 24},
                         {"Solidity", 1}});
+    EXPECT_NEAR(single(box({1, 1, 1}, {1, 1, 1}), "Circularity"), 1.748, 5e-4);
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        voxel.setSpacingOf(axis, 1.0);
+    }
+    EXPECT_NEAR(single(voxel, "SurfaceArea"), 3.00, 5e-3);
+    EXPECT_NEAR(single(voxel, "Sphericity"), 1.61, 5e-3);
 }
 
 TEST(ClosedForms, UprightBoxesAreExactAndTheirBoundariesUnderestimated) {

@@ -150,9 +150,14 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         chain.insert(0, "F" + std::to_string(i) + " = F" + std::to_string(i - 1) + ", ");
     }
     const Case cases[] = {
-        {"Aera", {"no measure \"Aera\"", "Area", "Basic"}},
-        {"2*Aera", {"no measure \"Aera\""}},
-        {"area", {"no measure \"area\""}},
+        {"Aera", {"no measure \"Aera\"; perhaps \"Area\" is meant", "Barycenter", "Basic"}},
+        {"4*pi*Area/Perimter^2", {"no measure \"Perimter\"; perhaps \"Perimeter\" is meant"}},
+        {"area", {"no measure \"area\"; perhaps \"Area\" is meant"}},
+        {"FeretMaximun", {"perhaps \"FeretMaximum\" is meant"}},
+        {"Roundness = Area, 2*Roudness", {"perhaps \"Roundness\" is meant"}},
+        {"Q", {"no measure \"Q\"."}},
+        {"1e400", {"number 1e400 is too large"}},
+        {"sqrt(Area", {"')' is expected at position 10, where the text ends"}},
         {"Volume", {"\"Volume\" does not exist for objects in the plane"}},
         {"A = B, B = C + 1, C = 2*A", {"circle", "\"A\", \"B\", \"C\""}},
         {"A = A", {"circle", "\"A\""}},
@@ -165,9 +170,9 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {"min(Area, Mean)", {"min", "length^2 and intensity"}},
         {"A = Area, A + 1", {"a plain number is added to length^2"}},
         {"sqrt(1, 2)", {"\"sqrt\" takes 1 operands, not 2"}},
-        {"sine(1+1)", {"no function \"sine\""}},
+        {"sine(1+1)", {"no function \"sine\"", "sin, cos"}},
         {"2*Barycenter", {"has several values", "BarycenterX, BarycenterY"}},
-        {"Basic + 1", {"no measure \"Basic\""}},
+        {"Basic + 1", {"no measure \"Basic\"; a preset is no value of a formula"}},
         {"Area = 2*PixelCount", {"\"Area\"", "stands for something else"}},
         {"pi = 3", {"\"pi\""}},
         {"Label = Area", {"\"Label\"", "stands for something else"}},
@@ -176,7 +181,7 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {"Percentile(1e999)", {"1e999", "range"}},
         {"Area^(1/0)", {"the exponent of length^2 is not finite"}},
         {"A = 1, A = 2", {"\"A\""}},
-        {"Percentile(101)", {"Percentile(101)"}},
+        {"Percentile(101)", {"Percentile(101)", "p from 0 to 100"}},
         {"Percentile", {"no measure \"Percentile\""}},
         {"Mean", {"inputIntensityImage"}},
         {"Intensity", {"inputIntensityImage"}},
@@ -189,6 +194,7 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {std::string(5000, '(') + "1" + std::string(5000, ')'), {"nested too deeply"}},
         {std::string(50000, '-') + "1", {"nested too deeply"}},
         {std::string(200000, ' ') + "1", {"longer than"}},
+        {std::string(90000, 'A'), {"no measure"}},
         {chain, {"nested by name"}},
     };
     const Sample sample;

@@ -132,6 +132,35 @@ TEST(LabelAnalysis, IsTheSameForEveryLevelThreadCountScheduleAndStorage) {
     }
 }
 
+TEST(LabelAnalysis, JoinsManyObjectsOfManyBandsAlikeForEveryThreadCount) {
+    // 42 000 objects that are cut by the bands, numbered without gaps, and with wide ones up to the greatest label.
+    constexpr std::size_t columns = 1200;
+    constexpr std::size_t rows = 1400;
+    constexpr std::uint64_t perRow = columns / 5;
+    constexpr std::uint64_t objects = perRow * (rows / 8);
+    for (const std::uint64_t gap : {std::uint64_t{1}, 4294967295U / objects}) {
+        const io::MemoryImage labels =
+            makeImage({.voxelType = RIX_UINT32, .extents = {columns, rows, 1, 1, 1}},
+                      [=](std::size_t x, std::size_t y, auto...) { return (x / 5 + y / 8 * perRow + 1) * gap; });
+        const io::MemoryImage grey = test::makeRandomImage(
+            {.voxelType = RIX_FLOAT32, .extents = {columns, rows, 1, 1, 1}}, 3, test::Extremes::None);
+        const auto expected = analyse(labels, "All", &grey);
+        ASSERT_EQ(expected->getRowCount(), objects);
+        EXPECT_THAT(column(*expected, "PixelCount"), testing::Each(40));
+        EXPECT_THAT(column(*expected, "EulerNumber"), testing::Each(1));
+        EXPECT_THAT(column(*expected, "ConvexArea"), testing::Each(testing::DoubleEq(40)));
+        const auto label = column(*expected, "Label");
+        const auto left = column(*expected, "BoundingBoxMinX");
+        for (std::size_t row = 0; row < objects; ++row) {
+            ASSERT_EQ(label[row], static_cast<double>((row + 1) * gap));
+            ASSERT_EQ(left[row], static_cast<double>(row % perRow * 5));
+        }
+        for (const int threads : {2, 3, 7}) {
+            expectSameTable(*expected, *analyse(labels, "All", &grey, {threads}));
+        }
+    }
+}
+
 TEST(LabelAnalysis, SumsRunsOfEveryLengthAlikeOnEveryLevel) {
     // Runs of 1, 2, 3, ... pixels with gaps between, then one that fills the accumulators several times.
     const test::Extents extents{90001, 2, 1, 1, 1};

@@ -6,6 +6,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,6 +21,72 @@ namespace {
 using namespace test_tools;
 
 using Position = std::array<std::int64_t, 3>;
+
+/// The size of the convex hull of points with whole coordinates: each plane (line) through some of them that has all
+/// others on one side carries a pyramid about the origin, whose base is again a hull.
+double hullSize(const std::vector<std::vector<std::int64_t>>& points) {
+    const std::size_t axes = points.front().size();
+    if (axes == 1) {
+        const auto [low, high] = std::minmax_element(points.begin(), points.end());
+        return static_cast<double>((*high)[0] - (*low)[0]);
+    }
+    std::set<std::vector<std::int64_t>> known;
+    double sum = 0.0;
+    const auto visit = [&](const auto& p, const auto& q, const auto& r) {
+        std::vector<std::int64_t> n{q[1] - p[1], p[0] - q[0]};
+        if (axes == 3) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                const std::size_t j = (i + 1) % 3;
+                const std::size_t k = (i + 2) % 3;
+                n.resize(3);
+                n[i] = (q[j] - p[j]) * (r[k] - p[k]) - (q[k] - p[k]) * (r[j] - p[j]);
+            }
+        }
+        std::int64_t divisor = 0;
+        for (const std::int64_t c : n) {
+            divisor = std::gcd(divisor, c);
+        }
+        if (divisor == 0) {
+            return;
+        }
+        std::transform(n.begin(), n.end(), n.begin(), [=](std::int64_t c) { return c / divisor; });
+        const auto height = [&n](const auto& point) {
+            return std::inner_product(n.begin(), n.end(), point.begin(), std::int64_t{0});
+        };
+        std::int64_t low = height(p);
+        std::int64_t high = low;
+        for (const auto& point : points) {
+            low = std::min(low, height(point));
+            high = std::max(high, height(point));
+        }
+        if (height(p) == low) {
+            std::transform(n.begin(), n.end(), n.begin(), std::negate<>());
+            high = -low;
+        }
+        if (height(p) != high || !known.insert(n).second) {
+            return;
+        }
+        const auto widest = std::max_element(n.begin(), n.end(), [](std::int64_t a, std::int64_t b) {
+            return std::abs(a) < std::abs(b);
+        });
+        std::vector<std::vector<std::int64_t>> base;
+        for (auto point : points) {
+            if (height(point) == high) {
+                point.erase(point.begin() + (widest - n.begin()));
+                base.push_back(point);
+            }
+        }
+        sum += static_cast<double>(high) * hullSize(base) / static_cast<double>(std::abs(*widest));
+    };
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        for (std::size_t j = i + 1; j < points.size(); ++j) {
+            for (std::size_t k = axes == 3 ? j + 1 : j; k < (axes == 3 ? points.size() : j + 1); ++k) {
+                visit(points[i], points[j], points[k]);
+            }
+        }
+    }
+    return sum / static_cast<double>(axes);
+}
 
 /// An object with what references ask of it.
 struct ReferenceObject {
@@ -167,16 +234,27 @@ struct ReferenceObject {
         return sum * (axes() == 3 ? 4.0 : M_PI);
     }
 
-    /// All corners of all pixels in the world.
-    std::vector<std::array<double, 3>> corners() const {
+    /// All corners of all pixels, counted in pixels.
+    std::set<Position> latticeCorners() const {
         std::set<Position> all;
         for (const Pixel& pixel : pixels) {
             for (int c = 0; c < (axes() == 3 ? 8 : 4); ++c) {
                 all.insert({pixel.at[0] + (c & 1), pixel.at[1] + (c >> 1 & 1), pixel.at[2] + (c >> 2 & 1)});
             }
         }
+        return all;
+    }
+    double hull() const {
+        std::vector<std::vector<std::int64_t>> points;
+        for (const Position& at : latticeCorners()) {
+            points.emplace_back(at.begin(), at.begin() + static_cast<std::ptrdiff_t>(axes()));
+        }
+        return hullSize(points) * size() / count();
+    }
+    /// The same corners in the world.
+    std::vector<std::array<double, 3>> corners() const {
         std::vector<std::array<double, 3>> result;
-        for (const Position& at : all) {
+        for (const Position& at : latticeCorners()) {
             result.push_back({static_cast<double>(at[0]) * spacing(0), static_cast<double>(at[1]) * spacing(1),
                               axes() == 3 ? static_cast<double>(at[2]) * spacing(2) : 0.0});
         }
@@ -289,6 +367,26 @@ TEST(Measures, OfShapeFollowTheirDefinitions) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32}) {
         expectMeasures(raggedLabels(type, planeExtents, 1), nullptr, plane, request + "Perimeter");
         expectMeasures(raggedLabels(type, spaceExtents, 2), nullptr, space, request + "SurfaceArea");
+    }
+}
+
+TEST(Measures, ConvexHullsOfRandomObjects) {
+    const auto hull = [](const auto& o) { return o.hull(); };
+    const auto solidity = [](const auto& o) { return o.size() / o.hull(); };
+    // Few pixels in each box: hulls of all forms, flat ones and single pixels among them.
+    for (const test::Extents& extents : {test::Extents{80, 56, 1, 1, 1}, test::Extents{16, 15, 12, 1, 1}}) {
+        const std::uint64_t density = extents[PLANS] > 1 ? 7 : 4;
+        io::MemoryImage labels = test::makeImage(
+            {.voxelType = RIX_UINT16, .extents = extents},
+            [=](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) -> std::uint64_t {
+                std::uint64_t h = (x + 1009 * y + 100003 * z + 5) * 0x9E3779B97F4A7C15ULL;
+                h = (h ^ (h >> 31)) * 0x9E3779B97F4A7C15ULL;
+                return (h >> 40) % density != 0 ? 0 : 1 + x / 4 + 20 * (y / 4) + 400 * (z / 3);
+            });
+        labels.setSpacingOf(COLUMNS, 0.5);
+        labels.setSpacingOf(PLANS, 3.0);
+        const char* const size = extents[PLANS] > 1 ? "ConvexVolume" : "ConvexArea";
+        expectMeasures(labels, nullptr, {{size, hull, 1e-11}, {"Solidity", solidity, 1e-11}}, "Convexity");
     }
 }
 

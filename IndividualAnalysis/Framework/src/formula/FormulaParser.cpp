@@ -71,7 +71,8 @@ public:
         // No function: a measure with a parameter in its name.
         if (m_item.code.size() != call.firstInstruction + 1 ||
             m_item.code.back().operation != FormulaOperation::Number) {
-            rules::refuse("There is no function \"" + call.name + "\".");
+            rules::refuse("There is no function \"" + call.name + "\".",
+                          "Functions are " + formulaFunctionNames() + '.');
         }
         const String parameter = rules::numberToText(m_item.code.back().number);
         m_item.code.back() = {FormulaOperation::Value, 0.0, call.name + '(' + parameter + ')'};
@@ -125,7 +126,7 @@ const auto startItem = [](const auto& context) { builder(context).startItem(text
 const auto endItem = [](const auto& context) { builder(context).endItem(textOf(context)); };
 
 const auto argument = expression >> x3::eps[takeArgument];
-const auto call = (identifier >> x3::omit[x3::lit('(')])[startCall] > (argument % ',') > x3::lit(')')[endCall];
+const auto call = (identifier >> x3::omit[x3::lit('(')])[startCall] > (argument % ',') > ')' > x3::eps[endCall];
 
 const auto expression_def = term >> *((x3::lit('+') > term)[emit(FormulaOperation::Add)] |
                                       (x3::lit('-') > term)[emit(FormulaOperation::Subtract)]);

@@ -38,6 +38,8 @@ struct FormulaFunction {
 
 /// The function of that name, or null.
 const FormulaFunction* findFormulaFunction(const String& name);
+/// All of them, separated by commas.
+String formulaFunctionNames();
 
 struct FormulaInstruction {
     FormulaOperation operation;

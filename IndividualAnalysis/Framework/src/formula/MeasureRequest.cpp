@@ -1,7 +1,9 @@
 #include "MeasureRequest.h"
 
 #include <algorithm>
+#include <cctype>
 #include <map>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -169,8 +171,60 @@ private:
         for (const String& preset : presetNames()) {
             presets += (presets.empty() ? "" : ", ") + preset;
         }
-        rules::refuse("There is no measure \"" + name + "\".",
-                      "Measures are " + known + "; presets are " + presets + '.');
+        String hint;
+        if (!presetMeasures(name, m_mode).empty()) {
+            hint = "; a preset is no value of a formula";
+        } else if (const String similar = similarName(name); !similar.empty()) {
+            hint = "; perhaps \"" + similar + "\" is meant";
+        }
+        rules::refuse("There is no measure \"" + name + '"' + hint + '.',
+                      "Measures are " + known + " with p from 0 to 100; presets are " + presets + '.');
+    }
+
+    /// The name of a measure, a value or a formula that differs least, without regard to case; empty when none is near.
+    String similarName(const String& name) const {
+        std::vector<String> candidates = presetNames();
+        for (const auto& [formula, item] : m_formulas) {
+            candidates.push_back(formula);
+        }
+        for (const String& measureName : standardMeasures().getNames()) {
+            candidates.push_back(measureName);
+            if (const Measure measure = m_names->findMeasure(measureName); measure != nullptr) {
+                for (const MeasureComponent& component : measure->getMeasureAttributes(m_mode).components) {
+                    candidates.push_back(measureName + component.suffix);
+                }
+            }
+        }
+        // Two letters that changed places, and a slip in three; what is further away would be guessed.
+        std::size_t best = name.size() / 3 + 2;
+        String nearest;
+        for (const String& candidate : candidates) {
+            constexpr std::size_t longest = 100;  // names of a hostile request must not cost much
+            if (name.size() > longest || candidate.size() > longest) {
+                continue;
+            }
+            if (const std::size_t slips = distance(name, candidate); slips < best) {
+                best = slips;
+                nearest = candidate;
+            }
+        }
+        return nearest;
+    }
+
+    /// The number of letters to be put in, left out or changed (Levenshtein 1966).
+    static std::size_t distance(const String& a, const String& b) {
+        const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
+        std::vector<std::size_t> row(b.size() + 1);
+        std::iota(row.begin(), row.end(), std::size_t{0});
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            std::size_t diagonal = std::exchange(row[0], i + 1);
+            for (std::size_t j = 0; j < b.size(); ++j) {
+                const std::size_t changed = diagonal + (lower(a[i]) == lower(b[j]) ? 0 : 1);
+                diagonal = row[j + 1];
+                row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+            }
+        }
+        return row[b.size()];
     }
 
     DimensionalMode m_mode;

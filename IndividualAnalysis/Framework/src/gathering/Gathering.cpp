@@ -225,8 +225,10 @@ std::vector<ObjectTable> gatherObjects(access::ExecutionContext& context, OptimL
     std::vector<ObjectTable> frames;
     for (std::size_t frame = 0; frame < plan.frames(); ++frame) {
         const std::span<BandTable> own(bands.data() + frame * plan.bandsOfFrame(), plan.bandsOfFrame());
-        frames.emplace_back(own, context.scheduler());
-        std::fill(own.begin(), own.end(), BandTable(gathered, channels));
+        frames.emplace_back(own, context);
+        for (BandTable& band : own) {
+            band = BandTable(gathered, channels);  // moved: the memory goes
+        }
     }
     return frames;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include <rix/access/BlockScheduler.h>
 #include <rix/access/PointBlocks.h>
 #include <rix/individual_analysis/MeasureInfo.h>
 
@@ -60,9 +61,9 @@ void join(ContactSums& left, const ContactSums& right) {
 
 }  // namespace
 
-ObjectTable::ObjectTable(std::span<const BandTable> bands, access::BlockScheduler& scheduler)
+ObjectTable::ObjectTable(std::span<const BandTable> bands, access::ExecutionContext& context)
     : m_channels(bands.front().channels()) {
-    numberLabels(bands);
+    numberLabels(bands, context);
     const std::size_t count = labels.size();
     const BandTable& any = bands.front();
     shape.resize(count);
@@ -72,22 +73,40 @@ ObjectTable::ObjectTable(std::span<const BandTable> bands, access::BlockSchedule
     weighted.resize(any.gathers(GATHER_WEIGHTED_POSITION) ? count * m_channels : 0);
     outlineBegins.resize(any.gathers(GATHER_OUTLINE) ? count + 1 : 0);
     const std::size_t parts = count < objectsThatPay ? 1 : partsOfJoin;
-    access::BlockScheduler& used = parts == 1 ? access::serialScheduler() : scheduler;
+    access::BlockScheduler& used = parts == 1 ? access::serialScheduler() : context.scheduler();
     used.forEach(parts, [&](std::size_t part) {
         const access::Interval range = access::partOf(count, parts, part);
-        joinSums(bands, range.begin, range.end);
+        for (const BandTable& band : bands) {
+            context.throwIfCancelled();
+            joinSum(band, range.begin, range.end);
+        }
     });
     if (!outlineBegins.empty()) {
         std::partial_sum(outlineBegins.begin(), outlineBegins.end(), outlineBegins.begin());
         outline.resize(outlineBegins.back());
         used.forEach(parts, [&](std::size_t part) {
             const access::Interval range = access::partOf(count, parts, part);
-            joinOutlines(bands, range.begin, range.end);
+            std::vector<std::size_t> next(outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.begin),
+                                          outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.end));
+            for (const BandTable& band : bands) {
+                context.throwIfCancelled();
+                joinOutline(band, range.begin, range.end, next);
+            }
         });
     }
 }
 
-void ObjectTable::numberLabels(std::span<const BandTable> bands) {
+void ObjectTable::releaseSums() {
+    shape = {};
+    second = {};
+    contacts = {};
+    intensity = {};
+    weighted = {};
+    outline = {};
+    outlineBegins = {};
+}
+
+void ObjectTable::numberLabels(std::span<const BandTable> bands, const access::ExecutionContext& context) {
     std::size_t total = 0;
     std::uint32_t greatest = 0;
     for (const BandTable& band : bands) {
@@ -99,11 +118,12 @@ void ObjectTable::numberLabels(std::span<const BandTable> bands) {
     constexpr std::size_t few = 4096;
     constexpr std::size_t sparseness = 8;
     if (greatest > few + sparseness * total) {
-        numberSparseLabels(bands);
+        numberSparseLabels(bands, context);
         return;
     }
     m_indices.assign(std::size_t{greatest} + 1, 0);
     for (const BandTable& band : bands) {
+        context.throwIfCancelled();
         for (const std::uint32_t label : band.labels) {
             m_indices[label] = 1;
         }
@@ -116,8 +136,9 @@ void ObjectTable::numberLabels(std::span<const BandTable> bands) {
     }
 }
 
-void ObjectTable::numberSparseLabels(std::span<const BandTable> bands) {
+void ObjectTable::numberSparseLabels(std::span<const BandTable> bands, const access::ExecutionContext& context) {
     for (const BandTable& band : bands) {
+        context.throwIfCancelled();
         for (const std::uint32_t label : band.labels) {
             if (m_sparse.find(label) == LabelHash::unknown) {
                 m_sparse.insert(label);
@@ -132,50 +153,44 @@ void ObjectTable::numberSparseLabels(std::span<const BandTable> bands) {
     }
 }
 
-void ObjectTable::joinSums(std::span<const BandTable> bands, std::size_t first, std::size_t last) {
-    for (const BandTable& band : bands) {
-        for (std::size_t slot = 0; slot < band.size(); ++slot) {
-            const std::size_t index = indexOf(band.labels[slot]);
-            if (index < first || index >= last) {
-                continue;
+void ObjectTable::joinSum(const BandTable& band, std::size_t first, std::size_t last) {
+    for (std::size_t slot = 0; slot < band.size(); ++slot) {
+        const std::size_t index = indexOf(band.labels[slot]);
+        if (index < first || index >= last) {
+            continue;
+        }
+        for (std::size_t c = 0; c < m_channels && !intensity.empty(); ++c) {
+            join(intensity[index * m_channels + c], shape[index].count, band.intensity[slot * m_channels + c],
+                 band.shape[slot].count);
+        }
+        for (std::size_t c = 0; c < m_channels && !weighted.empty(); ++c) {
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                weighted[index * m_channels + c][axis] += band.weighted[slot * m_channels + c][axis];
             }
-            for (std::size_t c = 0; c < m_channels && !intensity.empty(); ++c) {
-                join(intensity[index * m_channels + c], shape[index].count, band.intensity[slot * m_channels + c],
-                     band.shape[slot].count);
-            }
-            for (std::size_t c = 0; c < m_channels && !weighted.empty(); ++c) {
-                for (std::size_t axis = 0; axis < 3; ++axis) {
-                    weighted[index * m_channels + c][axis] += band.weighted[slot * m_channels + c][axis];
-                }
-            }
-            join(shape[index], band.shape[slot]);
-            if (!second.empty()) {
-                join(second[index], band.second[slot]);
-            }
-            if (!contacts.empty()) {
-                join(contacts[index], band.contacts[slot]);
-            }
-            if (!outlineBegins.empty()) {
-                outlineBegins[index + 1] += band.outlineRows[slot];
-            }
+        }
+        join(shape[index], band.shape[slot]);
+        if (!second.empty()) {
+            join(second[index], band.second[slot]);
+        }
+        if (!contacts.empty()) {
+            join(contacts[index], band.contacts[slot]);
+        }
+        if (!outlineBegins.empty()) {
+            outlineBegins[index + 1] += band.outlineRows[slot];
         }
     }
 }
 
-void ObjectTable::joinOutlines(std::span<const BandTable> bands, std::size_t first, std::size_t last) {
-    std::vector<std::size_t> next(outlineBegins.begin() + static_cast<std::ptrdiff_t>(first),
-                                  outlineBegins.begin() + static_cast<std::ptrdiff_t>(last));
-    std::vector<std::uint32_t> indices;
-    for (const BandTable& band : bands) {
-        indices.resize(band.size());
-        for (std::size_t slot = 0; slot < band.size(); ++slot) {
-            indices[slot] = indexOf(band.labels[slot]);
-        }
-        for (const OutlineRow& row : band.outline) {
-            const std::size_t index = indices[row.slot];
-            if (index >= first && index < last) {
-                outline[next[index - first]++] = row;
-            }
+void ObjectTable::joinOutline(const BandTable& band, std::size_t first, std::size_t last,
+                              std::vector<std::size_t>& next) {
+    std::vector<std::uint32_t> indices(band.size());
+    for (std::size_t slot = 0; slot < band.size(); ++slot) {
+        indices[slot] = indexOf(band.labels[slot]);
+    }
+    for (const OutlineRow& row : band.outline) {
+        const std::size_t index = indices[row.slot];
+        if (index >= first && index < last) {
+            outline[next[index - first]++] = row;
         }
     }
 }

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include <rix/access/BlockScheduler.h>
+#include <rix/access/ExecutionContext.h>
 
 #include "BandTable.h"
 #include "LabelHash.h"
@@ -18,7 +18,8 @@ class ObjectTable {
 public:
     /// Joins the bands of a frame, in their order, so that sums of reals do not depend on who joins.
     /// Memory: that of the objects, and 4 bytes for each label up to the greatest one unless labels are sparse.
-    ObjectTable(std::span<const BandTable> bands, access::BlockScheduler& scheduler);
+    /// @throws ExceptionCancelation when the run is cancelled
+    ObjectTable(std::span<const BandTable> bands, access::ExecutionContext& context);
 
     /// The index of a label that is there.
     std::uint32_t indexOf(std::uint32_t label) const {
@@ -27,6 +28,9 @@ public:
 
     std::size_t size() const { return labels.size(); }
     std::size_t channels() const { return m_channels; }
+
+    /// Gives the memory of all but the labels back.
+    void releaseSums();
 
     std::vector<std::uint32_t> labels;
     std::vector<ShapeSums> shape;
@@ -38,11 +42,11 @@ public:
     std::vector<std::size_t> outlineBegins;  ///< of each object, and the end of the last
 
 private:
-    void numberLabels(std::span<const BandTable> bands);
-    void numberSparseLabels(std::span<const BandTable> bands);
-    /// Joins the sums of the objects with indices in [first, last) and counts the rows of their outlines.
-    void joinSums(std::span<const BandTable> bands, std::size_t first, std::size_t last);
-    void joinOutlines(std::span<const BandTable> bands, std::size_t first, std::size_t last);
+    void numberLabels(std::span<const BandTable> bands, const access::ExecutionContext& context);
+    void numberSparseLabels(std::span<const BandTable> bands, const access::ExecutionContext& context);
+    /// Joins the sums of a band to the objects with indices in [first, last) and counts the rows of their outlines.
+    void joinSum(const BandTable& band, std::size_t first, std::size_t last);
+    void joinOutline(const BandTable& band, std::size_t first, std::size_t last, std::vector<std::size_t>& next);
 
     std::size_t m_channels;
     std::vector<std::uint32_t> m_indices;  ///< of each label up to the greatest; empty when labels are sparse
