@@ -9,6 +9,7 @@
 #include <rix/settings/Settings.h>
 
 #include "GenericTest.h"
+#include "WatchedScheduler.h"
 
 namespace rix::test {
 namespace {

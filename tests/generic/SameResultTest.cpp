@@ -1,5 +1,6 @@
 // A result does not depend on the level, the number of threads, the order of blocks or the storage of the images.
 
+#include <rix/access/BlockScheduler.h>
 #include <rix/devices/Cpu.h>
 #include <rix/settings/Settings.h>
 
