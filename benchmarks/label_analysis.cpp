@@ -65,10 +65,14 @@ struct Work {
 
 constexpr const char* withGrey = "Area, BoundingBox, Barycenter, Mean, Minimum, Maximum, StandardDeviation";
 constexpr Work works[] = {
-    {"area,box,centre", "Area, BoundingBox, Barycenter", none},       {"+grey-u8", withGrey, RIX_UINT8},
-    {"+grey-u16", withGrey, RIX_UINT16}, {"+grey-f32", withGrey, RIX_FLOAT32},
-    {"moments", "SecondMoments", none},         {"boundary", "Perimeter, EulerNumber", none},
-    {"convexity", "Convexity", none},           {"median-u8", "Median", RIX_UINT8},
+    {"area,box,centre", "Area, BoundingBox, Barycenter", none},
+    {"+grey-u8", withGrey, RIX_UINT8},
+    {"+grey-u16", withGrey, RIX_UINT16},
+    {"+grey-f32", withGrey, RIX_FLOAT32},
+    {"moments", "SecondMoments", none},
+    {"boundary", "Perimeter, EulerNumber", none},
+    {"convexity", "Convexity", none},
+    {"median-u8", "Median", RIX_UINT8},
     {"all-u8", "All", RIX_UINT8},
 };
 
@@ -97,10 +101,10 @@ void registerOurs(const std::string& picture, const Work& work, int threads) {
 [[maybe_unused]] void registerPeer(const std::string& what, const std::string& picture, int threads,
                                    const std::function<std::size_t(const LabelledPicture&)>& measure) {
     name(what, picture, threads, [=](benchmark::State& state) {
-        const LabelledPicture labelled{
-            reinterpret_cast<const std::uint32_t*>(labelsOf(picture).getInternalBuffer()),
-            greyOf(RIX_UINT8).getInternalBuffer(),
-            reinterpret_cast<const float*>(greyOf(RIX_FLOAT32).getInternalBuffer()), side, side};
+        const LabelledPicture labelled{reinterpret_cast<const std::uint32_t*>(labelsOf(picture).getInternalBuffer()),
+                                       greyOf(RIX_UINT8).getInternalBuffer(),
+                                       reinterpret_cast<const float*>(greyOf(RIX_FLOAT32).getInternalBuffer()), side,
+                                       side};
         std::size_t objects = 0;
         for (auto _ : state) {
             objects = measure(labelled);

@@ -30,8 +30,8 @@ std::size_t statistics(const T* pixels, const LabelledPicture& picture, int thre
     using Grey = itk::Image<T, 2>;
     itk::MultiThreaderBase::SetGlobalDefaultNumberOfThreads(static_cast<itk::ThreadIdType>(threads));
     const auto filter = itk::LabelStatisticsImageFilter<Grey, Labels>::New();
-    filter->SetInput(import<Grey>(pixels, picture));
-    filter->SetLabelInput(import<Labels>(picture.labels, picture));
+    filter->SetInput(import <Grey>(pixels, picture));
+    filter->SetLabelInput(import <Labels>(picture.labels, picture));
     filter->Update();
     return filter->GetNumberOfLabels();
 }
@@ -41,7 +41,7 @@ std::size_t statistics(const T* pixels, const LabelledPicture& picture, int thre
 std::size_t itkShape(const LabelledPicture& picture, int threads) {
     itk::MultiThreaderBase::SetGlobalDefaultNumberOfThreads(static_cast<itk::ThreadIdType>(threads));
     const auto filter = itk::LabelImageToShapeLabelMapFilter<Labels>::New();
-    filter->SetInput(import<Labels>(picture.labels, picture));
+    filter->SetInput(import <Labels>(picture.labels, picture));
     filter->ComputePerimeterOff();
     filter->ComputeFeretDiameterOff();
     filter->Update();

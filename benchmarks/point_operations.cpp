@@ -50,7 +50,7 @@ cv::Mat matOf(const io::MemoryImage& image) {
     return {static_cast<int>(image.getNumOf(ROWS)), static_cast<int>(image.getNumOf(COLUMNS)),
             depths[image.getVoxelType()], const_cast<RawData>(image.getInternalBuffer())};
 }
-#define RIX_PEER(...) [](Workspace & w) { __VA_ARGS__; }
+#define RIX_PEER(...) [](Workspace& w) { __VA_ARGS__; }
 #else
 using Peer = const void*;
 #define RIX_PEER(...) nullptr
@@ -212,33 +212,41 @@ void registerOurs(const Operation& operation, const Shape& shape, OptimLevelType
     static constexpr const char* levels[] = {"scalar", "sse", "avx"};
     const std::string name =
         "rix/" + labelOf(operation, shape) + '/' + levels[level] + "/threads:" + std::to_string(threads);
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        const auto workspace = makeWorkspace(operation, shape);
-        const auto algorithm = operation.ours(*workspace);
-        algorithm->settings().setMaximumNumberOfThreads(threads);
-        algorithm->setAutoCpuDispatch(false);
-        algorithm->setOptimLevel(level);
-        algorithm->run();  // makes the output, which is kept
-        for (auto _ : state) {
-            algorithm->run();
-        }
-        setBytes(state, shape.columns * shape.rows * (operation.inBytes + operation.outBytes));
-    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) {
+                                     const auto workspace = makeWorkspace(operation, shape);
+                                     const auto algorithm = operation.ours(*workspace);
+                                     algorithm->settings().setMaximumNumberOfThreads(threads);
+                                     algorithm->setAutoCpuDispatch(false);
+                                     algorithm->setOptimLevel(level);
+                                     algorithm->run();  // makes the output, which is kept
+                                     for (auto _ : state) {
+                                         algorithm->run();
+                                     }
+                                     setBytes(state,
+                                              shape.columns * shape.rows * (operation.inBytes + operation.outBytes));
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
 }
 
 void registerPeer([[maybe_unused]] const Operation& operation, [[maybe_unused]] const Shape& shape,
                   [[maybe_unused]] int threads) {
 #ifdef RIX_HAVE_OPENCV
     const std::string name = "opencv/" + labelOf(operation, shape) + "/threads:" + std::to_string(threads);
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        const auto workspace = makeWorkspace(operation, shape);
-        cv::setNumThreads(threads);
-        operation.peer(*workspace);
-        for (auto _ : state) {
-            operation.peer(*workspace);
-        }
-        setBytes(state, shape.columns * shape.rows * (operation.inBytes + operation.outBytes));
-    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) {
+                                     const auto workspace = makeWorkspace(operation, shape);
+                                     cv::setNumThreads(threads);
+                                     operation.peer(*workspace);
+                                     for (auto _ : state) {
+                                         operation.peer(*workspace);
+                                     }
+                                     setBytes(state,
+                                              shape.columns * shape.rows * (operation.inBytes + operation.outBytes));
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
 #endif
 }
 
@@ -256,8 +264,8 @@ void registerAll() {
                 }
                 registerPeer(operation, shape, threads);
                 const std::size_t voxels = shape.columns * shape.rows;
-                registerRoof(labelOf(operation, shape).c_str(), voxels * operation.inBytes,
-                             voxels * operation.outBytes, threads);
+                registerRoof(labelOf(operation, shape).c_str(), voxels * operation.inBytes, voxels * operation.outBytes,
+                             threads);
             }
         }
     }

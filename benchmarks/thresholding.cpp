@@ -27,41 +27,48 @@ struct Case {
 
 void registerOurs(const Case& c, OptimLevelType level, int threads) {
     static constexpr const char* levels[] = {"scalar", "sse", "avx"};
-    const std::string name =
-        std::string("rix/") + c.name + '/' + levels[level] + "/threads:" + std::to_string(threads);
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        const io::MemoryImage input = randomImage(c.type, c.columns, c.rows);
-        io::MemoryImage output;
-        segmentation::ThresholdingByCriterion algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        algorithm.setAutoCpuDispatch(false);
-        algorithm.setOptimLevel(level);
-        algorithm.setInputGrayImage(&input);
-        algorithm.setComparisonCriterion(segmentation::ThresholdingByCriterion::GREATER_THAN);
-        algorithm.setComparisonValue(100);
-        algorithm.setOutputBinaryImage(&output);
-        for (auto _ : state) {
-            algorithm.run();
-        }
-        setBytes(state, c.columns * c.rows * (helper::getSizeOf(c.type) + 1));
-    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    const std::string name = std::string("rix/") + c.name + '/' + levels[level] + "/threads:" + std::to_string(threads);
+    benchmark::RegisterBenchmark(
+        name.c_str(),
+        [=](benchmark::State& state) {
+            const io::MemoryImage input = randomImage(c.type, c.columns, c.rows);
+            io::MemoryImage output;
+            segmentation::ThresholdingByCriterion algorithm;
+            algorithm.settings().setMaximumNumberOfThreads(threads);
+            algorithm.setAutoCpuDispatch(false);
+            algorithm.setOptimLevel(level);
+            algorithm.setInputGrayImage(&input);
+            algorithm.setComparisonCriterion(segmentation::ThresholdingByCriterion::GREATER_THAN);
+            algorithm.setComparisonValue(100);
+            algorithm.setOutputBinaryImage(&output);
+            for (auto _ : state) {
+                algorithm.run();
+            }
+            setBytes(state, c.columns * c.rows * (helper::getSizeOf(c.type) + 1));
+        })
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
 }
 
 #ifdef RIX_HAVE_OPENCV
 void registerOpenCv(const Case& c, int threads) {
     const std::string name = std::string("opencv/") + c.name + "/threads:" + std::to_string(threads);
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        static constexpr int depths[] = {CV_8U, CV_16U, -1, -1, CV_8S, CV_16S, CV_32S, -1, CV_32F, CV_64F};
-        io::MemoryImage input = randomImage(c.type, c.columns, c.rows);
-        const cv::Mat source(static_cast<int>(c.rows), static_cast<int>(c.columns), depths[c.type],
-                             input.getInternalBuffer());
-        cv::Mat target;
-        cv::setNumThreads(threads);
-        for (auto _ : state) {
-            cv::compare(source, 100, target, cv::CMP_GT);
-        }
-        setBytes(state, c.columns * c.rows * (helper::getSizeOf(c.type) + 1));
-    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) {
+                                     static constexpr int depths[] = {CV_8U,  CV_16U, -1, -1,     CV_8S,
+                                                                      CV_16S, CV_32S, -1, CV_32F, CV_64F};
+                                     io::MemoryImage input = randomImage(c.type, c.columns, c.rows);
+                                     const cv::Mat source(static_cast<int>(c.rows), static_cast<int>(c.columns),
+                                                          depths[c.type], input.getInternalBuffer());
+                                     cv::Mat target;
+                                     cv::setNumThreads(threads);
+                                     for (auto _ : state) {
+                                         cv::compare(source, 100, target, cv::CMP_GT);
+                                     }
+                                     setBytes(state, c.columns * c.rows * (helper::getSizeOf(c.type) + 1));
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
 }
 #endif
 

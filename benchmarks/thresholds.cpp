@@ -34,8 +34,8 @@ io::MemoryImage makePicture(VoxelTypes type, Texture texture, double range) {
         using T = std::remove_pointer_t<decltype(samples)>;
         for (std::size_t y = 0; y < side; ++y) {
             for (std::size_t x = 0; x < side; ++x) {
-                const double wave = 0.5 + 0.25 * (std::sin(static_cast<double>(x) / 97.0) +
-                                                  std::cos(static_cast<double>(y) / 61.0));
+                const double wave =
+                    0.5 + 0.25 * (std::sin(static_cast<double>(x) / 97.0) + std::cos(static_cast<double>(y) / 61.0));
                 const double noise = static_cast<double>(random() >> 11) * 0x1p-53;
                 const double value = texture == Texture::Natural     ? wave * 0.9 + noise * 0.08
                                      : texture == Texture::Noise     ? noise
@@ -69,11 +69,14 @@ std::string nameOf(const std::string& who, const std::string& what, const Case& 
 
 template <class Run>
 void registerRun(const std::string& name, const Case& c, std::size_t bytesPerVoxel, Run run) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        io::MemoryImage picture = makePicture(c.type, c.texture, c.range);
-        run(state, picture);
-        setBytes(state, side * side * bytesPerVoxel);
-    })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) {
+                                     io::MemoryImage picture = makePicture(c.type, c.texture, c.range);
+                                     run(state, picture);
+                                     setBytes(state, side * side * bytesPerVoxel);
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
 }
 
 void registerValue(const Case& c, const char* what, analysis::ThresholdChoices::ThresholdCriterionType criterion,
@@ -118,8 +121,8 @@ void registerOpenCv(const Case& c, const char* what, int threads) {
                     const cv::Mat source(rows, rows, c.depth, picture.getInternalBuffer());
                     cv::Mat target;
                     const int classes = c.type == RIX_UINT8 ? 256 : 65536;
-                    const float range[] = {0.0F, c.type == RIX_FLOAT32 ? static_cast<float>(c.range)
-                                                                       : static_cast<float>(classes)};
+                    const float range[] = {
+                        0.0F, c.type == RIX_FLOAT32 ? static_cast<float>(c.range) : static_cast<float>(classes)};
                     const float* ranges = range;
                     cv::setNumThreads(threads);
                     for (auto _ : state) {
@@ -141,8 +144,7 @@ constexpr int CV_32F = 5;
 
 void registerAll() {
     using Choices = analysis::ThresholdChoices;
-    for (const Texture texture :
-         {Texture::Natural, Texture::Noise, Texture::TwoValues, Texture::NearlyConstant}) {
+    for (const Texture texture : {Texture::Natural, Texture::Noise, Texture::TwoValues, Texture::NearlyConstant}) {
         const Case bytes{"u8", RIX_UINT8, texture, 255, CV_8U};
         const Case words{"u16", RIX_UINT16, texture, 65000, CV_16U};
         for (const int threads : {1, 2}) {

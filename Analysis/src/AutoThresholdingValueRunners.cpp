@@ -82,8 +82,9 @@ private:
         child.run();
         const double minimum = extrema.minimum[0];
         if (std::isnan(minimum)) {
-            throw ProcessingException("The image \"inputGrayImage\" has no finite value, so there is no range from its "
-                                      "minimum to its maximum; give a range with rangeMode OTHER.");
+            throw ProcessingException(
+                "The image \"inputGrayImage\" has no finite value, so there is no range from its "
+                "minimum to its maximum; give a range with rangeMode OTHER.");
         }
         return {minimum, extrema.maximum[0]};
     }
@@ -140,9 +141,10 @@ private:
 
     String explain(std::size_t frame, const math::Histogram& histogram) const {
         const auto counts = histogram.getCounts();
-        const auto occupied = std::count_if(counts.begin(), counts.end(), [](std::uint64_t count) { return count > 0; });
-        const String criterion = ThresholdChoices::getInfoThresholdCriterionType().getLabelFromValue(
-            m_algorithm.getThresholdCriterion());
+        const auto occupied =
+            std::count_if(counts.begin(), counts.end(), [](std::uint64_t count) { return count > 0; });
+        const String criterion =
+            ThresholdChoices::getInfoThresholdCriterionType().getLabelFromValue(m_algorithm.getThresholdCriterion());
         std::ostringstream text;
         text.imbue(std::locale::classic());
         text << "The criterion " << criterion << " finds no threshold in the image \"inputGrayImage\"";

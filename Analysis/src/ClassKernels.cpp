@@ -54,7 +54,7 @@ void splitRow(const T* in, std::size_t count, double threshold, double scale, Sp
             const double value = static_cast<double>(in[i]);
             const bool finite = value - value == 0.0;
             const double finiteValue = finite ? value : 0.0;
-            const std::int64_t units = __builtin_bit_cast(std::int64_t, finiteValue * scale + shift) - shiftBits;
+            const std::int64_t units = __builtin_bit_cast(std::int64_t, finiteValue* scale + shift) - shiftBits;
             const std::int64_t isLow = (finite & (value < threshold)) ? -1 : 0;
             all += units;
             allCount += finite ? 1U : 0U;

@@ -10,7 +10,8 @@
 
 namespace rix::analysis {
 
-/// Writes the class of each sample of a row, `classes.count` for a sample that lies in none. That number is at most 65535.
+/// Writes the class of each sample of a row, `classes.count` for a sample that lies in none. That number is at most
+/// 65535.
 template <class T>
 using ClassRow = void (*)(const T* in, std::uint16_t* out, std::size_t count, const math::HistogramClasses& classes);
 

@@ -40,8 +40,7 @@ void addRunners(AlgoInfo& info) {
 }  // namespace
 
 AlgoInfo& CountedExtrema::getInfo() {
-    return algorithms::classRecord<CountedExtrema>("CountedExtrema", &addRunners,
-                                                   AlgoVisibilityType::HIDDEN_ALGORITHM);
+    return algorithms::classRecord<CountedExtrema>("CountedExtrema", &addRunners, AlgoVisibilityType::HIDDEN_ALGORITHM);
 }
 
 CountedExtrema::CountedExtrema(algorithms::AbstractPrivateImplementation* implementation)

@@ -22,8 +22,7 @@ Histogram::Histogram(std::size_t classes, double minimum, double maximum)
         std::swap(minimum, maximum);
     }
     const double scale = std::isfinite(maximum - minimum) ? 1.0 : 0.5;
-    const double scaledWidth =
-        m_initialized ? (maximum * scale - minimum * scale) / static_cast<double>(classes) : 0.0;
+    const double scaledWidth = m_initialized ? (maximum * scale - minimum * scale) / static_cast<double>(classes) : 0.0;
     m_binSize = scaledWidth / scale;
     m_classes = {minimum, maximum, classes, scale,
                  scaledWidth > 0.0 ? scaledWidth : std::numeric_limits<double>::denorm_min()};
@@ -65,8 +64,7 @@ void Histogram::checkIndex(std::size_t index) const {
         throw InvalidCall("The histogram isn't correctly initialized.");
     }
     if (index >= m_classes.count) {
-        throw InvalidCall("The class index must be less than the number of classes " +
-                          std::to_string(m_classes.count));
+        throw InvalidCall("The class index must be less than the number of classes " + std::to_string(m_classes.count));
     }
 }
 

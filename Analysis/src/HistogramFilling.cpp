@@ -38,8 +38,8 @@ private:
     KeyCounter m_keys;
 };
 
-/// A table of the classes at hand alone, for images with fewer voxels than a `KeyCounter` has counters: 32 bits hold any
-/// count.
+/// A table of the classes at hand alone, for images with fewer voxels than a `KeyCounter` has counters: 32 bits hold
+/// any count.
 class SmallPartial {
 public:
     explicit SmallPartial(std::size_t classes) : m_counts(classes + 1) {}

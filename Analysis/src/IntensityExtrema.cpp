@@ -30,8 +30,8 @@ IntensityExtrema::IntensityExtrema(algorithms::AbstractPrivateImplementation* gi
     : BaseAlgorithm(algorithms::orMake<IntensityExtremaPrivate>(given)) {
     auto& state = static_cast<IntensityExtremaPrivate&>(*implementation());
     addInput(state.inputImage, "inputImage", "The image whose extreme values are searched.");
-    addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
-             AddRuleAssertIntegerOrFloating(), AddRuleAssertImageNotEmpty());
+    addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertIntegerOrFloating(),
+             AddRuleAssertImageNotEmpty());
     addOutput(state.outputMeasurement, "outputMeasurement", "The extreme values and the numbers of special values.");
     addRules(state.outputMeasurement, AddRuleCreateMeasurement());
 }

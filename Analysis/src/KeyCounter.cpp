@@ -50,15 +50,9 @@ void KeyCounter::count(const std::uint8_t* data, std::size_t count) {
     m_sinceGuess += count;
     std::size_t done = 0;
     switch (m_guess.texture) {
-        case Texture::Varied:
-            done = countStreams<1>(data, count);
-            break;
-        case Texture::FewValues:
-            done = countStreams<4>(data, count);
-            break;
-        case Texture::Flat:
-            done = countFlat(data, count);
-            break;
+        case Texture::Varied: done = countStreams<1>(data, count); break;
+        case Texture::FewValues: done = countStreams<4>(data, count); break;
+        case Texture::Flat: done = countFlat(data, count); break;
     }
     for (std::size_t i = done; i < count; ++i) {
         add(0, keyAt(data, i));

@@ -55,8 +55,8 @@ private:
     void addMany(std::uint16_t key, std::size_t count);
 
     access::Scratch m_memory;
-    std::uint8_t* m_counters;   ///< four tables of bytes
-    std::uint32_t* m_carries;   ///< how often a counter passed 255, in any table
+    std::uint8_t* m_counters;  ///< four tables of bytes
+    std::uint32_t* m_carries;  ///< how often a counter passed 255, in any table
     Guess m_guess{Texture::Varied, 0};
     std::size_t m_sinceGuess;
 };

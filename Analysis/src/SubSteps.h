@@ -12,9 +12,7 @@ public:
     SubSteps(access::ExecutionContext& context, std::size_t steps) : m_context(context) { declareSteps(steps); }
 
     bool isCancelled() const override { return m_context.isCancelled(); }
-    void blockDone(double work) override {
-        m_context.blockDone(work / (m_work * m_steps));
-    }
+    void blockDone(double work) override { m_context.blockDone(work / (m_work * m_steps)); }
     /// Only before the first step.
     void declareSteps(std::size_t steps) override { m_steps = static_cast<double>(steps); }
     void startStep(double work) override { m_work = work > 0.0 ? work : 1.0; }

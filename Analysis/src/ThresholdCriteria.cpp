@@ -175,14 +175,10 @@ double computeThresholdMoments(const math::Histogram& histogram) {
 double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram,
                         const ImageModel& image, access::ExecutionContext& context, OptimLevelType level) {
     switch (criterion) {
-        case ThresholdChoices::ENTROPY:
-            return computeThresholdEntropy(histogram);
-        case ThresholdChoices::FACTORISATION:
-            return computeThresholdFactorization(histogram);
-        case ThresholdChoices::MOMENTS:
-            return computeThresholdMoments(histogram);
-        case ThresholdChoices::ISODATA:
-            return computeThresholdIsodata(histogram, image, context, level);
+        case ThresholdChoices::ENTROPY: return computeThresholdEntropy(histogram);
+        case ThresholdChoices::FACTORISATION: return computeThresholdFactorization(histogram);
+        case ThresholdChoices::MOMENTS: return computeThresholdMoments(histogram);
+        case ThresholdChoices::ISODATA: return computeThresholdIsodata(histogram, image, context, level);
     }
     return 0.0;
 }

@@ -62,8 +62,7 @@ double scaleOf(access::ExecutionContext& context, OptimLevelType level, const Im
     return std::ldexp(1.0, std::min(50 - exponent, 1000));
 }
 
-double isodataOfImage(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
-                      double start) {
+double isodataOfImage(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image, double start) {
     SubSteps steps(context, mostIterations + 1);
     const double scale = scaleOf(steps, level, image);
     const access::PointPlan plan({&image}, nanosecondsPerVoxel);

@@ -74,7 +74,7 @@ struct TypeCase {
     double spread;  ///< more than 1 makes more than 65535 classes of integers, or uneven ones
 };
 constexpr TypeCase typeCases[] = {
-    {RIX_UINT8, 1},   {RIX_INT8, 1},    {RIX_UINT16, 1},  {RIX_UINT16, 600},   {RIX_INT16, 300},  {RIX_INT16, -300},
+    {RIX_UINT8, 1},   {RIX_INT8, 1},     {RIX_UINT16, 1},  {RIX_UINT16, 600}, {RIX_INT16, 300},    {RIX_INT16, -300},
     {RIX_UINT32, 90}, {RIX_UINT32, 4e7}, {RIX_INT32, -90}, {RIX_INT32, -2e7}, {RIX_FLOAT32, 1e-3}, {RIX_FLOAT64, 1e5},
 };
 
@@ -178,9 +178,8 @@ TEST(AutoThresholdingValue, CountsOnlyAGivenRange) {
 }
 
 TEST(AutoThresholdingValue, SeparatesTwoValuesAtTheClassAfterTheFirst) {
-    const io::MemoryImage image = test::makeImage({.extents = {20, 20, 1, 1, 1}}, [](std::size_t c, auto...) {
-        return c % 4 == 0 ? 200 : 10;
-    });
+    const io::MemoryImage image =
+        test::makeImage({.extents = {20, 20, 1, 1, 1}}, [](std::size_t c, auto...) { return c % 4 == 0 ? 200 : 10; });
     EXPECT_THAT(thresholds(image, Value::FACTORISATION), ElementsAre(11));
     EXPECT_THAT(thresholds(image, Value::ISODATA), ElementsAre(105));
 }
@@ -188,8 +187,8 @@ TEST(AutoThresholdingValue, SeparatesTwoValuesAtTheClassAfterTheFirst) {
 TEST(AutoThresholdingValue, TakesOnlyFiniteVoxelsOfFloatingImages) {
     for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64}) {
         const io::MemoryImage plain = heaps(type, {90, 60, 1, 1, 1}, 0.01);
-        const io::MemoryImage special =
-            test::makeImage({.voxelType = type, .extents = {90, 80, 1, 1, 1}}, [&](std::size_t c, std::size_t y, auto...) {
+        const io::MemoryImage special = test::makeImage(
+            {.voxelType = type, .extents = {90, 80, 1, 1, 1}}, [&](std::size_t c, std::size_t y, auto...) {
                 const double specials[] = {std::nan(""), infinity, -infinity};
                 return y % 4 == 3 ? specials[c % 3] : test::frameValues(plain, 0, 0)[c + 90 * (y / 4 * 3 + y % 4)];
             });
@@ -201,8 +200,8 @@ TEST(AutoThresholdingValue, TakesOnlyFiniteVoxelsOfFloatingImages) {
 
 TEST(AutoThresholdingValue, ManagesFloatingImagesOfFewAndOfManyValues) {
     for (const double constant : {7.25, -0.1, 0.0, 1e300, 1e-310}) {
-        const io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT64, .extents = {30, 9, 1, 1, 1}},
-                                                      [=](auto...) { return constant; });
+        const io::MemoryImage image =
+            test::makeImage({.voxelType = RIX_FLOAT64, .extents = {30, 9, 1, 1, 1}}, [=](auto...) { return constant; });
         EXPECT_THAT(thresholds(image, Value::ENTROPY), ElementsAre(constant));
         EXPECT_THAT(thresholds(image, Value::FACTORISATION), ElementsAre(constant));
         EXPECT_THAT(thresholds(image, Value::MOMENTS), ElementsAre(constant));
@@ -221,12 +220,11 @@ TEST(AutoThresholdingValue, ManagesFloatingImagesOfFewAndOfManyValues) {
         }
         EXPECT_LT(std::abs(thresholds(image, Value::ISODATA)[0]), high);
     }
-    const io::MemoryImage many = test::makeImage(
-        {.voxelType = RIX_FLOAT64, .extents = {1000, 1000, 1, 1, 1}},
-        [](std::size_t c, std::size_t y, auto...) {
-            const auto rank = static_cast<double>(c + 1000 * y);
-            return rank < 700000 ? rank * 1e-3 : 1500.0 + std::sqrt(rank);
-        });
+    const io::MemoryImage many = test::makeImage({.voxelType = RIX_FLOAT64, .extents = {1000, 1000, 1, 1, 1}},
+                                                 [](std::size_t c, std::size_t y, auto...) {
+                                                     const auto rank = static_cast<double>(c + 1000 * y);
+                                                     return rank < 700000 ? rank * 1e-3 : 1500.0 + std::sqrt(rank);
+                                                 });
     const auto values = test::allValues(many);
     for (const auto criterion : allCriteria) {
         const double expected = test::referenceThreshold(criterion, values, test::referenceRange(values), false);
@@ -255,10 +253,9 @@ TEST(AutoThresholdingValue, FailsOnAConstantIntegerImageAndSaysWhy) {
 }
 
 TEST(AutoThresholdingValue, FailsWhereNoVoxelIsFiniteButNotWhereAFrameHasNone) {
-    const auto image = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {8, 8, 1, 2, 1}},
-                                       [](auto, std::size_t y, auto, std::size_t t, auto) {
-                                           return t == 0 ? infinity : static_cast<double>(y + 3);
-                                       });
+    const auto image = test::makeImage(
+        {.voxelType = RIX_FLOAT32, .extents = {8, 8, 1, 2, 1}},
+        [](auto, std::size_t y, auto, std::size_t t, auto) { return t == 0 ? infinity : static_cast<double>(y + 3); });
     for (const auto criterion : allCriteria) {
         const auto actual = thresholds(image, criterion);
         EXPECT_EQ(actual[0], 3.0) << "the first class start";
@@ -404,7 +401,8 @@ TEST(AutoThresholdingValue, ReportsAStepForTheRangeAndTwoForEachFrame) {
     algorithm.setOutputMeasurement(&measurement);
     Recorder recorder;
     algorithm.run(&recorder);
-    // The frames are read for the range and again for their histograms: at the start of the run's second step, and so on.
+    // The frames are read for the range and again for their histograms: at the start of the run's second step, and so
+    // on.
     ASSERT_EQ(spy.starts.size(), 6U);
     EXPECT_NEAR(spy.starts[3], 0.25, 1e-9);
     EXPECT_NEAR(spy.starts[4], 0.50, 1e-9);

@@ -56,10 +56,21 @@ TEST(Histogram, FindsTheClassOfAnyValue) {
     const double largest = std::numeric_limits<double>::max();
     const double smallest = std::numeric_limits<double>::denorm_min();
     const Case cases[] = {
-        {4, 0, 8, 0, 0},          {4, 0, 8, 1.999, 0},       {4, 0, 8, 2, 1},     {4, 0, 8, 7.999, 3},
-        {4, 0, 8, 8, 3},          {4, 0, 8, 1e300, 3},       {4, 0, 8, -1, 0},    {4, 0, 8, nan, 0},
-        {4, 0, 8, infinity, 3},   {7, 5, 5, 5, 6},           {1, 5, 6, 5, 0},     {4, -largest, largest, 0, 2},
-        {4, -largest, largest, largest, 3}, {4, -largest, largest, -largest / 4, 1}, {4, 0, smallest, 0, 0},
+        {4, 0, 8, 0, 0},
+        {4, 0, 8, 1.999, 0},
+        {4, 0, 8, 2, 1},
+        {4, 0, 8, 7.999, 3},
+        {4, 0, 8, 8, 3},
+        {4, 0, 8, 1e300, 3},
+        {4, 0, 8, -1, 0},
+        {4, 0, 8, nan, 0},
+        {4, 0, 8, infinity, 3},
+        {7, 5, 5, 5, 6},
+        {1, 5, 6, 5, 0},
+        {4, -largest, largest, 0, 2},
+        {4, -largest, largest, largest, 3},
+        {4, -largest, largest, -largest / 4, 1},
+        {4, 0, smallest, 0, 0},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(Histogram(c.classes, c.minimum, c.maximum).getIndexFromIntensity(c.value), c.index)

@@ -16,7 +16,7 @@
 namespace rix::analysis {
 namespace {
 
-constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8,
+constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,
                                     RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
 
 void expectExtremaOf(const std::vector<double>& values, const IntensityExtremaMsr& actual) {
@@ -39,13 +39,14 @@ void expectExtremaOf(const std::vector<double>& values, const IntensityExtremaMs
 TEST(IntensityExtrema, AreThoseOfTheFiniteVoxelsForEveryTypeLevelAndWidth) {
     for (const VoxelTypes type : realTypes) {
         for (const std::size_t width : {1U, 2U, 3U, 7U, 15U, 16U, 17U, 33U, 64U, 67U, 131U, 260U}) {
-            const io::MemoryImage image = test::makeRandomImage(
-                {.voxelType = type, .extents = {width, 3, 1, 2, 2}}, width, test::Extremes::All);
+            const io::MemoryImage image =
+                test::makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 2, 2}}, width, test::Extremes::All);
             for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
                 if (!devices::Cpu::supports(level)) {
                     continue;
                 }
-                SCOPED_TRACE(testing::Message() << helper::voxelTypesToString(type) << ' ' << width << " level " << level);
+                SCOPED_TRACE(testing::Message()
+                             << helper::voxelTypesToString(type) << ' ' << width << " level " << level);
                 IntensityExtrema algorithm;
                 algorithm.setAutoCpuDispatch(false);
                 algorithm.setOptimLevel(level);
@@ -84,11 +85,9 @@ TEST(IntensityExtrema, AreFoundAnywhereByAnyNumberOfThreadsInAnyStorage) {
 }
 
 TEST(IntensityExtrema, OfNoFiniteVoxelAreNaN) {
-    const io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT64, .extents = {40, 1, 1, 1, 1}},
-                                                  [](std::size_t c, auto...) {
-                                                      return c % 4 == 0 ? -std::numeric_limits<double>::infinity()
-                                                                        : std::nan("");
-                                                  });
+    const io::MemoryImage image = test::makeImage(
+        {.voxelType = RIX_FLOAT64, .extents = {40, 1, 1, 1, 1}},
+        [](std::size_t c, auto...) { return c % 4 == 0 ? -std::numeric_limits<double>::infinity() : std::nan(""); });
     IntensityExtrema algorithm;
     algorithm.setInputImage(&image);
     algorithm.run();
@@ -114,7 +113,8 @@ TEST(IntensityExtrema, RefusesWhatHasNoOrder) {
         test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
     const io::MemoryImage vectors = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
     const io::MemoryImage empty;
-    for (const io::MemoryImage* image : {static_cast<const io::MemoryImage*>(nullptr), &complexImage, &vectors, &empty}) {
+    for (const io::MemoryImage* image :
+         {static_cast<const io::MemoryImage*>(nullptr), &complexImage, &vectors, &empty}) {
         IntensityExtrema algorithm;
         algorithm.setInputImage(image);
         EXPECT_THROW(algorithm.run(), RuleException);

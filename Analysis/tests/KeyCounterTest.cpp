@@ -22,7 +22,8 @@ const struct {
     {"few values", [](std::size_t, std::mt19937& random) { return std::uint16_t(random() % 5 * 256); }},
     {"runs", [](std::size_t i, std::mt19937&) { return std::uint16_t(i / 50 % 3 + 10); }},
     {"noise", [](std::size_t, std::mt19937& random) { return std::uint16_t(random()); }},
-    {"all of these", [](std::size_t i, std::mt19937& random) {
+    {"all of these",
+     [](std::size_t i, std::mt19937& random) {
          const std::size_t part = i / 60000;
          return std::uint16_t(part % 3 == 0 ? random() : part % 3 == 1 ? 17 : random() % 3);
      }},

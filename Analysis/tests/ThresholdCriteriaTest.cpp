@@ -146,8 +146,8 @@ TEST(ThresholdCriteria, DecideTiesForTheFirstClass) {
 }
 
 TEST(ThresholdCriteria, GiveTheFirstClassStartOfAnEmptyHistogram) {
-    const io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {5, 4, 1, 1, 1}},
-                                                  [](auto...) { return std::nan(""); });
+    const io::MemoryImage image =
+        test::makeImage({.voxelType = RIX_FLOAT32, .extents = {5, 4, 1, 1, 1}}, [](auto...) { return std::nan(""); });
     QuietContext context;
     const math::Histogram empty(10, 3.0, 5.0);
     for (const auto criterion : {ThresholdChoices::ENTROPY, ThresholdChoices::FACTORISATION, ThresholdChoices::MOMENTS,
@@ -156,9 +156,9 @@ TEST(ThresholdCriteria, GiveTheFirstClassStartOfAnEmptyHistogram) {
         EXPECT_THROW(static_cast<void>(details::computeThreshold(criterion, math::Histogram(), image, context)),
                      InvalidCall);
     }
-    EXPECT_EQ(details::computeThreshold(static_cast<ThresholdChoices::ThresholdCriterionType>(4), empty, image,
-                                        context),
-              0.0);
+    EXPECT_EQ(
+        details::computeThreshold(static_cast<ThresholdChoices::ThresholdCriterionType>(4), empty, image, context),
+        0.0);
 }
 
 TEST(ThresholdCriteria, FailWhereNoClassFollows) {

@@ -16,16 +16,13 @@ InputFile::InputFile(const std::filesystem::path& path) {
     m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (m_descriptor < 0) {
         switch (errno) {
-            case ENOENT:
-                throw LoadingError("The file does not exist.");
+            case ENOENT: throw LoadingError("The file does not exist.");
             case EACCES:
-            case EPERM:
-                throw LoadingError("The file may not be read: permission denied.");
-            default:
-                throw LoadingError("The file cannot be opened: " + std::generic_category().message(errno) + ".");
+            case EPERM: throw LoadingError("The file may not be read: permission denied.");
+            default: throw LoadingError("The file cannot be opened: " + std::generic_category().message(errno) + ".");
         }
     }
-    struct stat status {};
+    struct stat status{};
     const bool known = ::fstat(m_descriptor, &status) == 0;
     const char* problem = nullptr;
     if (!known) {

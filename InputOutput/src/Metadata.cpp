@@ -288,8 +288,7 @@ void applyOwnKeys(const MetadataKeys& keys, ImageFileInfo& info) {
         splitNumbers(found->second, info.origin);
     }
     std::array<double, 9> numbers{};
-    if (const auto found = keys.find("rix_directions");
-        found != keys.end() && splitNumbers(found->second, numbers)) {
+    if (const auto found = keys.find("rix_directions"); found != keys.end() && splitNumbers(found->second, numbers)) {
         auto in = numbers.begin();
         for (auto* direction : {&info.spatialDirections.columnDirection, &info.spatialDirections.rowDirection,
                                 &info.spatialDirections.sliceDirection}) {

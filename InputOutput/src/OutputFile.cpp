@@ -40,12 +40,12 @@ OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path) {
     for (int depth = 0; std::filesystem::is_symlink(m_target, error); ++depth) {
         const std::filesystem::path next = std::filesystem::read_symlink(m_target, error);
         if (error || depth == MostLinks) {
-            throw WritingError("The link cannot be followed: " +
-                               (error ? error.message() : String("it leads to itself")) + ".");
+            throw WritingError(
+                "The link cannot be followed: " + (error ? error.message() : String("it leads to itself")) + ".");
         }
         m_target = m_target.parent_path() / next;
     }
-    struct stat status {};
+    struct stat status{};
     mode_t mode = 0666;
     if (::stat(m_target.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode)) {
@@ -75,9 +75,10 @@ OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path) {
     if (m_descriptor < 0) {
         const int reason = errno;
         // Some file systems refuse new files with the same code as a missing folder.
-        throw WritingError(reason == ENOENT && !std::filesystem::exists(folder, error) ? "The folder '" + folder.string() + "' does not exist."
-                                            : "No file can be created in the folder '" + folder.string() +
-                                                  "': " + errorText(reason) + ".");
+        throw WritingError(reason == ENOENT && !std::filesystem::exists(folder, error)
+                               ? "The folder '" + folder.string() + "' does not exist."
+                               : "No file can be created in the folder '" + folder.string() +
+                                     "': " + errorText(reason) + ".");
     }
     if (m_replaces && ::fchmod(m_descriptor, mode) != 0) {
         const int reason = errno;

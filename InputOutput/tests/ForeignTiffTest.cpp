@@ -19,12 +19,13 @@ TEST_F(ForeignTiff, PackedSamplesKeepTheirValues) {
         Bytes rows;  // two rows of three pixels, each filled up to a whole byte
         std::vector<int> samples;
     };
-    for (const Case& c : {Case{1, {0b10100000, 0b01100000}, {1, 0, 1, 0, 1, 1}},
-                          Case{2, {0b11100100, 0b00011000}, {3, 2, 1, 0, 1, 2}},
-                          Case{4, {0x1F, 0x80, 0x07, 0xA0}, {1, 15, 8, 0, 7, 10}},
-                          Case{6, {0b11111100, 0b00010000, 0b11000000, 0, 0, 0}, {63, 1, 3, 0, 0, 0}},
-                          Case{12, {0x12, 0x3F, 0xFF, 0x00, 0x10, 0xAB, 0xCD, 0xE0, 0x08, 0x00},
-                               {0x123, 0xFFF, 0x001, 0xABC, 0xDE0, 0x080}}}) {
+    for (const Case& c :
+         {Case{1, {0b10100000, 0b01100000}, {1, 0, 1, 0, 1, 1}}, Case{2, {0b11100100, 0b00011000}, {3, 2, 1, 0, 1, 2}},
+          Case{4, {0x1F, 0x80, 0x07, 0xA0}, {1, 15, 8, 0, 7, 10}},
+          Case{6, {0b11111100, 0b00010000, 0b11000000, 0, 0, 0}, {63, 1, 3, 0, 0, 0}},
+          Case{12,
+               {0x12, 0x3F, 0xFF, 0x00, 0x10, 0xAB, 0xCD, 0xE0, 0x08, 0x00},
+               {0x123, 0xFFF, 0x001, 0xABC, 0xDE0, 0x080}}}) {
         RawTiff(m_path).page(3, 2, c.bits).block(0, c.rows);
         const std::vector<int> read = [&] {
             if (c.bits < 8) {
@@ -74,8 +75,7 @@ TEST_F(ForeignTiff, PalettesBecomeColours) {
     EXPECT_EQ(extentsOf(*image), (Extents{3, 1, 1, 1, 3}));
     red[3] = 0x1234;  // no colour of 8 bits
     writePalette();
-    EXPECT_THAT(read<std::uint16_t>(),
-                ElementsAre(0, 0xFFFF, 0x1234, 0, 15 << 8, 3 << 8, 0xFFFF, 0, 0xCCCC));
+    EXPECT_THAT(read<std::uint16_t>(), ElementsAre(0, 0xFFFF, 0x1234, 0, 15 << 8, 3 << 8, 0xFFFF, 0, 0xCCCC));
 }
 
 TEST_F(ForeignTiff, BothPlanarConfigurationsTilesAndByteOrders) {
@@ -154,9 +154,9 @@ TEST_F(ForeignTiff, OrientationsAreUndone) {
         int orientation;
         Bytes samples;
     };
-    for (const Case& c : {Case{ORIENTATION_TOPLEFT, {1, 2, 3, 4, 5, 6}}, Case{ORIENTATION_TOPRIGHT, {3, 2, 1, 6, 5, 4}},
-                          Case{ORIENTATION_BOTRIGHT, {6, 5, 4, 3, 2, 1}},
-                          Case{ORIENTATION_BOTLEFT, {4, 5, 6, 1, 2, 3}}}) {
+    for (const Case& c :
+         {Case{ORIENTATION_TOPLEFT, {1, 2, 3, 4, 5, 6}}, Case{ORIENTATION_TOPRIGHT, {3, 2, 1, 6, 5, 4}},
+          Case{ORIENTATION_BOTRIGHT, {6, 5, 4, 3, 2, 1}}, Case{ORIENTATION_BOTLEFT, {4, 5, 6, 1, 2, 3}}}) {
         RawTiff(m_path).page(3, 2, 8).set(TIFFTAG_ORIENTATION, c.orientation).block(0, Bytes{1, 2, 3, 4, 5, 6});
         EXPECT_EQ(read<std::uint8_t>(), c.samples) << c.orientation;
     }
@@ -178,8 +178,7 @@ TEST_F(ForeignTiff, KindsThatAreNotSupportedAreRefusedByName) {
         void (*write)(RawTiff&);
     };
     const auto cases = {
-        Case{"64 bits, unsigned integer",
-             [](RawTiff& raw) { raw.page(1, 1, 64).block(0, Bytes(8)); }},
+        Case{"64 bits, unsigned integer", [](RawTiff& raw) { raw.page(1, 1, 64).block(0, Bytes(8)); }},
         Case{"64 bits, signed integer",
              [](RawTiff& raw) { raw.page(1, 1, 64, 1, PHOTOMETRIC_MINISBLACK, SAMPLEFORMAT_INT).block(0, Bytes(8)); }},
         Case{"16 bits, floating-point",
@@ -191,13 +190,10 @@ TEST_F(ForeignTiff, KindsThatAreNotSupportedAreRefusedByName) {
              [](RawTiff& raw) {
                  raw.page(1, 1, 32, 1, PHOTOMETRIC_MINISBLACK, SAMPLEFORMAT_COMPLEXINT).block(0, Bytes(4));
              }},
-        Case{"inks (CMYK)",
-             [](RawTiff& raw) { raw.page(1, 1, 8, 4, PHOTOMETRIC_SEPARATED).block(0, Bytes(4)); }},
+        Case{"inks (CMYK)", [](RawTiff& raw) { raw.page(1, 1, 8, 4, PHOTOMETRIC_SEPARATED).block(0, Bytes(4)); }},
         Case{"CIE L*a*b*", [](RawTiff& raw) { raw.page(1, 1, 8, 3, PHOTOMETRIC_CIELAB).block(0, Bytes(3)); }},
         Case{"orientation 6",
-             [](RawTiff& raw) {
-                 raw.page(2, 1, 8).set(TIFFTAG_ORIENTATION, ORIENTATION_RIGHTTOP).block(0, Bytes(2));
-             }},
+             [](RawTiff& raw) { raw.page(2, 1, 8).set(TIFFTAG_ORIENTATION, ORIENTATION_RIGHTTOP).block(0, Bytes(2)); }},
         Case{"page 1 is 1 x 2 of 1 x uint8, page 2 is 2 x 1 of 1 x uint8",
              [](RawTiff& raw) {
                  raw.page(1, 2, 8).block(0, Bytes(2)).endPage();
@@ -277,9 +273,9 @@ TEST_F(ForeignTiff, ResolutionIsCalibrationWithoutImageJ) {
         double spacingX, spacingY;
         const char* unitName;
     };
-    for (const Case& c : {Case{RESUNIT_INCH, 254.0, 127.0, 0.1, 0.2, "mm"},
-                          Case{RESUNIT_CENTIMETER, 10.0, 40.0, 1.0, 0.25, "mm"},
-                          Case{RESUNIT_NONE, 2.0, 4.0, 0.5, 0.25, ""}, Case{RESUNIT_INCH, 0.0, 1.0, 1.0, 1.0, ""}}) {
+    for (const Case& c :
+         {Case{RESUNIT_INCH, 254.0, 127.0, 0.1, 0.2, "mm"}, Case{RESUNIT_CENTIMETER, 10.0, 40.0, 1.0, 0.25, "mm"},
+          Case{RESUNIT_NONE, 2.0, 4.0, 0.5, 0.25, ""}, Case{RESUNIT_INCH, 0.0, 1.0, 1.0, 1.0, ""}}) {
         RawTiff(m_path)
             .page(1, 1, 8)
             .set(TIFFTAG_XRESOLUTION, c.x)

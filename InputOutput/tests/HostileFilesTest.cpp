@@ -62,14 +62,13 @@ const std::vector<Sample>& samples() {
                                                            .block(0, std::vector<std::uint8_t>(15, 0x5A));
                                                    },
                                                    "wb")});
-        for (const auto& [name, compression] : {std::pair{"PackBits", COMPRESSION_PACKBITS},
-                                                std::pair{"Zstandard", COMPRESSION_ZSTD},
-                                                std::pair{"LZMA", COMPRESSION_LZMA}}) {
-            list.push_back({name, rawTiff([c = compression](RawTiff& raw) {
-                                raw.page(20, 5, 8)
-                                    .set(TIFFTAG_COMPRESSION, c)
-                                    .block(0, std::vector<std::uint8_t>(100, 3));
-                            })});
+        for (const auto& [name, compression] :
+             {std::pair{"PackBits", COMPRESSION_PACKBITS}, std::pair{"Zstandard", COMPRESSION_ZSTD},
+              std::pair{"LZMA", COMPRESSION_LZMA}}) {
+            list.push_back(
+                {name, rawTiff([c = compression](RawTiff& raw) {
+                     raw.page(20, 5, 8).set(TIFFTAG_COMPRESSION, c).block(0, std::vector<std::uint8_t>(100, 3));
+                 })});
         }
         list.push_back({"JPEG", rawTiff([](RawTiff& raw) {
                             raw.page(16, 16, 8, 3, PHOTOMETRIC_YCBCR)
@@ -322,10 +321,8 @@ TEST(HostileFiles, PagesThatShareTheirSamples) {
 
 TEST(HostileFiles, TagsThatNameTheSameBytes) {
     // 4000 unknown tags, each of which says that the whole file is its value: kept, they would need 4000 times it.
-    std::vector<TiffBytes::Field> fields{{TIFFTAG_IMAGEWIDTH, 1},
-                                         {TIFFTAG_IMAGELENGTH, 1},
-                                         {TIFFTAG_STRIPOFFSETS, 8},
-                                         {TIFFTAG_STRIPBYTECOUNTS, 1}};
+    std::vector<TiffBytes::Field> fields{
+        {TIFFTAG_IMAGEWIDTH, 1}, {TIFFTAG_IMAGELENGTH, 1}, {TIFFTAG_STRIPOFFSETS, 8}, {TIFFTAG_STRIPBYTECOUNTS, 1}};
     for (std::uint32_t tag = 0; tag < 4000; ++tag) {
         fields.push_back({40000 + tag, 0, TIFF_BYTE, 1000000});
     }
@@ -360,13 +357,13 @@ TEST(HostileFiles, WhatIsNoImageFile) {
         std::filesystem::path path;
         const char* reason;
     };
-    for (const Case& c : {Case{folder / "missing.tif", "The file does not exist."},
-                          Case{folder / "empty.tif", "The file is empty."},
-                          Case{folder.path(), "This is a folder, not an image file."},
-                          Case{folder / "pipe", "This is not a regular file."},
-                          Case{folder / "text.tif/x", "The file cannot be opened: Not a directory."},
-                          Case{folder / "text.tif", "of no format that is known. Known are TIFF (.tif, .tiff), PNG"},
-                          Case{folder / "short.png", "of no format that is known"}}) {
+    for (const Case& c :
+         {Case{folder / "missing.tif", "The file does not exist."}, Case{folder / "empty.tif", "The file is empty."},
+          Case{folder.path(), "This is a folder, not an image file."},
+          Case{folder / "pipe", "This is not a regular file."},
+          Case{folder / "text.tif/x", "The file cannot be opened: Not a directory."},
+          Case{folder / "text.tif", "of no format that is known. Known are TIFF (.tif, .tiff), PNG"},
+          Case{folder / "short.png", "of no format that is known"}}) {
         const std::string text = textOf<LoadingError>([&] { readImage(c.path); });
         EXPECT_EQ(text.rfind("Cannot read the image file '" + c.path.string() + "'.", 0), 0U);
         EXPECT_THAT(text, HasSubstr(c.reason));

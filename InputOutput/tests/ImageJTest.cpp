@@ -21,10 +21,10 @@ TEST_F(ImageJ, Stacks) {
              Case{"ImageJ=1.53t\nimages=12\nslices=12\n", 12, {1, 1, 12, 1, 1}},
              Case{"ImageJ=1.53t\nimages=12\nframes=12\n", 12, {1, 1, 1, 12, 1}},
              Case{"ImageJ=1.53t\nimages=12\n", 12, {1, 1, 12, 1, 1}},
-             Case{"ImageJ=1.53t\nslices=5\n", 12, {1, 1, 12, 1, 1}},    // contradicts the pages
+             Case{"ImageJ=1.53t\nslices=5\n", 12, {1, 1, 12, 1, 1}},  // contradicts the pages
              Case{"ImageJ=1.53t\nslices=0\n", 12, {1, 1, 12, 1, 1}},
              Case{"ImageJ=1.53t\nimages=12\nslices=12\n", 1, {1, 1, 1, 1, 1}},  // one page of a stack
-             Case{"channels=12\n", 12, {1, 1, 12, 1, 1}},               // not ImageJ's
+             Case{"channels=12\n", 12, {1, 1, 12, 1, 1}},                       // not ImageJ's
              Case{"ImageJ=1\nslices=4294967296\nframes=4294967296\nchannels=12", 12, {1, 1, 12, 1, 1}},
          }) {
         {
@@ -105,9 +105,9 @@ TEST_F(ImageJ, StackWithoutDirectories) {
         const auto image = readImage(m_path);
         EXPECT_EQ(extentsOf(*image), (Extents{3, 2, 1, 2, 2}));
         const auto samples = samplesOf<std::uint16_t>(*image);
-        EXPECT_EQ(samples[0], 1);    // channel 0, frame 0: page 0
-        EXPECT_EQ(samples[6], 13);   // channel 0, frame 1: page 2
-        EXPECT_EQ(samples[12], 7);   // channel 1, frame 0: page 1
+        EXPECT_EQ(samples[0], 1);   // channel 0, frame 0: page 0
+        EXPECT_EQ(samples[6], 13);  // channel 0, frame 1: page 2
+        EXPECT_EQ(samples[12], 7);  // channel 1, frame 0: page 1
         EXPECT_EQ(samples[23], 24);
         putContent(m_path, content.substr(0, content.size() - 1));
         EXPECT_EQ(extentsOf(*readImage(m_path)), (Extents{3, 2, 1, 1, 1}));  // one page of a stack

@@ -54,8 +54,8 @@ TEST(Png, KeepsEveryBitOfWhatItHolds) {
     const TemporaryFolder folder;
     unsigned seed = 1;
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16}) {
-        for (const Extents& shape : {Extents{1, 1, 1, 1, 1}, Extents{37, 23, 1, 1, 1}, Extents{300, 200, 1, 1, 3},
-                                     Extents{3, 5, 1, 1, 4}}) {
+        for (const Extents& shape :
+             {Extents{1, 1, 1, 1, 1}, Extents{37, 23, 1, 1, 1}, Extents{300, 200, 1, 1, 3}, Extents{3, 5, 1, 1, 4}}) {
             for (const Compression compression : {Compression::FormatDefault, Compression::None}) {
                 for (const Interpretations interpretation : {RIX_BINARY, RIX_LABEL, RIX_VALUE}) {
                     MemoryImage image = randomImage(type, shape, ++seed);
@@ -66,8 +66,7 @@ TEST(Png, KeepsEveryBitOfWhatItHolds) {
                     image.setOriginOf(ROWS, -7.7);
                     image.setSpatialUnitName("µm");
                     writeImage(folder / "image.PNG", image, {.compression = compression});
-                    EXPECT_EQ(difference(image, *readImage(folder / "image.PNG")), "")
-                        << helper::describeImage(image);
+                    EXPECT_EQ(difference(image, *readImage(folder / "image.PNG")), "") << helper::describeImage(image);
                 }
             }
         }

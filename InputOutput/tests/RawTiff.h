@@ -11,8 +11,7 @@ namespace rix::io::test {
 /// A TIFF file as other programs write it: straight through libtiff, none of our code.
 class RawTiff {
 public:
-    explicit RawTiff(const std::filesystem::path& path, const char* mode = "w")
-        : m_tiff(TIFFOpen(path.c_str(), mode)) {
+    explicit RawTiff(const std::filesystem::path& path, const char* mode = "w") : m_tiff(TIFFOpen(path.c_str(), mode)) {
         if (m_tiff == nullptr) {
             throw std::runtime_error("libtiff opens no file");
         }
@@ -48,9 +47,8 @@ public:
     template <class Sample>
     RawTiff& block(std::uint32_t index, std::vector<Sample> samples) {
         const auto bytes = static_cast<tmsize_t>(samples.size() * sizeof(Sample));
-        const tmsize_t written = TIFFIsTiled(m_tiff) != 0
-                                     ? TIFFWriteEncodedTile(m_tiff, index, samples.data(), bytes)
-                                     : TIFFWriteEncodedStrip(m_tiff, index, samples.data(), bytes);
+        const tmsize_t written = TIFFIsTiled(m_tiff) != 0 ? TIFFWriteEncodedTile(m_tiff, index, samples.data(), bytes)
+                                                          : TIFFWriteEncodedStrip(m_tiff, index, samples.data(), bytes);
         if (written != bytes) {
             throw std::runtime_error("libtiff writes no block");
         }

@@ -22,8 +22,8 @@ namespace rix::io::test {
 using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
 inline constexpr std::array<VoxelTypes, 10> AllVoxelTypes{
-    RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,            RIX_INT16,
-    RIX_INT32, RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
+    RIX_UINT8,   RIX_UINT16,  RIX_UINT32,          RIX_INT8,           RIX_INT16, RIX_INT32,
+    RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
 
 /// A folder that goes with all that is in it.
 class TemporaryFolder {

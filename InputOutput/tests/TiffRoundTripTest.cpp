@@ -30,7 +30,7 @@ const std::vector<Storage>& storages() {
 TEST(TiffRoundTrip, KeepsEveryBitOfAllTypesAxesAndStorages) {
     const TemporaryFolder folder;
     const auto path = folder / "image.tif";
-    const std::vector<Extents> shapes{{1, 1, 1, 1, 1},  {37, 23, 1, 1, 1}, {5, 4, 3, 1, 1}, {16, 16, 1, 4, 1},
+    const std::vector<Extents> shapes{{1, 1, 1, 1, 1},   {37, 23, 1, 1, 1}, {5, 4, 3, 1, 1}, {16, 16, 1, 4, 1},
                                       {33, 17, 1, 1, 5}, {7, 5, 2, 3, 2},   {1, 50, 2, 1, 2}};
     unsigned seed = 1;
     for (const VoxelTypes type : AllVoxelTypes) {
@@ -141,9 +141,9 @@ TEST(TiffRoundTrip, OtherReadersFindAxesAndCalibration) {
     const char* description = nullptr;
     ASSERT_EQ(TIFFGetField(raw.get(), TIFFTAG_IMAGEDESCRIPTION, &description), 1);
     EXPECT_EQ(std::string(description).rfind("ImageJ=", 0), 0U);
-    for (const char* line : {"\nimages=24\n", "\nchannels=2\n", "\nslices=4\n", "\nframes=3\n", "\nhyperstack=true\n",
-                             "\nunit=\\u00B5m\n", "\nspacing=1.5\n", "\nfinterval=30\n", "\ntunit=min\n",
-                             "\nxorigin=10\n", "\nrix_interpretation=label\n"}) {
+    for (const char* line :
+         {"\nimages=24\n", "\nchannels=2\n", "\nslices=4\n", "\nframes=3\n", "\nhyperstack=true\n", "\nunit=\\u00B5m\n",
+          "\nspacing=1.5\n", "\nfinterval=30\n", "\ntunit=min\n", "\nxorigin=10\n", "\nrix_interpretation=label\n"}) {
         EXPECT_THAT(description, HasSubstr(line));
     }
     float x = 0.0F;

@@ -48,8 +48,7 @@ public:
     }
     bool getRowAt(std::size_t count, RawData& address, std::size_t column, std::size_t row, std::size_t plane,
                   std::size_t sequence, std::size_t spectral) const override {
-        return row != faultyRow &&
-               MemoryImage::getRowAt(count, address, column, row, plane, sequence, spectral);
+        return row != faultyRow && MemoryImage::getRowAt(count, address, column, row, plane, sequence, spectral);
     }
 };
 

@@ -11,9 +11,12 @@ namespace rix::point_operations {
 
 std::span<const algorithms::AlgoInfoAccessor> moduleAlgorithms() {
     static constexpr algorithms::AlgoInfoAccessor accessors[] = {
-        &ArithmeticOperationWithImage::getInfo, &ArithmeticOperationWithValue::getInfo,
-        &LogicalOperationWithImage::getInfo,    &LogicalOperationWithValue::getInfo,
-        &ConvertImage::getInfo,                 &MaskImage::getInfo,
+        &ArithmeticOperationWithImage::getInfo,
+        &ArithmeticOperationWithValue::getInfo,
+        &LogicalOperationWithImage::getInfo,
+        &LogicalOperationWithValue::getInfo,
+        &ConvertImage::getInfo,
+        &MaskImage::getInfo,
     };
     return accessors;
 }

@@ -50,8 +50,7 @@ void ArithmeticOperationWithValue::applyAllRules() {
     }
     std::vector<ScopedRule> ofOutput;
     if (image != nullptr) {
-        ofOutput =
-            outputRules(state.outputImage, getPromotedType(image, getValue(), kind), {&state.inputImage});
+        ofOutput = outputRules(state.outputImage, getPromotedType(image, getValue(), kind), {&state.inputImage});
     }
     BaseAlgorithm::applyAllRules();
 }

@@ -131,8 +131,7 @@ void processValue(ArithmeticOperationWithValue& algorithm, OptimLevelType level)
                                                      *algorithm.getOutputImage(), algorithm};
     const VoxelTypes type = info.output.getVoxelType();
     const VoxelTypes imageType = info.input.getVoxelType();
-    const double cost =
-        costOf(op, type, helper::getElementSize(info.input) + helper::getElementSize(info.output));
+    const double cost = costOf(op, type, helper::getElementSize(info.input) + helper::getElementSize(info.output));
 
     access::dispatch(access::AllTypes{}, type, [&](auto tag) {
         using T = typename decltype(tag)::type;

@@ -183,11 +183,10 @@ void doubleRow(const void* first, const void* second, void* output, std::size_t 
 }
 
 const ArithmeticRows& rowsOfFloats() {
-    static constexpr ArithmeticRows table = {{&partwiseRow<ArithmeticOperatorMonoType_Add, float>,
-                                              &partwiseRow<ArithmeticOperatorMonoType_Subtract, float>,
-                                              &floatRow<ProductOfFloats, &carefulProduct>,
-                                              &floatRow<QuotientOfFloats, &carefulQuotient>, nullptr, nullptr},
-                                             {}};
+    static constexpr ArithmeticRows table = {
+        {&partwiseRow<ArithmeticOperatorMonoType_Add, float>, &partwiseRow<ArithmeticOperatorMonoType_Subtract, float>,
+         &floatRow<ProductOfFloats, &carefulProduct>, &floatRow<QuotientOfFloats, &carefulQuotient>, nullptr, nullptr},
+        {}};
     return table;
 }
 
@@ -195,8 +194,7 @@ const ArithmeticRows& rowsOfDoubles() {
     static constexpr ArithmeticRows table = {{&partwiseRow<ArithmeticOperatorMonoType_Add, double>,
                                               &partwiseRow<ArithmeticOperatorMonoType_Subtract, double>,
                                               &doubleRow<ProductOfDoubles, &carefulProduct, false>,
-                                              &doubleRow<QuotientOfDoubles, &carefulQuotient, true>, nullptr,
-                                              nullptr},
+                                              &doubleRow<QuotientOfDoubles, &carefulQuotient, true>, nullptr, nullptr},
                                              {}};
     return table;
 }

@@ -27,10 +27,11 @@ struct OutputKind {
 
 /// By the values of `ConvertImage::OutputType`.
 constexpr OutputKind outputKinds[] = {
-    {RIX_UINT8, RIX_VALUE},   {RIX_INT8, RIX_VALUE},    {RIX_UINT16, RIX_VALUE},          {RIX_INT16, RIX_VALUE},
-    {RIX_UINT32, RIX_VALUE},  {RIX_INT32, RIX_VALUE},   {RIX_FLOAT32, RIX_VALUE},         {RIX_FLOAT64, RIX_VALUE},
-    {RIX_COMPLEX_FLOAT32, RIX_VALUE}, {RIX_COMPLEX_FLOAT64, RIX_VALUE}, {RIX_UINT8, RIX_BINARY},
-    {RIX_UINT8, RIX_LABEL},   {RIX_UINT16, RIX_LABEL},  {RIX_UINT32, RIX_LABEL},
+    {RIX_UINT8, RIX_VALUE},           {RIX_INT8, RIX_VALUE},    {RIX_UINT16, RIX_VALUE},
+    {RIX_INT16, RIX_VALUE},           {RIX_UINT32, RIX_VALUE},  {RIX_INT32, RIX_VALUE},
+    {RIX_FLOAT32, RIX_VALUE},         {RIX_FLOAT64, RIX_VALUE}, {RIX_COMPLEX_FLOAT32, RIX_VALUE},
+    {RIX_COMPLEX_FLOAT64, RIX_VALUE}, {RIX_UINT8, RIX_BINARY},  {RIX_UINT8, RIX_LABEL},
+    {RIX_UINT16, RIX_LABEL},          {RIX_UINT32, RIX_LABEL},
 };
 
 const OutputKind* outputKind(int outputType) {
@@ -94,8 +95,8 @@ void ConvertImage::applyAllRules() {
     state.isBinary = isBinary(getInputImage());
     std::optional<ScopedRule> ofOutput;
     if (const OutputKind* const kind = outputKind(getOutputType()); kind != nullptr) {
-        ofOutput.emplace(state.outputImage, AddRuleEnforceImage(ImageCheck{kind->voxelType, state.inputImage,
-                                                                           kind->interpretation}));
+        ofOutput.emplace(state.outputImage,
+                         AddRuleEnforceImage(ImageCheck{kind->voxelType, state.inputImage, kind->interpretation}));
     }
     BaseAlgorithm::applyAllRules();
 }

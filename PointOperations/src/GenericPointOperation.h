@@ -32,25 +32,26 @@ public:
 
     void operator()(const access::PointPlan& plan, const access::PointBlock& block, StreamRow stream) const {
         const std::size_t piece = pieceSamples(
-            std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}), stream);
+            std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}),
+            stream);
         const bool wholeRows = m_conversion.isNone() && stream == nullptr;
         CastingAdapter in(m_input, m_conversion, plan, piece);
         PieceWriter out(m_output, plan, stream, piece);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             in.read(segment);
             out.open(segment);
-            forEachPiece(segment.count, wholeRows ? segment.count : piece, out, [&](std::size_t first, std::size_t count) {
-                m_functor(in.piece(first, count), out.piece(first, count), count);
-                out.pieceDone();
-            });
+            forEachPiece(segment.count, wholeRows ? segment.count : piece, out,
+                         [&](std::size_t first, std::size_t count) {
+                             m_functor(in.piece(first, count), out.piece(first, count), count);
+                             out.pieceDone();
+                         });
             out.flush();
         });
     }
 
 protected:
     GenericPointOperationImageToImageScalarTwoTypesBody(const GenericPointOperationImageToImageInfo& info,
-                                                        const Functor& functor, OptimLevelType level,
-                                                        VoxelTypes readAs)
+                                                        const Functor& functor, OptimLevelType level, VoxelTypes readAs)
         : m_input{info.input, readAs, info.inputIsBinary},
           m_conversion(m_input, level),
           m_output(info.output),

@@ -33,10 +33,11 @@ void ImagePairToImageFilter3d::run(access::ExecutionContext& context, double nan
             first.read(segment);
             second.read(segment);
             out.open(segment);
-            forEachPiece(segment.count, wholeRows ? segment.count : piece, out, [&](std::size_t begin, std::size_t count) {
-                apply(first.piece(begin, count), second.piece(begin, count), out.piece(begin, count), count);
-                out.pieceDone();
-            });
+            forEachPiece(
+                segment.count, wholeRows ? segment.count : piece, out, [&](std::size_t begin, std::size_t count) {
+                    apply(first.piece(begin, count), second.piece(begin, count), out.piece(begin, count), count);
+                    out.pieceDone();
+                });
             out.flush();
         });
     });

@@ -40,8 +40,9 @@ HWY_INLINE V quotientsOfInt16(V a, V b) {
     const auto upper = [&](V v) HWY_ATTR {
         return hn::ConvertTo(dReal, hn::ShiftRight<16>(hn::BitCast(d32, hn::InterleaveUpper(d16, v, v))));
     };
-    const V quotients = hn::ReorderDemote2To(d16, simd::HWY_NAMESPACE::truncatedVector(d32, quotient(lower(a), lower(b))),
-                                             simd::HWY_NAMESPACE::truncatedVector(d32, quotient(upper(a), upper(b))));
+    const V quotients =
+        hn::ReorderDemote2To(d16, simd::HWY_NAMESPACE::truncatedVector(d32, quotient(lower(a), lower(b))),
+                             simd::HWY_NAMESPACE::truncatedVector(d32, quotient(upper(a), upper(b))));
     // By -1 apart: the quotient of the most negative integer wraps to itself, and would be clamped here.
     const V zero = hn::Zero(d16);
     const V results = hn::IfThenElse(hn::Eq(b, hn::Set(d16, -1)), hn::Sub(zero, a), quotients);

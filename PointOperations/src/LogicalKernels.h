@@ -8,7 +8,8 @@
 namespace rix::point_operations {
 
 /// The kernels of the logical operators, indexed by `LogicalOperators::LogicalOperatorType`. The operators work bit by
-/// bit, so that a kernel serves every type of its width, and those of pairs serve every type: `count` is in bytes there.
+/// bit, so that a kernel serves every type of its width, and those of pairs serve every type: `count` is in bytes
+/// there.
 struct LogicalRows {
     PairRow pairOfBytes[7];
     ValueRow value8[7];

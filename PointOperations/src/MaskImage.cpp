@@ -57,9 +57,8 @@ void MaskImage::applyAllRules() {
         if (mask->getVoxelType() != image->getVoxelType()) {
             notTheMask.emplace(state.outputImage, AddRuleCompare(CompareRelation::NotEqual, state.inputBinaryImage));
         }
-        likeTheInput.emplace(state.outputImage,
-                             AddRuleEnforceImage(ImageCheck{image->getVoxelType(), state.inputImage,
-                                                            image->getInterpretation()}));
+        likeTheInput.emplace(state.outputImage, AddRuleEnforceImage(ImageCheck{image->getVoxelType(), state.inputImage,
+                                                                               image->getInterpretation()}));
     }
     BaseAlgorithm::applyAllRules();
 }

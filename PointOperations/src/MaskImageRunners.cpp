@@ -18,7 +18,8 @@ void process(MaskImage& algorithm, OptimLevelType level) {
     const PairRow row = maskRow(sampleBytes, maskBytes, level);
     const ImagePairToImageFilter3d filter({image, image.getVoxelType(), binary}, {mask, mask.getVoxelType()},
                                           *algorithm.getOutputImage(), level);
-    filter.run(algorithm.executionContext(), nanosecondsPerByte * static_cast<double>(2 * sampleBytes + maskBytes), row);
+    filter.run(algorithm.executionContext(), nanosecondsPerByte * static_cast<double>(2 * sampleBytes + maskBytes),
+               row);
 }
 
 }  // namespace

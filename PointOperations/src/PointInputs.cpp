@@ -10,8 +10,8 @@ namespace rix::point_operations {
 
 namespace {
 
-/// No processor has more of its last-level cache for each of its cores. A virtual machine of few processors that is told
-/// of a cache larger than that shares it with others.
+/// No processor has more of its last-level cache for each of its cores. A virtual machine of few processors that is
+/// told of a cache larger than that shares it with others.
 constexpr std::size_t largestCachePerProcessor = std::size_t{32} << 20;
 
 /// A few of these fit a first-level cache of 32 KiB beside each other.
@@ -91,8 +91,8 @@ std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream) {
 }
 
 StreamRow streamRowFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes, OptimLevelType level) {
-    const std::size_t cache = std::min(devices::Cpu::lastLevelCache(),
-                                       devices::Cpu::logicalProcessors() * largestCachePerProcessor);
+    const std::size_t cache =
+        std::min(devices::Cpu::lastLevelCache(), devices::Cpu::logicalProcessors() * largestCachePerProcessor);
     std::size_t all = 0;
     std::size_t output = 0;
     const bool counts = helper::checkedMultiply(voxels, inputBytes + outputBytes, all) &&

@@ -102,9 +102,9 @@ void forEachPiece(std::size_t segmentSamples, std::size_t pieceSamples, const Pi
 /// How many samples a piece has whose buffers are to stay in the first-level cache.
 std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream);
 
-/// How an output is streamed, when the images of a run together exceed the last-level cache and the output alone fills half
-/// of it; else null: a smaller output costs more on the way through the buffer than its lines cost to fetch (measured with
-/// one byte written for four read).
+/// How an output is streamed, when the images of a run together exceed the last-level cache and the output alone fills
+/// half of it; else null: a smaller output costs more on the way through the buffer than its lines cost to fetch
+/// (measured with one byte written for four read).
 /// @param inputBytes, outputBytes bytes read and written a voxel
 StreamRow streamRowFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes, OptimLevelType level);
 

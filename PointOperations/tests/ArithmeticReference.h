@@ -11,9 +11,9 @@ namespace rix::point_operations::test {
 
 using Operators = ArithmeticOperators;
 
-inline constexpr Operators::ArithmeticOperatorType allOperators[] = {
-    Operators::ADD, Operators::SUBTRACT, Operators::MULTIPLY, Operators::DIVIDE, Operators::MINIMUM,
-    Operators::MAXIMUM};
+inline constexpr Operators::ArithmeticOperatorType allOperators[] = {Operators::ADD,      Operators::SUBTRACT,
+                                                                     Operators::MULTIPLY, Operators::DIVIDE,
+                                                                     Operators::MINIMUM,  Operators::MAXIMUM};
 
 inline PromotionTypesRulesType tableOf(Operators::ArithmeticOperatorType op) {
     return op == Operators::MULTIPLY  ? PROMOTION_MULTIPLICATIVE
@@ -65,7 +65,10 @@ T referenceResult(T a, T b, Operators::ArithmeticOperatorType op) {
             default: break;
         }
         if constexpr (std::is_floating_point_v<T>) {
-            return op == Operators::ADD ? a + b : op == Operators::SUBTRACT ? a - b : op == Operators::MULTIPLY ? a * b : a / b;
+            return op == Operators::ADD        ? a + b
+                   : op == Operators::SUBTRACT ? a - b
+                   : op == Operators::MULTIPLY ? a * b
+                                               : a / b;
         } else {
             // 128 bits hold every sum and product; the low bits are kept.
             __extension__ using Integer = __int128;

@@ -62,9 +62,9 @@ TEST(Arithmetic, OfTwoImagesEqualsTheDefinitionForEveryPairOfTypesOperatorAndLev
 
 TEST(Arithmetic, OfAValueEqualsTheDefinitionForEveryTypeOperatorAndLevel) {
     const double infinity = std::numeric_limits<double>::infinity();
-    const double values[] = {0,     -0.0,  1,       -1,        3,           7,          255,        -2,
-                             40000, 70000, -70000,  32767,     -32768,      2147483647, -2147483648.0,
-                             3e9,   5e9,   0.5,     -1.5,      1e-310,      1e300,      infinity,   std::nan("")};
+    const double values[] = {0,     -0.0,  1,      -1,     3,      7,          255,           -2,
+                             40000, 70000, -70000, 32767,  -32768, 2147483647, -2147483648.0, 3e9,
+                             5e9,   0.5,   -1.5,   1e-310, 1e300,  infinity,   std::nan("")};
     for (const VoxelTypes type : allTypes) {
         const io::MemoryImage image =
             makeRandomImage({.voxelType = type, .extents = {219, 3, 1, 1, 1}}, 5, Extremes::All);
@@ -89,9 +89,9 @@ TEST(Arithmetic, OfAValueEqualsTheDefinitionForEveryTypeOperatorAndLevel) {
 TEST(Arithmetic, DividesEveryPairOf16BitIntegersThatCouldRoundUp) {
     // Quotients just below an integer: multiples of the divisor less one, with every divisor.
     const Extents extents{65536, 1, 1, 1, 1};
-    const io::MemoryImage divisors = rix::test::makeImage(
-        {.voxelType = RIX_INT16, .extents = extents},
-        [](std::size_t c, auto...) { return static_cast<std::int64_t>(c) - 32768; });
+    const io::MemoryImage divisors =
+        rix::test::makeImage({.voxelType = RIX_INT16, .extents = extents},
+                             [](std::size_t c, auto...) { return static_cast<std::int64_t>(c) - 32768; });
     for (const std::int64_t multiple : {1, 2, 3, 7, 100, 181, 32767, -1, -3, -32768}) {
         for (const std::int64_t offset : {-1, 0, 1}) {
             const io::MemoryImage dividends =
@@ -111,7 +111,8 @@ TEST(Arithmetic, DividesEveryPairOf16BitIntegersThatCouldRoundUp) {
 
 TEST(Arithmetic, DividesEveryPairOfBytes) {
     const Extents extents{256, 256, 1, 1, 1};
-    const io::MemoryImage dividends = rix::test::makeImage({.extents = extents}, [](std::size_t c, auto...) { return c; });
+    const io::MemoryImage dividends =
+        rix::test::makeImage({.extents = extents}, [](std::size_t c, auto...) { return c; });
     const io::MemoryImage divisors =
         rix::test::makeImage({.extents = extents}, [](std::size_t, std::size_t y, auto...) { return y; });
     const io::MemoryImage expected = referenceOfImages(dividends, divisors, Operators::DIVIDE);
@@ -128,10 +129,14 @@ TEST(Arithmetic, HandlesEveryWidthAndOddOffsets) {
         VoxelTypes second;
         Op op;
     };
-    const Case cases[] = {{RIX_UINT8, RIX_UINT8, Operators::ADD},       {RIX_UINT8, RIX_UINT8, Operators::MULTIPLY},
-                          {RIX_INT16, RIX_INT16, Operators::DIVIDE},    {RIX_UINT16, RIX_UINT16, Operators::SUBTRACT},
-                          {RIX_UINT8, RIX_INT16, Operators::MAXIMUM},   {RIX_INT32, RIX_INT32, Operators::DIVIDE},
-                          {RIX_FLOAT32, RIX_FLOAT32, Operators::DIVIDE}, {RIX_FLOAT64, RIX_UINT8, Operators::ADD},
+    const Case cases[] = {{RIX_UINT8, RIX_UINT8, Operators::ADD},
+                          {RIX_UINT8, RIX_UINT8, Operators::MULTIPLY},
+                          {RIX_INT16, RIX_INT16, Operators::DIVIDE},
+                          {RIX_UINT16, RIX_UINT16, Operators::SUBTRACT},
+                          {RIX_UINT8, RIX_INT16, Operators::MAXIMUM},
+                          {RIX_INT32, RIX_INT32, Operators::DIVIDE},
+                          {RIX_FLOAT32, RIX_FLOAT32, Operators::DIVIDE},
+                          {RIX_FLOAT64, RIX_UINT8, Operators::ADD},
                           {RIX_COMPLEX_FLOAT64, RIX_COMPLEX_FLOAT64, Operators::DIVIDE}};
     for (const Case& test : cases) {
         const Extents large{90, 6, 1, 1, 1};
@@ -156,7 +161,8 @@ TEST(Arithmetic, HandlesEveryWidthAndOddOffsets) {
                 for (const auto& [column, count] : {std::pair{std::size_t{0}, left}, std::pair{3 + width, right}}) {
                     const ImageModelSizeProxy beside(&target, {column, 0, 0, 0, 0}, {count, 6, 1, 1, 1});
                     const ImageModelSizeProxy untouched(&before, {column, 0, 0, 0, 0}, {count, 6, 1, 1, 1});
-                    ASSERT_TRUE(imagesEqual(untouched, beside, {.headers = rix::test::ComparisonOptions::Headers::ExtentsAndTypes}))
+                    ASSERT_TRUE(imagesEqual(untouched, beside,
+                                            {.headers = rix::test::ComparisonOptions::Headers::ExtentsAndTypes}))
                         << "written beside the view";
                 }
             }
@@ -285,9 +291,12 @@ TEST(Arithmetic, ChoosesTheTypeOfAValueAndDescribesIt) {
         VoxelTypes result;
     };
     const Case cases[] = {
-        {RIX_UINT8, 3, Operators::ADD, RIX_INT16},         {RIX_UINT8, 70000, Operators::ADD, RIX_INT32},
-        {RIX_UINT8, 3e9, Operators::ADD, RIX_INT32},       {RIX_UINT8, 3e9, Operators::MULTIPLY, RIX_UINT32},
-        {RIX_FLOAT32, 0.5, Operators::ADD, RIX_FLOAT32},   {RIX_INT16, 0.5, Operators::ADD, RIX_FLOAT64},
+        {RIX_UINT8, 3, Operators::ADD, RIX_INT16},
+        {RIX_UINT8, 70000, Operators::ADD, RIX_INT32},
+        {RIX_UINT8, 3e9, Operators::ADD, RIX_INT32},
+        {RIX_UINT8, 3e9, Operators::MULTIPLY, RIX_UINT32},
+        {RIX_FLOAT32, 0.5, Operators::ADD, RIX_FLOAT32},
+        {RIX_INT16, 0.5, Operators::ADD, RIX_FLOAT64},
         {RIX_COMPLEX_FLOAT32, 0.5, Operators::ADD, RIX_COMPLEX_FLOAT32},
     };
     for (const Case& test : cases) {
@@ -321,15 +330,18 @@ TEST(Arithmetic, OfTwoImagesRefusesBadPropertiesAndRunsAfterwards) {
             a.setArithmeticOperator(Operators::ADD);
             a.setOutputImage(&result);
         },
-        {{"no first image", [](OfImages& a) { a.setInputImage1(nullptr); },
+        {{"no first image",
+          [](OfImages& a) { a.setInputImage1(nullptr); },
           {"The parameter \"inputImage1\" must be set.", "Rule error in property inputImage1"}},
-         {"no second image", [](OfImages& a) { a.setInputImage2(nullptr); },
+         {"no second image",
+          [](OfImages& a) { a.setInputImage2(nullptr); },
           {"The parameter \"inputImage2\" must be set."}},
          {"no output", [](OfImages& a) { a.setOutputImage(nullptr); }, {"The parameter \"outputImage\" must be set."}},
          {"vectors", [](OfImages& a) { a.setInputImage2(&vectors); }, {"inputImage2", "supports only scalar types"}},
          {"empty", [](OfImages& a) { a.setInputImage1(&empty); }, {"inputImage1", "empty"}},
          {"sizes", [](OfImages& a) { a.setInputImage2(&small); }, {"must have the same size.", "inputImage2"}},
-         {"operator", [](OfImages& a) { a.setArithmeticOperator(static_cast<Op>(6)); },
+         {"operator",
+          [](OfImages& a) { a.setArithmeticOperator(static_cast<Op>(6)); },
           {"The provided arithmeticOperator is unknow (value=6)."}},
          {"operator and image",
           [](OfImages& a) {
@@ -343,7 +355,9 @@ TEST(Arithmetic, OfTwoImagesRefusesBadPropertiesAndRunsAfterwards) {
               a.setArithmeticOperator(Operators::MINIMUM);
           },
           {"inputImage2", "complex float32", "only integer or floating types"}},
-         {"a view of another size", [](OfImages& a) { a.setOutputImage(&fixedSize); }, {"outputImage", "inputImage1"}}});
+         {"a view of another size",
+          [](OfImages& a) { a.setOutputImage(&fixedSize); },
+          {"outputImage", "inputImage1"}}});
 }
 
 TEST(Arithmetic, OfAValueRefusesBadPropertiesAndRunsAfterwards) {
@@ -357,7 +371,8 @@ TEST(Arithmetic, OfAValueRefusesBadPropertiesAndRunsAfterwards) {
          {"no output", [](OfValue& a) { a.setOutputImage(nullptr); }, {"The parameter \"outputImage\" must be set."}},
          {"vectors", [](OfValue& a) { a.setInputImage(&vectors); }, {"inputImage", "supports only scalar types"}},
          {"empty", [](OfValue& a) { a.setInputImage(&empty); }, {"inputImage", "empty"}},
-         {"operator", [](OfValue& a) { a.setArithmeticOperator(static_cast<Op>(99)); },
+         {"operator",
+          [](OfValue& a) { a.setArithmeticOperator(static_cast<Op>(99)); },
           {"The provided arithmeticOperator is unknow (value=99)."}},
          {"complex maximum",
           [](OfValue& a) {
@@ -386,7 +401,8 @@ TEST(Arithmetic, DeclaresItsProperties) {
     EXPECT_TRUE(algorithm.getPropertyfromName("arithmeticOperator")->read("MAXIMUM", normalised));
     EXPECT_EQ(algorithm.getArithmeticOperator(), OfImages::MAXIMUM);
     EXPECT_EQ(algorithm.getBorderInfluence(), BorderInfluence());
-    EXPECT_EQ(AlgoInfo::fromName("ArithmeticOperationWithValue").createInstance(nullptr)->getNumOfInputProperties(), 3U);
+    EXPECT_EQ(AlgoInfo::fromName("ArithmeticOperationWithValue").createInstance(nullptr)->getNumOfInputProperties(),
+              3U);
 }
 
 }  // namespace

@@ -63,8 +63,8 @@ void convert(const ImageModel& input, Type type, ImageModel& output, OptimLevelT
 /// The numbers at which truncation and the formats of reals change their ways.
 io::MemoryImage edgeNumbers(VoxelTypes type) {
     const double infinity = std::numeric_limits<double>::infinity();
-    std::vector<double> numbers = {0.0, -0.0, 300.7, -1.5, 2.9, -0.99, 1e300, -1e300, 1e-310, infinity, -infinity,
-                                   std::nan("")};
+    std::vector<double> numbers = {0.0,   -0.0,   300.7,  -1.5,     2.9,       -0.99,
+                                   1e300, -1e300, 1e-310, infinity, -infinity, std::nan("")};
     for (const double power : {0x1p7, 0x1p8, 0x1p15, 0x1p16, 0x1p24, 0x1p31, 0x1p32, 0x1p53, 0x1p63, 0x1p64}) {
         for (const double sign : {1.0, -1.0}) {
             for (const double step : {-1.5, -1.0, -0.5, 0.0, 0.5, 1.0, 1.5}) {
@@ -190,13 +190,16 @@ TEST(ConvertImage, RefusesBadPropertiesAndRunsAfterwards) {
             a.setOutputImage(&result);
         },
         {{"no image", [](ConvertImage& a) { a.setInputImage(nullptr); }, {"The parameter \"inputImage\" must be set."}},
-         {"no output", [](ConvertImage& a) { a.setOutputImage(nullptr); },
+         {"no output",
+          [](ConvertImage& a) { a.setOutputImage(nullptr); },
           {"The parameter \"outputImage\" must be set."}},
          {"vectors", [](ConvertImage& a) { a.setInputImage(&vectors); }, {"inputImage", "supports only scalar types"}},
          {"empty", [](ConvertImage& a) { a.setInputImage(&empty); }, {"inputImage", "empty"}},
-         {"type", [](ConvertImage& a) { a.setOutputType(static_cast<Type>(14)); },
+         {"type",
+          [](ConvertImage& a) { a.setOutputType(static_cast<Type>(14)); },
           {"The value of the parameter \"outputType\" is not valid", "14"}},
-         {"negative type", [](ConvertImage& a) { a.setOutputType(static_cast<Type>(-1)); },
+         {"negative type",
+          [](ConvertImage& a) { a.setOutputType(static_cast<Type>(-1)); },
           {"The value of the parameter \"outputType\" is not valid"}}});
     EXPECT_EQ(ConvertImage().getVersion(), 2);
     EXPECT_EQ(ConvertImage().getOutputType(), ConvertImage::UNSIGNED_INTEGER_8_BIT);

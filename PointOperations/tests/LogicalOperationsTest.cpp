@@ -19,9 +19,9 @@ struct Table {
 };
 
 constexpr Table tables[] = {
-    {OfImages::AND, {false, false, false, true}}, {OfImages::OR, {false, true, true, true}},
-    {OfImages::XOR, {false, true, true, false}},  {OfImages::NAND, {true, true, true, false}},
-    {OfImages::NOR, {true, false, false, false}}, {OfImages::NXOR, {true, false, false, true}},
+    {OfImages::AND, {false, false, false, true}},      {OfImages::OR, {false, true, true, true}},
+    {OfImages::XOR, {false, true, true, false}},       {OfImages::NAND, {true, true, true, false}},
+    {OfImages::NOR, {true, false, false, false}},      {OfImages::NXOR, {true, false, false, true}},
     {OfImages::SUBTRACT, {false, false, true, false}},
 };
 
@@ -29,8 +29,8 @@ template <class T>
 T referenceResult(T a, T b, const Table& table, std::size_t bits) {
     std::uint32_t result = 0;
     for (std::size_t bit = 0; bit < bits; ++bit) {
-        const std::size_t index = ((static_cast<std::uint32_t>(a) >> bit & 1U) << 1) |
-                                  (static_cast<std::uint32_t>(b) >> bit & 1U);
+        const std::size_t index =
+            ((static_cast<std::uint32_t>(a) >> bit & 1U) << 1) | (static_cast<std::uint32_t>(b) >> bit & 1U);
         result |= table.bits[index] ? 1U << bit : 0U;
     }
     return static_cast<T>(result);
@@ -154,8 +154,7 @@ TEST(LogicalOperations, GiveTheDocumentedResults) {
 const io::MemoryImage good = makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
 const io::MemoryImage wide = makeRandomImage({.voxelType = RIX_UINT16, .extents = {9, 9, 1, 1, 1}}, 1);
 const io::MemoryImage real = makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
-const io::MemoryImage binary =
-    makeRandomImage({.extents = {9, 9, 1, 1, 1}, .interpretation = RIX_BINARY}, 1);
+const io::MemoryImage binary = makeRandomImage({.extents = {9, 9, 1, 1, 1}, .interpretation = RIX_BINARY}, 1);
 const io::MemoryImage vectors = makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
 const io::MemoryImage small = makeRandomImage({.extents = {5, 5, 2, 1, 1}}, 1);
 const io::MemoryImage empty;
@@ -169,9 +168,11 @@ TEST(LogicalOperations, RefuseBadPropertiesAndRunAfterwards) {
             a.setLogicalOperator(OfImages::AND);
             a.setOutputImage(&result);
         },
-        {{"no first image", [](OfImages& a) { a.setInputImage1(nullptr); },
+        {{"no first image",
+          [](OfImages& a) { a.setInputImage1(nullptr); },
           {"The parameter \"inputImage1\" must be set."}},
-         {"no second image", [](OfImages& a) { a.setInputImage2(nullptr); },
+         {"no second image",
+          [](OfImages& a) { a.setInputImage2(nullptr); },
           {"The parameter \"inputImage2\" must be set."}},
          {"no output", [](OfImages& a) { a.setOutputImage(nullptr); }, {"The parameter \"outputImage\" must be set."}},
          {"types", [](OfImages& a) { a.setInputImage2(&wide); }, {"must have the same type.", "inputImage2"}},
@@ -179,11 +180,14 @@ TEST(LogicalOperations, RefuseBadPropertiesAndRunAfterwards) {
          {"real", [](OfImages& a) { a.setInputImage1(&real); }, {"inputImage1", "only integer types"}},
          {"vectors", [](OfImages& a) { a.setInputImage1(&vectors); }, {"supports only scalar types"}},
          {"empty", [](OfImages& a) { a.setInputImage1(&empty); }, {"inputImage1", "empty"}},
-         {"first binary", [](OfImages& a) { a.setInputImage1(&binary); },
+         {"first binary",
+          [](OfImages& a) { a.setInputImage1(&binary); },
           {"must have a binary interpretation if the parameter", "Rule error in property inputImage2"}},
-         {"second binary", [](OfImages& a) { a.setInputImage2(&binary); },
+         {"second binary",
+          [](OfImages& a) { a.setInputImage2(&binary); },
           {"must have a binary interpretation if the parameter", "Rule error in property inputImage1"}},
-         {"operator", [](OfImages& a) { a.setLogicalOperator(static_cast<Op>(7)); },
+         {"operator",
+          [](OfImages& a) { a.setLogicalOperator(static_cast<Op>(7)); },
           {"The value of the parameter \"logicalOperator\" is not valid", "7"}}});
     expectRefusals<OfValue>(
         [](OfValue& a) {
@@ -193,7 +197,8 @@ TEST(LogicalOperations, RefuseBadPropertiesAndRunAfterwards) {
         },
         {{"no image", [](OfValue& a) { a.setInputImage(nullptr); }, {"The parameter \"inputImage\" must be set."}},
          {"real", [](OfValue& a) { a.setInputImage(&real); }, {"inputImage", "only integer types"}},
-         {"operator", [](OfValue& a) { a.setLogicalOperator(static_cast<Op>(-3)); },
+         {"operator",
+          [](OfValue& a) { a.setLogicalOperator(static_cast<Op>(-3)); },
           {"The value of the parameter \"logicalOperator\" is not valid"}}});
 }
 

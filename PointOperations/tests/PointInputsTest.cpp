@@ -7,7 +7,9 @@
 namespace rix::point_operations::test {
 namespace {
 
-const OptimLevelType bestLevel = devices::Cpu::supports(VEC_AVX) ? VEC_AVX : devices::Cpu::supports(VEC_SSE) ? VEC_SSE : SCALAR;
+const OptimLevelType bestLevel = devices::Cpu::supports(VEC_AVX)   ? VEC_AVX
+                                 : devices::Cpu::supports(VEC_SSE) ? VEC_SSE
+                                                                   : SCALAR;
 
 TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT64}) {

@@ -37,8 +37,9 @@ using rix::test::Extremes;
 using rix::test::imagesEqual;
 using rix::test::makeRandomImage;
 
-inline constexpr VoxelTypes allTypes[] = {RIX_UINT8, RIX_UINT16,  RIX_UINT32,  RIX_INT8,            RIX_INT16,
-                                          RIX_INT32, RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
+inline constexpr VoxelTypes allTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
+                                          RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
+                                          RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
 inline constexpr VoxelTypes integerTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32};
 
 inline bool isComplexType(VoxelTypes type) {

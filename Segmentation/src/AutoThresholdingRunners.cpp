@@ -48,10 +48,9 @@ void processSide(Algorithm& algorithm, OptimLevelType level) {
 }  // namespace
 
 void addAutoThresholdingBrightRunners(AlgoInfo& info) {
-    algorithms::addLevelRunners<
-        AutoThresholdingBright,
-        &processSide<AutoThresholdingBright, ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO>,
-        &algorithms::acceptsAll<AutoThresholdingBright>>(info);
+    algorithms::addLevelRunners<AutoThresholdingBright,
+                                &processSide<AutoThresholdingBright, ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO>,
+                                &algorithms::acceptsAll<AutoThresholdingBright>>(info);
 }
 
 void addAutoThresholdingDarkRunners(AlgoInfo& info) {

@@ -30,14 +30,11 @@ Comparison reduceForIntegers(Criterion::CriterionType criterion, double value) {
     const double up = std::ceil(value);
     const double down = std::floor(value);
     switch (criterion) {
-        case Criterion::LESS_THAN:
-            return up > highest ? always() : up <= lowest ? never() : compare(up);
+        case Criterion::LESS_THAN: return up > highest ? always() : up <= lowest ? never() : compare(up);
         case Criterion::LESS_THAN_OR_EQUAL_TO:
             return down >= highest ? always() : down < lowest ? never() : compare(down);
-        case Criterion::GREATER_THAN_OR_EQUAL_TO:
-            return up <= lowest ? always() : up > highest ? never() : compare(up);
-        case Criterion::GREATER_THAN:
-            return down < lowest ? always() : down >= highest ? never() : compare(down);
+        case Criterion::GREATER_THAN_OR_EQUAL_TO: return up <= lowest ? always() : up > highest ? never() : compare(up);
+        case Criterion::GREATER_THAN: return down < lowest ? always() : down >= highest ? never() : compare(down);
         case Criterion::EQUAL_TO:
         case Criterion::NOT_EQUAL_TO:
             if (up == down && up >= lowest && up <= highest) {
@@ -65,15 +62,11 @@ Comparison reduceForSingle(Criterion::CriterionType criterion, double value) {
     const float down = static_cast<double>(nearest) < value ? nearest : std::nextafter(nearest, -infinity);
     switch (criterion) {
         case Criterion::LESS_THAN:
-        case Criterion::LESS_THAN_OR_EQUAL_TO:
-            return compare(Criterion::LESS_THAN, up);
+        case Criterion::LESS_THAN_OR_EQUAL_TO: return compare(Criterion::LESS_THAN, up);
         case Criterion::GREATER_THAN:
-        case Criterion::GREATER_THAN_OR_EQUAL_TO:
-            return compare(Criterion::GREATER_THAN, down);
-        case Criterion::EQUAL_TO:
-            return {Kind::Never};
-        case Criterion::NOT_EQUAL_TO:
-            break;
+        case Criterion::GREATER_THAN_OR_EQUAL_TO: return compare(Criterion::GREATER_THAN, down);
+        case Criterion::EQUAL_TO: return {Kind::Never};
+        case Criterion::NOT_EQUAL_TO: break;
     }
     return {Kind::Always};
 }
@@ -84,8 +77,8 @@ Comparison reduceComparison(VoxelTypes voxelType, Criterion::CriterionType crite
     const VoxelTypes common = helper::lesserCommonType(Scalar(value).smallestContainingType(false), voxelType);
     // The one common type that does not hold every voxel: the voxels are then the wrapped ones.
     const bool wraps = voxelType == RIX_UINT32 && common == RIX_INT32;
-    const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&
-                      value <= std::numeric_limits<std::int32_t>::max();
+    const bool fits =
+        value >= std::numeric_limits<std::int32_t>::min() && value <= std::numeric_limits<std::int32_t>::max();
     Comparison result;
     access::dispatch(access::Reals{}, wraps && fits ? common : voxelType, [&](auto tag) {
         using T = typename decltype(tag)::type;

@@ -56,7 +56,8 @@ std::shared_ptr<Labeling3d> Labeling3d::New() {
 Labeling3d::Labeling3d(algorithms::AbstractPrivateImplementation* given)
     : BaseAlgorithm(algorithms::orMake<Labeling3dPrivate>(given)) {
     auto& state = stateOf(implementation());
-    addInput(state.inputObjectImage, "inputObjectImage", "The image whose objects, the voxels that are not 0, are numbered.");
+    addInput(state.inputObjectImage, "inputObjectImage",
+             "The image whose objects, the voxels that are not 0, are numbered.");
     addInput(state.labelType, "labelType", "The type of the labels; a wider one is taken when they do not fit.");
     addInput(state.neighborhood, "neighborhood", "Which voxels of an object touch.");
     addOutput(state.outputLabelImage, "outputLabelImage", "The number of the object that a voxel belongs to, or 0.");

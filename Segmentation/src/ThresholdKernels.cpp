@@ -10,12 +10,12 @@ HWY_BEFORE_NAMESPACE();
 namespace rix::segmentation::HWY_NAMESPACE {
 
 // Plain loops: the compiler turns the comparison, the narrowing and the masking to 0 or 1 into vectors of the pass.
-#define RIX_THRESHOLD_ROW(Name, OPERATOR)                                                            \
-    template <class T>                                                                               \
-    void Name(const T* in, std::uint8_t* out, std::size_t count, T threshold) {                      \
-        for (std::size_t i = 0; i < count; ++i) {                                                    \
-            out[i] = in[i] OPERATOR threshold ? 1 : 0;                                               \
-        }                                                                                            \
+#define RIX_THRESHOLD_ROW(Name, OPERATOR)                                       \
+    template <class T>                                                          \
+    void Name(const T* in, std::uint8_t* out, std::size_t count, T threshold) { \
+        for (std::size_t i = 0; i < count; ++i) {                               \
+            out[i] = in[i] OPERATOR threshold ? 1 : 0;                          \
+        }                                                                       \
     }
 RIX_THRESHOLD_ROW(lessRow, <)
 RIX_THRESHOLD_ROW(lessOrEqualRow, <=)

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <rix/algorithms/OptimLevel.h>
 #include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/OptimLevel.h>
 
 namespace rix::segmentation {
 

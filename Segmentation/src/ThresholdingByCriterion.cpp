@@ -42,8 +42,8 @@ ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImpl
     : BaseAlgorithm(algorithms::orMake<ThresholdingByCriterionPrivate>(given)) {
     auto& state = static_cast<ThresholdingByCriterionPrivate&>(*implementation());
     addInput(state.inputGrayImage, "inputGrayImage", "The image whose voxels are compared.");
-    addRules(state.inputGrayImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertIntegerOrFloating(),
-             AddRuleAssertImageNotEmpty());
+    addRules(state.inputGrayImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
+             AddRuleAssertIntegerOrFloating(), AddRuleAssertImageNotEmpty());
     addInput(state.comparisonCriterion, "comparisonCriterion", "How a voxel is compared with the value.");
     addRules(state.comparisonCriterion, AddRuleIsAnEnumOfType(getInfoCriterionType()));
     addInput(state.comparisonValue, "comparisonValue", "The value that voxels are compared with.");

@@ -30,9 +30,10 @@ constexpr AutoThresholding::ThresholdCriterionType allCriteria[] = {
     AutoThresholding::ENTROPY, AutoThresholding::FACTORISATION, AutoThresholding::MOMENTS, AutoThresholding::ISODATA};
 
 io::MemoryImage heaps(VoxelTypes type, const test::Extents& extents) {
-    io::MemoryImage image = test::makeImage({.voxelType = type, .extents = extents}, [](auto c, auto y, auto z, auto t, auto) {
-        return (c / 5 + y / 7 + z) % 3 == 0 ? 90 + (c * 7 + y) % 23 + 5 * t : 12 + (c * y) % 19;
-    });
+    io::MemoryImage image =
+        test::makeImage({.voxelType = type, .extents = extents}, [](auto c, auto y, auto z, auto t, auto) {
+            return (c / 5 + y / 7 + z) % 3 == 0 ? 90 + (c * 7 + y) % 23 + 5 * t : 12 + (c * y) % 19;
+        });
     test::setDistinctCalibration(image);
     return image;
 }
@@ -111,8 +112,8 @@ TEST(AutoThresholding, PutsTheThresholdItselfOnTheBrightSideAndNaNOnNone) {
 }
 
 TEST(AutoThresholding, MarksExactlyTheBrightOfTwoValues) {
-    const io::MemoryImage input = test::makeImage({.extents = {20, 20, 1, 1, 1}},
-                                                  [](std::size_t c, auto...) { return c % 4 == 0 ? 200 : 10; });
+    const io::MemoryImage input =
+        test::makeImage({.extents = {20, 20, 1, 1, 1}}, [](std::size_t c, auto...) { return c % 4 == 0 ? 200 : 10; });
     AutoThresholdingBright bright;
     bright.setThresholdCriterion(AutoThresholding::FACTORISATION);
     analysis::AutoThresholdingMsr measurement;
@@ -158,7 +159,8 @@ TEST(AutoThresholding, PartsEachFrameByItsOwnThresholdWhenIterated) {
         AutoThresholdingBright single;
         single.setThresholdCriterion(AutoThresholding::ISODATA);
         const io::MemoryImage expected = run(single, frame, measurement);
-        EXPECT_TRUE(test::imagesEqual(expected, outputFrame, {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}))
+        EXPECT_TRUE(
+            test::imagesEqual(expected, outputFrame, {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}))
             << "frame " << t;
     }
 }

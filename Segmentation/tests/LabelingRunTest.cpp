@@ -158,7 +158,8 @@ TEST(LabelingRun, ShowsItsRunsInRasterOrder) {
 /// Calls back before each part of the run, which it counts, and after it.
 class WatchingScheduler : public access::BlockScheduler {
 public:
-    explicit WatchingScheduler(std::function<void(std::size_t)> before, std::function<void()> after = [] {})
+    explicit WatchingScheduler(
+        std::function<void(std::size_t)> before, std::function<void()> after = [] {})
         : m_before(std::move(before)), m_after(std::move(after)) {}
     void forEach(std::size_t count, access::FunctionRef<void(std::size_t)> block) override {
         for (std::size_t i = 0; i < count; ++i) {

@@ -31,14 +31,11 @@ namespace {
 using testing::HasSubstr;
 
 constexpr ThresholdingByCriterion::CriterionType allCriteria[] = {
-    ThresholdingByCriterion::LESS_THAN,
-    ThresholdingByCriterion::LESS_THAN_OR_EQUAL_TO,
-    ThresholdingByCriterion::EQUAL_TO,
-    ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO,
-    ThresholdingByCriterion::GREATER_THAN,
-    ThresholdingByCriterion::NOT_EQUAL_TO,
+    ThresholdingByCriterion::LESS_THAN,    ThresholdingByCriterion::LESS_THAN_OR_EQUAL_TO,
+    ThresholdingByCriterion::EQUAL_TO,     ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO,
+    ThresholdingByCriterion::GREATER_THAN, ThresholdingByCriterion::NOT_EQUAL_TO,
 };
-constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8,
+constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,
                                     RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
 
 template <class T>
@@ -132,10 +129,10 @@ std::vector<OptimLevelType> runnableLevels() {
 
 TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) {
     const double infinity = std::numeric_limits<double>::infinity();
-    const double values[] = {0,          -0.0,         1,         127,        128,        255,       256,
-                             -1,         -128,         -129,      32767.5,    65535,      65536,     -32769,
-                             0.1,        -0.5,         99.5,      2147483647, 2147483648, -2147483648.0, -2147483649.0,
-                             4294967295, 4294967296.0, 16777217,  1e10,       -1e10,      1e-45,     3.5e38,
+    const double values[] = {0,          -0.0,         1,        127,        128,         255,           256,
+                             -1,         -128,         -129,     32767.5,    65535,       65536,         -32769,
+                             0.1,        -0.5,         99.5,     2147483647, 2147483648,  -2147483648.0, -2147483649.0,
+                             4294967295, 4294967296.0, 16777217, 1e10,       -1e10,       1e-45,         3.5e38,
                              1e300,      -1e300,       infinity, -infinity,  std::nan("")};
     for (const VoxelTypes type : realTypes) {
         const io::MemoryImage input =
@@ -159,8 +156,8 @@ TEST(ThresholdingByCriterion, HandlesEveryWidthUpToSeveralVectors) {
                 test::makeRandomImage({.voxelType = type, .extents = {width, 2, 1, 1, 1}}, width);
             const io::MemoryImage expected = reference(input, 3, ThresholdingByCriterion::GREATER_THAN);
             for (const OptimLevelType level : runnableLevels()) {
-                ASSERT_TRUE(test::imagesEqual(
-                    expected, threshold(input, 3, ThresholdingByCriterion::GREATER_THAN, level)))
+                ASSERT_TRUE(
+                    test::imagesEqual(expected, threshold(input, 3, ThresholdingByCriterion::GREATER_THAN, level)))
                     << width << " columns, level " << level;
             }
         }
@@ -249,13 +246,17 @@ TEST(ThresholdingByCriterion, RefusesBadPropertiesByNameAndRunsAfterwards) {
     static ImageModelFull2d wrongSize(&small, 0, 0, 0);
 
     const Refusal refusals[] = {
-        {"no input", [](ThresholdingByCriterion& a) { a.setInputGrayImage(nullptr); },
+        {"no input",
+         [](ThresholdingByCriterion& a) { a.setInputGrayImage(nullptr); },
          {"The parameter \"inputGrayImage\" must be set.", "Rule error in property inputGrayImage"}},
-        {"no output", [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(nullptr); },
+        {"no output",
+         [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(nullptr); },
          {"The parameter \"outputBinaryImage\" must be set."}},
-        {"complex", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&complexImage); },
+        {"complex",
+         [](ThresholdingByCriterion& a) { a.setInputGrayImage(&complexImage); },
          {"inputGrayImage", "complex float32", "only integer or floating types"}},
-        {"vectors", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&vectors); },
+        {"vectors",
+         [](ThresholdingByCriterion& a) { a.setInputGrayImage(&vectors); },
          {"inputGrayImage", "supports only scalar types", "2-Vector"}},
         {"empty", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&empty); }, {"inputGrayImage", "empty"}},
         {"criterion",
@@ -263,7 +264,8 @@ TEST(ThresholdingByCriterion, RefusesBadPropertiesByNameAndRunsAfterwards) {
              a.setComparisonCriterion(static_cast<ThresholdingByCriterion::CriterionType>(6));
          },
          {"The value of the parameter \"comparisonCriterion\" is not valid", "6"}},
-        {"a view of another size", [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(&wrongSize); },
+        {"a view of another size",
+         [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(&wrongSize); },
          {"outputBinaryImage", "inputGrayImage"}},
     };
     for (const Refusal& refusal : refusals) {

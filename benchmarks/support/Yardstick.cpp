@@ -115,22 +115,26 @@ void registerRoof(const char* name, std::size_t in, std::size_t out, int threads
         }
     };
     for (const bool stream : {false, true}) {
-        const std::string full = std::string("roof/") + name + (stream ? "/stream" : "/plain") +
-                                 "/threads:" + std::to_string(threads);
-        benchmark::RegisterBenchmark(full.c_str(), [=](benchmark::State& state) {
-            grow(source, in);
-            grow(target, out);
-            tbb::task_arena arena(threads);
-            for (auto _ : state) {
-                if (stream) {
-                    move<true>(source.getInternalBuffer(), in, target.getInternalBuffer(), out, arena);
-                } else {
-                    move<false>(source.getInternalBuffer(), in, target.getInternalBuffer(), out, arena);
+        const std::string full =
+            std::string("roof/") + name + (stream ? "/stream" : "/plain") + "/threads:" + std::to_string(threads);
+        benchmark::RegisterBenchmark(
+            full.c_str(),
+            [=](benchmark::State& state) {
+                grow(source, in);
+                grow(target, out);
+                tbb::task_arena arena(threads);
+                for (auto _ : state) {
+                    if (stream) {
+                        move<true>(source.getInternalBuffer(), in, target.getInternalBuffer(), out, arena);
+                    } else {
+                        move<false>(source.getInternalBuffer(), in, target.getInternalBuffer(), out, arena);
+                    }
+                    benchmark::ClobberMemory();
                 }
-                benchmark::ClobberMemory();
-            }
-            setBytes(state, in + out);
-        })->UseRealTime()->Unit(benchmark::kMicrosecond);
+                setBytes(state, in + out);
+            })
+            ->UseRealTime()
+            ->Unit(benchmark::kMicrosecond);
     }
 }
 

@@ -19,8 +19,8 @@ void registerRoof(const char* name, std::size_t in, std::size_t out, int threads
 
 /// Sets "GB/s" for bytes read and written an iteration.
 inline void setBytes(benchmark::State& state, std::size_t bytes) {
-    state.counters["GB/s"] = benchmark::Counter(static_cast<double>(bytes) / 1e9,
-                                                benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["GB/s"] =
+        benchmark::Counter(static_cast<double>(bytes) / 1e9, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 }  // namespace rix::bench

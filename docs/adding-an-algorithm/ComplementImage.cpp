@@ -24,8 +24,7 @@ ComplementImage::ComplementImage(algorithms::AbstractPrivateImplementation* give
     addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
              AddRuleAssertType({RIX_UINT8, RIX_UINT16, RIX_UINT32}), AddRuleAssertImageNotEmpty());
     addOutput(state.outputImage, "outputImage", "The complements.");
-    addRules(state.outputImage, AddRuleAssertNotNull(),
-             AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
+    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
 }
 
 std::shared_ptr<ComplementImage> ComplementImage::New() {

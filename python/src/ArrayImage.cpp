@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "Axes.h"
+
 namespace rix::python {
 namespace {
 
@@ -32,8 +34,8 @@ ImageHeader headerOf(const ImageModel& image) {
     header.voxelType = image.getVoxelType();
     header.extents = helper::getExtents(image);
     for (const Components axis : allAxes) {
-        header.spacing[axis] = image.getSpacingOf(axis);
-        header.origin[axis] = image.getOriginOf(axis);
+        header.spacing[indexOf(axis)] = image.getSpacingOf(axis);
+        header.origin[indexOf(axis)] = image.getOriginOf(axis);
     }
     header.spatialUnit = image.getSpatialUnitName();
     header.sequenceUnit = image.getSequenceUnitName();
@@ -85,31 +87,31 @@ String ArrayImage::getImageId() const {
 }
 
 std::size_t ArrayImage::getNumOf(const Components& component) const {
-    return isAxis(component) ? m_header.extents[component] : 0;
+    return isAxis(component) ? m_header.extents[indexOf(component)] : 0;
 }
 
 bool ArrayImage::setOriginOf(const Components& component, double origin) {
     if (!isAxis(component)) {
         return false;
     }
-    m_header.origin[component] = origin;
+    m_header.origin[indexOf(component)] = origin;
     return true;
 }
 
 double ArrayImage::getOriginOf(const Components& component) const {
-    return isAxis(component) ? m_header.origin[component] : 0.0;
+    return isAxis(component) ? m_header.origin[indexOf(component)] : 0.0;
 }
 
 bool ArrayImage::setSpacingOf(const Components& component, double spacing) {
     if (!isAxis(component)) {
         return false;
     }
-    m_header.spacing[component] = spacing;
+    m_header.spacing[indexOf(component)] = spacing;
     return true;
 }
 
 double ArrayImage::getSpacingOf(const Components& component) const {
-    return isAxis(component) ? m_header.spacing[component] : 0.0;
+    return isAxis(component) ? m_header.spacing[indexOf(component)] : 0.0;
 }
 
 bool ArrayImage::setSpatialUnitName(const String& name) {
@@ -151,7 +153,7 @@ RawData ArrayImage::address(std::size_t nbElement, std::size_t column, std::size
         return nullptr;
     }
     const auto step = [this](std::size_t index, Components axis) {
-        return static_cast<std::ptrdiff_t>(index) * m_strides[axis];
+        return static_cast<std::ptrdiff_t>(index) * m_strides[indexOf(axis)];
     };
     return m_first + step(column, COLUMNS) + step(row, ROWS) + step(plane, PLANS) + step(frame, SEQUENCE) +
            step(channel, SPECTRAL_SERIES);

@@ -56,8 +56,9 @@ void openMemory(GivenImage& given, Memory memory, ImageHeader header, ArrayImage
     std::array<std::ptrdiff_t, RIX_COMPONENTS_SIZE> strides{};
     for (std::size_t dimension = 0; dimension < memory.axes.size(); ++dimension) {
         const Components axis = axisOfLetter(memory.axes[dimension]);
-        header.extents[axis] = static_cast<std::size_t>(given.array.shape(static_cast<py::ssize_t>(dimension)));
-        strides[axis] = given.array.strides(static_cast<py::ssize_t>(dimension));
+        header.extents[indexOf(axis)] =
+            static_cast<std::size_t>(given.array.shape(static_cast<py::ssize_t>(dimension)));
+        strides[indexOf(axis)] = given.array.strides(static_cast<py::ssize_t>(dimension));
     }
     // An input is never written: the image is read-only, whatever the array is.
     given.image = std::make_unique<ArrayImage>(const_cast<void*>(given.array.data()), header, strides, access);
@@ -77,7 +78,7 @@ ImageHeader headerOfImage(py::handle image, const py::array& array, const std::s
     const auto read = [&](const char* attribute, std::array<double, RIX_COMPONENTS_SIZE>& values) {
         const py::tuple given = image.attr(attribute);
         for (std::size_t dimension = 0; dimension < axes.size(); ++dimension) {
-            values[axisOfLetter(axes[dimension])] = given[dimension].cast<double>();
+            values[indexOf(axisOfLetter(axes[dimension]))] = given[dimension].cast<double>();
         }
     };
     read("spacing", header.spacing);
@@ -171,8 +172,8 @@ py::object makeImage(const py::array& array, const std::string& axes, const Imag
     py::tuple spacing(axes.size());
     py::tuple origin(axes.size());
     for (std::size_t dimension = 0; dimension < axes.size(); ++dimension) {
-        spacing[dimension] = py::float_(header.spacing[axisOfLetter(axes[dimension])]);
-        origin[dimension] = py::float_(header.origin[axisOfLetter(axes[dimension])]);
+        spacing[dimension] = py::float_(header.spacing[indexOf(axisOfLetter(axes[dimension]))]);
+        origin[dimension] = py::float_(header.origin[indexOf(axisOfLetter(axes[dimension]))]);
     }
     const auto& [column, row, slice] = header.directions;
     const auto vector = [](const vessel::Vector3d& values) { return py::make_tuple(values[0], values[1], values[2]); };
@@ -205,8 +206,8 @@ py::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::stri
     std::vector<py::ssize_t> strides;
     for (const char letter : axes) {
         const Components axis = axisOfLetter(letter);
-        shape.push_back(static_cast<py::ssize_t>(extents[axis]));
-        strides.push_back(storage[axis]);
+        shape.push_back(static_cast<py::ssize_t>(extents[indexOf(axis)]));
+        strides.push_back(storage[indexOf(axis)]);
     }
     if (samples != 1) {
         shape.push_back(static_cast<py::ssize_t>(samples));

@@ -21,11 +21,11 @@ std::string axesOfArray(std::size_t dimensions, const std::string& named) {
     std::string axes;
     for (const char letter : named) {
         const Components axis = axisOfLetter(letter);
-        if (seen[axis]) {
+        if (seen[indexOf(axis)]) {
             throw RefusedError("axes=\"" + named + "\" names the axis '" + letter + "' twice");
         }
-        seen[axis] = true;
-        axes += axisLetters[axis];
+        seen[indexOf(axis)] = true;
+        axes += axisLetters[indexOf(axis)];
     }
     if (!axes.empty() && axes.size() == dimensions) {
         return axes;

@@ -12,6 +12,11 @@ namespace rix::python {
 /// The letters of the axes, indexed by `Components`: columns, rows, planes, time, channels.
 inline constexpr std::string_view axisLetters = "xyztc";
 
+/// The place of an axis in arrays that hold a value for each.
+constexpr std::size_t indexOf(Components axis) {
+    return static_cast<std::size_t>(axis);
+}
+
 /// The axis of a letter, in either case. @throws RefusedError for a letter that names none.
 Components axisOfLetter(char letter);
 

@@ -250,7 +250,8 @@ struct Form<kernel::Kernel2D> {
         return py::array_t<double>({value.getSizeY(), value.getSizeX()}, value.getValues().data());
     }
     static kernel::Kernel2D fromPython(py::handle value) {
-        using Values = py::array_t<double, static_cast<int>(py::array::c_style) | static_cast<int>(py::array::forcecast)>;
+        using Values =
+            py::array_t<double, static_cast<int>(py::array::c_style) | static_cast<int>(py::array::forcecast)>;
         const auto array = Values::ensure(value);
         if (!array || array.ndim() != 2) {
             PyErr_Clear();

@@ -140,8 +140,8 @@ TEST_P(AllocationFailure, LosesNothing) {
             each = liveAfter(request, requests);
         }
         EXPECT_FALSE(live[0] < live[1] && live[1] < live[2] && live[2] < live[3])
-            << example().toText() << ": request " << request << " fails and the run leaves "
-            << live[3] - live[2] << " blocks of memory behind";
+            << example().toText() << ": request " << request << " fails and the run leaves " << live[3] - live[2]
+            << " blocks of memory behind";
         if (requests < request) {
             break;
         }

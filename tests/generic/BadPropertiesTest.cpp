@@ -1,7 +1,8 @@
 // Every property, set to every kind of wrong value: refused with a message that names it, or accepted for good.
 //
-// What is wrong for an algorithm only the algorithm knows. It says so by its rules, in words: what they rule out must be
-// refused. What they leave open may be accepted, but then the run must give the same result on every level and thread.
+// What is wrong for an algorithm only the algorithm knows. It says so by its rules, in words: what they rule out must
+// be refused. What they leave open may be accepted, but then the run must give the same result on every level and
+// thread.
 
 #include <array>
 #include <chrono>
@@ -77,8 +78,8 @@ protected:
     }
 
 private:
-    /// An accepted value is a good one: the portable level and one thread give the same, whatever outputs held before. and
-    /// give it again on outputs that held something else.
+    /// An accepted value is a good one: the portable level and one thread give the same, whatever outputs held before.
+    /// and give it again on outputs that held something else.
     void expectSameResultElsewhere() {
         const Results here = m_subject->results();
         const OptimLevelType level = algorithm().getMaxOptimLevel();
@@ -141,8 +142,8 @@ TEST_P(BadProperties, Texts) {
 TEST_P(BadProperties, Numbers) {
     using Limits = std::numeric_limits<double>;
     const double integers[] = {-1.0, 0.0, 2147483647.0, -2147483648.0, 4294967295.0, 9.2e18, -9.2e18, 1.8e19};
-    const double reals[] = {0.25, 1e300, -1e300, Limits::denorm_min(), Limits::infinity(), -Limits::infinity(),
-                            Limits::quiet_NaN()};
+    const double reals[] = {
+        0.25, 1e300, -1e300, Limits::denorm_min(), Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN()};
     for (BaseProperty* const property : inputsOf(algorithm())) {
         if (!holdsNumber(property)) {
             continue;
@@ -172,18 +173,18 @@ struct WrongImage {
     std::vector<String> ruledOutBy;
 };
 
-std::vector<WrongImage> wrongImages(const ImageSpec& good) {
+std::vector<WrongImage> wrongImages(const ImageTraits& good) {
     std::vector<WrongImage> images;
-    const auto add = [&](const String& text, const ImageSpec& spec, std::vector<String> ruledOutBy) {
-        images.push_back({text, makeRandomImage(spec, 11), std::move(ruledOutBy)});
+    const auto add = [&](const String& text, const ImageTraits& traits, std::vector<String> ruledOutBy) {
+        images.push_back({text, makeRandomImage(traits, 11), std::move(ruledOutBy)});
     };
     images.push_back({"a new image", io::MemoryImage(), {"must not be an empty image"}});
     for (std::size_t axis = 0; axis < RIX_COMPONENTS_SIZE; ++axis) {
-        ImageSpec spec = good;
-        spec.extents[axis] = 0;
-        add("an image with nothing on axis " + std::to_string(axis), spec, {"must not be an empty image"});
-        spec.extents[axis] = good.extents[axis] + 3;
-        add("an image with more on axis " + std::to_string(axis), spec, {});
+        ImageTraits traits = good;
+        traits.extents[axis] = 0;
+        add("an image with nothing on axis " + std::to_string(axis), traits, {"must not be an empty image"});
+        traits.extents[axis] = good.extents[axis] + 3;
+        add("an image with more on axis " + std::to_string(axis), traits, {});
     }
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32,
                                   RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
@@ -196,17 +197,17 @@ std::vector<WrongImage> wrongImages(const ImageSpec& good) {
             ruledOutBy = {"data type must be integer"};
         }
         for (const Interpretations interpretation : {RIX_BINARY, RIX_LABEL, RIX_VALUE}) {
-            ImageSpec spec = good;
-            spec.voxelType = type;
-            spec.interpretation = interpretation;
-            add(helper::interpretationsToString(interpretation) + " image of " + helper::voxelTypesToString(type), spec,
-                ruledOutBy);
+            ImageTraits traits = good;
+            traits.voxelType = type;
+            traits.interpretation = interpretation;
+            add(helper::interpretationsToString(interpretation) + " image of " + helper::voxelTypesToString(type),
+                traits, ruledOutBy);
         }
     }
     for (const ElementTypes type : {VECTOR_2, VECTOR_3, MATRIX_2X2_SYM, MATRIX_3X3_SYM}) {
-        ImageSpec spec = good;
-        spec.elementType = type;
-        add("an image of elements " + helper::elementTypesToString(type), spec, {"must have scalar elements"});
+        ImageTraits traits = good;
+        traits.elementType = type;
+        add("an image of elements " + helper::elementTypesToString(type), traits, {"must have scalar elements"});
     }
     return images;
 }
@@ -231,7 +232,8 @@ TEST_P(BadProperties, InputImages) {
             setImage(property, nullptr);
             runAndRecover(property, saysExactRule(property, "must be set"));
         }
-        const ImageSpec good = example().images.at(slot++).value_or(ImageSpec{.voxelType = RIX_UINT8, .extents = example().extents()});
+        const ImageTraits good =
+            example().images.at(slot++).value_or(ImageTraits{.voxelType = RIX_UINT8, .extents = example().extents()});
         for (WrongImage& wrong : wrongImages(good)) {
             SCOPED_TRACE(example().toText() + ": " + property->getName() + " is " + wrong.text);
             setImage(property, &wrong.image);
@@ -299,9 +301,9 @@ TEST_P(BadProperties, OutputThatIsAnInput) {
                 io::MemoryImage both(*content);
                 setImage(algorithm.getPropertyfromName(input->getName()), &both);
                 setImage(algorithm.getPropertyfromName(output->getName()), &both);
-                const bool fits = typeOf(algorithm, output->getName(), expected) == content->getVoxelType() &&
-                                  helper::getExtents(expected.images.at(output->getName())) ==
-                                      helper::getExtents(*content);
+                const bool fits =
+                    typeOf(algorithm, output->getName(), expected) == content->getVoxelType() &&
+                    helper::getExtents(expected.images.at(output->getName())) == helper::getExtents(*content);
                 const bool promised = algorithm.describe().inPlace && fits;
                 const Outcome outcome = runOnce(algorithm);
                 EXPECT_TRUE(isReady(algorithm));

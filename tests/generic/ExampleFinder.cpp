@@ -17,11 +17,11 @@ constexpr VoxelTypes allVoxelTypes[] = {RIX_UINT8,           RIX_UINT16,        
 
 /// Input images worth trying, likeliest first. Their extents are those of the search.
 const ImageRecipe candidateImages[] = {
-    ImageSpec{.voxelType = RIX_UINT8},
-    ImageSpec{.voxelType = RIX_UINT8, .interpretation = RIX_BINARY},
-    ImageSpec{.voxelType = RIX_UINT16, .interpretation = RIX_LABEL},
-    ImageSpec{.voxelType = RIX_FLOAT32},
-    ImageSpec{.voxelType = RIX_COMPLEX_FLOAT32},
+    ImageTraits{.voxelType = RIX_UINT8},
+    ImageTraits{.voxelType = RIX_UINT8, .interpretation = RIX_BINARY},
+    ImageTraits{.voxelType = RIX_UINT16, .interpretation = RIX_LABEL},
+    ImageTraits{.voxelType = RIX_FLOAT32},
+    ImageTraits{.voxelType = RIX_COMPLEX_FLOAT32},
     std::nullopt,
 };
 

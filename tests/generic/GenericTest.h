@@ -27,7 +27,7 @@ private:
 };
 
 // A macro as GoogleTest's own are.
-#define RIX_FOR_EVERY_ALGORITHM(Suite)                                                             \
+#define RIX_FOR_EVERY_ALGORITHM(Suite)                                                           \
     INSTANTIATE_TEST_SUITE_P(Registry, Suite, testing::ValuesIn(::rix::test::registeredNames()), \
                              [](const auto& each) { return each.param; })
 

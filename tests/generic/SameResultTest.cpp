@@ -39,8 +39,8 @@ protected:
         return outcome.succeeded;
     }
 
-    /// Inputs and outputs of a storage; outputs in memory where the algorithm would have to shape them in several steps,
-    /// which views refuse. None where an image cannot be stored so.
+    /// Inputs and outputs of a storage; outputs in memory where the algorithm would have to shape them in several
+    /// steps, which views refuse. None where an image cannot be stored so.
     static std::unique_ptr<Subject> makeStored(const Example& example, const InputImages& images,
                                                const Results& expected, Storage storage) {
         auto subject = Subject::make(example, images, storage);

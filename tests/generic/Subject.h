@@ -18,7 +18,7 @@
 namespace rix::test {
 
 /// What an input image of an example holds; none leaves the property unset.
-using ImageRecipe = std::optional<ImageSpec>;
+using ImageRecipe = std::optional<ImageTraits>;
 
 /// Values of all properties of an algorithm with which it runs.
 struct Example {

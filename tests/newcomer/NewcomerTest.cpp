@@ -17,12 +17,13 @@ TEST(Newcomer, TheDocumentedAlgorithmWorksAtEveryLevel) {
         if (!devices::Cpu::supports(level)) {
             continue;
         }
-        const test::ImageSpec spec{.voxelType = RIX_UINT16, .extents = {37, 5, 2, 1, 3}};
+        const test::ImageTraits traits{.voxelType = RIX_UINT16, .extents = {37, 5, 2, 1, 3}};
         using Index = std::size_t;
         io::MemoryImage image = test::makeImage(
-            spec, [](Index c, Index y, Index z, Index, Index s) { return c * 1000 + y * 100 + z * 10 + s; });
-        const io::MemoryImage expected = test::makeImage(
-            spec, [](Index c, Index y, Index z, Index, Index s) { return 65535 - (c * 1000 + y * 100 + z * 10 + s); });
+            traits, [](Index c, Index y, Index z, Index, Index s) { return c * 1000 + y * 100 + z * 10 + s; });
+        const io::MemoryImage expected = test::makeImage(traits, [](Index c, Index y, Index z, Index, Index s) {
+            return 65535 - (c * 1000 + y * 100 + z * 10 + s);
+        });
         io::MemoryImage complement;
         ComplementImage algorithm;
         algorithm.setAutoCpuDispatch(false);

@@ -32,15 +32,16 @@ TEST(ThresholdsOfSamples, EqualTheFormulas) {
         // The same picture with 16 bits, by a factor that makes its classes uneven, and as reals.
         const auto n = helper::getExtents(*image);
         const auto scaled = [&](double factor) {
-            return [&values, &n, factor](std::size_t c, std::size_t y, auto...) { return factor * values[c + n[0] * y]; };
+            return
+                [&values, &n, factor](std::size_t c, std::size_t y, auto...) { return factor * values[c + n[0] * y]; };
         };
         const io::MemoryImage wide = test::makeImage({.voxelType = RIX_UINT16, .extents = n}, scaled(257));
         const io::MemoryImage real = test::makeImage({.voxelType = RIX_FLOAT32, .extents = n}, scaled(0.125));
         for (const auto criterion : {AutoThresholdingValue::ENTROPY, AutoThresholdingValue::FACTORISATION,
                                      AutoThresholdingValue::MOMENTS, AutoThresholdingValue::ISODATA}) {
-            for (const ImageModel* picture : {static_cast<const ImageModel*>(image.get()),
-                                              static_cast<const ImageModel*>(&wide),
-                                              static_cast<const ImageModel*>(&real)}) {
+            for (const ImageModel* picture :
+                 {static_cast<const ImageModel*>(image.get()), static_cast<const ImageModel*>(&wide),
+                  static_cast<const ImageModel*>(&real)}) {
                 const auto own = test::allValues(*picture);
                 const double expected =
                     test::referenceThreshold(criterion, own, test::referenceRange(own), picture != &real);

@@ -58,17 +58,17 @@ void fillImage(ImageModel& image, const SampleFunction& function) {
     });
 }
 
-io::MemoryImage makeImageFromSamples(const ImageSpec& spec, const SampleFunction& function) {
+io::MemoryImage makeImageFromSamples(const ImageTraits& traits, const SampleFunction& function) {
     io::MemoryImage image;
-    const Extents& n = spec.extents;
-    if (!image.reserve(spec.elementType, spec.voxelType, n[COLUMNS], n[ROWS], n[PLANS], n[SEQUENCE],
+    const Extents& n = traits.extents;
+    if (!image.reserve(traits.elementType, traits.voxelType, n[COLUMNS], n[ROWS], n[PLANS], n[SEQUENCE],
                        n[SPECTRAL_SERIES])) {
         throw std::runtime_error("no memory for the image of a test");
     }
     for (int axis = RIX_COMPONENTS_FIRST; axis < RIX_COMPONENTS_SIZE; ++axis) {
         image.setSpacingOf(static_cast<Components>(axis), 1.0);
     }
-    image.setInterpretation(spec.interpretation);
+    image.setInterpretation(traits.interpretation);
     fillImage(image, function);
     return image;
 }
@@ -121,14 +121,14 @@ T randomSample(std::uint64_t bits, const std::vector<T>& extremes) {
 
 }  // namespace
 
-io::MemoryImage makeRandomImage(const ImageSpec& spec, std::uint64_t seed, Extremes extremes) {
-    io::MemoryImage image = makeImage(spec, [](auto...) { return 1; });
+io::MemoryImage makeRandomImage(const ImageTraits& traits, std::uint64_t seed, Extremes extremes) {
+    io::MemoryImage image = makeImage(traits, [](auto...) { return 1; });
     std::size_t count = 0;
     if (!helper::getElementCount(image, count)) {
         throw std::runtime_error("the image of a test is too large");
     }
-    count *= helper::getElementNumber(spec.elementType);
-    access::dispatch(access::AllTypes{}, spec.voxelType, [&](auto tag) {
+    count *= helper::getElementNumber(traits.elementType);
+    access::dispatch(access::AllTypes{}, traits.voxelType, [&](auto tag) {
         using T = typename decltype(tag)::type;
         T* const samples = reinterpret_cast<T*>(image.getInternalBuffer());
         const auto fill = [&](auto sampleAt) {
@@ -141,8 +141,8 @@ io::MemoryImage makeRandomImage(const ImageSpec& spec, std::uint64_t seed, Extre
                 samples[count / 2] = T(1);
             }
         };
-        if (spec.interpretation != RIX_VALUE) {
-            const std::uint64_t values = spec.interpretation == RIX_BINARY ? 2 : 10;
+        if (traits.interpretation != RIX_VALUE) {
+            const std::uint64_t values = traits.interpretation == RIX_BINARY ? 2 : 10;
             fill([&](std::size_t i) { return SampleValue(randomBits(seed, i) % values).as<T>(); });
         } else if constexpr (access::isComplex<T>) {
             using Part = typename T::value_type;

@@ -17,7 +17,7 @@ namespace rix::test {
 using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
 /// What an image made by a test looks like; named with designated initialisers at the call.
-struct ImageSpec {
+struct ImageTraits {
     VoxelTypes voxelType = RIX_UINT8;
     Extents extents{1, 1, 1, 1, 1};
     ElementTypes elementType = SINGLE;
@@ -55,16 +55,17 @@ void fillImage(ImageModel& image, const SampleFunction& function);
 
 /// An image filled from a function of the five coordinates, or of these and the index of the sample in its element.
 /// Spacings are 1, origins 0.
-io::MemoryImage makeImageFromSamples(const ImageSpec& spec, const SampleFunction& function);
+io::MemoryImage makeImageFromSamples(const ImageTraits& traits, const SampleFunction& function);
 
 template <class F>
-io::MemoryImage makeImage(const ImageSpec& spec, F function) {
+io::MemoryImage makeImage(const ImageTraits& traits, F function) {
     using Index = std::size_t;
     if constexpr (std::is_invocable_v<F, Index, Index, Index, Index, Index, Index>) {
-        return makeImageFromSamples(spec, function);
+        return makeImageFromSamples(traits, function);
     } else {
-        return makeImageFromSamples(
-            spec, [&function](Index c, Index y, Index z, Index t, Index s, Index) { return function(c, y, z, t, s); });
+        return makeImageFromSamples(traits, [&function](Index c, Index y, Index z, Index t, Index s, Index) {
+            return function(c, y, z, t, s);
+        });
     }
 }
 
@@ -77,7 +78,7 @@ enum class Extremes {
 
 /// A random image: the same for the same arguments on every machine, and never all zero. Binary images hold 0 and 1,
 /// label images 0 to 9, whatever `extremes` says.
-io::MemoryImage makeRandomImage(const ImageSpec& spec, std::uint64_t seed, Extremes extremes = Extremes::Finite);
+io::MemoryImage makeRandomImage(const ImageTraits& traits, std::uint64_t seed, Extremes extremes = Extremes::Finite);
 
 /// Gives every part of the calibration a value of its own, so that none can be lost or exchanged unnoticed.
 void setDistinctCalibration(ImageModel& image);

@@ -19,12 +19,12 @@ using ::testing::HasSubstr;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
-const ImageSpec smallFloats{.voxelType = RIX_FLOAT64, .extents = {4, 3, 2, 1, 1}};
+const ImageTraits smallFloats{.voxelType = RIX_FLOAT64, .extents = {4, 3, 2, 1, 1}};
 
 TEST(ImageComparison, TellsWhereAndWhatDiffers) {
-    const ImageSpec spec{.voxelType = RIX_INT16, .extents = {3, 2, 2, 2, 2}};
-    const io::MemoryImage expected = makeImage(spec, [](auto c, auto y, auto...) { return c + 10 * y; });
-    const io::MemoryImage actual = makeImage(spec, [](auto c, auto y, auto z, auto t, auto s) {
+    const ImageTraits traits{.voxelType = RIX_INT16, .extents = {3, 2, 2, 2, 2}};
+    const io::MemoryImage expected = makeImage(traits, [](auto c, auto y, auto...) { return c + 10 * y; });
+    const io::MemoryImage actual = makeImage(traits, [](auto c, auto y, auto z, auto t, auto s) {
         const bool first = c == 2 && y == 1 && z == 0 && t == 1 && s == 1;
         const bool largest = c == 0 && y == 0 && z == 1 && t == 1 && s == 1;
         return static_cast<int>(c + 10 * y) - (first ? 1 : 0) - (largest ? 100 : 0);
@@ -70,10 +70,10 @@ TEST(ImageComparison, AcceptsRealsAsAskedOnly) {
         EXPECT_EQ(static_cast<bool>(imagesEqual(expected, actual, c.options)), c.equal)
             << c.expected << " and " << c.actual;
         // The parts of a complex sample are held to the same.
-        ImageSpec complexSpec = smallFloats;
-        complexSpec.voxelType = RIX_COMPLEX_FLOAT64;
+        ImageTraits complexTraits = smallFloats;
+        complexTraits.voxelType = RIX_COMPLEX_FLOAT64;
         const auto withImaginary = [&](double value) {
-            return makeImage(complexSpec, [value](auto...) { return std::complex<double>(2.0, value); });
+            return makeImage(complexTraits, [value](auto...) { return std::complex<double>(2.0, value); });
         };
         EXPECT_EQ(static_cast<bool>(imagesEqual(withImaginary(c.expected), withImaginary(c.actual), c.options)),
                   c.equal);
@@ -102,27 +102,27 @@ TEST(ImageComparison, SeesEveryPartOfTheHeader) {
         EXPECT_THAT(String(result.message()), HasSubstr(c.message));
         EXPECT_TRUE(imagesEqual(expected, actual, {.headers = ComparisonOptions::Headers::ExtentsAndTypes}));
     }
-    const ImageSpec others[] = {{.voxelType = RIX_FLOAT32, .extents = {4, 3, 2, 1, 1}},
-                                {.voxelType = RIX_FLOAT64, .extents = {3, 4, 2, 1, 1}},
-                                {.voxelType = RIX_FLOAT64, .extents = {4, 3, 2, 1, 1}, .elementType = VECTOR_2}};
-    for (const ImageSpec& other : others) {
+    const ImageTraits others[] = {{.voxelType = RIX_FLOAT32, .extents = {4, 3, 2, 1, 1}},
+                                  {.voxelType = RIX_FLOAT64, .extents = {3, 4, 2, 1, 1}},
+                                  {.voxelType = RIX_FLOAT64, .extents = {4, 3, 2, 1, 1}, .elementType = VECTOR_2}};
+    for (const ImageTraits& other : others) {
         const io::MemoryImage actual = makeImage(other, [](auto...) { return 0; });
         EXPECT_FALSE(imagesEqual(expected, actual, {.headers = ComparisonOptions::Headers::ExtentsAndTypes}));
     }
 }
 
 TEST(ImageFactories, FillFromCoordinates) {
-    const ImageSpec spec{.voxelType = RIX_UINT8, .extents = {2, 3, 2, 2, 2}, .elementType = VECTOR_2};
-    const io::MemoryImage image = makeImage(spec, [](auto c, auto y, auto z, auto t, auto s, auto k) {
+    const ImageTraits traits{.voxelType = RIX_UINT8, .extents = {2, 3, 2, 2, 2}, .elementType = VECTOR_2};
+    const io::MemoryImage image = makeImage(traits, [](auto c, auto y, auto z, auto t, auto s, auto k) {
         return k + 2 * (c + 2 * (y + 3 * (z + 2 * (t + 2 * s))));
     });
     for (std::size_t i = 0; i < 2 * 3 * 2 * 2 * 2 * 2; ++i) {
         ASSERT_EQ(image.getInternalBuffer()[i], i);
     }
-    const io::MemoryImage wrapped = makeImage(ImageSpec{}, [](auto...) { return 300; });
+    const io::MemoryImage wrapped = makeImage(ImageTraits{}, [](auto...) { return 300; });
     EXPECT_EQ(wrapped.getInternalBuffer()[0], 44);
-    EXPECT_THROW(makeImage(ImageSpec{}, [](auto...) { return 300.0; }), std::range_error);
-    EXPECT_THROW(makeImage(ImageSpec{}, [](auto...) { return nan; }), std::range_error);
+    EXPECT_THROW(makeImage(ImageTraits{}, [](auto...) { return 300.0; }), std::range_error);
+    EXPECT_THROW(makeImage(ImageTraits{}, [](auto...) { return nan; }), std::range_error);
 }
 
 template <class T>
@@ -140,12 +140,12 @@ bool anySample(const io::MemoryImage& image, std::size_t count, const std::funct
 TEST(ImageFactories, RandomImagesRepeatAndReachTheEnds) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32,
                                   RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
-        const ImageSpec spec{.voxelType = type, .extents = {16, 16, 4, 1, 1}};
-        EXPECT_TRUE(imagesEqual(makeRandomImage(spec, 7), makeRandomImage(spec, 7)));
-        EXPECT_FALSE(imagesEqual(makeRandomImage(spec, 7), makeRandomImage(spec, 8)));
+        const ImageTraits traits{.voxelType = type, .extents = {16, 16, 4, 1, 1}};
+        EXPECT_TRUE(imagesEqual(makeRandomImage(traits, 7), makeRandomImage(traits, 7)));
+        EXPECT_FALSE(imagesEqual(makeRandomImage(traits, 7), makeRandomImage(traits, 8)));
     }
-    const ImageSpec bytes{.voxelType = RIX_INT8, .extents = {16, 16, 4, 1, 1}};
-    const ImageSpec floats{.voxelType = RIX_FLOAT32, .extents = {16, 16, 4, 1, 1}};
+    const ImageTraits bytes{.voxelType = RIX_INT8, .extents = {16, 16, 4, 1, 1}};
+    const ImageTraits floats{.voxelType = RIX_FLOAT32, .extents = {16, 16, 4, 1, 1}};
     constexpr std::size_t count = 1024;
     for (const int wanted : {-128, -1, 0, 1, 127}) {
         EXPECT_TRUE(anySample<std::int8_t>(makeRandomImage(bytes, 1), count, [=](auto v) { return v == wanted; }));
@@ -158,7 +158,7 @@ TEST(ImageFactories, RandomImagesRepeatAndReachTheEnds) {
     EXPECT_FALSE(anySample<float>(makeRandomImage(floats, 1, Extremes::None), count, subnormal));
     // A single voxel of a binary image would be 0 for every other seed.
     for (std::uint64_t seed = 0; seed < 16; ++seed) {
-        const ImageSpec binary{.interpretation = RIX_BINARY};
+        const ImageTraits binary{.interpretation = RIX_BINARY};
         EXPECT_EQ(makeRandomImage(binary, seed).getInternalBuffer()[0], 1);
     }
 }

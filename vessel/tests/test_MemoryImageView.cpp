@@ -17,9 +17,9 @@ constexpr std::size_t huge = std::numeric_limits<std::size_t>::max();
 
 /// Channels first, then columns, rows and time: an order of axes that is not the usual one.
 MemoryImageView makeInterleaved() {
-    return MemoryImageView({SampleType::UINT16, ElementLayout::SCALAR},
-                           {{AxisName::CHANNEL, 3, {}}, {AxisName::COLUMN, 4, {}}, {AxisName::ROW, 5, {}},
-                            {AxisName::TIME, 2, {}}});
+    return MemoryImageView(
+        {SampleType::UINT16, ElementLayout::SCALAR},
+        {{AxisName::CHANNEL, 3, {}}, {AxisName::COLUMN, 4, {}}, {AxisName::ROW, 5, {}}, {AxisName::TIME, 2, {}}});
 }
 
 std::uint16_t valueAt(std::size_t channel, std::size_t column, std::size_t row, std::size_t time) {

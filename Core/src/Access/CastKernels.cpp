@@ -63,7 +63,8 @@ inline std::size_t truncateFloats(const float* HWY_RESTRICT from, To* HWY_RESTRI
     const std::size_t lanes = hn::Lanes(d);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        const auto integers = simd::HWY_NAMESPACE::truncatedVector(hn::RebindToSigned<decltype(d)>(), hn::LoadU(d, from + i));
+        const auto integers =
+            simd::HWY_NAMESPACE::truncatedVector(hn::RebindToSigned<decltype(d)>(), hn::LoadU(d, from + i));
         if constexpr (sizeof(To) == 4) {
             hn::StoreU(hn::BitCast(dTo, integers), dTo, to + i);
         } else {

@@ -170,8 +170,7 @@ void BaseAlgorithmPrivate::refuseTooMuchMemory() const {
 }
 
 bool BaseAlgorithmPrivate::runsInCallersThread() const {
-    return m_parent != nullptr || m_settings.getMaximumNumberOfThreads() == 1 ||
-           devices::Cpu::logicalProcessors() == 1;
+    return m_parent != nullptr || m_settings.getMaximumNumberOfThreads() == 1 || devices::Cpu::logicalProcessors() == 1;
 }
 
 void BaseAlgorithmPrivate::internalRun() {

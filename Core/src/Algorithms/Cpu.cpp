@@ -32,7 +32,7 @@ std::uint64_t savedRegisterStates() {
 
 Detected detectNow() {
     Detected result;
-    struct sysinfo system {};
+    struct sysinfo system{};
     if (::sysinfo(&system) == 0) {
         result.memory = static_cast<std::size_t>(system.totalram) * system.mem_unit;
     }
@@ -58,8 +58,8 @@ Detected detectNow() {
         }
         return true;
     };
-    result.sse = hasAll({CPU_FEATURE_SSSE3, CPU_FEATURE_SSE4_1, CPU_FEATURE_SSE4_2, CPU_FEATURE_AES,
-                         CPU_FEATURE_PCLMUL});
+    result.sse =
+        hasAll({CPU_FEATURE_SSSE3, CPU_FEATURE_SSE4_1, CPU_FEATURE_SSE4_2, CPU_FEATURE_AES, CPU_FEATURE_PCLMUL});
     if (!result.sse || !hasAll({CPU_FEATURE_OSXSAVE})) {
         return result;
     }
@@ -107,14 +107,10 @@ String Cpu::name() {
 
 bool Cpu::supports(OptimLevelType level) {
     switch (level) {
-        case SCALAR:
-            return true;
-        case VEC_SSE:
-            return detected()->sse;
-        case VEC_AVX:
-            return detected()->avx;
-        case GPU:
-            break;
+        case SCALAR: return true;
+        case VEC_SSE: return detected()->sse;
+        case VEC_AVX: return detected()->avx;
+        case GPU: break;
     }
     return false;
 }

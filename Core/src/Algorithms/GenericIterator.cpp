@@ -46,8 +46,8 @@ std::unique_ptr<ImageModel> makeView(ImageModel* image, bool onSequence, bool on
         return std::make_unique<ImageModelFull3d>(image, sequence, spectral);
     }
     std::vector<std::size_t> first{0, 0, 0, oneFrame ? sequence : 0, oneChannel ? spectral : 0};
-    std::vector<std::size_t> counts{extents[COLUMNS], extents[ROWS], extents[PLANS],
-                                    oneFrame ? 1 : extents[SEQUENCE], oneChannel ? 1 : extents[SPECTRAL_SERIES]};
+    std::vector<std::size_t> counts{extents[COLUMNS], extents[ROWS], extents[PLANS], oneFrame ? 1 : extents[SEQUENCE],
+                                    oneChannel ? 1 : extents[SPECTRAL_SERIES]};
     return std::make_unique<ImageModelSizeProxy>(image, first, counts);
 }
 
@@ -84,8 +84,8 @@ std::size_t GenericIterator::commonExtent(Components axis) const {
         if (common != 1) {
             throw ProcessingException("The images cannot be iterated together: \"" + slot.property->getName() +
                                       "\" has " + std::to_string(extent) + " indices on the " +
-                                      helper::componentToString(axis) + " axis, others have " +
-                                      std::to_string(common) + '.');
+                                      helper::componentToString(axis) + " axis, others have " + std::to_string(common) +
+                                      '.');
         }
         common = extent;
     }

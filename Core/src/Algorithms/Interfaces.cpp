@@ -27,16 +27,11 @@ const EnumInfo& getInfoOptimLevelType() {
 
 String algorithmKindToString(AlgorithmKind kind) {
     switch (kind) {
-        case AlgorithmKind::Point:
-            return "point";
-        case AlgorithmKind::Neighbourhood:
-            return "neighbourhood";
-        case AlgorithmKind::Reduction:
-            return "reduction";
-        case AlgorithmKind::Labeling:
-            return "labeling";
-        case AlgorithmKind::Composite:
-            return "composite";
+        case AlgorithmKind::Point: return "point";
+        case AlgorithmKind::Neighbourhood: return "neighbourhood";
+        case AlgorithmKind::Reduction: return "reduction";
+        case AlgorithmKind::Labeling: return "labeling";
+        case AlgorithmKind::Composite: return "composite";
     }
     return {};
 }

@@ -72,15 +72,15 @@ Plugin loadPlugin(const String& path) {
     plugin.library.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (plugin.library == nullptr) {
         const char* const reason = ::dlerror();
-        throw LoadingError("The plug-in " + path + " cannot be loaded: " + (reason != nullptr ? reason : "unknown reason"));
+        throw LoadingError("The plug-in " + path +
+                           " cannot be loaded: " + (reason != nullptr ? reason : "unknown reason"));
     }
     const int version = findFunction<int()>(plugin.library.get(), "rixPluginInterfaceVersion", path)();
     if (version != pluginInterfaceVersion) {
         throw LoadingError("The plug-in " + path + " was built for interface version " + std::to_string(version) +
                            "; this library has version " + std::to_string(pluginInterfaceVersion) + '.');
     }
-    auto* const registerPlugin =
-        findFunction<void(PluginRegistrar&)>(plugin.library.get(), "rixRegisterPlugin", path);
+    auto* const registerPlugin = findFunction<void(PluginRegistrar&)>(plugin.library.get(), "rixRegisterPlugin", path);
     plugin.registrar = std::make_unique<PluginRegistrar>();
     try {
         registerPlugin(*plugin.registrar);

@@ -8,9 +8,9 @@ namespace rix::algorithms {
 
 /// The progress of one run, from 0 to 1. It never falls.
 ///
-/// A run is a number of passes of equal width (one, unless it iterates over axes of its images), a pass a number of steps
-/// of equal width; within a step, progress is the work done over the work announced. The progress of a child algorithm is
-/// the progress of its parent's current step.
+/// A run is a number of passes of equal width (one, unless it iterates over axes of its images), a pass a number of
+/// steps of equal width; within a step, progress is the work done over the work announced. The progress of a child
+/// algorithm is the progress of its parent's current step.
 class Progression {
 public:
     /// Starts a run. @param parent the progression whose current step this run is; null for a run of its own.

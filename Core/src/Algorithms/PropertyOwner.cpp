@@ -1,4 +1,5 @@
-// The part of a property that speaks to the algorithm that owns it. It lies here because properties are the lower layer.
+// The part of a property that speaks to the algorithm that owns it. It lies here because properties are the lower
+// layer.
 
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/properties/BaseProperty.h>

@@ -72,7 +72,8 @@ ArenaStore& arenaStore() {
 
 /// The threads that oneTBB has to give: an arena of more would get no more, and oneTBB would complain aloud.
 int availableThreads() {
-    return std::max(1, static_cast<int>(tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism)));
+    return std::max(1,
+                    static_cast<int>(tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism)));
 }
 
 int signOf(int value) {

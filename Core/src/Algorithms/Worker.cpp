@@ -161,8 +161,9 @@ private:
 
 WorkerPool& workerPool() {
     static WorkerPool pool;
-    static const int handlers = ::pthread_atfork([] { workerPool().lockForFork(); }, [] { workerPool().unlockAfterFork(); },
-                                                 [] { workerPool().forgetInChild(); });
+    static const int handlers =
+        ::pthread_atfork([] { workerPool().lockForFork(); }, [] { workerPool().unlockAfterFork(); },
+                         [] { workerPool().forgetInChild(); });
     static_cast<void>(handlers);
     return pool;
 }

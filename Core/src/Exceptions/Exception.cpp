@@ -81,8 +81,10 @@ const char* Exception::what() const noexcept {
     return m_private->text.c_str();
 }
 
-#define RIX_DEFINE_CLASS_NAME(Class) \
-    const char* Class::getClassName() const noexcept { return #Class; }
+#define RIX_DEFINE_CLASS_NAME(Class)                   \
+    const char* Class::getClassName() const noexcept { \
+        return #Class;                                 \
+    }
 
 RIX_DEFINE_CLASS_NAME(RuntimeError)
 RIX_DEFINE_CLASS_NAME(MemoryError)

@@ -12,8 +12,8 @@ const EnumInfo& getInfoVoxelTypes() {
 }
 
 const EnumInfo& getInfoElementTypes() {
-    static const EnumInfo info(
-        "ElementTypes", "SINGLE = 0, VECTOR_2 = 16, VECTOR_3 = 32, MATRIX_2X2_SYM = 256, MATRIX_3X3_SYM = 512");
+    static const EnumInfo info("ElementTypes",
+                               "SINGLE = 0, VECTOR_2 = 16, VECTOR_3 = 32, MATRIX_2X2_SYM = 256, MATRIX_3X3_SYM = 512");
     return info;
 }
 

@@ -26,7 +26,7 @@ void ImageModel3dWithFull2d::initialize(std::size_t firstPlane, std::size_t numb
                                         std::size_t indexSpectral) {
     m_numOfColumns = m_realImage->getNumOf(COLUMNS);
     m_numOfRows = m_realImage->getNumOf(ROWS);
-    RIX_ASSERT(firstPlane <= m_realImage->getNumOf( PLANS ));
+    RIX_ASSERT(firstPlane <= m_realImage->getNumOf(PLANS));
     m_firstPlane = firstPlane;
     m_numOfPlanes = numberOfPlanes;
     changeCurrentSequence(indexSequence);
@@ -34,21 +34,21 @@ void ImageModel3dWithFull2d::initialize(std::size_t firstPlane, std::size_t numb
 }
 
 void ImageModel3dWithFull2d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT(indexSequence <= m_realImage->getNumOf( SEQUENCE ));
+    RIX_ASSERT(indexSequence <= m_realImage->getNumOf(SEQUENCE));
     m_indexSequence = indexSequence;
 }
 
 void ImageModel3dWithFull2d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES ));
+    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES));
     m_indexSpectral = indexSpectral;
 }
 
 std::size_t ImageModel3dWithFull2d::getNumOf(const Components& component) const {
     switch (component) {
-    case COLUMNS: return m_numOfColumns;
-    case ROWS: return m_numOfRows;
-    case PLANS: return m_numOfPlanes;
-    default: return 1;
+        case COLUMNS: return m_numOfColumns;
+        case ROWS: return m_numOfRows;
+        case PLANS: return m_numOfPlanes;
+        default: return 1;
     }
 }
 
@@ -69,20 +69,20 @@ bool ImageModel3dWithFull2d::readRowAt(std::size_t nbElement, RawData buffer, st
                                        std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
                                        std::size_t firstSpectralSeries) const {
     return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->readRowAt(nbElement, buffer, firstCols, firstRows, m_firstPlane + firstPlans,
-                                  m_indexSequence, m_indexSpectral);
+           m_realImage->readRowAt(nbElement, buffer, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
+                                  m_indexSpectral);
 }
 
 bool ImageModel3dWithFull2d::writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
                                         std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
                                         std::size_t firstSpectralSeries) {
     return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->writeRowAt(nbElement, buffer, firstCols, firstRows, m_firstPlane + firstPlans,
-                                   m_indexSequence, m_indexSpectral);
+           m_realImage->writeRowAt(nbElement, buffer, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
+                                   m_indexSpectral);
 }
 
-bool ImageModel3dWithFull2d::getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols,
-                                      std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
+bool ImageModel3dWithFull2d::getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
+                                      std::size_t firstPlans, std::size_t firstSequence,
                                       std::size_t firstSpectralSeries) const {
     return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
            m_realImage->getRowAt(nbElement, row, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
@@ -93,8 +93,8 @@ bool ImageModel3dWithFull2d::getConstRowAt(std::size_t nbElement, ConstRawData& 
                                            std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
                                            std::size_t firstSpectralSeries) const {
     return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getConstRowAt(nbElement, row, firstCols, firstRows, m_firstPlane + firstPlans,
-                                      m_indexSequence, m_indexSpectral);
+           m_realImage->getConstRowAt(nbElement, row, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
+                                      m_indexSpectral);
 }
 
 std::vector<std::size_t> ImageModel3dWithFull2d::firstElement() const {

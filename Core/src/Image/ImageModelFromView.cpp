@@ -29,14 +29,14 @@ void copyStrided(std::uint8_t* to, std::size_t toStride, const std::uint8_t* fro
 void copyElements(std::uint8_t* to, std::size_t toStride, const std::uint8_t* from, std::size_t fromStride,
                   std::size_t count, std::size_t size) {
     switch (size) {
-    case 1: copyStrided<1>(to, toStride, from, fromStride, count); break;
-    case 2: copyStrided<2>(to, toStride, from, fromStride, count); break;
-    case 4: copyStrided<4>(to, toStride, from, fromStride, count); break;
-    case 8: copyStrided<8>(to, toStride, from, fromStride, count); break;
-    default:
-        for (std::size_t i = 0; i < count; ++i) {
-            std::memcpy(to + i * toStride, from + i * fromStride, size);
-        }
+        case 1: copyStrided<1>(to, toStride, from, fromStride, count); break;
+        case 2: copyStrided<2>(to, toStride, from, fromStride, count); break;
+        case 4: copyStrided<4>(to, toStride, from, fromStride, count); break;
+        case 8: copyStrided<8>(to, toStride, from, fromStride, count); break;
+        default:
+            for (std::size_t i = 0; i < count; ++i) {
+                std::memcpy(to + i * toStride, from + i * fromStride, size);
+            }
     }
 }
 
@@ -356,8 +356,8 @@ bool ImageModelFromView::isOnGpu() const {
     return false;
 }
 
-bool ImageModelFromView::reserve(const VoxelTypes& voxelType, std::size_t columns, std::size_t rows,
-                                 std::size_t planes, std::size_t sequence, std::size_t spectral) {
+bool ImageModelFromView::reserve(const VoxelTypes& voxelType, std::size_t columns, std::size_t rows, std::size_t planes,
+                                 std::size_t sequence, std::size_t spectral) {
     return reserve(SINGLE, voxelType, columns, rows, planes, sequence, spectral);
 }
 

@@ -30,25 +30,25 @@ void ImageModelFull2d::initialize(std::size_t indexPlane, std::size_t indexSeque
 }
 
 void ImageModelFull2d::changeCurrentPlane(std::size_t indexPlane) {
-    RIX_ASSERT(indexPlane <= m_realImage->getNumOf( PLANS ));
+    RIX_ASSERT(indexPlane <= m_realImage->getNumOf(PLANS));
     m_indexPlane = indexPlane;
 }
 
 void ImageModelFull2d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT(indexSequence <= m_realImage->getNumOf( SEQUENCE ));
+    RIX_ASSERT(indexSequence <= m_realImage->getNumOf(SEQUENCE));
     m_indexSequence = indexSequence;
 }
 
 void ImageModelFull2d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES ));
+    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES));
     m_indexSpectral = indexSpectral;
 }
 
 std::size_t ImageModelFull2d::getNumOf(const Components& component) const {
     switch (component) {
-    case COLUMNS: return m_numOfColumns;
-    case ROWS: return m_numOfRows;
-    default: return 1;
+        case COLUMNS: return m_numOfColumns;
+        case ROWS: return m_numOfRows;
+        default: return 1;
     }
 }
 
@@ -57,8 +57,7 @@ bool ImageModelFull2d::contains(std::size_t nbElement, std::size_t firstCols, st
                                 std::size_t firstSpectralSeries) const {
     using detail::expects;
     return expects(detail::fits(nbElement, firstCols, m_numOfColumns), "( nbElement + firstCols ) <= m_numOfColumns") &&
-           expects(firstRows < m_numOfRows, "firstRows < m_numOfRows") &&
-           expects(firstPlans == 0, "firstPlans == 0") &&
+           expects(firstRows < m_numOfRows, "firstRows < m_numOfRows") && expects(firstPlans == 0, "firstPlans == 0") &&
            expects(firstSequence == 0, "firstSequence == 0") &&
            expects(firstSpectralSeries == 0, "firstSpectralSeries == 0");
 }
@@ -83,8 +82,7 @@ bool ImageModelFull2d::getRowAt(std::size_t nbElement, RawData& row, std::size_t
                                 std::size_t firstPlans, std::size_t firstSequence,
                                 std::size_t firstSpectralSeries) const {
     return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getRowAt(nbElement, row, firstCols, firstRows, m_indexPlane, m_indexSequence,
-                                 m_indexSpectral);
+           m_realImage->getRowAt(nbElement, row, firstCols, firstRows, m_indexPlane, m_indexSequence, m_indexSpectral);
 }
 
 bool ImageModelFull2d::getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,

@@ -28,21 +28,21 @@ void ImageModelFull3d::initialize(std::size_t indexSequence, std::size_t indexSp
 }
 
 void ImageModelFull3d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT(indexSequence <= m_realImage->getNumOf( SEQUENCE ));
+    RIX_ASSERT(indexSequence <= m_realImage->getNumOf(SEQUENCE));
     m_indexSequence = indexSequence;
 }
 
 void ImageModelFull3d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES ));
+    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES));
     m_indexSpectral = indexSpectral;
 }
 
 std::size_t ImageModelFull3d::getNumOf(const Components& component) const {
     switch (component) {
-    case COLUMNS: return m_numOfColumns;
-    case ROWS: return m_numOfRows;
-    case PLANS: return m_numOfPlanes;
-    default: return 1;
+        case COLUMNS: return m_numOfColumns;
+        case ROWS: return m_numOfRows;
+        case PLANS: return m_numOfPlanes;
+        default: return 1;
     }
 }
 
@@ -53,8 +53,7 @@ bool ImageModelFull3d::contains(std::size_t nbElement, std::size_t firstCols, st
     return expects(detail::fits(nbElement, firstCols, m_numOfColumns), "( nbElement + firstCols ) <= m_numOfColumns") &&
            expects(firstRows < m_numOfRows, "firstRows < m_numOfRows") &&
            expects(firstSequence == 0, "firstSequence == 0") &&
-           expects(firstSpectralSeries == 0, "firstSpectralSeries == 0") &&
-           firstPlans < m_numOfPlanes;
+           expects(firstSpectralSeries == 0, "firstSpectralSeries == 0") && firstPlans < m_numOfPlanes;
 }
 
 bool ImageModelFull3d::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,

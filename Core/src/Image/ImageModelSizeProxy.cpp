@@ -47,8 +47,8 @@ bool ImageModelSizeProxy::contains(std::size_t nbElement, std::size_t firstCols,
            firstSpectralSeries < m_nbElts[SPECTRAL_SERIES];
 }
 
-bool ImageModelSizeProxy::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols,
-                                    std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
+bool ImageModelSizeProxy::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
+                                    std::size_t firstPlans, std::size_t firstSequence,
                                     std::size_t firstSpectralSeries) const {
     return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
            m_realImage->readRowAt(nbElement, buffer, m_firstElt[COLUMNS] + firstCols, m_firstElt[ROWS] + firstRows,

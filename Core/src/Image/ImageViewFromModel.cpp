@@ -77,8 +77,8 @@ ImageViewFromModel::ImageViewFromModel(std::shared_ptr<const ImageModel> model, 
     for (std::size_t i = 0; i < extents.size(); ++i) {
         const auto component = static_cast<Components>(i);
         const String unit = i <= PLANS ? spatialUnit : i == SEQUENCE ? model->getSequenceUnitName() : String();
-        m_private->axes.push_back({detail::toAxisName(i), extents[i],
-                                   {model->getOriginOf(component), model->getSpacingOf(component), unit}});
+        m_private->axes.push_back(
+            {detail::toAxisName(i), extents[i], {model->getOriginOf(component), model->getSpacingOf(component), unit}});
     }
     detail::writeInterpretation(*this, model->getInterpretation());
     detail::writeColorInterpretation(*this, model->getColorInterpretation());
@@ -99,9 +99,9 @@ vessel::ElementType ImageViewFromModel::getElementType() const {
 bool ImageViewFromModel::has(vessel::Capability capability) const {
     const ImageModel& model = *m_private->model;
     switch (capability) {
-    case vessel::Capability::IN_MEMORY: return !model.isOnDisk() && !model.isOnGpu();
-    case vessel::Capability::ON_DISK: return model.isOnDisk();
-    case vessel::Capability::WRITABLE: return m_private->writable != nullptr;
+        case vessel::Capability::IN_MEMORY: return !model.isOnDisk() && !model.isOnGpu();
+        case vessel::Capability::ON_DISK: return model.isOnDisk();
+        case vessel::Capability::WRITABLE: return m_private->writable != nullptr;
     }
     return false;
 }
@@ -111,12 +111,11 @@ bool ImageViewFromModel::readRegion(const vessel::Region& region, std::byte* buf
         return false;
     }
     auto* const bytes = reinterpret_cast<RawData>(buffer);
-    return m_private->forEachRow(
-        region,
-        [&](std::size_t offset, std::size_t row, std::size_t plane, std::size_t sequence, std::size_t spectral) {
-            return m_private->model->readRowAt(region.extent[COLUMNS], bytes + offset, region.first[COLUMNS], row,
-                                               plane, sequence, spectral);
-        });
+    return m_private->forEachRow(region, [&](std::size_t offset, std::size_t row, std::size_t plane,
+                                             std::size_t sequence, std::size_t spectral) {
+        return m_private->model->readRowAt(region.extent[COLUMNS], bytes + offset, region.first[COLUMNS], row, plane,
+                                           sequence, spectral);
+    });
 }
 
 bool ImageViewFromModel::writeRegion(const vessel::Region& region, const std::byte* buffer) {
@@ -124,12 +123,11 @@ bool ImageViewFromModel::writeRegion(const vessel::Region& region, const std::by
         return false;
     }
     const auto* const bytes = reinterpret_cast<ConstRawData>(buffer);
-    return m_private->forEachRow(
-        region,
-        [&](std::size_t offset, std::size_t row, std::size_t plane, std::size_t sequence, std::size_t spectral) {
-            return m_private->writable->writeRowAt(region.extent[COLUMNS], bytes + offset, region.first[COLUMNS], row,
-                                                   plane, sequence, spectral);
-        });
+    return m_private->forEachRow(region, [&](std::size_t offset, std::size_t row, std::size_t plane,
+                                             std::size_t sequence, std::size_t spectral) {
+        return m_private->writable->writeRowAt(region.extent[COLUMNS], bytes + offset, region.first[COLUMNS], row,
+                                               plane, sequence, spectral);
+    });
 }
 
 const std::byte* ImageViewFromModel::getBuffer() const {

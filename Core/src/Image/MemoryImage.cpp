@@ -267,8 +267,8 @@ bool MemoryImage::getRowAt(std::size_t nbElement, RawData& row, std::size_t firs
             firstSpectralSeries >= m_numOf[SPECTRAL_SERIES]) {
             return false;
         }
-        rowIndex += ((firstSpectralSeries * m_numOf[SEQUENCE] + firstSequence) * m_numOf[PLANS] + firstPlans) *
-                    m_numOf[ROWS];
+        rowIndex +=
+            ((firstSpectralSeries * m_numOf[SEQUENCE] + firstSequence) * m_numOf[PLANS] + firstPlans) * m_numOf[ROWS];
     }
     row = m_rawData + (rowIndex * columns + firstCols) * m_oneDataSize;
     return true;

@@ -71,8 +71,7 @@ void fromWorldToImageMatrix(double originX, double originY, double originZ, doub
     checkSpacings(spacingX, spacingY, spacingZ);
     // (R S)^-1 = S^-1 R^T: no general inversion, so large origins and tiny spacings lose nothing.
     const Eigen::Vector3d inverseSpacing(1.0 / spacingX, 1.0 / spacingY, 1.0 / spacingZ);
-    const Eigen::Matrix3d linear =
-        inverseSpacing.asDiagonal() * makeRotation(angle1, angle2, angle3).transpose();
+    const Eigen::Matrix3d linear = inverseSpacing.asDiagonal() * makeRotation(angle1, angle2, angle3).transpose();
     matrix.leftCols<3>() = linear;
     matrix.col(3) = -(linear * Eigen::Vector3d(originX, originY, originZ));
 }

@@ -34,8 +34,8 @@ vessel::DataFrame MeasurementObject::toDataFrame() const {
     for (const BaseMeasurementArray* const array : all) {
         if (array->size() != all.front()->size()) {
             throw InvalidCall("The arrays of a " + getClassInfo().getClassName() + " make no table: \"" +
-                              all.front()->getName() + "\" has " + std::to_string(all.front()->size()) +
-                              " values, \"" + array->getName() + "\" has " + std::to_string(array->size()) + '.');
+                              all.front()->getName() + "\" has " + std::to_string(all.front()->size()) + " values, \"" +
+                              array->getName() + "\" has " + std::to_string(array->size()) + '.');
         }
     }
     vessel::DataFrame table;

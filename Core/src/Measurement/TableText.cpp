@@ -35,12 +35,9 @@ String shortest(double number) {
 
 nlohmann::ordered_json valuesOf(const vessel::DataFrameView& table, std::size_t column) {
     switch (table.getColumnType(column)) {
-        case vessel::ColumnType::INTEGER:
-            return table.getIntegers(column);
-        case vessel::ColumnType::TEXT:
-            return table.getTexts(column);
-        case vessel::ColumnType::REAL:
-            break;
+        case vessel::ColumnType::INTEGER: return table.getIntegers(column);
+        case vessel::ColumnType::TEXT: return table.getTexts(column);
+        case vessel::ColumnType::REAL: break;
     }
     nlohmann::ordered_json values = nlohmann::ordered_json::array();
     for (const double value : table.getReals(column)) {
@@ -55,15 +52,9 @@ nlohmann::ordered_json valuesOf(const vessel::DataFrameView& table, std::size_t 
 
 void appendField(String& text, const vessel::DataFrameView& table, std::size_t column, std::size_t row) {
     switch (table.getColumnType(column)) {
-        case vessel::ColumnType::REAL:
-            text += shortest(table.getReals(column)[row]);
-            break;
-        case vessel::ColumnType::INTEGER:
-            text += std::to_string(table.getIntegers(column)[row]);
-            break;
-        case vessel::ColumnType::TEXT:
-            text += quoted(table.getTexts(column)[row]);
-            break;
+        case vessel::ColumnType::REAL: text += shortest(table.getReals(column)[row]); break;
+        case vessel::ColumnType::INTEGER: text += std::to_string(table.getIntegers(column)[row]); break;
+        case vessel::ColumnType::TEXT: text += quoted(table.getTexts(column)[row]); break;
     }
 }
 

@@ -28,12 +28,9 @@ namespace {
 
 double roundReal(double value, RealToIntConvertType rounding) {
     switch (rounding) {
-        case CEIL:
-            return std::ceil(value);
-        case FLOOR:
-            return std::floor(value);
-        case NEAREST:
-            return std::floor(value + 0.5);
+        case CEIL: return std::ceil(value);
+        case FLOOR: return std::floor(value);
+        case NEAREST: return std::floor(value + 0.5);
     }
     throw InvalidCall("There is no RealToIntConvertType " + std::to_string(static_cast<int>(rounding)));
 }
@@ -58,12 +55,9 @@ T toInteger(const ScalarPrivate& scalar, RealToIntConvertType rounding) {
 template <class T>
 T toReal(const ScalarPrivate& scalar) {
     switch (scalar.type) {
-        case INTEGER:
-            return static_cast<T>(scalar.integer());
-        case UNSIGNED_INTEGER:
-            return static_cast<T>(scalar.payload);
-        case REAL:
-            break;
+        case INTEGER: return static_cast<T>(scalar.integer());
+        case UNSIGNED_INTEGER: return static_cast<T>(scalar.payload);
+        case REAL: break;
     }
     return static_cast<T>(scalar.real());
 }

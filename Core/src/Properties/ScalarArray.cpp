@@ -61,12 +61,9 @@ struct ScalarArrayPrivate {
 
     static std::uint64_t wordOf(const Scalar& scalar) {
         switch (scalar.getType()) {
-            case INTEGER:
-                return toWord(scalar.getIntValue());
-            case UNSIGNED_INTEGER:
-                return scalar.getUIntValue();
-            case REAL:
-                break;
+            case INTEGER: return toWord(scalar.getIntValue());
+            case UNSIGNED_INTEGER: return scalar.getUIntValue();
+            case REAL: break;
         }
         return toWord(scalar.getRealValue());
     }
@@ -194,12 +191,9 @@ void ScalarArray::pushBack(double value) {
 Scalar ScalarArray::getScalarValueAt(std::size_t index) const {
     const std::uint64_t word = m_private->wordAt(index);
     switch (m_private->type) {
-        case INTEGER:
-            return std::bit_cast<std::int64_t>(word);
-        case UNSIGNED_INTEGER:
-            return word;
-        case REAL:
-            break;
+        case INTEGER: return std::bit_cast<std::int64_t>(word);
+        case UNSIGNED_INTEGER: return word;
+        case REAL: break;
     }
     return std::bit_cast<double>(word);
 }
@@ -222,10 +216,9 @@ bool ScalarArray::operator==(const ScalarArray& other) const {
         return m_private->words == other.m_private->words;
     }
     // Not the bits: -0 equals 0, and NaN differs from itself.
-    return std::equal(m_private->words.begin(), m_private->words.end(), other.m_private->words.begin(),
-                      other.m_private->words.end(), [](std::uint64_t a, std::uint64_t b) {
-                          return std::bit_cast<double>(a) == std::bit_cast<double>(b);
-                      });
+    return std::equal(
+        m_private->words.begin(), m_private->words.end(), other.m_private->words.begin(), other.m_private->words.end(),
+        [](std::uint64_t a, std::uint64_t b) { return std::bit_cast<double>(a) == std::bit_cast<double>(b); });
 }
 
 }  // namespace rix

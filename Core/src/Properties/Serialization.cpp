@@ -105,12 +105,9 @@ bool Deserialization<FilePath>::doIt(const String& in, FilePath& value, String& 
 
 bool Serialization<Scalar>::doIt(String& out, const Scalar& value) {
     switch (value.getType()) {
-        case INTEGER:
-            return Serialization<long>::doIt(out, value.getIntValue());
-        case UNSIGNED_INTEGER:
-            return Serialization<unsigned long>::doIt(out, value.getUIntValue());
-        case REAL:
-            break;
+        case INTEGER: return Serialization<long>::doIt(out, value.getIntValue());
+        case UNSIGNED_INTEGER: return Serialization<unsigned long>::doIt(out, value.getUIntValue());
+        case REAL: break;
     }
     return Serialization<double>::doIt(out, value.getRealValue());
 }

@@ -166,8 +166,7 @@ void AssertColorInterpretation::apply(const ImageOperand& operand) const {
     if (!isOneOf(m_accepted, interpretation)) {
         refuse(parameterText(operand.property) + " supports only " +
                listText(m_accepted, helper::colorInterpretationToString, " or ") +
-               " color interpretations. Current image is " + helper::colorInterpretationToString(interpretation) +
-               ".");
+               " color interpretations. Current image is " + helper::colorInterpretationToString(interpretation) + ".");
     }
 }
 

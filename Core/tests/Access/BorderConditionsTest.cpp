@@ -155,8 +155,8 @@ protected:
         }
     }
 
-    static void comparePolicies(const test::ImageSpec& spec, std::int64_t width) {
-        const io::MemoryImage image = test::makeRandomImage(spec, 21, test::Extremes::All);
+    static void comparePolicies(const test::ImageTraits& traits, std::int64_t width) {
+        const io::MemoryImage image = test::makeRandomImage(traits, 21, test::Extremes::All);
         const T zero = T(0);
         const T value = T(3);
         compare(image, *FixedBorderCondition<T>::New(zero), fixedReference, zero, width);
@@ -191,11 +191,11 @@ TYPED_TEST(Borders, ReflectAcrossALineAtAnAngle) {
         const Reference reference = [angle](Position p, const Position& n) {
             return directionalReference(angle, p, n);
         };
-        for (const test::ImageSpec& spec : std::initializer_list<test::ImageSpec>{
+        for (const test::ImageTraits& traits : std::initializer_list<test::ImageTraits>{
                  {.voxelType = this->type, .extents = {5, 4, 2, 1, 2}},
                  {.voxelType = this->type, .extents = {1, 1, 1, 1, 1}},
                  {.voxelType = this->type, .extents = {3, 2, 1, 2, 1}, .elementType = VECTOR_2}}) {
-            const io::MemoryImage image = test::makeRandomImage(spec, 4, test::Extremes::Finite);
+            const io::MemoryImage image = test::makeRandomImage(traits, 4, test::Extremes::Finite);
             this->compare(image, *border, reference, T(0), 6);
         }
     }

@@ -20,8 +20,8 @@ io::MemoryImage numbered(std::size_t columns, std::size_t rows, std::size_t plan
                          std::size_t spectral) {
     io::MemoryImage image;
     EXPECT_TRUE(image.reserve(RIX_UINT8, columns, rows, planes, sequence, spectral));
-    std::iota(image.getInternalBuffer(),
-              image.getInternalBuffer() + columns * rows * planes * sequence * spectral, std::uint8_t{0});
+    std::iota(image.getInternalBuffer(), image.getInternalBuffer() + columns * rows * planes * sequence * spectral,
+              std::uint8_t{0});
     return image;
 }
 

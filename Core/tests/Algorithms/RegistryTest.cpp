@@ -83,8 +83,8 @@ TEST(Registry, ClassesOfOthersComeAndGo) {
 }
 
 TEST(Objects, AreMadeByName) {
-    const auto image = std::static_pointer_cast<io::MemoryImage>(
-        ObjectInfo::getObjectInfoFromName("MemoryImage").createInstance());
+    const auto image =
+        std::static_pointer_cast<io::MemoryImage>(ObjectInfo::getObjectInfoFromName("MemoryImage").createInstance());
     EXPECT_EQ(image->getNumOf(COLUMNS), 0U);
     EXPECT_EQ(messageOf<InvalidCall>([] { ObjectInfo::getObjectInfoFromName("memoryimage"); }),
               "The className memoryimage does not exist");

@@ -80,8 +80,7 @@ TEST(Run, HappensInAWorkerUnlessTheSettingsAllowOneThread) {
 TEST(Run, InAWorkerHasTheThreadsOfTheWorkerNotOfTheCallersArena) {
     std::size_t threads = 0;
     ScriptedAlgorithm algorithm;
-    algorithm.withRunner(SCALAR,
-                         [&](BaseAlgorithm& self) { threads = self.executionContext().maximumThreads(); });
+    algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) { threads = self.executionContext().maximumThreads(); });
     algorithm.run();
     const std::size_t outside = threads;
     tbb::task_arena(1).execute([&] { algorithm.run(); });
@@ -137,7 +136,8 @@ TEST(Levels, AreTriedFromTheHighestAllowedDown) {
 TEST(Levels, RunnersOfOneLevelAreTriedInTheOrderOfRegistration) {
     std::vector<int> tried;
     ScriptedAlgorithm algorithm;
-    algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) { tried.push_back(1); }, false)
+    algorithm.withRunner(
+                 SCALAR, [&](BaseAlgorithm&) { tried.push_back(1); }, false)
         .withRunner(SCALAR, [&](BaseAlgorithm&) { tried.push_back(2); })
         .withRunner(SCALAR, [&](BaseAlgorithm&) { tried.push_back(3); });
     algorithm.run();
@@ -206,8 +206,7 @@ TEST(Failure, EveryExceptionLeavesAsOneOfTheFamilyAndTheNextRunWorks) {
         what = 3;
         EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre("undefined exception", outerLevel));
         what = 4;
-        EXPECT_THAT(failureOf<UnexpectedError>(algorithm),
-                    ElementsAre(HasSubstr("Memory is exhausted"), outerLevel));
+        EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre(HasSubstr("Memory is exhausted"), outerLevel));
         what = 5;
         EXPECT_THAT(failureOf<UserCancelException>(algorithm), ElementsAre("Execution canceled by user", outerLevel));
         what = 0;
@@ -424,7 +423,7 @@ TEST(ManyRuns, GoOnInAForkedProcess) {
     const pid_t child = ::fork();
     ASSERT_NE(child, -1);
     if (child == 0) {
-        ::alarm(20);  // a child that waits for threads of its parent would wait for ever
+        ::alarm(20);                             // a child that waits for threads of its parent would wait for ever
         std::exit(runs(-1) && runs(2) ? 0 : 1);  // an ordinary end, with all that is static
     }
     int status = 0;

@@ -73,10 +73,19 @@ void makeReference(io::MemoryImage& image) {
     image.setColorInterpretation(RGB);
 }
 
-const std::vector<String> calibrationCalls{
-    "spacing columns",  "origin columns",  "spacing rows",    "origin rows",     "spacing plans",
-    "origin plans",     "spacing sequence", "origin sequence", "spacing spectral series", "origin spectral series",
-    "spatial unit",     "directions",      "sequence unit"};
+const std::vector<String> calibrationCalls{"spacing columns",
+                                           "origin columns",
+                                           "spacing rows",
+                                           "origin rows",
+                                           "spacing plans",
+                                           "origin plans",
+                                           "spacing sequence",
+                                           "origin sequence",
+                                           "spacing spectral series",
+                                           "origin spectral series",
+                                           "spatial unit",
+                                           "directions",
+                                           "sequence unit"};
 
 TEST(EnforceSameCharacteristics, CopiesEverythingInOrderOnce) {
     io::MemoryImage reference;

@@ -84,8 +84,10 @@ TEST(WorldMatrices, InvalidSpacingsAreNamedInOrder) {
         double x, y, z;
         const char* text;
     };
-    const Case cases[] = {{0, -1, nan, "Invalid world x spacing"}, {nan, 1, 1, "Invalid world x spacing"},
-                          {1, -0.0, 0, "Invalid world y spacing"}, {1, 1, -1, "Invalid world z spacing"},
+    const Case cases[] = {{0, -1, nan, "Invalid world x spacing"},
+                          {nan, 1, 1, "Invalid world x spacing"},
+                          {1, -0.0, 0, "Invalid world y spacing"},
+                          {1, 1, -1, "Invalid world z spacing"},
                           {1, 1, nan, "Invalid world z spacing"}};
     const auto messageOf = [](const auto& call) -> String {
         try {
@@ -119,8 +121,8 @@ TEST(ImageCalibration, OrientationIsTheInverseOfTheConvention) {
             for (const double c : angles) {
                 const Eigen::Matrix3d expected = rotationOf(a, b, c);
                 const EulerAngles found = getEulerAngles(directionsOf(expected));
-                EXPECT_TRUE(rotationOf(found[0], found[1], found[2]).isApprox(expected, 1e-9)) << a << " " << b << " "
-                                                                                               << c;
+                EXPECT_TRUE(rotationOf(found[0], found[1], found[2]).isApprox(expected, 1e-9))
+                    << a << " " << b << " " << c;
                 EXPECT_GE(found[1], 0.0);
                 if (b > 0.1 && b < 3.1) {
                     EXPECT_NEAR(found[1], b, 1e-12);

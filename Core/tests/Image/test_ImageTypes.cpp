@@ -15,10 +15,21 @@ TEST(ImageTypes, VoxelTypes) {
     };
     const char* const undefined = "undefined voxel type string equivalence";
     const Case cases[] = {
-        {0, 1, "uint8"},   {1, 2, "uint16"},   {2, 4, "uint32"},           {3, 0, undefined},
-        {4, 1, "int8"},    {5, 2, "int16"},    {6, 4, "int32"},            {7, 0, undefined},
-        {8, 4, "float32"}, {9, 8, "float64"},  {10, 8, "complex float32"}, {11, 16, "complex float64"},
-        {12, 0, undefined}, {-1, 0, undefined}, {1 << 30, 0, undefined},
+        {0, 1, "uint8"},
+        {1, 2, "uint16"},
+        {2, 4, "uint32"},
+        {3, 0, undefined},
+        {4, 1, "int8"},
+        {5, 2, "int16"},
+        {6, 4, "int32"},
+        {7, 0, undefined},
+        {8, 4, "float32"},
+        {9, 8, "float64"},
+        {10, 8, "complex float32"},
+        {11, 16, "complex float64"},
+        {12, 0, undefined},
+        {-1, 0, undefined},
+        {1 << 30, 0, undefined},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(helper::getSizeOf(static_cast<VoxelTypes>(c.code)), c.size) << c.code;
@@ -36,8 +47,14 @@ TEST(ImageTypes, ElementTypes) {
         const char* text;
     };
     const Case cases[] = {
-        {0, 1, "scalar"},     {16, 2, "2-Vector"}, {32, 3, "3-Vector"}, {256, 3, "Symmetric Matrix 2x2"},
-        {512, 6, "Symmetric Matrix 3x3"}, {1, 0, ""}, {-1, 0, ""}, {768, 0, ""},
+        {0, 1, "scalar"},
+        {16, 2, "2-Vector"},
+        {32, 3, "3-Vector"},
+        {256, 3, "Symmetric Matrix 2x2"},
+        {512, 6, "Symmetric Matrix 3x3"},
+        {1, 0, ""},
+        {-1, 0, ""},
+        {768, 0, ""},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(helper::getElementNumber(static_cast<ElementTypes>(c.code)), c.samples) << c.code;

@@ -302,10 +302,9 @@ TEST_F(MemoryImageTrace, OneLineAnEvent) {
     ASSERT_TRUE(image->reserve(VECTOR_2, RIX_FLOAT32, 10, 20, 1, 2, 1));
     ASSERT_TRUE(image->reserve(RIX_UINT8, 10, 1, 1, 1, 1));
     image.reset();
-    EXPECT_EQ(captured(), prefix + "        1200\t(10, 20, 3, 1, 1, scalar, uint16)\n" +
-                              prefix + "        2000\t(10, 20, 1, 2, 1, 2-Vector, float32)\n" +
-                              prefix + "18446744073709548426\t(10, 1, 1, 1, 1, scalar, uint8)\n" +
-                              prefix + "-         10\n");
+    EXPECT_EQ(captured(), prefix + "        1200\t(10, 20, 3, 1, 1, scalar, uint16)\n" + prefix +
+                              "        2000\t(10, 20, 1, 2, 1, 2-Vector, float32)\n" + prefix +
+                              "18446744073709548426\t(10, 1, 1, 1, 1, scalar, uint8)\n" + prefix + "-         10\n");
 }
 
 TEST_F(MemoryImageTrace, ReuseIsSilent) {
@@ -316,9 +315,8 @@ TEST_F(MemoryImageTrace, ReuseIsSilent) {
     ASSERT_TRUE(image->reserve(RIX_UINT8, 40, 1, 1, 1, 1));
     EXPECT_FALSE(image->reserve(RIX_UINT8, huge, 2, 1, 1, 1));
     image.reset();
-    EXPECT_EQ(captured(), prefix + "          30\t(30, 1, 1, 1, 1, scalar, uint8)\n" +
-                              prefix + "          10\t(40, 1, 1, 1, 1, scalar, uint8)\n" +
-                              prefix + "-          0\n");
+    EXPECT_EQ(captured(), prefix + "          30\t(30, 1, 1, 1, 1, scalar, uint8)\n" + prefix +
+                              "          10\t(40, 1, 1, 1, 1, scalar, uint8)\n" + prefix + "-          0\n");
 }
 
 TEST_F(MemoryImageTrace, OffIsSilent) {

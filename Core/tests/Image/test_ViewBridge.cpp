@@ -60,8 +60,9 @@ void fill(RawData bytes, std::size_t count) {
 }
 
 TEST(ViewBridge, RoundTripOfAllTypes) {
-    const VoxelTypes voxelTypes[] = {RIX_UINT8, RIX_UINT16,  RIX_UINT32,  RIX_INT8,            RIX_INT16,
-                                     RIX_INT32, RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
+    const VoxelTypes voxelTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
+                                     RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
+                                     RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
     const ElementTypes elementTypes[] = {SINGLE, VECTOR_2, VECTOR_3, MATRIX_2X2_SYM, MATRIX_3X3_SYM};
     for (const VoxelTypes voxelType : voxelTypes) {
         for (const ElementTypes elementType : elementTypes) {
@@ -83,8 +84,8 @@ TEST(ViewBridge, RoundTripOfAllTypes) {
             EXPECT_EQ(row, own);
 
             std::vector<std::uint8_t> buffer(240 * size);
-            ASSERT_TRUE(view->readRegion({{0, 0, 0, 0, 0}, {5, 4, 3, 2, 2}},
-                                         reinterpret_cast<std::byte*>(buffer.data())));
+            ASSERT_TRUE(
+                view->readRegion({{0, 0, 0, 0, 0}, {5, 4, 3, 2, 2}}, reinterpret_cast<std::byte*>(buffer.data())));
             EXPECT_EQ(std::memcmp(buffer.data(), image.getImageBuffer(), buffer.size()), 0);
         }
     }
@@ -174,10 +175,10 @@ TEST(ViewBridge, AnyOrderOfAxes) {
     const Axis x{AxisName::COLUMN, 4, {}}, y{AxisName::ROW, 3, {}}, z{AxisName::SLICE, 2, {}}, t{AxisName::TIME, 2, {}},
         c{AxisName::CHANNEL, 3, {}}, one{AxisName::TIME, 1, {}}, oneX{AxisName::COLUMN, 1, {}};
     const Case cases[] = {
-        {{x, y, z, t, c}, true, true}, {{x, y}, true, true},          {{x, y, c}, true, true},
-        {{c, x, y}, false, false},     {{x, c, y}, true, false},      {{t, c, z, y, x}, false, false},
-        {{y, x}, false, false},        {{one, x, y, c}, true, true},  {{c, y}, true, false},
-        {{c, oneX, y}, true, false},   {{y, z}, true, true},          {{x, y, c, t}, true, false},
+        {{x, y, z, t, c}, true, true}, {{x, y}, true, true},         {{x, y, c}, true, true},
+        {{c, x, y}, false, false},     {{x, c, y}, true, false},     {{t, c, z, y, x}, false, false},
+        {{y, x}, false, false},        {{one, x, y, c}, true, true}, {{c, y}, true, false},
+        {{c, oneX, y}, true, false},   {{y, z}, true, true},         {{x, y, c, t}, true, false},
     };
     const ElementLayout layout = ElementLayout::VECTOR_2;
     for (const Case& test : cases) {
@@ -240,8 +241,8 @@ TEST(ViewBridge, AnyOrderOfAxes) {
                 Extents outside{};
                 outside[axis] = position;
                 for (const ImageModelFromView* const model : {&image, &far}) {
-                    EXPECT_FALSE(model->readRowAt(1, found.data(), outside[0], outside[1], outside[2], outside[3],
-                                                  outside[4]));
+                    EXPECT_FALSE(
+                        model->readRowAt(1, found.data(), outside[0], outside[1], outside[2], outside[3], outside[4]));
                 }
             }
         }
@@ -269,9 +270,9 @@ TEST(ViewBridge, MissingAxesKeepACalibration) {
 }
 
 TEST(ViewBridge, ReserveIsForTheShapeThatIsThere) {
-    const auto view = std::make_shared<MemoryImageView>(
-        vessel::ElementType{SampleType::INT16, ElementLayout::SCALAR},
-        std::vector<Axis>{{AxisName::COLUMN, 4, {}}, {AxisName::ROW, 3, {}}});
+    const auto view =
+        std::make_shared<MemoryImageView>(vessel::ElementType{SampleType::INT16, ElementLayout::SCALAR},
+                                          std::vector<Axis>{{AxisName::COLUMN, 4, {}}, {AxisName::ROW, 3, {}}});
     ImageModelFromView image(view);
     EXPECT_TRUE(image.reserve(RIX_INT16, 4, 3, 1, 1, 1));
     EXPECT_FALSE(image.reserve(RIX_UINT16, 4, 3, 1, 1, 1));
@@ -283,8 +284,8 @@ TEST(ViewBridge, ReserveIsForTheShapeThatIsThere) {
 }
 
 TEST(ViewBridge, ConstSidesAreReadOnly) {
-    const std::shared_ptr<const vessel::ImageView> constView = std::make_shared<MemoryImageView>(
-        vessel::ElementType{}, std::vector<Axis>{{AxisName::COLUMN, 4, {}}});
+    const std::shared_ptr<const vessel::ImageView> constView =
+        std::make_shared<MemoryImageView>(vessel::ElementType{}, std::vector<Axis>{{AxisName::COLUMN, 4, {}}});
     ImageModelFromView image(constView);
     std::uint8_t value = 3;
     RawData row = nullptr;

@@ -19,9 +19,8 @@ using measurement::MeasurementArray;
 
 struct Sizes : measurement::MeasurementObject {
     static const ObjectInfo& getInfo() {
-        static const ObjectInfo info("Sizes", []() -> std::shared_ptr<measurement::MeasurementObject> {
-            return std::make_shared<Sizes>();
-        });
+        static const ObjectInfo info(
+            "Sizes", []() -> std::shared_ptr<measurement::MeasurementObject> { return std::make_shared<Sizes>(); });
         return info;
     }
     const ObjectInfo& getClassInfo() const override { return getInfo(); }
@@ -35,9 +34,8 @@ struct Sizes : measurement::MeasurementObject {
 
 struct Others : Sizes {
     static const ObjectInfo& getInfo() {
-        static const ObjectInfo info("Others", []() -> std::shared_ptr<measurement::MeasurementObject> {
-            return std::make_shared<Others>();
-        });
+        static const ObjectInfo info(
+            "Others", []() -> std::shared_ptr<measurement::MeasurementObject> { return std::make_shared<Others>(); });
         return info;
     }
     const ObjectInfo& getClassInfo() const override { return getInfo(); }

@@ -99,16 +99,11 @@ TEST(PropertyMultipleChoices, AcceptsLabelsAndFlags) {
 
 TEST(PropertyMultipleChoices, FindsTheLabelsOfANumber) {
     const std::vector<ChoiceCase> cases{
-        {"", true, 3, "BOTH"},
-        {"", true, 1, "LOW"},
-        {"", true, 9, "LOW;HIGH"},
-        {"", true, 11, "LOW;BOTH;HIGH"},  // values overlap
-        {"", true, 49, "LOW;TOP"},
-        {"", false, 17, ""},  // half of TOP
-        {"", false, 2, ""},
-        {"", false, 64, ""},
-        {"", false, 0, ""},
-        {"", false, -8, ""},
+        {"", true, 3, "BOTH"},     {"", true, 1, "LOW"},
+        {"", true, 9, "LOW;HIGH"}, {"", true, 11, "LOW;BOTH;HIGH"},  // values overlap
+        {"", true, 49, "LOW;TOP"}, {"", false, 17, ""},              // half of TOP
+        {"", false, 2, ""},        {"", false, 64, ""},
+        {"", false, 0, ""},        {"", false, -8, ""},
     };
     for (const auto& [unused, accepted, number, labels] : cases) {
         SCOPED_TRACE(number);

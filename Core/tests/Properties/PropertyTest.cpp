@@ -45,7 +45,12 @@ TEST(Property, KeepsWhatItIsTold) {
 TEST(Property, KeepsTheVersionInTenths) {
     Property<int> property;
     for (const auto& [version, tenths] : std::vector<std::pair<double, int>>{
-             {2.19, 21}, {1.25, 12}, {2, 20}, {-1.25, -12}, {0.09, 0}, {1e300, std::numeric_limits<int>::min()},
+             {2.19, 21},
+             {1.25, 12},
+             {2, 20},
+             {-1.25, -12},
+             {0.09, 0},
+             {1e300, std::numeric_limits<int>::min()},
              {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<int>::min()}}) {
         property.setVersion(version);
         EXPECT_EQ(property.getVersion(), tenths) << version;
@@ -209,14 +214,11 @@ struct Tag {
 
 /// Calls `check` with every value type that the library compiles properties of.
 template <class Check>
-void forEveryValueType(const Check& check) {
+void forEveryValueType(const Check& check){
 #define RIX_CHECK_PROPERTY(...) check(Tag<__VA_ARGS__>());
-    RIX_FOR_SIMPLE_PROPERTIES(RIX_CHECK_PROPERTY)
-    RIX_FOR_IMAGE_PROPERTIES(RIX_CHECK_PROPERTY)
-    RIX_FOR_MATRIX_PROPERTIES(RIX_CHECK_PROPERTY)
-    RIX_FOR_LIST_PROPERTIES(RIX_CHECK_PROPERTY)
-    RIX_FOR_LIST_POINTER_PROPERTIES(RIX_CHECK_PROPERTY)
-    RIX_FOR_OBJECT_PROPERTIES(RIX_CHECK_PROPERTY)
+    RIX_FOR_SIMPLE_PROPERTIES(RIX_CHECK_PROPERTY) RIX_FOR_IMAGE_PROPERTIES(RIX_CHECK_PROPERTY)
+        RIX_FOR_MATRIX_PROPERTIES(RIX_CHECK_PROPERTY) RIX_FOR_LIST_PROPERTIES(RIX_CHECK_PROPERTY)
+            RIX_FOR_LIST_POINTER_PROPERTIES(RIX_CHECK_PROPERTY) RIX_FOR_OBJECT_PROPERTIES(RIX_CHECK_PROPERTY)
 #undef RIX_CHECK_PROPERTY
 }
 

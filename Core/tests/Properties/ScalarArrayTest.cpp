@@ -26,12 +26,9 @@ constexpr std::array<ScalarType, 3> TYPES{INTEGER, UNSIGNED_INTEGER, REAL};
 /// A number of a type, for arrays of any type.
 Scalar numberOf(ScalarType type, int value) {
     switch (type) {
-        case INTEGER:
-            return value;
-        case UNSIGNED_INTEGER:
-            return static_cast<unsigned int>(value);
-        case REAL:
-            break;
+        case INTEGER: return value;
+        case UNSIGNED_INTEGER: return static_cast<unsigned int>(value);
+        case REAL: break;
     }
     return static_cast<double>(value);
 }

@@ -30,9 +30,8 @@ void expectMessage(const Call& call, const String& message) {
 
 template <class T>
 class ScalarOf : public testing::Test {};
-using ArithmeticTypes =
-    testing::Types<bool, char, signed char, unsigned char, short, unsigned short, int, unsigned int, long,
-                   unsigned long, long long, unsigned long long, float, double, long double>;
+using ArithmeticTypes = testing::Types<bool, char, signed char, unsigned char, short, unsigned short, int, unsigned int,
+                                       long, unsigned long, long long, unsigned long long, float, double, long double>;
 TYPED_TEST_SUITE(ScalarOf, ArithmeticTypes);
 
 TYPED_TEST(ScalarOf, KeepsTheExtremesAndTheTag) {
@@ -41,8 +40,7 @@ TYPED_TEST(ScalarOf, KeepsTheExtremesAndTheTag) {
     const auto lowest = std::is_same_v<TypeParam, long double>
                             ? static_cast<TypeParam>(std::numeric_limits<double>::lowest())
                             : Limits::lowest();
-    const auto highest =
-        std::is_same_v<TypeParam, long double> ? static_cast<TypeParam>(-lowest) : Limits::max();
+    const auto highest = std::is_same_v<TypeParam, long double> ? static_cast<TypeParam>(-lowest) : Limits::max();
     for (const TypeParam value : {lowest, TypeParam(0), TypeParam(1), highest}) {
         const Scalar constructed = value;
         Scalar assigned(NOT_A_NUMBER);

@@ -56,12 +56,10 @@ TEST(TextForms, ReadsIntegersAsAStreamDoes) {
                          {"abc", false, 0},
                          {"-", false, 0},
                          {"- 5", false, 0}});
-    expectRead<unsigned int>(77, {{"4294967295", true, 4294967295U},
-                                  {"4294967296", false, 0},
-                                  {"-1", true, 4294967295U},
-                                  {"x", false, 0}});
-    expectRead<long>(77, {{"-9223372036854775808", true, std::numeric_limits<long>::min()},
-                          {"9223372036854775808", false, 0}});
+    expectRead<unsigned int>(
+        77, {{"4294967295", true, 4294967295U}, {"4294967296", false, 0}, {"-1", true, 4294967295U}, {"x", false, 0}});
+    expectRead<long>(
+        77, {{"-9223372036854775808", true, std::numeric_limits<long>::min()}, {"9223372036854775808", false, 0}});
     expectRead<unsigned long>(77, {{"18446744073709551615", true, std::numeric_limits<unsigned long>::max()},
                                    {"18446744073709551616", false, 0}});
     expectRead<unsigned char>(77, {{"0", true, 0}, {"255", true, 255}, {"256", false, 0}, {"a", false, 0}});
@@ -134,9 +132,16 @@ TEST(TextForms, KeepTexts) {
 
 TEST(TextForms, NamesFilesAfterTheirPath) {
     const std::vector<std::pair<String, String>> cases{
-        {"/data/cell.tif", "cell_tif"}, {"cell.tar.gz", "cell.tar_gz"}, {"a.b/cell", "cell"},
-        {"C:\\data\\cell.png", "cell_png"}, {"a\\b/c.d", "c_d"}, {"dir/", ""},
-        {"", ""}, {".hidden", "_hidden"}, {"a//b", "b"}, {"..", "._"},
+        {"/data/cell.tif", "cell_tif"},
+        {"cell.tar.gz", "cell.tar_gz"},
+        {"a.b/cell", "cell"},
+        {"C:\\data\\cell.png", "cell_png"},
+        {"a\\b/c.d", "c_d"},
+        {"dir/", ""},
+        {"", ""},
+        {".hidden", "_hidden"},
+        {"a//b", "b"},
+        {"..", "._"},
     };
     for (const auto& [text, name] : cases) {
         FilePath path("before");

@@ -11,7 +11,7 @@ namespace rix::test {
 namespace {
 
 struct ImageCase {
-    ImageSpec spec;
+    ImageTraits traits;
     Levels levels;
 };
 
@@ -22,7 +22,7 @@ void expectImageRule(const Adder& adder, const String& description, const std::v
     std::vector<Case<const ImageModel*>> asInput{{nullptr, {"The parameter \"p\" must be set."}}};
     std::vector<Case<ImageModel*>> asOutput{{nullptr, {"The parameter \"p\" must be set."}}};
     for (std::size_t i = 0; i < cases.size(); ++i) {
-        shape(images[i], cases[i].spec);
+        shape(images[i], cases[i].traits);
         asInput.push_back({&images[i], cases[i].levels});
         asOutput.push_back({&images[i], cases[i].levels});
     }
@@ -39,12 +39,11 @@ TEST(RuleAssertNotNull, AsksForAnImage) {
 }
 
 TEST(ImageAssertions, LookAtExtents) {
-    expectImageRule(AddRuleAssertImageNotEmpty(), "must not be an empty image",
-                    {{{}, {}},
-                     {{.extents = {4, 3, 1, 0, 1}},
-                      told("must not be an empty image.", "(4, 3, 1, 0, 1, scalar, uint8, value)")},
-                     {{.extents = {0, 3, 1, 1, 1}},
-                      told("must not be an empty image.", "(0, 3, 1, 1, 1, scalar, uint8, value)")}});
+    expectImageRule(
+        AddRuleAssertImageNotEmpty(), "must not be an empty image",
+        {{{}, {}},
+         {{.extents = {4, 3, 1, 0, 1}}, told("must not be an empty image.", "(4, 3, 1, 0, 1, scalar, uint8, value)")},
+         {{.extents = {0, 3, 1, 1, 1}}, told("must not be an empty image.", "(0, 3, 1, 1, 1, scalar, uint8, value)")}});
     const Levels not2d = told("must contain a 2D image.", "(4, 3, 2, 1, 1, scalar, uint8, value)");
     expectImageRule(AddRuleAssertImage2d(), "must be a 2D image",
                     {{{}, {}}, {{.extents = {4, 3, 1, 5, 2}}, {}}, {{.extents = {4, 3, 2, 1, 1}}, not2d}});
@@ -54,17 +53,16 @@ TEST(ImageAssertions, LookAtExtents) {
         AddRuleAssertDimension(ImageDimension::Only3d, AxisUse::Accepted, AxisUse::Refused),
         "must be a 3D image without sequence",
         {{{.extents = {4, 3, 2, 1, 3}}, {}},
-         {{.extents = {4, 3, 1, 1, 1}},
-          told("must contain a 3D image.", "(4, 3, 1, 1, 1, scalar, uint8, value)")},
+         {{.extents = {4, 3, 1, 1, 1}}, told("must contain a 3D image.", "(4, 3, 1, 1, 1, scalar, uint8, value)")},
          {{.extents = {4, 3, 2, 2, 1}},
           told("is a sequence of images (e.g. a movie). Only single images are supported.",
                "(4, 3, 2, 2, 1, scalar, uint8, value)")}});
-    expectImageRule(
-        AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused), "must be an image without spectral series",
-        {{{.extents = {4, 3, 2, 2, 1}}, {}},
-         {{.extents = {4, 3, 1, 1, 3}},
-          told("is a multispectral image (e.g. color). Only grayscale images are supported.",
-               "(4, 3, 1, 1, 3, scalar, uint8, value)")}});
+    expectImageRule(AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused),
+                    "must be an image without spectral series",
+                    {{{.extents = {4, 3, 2, 2, 1}}, {}},
+                     {{.extents = {4, 3, 1, 1, 3}},
+                      told("is a multispectral image (e.g. color). Only grayscale images are supported.",
+                           "(4, 3, 1, 1, 3, scalar, uint8, value)")}});
     expectImageRule(AddRuleAssertAnyColor(3), "must be a color image with at least 3 channels",
                     {{{.extents = {4, 3, 1, 1, 3}}, {}},
                      {{.extents = {4, 3, 1, 1, 4}, .color = RGB}, {}},
@@ -94,9 +92,9 @@ TEST(ImageAssertions, LookAtTypes) {
         const String current = " Current data type is " + name + ".";
         integer.push_back({{.voxelType = type}, {"The parameter \"p\" supports only integer types." + current}});
         const bool complex = name.starts_with("complex");
-        real.push_back({{.voxelType = type},
-                        complex ? Levels{"The parameter \"p\" supports only integer or floating types." + current}
-                                : Levels{}});
+        real.push_back(
+            {{.voxelType = type},
+             complex ? Levels{"The parameter \"p\" supports only integer or floating types." + current} : Levels{}});
     }
     expectImageRule(AddRuleAssertInteger(), "data type must be integer", integer);
     expectImageRule(AddRuleAssertIntegerOrFloating(), "data type must be integer or floating", real);
@@ -113,12 +111,11 @@ TEST(ImageAssertions, LookAtTypes) {
 }
 
 TEST(ImageAssertions, LookAtInterpretations) {
-    expectImageRule(
-        AddRuleAssertInterpretation({RIX_BINARY, RIX_LABEL}), "must be a binary or label image",
-        {{{.interpretation = RIX_BINARY}, {}},
-         {{.interpretation = RIX_LABEL}, {}},
-         {{.interpretation = RIX_VALUE},
-          {"The parameter \"p\" supports only binary or label images. Current image is value."}}});
+    expectImageRule(AddRuleAssertInterpretation({RIX_BINARY, RIX_LABEL}), "must be a binary or label image",
+                    {{{.interpretation = RIX_BINARY}, {}},
+                     {{.interpretation = RIX_LABEL}, {}},
+                     {{.interpretation = RIX_VALUE},
+                      {"The parameter \"p\" supports only binary or label images. Current image is value."}}});
     expectImageRule(AddRuleAssertColorInterpretation({RGB, HSL}), "color interpretation must be RGB or HSL",
                     {{{.color = HSL}, {}},
                      {{.color = YIQ},
@@ -130,9 +127,9 @@ TEST(ImageAssertions, LookAtInterpretations) {
 struct PairCase {
     std::function<void(Property<const ImageModel*>&, const Property<ImageModel*>&)> add;
     String description;
-    ImageSpec reference;
-    ImageSpec accepted;
-    ImageSpec refused;
+    ImageTraits reference;
+    ImageTraits accepted;
+    ImageTraits refused;
     String text;
     bool bothImages = true;  // the level above the text describes both
 };

@@ -13,7 +13,7 @@ namespace {
 using Output = Property<ImageModel*>;
 using Input = Property<const ImageModel*>;
 
-struct CalibrationSpec {
+struct CalibrationTraits {
     double spacing = 0.0;
     double origin = 0.0;
     String spatialUnit{};
@@ -21,16 +21,16 @@ struct CalibrationSpec {
     bool turned = false;
 };
 
-void calibrate(ImageModel& image, const CalibrationSpec& spec) {
+void calibrate(ImageModel& image, const CalibrationTraits& traits) {
     for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
         const auto step = static_cast<double>(static_cast<int>(axis));  // so that no axis is like another
-        ASSERT_TRUE(image.setSpacingOf(axis, spec.spacing * (1.0 + step)));
-        ASSERT_TRUE(image.setOriginOf(axis, spec.origin - step));
+        ASSERT_TRUE(image.setSpacingOf(axis, traits.spacing * (1.0 + step)));
+        ASSERT_TRUE(image.setOriginOf(axis, traits.origin - step));
     }
-    ASSERT_TRUE(image.setSpatialUnitName(spec.spatialUnit));
-    ASSERT_TRUE(image.setSequenceUnitName(spec.sequenceUnit));
+    ASSERT_TRUE(image.setSpatialUnitName(traits.spatialUnit));
+    ASSERT_TRUE(image.setSequenceUnitName(traits.sequenceUnit));
     vessel::SpatialDirections directions;
-    if (spec.turned) {
+    if (traits.turned) {
         directions.columnDirection[0] = -1.0;
     }
     ASSERT_TRUE(image.setSpatialDirections(directions));
@@ -46,8 +46,8 @@ void expectCalibration(const ImageModel& image, const ImageModel& expected) {
     EXPECT_TRUE(image.getSpatialDirections() == expected.getSpatialDirections());
 }
 
-const ImageSpec inputSpec{{5, 4, 2, 1, 3}, RIX_UINT16, SINGLE, RIX_LABEL, RGB};
-const CalibrationSpec inputCalibration{0.5, 10.0, "mm", "s", true};
+const ImageTraits inputTraits{{5, 4, 2, 1, 3}, RIX_UINT16, SINGLE, RIX_LABEL, RGB};
+const CalibrationTraits inputCalibration{0.5, 10.0, "mm", "s", true};
 
 // The levels of a failure without those in which an image describes itself and its model.
 Levels ruleLevels(BaseProperty& property) {
@@ -61,16 +61,17 @@ Levels ruleLevels(BaseProperty& property) {
 struct Enforcement {
     std::function<void(Output&, const Input&)> add;
     String description;
-    String expected;   // the output after it
-    bool calibrated;   // whether it has the input's calibration
-    bool colored;      // whether it has the input's colour interpretation
-    Levels levels;     // of the refusal, without the property's
+    String expected;  // the output after it
+    bool calibrated;  // whether it has the input's calibration
+    bool colored;     // whether it has the input's colour interpretation
+    Levels levels;    // of the refusal, without the property's
     bool needsInput = true;
 };
 
 const char* const untouched = "(2, 2, 1, 1, 1, scalar, float32, value)";
-const String both = "\"p\" is (2, 2, 1, 1, 1, scalar, float32, value); \"inputImage\" is (5, 4, 2, 1, 3, scalar, "
-                    "uint16, label).";
+const String both =
+    "\"p\" is (2, 2, 1, 1, 1, scalar, float32, value); \"inputImage\" is (5, 4, 2, 1, 3, scalar, "
+    "uint16, label).";
 
 const std::vector<Enforcement>& enforcements() {
     static const std::vector<Enforcement> all{
@@ -155,7 +156,7 @@ TEST(Enforcements, ShapeAnOutputOnceAndLeaveAMatchingOneAlone) {
     for (const auto& test : enforcements()) {
         SCOPED_TRACE(test.description);
         io::MemoryImage input;
-        shape(input, inputSpec);
+        shape(input, inputTraits);
         calibrate(input, inputCalibration);
         RecordingImage output;
         shape(output, {{2, 2, 1, 1, 1}, RIX_FLOAT32});
@@ -186,7 +187,7 @@ TEST(Enforcements, SayWhatAnImageRefuses) {
     for (const auto& test : enforcements()) {
         SCOPED_TRACE(test.description);
         io::MemoryImage input;
-        shape(input, inputSpec);
+        shape(input, inputTraits);
         calibrate(input, inputCalibration);
         RecordingImage output;
         shape(output, {{2, 2, 1, 1, 1}, RIX_FLOAT32});
@@ -243,7 +244,7 @@ TEST(Enforcements, NameThePartOfTheCalibrationThatFails) {
         {"sequence unit", "Cannot set the sequence unit name.", "The sequence unit name cannot be set to \"s\""}};
     for (const auto& test : cases) {
         io::MemoryImage input;
-        shape(input, inputSpec);
+        shape(input, inputTraits);
         calibrate(input, inputCalibration);
         RefusesOne output(test.part);
         NamedProperty<const ImageModel*> inputImage("inputImage", &input);
@@ -257,16 +258,15 @@ TEST(Enforcements, NameThePartOfTheCalibrationThatFails) {
 }
 
 TEST(RuleEnforceImage, SaysWhichInterpretationFails) {
-    const std::pair<const char*, Levels> cases[] = {
-        {"color",
-         {"The color interpretation of the model image cannot be updated.",
-          "\"p\" has unknown and cannot be set to RGB."}},
-        {"interpretation",
-         {"The model image cannot be re-interpreted into \"LABEL\".",
-          "\"p\" is (5, 4, 2, 1, 3, scalar, int32, value)."}}};
+    const std::pair<const char*, Levels> cases[] = {{"color",
+                                                     {"The color interpretation of the model image cannot be updated.",
+                                                      "\"p\" has unknown and cannot be set to RGB."}},
+                                                    {"interpretation",
+                                                     {"The model image cannot be re-interpreted into \"LABEL\".",
+                                                      "\"p\" is (5, 4, 2, 1, 3, scalar, int32, value)."}}};
     for (const auto& [part, levels] : cases) {
         io::MemoryImage input;
-        shape(input, inputSpec);
+        shape(input, inputTraits);
         RefusesOne output(part);
         NamedProperty<const ImageModel*> inputImage("inputImage", &input);
         NamedProperty<ImageModel*> p("p", &output);
@@ -326,8 +326,9 @@ TEST(Enforcements, NeverDestroyAnInput) {
     const auto levels = applyRules(p);
     ASSERT_EQ(levels.size(), 4u);
     EXPECT_EQ(levels[0], "Both are the same image, whose samples would be lost.");
-    EXPECT_EQ(levels[1], "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\" with "
-                         "the data type int16.");
+    EXPECT_EQ(levels[1],
+              "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\" with "
+              "the data type int16.");
     expectSamples();
 }
 

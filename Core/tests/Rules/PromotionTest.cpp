@@ -39,9 +39,9 @@ std::vector<String> words(const String& text) {
 }
 
 VoxelTypes typeOf(const String& name) {
-    static const std::map<String, VoxelTypes> types{
-        {"u8", RIX_UINT8},  {"u16", RIX_UINT16}, {"u32", RIX_UINT32},  {"i8", RIX_INT8},
-        {"i16", RIX_INT16}, {"i32", RIX_INT32},  {"f32", RIX_FLOAT32}, {"f64", RIX_FLOAT64}};
+    static const std::map<String, VoxelTypes> types{{"u8", RIX_UINT8},    {"u16", RIX_UINT16}, {"u32", RIX_UINT32},
+                                                    {"i8", RIX_INT8},     {"i16", RIX_INT16},  {"i32", RIX_INT32},
+                                                    {"f32", RIX_FLOAT32}, {"f64", RIX_FLOAT64}};
     return types.at(name);
 }
 

@@ -64,7 +64,7 @@ void expectRule(const Adder& adder, const String& description, const std::vector
 }
 
 /// Shape and types of a test image; the rest is that of a new image.
-struct ImageSpec {
+struct ImageTraits {
     std::array<std::size_t, 5> extents{4, 3, 1, 1, 1};
     VoxelTypes voxelType = RIX_UINT8;
     ElementTypes elementType = SINGLE;
@@ -74,11 +74,11 @@ struct ImageSpec {
 
 /// Gives `image` the described shape, types and calibration. Works on any image that does not refuse.
 template <class Image>
-void shape(Image& image, const ImageSpec& spec) {
-    const auto& n = spec.extents;
-    ASSERT_TRUE(image.reserve(spec.elementType, spec.voxelType, n[0], n[1], n[2], n[3], n[4]));
-    ASSERT_TRUE(image.setInterpretation(spec.interpretation));
-    ASSERT_TRUE(image.setColorInterpretation(spec.color));
+void shape(Image& image, const ImageTraits& traits) {
+    const auto& n = traits.extents;
+    ASSERT_TRUE(image.reserve(traits.elementType, traits.voxelType, n[0], n[1], n[2], n[3], n[4]));
+    ASSERT_TRUE(image.setInterpretation(traits.interpretation));
+    ASSERT_TRUE(image.setColorInterpretation(traits.color));
 }
 
 /// An image that counts what is asked of it, and refuses everything that changes it when told to.

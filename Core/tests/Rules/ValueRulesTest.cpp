@@ -30,9 +30,9 @@ TEST(RuleLimitedValue, RefusesByLiteralComparison) {
                         {nan, {}}});
     expectRule<int>(AddRuleLimitedValue<int>(10, CHECK_LOWER), "must be less than 10",
                     {{10, text("10", "less than <10>")}, {11, text("11", "less than <10>")}, {9, {}}});
-    expectRule<unsigned int>(
-        AddRuleLimitedValue<unsigned int>(3u, CHECK_GREATER_OR_EQUAL), "must be greater than or equal to 3",
-        {{2u, text("2", "greater than or equal to <3>")}, {3u, {}}, {4294967295u, {}}});
+    expectRule<unsigned int>(AddRuleLimitedValue<unsigned int>(3u, CHECK_GREATER_OR_EQUAL),
+                             "must be greater than or equal to 3",
+                             {{2u, text("2", "greater than or equal to <3>")}, {3u, {}}, {4294967295u, {}}});
     // A limit that six digits can't tell from the value is written in full.
     expectRule<double>(AddRuleLimitedValue<double>(1.0, CHECK_LOWER_OR_EQUAL), "must be less than or equal to 1",
                        {{1.0000001, text("1.0000001", "less than or equal to <1>")}, {1.0, {}}, {nan, {}}});
@@ -56,16 +56,12 @@ TEST(RuleLimitedValueVector, TestsEveryComponent) {
     using V = math::Vector3<int>;
     expectRule<V>(AddRuleLimitedValueVector<int, V>(0, CHECK_GREATER), "every component must be greater than 0",
                   {{{1, 2, 3}, {}},
-                   {{1, 2, 0},
-                    {"The parameter \"p\" (value = 0) must be greater than <0>.", "Component 2 is 0."}},
-                   {{-1, 0, 1},
-                    {"The parameter \"p\" (value = -1) must be greater than <0>.", "Component 0 is -1."}}});
+                   {{1, 2, 0}, {"The parameter \"p\" (value = 0) must be greater than <0>.", "Component 2 is 0."}},
+                   {{-1, 0, 1}, {"The parameter \"p\" (value = -1) must be greater than <0>.", "Component 0 is -1."}}});
     using List = container::Vector<unsigned char>;
-    expectRule<List>(AddRuleLimitedValueVector<unsigned char, List>(5, CHECK_LOWER),
-                     "every component must be less than 5",
-                     {{{}, {}},
-                      {{4, 65},
-                       {"The parameter \"p\" (value = 65) must be less than <5>.", "Component 1 is 65."}}});
+    expectRule<List>(
+        AddRuleLimitedValueVector<unsigned char, List>(5, CHECK_LOWER), "every component must be less than 5",
+        {{{}, {}}, {{4, 65}, {"The parameter \"p\" (value = 65) must be less than <5>.", "Component 1 is 65."}}});
 }
 
 TEST(RuleInRange, BoundsBelongToTheRangeOrNot) {
@@ -101,9 +97,9 @@ TEST(RulesOnNumbers, RefuseWhatIsNoUsableNumber) {
     expectRule<V>(AddRuleAssertPositiveOnly(), "must be strictly positive",
                   {{{1, 1}, {}}, {{3, 0}, text("be strictly positive", "Component 1 is 0.")}});
     using Nested = container::Vector<math::Vector2<int>>;
-    expectRule<Nested>(AddRuleAssertPositiveOnly(), "must be strictly positive",
-                       {{{{1, 1}, {2, 2}}, {}},
-                        {{{1, 1}, {2, -2}}, text("be strictly positive", "Component 1 is -2.")}});
+    expectRule<Nested>(
+        AddRuleAssertPositiveOnly(), "must be strictly positive",
+        {{{{1, 1}, {2, 2}}, {}}, {{{1, 1}, {2, -2}}, text("be strictly positive", "Component 1 is -2.")}});
     expectRule<double>(AddRuleAssertPositiveOnly(), "must be strictly positive",
                        {{smallest, {}}, {nan, text("be strictly positive", "The value is nan.")}});
     expectRule<double>(AddRuleAssertFinite(), "must be finite",
@@ -211,9 +207,9 @@ TEST(RuleCompare, RelatesTwoValues) {
     }
     // Types of different sign compare by value.
     NamedProperty<unsigned int> count("count", 3u);
-    expectRule<int>(AddRuleCompare(CompareRelation::Less, count), "must be less than count",
-                    {{-1, {}},
-                     {3, {"The parameter \"p\" (value=3) must be less than the parameter \"count\" (value=3)."}}});
+    expectRule<int>(
+        AddRuleCompare(CompareRelation::Less, count), "must be less than count",
+        {{-1, {}}, {3, {"The parameter \"p\" (value=3) must be less than the parameter \"count\" (value=3)."}}});
     NamedProperty<int> offset("offset", -1);
     expectRule<unsigned int>(
         AddRuleCompare(CompareRelation::Less, offset), "must be less than offset",

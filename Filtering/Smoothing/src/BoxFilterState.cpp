@@ -129,8 +129,7 @@ AlgorithmDescription BoxFilterState::describe(std::size_t threads) const {
     const VoxelTypes type = outputType();
     description.inPlace = type == input->getVoxelType();
     description.outputs.push_back({"outputImage", type, helper::getExtents(*input)});
-    description.extraMemory =
-        threads * boxWorkingBytes(*input, jobFor(input->getInterpretation()));
+    description.extraMemory = threads * boxWorkingBytes(*input, jobFor(input->getInterpretation()));
     if (outputImage.get() != nullptr && isInPlace()) {
         description.extraMemory += elements * helper::getSizeOf(type);
     }

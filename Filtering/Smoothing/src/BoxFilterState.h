@@ -14,7 +14,7 @@
 namespace rix {
 class EnumInfo;
 class Settings;
-}
+}  // namespace rix
 
 namespace rix::filtering::smoothing {
 

@@ -33,9 +33,9 @@ struct BoxAxis {
     bool isIdentity() const { return window == 1 && periods == 0; }
 
     std::size_t extent = 1;
-    std::size_t window = 1;   ///< 1 to twice the extent
+    std::size_t window = 1;  ///< 1 to twice the extent
     std::size_t periods = 0;
-    std::size_t reach = 0;    ///< how far element 0 lies before the axis
+    std::size_t reach = 0;  ///< how far element 0 lies before the axis
     BoxBorder border = BoxBorder::Mirror;
 };
 

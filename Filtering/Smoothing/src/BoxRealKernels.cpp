@@ -184,8 +184,7 @@ HWY_INLINE void forColumns(const BoxRealGroup<T>& group, std::size_t count, cons
     Group sums;
     std::size_t x = 0;
     for (; x + lanes <= count; x += lanes) {
-        sumColumns(
-            group, x, [&](int i) HWY_ATTR { return load(group.rows[i] + x); }, sums);
+        sumColumns(group, x, [&](int i) HWY_ATTR { return load(group.rows[i] + x); }, sums);
         use(x, sums);
     }
     if (x < count) {
@@ -196,8 +195,7 @@ HWY_INLINE void forColumns(const BoxRealGroup<T>& group, std::size_t count, cons
                 left[row][i - x] = group.rows[row][i];
             }
         }
-        sumColumns(
-            group, x, [&](int i) HWY_ATTR { return load(left[i]); }, sums);
+        sumColumns(group, x, [&](int i) HWY_ATTR { return load(left[i]); }, sums);
         use(x, sums);
     }
 }

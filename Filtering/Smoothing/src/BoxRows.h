@@ -80,9 +80,9 @@ public:
 
     /// Brings the row into the image. @throws UnexpectedError when the image refuses it.
     void flush(std::size_t slot, const access::RowSegment& segment) {
-        if (!m_direct[slot] && !m_image.writeRowAt(segment.count, reinterpret_cast<RawData>(m_buffers[slot].data()),
-                                                   segment.column, segment.row, segment.plane, segment.sequence,
-                                                   segment.spectral)) {
+        if (!m_direct[slot] &&
+            !m_image.writeRowAt(segment.count, reinterpret_cast<RawData>(m_buffers[slot].data()), segment.column,
+                                segment.row, segment.plane, segment.sequence, segment.spectral)) {
             access::throwRowError("writeRowAt", m_image, segment);
         }
     }

@@ -74,8 +74,8 @@ TEST(BoxFilterOfReals, EqualsTheDefinitionForEverySizeAndLevel) {
     }
     for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64}) {
         for (const Interpretations meaning : {RIX_VALUE, RIX_BINARY}) {
-            const ImageSpec plane{.voxelType = type, .extents = {45, 37, 2, 1, 1}, .interpretation = meaning};
-            const ImageSpec volume{.voxelType = type, .extents = {13, 11, 45, 2, 1}, .interpretation = meaning};
+            const ImageTraits plane{.voxelType = type, .extents = {45, 37, 2, 1, 1}, .interpretation = meaning};
+            const ImageTraits volume{.voxelType = type, .extents = {13, 11, 45, 2, 1}, .interpretation = meaning};
             const io::MemoryImage planes = makeRandomImage(plane, 5, Extremes::None);
             const io::MemoryImage volumes = makeRandomImage(volume, 6, Extremes::None);
             for (const auto& size : sizes) {

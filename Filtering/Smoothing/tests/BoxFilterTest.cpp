@@ -38,15 +38,15 @@ io::MemoryImage reference(const ImageModel& input, const BoxCase& c, VoxelTypes 
         using Out = typename decltype(out)::type;
         for (std::size_t volume = 0; volume < n[3] * n[4]; ++volume) {
             const std::vector<T> samples = volumeOf<T>(input, volume % n[3], volume / n[3]);
-            const auto sums = box.sumVolume(std::vector<std::int64_t>(samples.begin(), samples.end()),
-                                            {n[0], n[1], n[2]});
+            const auto sums =
+                box.sumVolume(std::vector<std::int64_t>(samples.begin(), samples.end()), {n[0], n[1], n[2]});
             std::vector<Out> row(n[0]);
             for (std::size_t line = 0; line < n[1] * n[2]; ++line) {
                 for (std::size_t x = 0; x < n[0]; ++x) {
                     const std::int64_t sum = sums[line * n[0] + x];
                     // Integer division truncates, which is the definition of the mean.
-                    row[x] = static_cast<Out>(
-                        c.result == Result::Mean ? sum / static_cast<std::int64_t>(box.count()) : sum);
+                    row[x] =
+                        static_cast<Out>(c.result == Result::Mean ? sum / static_cast<std::int64_t>(box.count()) : sum);
                 }
                 EXPECT_TRUE(result.writeRowAt(n[0], reinterpret_cast<ConstRawData>(row.data()), 0, line % n[1],
                                               line / n[1], volume % n[3], volume / n[3]));
@@ -76,8 +76,8 @@ TEST(BoxFilter2d, EqualsTheDefinitionForEveryIntegerTypeSizeAndLevel) {
     }
     for (const VoxelTypes type : integerTypes) {
         for (const Interpretations meaning : {RIX_VALUE, RIX_BINARY}) {
-            const io::MemoryImage input = makeRandomImage(
-                {.voxelType = type, .extents = {45, 21, 2, 1, 1}, .interpretation = meaning}, 7);
+            const io::MemoryImage input =
+                makeRandomImage({.voxelType = type, .extents = {45, 21, 2, 1, 1}, .interpretation = meaning}, 7);
             for (const auto& size : sizes) {
                 for (const Result result : {Result::Sum, Result::Mean}) {
                     expectDefinition(input, {size, result, Dimension::Two});
@@ -88,12 +88,12 @@ TEST(BoxFilter2d, EqualsTheDefinitionForEveryIntegerTypeSizeAndLevel) {
 }
 
 TEST(BoxFilter3d, EqualsTheDefinitionForEveryIntegerTypeSizeAndLevel) {
-    const std::array<std::size_t, 3> sizes[] = {{1, 1, 1}, {1, 1, 2}, {3, 3, 3},  {2, 4, 5},   {5, 3, 7},
+    const std::array<std::size_t, 3> sizes[] = {{1, 1, 1}, {1, 1, 2}, {3, 3, 3},  {2, 4, 5},    {5, 3, 7},
                                                 {4, 1, 9}, {1, 2, 8}, {9, 9, 15}, {40, 30, 31}, {3, 50, 64}};
     for (const VoxelTypes type : integerTypes) {
         for (const Interpretations meaning : {RIX_LABEL, RIX_BINARY}) {
-            const io::MemoryImage input = makeRandomImage(
-                {.voxelType = type, .extents = {19, 11, 13, 2, 1}, .interpretation = meaning}, 9);
+            const io::MemoryImage input =
+                makeRandomImage({.voxelType = type, .extents = {19, 11, 13, 2, 1}, .interpretation = meaning}, 9);
             for (const auto& size : sizes) {
                 for (const Result result : {Result::Sum, Result::Mean}) {
                     expectDefinition(input, {size, result, Dimension::Three});

@@ -114,7 +114,8 @@ LabelAnalysis::LabelAnalysis(algorithms::AbstractPrivateImplementation* given)
              AddRuleAssertType({RIX_UINT8, RIX_UINT16, RIX_UINT32}), AddRuleAssertImageNotEmpty(),
              AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused));
     state.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
-    addInput(state.inputIntensityImage, "inputIntensityImage", "The grey values of the objects, when they are measured.");
+    addInput(state.inputIntensityImage, "inputIntensityImage",
+             "The grey values of the objects, when they are measured.");
     addRuleWhenSet<rules::AssertSingleElement>(state.inputIntensityImage);
     addRuleWhenSet<rules::AssertIntegerOrFloating>(state.inputIntensityImage);
     addRuleWhenSet<rules::AssertImageNotEmpty>(state.inputIntensityImage);

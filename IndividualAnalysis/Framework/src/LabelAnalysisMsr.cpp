@@ -65,9 +65,9 @@ LabelAnalysisMsr::LabelAnalysisMsr()
 LabelAnalysisMsr::~LabelAnalysisMsr() = default;
 
 const ObjectInfo& LabelAnalysisMsr::getInfo() {
-    static const ObjectInfo info(
-        "LabelAnalysisMsr",
-        []() -> std::shared_ptr<measurement::MeasurementObject> { return std::make_shared<LabelAnalysisMsr>(); });
+    static const ObjectInfo info("LabelAnalysisMsr", []() -> std::shared_ptr<measurement::MeasurementObject> {
+        return std::make_shared<LabelAnalysisMsr>();
+    });
     return info;
 }
 

@@ -111,7 +111,8 @@ private:
     void process(const MeasureSet& set, MeasureProcessingType type) {
         for (const auto& [id, measure] : set.getMeasures()) {
             if (measure->getMeasureAttributes().processingType != type ||
-                measure->getProcessingStatus() != Status::ReadyForProcessing || !measure->canStartParallelProcessing()) {
+                measure->getProcessingStatus() != Status::ReadyForProcessing ||
+                !measure->canStartParallelProcessing()) {
                 continue;
             }
             measure->startParallelProcessing();
@@ -140,8 +141,7 @@ private:
         for (std::size_t frame = 0; frame < set.getNumSequencePlanes(); ++frame) {
             const std::size_t objects = set.getNumLabels(frame);
             const std::size_t parts = (objects + objectsOfPart - 1) / objectsOfPart;
-            access::BlockScheduler& scheduler =
-                parts < 4 ? access::serialScheduler() : m_context.scheduler();
+            access::BlockScheduler& scheduler = parts < 4 ? access::serialScheduler() : m_context.scheduler();
             scheduler.forEach(parts, [&](std::size_t part) {
                 m_context.throwIfCancelled();
                 const access::Interval range = access::partOf(objects, parts, part);

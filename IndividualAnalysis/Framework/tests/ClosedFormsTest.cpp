@@ -1,5 +1,5 @@
-// Measures of discs, balls, ellipses, ellipsoids and boxes beside what geometry says of them: the bias that the measures
-// publish is what is tested here, with equal and unequal spacing, at all places between the pixels.
+// Measures of discs, balls, ellipses, ellipsoids and boxes beside what geometry says of them: the bias that the
+// measures publish is what is tested here, with equal and unequal spacing, at all places between the pixels.
 
 #include <algorithm>
 #include <array>
@@ -51,8 +51,8 @@ std::vector<Point> offsets(std::size_t count) {
     std::vector<Point> result;
     for (std::size_t i = 0; i < count; ++i) {  // a sequence that fills the cube evenly
         const auto n = static_cast<double>(i);
-        result.push_back({std::fmod(n * 0.8191725134, 1.0), std::fmod(n * 0.6710436067, 1.0),
-                          std::fmod(n * 0.5497004779, 1.0)});
+        result.push_back(
+            {std::fmod(n * 0.8191725134, 1.0), std::fmod(n * 0.6710436067, 1.0), std::fmod(n * 0.5497004779, 1.0)});
     }
     return result;
 }
@@ -72,10 +72,18 @@ struct Bias {
     Range large;  ///< from 15, in space from 12 on
 };
 
-double one(double) { return 1.0; }
-double radiusTwice(double r) { return 2.0 * r; }
-double discArea(double r) { return pi * r * r; }
-double ballVolume(double r) { return 4.0 / 3.0 * pi * r * r * r; }
+double one(double) {
+    return 1.0;
+}
+double radiusTwice(double r) {
+    return 2.0 * r;
+}
+double discArea(double r) {
+    return pi * r * r;
+}
+double ballVolume(double r) {
+    return 4.0 / 3.0 * pi * r * r * r;
+}
 
 const std::vector<Bias> biasesOfDiscs{
     {"Area", discArea, {-5, 5, 0.2}, {-2, 2, 0.1}},
@@ -109,7 +117,7 @@ const std::vector<Bias> biasesOfBalls{
     {"EulerNumber", one, {0, 0, 0}, {0, 0, 0}},
 };
 
-void expectBias(const std::vector<Bias>& biases, Range Bias::*published, double first, const Point& spacing,
+void expectBias(const std::vector<Bias>& biases, Range Bias::* published, double first, const Point& spacing,
                 bool inSpace, std::size_t places) {
     std::string request;
     for (const Bias& bias : biases) {
@@ -180,7 +188,8 @@ TEST(ClosedForms, EllipsesHaveTheirAxesAndDirections) {
             EXPECT_NEAR(value("Area"), pi * major * minor, 0.01 * pi * major * minor);
             constexpr double h = (major - minor) * (major - minor) / ((major + minor) * (major + minor));
             // By the second approximation of Ramanujan, far closer than the pixels allow.
-            EXPECT_NEAR(value("Perimeter") / (pi * (major + minor) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)))), 1.0, 0.06);
+            EXPECT_NEAR(value("Perimeter") / (pi * (major + minor) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)))), 1.0,
+                        0.06);
             EXPECT_NEAR(value("SecondMomentsXY"), (major * major - minor * minor) / 8 * std::sin(2 * angle), 2.0);
         }
     }
@@ -207,8 +216,8 @@ TEST(ClosedForms, EllipsoidsHaveTheirAxesAndDirections) {
             }
             return sum <= 1.0;
         };
-        const auto table = analyse(draw(ellipsoid, {18, 18, 18}, spacing, {0.2, 0.4, 0.9}),
-                                   "PrincipalAxes, Orientation, Elongation");
+        const auto table =
+            analyse(draw(ellipsoid, {18, 18, 18}, spacing, {0.2, 0.4, 0.9}), "PrincipalAxes, Orientation, Elongation");
         const auto value = [&](const char* name) { return column(*table, name).at(0); };
         EXPECT_NEAR(value("PrincipalAxesMajor"), 36, 0.2);
         EXPECT_NEAR(value("PrincipalAxesMiddle"), 22, 0.2);
@@ -228,18 +237,19 @@ struct Exact {
 void expectExact(const io::MemoryImage& image, const std::vector<Exact>& cases) {
     for (const Exact& c : cases) {
         const auto table = analyse(image, c.measure);
-        EXPECT_NEAR(column(*table, c.measure).at(0), c.expected, 1e-12 * std::max(1.0, std::abs(c.expected))) << c.measure;
+        EXPECT_NEAR(column(*table, c.measure).at(0), c.expected, 1e-12 * std::max(1.0, std::abs(c.expected)))
+            << c.measure;
     }
 }
 
 /// A box of so many pixels in the middle of an image.
 io::MemoryImage box(const std::array<std::size_t, 3>& size, const Point& spacing) {
-    io::MemoryImage image = test::makeImage(
-        {.extents = {size[0] + 2, size[1] + 2, size[2] == 1 ? 1 : size[2] + 2, 1, 1}},
-        [&](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) {
-            const bool inside = x > 0 && x <= size[0] && y > 0 && y <= size[1];
-            return inside && (size[2] == 1 || (z > 0 && z <= size[2])) ? 1 : 0;
-        });
+    io::MemoryImage image =
+        test::makeImage({.extents = {size[0] + 2, size[1] + 2, size[2] == 1 ? 1 : size[2] + 2, 1, 1}},
+                        [&](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) {
+                            const bool inside = x > 0 && x <= size[0] && y > 0 && y <= size[1];
+                            return inside && (size[2] == 1 || (z > 0 && z <= size[2])) ? 1 : 0;
+                        });
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
         image.setSpacingOf(axis, spacing[static_cast<std::size_t>(axis)]);
     }
@@ -249,28 +259,58 @@ io::MemoryImage box(const std::array<std::size_t, 3>& size, const Point& spacing
 TEST(ClosedForms, OnePixelIsARectangle) {
     // Of 2 by 3: what each measure promises for one pixel, with unequal spacing.
     const double perimeter = 6 * (std::atan2(3, 2) / 2 + pi / 2 / std::sqrt(13) + (pi / 2 - std::atan2(3, 2)) / 3);
-    expectExact(box({1, 1, 1}, {2, 3, 1}),
-                {{"PixelCount", 1}, {"Area", 6}, {"BarycenterX", 2}, {"BarycenterY", 3}, {"BoundingBoxMinX", 1},
-                 {"BoundingBoxMaxY", 1}, {"BoundingBoxSizeX", 2}, {"BoundingBoxSizeY", 3}, {"TouchesBorder", 0},
-                 {"Perimeter", perimeter}, {"Circularity", 24 * pi / (perimeter * perimeter)},
-                 {"EquivalentDiameter", std::sqrt(24 / pi)}, {"Extent", 1}, {"SecondMomentsXX", 4.0 / 12},
-                 {"SecondMomentsYY", 9.0 / 12}, {"SecondMomentsXY", 0}, {"PrincipalAxesMajor", 6 / std::sqrt(3)},
-                 {"PrincipalAxesMinor", 4 / std::sqrt(3)}, {"Orientation", pi / 2}, {"Elongation", 1.5},
-                 {"EulerNumber", 1}, {"FeretMaximum", std::sqrt(13)}, {"FeretMaximumAngle", std::atan2(3, 2)},
-                 {"FeretMinimum", 2}, {"FeretMinimumAngle", 0}, {"ConvexArea", 6}, {"Solidity", 1}});
-    io::MemoryImage voxel = test::makeImage({.extents = {3, 3, 3, 1, 1}}, [](std::size_t x, std::size_t y, std::size_t z,
-                                                                              std::size_t, std::size_t) {
-        return x == 1 && y == 1 && z == 1 ? 1 : 0;
-    });
+    expectExact(box({1, 1, 1}, {2, 3, 1}), {{"PixelCount", 1},
+                                            {"Area", 6},
+                                            {"BarycenterX", 2},
+                                            {"BarycenterY", 3},
+                                            {"BoundingBoxMinX", 1},
+                                            {"BoundingBoxMaxY", 1},
+                                            {"BoundingBoxSizeX", 2},
+                                            {"BoundingBoxSizeY", 3},
+                                            {"TouchesBorder", 0},
+                                            {"Perimeter", perimeter},
+                                            {"Circularity", 24 * pi / (perimeter * perimeter)},
+                                            {"EquivalentDiameter", std::sqrt(24 / pi)},
+                                            {"Extent", 1},
+                                            {"SecondMomentsXX", 4.0 / 12},
+                                            {"SecondMomentsYY", 9.0 / 12},
+                                            {"SecondMomentsXY", 0},
+                                            {"PrincipalAxesMajor", 6 / std::sqrt(3)},
+                                            {"PrincipalAxesMinor", 4 / std::sqrt(3)},
+                                            {"Orientation", pi / 2},
+                                            {"Elongation", 1.5},
+                                            {"EulerNumber", 1},
+                                            {"FeretMaximum", std::sqrt(13)},
+                                            {"FeretMaximumAngle", std::atan2(3, 2)},
+                                            {"FeretMinimum", 2},
+                                            {"FeretMinimumAngle", 0},
+                                            {"ConvexArea", 6},
+                                            {"Solidity", 1}});
+    io::MemoryImage voxel =
+        test::makeImage({.extents = {3, 3, 3, 1, 1}}, [](std::size_t x, std::size_t y, std::size_t z, std::size_t,
+                                                         std::size_t) { return x == 1 && y == 1 && z == 1 ? 1 : 0; });
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
         voxel.setSpacingOf(axis, 2.0 + static_cast<double>(axis));
     }
-    expectExact(voxel, {{"PixelCount", 1}, {"Volume", 24}, {"BarycenterZ", 4}, {"BoundingBoxMinZ", 1},
-                        {"BoundingBoxSizeZ", 4}, {"TouchesBorder", 0}, {"EquivalentDiameter", std::cbrt(144 / pi)},
-                        {"Extent", 1}, {"SecondMomentsZZ", 16.0 / 12}, {"SecondMomentsXZ", 0},
-                        {"PrincipalAxesMajor", 8 * std::sqrt(5.0 / 12)}, {"PrincipalAxesMiddle", 6 * std::sqrt(5.0 / 12)},
-                        {"PrincipalAxesMinor", 4 * std::sqrt(5.0 / 12)}, {"OrientationX", 0}, {"OrientationZ", 1},
-                        {"Elongation", 2}, {"EulerNumber", 1}, {"FeretMaximum", std::sqrt(29)}, {"ConvexVolume", 24},
+    expectExact(voxel, {{"PixelCount", 1},
+                        {"Volume", 24},
+                        {"BarycenterZ", 4},
+                        {"BoundingBoxMinZ", 1},
+                        {"BoundingBoxSizeZ", 4},
+                        {"TouchesBorder", 0},
+                        {"EquivalentDiameter", std::cbrt(144 / pi)},
+                        {"Extent", 1},
+                        {"SecondMomentsZZ", 16.0 / 12},
+                        {"SecondMomentsXZ", 0},
+                        {"PrincipalAxesMajor", 8 * std::sqrt(5.0 / 12)},
+                        {"PrincipalAxesMiddle", 6 * std::sqrt(5.0 / 12)},
+                        {"PrincipalAxesMinor", 4 * std::sqrt(5.0 / 12)},
+                        {"OrientationX", 0},
+                        {"OrientationZ", 1},
+                        {"Elongation", 2},
+                        {"EulerNumber", 1},
+                        {"FeretMaximum", std::sqrt(29)},
+                        {"ConvexVolume", 24},
                         {"Solidity", 1}});
     EXPECT_NEAR(single(box({1, 1, 1}, {1, 1, 1}), "Circularity"), 1.748, 5e-4);
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
@@ -285,14 +325,25 @@ TEST(ClosedForms, UprightBoxesAreExactAndTheirBoundariesUnderestimated) {
         const double a = 40 * spacing[0];
         const double b = 25 * spacing[1];
         const io::MemoryImage flat = box({40, 25, 1}, spacing);
-        expectExact(flat, {{"Area", a * b}, {"SecondMomentsXX", a * a / 12}, {"SecondMomentsYY", b * b / 12},
-                           {"FeretMaximum", std::hypot(a, b)}, {"FeretMinimum", std::min(a, b)}, {"ConvexArea", a * b},
-                           {"Solidity", 1}, {"Extent", 1}, {"EulerNumber", 1}});
+        expectExact(flat, {{"Area", a * b},
+                           {"SecondMomentsXX", a * a / 12},
+                           {"SecondMomentsYY", b * b / 12},
+                           {"FeretMaximum", std::hypot(a, b)},
+                           {"FeretMinimum", std::min(a, b)},
+                           {"ConvexArea", a * b},
+                           {"Solidity", 1},
+                           {"Extent", 1},
+                           {"EulerNumber", 1}});
         EXPECT_NEAR(single(flat, "Perimeter") / (2 * (a + b)), 0.935, 0.015);
         const double c = 30 * spacing[2];
         const io::MemoryImage solid = box({40, 25, 30}, spacing);
-        expectExact(solid, {{"Volume", a * b * c}, {"SecondMomentsZZ", c * c / 12}, {"ConvexVolume", a * b * c},
-                            {"FeretMaximum", std::hypot(a, b, c)}, {"Solidity", 1}, {"Extent", 1}, {"EulerNumber", 1}});
+        expectExact(solid, {{"Volume", a * b * c},
+                            {"SecondMomentsZZ", c * c / 12},
+                            {"ConvexVolume", a * b * c},
+                            {"FeretMaximum", std::hypot(a, b, c)},
+                            {"Solidity", 1},
+                            {"Extent", 1},
+                            {"EulerNumber", 1}});
         const bool equal = spacing[0] == spacing[1];
         EXPECT_NEAR(single(solid, "SurfaceArea") / (2 * (a * b + b * c + a * c)), equal ? 0.92 : 0.86, 0.03);
     }

@@ -18,8 +18,8 @@ namespace rix::individual_analysis {
 namespace {
 
 using namespace test_tools;
-using testing::HasSubstr;
 using std::numbers::pi;
+using testing::HasSubstr;
 
 /// Two by four pixels of 3 by 0.5 mm, one object, grey values 1, 2, 3, ...
 struct Sample {

@@ -66,7 +66,8 @@ private:
 
 class RecordingId : public BaseMeasureUniqueId {
 public:
-    RecordingId(const Recipe& recipe, Log& log) : BaseMeasureUniqueId({recipe.name, ""}), m_recipe(recipe), m_log(log) {}
+    RecordingId(const Recipe& recipe, Log& log)
+        : BaseMeasureUniqueId({recipe.name, ""}), m_recipe(recipe), m_log(log) {}
 
     bool supports(DimensionalMode) const override { return true; }
     MeasureAttributes getMeasureAttributes(DimensionalMode) const override {
@@ -178,7 +179,8 @@ TEST_F(Framework, InitialisesInTheOrderOfDependencies) {
     const auto set = makeSet({{"A", {}, {"B"}}, {"B", {"C"}, {}}, {"C"}}, {"A"});
     set->setupDependencies();
     set->initMeasures();
-    EXPECT_THAT(log, ElementsAre("C:init@2", "B:init@2", "A:init@2", "A:accessors@2", "B:accessors@2", "C:accessors@2"));
+    EXPECT_THAT(log,
+                ElementsAre("C:init@2", "B:init@2", "A:init@2", "A:accessors@2", "B:accessors@2", "C:accessors@2"));
     EXPECT_EQ(set->getNumMeasures(Status::ReadyForFinalization), 3U) << "no measure needs the image";
     const auto results = find(*set, "A")->getResults();
     EXPECT_EQ(find(*set, "A")->getResultsArraySize(), 2U);
@@ -196,8 +198,8 @@ TEST_F(Framework, InitialisesInTheOrderOfDependencies) {
 }
 
 TEST_F(Framework, RunsThroughAllStatusesWithTheirSlots) {
-    const auto set = makeSet({{"A", {"B"}, {}, MeasureProcessingType::Runs}, {"B", {}, {}, MeasureProcessingType::Values}},
-                             {"A"});
+    const auto set =
+        makeSet({{"A", {"B"}, {}, MeasureProcessingType::Runs}, {"B", {}, {}, MeasureProcessingType::Values}}, {"A"});
     set->setupDependencies();
     set->initMeasures();
     BaseMeasure& a = *find(*set, "A");
@@ -243,24 +245,30 @@ TEST_F(Framework, RefusesCallsOutOfOrderAndChangesNothing) {
     const char* const start = "InvalidCall: Can't start measure processing, invalid measure status";
     const char* const final = "InvalidCall: Can't finalize measure, invalid measure status for finalization";
     const std::vector<Call> calls{
-        {[](BaseMeasure& m) { m.setDependencies({}); }, "InvalidCall: Can't set measure dependencies, invalid measure status",
+        {[](BaseMeasure& m) { m.setDependencies({}); },
+         "InvalidCall: Can't set measure dependencies, invalid measure status",
          {Status::Undefined}},
         {[](BaseMeasure& m) { static_cast<void>(m.canBeInitialized()); },
-         "InvalidCall: Can't initialize measure, invalid measure status", {Status::Created}},
-        {[](BaseMeasure& m) { m.init(); }, "InvalidCall: Can't initialize measure, invalid measure status",
+         "InvalidCall: Can't initialize measure, invalid measure status",
+         {Status::Created}},
+        {[](BaseMeasure& m) { m.init(); },
+         "InvalidCall: Can't initialize measure, invalid measure status",
          {Status::Created}},
         {[](BaseMeasure& m) { m.dependencyResultsCreated(); }, start, {Status::Initialized}},
-        {[](BaseMeasure& m) { static_cast<void>(m.canStartParallelProcessing()); }, start, {Status::ReadyForProcessing}},
+        {[](BaseMeasure& m) { static_cast<void>(m.canStartParallelProcessing()); },
+         start,
+         {Status::ReadyForProcessing}},
         {[](BaseMeasure& m) { m.startParallelProcessing(); }, start, {Status::ReadyForProcessing}},
         {[](BaseMeasure& m) { m.endParallelProcessing(); },
-         "InvalidCall: Can't end measure processing, invalid measure status", {Status::Processing}},
+         "InvalidCall: Can't end measure processing, invalid measure status",
+         {Status::Processing}},
         {[](BaseMeasure& m) { static_cast<void>(m.canBeFinalized()); }, final, {Status::ReadyForFinalization}},
         {[](BaseMeasure& m) { m.startFinalization(); }, final, {Status::ReadyForFinalization}},
         {[](BaseMeasure& m) { m.finalize(0, 0, 0); }, final, {Status::Finalizing}},
         {[](BaseMeasure& m) { m.endFinalization(); }, final, {Status::Finalizing}},
     };
     const std::vector<std::function<void(BaseMeasure&)>> life{
-        [](BaseMeasure& m) { m.setDependencies({}); },       [](BaseMeasure& m) { m.init(); },
+        [](BaseMeasure& m) { m.setDependencies({}); },        [](BaseMeasure& m) { m.init(); },
         [](BaseMeasure& m) { m.dependencyResultsCreated(); }, [](BaseMeasure& m) { m.startParallelProcessing(); },
         [](BaseMeasure& m) { m.endParallelProcessing(); },    [](BaseMeasure& m) { m.startFinalization(); },
         [](BaseMeasure& m) { m.endFinalization(); },
@@ -271,7 +279,8 @@ TEST_F(Framework, RefusesCallsOutOfOrderAndChangesNothing) {
     for (int status = 0; status <= 7; ++status) {
         ASSERT_EQ(measure->getProcessingStatus(), static_cast<Status>(status));
         for (const Call& call : calls) {
-            if (std::find(call.allowed.begin(), call.allowed.end(), static_cast<Status>(status)) == call.allowed.end()) {
+            if (std::find(call.allowed.begin(), call.allowed.end(), static_cast<Status>(status)) ==
+                call.allowed.end()) {
                 EXPECT_EQ(failure([&] { call.call(*measure); }), call.text) << "in status " << status;
                 EXPECT_EQ(measure->getProcessingStatus(), static_cast<Status>(status));
             }
@@ -331,8 +340,8 @@ TEST_F(Framework, NamesAMissingDependency) {
 }
 
 TEST_F(Framework, FindsCircles) {
-    for (const auto& recipes : {std::vector<Recipe>{{"A", {"B"}, {"C"}}, {"B", {}, {"A"}}, {"C"}},
-                                std::vector<Recipe>{{"A", {}, {"A"}}}}) {
+    for (const auto& recipes :
+         {std::vector<Recipe>{{"A", {"B"}, {"C"}}, {"B", {}, {"A"}}, {"C"}}, std::vector<Recipe>{{"A", {}, {"A"}}}}) {
         const auto set = makeSet(recipes, {"A"});
         set->setupDependencies();
         EXPECT_EQ(failure([&] { set->initMeasures(); }),

@@ -45,8 +45,8 @@ io::MemoryImage patches(VoxelTypes type, const test::Extents& extents, std::uint
     return makeImage({.voxelType = type, .extents = extents, .interpretation = RIX_LABEL},
                      [seed](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) {
                          const std::uint64_t width = 1 + (seed + y / 3) % 13;
-                         std::uint64_t h = (x / width + 31 * (y / 4) + 977 * (z / 2) + 7919 * t + seed) *
-                                           0x9E3779B97F4A7C15ULL;
+                         std::uint64_t h =
+                             (x / width + 31 * (y / 4) + 977 * (z / 2) + 7919 * t + seed) * 0x9E3779B97F4A7C15ULL;
                          h ^= h >> 29;
                          return h % 3 == 0 ? 0 : h / 3 % 97;
                      });
@@ -109,8 +109,8 @@ TEST(LabelAnalysis, IsTheSameForEveryLevelThreadCountScheduleAndStorage) {
         const io::MemoryImage labels = patches(type, extents, 3);
         for (const VoxelTypes greyType : {RIX_UINT8, RIX_INT16, RIX_UINT32, RIX_FLOAT32, RIX_FLOAT64}) {
             SCOPED_TRACE(helper::voxelTypesToString(greyType));
-            const io::MemoryImage grey = test::makeRandomImage({.voxelType = greyType, .extents = extents}, 7,
-                                                               test::Extremes::None);
+            const io::MemoryImage grey =
+                test::makeRandomImage({.voxelType = greyType, .extents = extents}, 7, test::Extremes::None);
             const std::string measures = everything(labels);
             const auto expected = analyse(labels, measures, &grey);
             for (const int threads : {1, 2, 3, 7}) {
@@ -166,11 +166,12 @@ TEST(LabelAnalysis, SumsRunsOfEveryLengthAlikeOnEveryLevel) {
     const test::Extents extents{90001, 2, 1, 1, 1};
     const io::MemoryImage labels = makeImage(
         {.voxelType = RIX_UINT16, .extents = extents}, [](std::size_t x, std::size_t y, auto...) -> std::uint64_t {
-            const auto length = static_cast<std::uint64_t>((std::sqrt(8.0 * static_cast<double>(x + y) + 1.0) - 1.0) / 2.0);
+            const auto length =
+                static_cast<std::uint64_t>((std::sqrt(8.0 * static_cast<double>(x + y) + 1.0) - 1.0) / 2.0);
             return x > 20000 ? 1 : (x + y - length * (length + 1) / 2 == length ? 0 : 2 + length);
         });
-    for (const VoxelTypes type : {RIX_UINT8, RIX_INT8, RIX_UINT16, RIX_INT16, RIX_UINT32, RIX_INT32, RIX_FLOAT32,
-                                  RIX_FLOAT64}) {
+    for (const VoxelTypes type :
+         {RIX_UINT8, RIX_INT8, RIX_UINT16, RIX_INT16, RIX_UINT32, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64}) {
         SCOPED_TRACE(helper::voxelTypesToString(type));
         const io::MemoryImage grey = test::makeRandomImage({.voxelType = type, .extents = extents}, 7);
         const auto expected = analyse(labels, "Intensity", &grey);
@@ -210,8 +211,8 @@ TEST(LabelAnalysis, IterationOverFramesGivesTheSameTable) {
 TEST(LabelAnalysis, MeasuresEachChannel) {
     const io::MemoryImage labels = makeImage({.extents = {3, 1, 1, 1, 1}}, [](std::size_t x, auto...) { return x; });
     const io::MemoryImage grey =
-        makeImage({.extents = {3, 1, 1, 1, 2}}, [](std::size_t x, std::size_t, std::size_t, std::size_t,
-                                                   std::size_t s) { return 10 * x + s; });
+        makeImage({.extents = {3, 1, 1, 1, 2}},
+                  [](std::size_t x, std::size_t, std::size_t, std::size_t, std::size_t s) { return 10 * x + s; });
     const auto table = analyse(labels, "Mean, PixelCount, 2*Mean", &grey);
     EXPECT_THAT(column(*table, "Mean[0]"), ElementsAre(10, 20));
     EXPECT_THAT(column(*table, "Mean[1]"), ElementsAre(11, 21));
@@ -251,7 +252,8 @@ TEST(LabelAnalysis, RefusesBadPropertiesByName) {
         std::vector<const char*> texts;
     };
     static const io::MemoryImage good = patches(RIX_UINT8, {9, 8, 1, 1, 1}, 1);
-    static const io::MemoryImage floats = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {9, 8, 1, 1, 1}}, 1);
+    static const io::MemoryImage floats =
+        test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {9, 8, 1, 1, 1}}, 1);
     static const io::MemoryImage channels = test::makeRandomImage({.extents = {9, 8, 1, 1, 2}}, 1);
     static const io::MemoryImage large = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
     static const io::MemoryImage pairs =
@@ -267,14 +269,18 @@ TEST(LabelAnalysis, RefusesBadPropertiesByName) {
         {"float labels", [](LabelAnalysis& a) { a.setInputLabelImage(&floats); }, {"inputLabelImage", "float32"}},
         {"channels of labels", [](LabelAnalysis& a) { a.setInputLabelImage(&channels); }, {"inputLabelImage"}},
         {"empty", [](LabelAnalysis& a) { a.setInputLabelImage(&empty); }, {"inputLabelImage", "empty"}},
-        {"no spacing", [](LabelAnalysis& a) { a.setInputLabelImage(&unscaled); },
+        {"no spacing",
+         [](LabelAnalysis& a) { a.setInputLabelImage(&unscaled); },
          {"inputLabelImage", "spacing 0 on the rows axis"}},
-        {"another size", [](LabelAnalysis& a) { a.setInputIntensityImage(&large); },
+        {"another size",
+         [](LabelAnalysis& a) { a.setInputIntensityImage(&large); },
          {"inputIntensityImage", "inputLabelImage"}},
         {"complex", [](LabelAnalysis& a) { a.setInputIntensityImage(&pairs); }, {"inputIntensityImage", "complex"}},
-        {"no intensity", [](LabelAnalysis& a) { a.setMeasures("Area, Mean"); },
+        {"no intensity",
+         [](LabelAnalysis& a) { a.setMeasures("Area, Mean"); },
          {"Rule error in property measures", "\"Mean\"", "inputIntensityImage"}},
-        {"no such measure", [](LabelAnalysis& a) { a.setMeasures("Aera"); },
+        {"no such measure",
+         [](LabelAnalysis& a) { a.setMeasures("Aera"); },
          {"no measure \"Aera\"", "Barycenter", "Basic"}},
         {"no text", [](LabelAnalysis& a) { a.setMeasures(""); }, {"measures", "cannot be read"}},
         {"in space only", [](LabelAnalysis& a) { a.setMeasures("Volume"); }, {"\"Volume\"", "in the plane"}},

@@ -66,9 +66,8 @@ double hullSize(const std::vector<std::vector<std::int64_t>>& points) {
         if (height(p) != high || !known.insert(n).second) {
             return;
         }
-        const auto widest = std::max_element(n.begin(), n.end(), [](std::int64_t a, std::int64_t b) {
-            return std::abs(a) < std::abs(b);
-        });
+        const auto widest = std::max_element(n.begin(), n.end(),
+                                             [](std::int64_t a, std::int64_t b) { return std::abs(a) < std::abs(b); });
         std::vector<std::vector<std::int64_t>> base;
         for (auto point : points) {
             if (height(point) == high) {
@@ -108,14 +107,14 @@ struct ReferenceObject {
         return sum / count();
     }
     std::int64_t lowest(std::size_t axis) const {
-        return std::min_element(pixels.begin(), pixels.end(), [axis](const Pixel& a, const Pixel& b) {
-                   return a.at[axis] < b.at[axis];
-               })->at[axis];
+        return std::min_element(pixels.begin(), pixels.end(),
+                                [axis](const Pixel& a, const Pixel& b) { return a.at[axis] < b.at[axis]; })
+            ->at[axis];
     }
     std::int64_t highest(std::size_t axis) const {
-        return std::max_element(pixels.begin(), pixels.end(), [axis](const Pixel& a, const Pixel& b) {
-                   return a.at[axis] < b.at[axis];
-               })->at[axis];
+        return std::max_element(pixels.begin(), pixels.end(),
+                                [axis](const Pixel& a, const Pixel& b) { return a.at[axis] < b.at[axis]; })
+            ->at[axis];
     }
     std::vector<double> sortedValues() const {
         std::vector<double> values;
@@ -307,17 +306,17 @@ void expectMeasures(const ImageModel& labels, const ImageModel* grey, const std:
 
 /// Small objects of few parts with ragged outlines, holes, and single pixels.
 io::MemoryImage raggedLabels(VoxelTypes type, const test::Extents& extents, std::uint64_t seed) {
-    io::MemoryImage image = test::makeImage(
-        {.voxelType = type, .extents = extents, .interpretation = RIX_LABEL},
-        [=](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) -> std::uint64_t {
-            const auto mix = [](std::uint64_t h) {
-                h = (h ^ (h >> 31)) * 0x9E3779B97F4A7C15ULL;
-                return h ^ (h >> 29);
-            };
-            const std::uint64_t pixel = mix(seed + x + 1009 * y + 100003 * z + 10000019 * t);
-            const std::uint64_t cell = mix(seed + x / 7 + 31 * (y / 6) + 977 * (z / 4)) % 11;
-            return cell < 3 || pixel % 4 == 0 ? 0 : pixel % 97 == 1 ? 11 + pixel % 50 : cell * 7;
-        });
+    io::MemoryImage image =
+        test::makeImage({.voxelType = type, .extents = extents, .interpretation = RIX_LABEL},
+                        [=](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) -> std::uint64_t {
+                            const auto mix = [](std::uint64_t h) {
+                                h = (h ^ (h >> 31)) * 0x9E3779B97F4A7C15ULL;
+                                return h ^ (h >> 29);
+                            };
+                            const std::uint64_t pixel = mix(seed + x + 1009 * y + 100003 * z + 10000019 * t);
+                            const std::uint64_t cell = mix(seed + x / 7 + 31 * (y / 6) + 977 * (z / 4)) % 11;
+                            return cell < 3 || pixel % 4 == 0 ? 0 : pixel % 97 == 1 ? 11 + pixel % 50 : cell * 7;
+                        });
     image.setSpacingOf(COLUMNS, 0.5);
     image.setSpacingOf(ROWS, 0.75);
     image.setSpacingOf(PLANS, 2.0);
@@ -391,8 +390,8 @@ TEST(Measures, ConvexHullsOfRandomObjects) {
 }
 
 TEST(Measures, EulerNumberAndBoundaryHoldAcrossBands) {
-    // Large enough for several bands; the slow references are too slow here, so that the whole is compared with a copy of
-    // the image inside one band: the same objects on fewer columns.
+    // Large enough for several bands; the slow references are too slow here, so that the whole is compared with a copy
+    // of the image inside one band: the same objects on fewer columns.
     for (const test::Extents& extents : {test::Extents{31, 17000, 1, 1, 1}, test::Extents{23, 31, 1100, 1, 1}}) {
         const io::MemoryImage narrow = raggedLabels(RIX_UINT16, extents, 4);
         test::Extents wideExtents = extents;
@@ -409,8 +408,8 @@ TEST(Measures, EulerNumberAndBoundaryHoldAcrossBands) {
         for (const Components axis : {COLUMNS, ROWS, PLANS}) {
             wide.setSpacingOf(axis, narrow.getSpacingOf(axis));
         }
-        const std::string request = extents[PLANS] > 1 ? "EulerNumber, SurfaceArea, ConvexHull"
-                                                       : "EulerNumber, Perimeter, ConvexHull";
+        const std::string request =
+            extents[PLANS] > 1 ? "EulerNumber, SurfaceArea, ConvexHull" : "EulerNumber, Perimeter, ConvexHull";
         const auto a = analyse(narrow, request);
         const auto b = analyse(wide, request);
         for (std::size_t c = 0; c < a->getColumnCount(); ++c) {
@@ -449,26 +448,24 @@ TEST(Measures, OfGreyValuesFollowTheirDefinitions) {
     };
     for (const test::Extents& extents : {planeExtents, spaceExtents}) {
         const io::MemoryImage labels = raggedLabels(RIX_UINT16, extents, 5);
-        for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32,
-                                      RIX_FLOAT64}) {
+        for (const VoxelTypes type :
+             {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64}) {
             SCOPED_TRACE(helper::voxelTypesToString(type));
             // Positive values: sums of weights near 0 would only test rounding.
-            const io::MemoryImage grey = test::makeImage(
-                {.voxelType = type, .extents = extents},
-                [](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) {
-                    return 1.0 + static_cast<double>((x * 37 + y * 101 + z * 59 + t * 17) % 125);
-                });
-            expectMeasures(labels, &grey, cases,
-                           "Intensity, Median, Percentile(0), Percentile(12.5), Percentile(99)");
+            const io::MemoryImage grey =
+                test::makeImage({.voxelType = type, .extents = extents},
+                                [](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) {
+                                    return 1.0 + static_cast<double>((x * 37 + y * 101 + z * 59 + t * 17) % 125);
+                                });
+            expectMeasures(labels, &grey, cases, "Intensity, Median, Percentile(0), Percentile(12.5), Percentile(99)");
         }
     }
 }
 
 TEST(Measures, OfFullRangesStayExact) {
     // Extremes of each type, and a large object for selection by counting.
-    const io::MemoryImage labels = test::makeImage({.extents = {61, 53, 1, 1, 1}}, [](std::size_t x, auto...) {
-        return x < 55 ? 1 : 2;
-    });
+    const io::MemoryImage labels =
+        test::makeImage({.extents = {61, 53, 1, 1, 1}}, [](std::size_t x, auto...) { return x < 55 ? 1 : 2; });
     const std::vector<MeasureCase> cases{
         {"Minimum", [](const auto& o) { return o.sortedValues().front(); }, 0.0},
         {"Maximum", [](const auto& o) { return o.sortedValues().back(); }, 0.0},

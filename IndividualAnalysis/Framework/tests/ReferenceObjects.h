@@ -54,9 +54,9 @@ inline Objects collectObjects(const ImageModel& labels, const ImageModel* intens
                 }
                 for (std::size_t x = 0; x < row.size(); ++x) {
                     if (row[x] != 0) {
-                        Pixel pixel{{static_cast<std::int64_t>(x), static_cast<std::int64_t>(y),
-                                     static_cast<std::int64_t>(z)},
-                                    {}};
+                        Pixel pixel{
+                            {static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), static_cast<std::int64_t>(z)},
+                            {}};
                         for (std::size_t s = 0; s < channels; ++s) {
                             pixel.values.push_back(values[s][x]);
                         }
@@ -76,8 +76,8 @@ struct RunOptions {
 };
 
 inline std::shared_ptr<const vessel::DataFrameView> analyse(const ImageModel& labels, const std::string& measures,
-                                                      const ImageModel* intensity = nullptr,
-                                                      const RunOptions& options = {}) {
+                                                            const ImageModel* intensity = nullptr,
+                                                            const RunOptions& options = {}) {
     const auto result = std::make_shared<LabelAnalysisMsr>();
     LabelAnalysis algorithm;
     algorithm.setOutputMeasurement(result.get());

@@ -48,8 +48,7 @@ String refusalOfPng(const ImageModel& image, const WriteOptions& options) {
     const ImageFileInfo info = describe(image);
     const String shape = helper::describeImage(image);
     if (info.elementType != SINGLE) {
-        return "PNG cannot hold elements of type " + helper::elementTypesToString(info.elementType) +
-               ", only scalars.";
+        return "PNG cannot hold elements of type " + helper::elementTypesToString(info.elementType) + ", only scalars.";
     }
     if (std::find(info.extents.begin(), info.extents.end(), 0U) != info.extents.end()) {
         return "The image is empty: " + shape + '.';
@@ -95,8 +94,7 @@ void writePng(OutputFile& file, const ImageModel& image, const WriteOptions& opt
         png_structp png = session.png();
         png_set_IHDR(png, session.info(), static_cast<png_uint_32>(columns),
                      static_cast<png_uint_32>(info.extents[ROWS]), static_cast<int>(sampleBytes * 8),
-                     colorTypeOf(channels), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                     PNG_FILTER_TYPE_DEFAULT);
+                     colorTypeOf(channels), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_compression_level(png, options.compression == Compression::None ? 0 : UsualLevel);
         if (options.compression == Compression::None || info.interpretation != RIX_VALUE) {
             png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);  // differences of labels have no pattern

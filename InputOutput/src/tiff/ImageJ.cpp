@@ -87,8 +87,8 @@ String formatDescription(const ImageFileInfo& info, const PageAxes& axes) {
         put("images", std::to_string(pages));
     }
     int stacked = 0;
-    for (const auto& [key, extent] : {std::pair("channels", axes.channels), std::pair("slices", axes.slices),
-                                      std::pair("frames", axes.frames)}) {
+    for (const auto& [key, extent] :
+         {std::pair("channels", axes.channels), std::pair("slices", axes.slices), std::pair("frames", axes.frames)}) {
         if (extent > 1) {
             put(key, std::to_string(extent));
             ++stacked;

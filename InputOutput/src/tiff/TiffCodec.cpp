@@ -22,7 +22,6 @@ bool recognises(std::span<const std::uint8_t> beginning) {
 
 }  // namespace
 
-const Codec tiffCodec{"TIFF",       Extensions, &recognises, &refusalOfTiff,
-                      &readTiffInfo, &readTiff,  &writeTiff};
+const Codec tiffCodec{"TIFF", Extensions, &recognises, &refusalOfTiff, &readTiffInfo, &readTiff, &writeTiff};
 
 }  // namespace rix::io

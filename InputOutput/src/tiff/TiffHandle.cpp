@@ -31,8 +31,7 @@ void keepMessage(String& kept, const char* format, va_list arguments) noexcept {
 
 }  // namespace
 
-TiffHandle::TiffHandle(InputFile& file)
-    : m_input(&file), m_readable(ReadsOfOneByte * file.size() + Slack) {
+TiffHandle::TiffHandle(InputFile& file) : m_input(&file), m_readable(ReadsOfOneByte * file.size() + Slack) {
     // m: no memory mapping; c: a strip stays one strip, so that it is decoded straight into the image.
     open("rmc", LargestRatio * file.size() + Slack);
     if (m_tiff == nullptr) {

@@ -62,8 +62,8 @@ private:
     std::uint64_t m_position = 0;
     std::uint64_t m_readable = 0;  ///< bytes that may still be fetched
     bool m_missedBytes = false;    ///< libtiff asked for bytes beyond the end of the file
-    bool m_discard = false;  ///< the file is given up: what libtiff flushes at its end goes nowhere
-    String m_errors;         ///< the first message of each kind
+    bool m_discard = false;        ///< the file is given up: what libtiff flushes at its end goes nowhere
+    String m_errors;               ///< the first message of each kind
     String m_warnings;
 };
 

@@ -51,8 +51,8 @@ void collectPages(TiffHandle& handle, std::uint64_t fileBytes, TiffLayout& layou
 std::uint64_t findRawPages(TiffHandle& handle, std::uint64_t fileBytes, const TiffLayout& layout,
                            std::optional<std::size_t> pages) {
     const TiffPage& page = layout.page;
-    if (layout.directories.size() != 1 || page.compression != COMPRESSION_NONE || page.tiled ||
-        page.separate || page.isPacked()) {
+    if (layout.directories.size() != 1 || page.compression != COMPRESSION_NONE || page.tiled || page.separate ||
+        page.isPacked()) {
         return 0;
     }
     const std::uint64_t begin = TIFFGetStrileOffset(handle.get(), 0);
@@ -134,8 +134,8 @@ TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes) {
         std::size_t frames = 0;
         if (named && *named == pages) {
             layout.axes = *axes;
-        } else if (axes->channels == page.channels &&
-                   helper::checkedMultiply(axes->slices, axes->frames, frames) && frames == pages) {
+        } else if (axes->channels == page.channels && helper::checkedMultiply(axes->slices, axes->frames, frames) &&
+                   frames == pages) {
             layout.axes = {1, axes->slices, axes->frames};  // the channels are the samples of the pages
         } else if (layout.rawPages = findRawPages(handle, fileBytes, layout, named); layout.rawPages != 0) {
             layout.axes = *axes;

@@ -120,11 +120,8 @@ void readColors(TiffHandle& handle, TiffPage& page) {
     switch (page.photometric) {
         case PHOTOMETRIC_MINISWHITE:
         case PHOTOMETRIC_MINISBLACK:
-        case PHOTOMETRIC_MASK:
-            break;
-        case PHOTOMETRIC_RGB:
-            page.color = page.samples == 3 || page.samples == 4 ? RGB : UNKNOWN;
-            break;
+        case PHOTOMETRIC_MASK: break;
+        case PHOTOMETRIC_RGB: page.color = page.samples == 3 || page.samples == 4 ? RGB : UNKNOWN; break;
         case PHOTOMETRIC_PALETTE: {
             if (page.samples != 1 || page.bits > 16 || (page.voxelType != RIX_UINT8 && page.voxelType != RIX_UINT16)) {
                 throw LoadingError("A palette needs one unsigned sample of at most 16 bits a pixel; this file has " +
@@ -193,8 +190,7 @@ void readBlocks(TiffHandle& handle, TiffPage& page) {
 }  // namespace
 
 bool TiffPage::matches(const TiffPage& other) const {
-    return columns == other.columns && rows == other.rows && channels == other.channels &&
-           voxelType == other.voxelType;
+    return columns == other.columns && rows == other.rows && channels == other.channels && voxelType == other.voxelType;
 }
 
 bool TiffPage::isPalette() const {
@@ -248,8 +244,7 @@ TiffPage readTiffPage(TiffHandle& handle) {
     page.separate = page.samples > 1 && fieldOf<std::uint16_t>(handle, TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE;
     if (page.columns == 0 || page.rows == 0 || page.samples == 0) {
         throw LoadingError("The picture is empty: " + std::to_string(page.columns) + " columns, " +
-                           std::to_string(page.rows) + " rows, " + std::to_string(page.samples) +
-                           " samples a pixel.");
+                           std::to_string(page.rows) + " rows, " + std::to_string(page.samples) + " samples a pixel.");
     }
     if (page.orientation == 0 || page.orientation > ORIENTATION_BOTLEFT) {
         throw LoadingError("The picture is stored transposed (orientation " + std::to_string(page.orientation) +

@@ -27,8 +27,8 @@ struct TiffPage {
     std::size_t channels = 1;          ///< after the palette
     ColorInterpretation color = UNKNOWN;
 
-    std::size_t rowBytes = 0;         ///< of a row of a block, as decoded
-    std::uint64_t decodedBytes = 0;   ///< of all blocks of the page
+    std::size_t rowBytes = 0;        ///< of a row of a block, as decoded
+    std::uint64_t decodedBytes = 0;  ///< of all blocks of the page
 
     /// Whether two pages can belong to one image.
     bool matches(const TiffPage& other) const;

@@ -99,8 +99,8 @@ private:
         // As floating-point numbers, which don't overflow: whether the estimate is a byte off doesn't matter.
         const auto columns = static_cast<double>(roundedUp(m_info.extents[COLUMNS], m_options.tileColumns));
         const auto rows = static_cast<double>(roundedUp(m_info.extents[ROWS], m_options.tileRows));
-        const double pageBytes = columns * rows * static_cast<double>(m_samples * m_sampleBytes) * 1.125 +
-                                 rows * 16.0 + static_cast<double>(PageOverhead);
+        const double pageBytes = columns * rows * static_cast<double>(m_samples * m_sampleBytes) * 1.125 + rows * 16.0 +
+                                 static_cast<double>(PageOverhead);
         const double bytes = pageBytes * static_cast<double>(m_axes.pages().value_or(0));
         return bytes >= static_cast<double>(ClassicLimit);
     }
@@ -237,12 +237,12 @@ String refusalOfTiff(const ImageModel& image, const WriteOptions& options) {
     }
     constexpr std::size_t mostPixels = std::numeric_limits<std::uint32_t>::max();
     if (info.extents[COLUMNS] > mostPixels || info.extents[ROWS] > mostPixels) {
-        return "TIFF cannot hold more than " + std::to_string(mostPixels) + " columns or rows: " +
-               helper::describeImage(image) + '.';
+        return "TIFF cannot hold more than " + std::to_string(mostPixels) +
+               " columns or rows: " + helper::describeImage(image) + '.';
     }
-    const auto pages = PageAxes{hasColorPixels(info) ? 1 : info.extents[SPECTRAL_SERIES], info.extents[PLANS],
-                                info.extents[SEQUENCE]}
-                           .pages();
+    const auto pages =
+        PageAxes{hasColorPixels(info) ? 1 : info.extents[SPECTRAL_SERIES], info.extents[PLANS], info.extents[SEQUENCE]}
+            .pages();
     if (!pages || *pages > MostPages) {
         return "TIFF cannot hold more than " + std::to_string(MostPages) + " pages: " + helper::describeImage(image) +
                '.';
@@ -251,8 +251,8 @@ String refusalOfTiff(const ImageModel& image, const WriteOptions& options) {
     if ((options.tileColumns != 0 || options.tileRows != 0) &&
         (!isSide(options.tileColumns) || !isSide(options.tileRows))) {
         return "TIFF cannot have tiles of " + std::to_string(options.tileColumns) + " x " +
-               std::to_string(options.tileRows) + ", only of multiples of 16 up to " +
-               std::to_string(LargestTileSide) + '.';
+               std::to_string(options.tileRows) + ", only of multiples of 16 up to " + std::to_string(LargestTileSide) +
+               '.';
     }
     return {};
 }

@@ -7,8 +7,8 @@
 
 namespace rix::segmentation {
 
-/// Runs the parts of a phase: on the run's threads, or on this one where the image is too small for them. Phases can't be
-/// blocks of a point operation: they work on the table of runs, whose bands belong to no image.
+/// Runs the parts of a phase: on the run's threads, or on this one where the image is too small for them. Phases can't
+/// be blocks of a point operation: they work on the table of runs, whose bands belong to no image.
 class BandLoop {
 public:
     BandLoop(access::ExecutionContext& context, bool small)

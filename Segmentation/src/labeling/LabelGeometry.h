@@ -24,7 +24,7 @@ enum class Connectivity : std::uint8_t {
 struct LabelGeometry {
     std::size_t columns = 0;
     std::size_t rows = 0;
-    std::size_t planes = 0;   ///< of a volume
+    std::size_t planes = 0;  ///< of a volume
     std::size_t volumes = 0;
     Connectivity connectivity = Connectivity::Edges;
 

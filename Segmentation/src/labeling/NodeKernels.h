@@ -21,9 +21,9 @@ struct NodeKernels {
 template <class Node>
 const NodeKernels<Node>& nodeKernels(OptimLevelType level);
 
-/// Replaces entries by labels and copies these into a row of type `T`. Where an entry is a name, it is that of an earlier
-/// node of the band, or of a root of another band; the entries of roots are labels already and stay as they are, because
-/// other bands may read them at the same time.
+/// Replaces entries by labels and copies these into a row of type `T`. Where an entry is a name, it is that of an
+/// earlier node of the band, or of a root of another band; the entries of roots are labels already and stay as they
+/// are, because other bands may read them at the same time.
 template <class Node, class T>
 using ResolveNodes = void (*)(Node* entries, Node first, Node end, T* labels);
 

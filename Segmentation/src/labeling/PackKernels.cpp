@@ -113,7 +113,7 @@ static inline std::uint64_t obliqueWord(const VisitedRows& visited, std::size_t 
 
 std::size_t openings(const VisitedRows& visited, std::size_t words) {
     std::size_t count = 0;
-    std::uint64_t before = 0;         // the last bit of the word before, in the first place
+    std::uint64_t before = 0;  // the last bit of the word before, in the first place
     std::uint64_t obliqueBefore = 0;
     std::uint64_t oblique = words > 0 ? obliqueWord(visited, 0) : 0;
     for (std::size_t i = 0; i < words; ++i) {

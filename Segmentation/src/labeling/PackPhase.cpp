@@ -9,8 +9,7 @@ namespace rix::segmentation {
 
 namespace {
 
-using ObjectTypes =
-    access::TypeList<std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t>;
+using ObjectTypes = access::TypeList<std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t>;
 
 /// Lines packed between two looks at a request to cancel.
 constexpr std::size_t voxelsBetweenLooks = std::size_t{1} << 20;

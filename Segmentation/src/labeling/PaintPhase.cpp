@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t voxelsBetweenLooks = std::size_t{1} << 20;
 
 /// Streaming saves reading the output before it is written, but whoever reads the labels next finds them in no cache. A
-/// cache that many cores share is not a run's own: measured with one of 480 MiB, labels of 48 MiB in all are written 1.3
-/// times as fast past it, of 80 MiB 1.7 times, of 20 MiB alike.
+/// cache that many cores share is not a run's own: measured with one of 480 MiB, labels of 48 MiB in all are
+/// written 1.3 times as fast past it, of 80 MiB 1.7 times, of 20 MiB alike.
 template <class T>
 bool choosesStreaming(const LabelGeometry& geometry) {
     constexpr std::size_t shareOfCache = std::size_t{32} << 20;
@@ -53,9 +53,10 @@ void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output
                 const bool endsPlane = y + step >= band.lastRow;
                 const bool endsBand = endsPlane && plane + 1 == band.lastPlane;
                 const Node end =
-                    endsBand ? bandEnd
-                             : table.row(band, endsPlane ? plane + 1 : plane, (endsPlane ? band.firstRow : y + step) / step)
-                                   .name;
+                    endsBand
+                        ? bandEnd
+                        : table.row(band, endsPlane ? plane + 1 : plane, (endsPlane ? band.firstRow : y + step) / step)
+                              .name;
                 resolve(entries, row.name, end, labels);
                 for (std::size_t part = 0; part < step && y + part < band.lastRow; ++part) {
                     const access::RowSegment segment = position.of(plane * geometry.rows + y + part);

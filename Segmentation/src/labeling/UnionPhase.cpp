@@ -157,8 +157,8 @@ public:
                 }
                 const NodeRow<Node> earlier =
                     m_table.row(before, shifted(band.firstPlane, step.plane), shifted(row, step.row));
-                const std::size_t count = kernels.list[static_cast<std::size_t>(step.contact)](
-                    earlier, later, m_table.words(), pairs);
+                const std::size_t count =
+                    kernels.list[static_cast<std::size_t>(step.contact)](earlier, later, m_table.words(), pairs);
                 for (std::size_t i = 0; i < count; ++i) {
                     joinSets(entries, rootOfBand(entries, pairs[i].earlier, beforeName),
                              rootOfBand(entries, pairs[i].later, bandName));
@@ -244,8 +244,8 @@ private:
     std::vector<Node> m_joined;
 };
 
-/// The seams in the order of a tree: first between neighbouring bands, then between pairs of bands, and so on. The seams
-/// of one level touch different sets of bands, so that they can be joined at the same time.
+/// The seams in the order of a tree: first between neighbouring bands, then between pairs of bands, and so on. The
+/// seams of one level touch different sets of bands, so that they can be joined at the same time.
 template <class Node>
 std::vector<std::vector<Seam<Node>>> seamTree(RunTable<Node>& table) {
     std::vector<std::vector<Seam<Node>>> levels;

@@ -18,13 +18,13 @@ extern "C" void rememberSignal(int signal) {
 }  // namespace
 
 Interrupts::Interrupts() {
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_handler = rememberSignal;
     sigemptyset(&action.sa_mask);
     // Reads and writes go on; the second signal meets the default action.
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     for (const int signal : {SIGINT, SIGTERM}) {
-        struct sigaction previous {};
+        struct sigaction previous{};
         // A signal that the parent ignores (a background job of a script) stays ignored.
         if (sigaction(signal, nullptr, &previous) == 0 && previous.sa_handler != SIG_IGN) {
             sigaction(signal, &action, nullptr);

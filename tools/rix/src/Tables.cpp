@@ -38,10 +38,8 @@ std::string textOf(const vessel::DataFrameView& table, std::size_t row, std::siz
         case vessel::ColumnType::REAL:
             return table.getRowCount() == 1 ? numberToText(table.getReals(column)[row])
                                             : rounded(table.getReals(column)[row]);
-        case vessel::ColumnType::INTEGER:
-            return std::to_string(table.getIntegers(column)[row]);
-        case vessel::ColumnType::TEXT:
-            break;
+        case vessel::ColumnType::INTEGER: return std::to_string(table.getIntegers(column)[row]);
+        case vessel::ColumnType::TEXT: break;
     }
     return table.getTexts(column)[row];
 }
@@ -75,16 +73,16 @@ nlohmann::json toJson(const vessel::DataFrameView& table) {
 void checkCanWriteTable(const fs::path& path) {
     const fs::path extension = path.extension();
     if (extension != ".csv" && extension != ".json") {
-        throw Failure(UNWRITABLE_OUTPUT,
-                      "the table " + inQuotes(path.string()) + " can't be written: its extension is none of .csv, .json");
+        throw Failure(UNWRITABLE_OUTPUT, "the table " + inQuotes(path.string()) +
+                                             " can't be written: its extension is none of .csv, .json");
     }
     checkCanWriteFile(path);
 }
 
 void saveTable(const fs::path& path, const vessel::DataFrameView& table) {
     try {
-        io::writeTextFile(path,
-                          path.extension() == ".json" ? measurement::tableToJson(table) : measurement::tableToCsv(table));
+        io::writeTextFile(
+            path, path.extension() == ".json" ? measurement::tableToJson(table) : measurement::tableToCsv(table));
     } catch (const Exception& exception) {
         throw Failure(UNWRITABLE_OUTPUT, exception);
     }

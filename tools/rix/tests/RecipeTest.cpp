@@ -46,8 +46,8 @@ TEST_F(RecipeTest, PassesImagesInMemoryWritesAtTheEndAndKeepsARecord) {
                    R"({"render": ["in.png", {"image": "@bright", "over": "in.png"}], "to": "both.png"})"));
     const auto ending = rix({"recipe", "chain.json", "how=GREATER_THAN"});
     ASSERT_EQ(ending.exitCode, 0) << ending.messages;
-    EXPECT_EQ(files(),
-              (std::set<std::string>{"in.png", "chain.json", "bright.tif", "inverse.tif", "both.png", "chain-record.json"}));
+    EXPECT_EQ(files(), (std::set<std::string>{"in.png", "chain.json", "bright.tif", "inverse.tif", "both.png",
+                                              "chain-record.json"}));
     const auto bright = io::readImage(folder() / "bright.tif");
     const auto inverse = io::readImage(folder() / "inverse.tif");
     for (std::size_t i = 0; i < 200; ++i) {
@@ -149,7 +149,9 @@ TEST_F(RecipeTest, WritesWhatAnImageWasAtTheStep) {
 TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {
     const std::string measure = R"({"run": "LabelAnalysis", "with": {"inputLabelImage": "in.png", "measures": "Area",)"
                                 R"( "outputMeasurement": "%"}})";
-    const auto into = [&](const std::string& target) { return std::string(measure).replace(measure.find('%'), 1, target); };
+    const auto into = [&](const std::string& target) {
+        return std::string(measure).replace(measure.find('%'), 1, target);
+    };
     write("table.json", recipeOf(into("direct.csv") + ", " + into("@sizes") +
                                  R"(, {"write": "@sizes", "to": "a.csv"}, {"write": "@sizes", "to": "a.json"})"));
     const auto ending = rix({"recipe", "table.json"});
@@ -172,9 +174,10 @@ TEST_F(RecipeTest, ChecksTypesThroughTheChainByHeadersAlone) {
     // The second step would only fail after the first one had worked; the rehearsal knows what the first one makes.
     makeImage<float>({4, 3, 1, 1, 1}, std::vector<float>(12, 1.0F));
     write("in-place.json",
-          recipeOf(std::string(threshold) +
-                   R"(, {"run": "Sample", "with": {"inputImage": "@bright", "behaviour": "FAIL", "outputImage": "a.tif"}},)"
-                   R"({"run": "ThresholdingByCriterion", "with": {"comparisonValue": 1, "outputBinaryImage": "@x"}})"));
+          recipeOf(
+              std::string(threshold) +
+              R"(, {"run": "Sample", "with": {"inputImage": "@bright", "behaviour": "FAIL", "outputImage": "a.tif"}},)"
+              R"({"run": "ThresholdingByCriterion", "with": {"comparisonValue": 1, "outputBinaryImage": "@x"}})"));
     const auto ending = sample({"recipe", "in-place.json"});
     EXPECT_EQ(ending.exitCode, 3) << "the unset image of step 3 is seen before step 2 fails";
     EXPECT_THAT(ending.messages, HasSubstr("step 3 of the recipe (ThresholdingByCriterion)"));
@@ -182,8 +185,10 @@ TEST_F(RecipeTest, ChecksTypesThroughTheChainByHeadersAlone) {
 
 TEST_F(RecipeTest, AFailingStepLeavesNoFile) {
     write("fails.json",
-          recipeOf(std::string(threshold) + R"(, {"write": "@bright", "to": "early.tif"},)"
-                   R"({"run": "Sample", "with": {"inputImage": "@bright", "behaviour": "FAIL", "outputImage": "a.tif"}})"));
+          recipeOf(
+              std::string(threshold) +
+              R"(, {"write": "@bright", "to": "early.tif"},)"
+              R"({"run": "Sample", "with": {"inputImage": "@bright", "behaviour": "FAIL", "outputImage": "a.tif"}})"));
     const auto before = files();
     const auto ending = sample({"recipe", "fails.json"});
     EXPECT_EQ(ending.exitCode, 1) << ending.messages;
@@ -200,9 +205,10 @@ TEST_F(RecipeTest, CompletionKnowsTheRegistry) {
     }
     EXPECT_EQ(rix({"completion", "fish"}).exitCode, 2);
     // What the script offers, asked of a real shell.
-    const std::string command = std::string("bash -c 'source <(") + RIX_PROGRAM +
-                                " completion bash); COMP_LINE=\"rix run ThresholdingByCriterion comparisonCriterion=GR\";"
-                                " COMP_POINT=${#COMP_LINE}; _rix; echo ${COMPREPLY[@]}'";
+    const std::string command =
+        std::string("bash -c 'source <(") + RIX_PROGRAM +
+        " completion bash); COMP_LINE=\"rix run ThresholdingByCriterion comparisonCriterion=GR\";"
+        " COMP_POINT=${#COMP_LINE}; _rix; echo ${COMPREPLY[@]}'";
     FILE* const pipe = ::popen(command.c_str(), "r");
     char offered[200] = {};
     EXPECT_NE(std::fgets(offered, sizeof(offered), pipe), nullptr);

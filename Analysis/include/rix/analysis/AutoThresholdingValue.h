@@ -18,13 +18,13 @@ namespace rix::analysis {
 /// **Output** `outputMeasurement`: the thresholds, one a frame, in the image's grey levels.
 ///
 /// The histogram covers, in all frames alike, the range of the finite values of the whole image, channels included
-/// (`MIN_MAX`), or `intensityInputRange` (`OTHER`; given the wrong way round, it is turned). For integer types the range
-/// is widened by 1 at its end and has a class for each integer, at most 65535 classes; for floating types it has 65535.
-/// Voxels outside the range are not counted, nor are NaN and infinite ones.
+/// (`MIN_MAX`), or `intensityInputRange` (`OTHER`; given the wrong way round, it is turned). For integer types the
+/// range is widened by 1 at its end and has a class for each integer, at most 65535 classes; for floating types it has
+/// 65535. Voxels outside the range are not counted, nor are NaN and infinite ones.
 ///
-/// The criteria and their sources are described in `ThresholdCriteria.h`. A threshold belongs to the bright side: voxels
-/// below it are dark. Thresholds of integer images are the same on every machine, level and number of threads; so are
-/// those of floating images, for which `ISODATA` sums values rounded to 2^-50 of the greatest absolute value.
+/// The criteria and their sources are described in `ThresholdCriteria.h`. A threshold belongs to the bright side:
+/// voxels below it are dark. Thresholds of integer images are the same on every machine, level and number of threads;
+/// so are those of floating images, for which `ISODATA` sums values rounded to 2^-50 of the greatest absolute value.
 ///
 /// @throws RuleException from `run` for an unset or empty image, a complex or vector image, an unknown choice, a range
 ///         that is not finite and an unset measurement

@@ -5,8 +5,8 @@
 
 namespace rix::analysis {
 
-/// The choices that all automatic thresholding classes offer; they inherit them, so that `AutoThresholdingValue::MOMENTS`
-/// and `AutoThresholdingBright::MOMENTS` are the same.
+/// The choices that all automatic thresholding classes offer; they inherit them, so that
+/// `AutoThresholdingValue::MOMENTS` and `AutoThresholdingBright::MOMENTS` are the same.
 struct RIX_EXPORT ThresholdChoices {
     /// Which range of values the histogram covers.
     enum RangeModeType : int {

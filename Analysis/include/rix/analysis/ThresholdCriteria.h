@@ -7,18 +7,18 @@
 #include <rix/image/ImageModel.h>
 #include <rix/math/Histogram.h>
 
-/// The arithmetic of the threshold criteria. Below, h_i is the count of class i, x_i its start, N the sum of the counts.
-/// A threshold is the start of the class that follows the last class of the dark side.
+/// The arithmetic of the threshold criteria. Below, h_i is the count of class i, x_i its start, N the sum of the
+/// counts. A threshold is the start of the class that follows the last class of the dark side.
 ///
-/// Sums are exact where they are of integers, and scores are compared so that a mathematical tie is decided for the first
-/// of the classes, never by rounding: the class is the same on every machine. All functions throw `InvalidCall` for a
-/// histogram that is not initialised, and where the class that follows the chosen one does not exist. A histogram without
-/// counts gives the start of its first class.
+/// Sums are exact where they are of integers, and scores are compared so that a mathematical tie is decided for the
+/// first of the classes, never by rounding: the class is the same on every machine. All functions throw `InvalidCall`
+/// for a histogram that is not initialised, and where the class that follows the chosen one does not exist. A histogram
+/// without counts gives the start of its first class.
 namespace rix::analysis::details {
 
 /// Maximum entropy (Kapur, Sahoo and Wong 1985): the class that ends the dark side maximises
-/// E_i / N1 + (E - E_i) / N2 + ln(N1 N2), where E_i is the sum of -h_j ln h_j up to class i, E that over all classes, and
-/// N1, N2 are the counts of the two sides.
+/// E_i / N1 + (E - E_i) / N2 + ln(N1 N2), where E_i is the sum of -h_j ln h_j up to class i, E that over all classes,
+/// and N1, N2 are the counts of the two sides.
 RIX_EXPORT double computeThresholdEntropy(const math::Histogram& histogram);
 
 /// Maximum variance between the sides (Otsu 1979): the class that ends the dark side maximises N1 N2 (m1 - m2)^2, where
@@ -40,8 +40,8 @@ RIX_EXPORT double computeThresholdIsodata(const math::Histogram& histogram, cons
                                           access::ExecutionContext& context, OptimLevelType level = SCALAR);
 
 /// The threshold by any criterion; 0 for a value that is none.
-RIX_EXPORT double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion,
-                                   const math::Histogram& histogram, const ImageModel& image,
-                                   access::ExecutionContext& context, OptimLevelType level = SCALAR);
+RIX_EXPORT double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram,
+                                   const ImageModel& image, access::ExecutionContext& context,
+                                   OptimLevelType level = SCALAR);
 
 }  // namespace rix::analysis::details

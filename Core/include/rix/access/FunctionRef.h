@@ -14,7 +14,8 @@ template <class Result, class... Arguments>
 class FunctionRef<Result(Arguments...)> {
 public:
     template <class F>
-        requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionRef> && std::is_invocable_r_v<Result, F&, Arguments...>)
+        requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionRef> &&
+                 std::is_invocable_r_v<Result, F&, Arguments...>)
     FunctionRef(F&& function)  // NOLINT: made to be passed a lambda
         : m_object(const_cast<void*>(static_cast<const void*>(std::addressof(function)))),
           m_call([](void* object, Arguments... arguments) -> Result {

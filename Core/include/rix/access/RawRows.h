@@ -29,8 +29,8 @@ private:
 };
 
 /// Writes the rows of an image as bytes of its own type: in place when possible, else through a buffer of the calling
-/// thread that `flush` writes. A row that was opened must be flushed before the next one is opened and before the writer
-/// ends; builds with assertions check that for every storage.
+/// thread that `flush` writes. A row that was opened must be flushed before the next one is opened and before the
+/// writer ends; builds with assertions check that for every storage.
 class RIX_EXPORT RawRowWriter {
 public:
     RawRowWriter(ImageModel& image, const PointPlan& plan);

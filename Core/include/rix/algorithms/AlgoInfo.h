@@ -19,8 +19,8 @@ class AbstractPrivateImplementation;
 
 /// Whether an algorithm class is offered to users.
 enum class AlgoVisibilityType : int {
-    PUBLIC_ALGORITHM = 0,   ///< listed and documented
-    HIDDEN_ALGORITHM = 1,   ///< found by name, not listed: a helper of other algorithms
+    PUBLIC_ALGORITHM = 0,  ///< listed and documented
+    HIDDEN_ALGORITHM = 1,  ///< found by name, not listed: a helper of other algorithms
 };
 
 /// The registry record of one algorithm class.

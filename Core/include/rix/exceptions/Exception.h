@@ -58,11 +58,11 @@ private:
 };
 
 // The members of the family differ in their meaning only, so one line declares each.
-#define RIX_DECLARE_EXCEPTION(Class, Base)                   \
-    class RIX_EXPORT Class : public Base {                   \
-    public:                                                  \
-        using Base::Base;                                    \
-        const char* getClassName() const noexcept override;  \
+#define RIX_DECLARE_EXCEPTION(Class, Base)                  \
+    class RIX_EXPORT Class : public Base {                  \
+    public:                                                 \
+        using Base::Base;                                   \
+        const char* getClassName() const noexcept override; \
     }
 
 /// Something failed while running that neither the caller's arguments nor a resource explains.

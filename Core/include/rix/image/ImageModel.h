@@ -81,8 +81,8 @@ public:
     [[nodiscard]] virtual bool reserve(const VoxelTypes& voxelType, std::size_t columns, std::size_t rows,
                                        std::size_t planes, std::size_t sequence, std::size_t spectral) = 0;
     [[nodiscard]] virtual bool reserve(const ElementTypes& elementType, const VoxelTypes& voxelType,
-                                       std::size_t columns, std::size_t rows, std::size_t planes,
-                                       std::size_t sequence, std::size_t spectral) = 0;
+                                       std::size_t columns, std::size_t rows, std::size_t planes, std::size_t sequence,
+                                       std::size_t spectral) = 0;
 
     /// The address of the first element when the whole image is one contiguous buffer in storage order, else null.
     virtual ConstRawData getImageBuffer() const = 0;

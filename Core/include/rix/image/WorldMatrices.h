@@ -24,11 +24,9 @@ RIX_EXPORT void fromWorldToImageMatrix(double originX, double originY, double sp
 /// R = Rz(angle1) Rx(angle2) Rz(angle3) (radians), moved to the origin.
 /// @throws InvalidCall as in the plane, and "Invalid world z spacing"
 RIX_EXPORT void fromImageToWorldMatrix(double originX, double originY, double originZ, double spacingX, double spacingY,
-                                       double spacingZ, double angle1, double angle2, double angle3,
-                                       Matrix3x4& matrix);
+                                       double spacingZ, double angle1, double angle2, double angle3, Matrix3x4& matrix);
 /// The inverse map. @throws as above
 RIX_EXPORT void fromWorldToImageMatrix(double originX, double originY, double originZ, double spacingX, double spacingY,
-                                       double spacingZ, double angle1, double angle2, double angle3,
-                                       Matrix3x4& matrix);
+                                       double spacingZ, double angle1, double angle2, double angle3, Matrix3x4& matrix);
 
 }  // namespace rix

@@ -66,8 +66,8 @@
     RIX_FOR_POINTERS_TO_LISTS_OF_VECTORS_OF(DO, unsigned int) \
     RIX_FOR_POINTERS_TO_LISTS_OF_VECTORS_OF(DO, double)
 
-#define RIX_FOR_SHARED(DO, T)    \
-    DO(std::shared_ptr<T>)       \
+#define RIX_FOR_SHARED(DO, T) \
+    DO(std::shared_ptr<T>)    \
     DO(std::shared_ptr<const T>)
 
 #define RIX_FOR_IMAGE_PROPERTIES(DO) \

@@ -35,9 +35,9 @@ struct Deserialization {
 
 /// The types whose text form is that of a number in a stream.
 template <class T>
-concept TextNumber = std::same_as<T, bool> || std::same_as<T, unsigned char> || std::same_as<T, int> ||
-                     std::same_as<T, unsigned int> || std::same_as<T, long> || std::same_as<T, unsigned long> ||
-                     std::same_as<T, double>;
+concept TextNumber =
+    std::same_as<T, bool> || std::same_as<T, unsigned char> || std::same_as<T, int> || std::same_as<T, unsigned int> ||
+    std::same_as<T, long> || std::same_as<T, unsigned long> || std::same_as<T, double>;
 
 /// Numbers are written as a stream does by default: reals with six significant digits, booleans as "1" and "0".
 template <TextNumber T>

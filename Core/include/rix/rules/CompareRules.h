@@ -20,8 +20,8 @@ RIX_EXPORT const char* relationPhrase(CompareRelation relation);
 /// True when the relation holds. Integers compare by value whatever their signs; nothing but "not equal" holds for NaN.
 template <class A, class B>
 bool holds(CompareRelation relation, const A& a, const B& b) {
-    constexpr bool integers = std::is_integral_v<A> && std::is_integral_v<B> && !std::is_same_v<A, bool> &&
-                              !std::is_same_v<B, bool>;
+    constexpr bool integers =
+        std::is_integral_v<A> && std::is_integral_v<B> && !std::is_same_v<A, bool> && !std::is_same_v<B, bool>;
     if constexpr (integers) {
         switch (relation) {
             case CompareRelation::Equal: return std::cmp_equal(a, b);

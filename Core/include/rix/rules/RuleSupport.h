@@ -149,8 +149,8 @@ public:
 
     /// Appends a new rule to the property. @return the rule, so that it can be removed again.
     std::shared_ptr<Rules<Property<ValueType>>> operator()(Property<ValueType>& property) const {
-        std::shared_ptr<Rules<Property<ValueType>>> rule = std::apply(
-            [](const Arguments&... arguments) { return std::make_shared<Rule>(arguments...); }, m_arguments);
+        std::shared_ptr<Rules<Property<ValueType>>> rule =
+            std::apply([](const Arguments&... arguments) { return std::make_shared<Rule>(arguments...); }, m_arguments);
         property.getImpl()->addRule(rule);
         return rule;
     }

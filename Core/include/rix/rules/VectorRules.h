@@ -97,15 +97,13 @@ public:
         const V& vector = property.get();
         for (std::size_t i = 1; i < rules::componentCount(vector); ++i) {
             if (!isInOrder(vector[i - 1], vector[i])) {
-                rules::refuse("The components of the parameter " + rules::quotedName(property) + " must be " + phrase +
-                                  ".",
-                              "The value is " + rules::valueToText(vector) + ".");
+                rules::refuse(
+                    "The components of the parameter " + rules::quotedName(property) + " must be " + phrase + ".",
+                    "The value is " + rules::valueToText(vector) + ".");
             }
         }
     }
-    String describe() const override {
-        return String("components must be ") + rules::orderPhrase(m_configuration);
-    }
+    String describe() const override { return String("components must be ") + rules::orderPhrase(m_configuration); }
 
 private:
     template <class T>

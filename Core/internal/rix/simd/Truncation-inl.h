@@ -17,7 +17,8 @@ namespace rix::simd::HWY_NAMESPACE {
 /// Reals of single precision truncated toward zero. What 32 bits don't hold becomes the lowest integer, which is the
 /// rule of the processor; Highway's conversion gives the highest integer beyond the upper end, and takes longer.
 template <class D>
-HWY_INLINE hwy::HWY_NAMESPACE::Vec<D> truncatedVector(D, hwy::HWY_NAMESPACE::Vec<hwy::HWY_NAMESPACE::RebindToFloat<D>> reals) {
+HWY_INLINE hwy::HWY_NAMESPACE::Vec<D> truncatedVector(
+    D, hwy::HWY_NAMESPACE::Vec<hwy::HWY_NAMESPACE::RebindToFloat<D>> reals) {
 #if HWY_TARGET <= HWY_AVX3
     return hwy::HWY_NAMESPACE::Vec<D>{_mm512_cvttps_epi32(reals.raw)};
 #elif HWY_TARGET <= HWY_AVX2

@@ -33,13 +33,11 @@ private:
     void step(const FormulaInstruction& instruction) {
         using Operation = FormulaOperation;
         switch (instruction.operation) {
-            case Operation::Number:
-                m_stack.push_back({{}, instruction.number});
-                return;
+            case Operation::Number: m_stack.push_back({{}, instruction.number}); return;
             case Operation::Value: {
                 const auto& value = m_formula.values[m_nextValue++];
-                m_stack.push_back({value.measure->getMeasureAttributes(m_mode).components[value.component].dimension,
-                                   std::nullopt});
+                m_stack.push_back(
+                    {value.measure->getMeasureAttributes(m_mode).components[value.component].dimension, std::nullopt});
                 return;
             }
             case Operation::Negate:
@@ -47,11 +45,8 @@ private:
                     m_stack.back().constant = -*m_stack.back().constant;
                 }
                 return;
-            case Operation::Function:
-                applyFunction(*instruction.function);
-                return;
-            default:
-                break;
+            case Operation::Function: applyFunction(*instruction.function); return;
+            default: break;
         }
         const Operand right = pop();
         const Operand left = pop();
@@ -59,18 +54,16 @@ private:
         if (left.constant && right.constant) {
             const double both[] = {*left.constant, *right.constant};
             std::vector<double> stack;
-            constant = evaluate({{{Operation::Value}, {Operation::Value}, {instruction.operation}}, {}, {}, false}, both,
-                                stack);
+            constant = evaluate({{{Operation::Value}, {Operation::Value}, {instruction.operation}}, {}, {}, false},
+                                both, stack);
         }
         m_stack.push_back({join(instruction.operation, left, right), constant});
     }
 
     Dimension join(FormulaOperation operation, const Operand& left, const Operand& right) const {
         switch (operation) {
-            case FormulaOperation::Multiply:
-                return left.dimension.times(right.dimension);
-            case FormulaOperation::Divide:
-                return left.dimension.over(right.dimension);
+            case FormulaOperation::Multiply: return left.dimension.times(right.dimension);
+            case FormulaOperation::Divide: return left.dimension.over(right.dimension);
             case FormulaOperation::Power:
                 if (!right.dimension.isPlainNumber()) {
                     refuse("an exponent is " + right.dimension.describe() + " instead of a plain number");
@@ -82,8 +75,7 @@ private:
                     refuse("the exponent of " + left.dimension.describe() + " is not finite");
                 }
                 return left.dimension.toThePower(right.constant.value_or(0.0));
-            default:
-                break;
+            default: break;
         }
         const String verb = operation == FormulaOperation::Add ? "added to " : "subtracted from ";
         if (!left.dimension.isSameAs(right.dimension)) {
@@ -107,14 +99,11 @@ private:
                            " instead of a plain number");
                 }
                 break;
-            case FormulaFunction::Units::Ratio:
-                result.dimension = {};
-                break;
+            case FormulaFunction::Units::Ratio: result.dimension = {}; break;
             case FormulaFunction::Units::Root:
                 result.dimension = last.dimension.toThePower(function.rootExponent);
                 break;
-            case FormulaFunction::Units::Same:
-                break;
+            case FormulaFunction::Units::Same: break;
         }
         if (first.constant && last.constant) {
             result.constant = function.compute(*first.constant, *last.constant);

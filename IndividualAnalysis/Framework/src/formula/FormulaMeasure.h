@@ -14,7 +14,7 @@ namespace rix::individual_analysis {
 
 /// A formula whose names are resolved and whose units are checked.
 struct Formula {
-    std::vector<FormulaInstruction> code;                ///< the n-th `Value` stands for `values[n]`
+    std::vector<FormulaInstruction> code;  ///< the n-th `Value` stands for `values[n]`
     std::vector<MeasureNamesHandler::Value> values;
     Dimension dimension;
     bool needsIntensity = false;

@@ -132,11 +132,9 @@ const auto expression_def = term >> *((x3::lit('+') > term)[emit(FormulaOperatio
                                       (x3::lit('-') > term)[emit(FormulaOperation::Subtract)]);
 const auto term_def = unary >> *((x3::lit('*') > unary)[emit(FormulaOperation::Multiply)] |
                                  (x3::lit('/') > unary)[emit(FormulaOperation::Divide)]);
-const auto unary_def =
-    (x3::lit('-') > unary)[emit(FormulaOperation::Negate)] | (x3::lit('+') > unary) | power;
+const auto unary_def = (x3::lit('-') > unary)[emit(FormulaOperation::Negate)] | (x3::lit('+') > unary) | power;
 const auto power_def = primary >> -(x3::lit('^') > unary)[emit(FormulaOperation::Power)];
-const auto primary_def =
-    number[takeNumber] | call | identifier[takeValue] | (x3::lit('(') > expression > x3::lit(')'));
+const auto primary_def = number[takeNumber] | call | identifier[takeValue] | (x3::lit('(') > expression > x3::lit(')'));
 
 BOOST_SPIRIT_DEFINE(expression, term, unary, power, primary)
 
@@ -160,10 +158,10 @@ void refuseNesting(const String& text) {
 
 [[noreturn]] void refuseAt(const String& text, String::const_iterator where, const String& expected) {
     const auto position = where - text.begin();
-    rules::refuse("The measures \"" + text + "\" cannot be read: " + expected + " is expected at position " +
-                  std::to_string(position + 1) +
-                  (where == text.end() ? ", where the text ends." : String(", before \"") +
-                                                                       String(where, text.end()) + "\"."));
+    rules::refuse(
+        "The measures \"" + text + "\" cannot be read: " + expected + " is expected at position " +
+        std::to_string(position + 1) +
+        (where == text.end() ? ", where the text ends." : String(", before \"") + String(where, text.end()) + "\"."));
 }
 
 }  // namespace

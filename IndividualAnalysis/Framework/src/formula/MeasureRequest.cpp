@@ -123,7 +123,8 @@ private:
             }
         }
         formula.dimension = checkUnits(formula, item.text, m_mode);
-        const auto measure = std::make_shared<const FormulaMeasureId>(nativeName, item.text, std::move(formula), m_mode);
+        const auto measure =
+            std::make_shared<const FormulaMeasureId>(nativeName, item.text, std::move(formula), m_mode);
         m_names->add(measure);
         return measure;
     }

@@ -15,6 +15,7 @@ enum class IntensityUse { Absent, Present };
 /// @throws RuleException for a text that cannot be read, a name that nobody knows or that does not exist for objects of
 ///         this dimension, a measure of grey values without any, formulas that depend on each other in a circle, and
 ///         units that do not fit
-std::shared_ptr<const MeasureGroup> readMeasureRequest(const String& text, DimensionalMode mode, IntensityUse intensity);
+std::shared_ptr<const MeasureGroup> readMeasureRequest(const String& text, DimensionalMode mode,
+                                                       IntensityUse intensity);
 
 }  // namespace rix::individual_analysis

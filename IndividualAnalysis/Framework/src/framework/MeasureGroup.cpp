@@ -22,9 +22,8 @@ const std::shared_ptr<const MeasureNamesHandler>& MeasureGroup::getNamesHandler(
 
 void MeasureGroup::add(const std::shared_ptr<const BaseMeasureUniqueId>& measure) {
     const MeasureIdLess less;
-    const bool present = std::any_of(m_private->measures.begin(), m_private->measures.end(), [&](const auto& other) {
-        return !less(other, measure) && !less(measure, other);
-    });
+    const bool present = std::any_of(m_private->measures.begin(), m_private->measures.end(),
+                                     [&](const auto& other) { return !less(other, measure) && !less(measure, other); });
     if (!present) {
         m_private->measures.push_back(measure);
     }

@@ -61,7 +61,7 @@ std::shared_ptr<const BaseMeasureUniqueId> MeasureNamesHandler::findMeasure(cons
 }
 
 std::optional<MeasureNamesHandler::Value> MeasureNamesHandler::findValue(const String& name,
-                                                                        DimensionalMode mode) const {
+                                                                         DimensionalMode mode) const {
     if (auto measure = findMeasure(name); measure != nullptr && measure->supports(mode)) {
         if (measure->getMeasureAttributes(mode).components.size() == 1) {
             return Value{std::move(measure), 0};

@@ -9,8 +9,8 @@
 
 namespace rix::individual_analysis {
 
-/// What is gathered of the objects of a band of rows, in the order in which they are met. Memory follows the labels that
-/// occur.
+/// What is gathered of the objects of a band of rows, in the order in which they are met. Memory follows the labels
+/// that occur.
 class BandTable {
 public:
     /// @param gathered bits of `GatheredData`

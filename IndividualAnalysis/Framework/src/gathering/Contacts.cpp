@@ -81,7 +81,8 @@ void Contacts::count(std::size_t line, const Run* runs, std::size_t count, BandT
         countPair(current, lineAt(line - 1), 1, inSpace ? 1 : -1, table);
     }
     if (plane > 0) {
-        for (std::size_t step = 0; step < 3; ++step) {  // the row above, the same and the one below, in the plane before
+        for (std::size_t step = 0; step < 3;
+             ++step) {  // the row above, the same and the one below, in the plane before
             if (row + step >= 1 && row + step <= rows) {
                 countPair(current, lineAt(line - rows + step - 1), 4 + 3 * step, step == 1 ? 1 : 0, table);
             }

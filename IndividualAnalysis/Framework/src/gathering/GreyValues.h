@@ -30,9 +30,9 @@ private:
 
     VoxelTypes m_type;
     std::size_t m_objects;
-    std::size_t m_count = 0;                ///< values of a channel
-    std::vector<std::size_t> m_first;       ///< of each object, and the end
-    std::vector<std::uint64_t> m_next;      ///< places taken, channel by channel
+    std::size_t m_count = 0;            ///< values of a channel
+    std::vector<std::size_t> m_first;   ///< of each object, and the end
+    std::vector<std::uint64_t> m_next;  ///< places taken, channel by channel
     std::unique_ptr<std::uint8_t[]> m_data;
 };
 

@@ -27,7 +27,8 @@ HWY_INLINE void askAhead(const T* values) {
 }
 
 /// Sums of integers about 0, from which those about a shift follow exactly: all is exact modulo 2^64.
-HWY_INLINE void finish(RunSums& sums, std::uint64_t count, std::int64_t sum, std::uint64_t squares, std::int64_t shift) {
+HWY_INLINE void finish(RunSums& sums, std::uint64_t count, std::int64_t sum, std::uint64_t squares,
+                       std::int64_t shift) {
     const auto s = static_cast<std::uint64_t>(shift);
     const auto about = static_cast<std::uint64_t>(sum);
     sums.sum = static_cast<double>(sum - static_cast<std::int64_t>(count) * shift);
@@ -186,10 +187,7 @@ struct WordSums {
     std::uint64_t allSquares = 0;
 
     HWY_INLINE WordSums()
-        : sum(hn::Zero(D32())),
-          squares(hn::Zero(D64())),
-          minimum(hn::Set(d, 32767)),
-          maximum(hn::Set(d, -32768)) {}
+        : sum(hn::Zero(D32())), squares(hn::Zero(D64())), minimum(hn::Set(d, 32767)), maximum(hn::Set(d, -32768)) {}
     HWY_INLINE hn::Vec<D> load(const std::int16_t* values) const { return hn::LoadU(d, values); }
     HWY_INLINE hn::Vec<D> load(const std::uint16_t* values) const {
         return hn::Xor(hn::LoadU(d, reinterpret_cast<const std::int16_t*>(values)), hn::Set(d, -32768));
@@ -265,7 +263,9 @@ using V = hn::Vec<D>;
 constexpr std::size_t parts = lanes / hn::MaxLanes(D());
 constexpr std::size_t width = hn::MaxLanes(D());
 
-HWY_INLINE V loadReals(const double* values) { return hn::LoadU(D(), values); }
+HWY_INLINE V loadReals(const double* values) {
+    return hn::LoadU(D(), values);
+}
 HWY_INLINE V loadReals(const float* values) {
     return hn::PromoteTo(D(), hn::LoadU(hn::Rebind<float, D>(), values));
 }
@@ -280,8 +280,7 @@ HWY_INLINE V loadReals(const std::uint32_t* values) {
 }
 template <class T>
 HWY_INLINE V loadReals(const T* values) {
-    return hn::PromoteTo(D(),
-                         hn::PromoteTo(hn::Rebind<std::int32_t, D>(), hn::LoadU(hn::Rebind<T, D>(), values)));
+    return hn::PromoteTo(D(), hn::PromoteTo(hn::Rebind<std::int32_t, D>(), hn::LoadU(hn::Rebind<T, D>(), values)));
 }
 
 /// One of the eight values that end with the run, as vectors.

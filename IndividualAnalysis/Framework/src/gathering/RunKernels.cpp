@@ -52,9 +52,7 @@ std::size_t findRunsOfRow(const Label* row, std::size_t count, Run* runs) {
     const std::size_t lanes = hn::Lanes(d);
     OpenRun open{runs, 0, 0, row[0]};
     std::size_t x = 1;
-    const auto changes = [&](std::size_t at) {
-        return hn::Ne(hn::LoadU(d, row + at), hn::LoadU(d, row + at - 1));
-    };
+    const auto changes = [&](std::size_t at) { return hn::Ne(hn::LoadU(d, row + at), hn::LoadU(d, row + at - 1)); };
     const auto close = [&](std::size_t at, std::uint64_t bits) {
         while (bits != 0) {
             const std::size_t position = at + static_cast<std::size_t>(__builtin_ctzll(bits));
@@ -63,8 +61,8 @@ std::size_t findRunsOfRow(const Label* row, std::size_t count, Run* runs) {
         }
     };
     // Long runs are the rule: four vectors without a change are passed with one branch.
-    // The processor's own prefetch stops at the ends of pages, and so little is done with each value that its reading is
-    // all there is to wait for: asking ahead halves the time.
+    // The processor's own prefetch stops at the ends of pages, and so little is done with each value that its reading
+    // is all there is to wait for: asking ahead halves the time.
     constexpr std::size_t lineValues = 64 / sizeof(Label);
     for (; x + 4 * lanes <= count; x += 4 * lanes) {
         for (std::size_t at = 0; at < 4 * lanes; at += lineValues) {

@@ -12,11 +12,11 @@ __extension__ typedef __int128 Int128;
 
 /// Always gathered. Positions are indices of elements; all sums are exact. One cache line.
 struct ShapeSums {
-    std::uint64_t count = 0;                        ///< pixels
-    std::uint64_t runs = 0;                         ///< maximal runs of pixels along the columns
-    std::array<std::uint64_t, 3> position{};        ///< sums of the column, row and plane
+    std::uint64_t count = 0;                  ///< pixels
+    std::uint64_t runs = 0;                   ///< maximal runs of pixels along the columns
+    std::array<std::uint64_t, 3> position{};  ///< sums of the column, row and plane
     std::array<std::uint32_t, 3> lower{none, none, none};
-    std::array<std::uint32_t, 3> upper{};           ///< of the last element, not past it
+    std::array<std::uint32_t, 3> upper{};  ///< of the last element, not past it
 
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 };
@@ -45,7 +45,8 @@ inline constexpr std::array<std::array<int, 3>, directionCount> directions{{{1, 
 
 /// How the pixels of an object lie to each other.
 struct ContactSums {
-    /// Pairs of pixels that are neighbours in a direction; not counted for the columns, where they follow from the runs.
+    /// Pairs of pixels that are neighbours in a direction; not counted for the columns, where they follow from the
+    /// runs.
     std::array<std::uint64_t, directionCount> pairs{};
     std::int64_t euler = 0;  ///< what is added to the number of runs to make the Euler number
 };

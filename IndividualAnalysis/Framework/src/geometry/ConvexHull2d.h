@@ -16,8 +16,8 @@ struct Corner {
     bool operator==(const Corner&) const = default;
 };
 
-/// The convex hull of the pixels of an object in one plane: its corners in the direction of growing angle from x to y, no
-/// three on a line. Exact. Cost: linear in the rows.
+/// The convex hull of the pixels of an object in one plane: its corners in the direction of growing angle from x to y,
+/// no three on a line. Exact. Cost: linear in the rows.
 /// @param rows of one plane, with growing row numbers
 std::vector<Corner> convexHull(std::span<const OutlineRow> rows);
 

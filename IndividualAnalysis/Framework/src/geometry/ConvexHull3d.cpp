@@ -73,9 +73,9 @@ private:
         std::size_t visited = none;
 
         std::size_t farthest() const {
-            return std::max_element(outside.begin(), outside.end(), [](const Outside& a, const Outside& b) {
-                       return a.distance < b.distance;
-                   })->point;
+            return std::max_element(outside.begin(), outside.end(),
+                                    [](const Outside& a, const Outside& b) { return a.distance < b.distance; })
+                ->point;
         }
         std::size_t edgeTo(std::size_t neighbour) const {
             return static_cast<std::size_t>(std::find(neighbours.begin(), neighbours.end(), neighbour) -
@@ -90,8 +90,7 @@ private:
     };
 
     Int128 distance(const Face& face, std::size_t point) const {
-        return volume(m_points[face.corners[0]], m_points[face.corners[1]], m_points[face.corners[2]],
-                      m_points[point]);
+        return volume(m_points[face.corners[0]], m_points[face.corners[1]], m_points[face.corners[2]], m_points[point]);
     }
 
     /// Voxels have a volume, so that four points out of one plane exist.

@@ -19,8 +19,8 @@ struct SpaceHull {
 };
 
 /// The convex hull of the voxels of an object. Each plane's own hull is found first, and the corners of these are
-/// joined by the quickhull algorithm (Barber, Dobkin and Huhdanpaa 1996) with exact integers, so that points in one plane
-/// do no harm. Cost: linear in the rows, then about v log v for the v corners of the planes' hulls.
+/// joined by the quickhull algorithm (Barber, Dobkin and Huhdanpaa 1996) with exact integers, so that points in one
+/// plane do no harm. Cost: linear in the rows, then about v log v for the v corners of the planes' hulls.
 /// @param rows in raster order
 SpaceHull convexHullInSpace(std::span<const OutlineRow> rows);
 

@@ -25,9 +25,9 @@ HullInPlane measureHullInPlane(std::span<const OutlineRow> rows, const std::arra
     const std::vector<Corner> corners = convexHull(rows);
     HullInPlane result;
     result.area = static_cast<double>(twiceArea(corners)) / 2.0 * spacing[0] * spacing[1];
-    // Differences are taken of whole numbers: diameters that are equal are so to the last bit, and of those the one with
-    // the smallest angle is told. A hull of corners of pixels has about as many corners as the 2/3 power of its diameter,
-    // so that all pairs of them are fewer than pixels.
+    // Differences are taken of whole numbers: diameters that are equal are so to the last bit, and of those the one
+    // with the smallest angle is told. A hull of corners of pixels has about as many corners as the 2/3 power of its
+    // diameter, so that all pairs of them are fewer than pixels.
     double largest = 0.0;
     for (std::size_t i = 0; i < corners.size(); ++i) {
         for (std::size_t j = i + 1; j < corners.size(); ++j) {

@@ -8,8 +8,8 @@ namespace {
 
 void compute(const ObjectView& object, std::span<double> values) {
     if (object.inSpace()) {
-        const HullInSpace hull = measureHullInSpace(
-            object.outline(), {object.spacing(0), object.spacing(1), object.spacing(2)});
+        const HullInSpace hull =
+            measureHullInSpace(object.outline(), {object.spacing(0), object.spacing(1), object.spacing(2)});
         values[0] = hull.volume;
         values[1] = hull.diameter;
         return;

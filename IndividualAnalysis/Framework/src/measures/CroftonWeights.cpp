@@ -40,8 +40,8 @@ double solidAngle(const Vector3d& a, const Vector3d& b, const Vector3d& c) {
     return 2.0 * std::atan2(volume, la * lb * lc + a.dot(b) * lc + b.dot(c) * la + c.dot(a) * lb);
 }
 
-/// The solid angle of the directions that are nearest to `own` among `own` and `others`, all of length 1. They lie within
-/// 55 degrees of it, because the axes are among the directions: they are cut out of the tangent plane.
+/// The solid angle of the directions that are nearest to `own` among `own` and `others`, all of length 1. They lie
+/// within 55 degrees of it, because the axes are among the directions: they are cut out of the tangent plane.
 double nearestDirections(const Vector3d& own, const std::vector<Vector3d>& others) {
     const Vector3d first = own.unitOrthogonal();
     const Vector3d second = own.cross(first);

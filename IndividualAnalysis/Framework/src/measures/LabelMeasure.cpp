@@ -34,8 +34,7 @@ MeasureAttributes LabelMeasureId::getMeasureAttributes(DimensionalMode mode) con
     attributes.needsIntensity = m_definition.needsIntensity;
     for (const ValueDefinition& value : m_definition.values) {
         if (existsIn(value.existence, mode)) {
-            attributes.components.push_back(
-                {value.suffix, value.description, value.dimension, value.unit, value.type});
+            attributes.components.push_back({value.suffix, value.description, value.dimension, value.unit, value.type});
         }
     }
     return attributes;

@@ -87,8 +87,7 @@ using ComputeMeasure = void (*)(const ObjectView& object, std::span<double> valu
 /// Where a measure or one of its values exists.
 enum class Existence : std::uint8_t { Everywhere, Only2d, Only3d };
 constexpr bool existsIn(Existence existence, DimensionalMode mode) {
-    return existence == Existence::Everywhere ||
-           (existence == Existence::Only2d) == (mode == DimensionalMode::Mode2d);
+    return existence == Existence::Everywhere || (existence == Existence::Only2d) == (mode == DimensionalMode::Mode2d);
 }
 
 /// One value of a measure.

@@ -33,10 +33,11 @@ const MeasureDefinition orientationDefinition{
     .name = "Orientation",
     .description = "Direction of the longest principal axis.",
     .type = MeasureProcessingType::None,
-    .values = {{"", "Angle from the columns' to the rows' axis.", {}, vessel::ColumnType::REAL, Existence::Only2d, "rad"},
-               {"X", "Along the columns.", {}, vessel::ColumnType::REAL, Existence::Only3d},
-               {"Y", "Along the rows.", {}, vessel::ColumnType::REAL, Existence::Only3d},
-               {"Z", "Along the planes.", {}, vessel::ColumnType::REAL, Existence::Only3d}},
+    .values =
+        {{"", "Angle from the columns' to the rows' axis.", {}, vessel::ColumnType::REAL, Existence::Only2d, "rad"},
+         {"X", "Along the columns.", {}, vessel::ColumnType::REAL, Existence::Only3d},
+         {"Y", "Along the rows.", {}, vessel::ColumnType::REAL, Existence::Only3d},
+         {"Z", "Along the planes.", {}, vessel::ColumnType::REAL, Existence::Only3d}},
     .neededForFinalization = {"SecondMoments"},
     .compute = &compute,
 };

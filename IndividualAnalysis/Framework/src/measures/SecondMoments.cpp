@@ -28,8 +28,8 @@ void compute(const ObjectView& object, std::span<double> values) {
         Int128 products;
     };
     const SecondMoments& sums = object.second();
-    const std::array<Pair, 6> pairs{{{0, 0, sums.xx}, {1, 1, sums.yy}, {2, 2, sums.zz},
-                                     {0, 1, sums.xy}, {0, 2, sums.xz}, {1, 2, sums.yz}}};
+    const std::array<Pair, 6> pairs{
+        {{0, 0, sums.xx}, {1, 1, sums.yy}, {2, 2, sums.zz}, {0, 1, sums.xy}, {0, 2, sums.xz}, {1, 2, sums.yz}}};
     std::size_t next = 0;
     for (const Pair& pair : pairs) {
         if (pair.j < object.axes()) {
@@ -49,8 +49,9 @@ constexpr vessel::ColumnType real = vessel::ColumnType::REAL;
 // %, mean within 1 %, from 15 on within 2 %.
 const MeasureDefinition secondMomentsDefinition{
     .name = "SecondMoments",
-    .description = "Central second moments of the object divided by its size: the mean product of two distances from the "
-                   "centre.",
+    .description =
+        "Central second moments of the object divided by its size: the mean product of two distances from the "
+        "centre.",
     .gathered = GATHER_SECOND_MOMENTS,
     .values = {{"XX", "Columns.", {.length = 2}},
                {"YY", "Rows.", {.length = 2}},

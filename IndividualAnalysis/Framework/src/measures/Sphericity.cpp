@@ -10,8 +10,9 @@ namespace rix::individual_analysis {
 // follows that of the surface area.
 const MeasureDefinition sphericityDefinition{
     .name = "Sphericity",
-    .description = "Surface of the ball of the object's volume divided by the object's surface (Wadell): 1 for a ball, "
-                   "less for everything else.",
+    .description =
+        "Surface of the ball of the object's volume divided by the object's surface (Wadell): 1 for a ball, "
+        "less for everything else.",
     .type = MeasureProcessingType::None,
     .existence = Existence::Only3d,
     .values = {{"", "", {}}},

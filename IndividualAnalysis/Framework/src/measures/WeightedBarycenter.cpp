@@ -9,9 +9,8 @@ namespace {
 void compute(const ObjectView& object, std::span<double> values) {
     const double weight = object.intensity().sum;
     for (std::size_t axis = 0; axis < object.axes(); ++axis) {
-        values[axis] = weight != 0.0
-                           ? object.origin(axis) + object.weighted()[axis] / weight * object.spacing(axis)
-                           : std::numeric_limits<double>::quiet_NaN();
+        values[axis] = weight != 0.0 ? object.origin(axis) + object.weighted()[axis] / weight * object.spacing(axis)
+                                     : std::numeric_limits<double>::quiet_NaN();
     }
 }
 

@@ -41,9 +41,9 @@ struct WriteOptions {
 
 /// All that a file tells about its image beside the samples.
 struct ImageFileInfo {
-    String format;                  ///< name of the format, "TIFF" or "PNG"
-    String storage;                 ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
-    std::uint64_t fileBytes = 0;    ///< size of the file
+    String format;                ///< name of the format, "TIFF" or "PNG"
+    String storage;               ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
+    std::uint64_t fileBytes = 0;  ///< size of the file
     std::array<std::size_t, RIX_COMPONENTS_SIZE> extents{};  ///< indexed by `Components`
     VoxelTypes voxelType = RIX_UINT8;
     ElementTypes elementType = SINGLE;
@@ -76,9 +76,9 @@ RIX_EXPORT std::vector<ImageFormat> getImageFormats();
 /// Samples. Types are kept. Unsigned TIFF samples of 2 to 15 bits keep their values in the next larger of uint8 and
 /// uint16; PNG greys of 2 and 4 bits are scaled to 0..255, as that format defines. Images of 1 bit become uint8 with
 /// the values 0 and 1 and the interpretation binary; 1 is the bright side. Where zero means white, unsigned values are
-/// turned over, so that larger is brighter (for other types that is not defined, they are left). Palettes are expanded to RGB. Three channels of colour have the colour
-/// interpretation `RGB`; opacity follows them as a fourth channel (with grey: as a second), values untouched. Gamma
-/// and colour profiles are not applied.
+/// turned over, so that larger is brighter (for other types that is not defined, they are left). Palettes are expanded
+/// to RGB. Three channels of colour have the colour interpretation `RGB`; opacity follows them as a fourth channel
+/// (with grey: as a second), values untouched. Gamma and colour profiles are not applied.
 ///
 /// Calibration. From the ImageJ description, the resolution of the file (in millimetres where that is per inch, metre
 /// or centimetre) and, exactly, from what `writeImage` has noted. Spacing is 1 where the file has none.

@@ -12,8 +12,8 @@ struct ConvertImagePrivate;
 
 /// Converts an image to another voxel type, to a binary or to a label image.
 ///
-/// **Input** `inputImage`: any extents on all five axes, scalar elements of every voxel type. A binary image counts as 0
-/// and 1, whatever it holds beside 0.
+/// **Input** `inputImage`: any extents on all five axes, scalar elements of every voxel type. A binary image counts as
+/// 0 and 1, whatever it holds beside 0.
 /// **Output** `outputImage`: takes extents, calibration and colour interpretation of the input. The numeric types give
 /// interpretation value; `BINARY` gives a binary `uint8` image; `LABEL_...` gives a label image of the unsigned type of
 /// that width. It may be the input when the voxel type stays the same.

@@ -10,8 +10,8 @@ namespace rix::point_operations {
 
 /// Keeps the voxels of an image where a mask is not 0 and writes 0 elsewhere.
 ///
-/// **Input** `inputImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`). A binary
-/// image counts as 0 and 1, whatever it holds beside 0.
+/// **Input** `inputImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`). A
+/// binary image counts as 0 and 1, whatever it holds beside 0.
 /// **Input** `inputBinaryImage`: the mask; the same extents, scalar elements of `uint8`, `int8`, `uint16` or `int16`.
 /// Everything but 0 keeps the voxel.
 /// **Output** `outputImage`: takes extents, calibration, voxel type, interpretation and colour interpretation of the

@@ -9,12 +9,12 @@
 
 namespace rix::segmentation {
 
-/// What `AutoThresholdingBright` and `AutoThresholdingDark` share: they choose a threshold from the histogram of an image
-/// and write the voxels of one side of it as a binary image.
+/// What `AutoThresholdingBright` and `AutoThresholdingDark` share: they choose a threshold from the histogram of an
+/// image and write the voxels of one side of it as a binary image.
 ///
 /// **Input** `inputGrayImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`).
-/// **Output** `outputBinaryImage`: takes the input's extents and calibration; `uint8`, interpretation binary. It must not
-/// be the input image.
+/// **Output** `outputBinaryImage`: takes the input's extents and calibration; `uint8`, interpretation binary. It must
+/// not be the input image.
 /// **Output** `outputMeasurement`: the thresholds. An image with several frames has one for each, but the first is
 /// applied to the whole image; with iteration on the sequence axis enabled, each frame is parted by its own threshold.
 ///

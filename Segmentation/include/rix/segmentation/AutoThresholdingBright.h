@@ -6,8 +6,8 @@
 
 namespace rix::segmentation {
 
-/// Keeps the bright side of an image: 1 where a voxel is greater than or equal to the threshold that is chosen from the image's
-/// histogram, 0 elsewhere. Inputs, outputs, failures and cost are those of `AutoThresholding`.
+/// Keeps the bright side of an image: 1 where a voxel is greater than or equal to the threshold that is chosen from the
+/// image's histogram, 0 elsewhere. Inputs, outputs, failures and cost are those of `AutoThresholding`.
 ///
 /// The output is the complement of that of `AutoThresholdingDark`, NaN voxels aside, which lie on neither side.
 class RIX_EXPORT AutoThresholdingBright : public AutoThresholding {

@@ -31,9 +31,9 @@ struct Labeling2dAccess;
 /// Image Processing 6, 2011, and Lee, Allegretti, Bolelli and Grana, Fast run-based connected components labeling for
 /// bitonal images, 2021). Bands of rows are joined in parallel, the seams between them afterwards.
 ///
-/// Cost: two passes at memory speed, and 1 to 5 ns a run where runs are short. Extra memory: one bit a pixel (rows padded
-/// to 64), 4 bytes a row and 4 bytes a run, at most 2.2 bytes a pixel, in whole huge pages of 2 MiB; measured on 4096 x
-/// 4096 pixels: 0.4 to 0.6 bytes a pixel for photographs, at most 1.5 for noise.
+/// Cost: two passes at memory speed, and 1 to 5 ns a run where runs are short. Extra memory: one bit a pixel (rows
+/// padded to 64), 4 bytes a row and 4 bytes a run, at most 2.2 bytes a pixel, in whole huge pages of 2 MiB; measured on
+/// 4096 x 4096 pixels: 0.4 to 0.6 bytes a pixel for photographs, at most 1.5 for noise.
 ///
 /// @throws RuleException from `run` for an unset, empty or vector image, another voxel type, an unknown label type or
 ///         neighbourhood, and an output that is the input or cannot be shaped.

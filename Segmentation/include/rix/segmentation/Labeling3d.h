@@ -28,9 +28,9 @@ struct Labeling3dAccess;
 ///
 /// Method: that of `Labeling2d`, with bands of planes.
 ///
-/// Cost: two passes at memory speed, and 1 to 5 ns for each contact of runs where runs are short. Extra memory: one bit a
-/// voxel (rows padded to 64), 4 bytes a row and 4 bytes a run, at most 2.2 bytes a voxel where rows are long, in whole
-/// huge pages of 2 MiB; measured on 256 x 256 x 256 voxels: 0.5 bytes a voxel for blobs, at most 1.6 for noise.
+/// Cost: two passes at memory speed, and 1 to 5 ns for each contact of runs where runs are short. Extra memory: one bit
+/// a voxel (rows padded to 64), 4 bytes a row and 4 bytes a run, at most 2.2 bytes a voxel where rows are long, in
+/// whole huge pages of 2 MiB; measured on 256 x 256 x 256 voxels: 0.5 bytes a voxel for blobs, at most 1.6 for noise.
 ///
 /// @throws RuleException from `run` for an unset, empty or vector image, another voxel type, an unknown label type or
 ///         neighbourhood, and an output that is the input or cannot be shaped.

@@ -50,7 +50,8 @@ int runDemo(const Options& options) {
     const fs::path folder(options.folder);
     RecipeOptions recipe;
     recipe.recipe = findExample("coins.json");
-    const fs::path photograph = options.imagePath.empty() ? findExample("images/coins.png") : fs::path(options.imagePath);
+    const fs::path photograph =
+        options.imagePath.empty() ? findExample("images/coins.png") : fs::path(options.imagePath);
     recipe.parameters = {{"photograph", photograph.string()}, {"folder", folder.string()}};
     recipe.record = folder / "coins-record.json";
     recipe.progress = chooseProgressDisplay(true);
@@ -65,8 +66,8 @@ int runDemo(const Options& options) {
 
 void addDemoCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<Options>();
-    CLI::App* command = program.add_subcommand(
-        "demo", "Measure the coins of a sample photograph, and say where the results are");
+    CLI::App* command =
+        program.add_subcommand("demo", "Measure the coins of a sample photograph, and say where the results are");
     command->add_option("FOLDER", options->folder, "Where the results go; made when it is missing")
         ->capture_default_str();
     command->add_option("--image", options->imagePath, "Another photograph")->type_name("PATH");

@@ -43,8 +43,8 @@ int runRender(const Options& options) {
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
     const auto base = options.basePath.empty() ? nullptr : loadImage(options.basePath);
-    const Picture picture = renderView(*image, base.get(), options.slice,
-                                       options.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
+    const Picture picture =
+        renderView(*image, base.get(), options.slice, options.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
     saveImage(options.picturePath, toImage(picture));
     report(options.picturePath, picture);
     return DONE;

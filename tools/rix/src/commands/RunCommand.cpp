@@ -199,7 +199,8 @@ void addRunCommand(CLI::App& program, Action& chosen) {
         ->type_name("N");
     command->add_option("--max-level", options->maxLevel, "Use no implementation above this level")
         ->type_name("scalar|sse|avx");
-    command->add_option("--csv", options->csv, "Write the table that the run makes to this file instead of printing it")->type_name("PATH");
+    command->add_option("--csv", options->csv, "Write the table that the run makes to this file instead of printing it")
+        ->type_name("PATH");
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print results, or what goes wrong, as a JSON object");
     command->footer(

@@ -132,12 +132,8 @@ PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
     for (const auto& [name, text] : step.assignments) {
         BaseProperty& property = findProperty(*run.algorithm, name);
         switch (imageRoleOf(property)) {
-            case ImageRole::None:
-                setOther(run, property, text, pantry);
-                break;
-            case ImageRole::Input:
-                dynamic_cast<Property<const ImageModel*>&>(property).set(&pantry.input(text));
-                break;
+            case ImageRole::None: setOther(run, property, text, pantry); break;
+            case ImageRole::Input: dynamic_cast<Property<const ImageModel*>&>(property).set(&pantry.input(text)); break;
             case ImageRole::InPlace: dynamic_cast<Property<ImageModel*>&>(property).set(&pantry.changed(text)); break;
             case ImageRole::Output: {
                 io::MemoryImage& image = pantry.output(text);
@@ -177,7 +173,8 @@ void checkFits(const std::filesystem::path& path, const ImageModel& image) {
 void rehearse(const Recipe& recipe) {
     Pantry pantry(readHeader, [] { return std::make_unique<HeaderImage>(); });
     std::set<std::filesystem::path> targets;
-    const auto checkTarget = [&targets](const std::filesystem::path& path, void (*check)(const std::filesystem::path&)) {
+    const auto checkTarget = [&targets](const std::filesystem::path& path,
+                                        void (*check)(const std::filesystem::path&)) {
         check(path);
         if (!targets.insert(path.lexically_normal()).second) {
             throw Failure(WRONG_USAGE, inQuotes(path.string()) + " is written twice");

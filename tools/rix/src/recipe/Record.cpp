@@ -26,14 +26,10 @@ std::string timeNow() {
 }  // namespace
 
 Record::Record(const std::filesystem::path& recipePath, const Recipe& recipe)
-    : m_json{{"recipe", describeFile(recipePath)},
-             {"description", recipe.description},
-             {"parameters", recipe.parameters},
-             {"version", rix::version()},
-             {"processor", devices::Cpu::name()},
-             {"started", timeNow()},
-             {"steps", nlohmann::json::array()},
-             {"inputs", nlohmann::json::array()},
+    : m_json{{"recipe", describeFile(recipePath)}, {"description", recipe.description},
+             {"parameters", recipe.parameters},    {"version", rix::version()},
+             {"processor", devices::Cpu::name()},  {"started", timeNow()},
+             {"steps", nlohmann::json::array()},   {"inputs", nlohmann::json::array()},
              {"outputs", nlohmann::json::array()}} {}
 
 nlohmann::json Record::describeFile(const std::filesystem::path& path) {

@@ -96,9 +96,8 @@ private:
         } else if (step.kind == Recipe::Step::Kind::Write) {
             const std::string& name = step.views.front().image;
             if (const auto* const table = m_pantry.table(name)) {
-                m_files.emplace_back(step.target, [frame = table->toDataFrame(), path = step.target] {
-                    saveTable(path, frame);
-                });
+                m_files.emplace_back(step.target,
+                                     [frame = table->toDataFrame(), path = step.target] { saveTable(path, frame); });
                 return;
             }
             m_files.emplace_back(step.target,

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include <rix/access/VoxelTypeLists.h>
-#include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/analysis/AutoThresholdingMsr.h>
+#include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/exceptions/Exception.h>
 
 #include "../Failure.h"
@@ -94,7 +94,8 @@ struct Scale {
     double highest;
 
     std::size_t x(double value) const {
-        return left + static_cast<std::size_t>(std::lround((value - minimum) / (maximum - minimum) * (right - left - 1)));
+        return left +
+               static_cast<std::size_t>(std::lround((value - minimum) / (maximum - minimum) * (right - left - 1)));
     }
     std::size_t y(double count) const {
         return bottom - static_cast<std::size_t>(std::lround(count / highest * (bottom - top)));
@@ -149,8 +150,8 @@ Picture drawHistogram(const ImageModel& image) {
         integers ? std::min(columns, std::ceil((end - minimum) / std::ceil((end - minimum) / columns))) : columns);
     std::vector<std::uint64_t> counts(bins, 0);
     forEachValue(image, [&](double value) {
-        ++counts[std::min(bins - 1, static_cast<std::size_t>((value - minimum) / (end - minimum) *
-                                                             static_cast<double>(bins)))];
+        ++counts[std::min(bins - 1,
+                          static_cast<std::size_t>((value - minimum) / (end - minimum) * static_cast<double>(bins)))];
     });
 
     Picture picture(chartWidth, chartHeight, grey(255));

@@ -37,8 +37,8 @@ enum GatheredData : std::uint32_t {
     GATHER_OUTLINE = 4,             ///< first and last pixel of each object in each row
     GATHER_INTENSITY = 8,           ///< sums, minimum and maximum of the grey values
     GATHER_WEIGHTED_POSITION = 16,  ///< sums of positions weighted by the grey value
-    GATHER_EULER = 32,               ///< the Euler number
-    GATHER_VALUES = 64               ///< all grey values
+    GATHER_EULER = 32,              ///< the Euler number
+    GATHER_VALUES = 64              ///< all grey values
 };
 
 /// What the framework has to know of a measure.

@@ -26,18 +26,18 @@ struct BoxFilterState;
 /// **Integers.** A mean is the exact sum divided by the number of voxels, truncated toward zero: 17 over 4 voxels gives
 /// 4, -17 gives -4. Sums are exact; where the table gives `float32` the exact sum is rounded once.
 ///
-/// **Reals** are summed in double precision by additions alone, in an order that follows from the sizes of the image and
-/// the window: a result depends on nothing outside its window, so NaN and infinities reach only the windows that hold
-/// them, and no error is carried along. The sum differs from the exact one by at most (kx + ky) * 2^-53 times the sum of
-/// the magnitudes in the window, before it is divided and rounded to the output's type.
+/// **Reals** are summed in double precision by additions alone, in an order that follows from the sizes of the image
+/// and the window: a result depends on nothing outside its window, so NaN and infinities reach only the windows that
+/// hold them, and no error is carried along. The sum differs from the exact one by at most (kx + ky) * 2^-53 times the
+/// sum of the magnitudes in the window, before it is divided and rounded to the output's type.
 ///
 /// Results are the same, bit for bit, on every level of optimisation and for every number of threads.
 ///
 /// @throws RuleException from `run` for an unset or empty image, a complex or vector image, a kernel size that is not
 ///         strictly positive, an unknown `autoScale` and an in-place output of another type; ResizeImageError when the
 ///         temporary image of a run in place cannot be had.
-/// Cost: a few additions a voxel for every kernel size, also for windows much larger than the image. Memory: a few rows a
-/// thread, and for reals also kernelSizeY / 8 rows of `float64`; see `describe`.
+/// Cost: a few additions a voxel for every kernel size, also for windows much larger than the image. Memory: a few rows
+/// a thread, and for reals also kernelSizeY / 8 rows of `float64`; see `describe`.
 class RIX_EXPORT BoxFilter2d : public BaseAlgorithm {
 public:
     /// Whether a sum is divided by the number of voxels of the window.
