@@ -43,4 +43,32 @@ if(RIX_SANITIZE)
   # Everything is instrumented, tests and tools included. Undefined behaviour ends the program: a test must fail.
   add_compile_options(-fsanitize=${RIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${RIX_SANITIZE})
+  if(RIX_SANITIZE MATCHES "undefined")
+    # A null pointer that is used ends the program anyway; these checks would make a quarter of the compile time.
+    add_compile_options(-fno-sanitize=null,vptr,object-size)
+  endif()
 endif()
+
+# rix_compile_fast(TARGET... [SHIPPED])
+# For what takes long to compile and short to run, which is most of the tests and tools: under the sanitizers, which
+# instrument every line, it is not optimised; else it is only a little, unless users get it.
+function(rix_compile_fast)
+  cmake_parse_arguments(ARG "SHIPPED" "" "" ${ARGN})
+  foreach(target ${ARG_UNPARSED_ARGUMENTS})
+    if(RIX_SANITIZE)
+      target_compile_options(${target} PRIVATE -O0)
+    elseif(NOT ARG_SHIPPED)
+      target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+    endif()
+  endforeach()
+endfunction()
+
+# rix_compile_together(TARGET FILE...)
+# Under the sanitizers these files of the target are compiled as one: they share headers that take longer than what the
+# files say themselves. Everywhere else each is compiled alone, and has to include what it uses.
+function(rix_compile_together target)
+  if(RIX_SANITIZE)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+    set_source_files_properties(${ARGN} PROPERTIES UNITY_GROUP together)
+  endif()
+endfunction()

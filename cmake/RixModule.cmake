@@ -35,6 +35,7 @@ function(rix_add_tests NAME)
   target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/Core/internal
                              ${PROJECT_SOURCE_DIR}/tests/support)
   target_link_libraries(${target} PRIVATE rix_compile_options ${ARG_LIBRARIES} lumora_rix_internals rix_test_support)
+  rix_compile_fast(${target})
   gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 

@@ -26,7 +26,7 @@ void ImageModel3dWithFull2d::initialize(std::size_t firstPlane, std::size_t numb
                                         std::size_t indexSpectral) {
     m_numOfColumns = m_realImage->getNumOf(COLUMNS);
     m_numOfRows = m_realImage->getNumOf(ROWS);
-    RIX_ASSERT(firstPlane <= m_realImage->getNumOf(PLANS));
+    RIX_ASSERT_AS(firstPlane <= m_realImage->getNumOf(PLANS), "firstPlane <= m_realImage->getNumOf( PLANS )");
     m_firstPlane = firstPlane;
     m_numOfPlanes = numberOfPlanes;
     changeCurrentSequence(indexSequence);
@@ -34,12 +34,14 @@ void ImageModel3dWithFull2d::initialize(std::size_t firstPlane, std::size_t numb
 }
 
 void ImageModel3dWithFull2d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT(indexSequence <= m_realImage->getNumOf(SEQUENCE));
+    RIX_ASSERT_AS(indexSequence <= m_realImage->getNumOf(SEQUENCE),
+                  "indexSequence <= m_realImage->getNumOf( SEQUENCE )");
     m_indexSequence = indexSequence;
 }
 
 void ImageModel3dWithFull2d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES));
+    RIX_ASSERT_AS(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES),
+                  "indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES )");
     m_indexSpectral = indexSpectral;
 }
 

@@ -122,7 +122,7 @@ TEST(ImageAssertions, LookAtInterpretations) {
                       {"The parameter \"p\" supports only RGB or HSL color interpretations. Current image is YIQ."}}});
 }
 
-// One rule that compares with the image of "inputImage": the specification of that image, of one that passes and of
+// One rule that compares with the image of "inputImage": the traits of that image, of one that passes and of
 // one that doesn't.
 struct PairCase {
     std::function<void(Property<const ImageModel*>&, const Property<ImageModel*>&)> add;

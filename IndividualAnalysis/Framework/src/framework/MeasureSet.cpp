@@ -31,13 +31,16 @@ MeasureSet::MeasureSet(std::shared_ptr<const MeasureGroup> group, LabelImageInfo
     m_private->imageInfo = std::make_shared<const LabelImageInfo>(std::move(imageInfo));
 }
 
-MeasureSet::~MeasureSet() {
-    // Measures that depend on each other in a circle own each other; such measures are never initialised.
-    for (const auto& [id, measure] : m_private->measures) {
+void MeasureSet::releaseCircles(const Measures& measures) {
+    for (const auto& [id, measure] : measures) {
         if (measure->getProcessingStatus() == MeasureProcessingStatus::Created) {
             measure->releaseDependencies();
         }
     }
+}
+
+MeasureSet::~MeasureSet() {
+    releaseCircles(m_private->measures);
 }
 
 const std::shared_ptr<const MeasureGroup>& MeasureSet::getMeasureGroup() const {
@@ -99,6 +102,7 @@ void MeasureSet::setupDependencies() {
         measure->setDependencies(std::move(*next++));
     }
     m_private->measures.swap(measures);
+    releaseCircles(measures);
 }
 
 void MeasureSet::initMeasures() {

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Options {
+struct DemoOptions {
     std::string folder = "rix-demo";
     std::string imagePath;
 };
@@ -46,7 +46,7 @@ void makeFolder(const fs::path& folder) {
     }
 }
 
-int runDemo(const Options& options) {
+int runDemo(const DemoOptions& options) {
     const fs::path folder(options.folder);
     RecipeOptions recipe;
     recipe.recipe = findExample("coins.json");
@@ -65,7 +65,7 @@ int runDemo(const Options& options) {
 }  // namespace
 
 void addDemoCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<DemoOptions>();
     CLI::App* command =
         program.add_subcommand("demo", "Measure the coins of a sample photograph, and say where the results are");
     command->add_option("FOLDER", options->folder, "Where the results go; made when it is missing")

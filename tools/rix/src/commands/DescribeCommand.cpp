@@ -14,7 +14,7 @@
 namespace rix::cli {
 namespace {
 
-struct Options {
+struct DescribeOptions {
     std::string className;
     bool json = false;
 };
@@ -109,7 +109,7 @@ std::string reachOf(const BorderInfluence& influence) {
     return join(reaches, ", ");
 }
 
-int runDescribe(const Options& options) {
+int runDescribe(const DescribeOptions& options) {
     const AlgoInfo& info = findClass(options.className);
     const auto algorithm = createAlgorithm(info);
     const AlgorithmDescription description = algorithm->describe();
@@ -159,7 +159,7 @@ int runDescribe(const Options& options) {
 }  // namespace
 
 void addDescribeCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<DescribeOptions>();
     CLI::App* command = program.add_subcommand(
         "describe", "Describe an algorithm: its properties with types, defaults, labels and rules");
     command->add_option("CLASS", options->className, "Name of the algorithm, as 'rix list' shows it")->required();

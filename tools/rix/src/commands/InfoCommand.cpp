@@ -16,7 +16,7 @@
 namespace rix::cli {
 namespace {
 
-struct Options {
+struct InfoOptions {
     std::string path;
     bool json = false;
 };
@@ -37,7 +37,7 @@ std::string unitOf(const ImageModel& image, Components axis) {
     }
 }
 
-nlohmann::json toJson(const Options& options, const io::ImageFileInfo& file, const ImageModel& image,
+nlohmann::json toJson(const InfoOptions& options, const io::ImageFileInfo& file, const ImageModel& image,
                       const SampleStatistics& statistics) {
     nlohmann::json axisList = nlohmann::json::array();
     for (const Components axis : axes) {
@@ -70,7 +70,7 @@ nlohmann::json toJson(const Options& options, const io::ImageFileInfo& file, con
             {"statistics", values}};
 }
 
-std::string toText(const Options& options, const io::ImageFileInfo& file, const ImageModel& image,
+std::string toText(const InfoOptions& options, const io::ImageFileInfo& file, const ImageModel& image,
                    const SampleStatistics& statistics) {
     TextTable facts;
     facts.add({"format:", file.format + (file.storage.empty() ? "" : ", " + file.storage) + ", " +
@@ -101,7 +101,7 @@ std::string toText(const Options& options, const io::ImageFileInfo& file, const 
     return options.path + '\n' + facts.toText("  ") + '\n' + axisTable.toText("  ") + '\n' + values.toText("  ");
 }
 
-int runInfo(const Options& options) {
+int runInfo(const InfoOptions& options) {
     const auto image = loadImage(options.path);
     io::ImageFileInfo file;
     try {
@@ -121,7 +121,7 @@ int runInfo(const Options& options) {
 }  // namespace
 
 void addInfoCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<InfoOptions>();
     CLI::App* command = program.add_subcommand(
         "info", "Tell about an image file: sizes, types, calibration, minimum, maximum and mean");
     command->add_option("IMAGE", options->path, "The file. Complex samples count by their magnitude")->required();

@@ -10,11 +10,11 @@
 namespace rix::cli {
 namespace {
 
-struct Options {
+struct ListOptions {
     bool json = false;
 };
 
-int runList(const Options& options) {
+int runList(const ListOptions& options) {
     nlohmann::json list = nlohmann::json::array();
     TextTable table;
     for (const AlgoInfo* info : listedClasses()) {
@@ -42,7 +42,7 @@ int runList(const Options& options) {
 }  // namespace
 
 void addListCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ListOptions>();
     CLI::App* command = program.add_subcommand("list", "List the algorithms: name, area, one line on each");
     command->add_flag("--json", options->json, "Print a JSON array");
     command->footer("Example:\n  rix list");

@@ -11,7 +11,7 @@
 namespace rix::cli {
 namespace {
 
-struct Options {
+struct RecipeCommandOptions {
     std::string path;
     std::vector<std::string> parameters;
     std::string record;
@@ -19,7 +19,7 @@ struct Options {
     bool json = false;
 };
 
-int runCommand(const Options& options) {
+int runCommand(const RecipeCommandOptions& options) {
     RecipeOptions recipe;
     recipe.recipe = options.path;
     recipe.parameters = parseAssignments(options.parameters);
@@ -33,7 +33,7 @@ int runCommand(const Options& options) {
 }  // namespace
 
 void addRecipeCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<RecipeCommandOptions>();
     CLI::App* command = program.add_subcommand(
         "recipe",
         "Run a chain of algorithms with images passed in memory. The whole recipe is checked before the first pixel is "

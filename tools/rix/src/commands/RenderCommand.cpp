@@ -13,7 +13,7 @@
 namespace rix::cli {
 namespace {
 
-struct Options {
+struct RenderOptions {
     std::string imagePath;
     std::string picturePath;
     std::string basePath;
@@ -27,7 +27,7 @@ void report(const std::string& path, const Picture& picture) {
                  std::to_string(picture.height()) + ")\n");
 }
 
-int runRender(const Options& options) {
+int runRender(const RenderOptions& options) {
     if (options.picturePath.empty() && options.histogramPath.empty()) {
         throw Failure(WRONG_USAGE, "render needs the name of the picture OUT, or --histogram OUT");
     }
@@ -53,7 +53,7 @@ int runRender(const Options& options) {
 }  // namespace
 
 void addRenderCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<RenderOptions>();
     CLI::App* command = program.add_subcommand(
         "render",
         "Make a picture of an image: grey in an automatic window (0.35 to 99.65 percent of the values), binary in "

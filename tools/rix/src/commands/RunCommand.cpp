@@ -24,7 +24,7 @@
 namespace rix::cli {
 namespace {
 
-struct Options {
+struct RunOptions {
     std::string className;
     std::vector<std::string> assignments;
     std::optional<int> threads;
@@ -94,7 +94,7 @@ OptimLevelType levelFromOption(const std::string& text) {
                   suggest(text, {"scalar", "sse", "avx"}));
 }
 
-void applyLimits(BaseAlgorithm& algorithm, const Options& options) {
+void applyLimits(BaseAlgorithm& algorithm, const RunOptions& options) {
     if (options.threads) {
         algorithm.settings().setMaximumNumberOfThreads(*options.threads);
     }
@@ -104,7 +104,7 @@ void applyLimits(BaseAlgorithm& algorithm, const Options& options) {
 }
 
 /// Every file is whole or not there. When one can't be written, those before it stay, and were named.
-void writeImages(const ImageOutputs& outputs, const Options& options) {
+void writeImages(const ImageOutputs& outputs, const RunOptions& options) {
     for (const auto& entry : outputs.entries()) {
         Interrupts::throwIfRequested();
         saveImage(entry.path, *entry.image);
@@ -125,7 +125,7 @@ std::shared_ptr<const vessel::DataFrame> tableOf(const std::vector<Result>& resu
     return nullptr;
 }
 
-void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double seconds, const Options& options) {
+void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double seconds, const RunOptions& options) {
     const auto results = readResults(algorithm);
     if (!options.csv.empty()) {
         const auto table = tableOf(results);
@@ -158,7 +158,7 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
     }
 }
 
-int runRun(const Options& options) {
+int runRun(const RunOptions& options) {
     const auto algorithm = createAlgorithm(findClass(options.className));
     const auto images = setValues(*algorithm, parseAssignments(options.assignments));
     applyLimits(*algorithm, options);
@@ -188,7 +188,7 @@ int runRun(const Options& options) {
 }  // namespace
 
 void addRunCommand(CLI::App& program, Action& chosen) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<RunOptions>();
     CLI::App* command = program.add_subcommand("run", "Run an algorithm on files");
     command->add_option("CLASS", options->className, "Name of the algorithm, as 'rix list' shows it")->required();
     command->add_option("name=value", options->assignments,

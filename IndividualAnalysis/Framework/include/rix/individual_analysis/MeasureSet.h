@@ -53,6 +53,9 @@ public:
     bool hasMeasuresReadyForProcessing(MeasureProcessingType type) const;
 
 private:
+    /// Measures that depend on each other in a circle own each other; such measures are never initialised.
+    static void releaseCircles(const Measures& measures);
+
     std::unique_ptr<MeasureSetPrivate> m_private;
 };
 
