@@ -63,6 +63,14 @@ function(rix_compile_fast)
   endforeach()
 endfunction()
 
+# rix_run_fast(FILE...)
+# The exceptions from the rule: tests that compute for long, with references in the same file.
+function(rix_run_fast)
+  if(RIX_SANITIZE)
+    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O1)
+  endif()
+endfunction()
+
 # rix_compile_together(TARGET FILE...)
 # Under the sanitizers these files of the target are compiled as one: they share headers that take longer than what the
 # files say themselves. Everywhere else each is compiled alone, and has to include what it uses.

@@ -3,14 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "ExampleFinder.h"
+#include "Sanitizers.h"
 
 namespace rix::test {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-inline constexpr bool sanitized = true;
-#else
-inline constexpr bool sanitized = false;
-#endif
 
 /// A test of every class of the registry; `example()` is one with which the class runs.
 class GenericTest : public testing::TestWithParam<std::string> {
