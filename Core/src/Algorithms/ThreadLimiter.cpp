@@ -57,6 +57,12 @@ public:
         m_free.clear();
     }
 
+    void lockForFork() {
+        m_mutex.lock();
+        m_free.clear();
+    }
+    void unlockAfterFork() { m_mutex.unlock(); }
+
     ArenaStore() { m_free.reserve(kept); }
 
 private:
@@ -119,6 +125,14 @@ std::size_t ThreadLimiter::defaultThreads() {
 
 void ThreadLimiter::releaseArenas() {
     arenaStore().release();
+}
+
+void ThreadLimiter::lockForFork() {
+    arenaStore().lockForFork();
+}
+
+void ThreadLimiter::unlockAfterFork() {
+    arenaStore().unlockAfterFork();
 }
 
 }  // namespace rix::algorithms

@@ -32,6 +32,10 @@ public:
     /// Frees the arenas that no run holds.
     static void releaseArenas();
 
+    /// Between these no arena is taken, and none is kept over the fork of the process.
+    static void lockForFork();
+    static void unlockAfterFork();
+
 private:
     int m_limit;
     std::unique_ptr<LimitedArena> m_arena;  ///< null when work runs where it is called

@@ -5,12 +5,16 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include <pthread.h>
+#include <tbb/global_control.h>
+
+#include "ThreadLimiter.h"
 
 namespace rix::algorithms {
 
@@ -111,6 +115,16 @@ private:
     std::thread m_thread;  // last: it uses the others
 };
 
+/// Ends the threads of oneTBB, unless others in the process use it at this moment.
+void endSchedulerThreads() {
+    try {
+        tbb::task_scheduler_handle scheduler{tbb::attach{}};
+        static_cast<void>(tbb::finalize(scheduler, std::nothrow));
+    } catch (const std::bad_alloc&) {
+        // They stay.
+    }
+}
+
 /// The idle workers of the process.
 class WorkerPool {
 public:
@@ -140,16 +154,11 @@ public:
         idle.swap(m_idle);
     }
 
-    // A process that forks leaves its threads behind: the child has the workers, but no thread that does their work.
-    void lockForFork() { m_mutex.lock(); }
-    void unlockAfterFork() { m_mutex.unlock(); }
-    void forgetInChild() {
-        for (std::unique_ptr<Worker>& worker : m_idle) {
-            static_cast<void>(worker.release());  // its end would wait for a thread that does not exist
-        }
+    void lockForFork() {
+        m_mutex.lock();
         m_idle.clear();
-        m_mutex.unlock();
     }
+    void unlockAfterFork() { m_mutex.unlock(); }
 
     WorkerPool() { m_idle.reserve(keptWorkers); }
 
@@ -159,13 +168,26 @@ private:
     std::vector<std::unique_ptr<Worker>> m_idle;
 };
 
+void unlockAfterFork();
+
 WorkerPool& workerPool() {
     static WorkerPool pool;
-    static const int handlers =
-        ::pthread_atfork([] { workerPool().lockForFork(); }, [] { workerPool().unlockAfterFork(); },
-                         [] { workerPool().forgetInChild(); });
+    // A process that forks leaves its threads behind, and what they held at that moment stays locked in the child. So
+    // all threads that wait for work end first, ours and those of oneTBB; parent and child start new ones when needed.
+    static const int handlers = ::pthread_atfork(
+        [] {
+            workerPool().lockForFork();
+            ThreadLimiter::lockForFork();
+            endSchedulerThreads();
+        },
+        [] { unlockAfterFork(); }, [] { unlockAfterFork(); });
     static_cast<void>(handlers);
     return pool;
+}
+
+void unlockAfterFork() {
+    ThreadLimiter::unlockAfterFork();
+    workerPool().unlockAfterFork();
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <new>
 #include <stdexcept>
 #include <thread>
@@ -419,13 +421,21 @@ TEST(ManyRuns, GoOnInAForkedProcess) {
         algorithm.run();
         return sum == 4950;
     };
+    const auto threads = [] {
+        const std::filesystem::directory_iterator tasks("/proc/self/task");
+        return std::distance(begin(tasks), end(tasks));
+    };
+    const auto threadsBefore = threads();
     ASSERT_TRUE(runs(-1) && runs(2));  // workers and arenas are kept from here on
+    ASSERT_TRUE(threads() > threadsBefore || devices::Cpu::logicalProcessors() == 1);
     const pid_t child = ::fork();
     ASSERT_NE(child, -1);
     if (child == 0) {
         ::alarm(20);                             // a child that waits for threads of its parent would wait for ever
         std::exit(runs(-1) && runs(2) ? 0 : 1);  // an ordinary end, with all that is static
     }
+    // What a thread held at that moment would be locked in the child for ever.
+    EXPECT_EQ(threads(), 1) << "threads outlived the fork";
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status)) << "the child was ended by signal " << WTERMSIG(status);
