@@ -14,11 +14,8 @@ namespace rix::detail {
 
 /// States what holds unless the program is wrong. Active in builds with assertions; else the expression is not
 /// evaluated.
-#define RIX_ASSERT(expression) RIX_ASSERT_AS(expression, #expression)
-
-/// The same with the text to print: for texts that callers look for, which no formatting of the code may change.
 #ifdef NDEBUG
-#define RIX_ASSERT_AS(expression, text) static_cast<void>(sizeof((expression) ? true : false))
+#define RIX_ASSERT(expression) static_cast<void>(sizeof((expression) ? true : false))
 #else
-#define RIX_ASSERT_AS(expression, text) ((expression) ? static_cast<void>(0) : ::rix::detail::assertionFailed(text))
+#define RIX_ASSERT(expression) ((expression) ? static_cast<void>(0) : ::rix::detail::assertionFailed(#expression))
 #endif

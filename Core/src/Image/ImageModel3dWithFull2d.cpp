@@ -1,7 +1,5 @@
 #include <rix/image/ImageModel3dWithFull2d.h>
 
-#include <rix/Assert.h>
-
 #include "Image/ViewChecks.h"
 
 namespace rix {
@@ -26,7 +24,7 @@ void ImageModel3dWithFull2d::initialize(std::size_t firstPlane, std::size_t numb
                                         std::size_t indexSpectral) {
     m_numOfColumns = m_realImage->getNumOf(COLUMNS);
     m_numOfRows = m_realImage->getNumOf(ROWS);
-    RIX_ASSERT_AS(firstPlane <= m_realImage->getNumOf(PLANS), "firstPlane <= m_realImage->getNumOf( PLANS )");
+    RIX_ASSERT_INDEX(firstPlane, PLANS);
     m_firstPlane = firstPlane;
     m_numOfPlanes = numberOfPlanes;
     changeCurrentSequence(indexSequence);
@@ -34,14 +32,12 @@ void ImageModel3dWithFull2d::initialize(std::size_t firstPlane, std::size_t numb
 }
 
 void ImageModel3dWithFull2d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT_AS(indexSequence <= m_realImage->getNumOf(SEQUENCE),
-                  "indexSequence <= m_realImage->getNumOf( SEQUENCE )");
+    RIX_ASSERT_INDEX(indexSequence, SEQUENCE);
     m_indexSequence = indexSequence;
 }
 
 void ImageModel3dWithFull2d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT_AS(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES),
-                  "indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES )");
+    RIX_ASSERT_INDEX(indexSpectral, SPECTRAL_SERIES);
     m_indexSpectral = indexSpectral;
 }
 

@@ -1,7 +1,5 @@
 #include <rix/image/ImageModelFull2d.h>
 
-#include <rix/Assert.h>
-
 #include "Image/ViewChecks.h"
 
 namespace rix {
@@ -30,19 +28,17 @@ void ImageModelFull2d::initialize(std::size_t indexPlane, std::size_t indexSeque
 }
 
 void ImageModelFull2d::changeCurrentPlane(std::size_t indexPlane) {
-    RIX_ASSERT_AS(indexPlane <= m_realImage->getNumOf(PLANS), "indexPlane <= m_realImage->getNumOf( PLANS )");
+    RIX_ASSERT_INDEX(indexPlane, PLANS);
     m_indexPlane = indexPlane;
 }
 
 void ImageModelFull2d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT_AS(indexSequence <= m_realImage->getNumOf(SEQUENCE),
-                  "indexSequence <= m_realImage->getNumOf( SEQUENCE )");
+    RIX_ASSERT_INDEX(indexSequence, SEQUENCE);
     m_indexSequence = indexSequence;
 }
 
 void ImageModelFull2d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT_AS(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES),
-                  "indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES )");
+    RIX_ASSERT_INDEX(indexSpectral, SPECTRAL_SERIES);
     m_indexSpectral = indexSpectral;
 }
 

@@ -1,7 +1,5 @@
 #include <rix/image/ImageModelFull3d.h>
 
-#include <rix/Assert.h>
-
 #include "Image/ViewChecks.h"
 
 namespace rix {
@@ -28,14 +26,12 @@ void ImageModelFull3d::initialize(std::size_t indexSequence, std::size_t indexSp
 }
 
 void ImageModelFull3d::changeCurrentSequence(std::size_t indexSequence) {
-    RIX_ASSERT_AS(indexSequence <= m_realImage->getNumOf(SEQUENCE),
-                  "indexSequence <= m_realImage->getNumOf( SEQUENCE )");
+    RIX_ASSERT_INDEX(indexSequence, SEQUENCE);
     m_indexSequence = indexSequence;
 }
 
 void ImageModelFull3d::changeCurrentSpectral(std::size_t indexSpectral) {
-    RIX_ASSERT_AS(indexSpectral <= m_realImage->getNumOf(SPECTRAL_SERIES),
-                  "indexSpectral <= m_realImage->getNumOf( SPECTRAL_SERIES )");
+    RIX_ASSERT_INDEX(indexSpectral, SPECTRAL_SERIES);
     m_indexSpectral = indexSpectral;
 }
 

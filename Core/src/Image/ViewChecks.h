@@ -25,3 +25,13 @@ constexpr bool fits(std::size_t count, std::size_t first, std::size_t extent) {
 }
 
 }  // namespace rix::detail
+
+/// Asserts that an index of a view is within an axis of its real image or just behind it, where the first row that is
+/// asked for fails. The text is put together from the names, so that no formatting of the code changes it.
+#ifdef NDEBUG
+#define RIX_ASSERT_INDEX(index, axis) static_cast<void>(0)
+#else
+#define RIX_ASSERT_INDEX(index, axis)                                                \
+    static_cast<void>(::rix::detail::expects((index) <= m_realImage->getNumOf(axis), \
+                                             #index " <= m_realImage->getNumOf( " #axis " )"))
+#endif
