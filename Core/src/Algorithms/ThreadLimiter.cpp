@@ -1,13 +1,13 @@
 #include "ThreadLimiter.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
-#include <vector>
 
 #include <tbb/global_control.h>
 #include <tbb/info.h>
 #include <tbb/task_arena.h>
+
+#include "IdleStore.h"
 
 namespace rix::algorithms {
 
@@ -28,52 +28,15 @@ struct LimitedArena {
 namespace {
 
 /// The arenas that no run holds.
-class ArenaStore {
-public:
-    std::unique_ptr<LimitedArena> take(int threads, int sign) {
-        {
-            const std::lock_guard lock(m_mutex);
-            const auto found = std::find_if(m_free.begin(), m_free.end(), [&](const auto& arena) {
-                return arena->arenaThreads == threads && arena->prioritySign == sign;
-            });
-            if (found != m_free.end()) {
-                std::unique_ptr<LimitedArena> arena = std::move(*found);
-                m_free.erase(found);
-                return arena;
-            }
-        }
-        return std::make_unique<LimitedArena>(threads, sign);
-    }
-
-    void give(std::unique_ptr<LimitedArena> arena) noexcept {
-        const std::lock_guard lock(m_mutex);
-        if (m_free.size() < kept) {
-            m_free.push_back(std::move(arena));  // within the capacity reserved below: cannot throw
-        }
-    }
-
-    void release() {
-        const std::lock_guard lock(m_mutex);
-        m_free.clear();
-    }
-
-    void lockForFork() {
-        m_mutex.lock();
-        m_free.clear();
-    }
-    void unlockAfterFork() { m_mutex.unlock(); }
-
-    ArenaStore() { m_free.reserve(kept); }
-
-private:
-    static constexpr std::size_t kept = 16;
-    std::mutex m_mutex;
-    std::vector<std::unique_ptr<LimitedArena>> m_free;
-};
-
-ArenaStore& arenaStore() {
-    static ArenaStore store;
+IdleStore<LimitedArena>& idleArenas() {
+    static IdleStore<LimitedArena> store;
     return store;
+}
+
+std::unique_ptr<LimitedArena> takeArena(int threads, int sign) {
+    std::unique_ptr<LimitedArena> arena = idleArenas().take(
+        [=](const LimitedArena& idle) { return idle.arenaThreads == threads && idle.prioritySign == sign; });
+    return arena != nullptr ? std::move(arena) : std::make_unique<LimitedArena>(threads, sign);
 }
 
 /// The threads that oneTBB has to give: an arena of more would get no more, and oneTBB would complain aloud.
@@ -92,13 +55,13 @@ ThreadLimiter::ThreadLimiter(int maximumThreads, int priority)
     : m_limit(maximumThreads > 0 ? std::min(maximumThreads, availableThreads()) : -1) {
     const bool limited = m_limit > 1;
     if (limited || (priority != 0 && m_limit != 1)) {
-        m_arena = arenaStore().take(limited ? m_limit : availableThreads(), signOf(priority));
+        m_arena = takeArena(limited ? m_limit : availableThreads(), signOf(priority));
     }
 }
 
 ThreadLimiter::~ThreadLimiter() {
     if (m_arena != nullptr) {
-        arenaStore().give(std::move(m_arena));
+        idleArenas().give(std::move(m_arena));
     }
 }
 
@@ -124,15 +87,15 @@ std::size_t ThreadLimiter::defaultThreads() {
 }
 
 void ThreadLimiter::releaseArenas() {
-    arenaStore().release();
+    idleArenas().release();
 }
 
 void ThreadLimiter::lockForFork() {
-    arenaStore().lockForFork();
+    idleArenas().lockForFork();
 }
 
 void ThreadLimiter::unlockAfterFork() {
-    arenaStore().unlockAfterFork();
+    idleArenas().unlockAfterFork();
 }
 
 }  // namespace rix::algorithms

@@ -9,11 +9,11 @@
 #include <optional>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include <pthread.h>
 #include <tbb/global_control.h>
 
+#include "IdleStore.h"
 #include "ThreadLimiter.h"
 
 namespace rix::algorithms {
@@ -115,85 +115,45 @@ private:
     std::thread m_thread;  // last: it uses the others
 };
 
+IdleStore<Worker>& idleWorkers() {
+    static IdleStore<Worker> store;
+    return store;
+}
+
+std::unique_ptr<Worker> takeWorker() {
+    std::unique_ptr<Worker> worker = idleWorkers().take([](const Worker& /*worker*/) { return true; });
+    return worker != nullptr ? std::move(worker) : std::make_unique<Worker>();
+}
+
 /// Ends the threads of oneTBB, unless others in the process use it at this moment.
 void endSchedulerThreads() {
     try {
         tbb::task_scheduler_handle scheduler{tbb::attach{}};
         static_cast<void>(tbb::finalize(scheduler, std::nothrow));
     } catch (const std::bad_alloc&) {
-        // They stay.
+        return;  // they stay
     }
 }
 
-/// The idle workers of the process.
-class WorkerPool {
-public:
-    std::unique_ptr<Worker> take() {
-        {
-            const std::lock_guard lock(m_mutex);
-            if (!m_idle.empty()) {
-                std::unique_ptr<Worker> worker = std::move(m_idle.back());
-                m_idle.pop_back();
-                return worker;
-            }
-        }
-        return std::make_unique<Worker>();
-    }
-
-    void give(std::unique_ptr<Worker> worker) noexcept {
-        const std::lock_guard lock(m_mutex);
-        if (m_idle.size() < keptWorkers) {
-            m_idle.push_back(std::move(worker));  // within the capacity reserved below: cannot throw
-        }
-    }
-
-    void release() {
-        std::vector<std::unique_ptr<Worker>> idle;
-        const std::lock_guard lock(m_mutex);
-        idle.reserve(keptWorkers);  // becomes the capacity of the pool
-        idle.swap(m_idle);
-    }
-
-    void lockForFork() {
-        m_mutex.lock();
-        m_idle.clear();
-    }
-    void unlockAfterFork() { m_mutex.unlock(); }
-
-    WorkerPool() { m_idle.reserve(keptWorkers); }
-
-private:
-    static constexpr std::size_t keptWorkers = 16;
-    std::mutex m_mutex;
-    std::vector<std::unique_ptr<Worker>> m_idle;
-};
-
-void unlockAfterFork();
-
-WorkerPool& workerPool() {
-    static WorkerPool pool;
-    // A process that forks leaves its threads behind, and what they held at that moment stays locked in the child. So
-    // all threads that wait for work end first, ours and those of oneTBB; parent and child start new ones when needed.
-    static const int handlers = ::pthread_atfork(
-        [] {
-            workerPool().lockForFork();
-            ThreadLimiter::lockForFork();
-            endSchedulerThreads();
-        },
-        [] { unlockAfterFork(); }, [] { unlockAfterFork(); });
-    static_cast<void>(handlers);
-    return pool;
+// A process that forks leaves its threads behind, and what they held at that moment stays locked in the child. So all
+// threads that wait for work end first, ours and those of oneTBB; parent and child start new ones when needed.
+void lockForFork() {
+    idleWorkers().lockForFork();
+    ThreadLimiter::lockForFork();
+    endSchedulerThreads();
 }
 
 void unlockAfterFork() {
     ThreadLimiter::unlockAfterFork();
-    workerPool().unlockAfterFork();
+    idleWorkers().unlockAfterFork();
 }
 
 }  // namespace
 
 void runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds period, access::FunctionRef<void()> tick) {
-    std::unique_ptr<Worker> worker = workerPool().take();
+    static const int handlers = ::pthread_atfork(lockForFork, unlockAfterFork, unlockAfterFork);
+    static_cast<void>(handlers);
+    std::unique_ptr<Worker> worker = takeWorker();
     worker->start(job);
     std::exception_ptr tickError;
     while (tickError == nullptr && !worker->waitFor(period)) {
@@ -205,7 +165,7 @@ void runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds peri
     }
     worker->wait();
     const std::exception_ptr jobError = worker->takeError();
-    workerPool().give(std::move(worker));
+    idleWorkers().give(std::move(worker));
     if (tickError != nullptr) {
         std::rethrow_exception(tickError);
     }
@@ -215,7 +175,7 @@ void runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds peri
 }
 
 void releaseIdleWorkers() {
-    workerPool().release();
+    idleWorkers().release();
 }
 
 }  // namespace rix::algorithms
