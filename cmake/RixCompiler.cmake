@@ -44,7 +44,8 @@ if(RIX_SANITIZE)
   add_compile_options(-fsanitize=${RIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${RIX_SANITIZE})
   if(RIX_SANITIZE MATCHES "undefined")
-    # A null pointer that is used ends the program anyway; these checks would make a quarter of the compile time.
+    # Most of what these find, a null pointer, an object that is gone, an access beyond one, the address sanitizer finds
+    # at the access; they would take a fifth of the compile time.
     add_compile_options(-fno-sanitize=null,vptr,object-size)
   endif()
 endif()

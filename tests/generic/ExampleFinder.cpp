@@ -5,6 +5,7 @@
 #include <set>
 
 #include "Properties.h"
+#include "Sanitizers.h"
 #include "WatchedScheduler.h"
 
 namespace rix::test {
@@ -33,11 +34,7 @@ const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}};
 
 /// One of each kind of shape, in growing order: the first whose work is cut is taken.
 std::vector<Extents> largeExtents(const Extents& small) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    constexpr std::ptrdiff_t steps = 2;
-#else
-    constexpr std::ptrdiff_t steps = 3;
-#endif
+    constexpr std::ptrdiff_t steps = sanitized ? 2 : 3;
     const Extents planar[] = {{401, 301, 1, 1, 1}, {1201, 1001, 1, 1, 1}, {2401, 2003, 1, 1, 1}};
     const Extents spatial[] = {{201, 101, 6, 1, 1}, {601, 401, 5, 1, 1}, {1201, 801, 5, 1, 1}};
     const auto* const sizes = small[PLANS] == 1 ? planar : spatial;

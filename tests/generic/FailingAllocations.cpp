@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "Sanitizers.h"
+
 namespace rix::test {
 namespace {
 
@@ -56,11 +58,7 @@ void release(void* address) noexcept {
 }  // namespace
 
 bool allocationsCanFail() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    return false;
-#else
-    return true;
-#endif
+    return !sanitized;
 }
 
 FailingAllocations::FailingAllocations(std::size_t failing, Shortage shortage) {
