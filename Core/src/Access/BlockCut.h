@@ -13,7 +13,9 @@ namespace rix::access {
 /// No block works longer than this, so that a cancellation is seen soon.
 inline constexpr double longestBlockNanoseconds = 2.0e7;
 /// Rows are cut on columns only into pieces at least this long: shorter ones defeat the prefetcher.
-inline constexpr std::size_t shortestPiece = 4096;
+inline std::size_t shortestPiece() {
+    return scaledToBlocks(4096);
+}
 
 PartitionMode partitionModeOfSettings();
 

@@ -31,11 +31,11 @@ std::size_t countOf(double quotient, std::size_t most) {
 
 std::size_t largestPiece(const Sizes& sizes, std::size_t columns) {
     const double windowBytes = sizes.windowRows * sizes.windowPlanes * sizes.heldBytes;
-    if ((static_cast<double>(columns) + sizes.columnReach) * windowBytes <= static_cast<double>(blockBytes)) {
+    if ((static_cast<double>(columns) + sizes.columnReach) * windowBytes <= static_cast<double>(blockBytes())) {
         return columns;
     }
-    const double fitting = static_cast<double>(blockBytes) / windowBytes - sizes.columnReach;
-    return countOf(std::max({fitting, static_cast<double>(shortestPiece), reachFactor * sizes.columnReach}), columns);
+    const double fitting = static_cast<double>(blockBytes()) / windowBytes - sizes.columnReach;
+    return countOf(std::max({fitting, static_cast<double>(shortestPiece()), reachFactor * sizes.columnReach}), columns);
 }
 
 std::size_t bandHeight(const Sizes& sizes, double pieceLength, std::size_t rows, double longestVoxels) {
@@ -43,8 +43,8 @@ std::size_t bandHeight(const Sizes& sizes, double pieceLength, std::size_t rows,
     const double heldRowBytes = sizes.windowPlanes * (pieceLength + sizes.columnReach) * sizes.heldBytes;
     const double fitting =
         sizes.windowPlanes > 1
-            ? static_cast<double>(blockBytes) / (heldRowBytes + pieceLength * sizes.outputBytes) - rowReach
-            : static_cast<double>(blockBytes) / (pieceLength * sizes.streamBytes);
+            ? static_cast<double>(blockBytes()) / (heldRowBytes + pieceLength * sizes.outputBytes) - rowReach
+            : static_cast<double>(blockBytes()) / (pieceLength * sizes.streamBytes);
     return countOf(std::min(std::max(fitting, reachFactor * rowReach), longestVoxels / pieceLength), rows);
 }
 
@@ -53,7 +53,7 @@ std::size_t bandDepth(const Sizes& sizes, double planeVoxels, bool wholePlanes, 
     const double planeReach = sizes.windowPlanes - 1;
     // A block of part of a plane is large enough; small planes are put together.
     const double fitting =
-        wholePlanes || planeReach > 0 ? static_cast<double>(blockBytes) / (planeVoxels * sizes.streamBytes) : 1.0;
+        wholePlanes || planeReach > 0 ? static_cast<double>(blockBytes()) / (planeVoxels * sizes.streamBytes) : 1.0;
     return countOf(std::min(std::max(fitting, reachFactor * planeReach), longestVoxels / planeVoxels), planes);
 }
 
@@ -101,15 +101,15 @@ NeighbourhoodPlan::NeighbourhoodPlan(std::initializer_list<const ImageModel*> in
     sizes.outputBytes = outputBytes;
     sizes.nanoseconds = std::max(work.nanosecondsPerVoxel, 1e-3);
     const double longestVoxels = longestBlockNanoseconds / sizes.nanoseconds;
-    m_small = static_cast<double>(m_voxels) * sizes.nanoseconds < smallWorkNanoseconds;
+    m_small = static_cast<double>(m_voxels) * sizes.nanoseconds < smallWorkNanoseconds();
 
     const std::size_t columns = m_extents[COLUMNS];
     const std::size_t rows = m_extents[ROWS];
     std::size_t piece = columns;
     std::size_t height = rows;
     if (mode == RIX_PARTITION_ONLY_COLUMNS) {
-        const double voxels = std::min(static_cast<double>(blockBytes) / sizes.streamBytes, longestVoxels);
-        piece = countOf(std::max({voxels / static_cast<double>(rows), static_cast<double>(shortestPiece),
+        const double voxels = std::min(static_cast<double>(blockBytes()) / sizes.streamBytes, longestVoxels);
+        piece = countOf(std::max({voxels / static_cast<double>(rows), static_cast<double>(shortestPiece()),
                                   reachFactor * sizes.columnReach}),
                         columns);
     } else {

@@ -72,10 +72,10 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
     m_columns = m_joined ? voxels : m_extents[COLUMNS];
     m_lines = voxels / m_columns;
     const double cost = std::max(nanosecondsPerVoxel, 1e-3);
-    m_small = static_cast<double>(voxels) * cost < smallWorkNanoseconds;
+    m_small = static_cast<double>(voxels) * cost < smallWorkNanoseconds();
 
     const auto blockVoxels = static_cast<std::size_t>(std::clamp(
-        std::min(static_cast<double>(blockBytes) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
+        std::min(static_cast<double>(blockBytes()) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
                  longestBlockNanoseconds / cost),
         1.0, 1e9));
     const bool cutsColumns = mode != RIX_PARTITION_ONLY_ROWS || m_joined;
@@ -83,10 +83,10 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
     const std::size_t blocks = ceilDivide(voxels, blockVoxels);
     if (!cutsLines) {
         m_lineParts = 1;
-        m_columnParts = std::min(blocks, ceilDivide(m_columns, shortestPiece));
+        m_columnParts = std::min(blocks, ceilDivide(m_columns, shortestPiece()));
     } else {
         m_columnParts =
-            cutsColumns && m_columns > blockVoxels ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece)) : 1;
+            cutsColumns && m_columns > blockVoxels ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece())) : 1;
         m_lineParts = std::min(m_lines, ceilDivide(blocks, m_columnParts));
     }
 }

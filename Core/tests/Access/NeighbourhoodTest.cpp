@@ -83,7 +83,7 @@ TEST(NeighbourhoodPlan, CutsByCacheReachAndTime) {
     // 3x3: as many full rows of both images as fit.
     BlockExtents block = largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}));
     EXPECT_EQ(block.columns, 4096U);
-    EXPECT_EQ(block.rows, blockBytes / (2 * 4096));
+    EXPECT_EQ(block.rows, usualBlockBytes / (2 * 4096));
     // 101x101: four times the reach, or most of the work would be the rows between blocks.
     block = largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 1.0}));
     EXPECT_GE(block.rows, 370U);
@@ -93,12 +93,12 @@ TEST(NeighbourhoodPlan, CutsByCacheReachAndTime) {
     EXPECT_LE(block.rows * block.columns, 10000U);
     // The windows of all rows of a block fit, and several times the planes' reach is done at once.
     block = largestBlock(NeighbourhoodPlan({&cube}, {&cube}, {reachOfWindow(15, 15, 15), 1.0}));
-    EXPECT_LE((block.rows + 14) * (15 * (block.columns + 14) + block.columns), blockBytes + 15 * 270);
+    EXPECT_LE((block.rows + 14) * (15 * (block.columns + 14) + block.columns), usualBlockBytes + 15 * 270);
     EXPECT_GE(block.rows, 56U);
     EXPECT_GE(block.planes, 50U);
     // Rows whose windows don't fit are cut.
     block = largestBlock(NeighbourhoodPlan({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}));
-    EXPECT_LT(block.columns * 3, blockBytes);
+    EXPECT_LT(block.columns * 3, usualBlockBytes);
     EXPECT_GE(block.columns, 4096U);
     block = largestBlock(NeighbourhoodPlan({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_ROWS));
     EXPECT_EQ(block.columns, 3000000U);

@@ -97,24 +97,25 @@ BoxPlan::BoxPlan(const ImageModel& input, const BoxJob& job) : m_extents(helper:
     const bool volume = !job.axes[PLANS].isIdentity();
 
     // Only long rows are cut: windows reach over the cuts, and what lies there is summed twice.
-    const std::size_t piece = std::max<std::size_t>(volume && real ? 512 : 8192, 8 * job.axes[COLUMNS].window);
+    const std::size_t piece =
+        std::max<std::size_t>(access::scaledToBlocks(volume && real ? 512 : 8192), 8 * job.axes[COLUMNS].window);
     m_steps[COLUMNS] = stepFor(m_extents[COLUMNS], m_extents[COLUMNS] >= 2 * piece ? piece : m_extents[COLUMNS]);
     const std::size_t columns = std::min(m_steps[COLUMNS], m_extents[COLUMNS]);
 
     const std::size_t windowRows = job.axes[ROWS].window;
     if (volume) {
         // The sums along z of a block stay in the level-2 cache, where the window is small enough for that.
-        const std::size_t cached = (real ? 32768 : 131072) / columns;
+        const std::size_t cached = access::scaledToBlocks(real ? 32768 : 131072) / columns;
         m_steps[ROWS] = stepFor(m_extents[ROWS],
                                 std::max({cached - std::min(cached, windowRows), 4 * windowRows, std::size_t{16}}));
         const std::size_t area = columns * std::min(m_steps[ROWS], m_extents[ROWS]);
-        m_steps[PLANS] = stepFor(
-            m_extents[PLANS], wantedFor(m_extents[PLANS], job.axes[PLANS].window, (std::size_t{1} << 19) / area + 1));
+        m_steps[PLANS] = stepFor(m_extents[PLANS], wantedFor(m_extents[PLANS], job.axes[PLANS].window,
+                                                             access::scaledToBlocks(std::size_t{1} << 19) / area + 1));
     } else {
-        const std::size_t least = (std::size_t{1} << (real ? 17 : 18)) / columns + 1;
+        const std::size_t least = access::scaledToBlocks(std::size_t{1} << (real ? 17 : 18)) / columns + 1;
         m_steps[ROWS] = stepFor(m_extents[ROWS], wantedFor(m_extents[ROWS], windowRows, least));
         const std::size_t area = columns * std::min(m_steps[ROWS], m_extents[ROWS]);
-        m_steps[PLANS] = std::min(m_extents[PLANS], (std::size_t{1} << 18) / area + 1);
+        m_steps[PLANS] = std::min(m_extents[PLANS], access::scaledToBlocks(std::size_t{1} << 18) / area + 1);
     }
     for (std::size_t axis = 0; axis < 3; ++axis) {
         m_parts[axis] = ceilDivide(m_extents[axis], m_steps[axis]);
@@ -162,7 +163,7 @@ void BoxPlan::forEach(access::ExecutionContext& context, access::FunctionRef<voi
         voxels *= static_cast<double>(extent);
     }
     context.startStep(voxels);
-    if (voxels * m_nanosecondsPerVoxel < access::smallWorkNanoseconds) {
+    if (voxels * m_nanosecondsPerVoxel < access::smallWorkNanoseconds()) {
         for (std::size_t i = 0; i < blockCount(); ++i) {
             runBlock(i);
         }

@@ -44,10 +44,11 @@ LabelGeometry geometryOf(const ImageModel& image, Connectivity connectivity) {
 
 std::vector<WorkBand> cutIntoBands(const LabelGeometry& geometry, std::size_t voxelsPerBand) {
     const bool byPlanes = geometry.planes > 1;
-    const std::size_t wanted = voxelsPerBand != 0
-                                   ? voxelsPerBand
-                                   : std::clamp(geometry.voxelsOfVolume() / fewestBands, smallestBandVoxels,
-                                                byPlanes ? bandVoxels3d : bandVoxels2d);
+    const std::size_t wanted =
+        voxelsPerBand != 0
+            ? voxelsPerBand
+            : access::scaledToBlocks(std::clamp(geometry.voxelsOfVolume() / fewestBands, smallestBandVoxels,
+                                                byPlanes ? bandVoxels3d : bandVoxels2d));
     const std::size_t most = voxelsPerBand != 0 ? geometry.lines() : mostBands;
     // Rows are cut in pairs.
     const std::size_t units = byPlanes ? geometry.planes : geometry.rows / 2 + geometry.rows % 2;

@@ -71,7 +71,7 @@ std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry)
     const bool small =
         task.tuning.voxelsPerBand == 0 &&
         static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns) * nanosecondsPerVoxel <
-            access::smallWorkNanoseconds;
+            access::smallWorkNanoseconds();
     const BandLoop loop(task.context, small);
     RunTable<Node> table(geometry, cutIntoBands(geometry, task.tuning.voxelsPerBand));
     // Of the two units of work a voxel, one is its label's.

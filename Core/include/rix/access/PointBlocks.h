@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include <rix/Export.h>
+#include <rix/access/BlockSize.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/FunctionRef.h>
 #include <rix/image/ImageModel.h>
@@ -87,13 +88,6 @@ private:
 /// Between blocks cancellation is tested and progress reported: the call is one step of the run, measured in voxels.
 RIX_EXPORT void forEachBlock(ExecutionContext& context, const PointPlan& plan,
                              FunctionRef<void(const PointBlock&)> body);
-
-/// Below this estimated serial time a run stays on one thread: waking others costs as much.
-inline constexpr double smallWorkNanoseconds = 1.0e5;
-
-/// The bytes that one block touches in all its images: half of the level-2 cache of common processors. A constant and
-/// not a question to the processor, because the cut must not depend on the machine.
-inline constexpr std::size_t blockBytes = std::size_t{512} << 10;
 
 /// The part [begin, end) of `extent` that part `index` of `parts` covers; sizes differ by at most one.
 struct Interval {

@@ -42,7 +42,7 @@ double BandPlan::voxels() const {
 }
 
 bool BandPlan::isSmall() const {
-    return voxels() * nanosecondsPerVoxel < access::smallWorkNanoseconds;
+    return voxels() * nanosecondsPerVoxel < access::smallWorkNanoseconds();
 }
 
 access::RowSegment BandPlan::segment(std::size_t frame, std::size_t line, std::size_t channel) const {
