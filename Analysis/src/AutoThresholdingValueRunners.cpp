@@ -6,7 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/Children.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/analysis/ThresholdCriteria.h>
@@ -16,7 +18,6 @@
 #include "FrameView.h"
 #include "HistogramFilling.h"
 #include "Isodata.h"
-#include "SubSteps.h"
 
 namespace rix::analysis {
 
@@ -37,12 +38,11 @@ public:
     void run() {
         const std::size_t frames = m_input.getNumOf(SEQUENCE);
         const bool measuresRange = m_algorithm.getRangeMode() == ThresholdChoices::MIN_MAX;
-        m_context.declareSteps(frames + (measuresRange ? 1 : 0));
+        const access::Steps steps(m_context, frames + (measuresRange ? 1 : 0));
         const math::Vector2<double> range = measuresRange ? measureRange() : givenRange();
         auto& threshold = m_algorithm.getOutputMeasurement()->threshold;
         threshold.reset(frames);
         for (std::size_t frame = 0; frame < frames; ++frame) {
-            m_context.startStep(1.0);
             math::Histogram histogram = emptyHistogram(range);
             try {
                 threshold[frame] = thresholdOf(frame, histogram);
@@ -61,25 +61,21 @@ private:
 
     /// Runs the child that finds the extrema; where it can, one that keeps the counts of the values as well.
     math::Vector2<double> measureRange() {
-        m_context.startStep(1.0);
         if (CountedExtrema::accepts(m_input)) {
             CountedExtrema child;
-            const math::Vector2<double> range = runChild(child);
+            const math::Vector2<double> range = rangeOf(child);
             m_counted = std::move(child.frames);
             return range;
         }
         IntensityExtrema child;
-        return runChild(child);
+        return rangeOf(child);
     }
 
-    math::Vector2<double> runChild(IntensityExtrema& child) {
+    math::Vector2<double> rangeOf(IntensityExtrema& child) {
         IntensityExtremaMsr extrema;
-        child.setParent(&m_algorithm);
-        child.setAutoCpuDispatch(false);
-        child.setOptimLevel(m_level);
         child.setInputImage(&m_input);
         child.setOutputMeasurement(&extrema);
-        child.run();
+        algorithms::runChild(m_algorithm, child, m_level);
         const double minimum = extrema.minimum[0];
         if (std::isnan(minimum)) {
             throw ProcessingException(
@@ -100,41 +96,40 @@ private:
     }
 
     double thresholdOf(std::size_t frame, math::Histogram& histogram) {
-        SubSteps steps(m_context, 2);
+        const access::Steps steps(m_context, 2);
         const FrameView view(m_input, frame);
         const ImageModel& image = view.image();
         if (m_counted.empty() && !hasCountableRange(image)) {
-            fillHistogram(steps, m_level, image, histogram);
+            fillHistogram(m_context, m_level, image, histogram);
             m_context.throwIfCancelled();
-            return criterionOf(image, histogram, steps);
+            return criterionOf(image, histogram);
         }
         ValueCounts values;
         if (m_counted.empty()) {
-            values = countValues(steps, image);
+            values = countValues(m_context, image);
         } else {
-            steps.startStep(1.0);
+            m_context.startStep(1.0);
             values = std::move(m_counted[frame]);
         }
         fillHistogram(values, histogram);
         m_context.throwIfCancelled();
-        return criterionOf(values, image, histogram, steps);
+        return criterionOf(values, image, histogram);
     }
 
-    double criterionOf(const ImageModel& image, const math::Histogram& histogram, SubSteps& steps) const {
+    double criterionOf(const ImageModel& image, const math::Histogram& histogram) const {
         // In the range of the image's own extrema, classes of width 1 hold one integer each: they are the image's
         // values with their counts, which need not be read again.
         if (m_isInteger && m_algorithm.getRangeMode() == ThresholdChoices::MIN_MAX && histogram.getBinSize() == 1.0) {
             const auto counts = histogram.getCounts();
-            return criterionOf({histogram.getMinimum(), {counts.begin(), counts.end()}}, image, histogram, steps);
+            return criterionOf({histogram.getMinimum(), {counts.begin(), counts.end()}}, image, histogram);
         }
-        return details::computeThreshold(m_algorithm.getThresholdCriterion(), histogram, image, steps, m_level);
+        return details::computeThreshold(m_algorithm.getThresholdCriterion(), histogram, image, m_context, m_level);
     }
 
-    double criterionOf(const ValueCounts& values, const ImageModel& image, const math::Histogram& histogram,
-                       SubSteps& steps) const {
+    double criterionOf(const ValueCounts& values, const ImageModel& image, const math::Histogram& histogram) const {
         const auto criterion = m_algorithm.getThresholdCriterion();
         if (criterion != ThresholdChoices::ISODATA) {
-            return details::computeThreshold(criterion, histogram, image, steps, m_level);
+            return details::computeThreshold(criterion, histogram, image, m_context, m_level);
         }
         return isodataOfCounts(values, details::computeThresholdFactorization(histogram));
     }

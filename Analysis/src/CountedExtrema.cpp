@@ -1,5 +1,6 @@
 #include "CountedExtrema.h"
 
+#include <rix/access/Steps.h>
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/algorithms/LevelRunner.h>
 
@@ -18,7 +19,7 @@ void process(CountedExtrema& algorithm, OptimLevelType /*level*/) {
     const ImageModel& input = *algorithm.getInputImage();
     access::ExecutionContext& context = algorithm.executionContext();
     const std::size_t frames = input.getNumOf(SEQUENCE);
-    context.declareSteps(frames);
+    const access::Steps steps(context, frames);
     Extrema extrema;
     algorithm.frames.clear();
     for (std::size_t frame = 0; frame < frames; ++frame) {

@@ -5,13 +5,13 @@
 
 #include <rix/access/PointBlocks.h>
 #include <rix/access/Rows.h>
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "ClassKernels.h"
 #include "IntensityExtremaRunners.h"
 #include "Isodata.h"
 #include "PartialResults.h"
-#include "SubSteps.h"
 
 namespace rix::analysis {
 
@@ -63,8 +63,8 @@ double scaleOf(access::ExecutionContext& context, OptimLevelType level, const Im
 }
 
 double isodataOfImage(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image, double start) {
-    SubSteps steps(context, mostIterations + 1);
-    const double scale = scaleOf(steps, level, image);
+    const access::Steps steps(context, mostIterations + 1);
+    const double scale = scaleOf(context, level, image);
     const access::PointPlan plan({&image}, nanosecondsPerVoxel);
     double threshold = start;
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
@@ -72,7 +72,7 @@ double isodataOfImage(access::ExecutionContext& context, OptimLevelType level, c
         const SplitRow<T> splitRow = classRows<T>(level).split;
         threshold = iterate(start, scale, [&](double at) {
             PartialResults<SplitSums> partials;
-            access::forEachBlock(steps, plan, [&](const access::PointBlock& block) {
+            access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
                 auto partial = partials.take([] { return std::make_unique<SplitSums>(); });
                 access::RowReader<T> in(image, plan);
                 plan.forEachSegment(block, [&](const access::RowSegment& segment) {
@@ -116,10 +116,8 @@ double isodataOfCounts(const ValueCounts& values, double start) {
 double details::computeThresholdIsodata(const math::Histogram& histogram, const ImageModel& image,
                                         access::ExecutionContext& context, OptimLevelType level) {
     const double start = computeThresholdFactorization(histogram);
-    context.startStep(1.0);
     if (hasCountableRange(image)) {
-        SubSteps steps(context, 1);
-        return isodataOfCounts(countValues(steps, image), start);
+        return isodataOfCounts(countValues(context, image), start);
     }
     return isodataOfImage(context, level, image, start);
 }

@@ -20,7 +20,6 @@ class QuietContext : public access::ExecutionContext {
 public:
     bool isCancelled() const override { return false; }
     void blockDone(double) override {}
-    void declareSteps(std::size_t) override {}
     void startStep(double) override {}
     access::BlockScheduler& scheduler() const override { return access::serialScheduler(); }
     std::size_t maximumThreads() const override { return 1; }

@@ -1,5 +1,6 @@
 #include <rix/access/LevelCasts.h>
 #include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/Children.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 
@@ -27,14 +28,11 @@ void convertRows(const GenericPointOperationImageToImageInfo& info, access::Cast
 void makeBinary(ConvertImage& algorithm, OptimLevelType level) {
     using segmentation::ThresholdingByCriterion;
     ThresholdingByCriterion thresholding;
-    thresholding.setParent(&algorithm);
-    thresholding.setAutoCpuDispatch(false);
-    thresholding.setOptimLevel(level);
     thresholding.setInputGrayImage(algorithm.getInputImage());
     thresholding.setComparisonCriterion(ThresholdingByCriterion::NOT_EQUAL_TO);
     thresholding.setComparisonValue(0);
     thresholding.setOutputBinaryImage(algorithm.getOutputImage());
-    thresholding.run();
+    algorithms::runChild(algorithm, thresholding, level);
 }
 
 void process(ConvertImage& algorithm, OptimLevelType level) {

@@ -1,6 +1,7 @@
 #include "AutoThresholdingRunners.h"
 
-#include <rix/access/ExecutionContext.h>
+#include <rix/access/Steps.h>
+#include <rix/algorithms/Children.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
@@ -11,18 +12,9 @@ namespace rix::segmentation {
 
 namespace {
 
-/// Runs a child as the next step of its parent, on the level that the parent's runner serves.
-void runChild(BaseAlgorithm& child, AutoThresholding& parent, OptimLevelType level) {
-    parent.executionContext().startStep(1.0);
-    child.setParent(&parent);
-    child.setAutoCpuDispatch(false);
-    child.setOptimLevel(level);
-    child.run();
-}
-
 template <ThresholdingByCriterion::CriterionType side>
 void process(AutoThresholding& algorithm, OptimLevelType level) {
-    algorithm.executionContext().declareSteps(2);
+    const access::Steps steps(algorithm.executionContext(), 2);
 
     analysis::AutoThresholdingValue value;
     value.setInputGrayImage(algorithm.getInputGrayImage());
@@ -30,14 +22,14 @@ void process(AutoThresholding& algorithm, OptimLevelType level) {
     value.setIntensityInputRange(algorithm.getIntensityInputRange());
     value.setThresholdCriterion(algorithm.getThresholdCriterion());
     value.setOutputMeasurement(algorithm.getOutputMeasurement());
-    runChild(value, algorithm, level);
+    algorithms::runChild(algorithm, value, level);
 
     ThresholdingByCriterion thresholding;
     thresholding.setInputGrayImage(algorithm.getInputGrayImage());
     thresholding.setComparisonCriterion(side);
     thresholding.setComparisonValue(algorithm.getOutputMeasurement()->threshold[0]);
     thresholding.setOutputBinaryImage(algorithm.getOutputBinaryImage());
-    runChild(thresholding, algorithm, level);
+    algorithms::runChild(algorithm, thresholding, level);
 }
 
 template <class Algorithm, ThresholdingByCriterion::CriterionType side>

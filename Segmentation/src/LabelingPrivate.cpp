@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/AlgorithmDescription.h>
@@ -100,7 +101,7 @@ VoxelTypes LabelingPrivate::retypeOutput(VoxelTypes needed) {
 void LabelingPrivate::label(BaseAlgorithm& algorithm, OptimLevelType level, Connectivity connectivity) {
     access::ExecutionContext& context = algorithm.executionContext();
     // One for each attempt with a wider type; no attempt begins anew here, so that most are never taken.
-    context.declareSteps(static_cast<std::size_t>(4 - labelType.get()));
+    const access::Steps steps(context, static_cast<std::size_t>(4 - labelType.get()));
     const auto upgraded = [&](int newType) {
         algorithm.setProgressionMessage("[" + algorithm.getClassInfo().getName() + "] upgrade output type to " +
                                         labelType.getEnumInfo()->getLabelFromValue(newType));

@@ -25,6 +25,10 @@ ReductionBody::~ReductionBody() = default;
 BlockScheduler::~BlockScheduler() = default;
 ExecutionContext::~ExecutionContext() = default;
 
+void ExecutionContext::openSteps(std::size_t /*count*/, std::span<const double> /*weights*/) {}
+
+void ExecutionContext::closeSteps() noexcept {}
+
 void ExecutionContext::throwIfCancelled() const {
     if (isCancelled()) {
         throw ExceptionCancelation();

@@ -31,7 +31,6 @@ public:
     // access::ExecutionContext
     bool isCancelled() const override { return isRunCancelled(); }
     void blockDone(double work) override;
-    void declareSteps(std::size_t steps) override { m_progression.declareSteps(steps); }
     void startStep(double work) override { m_progression.startStep(work); }
     access::BlockScheduler& scheduler() const override;
     std::size_t maximumThreads() const override { return m_threads; }
@@ -58,6 +57,11 @@ public:
     std::optional<OptimLevelType> m_lastRunLevel;
 
 private:
+    void openSteps(std::size_t count, std::span<const double> weights) override {
+        m_progression.openSteps(count, weights);
+    }
+    void closeSteps() noexcept override { m_progression.closeSteps(); }
+
     class RunGuard;
     enum class Outcome { NoRunner, NotRunnable, Success };
 

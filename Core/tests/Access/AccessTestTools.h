@@ -84,7 +84,6 @@ public:
         ++blocks;
         done = done + work;
     }
-    void declareSteps(std::size_t) override {}
     void startStep(double work) override { announced += work; }
     access::BlockScheduler& scheduler() const override { return m_scheduler; }
     std::size_t maximumThreads() const override { return 2; }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/Steps.h>
 #include <rix/image/MemoryImage.h>
 
 #include "TestAlgorithms.h"
@@ -96,7 +97,7 @@ TEST(Iteration, StepsThatARunnerDeclaresArePartOfItsPass) {
     algorithm.enableIterationOnSequenceAxis(true);
     algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
         access::ExecutionContext& context = self.executionContext();
-        context.declareSteps(2);
+        const access::Steps steps(context, 2);
         for (int step = 0; step < 2; ++step) {
             context.startStep(1.0);
             context.blockDone(1.0);

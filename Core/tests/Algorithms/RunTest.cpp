@@ -18,6 +18,7 @@
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/Steps.h>
 #include <rix/algorithms/InteractionInterface.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
@@ -340,7 +341,7 @@ TEST(Children, RunInTheirParentsThreadAndFillItsSteps) {
     });
     parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
         parentThread = std::this_thread::get_id();
-        self.executionContext().declareSteps(2);
+        const access::Steps steps(self.executionContext(), 2);
         for (int i = 0; i < 2; ++i) {
             self.executionContext().startStep(1.0);
             child.setParent(&self);

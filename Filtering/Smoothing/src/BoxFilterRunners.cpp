@@ -1,6 +1,7 @@
 #include "BoxFilterRunners.h"
 
 #include <rix/access/PointFilters.h>
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/exceptions/Exception.h>
@@ -26,7 +27,7 @@ void sumInPlace(access::ExecutionContext& context, const ImageModel& input, Imag
     if (!temporary.reserve(output.getVoxelType(), n[0], n[1], n[2], n[3], n[4])) {
         throw ResizeImageError("The temporary image cannot be allocated or resized.");
     }
-    context.declareSteps(2);
+    const access::Steps steps(context, {0.9, 0.1});
     sumBoxes(context, input, temporary, job, level);
     access::dispatch(access::Reals{}, output.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;

@@ -7,6 +7,7 @@
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/PointBlocks.h>
+#include <rix/access/Steps.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/individual_analysis/LabelAnalysis.h>
@@ -39,7 +40,7 @@ public:
     /// @param framesBefore in the result already: rows are appended to them
     void run(LabelAnalysisMsr& result, std::size_t framesBefore) {
         const std::uint32_t gathered = neededData();
-        m_context.declareSteps((gathered & GATHER_VALUES) != 0 ? 3 : 2);
+        const access::Steps steps(m_context, (gathered & GATHER_VALUES) != 0 ? 3 : 2);
         // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
         m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, gathered);
         showGathered();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 #include <rix/Export.h>
 
@@ -24,10 +25,8 @@ public:
     /// @param work units of work done, in the unit announced with `startStep`
     virtual void blockDone(double work) = 0;
 
-    /// Announces how many of the current algorithm's remaining steps there are; each takes an equal part of what is
-    /// left of the progress. Without a call the whole run is one step.
-    virtual void declareSteps(std::size_t steps) = 0;
-    /// Starts the next step, whose whole work is `work` units.
+    /// Starts the next step, whose whole work is `work` units: the next of the innermost `Steps` alive. Without one,
+    /// the first step is the whole run.
     virtual void startStep(double work) = 0;
 
     /// Who runs the blocks.
@@ -38,6 +37,14 @@ public:
 
     /// Throws `ExceptionCancelation` when the run was asked to stop.
     void throwIfCancelled() const;
+
+private:
+    friend class Steps;
+    /// Divides the next step into `count` steps, of equal weight when `weights` is empty. A context that reports no
+    /// progress leaves both out.
+    virtual void openSteps(std::size_t count, std::span<const double> weights);
+    /// Ends the innermost division.
+    virtual void closeSteps() noexcept;
 };
 
 }  // namespace rix::access
