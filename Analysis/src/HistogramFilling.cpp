@@ -7,13 +7,11 @@
 #include <type_traits>
 #include <vector>
 
-#include <rix/access/PointBlocks.h>
-#include <rix/access/Rows.h>
+#include <rix/access/Joins.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "ClassKernels.h"
 #include "KeyCounter.h"
-#include "PartialResults.h"
 
 namespace rix::analysis {
 
@@ -73,45 +71,39 @@ std::optional<UnitClasses> unitClasses(const math::Histogram& histogram) {
 
 template <class T, class Partial>
 void fill(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
-          const access::PointPlan& plan, math::Histogram& histogram) {
+          math::Histogram& histogram) {
     const ClassRows<T> rows = classRows<T>(level);
     const std::optional<UnitClasses> unit = unitClasses<T>(histogram);
-    PartialResults<Partial> partials;
-    access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
-        constexpr std::size_t piece = 4096;
-        std::uint16_t classes[piece];
-        auto partial = partials.take([&] { return std::make_unique<Partial>(histogram.getNbClasses()); });
-        access::RowReader<T> in(image, plan);
-        plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-            const T* const row = in.read(segment);
-            for (std::size_t i = 0; i < segment.count; i += piece) {
-                const std::size_t count = std::min(piece, segment.count - i);
+    access::accumulate<T, Partial>(
+        context, image, nanosecondsPerVoxel, [&] { return std::make_unique<Partial>(histogram.getNbClasses()); },
+        [&](Partial& partial, const T* row, std::size_t samples) {
+            constexpr std::size_t piece = 4096;
+            std::uint16_t classes[piece];
+            for (std::size_t i = 0; i < samples; i += piece) {
+                const std::size_t count = std::min(piece, samples - i);
                 if (unit) {
                     rows.unitClasses(row + i, classes, count, *unit);
                 } else {
                     rows.classes(row + i, classes, count, histogram.getClasses());
                 }
-                partial->add(classes, count);
+                partial.add(classes, count);
             }
-        });
-        partials.give(std::move(partial));
-    });
-    for (const auto& partial : partials.all()) {
-        partial->joinInto(histogram);
-    }
+        },
+        [&](const Partial& partial) { partial.joinInto(histogram); });
 }
 
 }  // namespace
 
 void fillHistogram(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
                    math::Histogram& histogram) {
-    const access::PointPlan plan({&image}, nanosecondsPerVoxel);
+    std::size_t voxels = 0;
+    const bool few = helper::getElementCount(image, voxels) && voxels < KeyCounter::keys;
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        if (plan.voxelCount() < KeyCounter::keys) {
-            fill<T, SmallPartial>(context, level, image, plan, histogram);
+        if (few) {
+            fill<T, SmallPartial>(context, level, image, histogram);
         } else {
-            fill<T, LargePartial>(context, level, image, plan, histogram);
+            fill<T, LargePartial>(context, level, image, histogram);
         }
     });
 }

@@ -2,13 +2,10 @@
 
 #include <limits>
 
-#include <rix/access/PointBlocks.h>
-#include <rix/access/Rows.h>
+#include <rix/access/Joins.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/analysis/IntensityExtrema.h>
-
-#include "PartialResults.h"
 
 namespace rix::analysis {
 
@@ -25,27 +22,20 @@ void process(IntensityExtrema& algorithm, OptimLevelType level) {
 }  // namespace
 
 Extrema measureExtrema(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image) {
-    const access::PointPlan plan({&image}, nanosecondsPerVoxel);
-    PartialResults<Extrema> partials;
+    Extrema joined;
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const ExtremaRow<T> extremaRow = extremaRows<T>(level);
-        access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
-            auto partial = partials.take([] { return std::make_unique<Extrema>(); });
-            access::RowReader<T> in(image, plan);
-            plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-                extremaRow(in.read(segment), segment.count, *partial);
+        access::accumulate<T, Extrema>(
+            context, image, nanosecondsPerVoxel, [] { return std::make_unique<Extrema>(); },
+            [&](Extrema& partial, const T* row, std::size_t count) { extremaRow(row, count, partial); },
+            [&](const Extrema& partial) {
+                joined.minimum = partial.minimum < joined.minimum ? partial.minimum : joined.minimum;
+                joined.maximum = partial.maximum > joined.maximum ? partial.maximum : joined.maximum;
+                joined.nanCount += partial.nanCount;
+                joined.infiniteCount += partial.infiniteCount;
             });
-            partials.give(std::move(partial));
-        });
     });
-    Extrema joined;
-    for (const auto& partial : partials.all()) {
-        joined.minimum = partial->minimum < joined.minimum ? partial->minimum : joined.minimum;
-        joined.maximum = partial->maximum > joined.maximum ? partial->maximum : joined.maximum;
-        joined.nanCount += partial->nanCount;
-        joined.infiniteCount += partial->infiniteCount;
-    }
     return joined;
 }
 

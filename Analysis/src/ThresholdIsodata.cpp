@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include <rix/access/PointBlocks.h>
-#include <rix/access/Rows.h>
+#include <rix/access/Joins.h>
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "ClassKernels.h"
 #include "IntensityExtremaRunners.h"
 #include "Isodata.h"
-#include "PartialResults.h"
 
 namespace rix::analysis {
 
@@ -65,28 +63,21 @@ double scaleOf(access::ExecutionContext& context, OptimLevelType level, const Im
 double isodataOfImage(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image, double start) {
     const access::Steps steps(context, mostIterations + 1);
     const double scale = scaleOf(context, level, image);
-    const access::PointPlan plan({&image}, nanosecondsPerVoxel);
     double threshold = start;
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const SplitRow<T> splitRow = classRows<T>(level).split;
         threshold = iterate(start, scale, [&](double at) {
-            PartialResults<SplitSums> partials;
-            access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
-                auto partial = partials.take([] { return std::make_unique<SplitSums>(); });
-                access::RowReader<T> in(image, plan);
-                plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-                    splitRow(in.read(segment), segment.count, at, scale, *partial);
-                });
-                partials.give(std::move(partial));
-            });
             SplitSums joined;
-            for (const auto& partial : partials.all()) {
-                joined.low += partial->low;
-                joined.high += partial->high;
-                joined.lowCount += partial->lowCount;
-                joined.highCount += partial->highCount;
-            }
+            access::accumulate<T, SplitSums>(
+                context, image, nanosecondsPerVoxel, [] { return std::make_unique<SplitSums>(); },
+                [&](SplitSums& partial, const T* row, std::size_t count) { splitRow(row, count, at, scale, partial); },
+                [&](const SplitSums& partial) {
+                    joined.low += partial.low;
+                    joined.high += partial.high;
+                    joined.lowCount += partial.lowCount;
+                    joined.highCount += partial.highCount;
+                });
             return joined;
         });
     });

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include <rix/access/PointBlocks.h>
-#include <rix/access/Rows.h>
+#include <rix/access/Joins.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/devices/Cpu.h>
 
 #include "KeyCounter.h"
-#include "PartialResults.h"
 
 namespace rix::analysis {
 
@@ -85,19 +83,12 @@ private:
 /// Adds the counts of all bit patterns of `T` to `counts`.
 template <class T, class Partial>
 void countPatterns(access::ExecutionContext& context, const ImageModel& image, std::uint64_t* counts) {
-    const access::PointPlan plan({&image}, nanosecondsPerVoxel);
-    PartialResults<Partial> partials;
-    access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
-        auto partial = partials.take([] { return std::make_unique<Partial>(); });
-        access::RowReader<T> in(image, plan);
-        plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-            partial->addRow(reinterpret_cast<const std::uint8_t*>(in.read(segment)), segment.count);
-        });
-        partials.give(std::move(partial));
-    });
-    for (const auto& partial : partials.all()) {
-        partial->joinInto(counts);
-    }
+    access::accumulate<T, Partial>(
+        context, image, nanosecondsPerVoxel, [] { return std::make_unique<Partial>(); },
+        [](Partial& partial, const T* row, std::size_t count) {
+            partial.addRow(reinterpret_cast<const std::uint8_t*>(row), count);
+        },
+        [&](const Partial& partial) { partial.joinInto(counts); });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/Run.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 
 #include "PointInputs.h"
@@ -27,10 +28,9 @@ public:
                                                         const Functor& functor, OptimLevelType level)
         : GenericPointOperationImageToImageScalarTwoTypesBody(info, functor, level, info.input.getVoxelType()) {}
 
-    std::size_t inputBytes() const { return m_conversion.sourceBytes(); }  ///< a voxel
     OptimLevelType level() const { return m_level; }
 
-    void operator()(const access::PointPlan& plan, const access::PointBlock& block, StreamRow stream) const {
+    void operator()(const access::Plan& plan, const access::Block& block, access::StreamRow stream) const {
         const std::size_t piece = pieceSamples(
             std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}),
             stream);
@@ -82,11 +82,11 @@ public:
 template <class Body>
 void runGenericPointOperation(const GenericPointOperationImageToImageInfo& info, const Body& body,
                               double nanosecondsPerVoxel) {
-    const access::PointPlan plan({&info.input, &info.output}, nanosecondsPerVoxel);
-    const StreamRow stream =
-        streamRowFor(plan.voxelCount(), body.inputBytes(), helper::getElementSize(info.output), body.level());
-    access::forEachBlock(info.algorithm.executionContext(), plan,
-                         [&](const access::PointBlock& block) { body(plan, block, stream); });
+    const access::Plan plan = access::cutLines({&info.input, &info.output}, nanosecondsPerVoxel);
+    const access::StreamRow stream =
+        streamRowFor(access::chooseStores(plan.voxelCount(), helper::getElementSize(info.output)), body.level());
+    access::run(info.algorithm.executionContext(), plan,
+                [&](const access::Block& block) { body(plan, block, stream); });
 }
 
 }  // namespace rix::point_operations

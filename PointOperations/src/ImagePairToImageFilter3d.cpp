@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <rix/access/Run.h>
+
 namespace rix::point_operations {
 
 ImagePairToImageFilter3d::ImagePairToImageFilter3d(const PointInput& first, const PointInput& second,
@@ -15,17 +17,16 @@ ImagePairToImageFilter3d::ImagePairToImageFilter3d(const PointInput& first, cons
 
 void ImagePairToImageFilter3d::run(access::ExecutionContext& context, double nanosecondsPerVoxel,
                                    Operator apply) const {
-    const access::PointPlan plan({&m_first.image, &m_second.image, &m_output}, nanosecondsPerVoxel);
+    const access::Plan plan = access::cutLines({&m_first.image, &m_second.image, &m_output}, nanosecondsPerVoxel);
     const std::size_t outputBytes = helper::getElementSize(m_output);
-    const StreamRow stream = streamRowFor(
-        plan.voxelCount(), m_firstConversion.sourceBytes() + m_secondConversion.sourceBytes(), outputBytes, m_level);
+    const access::StreamRow stream = streamRowFor(access::chooseStores(plan.voxelCount(), outputBytes), m_level);
     const bool wholeRows = m_firstConversion.isNone() && m_secondConversion.isNone() && stream == nullptr;
     const std::size_t piece =
         pieceSamples(std::max({m_firstConversion.sourceBytes(), m_firstConversion.targetBytes(),
                                m_secondConversion.sourceBytes(), m_secondConversion.targetBytes(), outputBytes}),
                      stream);
 
-    access::forEachBlock(context, plan, [&](const access::PointBlock& block) {
+    access::run(context, plan, [&](const access::Block& block) {
         CastingAdapter first(m_first, m_firstConversion, plan, piece);
         CastingAdapter second(m_second, m_secondConversion, plan, piece);
         PieceWriter out(m_output, plan, stream, piece);

@@ -4,15 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include <rix/devices/Cpu.h>
-
 namespace rix::point_operations {
 
 namespace {
-
-/// No processor has more of its last-level cache for each of its cores. A virtual machine of few processors that is
-/// told of a cache larger than that shares it with others.
-constexpr std::size_t largestCachePerProcessor = std::size_t{32} << 20;
 
 /// A few of these fit a first-level cache of 32 KiB beside each other.
 constexpr std::size_t pieceBytes = std::size_t{6} << 10;
@@ -33,7 +27,7 @@ RowConversion::RowConversion(const PointInput& input, OptimLevelType level)
     }
 }
 
-CastingAdapter::CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::PointPlan& plan,
+CastingAdapter::CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::Plan& plan,
                                std::size_t pieceSamples)
     : m_rows(input.image, plan), m_conversion(conversion) {
     if (conversion.m_truth != nullptr) {
@@ -57,7 +51,8 @@ ConstRawData CastingAdapter::piece(std::size_t first, std::size_t count) {
     return samples;
 }
 
-PieceWriter::PieceWriter(ImageModel& image, const access::PointPlan& plan, StreamRow stream, std::size_t pieceSamples)
+PieceWriter::PieceWriter(ImageModel& image, const access::Plan& plan, access::StreamRow stream,
+                         std::size_t pieceSamples)
     : m_rows(image, plan), m_stream(stream), m_sampleBytes(helper::getSizeOf(image.getVoxelType())) {
     if (stream != nullptr) {
         m_buffer = access::Scratch(pieceSamples * m_sampleBytes);
@@ -66,12 +61,13 @@ PieceWriter::PieceWriter(ImageModel& image, const access::PointPlan& plan, Strea
 
 PieceWriter::~PieceWriter() {
     if (m_stream != nullptr) {
-        finishStreaming();  // before another thread is told that the block is done
+        access::finishStreaming();  // before another thread is told that the block is done
     }
 }
 
 std::size_t PieceWriter::samplesBeforeLine() const {
-    return (lineBytes - reinterpret_cast<std::uintptr_t>(m_row) % lineBytes) % lineBytes / m_sampleBytes;
+    return (access::lineBytes - reinterpret_cast<std::uintptr_t>(m_row) % access::lineBytes) % access::lineBytes /
+           m_sampleBytes;
 }
 
 RawData PieceWriter::piece(std::size_t first, std::size_t count) {
@@ -86,18 +82,12 @@ void PieceWriter::pieceDone() {
     }
 }
 
-std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream) {
+std::size_t pieceSamples(std::size_t largestSampleBytes, access::StreamRow stream) {
     return (stream != nullptr ? streamedPieceBytes : pieceBytes) / largestSampleBytes;
 }
 
-StreamRow streamRowFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes, OptimLevelType level) {
-    const std::size_t cache =
-        std::min(devices::Cpu::lastLevelCache(), devices::Cpu::logicalProcessors() * largestCachePerProcessor);
-    std::size_t all = 0;
-    std::size_t output = 0;
-    const bool counts = helper::checkedMultiply(voxels, inputBytes + outputBytes, all) &&
-                        helper::checkedMultiply(voxels, outputBytes, output);
-    return counts && (all <= cache || output < cache / 2) ? nullptr : streamRow(level);
+access::StreamRow streamRowFor(access::Stores stores, OptimLevelType level) {
+    return stores == access::Stores::Streaming ? access::streamRow(level) : nullptr;
 }
 
 }  // namespace rix::point_operations

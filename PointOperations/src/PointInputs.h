@@ -4,13 +4,12 @@
 #include <cstddef>
 
 #include <rix/access/LevelCasts.h>
-#include <rix/access/PointBlocks.h>
-#include <rix/access/RawRows.h>
+#include <rix/access/Plan.h>
+#include <rix/access/Rows.h>
 #include <rix/access/Scratch.h>
+#include <rix/access/StreamKernels.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
-
-#include "StreamKernels.h"
 
 namespace rix::point_operations {
 
@@ -43,7 +42,7 @@ private:
 class CastingAdapter {
 public:
     /// @param pieceSamples the longest piece that will be asked for; without a conversion it does not matter
-    CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::PointPlan& plan,
+    CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::Plan& plan,
                    std::size_t pieceSamples);
 
     /// Goes to a segment of the image.
@@ -64,7 +63,7 @@ private:
 class PieceWriter {
 public:
     /// @param stream how pieces get past the caches; null for an image that is written straight into
-    PieceWriter(ImageModel& image, const access::PointPlan& plan, StreamRow stream, std::size_t pieceSamples);
+    PieceWriter(ImageModel& image, const access::Plan& plan, access::StreamRow stream, std::size_t pieceSamples);
 
     void open(const access::RowSegment& segment) { m_row = m_rows.open(segment); }
     /// How many samples of the segment lie before its first whole line of the cache.
@@ -79,7 +78,7 @@ public:
 
 private:
     access::RawRowWriter m_rows;
-    StreamRow m_stream;
+    access::StreamRow m_stream;
     std::size_t m_sampleBytes;
     RawData m_row = nullptr;
     RawData m_target = nullptr;
@@ -100,12 +99,9 @@ void forEachPiece(std::size_t segmentSamples, std::size_t pieceSamples, const Pi
 }
 
 /// How many samples a piece has whose buffers are to stay in the first-level cache.
-std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream);
+std::size_t pieceSamples(std::size_t largestSampleBytes, access::StreamRow stream);
 
-/// How an output is streamed, when the images of a run together exceed the last-level cache and the output alone fills
-/// half of it; else null: a smaller output costs more on the way through the buffer than its lines cost to fetch
-/// (measured with one byte written for four read).
-/// @param inputBytes, outputBytes bytes read and written a voxel
-StreamRow streamRowFor(std::size_t voxels, std::size_t inputBytes, std::size_t outputBytes, OptimLevelType level);
+/// How an output is streamed; null where it is not.
+access::StreamRow streamRowFor(access::Stores stores, OptimLevelType level);
 
 }  // namespace rix::point_operations

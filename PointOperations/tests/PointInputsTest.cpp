@@ -17,9 +17,10 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
         for (const std::size_t width : {1U, 7U, 63U, 64U, 65U, 1000U, 9973U}) {
             const io::MemoryImage expected =
                 makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width);
-            for (const StreamRow stream : {StreamRow{nullptr}, streamRow(SCALAR), streamRow(bestLevel)}) {
+            for (const access::StreamRow stream :
+                 {access::StreamRow{nullptr}, access::streamRow(SCALAR), access::streamRow(bestLevel)}) {
                 io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width + 1);
-                const access::PointPlan plan({&image}, 1.0);
+                const access::Plan plan = access::cutLines({&image}, 1.0);
                 constexpr std::size_t piece = 100;
                 for (std::size_t i = 0; i < plan.blockCount(); ++i) {
                     PieceWriter writer(image, plan, stream, piece);
@@ -37,14 +38,6 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
             }
         }
     }
-}
-
-TEST(PieceWriter, StreamsWhatIsLargerThanTheLastLevelCache) {
-    const std::size_t cache = devices::Cpu::lastLevelCache();
-    EXPECT_EQ(streamRowFor(std::size_t{1} << 18, 2, 2, SCALAR), nullptr);
-    EXPECT_EQ(streamRowFor(cache / 4 + 1, 2, 2, SCALAR), streamRow(SCALAR));
-    EXPECT_EQ(streamRowFor(1000, cache, 1, SCALAR), nullptr) << "hardly anything is written";
-    EXPECT_EQ(streamRowFor(std::numeric_limits<std::size_t>::max(), 2, 2, SCALAR), streamRow(SCALAR));
 }
 
 }  // namespace

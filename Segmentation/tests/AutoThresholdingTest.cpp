@@ -254,9 +254,6 @@ TEST(AutoThresholding, ReportsProgressOfBothPartsAndStopsInEither) {
             }
             access::serialScheduler().forEach(count, block);
         }
-        void reduce(std::size_t count, std::size_t grain, access::ReductionBody& body) override {
-            access::serialScheduler().reduce(count, grain, body);
-        }
         BaseAlgorithm* algorithm = nullptr;
         int cancelAt = 0;
         int calls = 0;

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <rix/access/BlockSize.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
 
@@ -168,7 +169,6 @@ public:
             m_after();
         }
     }
-    void reduce(std::size_t, std::size_t, access::ReductionBody&) override { FAIL() << "not used"; }
 
     std::size_t parts = 0;
 
@@ -177,7 +177,11 @@ private:
     std::function<void()> m_after;
 };
 
+/// Blocks so small that no work is too small for the scheduler.
+constexpr std::size_t tinyBlocks = 64;
+
 TEST(LabelingRun, StopsBeforeAnyPartAndRunsAfterwards) {
+    const access::ScopedBlockBytes blocks(tinyBlocks);
     const io::MemoryImage input = imageOf(randomVolume(100, 20, 1, 50, 3));
     const Outcome expected = labelImage(input, false, 1, {.labelType = 0});
     Way way{.labelType = 0};
@@ -206,6 +210,7 @@ TEST(LabelingRun, StopsBeforeAnyPartAndRunsAfterwards) {
 }
 
 TEST(LabelingRun, ReportsProgressThatNeverFalls) {
+    const access::ScopedBlockBytes blocks(tinyBlocks);
     const io::MemoryImage input = imageOf(randomVolume(100, 60, 1, 50, 3));
     for (const int labelType : {0, 1, 2}) {
         Way way{.labelType = labelType};

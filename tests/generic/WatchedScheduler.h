@@ -13,7 +13,6 @@ class WatchedScheduler : public access::BlockScheduler {
 public:
     WatchedScheduler(std::shared_ptr<access::BlockScheduler> inner, std::function<void(std::size_t)> beforeBlock);
     void forEach(std::size_t count, access::FunctionRef<void(std::size_t)> block) override;
-    void reduce(std::size_t count, std::size_t grain, access::ReductionBody& body) override;
     std::size_t blocks() const { return m_blocks; }
 
 private:

@@ -12,7 +12,6 @@
 
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
-#include <tbb/parallel_reduce.h>
 #include <tbb/partitioner.h>
 #include <tbb/task_group.h>
 
@@ -21,7 +20,6 @@
 
 namespace rix::access {
 
-ReductionBody::~ReductionBody() = default;
 BlockScheduler::~BlockScheduler() = default;
 ExecutionContext::~ExecutionContext() = default;
 
@@ -40,42 +38,6 @@ namespace {
 #ifndef __SANITIZE_THREAD__
 using Range = tbb::blocked_range<std::size_t>;
 
-/// Gives oneTBB's reduction the shape that it expects of a body. Splitting must not throw there, or oneTBB loses the
-/// tasks that it is making: what `split` throws is kept and thrown when the part is to be processed.
-class TbbReduction {
-public:
-    explicit TbbReduction(ReductionBody& body) : m_body(&body) {}
-    TbbReduction(TbbReduction& other, tbb::split) noexcept {
-        if (other.m_body == nullptr) {
-            m_failure = other.m_failure;
-            return;
-        }
-        try {
-            m_owned = other.m_body->split();
-            m_body = m_owned.get();
-        } catch (...) {
-            m_failure = std::current_exception();
-        }
-    }
-
-    void operator()(const Range& range) {
-        if (m_failure != nullptr) {
-            std::rethrow_exception(m_failure);
-        }
-        m_body->process(range.begin(), range.end());
-    }
-    void join(TbbReduction& right) {
-        if (m_body != nullptr && right.m_body != nullptr) {
-            m_body->join(*right.m_body);
-        }
-    }
-
-private:
-    std::unique_ptr<ReductionBody> m_owned;
-    ReductionBody* m_body = nullptr;  ///< null after a failed split
-    std::exception_ptr m_failure;
-};
-
 /// Its groups of tasks are isolated: were they part of a group of the application that is cancelled meanwhile, oneTBB
 /// would leave blocks out without a word.
 class ParallelScheduler : public BlockScheduler {
@@ -91,29 +53,8 @@ public:
             },
             tbb::auto_partitioner(), own);
     }
-
-    void reduce(std::size_t count, std::size_t grain, ReductionBody& body) override {
-        if (count > 0) {
-            TbbReduction reduction(body);
-            tbb::task_group_context own(tbb::task_group_context::isolated);
-            tbb::parallel_deterministic_reduce(Range(0, count, grain), reduction, tbb::simple_partitioner(), own);
-        }
-    }
 };
 #endif
-
-/// The same tree of halvings as oneTBB's simple partitioner builds, walked on one thread.
-void reduceInOrder(std::size_t first, std::size_t last, std::size_t grain, ReductionBody& body) {
-    if (last - first <= grain) {
-        body.process(first, last);
-        return;
-    }
-    const std::size_t middle = first + (last - first) / 2;
-    const std::unique_ptr<ReductionBody> right = body.split();
-    reduceInOrder(first, middle, grain, body);
-    reduceInOrder(middle, last, grain, *right);
-    body.join(*right);
-}
 
 class SerialScheduler : public BlockScheduler {
 public:
@@ -122,54 +63,7 @@ public:
             block(i);
         }
     }
-
-    void reduce(std::size_t count, std::size_t grain, ReductionBody& body) override {
-        if (count > 0) {
-            reduceInOrder(0, count, grain, body);
-        }
-    }
 };
-
-/// One leaf of the tree of halvings and the partial result that it fills.
-struct Leaf {
-    std::size_t first;
-    std::size_t last;
-    ReductionBody* body;
-};
-
-/// A join to be done once both sides are complete.
-struct Join {
-    ReductionBody* left;
-    std::unique_ptr<ReductionBody> right;
-};
-
-void collectLeaves(std::size_t first, std::size_t last, std::size_t grain, ReductionBody& body,
-                   std::vector<Leaf>& leaves, std::vector<Join>& joins) {
-    if (last - first <= grain) {
-        leaves.push_back({first, last, &body});
-        return;
-    }
-    const std::size_t middle = first + (last - first) / 2;
-    std::unique_ptr<ReductionBody> right = body.split();
-    ReductionBody& rightBody = *right;
-    collectLeaves(first, middle, grain, body, leaves, joins);
-    collectLeaves(middle, last, grain, rightBody, leaves, joins);
-    joins.push_back({&body, std::move(right)});  // after those of its parts
-}
-
-/// Reduces along the tree of halvings: all leaves through `forEach` of a scheduler, then the joins in order.
-void reduceLeaves(BlockScheduler& scheduler, std::size_t count, std::size_t grain, ReductionBody& body) {
-    if (count == 0) {
-        return;
-    }
-    std::vector<Leaf> leaves;
-    std::vector<Join> joins;
-    collectLeaves(0, count, grain, body, leaves, joins);
-    scheduler.forEach(leaves.size(), [&](std::size_t i) { leaves[i].body->process(leaves[i].first, leaves[i].last); });
-    for (Join& join : joins) {
-        join.left->join(*join.right);
-    }
-}
 
 #ifdef __SANITIZE_THREAD__
 /// Stands in for oneTBB under the thread sanitizer. The sanitizer does not see how oneTBB, which is not instrumented,
@@ -209,10 +103,6 @@ public:
             std::rethrow_exception(failure);
         }
     }
-
-    void reduce(std::size_t count, std::size_t grain, ReductionBody& body) override {
-        reduceLeaves(*this, count, grain, body);
-    }
 };
 #endif
 
@@ -240,10 +130,6 @@ void ShuffledScheduler::forEach(std::size_t count, FunctionRef<void(std::size_t)
     for (const std::size_t i : order) {
         block(i);
     }
-}
-
-void ShuffledScheduler::reduce(std::size_t count, std::size_t grain, ReductionBody& body) {
-    reduceLeaves(*this, count, grain, body);
 }
 
 }  // namespace rix::access

@@ -1,4 +1,4 @@
-// Plans of blocks and typed rows: every voxel once, whatever the cut; the same samples, whatever the storage.
+// Typed rows: the same samples, whatever the storage.
 
 #include <complex>
 #include <limits>
@@ -11,8 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/PointBlocks.h>
-#include <rix/access/RawRows.h>
 #include <rix/access/Rows.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull3d.h>
@@ -26,66 +24,6 @@ namespace {
 using test::CopyOnly;
 using test::imageOf;
 using testing::HasSubstr;
-
-TEST(Plan, CoversEveryVoxelOnceInEveryMode) {
-    const std::array<std::size_t, 5> shapes[] = {{1, 1, 1, 1, 1},      {5, 3, 1, 1, 1},      {700, 900, 1, 1, 1},
-                                                 {3, 70000, 1, 1, 1},  {300000, 2, 1, 1, 1}, {7, 5, 11, 3, 2},
-                                                 {1000003, 1, 1, 1, 1}};
-    for (const auto& n : shapes) {
-        for (const bool joined : {true, false}) {
-            const io::MemoryImage memory = imageOf(RIX_UINT8, n);
-            CopyOnly copied;
-            ASSERT_TRUE(copied.reserve(RIX_UINT8, n[0], n[1], n[2], n[3], n[4]));
-            const ImageModel& image = joined ? static_cast<const ImageModel&>(memory) : copied;
-            for (int mode = 0; mode < 4; ++mode) {
-                const PointPlan plan({&image}, 1.0, static_cast<PartitionMode>(mode));
-                EXPECT_EQ(plan.rowsAreJoined(), joined);
-                std::vector<std::uint8_t> visits(n[0] * n[1] * n[2] * n[3] * n[4], 0);
-                for (std::size_t b = 0; b < plan.blockCount(); ++b) {
-                    plan.forEachSegment(plan.block(b), [&](const RowSegment& s) {
-                        const std::size_t first =
-                            (((s.spectral * n[3] + s.sequence) * n[2] + s.plane) * n[1] + s.row) * n[0] + s.column;
-                        for (std::size_t i = 0; i < s.count; ++i) {
-                            ++visits[first + i];
-                        }
-                    });
-                }
-                EXPECT_TRUE(std::all_of(visits.begin(), visits.end(), [](std::uint8_t v) { return v == 1; }))
-                    << n[0] << 'x' << n[1] << " mode " << mode << " joined " << joined;
-            }
-        }
-    }
-}
-
-TEST(Plan, ModesCutAsTheySay) {
-    CopyOnly image;
-    ASSERT_TRUE(image.reserve(RIX_FLOAT64, 200000, 40, 1, 1, 1));
-    const PointPlan rowsOnly({&image}, 1.0, RIX_PARTITION_ONLY_ROWS);
-    const PointPlan columnsOnly({&image}, 1.0, RIX_PARTITION_ONLY_COLUMNS);
-    ASSERT_GT(rowsOnly.blockCount(), 1U);
-    ASSERT_GT(columnsOnly.blockCount(), 1U);
-    for (std::size_t b = 0; b < rowsOnly.blockCount(); ++b) {
-        EXPECT_EQ(rowsOnly.block(b).lastColumn - rowsOnly.block(b).firstColumn, 200000U);
-    }
-    for (std::size_t b = 0; b < columnsOnly.blockCount(); ++b) {
-        EXPECT_EQ(columnsOnly.block(b).lastLine - columnsOnly.block(b).firstLine, 40U);
-    }
-}
-
-TEST(Plan, RefusesImagesOfDifferentSizes) {
-    const io::MemoryImage a = imageOf(RIX_UINT8, {3, 2, 1, 1, 1});
-    const io::MemoryImage b = imageOf(RIX_UINT8, {2, 3, 1, 1, 1});
-    EXPECT_THROW(PointPlan({&a, &b}, 1.0), UnexpectedError);
-}
-
-TEST(PartOf, IsExhaustiveAtTheEndsOfTheRange) {
-    const std::size_t huge = std::numeric_limits<std::size_t>::max();
-    EXPECT_EQ(partOf(huge, 3, 0).begin, 0U);
-    EXPECT_EQ(partOf(huge, 3, 0).end, partOf(huge, 3, 1).begin);
-    EXPECT_EQ(partOf(huge, 3, 2).end, huge);
-    EXPECT_EQ(partOf(7, 3, 0).end, 3U);
-    EXPECT_EQ(partOf(7, 3, 2).begin, 5U);
-}
 
 TEST(Cast, FollowsTheRulesOfTheLibrary) {
     const double infinity = std::numeric_limits<double>::infinity();
@@ -129,7 +67,7 @@ TEST(Cast, FollowsTheRulesOfTheLibrary) {
 /// Writes 10 * row + column through a writer of type T and reads it back through a reader of type T.
 template <class T>
 void writeAndRead(ImageModel& image) {
-    const PointPlan plan({&image}, 1.0);
+    const Plan plan = cutLines({&image}, 1.0);
     for (std::size_t b = 0; b < plan.blockCount(); ++b) {
         RowWriter<T> writer(image, plan);
         plan.forEachSegment(plan.block(b), [&](const RowSegment& s) {
@@ -193,12 +131,12 @@ TEST(Rows, AreWrittenOneByOneWhereOnlyReadingIsInOnePiece) {
     };
     OneWay image;
     ASSERT_TRUE(image.reserve(RIX_INT16, 5, 3, 2, 2, 2));
-    ASSERT_TRUE(PointPlan({&image}, 1.0).rowsAreJoined());
+    ASSERT_TRUE(cutLines({&image}, 1.0).rowsAreJoined());
     writeAndRead<std::int16_t>(image);
     writeAndRead<double>(image);
-    const PointPlan plan({&image}, 1.0);
+    const Plan plan = cutLines({&image}, 1.0);
     RawRowWriter writer(image, plan);
-    std::memset(writer.open({.column = 3, .count = 4}), 9, 8);
+    std::memset(writer.open({{3}, 4}), 9, 8);
     writer.flush();
     const auto* const samples = reinterpret_cast<const std::int16_t*>(std::as_const(image).getImageBuffer());
     EXPECT_EQ(samples[2], 2);
@@ -210,7 +148,7 @@ TEST(Rows, AreWrittenOneByOneWhereOnlyReadingIsInOnePiece) {
 TEST(Rows, ReportAnImageThatRefuses) {
     CopyOnly image;
     ASSERT_TRUE(image.reserve(RIX_UINT8, 5, 4, 1, 1, 1));
-    const PointPlan plan({&image}, 1.0);
+    const Plan plan = cutLines({&image}, 1.0);
     image.fails = true;
     RowReader<std::uint8_t> reader(image, plan);
     RowWriter<float> writer(image, plan);
@@ -225,6 +163,48 @@ TEST(Rows, ReportAnImageThatRefuses) {
     writer.open(segment);
     EXPECT_THROW(writer.flush(), UnexpectedError);
     EXPECT_NO_THROW(writer.flush()) << "what failed once is not pending any more";
+}
+
+TEST(Rows, KeepsAsManyAsThereAreSlots) {
+    CopyOnly image;
+    ASSERT_TRUE(image.reserve(RIX_UINT8, 5, 4, 1, 1, 1));
+    RowWriter<float, 2> writer(image);
+    float* const rows[] = {writer.open({{0, 0}, 5}, 0), writer.open({{0, 1}, 5}, 1)};
+    std::fill_n(rows[0], 5, 1.0F);
+    std::fill_n(rows[1], 5, 2.0F);
+    writer.flush(1);
+    writer.flush(0);
+    RowReader<double, 2> reader(image);
+    const double* const first = reader.read({{0, 0}, 5}, 0);
+    const double* const second = reader.read({{0, 1}, 5}, 1);
+    EXPECT_EQ(first[4], 1.0);
+    EXPECT_EQ(second[4], 2.0);
+}
+
+#ifndef NDEBUG
+TEST(RowWriter, NoticesARowThatWasNeverFlushed) {
+    io::MemoryImage image = test::imageOf(RIX_UINT8, {4, 4, 1, 1, 1});
+    const RowSegment segment{0, 1, 0, 0, 0, 4};
+    EXPECT_DEATH(RowWriter<std::uint8_t>(image).open(segment), "Assertion");
+    EXPECT_DEATH(
+        {
+            RowWriter<std::uint8_t> writer(image);
+            writer.open(segment);
+            writer.open(segment);
+        },
+        "Assertion '!m_open' failed");
+}
+#endif
+
+TEST(Rows, RefuseAnImageWithoutAType) {
+    /// Says that its samples are of no type.
+    class Typeless : public io::MemoryImage {
+    public:
+        VoxelTypes getVoxelType() const override { return static_cast<VoxelTypes>(3); }
+    };
+    Typeless image;
+    EXPECT_THROW(RowReader<float>{image}, InvalidCall);
+    EXPECT_THROW(RowWriter<float>{image}, InvalidCall);
 }
 
 TEST(Scratch, SurvivesTheStoreOfItsThread) {

@@ -1,4 +1,4 @@
-// Distribution of blocks: every block once, reductions along one tree, failures out of blocks.
+// Distribution of blocks: every block once, failures out of blocks.
 
 #include <atomic>
 #include <numeric>
@@ -64,33 +64,6 @@ TEST_P(Schedulers, HandOutTheExceptionOfABlock) {
                                          }
                                      }),
                  std::out_of_range);
-}
-
-/// Writes down the tree of its joins: "(0-2(2-3 3-5))".
-class Tree : public ReductionBody {
-public:
-    std::unique_ptr<ReductionBody> split() const override { return std::make_unique<Tree>(); }
-    void process(std::size_t first, std::size_t last) override {
-        text += std::to_string(first) + "-" + std::to_string(last);
-    }
-    void join(ReductionBody& right) override { text = "(" + text + " " + static_cast<Tree&>(right).text + ")"; }
-    std::string text;
-};
-
-TEST_P(Schedulers, ReduceAlongTheSameTree) {
-    const auto treeOf = [](BlockScheduler& by, std::size_t count, std::size_t grain) {
-        Tree tree;
-        by.reduce(count, grain, tree);
-        return tree.text;
-    };
-    EXPECT_EQ(treeOf(scheduler(), 0, 1), "");
-    EXPECT_EQ(treeOf(scheduler(), 1, 1), "0-1");
-    EXPECT_EQ(treeOf(scheduler(), 5, 2), "(0-2 (2-3 3-5))");
-    for (const std::size_t count : {2U, 3U, 17U, 64U, 1001U}) {
-        for (const std::size_t grain : {1U, 3U, 50U}) {
-            EXPECT_EQ(treeOf(scheduler(), count, grain), treeOf(serialScheduler(), count, grain));
-        }
-    }
 }
 
 TEST(Shuffled, IsNotTheNaturalOrderAndRepeats) {

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "BoxPlan.h"
-#include "BoxRows.h"
+#include <rix/access/Buffer.h>
+
+#include "BoxNeeds.h"
 
 namespace rix::filtering::smoothing {
 
@@ -77,7 +78,7 @@ private:
     std::size_t m_before = 0;  ///< elements in [m_before, m_behind) are columns themselves
     std::size_t m_behind = 0;
     Copies m_copies = Copies::None;
-    BoxBuffer<std::size_t> m_sources;
+    access::Buffer<std::size_t> m_sources;
 };
 
 }  // namespace rix::filtering::smoothing

@@ -12,7 +12,7 @@
 #include <rix/rules/ValueRules.h>
 #include <rix/settings/Settings.h>
 
-#include "BoxPlan.h"
+#include "BoxNeeds.h"
 
 namespace rix::filtering::smoothing {
 

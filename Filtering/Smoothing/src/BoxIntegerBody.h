@@ -5,10 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <rix/access/Buffer.h>
+#include <rix/access/Rows.h>
+#include <rix/access/Run.h>
+
 #include "BoxEdges.h"
-#include "BoxPlan.h"
+#include "BoxNeeds.h"
 #include "BoxQuads.h"
-#include "BoxRows.h"
 
 namespace rix::filtering::smoothing {
 
@@ -27,24 +30,24 @@ public:
     using Quads = BoxQuads<Sum>;
 
     BoxIntegerBody(const ImageModel& input, ImageModel& output, const BoxJob& job, const Arithmetic& arithmetic,
-                   const BoxBlock& block)
+                   const access::Block& block)
         : m_job(job),
           m_arithmetic(arithmetic),
           m_block(block),
-          m_columns(sourceRange(job.axes[COLUMNS], block.columns)),
-          m_rows(sourceRange(job.axes[ROWS], block.rows)),
+          m_columns(sourceRange(job.axes[COLUMNS], block.columns())),
+          m_rows(sourceRange(job.axes[ROWS], block.rows())),
           m_width(m_columns.end - m_columns.begin),
           m_input(input),
           m_output(output),
-          m_edges(job.axes[COLUMNS], block.columns, m_columns) {}
+          m_edges(job.axes[COLUMNS], block.columns(), m_columns) {}
 
-    void run(BoxProgress& progress) {
+    void run(access::BlockProgress& progress) {
         if (m_job.axes[ROWS].border == BoxBorder::Zero) {
             std::fill_n(m_noSamples.reserve(m_width), m_width, T{0});
             rowsOf(m_noSums, m_width, 1);
         }
         const bool volume = !m_job.axes[PLANS].isIdentity();
-        for (std::size_t plane = m_block.planes.begin; plane < m_block.planes.end; ++plane) {
+        for (std::size_t plane = m_block.planes().begin; plane < m_block.planes().end; ++plane) {
             if (volume) {
                 advancePlane(plane);
                 filterPlane(plane, progress, [this](std::size_t /*slot*/, std::size_t row) {
@@ -56,23 +59,22 @@ public:
                             [this, plane](std::size_t slot, std::size_t row) { return readRow(slot, row, plane); });
             }
         }
-        progress.tell();
     }
 
 private:
     access::RowSegment segment(const access::Interval& columns, std::size_t row, std::size_t plane) const {
-        return {columns.begin, row, plane, m_block.sequence, m_block.spectral, columns.end - columns.begin};
+        return {columns.begin, row, plane, m_block.sequence(), m_block.spectral(), columns.end - columns.begin};
     }
 
     const T* readRow(std::size_t slot, std::size_t row, std::size_t plane) {
         if (row == BoxAxis::outside || plane == BoxAxis::outside) {
             return m_noSamples.data();
         }
-        return m_input.read(slot, segment(m_columns, row, plane));
+        return m_input.read(segment(m_columns, row, plane), slot);
     }
 
     /// The first of some rows of zeros.
-    static Quads rowsOf(BoxBuffer<Sum>& buffer, std::size_t entries, std::size_t rows) {
+    static Quads rowsOf(access::Buffer<Sum>& buffer, std::size_t entries, std::size_t rows) {
         const std::size_t stride = Quads::strideFor(entries);
         std::size_t count = 0;
         if (!helper::checkedMultiply(4 * stride, rows, count)) {
@@ -121,7 +123,7 @@ private:
 
     void advancePlane(std::size_t plane) {
         const BoxAxis& axis = m_job.axes[PLANS];
-        if (plane == m_block.planes.begin) {
+        if (plane == m_block.planes().begin) {
             rowsOf(m_planeSums, m_width, m_rows.end - m_rows.begin);
             for (std::size_t row = m_rows.begin; row < m_rows.end; ++row) {
                 sumWindow(axis, plane, planeRow(row),
@@ -139,18 +141,18 @@ private:
 
     /// @param rowOf gives a row of samples or of sums
     template <class RowOf>
-    void filterPlane(std::size_t plane, BoxProgress& progress, const RowOf& rowOf) {
+    void filterPlane(std::size_t plane, access::BlockProgress& progress, const RowOf& rowOf) {
         const BoxAxis& axis = m_job.axes[ROWS];
         // Most of the work is done on the columns: they are the ones to be aligned.
         const std::size_t shift = Quads::shiftFor(m_edges.firstColumn);
         const Quads columnSums = rowsOf(m_columnSums, shift + m_edges.size, 1);
         m_elements = columnSums.from(shift + m_edges.firstElement);
         m_column = columnSums.from(shift + m_edges.firstColumn);
-        sumWindow(axis, m_block.rows.begin, m_column, rowOf);
-        for (std::size_t row = m_block.rows.begin; row < m_block.rows.end; ++row) {
-            const access::RowSegment out = segment(m_block.columns, row, plane);
-            Out* const results = m_output.open(0, out);
-            if (row + 1 == m_block.rows.end) {
+        sumWindow(axis, m_block.rows().begin, m_column, rowOf);
+        for (std::size_t row = m_block.rows().begin; row < m_block.rows().end; ++row) {
+            const access::RowSegment out = segment(m_block.columns(), row, plane);
+            Out* const results = m_output.open(out);
+            if (row + 1 == m_block.rows().end) {
                 totalRow(results, BoxAhead{});
             } else {
                 const auto in = rowOf(0, axis.source(row + axis.window));
@@ -158,7 +160,7 @@ private:
                 totalRow(results, aheadOf(in, leaving));
                 m_arithmetic.slide(in, leaving, m_column, m_width);
             }
-            m_output.flush(0, out);
+            m_output.flush();
             progress.add(out.count);
         }
     }
@@ -179,26 +181,26 @@ private:
         if (axis.periods > 0) {
             first += m_arithmetic.sum(m_column, m_width) * static_cast<Sum>(2 * axis.periods);
         }
-        m_arithmetic.total(m_elements, m_block.columns.end - m_block.columns.begin, axis.window, first, out, ahead);
+        m_arithmetic.total(m_elements, m_block.columns().end - m_block.columns().begin, axis.window, first, out, ahead);
     }
 
     const BoxJob& m_job;
     const Arithmetic& m_arithmetic;
-    BoxBlock m_block;
+    access::Block m_block;
     access::Interval m_columns;  ///< the source columns
     access::Interval m_rows;     ///< the source rows
     std::size_t m_width;
-    BoxInputRows<T, boxGroup> m_input;
-    BoxOutputRows<Out, 1> m_output;
+    access::RowReader<T, boxGroup> m_input;
+    access::RowWriter<Out, 1> m_output;
     BoxEdges m_edges;
 
-    BoxBuffer<Sum> m_columnSums;
+    access::Buffer<Sum> m_columnSums;
     Quads m_elements{};  ///< the sequence along the row, from the first window's first element on
     Quads m_column{};    ///< the source columns inside it
-    BoxBuffer<Sum> m_planeSums;
-    BoxBuffer<Sum> m_periods;
-    BoxBuffer<T> m_noSamples;  ///< zeros, for rows outside
-    BoxBuffer<Sum> m_noSums;
+    access::Buffer<Sum> m_planeSums;
+    access::Buffer<Sum> m_periods;
+    access::Buffer<T> m_noSamples;  ///< zeros, for rows outside
+    access::Buffer<Sum> m_noSums;
 };
 
 }  // namespace rix::filtering::smoothing

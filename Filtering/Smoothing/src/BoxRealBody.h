@@ -4,13 +4,15 @@
 #include <cmath>
 #include <cstddef>
 
+#include <rix/access/Buffer.h>
+#include <rix/access/Rows.h>
+#include <rix/access/Run.h>
 #include <rix/algorithms/OptimLevel.h>
 
 #include "BoxEdges.h"
-#include "BoxPlan.h"
+#include "BoxNeeds.h"
 #include "BoxRealKernels.h"
 #include "BoxRealState.h"
-#include "BoxRows.h"
 
 namespace rix::filtering::smoothing {
 
@@ -21,11 +23,11 @@ template <class T>
 class BoxRealBody {
 public:
     BoxRealBody(const ImageModel& input, ImageModel& output, const BoxJob& job, OptimLevelType level,
-                const BoxBlock& block)
+                const access::Block& block)
         : m_job(job),
           m_block(block),
-          m_columns(sourceRange(job.axes[COLUMNS], block.columns)),
-          m_rows(sourceRange(job.axes[ROWS], block.rows)),
+          m_columns(sourceRange(job.axes[COLUMNS], block.columns())),
+          m_rows(sourceRange(job.axes[ROWS], block.rows())),
           m_width(m_columns.end - m_columns.begin),
           m_stride((m_width + boxGroup - 1) / boxGroup * boxGroup),
           m_input(input),
@@ -37,10 +39,10 @@ public:
           m_across(job.axes[COLUMNS].window),
           m_down(job.axes[ROWS].window, m_sums),
           m_through(job.axes[PLANS].window, m_sums),
-          m_edges(job.axes[COLUMNS], block.columns, m_columns) {}
+          m_edges(job.axes[COLUMNS], block.columns(), m_columns) {}
 
-    void run(BoxProgress& progress) {
-        const std::size_t count = m_block.columns.end - m_block.columns.begin;
+    void run(access::BlockProgress& progress) {
+        const std::size_t count = m_block.columns().end - m_block.columns().begin;
         // Groups are summed to their end, and columns are written by whole vectors.
         m_stripSize =
             (std::max(m_edges.firstElement + (count + boxGroup) + m_across.size, m_edges.firstColumn + m_stride) +
@@ -54,26 +56,25 @@ public:
             std::fill_n(m_noSums.reserve(m_width), m_width, 0.0);
         }
         if (m_job.axes[PLANS].isIdentity()) {
-            for (std::size_t plane = m_block.planes.begin; plane < m_block.planes.end; ++plane) {
+            for (std::size_t plane = m_block.planes().begin; plane < m_block.planes().end; ++plane) {
                 filterPlane<T>(plane, m_samples, progress,
                                [this, plane](std::size_t slot, std::size_t row) { return readRow(slot, row, plane); });
             }
         } else {
             filterVolume(progress);
         }
-        progress.tell();
     }
 
 private:
     access::RowSegment segment(const access::Interval& columns, std::size_t row, std::size_t plane) const {
-        return {columns.begin, row, plane, m_block.sequence, m_block.spectral, columns.end - columns.begin};
+        return {columns.begin, row, plane, m_block.sequence(), m_block.spectral(), columns.end - columns.begin};
     }
 
     const T* readRow(std::size_t slot, std::size_t row, std::size_t plane) {
         if (row == BoxAxis::outside || plane == BoxAxis::outside) {
             return m_noSamples.data();
         }
-        return m_input.read(slot, segment(m_columns, row, plane));
+        return m_input.read(segment(m_columns, row, plane), slot);
     }
 
     /// The element that row `i` of a group holds; elements behind the last window of the block are not there, and the
@@ -96,7 +97,7 @@ private:
     /// What the windows along an axis have in common, or null.
     /// @param add `add(first, count, sums)` adds up to a group of indices
     template <class Add>
-    const double* commonOf(const BoxAxis& axis, BoxBuffer<double>& buffer, std::size_t entries, const Add& add) {
+    const double* commonOf(const BoxAxis& axis, access::Buffer<double>& buffer, std::size_t entries, const Add& add) {
         if (axis.periods == 0) {
             return nullptr;
         }
@@ -112,7 +113,7 @@ private:
         return common;
     }
 
-    void filterVolume(BoxProgress& progress) {
+    void filterVolume(access::BlockProgress& progress) {
         const BoxAxis& axis = m_job.axes[PLANS];
         const std::size_t rows = m_rows.end - m_rows.begin;
         const std::size_t entries = rows * m_stride;
@@ -122,7 +123,7 @@ private:
                         [&](std::size_t i) { return readRow(i, m_rows.begin + row, planeOf(i)); });
             }
         };
-        m_through.start(m_block.planes.begin / boxGroup, entries,
+        m_through.start(m_block.planes().begin / boxGroup, entries,
                         [&](std::size_t first, std::size_t count, double* sums) {
                             addPlanes(count, sums, [&](std::size_t i) { return axis.source(first + i); });
                         });
@@ -131,13 +132,13 @@ private:
                 addPlanes(count, sums, [&](std::size_t i) { return first + i; });
             });
         double* const planes = m_planes.reserve(boxGroup * entries);
-        for (std::size_t first = m_block.planes.begin; first < m_block.planes.end; first += boxGroup) {
+        for (std::size_t first = m_block.planes().begin; first < m_block.planes().end; first += boxGroup) {
             BoxRealGroup<T> group{};
             for (std::size_t row = 0; row < rows; ++row) {
                 m_through.show(group, row * m_stride);
                 group.common = common != nullptr ? common + row * m_stride : nullptr;
                 for (std::size_t i = 0; i < m_through.window().rowsOfGroup(); ++i) {
-                    const std::size_t element = elementOf(m_through.window(), first, i, m_block.planes.end);
+                    const std::size_t element = elementOf(m_through.window(), first, i, m_block.planes().end);
                     group.rows[i] = readRow(i, m_rows.begin + row, axis.source(element));
                 }
                 double* targets[boxGroup];
@@ -147,7 +148,7 @@ private:
                 m_samples.toRows(group, m_width, targets);
             }
             m_through.advance();
-            for (std::size_t i = 0; i < std::min(boxGroup, m_block.planes.end - first); ++i) {
+            for (std::size_t i = 0; i < std::min(boxGroup, m_block.planes().end - first); ++i) {
                 const double* const sums = planes + i * entries;
                 filterPlane<double>(first + i, m_sums, progress, [&](std::size_t /*slot*/, std::size_t row) {
                     return row == BoxAxis::outside ? m_noSums.data() : sums + (row - m_rows.begin) * m_stride;
@@ -158,38 +159,41 @@ private:
 
     /// @param rowOf gives a row of samples or of sums; 16 slots are valid at a time
     template <class S, class RowOf>
-    void filterPlane(std::size_t plane, const BoxRealRows<S>& kernels, BoxProgress& progress, const RowOf& rowOf) {
+    void filterPlane(std::size_t plane, const BoxRealRows<S>& kernels, access::BlockProgress& progress,
+                     const RowOf& rowOf) {
         const BoxAxis& axis = m_job.axes[ROWS];
-        m_down.start(m_block.rows.begin / boxGroup, m_stride, [&](std::size_t first, std::size_t count, double* sums) {
-            addRows(kernels, count, sums, [&](std::size_t i) { return rowOf(i, axis.source(first + i)); });
-        });
+        m_down.start(m_block.rows().begin / boxGroup, m_stride,
+                     [&](std::size_t first, std::size_t count, double* sums) {
+                         addRows(kernels, count, sums, [&](std::size_t i) { return rowOf(i, axis.source(first + i)); });
+                     });
         BoxRealGroup<S> group{};
         group.common = commonOf(axis, m_commonDown, m_stride, [&](std::size_t first, std::size_t count, double* sums) {
             addRows(kernels, count, sums, [&](std::size_t i) { return rowOf(i, first + i); });
         });
-        for (std::size_t first = m_block.rows.begin; first < m_block.rows.end; first += boxGroup) {
+        for (std::size_t first = m_block.rows().begin; first < m_block.rows().end; first += boxGroup) {
             m_down.show(group, 0);
             for (std::size_t i = 0; i < m_down.window().rowsOfGroup(); ++i) {
-                group.rows[i] = rowOf(i, axis.source(elementOf(m_down.window(), first, i, m_block.rows.end)));
+                group.rows[i] = rowOf(i, axis.source(elementOf(m_down.window(), first, i, m_block.rows().end)));
             }
             kernels.toStrips(group, m_width, m_strips.data() + m_edges.firstColumn * m_lanes, m_stripSize);
             m_down.advance();
             totalRows(first, plane);
-            progress.add(std::min(boxGroup, m_block.rows.end - first) * (m_block.columns.end - m_block.columns.begin));
+            progress.add(std::min(boxGroup, m_block.rows().end - first) *
+                         (m_block.columns().end - m_block.columns().begin));
         }
     }
 
     /// Sums along the rows of the strips and writes the results.
     void totalRows(std::size_t first, std::size_t plane) {
-        const std::size_t rows = std::min(boxGroup, m_block.rows.end - first);
+        const std::size_t rows = std::min(boxGroup, m_block.rows().end - first);
         T* results[boxGroup];
         for (std::size_t i = 0; i < boxGroup; ++i) {
-            results[i] = i < rows ? m_output.open(i, segment(m_block.columns, first + i, plane)) : m_unused.data();
+            results[i] = i < rows ? m_output.open(segment(m_block.columns(), first + i, plane), i) : m_unused.data();
         }
         BoxRealStrip<T> strip{};
         strip.window = &m_across;
-        strip.count = m_block.columns.end - m_block.columns.begin;
-        strip.firstGroup = m_block.columns.begin / boxGroup;
+        strip.count = m_block.columns().end - m_block.columns().begin;
+        strip.firstGroup = m_block.columns().begin / boxGroup;
         strip.ring = m_ring.data();
         strip.factor = 1;
         if (m_job.mean && m_job.voxels > 1) {
@@ -220,7 +224,7 @@ private:
             m_total(strip);
         }
         for (std::size_t i = 0; i < rows; ++i) {
-            m_output.flush(i, segment(m_block.columns, first + i, plane));
+            m_output.flush(i);
         }
     }
 
@@ -258,13 +262,13 @@ private:
     }
 
     const BoxJob& m_job;
-    BoxBlock m_block;
+    access::Block m_block;
     access::Interval m_columns;  ///< the source columns
     access::Interval m_rows;     ///< the source rows
     std::size_t m_width;
     std::size_t m_stride;  ///< of rows of sums
-    BoxInputRows<T, 2 * boxGroup> m_input;
-    BoxOutputRows<T, boxGroup> m_output;
+    access::RowReader<T, 2 * boxGroup> m_input;
+    access::RowWriter<T, boxGroup> m_output;
     const BoxRealRows<T>& m_samples;
     const BoxRealRows<double>& m_sums;
     BoxRealTotals<T> m_total;
@@ -275,14 +279,14 @@ private:
     BoxRealState m_through;
     BoxEdges m_edges;
     std::size_t m_stripSize = 0;
-    BoxBuffer<double> m_strips;
-    BoxBuffer<double> m_ring;
-    BoxBuffer<double> m_planes;
-    BoxBuffer<double> m_commonDown;
-    BoxBuffer<double> m_commonThrough;
-    BoxBuffer<T> m_unused;     ///< takes results behind the last row
-    BoxBuffer<T> m_noSamples;  ///< zeros, for rows outside
-    BoxBuffer<double> m_noSums;
+    access::Buffer<double> m_strips;
+    access::Buffer<double> m_ring;
+    access::Buffer<double> m_planes;
+    access::Buffer<double> m_commonDown;
+    access::Buffer<double> m_commonThrough;
+    access::Buffer<T> m_unused;     ///< takes results behind the last row
+    access::Buffer<T> m_noSamples;  ///< zeros, for rows outside
+    access::Buffer<double> m_noSums;
 };
 
 }  // namespace rix::filtering::smoothing

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
+#include <rix/access/Buffer.h>
+
 #include "BoxRealKernels.h"
-#include "BoxRows.h"
 
 namespace rix::filtering::smoothing {
 
@@ -87,9 +88,9 @@ private:
     const BoxRealRows<double>& m_kernels;
     std::size_t m_entries = 0;
     std::size_t m_place = 0;
-    BoxBuffer<double> m_partial;
-    BoxBuffer<double> m_running;
-    BoxBuffer<double> m_ring;
+    access::Buffer<double> m_partial;
+    access::Buffer<double> m_running;
+    access::Buffer<double> m_ring;
 };
 
 }  // namespace rix::filtering::smoothing

@@ -2,11 +2,12 @@
 
 #include <cstdint>
 
+#include <rix/access/Run.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "BoxArithmetic.h"
 #include "BoxIntegerBody.h"
-#include "BoxPlan.h"
+#include "BoxNeeds.h"
 #include "BoxRealBody.h"
 
 namespace rix::filtering::smoothing {
@@ -30,9 +31,8 @@ struct BoxRun {
 template <class T, class Out, class Arithmetic>
 void runIntegers(const BoxRun& run) {
     const Arithmetic arithmetic(run.level, run.job);
-    const BoxPlan plan(run.input, run.job);
-    plan.forEach(run.context, [&](const BoxBlock& block) {
-        BoxProgress progress(run.context);
+    const access::Plan plan = access::cutBoxes({&run.input}, {&run.output}, boxNeeds(run.input, run.job));
+    access::run(run.context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
         BoxIntegerBody<T, Out, Arithmetic>(run.input, run.output, run.job, arithmetic, block).run(progress);
     });
 }
@@ -59,11 +59,10 @@ void runWide(const BoxRun& run) {
 }
 
 void runReals(const BoxRun& run) {
-    const BoxPlan plan(run.input, run.job);
+    const access::Plan plan = access::cutBoxes({&run.input}, {&run.output}, boxNeeds(run.input, run.job));
     access::dispatch(access::Floatings{}, run.input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        plan.forEach(run.context, [&](const BoxBlock& block) {
-            BoxProgress progress(run.context);
+        access::run(run.context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
             BoxRealBody<T>(run.input, run.output, run.job, run.level, block).run(progress);
         });
     });

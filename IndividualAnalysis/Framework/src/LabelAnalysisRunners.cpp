@@ -4,9 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
-#include <rix/access/PointBlocks.h>
+#include <rix/access/Run.h>
 #include <rix/access/Steps.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/exceptions/Exception.h>
@@ -138,13 +137,12 @@ private:
 
     void finalizeMeasure(const MeasureSet& set, BaseMeasure& measure) {
         constexpr std::size_t objectsOfPart = 256;
+        constexpr double nanosecondsOfPart = 3.0e4;
         measure.startFinalization();
         for (std::size_t frame = 0; frame < set.getNumSequencePlanes(); ++frame) {
             const std::size_t objects = set.getNumLabels(frame);
             const std::size_t parts = (objects + objectsOfPart - 1) / objectsOfPart;
-            access::BlockScheduler& scheduler = parts < 4 ? access::serialScheduler() : m_context.scheduler();
-            scheduler.forEach(parts, [&](std::size_t part) {
-                m_context.throwIfCancelled();
+            access::forEachPart(m_context, parts, nanosecondsOfPart, [&](std::size_t part) {
                 const access::Interval range = access::partOf(objects, parts, part);
                 measure.finalize(frame, range.begin, range.end);
             });

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include <rix/access/PointBlocks.h>
 #include <rix/exceptions/Exception.h>
 
 namespace rix::segmentation {
@@ -18,6 +17,8 @@ constexpr std::size_t fewestBands = 8;
 constexpr std::size_t smallestBandVoxels = std::size_t{1} << 16;
 /// More bands than this cost more in seams than further threads gain.
 constexpr std::size_t mostBands = 256;
+/// Rough cost of a voxel in all phases, for deciding whether threads pay.
+constexpr double nanosecondsPerVoxel = 0.5;
 
 bool is3d(Connectivity connectivity) {
     return connectivity != Connectivity::Edges && connectivity != Connectivity::EdgesCorners;
@@ -42,32 +43,21 @@ LabelGeometry geometryOf(const ImageModel& image, Connectivity connectivity) {
     return geometry;
 }
 
-std::vector<WorkBand> cutIntoBands(const LabelGeometry& geometry, std::size_t voxelsPerBand) {
+access::Plan cutIntoBands(const LabelGeometry& geometry, std::size_t voxelsPerBand) {
     const bool byPlanes = geometry.planes > 1;
     const std::size_t wanted =
         voxelsPerBand != 0
             ? voxelsPerBand
             : access::scaledToBlocks(std::clamp(geometry.voxelsOfVolume() / fewestBands, smallestBandVoxels,
                                                 byPlanes ? bandVoxels3d : bandVoxels2d));
-    const std::size_t most = voxelsPerBand != 0 ? geometry.lines() : mostBands;
-    // Rows are cut in pairs.
-    const std::size_t units = byPlanes ? geometry.planes : geometry.rows / 2 + geometry.rows % 2;
-    const std::size_t parts =
-        std::min(units, std::clamp<std::size_t>(geometry.voxelsOfVolume() / wanted, 1, std::max<std::size_t>(most, 1)));
-    std::vector<WorkBand> bands;
-    bands.reserve(parts * geometry.volumes);
-    for (std::size_t volume = 0; volume < geometry.volumes; ++volume) {
-        const std::size_t plane = volume * geometry.planes;
-        for (std::size_t i = 0; i < parts; ++i) {
-            const access::Interval part = access::partOf(units, parts, i);
-            if (byPlanes) {
-                bands.push_back({volume, plane + part.begin, plane + part.end, 0, geometry.rows});
-            } else {
-                bands.push_back({volume, plane, plane + 1, 2 * part.begin, std::min(2 * part.end, geometry.rows)});
-            }
-        }
-    }
-    return bands;
+    const std::size_t voxelsOfUnit = std::max<std::size_t>(geometry.columns * (byPlanes ? geometry.rows : 1), 1);
+    access::BandNeeds needs;
+    needs.axis = byPlanes ? PLANS : ROWS;
+    needs.elements = std::max<std::size_t>(wanted / voxelsOfUnit, 1);
+    needs.group = byPlanes ? 1 : 2;  // rows are cut in pairs
+    needs.mostBands = voxelsPerBand != 0 ? needs.mostBands : mostBands;
+    needs.nanosecondsPerVoxel = nanosecondsPerVoxel;
+    return access::cutBands({geometry.columns, geometry.rows, geometry.planes, geometry.volumes, 1}, needs);
 }
 
 ScanBands::ScanBands(const LabelGeometry& geometry, std::size_t processors)

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <rix/access/Plan.h>
 #include <rix/image/ImageModel.h>
 
 namespace rix::segmentation {
@@ -37,20 +38,10 @@ struct LabelGeometry {
 /// @throws RuntimeError when the number of voxels does not fit 64 bits.
 LabelGeometry geometryOf(const ImageModel& image, Connectivity connectivity);
 
-/// A part of a volume that one thread handles: some rows of one plane, or some whole planes of a volume with several.
-struct WorkBand {
-    std::size_t volume = 0;
-    std::size_t firstPlane = 0;  ///< counted over all volumes
-    std::size_t lastPlane = 0;
-    std::size_t firstRow = 0;  ///< even, so that pairs of rows are never cut
-    std::size_t lastRow = 0;
-
-    std::size_t lineCount() const { return (lastPlane - firstPlane) * (lastRow - firstRow); }
-};
-
-/// Cuts the volumes into bands. The cut follows from the geometry alone; labels do not depend on it.
+/// Cuts the volumes into bands: some rows of one plane, or some whole planes of a volume with several. The frames of
+/// the plan are the volumes. The cut follows from the geometry alone; labels do not depend on it.
 /// @param voxelsPerBand about how large a band is to be; 0 chooses
-std::vector<WorkBand> cutIntoBands(const LabelGeometry& geometry, std::size_t voxelsPerBand);
+access::Plan cutIntoBands(const LabelGeometry& geometry, std::size_t voxelsPerBand);
 
 /// The bands of the scan that hands out provisional labels. What a scan of a band would number must fit the output
 /// type, so these bands are part of what a user observes. They are got by halving an axis of the volume until no part

@@ -1,12 +1,12 @@
 #include "labeling/LabelingBody.h"
 
 #include <rix/access/ExecutionContext.h>
-#include <rix/access/PointBlocks.h>
+#include <rix/access/Run.h>
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 
-#include "labeling/BandLoop.h"
 #include "labeling/NumberPhase.h"
 #include "labeling/PackPhase.h"
 #include "labeling/PaintPhase.h"
@@ -16,8 +16,6 @@ namespace rix::segmentation {
 
 namespace {
 
-/// Rough cost of a voxel in all phases, for deciding whether threads pay.
-constexpr double nanosecondsPerVoxel = 0.5;
 /// Pairs of rows are taken as nodes when that leaves less than this part of the runs: finding their contacts costs
 /// more.
 constexpr double pairsPay = 0.7;
@@ -48,14 +46,14 @@ NodeRows chooseNodeRows(const RunTable<Node>& table, const LabelingTuning& tunin
 
 /// The narrowest type from the requested one on that holds the final and the provisional labels.
 template <class Node>
-int decideLabelType(const LabelingTask& task, const BandLoop& loop, const RunTable<Node>& table, std::uint64_t labels) {
+int decideLabelType(const LabelingTask& task, const RunTable<Node>& table, std::uint64_t labels) {
     const std::size_t processors =
         task.tuning.processors != 0 ? task.tuning.processors : devices::Cpu::logicalProcessors();
     const ScanBands scanBands(table.geometry(), processors);
     int labelType = task.labelType;
     for (;;) {
         const std::uint64_t most = largestLabelOf(labelType, task.tuning);
-        if (labels <= most && !opensMoreLabelsThan(loop, table, task.level, scanBands, most)) {
+        if (labels <= most && !opensMoreLabelsThan(task.context, table, task.level, scanBands, most)) {
             return labelType;
         }
         if (labelType == widestType) {
@@ -68,25 +66,21 @@ int decideLabelType(const LabelingTask& task, const BandLoop& loop, const RunTab
 
 template <class Node>
 std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry) {
-    const bool small =
-        task.tuning.voxelsPerBand == 0 &&
-        static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns) * nanosecondsPerVoxel <
-            access::smallWorkNanoseconds();
-    const BandLoop loop(task.context, small);
     RunTable<Node> table(geometry, cutIntoBands(geometry, task.tuning.voxelsPerBand));
-    // Of the two units of work a voxel, one is its label's.
-    packImage(loop, table, task.input, task.level, 0.5);
+    // Half of the work on a voxel is its label's.
+    const access::Steps phases(task.context, {0.25, 0.25, 0.5});
+    packImage(task.context, table, task.input, task.level);
     table.makeNodes(chooseNodeRows(table, task.tuning));
-    joinNodes(loop, table, task.level, 0.5);
+    joinNodes(task.context, table, task.level);
     const std::uint64_t labels = countSets(table);
-    const int labelType = decideLabelType(task, loop, table, labels);
+    const int labelType = decideLabelType(task, table, labels);
     const VoxelTypes voxelType = task.retype(labelVoxelTypes[labelType]);
-    labelRoots(loop, table, task.level);
+    labelRoots(task.context, table, task.level);
     access::dispatch(access::UnsignedIntegers{}, voxelType, [&](auto tag) {
-        paintLabels<Node, typename decltype(tag)::type>(loop, table, task.output, task.level, 1.0);
+        paintLabels<Node, typename decltype(tag)::type>(task.context, table, task.output, task.level);
     });
     if (task.visitRun) {
-        loop.forEach(table.bandCount(), [&](std::size_t i) {
+        access::forEachPart(task.context, table.bandCount(), table.nanosecondsPerBand(), [&](std::size_t i) {
             table.forEachRun(table.band(i), [&](const LabelledRun& run) { task.visitRun(i, run); });
         });
     }
@@ -103,7 +97,6 @@ bool fitsNarrowNodes(const LabelGeometry& geometry) {
 
 std::uint64_t labelObjects(const LabelingTask& task) {
     const LabelGeometry geometry = geometryOf(task.input, task.connectivity);
-    task.context.startStep(2.0 * static_cast<double>(geometry.lines()) * static_cast<double>(geometry.columns));
     if (fitsNarrowNodes(geometry) && !task.tuning.wideNodes) {
         return labelWith<std::uint32_t>(task, geometry);
     }

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <vector>
 
+#include <rix/access/Run.h>
+
 #include "labeling/ContactKernels.h"
 #include "labeling/NodeKernels.h"
 #include "labeling/PackKernels.h"
@@ -27,10 +29,10 @@ std::uint64_t countSets(RunTable<Node>& table) {
 }
 
 template <class Node>
-void labelRoots(const BandLoop& loop, RunTable<Node>& table, OptimLevelType level) {
+void labelRoots(access::ExecutionContext& context, RunTable<Node>& table, OptimLevelType level) {
     const ContactKernels<Node>& kernels = contactKernels<Node>(level);
     const NodeKernels<Node>& nodes = nodeKernels<Node>(level);
-    loop.forEach(table.bandCount(), [&](std::size_t i) {
+    access::forEachPart(context, table.bandCount(), table.nanosecondsPerBand(), [&](std::size_t i) {
         const auto& band = table.band(i);
         Node* const entries = table.entries(band.volume);
         const Node first = RunTable<Node>::nameOf(band.firstNode);
@@ -121,7 +123,7 @@ private:
 }  // namespace
 
 template <class Node>
-bool opensMoreLabelsThan(const BandLoop& loop, const RunTable<Node>& table, OptimLevelType level,
+bool opensMoreLabelsThan(access::ExecutionContext& context, const RunTable<Node>& table, OptimLevelType level,
                          const ScanBands& scanBands, std::uint64_t most) {
     const LabelGeometry& geometry = table.geometry();
     // A band whose every other pixel opened a label would still fit.
@@ -144,7 +146,7 @@ bool opensMoreLabelsThan(const BandLoop& loop, const RunTable<Node>& table, Opti
     std::vector<std::atomic<std::uint64_t>> counts(scanBands.count() * geometry.volumes);
     std::atomic<bool> exceeded{false};
     const Visited<Node> visited(table, scanBands);
-    loop.forEach(table.bandCount(), [&](std::size_t i) {
+    access::forEachPart(context, table.bandCount(), table.nanosecondsPerBand(), [&](std::size_t i) {
         const auto& band = table.band(i);
         for (std::size_t plane = band.firstPlane; plane < band.lastPlane && !exceeded; ++plane) {
             std::size_t row = band.firstRow;
@@ -168,11 +170,11 @@ bool opensMoreLabelsThan(const BandLoop& loop, const RunTable<Node>& table, Opti
 
 template std::uint64_t countSets<std::uint32_t>(RunTable<std::uint32_t>&);
 template std::uint64_t countSets<std::uint64_t>(RunTable<std::uint64_t>&);
-template void labelRoots<std::uint32_t>(const BandLoop&, RunTable<std::uint32_t>&, OptimLevelType);
-template void labelRoots<std::uint64_t>(const BandLoop&, RunTable<std::uint64_t>&, OptimLevelType);
-template bool opensMoreLabelsThan<std::uint32_t>(const BandLoop&, const RunTable<std::uint32_t>&, OptimLevelType,
-                                                 const ScanBands&, std::uint64_t);
-template bool opensMoreLabelsThan<std::uint64_t>(const BandLoop&, const RunTable<std::uint64_t>&, OptimLevelType,
-                                                 const ScanBands&, std::uint64_t);
+template void labelRoots<std::uint32_t>(access::ExecutionContext&, RunTable<std::uint32_t>&, OptimLevelType);
+template void labelRoots<std::uint64_t>(access::ExecutionContext&, RunTable<std::uint64_t>&, OptimLevelType);
+template bool opensMoreLabelsThan<std::uint32_t>(access::ExecutionContext&, const RunTable<std::uint32_t>&,
+                                                 OptimLevelType, const ScanBands&, std::uint64_t);
+template bool opensMoreLabelsThan<std::uint64_t>(access::ExecutionContext&, const RunTable<std::uint64_t>&,
+                                                 OptimLevelType, const ScanBands&, std::uint64_t);
 
 }  // namespace rix::segmentation

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
+#include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/OptimLevel.h>
 
-#include "labeling/BandLoop.h"
 #include "labeling/RunTable.h"
 
 namespace rix::segmentation {
@@ -16,11 +16,11 @@ std::uint64_t countSets(RunTable<Node>& table);
 
 /// Replaces the entries of roots by their labels: 1, 2, ... in the raster order of the sets' first pixels.
 template <class Node>
-void labelRoots(const BandLoop& loop, RunTable<Node>& table, OptimLevelType level);
+void labelRoots(access::ExecutionContext& context, RunTable<Node>& table, OptimLevelType level);
 
 /// Whether a scan of one of the bands would open more provisional labels than `most`.
 template <class Node>
-bool opensMoreLabelsThan(const BandLoop& loop, const RunTable<Node>& table, OptimLevelType level,
+bool opensMoreLabelsThan(access::ExecutionContext& context, const RunTable<Node>& table, OptimLevelType level,
                          const ScanBands& scanBands, std::uint64_t most);
 
 }  // namespace rix::segmentation

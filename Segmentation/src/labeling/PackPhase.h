@@ -1,9 +1,9 @@
 #pragma once
 
+#include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
-#include "labeling/BandLoop.h"
 #include "labeling/RunTable.h"
 
 namespace rix::segmentation {
@@ -13,7 +13,6 @@ bool isObjectType(VoxelTypes type);
 
 /// Reads the image: notes where it is not 0 and counts the runs of every row and band.
 template <class Node>
-void packImage(const BandLoop& loop, RunTable<Node>& table, const ImageModel& input, OptimLevelType level,
-               double workOfVoxel);
+void packImage(access::ExecutionContext& context, RunTable<Node>& table, const ImageModel& input, OptimLevelType level);
 
 }  // namespace rix::segmentation

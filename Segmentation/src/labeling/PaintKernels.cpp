@@ -15,6 +15,7 @@ HWY_BEFORE_NAMESPACE();
 namespace rix::segmentation::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
+using access::Stores;
 using Word = std::uint64_t;
 
 #if HWY_TARGET == HWY_SCALAR
@@ -211,17 +212,13 @@ HWY_AFTER_NAMESPACE();
 namespace rix::segmentation {
 
 template <class T>
-PaintRow<T> paintRow(OptimLevelType level, Stores stores) {
+PaintRow<T> paintRow(OptimLevelType level, access::Stores stores) {
     return RIX_SELECT_KERNELS(level, kernel<T>(stores));
 }
 
-template PaintRow<std::uint8_t> paintRow<std::uint8_t>(OptimLevelType, Stores);
-template PaintRow<std::uint16_t> paintRow<std::uint16_t>(OptimLevelType, Stores);
-template PaintRow<std::uint32_t> paintRow<std::uint32_t>(OptimLevelType, Stores);
-
-void finishStreaming() {
-    hwy::FlushStream();
-}
+template PaintRow<std::uint8_t> paintRow<std::uint8_t>(OptimLevelType, access::Stores);
+template PaintRow<std::uint16_t> paintRow<std::uint16_t>(OptimLevelType, access::Stores);
+template PaintRow<std::uint32_t> paintRow<std::uint32_t>(OptimLevelType, access::Stores);
 
 }  // namespace rix::segmentation
 #endif

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <rix/access/Plan.h>
 #include <rix/algorithms/OptimLevel.h>
 
 namespace rix::segmentation {
@@ -22,14 +23,8 @@ struct PaintedRow {
 template <class T>
 using PaintRow = void (*)(const PaintedRow& row, const T* labels, T* out, std::size_t columns);
 
-/// How labels reach memory: through the caches, or past them where the image is too large to stay there anyway.
-enum class Stores : std::uint8_t { Cached, Streaming };
-
 /// The painting kernel of a level.
 template <class T>
-PaintRow<T> paintRow(OptimLevelType level, Stores stores);
-
-/// Makes streamed stores of this thread visible to others.
-void finishStreaming();
+PaintRow<T> paintRow(OptimLevelType level, access::Stores stores);
 
 }  // namespace rix::segmentation

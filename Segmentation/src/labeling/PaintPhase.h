@@ -1,9 +1,9 @@
 #pragma once
 
+#include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
-#include "labeling/BandLoop.h"
 #include "labeling/RunTable.h"
 
 namespace rix::segmentation {
@@ -12,7 +12,6 @@ namespace rix::segmentation {
 /// other bands are only read.
 /// @tparam T the output's voxel type, which holds every label
 template <class Node, class T>
-void paintLabels(const BandLoop& loop, RunTable<Node>& table, ImageModel& output, OptimLevelType level,
-                 double workOfVoxel);
+void paintLabels(access::ExecutionContext& context, RunTable<Node>& table, ImageModel& output, OptimLevelType level);
 
 }  // namespace rix::segmentation

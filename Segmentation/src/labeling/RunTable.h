@@ -43,7 +43,13 @@ struct LabelledRun {
 template <class Node>
 class RunTable {
 public:
-    struct Band : WorkBand {
+    /// A block of the plan, and what is known of it.
+    struct Band {
+        std::size_t volume = 0;
+        std::size_t firstPlane = 0;  ///< counted over all volumes
+        std::size_t lastPlane = 0;
+        std::size_t firstRow = 0;  ///< even, so that pairs of rows are never cut
+        std::size_t lastRow = 0;
         std::size_t runs = 0;       ///< nodes, were they single rows
         std::size_t pairRuns = 0;   ///< nodes, were they pairs
         std::size_t firstNode = 0;  ///< number of the band's first node in its volume
@@ -52,10 +58,17 @@ public:
         std::uint64_t firstLabel = 0;  ///< the label before the band's first one
     };
 
-    RunTable(const LabelGeometry& geometry, std::vector<WorkBand> cut)
-        : m_geometry(geometry), m_bands(cut.size()), m_volumeFirstNode(geometry.volumes + 1) {
-        for (std::size_t i = 0; i < cut.size(); ++i) {
-            static_cast<WorkBand&>(m_bands[i]) = cut[i];
+    /// @param plan from `cutIntoBands`
+    RunTable(const LabelGeometry& geometry, const access::Plan& plan)
+        : m_geometry(geometry), m_plan(plan), m_bands(plan.blockCount()), m_volumeFirstNode(geometry.volumes + 1) {
+        for (std::size_t i = 0; i < m_bands.size(); ++i) {
+            const access::Block block = plan.block(i);
+            Band& band = m_bands[i];
+            band.volume = block.sequence();
+            band.firstPlane = band.volume * geometry.planes + block.planes().begin;
+            band.lastPlane = band.volume * geometry.planes + block.planes().end;
+            band.firstRow = block.rows().begin;
+            band.lastRow = block.rows().end;
         }
         m_words = geometry.words();
         m_bits = access::Scratch(byteCount(geometry.lines() + 1, m_words * sizeof(std::uint64_t)));
@@ -70,7 +83,13 @@ public:
     const LabelGeometry& geometry() const { return m_geometry; }
     std::size_t words() const { return m_words; }
     NodeRows nodeRows() const { return m_nodeRows; }
+    /// Its blocks are the bands.
+    const access::Plan& plan() const { return m_plan; }
     std::size_t bandCount() const { return m_bands.size(); }
+    /// Rough cost of a phase that goes through the nodes of a band, for deciding whether threads pay.
+    double nanosecondsPerBand() const {
+        return 0.25 * static_cast<double>(m_plan.voxelCount()) / static_cast<double>(m_bands.size());
+    }
     Band& band(std::size_t index) { return m_bands[index]; }
     const Band& band(std::size_t index) const { return m_bands[index]; }
 
@@ -122,6 +141,7 @@ private:
     static std::size_t byteCount(std::size_t count, std::size_t size);
 
     LabelGeometry m_geometry;
+    access::Plan m_plan;
     std::size_t m_words = 0;
     NodeRows m_nodeRows = NodeRows::Single;
     std::vector<Band> m_bands;

@@ -4,6 +4,8 @@
 #include <span>
 #include <vector>
 
+#include <rix/access/Run.h>
+
 #include "labeling/ContactKernels.h"
 #include "labeling/NodeKernels.h"
 #include "labeling/PackKernels.h"
@@ -95,7 +97,8 @@ void numberPairRows(RunTable<Node>& table, std::size_t bandIndex, const CountKer
 }
 
 template <class Node>
-void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t bandIndex, OptimLevelType level) {
+void joinInsideBand(access::BlockProgress& progress, RunTable<Node>& table, std::size_t bandIndex,
+                    OptimLevelType level) {
     const ContactKernels<Node>& kernels = contactKernels<Node>(level);
     auto& band = table.band(bandIndex);
     const BandRows<Node> rows(table, bandIndex);
@@ -106,8 +109,6 @@ void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t ban
     for (Node node = first; node != end; ++node) {
         entries[node] = node;
     }
-    constexpr std::size_t rowsBetweenLooks = 512;
-    std::size_t rowsDone = 0;
     for (std::size_t plane = band.firstPlane; plane < band.lastPlane; ++plane) {
         for (std::size_t row = rows.firstRow(); row < rows.lastRow(); ++row) {
             const NodeRow<Node> later = table.row(band, plane, row);
@@ -120,9 +121,7 @@ void joinInsideBand(const BandLoop& loop, RunTable<Node>& table, std::size_t ban
                     fresh = false;
                 }
             }
-            if (++rowsDone % rowsBetweenLooks == 0) {
-                loop.context().throwIfCancelled();
-            }
+            progress.add(table.rowStep() * table.geometry().columns);
         }
     }
     band.roots = nodeKernels<Node>(level).countRoots(entries, first, end);  // while they are in the cache
@@ -270,26 +269,26 @@ std::vector<std::vector<Seam<Node>>> seamTree(RunTable<Node>& table) {
 }  // namespace
 
 template <class Node>
-void joinNodes(const BandLoop& loop, RunTable<Node>& table, OptimLevelType level, double workOfVoxel) {
+void joinNodes(access::ExecutionContext& context, RunTable<Node>& table, OptimLevelType level) {
     const ContactKernels<Node>& kernels = contactKernels<Node>(level);
-    loop.forEach(table.bandCount(), [&](std::size_t i) {
+    access::run(context, table.plan(), [&](const access::Block& block, access::BlockProgress& progress) {
         if (table.nodeRows() == NodeRows::Pairs) {
-            numberPairRows(table, i, countKernels(level));
+            numberPairRows(table, block.index, countKernels(level));
         }
-        joinInsideBand(loop, table, i, level);
-        const auto voxels = static_cast<double>(table.band(i).lineCount() * table.geometry().columns);
-        loop.context().blockDone(workOfVoxel * voxels);
+        joinInsideBand(progress, table, block.index, level);
     });
     auto levels = seamTree(table);
     for (auto& seams : levels) {
-        loop.forEach(seams.size(), [&](std::size_t i) { seams[i].join(kernels); });
+        access::forEachPart(context, seams.size(), table.nanosecondsPerBand(),
+                            [&](std::size_t i) { seams[i].join(kernels); });
     }
     for (auto seams = levels.rbegin(); seams != levels.rend(); ++seams) {
-        loop.forEach(seams->size(), [&](std::size_t i) { (*seams)[i].resolve(); });
+        access::forEachPart(context, seams->size(), table.nanosecondsPerBand(),
+                            [&](std::size_t i) { (*seams)[i].resolve(); });
     }
 }
 
-template void joinNodes<std::uint32_t>(const BandLoop&, RunTable<std::uint32_t>&, OptimLevelType, double);
-template void joinNodes<std::uint64_t>(const BandLoop&, RunTable<std::uint64_t>&, OptimLevelType, double);
+template void joinNodes<std::uint32_t>(access::ExecutionContext&, RunTable<std::uint32_t>&, OptimLevelType);
+template void joinNodes<std::uint64_t>(access::ExecutionContext&, RunTable<std::uint64_t>&, OptimLevelType);
 
 }  // namespace rix::segmentation

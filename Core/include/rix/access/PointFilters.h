@@ -3,8 +3,8 @@
 #include <cstddef>
 
 #include <rix/access/ExecutionContext.h>
-#include <rix/access/PointBlocks.h>
 #include <rix/access/Rows.h>
+#include <rix/access/Run.h>
 #include <rix/image/ImageModel.h>
 
 namespace rix::access {
@@ -16,8 +16,8 @@ namespace rix::access {
 template <class In, class Out, class RowFunction>
 void transformRows(ExecutionContext& context, const ImageModel& input, ImageModel& output, double nanosecondsPerVoxel,
                    const RowFunction& row) {
-    const PointPlan plan({&input, &output}, nanosecondsPerVoxel);
-    forEachBlock(context, plan, [&](const PointBlock& block) {
+    const Plan plan = cutLines({&input, &output}, nanosecondsPerVoxel);
+    run(context, plan, [&](const Block& block) {
         RowReader<In> in(input, plan);
         RowWriter<Out> out(output, plan);
         plan.forEachSegment(block, [&](const RowSegment& segment) {
@@ -30,8 +30,8 @@ void transformRows(ExecutionContext& context, const ImageModel& input, ImageMode
 /// Calls `row(out, count)` for every piece of a row of an image, in parallel blocks.
 template <class Out, class RowFunction>
 void generateRows(ExecutionContext& context, ImageModel& output, double nanosecondsPerVoxel, const RowFunction& row) {
-    const PointPlan plan({&output}, nanosecondsPerVoxel);
-    forEachBlock(context, plan, [&](const PointBlock& block) {
+    const Plan plan = cutLines({&output}, nanosecondsPerVoxel);
+    run(context, plan, [&](const Block& block) {
         RowWriter<Out> out(output, plan);
         plan.forEachSegment(block, [&](const RowSegment& segment) {
             row(out.open(segment), segment.count);

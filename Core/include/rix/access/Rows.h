@@ -1,16 +1,16 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <exception>
 #include <utility>
 
 #include <rix/Assert.h>
 #include <rix/Export.h>
-#include <rix/access/PointBlocks.h>
+#include <rix/access/Buffer.h>
+#include <rix/access/Plan.h>
 #include <rix/access/SampleCast.h>
-#include <rix/access/Scratch.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/image/ImageModel.h>
 
@@ -18,13 +18,6 @@ namespace rix::access {
 
 /// Throws the failure of a row access, with the image and the position as a level of its own.
 [[noreturn]] RIX_EXPORT void throwRowError(const char* operation, const ImageModel& image, const RowSegment& segment);
-
-enum class RowKind : std::uint8_t {
-    Single,
-    Joined  ///< columns count on through all rows of the image, as in the segments of a plan that joins rows
-};
-/// Writes the elements of a segment by copying. @throws UnexpectedError when the image refuses.
-RIX_EXPORT void writeSegment(ImageModel& image, const RowSegment& segment, ConstRawData elements, RowKind kind);
 
 /// Whether samples of a type known at run time may be accessed at an address: buffers of applications may lie anywhere.
 inline bool isAligned(const void* address, VoxelTypes type) {
@@ -44,22 +37,7 @@ struct RowLayout {
 /// @throws InvalidCall for an image whose type is none: its elements have no size.
 RIX_EXPORT RowLayout rowLayoutOf(const ImageModel& image);
 
-/// Working memory that only grows.
-class RowBuffer {
-public:
-    /// At least `bytes` bytes; what was there is lost when the buffer grows.
-    RawData data(std::size_t bytes) {
-        if (m_bytes < bytes || m_scratch.data() == nullptr) {
-            m_scratch = Scratch(bytes);
-            m_bytes = bytes;
-        }
-        return m_scratch.data();
-    }
-
-private:
-    Scratch m_scratch;
-    std::size_t m_bytes = 0;
-};
+using RowBuffer = Buffer<std::uint8_t>;
 
 /// Notices a row that was opened and never flushed: without a flush, what was computed is lost where the image can't be
 /// written in place, and only there.
@@ -84,139 +62,167 @@ private:
     int m_exceptions = std::uncaught_exceptions();
 };
 
+/// The rows of an image as the bytes that it holds.
+class RIX_EXPORT RowSource {
+public:
+    /// @param joined segments count on through all rows of the image, as those of a plan that joins rows
+    RowSource(const ImageModel& image, bool joined);
+    const RowLayout& layout() const { return m_layout; }
+    /// The samples of a segment, aligned for their type: the image's own memory, or a copy in the buffer.
+    ConstRawData read(const RowSegment& segment, RowBuffer& copies) const;
+
+private:
+    const ImageModel& m_image;
+    RowLayout m_layout;
+    ConstRawData m_line;  ///< the image as one long line, when rows are joined
+};
+
+/// The same for writing.
+class RIX_EXPORT RowTarget {
+public:
+    RowTarget(ImageModel& image, bool joined);
+    const RowLayout& layout() const { return m_layout; }
+    /// The address of a segment inside the storage, or null; aligned for its type or not.
+    RawData find(const RowSegment& segment) const;
+    /// Brings elements into the image. @param found what `find` gave
+    void write(const RowSegment& segment, RawData found, ConstRawData elements);
+
+private:
+    ImageModel& m_image;
+    RowLayout m_layout;
+    bool m_joined;
+    RawData m_line;  ///< as that of a source; null also where it is for reading only
+};
+
 }  // namespace detail
 
+/// Reads the rows of an image as the bytes that it holds: in place when the storage can give an address, else copied
+/// into a buffer. For bodies that are compiled once for several types and convert samples themselves. Made by the
+/// thread that uses it, once a block; the image outlives it.
+class RawRowReader {
+public:
+    RawRowReader(const ImageModel& image, const Plan& plan) : m_source(image, plan.rowsAreJoined()) {}
+    /// The samples of a segment, aligned for their type; valid until the next call.
+    /// @throws UnexpectedError when the image refuses to be read.
+    ConstRawData read(const RowSegment& segment) { return m_source.read(segment, m_copies); }
+
+private:
+    detail::RowSource m_source;
+    detail::RowBuffer m_copies;
+};
+
 /// Reads the rows of an image as samples of type `T`: in place when the storage has them in that type and can give an
-/// address, else converted into a buffer of the calling thread. Made by the thread that uses it, once a block.
-template <class T>
+/// address, else converted into a buffer. Made by the thread that uses it, once a block; the image outlives it.
+/// @tparam Slots how many rows are valid at a time, as rows that enter a window and rows that leave it
+template <class T, std::size_t Slots = 1>
 class RowReader {
 public:
     /// For segments of a plan.
-    RowReader(const ImageModel& image, const PointPlan& plan)
-        : RowReader(image, plan.rowsAreJoined() ? image.getImageBuffer() : nullptr) {}
+    RowReader(const ImageModel& image, const Plan& plan) : m_source(image, plan.rowsAreJoined()) {}
     /// For segments that the caller makes.
-    explicit RowReader(const ImageModel& image) : RowReader(image, nullptr) {}
+    explicit RowReader(const ImageModel& image) : m_source(image, false) {}
 
-    /// The samples of a segment; valid until the next call. @throws UnexpectedError when the image refuses it.
-    const T* read(const RowSegment& segment) {
-        const std::size_t bytes = segment.count * m_layout.elementSize;
-        ConstRawData row = nullptr;
-        if (m_line != nullptr) {
-            row = m_line + segment.column * m_layout.elementSize;
-        } else if (!m_image.getConstRowAt(segment.count, row, segment.column, segment.row, segment.plane,
-                                          segment.sequence, segment.spectral)) {
-            row = copy(segment, bytes);
-        }
-        if (!isAligned(row, m_layout.voxelType)) {
-            row = static_cast<ConstRawData>(std::memcpy(m_raw.data(bytes), row, bytes));
-        }
-        if (m_layout.voxelType == voxelTypeOf<T>) {
+    /// The samples of a segment; valid until the next call for the same slot.
+    /// @throws UnexpectedError when the image refuses to be read.
+    const T* read(const RowSegment& segment, std::size_t slot = 0) {
+        const ConstRawData row = m_source.read(segment, m_raw[slot]);
+        const detail::RowLayout& layout = m_source.layout();
+        if (layout.voxelType == voxelTypeOf<T>) {
             return reinterpret_cast<const T*>(row);
         }
-        const std::size_t samples = segment.count * m_layout.samples;
-        T* const converted = reinterpret_cast<T*>(m_converted.data(samples * sizeof(T)));
-        castRowFrom(m_layout.voxelType, row, converted, samples);
+        const std::size_t samples = segment.count * layout.samples;
+        T* const converted = reinterpret_cast<T*>(m_converted[slot].reserve(samples * sizeof(T)));
+        castRowFrom(layout.voxelType, row, converted, samples);
         return converted;
     }
 
 private:
-    RowReader(const ImageModel& image, ConstRawData line)
-        : m_image(image), m_layout(detail::rowLayoutOf(image)), m_line(line) {}
-
-    ConstRawData copy(const RowSegment& segment, std::size_t bytes) {
-        const RawData raw = m_raw.data(bytes);
-        if (!m_image.readRowAt(segment.count, raw, segment.column, segment.row, segment.plane, segment.sequence,
-                               segment.spectral)) {
-            throwRowError("readRowAt", m_image, segment);
-        }
-        return raw;
-    }
-
-    const ImageModel& m_image;
-    detail::RowLayout m_layout;
-    ConstRawData m_line;  ///< the image as one long line, when rows are joined
-    detail::RowBuffer m_raw;
-    detail::RowBuffer m_converted;
+    detail::RowSource m_source;
+    std::array<detail::RowBuffer, Slots> m_raw;
+    std::array<detail::RowBuffer, Slots> m_converted;
 };
 
-/// Writes the rows of an image as samples of type `T`: in place when possible, else through a buffer of the calling
-/// thread that `flush` converts and writes. A row that was opened must be flushed before the next one is opened and
-/// before the writer ends; builds with assertions check that for every storage.
-template <class T>
+/// Writes the rows of an image as bytes of its own type: in place when possible, else through a buffer that `flush`
+/// writes. A row that was opened must be flushed before the next one is opened and before the writer ends; builds with
+/// assertions check that for every storage.
+class RIX_EXPORT RawRowWriter {
+public:
+    RawRowWriter(ImageModel& image, const Plan& plan) : m_sink(image, plan.rowsAreJoined()) {}
+    /// Where the samples of a segment are to be stored, aligned for their type. The memory may be that of the image
+    /// or not; in the second case it holds nothing of the image yet.
+    RawData open(const RowSegment& segment);
+    /// Brings the opened segment into the image. @throws UnexpectedError when the image refuses it.
+    void flush();
+
+private:
+    detail::RowTarget m_sink;
+    RowSegment m_segment;
+    RawData m_found = nullptr;
+    RawData m_row = nullptr;
+    detail::OpenRow m_open;
+    detail::RowBuffer m_buffer;
+};
+
+/// Writes the rows of an image as samples of type `T`: in place when possible, else through a buffer that `flush`
+/// converts and writes. A row that was opened must be flushed before the next one is opened in the same slot and before
+/// the writer ends; builds with assertions check that for every storage.
+/// @tparam Slots how many rows may be open at a time
+template <class T, std::size_t Slots = 1>
 class RowWriter {
 public:
     /// For segments of a plan.
-    RowWriter(ImageModel& image, const PointPlan& plan)
-        : RowWriter(image, plan.rowsAreJoined() ? RowKind::Joined : RowKind::Single) {}
+    RowWriter(ImageModel& image, const Plan& plan) : m_sink(image, plan.rowsAreJoined()) {}
     /// For segments that the caller makes.
-    explicit RowWriter(ImageModel& image) : RowWriter(image, RowKind::Single) {}
+    explicit RowWriter(ImageModel& image) : m_sink(image, false) {}
 
     /// Where the samples of a segment are to be stored. What the memory holds is undefined: it may be the image's own
     /// or a buffer.
-    T* open(const RowSegment& segment) {
-        m_segment = segment;
-        m_target = target(segment);
-        m_inPlace =
-            m_target != nullptr && m_layout.voxelType == voxelTypeOf<T> && isAligned(m_target, m_layout.voxelType);
-        const RawData row = m_inPlace ? m_target : m_buffer.data(segment.count * m_layout.samples * sizeof(T));
-        m_row = reinterpret_cast<T*>(row);
-        m_open.open();
-        return m_row;
+    T* open(const RowSegment& segment, std::size_t slot = 0) {
+        Slot& row = m_slots[slot];
+        const detail::RowLayout& layout = m_sink.layout();
+        row.segment = segment;
+        row.found = m_sink.find(segment);
+        row.inPlace =
+            row.found != nullptr && layout.voxelType == voxelTypeOf<T> && isAligned(row.found, layout.voxelType);
+        row.data = reinterpret_cast<T*>(row.inPlace ? row.found
+                                                    : row.buffer.reserve(segment.count * layout.samples * sizeof(T)));
+        row.open.open();
+        return row.data;
     }
 
     /// Brings the opened segment into the image. @throws UnexpectedError when the image refuses it.
-    void flush() {
-        if (!m_open.close() || m_inPlace) {
+    void flush(std::size_t slot = 0) {
+        Slot& row = m_slots[slot];
+        if (!row.open.close() || row.inPlace) {
             return;
         }
-        const std::size_t samples = m_segment.count * m_layout.samples;
-        const std::size_t bytes = m_segment.count * m_layout.elementSize;
-        ConstRawData row = reinterpret_cast<ConstRawData>(m_row);
-        if (m_layout.voxelType != voxelTypeOf<T>) {
-            if (m_target != nullptr && isAligned(m_target, m_layout.voxelType)) {
-                castRowTo(m_layout.voxelType, m_row, m_target, samples);
-                return;
-            }
-            const RawData raw = m_raw.data(bytes);
-            castRowTo(m_layout.voxelType, m_row, raw, samples);
-            row = raw;
+        const detail::RowLayout& layout = m_sink.layout();
+        if (layout.voxelType == voxelTypeOf<T>) {
+            m_sink.write(row.segment, row.found, reinterpret_cast<ConstRawData>(row.data));
+            return;
         }
-        if (m_target != nullptr) {
-            std::memcpy(m_target, row, bytes);
-        } else {
-            writeSegment(m_image, m_segment, row, m_kind);
+        const std::size_t samples = row.segment.count * layout.samples;
+        if (row.found != nullptr && isAligned(row.found, layout.voxelType)) {
+            castRowTo(layout.voxelType, row.data, row.found, samples);
+            return;
         }
+        const RawData raw = m_raw.reserve(row.segment.count * layout.elementSize);
+        castRowTo(layout.voxelType, row.data, raw, samples);
+        m_sink.write(row.segment, row.found, raw);
     }
 
 private:
-    RowWriter(ImageModel& image, RowKind kind)
-        : m_image(image),
-          m_layout(detail::rowLayoutOf(image)),
-          m_kind(kind),
-          m_line(kind == RowKind::Joined ? image.getImageBuffer() : nullptr) {}
+    struct Slot {
+        RowSegment segment;
+        RawData found = nullptr;
+        T* data = nullptr;
+        bool inPlace = false;
+        detail::OpenRow open;
+        detail::RowBuffer buffer;
+    };
 
-    /// The address of the segment inside the storage, or null.
-    RawData target(const RowSegment& segment) const {
-        if (m_kind == RowKind::Joined) {
-            return m_line != nullptr ? m_line + segment.column * m_layout.elementSize : nullptr;
-        }
-        RawData row = nullptr;
-        return m_image.getRowAt(segment.count, row, segment.column, segment.row, segment.plane, segment.sequence,
-                                segment.spectral)
-                   ? row
-                   : nullptr;
-    }
-
-    ImageModel& m_image;
-    detail::RowLayout m_layout;
-    RowKind m_kind;
-    RawData m_line;  ///< the image as one long line, when rows are joined; null where it is for reading only
-    RowSegment m_segment;
-    RawData m_target = nullptr;
-    T* m_row = nullptr;
-    bool m_inPlace = false;
-    detail::OpenRow m_open;
-    detail::RowBuffer m_buffer;
+    detail::RowTarget m_sink;
+    std::array<Slot, Slots> m_slots;
     detail::RowBuffer m_raw;
 };
 

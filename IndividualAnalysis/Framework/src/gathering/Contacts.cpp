@@ -64,7 +64,7 @@ void forEachJoin(const std::array<const std::vector<Run>*, 4>& rows, std::size_t
 }  // namespace
 
 Contacts::Contacts(const BandPlan& plan, std::uint32_t gathered)
-    : m_plan(plan), m_euler((gathered & GATHER_EULER) != 0), m_lines(plan.lookBack() + 1) {}
+    : m_plan(plan), m_euler((gathered & GATHER_EULER) != 0), m_lines(plan.lookBack + 1) {}
 
 void Contacts::remember(std::size_t line, const Run* runs, std::size_t count) {
     m_lines[line % m_lines.size()].assign(runs, runs + count);
@@ -73,10 +73,10 @@ void Contacts::remember(std::size_t line, const Run* runs, std::size_t count) {
 void Contacts::count(std::size_t line, const Run* runs, std::size_t count, BandTable& table) {
     remember(line, runs, count);
     const Line& current = lineAt(line);
-    const std::size_t rows = m_plan.rows();
+    const std::size_t rows = m_plan.rows;
     const std::size_t row = line % rows;
     const std::size_t plane = line / rows;
-    const bool inSpace = m_plan.planes() > 1;
+    const bool inSpace = m_plan.planes > 1;
     if (row > 0) {
         countPair(current, lineAt(line - 1), 1, inSpace ? 1 : -1, table);
     }
@@ -116,7 +116,7 @@ void Contacts::countPair(const Line& current, const Line& other, std::size_t fir
 }
 
 void Contacts::countEuler(std::size_t row, std::size_t plane, std::size_t line, BandTable& table) const {
-    const std::size_t rows = m_plan.rows();
+    const std::size_t rows = m_plan.rows;
     const auto subtractJoins = [&](const std::array<const Line*, 4>& around, std::size_t lineCount) {
         forEachJoin(around, lineCount, [&table](std::uint32_t label) { --table.contacts[table.slotOf(label)].euler; });
     };
@@ -138,7 +138,7 @@ void Contacts::countEuler(std::size_t row, std::size_t plane, std::size_t line, 
     if (count > 1) {
         subtractJoins(around, count);
     }
-    if (above != nullptr && plane + 1 == m_plan.planes()) {
+    if (above != nullptr && plane + 1 == m_plan.planes) {
         subtractJoins({above, here}, 2);
     }
     if (before != nullptr && row + 1 == rows) {

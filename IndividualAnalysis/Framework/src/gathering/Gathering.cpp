@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include <rix/access/BlockScheduler.h>
+#include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
 #include <rix/individual_analysis/MeasureInfo.h>
 
@@ -33,41 +33,43 @@ public:
         : m_plan(plan),
           m_table(table),
           m_labels(makeLabelLines(labels, level)),
-          m_runBuffer(plan.columns() * sizeof(Run)),
+          m_runBuffer(plan.columns * sizeof(Run)),
           m_runs(m_runBuffer.as<Run>()) {
         if (table.gathers(GATHER_INTENSITY | GATHER_WEIGHTED_POSITION)) {
             m_intensity = makeIntensityLines(*intensity, level);
-            m_sumBuffer = access::Scratch(plan.columns() * sizeof(RunSums));
-            m_shiftBuffer = access::Scratch(plan.columns() * sizeof(double));
+            m_sumBuffer = access::Scratch(plan.columns * sizeof(RunSums));
+            m_shiftBuffer = access::Scratch(plan.columns * sizeof(double));
         }
         if (table.gathers(GATHER_CONTACTS | GATHER_EULER)) {
             m_contacts.emplace(plan, table.gathered());
         }
     }
 
-    void run(const Band& band) {
+    void run(const access::Block& band, access::BlockProgress& progress) {
+        const std::size_t frame = band.sequence();
+        const access::Interval lines = band.rows();
         if (m_contacts) {
-            const std::size_t first = band.firstLine - std::min(band.firstLine, m_plan.lookBack());
-            for (std::size_t line = first; line < band.firstLine; ++line) {
-                m_contacts->remember(line, m_runs, m_labels->findRuns(m_plan.segment(band.frame, line), m_runs));
+            for (std::size_t line = lines.begin - std::min(lines.begin, m_plan.lookBack); line < lines.begin; ++line) {
+                m_contacts->remember(line, m_runs, m_labels->findRuns(m_plan.segment(frame, line), m_runs));
             }
         }
-        for (std::size_t line = band.firstLine; line < band.lastLine; ++line) {
-            const std::size_t count = m_labels->findRuns(m_plan.segment(band.frame, line), m_runs);
+        for (std::size_t line = lines.begin; line < lines.end; ++line) {
+            const std::size_t count = m_labels->findRuns(m_plan.segment(frame, line), m_runs);
             if (count > 0) {
-                addLine(band.frame, line, count);
+                addLine(frame, line, count);
             }
             if (m_contacts) {
                 m_contacts->count(line, m_runs, count, m_table);
             }
+            progress.add(m_plan.columns);
         }
         m_table.finish();
     }
 
 private:
     void addLine(std::size_t frame, std::size_t line, std::size_t count) {
-        const auto row = static_cast<std::uint32_t>(line % m_plan.rows());
-        const auto plane = static_cast<std::uint32_t>(line / m_plan.rows());
+        const auto row = static_cast<std::uint32_t>(line % m_plan.rows);
+        const auto plane = static_cast<std::uint32_t>(line / m_plan.rows);
         for (std::size_t i = 0; i < count; ++i) {
             m_runs[i].slot = m_table.slotOf(m_runs[i].label);
         }
@@ -206,24 +208,13 @@ std::vector<ObjectTable> gatherObjects(access::ExecutionContext& context, OptimL
                                        const ImageModel& labels, const ImageModel* intensity, std::uint32_t gathered) {
     const BandPlan plan(labels, gathered);
     const std::size_t channels = intensity != nullptr ? intensity->getNumOf(SPECTRAL_SERIES) : 1;
-    std::vector<BandTable> bands(plan.bandCount(), BandTable(gathered, channels));
-    context.startStep(plan.voxels());
-    // Not the blocks of point operations: a band keeps what it found, and its cut must not change with the settings.
-    const auto runBand = [&](std::size_t index) {
-        context.throwIfCancelled();
-        const Band band = plan.band(index);
-        BandGatherer(plan, level, labels, intensity, bands[index]).run(band);
-        context.blockDone(static_cast<double>(band.lastLine - band.firstLine) * static_cast<double>(plan.columns()));
-    };
-    if (plan.isSmall()) {
-        access::serialScheduler().forEach(bands.size(), runBand);
-    } else {
-        context.scheduler().forEach(bands.size(), runBand);
-    }
-    context.throwIfCancelled();
+    std::vector<BandTable> bands(plan.plan.blockCount(), BandTable(gathered, channels));
+    access::run(context, plan.plan, [&](const access::Block& band, access::BlockProgress& progress) {
+        BandGatherer(plan, level, labels, intensity, bands[band.index]).run(band, progress);
+    });
 
     std::vector<ObjectTable> frames;
-    for (std::size_t frame = 0; frame < plan.frames(); ++frame) {
+    for (std::size_t frame = 0; frame < plan.frames; ++frame) {
         const std::span<BandTable> own(bands.data() + frame * plan.bandsOfFrame(), plan.bandsOfFrame());
         frames.emplace_back(own, context);
         for (BandTable& band : own) {

@@ -6,7 +6,7 @@
 #include <limits>
 #include <span>
 
-#include <rix/access/BlockScheduler.h>
+#include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
@@ -114,33 +114,24 @@ std::vector<std::unique_ptr<GreyValues>> gatherGreyValues(access::ExecutionConte
         frames.push_back(std::make_unique<GreyValues>(intensity.getVoxelType(), frame));
     }
     const BandPlan plan(labels, 0);
-    context.startStep(plan.voxels());
-    // Not the blocks of point operations: both images are read by lines, and what is found goes into tables.
-    const auto runBand = [&](std::size_t number) {
-        context.throwIfCancelled();
-        const Band band = plan.band(number);
+    access::run(context, plan.plan, [&](const access::Block& band, access::BlockProgress& progress) {
+        const std::size_t frame = band.sequence();
         const auto labelLines = makeLabelLines(labels, level);
         const auto greyLines = makeIntensityLines(intensity, level);
-        const access::Scratch buffer(plan.columns() * sizeof(Run));
+        const access::Scratch buffer(plan.columns * sizeof(Run));
         Run* const runs = buffer.as<Run>();
-        for (std::size_t line = band.firstLine; line < band.lastLine; ++line) {
-            const std::size_t count = labelLines->findRuns(plan.segment(band.frame, line), runs);
-            for (std::size_t channel = 0; count > 0 && channel < objects[band.frame].channels(); ++channel) {
-                greyLines->read(plan.segment(band.frame, line, channel));
+        for (std::size_t line = band.rows().begin; line < band.rows().end; ++line) {
+            const std::size_t count = labelLines->findRuns(plan.segment(frame, line), runs);
+            for (std::size_t channel = 0; count > 0 && channel < objects[frame].channels(); ++channel) {
+                greyLines->read(plan.segment(frame, line, channel));
                 for (std::size_t i = 0; i < count; ++i) {
-                    const std::size_t index = objects[band.frame].indexOf(runs[i].label);
-                    greyLines->copy(runs[i], frames[band.frame]->take(index, channel, runs[i].end - runs[i].begin));
+                    const std::size_t index = objects[frame].indexOf(runs[i].label);
+                    greyLines->copy(runs[i], frames[frame]->take(index, channel, runs[i].end - runs[i].begin));
                 }
             }
+            progress.add(plan.columns);
         }
-        context.blockDone(static_cast<double>(band.lastLine - band.firstLine) * static_cast<double>(plan.columns()));
-    };
-    if (plan.isSmall()) {
-        access::serialScheduler().forEach(plan.bandCount(), runBand);
-    } else {
-        context.scheduler().forEach(plan.bandCount(), runBand);
-    }
-    context.throwIfCancelled();
+    });
     return frames;
 }
 

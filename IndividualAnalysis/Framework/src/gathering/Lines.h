@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <memory>
 
-#include <rix/access/PointBlocks.h>
+#include <rix/access/Blocks.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include <rix/access/BlockScheduler.h>
-#include <rix/access/PointBlocks.h>
+#include <rix/access/Run.h>
 #include <rix/individual_analysis/MeasureInfo.h>
 
 namespace rix::individual_analysis {
@@ -14,6 +13,7 @@ namespace {
 /// Parts of the objects that threads join at the same time; each part looks through the labels of all bands.
 constexpr std::size_t partsOfJoin = 8;
 constexpr std::size_t objectsThatPay = 20000;
+constexpr double nanosecondsPerObject = 50;
 
 /// Joins the sums of two parts (Chan, Golub and LeVeque 1979): squares about the common mean.
 void join(IntensitySums& left, std::uint64_t leftCount, const IntensitySums& right, std::uint64_t rightCount) {
@@ -73,8 +73,8 @@ ObjectTable::ObjectTable(std::span<const BandTable> bands, access::ExecutionCont
     weighted.resize(any.gathers(GATHER_WEIGHTED_POSITION) ? count * m_channels : 0);
     outlineBegins.resize(any.gathers(GATHER_OUTLINE) ? count + 1 : 0);
     const std::size_t parts = count < objectsThatPay ? 1 : partsOfJoin;
-    access::BlockScheduler& used = parts == 1 ? access::serialScheduler() : context.scheduler();
-    used.forEach(parts, [&](std::size_t part) {
+    const double nanosecondsPerPart = nanosecondsPerObject * static_cast<double>(count / parts);
+    access::forEachPart(context, parts, nanosecondsPerPart, [&](std::size_t part) {
         const access::Interval range = access::partOf(count, parts, part);
         for (const BandTable& band : bands) {
             context.throwIfCancelled();
@@ -84,7 +84,7 @@ ObjectTable::ObjectTable(std::span<const BandTable> bands, access::ExecutionCont
     if (!outlineBegins.empty()) {
         std::partial_sum(outlineBegins.begin(), outlineBegins.end(), outlineBegins.begin());
         outline.resize(outlineBegins.back());
-        used.forEach(parts, [&](std::size_t part) {
+        access::forEachPart(context, parts, nanosecondsPerPart, [&](std::size_t part) {
             const access::Interval range = access::partOf(count, parts, part);
             std::vector<std::size_t> next(outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.begin),
                                           outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.end));

@@ -1,17 +1,17 @@
-#include "StreamKernels.h"
+#include <rix/access/StreamKernels.h>
 
 #include <cstdint>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "StreamKernels.cpp"
+#define HWY_TARGET_INCLUDE "Access/StreamKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace rix::point_operations::HWY_NAMESPACE {
+namespace rix::access::HWY_NAMESPACE {
 
 /// The wider the stores, the more of them are under way: one to a line takes a third less time than four.
 inline void streamLine(RawData to, ConstRawData from) {
@@ -46,11 +46,11 @@ StreamRow row() {
     return &streamBytes;
 }
 
-}  // namespace rix::point_operations::HWY_NAMESPACE
+}  // namespace rix::access::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace rix::point_operations {
+namespace rix::access {
 
 StreamRow streamRow(OptimLevelType level) {
     return RIX_SELECT_KERNELS(level, row());
@@ -60,5 +60,5 @@ void finishStreaming() {
     hwy::FlushStream();
 }
 
-}  // namespace rix::point_operations
+}  // namespace rix::access
 #endif

@@ -5,7 +5,7 @@
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageTypes.h>
 
-namespace rix::point_operations {
+namespace rix::access {
 
 /// Copies bytes to memory past the caches, as far as they fill whole lines there.
 using StreamRow = void (*)(RawData to, ConstRawData from, std::size_t bytes);
@@ -18,4 +18,4 @@ void finishStreaming();
 /// Bytes of a line of the cache.
 inline constexpr std::size_t lineBytes = 64;
 
-}  // namespace rix::point_operations
+}  // namespace rix::access

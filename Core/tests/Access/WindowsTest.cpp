@@ -1,4 +1,4 @@
-// Blocks of neighbourhood filters and the rows around them: every voxel once, every row as the border condition has it.
+// The rows around the voxels of a block: every row as the border condition has it, in place where it can be.
 
 #include <algorithm>
 #include <complex>
@@ -10,9 +10,7 @@
 
 #include <rix/access/BorderConditions.h>
 #include <rix/access/ImageModelProxy.h>
-#include <rix/access/NeighbourhoodBlocks.h>
-#include <rix/access/NeighbourhoodFilters.h>
-#include <rix/access/RowCache.h>
+#include <rix/access/WindowFilters.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
 
@@ -28,93 +26,8 @@ using test::Extents;
 using test::sameSample;
 using test::TestContext;
 
-constexpr PartitionMode modes[] = {RIX_PARTITION_DEFAULT, RIX_PARTITION_FULL_ROW_COL_ALTERNATE,
-                                   RIX_PARTITION_ONLY_COLUMNS, RIX_PARTITION_ONLY_ROWS};
-
-TEST(NeighbourhoodPlan, CoversEveryVoxelOnceInEveryMode) {
-    const Extents shapes[] = {{1, 1, 1, 1, 1},     {500, 700, 1, 1, 1}, {70000, 11, 2, 1, 1}, {40, 30, 90, 2, 1},
-                              {3, 20000, 1, 1, 2}, {9, 8, 7, 3, 2},     {200000, 1, 3, 1, 1}};
-    const Reach reaches[] = {
-        {}, reachOfWindow(3, 3, 1), reachOfWindow(4, 101, 1), reachOfWindow(5, 5, 5), reachOfWindow(1000, 1, 300)};
-    for (const Extents& n : shapes) {
-        const io::MemoryImage image = test::imageOf(RIX_UINT16, n);
-        for (const Reach& reach : reaches) {
-            for (const PartitionMode mode : modes) {
-                const NeighbourhoodPlan plan({&image}, {&image}, {reach, 20.0}, mode);
-                std::vector<std::uint8_t> visits(n[0] * n[1] * n[2] * n[3] * n[4], 0);
-                for (std::size_t b = 0; b < plan.blockCount(); ++b) {
-                    plan.block(b).forEachSegment([&](const RowSegment& s) {
-                        const std::size_t first =
-                            (((s.spectral * n[3] + s.sequence) * n[2] + s.plane) * n[1] + s.row) * n[0] + s.column;
-                        for (std::size_t i = 0; i < s.count; ++i) {
-                            ++visits[first + i];
-                        }
-                    });
-                }
-                EXPECT_TRUE(std::all_of(visits.begin(), visits.end(), [](std::uint8_t v) { return v == 1; }))
-                    << n[0] << 'x' << n[1] << 'x' << n[2] << " mode " << mode;
-            }
-        }
-    }
-}
-
-struct BlockExtents {
-    std::size_t columns = 0;
-    std::size_t rows = 0;
-    std::size_t planes = 0;
-};
-
-BlockExtents largestBlock(const NeighbourhoodPlan& plan) {
-    BlockExtents largest;
-    for (std::size_t b = 0; b < plan.blockCount(); ++b) {
-        const NeighbourhoodBlock block = plan.block(b);
-        largest.columns = std::max(largest.columns, block.columns.end - block.columns.begin);
-        largest.rows = std::max(largest.rows, block.rows.end - block.rows.begin);
-        largest.planes = std::max(largest.planes, block.planes.end - block.planes.begin);
-    }
-    return largest;
-}
-
-TEST(NeighbourhoodPlan, CutsByCacheReachAndTime) {
-    const io::MemoryImage flat = test::imageOf(RIX_UINT8, {4096, 4096, 1, 1, 1});
-    const io::MemoryImage cube = test::imageOf(RIX_UINT8, {256, 256, 256, 1, 1});
-    const io::MemoryImage wide = test::imageOf(RIX_UINT8, {3000000, 5, 1, 1, 1});
-
-    // 3x3: as many full rows of both images as fit.
-    BlockExtents block = largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}));
-    EXPECT_EQ(block.columns, 4096U);
-    EXPECT_EQ(block.rows, usualBlockBytes / (2 * 4096));
-    // 101x101: four times the reach, or most of the work would be the rows between blocks.
-    block = largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 1.0}));
-    EXPECT_GE(block.rows, 370U);
-    EXPECT_LE(block.rows, 400U);
-    // 2 microseconds a voxel: 20 ms are 10000 voxels.
-    block = largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 2000.0}));
-    EXPECT_LE(block.rows * block.columns, 10000U);
-    // The windows of all rows of a block fit, and several times the planes' reach is done at once.
-    block = largestBlock(NeighbourhoodPlan({&cube}, {&cube}, {reachOfWindow(15, 15, 15), 1.0}));
-    EXPECT_LE((block.rows + 14) * (15 * (block.columns + 14) + block.columns), usualBlockBytes + 15 * 270);
-    EXPECT_GE(block.rows, 56U);
-    EXPECT_GE(block.planes, 50U);
-    // Rows whose windows don't fit are cut.
-    block = largestBlock(NeighbourhoodPlan({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}));
-    EXPECT_LT(block.columns * 3, usualBlockBytes);
-    EXPECT_GE(block.columns, 4096U);
-    block = largestBlock(NeighbourhoodPlan({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_ROWS));
-    EXPECT_EQ(block.columns, 3000000U);
-    block =
-        largestBlock(NeighbourhoodPlan({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_COLUMNS));
-    EXPECT_EQ(block.rows, 4096U);
-}
-
-TEST(NeighbourhoodPlan, TellsSmallWorkAndRefusesDifferentSizes) {
-    const io::MemoryImage image = test::imageOf(RIX_UINT8, {100, 100, 1, 1, 1});
-    const io::MemoryImage other = test::imageOf(RIX_UINT8, {100, 99, 1, 1, 1});
-    const io::MemoryImage empty = test::imageOf(RIX_UINT8, {100, 0, 1, 1, 1});
-    EXPECT_TRUE(NeighbourhoodPlan({&image}, {&image}, {{}, 1.0}).isSmall());
-    EXPECT_FALSE(NeighbourhoodPlan({&image}, {&image}, {{}, 100.0}).isSmall());
-    EXPECT_THROW(NeighbourhoodPlan({&image}, {&other}, {{}, 1.0}), UnexpectedError);
-    EXPECT_EQ(NeighbourhoodPlan({&empty}, {&empty}, {{}, 1.0}).blockCount(), 0U);
+Block blockOf(Interval columns, Interval rows, Interval planes, std::size_t sequence = 0, std::size_t spectral = 0) {
+    return {{columns, rows, planes, {sequence, sequence + 1}, {spectral, spectral + 1}}};
 }
 
 /// Walks the blocks that cut `extents` at odd places, and compares every window of every voxel's row with what the
@@ -126,17 +39,13 @@ void compareCache(const ImageModel& image, const BorderCondition<T>& border, con
     const ImageModelProxy converted(&image, voxelTypeOf<T>);
     const auto signedOf = [](std::size_t value) { return static_cast<std::int64_t>(value); };
     for (std::size_t part = 0; part < 2 * 3 * 2 * n[3] * n[4]; ++part) {
-        NeighbourhoodBlock block;
-        block.columns = partOf(n[0], 2, part % 2);
-        block.rows = partOf(n[1], 3, part / 2 % 3);
-        block.planes = partOf(n[2], 2, part / 6 % 2);
-        block.sequence = part / 12 % n[3];
-        block.spectral = part / 12 / n[3];
-        RowCache<T> cache(image, border, block, reach);
+        const Block block = blockOf(partOf(n[0], 2, part % 2), partOf(n[1], 3, part / 2 % 3),
+                                    partOf(n[2], 2, part / 6 % 2), part / 12 % n[3], part / 12 / n[3]);
+        WindowRows<T> cache(image, &border, block, reach);
         ASSERT_EQ(cache.samples(), samples);
-        const std::size_t width = block.rowLength() + reach.columns.sum();
+        const std::size_t width = block.columns().length() + reach.columns.sum();
         std::vector<T> expected(width * samples);
-        block.forEachSegment([&](const RowSegment& segment) {
+        block.forEachRow([&](const Position& segment) {
             std::vector<const T*> rows;
             for (int pass = 0; pass < 2; ++pass) {  // all rows of a window are valid at the same time
                 std::size_t next = 0;
@@ -161,7 +70,7 @@ void compareCache(const ImageModel& image, const BorderCondition<T>& border, con
     }
 }
 
-TEST(RowCache, GivesTheRowsOfTheBorderCondition) {
+TEST(WindowRows, GivesTheRowsOfTheBorderCondition) {
     const Reach reaches[] = {
         {}, reachOfWindow(3, 3, 1), reachOfWindow(4, 2, 3), reachOfWindow(1, 5, 1), reachOfWindow(30, 25, 9)};
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT32, RIX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
@@ -184,7 +93,7 @@ TEST(RowCache, GivesTheRowsOfTheBorderCondition) {
     }
 }
 
-TEST(RowCache, ReadsEachRowOnce) {
+TEST(WindowRows, ReadsEachRowOnce) {
     CopyOnly image;
     ASSERT_TRUE(image.reserve(RIX_UINT8, 50, 40, 10, 1, 1));
     const auto border = FixedBorderCondition<float>::New(0.0F);
@@ -196,10 +105,10 @@ TEST(RowCache, ReadsEachRowOnce) {
     for (const Case& c : std::initializer_list<Case>{{{0, 10}, reachOfWindow(5, 5, 1), (20 + 4) * 10},
                                                      {{3, 4}, reachOfWindow(5, 5, 3), (20 + 4) * 3},
                                                      {{2, 6}, reachOfWindow(5, 5, 3), (20 + 4) * 6}}) {
-        const NeighbourhoodBlock block{{0, 50}, {10, 30}, c.planes, 0, 0};
+        const Block block = blockOf({0, 50}, {10, 30}, c.planes);
         image.reads = 0;
-        RowCache<float> cache(image, *border, block, c.reach);
-        block.forEachSegment([&](const RowSegment& s) {
+        WindowRows<float> cache(image, border.get(), block, c.reach);
+        block.forEachRow([&](const Position& s) {
             for (std::size_t z = s.plane - c.reach.planes.before; z <= s.plane + c.reach.planes.after; ++z) {
                 for (std::size_t y = s.row - c.reach.rows.before; y <= s.row + c.reach.rows.after; ++y) {
                     cache.row(static_cast<std::int64_t>(y), static_cast<std::int64_t>(z));
@@ -210,29 +119,51 @@ TEST(RowCache, ReadsEachRowOnce) {
     }
 }
 
-TEST(RowCache, GivesTheImagesOwnMemoryWhereItCan) {
-    const io::MemoryImage image = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {50, 40, 1, 1, 1}}, 1);
+TEST(WindowRows, GivesTheImagesOwnMemoryWhereItCan) {
+    const io::MemoryImage image = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {80, 40, 1, 1, 1}}, 1);
     const auto* const samples = reinterpret_cast<const float*>(image.getImageBuffer());
     const auto border = MirrorBorderCondition<float>::New();
-    RowCache<float> inner(image, *border, {{10, 40}, {10, 30}, {0, 1}, 0, 0}, reachOfWindow(5, 5, 1));
-    EXPECT_EQ(inner.row(12, 0), samples + 12 * 50 + 10);
-    RowCache<float> columnsOnly(image, *border, {{0, 50}, {0, 40}, {0, 1}, 0, 0}, reachOfWindow(1, 5, 1));
-    EXPECT_EQ(columnsOnly.row(0, 0), samples);
-    EXPECT_NE(columnsOnly.row(-1, 0), samples);
+    WindowRows<float> inner(image, border.get(), blockOf({10, 40}, {10, 30}, {0, 1}), reachOfWindow(5, 5, 1));
+    EXPECT_EQ(inner.row(12, 0), samples + 12 * 80 + 10);
+    WindowRows<float> columnsOnly(image, border.get(), blockOf({0, 80}, {0, 40}, {0, 1}), reachOfWindow(1, 5, 1));
+    EXPECT_NE(columnsOnly.row(0, 0), samples) << "behind the last column a vector must be readable";
+    EXPECT_EQ(columnsOnly.row(3, 0)[79], samples[3 * 80 + 79]);
     // A view takes a row outside for an error of the program: it must not even be asked for its address.
     const ImageModelFull2d view(&image, 0, 0, 0);
-    RowCache<float> ofView(view, *border, {{0, 50}, {0, 40}, {0, 1}, 0, 0}, reachOfWindow(1, 3, 1));
+    WindowRows<float> ofView(view, border.get(), blockOf({0, 80}, {0, 40}, {0, 1}), reachOfWindow(1, 3, 1));
     EXPECT_EQ(ofView.row(-1, 0)[7], samples[7]);
-    EXPECT_EQ(ofView.row(40, 0)[7], samples[39 * 50 + 7]);
+    EXPECT_EQ(ofView.row(40, 0)[7], samples[39 * 80 + 7]);
 }
 
-TEST(RowCache, ReportsFailuresAndRecovers) {
+TEST(WindowRows, AreTheImagesOwnMemoryBetweenTheEndsOfRows) {
+    const io::MemoryImage image = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {1000, 9, 1, 1, 1}}, 1);
+    const auto border = MirrorBorderCondition<std::uint8_t>::New();
+    const Reach reach = reachOfWindow(7, 3, 1);
+    const Block block = blockOf({0, 1000}, {0, 9}, {0, 1});
+    const WindowSpans spans = spansOf(image, RIX_UINT8, block, reach);
+    ASSERT_EQ(spans.count, 3U);
+    EXPECT_EQ(spans.parts[0].columns().end, 3U);
+    EXPECT_EQ(spans.parts[1].columns().end, 1000U - 3 - readableBytesBehindWindow);
+    EXPECT_EQ(spans.parts[2].columns().end, 1000U);
+    WindowRows<std::uint8_t> inside(image, border.get(), spans.parts[1], reach);
+    EXPECT_EQ(inside.row(8, 0), image.getImageBuffer() + 8 * 1000 + 3);
+    EXPECT_EQ(spansOf(image, RIX_FLOAT32, block, reach).count, 1U) << "rows are converted anyway";
+    EXPECT_EQ(spansOf(image, RIX_UINT8, blockOf({100, 800}, {0, 9}, {0, 1}), reach).count, 1U);
+    EXPECT_EQ(spansOf(image, RIX_UINT8, block, reachOfWindow(3000, 3, 1)).count, 1U);
+
+    WindowRows<std::uint8_t> without(image, nullptr, block, reach);
+    EXPECT_EQ(without.row(8, 0)[999], image.getImageBuffer()[8999]);
+    EXPECT_THROW(without.row(9, 0), BadIndex);
+    EXPECT_THROW(without.row(-1, 0), BadIndex);
+}
+
+TEST(WindowRows, ReportsFailuresAndRecovers) {
     CopyOnly image;
     ASSERT_TRUE(image.reserve(RIX_UINT8, 8, 8, 1, 1, 1));
     test::fillImage(image, [](std::size_t, std::size_t y, auto...) { return y; });
     const auto border = MirrorBorderCondition<std::uint8_t>::New();
-    const NeighbourhoodBlock block{{0, 8}, {2, 6}, {0, 1}, 0, 0};
-    RowCache<std::uint8_t> cache(image, *border, block, reachOfWindow(3, 3, 1));
+    const Block block = blockOf({0, 8}, {2, 6}, {0, 1});
+    WindowRows<std::uint8_t> cache(image, border.get(), block, reachOfWindow(3, 3, 1));
     EXPECT_EQ(cache.row(1, 0)[0], 1);
     EXPECT_EQ(cache.row(3, 0)[-1], 3);
     image.fails = true;
@@ -247,9 +178,9 @@ TEST(RowCache, ReportsFailuresAndRecovers) {
     EXPECT_THROW(cache.row(7, 0), BadIndex);
     EXPECT_THROW(cache.row(3, 1), BadIndex);
     constexpr std::size_t huge = std::size_t{1} << 62;
-    EXPECT_THROW(RowCache<std::uint8_t>(image, *border, block, {{}, {huge, huge}, {}}), MemoryError);
-    EXPECT_THROW(RowCache<std::uint8_t>(image, *border, block, {{}, {}, {huge * 2, huge * 2}}), MemoryError);
-    RowCache<std::uint8_t> wide(image, *border, block, {{huge / 2, 0}, {}, {}});
+    EXPECT_THROW(WindowRows<std::uint8_t>(image, border.get(), block, {{}, {huge, huge}, {}}), MemoryError);
+    EXPECT_THROW(WindowRows<std::uint8_t>(image, border.get(), block, {{}, {}, {huge * 2, huge * 2}}), MemoryError);
+    WindowRows<std::uint8_t> wide(image, border.get(), block, {{huge / 2, 0}, {}, {}});
     EXPECT_THROW(wide.row(3, 0), MemoryError);
 }
 
@@ -282,9 +213,9 @@ io::MemoryImage referenceSum(const io::MemoryImage& image, const Reach& reach) {
 void runSum(ExecutionContext& context, const ImageModel& input, ImageModel& output, const Reach& reach) {
     const auto border = MirrorBorderCondition<std::uint16_t>::New();
     // A cost that makes blocks of a few rows.
-    transformNeighbourhoods<std::uint16_t, std::int32_t>(
+    transformWindows<std::uint16_t, std::int32_t>(
         context, input, *border, output, {reach, 2.0e4},
-        [&](RowCache<std::uint16_t>& window, const RowSegment& segment, std::int32_t* out) {
+        [&](WindowRows<std::uint16_t>& window, const RowSegment& segment, std::int32_t* out) {
             std::fill_n(out, segment.count, 0);
             const auto row = static_cast<std::int64_t>(segment.row - reach.rows.before);
             const auto plane = static_cast<std::int64_t>(segment.plane - reach.planes.before);
@@ -301,7 +232,7 @@ void runSum(ExecutionContext& context, const ImageModel& input, ImageModel& outp
         });
 }
 
-TEST(TransformNeighbourhoods, IsTheSameForEverySchedulerAndStorage) {
+TEST(TransformWindows, IsTheSameForEverySchedulerAndStorage) {
     const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {70, 41, 6, 2, 1}}, 12);
     CopyOnly copied;
     ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, input));
@@ -327,7 +258,7 @@ TEST(TransformNeighbourhoods, IsTheSameForEverySchedulerAndStorage) {
     }
 }
 
-TEST(TransformNeighbourhoods, StopsWhenCancelledOrRefusedAndRunsAgain) {
+TEST(TransformWindows, StopsWhenCancelledOrRefusedAndRunsAgain) {
     CopyOnly input;
     ASSERT_TRUE(input.reserve(RIX_UINT8, 70, 41, 3, 1, 1));
     test::fillImage(input, [](std::size_t x, std::size_t y, auto...) { return x + y; });
@@ -353,32 +284,6 @@ TEST(TransformNeighbourhoods, StopsWhenCancelledOrRefusedAndRunsAgain) {
         EXPECT_NO_THROW(runSum(context, input, output, reachOfWindow(3, 3, 1)));
         EXPECT_EQ(context.done, context.announced);
     }
-}
-
-#ifndef NDEBUG
-TEST(RowWriter, NoticesARowThatWasNeverFlushed) {
-    io::MemoryImage image = test::imageOf(RIX_UINT8, {4, 4, 1, 1, 1});
-    const RowSegment segment{0, 1, 0, 0, 0, 4};
-    EXPECT_DEATH(RowWriter<std::uint8_t>(image).open(segment), "Assertion");
-    EXPECT_DEATH(
-        {
-            RowWriter<std::uint8_t> writer(image);
-            writer.open(segment);
-            writer.open(segment);
-        },
-        "Assertion '!m_open' failed");
-}
-#endif
-
-TEST(Rows, RefuseAnImageWithoutAType) {
-    /// Says that its samples are of no type.
-    class Typeless : public io::MemoryImage {
-    public:
-        VoxelTypes getVoxelType() const override { return static_cast<VoxelTypes>(3); }
-    };
-    Typeless image;
-    EXPECT_THROW(RowReader<float>{image}, InvalidCall);
-    EXPECT_THROW(RowWriter<float>{image}, InvalidCall);
 }
 
 }  // namespace

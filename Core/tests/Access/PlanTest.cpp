@@ -1,0 +1,189 @@
+// The cut of images into blocks: every voxel once, whatever the cutter, the settings and the size of blocks.
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <rix/access/Plan.h>
+#include <rix/access/Run.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/properties/EnumInfo.h>
+
+#include "AccessTestTools.h"
+#include "ImageFactories.h"
+
+namespace rix::access {
+namespace {
+
+using test::CopyOnly;
+using test::Extents;
+using test::imageOf;
+
+constexpr PartitionMode modes[] = {RIX_PARTITION_DEFAULT, RIX_PARTITION_FULL_ROW_COL_ALTERNATE,
+                                   RIX_PARTITION_ONLY_COLUMNS, RIX_PARTITION_ONLY_ROWS};
+
+/// Whether the segments of the blocks are the image, each voxel once, and blocks are in storage order.
+void expectCovered(const Plan& plan, const Extents& n) {
+    std::vector<std::uint8_t> visits(n[0] * n[1] * n[2] * n[3] * n[4], 0);
+    for (std::size_t b = 0; b < plan.blockCount(); ++b) {
+        const Block block = plan.block(b);
+        EXPECT_EQ(block.index, b);
+        std::size_t voxels = 0;
+        plan.forEachSegment(block, [&](const RowSegment& s) {
+            const std::size_t first =
+                (((s.spectral * n[3] + s.sequence) * n[2] + s.plane) * n[1] + s.row) * n[0] + s.column;
+            ASSERT_LE(first + s.count, visits.size());
+            std::for_each_n(visits.begin() + static_cast<std::ptrdiff_t>(first), s.count, [](auto& v) { ++v; });
+            voxels += s.count;
+        });
+        EXPECT_EQ(block.voxels(), voxels);
+    }
+    EXPECT_TRUE(std::all_of(visits.begin(), visits.end(), [](std::uint8_t v) { return v == 1; }));
+}
+
+TEST(Plan, CoversEveryVoxelOnce) {
+    const Extents shapes[] = {{1, 1, 1, 1, 1},      {5, 3, 1, 1, 1},    {500, 700, 1, 1, 1}, {3, 70000, 1, 1, 1},
+                              {300000, 2, 1, 1, 1}, {7, 5, 11, 3, 2},   {40, 30, 90, 2, 1},  {100003, 1, 3, 1, 1},
+                              {9, 8, 7, 3, 2},      {3, 20000, 1, 1, 2}};
+    const Reach reaches[] = {
+        {}, reachOfWindow(3, 3, 1), reachOfWindow(4, 101, 1), reachOfWindow(5, 5, 5), reachOfWindow(1000, 1, 300)};
+    for (const std::size_t bytes : {usualBlockBytes, std::size_t{1024}}) {
+        const ScopedBlockBytes blocks(bytes);
+        for (const Extents& n : shapes) {
+            SCOPED_TRACE(testing::PrintToString(n) + ", blocks of " + std::to_string(bytes));
+            const io::MemoryImage memory = imageOf(RIX_UINT16, n);
+            CopyOnly copied;
+            ASSERT_TRUE(copied.reserve(RIX_UINT16, n[0], n[1], n[2], n[3], n[4]));
+            for (const PartitionMode mode : modes) {
+                SCOPED_TRACE(getInfoPartitionMode().getLabelFromValue(mode));
+                const Plan joined = cutLines({&memory}, 1.0, mode);
+                EXPECT_TRUE(joined.rowsAreJoined());
+                expectCovered(joined, n);
+                expectCovered(cutLines({&memory, &copied}, 1.0, mode), n);
+                for (const Reach& reach : reaches) {
+                    BoxNeeds needs{reach, 20.0};
+                    expectCovered(cutBoxes({&memory}, {&memory}, needs, mode), n);
+                    for (const Components axis : {ROWS, PLANS}) {
+                        needs.carried = Carried{axis, 8, 8192, std::size_t{1} << 16, 32768};
+                        const Plan carried = cutBoxes({&memory}, {&memory}, needs, mode);
+                        expectCovered(carried, n);
+                        EXPECT_EQ(carried.block(carried.blockCount() - 1).columns().begin % 8, 0U);
+                        EXPECT_EQ(carried.block(carried.blockCount() - 1).rows().begin % 8, 0U);
+                    }
+                }
+            }
+            for (const JoinedAxes joined : {JoinedAxes::None, JoinedAxes::RowsAndPlanes}) {
+                BandNeeds needs;
+                needs.joined = joined;
+                needs.elements = 7;
+                needs.group = 2;
+                expectCovered(cutBands(n, needs), n);
+                needs.axis = PLANS;
+                expectCovered(cutBands(n, needs), n);
+            }
+        }
+    }
+}
+
+TEST(Plan, NumbersBandsInStorageOrder) {
+    BandNeeds needs;
+    needs.joined = JoinedAxes::RowsAndPlanes;
+    needs.elements = 10;
+    const Plan plan = cutBands({4, 6, 5, 2, 1}, needs);
+    ASSERT_EQ(plan.blockCount(), 6U);
+    EXPECT_EQ(plan.block(4).sequence(), 1U);
+    EXPECT_EQ(plan.block(4).rows().begin, 10U);
+    const RowSegment line = plan.segmentAt({0, 10, 0, 1}, 4);
+    EXPECT_EQ(line.row, 4U);
+    EXPECT_EQ(line.plane, 1U);
+    EXPECT_EQ(line.sequence, 1U);
+    needs.mostBands = 2;
+    EXPECT_EQ(cutBands({4, 6, 5, 2, 1}, needs).blockCount(), 4U);
+}
+
+TEST(Plan, CutsWindowsByCacheReachAndTime) {
+    const io::MemoryImage flat = imageOf(RIX_UINT8, {4096, 4096, 1, 1, 1});
+    const io::MemoryImage cube = imageOf(RIX_UINT8, {256, 256, 256, 1, 1});
+    const io::MemoryImage wide = imageOf(RIX_UINT8, {3000000, 5, 1, 1, 1});
+    const auto largest = [](const Plan& plan) {
+        return Extents{plan.largestPart(COLUMNS), plan.largestPart(ROWS), plan.largestPart(PLANS), 1, 1};
+    };
+    // 3x3: as many full rows of both images as fit.
+    Extents block = largest(cutBoxes({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}));
+    EXPECT_EQ(block[0], 4096U);
+    EXPECT_EQ(block[1], usualBlockBytes / (2 * 4096));
+    // 101x101: four times the reach, or most of the work would be the rows between blocks.
+    block = largest(cutBoxes({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 1.0}));
+    EXPECT_GE(block[1], 370U);
+    EXPECT_LE(block[1], 400U);
+    // 2 microseconds a voxel: 20 ms are 10000 voxels.
+    block = largest(cutBoxes({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 2000.0}));
+    EXPECT_LE(block[1] * block[0], 10000U);
+    // The windows of all rows of a block fit, and several times the planes' reach is done at once.
+    block = largest(cutBoxes({&cube}, {&cube}, {reachOfWindow(15, 15, 15), 1.0}));
+    EXPECT_LE((block[1] + 14) * (15 * (block[0] + 14) + block[0]), usualBlockBytes + 15 * 270);
+    EXPECT_GE(block[1], 56U);
+    EXPECT_GE(block[2], 50U);
+    // Rows whose windows don't fit are cut.
+    block = largest(cutBoxes({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}));
+    EXPECT_LT(block[0] * 3, usualBlockBytes);
+    EXPECT_GE(block[0], 4096U);
+    EXPECT_EQ(cutBoxes({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_ROWS).largestPart(COLUMNS),
+              3000000U);
+    EXPECT_EQ(cutBoxes({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_COLUMNS).largestPart(ROWS),
+              4096U);
+}
+
+TEST(Plan, TellsSmallWorkAndRefusesWhatItCannotCut) {
+    const io::MemoryImage image = imageOf(RIX_UINT8, {100, 100, 1, 1, 1});
+    const io::MemoryImage other = imageOf(RIX_UINT8, {100, 99, 1, 1, 1});
+    const io::MemoryImage empty = imageOf(RIX_UINT8, {100, 0, 1, 1, 1});
+    EXPECT_TRUE(cutBoxes({&image}, {&image}, {{}, 1.0}).isSmall());
+    EXPECT_FALSE(cutBoxes({&image}, {&image}, {{}, 100.0}).isSmall());
+    EXPECT_TRUE(cutLines({&image}, 1.0).isSmall());
+    EXPECT_THROW(cutBoxes({&image}, {&other}, {{}, 1.0}), UnexpectedError);
+    EXPECT_THROW(cutLines({&image, &other}, 1.0), UnexpectedError);
+    EXPECT_EQ(cutBoxes({&empty}, {&empty}, {{}, 1.0}).blockCount(), 0U);
+    EXPECT_EQ(cutLines({&empty}, 1.0).blockCount(), 0U);
+    const std::size_t huge = std::size_t{1} << 33;
+    EXPECT_THROW(cutBands({huge, huge, 1, 1, 1}, {}), UnexpectedError);
+}
+
+TEST(Plan, ModesCutAsTheySay) {
+    CopyOnly image;
+    ASSERT_TRUE(image.reserve(RIX_FLOAT64, 200000, 40, 1, 1, 1));
+    const Plan rowsOnly = cutLines({&image}, 1.0, RIX_PARTITION_ONLY_ROWS);
+    const Plan columnsOnly = cutLines({&image}, 1.0, RIX_PARTITION_ONLY_COLUMNS);
+    ASSERT_GT(rowsOnly.blockCount(), 1U);
+    ASSERT_GT(columnsOnly.blockCount(), 1U);
+    EXPECT_EQ(rowsOnly.parts(COLUMNS), 1U);
+    EXPECT_EQ(columnsOnly.parts(ROWS), 1U);
+}
+
+TEST(PartOf, IsExhaustiveAtTheEndsOfTheRange) {
+    const std::size_t huge = std::numeric_limits<std::size_t>::max();
+    EXPECT_EQ(partOf(huge, 3, 0).begin, 0U);
+    EXPECT_EQ(partOf(huge, 3, 0).end, partOf(huge, 3, 1).begin);
+    EXPECT_EQ(partOf(huge, 3, 2).end, huge);
+    EXPECT_EQ(partOf(7, 3, 0).end, 3U);
+    EXPECT_EQ(partOf(7, 3, 2).begin, 5U);
+}
+
+TEST(WithReach, StopsAtTheEdges) {
+    const Block block{{{{10, 20}, {0, 5}, {3, 4}, {1, 2}, {0, 1}}}};
+    const Block source = withReach(block, {{3, 4}, {2, 1}, {9, 9}}, {22, 5, 8, 2, 1});
+    const auto expect = [](const Interval& interval, std::size_t begin, std::size_t end) {
+        EXPECT_EQ(interval.begin, begin);
+        EXPECT_EQ(interval.end, end);
+    };
+    expect(source.columns(), 7, 22);
+    expect(source.rows(), 0, 5);
+    expect(source.planes(), 0, 8);
+    EXPECT_EQ(source.sequence(), 1U);
+}
+
+}  // namespace
+}  // namespace rix::access

@@ -1,0 +1,121 @@
+#include "BoxNeeds.h"
+
+#include <algorithm>
+#include <array>
+
+namespace rix::filtering::smoothing {
+
+namespace {
+
+/// The largest magnitude of a voxel.
+WideInteger largestMagnitude(VoxelTypes voxelType) {
+    switch (voxelType) {
+        case RIX_UINT8: return 255;
+        case RIX_INT8: return 128;
+        case RIX_UINT16: return 65535;
+        case RIX_INT16: return 32768;
+        case RIX_UINT32: return 4294967295;
+        default: return 2147483648;
+    }
+}
+
+/// Rough costs, for deciding whether threads pay.
+double nanosecondsPerVoxel(BoxSums sums) {
+    switch (sums) {
+        case BoxSums::Bits32: return 0.3;
+        case BoxSums::Bits64: return 5;
+        case BoxSums::Bits128: return 40;
+        case BoxSums::Real: return 1;
+    }
+    return 1;
+}
+
+}  // namespace
+
+BoxSums chooseSums(VoxelTypes voxelType, const BoxJob& job) {
+    if (voxelType == RIX_FLOAT32 || voxelType == RIX_FLOAT64) {
+        return BoxSums::Real;
+    }
+    const WideInteger largest = largestMagnitude(voxelType) * job.summed();
+    // The division of means takes sums up to 2^31, that bound included.
+    return largest <= WideInteger{1} << 31 && helper::getSizeOf(voxelType) < 4 ? BoxSums::Bits32
+           : largest < WideInteger{1} << 63                                    ? BoxSums::Bits64
+                                                                               : BoxSums::Bits128;
+}
+
+access::Interval sourceRange(const BoxAxis& axis, access::Interval outputs) {
+    const std::size_t first = outputs.begin;
+    const std::size_t last = outputs.end - 1 + axis.window;  // one past the last element
+    const access::Interval all{0, axis.extent};
+    if (axis.border == BoxBorder::Zero) {
+        return {first > axis.reach ? first - axis.reach : 0, std::min(last - axis.reach, axis.extent)};
+    }
+    // Mirrored parts lie inside the rest unless the window is large against the block.
+    const std::size_t below = axis.reach > first ? axis.reach - first : 0;
+    const std::size_t above = last > axis.extent + axis.reach ? last - axis.extent - axis.reach : 0;
+    if (axis.periods > 0 || last <= axis.reach || (below > 0 && above > 0) || below > axis.extent ||
+        above > axis.extent) {
+        return all;
+    }
+    if (below > 0) {
+        return {0, std::max(last - axis.reach, below)};
+    }
+    if (above > 0) {
+        return {std::min(first - axis.reach, axis.extent - above), axis.extent};
+    }
+    return {first - axis.reach, last - axis.reach};
+}
+
+access::BoxNeeds boxNeeds(const ImageModel& input, const BoxJob& job) {
+    const auto reachOf = [&](Components axis) {
+        const BoxAxis& box = job.axes[axis];
+        const std::size_t before = std::min(box.reach, box.window - 1);
+        return access::Reach::Axis{before, box.window - 1 - before};
+    };
+    const BoxSums sums = chooseSums(input.getVoxelType(), job);
+    const bool real = sums == BoxSums::Real;
+    access::Carried carried;
+    carried.axis = job.axes[PLANS].isIdentity() ? ROWS : PLANS;
+    carried.group = boxGroup;
+    carried.piece = carried.axis == PLANS && real ? 512 : 8192;
+    carried.voxels = std::size_t{1} << (carried.axis == PLANS ? 19 : real ? 17 : 18);
+    carried.bandVoxels = real ? 32768 : 131072;
+    access::BoxNeeds needs;
+    needs.reach = {reachOf(COLUMNS), reachOf(ROWS), reachOf(PLANS)};
+    needs.nanosecondsPerVoxel = nanosecondsPerVoxel(sums);
+    needs.carried = carried;
+    return needs;
+}
+
+/// The largest number of source columns, rows and planes that a block reads; planes are 1 when each is by itself.
+static std::array<std::size_t, 3> largestSource(const ImageModel& input, const BoxJob& job) {
+    const access::Plan plan = access::cutBoxes({&input}, {}, boxNeeds(input, job));
+    std::array<std::size_t, 3> largest{};
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        const BoxAxis& box = job.axes[axis];
+        const std::size_t source = plan.largestPart(axis) + box.window - 1;
+        largest[axis] = box.periods > 0 ? box.extent : std::min(box.extent, source);
+    }
+    if (job.axes[PLANS].isIdentity()) {
+        largest[PLANS] = 1;
+    }
+    return largest;
+}
+
+std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job) {
+    const auto source = largestSource(input, job);
+    const BoxSums sums = chooseSums(input.getVoxelType(), job);
+    const std::size_t width = source[COLUMNS] + job.axes[COLUMNS].window + 2 * boxGroup;
+    const bool volume = !job.axes[PLANS].isIdentity();
+    const std::size_t rows = 2 * boxGroup * width * helper::getSizeOf(input.getVoxelType());
+    if (sums != BoxSums::Real) {
+        const std::size_t sum = sums == BoxSums::Bits32 ? 4 : sums == BoxSums::Bits64 ? 8 : 16;
+        return rows + (3 * width + (volume ? source[COLUMNS] * source[ROWS] : 0)) * sum;
+    }
+    const auto kept = [](const BoxAxis& axis) { return 3 + axis.window / boxGroup; };
+    const std::size_t rowSums = 8 * (boxGroup * width + kept(job.axes[ROWS]) * width);
+    const std::size_t planeSums = volume ? 8 * source[COLUMNS] * source[ROWS] * (boxGroup + kept(job.axes[PLANS])) : 0;
+    return rows + rowSums + planeSums;
+}
+
+}  // namespace rix::filtering::smoothing
