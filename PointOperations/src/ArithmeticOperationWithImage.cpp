@@ -3,6 +3,7 @@
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageAssertions.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
 #include "ArithmeticOperationWithImagePrivate.h"
@@ -33,7 +34,8 @@ ArithmeticOperationWithImage::ArithmeticOperationWithImage(algorithms::AbstractP
     addInput(state.arithmeticOperator, "arithmeticOperator", "How the operands are combined.");
     addRules(state.arithmeticOperator, AddRuleIsAnEnumOfType(getInfoArithmeticOperatorType()));
     addOutput(state.outputImage, "outputImage", "The first operand combined with the second, voxel by voxel.");
-    addRules(state.outputImage, AddRuleAssertNotNull());
+    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage1),
+             AddRuleInPlaceOrDisjoint(state.inputImage2));
 }
 
 AlgoInfo& ArithmeticOperationWithImage::getClassInfo() const {

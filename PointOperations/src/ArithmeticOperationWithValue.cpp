@@ -3,6 +3,7 @@
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageAssertions.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
 #include "ArithmeticOperationWithValuePrivate.h"
@@ -31,7 +32,7 @@ ArithmeticOperationWithValue::ArithmeticOperationWithValue(algorithms::AbstractP
     addInput(state.arithmeticOperator, "arithmeticOperator", "How the operands are combined.");
     addRules(state.arithmeticOperator, AddRuleIsAnEnumOfType(getInfoArithmeticOperatorType()));
     addOutput(state.outputImage, "outputImage", "The image combined with the value, voxel by voxel.");
-    addRules(state.outputImage, AddRuleAssertNotNull());
+    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage));
 }
 
 AlgoInfo& ArithmeticOperationWithValue::getClassInfo() const {

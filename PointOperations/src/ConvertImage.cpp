@@ -6,6 +6,7 @@
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ScopedRule.h>
 #include <rix/rules/ValueRules.h>
 
@@ -79,7 +80,7 @@ ConvertImage::ConvertImage(algorithms::AbstractPrivateImplementation* given)
     addInput(state.outputType, "outputType", "What the image becomes.");
     addRules(state.outputType, AddRuleIsAnEnumOfType(getInfoOutputType()));
     addOutput(state.outputImage, "outputImage", "The image as the output type.");
-    addRules(state.outputImage, AddRuleAssertNotNull());
+    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage));
 }
 
 AlgoInfo& ConvertImage::getClassInfo() const {

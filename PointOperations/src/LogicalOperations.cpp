@@ -5,6 +5,7 @@
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
 #include "PointRunners.h"
@@ -27,9 +28,11 @@ struct WithValuePrivate : algorithms::AbstractPrivateImplementation {
     Property<ImageModel*> outputImage;
 };
 
-void addOutputRules(Property<ImageModel*>& output, const Property<const ImageModel*>& first) {
-    addRules(output, AddRuleAssertNotNull(), AddRuleEnforceSameSizeCalibrationAndType(first),
-             AddRuleEnforceSameInterpretation(first), AddRuleEnforceSameColorInterpretation(first));
+template <class... Inputs>
+void addOutputRules(Property<ImageModel*>& output, const Property<const ImageModel*>& first, const Inputs&... others) {
+    addRules(output, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(first), AddRuleInPlaceOrDisjoint(others)...,
+             AddRuleEnforceSameSizeCalibrationAndType(first), AddRuleEnforceSameInterpretation(first),
+             AddRuleEnforceSameColorInterpretation(first));
 }
 
 AlgorithmDescription describeLike(const char* summary, const ImageModel* first) {
@@ -67,7 +70,7 @@ LogicalOperationWithImage::LogicalOperationWithImage(algorithms::AbstractPrivate
     addInput(state.logicalOperator, "logicalOperator", "How the bits of the operands are combined.");
     addRules(state.logicalOperator, AddRuleIsAnEnumOfType(getInfoLogicalOperatorType()));
     addOutput(state.outputImage, "outputImage", "The first operand combined with the second, bit by bit.");
-    addOutputRules(state.outputImage, state.inputImage1);
+    addOutputRules(state.outputImage, state.inputImage1, state.inputImage2);
 }
 
 AlgoInfo& LogicalOperationWithImage::getClassInfo() const {

@@ -5,6 +5,7 @@
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/rules/CompareRules.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ScopedRule.h>
 #include <rix/rules/ValueRules.h>
 
@@ -40,7 +41,8 @@ MaskImage::MaskImage(algorithms::AbstractPrivateImplementation* given)
     addRules(state.inputBinaryImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
              AddRuleAssertType({RIX_UINT8, RIX_INT8, RIX_UINT16, RIX_INT16}), AddRuleAssertSameSize(state.inputImage));
     addOutput(state.outputImage, "outputImage", "The image, 0 outside the mask.");
-    addRules(state.outputImage, AddRuleAssertNotNull());
+    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage),
+             AddRuleInPlaceOrDisjoint(state.inputBinaryImage));
 }
 
 AlgoInfo& MaskImage::getClassInfo() const {

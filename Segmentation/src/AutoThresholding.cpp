@@ -7,6 +7,7 @@
 #include <rix/rules/CompareRules.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
 #include <rix/segmentation/AutoThresholdingDark.h>
@@ -45,7 +46,7 @@ AutoThresholding::AutoThresholding(algorithms::AbstractPrivateImplementation* gi
     addRules(state.thresholdCriterion, AddRuleIsAnEnumOfType(getInfoThresholdCriterionType()));
     addOutput(state.outputBinaryImage, "outputBinaryImage", "1 on the kept side of the threshold, 0 elsewhere.");
     addRules(state.outputBinaryImage, AddRuleAssertNotNull(),
-             AddRuleCompare(CompareRelation::NotEqual, state.inputGrayImage),
+             AddRuleCompare(CompareRelation::NotEqual, state.inputGrayImage), AddRuleDisjointFrom(state.inputGrayImage),
              AddRuleEnforceImage(ImageCheck{RIX_UINT8, state.inputGrayImage, RIX_BINARY}));
     addOutput(state.outputMeasurement, "outputMeasurement", "The thresholds, one for each frame.");
     addRules(state.outputMeasurement, AddRuleAssertNotNull());

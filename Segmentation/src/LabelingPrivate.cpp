@@ -14,6 +14,7 @@
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
 #include "labeling/PackPhase.h"
@@ -67,7 +68,8 @@ void LabelingPrivate::attachRules() {
              rules::AddRuleOnImage<AssertObjectImage>(), AddRuleAssertImageNotEmpty());
     labelType.getImpl()->addRule(std::make_shared<RuleIsLabelType>(*labelType.getEnumInfo()));
     addRules(neighborhood, AddRuleIsAnEnumOfType(*neighborhood.getEnumInfo()));
-    addRules(outputLabelImage, AddRuleAssertNotNull(), AddRuleCompare(CompareRelation::NotEqual, inputObjectImage));
+    addRules(outputLabelImage, AddRuleAssertNotNull(), AddRuleCompare(CompareRelation::NotEqual, inputObjectImage),
+             AddRuleDisjointFrom(inputObjectImage));
 }
 
 void LabelingPrivate::shapeOutput() {

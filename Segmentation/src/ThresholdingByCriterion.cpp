@@ -5,6 +5,7 @@
 #include <rix/properties/PropertySingleChoice.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
 #include "ThresholdingByCriterionRunners.h"
@@ -48,7 +49,7 @@ ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImpl
     addRules(state.comparisonCriterion, AddRuleIsAnEnumOfType(getInfoCriterionType()));
     addInput(state.comparisonValue, "comparisonValue", "The value that voxels are compared with.");
     addOutput(state.outputBinaryImage, "outputBinaryImage", "1 where the comparison holds, 0 elsewhere.");
-    addRules(state.outputBinaryImage, AddRuleAssertNotNull(),
+    addRules(state.outputBinaryImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputGrayImage),
              AddRuleEnforceImage(ImageCheck{RIX_UINT8, state.inputGrayImage, RIX_BINARY}));
 }
 

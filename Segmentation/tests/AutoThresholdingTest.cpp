@@ -12,6 +12,7 @@
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
+#include <rix/image/ImageModelSizeProxy.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
 #include <rix/segmentation/AutoThresholdingDark.h>
@@ -186,6 +187,7 @@ TEST(AutoThresholding, RefusesToWorkInPlaceAndWithoutResultObject) {
     io::MemoryImage image = heaps(RIX_UINT8, {9, 9, 1, 1, 1});
     const io::MemoryImage before = image;
     io::MemoryImage output;
+    ImageModelSizeProxy part(&image, {0, 0, 0, 0, 0}, {9, 8, 1, 1, 1});
     analysis::AutoThresholdingMsr measurement;
     struct Case {
         ImageModel* output;
@@ -194,6 +196,7 @@ TEST(AutoThresholding, RefusesToWorkInPlaceAndWithoutResultObject) {
     };
     const Case cases[] = {
         {&image, &measurement, "must be not equal to the parameter \"inputGrayImage\""},
+        {&part, &measurement, "share samples"},
         {nullptr, &measurement, "The parameter \"outputBinaryImage\" must be set."},
         {&output, nullptr, "The parameter \"outputMeasurement\" must be set."},
     };

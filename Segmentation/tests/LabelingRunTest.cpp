@@ -247,6 +247,7 @@ void checkRefusals() {
     static const io::MemoryImage empty;
     static io::MemoryImage same = good;
     static ImageModelFull2d wrongShape(&same, 0, 0, 0);
+    static ImageModelFull2d secondPlane(&same, 1, 0, 0);
     const auto given = [](VoxelTypes type) {
         return [type](Labeling& a) {
             static std::vector<io::MemoryImage> images(16);
@@ -288,6 +289,12 @@ void checkRefusals() {
              a.setOutputLabelImage(&same);
          },
          {"outputLabelImage", "must be not equal to", "inputObjectImage"}},
+        {"overlapping",
+         [](Labeling& a) {
+             a.setInputObjectImage(&same);
+             a.setOutputLabelImage(&secondPlane);
+         },
+         {"outputLabelImage", "share samples", "inputObjectImage"}},
         {"a view of another shape", [](Labeling& a) { a.setOutputLabelImage(&wrongShape); }, {"outputLabelImage"}},
     };
     for (const Refusal<Labeling>& refusal : refusals) {

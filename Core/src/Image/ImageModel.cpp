@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/SampleMemory.h>
 
 #include "Image/LostSamples.h"
 
@@ -28,9 +29,11 @@ void matchShape(ImageModel& image, const ImageModel& reference, bool size, bool 
     if (extents == own && voxelType == image.getVoxelType() && image.getElementType() == SINGLE) {
         return;  // reserving again would give up samples for nothing
     }
-    const bool reserved = image.reserve(voxelType, extents[COLUMNS], extents[ROWS], extents[PLANS], extents[SEQUENCE],
-                                        extents[SPECTRAL_SERIES]);
-    if (!reserved) {
+    // A reference that looks at samples of the image would lose them.
+    const bool mayBeReserved = !helper::mayShareSamples(image, reference);
+    const bool reserved = mayBeReserved && image.reserve(voxelType, extents[COLUMNS], extents[ROWS], extents[PLANS],
+                                                         extents[SEQUENCE], extents[SPECTRAL_SERIES]);
+    if (mayBeReserved && !reserved) {
         helper::emptyIfSamplesAreLost(image);
     }
     require(reserved, size ? "The image cannot be resized." : "The image cannot be retyped.");

@@ -6,14 +6,14 @@ namespace rix {
 
 ImageModel3dWithFull2d::ImageModel3dWithFull2d(ImageModel* real, std::size_t firstPlane, std::size_t numberOfPlanes,
                                                std::size_t indexSequence, std::size_t indexSpectral)
-    : ImageModelSizeProxyBase(real) {
+    : ImageModelBoxView(real) {
     initialize(firstPlane, numberOfPlanes, indexSequence, indexSpectral);
 }
 
 ImageModel3dWithFull2d::ImageModel3dWithFull2d(const ImageModel* real, std::size_t firstPlane,
                                                std::size_t numberOfPlanes, std::size_t indexSequence,
                                                std::size_t indexSpectral)
-    : ImageModelSizeProxyBase(real) {
+    : ImageModelBoxView(real) {
     initialize(firstPlane, numberOfPlanes, indexSequence, indexSpectral);
 }
 
@@ -50,52 +50,15 @@ std::size_t ImageModel3dWithFull2d::getNumOf(const Components& component) const 
     }
 }
 
-bool ImageModel3dWithFull2d::contains(std::size_t nbElement, std::size_t firstCols, std::size_t firstRows,
-                                      std::size_t firstPlans, std::size_t firstSequence,
-                                      std::size_t firstSpectralSeries) const {
-    using detail::expects;
+bool ImageModel3dWithFull2d::contains(std::size_t nbElement, const Position& position) const {
     const std::size_t realPlanes = m_realImage->getNumOf(PLANS);
-    const bool isPlaneOfRealImage = m_firstPlane < realPlanes && firstPlans < realPlanes - m_firstPlane;
-    return expects(detail::fits(nbElement, firstCols, m_numOfColumns), "( nbElement + firstCols ) <= m_numOfColumns") &&
-           expects(firstRows < m_numOfRows, "firstRows < m_numOfRows") &&
-           expects(isPlaneOfRealImage, "m_firstPlane + firstPlans < m_realImage->getNumOf( PLANS )") &&
-           expects(firstSequence == 0, "firstSequence == 0") &&
-           expects(firstSpectralSeries == 0, "firstSpectralSeries == 0") && firstPlans < m_numOfPlanes;
+    const bool isPlaneOfRealImage = m_firstPlane < realPlanes && position[PLANS] < realPlanes - m_firstPlane;
+    return detail::isInRow(nbElement, position, m_numOfColumns, m_numOfRows) &&
+           detail::expects(isPlaneOfRealImage, "m_firstPlane + firstPlans < m_realImage->getNumOf( PLANS )") &&
+           detail::isOnlyVolume(position) && position[PLANS] < m_numOfPlanes;
 }
 
-bool ImageModel3dWithFull2d::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols,
-                                       std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                       std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->readRowAt(nbElement, buffer, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
-                                  m_indexSpectral);
-}
-
-bool ImageModel3dWithFull2d::writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
-                                        std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                        std::size_t firstSpectralSeries) {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->writeRowAt(nbElement, buffer, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
-                                   m_indexSpectral);
-}
-
-bool ImageModel3dWithFull2d::getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
-                                      std::size_t firstPlans, std::size_t firstSequence,
-                                      std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getRowAt(nbElement, row, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
-                                 m_indexSpectral);
-}
-
-bool ImageModel3dWithFull2d::getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
-                                           std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                           std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getConstRowAt(nbElement, row, firstCols, firstRows, m_firstPlane + firstPlans, m_indexSequence,
-                                      m_indexSpectral);
-}
-
-std::vector<std::size_t> ImageModel3dWithFull2d::firstElement() const {
+ImageModelBoxView::Position ImageModel3dWithFull2d::firstPosition() const {
     return {0, 0, m_firstPlane, m_indexSequence, m_indexSpectral};
 }
 

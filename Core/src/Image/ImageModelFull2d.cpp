@@ -6,13 +6,13 @@ namespace rix {
 
 ImageModelFull2d::ImageModelFull2d(ImageModel* real, std::size_t indexPlane, std::size_t indexSequence,
                                    std::size_t indexSpectral)
-    : ImageModelSizeProxyBase(real) {
+    : ImageModelBoxView(real) {
     initialize(indexPlane, indexSequence, indexSpectral);
 }
 
 ImageModelFull2d::ImageModelFull2d(const ImageModel* real, std::size_t indexPlane, std::size_t indexSequence,
                                    std::size_t indexSpectral)
-    : ImageModelSizeProxyBase(real) {
+    : ImageModelBoxView(real) {
     initialize(indexPlane, indexSequence, indexSpectral);
 }
 
@@ -50,45 +50,9 @@ std::size_t ImageModelFull2d::getNumOf(const Components& component) const {
     }
 }
 
-bool ImageModelFull2d::contains(std::size_t nbElement, std::size_t firstCols, std::size_t firstRows,
-                                std::size_t firstPlans, std::size_t firstSequence,
-                                std::size_t firstSpectralSeries) const {
-    using detail::expects;
-    return expects(detail::fits(nbElement, firstCols, m_numOfColumns), "( nbElement + firstCols ) <= m_numOfColumns") &&
-           expects(firstRows < m_numOfRows, "firstRows < m_numOfRows") && expects(firstPlans == 0, "firstPlans == 0") &&
-           expects(firstSequence == 0, "firstSequence == 0") &&
-           expects(firstSpectralSeries == 0, "firstSpectralSeries == 0");
-}
-
-bool ImageModelFull2d::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
-                                 std::size_t firstPlans, std::size_t firstSequence,
-                                 std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->readRowAt(nbElement, buffer, firstCols, firstRows, m_indexPlane, m_indexSequence,
-                                  m_indexSpectral);
-}
-
-bool ImageModelFull2d::writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
-                                  std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                  std::size_t firstSpectralSeries) {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->writeRowAt(nbElement, buffer, firstCols, firstRows, m_indexPlane, m_indexSequence,
-                                   m_indexSpectral);
-}
-
-bool ImageModelFull2d::getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
-                                std::size_t firstPlans, std::size_t firstSequence,
-                                std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getRowAt(nbElement, row, firstCols, firstRows, m_indexPlane, m_indexSequence, m_indexSpectral);
-}
-
-bool ImageModelFull2d::getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
-                                     std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                     std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getConstRowAt(nbElement, row, firstCols, firstRows, m_indexPlane, m_indexSequence,
-                                      m_indexSpectral);
+bool ImageModelFull2d::contains(std::size_t nbElement, const Position& position) const {
+    return detail::isInRow(nbElement, position, m_numOfColumns, m_numOfRows) &&
+           detail::expects(position[PLANS] == 0, "firstPlans == 0") && detail::isOnlyVolume(position);
 }
 
 ConstRawData ImageModelFull2d::getImageBuffer() const {
@@ -110,7 +74,7 @@ RawData ImageModelFull2d::getImageBuffer() {
     return row;
 }
 
-std::vector<std::size_t> ImageModelFull2d::firstElement() const {
+ImageModelBoxView::Position ImageModelFull2d::firstPosition() const {
     return {0, 0, m_indexPlane, m_indexSequence, m_indexSpectral};
 }
 

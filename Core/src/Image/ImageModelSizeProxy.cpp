@@ -8,13 +8,13 @@ namespace rix {
 
 ImageModelSizeProxy::ImageModelSizeProxy(ImageModel* real, const std::vector<std::size_t>& firstElt,
                                          const std::vector<std::size_t>& nbElts)
-    : ImageModelSizeProxyBase(real), m_firstElt(firstElt), m_nbElts(nbElts) {
+    : ImageModelBoxView(real), m_firstElt(firstElt), m_nbElts(nbElts) {
     checkBox();
 }
 
 ImageModelSizeProxy::ImageModelSizeProxy(const ImageModel* real, const std::vector<std::size_t>& firstElt,
                                          const std::vector<std::size_t>& nbElts)
-    : ImageModelSizeProxyBase(real), m_firstElt(firstElt), m_nbElts(nbElts) {
+    : ImageModelBoxView(real), m_firstElt(firstElt), m_nbElts(nbElts) {
     checkBox();
 }
 
@@ -39,52 +39,17 @@ std::size_t ImageModelSizeProxy::getNumOf(const Components& component) const {
     return component >= COLUMNS && component <= SPECTRAL_SERIES ? m_nbElts[static_cast<std::size_t>(component)] : 0;
 }
 
-bool ImageModelSizeProxy::contains(std::size_t nbElement, std::size_t firstCols, std::size_t firstRows,
-                                   std::size_t firstPlans, std::size_t firstSequence,
-                                   std::size_t firstSpectralSeries) const {
-    return detail::fits(nbElement, firstCols, m_nbElts[COLUMNS]) && firstRows < m_nbElts[ROWS] &&
-           firstPlans < m_nbElts[PLANS] && firstSequence < m_nbElts[SEQUENCE] &&
-           firstSpectralSeries < m_nbElts[SPECTRAL_SERIES];
+bool ImageModelSizeProxy::contains(std::size_t nbElement, const Position& position) const {
+    bool inside = detail::fits(nbElement, position[COLUMNS], m_nbElts[COLUMNS]);
+    for (std::size_t axis = ROWS; axis < position.size(); ++axis) {
+        inside = inside && position[axis] < m_nbElts[axis];
+    }
+    return inside;
 }
 
-bool ImageModelSizeProxy::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
-                                    std::size_t firstPlans, std::size_t firstSequence,
-                                    std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->readRowAt(nbElement, buffer, m_firstElt[COLUMNS] + firstCols, m_firstElt[ROWS] + firstRows,
-                                  m_firstElt[PLANS] + firstPlans, m_firstElt[SEQUENCE] + firstSequence,
-                                  m_firstElt[SPECTRAL_SERIES] + firstSpectralSeries);
-}
-
-bool ImageModelSizeProxy::writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
-                                     std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                     std::size_t firstSpectralSeries) {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->writeRowAt(nbElement, buffer, m_firstElt[COLUMNS] + firstCols, m_firstElt[ROWS] + firstRows,
-                                   m_firstElt[PLANS] + firstPlans, m_firstElt[SEQUENCE] + firstSequence,
-                                   m_firstElt[SPECTRAL_SERIES] + firstSpectralSeries);
-}
-
-bool ImageModelSizeProxy::getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
-                                   std::size_t firstPlans, std::size_t firstSequence,
-                                   std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getRowAt(nbElement, row, m_firstElt[COLUMNS] + firstCols, m_firstElt[ROWS] + firstRows,
-                                 m_firstElt[PLANS] + firstPlans, m_firstElt[SEQUENCE] + firstSequence,
-                                 m_firstElt[SPECTRAL_SERIES] + firstSpectralSeries);
-}
-
-bool ImageModelSizeProxy::getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
-                                        std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                        std::size_t firstSpectralSeries) const {
-    return contains(nbElement, firstCols, firstRows, firstPlans, firstSequence, firstSpectralSeries) &&
-           m_realImage->getConstRowAt(nbElement, row, m_firstElt[COLUMNS] + firstCols, m_firstElt[ROWS] + firstRows,
-                                      m_firstElt[PLANS] + firstPlans, m_firstElt[SEQUENCE] + firstSequence,
-                                      m_firstElt[SPECTRAL_SERIES] + firstSpectralSeries);
-}
-
-std::vector<std::size_t> ImageModelSizeProxy::firstElement() const {
-    return m_firstElt;
+ImageModelBoxView::Position ImageModelSizeProxy::firstPosition() const {
+    return {m_firstElt[COLUMNS], m_firstElt[ROWS], m_firstElt[PLANS], m_firstElt[SEQUENCE],
+            m_firstElt[SPECTRAL_SERIES]};
 }
 
 }  // namespace rix

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <source_location>
 
 #include <rix/Assert.h>
+#include <rix/image/ImageTypes.h>
 
 namespace rix::detail {
 
@@ -22,6 +24,18 @@ inline bool expects([[maybe_unused]] bool holds, [[maybe_unused]] const char* te
 /// first + count <= extent, for any values.
 constexpr bool fits(std::size_t count, std::size_t first, std::size_t extent) {
     return first <= extent && count <= extent - first;
+}
+
+using Position = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
+
+/// What the views of whole rows expect of a run of elements. The texts are fixed, blanks included.
+inline bool isInRow(std::size_t nbElement, const Position& position, std::size_t columns, std::size_t rows) {
+    return expects(fits(nbElement, position[COLUMNS], columns), "( nbElement + firstCols ) <= m_numOfColumns") &&
+           expects(position[ROWS] < rows, "firstRows < m_numOfRows");
+}
+inline bool isOnlyVolume(const Position& position) {
+    return expects(position[SEQUENCE] == 0, "firstSequence == 0") &&
+           expects(position[SPECTRAL_SERIES] == 0, "firstSpectralSeries == 0");
 }
 
 }  // namespace rix::detail

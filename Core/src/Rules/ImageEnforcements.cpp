@@ -1,5 +1,7 @@
 #include <rix/rules/ImageEnforcements.h>
 
+#include <rix/image/SampleMemory.h>
+
 #include "Image/LostSamples.h"
 
 namespace rix::rules {
@@ -209,8 +211,9 @@ void EnforceImage::reserve(const OutputOperand& output, const ImageModel& model)
         exception.addInfoLevel(describeOperand(output) + "; " + describeOperand(reference) + ".");
         throw exception;
     };
-    if (isSameImage(image, model)) {
-        refuseShape("Both are the same image, whose samples would be lost.");
+    if (helper::mayShareSamples(image, model)) {
+        refuseShape(isSameImage(image, model) ? "Both are the same image, whose samples would be lost."
+                                              : "The images share samples, which would be lost.");
     }
     if (!image.reserve(elementType, m_check.voxelType, extents[0], extents[1], extents[2], extents[3], extents[4])) {
         helper::emptyIfSamplesAreLost(image);

@@ -3,6 +3,7 @@
 #include <limits>
 #include <new>
 
+#include <rix/image/ImageModelSizeProxy.h>
 #include <rix/rules/ImageEnforcements.h>
 
 #include "RuleTestSupport.h"
@@ -139,7 +140,9 @@ const std::vector<Enforcement>& enforcements() {
          false,
          {"The image cannot be resized.",
           "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\"."}},
-        {[](auto& p, auto& q) { AddRuleEnforceImage(ImageCheck{RIX_INT32, q, RIX_BINARY})(p); },
+        {[](auto& p, auto& q) {
+             AddRuleEnforceImage(ImageCheck{RIX_INT32, q, RIX_BINARY})(p);
+         },
          "takes shape and calibration of inputImage with the data type int32 as a binary image",
          "(5, 4, 2, 1, 3, scalar, int32, binary)",
          true,
@@ -330,6 +333,13 @@ TEST(Enforcements, NeverDestroyAnInput) {
               "The parameter \"p\" cannot be resized and retyped to fit the parameter \"inputImage\" with "
               "the data type int16.");
     expectSamples();
+    const ImageModelSizeProxy part(static_cast<const ImageModel*>(&image), {1, 1, 0, 0, 0}, {2, 2, 1, 1, 1});
+    inputImage.set(&part);
+    EXPECT_EQ(applyRules(p).at(0), "The image cannot be resized.");
+    NamedProperty<ImageModel*> q("q", &image);
+    AddRuleEnforceImage(ImageCheck{RIX_UINT8, inputImage})(q);
+    EXPECT_EQ(applyRules(q).at(0), "The images share samples, which would be lost.");
+    expectSamples();
 }
 
 /// Has no memory for more than 100 bytes.
@@ -346,7 +356,9 @@ public:
 TEST(Enforcements, AnOutputThatLostItsSamplesIsShapedAgainByTheNextRun) {
     const std::function<void(const Property<const ImageModel*>&, Property<ImageModel*>&)> adders[] = {
         [](const auto& input, auto& output) { AddRuleEnforceSameSizeCalibrationAndType{input}(output); },
-        [](const auto& input, auto& output) { AddRuleEnforceImage(ImageCheck{RIX_UINT8, input})(output); },
+        [](const auto& input, auto& output) {
+            AddRuleEnforceImage(ImageCheck{RIX_UINT8, input})(output);
+        },
     };
     for (const auto& addRule : adders) {
         SmallImage output;

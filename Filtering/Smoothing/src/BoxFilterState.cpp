@@ -6,6 +6,7 @@
 #include <rix/devices/Cpu.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilterWorkType.h>
+#include <rix/image/SampleMemory.h>
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageEnforcements.h>
@@ -22,13 +23,6 @@ namespace {
 std::uint64_t saturate(WideInteger count) {
     constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
     return count > static_cast<WideInteger>(largest) ? largest : static_cast<std::uint64_t>(count);
-}
-
-/// The addresses of an image's first and last row; false when the storage has none to give.
-bool findAddresses(const ImageModel& image, ConstRawData& first, ConstRawData& last) {
-    const auto n = helper::getExtents(image);
-    return image.getConstRowAt(n[0], first, 0, 0, 0, 0, 0) &&
-           image.getConstRowAt(n[0], last, 0, n[1] - 1, n[2] - 1, n[3] - 1, n[4] - 1);
 }
 
 }  // namespace
@@ -93,19 +87,7 @@ BoxJob BoxFilterState::job() const {
 }
 
 bool BoxFilterState::isInPlace() const {
-    const ImageModel& input = *inputImage.get();
-    const ImageModel& output = *outputImage.get();
-    ConstRawData inFirst = nullptr;
-    ConstRawData inLast = nullptr;
-    ConstRawData outFirst = nullptr;
-    ConstRawData outLast = nullptr;
-    if (&input == &output || !findAddresses(input, inFirst, inLast) || !findAddresses(output, outFirst, outLast)) {
-        // Views answer with the identifier of the image behind them.
-        return input.getImageId() == output.getImageId();
-    }
-    const std::size_t inBytes = input.getNumOf(COLUMNS) * helper::getElementSize(input);
-    const std::size_t outBytes = output.getNumOf(COLUMNS) * helper::getElementSize(output);
-    return inFirst < outLast + outBytes && outFirst < inLast + inBytes;
+    return helper::mayShareSamples(*inputImage.get(), *outputImage.get());
 }
 
 AlgorithmDescription BoxFilterState::describe(std::size_t threads) const {

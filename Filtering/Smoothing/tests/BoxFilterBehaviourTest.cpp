@@ -14,6 +14,7 @@
 #include <rix/access/BlockScheduler.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/filtering/smoothing/BoxFilterWorkType.h>
+#include <rix/image/ImageModel3dWithFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 
 #include "BoxIntegerKernels.h"
@@ -293,6 +294,12 @@ TEST(BoxFilter, WorksInPlaceWhenTheTypeStays) {
         const io::MemoryImage expectedFrame = runBox(in, c.box);
         runBox(in, out, c.box);
         EXPECT_TRUE(imagesEqual(expectedFrame, out)) << c.box;
+        // Part of the input is overwritten, shifted by a plane.
+        const ImageModel3dWithFull2d lower(static_cast<const ImageModel*>(&viewed), 0, 8, 0, 0);
+        ImageModel3dWithFull2d upper(&viewed, 1, 8, 0, 0);
+        const io::MemoryImage expectedSlab = runBox(lower, c.box);
+        runBox(lower, upper, c.box);
+        EXPECT_TRUE(imagesEqual(expectedSlab, upper)) << c.box;
     }
     io::MemoryImage bytes = makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 5);
     const io::MemoryImage before = bytes;

@@ -93,6 +93,7 @@ public:
     /// Samples are kept when nothing has to change: the image is not reserved again when it is the reference itself,
     /// or when extents and voxel type match already and the element type is `SINGLE`. A setter is not called for a
     /// value that matches. The element type and the colour interpretation are never copied.
+    /// An image is never reserved while the reference is a view of its samples.
     /// @throws RuleException naming the first step that fails; earlier steps stay done.
     void enforceSameCharacteristics(const ImageModel* reference, const int& characteristics);
 

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
-#include <rix/image/ImageModelSizeProxyBase.h>
+#include <rix/image/ImageModelBoxView.h>
 
 namespace rix {
 
@@ -14,7 +13,7 @@ namespace rix {
 /// index equal to the extent is accepted by the constructor and the `change...` operations and fails at the first row
 /// access.
 /// Planes of the slab beyond the end of the real image are refused in the same way.
-class RIX_EXPORT ImageModel3dWithFull2d : public ImageModelSizeProxyBase {
+class RIX_EXPORT ImageModel3dWithFull2d : public ImageModelBoxView {
 public:
     ImageModel3dWithFull2d(ImageModel* real, std::size_t firstPlane, std::size_t numberOfPlanes,
                            std::size_t indexSequence, std::size_t indexSpectral);
@@ -30,24 +29,12 @@ public:
     void changeCurrentSpectral(std::size_t indexSpectral);
 
     std::size_t getNumOf(const Components& component) const override;
-    [[nodiscard]] bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
-                                 std::size_t firstPlans, std::size_t firstSequence,
-                                 std::size_t firstSpectralSeries) const override;
-    [[nodiscard]] bool writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
-                                  std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                  std::size_t firstSpectralSeries) override;
-    [[nodiscard]] bool getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
-                                std::size_t firstPlans, std::size_t firstSequence,
-                                std::size_t firstSpectralSeries) const override;
-    [[nodiscard]] bool getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
-                                     std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                     std::size_t firstSpectralSeries) const override;
-    std::vector<std::size_t> firstElement() const override;
+    Position firstPosition() const override;
+
+protected:
+    bool contains(std::size_t nbElement, const Position& position) const override;
 
 private:
-    bool contains(std::size_t nbElement, std::size_t firstCols, std::size_t firstRows, std::size_t firstPlans,
-                  std::size_t firstSequence, std::size_t firstSpectralSeries) const;
-
     std::size_t m_numOfColumns = 0;
     std::size_t m_numOfRows = 0;
     std::size_t m_firstPlane = 0;

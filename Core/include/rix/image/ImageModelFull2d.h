@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
-#include <rix/image/ImageModelSizeProxyBase.h>
+#include <rix/image/ImageModelBoxView.h>
 
 namespace rix {
 
@@ -12,7 +11,7 @@ namespace rix {
 /// In builds with assertions a position outside the view ends the program; in others row access returns false. An
 /// index equal to the extent is accepted by the constructor and the `change...` operations and fails at the first row
 /// access.
-class RIX_EXPORT ImageModelFull2d : public ImageModelSizeProxyBase {
+class RIX_EXPORT ImageModelFull2d : public ImageModelBoxView {
 public:
     ImageModelFull2d(ImageModel* real, std::size_t indexPlane, std::size_t indexSequence, std::size_t indexSpectral);
     /// For reading only.
@@ -27,28 +26,16 @@ public:
     void changeCurrentSpectral(std::size_t indexSpectral);
 
     std::size_t getNumOf(const Components& component) const override;
-    [[nodiscard]] bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
-                                 std::size_t firstPlans, std::size_t firstSequence,
-                                 std::size_t firstSpectralSeries) const override;
-    [[nodiscard]] bool writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols,
-                                  std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                  std::size_t firstSpectralSeries) override;
-    [[nodiscard]] bool getRowAt(std::size_t nbElement, RawData& row, std::size_t firstCols, std::size_t firstRows,
-                                std::size_t firstPlans, std::size_t firstSequence,
-                                std::size_t firstSpectralSeries) const override;
-    [[nodiscard]] bool getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
-                                     std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
-                                     std::size_t firstSpectralSeries) const override;
     /// The first element of the current plane: a plane of a contiguous image is contiguous. Null when the real image is
     /// not contiguous, or has no such plane.
     ConstRawData getImageBuffer() const override;
     RawData getImageBuffer() override;
-    std::vector<std::size_t> firstElement() const override;
+    Position firstPosition() const override;
+
+protected:
+    bool contains(std::size_t nbElement, const Position& position) const override;
 
 private:
-    bool contains(std::size_t nbElement, std::size_t firstCols, std::size_t firstRows, std::size_t firstPlans,
-                  std::size_t firstSequence, std::size_t firstSpectralSeries) const;
-
     std::size_t m_numOfColumns = 0;
     std::size_t m_numOfRows = 0;
     std::size_t m_indexPlane = 0;
