@@ -25,11 +25,11 @@ namespace {
 
 using Label = std::function<std::uint64_t()>;
 
-bool is2d(int neighbours) {
+[[maybe_unused]] bool is2d(int neighbours) {
     return neighbours == 4 || neighbours == 8;
 }
 
-bool isFullyConnected(int neighbours) {
+[[maybe_unused]] bool isFullyConnected(int neighbours) {
     return neighbours == 8 || neighbours == 26;
 }
 

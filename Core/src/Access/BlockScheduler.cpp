@@ -16,6 +16,7 @@
 #include <tbb/task_group.h>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
 #include <rix/exceptions/Exception.h>
 
 namespace rix::access {
@@ -44,9 +45,11 @@ class ParallelScheduler : public BlockScheduler {
 public:
     void forEach(std::size_t count, FunctionRef<void(std::size_t)> block) override {
         tbb::task_group_context own(tbb::task_group_context::isolated);
+        const std::shared_ptr<MemoryAccount> account = MemoryAccount::current();
         tbb::parallel_for(
             Range(0, count),
-            [block](const Range& range) {
+            [block, &account](const Range& range) {
+                const MemoryAccount::Scope scope(account);
                 for (std::size_t i = range.begin(); i != range.end(); ++i) {
                     block(i);
                 }
@@ -75,7 +78,9 @@ public:
         std::atomic<std::size_t> next{0};
         std::mutex mutex;
         std::exception_ptr failure;
+        const std::shared_ptr<MemoryAccount> account = MemoryAccount::current();
         const auto work = [&] {
+            const MemoryAccount::Scope scope(account);
             try {
                 for (std::size_t i = next++; i < count; i = next++) {
                     block(i);

@@ -97,6 +97,8 @@ Scratch::Scratch(std::size_t bytes) {
         throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
     }
     const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
+    // A kept buffer may be larger; the difference was this thread's idle memory before and is not of this run's making.
+    m_charge = MemoryCharge(capacity);
     if (ThreadStore* const store = threadStore(); store != nullptr && !isBig(capacity)) {
         const ThreadStore::Buffer kept = store->take(bytes);
         if (kept.data != nullptr) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include <rix/algorithms/AlgoInfo.h>
+#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/properties/BaseProperty.h>
 #include <rix/properties/EnumInfo.h>
@@ -238,6 +239,16 @@ void BaseAlgorithm::setMaximumExtraMemoryUsage(int mebibytes) {
 
 std::size_t BaseAlgorithm::getMaximumExtraMemoryUsageInBytes() const {
     return static_cast<std::size_t>(getMaximumExtraMemoryUsage()) << 20;
+}
+
+std::size_t BaseAlgorithm::getPeakExtraMemory() const {
+    return m_private->m_account != nullptr ? m_private->m_account->peak() : 0;
+}
+
+std::size_t BaseAlgorithm::getMaximumThreads() const {
+    const int limit = m_private->m_settings.getMaximumNumberOfThreads();
+    const std::size_t processors = devices::Cpu::logicalProcessors();
+    return limit > 0 ? std::min(static_cast<std::size_t>(limit), processors) : processors;
 }
 
 int BaseAlgorithm::getVersion() const {

@@ -126,11 +126,12 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
 
     m_algorithm.lockAllProperties(true);
     m_algorithm.applyAllRules();
-    refuseTooMuchMemory();
+    openAccount(parent);
 
     const auto work = [&] {
         const ThreadPriority threadPriority(priority);
         limiter.execute([&] {
+            const access::MemoryAccount::Scope scope(m_account);
             // Asked here: without a limit it depends on the arena, and the worker is not in that of the caller.
             m_threads = limitIsParents ? parent->m_threads : limiter.threads();
             internalRun();
@@ -157,14 +158,25 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
     }
 }
 
+void BaseAlgorithmPrivate::openAccount(const BaseAlgorithmPrivate* parent) {
+    if (parent != nullptr && parent->m_running) {
+        m_account = parent->m_account;
+    } else {
+        m_account = std::make_shared<access::MemoryAccount>(m_algorithm.getMaximumExtraMemoryUsageInBytes());
+    }
+}
+
 void BaseAlgorithmPrivate::refuseTooMuchMemory() const {
-    const std::size_t limit = m_algorithm.getMaximumExtraMemoryUsageInBytes();
+    const std::size_t limit = m_account->limit();
     if (limit == 0) {
         return;
     }
-    const std::size_t needed = m_algorithm.describe().extraMemory;
-    if (needed > limit) {
-        throw MemoryError("The run needs " + std::to_string(needed) + " bytes of extra memory; the limit is " +
+    const AlgorithmDescription description = m_algorithm.describe();
+    const std::size_t available = limit - std::min(limit, m_account->used());
+    if (description.extraMemoryIsExact && description.extraMemory > available) {
+        const std::size_t used = limit - available;
+        throw MemoryError("The run needs " + std::to_string(description.extraMemory) + " bytes of extra memory" +
+                          (used > 0 ? " beside the " + std::to_string(used) + " in use" : "") + "; the limit is " +
                           std::to_string(limit) + " bytes.");
     }
 }
@@ -191,6 +203,7 @@ void BaseAlgorithmPrivate::internalRun() {
 }
 
 void BaseAlgorithmPrivate::dispatchLevels() {
+    refuseTooMuchMemory();  // here, where an iterated run shows the images of one pass
     Outcome outcome = Outcome::NoRunner;
     // The setting is anybody's text; levels beyond the last have no runners.
     const int maximum = std::min<int>(m_algorithm.getMaxOptimLevel(), GPU);

@@ -10,6 +10,7 @@
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/settings/Settings.h>
@@ -54,6 +55,7 @@ public:
     String m_dataName;
     String m_dataValue;
     std::shared_ptr<access::BlockScheduler> m_scheduler;
+    std::shared_ptr<access::MemoryAccount> m_account;  ///< of the run, or of the last one
     std::optional<OptimLevelType> m_lastRunLevel;
 
 private:
@@ -68,6 +70,7 @@ private:
     /// Runs; whatever is thrown leaves as an exception of the library, or as `std::bad_alloc`.
     void runInFamily(InteractionInterface* interaction);
     void runGuarded(InteractionInterface* interaction);
+    void openAccount(const BaseAlgorithmPrivate* parent);
     void refuseTooMuchMemory() const;
     bool runsInCallersThread() const;
     void internalRun();

@@ -18,7 +18,10 @@
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
+#include <rix/access/Scratch.h>
 #include <rix/access/Steps.h>
+#include <rix/algorithms/Children.h>
 #include <rix/algorithms/InteractionInterface.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
@@ -406,6 +409,39 @@ TEST(Memory, ARunThatStatesMoreThanTheLimitIsRefused) {
                 ElementsAre("The run needs 3145729 bytes of extra memory; the limit is 3145728 bytes.", outerLevel));
     algorithm.setMaximumExtraMemoryUsage(4);
     EXPECT_NO_THROW(algorithm.run());
+}
+
+TEST(Memory, OfARunAndItsChildrenIsOneAccountWithOneLimit) {
+    class Bounded : public ScriptedAlgorithm {
+    public:
+        AlgorithmDescription describe() const override {
+            AlgorithmDescription description;
+            description.extraMemory = std::size_t{1} << 40;
+            description.extraMemoryIsExact = false;
+            return description;
+        }
+    };
+    constexpr std::size_t mebibyte = std::size_t{1} << 20;
+    std::size_t childsBytes = mebibyte;
+    ScriptedAlgorithm child;
+    child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        self.executionContext().scheduler().forEach(1, [&](std::size_t) { access::Scratch memory(childsBytes); });
+    });
+    Bounded parent;
+    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        const access::CountedVector<char> table(mebibyte);
+        algorithms::runChild(self, child);
+    });
+    parent.setMaximumExtraMemoryUsage(3);
+    parent.run();
+    EXPECT_GE(parent.getPeakExtraMemory(), 2 * mebibyte);
+    EXPECT_LT(parent.getPeakExtraMemory(), 2 * mebibyte + 10000);
+    childsBytes = 2 * mebibyte;
+    EXPECT_THAT(failureOf<MemoryError>(parent).front(),
+                AllOf(HasSubstr("1048576 in use"), HasSubstr("the limit is 3145728 bytes")));
+    parent.setMaximumExtraMemoryUsage(4);
+    EXPECT_NO_THROW(parent.run());
+    EXPECT_EQ(access::MemoryAccount::current(), nullptr);
 }
 
 // The sanitizers support no child of a process with threads: one its new threads, the other its end, where it takes

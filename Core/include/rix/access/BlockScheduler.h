@@ -10,7 +10,7 @@
 namespace rix::access {
 
 /// Distributes the blocks of a run to threads. An exception thrown by a block ends the whole call; blocks that have
-/// not started by then are not run.
+/// not started by then are not run. In every thread the memory account of the caller is the current one during a block.
 class RIX_EXPORT BlockScheduler {
 public:
     virtual ~BlockScheduler();

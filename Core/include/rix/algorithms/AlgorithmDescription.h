@@ -44,7 +44,11 @@ struct AlgorithmDescription {
     BorderInfluence borderInfluence;
     bool inPlace = false;                    ///< an output may be an input of the same type
     std::vector<OutputDescription> outputs;  ///< only those that the present inputs determine
-    std::size_t extraMemory = 0;             ///< peak bytes beyond inputs and outputs for the present inputs
+    /// Peak bytes beyond inputs and outputs for the present inputs, with the threads that the settings allow.
+    std::size_t extraMemory = 0;
+    /// True when a run has that peak; false when it depends on the samples and `extraMemory` is the most that it can
+    /// be.
+    bool extraMemoryIsExact = true;
 };
 
 }  // namespace rix

@@ -119,10 +119,16 @@ public:
     void enableIterationOnSpectralAxis(bool enabled);
     bool isIterationOnSpectralAxisEnabled() const;
     /// Limit of the extra memory of a run, in MiB; 0 means no limit (the setting "RIX_MAXIMUM_EXTRA_MEMORY_USAGE").
-    /// A run whose description states more is refused with `MemoryError` before any pixel is read.
+    /// A run that needs more ends with `MemoryError`: before any pixel is read where its description states the need
+    /// exactly, else when it comes to it. Children are within the limit of their parent.
     int getMaximumExtraMemoryUsage() const;
     void setMaximumExtraMemoryUsage(int mebibytes);
     std::size_t getMaximumExtraMemoryUsageInBytes() const;
+    /// The most bytes beyond inputs and outputs that the last run had in use at the same time; for a child, what its
+    /// parent's run had.
+    std::size_t getPeakExtraMemory() const;
+    /// The largest number of threads that a run may have with the present settings.
+    std::size_t getMaximumThreads() const;
     /// Version of the algorithm's interface.
     virtual int getVersion() const;
     /// The settings of this object: a copy of the global ones made when it was created.
