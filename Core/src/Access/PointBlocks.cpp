@@ -78,15 +78,16 @@ PointPlan::PointPlan(std::initializer_list<const ImageModel*> images, double nan
         std::min(static_cast<double>(blockBytes()) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
                  longestBlockNanoseconds / cost),
         1.0, 1e9));
+    const std::size_t shortest = std::max(shortestPiece(), columnGroup);  // no piece is less than a group
     const bool cutsColumns = mode != RIX_PARTITION_ONLY_ROWS || m_joined;
     const bool cutsLines = mode != RIX_PARTITION_ONLY_COLUMNS;
     const std::size_t blocks = ceilDivide(voxels, blockVoxels);
     if (!cutsLines) {
         m_lineParts = 1;
-        m_columnParts = std::min(blocks, ceilDivide(m_columns, shortestPiece()));
+        m_columnParts = std::min(blocks, ceilDivide(m_columns, shortest));
     } else {
         m_columnParts =
-            cutsColumns && m_columns > blockVoxels ? ceilDivide(m_columns, std::max(blockVoxels, shortestPiece())) : 1;
+            cutsColumns && m_columns > blockVoxels ? ceilDivide(m_columns, std::max(blockVoxels, shortest)) : 1;
         m_lineParts = std::min(m_lines, ceilDivide(blocks, m_columnParts));
     }
 }
