@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <set>
 
 #include "Properties.h"
@@ -60,6 +61,51 @@ bool isTelling(const Results& results) {
     });
 }
 
+/// All images of a type, and each of several alone.
+std::vector<Example> withEveryType(const Example& example) {
+    std::vector<Example> examples;
+    for (const VoxelTypes type : allVoxelTypes) {
+        examples.push_back(example.withVoxelType(type));
+        for (std::size_t i = 0; i < example.images.size() && example.images.size() > 1; ++i) {
+            examples.push_back(example);
+            if (ImageRecipe& image = examples.back().images[i]; image.has_value()) {
+                image->voxelType = type;
+            }
+        }
+    }
+    return examples;
+}
+
+std::vector<Example> withEveryChoice(const Example& example) {
+    std::vector<Example> examples;
+    const std::unique_ptr<BaseAlgorithm> algorithm = example.info->createInstance(nullptr);
+    for (BaseProperty* const property : inputsOf(*algorithm)) {
+        if (const EnumInfo* const enumeration = enumerationOf(property)) {
+            for (const int value : valuesOf(*enumeration)) {
+                examples.push_back(example.withNumber(property->getName(), value));
+            }
+        }
+    }
+    return examples;
+}
+
+std::vector<Example> withOtherNumbers(const Example& example) {
+    std::vector<Example> examples;
+    const std::unique_ptr<BaseAlgorithm> algorithm = example.info->createInstance(nullptr);
+    for (BaseProperty* const property : inputsOf(*algorithm)) {
+        for (const double number : {2.0, 100.0}) {
+            if (holdsNumber(property)) {
+                examples.push_back(example.withNumber(property->getName(), number));
+            }
+        }
+    }
+    return examples;
+}
+
+void appendAccepted(const std::vector<Example>& examples, std::vector<Example>& accepted) {
+    std::copy_if(examples.begin(), examples.end(), std::back_inserter(accepted), isAccepted);
+}
+
 }  // namespace
 
 std::vector<std::string> registeredNames() {
@@ -74,9 +120,9 @@ bool isAccepted(const Example& example) {
     return runOnce(Subject(example).algorithm()).succeeded;
 }
 
-std::optional<Example> findExample(const String& className) {
+std::optional<Example> findExample(AlgoInfo& info) {
     Example example;
-    example.info = &AlgoInfo::fromName(className);
+    example.info = &info;
     const std::unique_ptr<BaseAlgorithm> algorithm = example.info->createInstance(nullptr);
     std::vector<String> numberNames;
     std::size_t imageCount = 0;
@@ -140,7 +186,7 @@ std::optional<Example> findExample(const String& className) {
     for (const String& refusal : refusals) {
         reasons += "\n" + refusal;
     }
-    ADD_FAILURE() << "No values were found with which " << className << " runs. It takes what the search does not "
+    ADD_FAILURE() << "No values were found with which " << info.getName() << " runs. It takes what the search does not "
                   << "try: teach the search (candidateImages, candidateNumbers, or a kind of property). Its answers "
                   << "were:" << reasons;
     return std::nullopt;
@@ -166,23 +212,21 @@ Example largeExample(const Example& example) {
 
 std::vector<Example> variantsOf(const Example& example) {
     std::vector<Example> variants{example};
-    const auto add = [&](const Example& variant) {
-        if (isAccepted(variant)) {
-            variants.push_back(variant);
-        }
-    };
-    for (const VoxelTypes type : allVoxelTypes) {
-        add(example.withVoxelType(type));
-    }
-    const std::unique_ptr<BaseAlgorithm> algorithm = example.info->createInstance(nullptr);
-    for (BaseProperty* const property : inputsOf(*algorithm)) {
-        if (const EnumInfo* const enumeration = enumerationOf(property)) {
-            for (const int value : valuesOf(*enumeration)) {
-                add(example.withNumber(property->getName(), value));
-            }
-        }
-    }
+    appendAccepted(withEveryType(example), variants);
+    appendAccepted(withEveryChoice(example), variants);
     return variants;
+}
+
+std::vector<Example> combinationsOf(const Example& example) {
+    std::vector<Example> typed;
+    appendAccepted(withEveryType(example), typed);
+    std::vector<Example> combinations;
+    for (const Example& each : typed) {
+        combinations.push_back(each);
+        appendAccepted(withEveryChoice(each), combinations);
+        appendAccepted(withOtherNumbers(each), combinations);
+    }
+    return combinations;
 }
 
 }  // namespace rix::test

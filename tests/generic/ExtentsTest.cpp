@@ -138,7 +138,7 @@ std::optional<Example> leanestPointOperation() {
     std::optional<Example> leanest;
     std::size_t least = std::numeric_limits<std::size_t>::max();
     for (const std::string& name : registeredNames()) {
-        const auto example = findExample(name);
+        const auto example = findExample(AlgoInfo::fromName(name));
         if (!example.has_value()) {
             continue;
         }

@@ -11,7 +11,7 @@ namespace rix::test {
 class GenericTest : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
-        auto found = findExample(GetParam());
+        auto found = findExample(AlgoInfo::fromName(GetParam()));
         ASSERT_TRUE(found.has_value());
         m_example = std::move(*found);
     }

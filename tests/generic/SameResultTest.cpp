@@ -1,6 +1,5 @@
-// A result does not depend on the level, the number of threads, the order of blocks or the storage of the images.
+// A result does not depend on the level, the number of threads or the storage of the images.
 
-#include <rix/access/BlockScheduler.h>
 #include <rix/devices/Cpu.h>
 #include <rix/settings/Settings.h>
 
@@ -82,19 +81,6 @@ TEST_P(SameResult, AtEveryLevelWithEveryNumberOfThreadsInEveryStorage) {
         }
     }
     EXPECT_GE(ran, sanitized ? 6 : 12) << "hardly anything was compared";
-}
-
-TEST_P(SameResult, InEveryOrderOfBlocks) {
-    const Example large = largeExample(example());
-    const Results expected = referenceResults(large);
-    Subject subject(large);
-    for (const std::uint64_t seed : {1U, 2U, 3U}) {
-        subject.algorithm().setBlockScheduler(std::make_shared<access::ShuffledScheduler>(seed));
-        for (const OptimLevelType level : levels) {
-            SCOPED_TRACE(describe(large, level, 1, "shuffled with seed ") + std::to_string(seed));
-            runAndCompare(subject, level, expected);
-        }
-    }
 }
 
 TEST_P(SameResult, ForEveryTypeAndEveryChoice) {

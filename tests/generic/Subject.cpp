@@ -133,7 +133,7 @@ InputImages makeInputs(const Example& example) {
 
 // Results -------------------------------------------------------------------------------------------------------------
 
-::testing::AssertionResult resultsEqual(const Results& expected, const Results& actual) {
+::testing::AssertionResult resultsEqual(const Results& expected, const Results& actual, std::uint64_t complexUnits) {
     for (const auto& [name, image] : expected.images) {
         const auto found = actual.images.find(name);
         if (found == actual.images.end()) {
@@ -141,7 +141,7 @@ InputImages makeInputs(const Example& example) {
         }
         const VoxelTypes type = image.getVoxelType();
         ComparisonOptions options;
-        options.unitsInTheLastPlace = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64 ? 2 : 0;
+        options.unitsInTheLastPlace = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64 ? complexUnits : 0;
         if (auto equal = imagesEqual(image, found->second, options); !equal) {
             return ::testing::AssertionFailure() << name << ": " << equal.message();
         }

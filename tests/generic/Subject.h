@@ -40,8 +40,8 @@ struct Results {
     std::map<String, String> texts;  ///< tables and plain values, exactly
 };
 
-/// Bit for bit, but for complex samples, which may differ by two units in the last place.
-::testing::AssertionResult resultsEqual(const Results& expected, const Results& actual);
+/// Bit for bit, but for complex samples, which may differ by so many units in the last place.
+::testing::AssertionResult resultsEqual(const Results& expected, const Results& actual, std::uint64_t complexUnits = 2);
 
 using InputImages = std::vector<std::shared_ptr<const io::MemoryImage>>;
 

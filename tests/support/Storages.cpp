@@ -1,6 +1,5 @@
 #include "Storages.h"
 
-#include <array>
 #include <cstring>
 #include <stdexcept>
 
@@ -33,6 +32,8 @@ bool forEachRow(const ImageModel& image, F&& function) {
     return true;
 }
 
+}  // namespace
+
 void copySamples(const ImageModel& from, ImageModel& to) {
     std::vector<std::uint8_t> row(from.getNumOf(COLUMNS) * helper::getElementSize(from));
     const std::size_t count = from.getNumOf(COLUMNS);
@@ -52,7 +53,6 @@ void copyMeaning(const ImageModel& from, ImageModel& to) {
     to.setColorInterpretation(from.getColorInterpretation());
 }
 
-/// An image whose every byte is the same odd value, larger than `content` by margins.
 std::unique_ptr<io::MemoryImage> makeGround(const io::MemoryImage& content, const Position& margins) {
     Position n = helper::getExtents(content);
     for (std::size_t axis = 0; axis < n.size(); ++axis) {
@@ -69,8 +69,6 @@ std::unique_ptr<io::MemoryImage> makeGround(const io::MemoryImage& content, cons
     copyMeaning(content, *ground);
     return ground;
 }
-
-}  // namespace
 
 bool OpaqueImage::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
                             std::size_t firstPlans, std::size_t firstSequence, std::size_t firstSpectralSeries) const {

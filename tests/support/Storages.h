@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -82,6 +83,16 @@ private:
     ImageModel* m_view = nullptr;
     std::optional<io::MemoryImage> m_before;  ///< the ground when it was made, where a view leaves parts of it out
 };
+
+/// An image of the kind of `content`, larger by margins, whose every byte is the same odd value.
+std::unique_ptr<io::MemoryImage> makeGround(const io::MemoryImage& content,
+                                            const std::array<std::size_t, RIX_COMPONENTS_SIZE>& margins);
+
+/// Copies all samples between images of the same extents and types, row by row.
+void copySamples(const ImageModel& from, ImageModel& to);
+
+/// Copies what the samples mean: calibration and interpretations.
+void copyMeaning(const ImageModel& from, ImageModel& to);
 
 /// Overwrites every byte of every sample.
 void spoil(ImageModel& image, std::uint8_t value);
