@@ -1,6 +1,6 @@
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/BlockSize.h>
-#include <rix/access/PointBlocks.h>
+#include <rix/access/Plan.h>
 #include <rix/settings/Settings.h>
 
 #include "Checks.h"

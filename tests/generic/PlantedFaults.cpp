@@ -1,11 +1,12 @@
 #include "PlantedFaults.h"
 
 #include <numeric>
+#include <vector>
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/BorderConditions.h>
-#include <rix/access/NeighbourhoodFilters.h>
-#include <rix/access/PointFilters.h>
+#include <rix/access/Joins.h>
+#include <rix/access/WindowFilters.h>
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/algorithms/LevelRunner.h>
 #include <rix/image/ImageModelSizeProxy.h>
@@ -18,14 +19,13 @@ namespace rix::test::planted {
 
 namespace {
 
+using access::Block;
+using access::BoxNeeds;
 using access::ExecutionContext;
-using access::Interval;
-using access::NeighbourhoodBlock;
-using access::NeighbourhoodPlan;
-using access::NeighbourhoodWork;
-using access::RowCache;
+using access::Plan;
 using access::RowSegment;
 using access::RowWriter;
+using access::WindowRows;
 
 struct FilterState : algorithms::AbstractPrivateImplementation {
     Property<const ImageModel*> inputImage;
@@ -95,9 +95,9 @@ private:
 
 // Windows -------------------------------------------------------------------------------------------------------------
 
-constexpr NeighbourhoodWork windowWork{access::reachOfWindow(3, 3, 1), 100.0, sizeof(double)};
+const BoxNeeds windowWork{access::reachOfWindow(3, 3, 1), 100.0, sizeof(double)};
 
-void meanOfWindows(RowCache<double>& window, const RowSegment& segment, double* out) {
+void meanOfWindows(WindowRows<double>& window, const RowSegment& segment, double* out) {
     const auto row = static_cast<std::int64_t>(segment.row);
     const auto plane = static_cast<std::int64_t>(segment.plane);
     std::fill_n(out, segment.count, 0.0);
@@ -110,8 +110,8 @@ void meanOfWindows(RowCache<double>& window, const RowSegment& segment, double* 
 }
 
 void filterWindows(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
-    access::transformNeighbourhoods<double, double>(context, input, *access::MirrorBorderCondition<double>::New(),
-                                                    output, windowWork, meanOfWindows);
+    access::transformWindows<double, double>(context, input, *access::MirrorBorderCondition<double>::New(), output,
+                                             windowWork, meanOfWindows);
 }
 
 void filterWindowsOfACopy(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
@@ -121,20 +121,23 @@ void filterWindowsOfACopy(ExecutionContext& context, const ImageModel& input, Im
 
 void filterBlocksAsImages(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
     const auto border = access::MirrorBorderCondition<double>::New();
-    const NeighbourhoodPlan plan({&input}, {&output}, windowWork);
-    access::forEachBlock(context, plan, [&](const NeighbourhoodBlock& block) {
-        const auto length = [](const Interval& interval) { return interval.end - interval.begin; };
-        const ImageModelSizeProxy part(
-            &input, {block.columns.begin, block.rows.begin, block.planes.begin, block.sequence, block.spectral},
-            {length(block.columns), length(block.rows), length(block.planes), 1, 1});
-        const NeighbourhoodBlock all{
-            {0, length(block.columns)}, {0, length(block.rows)}, {0, length(block.planes)}, 0, 0};
-        RowCache<double> window(part, *border, all, plan.reach());
+    const Plan plan = access::cutBoxes({&input}, {&output}, windowWork);
+    access::run(context, plan, [&](const Block& block) {
+        std::vector<std::size_t> first;
+        std::vector<std::size_t> extents;
+        Block own;
+        for (std::size_t axis = 0; axis < block.axes.size(); ++axis) {
+            first.push_back(block.axes[axis].begin);
+            extents.push_back(block.axes[axis].length());
+            own.axes[axis] = {0, extents.back()};
+        }
+        const ImageModelSizeProxy part(&input, first, extents);
+        WindowRows<double> window(part, border.get(), own, windowWork.reach);
         RowWriter<double> out(output);
-        block.forEachSegment([&](const RowSegment& segment) {
-            const RowSegment own{
-                0, segment.row - block.rows.begin, segment.plane - block.planes.begin, 0, 0, segment.count};
-            meanOfWindows(window, own, out.open(segment));
+        plan.forEachSegment(block, [&](const RowSegment& segment) {
+            const RowSegment inPart{{0, segment.row - block.rows().begin, segment.plane - block.planes().begin},
+                                    segment.count};
+            meanOfWindows(window, inPart, out.open(segment));
             out.flush();
         });
     });
@@ -144,12 +147,12 @@ void filterBlocksAsImages(ExecutionContext& context, const ImageModel& input, Im
 
 template <bool losesRows>
 void copyRows(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
-    const NeighbourhoodPlan plan({&input}, {&output}, {access::Reach(), 100.0});
-    access::forEachBlock(context, plan, [&](const NeighbourhoodBlock& block) {
+    const Plan plan = access::cutBoxes({&input}, {&output}, {access::Reach(), 100.0});
+    access::run(context, plan, [&](const Block& block) {
         access::RowReader<double> in(input);
         RowWriter<double> out(output);
-        block.forEachSegment([&](const RowSegment& segment) {
-            if (losesRows && segment.row + 1 == block.rows.end && block.rows.end < input.getNumOf(ROWS)) {
+        plan.forEachSegment(block, [&](const RowSegment& segment) {
+            if (losesRows && segment.row + 1 == block.rows().end && block.rows().end < input.getNumOf(ROWS)) {
                 return;
             }
             const double* const samples = in.read(segment);
@@ -162,47 +165,27 @@ void copyRows(ExecutionContext& context, const ImageModel& input, ImageModel& ou
 // Sums ----------------------------------------------------------------------------------------------------------------
 
 /// Hundredths are no sums of powers of two: nearly every sum of them is rounded.
-double sumOfRow(access::RowReader<double>& in, const RowSegment& segment) {
-    const double* const samples = in.read(segment);
-    return std::accumulate(samples, samples + segment.count, 0.0,
-                           [](double sum, double sample) { return sum + sample / 100; });
+double addHundredths(double sum, const double* samples, std::size_t count) {
+    return std::accumulate(samples, samples + count, sum, [](double all, double sample) { return all + sample / 100; });
 }
 
-class RowSum : public access::ReductionBody {
-public:
-    explicit RowSum(const ImageModel& image) : m_image(image) {}
-    std::unique_ptr<ReductionBody> split() const override { return std::make_unique<RowSum>(m_image); }
-    void process(std::size_t first, std::size_t last) override {
-        const auto n = helper::getExtents(m_image);
-        access::RowReader<double> in(m_image);
-        for (std::size_t line = first; line < last; ++line) {
-            const std::size_t frame = line / n[ROWS] / n[PLANS];
-            m_sum += sumOfRow(in, {0, line % n[ROWS], line / n[ROWS] % n[PLANS], frame % n[SEQUENCE],
-                                   frame / n[SEQUENCE], n[COLUMNS]});
-        }
-    }
-    void join(ReductionBody& right) override { m_sum += static_cast<RowSum&>(right).m_sum; }
-    double sum() const { return m_sum; }
-
-private:
-    const ImageModel& m_image;
-    double m_sum = 0.0;
-};
-
-double sumRows(ExecutionContext& context, const ImageModel& image) {
-    const auto n = helper::getExtents(image);
-    RowSum sum(image);
-    context.scheduler().reduce(n[ROWS] * n[PLANS] * n[SEQUENCE] * n[SPECTRAL_SERIES], 1, sum);
-    return sum.sum();
+double sumLeaves(ExecutionContext& context, const ImageModel& image) {
+    return access::reduceLeaves<double, double>(
+        context, image, 100.0,
+        [](double& sum, const double* samples, std::size_t count, std::size_t /*index*/) {
+            sum = addHundredths(sum, samples, count);
+        },
+        [](double& left, double right) { left += right; });
 }
 
 double sumBlocks(ExecutionContext& context, const ImageModel& image) {
-    const NeighbourhoodPlan plan({&image}, {}, {access::Reach(), 100.0});
+    const Plan plan = access::cutBoxes({&image}, {}, {access::Reach(), 100.0});
     std::vector<double> sums(plan.blockCount());
-    context.startStep(static_cast<double>(plan.voxelCount()));
-    context.scheduler().forEach(sums.size(), [&](std::size_t i) {
+    access::run(context, plan, [&](const Block& block) {
         access::RowReader<double> in(image);
-        plan.block(i).forEachSegment([&](const RowSegment& segment) { sums[i] += sumOfRow(in, segment); });
+        plan.forEachSegment(block, [&](const RowSegment& segment) {
+            sums[block.index] = addHundredths(sums[block.index], in.read(segment), segment.count);
+        });
     });
     return std::accumulate(sums.begin(), sums.end(), 0.0);
 }
@@ -224,8 +207,8 @@ AlgoInfo& copyOfRows() {
 AlgoInfo& copyOfRowsButTheLast() {
     return Filter<&copyRows<true>>::getInfo();
 }
-AlgoInfo& sumByHalving() {
-    return Sum<&sumRows>::getInfo();
+AlgoInfo& sumOfLeaves() {
+    return Sum<&sumLeaves>::getInfo();
 }
 AlgoInfo& sumOfBlocks() {
     return Sum<&sumBlocks>::getInfo();

@@ -53,7 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Planted{"windowMeanOnSharedSamples", &planted::windowMeanOnSharedSamples, right, pixels},
                     Planted{"copyOfRows", &planted::copyOfRows, right, std::nullopt},
                     Planted{"copyOfRowsButTheLast", &planted::copyOfRowsButTheLast, pixels, std::nullopt},
-                    Planted{"sumByHalving", &planted::sumByHalving, right, std::nullopt},
+                    Planted{"sumOfLeaves", &planted::sumOfLeaves, right, std::nullopt},
                     Planted{"sumOfBlocks", &planted::sumOfBlocks, sum, std::nullopt}),
     [](const auto& each) { return each.param.name; });
 

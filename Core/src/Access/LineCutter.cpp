@@ -2,6 +2,7 @@
 
 #include <rix/access/Plan.h>
 #include <rix/image/ImageModel.h>
+#include <rix/image/SampleMemory.h>
 
 #include "Access/Cutting.h"
 
@@ -22,8 +23,9 @@ Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecond
 Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecondsPerVoxel, PartitionMode mode) {
     const ImageModel& first = **images.begin();
     const std::size_t bytesPerVoxel = elementBytes(images, first);
-    const bool joined = std::all_of(images.begin(), images.end(),
-                                    [](const ImageModel* image) { return image->getImageBuffer() != nullptr; });
+    const bool joined = std::all_of(images.begin(), images.end(), [](const ImageModel* image) {
+        return helper::contiguousSamples(*image) != nullptr;
+    });
     Plan plan(helper::getExtents(first), joined ? JoinedAxes::All : JoinedAxes::Lines);
     const std::size_t voxels = plan.voxelCount();
     if (voxels == 0) {

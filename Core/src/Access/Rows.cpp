@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/SampleMemory.h>
 
 namespace rix::access {
 
@@ -57,7 +58,7 @@ detail::RowLayout detail::rowLayoutOf(const ImageModel& image) {
 }
 
 detail::RowSource::RowSource(const ImageModel& image, bool joined)
-    : m_image(image), m_layout(rowLayoutOf(image)), m_line(joined ? image.getImageBuffer() : nullptr) {}
+    : m_image(image), m_layout(rowLayoutOf(image)), m_line(joined ? helper::contiguousSamples(image) : nullptr) {}
 
 ConstRawData detail::RowSource::read(const RowSegment& segment, RowBuffer& copies) const {
     ConstRawData row = nullptr;
@@ -83,7 +84,7 @@ detail::RowTarget::RowTarget(ImageModel& image, bool joined)
     : m_image(image),
       m_layout(rowLayoutOf(image)),
       m_joined(joined),
-      m_line(joined ? image.getImageBuffer() : nullptr) {}
+      m_line(joined ? helper::contiguousSamples(image) : nullptr) {}
 
 RawData detail::RowTarget::find(const RowSegment& segment) const {
     if (m_joined) {
