@@ -4,10 +4,9 @@
 #include <cstddef>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/Pieces.h>
 #include <rix/access/Run.h>
 #include <rix/algorithms/BaseAlgorithm.h>
-
-#include "PointInputs.h"
 
 namespace rix::point_operations {
 
@@ -31,20 +30,20 @@ public:
     OptimLevelType level() const { return m_level; }
 
     void operator()(const access::Plan& plan, const access::Block& block, access::StreamRow stream) const {
-        const std::size_t piece = pieceSamples(
+        const std::size_t piece = access::pieceSamples(
             std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}),
             stream);
         const bool wholeRows = m_conversion.isNone() && stream == nullptr;
-        CastingAdapter in(m_input, m_conversion, plan, piece);
-        PieceWriter out(m_output, plan, stream, piece);
+        access::PieceReader in(m_input, m_conversion, plan, piece);
+        access::PieceWriter out(m_output, plan, stream, piece);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             in.read(segment);
             out.open(segment);
-            forEachPiece(segment.count, wholeRows ? segment.count : piece, out,
-                         [&](std::size_t first, std::size_t count) {
-                             m_functor(in.piece(first, count), out.piece(first, count), count);
-                             out.pieceDone();
-                         });
+            access::forEachPiece(segment.count, wholeRows ? segment.count : piece, out,
+                                 [&](std::size_t first, std::size_t count) {
+                                     m_functor(in.piece(first, count), out.piece(first, count), count);
+                                     out.pieceDone();
+                                 });
             out.flush();
         });
     }
@@ -59,8 +58,8 @@ protected:
           m_level(level) {}
 
 private:
-    PointInput m_input;
-    RowConversion m_conversion;
+    access::PieceInput m_input;
+    access::RowConversion m_conversion;
     ImageModel& m_output;
     const Functor& m_functor;
     OptimLevelType m_level;
@@ -83,8 +82,8 @@ template <class Body>
 void runGenericPointOperation(const GenericPointOperationImageToImageInfo& info, const Body& body,
                               double nanosecondsPerVoxel) {
     const access::Plan plan = access::cutLines({&info.input, &info.output}, nanosecondsPerVoxel);
-    const access::StreamRow stream =
-        streamRowFor(access::chooseStores(plan.voxelCount(), helper::getElementSize(info.output)), body.level());
+    const access::StreamRow stream = access::streamRowFor(
+        access::chooseStores(plan.voxelCount(), helper::getElementSize(info.output)), body.level());
     access::run(info.algorithm.executionContext(), plan,
                 [&](const access::Block& block) { body(plan, block, stream); });
 }

@@ -6,7 +6,7 @@
 
 namespace rix::point_operations {
 
-ImagePairToImageFilter3d::ImagePairToImageFilter3d(const PointInput& first, const PointInput& second,
+ImagePairToImageFilter3d::ImagePairToImageFilter3d(const access::PieceInput& first, const access::PieceInput& second,
                                                    ImageModel& output, OptimLevelType level)
     : m_first(first),
       m_second(second),
@@ -19,22 +19,23 @@ void ImagePairToImageFilter3d::run(access::ExecutionContext& context, double nan
                                    Operator apply) const {
     const access::Plan plan = access::cutLines({&m_first.image, &m_second.image, &m_output}, nanosecondsPerVoxel);
     const std::size_t outputBytes = helper::getElementSize(m_output);
-    const access::StreamRow stream = streamRowFor(access::chooseStores(plan.voxelCount(), outputBytes), m_level);
+    const access::StreamRow stream =
+        access::streamRowFor(access::chooseStores(plan.voxelCount(), outputBytes), m_level);
     const bool wholeRows = m_firstConversion.isNone() && m_secondConversion.isNone() && stream == nullptr;
-    const std::size_t piece =
-        pieceSamples(std::max({m_firstConversion.sourceBytes(), m_firstConversion.targetBytes(),
-                               m_secondConversion.sourceBytes(), m_secondConversion.targetBytes(), outputBytes}),
-                     stream);
+    const std::size_t piece = access::pieceSamples(
+        std::max({m_firstConversion.sourceBytes(), m_firstConversion.targetBytes(), m_secondConversion.sourceBytes(),
+                  m_secondConversion.targetBytes(), outputBytes}),
+        stream);
 
     access::run(context, plan, [&](const access::Block& block) {
-        CastingAdapter first(m_first, m_firstConversion, plan, piece);
-        CastingAdapter second(m_second, m_secondConversion, plan, piece);
-        PieceWriter out(m_output, plan, stream, piece);
+        access::PieceReader first(m_first, m_firstConversion, plan, piece);
+        access::PieceReader second(m_second, m_secondConversion, plan, piece);
+        access::PieceWriter out(m_output, plan, stream, piece);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             first.read(segment);
             second.read(segment);
             out.open(segment);
-            forEachPiece(
+            access::forEachPiece(
                 segment.count, wholeRows ? segment.count : piece, out, [&](std::size_t begin, std::size_t count) {
                     apply(first.piece(begin, count), second.piece(begin, count), out.piece(begin, count), count);
                     out.pieceDone();

@@ -4,8 +4,7 @@
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/FunctionRef.h>
-
-#include "PointInputs.h"
+#include <rix/access/Pieces.h>
 
 namespace rix::point_operations {
 
@@ -15,18 +14,18 @@ public:
     /// Writes `count` samples from as many of either input, which have the types that the inputs are read as.
     using Operator = access::FunctionRef<void(const void* first, const void* second, void* out, std::size_t count)>;
 
-    ImagePairToImageFilter3d(const PointInput& first, const PointInput& second, ImageModel& output,
+    ImagePairToImageFilter3d(const access::PieceInput& first, const access::PieceInput& second, ImageModel& output,
                              OptimLevelType level);
 
     /// @param nanosecondsPerVoxel rough cost of the operator, for deciding whether threads pay
     void run(access::ExecutionContext& context, double nanosecondsPerVoxel, Operator apply) const;
 
 private:
-    PointInput m_first;
-    PointInput m_second;
+    access::PieceInput m_first;
+    access::PieceInput m_second;
     ImageModel& m_output;
-    RowConversion m_firstConversion;
-    RowConversion m_secondConversion;
+    access::RowConversion m_firstConversion;
+    access::RowConversion m_secondConversion;
     OptimLevelType m_level;
 };
 

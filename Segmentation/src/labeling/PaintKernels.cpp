@@ -8,8 +8,9 @@
 #define HWY_TARGET_INCLUDE "labeling/PaintKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
-#include <hwy/cache_control.h>
 #include <hwy/highway.h>
+
+#include <rix/simd/Stores-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::segmentation::HWY_NAMESPACE {
@@ -41,16 +42,6 @@ static inline std::size_t bitCount(Word word) {
     return static_cast<std::size_t>(__builtin_popcountll(word));
 }
 
-/// @param out aligned to the vector where stores stream
-template <Stores stores, class V, class D, class T>
-HWY_INLINE void store(V v, D d, T* out) {
-    if constexpr (stores == Stores::Streaming) {
-        hn::Stream(v, d, out);
-    } else {
-        hn::StoreU(v, d, out);
-    }
-}
-
 // The labels of the pixels of one vector are consecutive: one load from the label of the node that goes on from before
 // the vector (at most half as many nodes begin in it as it has lanes), put in place by the counts of first bits.
 
@@ -74,7 +65,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
         std::uint8_t bits[8];
         std::memcpy(bits, &part, 2);
-        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
     }
 }
 
@@ -93,7 +84,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto ranks = hn::PromoteTo(d, hn::LoadU(d8, labelRanks.upTo[(starts >> i) & chunk]));
         const auto placed = hn::TableLookupLanes(labels, hn::IndicesFromVec(d, ranks));
         const auto bits = static_cast<std::uint8_t>((pixels >> i) & chunk);
-        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
+        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
 
@@ -114,7 +105,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto bytes = hn::BitCast(dBytes, hn::Add(hn::Mul(ranks, twice), upper));
         const auto placed = hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(dBytes, labels), bytes));
         const auto bits = static_cast<std::uint8_t>((pixels >> i) & 0xFF);
-        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
+        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
 
@@ -134,7 +125,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
         std::uint8_t bits[8] = {};
         std::memcpy(bits, &part, 2);
-        store<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
     }
 }
 
@@ -151,7 +142,7 @@ HWY_INLINE void fillWord(T label, T* out) {
     const hn::ScalableTag<T> d;
     const auto value = hn::Set(d, label);
     for (std::size_t i = 0; i < 64; i += hn::Lanes(d)) {
-        store<stores>(value, d, out + i);
+        simd::HWY_NAMESPACE::storeTo<stores>(value, d, out + i);
     }
 #endif
 }

@@ -1,10 +1,10 @@
-#include "PointInputs.h"
+#include <rix/access/Pieces.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-namespace rix::point_operations {
+namespace rix::access {
 
 namespace {
 
@@ -15,30 +15,30 @@ constexpr std::size_t streamedPieceBytes = std::size_t{2} << 10;
 
 }  // namespace
 
-RowConversion::RowConversion(const PointInput& input, OptimLevelType level)
+RowConversion::RowConversion(const PieceInput& input, OptimLevelType level)
     : m_sourceBytes(helper::getSizeOf(input.image.getVoxelType())), m_targetBytes(helper::getSizeOf(input.readAs)) {
     VoxelTypes type = input.image.getVoxelType();
     if (input.isBinary) {
-        m_truth = access::truthRowOf(type, level);
+        m_truth = truthRowOf(type, level);
         type = RIX_UINT8;
     }
     if (type != input.readAs) {
-        m_cast = access::castRowOf(type, input.readAs, level);
+        m_cast = castRowOf(type, input.readAs, level);
     }
 }
 
-CastingAdapter::CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::Plan& plan,
-                               std::size_t pieceSamples)
+PieceReader::PieceReader(const PieceInput& input, const RowConversion& conversion, const Plan& plan,
+                         std::size_t pieceSamples)
     : m_rows(input.image, plan), m_conversion(conversion) {
     if (conversion.m_truth != nullptr) {
-        m_truths = access::Scratch(pieceSamples);
+        m_truths = Scratch(pieceSamples);
     }
     if (conversion.m_cast != nullptr) {
-        m_converted = access::Scratch(pieceSamples * conversion.m_targetBytes);
+        m_converted = Scratch(pieceSamples * conversion.m_targetBytes);
     }
 }
 
-ConstRawData CastingAdapter::piece(std::size_t first, std::size_t count) {
+ConstRawData PieceReader::piece(std::size_t first, std::size_t count) {
     ConstRawData samples = m_row + first * m_conversion.m_sourceBytes;
     if (m_conversion.m_truth != nullptr) {
         m_conversion.m_truth(samples, m_truths.data(), count);
@@ -51,23 +51,21 @@ ConstRawData CastingAdapter::piece(std::size_t first, std::size_t count) {
     return samples;
 }
 
-PieceWriter::PieceWriter(ImageModel& image, const access::Plan& plan, access::StreamRow stream,
-                         std::size_t pieceSamples)
+PieceWriter::PieceWriter(ImageModel& image, const Plan& plan, StreamRow stream, std::size_t pieceSamples)
     : m_rows(image, plan), m_stream(stream), m_sampleBytes(helper::getSizeOf(image.getVoxelType())) {
     if (stream != nullptr) {
-        m_buffer = access::Scratch(pieceSamples * m_sampleBytes);
+        m_buffer = Scratch(pieceSamples * m_sampleBytes);
     }
 }
 
 PieceWriter::~PieceWriter() {
     if (m_stream != nullptr) {
-        access::finishStreaming();  // before another thread is told that the block is done
+        finishStreaming();  // before another thread is told that the block is done
     }
 }
 
 std::size_t PieceWriter::samplesBeforeLine() const {
-    return (access::lineBytes - reinterpret_cast<std::uintptr_t>(m_row) % access::lineBytes) % access::lineBytes /
-           m_sampleBytes;
+    return (lineBytes - reinterpret_cast<std::uintptr_t>(m_row) % lineBytes) % lineBytes / m_sampleBytes;
 }
 
 RawData PieceWriter::piece(std::size_t first, std::size_t count) {
@@ -82,12 +80,12 @@ void PieceWriter::pieceDone() {
     }
 }
 
-std::size_t pieceSamples(std::size_t largestSampleBytes, access::StreamRow stream) {
+std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream) {
     return (stream != nullptr ? streamedPieceBytes : pieceBytes) / largestSampleBytes;
 }
 
-access::StreamRow streamRowFor(access::Stores stores, OptimLevelType level) {
-    return stores == access::Stores::Streaming ? access::streamRow(level) : nullptr;
+StreamRow streamRowFor(Stores stores, OptimLevelType level) {
+    return stores == Stores::Streaming ? streamRow(level) : nullptr;
 }
 
-}  // namespace rix::point_operations
+}  // namespace rix::access

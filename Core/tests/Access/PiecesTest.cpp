@@ -1,11 +1,20 @@
-// The parts under the algorithms that no image of a test is large enough to reach.
+// Streamed output, which no image of the other tests is large enough to reach.
 
-#include "PointInputs.h"
+#include <cstring>
 
-#include "PointTestSupport.h"
+#include <gtest/gtest.h>
 
-namespace rix::point_operations::test {
+#include <rix/access/Pieces.h>
+#include <rix/devices/Cpu.h>
+
+#include "ImageComparison.h"
+#include "ImageFactories.h"
+
+namespace rix::access {
 namespace {
+
+using test::imagesEqual;
+using test::makeRandomImage;
 
 const OptimLevelType bestLevel = devices::Cpu::supports(VEC_AVX)   ? VEC_AVX
                                  : devices::Cpu::supports(VEC_SSE) ? VEC_SSE
@@ -17,14 +26,13 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
         for (const std::size_t width : {1U, 7U, 63U, 64U, 65U, 1000U, 9973U}) {
             const io::MemoryImage expected =
                 makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width);
-            for (const access::StreamRow stream :
-                 {access::StreamRow{nullptr}, access::streamRow(SCALAR), access::streamRow(bestLevel)}) {
+            for (const StreamRow stream : {StreamRow{nullptr}, streamRow(SCALAR), streamRow(bestLevel)}) {
                 io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width + 1);
-                const access::Plan plan = access::cutLines({&image}, 1.0);
+                const Plan plan = cutLines({&image}, 1.0);
                 constexpr std::size_t piece = 100;
                 for (std::size_t i = 0; i < plan.blockCount(); ++i) {
                     PieceWriter writer(image, plan, stream, piece);
-                    plan.forEachSegment(plan.block(i), [&](const access::RowSegment& segment) {
+                    plan.forEachSegment(plan.block(i), [&](const RowSegment& segment) {
                         writer.open(segment);
                         forEachPiece(segment.count, piece, writer, [&](std::size_t begin, std::size_t count) {
                             std::memcpy(writer.piece(begin, count),
@@ -41,4 +49,4 @@ TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
 }
 
 }  // namespace
-}  // namespace rix::point_operations::test
+}  // namespace rix::access

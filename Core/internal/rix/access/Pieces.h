@@ -11,10 +11,10 @@
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
-namespace rix::point_operations {
+namespace rix::access {
 
 /// An input of a point operation and how its samples are to be read.
-struct PointInput {
+struct PieceInput {
     const ImageModel& image;
     VoxelTypes readAs;
     bool isBinary = false;  ///< whatever differs from 0 reads as 1
@@ -23,39 +23,38 @@ struct PointInput {
 /// What is done with the rows of an input before an operator sees them.
 class RowConversion {
 public:
-    RowConversion(const PointInput& input, OptimLevelType level);
+    RowConversion(const PieceInput& input, OptimLevelType level);
 
     bool isNone() const { return m_truth == nullptr && m_cast == nullptr; }
     std::size_t sourceBytes() const { return m_sourceBytes; }
     std::size_t targetBytes() const { return m_targetBytes; }
 
 private:
-    friend class CastingAdapter;
-    access::CastRow m_truth = nullptr;  ///< to bytes of 0 and 1, before the cast
-    access::CastRow m_cast = nullptr;
+    friend class PieceReader;
+    CastRow m_truth = nullptr;  ///< to bytes of 0 and 1, before the cast
+    CastRow m_cast = nullptr;
     std::size_t m_sourceBytes;  ///< of a sample
     std::size_t m_targetBytes;
 };
 
 /// Shows an image as samples of another type: piece by piece, converted into a buffer that stays in the first-level
 /// cache; or in place where nothing has to be converted. Made by the thread that uses it, once a block.
-class CastingAdapter {
+class PieceReader {
 public:
     /// @param pieceSamples the longest piece that will be asked for; without a conversion it does not matter
-    CastingAdapter(const PointInput& input, const RowConversion& conversion, const access::Plan& plan,
-                   std::size_t pieceSamples);
+    PieceReader(const PieceInput& input, const RowConversion& conversion, const Plan& plan, std::size_t pieceSamples);
 
     /// Goes to a segment of the image.
-    void read(const access::RowSegment& segment) { m_row = m_rows.read(segment); }
+    void read(const RowSegment& segment) { m_row = m_rows.read(segment); }
     /// `count` samples of the segment from `first` on; valid until the next call.
     ConstRawData piece(std::size_t first, std::size_t count);
 
 private:
-    access::RawRowReader m_rows;
+    RawRowReader m_rows;
     const RowConversion& m_conversion;
     ConstRawData m_row = nullptr;
-    access::Scratch m_truths;
-    access::Scratch m_converted;
+    Scratch m_truths;
+    Scratch m_converted;
 };
 
 /// Writes an image piece by piece: straight into it, or beside it and past the caches where the images of the run don't
@@ -63,9 +62,9 @@ private:
 class PieceWriter {
 public:
     /// @param stream how pieces get past the caches; null for an image that is written straight into
-    PieceWriter(ImageModel& image, const access::Plan& plan, access::StreamRow stream, std::size_t pieceSamples);
+    PieceWriter(ImageModel& image, const Plan& plan, StreamRow stream, std::size_t pieceSamples);
 
-    void open(const access::RowSegment& segment) { m_row = m_rows.open(segment); }
+    void open(const RowSegment& segment) { m_row = m_rows.open(segment); }
     /// How many samples of the segment lie before its first whole line of the cache.
     std::size_t samplesBeforeLine() const;
     /// Where `count` samples of the segment from `first` on are to be stored.
@@ -77,13 +76,13 @@ public:
     PieceWriter& operator=(const PieceWriter&) = delete;
 
 private:
-    access::RawRowWriter m_rows;
-    access::StreamRow m_stream;
+    RawRowWriter m_rows;
+    StreamRow m_stream;
     std::size_t m_sampleBytes;
     RawData m_row = nullptr;
     RawData m_target = nullptr;
     std::size_t m_pieceBytes = 0;
-    access::Scratch m_buffer;
+    Scratch m_buffer;
 };
 
 /// Calls `piece(first, count)` for the pieces of a segment. In a long segment all but the first begin on a line of the
@@ -99,9 +98,9 @@ void forEachPiece(std::size_t segmentSamples, std::size_t pieceSamples, const Pi
 }
 
 /// How many samples a piece has whose buffers are to stay in the first-level cache.
-std::size_t pieceSamples(std::size_t largestSampleBytes, access::StreamRow stream);
+std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream);
 
 /// How an output is streamed; null where it is not.
-access::StreamRow streamRowFor(access::Stores stores, OptimLevelType level);
+StreamRow streamRowFor(Stores stores, OptimLevelType level);
 
-}  // namespace rix::point_operations
+}  // namespace rix::access
