@@ -13,6 +13,7 @@
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilter3d.h>
 #include <rix/image/ImageCalibration.h>
+#include <rix/image/ImageHeader.h>
 #include <rix/image/ImageModel.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
 #include <rix/image/ImageModelFull2d.h>
