@@ -20,6 +20,8 @@
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/image/SampleMemory.h>
+#include <rix/image/StridedImage.h>
 #include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/individual_analysis/LabelAnalysisMsr.h>
 #include <rix/individual_analysis/MeasureSet.h>
