@@ -29,23 +29,8 @@ String listCodecs() {
 
 std::unique_ptr<MemoryImage> makeImage(const ImageFileInfo& info) {
     auto image = std::make_unique<MemoryImage>();
-    const auto& n = info.extents;
-    if (!image->reserve(info.elementType, info.voxelType, n[COLUMNS], n[ROWS], n[PLANS], n[SEQUENCE],
-                        n[SPECTRAL_SERIES])) {
+    if (!helper::applyHeader(info, *image)) {
         throw MemoryError("There is not enough memory for the samples of the image.");
-    }
-    bool done = image->setInterpretation(info.interpretation) &&
-                image->setColorInterpretation(info.colorInterpretation) &&
-                image->setSpatialUnitName(info.spatialUnitName) && image->setSequenceUnitName(info.sequenceUnitName) &&
-                image->setSpatialDirections(info.spatialDirections);
-    for (int axis = RIX_COMPONENTS_FIRST; axis < RIX_COMPONENTS_SIZE; ++axis) {
-        const auto component = static_cast<Components>(axis);
-        const auto index = static_cast<std::size_t>(axis);
-        done = done && image->setSpacingOf(component, info.spacing[index]) &&
-               image->setOriginOf(component, info.origin[index]);
-    }
-    if (!done) {
-        throw UnexpectedError("A memory image refuses a calibration.");
     }
     return image;
 }

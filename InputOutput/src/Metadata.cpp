@@ -219,22 +219,13 @@ bool isSpacing(double value) {
 
 ImageFileInfo describe(const ImageModel& image) {
     ImageFileInfo info;
-    for (int axis = RIX_COMPONENTS_FIRST; axis < RIX_COMPONENTS_SIZE; ++axis) {
-        const auto component = static_cast<Components>(axis);
-        const auto index = static_cast<std::size_t>(axis);
-        info.extents[index] = image.getNumOf(component);
-        const double spacing = image.getSpacingOf(component);
-        info.spacing[index] = isSpacing(spacing) ? spacing : 1.0;
-        const double origin = image.getOriginOf(component);
-        info.origin[index] = std::isfinite(origin) ? origin : 0.0;
+    static_cast<ImageHeader&>(info) = helper::headerOf(image);
+    for (double& spacing : info.spacing) {
+        spacing = isSpacing(spacing) ? spacing : 1.0;
     }
-    info.voxelType = image.getVoxelType();
-    info.elementType = image.getElementType();
-    info.interpretation = image.getInterpretation();
-    info.colorInterpretation = image.getColorInterpretation();
-    info.spatialUnitName = image.getSpatialUnitName();
-    info.sequenceUnitName = image.getSequenceUnitName();
-    info.spatialDirections = image.getSpatialDirections();
+    for (double& origin : info.origin) {
+        origin = std::isfinite(origin) ? origin : 0.0;
+    }
     return info;
 }
 

@@ -2,6 +2,7 @@
 
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/rules/ImageEnforcements.h>
+#include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
 #include "ComplementImageRunners.h"
@@ -24,7 +25,8 @@ ComplementImage::ComplementImage(algorithms::AbstractPrivateImplementation* give
     addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
              AddRuleAssertType({RIX_UINT8, RIX_UINT16, RIX_UINT32}), AddRuleAssertImageNotEmpty());
     addOutput(state.outputImage, "outputImage", "The complements.");
-    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
+    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage),
+             AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
 }
 
 std::shared_ptr<ComplementImage> ComplementImage::New() {

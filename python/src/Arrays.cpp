@@ -8,6 +8,8 @@
 
 #include <pybind11/stl.h>
 
+#include <rix/image/SampleMemory.h>
+
 #include "Axes.h"
 #include "Errors.h"
 #include "VoxelDtypes.h"
@@ -50,10 +52,13 @@ Memory copyInStorageOrder(const py::array& array, const std::string& axes) {
             sorted};
 }
 
+enum class Access { ReadOnly, ReadWrite };
+
 /// Fills the shape of a header and opens memory, which the image then keeps.
-void openMemory(GivenImage& given, Memory memory, ImageHeader header, ArrayImage::Access access) {
+void openMemory(GivenImage& given, Memory memory, ImageHeader header, Access access) {
     given.array = std::move(memory.array);
-    std::array<std::ptrdiff_t, RIX_COMPONENTS_SIZE> strides{};
+    header.extents = {1, 1, 1, 1, 1};
+    StridedImage::Pitches strides{};
     for (std::size_t dimension = 0; dimension < memory.axes.size(); ++dimension) {
         const Components axis = axisOfLetter(memory.axes[dimension]);
         header.extents[indexOf(axis)] =
@@ -61,7 +66,9 @@ void openMemory(GivenImage& given, Memory memory, ImageHeader header, ArrayImage
         strides[indexOf(axis)] = given.array.strides(static_cast<py::ssize_t>(dimension));
     }
     // An input is never written: the image is read-only, whatever the array is.
-    given.image = std::make_unique<ArrayImage>(const_cast<void*>(given.array.data()), header, strides, access);
+    const void* const first = given.array.data();
+    given.image = access == Access::ReadWrite ? std::make_unique<ArrayImage>(const_cast<void*>(first), header, strides)
+                                              : std::make_unique<ArrayImage>(first, header, strides);
 }
 
 ImageHeader headerOfArray(const py::array& array) {
@@ -83,10 +90,10 @@ ImageHeader headerOfImage(py::handle image, const py::array& array, const std::s
     };
     read("spacing", header.spacing);
     read("origin", header.origin);
-    header.spatialUnit = image.attr("spatial_unit").cast<std::string>();
-    header.sequenceUnit = image.attr("sequence_unit").cast<std::string>();
+    header.spatialUnitName = image.attr("spatial_unit").cast<std::string>();
+    header.sequenceUnitName = image.attr("sequence_unit").cast<std::string>();
     const auto directions = image.attr("directions").cast<std::array<std::array<double, 3>, 3>>();
-    header.directions = {directions[0], directions[1], directions[2]};
+    header.spatialDirections = {directions[0], directions[1], directions[2]};
     header.interpretation = static_cast<Interpretations>(image.attr("interpretation").cast<int>());
     header.colorInterpretation = static_cast<ColorInterpretation>(image.attr("color_interpretation").cast<int>());
     return header;
@@ -98,7 +105,7 @@ bool isImage(py::handle object) {
     return py::isinstance(object, type);
 }
 
-GivenImage open(py::handle object, const std::string& axes, ArrayImage::Access access) {
+GivenImage open(py::handle object, const std::string& axes, Access access) {
     GivenImage given;
     given.object = py::reinterpret_borrow<py::object>(object);
     py::object source = given.object;
@@ -125,7 +132,7 @@ GivenImage open(py::handle object, const std::string& axes, ArrayImage::Access a
         header = headerOfImage(source, given.array, given.axes);
     }
     const bool needsCopy = !isNative(given.array) || !hasOpenRows(given.array, given.axes);
-    if (access == ArrayImage::Access::ReadOnly) {
+    if (access == Access::ReadOnly) {
         openMemory(given, needsCopy ? copyInStorageOrder(given.array, given.axes) : Memory{given.array, given.axes},
                    header, access);
         return given;
@@ -147,22 +154,20 @@ GivenImage open(py::handle object, const std::string& axes, ArrayImage::Access a
 }  // namespace
 
 GivenImage openInput(py::handle object, const std::string& axes) {
-    return open(object, axes, ArrayImage::Access::ReadOnly);
+    return open(object, axes, Access::ReadOnly);
 }
 
 GivenImage openOutput(py::handle object, const std::string& axes) {
-    return open(object, axes, ArrayImage::Access::ReadWrite);
+    return open(object, axes, Access::ReadWrite);
 }
 
 void partFromOutput(GivenImage& input, const GivenImage& output) {
-    const auto [inLow, inHigh] = input.image->bounds();
-    const auto [outLow, outHigh] = output.image->bounds();
-    if (inLow >= outHigh || outLow >= inHigh || input.image->hasLayoutOf(*output.image)) {
+    if (!helper::mayShareSamples(*input.image, *output.image) || helper::sharesLayout(*input.image, *output.image)) {
         return;
     }
     // What overlaps was opened where it is, so the axes are those of the memory.
     openMemory(input, copyInStorageOrder(input.array, input.axes), ImageHeader(input.image->header()),
-               ArrayImage::Access::ReadOnly);
+               Access::ReadOnly);
 }
 
 namespace {
@@ -175,11 +180,11 @@ py::object makeImage(const py::array& array, const std::string& axes, const Imag
         spacing[dimension] = py::float_(header.spacing[indexOf(axisOfLetter(axes[dimension]))]);
         origin[dimension] = py::float_(header.origin[indexOf(axisOfLetter(axes[dimension]))]);
     }
-    const auto& [column, row, slice] = header.directions;
+    const auto& [column, row, slice] = header.spatialDirections;
     const auto vector = [](const vessel::Vector3d& values) { return py::make_tuple(values[0], values[1], values[2]); };
     return py::module_::import("rix._image")
         .attr("Image")
-        .attr("_make")(array, axes, spacing, origin, header.spatialUnit, header.sequenceUnit,
+        .attr("_make")(array, axes, spacing, origin, header.spatialUnitName, header.sequenceUnitName,
                        py::make_tuple(vector(column), vector(row), vector(slice)),
                        static_cast<int>(header.interpretation), static_cast<int>(header.colorInterpretation));
 }
@@ -230,7 +235,7 @@ py::object resultOf(const std::shared_ptr<io::MemoryImage>& image, const GivenIm
 }
 
 py::object imageOf(const std::shared_ptr<io::MemoryImage>& image, const std::string& axes) {
-    return makeImage(arrayOf(image, axes), axes, headerOf(*image));
+    return makeImage(arrayOf(image, axes), axes, helper::headerOf(*image));
 }
 
 }  // namespace rix::python

@@ -11,6 +11,7 @@
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
+#include <rix/image/StridedImage.h>
 
 #include <gtest/gtest.h>
 
@@ -95,6 +96,8 @@ void checkPair(ImageModel& a, ImageModel& b) {
 /// Boxes of boxes of an image, so that every kind of contact of two parts occurs.
 class RandomBoxes {
 public:
+    explicit RandomBoxes(unsigned seed) : m_random(seed) {}
+
     ImageModel& next(ImageModel& image) {
         ImageModel* part = &image;
         for (int depth = pick(2); depth >= 0; --depth) {
@@ -116,17 +119,63 @@ public:
 private:
     int pick(int largest) { return std::uniform_int_distribution<>(0, largest)(m_random); }
 
-    std::mt19937 m_random{5};
+    std::mt19937 m_random;
     std::vector<std::unique_ptr<ImageModel>> m_views;
 };
 
 TEST(SampleMemory, TellsWhereBoxesOfAnImageMeet) {
     io::MemoryImage image = makeCounted({4, 3, 2, 2, 2});
-    RandomBoxes boxes;
+    RandomBoxes boxes(5);
     for (int i = 0; i < 400; ++i) {
         SCOPED_TRACE(i);
         checkPair(boxes.next(image), boxes.next(image));
     }
+}
+
+/// An image anywhere in a buffer: axes in any order and direction, with gaps that others may fill.
+std::unique_ptr<StridedImage> makeStrided(std::vector<std::uint8_t>& buffer, std::mt19937& random) {
+    const auto pick = [&](std::size_t largest) {
+        return std::uniform_int_distribution<std::size_t>(0, largest)(random);
+    };
+    ImageHeader header;
+    header.voxelType = pick(1) == 0 ? RIX_UINT8 : RIX_INT16;
+    header.elementType = pick(3) == 0 ? VECTOR_3 : SINGLE;
+    const std::size_t size = helper::getSizeOf(header.voxelType) * helper::getElementNumber(header.elementType);
+    StridedImage::Pitches pitches{static_cast<std::ptrdiff_t>(size)};
+    header.extents[COLUMNS] = 1 + pick(2);
+    std::size_t span = size * header.extents[COLUMNS];
+    std::size_t below = 0;
+    std::vector<std::size_t> axes{ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES};
+    std::shuffle(axes.begin(), axes.end(), random);
+    for (const std::size_t axis : axes) {
+        header.extents[axis] = 1 + pick(2);
+        const std::size_t pitch = span + pick(2) * pick(2) * size;
+        const std::size_t reach = pitch * (header.extents[axis] - 1);
+        const bool backwards = pick(2) == 0;
+        pitches[axis] = backwards ? -static_cast<std::ptrdiff_t>(pitch) : static_cast<std::ptrdiff_t>(pitch);
+        below += backwards ? reach : 0;
+        span += reach;
+    }
+    return std::make_unique<StridedImage>(buffer.data() + below + pick(std::min(buffer.size() - span, span / 2)),
+                                          header, pitches);
+}
+
+TEST(SampleMemory, TellsWhereStridedImagesMeet) {
+    std::vector<std::uint8_t> buffer(16384);
+    std::mt19937 random(7);
+    int met = 0;
+    int apart = 0;
+    for (int i = 0; i < 600; ++i) {
+        SCOPED_TRACE(i);
+        const auto a = makeStrided(buffer, random);
+        const auto b = makeStrided(buffer, random);
+        checkPair(*a, *b);
+        (mayShareSamples(*a, *b) ? met : apart) += 1;
+        RandomBoxes boxes(static_cast<unsigned>(i));
+        checkPair(boxes.next(*a), boxes.next(i % 2 == 0 ? *a : *b));
+    }
+    EXPECT_GT(met, 100);
+    EXPECT_GT(apart, 20);
 }
 
 TEST(SampleMemory, LooksThroughEveryKindOfView) {

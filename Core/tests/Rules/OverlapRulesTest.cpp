@@ -5,6 +5,7 @@
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
+#include <rix/image/StridedImage.h>
 
 #include "RuleTestSupport.h"
 
@@ -32,6 +33,13 @@ TEST(OverlapRules, TellPartsOfImagesApart) {
     ImageModelSizeProxy right(&plane, {3, 0, 0, 0, 0}, {3, 5, 1, 1, 1});
     ImageModelSizeProxy middle(&nested, {2, 0, 0, 0, 0}, {3, 5, 1, 1, 1});
     ImageModelProxy converted(&frame, RIX_FLOAT32);
+    // Buffers of an application: every other row of one, and the same rows from the last to the first.
+    std::vector<std::uint8_t> pixels(100);
+    const ImageHeader header{.extents = {10, 5, 1, 1, 1}};
+    StridedImage even(pixels.data(), header, {1, 20, 0, 0, 0});
+    StridedImage sameEven(pixels.data(), header, {1, 20, 0, 0, 0});
+    StridedImage odd(pixels.data() + 10, header, {1, 20, 0, 0, 0});
+    StridedImage flipped(pixels.data() + 80, header, {1, -20, 0, 0, 0});
     const struct {
         const char* name;
         const ImageModel* input;
@@ -54,6 +62,9 @@ TEST(OverlapRules, TellPartsOfImagesApart) {
         {"columns that overlap", &left, &middle, Overlap::Some},
         {"a crop of the input", &real, &left, Overlap::Some},
         {"the frame as another type", &converted, &frame, Overlap::All},
+        {"one buffer twice", &even, &sameEven, Overlap::All},
+        {"rows between rows", &even, &odd, Overlap::None},
+        {"the buffer upside down", &even, &flipped, Overlap::Some},
         {"another frame as another type", &converted, &otherFrame, Overlap::None},
     };
     NamedProperty<const ImageModel*> input("inputImage", nullptr);

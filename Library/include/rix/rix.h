@@ -13,12 +13,15 @@
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilter3d.h>
 #include <rix/image/ImageCalibration.h>
+#include <rix/image/ImageHeader.h>
 #include <rix/image/ImageModel.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/image/SampleMemory.h>
+#include <rix/image/StridedImage.h>
 #include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/individual_analysis/LabelAnalysisMsr.h>
 #include <rix/individual_analysis/MeasureSet.h>

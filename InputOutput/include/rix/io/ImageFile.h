@@ -1,16 +1,14 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <vector>
 
-#include <vessel/SpatialDirections.h>
-
 #include <rix/Export.h>
 #include <rix/String.h>
+#include <rix/image/ImageHeader.h>
 #include <rix/image/ImageModel.h>
 #include <rix/image/MemoryImage.h>
 
@@ -40,20 +38,10 @@ struct WriteOptions {
 };
 
 /// All that a file tells about its image beside the samples.
-struct ImageFileInfo {
+struct ImageFileInfo : ImageHeader {
     String format;                ///< name of the format, "TIFF" or "PNG"
     String storage;               ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
     std::uint64_t fileBytes = 0;  ///< size of the file
-    std::array<std::size_t, RIX_COMPONENTS_SIZE> extents{};  ///< indexed by `Components`
-    VoxelTypes voxelType = RIX_UINT8;
-    ElementTypes elementType = SINGLE;
-    Interpretations interpretation = RIX_VALUE;
-    ColorInterpretation colorInterpretation = UNKNOWN;
-    std::array<double, RIX_COMPONENTS_SIZE> spacing{1.0, 1.0, 1.0, 1.0, 1.0};
-    std::array<double, RIX_COMPONENTS_SIZE> origin{};
-    String spatialUnitName;
-    String sequenceUnitName;
-    vessel::SpatialDirections spatialDirections;
 };
 
 /// A format that files are read from and written to.

@@ -15,37 +15,16 @@
 #include "../render/View.h"
 
 namespace rix::cli {
-namespace {
 
-/// An image of any size without samples: rules see its header and shape it, and no memory is taken.
-class HeaderImage : public io::MemoryImage {
-public:
-    ~HeaderImage() override { m_rawData = nullptr; }
-    void allocateInternalBuffer(std::size_t /*bytes*/) override { m_rawData = nullptr; }
-    void freeInternalBuffer() override { m_rawData = nullptr; }
-};
-
-}  // namespace
-
-std::unique_ptr<io::MemoryImage> readHeader(const std::filesystem::path& path) {
-    io::ImageFileInfo info;
+std::unique_ptr<HeaderImage> readHeader(const std::filesystem::path& path) {
+    auto image = std::make_unique<HeaderImage>();
     try {
-        info = io::readImageInfo(path);
+        if (!helper::applyHeader(io::readImageInfo(path), *image)) {
+            throw Failure(UNREADABLE_INPUT, "the image file " + inQuotes(path.string()) + " is too large");
+        }
     } catch (const Exception& exception) {
         throw Failure(UNREADABLE_INPUT, exception);
     }
-    auto image = std::make_unique<HeaderImage>();
-    const auto& n = info.extents;
-    if (!image->reserve(info.elementType, info.voxelType, n[0], n[1], n[2], n[3], n[4])) {
-        throw Failure(UNREADABLE_INPUT, "the image file " + inQuotes(path.string()) + " is too large");
-    }
-    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
-        const auto index = static_cast<std::size_t>(axis);
-        image->setSpacingOf(axis, info.spacing[index]);
-        image->setOriginOf(axis, info.origin[index]);
-    }
-    image->setInterpretation(info.interpretation);
-    image->setColorInterpretation(info.colorInterpretation);
     return image;
 }
 
@@ -59,7 +38,7 @@ const measurement::MeasurementObject* Pantry::table(const std::string& text) con
     return found == m_tables.end() ? nullptr : found->second.get();
 }
 
-io::MemoryImage& Pantry::input(const std::string& text) {
+ImageModel& Pantry::input(const std::string& text) {
     const auto found = m_images.find(text);
     if (found != m_images.end()) {
         return *found->second;
@@ -80,21 +59,21 @@ io::MemoryImage& Pantry::input(const std::string& text) {
     return *(m_images[text] = m_load(text));
 }
 
-io::MemoryImage& Pantry::changed(const std::string& text) {
-    const io::MemoryImage& image = input(text);
+ImageModel& Pantry::changed(const std::string& text) {
+    const ImageModel& image = input(text);
     if (m_fixed.erase(text) != 0) {
-        m_images[text] = std::make_shared<io::MemoryImage>(image);
+        m_images[text] = m_copy(image);
     }
     return *m_images[text];
 }
 
-std::shared_ptr<const io::MemoryImage> Pantry::asItIs(const std::string& text) {
+std::shared_ptr<const ImageModel> Pantry::asItIs(const std::string& text) {
     input(text);
     m_fixed.insert(text);
     return m_images[text];
 }
 
-io::MemoryImage& Pantry::output(const std::string& text) {
+ImageModel& Pantry::output(const std::string& text) {
     m_tables.erase(text);
     auto& image = m_images[text];
     if (m_fixed.erase(text) != 0 || image == nullptr) {
@@ -136,7 +115,7 @@ PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry) {
             case ImageRole::Input: dynamic_cast<Property<const ImageModel*>&>(property).set(&pantry.input(text)); break;
             case ImageRole::InPlace: dynamic_cast<Property<ImageModel*>&>(property).set(&pantry.changed(text)); break;
             case ImageRole::Output: {
-                io::MemoryImage& image = pantry.output(text);
+                ImageModel& image = pantry.output(text);
                 dynamic_cast<Property<ImageModel*>&>(property).set(&image);
                 if (memoryName(text).empty()) {
                     run.files.emplace_back(text, &image);
@@ -171,7 +150,9 @@ void checkFits(const std::filesystem::path& path, const ImageModel& image) {
 }  // namespace
 
 void rehearse(const Recipe& recipe) {
-    Pantry pantry(readHeader, [] { return std::make_unique<HeaderImage>(); });
+    Pantry pantry(
+        readHeader, [] { return std::make_unique<HeaderImage>(); },
+        [](const ImageModel& image) { return std::make_unique<HeaderImage>(helper::headerOf(image)); });
     std::set<std::filesystem::path> targets;
     const auto checkTarget = [&targets](const std::filesystem::path& path,
                                         void (*check)(const std::filesystem::path&)) {
@@ -200,8 +181,8 @@ void rehearse(const Recipe& recipe) {
                 continue;
             }
             for (const Recipe::View& view : step.views) {
-                const io::MemoryImage& image = pantry.input(view.image);
-                const io::MemoryImage* const base = view.over.empty() ? nullptr : &pantry.input(view.over);
+                const ImageModel& image = pantry.input(view.image);
+                const ImageModel* const base = view.over.empty() ? nullptr : &pantry.input(view.over);
                 if (step.kind == Recipe::Step::Kind::Write) {
                     checkFits(step.target, image);
                 } else if (isShaped(image) && (base == nullptr || isShaped(*base))) {

@@ -56,7 +56,11 @@ public:
     explicit Execution(const RecipeOptions& options, const Recipe& recipe)
         : m_options(options),
           m_recipe(recipe),
-          m_pantry(loadImage, [] { return std::make_unique<io::MemoryImage>(); }),
+          m_pantry(
+              loadImage, [] { return std::make_unique<io::MemoryImage>(); },
+              [](const ImageModel& image) {
+                  return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
+              }),
           m_record(options.recipe, recipe) {}
 
     void carryOut() {
@@ -133,7 +137,7 @@ private:
     Picture draw(const Recipe::Step& step) {
         std::unique_ptr<Picture> picture;
         for (const Recipe::View& view : step.views) {
-            const io::MemoryImage* const base = view.over.empty() ? nullptr : &m_pantry.input(view.over);
+            const ImageModel* const base = view.over.empty() ? nullptr : &m_pantry.input(view.over);
             Picture next = renderView(m_pantry.input(view.image), base, {},
                                       view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
             picture = std::make_unique<Picture>(picture == nullptr ? std::move(next)

@@ -1,0 +1,46 @@
+#include <rix/image/ImageHeader.h>
+
+#include <rix/image/ImageCalibration.h>
+
+#include <gtest/gtest.h>
+
+#include "ImageTestTools.h"
+
+namespace rix {
+namespace {
+
+using test::huge;
+
+TEST(HeaderImage, IsAnImageWithoutSamples) {
+    io::MemoryImage image = test::makeCounted({4, 3, 2, 1, 2});
+    image.setSpacingOf(PLANS, 2.5);
+    image.setOriginOf(SEQUENCE, -1.0);
+    image.setSpatialUnitName("um");
+    image.setSequenceUnitName("s");
+    image.setSpatialDirections({{0, 1, 0}, {1, 0, 0}, {0, 0, 1}});
+    image.setInterpretation(RIX_LABEL);
+    image.setColorInterpretation(HSL);
+    HeaderImage header(helper::headerOf(image));
+    io::MemoryImage back;
+    ASSERT_TRUE(helper::applyHeader(header.header(), back));
+    for (const ImageModel* const made : std::initializer_list<const ImageModel*>{&header, &back}) {
+        EXPECT_EQ(helper::describeImage(*made), helper::describeImage(image));
+        EXPECT_EQ(ImageCalibration(*made), ImageCalibration(image));
+        EXPECT_EQ(made->getSpatialDirections(), image.getSpatialDirections());
+        EXPECT_EQ(made->getColorInterpretation(), HSL);
+    }
+    std::uint8_t buffer[8] = {};
+    ConstRawData row = nullptr;
+    EXPECT_FALSE(header.readRowAt(1, buffer, 0, 0, 0, 0, 0));
+    EXPECT_FALSE(header.writeRowAt(1, buffer, 0, 0, 0, 0, 0));
+    EXPECT_FALSE(header.getConstRowAt(1, row, 0, 0, 0, 0, 0));
+    // No memory holds this.
+    EXPECT_TRUE(header.reserve(RIX_UINT8, std::size_t{1} << 40, std::size_t{1} << 20, 1, 1, 1));
+    EXPECT_EQ(header.getNumOf(COLUMNS), std::size_t{1} << 40);
+    EXPECT_FALSE(header.reserve(RIX_UINT16, huge, 1, 1, 1, 1));
+    EXPECT_FALSE(helper::applyHeader({.extents = {huge, 2, 1, 1, 1}}, header));
+    EXPECT_EQ(header.getVoxelType(), RIX_UINT8);
+}
+
+}  // namespace
+}  // namespace rix
