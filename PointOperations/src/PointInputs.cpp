@@ -90,4 +90,9 @@ access::StreamRow streamRowFor(access::Stores stores, OptimLevelType level) {
     return stores == access::Stores::Streaming ? access::streamRow(level) : nullptr;
 }
 
+std::size_t pieceMemory(std::size_t threads) {
+    constexpr std::size_t margin = 4096;  // of a buffer
+    return threads * 5 * (pieceBytes + margin);
+}
+
 }  // namespace rix::point_operations
