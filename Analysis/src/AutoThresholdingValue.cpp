@@ -56,8 +56,9 @@ AlgorithmDescription AutoThresholdingValue::describe() const {
     AlgorithmDescription description;
     description.summary = "Chooses a threshold from the histogram of an image.";
     description.kind = AlgorithmKind::Reduction;
-    if (const ImageModel* const image = getInputGrayImage(); image != nullptr) {
-        description.extraMemory = thresholdingMemory(*image);
+    description.extraMemoryIsExact = false;  // it depends on the values that occur
+    if (getInputGrayImage() != nullptr) {
+        description.extraMemory = thresholdingMemory(*this);
     }
     return description;
 }

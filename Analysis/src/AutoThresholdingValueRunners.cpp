@@ -1,11 +1,13 @@
 #include "AutoThresholdingValueRunners.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <sstream>
 #include <utility>
 #include <vector>
 
+#include <rix/access/MemoryAccount.h>
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/Children.h>
@@ -44,6 +46,7 @@ public:
         threshold.reset(frames);
         for (std::size_t frame = 0; frame < frames; ++frame) {
             math::Histogram histogram = emptyHistogram(range);
+            const access::MemoryCharge ofHistogram(histogram.getNbClasses() * sizeof(std::uint64_t));
             try {
                 threshold[frame] = thresholdOf(frame, histogram);
             } catch (InvalidCall& exception) {
@@ -170,11 +173,18 @@ void process(AutoThresholdingValue& algorithm, OptimLevelType level) {
 
 }  // namespace
 
-std::size_t thresholdingMemory(const ImageModel& image) {
-    // The histogram, and its counts once more as what ISODATA takes them for.
-    const std::size_t ofClasses = 2 * mostClasses * sizeof(std::uint64_t);
-    const std::size_t frames = CountedExtrema::accepts(image) ? image.getNumOf(SEQUENCE) : 1;
-    return countingMemory() + ofClasses + (hasCountableRange(image) ? frames * tableBytes(image) : 0);
+std::size_t thresholdingMemory(const AutoThresholdingValue& algorithm) {
+    const ImageModel& image = *algorithm.getInputGrayImage();
+    const bool measuresRange = algorithm.getRangeMode() == ThresholdChoices::MIN_MAX;
+    const std::size_t classes = measuresRange && helper::getSizeOf(image.getVoxelType()) == 1 ? 256 : mostClasses;
+    const std::size_t keptFrames = measuresRange && CountedExtrema::accepts(image) ? image.getNumOf(SEQUENCE) : 1;
+    const std::size_t tables = hasCountableRange(image) ? keptFrames * tableBytes(image) : 0;
+    // The classes that occur, as they come, and what ISODATA takes their counts for or ENTROPY keeps of each.
+    const std::size_t criterion =
+        std::bit_ceil(classes) * 24 +
+        classes * (algorithm.getThresholdCriterion() == ThresholdChoices::ENTROPY ? sizeof(long double) : 8);
+    const std::size_t histogram = classes * sizeof(std::uint64_t);
+    return tables + histogram + std::max(countingMemory(algorithm.getMaximumThreads()), criterion);
 }
 
 void addAutoThresholdingValueRunners(AlgoInfo& info) {

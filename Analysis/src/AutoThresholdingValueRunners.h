@@ -4,15 +4,17 @@
 
 namespace rix {
 class AlgoInfo;
-class ImageModel;
 
 namespace analysis {
+
+class AutoThresholdingValue;
 
 /// Registers the runners of the levels scalar, SSE and AVX.
 void addAutoThresholdingValueRunners(AlgoInfo& info);
 
-/// Peak bytes of extra memory of a run on an image.
-std::size_t thresholdingMemory(const ImageModel& image);
+/// The most bytes of extra memory that a run with the present inputs can take: assumes that every class of the
+/// histogram occurs.
+std::size_t thresholdingMemory(const AutoThresholdingValue& algorithm);
 
 }  // namespace analysis
 }  // namespace rix

@@ -5,9 +5,9 @@
 #include <limits>
 #include <optional>
 #include <type_traits>
-#include <vector>
 
 #include <rix/access/Joins.h>
+#include <rix/access/MemoryAccount.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "ClassKernels.h"
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    std::vector<std::uint32_t> m_counts;
+    access::CountedVector<std::uint32_t> m_counts;
 };
 
 /// The classes as integers when samples of type `T` fall into them without a division.

@@ -2,7 +2,8 @@
 
 #include <cmath>
 #include <cstdint>
-#include <vector>
+
+#include <rix/access/MemoryAccount.h>
 
 #include "Int128.h"
 
@@ -16,8 +17,8 @@ struct Occupied {
     std::uint64_t count;
 };
 
-std::vector<Occupied> occupiedClasses(const math::Histogram& histogram) {
-    std::vector<Occupied> occupied;
+access::CountedVector<Occupied> occupiedClasses(const math::Histogram& histogram) {
+    access::CountedVector<Occupied> occupied;
     const auto counts = histogram.getCounts();
     for (std::size_t i = 0; i < counts.size(); ++i) {
         if (counts[i] > 0) {
@@ -55,13 +56,13 @@ long double entropyTerm(std::uint64_t count) {
 }  // namespace
 
 double computeThresholdEntropy(const math::Histogram& histogram) {
-    const std::vector<Occupied> occupied = occupiedClasses(histogram);
+    const access::CountedVector<Occupied> occupied = occupiedClasses(histogram);
     if (occupied.empty()) {
         return histogram.getClassStart(0);
     }
     // The sums of the bright sides are taken from the far end: differences from the total would lose what distinguishes
     // the last classes.
-    std::vector<long double> brightTerms(occupied.size());
+    access::CountedVector<long double> brightTerms(occupied.size());
     CompensatedSum bright;
     for (std::size_t i = occupied.size(); i-- > 0;) {
         brightTerms[i] = bright.value();
@@ -91,7 +92,7 @@ double computeThresholdEntropy(const math::Histogram& histogram) {
 }
 
 double computeThresholdFactorization(const math::Histogram& histogram) {
-    const std::vector<Occupied> occupied = occupiedClasses(histogram);
+    const access::CountedVector<Occupied> occupied = occupiedClasses(histogram);
     if (occupied.empty()) {
         return histogram.getClassStart(0);
     }
@@ -122,7 +123,7 @@ double computeThresholdFactorization(const math::Histogram& histogram) {
 }
 
 double computeThresholdMoments(const math::Histogram& histogram) {
-    const std::vector<Occupied> occupied = occupiedClasses(histogram);
+    const access::CountedVector<Occupied> occupied = occupiedClasses(histogram);
     // One occupied class: the variance is 0, and exactly so here, as is the second condition of that case.
     if (occupied.size() <= 1) {
         return histogram.getClassStart(0);

@@ -5,7 +5,6 @@
 
 #include <rix/access/Joins.h>
 #include <rix/access/VoxelTypeLists.h>
-#include <rix/devices/Cpu.h>
 
 #include "KeyCounter.h"
 
@@ -136,8 +135,9 @@ std::size_t tableBytes(const ImageModel& image) {
     return sizeof(std::uint64_t) << (8 * helper::getSizeOf(image.getVoxelType()));
 }
 
-std::size_t countingMemory() {
-    return devices::Cpu::logicalProcessors() * (KeyCounter::memory + sizeof(ByteCounts));
+std::size_t countingMemory(std::size_t threads) {
+    constexpr std::size_t margin = 4096;  // of a buffer
+    return threads * (KeyCounter::memory + sizeof(ByteCounts) + margin);
 }
 
 }  // namespace rix::analysis

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
 #include <rix/image/ImageModel.h>
 
 #include "ExtremaKernels.h"
@@ -14,7 +14,7 @@ namespace rix::analysis {
 /// How often each integer from `first` on occurs.
 struct ValueCounts {
     double first = 0.0;
-    std::vector<std::uint64_t> counts;
+    access::CountedVector<std::uint64_t> counts;
 
     double valueAt(std::size_t index) const { return first + static_cast<double>(index); }
 };
@@ -33,6 +33,6 @@ void addExtrema(const ValueCounts& values, Extrema& extrema);
 std::size_t tableBytes(const ImageModel& image);
 
 /// Peak bytes of working memory of `countValues`, beside the table.
-std::size_t countingMemory();
+std::size_t countingMemory(std::size_t threads);
 
 }  // namespace rix::analysis

@@ -8,6 +8,7 @@
 
 #include "ArithmeticOperationWithImagePrivate.h"
 #include "ArithmeticRules.h"
+#include <rix/access/Pieces.h>
 #include "PointRunners.h"
 
 namespace rix::point_operations {
@@ -68,6 +69,7 @@ AlgorithmDescription ArithmeticOperationWithImage::describe() const {
     description.summary = "Adds, subtracts, multiplies, divides or compares two images voxel by voxel.";
     description.kind = AlgorithmKind::Point;
     description.inPlace = true;
+    description.extraMemory = access::pieceMemory(getMaximumThreads());
     const ImageModel* const first = getInputImage1();
     const ImageModel* const second = getInputImage2();
     if (first != nullptr && second != nullptr && getInfoArithmeticOperatorType().exists(getArithmeticOperator())) {

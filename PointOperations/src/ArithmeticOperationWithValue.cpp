@@ -8,6 +8,7 @@
 
 #include "ArithmeticOperationWithValuePrivate.h"
 #include "ArithmeticRules.h"
+#include <rix/access/Pieces.h>
 #include "PointRunners.h"
 
 namespace rix::point_operations {
@@ -61,6 +62,7 @@ AlgorithmDescription ArithmeticOperationWithValue::describe() const {
     description.summary = "Adds a value to every voxel, or subtracts, multiplies, divides or compares with it.";
     description.kind = AlgorithmKind::Point;
     description.inPlace = true;
+    description.extraMemory = access::pieceMemory(getMaximumThreads());
     const ImageModel* const image = getInputImage();
     if (image != nullptr && getInfoArithmeticOperatorType().exists(getArithmeticOperator())) {
         const VoxelTypes type = getPromotedType(image, getValue(), promotionOf(getArithmeticOperator()));

@@ -12,6 +12,7 @@
 
 #include "ArithmeticRules.h"
 #include "ConvertImagePrivate.h"
+#include <rix/access/Pieces.h>
 #include "PointRunners.h"
 
 namespace rix::point_operations {
@@ -107,6 +108,7 @@ AlgorithmDescription ConvertImage::describe() const {
     description.summary = "Converts an image to another voxel type, to a binary or to a label image.";
     description.kind = AlgorithmKind::Point;
     description.inPlace = true;
+    description.extraMemory = access::pieceMemory(getMaximumThreads());
     const ImageModel* const image = getInputImage();
     const OutputKind* const kind = outputKind(getOutputType());
     if (image != nullptr && kind != nullptr) {

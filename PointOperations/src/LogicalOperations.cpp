@@ -8,6 +8,7 @@
 #include <rix/rules/OverlapRules.h>
 #include <rix/rules/ValueRules.h>
 
+#include <rix/access/Pieces.h>
 #include "PointRunners.h"
 
 namespace rix::point_operations {
@@ -35,11 +36,12 @@ void addOutputRules(Property<ImageModel*>& output, const Property<const ImageMod
              AddRuleEnforceSameColorInterpretation(first));
 }
 
-AlgorithmDescription describeLike(const char* summary, const ImageModel* first) {
+AlgorithmDescription describeLike(const BaseAlgorithm& algorithm, const char* summary, const ImageModel* first) {
     AlgorithmDescription description;
     description.summary = summary;
     description.kind = AlgorithmKind::Point;
     description.inPlace = true;
+    description.extraMemory = access::pieceMemory(algorithm.getMaximumThreads());
     if (first != nullptr) {
         description.outputs.push_back({"outputImage", first->getVoxelType(), helper::getExtents(*first)});
     }
@@ -78,7 +80,7 @@ AlgoInfo& LogicalOperationWithImage::getClassInfo() const {
 }
 
 AlgorithmDescription LogicalOperationWithImage::describe() const {
-    return describeLike("Combines two integer or binary images bit by bit.", getInputImage1());
+    return describeLike(*this, "Combines two integer or binary images bit by bit.", getInputImage1());
 }
 
 AlgoInfo& LogicalOperationWithValue::getInfo() {
@@ -108,7 +110,8 @@ AlgoInfo& LogicalOperationWithValue::getClassInfo() const {
 }
 
 AlgorithmDescription LogicalOperationWithValue::describe() const {
-    return describeLike("Combines every voxel of an integer or binary image with a value bit by bit.", getInputImage());
+    return describeLike(*this, "Combines every voxel of an integer or binary image with a value bit by bit.",
+                        getInputImage());
 }
 
 }  // namespace rix::point_operations

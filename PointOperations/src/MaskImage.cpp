@@ -9,6 +9,7 @@
 #include <rix/rules/ScopedRule.h>
 #include <rix/rules/ValueRules.h>
 
+#include <rix/access/Pieces.h>
 #include "PointRunners.h"
 
 namespace rix::point_operations {
@@ -70,6 +71,7 @@ AlgorithmDescription MaskImage::describe() const {
     description.summary = "Keeps the voxels of an image inside a mask and clears the others.";
     description.kind = AlgorithmKind::Point;
     description.inPlace = true;
+    description.extraMemory = access::pieceMemory(getMaximumThreads());
     if (const ImageModel* const image = getInputImage(); image != nullptr) {
         description.outputs.push_back({"outputImage", image->getVoxelType(), helper::getExtents(*image)});
     }

@@ -11,6 +11,7 @@
 #include <rix/rules/ValueRules.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
 #include <rix/segmentation/AutoThresholdingDark.h>
+#include <rix/settings/Settings.h>
 
 #include "AutoThresholdingRunners.h"
 
@@ -59,8 +60,13 @@ AlgorithmDescription AutoThresholding::describe() const {
     if (const ImageModel* const image = getInputGrayImage(); image != nullptr) {
         description.outputs.push_back({"outputBinaryImage", RIX_UINT8, helper::getExtents(*image)});
         analysis::AutoThresholdingValue child;
+        child.settings() = settings();
         child.setInputGrayImage(image);
+        child.setRangeMode(getRangeMode());
+        child.setIntensityInputRange(getIntensityInputRange());
+        child.setThresholdCriterion(getThresholdCriterion());
         description.extraMemory = child.describe().extraMemory;
+        description.extraMemoryIsExact = false;
     }
     return description;
 }

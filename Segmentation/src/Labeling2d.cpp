@@ -73,7 +73,7 @@ void Labeling2d::applyAllRules() {
 
 AlgorithmDescription Labeling2d::describe() const {
     const auto& state = stateOf(implementation());
-    AlgorithmDescription description = state.describe(connectivityOf(state.neighborhood.get()));
+    AlgorithmDescription description = state.describe(connectivityOf(state.neighborhood.get()), getMaximumThreads());
     description.summary = "Numbers the connected sets of non-zero voxels of every plane.";
     return description;
 }

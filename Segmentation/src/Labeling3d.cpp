@@ -77,7 +77,7 @@ void Labeling3d::applyAllRules() {
 
 AlgorithmDescription Labeling3d::describe() const {
     const auto& state = stateOf(implementation());
-    AlgorithmDescription description = state.describe(connectivityOf(state.neighborhood.get()));
+    AlgorithmDescription description = state.describe(connectivityOf(state.neighborhood.get()), getMaximumThreads());
     description.summary = "Numbers the connected sets of non-zero voxels of every volume.";
     return description;
 }

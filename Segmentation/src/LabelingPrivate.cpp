@@ -115,14 +115,15 @@ void LabelingPrivate::label(BaseAlgorithm& algorithm, OptimLevelType level, Conn
     numberOfLabels = std::max(numberOfLabels, labels);
 }
 
-AlgorithmDescription LabelingPrivate::describe(Connectivity connectivity) const {
+AlgorithmDescription LabelingPrivate::describe(Connectivity connectivity, std::size_t threads) const {
     AlgorithmDescription description;
     description.kind = AlgorithmKind::Labeling;
+    description.extraMemoryIsExact = false;  // it depends on the number of runs
     const ImageModel* const input = inputObjectImage.get();
     const int type = labelType.get();
     if (input != nullptr && labelType.getEnumInfo()->exists(type)) {
         description.outputs.push_back({"outputLabelImage", labelVoxelTypes[type], helper::getExtents(*input)});
-        description.extraMemory = labelingMemory(*input, connectivity);
+        description.extraMemory = labelingMemory(*input, connectivity, threads);
     }
     return description;
 }

@@ -27,7 +27,7 @@ struct LabelingPrivate : algorithms::AbstractPrivateImplementation {
     /// @return the output's type
     VoxelTypes retypeOutput(VoxelTypes needed);
     void label(BaseAlgorithm& algorithm, OptimLevelType level, Connectivity connectivity);
-    AlgorithmDescription describe(Connectivity connectivity) const;
+    AlgorithmDescription describe(Connectivity connectivity, std::size_t threads) const;
 
     Property<const ImageModel*> inputObjectImage;
     PropertySingleChoice labelType;

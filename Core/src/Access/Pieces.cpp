@@ -88,4 +88,9 @@ StreamRow streamRowFor(Stores stores, OptimLevelType level) {
     return stores == Stores::Streaming ? streamRow(level) : nullptr;
 }
 
+std::size_t pieceMemory(std::size_t threads) {
+    constexpr std::size_t margin = 4096;  // of a buffer
+    return threads * 5 * (pieceBytes + margin);
+}
+
 }  // namespace rix::access

@@ -40,7 +40,7 @@ void BoxFilter2d::applyAllRules() {
 }
 
 AlgorithmDescription BoxFilter2d::describe() const {
-    AlgorithmDescription description = BoxFilterState::of(*this).describe(threadsOf(settings()));
+    AlgorithmDescription description = BoxFilterState::of(*this).describe(getMaximumThreads());
     description.summary = "Sum or mean of the voxels in a rectangle around each voxel.";
     return description;
 }

@@ -41,7 +41,7 @@ void BoxFilter3d::applyAllRules() {
 }
 
 AlgorithmDescription BoxFilter3d::describe() const {
-    AlgorithmDescription description = BoxFilterState::of(*this).describe(threadsOf(settings()));
+    AlgorithmDescription description = BoxFilterState::of(*this).describe(getMaximumThreads());
     description.summary = "Sum or mean of the voxels in a box around each voxel.";
     return description;
 }

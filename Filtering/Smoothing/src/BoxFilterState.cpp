@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include <rix/devices/Cpu.h>
+#include <rix/access/TemporaryImage.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilterWorkType.h>
 #include <rix/image/SampleMemory.h>
@@ -11,7 +11,6 @@
 #include <rix/rules/EnumRules.h>
 #include <rix/rules/ImageEnforcements.h>
 #include <rix/rules/ValueRules.h>
-#include <rix/settings/Settings.h>
 
 #include "BoxNeeds.h"
 
@@ -30,11 +29,6 @@ std::uint64_t saturate(WideInteger count) {
 const EnumInfo& infoAutoScaleType() {
     static const EnumInfo info("AutoScaleType", "NO = 0, YES");
     return info;
-}
-
-std::size_t threadsOf(const Settings& settings) {
-    const int limit = settings.getMaximumNumberOfThreads();
-    return limit > 0 ? static_cast<std::size_t>(limit) : devices::Cpu::logicalProcessors();
 }
 
 BoxFilterState::BoxFilterState() : autoScale(&infoAutoScaleType()) {}
@@ -111,9 +105,9 @@ AlgorithmDescription BoxFilterState::describe(std::size_t threads) const {
     const VoxelTypes type = outputType();
     description.inPlace = type == input->getVoxelType();
     description.outputs.push_back({"outputImage", type, helper::getExtents(*input)});
-    description.extraMemory = threads * boxWorkingBytes(*input, jobFor(input->getInterpretation()));
+    description.extraMemory = boxWorkingBytes(*input, jobFor(input->getInterpretation()), threads);
     if (outputImage.get() != nullptr && isInPlace()) {
-        description.extraMemory += elements * helper::getSizeOf(type);
+        description.extraMemory += access::TemporaryImage::bytes(*input, type);
     }
     return description;
 }

@@ -13,15 +13,11 @@
 
 namespace rix {
 class EnumInfo;
-class Settings;
 }  // namespace rix
 
 namespace rix::filtering::smoothing {
 
 const EnumInfo& infoAutoScaleType();
-
-/// The number of threads that a run may have.
-std::size_t threadsOf(const Settings& settings);
 
 /// The private part of both box filters: the rectangle is a box of one plane.
 struct BoxFilterState : algorithms::AbstractPrivateImplementation {

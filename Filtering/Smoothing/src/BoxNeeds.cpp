@@ -87,9 +87,10 @@ access::BoxNeeds boxNeeds(const ImageModel& input, const BoxJob& job) {
     return needs;
 }
 
+namespace {
+
 /// The largest number of source columns, rows and planes that a block reads; planes are 1 when each is by itself.
-static std::array<std::size_t, 3> largestSource(const ImageModel& input, const BoxJob& job) {
-    const access::Plan plan = access::cutBoxes({&input}, {}, boxNeeds(input, job));
+std::array<std::size_t, 3> largestSource(const access::Plan& plan, const BoxJob& job) {
     std::array<std::size_t, 3> largest{};
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
         const BoxAxis& box = job.axes[axis];
@@ -102,20 +103,30 @@ static std::array<std::size_t, 3> largestSource(const ImageModel& input, const B
     return largest;
 }
 
-std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job) {
-    const auto source = largestSource(input, job);
-    const BoxSums sums = chooseSums(input.getVoxelType(), job);
+/// Peak working memory of one thread.
+std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan& plan) {
+    constexpr std::size_t margins = std::size_t{12} * 4096;  // buffers are whole pages
+    const auto source = largestSource(plan, job);
+    const BoxSums sums = chooseSums(type, job);
     const std::size_t width = source[COLUMNS] + job.axes[COLUMNS].window + 2 * boxGroup;
     const bool volume = !job.axes[PLANS].isIdentity();
-    const std::size_t rows = 2 * boxGroup * width * helper::getSizeOf(input.getVoxelType());
     if (sums != BoxSums::Real) {
         const std::size_t sum = sums == BoxSums::Bits32 ? 4 : sums == BoxSums::Bits64 ? 8 : 16;
-        return rows + (3 * width + (volume ? source[COLUMNS] * source[ROWS] : 0)) * sum;
+        const std::size_t rowOfPlane = source[COLUMNS] + 16 * boxGroup;  // in four parts, each of whole vectors
+        return margins + (3 * width + (volume ? rowOfPlane * source[ROWS] : 0)) * sum;
     }
     const auto kept = [](const BoxAxis& axis) { return 3 + axis.window / boxGroup; };
     const std::size_t rowSums = 8 * (boxGroup * width + kept(job.axes[ROWS]) * width);
     const std::size_t planeSums = volume ? 8 * source[COLUMNS] * source[ROWS] * (boxGroup + kept(job.axes[PLANS])) : 0;
-    return rows + rowSums + planeSums;
+    return margins + rowSums + planeSums;
+}
+
+}  // namespace
+
+std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job, std::size_t threads) {
+    const access::Plan plan = access::cutBoxes({&input}, {}, boxNeeds(input, job));
+    const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
+    return atOnce * bytesOfThread(input.getVoxelType(), job, plan);
 }
 
 }  // namespace rix::filtering::smoothing

@@ -23,7 +23,7 @@ access::Interval sourceRange(const BoxAxis& axis, access::Interval outputs);
 /// What the cut into blocks needs to know.
 access::BoxNeeds boxNeeds(const ImageModel& input, const BoxJob& job);
 
-/// Peak working memory of one thread, in bytes.
-std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job);
+/// Peak working memory of a run on images in memory, in bytes.
+std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job, std::size_t threads);
 
 }  // namespace rix::filtering::smoothing

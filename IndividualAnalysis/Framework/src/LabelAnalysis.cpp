@@ -3,11 +3,14 @@
 #include <cmath>
 #include <limits>
 
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/AlgorithmClass.h>
+#include <rix/exceptions/Exception.h>
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/RuleSupport.h>
 #include <rix/rules/ValueRules.h>
 
+#include "LabelAnalysisMemory.h"
 #include "LabelAnalysisPrivate.h"
 #include "LabelAnalysisRunners.h"
 #include "formula/MeasureRequest.h"
@@ -16,10 +19,6 @@
 namespace rix::individual_analysis {
 
 namespace {
-
-DimensionalMode modeOf(const ImageModel& image) {
-    return image.getNumOf(PLANS) > 1 ? DimensionalMode::Mode3d : DimensionalMode::Mode2d;
-}
 
 /// Lengths need a scale, and positions in a row 32 bits.
 class RuleMeasurable : public Rules<Property<const ImageModel*>> {
@@ -70,6 +69,10 @@ void addRuleWhenSet(Property<const ImageModel*>& property, const Arguments&... a
     property.getImpl()->addRule(std::make_shared<RuleWhenSet<Requirement>>(arguments...));
 }
 
+IntensityUse useOf(const ImageModel* intensity) {
+    return intensity != nullptr ? IntensityUse::Present : IntensityUse::Absent;
+}
+
 String joined(const std::vector<String>& names) {
     String text;
     for (const String& name : names) {
@@ -83,9 +86,8 @@ class RuleReadRequest : public Rules<Property<String>> {
 public:
     explicit RuleReadRequest(LabelAnalysisPrivate& state) : m_state(state) {}
     void apply(Property<String>& property) override {
-        m_state.request = readMeasureRequest(
-            property.get(), modeOf(*m_state.inputLabelImage.get()),
-            m_state.inputIntensityImage.get() != nullptr ? IntensityUse::Present : IntensityUse::Absent);
+        m_state.request = readMeasureRequest(property.get(), modeOf(*m_state.inputLabelImage.get()),
+                                             useOf(m_state.inputIntensityImage.get()));
     }
     String describe() const override {
         return "must be names of measures (" + joined(standardMeasures().getNames()) + "), presets (" +
@@ -143,6 +145,19 @@ AlgorithmDescription LabelAnalysis::describe() const {
     AlgorithmDescription description;
     description.summary = "Measures the objects of a label image.";
     description.kind = AlgorithmKind::Reduction;
+    description.extraMemoryIsExact = false;
+    const auto& state = static_cast<const LabelAnalysisPrivate&>(*implementation());
+    const ImageModel* const labels = state.inputLabelImage.get();
+    if (labels == nullptr || !access::contains(access::UnsignedIntegers{}, labels->getVoxelType())) {
+        return description;
+    }
+    try {
+        const ImageModel* const intensity = state.inputIntensityImage.get();
+        const auto request = readMeasureRequest(state.measures.get(), modeOf(*labels), useOf(intensity));
+        description.extraMemory = labelAnalysisMemory(*labels, intensity, *request, getMaximumThreads());
+    } catch (const RuleException&) {
+        // Nothing can be said of a request that a run would refuse.
+    }
     return description;
 }
 

@@ -12,6 +12,7 @@
 #include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/individual_analysis/MeasureSet.h>
 
+#include "LabelAnalysisMemory.h"
 #include "LabelAnalysisPrivate.h"
 #include "MeasureTable.h"
 #include "gathering/Gathering.h"
@@ -34,11 +35,11 @@ public:
           m_labels(labels),
           m_intensity(intensity),
           m_request(std::move(request)),
-          m_mode(labels.getNumOf(PLANS) > 1 ? DimensionalMode::Mode3d : DimensionalMode::Mode2d) {}
+          m_mode(modeOf(labels)) {}
 
     /// @param framesBefore in the result already: rows are appended to them
     void run(LabelAnalysisMsr& result, std::size_t framesBefore) {
-        const std::uint32_t gathered = neededData();
+        const std::uint32_t gathered = gatheredFor(*m_request, m_mode);
         const access::Steps steps(m_context, (gathered & GATHER_VALUES) != 0 ? 3 : 2);
         // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
         m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, gathered);
@@ -70,16 +71,6 @@ public:
     }
 
 private:
-    std::uint32_t neededData() const {
-        MeasureIdSet needed;
-        m_request->collectNeededMeasureIds(m_mode, needed);
-        std::uint32_t gathered = GATHER_NOTHING_MORE;
-        for (const auto& id : needed) {
-            gathered |= id->getMeasureAttributes(m_mode).gathered;
-        }
-        return gathered;
-    }
-
     LabelImageInfo imageInfo() const {
         LabelImageInfo info;
         for (const ObjectTable& frame : m_objects) {

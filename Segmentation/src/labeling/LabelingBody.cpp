@@ -1,5 +1,8 @@
 #include "labeling/LabelingBody.h"
 
+#include <algorithm>
+#include <limits>
+
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/Run.h>
 #include <rix/access/Steps.h>
@@ -103,13 +106,25 @@ std::uint64_t labelObjects(const LabelingTask& task) {
     return labelWith<std::uint64_t>(task, geometry);
 }
 
-std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity) {
+std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, std::size_t threads) {
     const LabelGeometry geometry = geometryOf(input, connectivity);
     const std::size_t nodeSize = fitsNarrowNodes(geometry) ? sizeof(std::uint32_t) : sizeof(std::uint64_t);
-    const std::size_t ofLine = geometry.words() * 8 + nodeSize * (1 + geometry.columns / 2 + geometry.columns % 2);
-    std::size_t bytes = 0;
-    return helper::checkedMultiply(geometry.lines() + 1, ofLine, bytes) ? bytes
-                                                                        : std::numeric_limits<std::size_t>::max();
+    const std::size_t nodesOfLine = geometry.columns / 2 + geometry.columns % 2;
+    const auto lines = static_cast<double>(geometry.lines());
+    const access::Plan plan = cutIntoBands(geometry, 0);
+    const auto bands = static_cast<double>(plan.blockCount());
+    const auto volumes = static_cast<double>(geometry.volumes);
+    const double table = (lines + 1.0) * static_cast<double>(geometry.words() * 8 + nodeSize * (1 + nodesOfLine)) +
+                         bands * sizeof(RunTable<std::uint64_t>::Band) + (volumes + 1.0) * sizeof(std::size_t);
+    // At a seam each set on either side may be joined to another one; what was joined is kept.
+    const double seamNodes = 2.0 * static_cast<double>(geometry.planes > 1 ? geometry.rows : 1) *
+                             static_cast<double>(nodesOfLine * nodeSize);
+    const double seams = std::max(0.0, bands - volumes) * (2.0 * seamNodes + 128.0);
+    const double counts = volumes * 2.0 * static_cast<double>(devices::Cpu::logicalProcessors()) * 8.0;
+    // Pairs of nodes that touch, or the labels of a row.
+    const double ofThread = seamNodes + 4.0 * static_cast<double>(nodeSize * (nodesOfLine + 2)) + 65536.0;
+    const double bytes = table + seams + counts + static_cast<double>(plan.isSmall() ? 1 : threads) * ofThread;
+    return bytes < 1.8e19 ? static_cast<std::size_t>(bytes) : std::numeric_limits<std::size_t>::max();
 }
 
 }  // namespace rix::segmentation

@@ -60,7 +60,8 @@ struct LabelingTask {
 /// @throws RuntimeError when the labels fit no type, and what `retype` throws.
 std::uint64_t labelObjects(const LabelingTask& task);
 
-/// Upper bound of the bytes that a run takes beside its images, reached by an image of single pixels.
-std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity);
+/// The most bytes that a run can take beside its images, from the header of the input alone. Assumes as many runs of
+/// foreground as rows can have, one every second pixel, and that all of them touch runs across the seams of bands.
+std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, std::size_t threads);
 
 }  // namespace rix::segmentation

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <vector>
 
 #include <rix/access/Run.h>
 
@@ -143,7 +142,7 @@ bool opensMoreLabelsThan(access::ExecutionContext& context, const RunTable<Node>
     }
 
     const CountKernels& kernels = countKernels(level);
-    std::vector<std::atomic<std::uint64_t>> counts(scanBands.count() * geometry.volumes);
+    access::CountedVector<std::atomic<std::uint64_t>> counts(scanBands.count() * geometry.volumes);
     std::atomic<bool> exceeded{false};
     const Visited<Node> visited(table, scanBands);
     access::forEachPart(context, table.bandCount(), table.nanosecondsPerBand(), [&](std::size_t i) {

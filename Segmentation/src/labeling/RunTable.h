@@ -3,8 +3,8 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include <rix/access/MemoryAccount.h>
 #include <rix/access/Scratch.h>
 
 #include "labeling/LabelGeometry.h"
@@ -144,8 +144,8 @@ private:
     access::Plan m_plan;
     std::size_t m_words = 0;
     NodeRows m_nodeRows = NodeRows::Single;
-    std::vector<Band> m_bands;
-    std::vector<std::size_t> m_volumeFirstNode;
+    access::CountedVector<Band> m_bands;
+    access::CountedVector<std::size_t> m_volumeFirstNode;
     access::Scratch m_bits;
     access::Scratch m_firstOfRow;
     access::Scratch m_nodes;

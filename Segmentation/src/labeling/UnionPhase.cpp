@@ -240,14 +240,14 @@ private:
     RunTable<Node>& m_table;
     std::size_t m_bandIndex;
     std::size_t m_reach;
-    std::vector<Node> m_joined;
+    access::CountedVector<Node> m_joined;
 };
 
 /// The seams in the order of a tree: first between neighbouring bands, then between pairs of bands, and so on. The
 /// seams of one level touch different sets of bands, so that they can be joined at the same time.
 template <class Node>
-std::vector<std::vector<Seam<Node>>> seamTree(RunTable<Node>& table) {
-    std::vector<std::vector<Seam<Node>>> levels;
+std::vector<access::CountedVector<Seam<Node>>> seamTree(RunTable<Node>& table) {
+    std::vector<access::CountedVector<Seam<Node>>> levels;
     std::size_t first = 0;
     for (std::size_t i = 1; i < table.bandCount(); ++i) {
         if (table.band(i).volume != table.band(first).volume) {

@@ -103,4 +103,8 @@ std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream);
 /// How an output is streamed; null where it is not.
 StreamRow streamRowFor(Stores stores, OptimLevelType level);
 
+/// Peak bytes of working memory of a run on images in memory: pieces of two inputs, before and after each conversion,
+/// and of the output.
+std::size_t pieceMemory(std::size_t threads);
+
 }  // namespace rix::access

@@ -2,7 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include <rix/access/MemoryAccount.h>
 
 #include "LabelHash.h"
 #include "Sums.h"
@@ -30,14 +31,14 @@ public:
     /// Brings the sums of grey values from the form within a band to that between bands.
     void finish();
 
-    std::vector<std::uint32_t> labels;
-    std::vector<ShapeSums> shape;
-    std::vector<SecondMoments> second;
-    std::vector<ContactSums> contacts;
-    std::vector<IntensitySums> intensity;    ///< the channels of an object are adjacent
-    std::vector<WeightedPosition> weighted;  ///< the same
-    std::vector<OutlineRow> outline;         ///< in raster order
-    std::vector<std::uint32_t> outlineRows;  ///< how many of them each object has
+    access::CountedVector<std::uint32_t> labels;
+    access::CountedVector<ShapeSums> shape;
+    access::CountedVector<SecondMoments> second;
+    access::CountedVector<ContactSums> contacts;
+    access::CountedVector<IntensitySums> intensity;    ///< the channels of an object are adjacent
+    access::CountedVector<WeightedPosition> weighted;  ///< the same
+    access::CountedVector<OutlineRow> outline;         ///< in raster order
+    access::CountedVector<std::uint32_t> outlineRows;  ///< how many of them each object has
 
 private:
     std::uint32_t insert(std::uint32_t label);

@@ -18,7 +18,7 @@ std::uint64_t overlap(std::int64_t begin, std::int64_t end, std::int64_t otherBe
 /// The components of each label in the union of the closed runs of up to four rows: for each label, calls
 /// `joined(label)` once for every run that touches what is there already.
 template <class F>
-void forEachJoin(const std::array<const std::vector<Run>*, 4>& rows, std::size_t rowCount, const F& joined) {
+void forEachJoin(const std::array<const access::CountedVector<Run>*, 4>& rows, std::size_t rowCount, const F& joined) {
     struct Reach {
         std::uint32_t label;
         std::uint32_t end;

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <vector>
 
+#include <rix/access/MemoryAccount.h>
+
 #include "BandPlan.h"
 #include "BandTable.h"
 #include "Runs.h"
@@ -27,7 +29,7 @@ public:
     void count(std::size_t line, const Run* runs, std::size_t count, BandTable& table);
 
 private:
-    using Line = std::vector<Run>;
+    using Line = access::CountedVector<Run>;
 
     const Line& lineAt(std::size_t line) const { return m_lines[line % m_lines.size()]; }
     void countPair(const Line& current, const Line& other, std::size_t firstDirection, std::int64_t touchWeight,

@@ -199,7 +199,7 @@ private:
     access::Scratch m_sumBuffer;
     access::Scratch m_shiftBuffer;
     Run* m_runs;
-    std::vector<std::size_t> m_outlineOfSlot;
+    access::CountedVector<std::size_t> m_outlineOfSlot;
 };
 
 }  // namespace

@@ -86,13 +86,13 @@ GreyValues::GreyValues(VoxelTypes type, const ObjectTable& objects)
     if (!helper::checkedMultiply(m_count, objects.channels() * helper::getSizeOf(type), bytes)) {
         throw MemoryError("The grey values of the objects take more bytes than 64 bits can count.");
     }
-    m_data = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
+    m_data = access::Scratch(bytes);
 }
 
 RawData GreyValues::take(std::size_t index, std::size_t channel, std::size_t count) {
     const std::atomic_ref<std::uint64_t> next(m_next[channel * m_objects + index]);
     const std::size_t taken = next.fetch_add(count, std::memory_order_relaxed);
-    return m_data.get() + (place(index, channel) + taken) * helper::getSizeOf(m_type);
+    return m_data.data() + (place(index, channel) + taken) * helper::getSizeOf(m_type);
 }
 
 double GreyValues::percentile(std::size_t index, std::size_t channel, double percentage) const {
@@ -100,7 +100,7 @@ double GreyValues::percentile(std::size_t index, std::size_t channel, double per
     double result = 0.0;
     access::dispatch(access::Reals{}, m_type, [&](auto tag) {
         using T = typename decltype(tag)::type;
-        T* const values = reinterpret_cast<T*>(m_data.get()) + place(index, channel);
+        T* const values = reinterpret_cast<T*>(m_data.data()) + place(index, channel);
         result = percentileOf(std::span<T>(values, count), percentage);
     });
     return result;

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
+#include <rix/access/Scratch.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
@@ -30,10 +32,10 @@ private:
 
     VoxelTypes m_type;
     std::size_t m_objects;
-    std::size_t m_count = 0;            ///< values of a channel
-    std::vector<std::size_t> m_first;   ///< of each object, and the end
-    std::vector<std::uint64_t> m_next;  ///< places taken, channel by channel
-    std::unique_ptr<std::uint8_t[]> m_data;
+    std::size_t m_count = 0;                      ///< values of a channel
+    access::CountedVector<std::size_t> m_first;   ///< of each object, and the end
+    access::CountedVector<std::uint64_t> m_next;  ///< places taken, channel by channel
+    access::Scratch m_data;
 };
 
 /// The second pass: gathers the grey values of all objects. One step of the run, measured in voxels.

@@ -21,9 +21,7 @@ void LabelHash::put(Entry entry) {
 }
 
 void LabelHash::grow() {
-    constexpr std::size_t fewest = 128;
-    constexpr std::size_t factor = 4;
-    std::vector<Entry> old(m_entries.empty() ? fewest : factor * m_entries.size(), Entry{0, 0});
+    access::CountedVector<Entry> old(m_entries.empty() ? fewestEntries : growth * m_entries.size(), Entry{0, 0});
     old.swap(m_entries);
     m_shift = 64 - static_cast<unsigned>(std::countr_zero(m_entries.size()));
     for (const Entry& entry : old) {
@@ -31,6 +29,14 @@ void LabelHash::grow() {
             put(entry);
         }
     }
+}
+
+std::size_t LabelHash::capacityFor(std::size_t labels) {
+    std::size_t capacity = labels == 0 ? 0 : fewestEntries / 2;
+    while (capacity < labels) {
+        capacity *= growth;
+    }
+    return capacity;
 }
 
 }  // namespace rix::individual_analysis

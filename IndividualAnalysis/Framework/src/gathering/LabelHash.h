@@ -2,7 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include <rix/access/MemoryAccount.h>
 
 namespace rix::individual_analysis {
 
@@ -26,6 +27,11 @@ public:
     /// Gives a label that is unknown the next number.
     void insert(std::uint32_t label);
     std::size_t size() const { return m_size; }
+    /// The capacity of a table into which `labels` labels were inserted, and its bytes.
+    static std::size_t capacityFor(std::size_t labels);
+    static double bytesFor(std::size_t labels) {
+        return static_cast<double>(labels == 0 ? 0 : 2 * capacityFor(labels)) * sizeof(Entry);
+    }
     /// How many labels fit before the table grows.
     std::size_t capacity() const { return m_entries.size() / 2; }
 
@@ -42,9 +48,12 @@ private:
     void put(Entry entry);
     void grow();
 
+    static constexpr std::size_t fewestEntries = 128;
+    static constexpr std::size_t growth = 4;
+
     unsigned m_shift = 63;
     std::size_t m_size = 0;
-    std::vector<Entry> m_entries;  ///< a power of two
+    access::CountedVector<Entry> m_entries;  ///< a power of two
 };
 
 }  // namespace rix::individual_analysis

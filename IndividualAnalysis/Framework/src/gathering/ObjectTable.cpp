@@ -86,8 +86,8 @@ ObjectTable::ObjectTable(std::span<const BandTable> bands, access::ExecutionCont
         outline.resize(outlineBegins.back());
         access::forEachPart(context, parts, nanosecondsPerPart, [&](std::size_t part) {
             const access::Interval range = access::partOf(count, parts, part);
-            std::vector<std::size_t> next(outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.begin),
-                                          outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.end));
+            access::CountedVector<std::size_t> next(outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.begin),
+                                                    outlineBegins.begin() + static_cast<std::ptrdiff_t>(range.end));
             for (const BandTable& band : bands) {
                 context.throwIfCancelled();
                 joinOutline(band, range.begin, range.end, next);
@@ -97,13 +97,14 @@ ObjectTable::ObjectTable(std::span<const BandTable> bands, access::ExecutionCont
 }
 
 void ObjectTable::releaseSums() {
-    shape = {};
-    second = {};
-    contacts = {};
-    intensity = {};
-    weighted = {};
-    outline = {};
-    outlineBegins = {};
+    const auto release = [](auto& table) { std::remove_reference_t<decltype(table)>().swap(table); };
+    release(shape);
+    release(second);
+    release(contacts);
+    release(intensity);
+    release(weighted);
+    release(outline);
+    release(outlineBegins);
 }
 
 void ObjectTable::numberLabels(std::span<const BandTable> bands, const access::ExecutionContext& context) {
@@ -182,8 +183,8 @@ void ObjectTable::joinSum(const BandTable& band, std::size_t first, std::size_t 
 }
 
 void ObjectTable::joinOutline(const BandTable& band, std::size_t first, std::size_t last,
-                              std::vector<std::size_t>& next) {
-    std::vector<std::uint32_t> indices(band.size());
+                              access::CountedVector<std::size_t>& next) {
+    access::CountedVector<std::uint32_t> indices(band.size());
     for (std::size_t slot = 0; slot < band.size(); ++slot) {
         indices[slot] = indexOf(band.labels[slot]);
     }

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
 
 #include "BandTable.h"
 #include "LabelHash.h"
@@ -32,26 +32,27 @@ public:
     /// Gives the memory of all but the labels back.
     void releaseSums();
 
-    std::vector<std::uint32_t> labels;
-    std::vector<ShapeSums> shape;
-    std::vector<SecondMoments> second;
-    std::vector<ContactSums> contacts;
-    std::vector<IntensitySums> intensity;    ///< the channels of an object are adjacent
-    std::vector<WeightedPosition> weighted;  ///< the same
-    std::vector<OutlineRow> outline;         ///< object by object, each in raster order
-    std::vector<std::size_t> outlineBegins;  ///< of each object, and the end of the last
+    access::CountedVector<std::uint32_t> labels;
+    access::CountedVector<ShapeSums> shape;
+    access::CountedVector<SecondMoments> second;
+    access::CountedVector<ContactSums> contacts;
+    access::CountedVector<IntensitySums> intensity;    ///< the channels of an object are adjacent
+    access::CountedVector<WeightedPosition> weighted;  ///< the same
+    access::CountedVector<OutlineRow> outline;         ///< object by object, each in raster order
+    access::CountedVector<std::size_t> outlineBegins;  ///< of each object, and the end of the last
 
 private:
     void numberLabels(std::span<const BandTable> bands, const access::ExecutionContext& context);
     void numberSparseLabels(std::span<const BandTable> bands, const access::ExecutionContext& context);
     /// Joins the sums of a band to the objects with indices in [first, last) and counts the rows of their outlines.
     void joinSum(const BandTable& band, std::size_t first, std::size_t last);
-    void joinOutline(const BandTable& band, std::size_t first, std::size_t last, std::vector<std::size_t>& next);
+    void joinOutline(const BandTable& band, std::size_t first, std::size_t last,
+                     access::CountedVector<std::size_t>& next);
 
     std::size_t m_channels;
-    std::vector<std::uint32_t> m_indices;  ///< of each label up to the greatest; empty when labels are sparse
+    access::CountedVector<std::uint32_t> m_indices;  ///< of each label up to the greatest; empty when labels are sparse
     LabelHash m_sparse;
-    std::vector<std::uint32_t> m_order;  ///< index of each number of `m_sparse`
+    access::CountedVector<std::uint32_t> m_order;  ///< index of each number of `m_sparse`
 };
 
 }  // namespace rix::individual_analysis

@@ -52,7 +52,7 @@ public:
     const WeightedPosition& weighted() const { return m_frame.objects->weighted[place()]; }
     /// First and last pixel of each row, in raster order.
     std::span<const OutlineRow> outline() const {
-        const std::vector<std::size_t>& begins = m_frame.objects->outlineBegins;
+        const auto& begins = m_frame.objects->outlineBegins;
         return std::span(m_frame.objects->outline).subspan(begins[m_index], begins[m_index + 1] - begins[m_index]);
     }
     const GreyValues& values() const { return *m_frame.values; }

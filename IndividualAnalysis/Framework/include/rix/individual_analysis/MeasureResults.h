@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <rix/Export.h>
+#include <rix/access/MemoryAccount.h>
 
 namespace rix::individual_analysis {
 
@@ -45,7 +46,7 @@ private:
     std::vector<std::size_t> m_first;  ///< number of the first label of each sequence plane, and of all labels
     std::size_t m_spectral = 1;
     std::size_t m_arraySize = 0;
-    std::vector<double> m_values;
+    access::CountedVector<double> m_values;
 };
 
 }  // namespace rix::individual_analysis

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <rix/Export.h>
+#include <rix/access/ExecutionContext.h>
+#include <rix/access/FunctionRef.h>
+#include <rix/access/MemoryAccount.h>
+#include <rix/image/MemoryImage.h>
+
+namespace rix::access {
+
+/// A contiguous image in memory that lives within a run and counts as its extra memory.
+class RIX_EXPORT TemporaryImage {
+public:
+    /// Of the extents, the elements and the interpretation of `like`, and of its voxel type or another one. The samples
+    /// are undefined.
+    /// @throws MemoryError when the run may not have so much, ResizeImageError when there is none
+    explicit TemporaryImage(const ImageModel& like) : TemporaryImage(like, like.getVoxelType()) {}
+    TemporaryImage(const ImageModel& like, VoxelTypes voxelType);
+
+    io::MemoryImage& image() { return m_image; }
+    const io::MemoryImage& image() const { return m_image; }
+
+    /// The bytes that it takes, for descriptions of runs; the greatest number there is when they do not fit 64 bits.
+    static std::size_t bytes(const ImageModel& like, VoxelTypes voxelType);
+
+private:
+    MemoryCharge m_charge;
+    io::MemoryImage m_image;
+};
+
+/// Lets `compute` write all samples of an image that the run still has to read (see `helper::mayShareSamples`): into a
+/// temporary image, whose samples replace those of `output` when it returns. Until then, and when it throws, `output`
+/// is as it was.
+///
+/// The next step of the run: the call of `compute`, which starts one step, and the copy.
+RIX_EXPORT void writeThroughTemporary(ExecutionContext& context, ImageModel& output,
+                                      FunctionRef<void(ImageModel&)> compute);
+
+}  // namespace rix::access

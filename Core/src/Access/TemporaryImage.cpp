@@ -1,0 +1,48 @@
+#include <rix/access/TemporaryImage.h>
+
+#include <limits>
+
+#include <rix/access/PointFilters.h>
+#include <rix/access/Steps.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/exceptions/Exception.h>
+
+namespace rix::access {
+
+namespace {
+
+/// Rough cost of a copy, for deciding whether threads pay.
+constexpr double nanosecondsPerCopy = 0.1;
+
+}  // namespace
+
+TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType) : m_charge(bytes(like, voxelType)) {
+    const auto n = helper::getExtents(like);
+    if (!m_image.reserve(like.getElementType(), voxelType, n[0], n[1], n[2], n[3], n[4])) {
+        throw ResizeImageError("The temporary image cannot be allocated or resized.");
+    }
+    m_image.setInterpretation(like.getInterpretation());
+}
+
+std::size_t TemporaryImage::bytes(const ImageModel& like, VoxelTypes voxelType) {
+    const std::size_t elementSize = helper::getSizeOf(voxelType) * helper::getElementNumber(like.getElementType());
+    std::size_t elements = 0;
+    std::size_t size = 0;
+    return helper::getElementCount(like, elements) && helper::checkedMultiply(elements, elementSize, size)
+               ? size
+               : std::numeric_limits<std::size_t>::max();
+}
+
+void writeThroughTemporary(ExecutionContext& context, ImageModel& output, FunctionRef<void(ImageModel&)> compute) {
+    const Steps steps(context, {0.9, 0.1});
+    TemporaryImage temporary(output);
+    compute(temporary.image());
+    dispatch(AllTypes{}, output.getVoxelType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const std::size_t samples = helper::getElementNumber(output.getElementType());
+        transformRows<T, T>(context, temporary.image(), output, nanosecondsPerCopy,
+                            [samples](const T* in, T* out, std::size_t count) { castRow(in, out, count * samples); });
+    });
+}
+
+}  // namespace rix::access
