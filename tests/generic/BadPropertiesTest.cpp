@@ -269,61 +269,6 @@ TEST_P(BadProperties, UnsetOutputs) {
     }
 }
 
-/// The type of an output, as the algorithm describes it or else as a run gave it.
-VoxelTypes typeOf(const BaseAlgorithm& algorithm, const String& output, const Results& results) {
-    for (const OutputDescription& described : algorithm.describe().outputs) {
-        if (described.name == output) {
-            return described.voxelType;
-        }
-    }
-    return results.images.at(output).getVoxelType();
-}
-
-TEST_P(BadProperties, OutputThatIsAnInput) {
-    // In place the result is that of another output, or the run is refused by name; never garbage.
-    for (const Example& variant : variantsOf(example())) {
-        const Results expected = referenceResults(variant);
-        const InputImages images = makeInputs(variant);
-        std::size_t slot = 0;
-        const std::unique_ptr<BaseAlgorithm> names = variant.info->createInstance(nullptr);
-        for (BaseProperty* const input : inputsOf(*names)) {
-            if (!holdsImage(input)) {
-                continue;
-            }
-            const auto content = images.at(slot++);
-            for (BaseProperty* const output : outputsOf(*names)) {
-                if (content == nullptr || !holdsImage(output)) {
-                    continue;
-                }
-                SCOPED_TRACE(variant.toText() + ": " + output->getName() + " is " + input->getName());
-                const auto subject = Subject::make(variant, images, Storage::Memory);
-                BaseAlgorithm& algorithm = subject->algorithm();
-                io::MemoryImage both(*content);
-                setImage(algorithm.getPropertyfromName(input->getName()), &both);
-                setImage(algorithm.getPropertyfromName(output->getName()), &both);
-                const bool fits =
-                    typeOf(algorithm, output->getName(), expected) == content->getVoxelType() &&
-                    helper::getExtents(expected.images.at(output->getName())) == helper::getExtents(*content);
-                const bool promised = algorithm.describe().inPlace && fits;
-                const Outcome outcome = runOnce(algorithm);
-                EXPECT_TRUE(isReady(algorithm));
-                if (outcome.succeeded) {
-                    Results results = subject->results();
-                    results.images.erase(output->getName());
-                    results.images.emplace(output->getName(), both);
-                    EXPECT_TRUE(resultsEqual(expected, results));
-                } else {
-                    EXPECT_FALSE(promised) << "describe() says that it runs in place; " << outcome.text();
-                    EXPECT_EQ(outcome.exceptionClass, "RuleException") << outcome.text();
-                    EXPECT_TRUE(outcome.names(output->getName())) << outcome.text();
-                    EXPECT_TRUE(imagesEqual(*content, both, {.headers = ComparisonOptions::Headers::ExtentsAndTypes}))
-                        << "refused, but the input was changed";
-                }
-            }
-        }
-    }
-}
-
 RIX_FOR_EVERY_ALGORITHM(BadProperties);
 
 }  // namespace

@@ -11,7 +11,7 @@ AlgoInfo& windowMeanOfBlocks();         ///< mirrors at its block's edges instea
 AlgoInfo& windowMeanOnSharedSamples();  ///< takes an output that it reads from
 AlgoInfo& copyOfRows();                 ///< right for every cut
 AlgoInfo& copyOfRowsButTheLast();       ///< leaves the last row of each block out, but for the last block
-AlgoInfo& sumOfLeaves();               ///< right for every cut
+AlgoInfo& sumOfLeaves();                ///< right for every cut
 AlgoInfo& sumOfBlocks();                ///< adds reals in an order that the cut gives
 
 }  // namespace rix::test::planted
