@@ -1,0 +1,51 @@
+#include <algorithm>
+
+#include <rix/access/LineBundles.h>
+
+#include "Access/BundleAxes.h"
+#include "Access/Cutting.h"
+
+namespace rix::access {
+
+namespace {
+
+constexpr std::size_t cacheLine = 64;
+
+}  // namespace
+
+Plan cutBundles(const ImageModel& input, const ImageModel& output, Components axis, std::size_t workBytes,
+                const BundleNeeds& needs) {
+    elementBytes({&input, &output}, input);
+    const auto extents = helper::getExtents(input);
+    Plan plan(extents, JoinedAxes::None);
+    if (plan.voxelCount() == 0) {
+        return plan;
+    }
+    const double cost = std::max(needs.nanosecondsPerVoxel, 1e-3);
+    plan.setSmall(isSmallWork(plan.voxelCount(), cost));
+    const auto length = static_cast<double>(extents[axis]);
+    const double rows = length + static_cast<double>(needs.reach.before) + static_cast<double>(needs.reach.after);
+    const std::size_t samples = helper::getElementNumber(input.getElementType());
+    const std::size_t smallest = std::min(helper::getElementSize(input), helper::getElementSize(output));
+    const std::size_t least = ceilDivide(cacheLine, std::max<std::size_t>(smallest, 1));
+    const double fitting =
+        std::min(static_cast<double>(blockBytes()) / (rows * static_cast<double>(workBytes * samples)),
+                 longestBlockNanoseconds / (cost * length));
+    const auto lines = static_cast<std::size_t>(std::clamp(fitting, static_cast<double>(least), 1e9));
+
+    const Components inner = innerAxis(axis);
+    const Components next = nextAxis(axis);
+    for (int other = COLUMNS; other <= SPECTRAL_SERIES; ++other) {
+        const auto component = static_cast<Components>(other);
+        if (component == inner) {
+            plan.cut(component, {ceilDivide(ceilDivide(extents[inner], least), lines / least), 0, least});
+        } else if (component == next) {
+            plan.cut(component, {ceilDivide(extents[next], std::max<std::size_t>(lines / extents[inner], 1)), 0, 1});
+        } else if (component != axis) {
+            plan.cut(component, {extents[component], 0, 1});
+        }
+    }
+    return plan;
+}
+
+}  // namespace rix::access

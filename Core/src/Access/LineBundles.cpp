@@ -1,0 +1,235 @@
+#include <rix/access/LineBundles.h>
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+#include <rix/access/BorderConditions.h>
+#include <rix/access/SampleCast.h>
+#include <rix/exceptions/Exception.h>
+
+#include "Access/BundleAxes.h"
+
+namespace rix::access {
+
+namespace {
+
+constexpr std::size_t cacheLine = 64;
+/// Lines that are transposed together: a row of the bundle gets a whole line of the cache of most types at a time.
+constexpr std::size_t linesAbreast = 16;
+
+constexpr std::size_t Position::*coordinates[] = {&Position::column, &Position::row, &Position::plane,
+                                                  &Position::sequence, &Position::spectral};
+
+std::size_t checkedProduct(std::size_t a, std::size_t b) {
+    std::size_t product = 0;
+    if (!helper::checkedMultiply(a, b, product)) {
+        throw MemoryError("Lines of " + std::to_string(a) + " times " + std::to_string(b) + " bytes are too large.");
+    }
+    return product;
+}
+
+std::size_t checkedSum(std::size_t length, const Reach::Axis& reach) {
+    std::size_t sum = length;
+    for (const std::size_t part : {reach.before, reach.after}) {
+        if (__builtin_add_overflow(sum, part, &sum) || sum > std::numeric_limits<std::size_t>::max() / 2) {
+            throw MemoryError("A border of " + std::to_string(reach.before) + " elements before and " +
+                              std::to_string(reach.after) + " after a line is too large.");
+        }
+    }
+    return sum;
+}
+
+Position beginOf(const Block& block) {
+    Position position;
+    for (std::size_t axis = 0; axis < block.axes.size(); ++axis) {
+        position.*coordinates[axis] = block.axes[axis].begin;
+    }
+    return position;
+}
+
+/// to[i * stride + l * samples + s] = from[l][i * samples + s], for `count` elements of `lines` lines.
+template <class Work>
+void transposeIn(const Work* const* from, std::size_t lines, std::size_t samples, std::size_t count, Work* to,
+                 std::size_t stride) {
+    if (lines == linesAbreast && samples == 1) {
+        for (std::size_t i = 0; i < count; ++i) {
+            for (std::size_t l = 0; l < linesAbreast; ++l) {
+                to[i * stride + l] = from[l][i];
+            }
+        }
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t l = 0; l < lines; ++l) {
+            std::copy_n(from[l] + i * samples, samples, to + i * stride + l * samples);
+        }
+    }
+}
+
+template <class Work>
+void transposeOut(const Work* from, std::size_t stride, std::size_t lines, std::size_t samples, std::size_t count,
+                  Work* const* to) {
+    if (lines == linesAbreast && samples == 1) {
+        for (std::size_t i = 0; i < count; ++i) {
+            for (std::size_t l = 0; l < linesAbreast; ++l) {
+                to[l][i] = from[i * stride + l];
+            }
+        }
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t l = 0; l < lines; ++l) {
+            std::copy_n(from + i * stride + l * samples, samples, to[l] + i * samples);
+        }
+    }
+}
+
+}  // namespace
+
+template <class Work>
+Bundle<Work>::Bundle(const ImageModel& input, Components axis, const BundleNeeds& needs, const Block& block)
+    : m_needs(needs),
+      m_axis(axis),
+      m_inner(innerAxis(axis)),
+      m_next(nextAxis(axis)),
+      m_block(block),
+      m_samples(detail::rowLayoutOf(input).samples),
+      m_length(block.axes[axis].length()),
+      m_before(needs.reach.before),
+      m_after(needs.reach.after),
+      m_width(block.axes[m_inner].length() * block.axes[m_next].length() * m_samples) {
+    // An odd number of cache lines from row to row: the same column of all rows would otherwise compete for few places
+    // of the first-level cache.
+    const std::size_t rows = checkedSum(m_length, needs.reach);
+    const std::size_t lines = (checkedProduct(m_width, sizeof(Work)) + cacheLine - 1) / cacheLine;
+    m_paddedWidth = lines * cacheLine / sizeof(Work);
+    const std::size_t strideBytes = (lines + (lines % 2 == 0 ? 1 : 0)) * cacheLine;
+    m_stride = strideBytes / sizeof(Work);
+    m_rows = Scratch(checkedProduct(rows, strideBytes));
+    m_first = m_rows.as<Work>() + m_before * m_stride;
+}
+
+/// The position of a line, when the axis is the columns.
+template <class Work>
+RowSegment Bundle<Work>::lineAt(std::size_t line) const {
+    RowSegment at{beginOf(m_block), m_length};
+    const std::size_t inner = m_block.axes[m_inner].length();
+    at.*coordinates[m_inner] += line % inner;
+    at.*coordinates[m_next] += line / inner;
+    return at;
+}
+
+/// Calls `use(segment, samples, count)` for every segment of a row of the images that lies in the bundle, and where in
+/// the bundle.
+template <class Work>
+template <class Use>
+void Bundle<Work>::forEachPiece(const Use& use) const {
+    const std::size_t count = m_block.columns().length();
+    const std::size_t pieces = m_block.axes[m_next].length();
+    RowSegment segment{beginOf(m_block), count};
+    for (std::size_t i = 0; i < m_length; ++i) {
+        segment.*coordinates[m_axis] = m_block.axes[m_axis].begin + i;
+        for (std::size_t piece = 0; piece < pieces; ++piece) {
+            segment.*coordinates[m_next] = m_block.axes[m_next].begin + piece;
+            use(segment, static_cast<std::int64_t>(i), piece * count * m_samples);
+        }
+    }
+}
+
+template <class Work>
+void Bundle<Work>::load(const ImageModel& input) {
+    if (m_axis == COLUMNS) {
+        loadAcross(input);
+    } else {
+        RowReader<Work> reader(input);
+        forEachPiece([&](const RowSegment& segment, std::int64_t element, std::size_t offset) {
+            std::copy_n(reader.read(segment), segment.count * m_samples, row(element) + offset);
+        });
+    }
+    for (std::int64_t i = 0; i < static_cast<std::int64_t>(m_length) && m_width < m_paddedWidth; ++i) {
+        std::fill(row(i) + m_width, row(i) + m_paddedWidth, Work{});
+    }
+    extend();
+    m_result = 0;
+}
+
+template <class Work>
+void Bundle<Work>::loadAcross(const ImageModel& input) {
+    RowReader<Work, linesAbreast> reader(input);
+    const std::size_t lines = m_width / m_samples;
+    for (std::size_t first = 0; first < lines; first += linesAbreast) {
+        const Work* rows[linesAbreast];
+        const std::size_t abreast = std::min(linesAbreast, lines - first);
+        for (std::size_t l = 0; l < abreast; ++l) {
+            rows[l] = reader.read(lineAt(first + l), l);
+        }
+        transposeIn(rows, abreast, m_samples, m_length, row(0) + first * m_samples, m_stride);
+    }
+}
+
+/// Fills the rows before and after the lines.
+template <class Work>
+void Bundle<Work>::extend() {
+    const auto length = static_cast<std::int64_t>(m_length);
+    const auto fill = [&](std::int64_t element) {
+        if (m_needs.border == BorderPolicy::FIXED) {
+            std::fill_n(row(element), m_paddedWidth, castSample<Work>(m_needs.borderValue));
+            return;
+        }
+        const std::int64_t source = m_needs.border == BorderPolicy::MIRROR
+                                        ? computeCoord(element, length)
+                                        : std::clamp<std::int64_t>(element, 0, length - 1);
+        std::copy_n(row(source), m_paddedWidth, row(element));
+    };
+    for (std::int64_t i = 1; i <= static_cast<std::int64_t>(m_before); ++i) {
+        fill(-i);
+    }
+    for (std::int64_t i = 0; i < static_cast<std::int64_t>(m_after); ++i) {
+        fill(length + i);
+    }
+}
+
+template <class Work>
+void Bundle<Work>::store(ImageModel& output) {
+    RIX_ASSERT(m_result >= -static_cast<std::int64_t>(m_before) && m_result <= static_cast<std::int64_t>(m_after));
+    if (m_axis == COLUMNS) {
+        storeAcross(output);
+        return;
+    }
+    RowWriter<Work> writer(output);
+    forEachPiece([&](const RowSegment& segment, std::int64_t element, std::size_t offset) {
+        std::copy_n(row(element + m_result) + offset, segment.count * m_samples, writer.open(segment));
+        writer.flush();
+    });
+}
+
+template <class Work>
+void Bundle<Work>::storeAcross(ImageModel& output) {
+    RowWriter<Work, linesAbreast> writer(output);
+    const std::size_t lines = m_width / m_samples;
+    for (std::size_t first = 0; first < lines; first += linesAbreast) {
+        Work* rows[linesAbreast];
+        const std::size_t abreast = std::min(linesAbreast, lines - first);
+        for (std::size_t l = 0; l < abreast; ++l) {
+            rows[l] = writer.open(lineAt(first + l), l);
+        }
+        transposeOut(row(m_result) + first * m_samples, m_stride, abreast, m_samples, m_length, rows);
+        for (std::size_t l = 0; l < abreast; ++l) {
+            writer.flush(l);
+        }
+    }
+}
+
+template class Bundle<std::uint8_t>;
+template class Bundle<std::uint16_t>;
+template class Bundle<std::uint32_t>;
+template class Bundle<std::int8_t>;
+template class Bundle<std::int16_t>;
+template class Bundle<std::int32_t>;
+template class Bundle<float>;
+template class Bundle<double>;
+template class Bundle<std::complex<float>>;
+template class Bundle<std::complex<double>>;
+
+}  // namespace rix::access
