@@ -184,6 +184,24 @@ WindowSpans spansOf(const ImageModel& image, VoxelTypes voxelType, const Block& 
     return spans;
 }
 
+std::size_t windowMemory(const ImageModel& input, const BoxNeeds& needs, std::size_t sampleBytes, std::size_t threads) {
+    const Plan plan = cutBoxes({&input}, {}, needs);
+    const auto sum = [](const Reach::Axis& axis) {
+        return static_cast<double>(axis.before) + static_cast<double>(axis.after);
+    };
+    const bool holdsRows = plan.largestPart(PLANS) > 1 && sum(needs.reach.planes) > 0;
+    const double rows = sum(needs.reach.rows) + (holdsRows ? static_cast<double>(plan.largestPart(ROWS)) : 1.0);
+    const double columns = static_cast<double>(plan.largestPart(COLUMNS)) + sum(needs.reach.columns);
+    const double rowBytes =
+        columns * static_cast<double>(sampleBytes * helper::getElementNumber(input.getElementType())) +
+        2.0 * static_cast<double>(page);
+    const double slot = sizeof(std::int64_t) * 3.0;
+    const double bytes = static_cast<double>(threads) * (rows * (sum(needs.reach.planes) + 1) * (rowBytes + slot) +
+                                                         3 * rowBytes + 2.0 * static_cast<double>(page));
+    constexpr double most = 9e18;
+    return static_cast<std::size_t>(std::min(bytes, most));
+}
+
 template class WindowRows<std::uint8_t>;
 template class WindowRows<std::uint16_t>;
 template class WindowRows<std::uint32_t>;

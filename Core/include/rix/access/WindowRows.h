@@ -9,6 +9,7 @@
 #include <rix/access/Blocks.h>
 #include <rix/access/BorderCondition.h>
 #include <rix/access/ImageModelProxy.h>
+#include <rix/access/Plan.h>
 #include <rix/access/Scratch.h>
 #include <rix/image/ImageModel.h>
 
@@ -82,6 +83,11 @@ struct WindowSpans {
 };
 /// @param voxelType of the samples that windows show
 RIX_EXPORT WindowSpans spansOf(const ImageModel& image, VoxelTypes voxelType, const Block& block, const Reach& reach);
+
+/// The most bytes that the windows of a run hold, for descriptions: rings of rows of all its threads, and a row of
+/// results each. @param sampleBytes of a sample of the windows
+RIX_EXPORT std::size_t windowMemory(const ImageModel& input, const BoxNeeds& needs, std::size_t sampleBytes,
+                                    std::size_t threads);
 
 extern template class WindowRows<std::uint8_t>;
 extern template class WindowRows<std::uint16_t>;
