@@ -1,12 +1,10 @@
 // The algorithm against histograms and criteria written from their definitions, and what it does at the edges.
 
-#include <atomic>
 #include <limits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
@@ -16,6 +14,7 @@
 #include "ImageFactories.h"
 #include "ImageValues.h"
 #include "ReferenceThresholds.h"
+#include "Storages.h"
 
 namespace rix::analysis {
 namespace {
@@ -31,7 +30,6 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 struct Options {
     OptimLevelType level = SCALAR;
     int threads = 1;
-    std::shared_ptr<access::BlockScheduler> scheduler = nullptr;
     std::optional<math::Vector2<double>> range = std::nullopt;
 };
 
@@ -41,7 +39,6 @@ std::vector<double> thresholds(const ImageModel& image, Value::ThresholdCriterio
     algorithm.settings().setMaximumNumberOfThreads(options.threads);
     algorithm.setAutoCpuDispatch(false);
     algorithm.setOptimLevel(options.level);
-    algorithm.setBlockScheduler(options.scheduler);
     AutoThresholdingMsr measurement;
     algorithm.setInputGrayImage(&image);
     algorithm.setThresholdCriterion(criterion);
@@ -100,34 +97,6 @@ TEST(AutoThresholdingValue, EqualsTheDefinitionForEveryTypeSizeAndLevel) {
                         << ", level " << level << ", " << extents[0] << " columns";
                 }
             }
-        }
-    }
-}
-
-TEST(AutoThresholdingValue, IsTheSameForEveryThreadCountScheduleAndStorage) {
-    for (const auto& [type, spread] : typeCases) {
-        const test::Extents extents{403, 301, 3, 2, 1};
-        const io::MemoryImage image = heaps(type, extents, spread);
-        // A frame with a margin around the same voxels: rows are not joined and blocks are cut elsewhere.
-        io::MemoryImage wide = heaps(type, {501, 333, 3, 2, 1}, spread);
-        ImageModelSizeProxy window(&wide, {7, 5, 0, 0, 0}, {403, 301, 3, 2, 1});
-        std::vector<std::uint8_t> row(403 * helper::getElementSize(image));
-        for (std::size_t t = 0; t < 2; ++t) {
-            for (std::size_t z = 0; z < 3; ++z) {
-                for (std::size_t y = 0; y < 301; ++y) {
-                    ASSERT_TRUE(image.readRowAt(403, row.data(), 0, y, z, t, 0));
-                    ASSERT_TRUE(window.writeRowAt(403, row.data(), 0, y, z, t, 0));
-                }
-            }
-        }
-        for (const auto criterion : allCriteria) {
-            const auto expected = thresholds(image, criterion);
-            for (const int threads : {2, 3, 7}) {
-                EXPECT_EQ(thresholds(image, criterion, {.threads = threads}), expected) << type << ' ' << threads;
-            }
-            EXPECT_EQ(thresholds(image, criterion, {.scheduler = std::make_shared<access::ShuffledScheduler>(9)}),
-                      expected);
-            EXPECT_EQ(thresholds(window, criterion, {.threads = 2}), expected) << type << ' ' << criterion;
         }
     }
 }
@@ -271,107 +240,6 @@ TEST(AutoThresholdingValue, FailsWhereNoVoxelIsFiniteButNotWhereAFrameHasNone) {
     }
 }
 
-TEST(AutoThresholdingValue, RefusesBadPropertiesByNameAndRunsAfterwards) {
-    static const io::MemoryImage good = heaps(RIX_UINT8, {9, 9, 1, 1, 1}, 1);
-    static const io::MemoryImage complexImage =
-        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT64, .extents = {9, 9, 1, 1, 1}}, 1);
-    static const io::MemoryImage empty;
-    struct Refusal {
-        void (*spoil)(Value&);
-        std::vector<const char*> texts;
-    };
-    const Refusal refusals[] = {
-        {[](Value& a) { a.setInputGrayImage(nullptr); }, {"The parameter \"inputGrayImage\" must be set."}},
-        {[](Value& a) { a.setOutputMeasurement(nullptr); }, {"The parameter \"outputMeasurement\" must be set."}},
-        {[](Value& a) { a.setInputGrayImage(&complexImage); }, {"inputGrayImage", "complex float64"}},
-        {[](Value& a) { a.setInputGrayImage(&empty); }, {"inputGrayImage", "empty"}},
-        {[](Value& a) { a.setRangeMode(static_cast<Value::RangeModeType>(2)); }, {"\"rangeMode\" is not valid", "2"}},
-        {[](Value& a) { a.setThresholdCriterion(static_cast<Value::ThresholdCriterionType>(-1)); },
-         {"\"thresholdCriterion\" is not valid", "-1"}},
-        {[](Value& a) { a.setIntensityInputRange({0.0, infinity}); }, {"intensityInputRange", "finite", "Component 1"}},
-        {[](Value& a) { a.setIntensityInputRange({std::nan(""), 0.0}); }, {"intensityInputRange", "finite"}},
-    };
-    for (const Refusal& refusal : refusals) {
-        Value algorithm;
-        AutoThresholdingMsr measurement;
-        algorithm.setInputGrayImage(&good);
-        algorithm.setOutputMeasurement(&measurement);
-        refusal.spoil(algorithm);
-        try {
-            algorithm.run();
-            ADD_FAILURE() << "accepted: " << refusal.texts[0];
-        } catch (const RuleException& exception) {
-            for (const char* text : refusal.texts) {
-                EXPECT_THAT(exception.getInfo(), HasSubstr(text));
-            }
-        }
-        algorithm.setInputGrayImage(&good);
-        algorithm.setOutputMeasurement(&measurement);
-        algorithm.setRangeMode(Value::MIN_MAX);
-        algorithm.setThresholdCriterion(Value::ENTROPY);
-        algorithm.setIntensityInputRange({0.0, 0.0});
-        EXPECT_NO_THROW(algorithm.run());
-        EXPECT_THAT(measurement.threshold, ElementsAre(thresholds(good, Value::ENTROPY)[0]));
-    }
-}
-
-/// An image that cancels or breaks at one of its rows.
-class Trap : public ImageModelSizeProxy {
-public:
-    explicit Trap(io::MemoryImage& image)
-        : ImageModelSizeProxy(&image, {0, 0, 0, 0, 0},
-                              {image.getNumOf(COLUMNS), image.getNumOf(ROWS), 1, image.getNumOf(SEQUENCE), 1}) {}
-    bool getConstRowAt(std::size_t, ConstRawData&, std::size_t, std::size_t, std::size_t, std::size_t,
-                       std::size_t) const override {
-        return false;
-    }
-    bool readRowAt(std::size_t count, RawData buffer, std::size_t c, std::size_t y, std::size_t z, std::size_t t,
-                   std::size_t s) const override {
-        if (reads++ == at) {
-            if (cancels == nullptr) {
-                return false;
-            }
-            cancels->cancelExecution();
-        }
-        return ImageModelSizeProxy::readRowAt(count, buffer, c, y, z, t, s);
-    }
-
-    mutable std::atomic<std::size_t> reads{0};
-    std::size_t at = 0;
-    BaseAlgorithm* cancels = nullptr;
-};
-
-TEST(AutoThresholdingValue, EndsAtACancellationOrAFailedRowAndRunsAgain) {
-    for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT32}) {
-        io::MemoryImage image = heaps(type, {300, 200, 1, 2, 1}, 1);
-        const auto expected = thresholds(image, Value::ISODATA);
-        for (const int threads : {1, 2}) {
-            Value algorithm;
-            algorithm.settings().setMaximumNumberOfThreads(threads);
-            AutoThresholdingMsr measurement;
-            algorithm.setThresholdCriterion(Value::ISODATA);
-            algorithm.setOutputMeasurement(&measurement);
-            Trap whole(image);
-            whole.at = std::numeric_limits<std::size_t>::max();
-            algorithm.setInputGrayImage(&whole);
-            algorithm.run();
-            for (std::size_t at = 0; at < whole.reads; at += whole.reads / 7 + 1) {
-                Trap trap(image);
-                trap.at = at;
-                trap.cancels = &algorithm;
-                algorithm.setInputGrayImage(&trap);
-                EXPECT_THROW(algorithm.run(), UserCancelException) << at;
-                trap.reads = 0;
-                trap.cancels = nullptr;
-                EXPECT_THROW(algorithm.run(), UnexpectedError) << at;
-                trap.reads = at + 1;
-                algorithm.run();
-                EXPECT_EQ(std::vector<double>(measurement.threshold.begin(), measurement.threshold.end()), expected);
-            }
-        }
-    }
-}
-
 TEST(AutoThresholdingValue, ReportsAStepForTheRangeAndTwoForEachFrame) {
     class Recorder : public InteractionInterface {
     public:
@@ -379,20 +247,20 @@ TEST(AutoThresholdingValue, ReportsAStepForTheRangeAndTwoForEachFrame) {
         std::vector<double> values;
     };
     io::MemoryImage image = heaps(RIX_FLOAT32, {60, 40, 1, 3, 1}, 1);
-    class Spy : public Trap {
+    class Spy : public test::OpaqueImage {
     public:
-        using Trap::Trap;
+        using OpaqueImage::OpaqueImage;
         bool readRowAt(std::size_t count, RawData buffer, std::size_t c, std::size_t y, std::size_t z, std::size_t t,
                        std::size_t s) const override {
             if (y == 0) {
                 starts.push_back(algorithm->getProgress());
             }
-            return ImageModelSizeProxy::readRowAt(count, buffer, c, y, z, t, s);
+            return OpaqueImage::readRowAt(count, buffer, c, y, z, t, s);
         }
         mutable std::vector<double> starts;
         BaseAlgorithm* algorithm = nullptr;
     };
-    Spy spy(image);
+    Spy spy(&image);
     Value algorithm;
     spy.algorithm = &algorithm;
     algorithm.settings().setMaximumNumberOfThreads(1);

@@ -3,12 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
 #include <rix/analysis/IntensityExtrema.h>
 #include <rix/devices/Cpu.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/ImageModelFull2d.h>
-#include <rix/settings/Settings.h>
 
 #include "ImageFactories.h"
 #include "ImageValues.h"
@@ -61,29 +57,6 @@ TEST(IntensityExtrema, AreThoseOfTheFiniteVoxelsForEveryTypeLevelAndWidth) {
     }
 }
 
-TEST(IntensityExtrema, AreFoundAnywhereByAnyNumberOfThreadsInAnyStorage) {
-    io::MemoryImage image = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {701, 503, 2, 1, 2}},
-                                            [](std::size_t c, std::size_t y, auto...) { return (c * y) % 97; });
-    auto* const samples = reinterpret_cast<float*>(image.getInternalBuffer());
-    samples[701 * 503 * 3 + 12345] = -4.0F;
-    samples[701 * 503 * 2 - 1] = 1000.0F;
-    samples[99] = std::numeric_limits<float>::quiet_NaN();
-    for (const int threads : {1, 2, 3, 7}) {
-        IntensityExtrema algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        algorithm.setInputImage(&image);
-        algorithm.run();
-        ASSERT_NE(algorithm.getOutputMeasurement(), nullptr) << "made by the algorithm";
-        expectExtremaOf(test::allValues(image), *algorithm.getOutputMeasurement());
-    }
-    const ImageModelFull2d plane(static_cast<const ImageModel*>(&image), 1, 0, 0);
-    IntensityExtrema algorithm;
-    algorithm.setBlockScheduler(std::make_shared<access::ShuffledScheduler>(3));
-    algorithm.setInputImage(&plane);
-    algorithm.run();
-    expectExtremaOf(test::allValues(plane), *algorithm.getOutputMeasurement());
-}
-
 TEST(IntensityExtrema, OfNoFiniteVoxelAreNaN) {
     const io::MemoryImage image = test::makeImage(
         {.voxelType = RIX_FLOAT64, .extents = {40, 1, 1, 1, 1}},
@@ -106,19 +79,6 @@ TEST(IntensityExtrema, OfZerosArePositiveZeros) {
     algorithm.run();
     EXPECT_FALSE(std::signbit(algorithm.getOutputMeasurement()->minimum[0]));
     EXPECT_FALSE(std::signbit(algorithm.getOutputMeasurement()->maximum[0]));
-}
-
-TEST(IntensityExtrema, RefusesWhatHasNoOrder) {
-    const io::MemoryImage complexImage =
-        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
-    const io::MemoryImage vectors = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
-    const io::MemoryImage empty;
-    for (const io::MemoryImage* image :
-         {static_cast<const io::MemoryImage*>(nullptr), &complexImage, &vectors, &empty}) {
-        IntensityExtrema algorithm;
-        algorithm.setInputImage(image);
-        EXPECT_THROW(algorithm.run(), RuleException);
-    }
 }
 
 }  // namespace

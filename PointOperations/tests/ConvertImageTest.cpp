@@ -52,12 +52,12 @@ io::MemoryImage reference(const ImageModel& input, const Kind& kind) {
     return result;
 }
 
-void convert(const ImageModel& input, Type type, ImageModel& output, OptimLevelType level, int threads = 1) {
+void convert(const ImageModel& input, Type type, ImageModel& output, OptimLevelType level) {
     ConvertImage algorithm;
     algorithm.setInputImage(&input);
     algorithm.setOutputType(type);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level, threads);
+    runOn(algorithm, level);
 }
 
 /// The numbers at which truncation and the formats of reals change their ways.
@@ -121,46 +121,6 @@ TEST(ConvertImage, HandlesEveryWidthAndOddOffsets) {
     }
 }
 
-TEST(ConvertImage, IsTheSameForEveryThreadCountAndOnFiveAxes) {
-    const io::MemoryImage input =
-        makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {301, 103, 3, 2, 3}}, 3, Extremes::All);
-    for (const Kind& kind : {kinds[ConvertImage::SIGNED_INTEGER_16_BIT], kinds[ConvertImage::BINARY]}) {
-        const io::MemoryImage expected = reference(input, kind);
-        for (const int threads : {1, 2, 5}) {
-            for (const OptimLevelType level : runnableLevels()) {
-                io::MemoryImage output;
-                convert(input, kind.type, output, level, threads);
-                EXPECT_TRUE(imagesEqual(expected, output)) << kind.type << ' ' << threads << " threads";
-            }
-        }
-        ConvertImage algorithm;
-        io::MemoryImage output;
-        algorithm.setInputImage(&input);
-        algorithm.setOutputType(kind.type);
-        algorithm.setOutputImage(&output);
-        algorithm.enableIterationOnSequenceAxis(true);
-        algorithm.enableIterationOnSpectralAxis(true);
-        algorithm.run();
-        EXPECT_TRUE(imagesEqual(expected, output)) << "iterated, " << kind.type;
-    }
-}
-
-TEST(ConvertImage, WorksInPlaceOnlyWhenTheTypeStays) {
-    const io::MemoryImage bytes = makeRandomImage({.extents = {701, 303, 1, 1, 1}}, 8);
-    for (const Type type : {ConvertImage::UNSIGNED_INTEGER_8_BIT, ConvertImage::BINARY, ConvertImage::LABEL_8_BIT}) {
-        for (const Interpretations interpretation : {RIX_VALUE, RIX_BINARY}) {
-            io::MemoryImage image = bytes;
-            image.setInterpretation(interpretation);
-            const io::MemoryImage expected = reference(image, kinds[type]);
-            convert(image, type, image, VEC_AVX, 2);
-            EXPECT_TRUE(imagesEqual(expected, image)) << type << " of " << interpretation;
-        }
-    }
-    io::MemoryImage image = bytes;
-    EXPECT_THROW(convert(image, ConvertImage::SIGNED_INTEGER_8_BIT, image, SCALAR), RuleException);
-    EXPECT_TRUE(imagesEqual(bytes, image)) << "a refused run must not touch the image";
-}
-
 TEST(ConvertImage, TellsTheOutputTypeOfAVoxelType) {
     for (const VoxelTypes type : allTypes) {
         for (const bool isLabel : {false, true}) {
@@ -175,34 +135,7 @@ TEST(ConvertImage, TellsTheOutputTypeOfAVoxelType) {
         }
     }
     EXPECT_EQ(ConvertImage::getOutputTypeFromVoxelTypes(static_cast<VoxelTypes>(3), false), -1);
-}
-
-const io::MemoryImage good = makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
-const io::MemoryImage vectors = makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_3}, 1);
-const io::MemoryImage empty;
-io::MemoryImage result;
-
-TEST(ConvertImage, RefusesBadPropertiesAndRunsAfterwards) {
-    expectRefusals<ConvertImage>(
-        [](ConvertImage& a) {
-            a.setInputImage(&good);
-            a.setOutputType(ConvertImage::FLOAT_32_BIT);
-            a.setOutputImage(&result);
-        },
-        {{"no image", [](ConvertImage& a) { a.setInputImage(nullptr); }, {"The parameter \"inputImage\" must be set."}},
-         {"no output",
-          [](ConvertImage& a) { a.setOutputImage(nullptr); },
-          {"The parameter \"outputImage\" must be set."}},
-         {"vectors", [](ConvertImage& a) { a.setInputImage(&vectors); }, {"inputImage", "supports only scalar types"}},
-         {"empty", [](ConvertImage& a) { a.setInputImage(&empty); }, {"inputImage", "empty"}},
-         {"type",
-          [](ConvertImage& a) { a.setOutputType(static_cast<Type>(14)); },
-          {"The value of the parameter \"outputType\" is not valid", "14"}},
-         {"negative type",
-          [](ConvertImage& a) { a.setOutputType(static_cast<Type>(-1)); },
-          {"The value of the parameter \"outputType\" is not valid"}}});
     EXPECT_EQ(ConvertImage().getVersion(), 2);
-    EXPECT_EQ(ConvertImage().getOutputType(), ConvertImage::UNSIGNED_INTEGER_8_BIT);
 }
 
 }  // namespace

@@ -16,13 +16,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/VoxelTypeLists.h>
-#include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
-#include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/MemoryImage.h>
 #include <rix/settings/Settings.h>
@@ -57,8 +54,8 @@ inline std::vector<OptimLevelType> runnableLevels() {
 }
 
 /// Runs on one level and asserts that this level answered.
-inline void runOn(BaseAlgorithm& algorithm, OptimLevelType level, int threads = 1) {
-    algorithm.settings().setMaximumNumberOfThreads(threads);
+inline void runOn(BaseAlgorithm& algorithm, OptimLevelType level) {
+    algorithm.settings().setMaximumNumberOfThreads(1);
     algorithm.setAutoCpuDispatch(false);
     algorithm.setOptimLevel(level);
     algorithm.run();
@@ -138,36 +135,6 @@ std::vector<To> convertedSamples(const ImageModel& image) {
         }
     });
     return result;
-}
-
-/// What is wrong with the properties of an algorithm, and what the message must contain.
-template <class Algorithm>
-struct Refusal {
-    const char* name;
-    void (*spoil)(Algorithm&);
-    std::vector<const char*> texts;
-};
-
-/// Every refusal is a RuleException with its texts and the algorithm's name, and the algorithm runs afterwards.
-template <class Algorithm>
-void expectRefusals(void (*prepare)(Algorithm&), const std::vector<Refusal<Algorithm>>& refusals) {
-    Algorithm algorithm;
-    for (const Refusal<Algorithm>& refusal : refusals) {
-        SCOPED_TRACE(refusal.name);
-        prepare(algorithm);
-        refusal.spoil(algorithm);
-        try {
-            algorithm.run();
-            ADD_FAILURE() << "accepted";
-        } catch (const RuleException& exception) {
-            for (const char* text : refusal.texts) {
-                EXPECT_THAT(exception.getInfo(), testing::HasSubstr(text));
-            }
-            EXPECT_THAT(exception.getInfo(), testing::HasSubstr(algorithm.getClassInfo().getName()));
-        }
-        prepare(algorithm);
-        EXPECT_NO_THROW(algorithm.run());
-    }
 }
 
 }  // namespace rix::point_operations::test

@@ -7,16 +7,11 @@
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/SampleCast.h>
-#include <rix/algorithms/AlgoInfo.h>
 #include <rix/analysis/AutoThresholdingValue.h>
-#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
-#include <rix/image/ImageModelSizeProxy.h>
-#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
 #include <rix/segmentation/AutoThresholdingDark.h>
-#include <rix/settings/Settings.h>
 
 #include "ImageComparison.h"
 #include "ImageFactories.h"
@@ -112,41 +107,6 @@ TEST(AutoThresholding, PutsTheThresholdItselfOnTheBrightSideAndNaNOnNone) {
     }
 }
 
-TEST(AutoThresholding, MarksExactlyTheBrightOfTwoValues) {
-    const io::MemoryImage input =
-        test::makeImage({.extents = {20, 20, 1, 1, 1}}, [](std::size_t c, auto...) { return c % 4 == 0 ? 200 : 10; });
-    AutoThresholdingBright bright;
-    bright.setThresholdCriterion(AutoThresholding::FACTORISATION);
-    analysis::AutoThresholdingMsr measurement;
-    const io::MemoryImage output = run(bright, input, measurement);
-    EXPECT_THAT(measurement.threshold, ElementsAre(11));
-    for (std::size_t i = 0; i < 400; ++i) {
-        EXPECT_EQ(output.getInternalBuffer()[i], i % 4 == 0 ? 1 : 0);
-    }
-}
-
-TEST(AutoThresholding, IsTheSameForEveryLevelThreadCountAndSchedule) {
-    const io::MemoryImage input = heaps(RIX_UINT8, {701, 503, 2, 1, 1});
-    analysis::AutoThresholdingMsr expectedMeasurement;
-    const io::MemoryImage expected = run(AutoThresholdingDark(), input, expectedMeasurement);
-    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (!devices::Cpu::supports(level)) {
-            continue;
-        }
-        for (const int threads : {1, 2, 3, 7}) {
-            AutoThresholdingDark dark;
-            dark.settings().setMaximumNumberOfThreads(threads);
-            dark.setAutoCpuDispatch(false);
-            dark.setOptimLevel(level);
-            dark.setBlockScheduler(threads == 3 ? std::make_shared<access::ShuffledScheduler>(1) : nullptr);
-            analysis::AutoThresholdingMsr measurement;
-            EXPECT_TRUE(test::imagesEqual(expected, run(dark, input, measurement)));
-            EXPECT_EQ(measurement.threshold.values(), expectedMeasurement.threshold.values());
-            EXPECT_EQ(dark.getLastRunLevel(), level);
-        }
-    }
-}
-
 TEST(AutoThresholding, PartsEachFrameByItsOwnThresholdWhenIterated) {
     io::MemoryImage input = heaps(RIX_UINT16, {60, 40, 1, 3, 1});
     AutoThresholdingBright bright;
@@ -181,69 +141,6 @@ TEST(AutoThresholding, TellsThroughAllLevelsThatAConstantImageHasNothingToSepara
     }
     const io::MemoryImage good = heaps(RIX_UINT8, {9, 9, 1, 1, 1});
     EXPECT_NO_THROW(run(bright, good, measurement));
-}
-
-TEST(AutoThresholding, RefusesToWorkInPlaceAndWithoutResultObject) {
-    io::MemoryImage image = heaps(RIX_UINT8, {9, 9, 1, 1, 1});
-    const io::MemoryImage before = image;
-    io::MemoryImage output;
-    ImageModelSizeProxy part(&image, {0, 0, 0, 0, 0}, {9, 8, 1, 1, 1});
-    analysis::AutoThresholdingMsr measurement;
-    struct Case {
-        ImageModel* output;
-        analysis::AutoThresholdingMsr* measurement;
-        const char* text;
-    };
-    const Case cases[] = {
-        {&image, &measurement, "must be not equal to the parameter \"inputGrayImage\""},
-        {&part, &measurement, "share samples"},
-        {nullptr, &measurement, "The parameter \"outputBinaryImage\" must be set."},
-        {&output, nullptr, "The parameter \"outputMeasurement\" must be set."},
-    };
-    for (const Case& c : cases) {
-        AutoThresholdingDark dark;
-        dark.setInputGrayImage(&image);
-        dark.setOutputBinaryImage(c.output);
-        dark.setOutputMeasurement(c.measurement);
-        try {
-            dark.run();
-            ADD_FAILURE() << "accepted, expected: " << c.text;
-        } catch (const RuleException& exception) {
-            EXPECT_THAT(exception.getInfo(), HasSubstr(c.text));
-        }
-        EXPECT_TRUE(test::imagesEqual(before, image));
-    }
-}
-
-TEST(AutoThresholding, IsServedByCallersThatKnowNoClass) {
-    const io::MemoryImage input = heaps(RIX_UINT8, {40, 30, 1, 1, 1});
-    const auto algorithm = AlgoInfo::fromName("AutoThresholdingBright").createInstance(nullptr);
-    io::MemoryImage output;
-    String normalised;
-    dynamic_cast<Property<const ImageModel*>&>(*algorithm->getPropertyfromName("inputGrayImage")) = &input;
-    dynamic_cast<Property<ImageModel*>&>(*algorithm->getPropertyfromName("outputBinaryImage")) = &output;
-    ASSERT_TRUE(algorithm->getPropertyfromName("thresholdCriterion")->read("MOMENTS", normalised));
-    String range;
-    ASSERT_TRUE(algorithm->getPropertyfromName("intensityInputRange")->write(range));
-    EXPECT_EQ(range, "@v2:0_255");
-    auto* const slot = dynamic_cast<MeasurementSlot*>(algorithm->getPropertyfromName("outputMeasurement"));
-    ASSERT_NE(slot, nullptr);
-    const auto result = slot->createObject();
-    slot->setObject(result.get());
-    algorithm->run();
-
-    analysis::AutoThresholdingMsr expected;
-    AutoThresholdingBright bright;
-    bright.setThresholdCriterion(AutoThresholding::MOMENTS);
-    run(bright, input, expected);
-    const vessel::DataFrame table = result->toDataFrame();
-    EXPECT_EQ(table.getColumnInfo(0).name, "threshold");
-    EXPECT_THAT(table.getReals(0), ElementsAre(expected.threshold[0]));
-
-    const AlgorithmDescription description = algorithm->describe();
-    ASSERT_EQ(description.outputs.size(), 1U);
-    EXPECT_EQ(description.outputs[0].extents, helper::getExtents(output));
-    EXPECT_THAT(description.summary, HasSubstr("bright"));
 }
 
 TEST(AutoThresholding, ReportsProgressOfBothPartsAndStopsInEither) {

@@ -8,27 +8,19 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/SampleCast.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/devices/Cpu.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/ImageModelFull2d.h>
-#include <rix/image/ImageModelSizeProxy.h>
 #include <rix/properties/Scalar.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
-#include <rix/settings/Settings.h>
 
 #include "ImageComparison.h"
 #include "ImageFactories.h"
 
 namespace rix::segmentation {
 namespace {
-
-using testing::HasSubstr;
 
 constexpr ThresholdingByCriterion::CriterionType allCriteria[] = {
     ThresholdingByCriterion::LESS_THAN,    ThresholdingByCriterion::LESS_THAN_OR_EQUAL_TO,
@@ -102,9 +94,8 @@ io::MemoryImage reference(const ImageModel& input, double value, ThresholdingByC
 }
 
 io::MemoryImage threshold(const ImageModel& input, double value, ThresholdingByCriterion::CriterionType criterion,
-                          OptimLevelType level = SCALAR, int threads = 1) {
+                          OptimLevelType level) {
     ThresholdingByCriterion algorithm;
-    algorithm.settings().setMaximumNumberOfThreads(threads);
     algorithm.setAutoCpuDispatch(false);
     algorithm.setOptimLevel(level);
     io::MemoryImage output;
@@ -164,53 +155,6 @@ TEST(ThresholdingByCriterion, HandlesEveryWidthUpToSeveralVectors) {
     }
 }
 
-TEST(ThresholdingByCriterion, IsTheSameForEveryThreadCountScheduleAndStorage) {
-    io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT16, .extents = {701, 67, 3, 2, 2}}, 3);
-    test::setDistinctCalibration(input);
-    const auto criterion = ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO;
-    const io::MemoryImage expected = reference(input, 20000, criterion);
-    for (const int threads : {1, 2, 3, 7}) {
-        EXPECT_TRUE(test::imagesEqual(expected, threshold(input, 20000, criterion, SCALAR, threads)));
-    }
-    ThresholdingByCriterion algorithm;
-    algorithm.setBlockScheduler(std::make_shared<access::ShuffledScheduler>(5));
-    io::MemoryImage output;
-    algorithm.setInputGrayImage(&input);
-    algorithm.setComparisonCriterion(criterion);
-    algorithm.setComparisonValue(20000);
-    algorithm.setOutputBinaryImage(&output);
-    algorithm.run();
-    EXPECT_TRUE(test::imagesEqual(expected, output));
-
-    // A view as input, a view of the right shape as output.
-    const ImageModelFull2d plane(static_cast<const ImageModel*>(&input), 1, 1, 0);
-    io::MemoryImage target = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {701, 67, 2, 1, 1}}, 4);
-    ImageModelFull2d targetPlane(&target, 1, 0, 0);
-    algorithm.setInputGrayImage(&plane);
-    algorithm.setOutputBinaryImage(&targetPlane);
-    algorithm.run();
-    const io::MemoryImage expectedPlane = reference(plane, 20000, criterion);
-    EXPECT_TRUE(test::imagesEqual(expectedPlane, targetPlane));
-}
-
-TEST(ThresholdingByCriterion, WorksInPlaceOnlyWhenTheTypeStays) {
-    io::MemoryImage image = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {301, 200, 1, 1, 1}}, 8);
-    const io::MemoryImage expected = reference(image, 77, ThresholdingByCriterion::LESS_THAN);
-    ThresholdingByCriterion algorithm;
-    algorithm.setInputGrayImage(&image);
-    algorithm.setComparisonValue(77);
-    algorithm.setOutputBinaryImage(&image);
-    algorithm.run();
-    EXPECT_TRUE(test::imagesEqual(expected, image));
-
-    io::MemoryImage wide = test::makeRandomImage({.voxelType = RIX_INT16, .extents = {31, 20, 1, 1, 1}}, 8);
-    const io::MemoryImage before = wide;
-    algorithm.setInputGrayImage(&wide);
-    algorithm.setOutputBinaryImage(&wide);
-    EXPECT_THROW(algorithm.run(), RuleException);
-    EXPECT_TRUE(test::imagesEqual(before, wide)) << "a refused run must not touch the image";
-}
-
 TEST(ThresholdingByCriterion, ReusesAnOutputAndDescribesItsResult) {
     const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {64, 64, 1, 1, 1}}, 2);
     io::MemoryImage output = test::makeRandomImage({.voxelType = RIX_FLOAT64, .extents = {64, 64, 2, 1, 1}}, 2);
@@ -224,83 +168,6 @@ TEST(ThresholdingByCriterion, ReusesAnOutputAndDescribesItsResult) {
     EXPECT_EQ(output.getInternalBuffer(), buffer) << "a buffer that is large enough is kept";
     EXPECT_EQ(description.outputs[0].voxelType, output.getVoxelType());
     EXPECT_EQ(description.outputs[0].extents, helper::getExtents(output));
-}
-
-/// What is wrong with the properties, and what the message must contain.
-struct Refusal {
-    const char* name;
-    void (*spoil)(ThresholdingByCriterion&);
-    std::vector<const char*> texts;
-};
-
-TEST(ThresholdingByCriterion, RefusesBadPropertiesByNameAndRunsAfterwards) {
-    static const io::MemoryImage good = test::makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
-    static const io::MemoryImage complexImage =
-        test::makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
-    static const io::MemoryImage vectors =
-        test::makeRandomImage({.extents = {9, 9, 1, 1, 1}, .elementType = VECTOR_2}, 1);
-    static const io::MemoryImage empty;
-    static io::MemoryImage volume = test::makeRandomImage({.extents = {9, 9, 4, 1, 1}}, 1);
-    static ImageModelFull2d wrongShape(&volume, 0, 0, 0);
-    static io::MemoryImage small = test::makeRandomImage({.extents = {5, 5, 2, 1, 1}}, 1);
-    static ImageModelFull2d wrongSize(&small, 0, 0, 0);
-
-    const Refusal refusals[] = {
-        {"no input",
-         [](ThresholdingByCriterion& a) { a.setInputGrayImage(nullptr); },
-         {"The parameter \"inputGrayImage\" must be set.", "Rule error in property inputGrayImage"}},
-        {"no output",
-         [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(nullptr); },
-         {"The parameter \"outputBinaryImage\" must be set."}},
-        {"complex",
-         [](ThresholdingByCriterion& a) { a.setInputGrayImage(&complexImage); },
-         {"inputGrayImage", "complex float32", "only integer or floating types"}},
-        {"vectors",
-         [](ThresholdingByCriterion& a) { a.setInputGrayImage(&vectors); },
-         {"inputGrayImage", "supports only scalar types", "2-Vector"}},
-        {"empty", [](ThresholdingByCriterion& a) { a.setInputGrayImage(&empty); }, {"inputGrayImage", "empty"}},
-        {"criterion",
-         [](ThresholdingByCriterion& a) {
-             a.setComparisonCriterion(static_cast<ThresholdingByCriterion::CriterionType>(6));
-         },
-         {"The value of the parameter \"comparisonCriterion\" is not valid", "6"}},
-        {"a view of another size",
-         [](ThresholdingByCriterion& a) { a.setOutputBinaryImage(&wrongSize); },
-         {"outputBinaryImage", "inputGrayImage"}},
-    };
-    for (const Refusal& refusal : refusals) {
-        SCOPED_TRACE(refusal.name);
-        ThresholdingByCriterion algorithm;
-        io::MemoryImage output;
-        algorithm.setInputGrayImage(&good);
-        algorithm.setOutputBinaryImage(&output);
-        refusal.spoil(algorithm);
-        try {
-            algorithm.run();
-            ADD_FAILURE() << "accepted";
-        } catch (const RuleException& exception) {
-            for (const char* text : refusal.texts) {
-                EXPECT_THAT(exception.getInfo(), HasSubstr(text));
-            }
-            EXPECT_THAT(exception.getInfo(), HasSubstr("ThresholdingByCriterion"));
-        }
-        algorithm.setInputGrayImage(&good);
-        algorithm.setComparisonCriterion(ThresholdingByCriterion::LESS_THAN);
-        algorithm.setOutputBinaryImage(&output);
-        EXPECT_NO_THROW(algorithm.run());
-    }
-}
-
-TEST(ThresholdingByCriterion, TakesPropertiesFromText) {
-    ThresholdingByCriterion algorithm;
-    String normalised;
-    EXPECT_TRUE(algorithm.getPropertyfromName("comparisonCriterion")->read("GREATER_THAN", normalised));
-    EXPECT_EQ(algorithm.getComparisonCriterion(), ThresholdingByCriterion::GREATER_THAN);
-    EXPECT_TRUE(algorithm.getPropertyfromName("comparisonCriterion")->read("5", normalised));
-    EXPECT_EQ(algorithm.getComparisonCriterion(), ThresholdingByCriterion::NOT_EQUAL_TO);
-    EXPECT_FALSE(algorithm.getPropertyfromName("comparisonCriterion")->read("greater_than", normalised));
-    EXPECT_TRUE(algorithm.getPropertyfromName("comparisonValue")->read("12.5", normalised));
-    EXPECT_EQ(algorithm.getComparisonValue(), 12.5);
 }
 
 }  // namespace

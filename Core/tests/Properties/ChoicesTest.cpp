@@ -163,10 +163,5 @@ TYPED_TEST(AnyChoice, RefusesEveryTextWithoutAnEnumeration) {
     EXPECT_EQ(normalised, "1");
 }
 
-TEST(Choices, SayWhatTheyAre) {
-    EXPECT_EQ(PropertySingleChoice().getImpl()->describeType(), "choice");
-    EXPECT_EQ(PropertyMultipleChoices().getImpl()->describeType(), "choices");
-}
-
 }  // namespace
 }  // namespace rix

@@ -53,17 +53,6 @@ public:
     std::vector<BaseProperty*> changed;
 };
 
-TEST(OwnedProperty, KnowsItsOwnerAndItsDirection) {
-    Owner owner;
-    const Property<double>& constNumber = owner.number;
-    EXPECT_EQ(owner.number.getOwner(), &owner);
-    EXPECT_EQ(constNumber.getOwner(), &owner);
-    EXPECT_EQ(owner.number.getName(), "number");
-    EXPECT_EQ(owner.number.getDescription(), "a number");
-    EXPECT_FALSE(owner.number.isOutput());
-    EXPECT_TRUE(owner.result.isOutput());
-}
-
 TEST(OwnedProperty, SettingNotifiesOfChangesOnly) {
     Owner owner;
     owner.changed.clear();

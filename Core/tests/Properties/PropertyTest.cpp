@@ -11,37 +11,6 @@
 namespace rix {
 namespace {
 
-TEST(Property, StartsWithTheStateOfItsDeclaration) {
-    Property<double> property;
-    EXPECT_EQ(property.getName(), "");
-    EXPECT_EQ(property.getDescription(), "");
-    EXPECT_FALSE(property.isLocked());
-    EXPECT_TRUE(property.isEnable());
-    EXPECT_FALSE(property.isInputOutput());
-    EXPECT_FALSE(property.isOutput());
-    EXPECT_EQ(property.getOwner(), nullptr);
-    EXPECT_EQ(property.getDataRangeProvider(), nullptr);
-    EXPECT_EQ(property.getVisibility(), PROPERTY_PUBLIC);
-    EXPECT_EQ(property.getVersion(), 0);
-    EXPECT_EQ(property.getImpl()->m_property, &property);
-}
-
-TEST(Property, KeepsWhatItIsTold) {
-    Property<int> property;
-    property.getImpl()->setName("radius");
-    property.setDescription("half the side");
-    property.setIsInputOutput(true);
-    property.setVisibility(PROPERTY_HIDDEN);
-    property.getImpl()->disable();
-    EXPECT_EQ(property.getName(), "radius");
-    EXPECT_EQ(property.getDescription(), "half the side");
-    EXPECT_TRUE(property.isInputOutput());
-    EXPECT_EQ(property.getVisibility(), PROPERTY_HIDDEN);
-    EXPECT_FALSE(property.isEnable());
-    property.getImpl()->enable(true);
-    EXPECT_TRUE(property.isEnable());
-}
-
 TEST(Property, KeepsTheVersionInTenths) {
     Property<int> property;
     for (const auto& [version, tenths] : std::vector<std::pair<double, int>>{
@@ -253,20 +222,6 @@ TEST(Property, HoldsNestedEnumerations) {
     EXPECT_EQ(property.get(), MODE_3D);
     EXPECT_FALSE(property.write(text));
     EXPECT_EQ(property.getImpl()->describeType(), "choice");
-}
-
-TEST(Property, HoldsPointersAndLists) {
-    container::Vector<double> values{1, 2};
-    Property<const container::Vector<double>*> pointer;
-    pointer = &values;
-    EXPECT_EQ(pointer.get(), &values);
-    pointer = nullptr;
-    EXPECT_EQ(pointer.get(), nullptr);
-    Property<container::Vector<double>> list;
-    list = values;
-    String text;
-    EXPECT_TRUE(list.write(text));
-    EXPECT_EQ(text, "@v:1#2");
 }
 
 TEST(SmallValues, KeepTheirElementsInOrder) {

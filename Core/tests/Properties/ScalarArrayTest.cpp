@@ -33,17 +33,6 @@ Scalar numberOf(ScalarType type, int value) {
     return static_cast<double>(value);
 }
 
-TEST(ScalarArray, StartsEmptyOrWithZeros) {
-    const ScalarArray empty;
-    EXPECT_EQ(empty.getType(), INTEGER);
-    EXPECT_TRUE(empty.empty());
-    for (const ScalarType type : TYPES) {
-        const ScalarArray zeros(3, type);
-        ASSERT_EQ(zeros.size(), 3U);
-        EXPECT_EQ(zeros.getScalarValueAt(2), numberOf(type, 0));
-    }
-}
-
 TEST(ScalarArray, CopiesData) {
     constexpr auto MIN = std::numeric_limits<long>::min();
     std::array<long, 2> integers{MIN, -1};
@@ -80,27 +69,6 @@ TEST(ScalarArray, GrowsShrinksAndKeepsItsType) {
         EXPECT_TRUE(array.empty());
         EXPECT_EQ(array.getType(), type);
     }
-}
-
-TEST(ScalarArray, TakesEveryArithmeticType) {
-    ScalarArray integers(0, INTEGER);
-    integers.pushBack(3);
-    integers.pushBack(static_cast<short>(-3));
-    integers.pushBack('a');
-    integers.pushBack(3LL);
-    ScalarArray naturals(0, UNSIGNED_INTEGER);
-    naturals.pushBack(3U);
-    naturals.pushBack(static_cast<unsigned char>(200));
-    naturals.pushBack(true);
-    ScalarArray reals(0, REAL);
-    reals.pushBack(0.5F);
-    EXPECT_EQ(integers.size(), 4U);
-    EXPECT_EQ(integers.getIntValueAt(1), -3);
-    EXPECT_EQ(naturals.getUIntValueAt(1), 200U);
-    EXPECT_EQ(naturals.getUIntValueAt(2), 1U);
-    EXPECT_EQ(reals.getRealValueAt(0), 0.5);
-    EXPECT_THROW(naturals.pushBack(3), InvalidCall);
-    EXPECT_THROW(reals.pushBack(3), InvalidCall);
 }
 
 TEST(ScalarArray, DemandsItsType) {

@@ -52,22 +52,6 @@ TYPED_TEST(ScalarOf, KeepsTheExtremesAndTheTag) {
     }
 }
 
-TEST(Scalar, StartsAsTheInteger0AndCopiesIndependently) {
-    Scalar a;
-    EXPECT_EQ(a.getType(), INTEGER);
-    EXPECT_EQ(a.getIntValue(), 0);
-    a = 2.5;
-    const Scalar copy(a);
-    Scalar assigned;
-    assigned = a;
-    a = 7UL;
-    EXPECT_EQ(copy.getRealValue(), 2.5);
-    EXPECT_EQ(assigned.getRealValue(), 2.5);
-    EXPECT_EQ(a.getUIntValue(), 7U);
-    a = -7L;
-    EXPECT_EQ(a.getIntValue(), -7);
-}
-
 TEST(Scalar, AccessorsDemandTheirTag) {
     const String notInteger = "The Scalar isn't of INTEGER type.";
     const String notUnsigned = "The Scalar isn't of UNSIGNED_INTEGER type.";
