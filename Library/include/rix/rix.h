@@ -12,6 +12,8 @@
 #include <rix/exceptions/Exception.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilter3d.h>
+#include <rix/filtering/smoothing/GaussianFilter2d.h>
+#include <rix/filtering/smoothing/GaussianFilter3d.h>
 #include <rix/image/ImageCalibration.h>
 #include <rix/image/ImageHeader.h>
 #include <rix/image/ImageModel.h>

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <rix/Export.h>
+#include <rix/image/ImageModel.h>
+#include <rix/properties/Property.h>
+
+namespace rix {
+class EnumInfo;
+}
+
+/// Choices that many filters offer. An algorithm makes them names of its own, as
+/// `using LengthUnit = algorithms::LengthUnit; using enum algorithms::LengthUnit;`.
+namespace rix::algorithms {
+
+/// In what a length is given: in elements of the image's grid, or in the unit of its spacings.
+enum class LengthUnit : int { VOXEL = 0, WORLD };
+RIX_EXPORT const EnumInfo& getInfoLengthUnit();
+
+/// The samples of a filter's result.
+enum class OutputType : int { SAME_AS_INPUT = 0, FLOAT_32_BIT };
+RIX_EXPORT const EnumInfo& getInfoOutputType();
+RIX_EXPORT VoxelTypes voxelTypeOf(OutputType type, VoxelTypes input);
+
+/// A length along an axis of an image in voxels: as it is, or divided by the magnitude of the axis' spacing.
+/// @throws RuleException, which names the property of the length, when the unit is `WORLD`, the length is not 0 and the
+///         spacing is 0 or not finite
+RIX_EXPORT double lengthInVoxels(const Property<double>& length, LengthUnit unit, const ImageModel& image,
+                                 Components axis);
+
+}  // namespace rix::algorithms

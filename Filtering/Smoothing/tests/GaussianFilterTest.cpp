@@ -1,0 +1,254 @@
+// The Gaussian filters against their definition in double precision, on every type, border and level.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/BlockSize.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/filtering/smoothing/GaussianFilter2d.h>
+#include <rix/filtering/smoothing/GaussianFilter3d.h>
+#include <rix/image/ImageModel3dWithFull2d.h>
+
+#include "BoxReference.h"
+#include "BoxRuns.h"
+#include "ImageComparison.h"
+#include "ImageFactories.h"
+
+namespace rix::test {
+namespace {
+
+using access::BorderPolicy;
+using filtering::smoothing::GaussianFilter2d;
+using filtering::smoothing::GaussianFilter3d;
+
+struct GaussianCase {
+    std::array<double, 3> deviations{1, 1, 0};
+    BorderPolicy border = BorderPolicy::MIRROR;
+    double borderValue = 0;
+    algorithms::OutputType output = algorithms::OutputType::SAME_AS_INPUT;
+    algorithms::LengthUnit unit = algorithms::LengthUnit::VOXEL;
+};
+
+template <class Algorithm>
+void runWith(const ImageModel& input, ImageModel& output, const GaussianCase& c, const RunOptions& options) {
+    Algorithm algorithm;
+    algorithm.settings().setMaximumNumberOfThreads(options.threads);
+    algorithm.setAutoCpuDispatch(false);
+    algorithm.setOptimLevel(options.level);
+    algorithm.setBlockScheduler(options.scheduler);
+    algorithm.setInputImage(&input);
+    algorithm.setStandardDeviationX(c.deviations[0]);
+    algorithm.setStandardDeviationY(c.deviations[1]);
+    if constexpr (requires { algorithm.setStandardDeviationZ(1); }) {
+        algorithm.setStandardDeviationZ(c.deviations[2]);
+    }
+    algorithm.setLengthUnit(c.unit);
+    algorithm.setBorderPolicy(c.border);
+    algorithm.setBorderValue(c.borderValue);
+    algorithm.setOutputType(c.output);
+    algorithm.setOutputImage(&output);
+    algorithm.run();
+}
+
+void runGaussian(const ImageModel& input, ImageModel& output, const GaussianCase& c, const RunOptions& options = {}) {
+    if (c.deviations[2] > 0) {
+        runWith<GaussianFilter3d>(input, output, c, options);
+    } else {
+        runWith<GaussianFilter2d>(input, output, c, options);
+    }
+}
+
+io::MemoryImage runGaussian(const ImageModel& input, const GaussianCase& c, const RunOptions& options = {}) {
+    io::MemoryImage output;
+    runGaussian(input, output, c, options);
+    return output;
+}
+
+/// One axis of a volume from the definition.
+std::vector<double> smoothAlong(const std::vector<double>& in, const std::array<std::size_t, 3>& n, std::size_t axis,
+                                const GaussianCase& c) {
+    const double s = c.deviations[axis];
+    if (s == 0) {
+        return in;
+    }
+    const auto reach = static_cast<std::int64_t>(std::ceil(5 * s));
+    const auto length = static_cast<std::int64_t>(n[axis]);
+    const auto step = static_cast<std::int64_t>(axis == 0 ? 1 : axis == 1 ? n[0] : n[0] * n[1]);
+    std::vector<double> weights;
+    for (std::int64_t k = -reach; k <= reach; ++k) {
+        weights.push_back(std::exp(-static_cast<double>(k * k) / (2 * s * s)));
+    }
+    const double total = std::accumulate(weights.begin(), weights.end(), 0.0);
+    std::vector<double> out(in.size(), 0.0);
+    for (std::int64_t v = 0; v < static_cast<std::int64_t>(in.size()); ++v) {
+        const std::int64_t i = v / step % length;
+        for (std::int64_t k = -reach; k <= reach; ++k) {
+            std::int64_t j = i + k;
+            double value = c.borderValue;
+            if (c.border == BorderPolicy::CONTINUE) {
+                j = std::clamp<std::int64_t>(j, 0, length - 1);
+            } else if (c.border == BorderPolicy::MIRROR) {
+                j = (j % (2 * length) + 2 * length) % (2 * length);
+                j = j < length ? j : 2 * length - 1 - j;
+            }
+            if (j >= 0 && j < length) {
+                value = in[static_cast<std::size_t>(v + (j - i) * step)];
+            }
+            out[static_cast<std::size_t>(v)] += weights[static_cast<std::size_t>(k + reach)] / total * value;
+        }
+    }
+    return out;
+}
+
+/// Compares every voxel of a result with the definition; `range` is that of the input.
+void compareWithDefinition(const io::MemoryImage& input, const io::MemoryImage& output, const GaussianCase& c,
+                           double range) {
+    const auto n = helper::getExtents(input);
+    access::dispatch(
+        access::Reals{}, input.getVoxelType(), access::Reals{}, output.getVoxelType(), [&](auto tagIn, auto tagOut) {
+            using In = typename decltype(tagIn)::type;
+            using Out = typename decltype(tagOut)::type;
+            const double tolerance = std::is_integral_v<Out> ? 0.5 + std::max(0x1p-7, range * 1e-6) : 2e-5 * range;
+            for (std::size_t volume = 0; volume < n[3] * n[4]; ++volume) {
+                const auto samples = volumeOf<In>(input, volume % n[3], volume / n[3]);
+                std::vector<double> expected(samples.begin(), samples.end());
+                for (std::size_t axis = 0; axis < 3; ++axis) {
+                    expected = smoothAlong(expected, {n[0], n[1], n[2]}, axis, c);
+                }
+                const auto actual = volumeOf<Out>(output, volume % n[3], volume / n[3]);
+                for (std::size_t i = 0; i < actual.size(); ++i) {
+                    ASSERT_NEAR(static_cast<double>(actual[i]), expected[i], tolerance)
+                        << "voxel " << i << " of " << helper::describeImage(input);
+                }
+            }
+        });
+}
+
+TEST(GaussianFilter, IsItsDefinitionOnEveryTypeBorderAndLevel) {
+    const GaussianCase cases[] = {
+        {},
+        {{2.3, 0.4, 0}, BorderPolicy::CONTINUE},
+        {{0, 3, 0}, BorderPolicy::FIXED, 50},
+        {{4, 0, 0}, BorderPolicy::MIRROR, 0, algorithms::OutputType::FLOAT_32_BIT},
+        {{0.8, 1.5, 1.2}},
+        {{1, 0, 2}, BorderPolicy::FIXED, 20, algorithms::OutputType::FLOAT_32_BIT},
+        {{0, 0, 3}, BorderPolicy::CONTINUE},
+        {{12, 9, 0}},  // wider than the image several times
+    };
+    struct Type {
+        VoxelTypes type;
+        double range;
+    };
+    const Type types[] = {{RIX_UINT8, 255},      {RIX_INT8, 255},  {RIX_UINT16, 65535}, {RIX_INT16, 65535},
+                          {RIX_UINT32, 1 << 24}, {RIX_INT32, 1e5}, {RIX_FLOAT32, 1000}, {RIX_FLOAT64, 1e5}};
+    const access::ScopedBlockBytes blocks(4096);
+    for (const Type& type : types) {
+        const io::MemoryImage input = makeImage(
+            {.voxelType = type.type, .extents = {43, 19, 7, 2, 1}},
+            [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) {
+                const auto hash = static_cast<double>((x * 7919 + y * 104729 + z * 1299709 + t * 15485863) % 997);
+                const bool isSigned = type.type == RIX_INT8 || type.type == RIX_INT16;
+                return static_cast<std::int64_t>(hash / 996 * type.range - (isSigned ? (type.range + 1) / 2 : 0));
+            });
+        for (const GaussianCase& c : cases) {
+            const io::MemoryImage output = runGaussian(input, c);
+            EXPECT_EQ(output.getVoxelType(),
+                      c.output == algorithms::OutputType::FLOAT_32_BIT ? RIX_FLOAT32 : type.type);
+            ASSERT_NO_FATAL_FAILURE(compareWithDefinition(input, output, c, type.range));
+            for (const OptimLevelType level : runnableLevels()) {
+                const auto shuffled = std::make_shared<access::ShuffledScheduler>(5);
+                EXPECT_TRUE(imagesEqual(output, runGaussian(input, c, {level, 2, shuffled})));
+            }
+        }
+    }
+}
+
+TEST(GaussianFilter, GivesTheKernelForAnImpulseAndKeepsConstants) {
+    const io::MemoryImage impulse = makeImage({.voxelType = RIX_FLOAT64, .extents = {41, 1, 1, 1, 1}},
+                                              [](std::size_t x, auto...) { return x == 20 ? 1.0 : 0.0; });
+    const auto kernel = volumeOf<double>(runGaussian(impulse, {{2, 0, 0}}), 0, 0);
+    double sum = 0;
+    for (std::size_t i = 0; i < kernel.size(); ++i) {
+        EXPECT_DOUBLE_EQ(kernel[i], kernel[40 - i]);
+        EXPECT_EQ(kernel[i] > 0, i >= 10 && i <= 30);
+        sum += kernel[i];
+    }
+    EXPECT_DOUBLE_EQ(sum, 1.0);
+    EXPECT_NEAR(kernel[22] / kernel[20], std::exp(-0.5), 1e-15);
+
+    for (const VoxelTypes type : {RIX_UINT8, RIX_UINT32, RIX_INT32, RIX_INT16, RIX_FLOAT64}) {
+        for (const bool highest : {false, true}) {
+            io::MemoryImage constant;
+            access::dispatch(access::Reals{}, type, [&](auto tag) {
+                using Limits = std::numeric_limits<typename decltype(tag)::type>;
+                constant = makeImage({.voxelType = type, .extents = {50, 20, 9, 1, 1}}, [&](auto...) {
+                    return Limits::is_integer ? highest ? Limits::max() : Limits::lowest() : 3;
+                });
+            });
+            const io::MemoryImage smooth = runGaussian(constant, {{2, 3, 1.5}});
+            EXPECT_TRUE(imagesEqual(constant, smooth, {.absoluteTolerance = 1e-14}));
+        }
+    }
+    // A width so small that no neighbour counts, and one of 0, change nothing: infinities stay where they are.
+    const io::MemoryImage wild =
+        makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {40, 9, 3, 1, 1}}, 9, Extremes::All);
+    EXPECT_TRUE(imagesEqual(wild, runGaussian(wild, {{0, 0, 0}})));
+    EXPECT_TRUE(imagesEqual(wild, runGaussian(wild, {{0.01, std::numeric_limits<double>::denorm_min(), 0.01}})));
+}
+
+TEST(GaussianFilter, MeasuresInTheWorldAndWorksInPlace) {
+    io::MemoryImage image = makeRandomImage({.voxelType = RIX_UINT16, .extents = {60, 40, 9, 2, 1}}, 5);
+    image.setSpacingOf(COLUMNS, 0.5);
+    image.setSpacingOf(ROWS, -2);
+    image.setSpacingOf(PLANS, 1);
+    for (const GaussianCase& c : {GaussianCase{{1.2, 0.7, 0}}, GaussianCase{{1.2, 0.7, 2}}, GaussianCase{{0, 0, 2}}}) {
+        GaussianCase world = c;
+        world.unit = algorithms::LengthUnit::WORLD;
+        world.deviations[0] *= 0.5;
+        world.deviations[1] *= 2;
+        const io::MemoryImage expected = runGaussian(image, c);
+        EXPECT_TRUE(imagesEqual(expected, runGaussian(image, world)));
+        io::MemoryImage inPlace = image;
+        runGaussian(inPlace, inPlace, c, {.threads = 2});
+        EXPECT_TRUE(imagesEqual(expected, inPlace));
+        // Part of the input is overwritten, shifted by a plane.
+        io::MemoryImage viewed = image;
+        const ImageModel3dWithFull2d lower(static_cast<const ImageModel*>(&viewed), 0, 8, 0, 0);
+        ImageModel3dWithFull2d upper(&viewed, 1, 8, 0, 0);
+        const io::MemoryImage expectedSlab = runGaussian(lower, c);
+        runGaussian(lower, upper, c);
+        EXPECT_TRUE(imagesEqual(expectedSlab, upper));
+    }
+}
+
+TEST(GaussianFilter, RefusesWhatItCannotDo) {
+    io::MemoryImage image = makeRandomImage({.voxelType = RIX_UINT8, .extents = {9, 9, 2, 1, 1}}, 5);
+    image.setSpacingOf(ROWS, 0);
+    const auto refused = [&](GaussianCase c, const char* words) {
+        try {
+            runGaussian(image, c);
+            ADD_FAILURE() << "accepted: " << words;
+        } catch (const RuleException& exception) {
+            EXPECT_THAT(exception.getLevels().front().message, testing::HasSubstr(words));
+        }
+    };
+    refused({{1, -1, 0}}, "standardDeviationY");
+    refused({{std::nan(""), 1, 0}}, "standardDeviationX");
+    refused({{1, 1, 1001}}, "standardDeviationZ");
+    refused({.deviations = {1, 1, 0}, .unit = algorithms::LengthUnit::WORLD}, "standardDeviationY");
+    EXPECT_NO_THROW(runGaussian(image, {.deviations = {1, 0, 1}, .unit = algorithms::LengthUnit::WORLD}));
+    EXPECT_THROW(runGaussian(image, image, {.output = algorithms::OutputType::FLOAT_32_BIT}), RuleException);
+}
+
+}  // namespace
+}  // namespace rix::test
