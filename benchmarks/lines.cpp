@@ -7,8 +7,8 @@
 #include <benchmark/benchmark.h>
 
 #include <rix/Library.h>
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/LineBundles.h>
+#include <rix/access/PlainContext.h>
 
 #include "Yardstick.h"
 
@@ -16,22 +16,6 @@ namespace rix::bench {
 namespace {
 
 constexpr std::size_t edge = 256;
-
-/// A run without a frame: on this thread or on all.
-class Context : public access::ExecutionContext {
-public:
-    explicit Context(bool isParallel) : m_isParallel(isParallel) {}
-    bool isCancelled() const override { return false; }
-    void blockDone(double) override {}
-    void startStep(double) override {}
-    access::BlockScheduler& scheduler() const override {
-        return m_isParallel ? access::parallelScheduler() : access::serialScheduler();
-    }
-    std::size_t maximumThreads() const override { return m_isParallel ? 2 : 1; }
-
-private:
-    bool m_isParallel;
-};
 
 void convolve(access::Bundle<float>& bundle) {
     constexpr std::array<float, 5> taps{0.2F, 0.15F, 0.12F, 0.08F, 0.05F};
@@ -64,7 +48,8 @@ void measure(benchmark::State& state, Components axis, bool isParallel, const ac
     }
     const io::MemoryImage random = randomImage(RIX_FLOAT32, edge, edge * edge);
     std::copy_n(random.getInternalBuffer(), edge * edge * edge * sizeof(float), input.getInternalBuffer());
-    Context context(isParallel);
+    access::PlainContext context(isParallel ? access::parallelScheduler() : access::serialScheduler(),
+                                 isParallel ? 2 : 1);
     access::forEachBundle<float>(context, input, output, axis, needs, body);
     for (auto _ : state) {
         access::forEachBundle<float>(context, input, output, axis, needs, body);

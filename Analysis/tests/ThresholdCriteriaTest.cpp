@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
+#include <rix/access/PlainContext.h>
 #include <rix/analysis/ThresholdCriteria.h>
 #include <rix/exceptions/Exception.h>
 
@@ -15,15 +15,6 @@
 
 namespace rix::analysis {
 namespace {
-
-class QuietContext : public access::ExecutionContext {
-public:
-    bool isCancelled() const override { return false; }
-    void blockDone(double) override {}
-    void startStep(double) override {}
-    access::BlockScheduler& scheduler() const override { return access::serialScheduler(); }
-    std::size_t maximumThreads() const override { return 1; }
-};
 
 test::ReferenceHistogram referenceOf(const math::Histogram& histogram) {
     const auto counts = histogram.getCounts();
@@ -147,7 +138,7 @@ TEST(ThresholdCriteria, DecideTiesForTheFirstClass) {
 TEST(ThresholdCriteria, GiveTheFirstClassStartOfAnEmptyHistogram) {
     const io::MemoryImage image =
         test::makeImage({.voxelType = RIX_FLOAT32, .extents = {5, 4, 1, 1, 1}}, [](auto...) { return std::nan(""); });
-    QuietContext context;
+    access::PlainContext context(access::serialScheduler());
     const math::Histogram empty(10, 3.0, 5.0);
     for (const auto criterion : {ThresholdChoices::ENTROPY, ThresholdChoices::FACTORISATION, ThresholdChoices::MOMENTS,
                                  ThresholdChoices::ISODATA}) {
@@ -201,7 +192,7 @@ TEST(ThresholdCriteria, IsodataStopsAfterTenIterations) {
         const io::MemoryImage image = test::makeImage(
             {.voxelType = type, .extents = {400, 5, 2, 1, 1}},
             [&](std::size_t c, std::size_t y, std::size_t z, auto...) { return values[c + 400 * (y + 5 * z)]; });
-        QuietContext context;
+        access::PlainContext context(access::serialScheduler());
         EXPECT_EQ(details::computeThresholdIsodata(histogram, image, context), tenth) << type;
     }
 }

@@ -8,8 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
-#include <rix/access/ExecutionContext.h>
+#include <rix/access/PlainContext.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/MemoryImage.h>
@@ -75,9 +74,9 @@ inline void copyInto(CopyOnly& copy, const io::MemoryImage& image) {
 }
 
 /// A run without a frame.
-class TestContext : public access::ExecutionContext {
+class TestContext : public access::PlainContext {
 public:
-    explicit TestContext(access::BlockScheduler& scheduler) : m_scheduler(scheduler) {}
+    explicit TestContext(access::BlockScheduler& scheduler) : PlainContext(scheduler, 2) {}
 
     bool isCancelled() const override { return blocks >= cancelAfterBlocks; }
     void blockDone(double work) override {
@@ -85,16 +84,11 @@ public:
         done = done + work;
     }
     void startStep(double work) override { announced += work; }
-    access::BlockScheduler& scheduler() const override { return m_scheduler; }
-    std::size_t maximumThreads() const override { return 2; }
 
     std::atomic<std::size_t> blocks = 0;
     std::size_t cancelAfterBlocks = std::numeric_limits<std::size_t>::max();
     std::atomic<double> done = 0;
     double announced = 0;
-
-private:
-    access::BlockScheduler& m_scheduler;
 };
 
 /// Bit for bit, but a NaN equals every NaN.

@@ -10,7 +10,7 @@
 
 #include <hwy/highway.h>
 
-#include <rix/simd/Stores-inl.h>
+#include <rix/access/Stores-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::segmentation::HWY_NAMESPACE {
@@ -65,7 +65,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
         std::uint8_t bits[8];
         std::memcpy(bits, &part, 2);
-        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+        access::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
     }
 }
 
@@ -84,7 +84,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto ranks = hn::PromoteTo(d, hn::LoadU(d8, labelRanks.upTo[(starts >> i) & chunk]));
         const auto placed = hn::TableLookupLanes(labels, hn::IndicesFromVec(d, ranks));
         const auto bits = static_cast<std::uint8_t>((pixels >> i) & chunk);
-        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
+        access::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
 
@@ -105,7 +105,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto bytes = hn::BitCast(dBytes, hn::Add(hn::Mul(ranks, twice), upper));
         const auto placed = hn::BitCast(d, hn::TableLookupBytes(hn::BitCast(dBytes, labels), bytes));
         const auto bits = static_cast<std::uint8_t>((pixels >> i) & 0xFF);
-        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
+        access::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, &bits), placed), d, out + i);
     }
 }
 
@@ -125,7 +125,7 @@ HWY_INLINE void paintWord(Word pixels, Word starts, const T* before, T* out) {
         const auto part = static_cast<std::uint16_t>((pixels >> i) & 0xFFFF);
         std::uint8_t bits[8] = {};
         std::memcpy(bits, &part, 2);
-        simd::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
+        access::HWY_NAMESPACE::storeTo<stores>(hn::IfThenElseZero(hn::LoadMaskBits(d, bits), placed), d, out + i);
     }
 }
 
@@ -142,7 +142,7 @@ HWY_INLINE void fillWord(T label, T* out) {
     const hn::ScalableTag<T> d;
     const auto value = hn::Set(d, label);
     for (std::size_t i = 0; i < 64; i += hn::Lanes(d)) {
-        simd::HWY_NAMESPACE::storeTo<stores>(value, d, out + i);
+        access::HWY_NAMESPACE::storeTo<stores>(value, d, out + i);
     }
 #endif
 }

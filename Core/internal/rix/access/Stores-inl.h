@@ -8,17 +8,17 @@
 #include <rix/access/Plan.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace rix::simd::HWY_NAMESPACE {
+namespace rix::access::HWY_NAMESPACE {
 
 /// @param out aligned to the vector where stores stream
-template <access::Stores stores, class V, class D, class T>
+template <Stores stores, class V, class D, class T>
 HWY_INLINE void storeTo(V v, D d, T* out) {
-    if constexpr (stores == access::Stores::Streaming) {
+    if constexpr (stores == Stores::Streaming) {
         hwy::HWY_NAMESPACE::Stream(v, d, out);
     } else {
         hwy::HWY_NAMESPACE::StoreU(v, d, out);
     }
 }
 
-}  // namespace rix::simd::HWY_NAMESPACE
+}  // namespace rix::access::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
