@@ -42,7 +42,7 @@ void GaussianFilter2d::applyAllRules() {
 }
 
 AlgorithmDescription GaussianFilter2d::describe() const {
-    AlgorithmDescription description = GaussianFilterState::of(*this).describe(threadsOf(settings()));
+    AlgorithmDescription description = GaussianFilterState::of(*this).describe(getMaximumThreads());
     description.summary = "Smooths each plane with a Gaussian.";
     return description;
 }

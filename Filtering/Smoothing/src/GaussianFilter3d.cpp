@@ -44,7 +44,7 @@ void GaussianFilter3d::applyAllRules() {
 }
 
 AlgorithmDescription GaussianFilter3d::describe() const {
-    AlgorithmDescription description = GaussianFilterState::of(*this).describe(threadsOf(settings()));
+    AlgorithmDescription description = GaussianFilterState::of(*this).describe(getMaximumThreads());
     description.summary = "Smooths each volume with a Gaussian.";
     return description;
 }
