@@ -15,9 +15,9 @@
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/analysis/ThresholdCriteria.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/FrameView.h>
 
 #include "CountedExtrema.h"
-#include "FrameView.h"
 #include "HistogramFilling.h"
 #include "Isodata.h"
 

@@ -3,8 +3,8 @@
 #include <rix/access/Steps.h>
 #include <rix/algorithms/AlgorithmClass.h>
 #include <rix/algorithms/LevelRunner.h>
+#include <rix/image/FrameView.h>
 
-#include "FrameView.h"
 #include "IntensityExtremaRunners.h"
 
 namespace rix::analysis {

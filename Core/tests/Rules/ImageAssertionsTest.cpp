@@ -4,6 +4,7 @@
 #include <rix/rules/CompareRules.h>
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/ValueRules.h>
+#include <rix/rules/WhenSet.h>
 
 #include "RuleTestSupport.h"
 
@@ -279,6 +280,28 @@ TEST(RuleCompare, ForbidsAnImage) {
     q.getImpl()->m_rules.clear();
     AddRuleCompare(CompareRelation::Less, input)(q);
     EXPECT_EQ(applyRules(q), refused({"The type of the rule is unknown."}));
+}
+
+TEST(WhenSet, AsksNothingOfWhatIsLeftOut) {
+    io::MemoryImage image;
+    io::MemoryImage mask;
+    shape(image, {});
+    NamedProperty<const ImageModel*> optional("inputMaskImage", nullptr);
+    NamedProperty<const ImageModel*> input("inputImage", nullptr);
+    addRules(optional, AddRuleWhenSet(AddRuleAssertImageNotEmpty()));
+    addRules(input, AddRuleWhenSet(optional, AddRuleAssertSameSize(optional)));
+    EXPECT_EQ(applyRules(optional), Levels{});
+    EXPECT_EQ(applyRules(input), Levels{});
+    optional.set(&mask);
+    EXPECT_NE(applyRules(optional), Levels{}) << "an empty image";
+    EXPECT_EQ(applyRules(input).front(), "The parameter \"inputImage\" must be set.");
+    input.set(&image);
+    EXPECT_NE(applyRules(input), Levels{}) << "extents differ";
+    optional.set(&image);
+    EXPECT_EQ(applyRules(input), Levels{});
+    ASSERT_EQ(input.getImpl()->describeRules().size(), 1u);
+    EXPECT_EQ(input.getImpl()->describeRules()[0].find("when \"inputMaskImage\" is set, "), 0u);
+    EXPECT_EQ(optional.getImpl()->describeRules()[0].find("when set, "), 0u);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/RuleSupport.h>
 #include <rix/rules/ValueRules.h>
+#include <rix/rules/WhenSet.h>
 
 #include "LabelAnalysisMemory.h"
 #include "LabelAnalysisPrivate.h"
@@ -44,30 +45,6 @@ public:
     }
     String describe() const override { return "must have positive spacings"; }
 };
-
-/// A rule of image properties, applied only when the property is set.
-template <class Requirement>
-class RuleWhenSet : public Rules<Property<const ImageModel*>> {
-public:
-    template <class... Arguments>
-    explicit RuleWhenSet(const Arguments&... arguments) : m_rule(arguments...) {}
-
-    bool isIndividual() const override { return m_rule.isIndividual(); }
-    void apply(Property<const ImageModel*>& property) override {
-        if (property.get() != nullptr) {
-            m_rule.apply(property);
-        }
-    }
-    String describe() const override { return "when set, " + m_rule.describe(); }
-
-private:
-    rules::RuleOnImage<const ImageModel*, Requirement> m_rule;
-};
-
-template <class Requirement, class... Arguments>
-void addRuleWhenSet(Property<const ImageModel*>& property, const Arguments&... arguments) {
-    property.getImpl()->addRule(std::make_shared<RuleWhenSet<Requirement>>(arguments...));
-}
 
 IntensityUse useOf(const ImageModel* intensity) {
     return intensity != nullptr ? IntensityUse::Present : IntensityUse::Absent;
@@ -118,11 +95,10 @@ LabelAnalysis::LabelAnalysis(algorithms::AbstractPrivateImplementation* given)
     state.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
     addInput(state.inputIntensityImage, "inputIntensityImage",
              "The grey values of the objects, when they are measured.");
-    addRuleWhenSet<rules::AssertSingleElement>(state.inputIntensityImage);
-    addRuleWhenSet<rules::AssertIntegerOrFloating>(state.inputIntensityImage);
-    addRuleWhenSet<rules::AssertImageNotEmpty>(state.inputIntensityImage);
+    addRules(state.inputIntensityImage, AddRuleWhenSet(AddRuleAssertSingleElement()),
+             AddRuleWhenSet(AddRuleAssertIntegerOrFloating()), AddRuleWhenSet(AddRuleAssertImageNotEmpty()));
     for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE}) {
-        addRuleWhenSet<rules::AssertDimensionImage>(state.inputIntensityImage, axis, state.inputLabelImage);
+        addRules(state.inputIntensityImage, AddRuleWhenSet(AddRuleAssertDimensionImage(axis, state.inputLabelImage)));
     }
     addInput(state.measures, "measures", "What is measured: names, presets and formulas, separated by commas.");
     state.measures.getImpl()->addRule(std::make_shared<RuleReadRequest>(state));

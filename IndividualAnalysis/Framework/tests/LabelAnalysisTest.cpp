@@ -60,6 +60,29 @@ std::string everything(const ImageModel& labels) {
     return labels.getNumOf(PLANS) > 1 ? measures : measures + ", ConvexHull, Area/PixelCount";
 }
 
+TEST(LabelAnalysis, TakesNoMoreMemoryThanItsDescriptionSays) {
+    for (const test::Extents& extents : {test::Extents{700, 800, 1, 2, 1}, test::Extents{90, 80, 60, 2, 1}}) {
+        const io::MemoryImage labels =
+            makeImage({.voxelType = RIX_UINT32, .extents = extents, .interpretation = RIX_LABEL},
+                      [](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) {
+                          return 1 + x / 2 + 1000 * (y / 2 + 1000 * (z / 2));
+                      });
+        const io::MemoryImage grey = test::makeRandomImage(
+            {.voxelType = RIX_FLOAT32, .extents = {extents[0], extents[1], extents[2], extents[3], 2}}, 5);
+        for (const int threads : {1, 2}) {
+            LabelAnalysis algorithm;
+            algorithm.settings().setMaximumNumberOfThreads(threads);
+            algorithm.setInputLabelImage(&labels);
+            algorithm.setInputIntensityImage(&grey);
+            algorithm.setMeasures(everything(labels));
+            const std::size_t most = algorithm.describe().extraMemory;
+            algorithm.run();
+            EXPECT_LE(algorithm.getPeakExtraMemory(), most);
+            EXPECT_GE(algorithm.getPeakExtraMemory(), most / 10) << "objects of 4 to 8 elements, not of one";
+        }
+    }
+}
+
 TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {
     // Frame 0 has labels 5 and 4294967295, frame 1 none, frame 2 label 5 alone.
     io::MemoryImage labels = makeImage({.voxelType = RIX_UINT32, .extents = {4, 2, 1, 3, 1}},

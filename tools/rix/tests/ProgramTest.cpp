@@ -120,7 +120,12 @@ TEST_F(ProgramTest, describesPropertiesInTheirOrder) {
                              "count=0 outputImage=outputImage.tif"}) {
         EXPECT_NE(text.output.find(part), std::string::npos) << part << " not in\n" << text.output;
     }
+    writeRamp("in.png", 4, 4);
+    EXPECT_NE(sample({"describe", "Sample", "inputImage=in.png"}).output.find("0 bytes beside the images"),
+              std::string::npos);
+    EXPECT_EQ(sample({"describe", "Sample", "outputImage=out.png"}).exitCode, 2);
     const auto object = nlohmann::json::parse(sample({"describe", "Sample", "--json"}).output);
+    EXPECT_EQ(object["extraMemory"], (nlohmann::json{{"bytes", 0}, {"isExact", true}}));
     std::vector<std::string> names;
     for (const auto& property : object["properties"]) {
         names.push_back(property["name"]);

@@ -7,8 +7,13 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <rix/properties/Property.h>
+
 #include "../Algorithms.h"
+#include "../Assignments.h"
 #include "../Commands.h"
+#include "../Failure.h"
+#include "../ImageFiles.h"
 #include "../Output.h"
 
 namespace rix::cli {
@@ -16,6 +21,7 @@ namespace {
 
 struct DescribeOptions {
     std::string className;
+    std::vector<std::string> assignments;
     bool json = false;
 };
 
@@ -109,9 +115,32 @@ std::string reachOf(const BorderInfluence& influence) {
     return join(reaches, ", ");
 }
 
+/// Sets the values and the input images that are given: what is said of a run may depend on them.
+void setInputs(const BaseAlgorithm& algorithm, const std::vector<std::string>& assignments, ImageInputs& inputs) {
+    for (const auto& [name, text] : parseAssignments(assignments)) {
+        BaseProperty& property = findProperty(algorithm, name);
+        const ImageRole role = imageRoleOf(property);
+        if (role == ImageRole::Input) {
+            dynamic_cast<Property<const ImageModel*>&>(property).set(&inputs.read(text));
+        } else if (role == ImageRole::None && !property.isOutput()) {
+            setValue(property, text);
+        } else {
+            throw Failure(WRONG_USAGE, name + " is made by a run and can't be given");
+        }
+    }
+}
+
+/// "12345 bytes beside the images", of the most that a run takes.
+std::string memoryOf(const AlgorithmDescription& description) {
+    return (description.extraMemoryIsExact ? "" : "at most ") + std::to_string(description.extraMemory) +
+           " bytes beside the images";
+}
+
 int runDescribe(const DescribeOptions& options) {
     const AlgoInfo& info = findClass(options.className);
     const auto algorithm = createAlgorithm(info);
+    ImageInputs inputs;
+    setInputs(*algorithm, options.assignments, inputs);
     const AlgorithmDescription description = algorithm->describe();
     std::vector<PropertyFacts> properties;
     for (const BaseProperty* property : listProperties(*algorithm)) {
@@ -125,17 +154,19 @@ int runDescribe(const DescribeOptions& options) {
             list.push_back(toJson(property));
         }
         const auto& influence = description.borderInfluence;
-        writeJson(nlohmann::json{{"name", info.getName()},
-                                 {"area", areaOf(*algorithm)},
-                                 {"library", info.getLibName()},
-                                 {"summary", description.summary},
-                                 {"kind", algorithmKindToString(description.kind)},
-                                 {"inPlace", description.inPlace},
-                                 {"borderInfluence", {{"lower", influence.lower}, {"upper", influence.upper}}},
-                                 {"levels", levels},
-                                 {"deprecatedSince", info.getDeprecationVersion()},
-                                 {"properties", list},
-                                 {"example", example}});
+        writeJson(nlohmann::json{
+            {"name", info.getName()},
+            {"area", areaOf(*algorithm)},
+            {"library", info.getLibName()},
+            {"summary", description.summary},
+            {"kind", algorithmKindToString(description.kind)},
+            {"inPlace", description.inPlace},
+            {"borderInfluence", {{"lower", influence.lower}, {"upper", influence.upper}}},
+            {"extraMemory", {{"bytes", description.extraMemory}, {"isExact", description.extraMemoryIsExact}}},
+            {"levels", levels},
+            {"deprecatedSince", info.getDeprecationVersion()},
+            {"properties", list},
+            {"example", example}});
         return DONE;
     }
     TextTable facts;
@@ -143,6 +174,9 @@ int runDescribe(const DescribeOptions& options) {
     facts.add({"kind:", algorithmKindToString(description.kind) + (description.inPlace ? ", may work in place" : "")});
     if (const std::string reach = reachOf(description.borderInfluence); !reach.empty()) {
         facts.add({"reach:", reach});
+    }
+    if (!options.assignments.empty()) {
+        facts.add({"memory:", memoryOf(description)});
     }
     facts.add({"levels:", join(levels, ", ")});
     if (!info.getDeprecationVersion().empty()) {
@@ -163,6 +197,8 @@ void addDescribeCommand(CLI::App& program, Action& chosen) {
     CLI::App* command = program.add_subcommand(
         "describe", "Describe an algorithm: its properties with types, defaults, labels and rules");
     command->add_option("CLASS", options->className, "Name of the algorithm, as 'rix list' shows it")->required();
+    command->add_option("name=value", options->assignments,
+                        "Properties of a run, images as files: the memory that it takes depends on them");
     command->add_flag("--json", options->json, "Print a JSON object");
     command->footer("Example:\n  rix describe ThresholdingByCriterion");
     command->callback([&chosen, options] { chosen = [options] { return runDescribe(*options); }; });

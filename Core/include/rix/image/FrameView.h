@@ -5,15 +5,16 @@
 
 #include <rix/image/ImageModelFull3d.h>
 
-namespace rix::analysis {
+namespace rix {
 
-/// The volume of one frame of the first channel of an image. An image that has no other is taken as it is, because one
-/// contiguous buffer is read faster than a view.
+/// The volume of one frame of one channel of an image, for what is done frame by frame. An image that has no other is
+/// taken as it is. The image outlives the view.
 class FrameView {
 public:
-    FrameView(const ImageModel& image, std::size_t frame) : m_image(&image) {
+    /// The only frame and channel of an image are taken whatever the indices. @throws as `ImageModelFull3d`
+    explicit FrameView(const ImageModel& image, std::size_t frame, std::size_t channel = 0) : m_image(&image) {
         if (image.getNumOf(SEQUENCE) > 1 || image.getNumOf(SPECTRAL_SERIES) > 1) {
-            m_view.emplace(&image, frame, std::size_t{0});
+            m_view.emplace(&image, frame, channel);
             m_image = &*m_view;
         }
     }
@@ -27,4 +28,4 @@ private:
     const ImageModel* m_image;
 };
 
-}  // namespace rix::analysis
+}  // namespace rix
