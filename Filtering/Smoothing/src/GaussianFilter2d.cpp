@@ -2,7 +2,6 @@
 
 #include <rix/algorithms/AlgorithmClass.h>
 
-#include "BoxFilterState.h"
 #include "GaussianFilterRunners.h"
 #include "GaussianFilterState.h"
 

@@ -4,14 +4,11 @@
 #include <limits>
 
 #include <rix/access/LineBundles.h>
-#include <rix/access/MemoryAccount.h>
-#include <rix/access/PointFilters.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/Steps.h>
+#include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/access/WindowFilters.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/MemoryImage.h>
 
 #include "GaussianKernels.h"
 #include "GaussianTaps.h"
@@ -22,8 +19,7 @@ namespace {
 
 using access::Scratch;
 
-/// Rough costs, for deciding whether threads pay and how long blocks take.
-constexpr double nanosecondsPerCopy = 0.1;
+/// Rough cost, for deciding whether threads pay and how long blocks take.
 constexpr double nanosecondsPerTap = 0.1;
 
 /// 32-bit integers and doubles hold more than a float.
@@ -31,26 +27,16 @@ VoxelTypes workTypeOf(VoxelTypes input) {
     return input == RIX_FLOAT64 || input == RIX_INT32 || input == RIX_UINT32 ? RIX_FLOAT64 : RIX_FLOAT32;
 }
 
-/// A temporary image whose memory counts.
-class Temporary {
-public:
-    Temporary(VoxelTypes type, const ImageModel& shape) {
-        const auto n = helper::getExtents(shape);
-        std::size_t elements = 0;
-        if (!helper::getElementCount(shape, elements)) {
-            throw ResizeImageError("The temporary image cannot be allocated or resized.");
-        }
-        m_charge = access::MemoryCharge(elements * helper::getSizeOf(type));
-        if (!m_image.reserve(type, n[0], n[1], n[2], n[3], n[4])) {
-            throw ResizeImageError("The temporary image cannot be allocated or resized.");
-        }
-    }
-    io::MemoryImage& image() { return m_image; }
+access::BoxNeeds planeNeeds(std::size_t reachX, std::size_t reachY) {
+    access::BoxNeeds needs;
+    needs.reach = {{reachX, reachX}, {reachY, reachY}, {}};
+    needs.nanosecondsPerVoxel = nanosecondsPerTap * static_cast<double>(reachX + reachY + 2);
+    return needs;
+}
 
-private:
-    access::MemoryCharge m_charge;
-    io::MemoryImage m_image;
-};
+access::BundleNeeds alongNeeds(const GaussianJob& job, std::size_t reach) {
+    return {{reach, reach}, job.border, job.borderValue, nanosecondsPerTap * static_cast<double>(reach + 5)};
+}
 
 /// The pointers to the rows of a window; scratch memory of a thread.
 template <class T>
@@ -80,15 +66,7 @@ public:
         if (along && (m_x.reach() > 0 || m_y.reach() > 0)) {
             runBoth(input, output, inPlace);
         } else if (inPlace) {
-            const access::Steps steps(m_context, {0.9, 0.1});
-            Temporary temporary(output.getVoxelType(), output);
-            runOne(input, temporary.image(), along);
-            access::dispatch(access::Reals{}, output.getVoxelType(), [&](auto tag) {
-                using Out = typename decltype(tag)::type;
-                access::transformRows<Out, Out>(
-                    m_context, temporary.image(), output, nanosecondsPerCopy,
-                    [](const Out* in, Out* out, std::size_t count) { access::castRow(in, out, count); });
-            });
+            access::writeThroughTemporary(m_context, output, [&](ImageModel& target) { runOne(input, target, along); });
         } else {
             runOne(input, output, along);
         }
@@ -130,7 +108,7 @@ private:
             smoothAlong(output, output);
             return;
         }
-        Temporary temporary(access::voxelTypeOf<T>, output);
+        access::TemporaryImage temporary(output, access::voxelTypeOf<T>);
         smoothPlanes(input, temporary.image());
         smoothAlong(temporary.image(), output);
     }
@@ -141,9 +119,6 @@ private:
         const std::size_t reachY = m_y.reach();
         const Rounding rounding = roundingOf(output);
         const auto border = access::borderOf<T>(m_job.border, m_job.borderValue);
-        access::BoxNeeds needs;
-        needs.reach = {{reachX, reachX}, {reachY, reachY}, {}};
-        needs.nanosecondsPerVoxel = nanosecondsPerTap * static_cast<double>(reachX + reachY + 2);
         const auto smoothRow = [&](access::WindowRows<T>& window, const access::RowSegment& segment, T* out) {
             const RowList<T> rows(2 * std::max(reachX, reachY) + 1);
             const std::size_t extended = segment.count + 2 * reachX;
@@ -170,29 +145,28 @@ private:
                 m_kernels.round(out, segment.count, rounding.lowest, rounding.highest);
             }
         };
-        access::transformWindows<T, T>(m_context, input, *border, output, needs, smoothRow);
+        access::transformWindows<T, T>(m_context, input, *border, output, planeNeeds(reachX, reachY), smoothRow);
     }
 
     void smoothAlong(const ImageModel& input, ImageModel& output) const {
         const std::size_t reach = m_z.reach();
         const Rounding rounding = roundingOf(output);
-        const access::BundleNeeds needs{
-            {reach, reach}, m_job.border, m_job.borderValue, nanosecondsPerTap * static_cast<double>(reach + 5)};
-        access::forEachBundle<T>(m_context, input, output, PLANS, needs, [&](access::Bundle<T>& bundle) {
-            const RowList<T> rows(2 * reach + 1);
-            const auto before = static_cast<std::int64_t>(reach);
-            for (std::int64_t i = 0; i < static_cast<std::int64_t>(bundle.length()); ++i) {
-                for (std::size_t k = 0; k <= 2 * reach; ++k) {
-                    rows[k] = bundle.row(i - before + static_cast<std::int64_t>(k));
-                }
-                T* const out = bundle.row(i - before);
-                m_kernels.sum(rows.data(), m_z.data(), reach, out, bundle.paddedWidth());
-                if (rounding.rounds) {
-                    m_kernels.round(out, bundle.width(), rounding.lowest, rounding.highest);
-                }
-            }
-            bundle.setResult(-before);
-        });
+        access::forEachBundle<T>(m_context, input, output, PLANS, alongNeeds(m_job, reach),
+                                 [&](access::Bundle<T>& bundle) {
+                                     const RowList<T> rows(2 * reach + 1);
+                                     const auto before = static_cast<std::int64_t>(reach);
+                                     for (std::int64_t i = 0; i < static_cast<std::int64_t>(bundle.length()); ++i) {
+                                         for (std::size_t k = 0; k <= 2 * reach; ++k) {
+                                             rows[k] = bundle.row(i - before + static_cast<std::int64_t>(k));
+                                         }
+                                         T* const out = bundle.row(i - before);
+                                         m_kernels.sum(rows.data(), m_z.data(), reach, out, bundle.paddedWidth());
+                                         if (rounding.rounds) {
+                                             m_kernels.round(out, bundle.width(), rounding.lowest, rounding.highest);
+                                         }
+                                     }
+                                     bundle.setResult(-before);
+                                 });
     }
 
     access::ExecutionContext& m_context;
@@ -216,32 +190,34 @@ void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, 
 
 std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job, bool inPlace,
                                  std::size_t threads) {
-    constexpr std::size_t roundings = 16384;  // of buffers to pages, and small tables
+    constexpr std::size_t pages = std::size_t{6} * 4096;  // the rounding of buffers, and small tables
     const VoxelTypes workType = workTypeOf(input.getVoxelType());
     const std::size_t workBytes = helper::getSizeOf(workType);
-    const auto n = helper::getExtents(input);
-    const std::size_t voxels = n[0] * n[1] * n[2] * n[3] * n[4];
-    const auto [reachX, reachY, reachZ] = std::array{gaussianReach(job.deviations[0]), gaussianReach(job.deviations[1]),
-                                                     gaussianReach(job.deviations[2])};
-    access::BoxNeeds needs;
-    needs.reach = {{reachX, reachX}, {reachY, reachY}, {}};
-    needs.heldBytesPerVoxel = workBytes;
-    const std::size_t columns = access::cutBoxes({&input}, {&input}, needs).largestPart(COLUMNS) + 2 * reachX;
-    // The ring of the windows, the row between both directions, rows on their way from one type to another, pointers.
-    std::size_t bytes = (2 * reachY + 1) * (columns * workBytes + 256) + 4 * columns * workBytes +
-                        2 * (reachX + reachY + 1) * sizeof(void*) + roundings;
+    const std::size_t reachX = gaussianReach(job.deviations[0]);
+    const std::size_t reachY = gaussianReach(job.deviations[1]);
+    const std::size_t reachZ = gaussianReach(job.deviations[2]);
+    const auto atOnce = [&](const access::Plan& plan) {
+        return plan.isSmall() ? std::size_t{1} : std::min(threads, plan.blockCount());
+    };
+    std::size_t bytes = 0;
     const bool planes = reachX > 0 || reachY > 0;
-    if (reachZ > 0) {
-        const access::BundleNeeds along{{reachZ, reachZ}, job.border, job.borderValue};
-        const access::Plan plan = access::cutBundles(input, input, PLANS, workBytes, along);
-        const std::size_t width = plan.largestPart(COLUMNS) * plan.largestPart(ROWS) * workBytes + 128;
-        bytes = std::max(bytes, (n[PLANS] + 2 * reachZ) * width + 4 * columns * workBytes + roundings);
+    if (planes || reachZ == 0) {
+        // The ring of the windows, the row between both directions, rows on their way from one type to another.
+        access::BoxNeeds needs = planeNeeds(reachX, reachY);
+        needs.heldBytesPerVoxel = workBytes;
+        const access::Plan plan = access::cutBoxes({&input}, {&input}, needs);
+        const std::size_t row = (plan.largestPart(COLUMNS) + 2 * reachX) * workBytes + 128;
+        bytes = atOnce(plan) * ((2 * reachY + 4) * row + pages);
     }
-    bytes *= threads;
+    if (reachZ > 0) {
+        const access::Plan plan = access::cutBundles(input, input, PLANS, workBytes, alongNeeds(job, reachZ));
+        const std::size_t row = plan.largestPart(COLUMNS) * plan.largestPart(ROWS) * workBytes + 128;
+        bytes = std::max(bytes, atOnce(plan) * ((helper::getExtents(input)[PLANS] + 2 * reachZ) * row + pages));
+    }
     if (reachZ > 0 && planes) {
-        bytes += inPlace || outputType != workType ? voxels * workBytes : 0;
+        bytes += inPlace || outputType != workType ? access::TemporaryImage::bytes(input, workType) : 0;
     } else if (inPlace) {
-        bytes += voxels * helper::getSizeOf(outputType);
+        bytes += access::TemporaryImage::bytes(input, outputType);
     }
     return bytes;
 }
