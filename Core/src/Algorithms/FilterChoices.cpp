@@ -21,6 +21,16 @@ VoxelTypes voxelTypeOf(OutputType type, VoxelTypes input) {
     return type == OutputType::FLOAT_32_BIT ? RIX_FLOAT32 : input;
 }
 
+const EnumInfo& getInfoNeighborhood2DType() {
+    static const EnumInfo info("Neighborhood2DType", "CONNECTIVITY_4 = 0, CONNECTIVITY_8");
+    return info;
+}
+
+const EnumInfo& getInfoNeighborhood3DType() {
+    static const EnumInfo info("Neighborhood3DType", "CONNECTIVITY_6 = 0, CONNECTIVITY_18, CONNECTIVITY_26");
+    return info;
+}
+
 double lengthInVoxels(const Property<double>& length, LengthUnit unit, const ImageModel& image, Components axis) {
     const double value = length.get();
     if (unit == LengthUnit::VOXEL || value == 0) {

@@ -21,6 +21,14 @@ enum class OutputType : int { SAME_AS_INPUT = 0, FLOAT_32_BIT };
 RIX_EXPORT const EnumInfo& getInfoOutputType();
 RIX_EXPORT VoxelTypes voxelTypeOf(OutputType type, VoxelTypes input);
 
+/// Which pixels of a plane are neighbours: across an edge only, or also across a corner.
+enum class Neighborhood2DType : int { CONNECTIVITY_4 = 0, CONNECTIVITY_8 };
+RIX_EXPORT const EnumInfo& getInfoNeighborhood2DType();
+
+/// Which voxels of a volume are neighbours: across a face, also across an edge, or also across a corner.
+enum class Neighborhood3DType : int { CONNECTIVITY_6 = 0, CONNECTIVITY_18, CONNECTIVITY_26 };
+RIX_EXPORT const EnumInfo& getInfoNeighborhood3DType();
+
 /// A length along an axis of an image in voxels: as it is, or divided by the magnitude of the axis' spacing.
 /// @throws RuleException, which names the property of the length, when the unit is `WORLD`, the length is not 0 and the
 ///         spacing is 0 or not finite
