@@ -7,6 +7,7 @@
 #include <rix/analysis/Algorithms.h>
 #include <rix/filtering/smoothing/Algorithms.h>
 #include <rix/individual_analysis/Algorithms.h>
+#include <rix/morphology/Algorithms.h>
 #include <rix/point_operations/Algorithms.h>
 #include <rix/segmentation/Algorithms.h>
 
@@ -29,6 +30,7 @@ std::span<const AlgoInfoAccessor> libraryAlgorithms() {
     static const auto accessors = join<AlgoInfoAccessor>({
         point_operations::moduleAlgorithms(),
         filtering::smoothing::moduleAlgorithms(),
+        morphology::moduleAlgorithms(),
         analysis::moduleAlgorithms(),
         segmentation::moduleAlgorithms(),
         individual_analysis::moduleAlgorithms(),

@@ -54,6 +54,34 @@ def test_uniform_filter(dtype):
         np.testing.assert_allclose(result[inside], expected[inside].astype(dtype), **tolerance)
 
 
+@pytest.mark.parametrize("mode,policy", [("reflect", "MIRROR"), ("nearest", "CONTINUE"), ("constant", "FIXED")])
+@pytest.mark.parametrize("dtype", [np.uint8, np.uint16, np.float32, np.float64])
+def test_gaussian_filter(dtype, mode, policy):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    for shape, sigma in [((40, 50), (2, 3)), ((12, 20, 30), (1, 2, 3))]:
+        image = random_array(dtype, shape)
+        # With these, both cut the kernel at five standard deviations.
+        expected = ndimage.gaussian_filter(image.astype(np.float64), sigma, mode=mode, cval=20, truncate=5)
+        smooth = rix.gaussian_filter_2d if image.ndim == 2 else rix.gaussian_filter_3d
+        deviations = dict(zip(("standard_deviation_x", "standard_deviation_y", "standard_deviation_z"), sigma[::-1]))
+        result = smooth(image, **deviations, border_policy=policy, border_value=20)
+        assert result.dtype == dtype
+        value_range = float(image.max()) - float(image.min())
+        tolerance = 2e-5 * value_range + (0.5 if np.dtype(dtype).kind == "u" else 0)
+        np.testing.assert_allclose(result, expected, rtol=0, atol=tolerance)
+
+
+@pytest.mark.parametrize("dimensions,neighborhood,background",
+                         [(2, 4, 2), (2, 8, 1), (3, 6, 3), (3, 18, 1), (3, 26, 1)])
+def test_fill_holes(dimensions, neighborhood, background):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    fill = rix.fill_holes_2d if dimensions == 2 else rix.fill_holes_3d
+    for mask in objects(dimensions):
+        expected = ndimage.binary_fill_holes(mask, ndimage.generate_binary_structure(dimensions, background))
+        filled = fill(mask, neighborhood=f"CONNECTIVITY_{neighborhood}")
+        assert np.array_equal(np.asarray(filled) != 0, expected)
+
+
 def test_otsu():
     filters = pytest.importorskip("skimage.filters")
     pictures = [random_array(np.uint8, (50, 50), seed) for seed in range(3)]

@@ -29,6 +29,8 @@
 #include <rix/individual_analysis/MeasureSet.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/measurement/TableText.h>
+#include <rix/morphology/FillHoles2d.h>
+#include <rix/morphology/FillHoles3d.h>
 #include <rix/point_operations/ArithmeticOperationWithImage.h>
 #include <rix/point_operations/ArithmeticOperationWithValue.h>
 #include <rix/point_operations/ConvertImage.h>
