@@ -53,7 +53,7 @@ AlgorithmDescription FillHolesState::describe(const FloodSpace& space, std::size
     description.outputs.push_back({"outputImage", type, helper::getExtents(*input)});
     description.extraMemory = floodWorkingBytes(helper::getExtents(*input), helper::getSizeOf(type), space, threads);
     const ImageModel* const output = outputImage.get();
-    const std::size_t bytes = elements * helper::getSizeOf(type);
+    const std::size_t bytes = access::Scratch::held(elements * helper::getSizeOf(type));
     if (helper::contiguousSamples(*input) == nullptr ||
         (output != nullptr && helper::mayShareSamples(*input, *output))) {
         description.extraMemory += bytes;

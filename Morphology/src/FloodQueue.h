@@ -32,7 +32,8 @@ public:
     }
 
     static std::size_t bytes(std::size_t voxels) {
-        return (voxels + 1) * sizeof(std::uint32_t) + wordsFor(voxels + 1) * sizeof(std::uint64_t);
+        return access::Scratch::held((voxels + 1) * sizeof(std::uint32_t)) +
+               access::Scratch::held(wordsFor(voxels + 1) * sizeof(std::uint64_t));
     }
 
     bool isEmpty() const { return m_begin == m_end; }

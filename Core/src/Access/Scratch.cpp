@@ -15,12 +15,11 @@ namespace rix::access {
 namespace {
 
 constexpr std::align_val_t scratchAlignment{64};
-constexpr std::size_t granularity = 4096;
 #ifdef __SANITIZE_ADDRESS__
 // The sanitizer's allocator ends the program for sizes that it does not support instead of throwing.
 constexpr std::size_t largestAllocation = std::size_t{1} << 38;
 #else
-constexpr std::size_t largestAllocation = static_cast<std::size_t>(PTRDIFF_MAX) - granularity;
+constexpr std::size_t largestAllocation = static_cast<std::size_t>(PTRDIFF_MAX) - 4096;
 #endif
 /// A store keeps at most this many buffers: a thread's idle memory is bounded.
 constexpr std::size_t keptBuffers = 16;
@@ -96,7 +95,7 @@ Scratch::Scratch(std::size_t bytes) {
     if (bytes > largestAllocation) {
         throw MemoryError("A working buffer of " + std::to_string(bytes) + " bytes cannot be allocated.");
     }
-    const std::size_t capacity = (bytes / granularity + 1) * granularity;  // never 0
+    const std::size_t capacity = held(bytes);  // never 0
     // A kept buffer may be larger; the difference was this thread's idle memory before and is not of this run's making.
     m_charge = MemoryCharge(capacity);
     if (ThreadStore* const store = threadStore(); store != nullptr && !isBig(capacity)) {

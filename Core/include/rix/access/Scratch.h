@@ -31,6 +31,9 @@ public:
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
+    /// The bytes that a buffer for `bytes` holds: buffers are whole pages. For descriptions of the memory of runs.
+    static constexpr std::size_t held(std::size_t bytes) { return (bytes / granularity + 1) * granularity; }
+
     RawData data() const { return m_data; }
     template <class T>
     T* as() const {
@@ -38,6 +41,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t granularity = 4096;
+
     MemoryCharge m_charge;
     RawData m_data = nullptr;
     std::size_t m_capacity = 0;
