@@ -53,7 +53,8 @@ AlgorithmDescription FillHolesState::describe(const FloodSpace& space, std::size
     description.outputs.push_back({"outputImage", type, helper::getExtents(*input)});
     description.extraMemory = floodWorkingBytes(helper::getExtents(*input), helper::getSizeOf(type), space, threads);
     const ImageModel* const output = outputImage.get();
-    const std::size_t bytes = elements * helper::getSizeOf(type);
+    constexpr std::size_t page = 4096;  // of which working memory is a multiple
+    const std::size_t bytes = elements * helper::getSizeOf(type) + page;
     if (helper::contiguousSamples(*input) == nullptr ||
         (output != nullptr && helper::mayShareSamples(*input, *output))) {
         description.extraMemory += bytes;
