@@ -21,9 +21,9 @@ using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
 constexpr double nanosecondsPerVoxel = 8.0;
 
-/// Bytes that a visit touches of each voxel: both images and part of the queue.
+/// Bytes that a visit touches of each voxel: both images and the queue.
 access::ExchangeNeeds needsOf(std::size_t sampleBytes, const FloodSpace& space) {
-    return {space.axes, 2 * sampleBytes + 2, nanosecondsPerVoxel};
+    return {space.axes, 2 * sampleBytes + 5, nanosecondsPerVoxel};
 }
 
 /// A neighbour of a voxel.
@@ -400,8 +400,9 @@ std::size_t floodWorkingBytes(const Extents& extents, std::size_t sampleBytes, c
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
         voxels *= tiles.largestPart(axis);
     }
-    constexpr std::size_t perTile = 64;  // in the lists of tiles
-    return (tiles.isSmall() ? 1 : std::min(threads, together)) * FloodQueue::bytes(voxels) +
+    constexpr std::size_t perTile = 64;          // in the lists of tiles
+    constexpr std::size_t roundings = 2 * 4096;  // to pages
+    return (tiles.isSmall() ? 1 : std::min(threads, together)) * (FloodQueue::bytes(voxels) + roundings) +
            tiles.blockCount() * perTile;
 }
 

@@ -10,6 +10,9 @@ namespace rix::access {
 namespace {
 
 constexpr std::size_t cacheLine = 64;
+constexpr std::size_t page = 4096;  // of which working memory is a multiple
+/// Rows that a bundle reads or writes at a time: several when it transposes them.
+constexpr double rowsAtOnce = 16.0;
 
 }  // namespace
 
@@ -46,6 +49,25 @@ Plan cutBundles(const ImageModel& input, const ImageModel& output, Components ax
         }
     }
     return plan;
+}
+
+std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t workBytes, const BundleNeeds& needs,
+                         std::size_t threads) {
+    const Plan plan = cutBundles(input, input, axis, workBytes, needs);
+    if (plan.blockCount() == 0) {
+        return 0;
+    }
+    const std::size_t sampleBytes = workBytes * helper::getElementNumber(input.getElementType());
+    const auto bytesOf = [&](std::size_t elements) { return static_cast<double>(elements * sampleBytes); };
+    const double width = bytesOf(plan.largestPart(innerAxis(axis)) * plan.largestPart(nextAxis(axis))) + 2 * cacheLine;
+    const double rows = static_cast<double>(plan.largestPart(axis)) + static_cast<double>(needs.reach.before) +
+                        static_cast<double>(needs.reach.after);
+    const bool inPlace = input.getImageBuffer() != nullptr && helper::getSizeOf(input.getVoxelType()) == workBytes;
+    const double buffers = (axis == COLUMNS ? rowsAtOnce : 1.0) * (bytesOf(plan.largestPart(COLUMNS)) + page);
+    const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
+    constexpr double most = 9e18;
+    return static_cast<std::size_t>(
+        std::min(static_cast<double>(atOnce) * (rows * width + page + (inPlace ? 1.0 : 2.0) * buffers), most));
 }
 
 }  // namespace rix::access

@@ -4,13 +4,13 @@
 #include <limits>
 
 #include <rix/algorithms/AlgoInfo.h>
-#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/properties/BaseProperty.h>
 #include <rix/properties/EnumInfo.h>
 
 #include "BaseAlgorithmPrivate.h"
 #include "ImageProperties.h"
+#include "ThreadLimiter.h"
 
 namespace rix {
 
@@ -246,9 +246,7 @@ std::size_t BaseAlgorithm::getPeakExtraMemory() const {
 }
 
 std::size_t BaseAlgorithm::getMaximumThreads() const {
-    const int limit = m_private->m_settings.getMaximumNumberOfThreads();
-    const std::size_t processors = devices::Cpu::logicalProcessors();
-    return limit > 0 ? std::min(static_cast<std::size_t>(limit), processors) : processors;
+    return algorithms::ThreadLimiter::threadsFor(m_private->m_settings.getMaximumNumberOfThreads());
 }
 
 int BaseAlgorithm::getVersion() const {

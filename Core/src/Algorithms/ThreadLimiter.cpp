@@ -81,6 +81,11 @@ std::size_t ThreadLimiter::threads() const {
                        : static_cast<std::size_t>(std::max(1, tbb::this_task_arena::max_concurrency()));
 }
 
+std::size_t ThreadLimiter::threadsFor(int maximumThreads) {
+    const int available = availableThreads();
+    return static_cast<std::size_t>(maximumThreads > 0 ? std::min(maximumThreads, available) : available);
+}
+
 std::size_t ThreadLimiter::defaultThreads() {
     static const auto threads = static_cast<std::size_t>(std::max(1, tbb::info::default_concurrency()));
     return threads;

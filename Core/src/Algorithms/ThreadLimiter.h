@@ -27,6 +27,9 @@ public:
     /// The number of threads that work inside `execute` can get, at least 1.
     std::size_t threads() const;
 
+    /// The number of threads that a run with a limit can get, known without a run.
+    /// @param maximumThreads below 1 means no limit
+    static std::size_t threadsFor(int maximumThreads);
     /// The number of threads that oneTBB gives a run without a limit.
     static std::size_t defaultThreads();
     /// Frees the arenas that no run holds.

@@ -210,9 +210,7 @@ std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType,
         bytes = atOnce(plan) * ((2 * reachY + 4) * row + pages);
     }
     if (reachZ > 0) {
-        const access::Plan plan = access::cutBundles(input, input, PLANS, workBytes, alongNeeds(job, reachZ));
-        const std::size_t row = plan.largestPart(COLUMNS) * plan.largestPart(ROWS) * workBytes + 128;
-        bytes = std::max(bytes, atOnce(plan) * ((helper::getExtents(input)[PLANS] + 2 * reachZ) * row + pages));
+        bytes = std::max(bytes, access::bundleMemory(input, PLANS, workBytes, alongNeeds(job, reachZ), threads));
     }
     if (reachZ > 0 && planes) {
         bytes += inPlace || outputType != workType ? access::TemporaryImage::bytes(input, workType) : 0;

@@ -36,6 +36,11 @@ struct BundleNeeds {
 RIX_EXPORT Plan cutBundles(const ImageModel& input, const ImageModel& output, Components axis, std::size_t workBytes,
                            const BundleNeeds& needs);
 
+/// The most bytes that the bundles of a run hold, for descriptions: the lines of all its threads, and rows on their way
+/// from one type to another.
+RIX_EXPORT std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t workBytes,
+                                    const BundleNeeds& needs, std::size_t threads);
+
 /// A bundle of neighbouring lines, as rows of samples: one row for each element of the axis, which holds that element
 /// of all lines.
 template <class Work>
