@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+
+#include "BoxQuads.h"
 
 namespace rix::filtering::smoothing {
 
@@ -112,7 +115,7 @@ std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan
     const bool volume = !job.axes[PLANS].isIdentity();
     if (sums != BoxSums::Real) {
         const std::size_t sum = sums == BoxSums::Bits32 ? 4 : sums == BoxSums::Bits64 ? 8 : 16;
-        const std::size_t rowOfPlane = source[COLUMNS] + 16 * boxGroup;  // in four parts, each of whole vectors
+        const std::size_t rowOfPlane = 4 * BoxQuads<std::uint32_t>::strideFor(source[COLUMNS]);
         return margins + (3 * width + (volume ? rowOfPlane * source[ROWS] : 0)) * sum;
     }
     const auto kept = [](const BoxAxis& axis) { return 3 + axis.window / boxGroup; };
