@@ -136,7 +136,7 @@ std::size_t tableBytes(const ImageModel& image) {
 }
 
 std::size_t countingMemory(std::size_t threads) {
-    constexpr std::size_t margin = 4096;  // of a buffer
+    constexpr std::size_t margin = access::Scratch::granularity;
     return threads * (KeyCounter::memory + sizeof(ByteCounts) + margin);
 }
 

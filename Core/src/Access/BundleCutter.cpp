@@ -10,7 +10,7 @@ namespace rix::access {
 namespace {
 
 constexpr std::size_t cacheLine = 64;
-constexpr std::size_t page = 4096;  // of which working memory is a multiple
+constexpr std::size_t page = Scratch::granularity;
 /// Rows that a bundle reads or writes at a time: several when it transposes them.
 constexpr double rowsAtOnce = 16.0;
 

@@ -89,7 +89,7 @@ StreamRow streamRowFor(Stores stores, OptimLevelType level) {
 }
 
 std::size_t pieceMemory(std::size_t threads) {
-    constexpr std::size_t margin = 4096;  // of a buffer
+    constexpr std::size_t margin = Scratch::granularity;
     return threads * 5 * (pieceBytes + margin);
 }
 

@@ -19,7 +19,7 @@ constexpr std::align_val_t scratchAlignment{64};
 // The sanitizer's allocator ends the program for sizes that it does not support instead of throwing.
 constexpr std::size_t largestAllocation = std::size_t{1} << 38;
 #else
-constexpr std::size_t largestAllocation = static_cast<std::size_t>(PTRDIFF_MAX) - 4096;
+constexpr std::size_t largestAllocation = static_cast<std::size_t>(PTRDIFF_MAX) - Scratch::granularity;
 #endif
 /// A store keeps at most this many buffers: a thread's idle memory is bounded.
 constexpr std::size_t keptBuffers = 16;

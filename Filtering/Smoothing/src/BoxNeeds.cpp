@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include <rix/access/Scratch.h>
+
 #include "BoxQuads.h"
 
 namespace rix::filtering::smoothing {
@@ -108,7 +110,7 @@ std::array<std::size_t, 3> largestSource(const access::Plan& plan, const BoxJob&
 
 /// Peak working memory of one thread.
 std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan& plan) {
-    constexpr std::size_t margins = std::size_t{12} * 4096;  // buffers are whole pages
+    constexpr std::size_t margins = 12 * access::Scratch::granularity;  // of so many buffers
     const auto source = largestSource(plan, job);
     const BoxSums sums = chooseSums(type, job);
     const std::size_t width = source[COLUMNS] + job.axes[COLUMNS].window + 2 * boxGroup;

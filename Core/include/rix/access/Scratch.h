@@ -31,6 +31,8 @@ public:
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
+    /// Buffers are multiples of this: pages.
+    static constexpr std::size_t granularity = 4096;
     /// The bytes that a buffer for `bytes` holds: buffers are whole pages. For descriptions of the memory of runs.
     static constexpr std::size_t held(std::size_t bytes) { return (bytes / granularity + 1) * granularity; }
 
@@ -41,8 +43,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t granularity = 4096;
-
     MemoryCharge m_charge;
     RawData m_data = nullptr;
     std::size_t m_capacity = 0;
