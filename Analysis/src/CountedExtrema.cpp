@@ -1,11 +1,10 @@
 #include "CountedExtrema.h"
 
 #include <rix/access/Steps.h>
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/algorithms/LevelRunner.h>
+#include <rix/algorithms/Definition.h>
 #include <rix/image/FrameView.h>
 
-#include "IntensityExtremaRunners.h"
+#include "Extrema.h"
 
 namespace rix::analysis {
 
@@ -34,22 +33,18 @@ bool acceptsInput(const CountedExtrema& algorithm) {
     return CountedExtrema::accepts(*algorithm.getInputImage());
 }
 
-void addRunners(AlgoInfo& info) {
-    algorithms::addLevelRunners<CountedExtrema, &process, &acceptsInput>(info);
-}
+constexpr algorithms::Definition<CountedExtrema> definition{
+    .summary = "Finds the extreme values of an image and counts all values.",
+    .kind = AlgorithmKind::Reduction,
+    .declare = [](CountedExtrema&, algorithms::Properties&) {},  // those of its base
+    .process = &process,
+    .accepts = &acceptsInput,
+    .visibility = AlgoVisibilityType::HIDDEN_ALGORITHM,
+};
 
 }  // namespace
 
-AlgoInfo& CountedExtrema::getInfo() {
-    return algorithms::classRecord<CountedExtrema>("CountedExtrema", &addRunners, AlgoVisibilityType::HIDDEN_ALGORITHM);
-}
-
-CountedExtrema::CountedExtrema(algorithms::AbstractPrivateImplementation* implementation)
-    : IntensityExtrema(implementation) {}
-
-AlgoInfo& CountedExtrema::getClassInfo() const {
-    return getInfo();
-}
+RIX_DEFINE_ALGORITHM_ON(IntensityExtrema, CountedExtrema, algorithms::NoState, definition)
 
 bool CountedExtrema::accepts(const ImageModel& image) {
     return image.getNumOf(SPECTRAL_SERIES) == 1 && hasCountableRange(FrameView(image, 0).image()) &&

@@ -11,11 +11,7 @@ namespace rix::analysis {
 /// `IntensityExtrema` that also keeps how often each value occurs, frame by frame: whoever needs both reads the image
 /// once. For images of 8 or 16 bits with one channel. A child of others only: the registry does not list it.
 class CountedExtrema : public IntensityExtrema {
-public:
-    static AlgoInfo& getInfo();
-
-    explicit CountedExtrema(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
+    RIX_ALGORITHM(CountedExtrema)
 
     /// True when an image is of that kind and the tables of its frames take little memory.
     static bool accepts(const ImageModel& image);

@@ -8,7 +8,7 @@
 #include <rix/access/VoxelTypeLists.h>
 
 #include "ClassKernels.h"
-#include "IntensityExtremaRunners.h"
+#include "Extrema.h"
 #include "Isodata.h"
 
 namespace rix::analysis {

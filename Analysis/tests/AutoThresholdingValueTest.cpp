@@ -6,13 +6,13 @@
 #include <gtest/gtest.h>
 
 #include <rix/analysis/AutoThresholdingValue.h>
-#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/settings/Settings.h>
 
 #include "ImageFactories.h"
 #include "ImageValues.h"
+#include "Levels.h"
 #include "ReferenceThresholds.h"
 #include "Storages.h"
 
@@ -84,10 +84,7 @@ TEST(AutoThresholdingValue, EqualsTheDefinitionForEveryTypeSizeAndLevel) {
             for (const auto criterion : allCriteria) {
                 const double expected =
                     test::referenceThreshold(criterion, values, test::referenceRange(values), isInteger(image));
-                for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-                    if (!devices::Cpu::supports(level)) {
-                        continue;
-                    }
+                for (const OptimLevelType level : test::runnableLevels()) {
                     const auto actual = thresholds(image, criterion, {.level = level});
                     ASSERT_EQ(actual.size(), 1U);
                     const double tolerance =

@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <rix/analysis/IntensityExtrema.h>
-#include <rix/devices/Cpu.h>
 
 #include "ImageFactories.h"
 #include "ImageValues.h"
+#include "Levels.h"
 
 namespace rix::analysis {
 namespace {
@@ -37,10 +37,7 @@ TEST(IntensityExtrema, AreThoseOfTheFiniteVoxelsForEveryTypeLevelAndWidth) {
         for (const std::size_t width : {1U, 2U, 3U, 7U, 15U, 16U, 17U, 33U, 64U, 67U, 131U, 260U}) {
             const io::MemoryImage image =
                 test::makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 2, 2}}, width, test::Extremes::All);
-            for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-                if (!devices::Cpu::supports(level)) {
-                    continue;
-                }
+            for (const OptimLevelType level : test::runnableLevels()) {
                 SCOPED_TRACE(testing::Message()
                              << helper::voxelTypesToString(type) << ' ' << width << " level " << level);
                 IntensityExtrema algorithm;

@@ -1,25 +1,24 @@
 #include <rix/point_operations/ConvertImage.h>
 
-#include <optional>
 #include <span>
 
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/rules/EnumRules.h>
-#include <rix/rules/ImageEnforcements.h>
-#include <rix/rules/OverlapRules.h>
-#include <rix/rules/ScopedRule.h>
-#include <rix/rules/ValueRules.h>
+#include <rix/access/LevelCasts.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/Children.h>
+#include <rix/algorithms/Definition.h>
+#include <rix/segmentation/ThresholdingByCriterion.h>
 
-#include "ArithmeticRules.h"
-#include "ConvertImagePrivate.h"
-#include <rix/access/Pieces.h>
-#include "PointRunners.h"
+#include "GenericPointOperation.h"
+#include "PointRows.h"
+#include "PointWork.h"
 
 namespace rix::point_operations {
 
 namespace {
 
-using Private = ConvertImagePrivate;
+struct ConvertState : algorithms::AbstractPrivateImplementation {
+    bool isBinary = false;  ///< as it was before the rules: in place, they re-interpret the input
+};
 
 /// What an output type makes of the output.
 struct OutputKind {
@@ -41,6 +40,66 @@ const OutputKind* outputKind(int outputType) {
     const auto index = static_cast<std::size_t>(outputType);  // a negative one becomes a large index
     return index < kinds.size() ? &kinds[index] : nullptr;
 }
+
+void declare(ConvertImage& algorithm, algorithms::Properties& properties) {
+    properties.input(algorithm.inputImage, "The image to convert.", AddRulesForScalarImage());
+    properties.input(algorithm.outputType, "What the image becomes.");
+    const auto kind = [&algorithm] { return *outputKind(algorithm.getOutputType()); };
+    properties.output(
+        algorithm.outputImage, "The image as the output type.", AddRuleAssertNotNull(),
+        AddRuleInPlaceOrDisjoint(algorithm.inputImage),
+        AddRuleEnforceLike(algorithm.inputImage, {.chosenType = [kind] { return kind().voxelType; },
+                                                  .chosenInterpretation = [kind] { return kind().interpretation; }}));
+}
+
+/// Converts the input, in its own type, row by row.
+void convertRows(const GenericPointOperationImageToImageInfo& info, access::CastRow row, OptimLevelType level) {
+    const auto functor = [row](ConstRawData in, RawData out, std::size_t count) {
+        if (in != out) {  // nothing to do in place: the types are the same then
+            row(in, out, count);
+        }
+    };
+    const std::size_t bytes = helper::getElementSize(info.input) + helper::getElementSize(info.output);
+    const GenericPointOperationImageToImageScalarTwoTypesBody body(info, functor, level);
+    runGenericPointOperation(info, body, nanosecondsPerByte * static_cast<double>(bytes));
+}
+
+/// 1 where a voxel differs from 0: thresholding, on the level of this run.
+void makeBinary(ConvertImage& algorithm, OptimLevelType level) {
+    using segmentation::ThresholdingByCriterion;
+    ThresholdingByCriterion thresholding;
+    thresholding.setInputGrayImage(algorithm.getInputImage());
+    thresholding.setComparisonCriterion(ThresholdingByCriterion::NOT_EQUAL_TO);
+    thresholding.setComparisonValue(0);
+    thresholding.setOutputBinaryImage(algorithm.getOutputImage());
+    algorithms::runChild(algorithm, thresholding, level);
+}
+
+void process(ConvertImage& algorithm, OptimLevelType level) {
+    const GenericPointOperationImageToImageInfo info{*algorithm.getInputImage(),
+                                                     algorithms::stateOf<ConvertState>(algorithm).isBinary,
+                                                     *algorithm.getOutputImage(), algorithm};
+    const VoxelTypes from = info.input.getVoxelType();
+    if (algorithm.getOutputType() != ConvertImage::BINARY) {
+        convertRows(info, access::castRowOf(from, info.output.getVoxelType(), level), level);
+    } else if (access::contains(access::Complexes{}, from)) {
+        convertRows(info, access::truthRowOf(from, level), level);  // thresholding takes what has an order
+    } else {
+        makeBinary(algorithm, level);
+    }
+}
+
+constexpr algorithms::Definition<ConvertImage> definition{
+    .summary = "Converts an image to another voxel type, to a binary or to a label image.",
+    .kind = AlgorithmKind::Point,
+    .declare = &declare,
+    .process = &process,
+    .prepare =
+        [](ConvertImage& algorithm) {
+            algorithms::stateOf<ConvertState>(algorithm).isBinary = isBinary(algorithm.getInputImage());
+        },
+    .memory = &passMemory,
+};
 
 }  // namespace
 
@@ -65,56 +124,10 @@ int ConvertImage::getOutputTypeFromVoxelTypes(VoxelTypes type, bool isLabel) {
     return -1;
 }
 
-AlgoInfo& ConvertImage::getInfo() {
-    return algorithms::classRecord<ConvertImage>("ConvertImage", &addConvertImageRunners);
-}
-
-std::shared_ptr<ConvertImage> ConvertImage::New() {
-    return std::make_shared<ConvertImage>();
-}
-
-ConvertImage::ConvertImage(algorithms::AbstractPrivateImplementation* given)
-    : BaseAlgorithm(algorithms::orMake<Private>(given)) {
-    Private& state = Private::of(*this);
-    addInput(state.inputImage, "inputImage", "The image to convert.");
-    addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertImageNotEmpty());
-    addInput(state.outputType, "outputType", "What the image becomes.");
-    addRules(state.outputType, AddRuleIsAnEnumOfType(getInfoOutputType()));
-    addOutput(state.outputImage, "outputImage", "The image as the output type.");
-    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage));
-}
-
-AlgoInfo& ConvertImage::getClassInfo() const {
-    return getInfo();
-}
-
 int ConvertImage::getVersion() const {
     return 2;
 }
 
-void ConvertImage::applyAllRules() {
-    Private& state = Private::of(*this);
-    state.isBinary = isBinary(getInputImage());
-    std::optional<ScopedRule> ofOutput;
-    if (const OutputKind* const kind = outputKind(getOutputType()); kind != nullptr) {
-        ofOutput.emplace(state.outputImage,
-                         AddRuleEnforceImage(ImageCheck{kind->voxelType, state.inputImage, kind->interpretation}));
-    }
-    BaseAlgorithm::applyAllRules();
-}
-
-AlgorithmDescription ConvertImage::describe() const {
-    AlgorithmDescription description;
-    description.summary = "Converts an image to another voxel type, to a binary or to a label image.";
-    description.kind = AlgorithmKind::Point;
-    description.inPlace = true;
-    description.extraMemory = access::pieceMemory(getMaximumThreads());
-    const ImageModel* const image = getInputImage();
-    const OutputKind* const kind = outputKind(getOutputType());
-    if (image != nullptr && kind != nullptr) {
-        description.outputs.push_back({"outputImage", kind->voxelType, helper::getExtents(*image)});
-    }
-    return description;
-}
+RIX_DEFINE_ALGORITHM_WITH(ConvertImage, ConvertState, definition)
 
 }  // namespace rix::point_operations

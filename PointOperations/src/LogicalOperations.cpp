@@ -1,117 +1,128 @@
-#include <rix/algorithms/AlgorithmClass.h>
+#include <cstddef>
+#include <cstdint>
+
+#include <rix/algorithms/Definition.h>
 #include <rix/point_operations/LogicalOperationWithImage.h>
 #include <rix/point_operations/LogicalOperationWithValue.h>
-#include <rix/properties/PropertySingleChoice.h>
-#include <rix/rules/EnumRules.h>
-#include <rix/rules/ImageAssertions.h>
-#include <rix/rules/ImageEnforcements.h>
-#include <rix/rules/OverlapRules.h>
-#include <rix/rules/ValueRules.h>
 
-#include <rix/access/Pieces.h>
-#include "PointRunners.h"
+#include "GenericPointOperation.h"
+#include "ImagePairToImageFilter3d.h"
+#include "LogicalKernels.h"
+#include "PointRows.h"
+#include "PointWork.h"
 
 namespace rix::point_operations {
 
 namespace {
 
-struct WithImagePrivate : algorithms::AbstractPrivateImplementation {
-    Property<const ImageModel*> inputImage1;
-    Property<const ImageModel*> inputImage2;
-    PropertySingleChoice logicalOperator{&LogicalOperators::getInfoLogicalOperatorType()};
-    Property<ImageModel*> outputImage;
-};
+constexpr const char* operatorText = "How the bits of the operands are combined.";
 
-struct WithValuePrivate : algorithms::AbstractPrivateImplementation {
-    Property<const ImageModel*> inputImage;
-    Property<long> value;
-    PropertySingleChoice logicalOperator{&LogicalOperators::getInfoLogicalOperatorType()};
-    Property<ImageModel*> outputImage;
-};
-
-template <class... Inputs>
-void addOutputRules(Property<ImageModel*>& output, const Property<const ImageModel*>& first, const Inputs&... others) {
-    addRules(output, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(first), AddRuleInPlaceOrDisjoint(others)...,
-             AddRuleEnforceSameSizeCalibrationAndType(first), AddRuleEnforceSameInterpretation(first),
-             AddRuleEnforceSameColorInterpretation(first));
-}
-
-AlgorithmDescription describeLike(const BaseAlgorithm& algorithm, const char* summary, const ImageModel* first) {
-    AlgorithmDescription description;
-    description.summary = summary;
-    description.kind = AlgorithmKind::Point;
-    description.inPlace = true;
-    description.extraMemory = access::pieceMemory(algorithm.getMaximumThreads());
-    if (first != nullptr) {
-        description.outputs.push_back({"outputImage", first->getVoxelType(), helper::getExtents(*first)});
+/// One rule for each thing that the output takes, whose messages tell them apart; the last describes what comes of it.
+struct LikeTheFirst {
+    const Property<const ImageModel*>& first;
+    void operator()(Property<ImageModel*>& output) const {
+        addRules(output, AddRuleEnforceSameSizeCalibrationAndType(first), AddRuleEnforceSameInterpretation(first),
+                 AddRuleEnforceSameColorInterpretation(first), AddRuleEnforceLike(first));
     }
-    return description;
+};
+
+void declareWithImage(LogicalOperationWithImage& algorithm, algorithms::Properties& properties) {
+    properties.input(algorithm.inputImage1, "The first operand.", AddRulesForIntegerImage(),
+                     AddRuleAssertBinaryIfBinary(algorithm.inputImage2));
+    properties.input(algorithm.inputImage2, "The second operand.", AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
+                     AddRuleAssertInteger(), AddRuleAssertSameSize(algorithm.inputImage1),
+                     AddRuleAssertSameType(algorithm.inputImage1), AddRuleAssertBinaryIfBinary(algorithm.inputImage1));
+    properties.input(algorithm.logicalOperator, operatorText);
+    properties.output(algorithm.outputImage, "The first operand combined with the second, bit by bit.",
+                      AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(algorithm.inputImage1),
+                      AddRuleInPlaceOrDisjoint(algorithm.inputImage2), LikeTheFirst{algorithm.inputImage1});
 }
+
+void declareWithValue(LogicalOperationWithValue& algorithm, algorithms::Properties& properties) {
+    properties.input(algorithm.inputImage, "The first operand.", AddRulesForIntegerImage());
+    properties.input(algorithm.value, "The second operand of every voxel: its low bits.");
+    properties.input(algorithm.logicalOperator, operatorText);
+    properties.output(algorithm.outputImage, "The image combined with the value, bit by bit.", AddRuleAssertNotNull(),
+                      AddRuleInPlaceOrDisjoint(algorithm.inputImage), LikeTheFirst{algorithm.inputImage});
+}
+
+/// One of three things by the width of a sample: 1, 2 or 4 bytes.
+template <class T>
+const T& byWidth(std::size_t bytes, const T& of8, const T& of16, const T& of32) {
+    return bytes == 1 ? of8 : bytes == 2 ? of16 : of32;
+}
+
+/// What a binary output stores of a row of results; null for other outputs.
+SingleRow lowestBitRowOf(const LogicalRows& rows, const ImageModel& output) {
+    return output.getInterpretation() == RIX_BINARY
+               ? byWidth(helper::getElementSize(output), rows.lowestBit8, rows.lowestBit16, rows.lowestBit32)
+               : nullptr;
+}
+
+void processImages(LogicalOperationWithImage& algorithm, OptimLevelType level) {
+    const ImageModel& first = *algorithm.getInputImage1();
+    const ImageModel& second = *algorithm.getInputImage2();
+    ImageModel& output = *algorithm.getOutputImage();
+    const LogicalRows& rows = logicalRows(level);
+    const PairRow combine = rows.pairOfBytes[algorithm.getLogicalOperator()];
+    const SingleRow lowestBit = lowestBitRowOf(rows, output);
+    const bool binary = lowestBit != nullptr;
+    const std::size_t bytes = helper::getElementSize(output);
+
+    const ImagePairToImageFilter3d filter({first, first.getVoxelType(), binary}, {second, first.getVoxelType(), binary},
+                                          output, level);
+    filter.run(algorithm.executionContext(), nanosecondsPerByte * static_cast<double>(3 * bytes),
+               [&](const void* a, const void* b, void* out, std::size_t count) {
+                   combine(a, b, out, count * bytes);
+                   if (lowestBit != nullptr) {
+                       lowestBit(out, out, count);
+                   }
+               });
+}
+
+void processValue(LogicalOperationWithValue& algorithm, OptimLevelType level) {
+    ImageModel& output = *algorithm.getOutputImage();
+    const LogicalRows& rows = logicalRows(level);
+    const std::size_t bytes = helper::getElementSize(output);
+    const auto op = static_cast<std::size_t>(algorithm.getLogicalOperator());
+    const ValueRow combine = byWidth(bytes, rows.value8[op], rows.value16[op], rows.value32[op]);
+    const SingleRow lowestBit = lowestBitRowOf(rows, output);
+    const auto value8 = static_cast<std::uint8_t>(algorithm.getValue());
+    const auto value16 = static_cast<std::uint16_t>(algorithm.getValue());
+    const auto value32 = static_cast<std::uint32_t>(algorithm.getValue());
+    const void* const value = byWidth<const void*>(bytes, &value8, &value16, &value32);
+
+    const auto functor = [&](const void* in, void* out, std::size_t count) {
+        combine(in, value, out, count);
+        if (lowestBit != nullptr) {
+            lowestBit(out, out, count);
+        }
+    };
+    const GenericPointOperationImageToImageInfo info{*algorithm.getInputImage(), lowestBit != nullptr, output,
+                                                     algorithm};
+    const GenericPointOperationImageToImageScalarOneTypeBody body(info, functor, level);
+    runGenericPointOperation(info, body, nanosecondsPerByte * static_cast<double>(2 * bytes));
+}
+
+constexpr algorithms::Definition<LogicalOperationWithImage> withImage{
+    .summary = "Combines two integer or binary images bit by bit.",
+    .kind = AlgorithmKind::Point,
+    .declare = &declareWithImage,
+    .process = &processImages,
+    .memory = &passMemory,
+};
+
+constexpr algorithms::Definition<LogicalOperationWithValue> withValue{
+    .summary = "Combines every voxel of an integer or binary image with a value bit by bit.",
+    .kind = AlgorithmKind::Point,
+    .declare = &declareWithValue,
+    .process = &processValue,
+    .memory = &passMemory,
+};
 
 }  // namespace
 
-AlgoInfo& LogicalOperationWithImage::getInfo() {
-    return algorithms::classRecord<LogicalOperationWithImage>("LogicalOperationWithImage",
-                                                              &addLogicalOperationWithImageRunners);
-}
-
-std::shared_ptr<LogicalOperationWithImage> LogicalOperationWithImage::New() {
-    return std::make_shared<LogicalOperationWithImage>();
-}
-
-LogicalOperationWithImage::LogicalOperationWithImage(algorithms::AbstractPrivateImplementation* given)
-    : BaseAlgorithm(algorithms::orMake<WithImagePrivate>(given)) {
-    auto& state = static_cast<WithImagePrivate&>(*implementation());
-    addInput(state.inputImage1, "inputImage1", "The first operand.");
-    addInput(state.inputImage2, "inputImage2", "The second operand.");
-    addRules(state.inputImage1, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertInteger(),
-             AddRuleAssertImageNotEmpty(), AddRuleAssertBinaryIfBinary(state.inputImage2));
-    addRules(state.inputImage2, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertInteger(),
-             AddRuleAssertSameSize(state.inputImage1), AddRuleAssertSameType(state.inputImage1),
-             AddRuleAssertBinaryIfBinary(state.inputImage1));
-    addInput(state.logicalOperator, "logicalOperator", "How the bits of the operands are combined.");
-    addRules(state.logicalOperator, AddRuleIsAnEnumOfType(getInfoLogicalOperatorType()));
-    addOutput(state.outputImage, "outputImage", "The first operand combined with the second, bit by bit.");
-    addOutputRules(state.outputImage, state.inputImage1, state.inputImage2);
-}
-
-AlgoInfo& LogicalOperationWithImage::getClassInfo() const {
-    return getInfo();
-}
-
-AlgorithmDescription LogicalOperationWithImage::describe() const {
-    return describeLike(*this, "Combines two integer or binary images bit by bit.", getInputImage1());
-}
-
-AlgoInfo& LogicalOperationWithValue::getInfo() {
-    return algorithms::classRecord<LogicalOperationWithValue>("LogicalOperationWithValue",
-                                                              &addLogicalOperationWithValueRunners);
-}
-
-std::shared_ptr<LogicalOperationWithValue> LogicalOperationWithValue::New() {
-    return std::make_shared<LogicalOperationWithValue>();
-}
-
-LogicalOperationWithValue::LogicalOperationWithValue(algorithms::AbstractPrivateImplementation* given)
-    : BaseAlgorithm(algorithms::orMake<WithValuePrivate>(given)) {
-    auto& state = static_cast<WithValuePrivate&>(*implementation());
-    addInput(state.inputImage, "inputImage", "The first operand.");
-    addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(), AddRuleAssertInteger(),
-             AddRuleAssertImageNotEmpty());
-    addInput(state.value, "value", "The second operand of every voxel: its low bits.");
-    addInput(state.logicalOperator, "logicalOperator", "How the bits of the operands are combined.");
-    addRules(state.logicalOperator, AddRuleIsAnEnumOfType(getInfoLogicalOperatorType()));
-    addOutput(state.outputImage, "outputImage", "The image combined with the value, bit by bit.");
-    addOutputRules(state.outputImage, state.inputImage);
-}
-
-AlgoInfo& LogicalOperationWithValue::getClassInfo() const {
-    return getInfo();
-}
-
-AlgorithmDescription LogicalOperationWithValue::describe() const {
-    return describeLike(*this, "Combines every voxel of an integer or binary image with a value bit by bit.",
-                        getInputImage());
-}
+RIX_DEFINE_ALGORITHM(LogicalOperationWithImage, withImage)
+RIX_DEFINE_ALGORITHM(LogicalOperationWithValue, withValue)
 
 }  // namespace rix::point_operations

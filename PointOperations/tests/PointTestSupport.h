@@ -26,8 +26,11 @@
 
 #include "ImageComparison.h"
 #include "ImageFactories.h"
+#include "Levels.h"
 
 namespace rix::point_operations::test {
+
+using rix::test::runnableLevels;
 
 using rix::test::Extents;
 using rix::test::Extremes;
@@ -41,16 +44,6 @@ inline constexpr VoxelTypes integerTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,
 
 inline bool isComplexType(VoxelTypes type) {
     return type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
-}
-
-inline std::vector<OptimLevelType> runnableLevels() {
-    std::vector<OptimLevelType> levels;
-    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (devices::Cpu::supports(level)) {
-            levels.push_back(level);
-        }
-    }
-    return levels;
 }
 
 /// Runs on one level and asserts that this level answered.

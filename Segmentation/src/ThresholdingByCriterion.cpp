@@ -1,24 +1,61 @@
 #include <rix/segmentation/ThresholdingByCriterion.h>
 
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/properties/EnumInfo.h>
-#include <rix/properties/PropertySingleChoice.h>
-#include <rix/rules/EnumRules.h>
-#include <rix/rules/ImageEnforcements.h>
-#include <rix/rules/OverlapRules.h>
-#include <rix/rules/ValueRules.h>
+#include <cstring>
 
-#include "ThresholdingByCriterionRunners.h"
+#include <rix/access/PointFilters.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/Definition.h>
+#include <rix/properties/EnumInfo.h>
+
+#include "Comparison.h"
+#include "ThresholdKernels.h"
 
 namespace rix::segmentation {
 
 namespace {
 
-struct ThresholdingByCriterionPrivate : algorithms::AbstractPrivateImplementation {
-    Property<const ImageModel*> inputGrayImage;
-    PropertySingleChoice comparisonCriterion{&ThresholdingByCriterion::getInfoCriterionType()};
-    Property<double> comparisonValue;
-    Property<ImageModel*> outputBinaryImage;
+void declare(ThresholdingByCriterion& algorithm, algorithms::Properties& properties) {
+    properties.input(algorithm.inputGrayImage, "The image whose voxels are compared.", AddRulesForRealImage());
+    properties.input(algorithm.comparisonCriterion, "How a voxel is compared with the value.");
+    properties.input(algorithm.comparisonValue, "The value that voxels are compared with.");
+    properties.output(
+        algorithm.outputBinaryImage, "1 where the comparison holds, 0 elsewhere.", AddRuleAssertNotNull(),
+        AddRuleInPlaceOrDisjoint(algorithm.inputGrayImage),
+        AddRuleEnforceLike(algorithm.inputGrayImage, {.voxelType = RIX_UINT8, .interpretation = RIX_BINARY}));
+}
+
+/// Rough cost of the scalar kernels, for deciding whether threads pay.
+constexpr double nanosecondsPerVoxel = 0.1;
+
+void process(ThresholdingByCriterion& algorithm, OptimLevelType level) {
+    const ImageModel& input = *algorithm.getInputGrayImage();
+    ImageModel& output = *algorithm.getOutputBinaryImage();
+    access::ExecutionContext& context = algorithm.executionContext();
+    const Comparison comparison =
+        reduceComparison(input.getVoxelType(), algorithm.getComparisonCriterion(), algorithm.getComparisonValue());
+
+    if (comparison.kind != Comparison::Kind::Compare) {
+        const int value = comparison.kind == Comparison::Kind::Always ? 1 : 0;
+        access::generateRows<std::uint8_t>(
+            context, output, nanosecondsPerVoxel,
+            [value](std::uint8_t* out, std::size_t count) { std::memset(out, value, count); });
+        return;
+    }
+    access::dispatch(access::Reals{}, comparison.voxelType, [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const ThresholdRow<T> compareRow = thresholdRows<T>(level).byCriterion[comparison.criterion];
+        const auto threshold = static_cast<T>(comparison.threshold);
+        access::transformRows<T, std::uint8_t>(
+            context, input, output, nanosecondsPerVoxel,
+            [&](const T* in, std::uint8_t* out, std::size_t count) { compareRow(in, out, count, threshold); });
+    });
+}
+
+constexpr algorithms::Definition<ThresholdingByCriterion> definition{
+    .summary = "Compares every voxel with a value and writes a binary image.",
+    .kind = AlgorithmKind::Point,
+    .declare = &declare,
+    .process = &process,
 };
 
 }  // namespace
@@ -30,42 +67,6 @@ const EnumInfo& ThresholdingByCriterion::getInfoCriterionType() {
     return info;
 }
 
-AlgoInfo& ThresholdingByCriterion::getInfo() {
-    return algorithms::classRecord<ThresholdingByCriterion>("ThresholdingByCriterion",
-                                                            &addThresholdingByCriterionRunners);
-}
-
-std::shared_ptr<ThresholdingByCriterion> ThresholdingByCriterion::New() {
-    return std::make_shared<ThresholdingByCriterion>();
-}
-
-ThresholdingByCriterion::ThresholdingByCriterion(algorithms::AbstractPrivateImplementation* given)
-    : BaseAlgorithm(algorithms::orMake<ThresholdingByCriterionPrivate>(given)) {
-    auto& state = static_cast<ThresholdingByCriterionPrivate&>(*implementation());
-    addInput(state.inputGrayImage, "inputGrayImage", "The image whose voxels are compared.");
-    addRules(state.inputGrayImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
-             AddRuleAssertIntegerOrFloating(), AddRuleAssertImageNotEmpty());
-    addInput(state.comparisonCriterion, "comparisonCriterion", "How a voxel is compared with the value.");
-    addRules(state.comparisonCriterion, AddRuleIsAnEnumOfType(getInfoCriterionType()));
-    addInput(state.comparisonValue, "comparisonValue", "The value that voxels are compared with.");
-    addOutput(state.outputBinaryImage, "outputBinaryImage", "1 where the comparison holds, 0 elsewhere.");
-    addRules(state.outputBinaryImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputGrayImage),
-             AddRuleEnforceImage(ImageCheck{RIX_UINT8, state.inputGrayImage, RIX_BINARY}));
-}
-
-AlgoInfo& ThresholdingByCriterion::getClassInfo() const {
-    return getInfo();
-}
-
-AlgorithmDescription ThresholdingByCriterion::describe() const {
-    AlgorithmDescription description;
-    description.summary = "Compares every voxel with a value and writes a binary image.";
-    description.kind = AlgorithmKind::Point;
-    description.inPlace = true;
-    if (const ImageModel* const input = getInputGrayImage(); input != nullptr) {
-        description.outputs.push_back({"outputBinaryImage", RIX_UINT8, helper::getExtents(*input)});
-    }
-    return description;
-}
+RIX_DEFINE_ALGORITHM(ThresholdingByCriterion, definition)
 
 }  // namespace rix::segmentation

@@ -19,25 +19,17 @@
 #include <rix/settings/Settings.h>
 
 #include "LabelingOracle.h"
-#include "LabelingPrivate.h"
+#include "LabelingState.h"
+#include "Levels.h"
 
 /// Running the labeling in all the ways that a user cannot see.
 namespace rix::segmentation {
 
 using oracle::Volume;
+using test::runnableLevels;
 
 inline constexpr int connectivities2d = 2;
 inline constexpr int connectivities3d = 3;
-
-inline std::vector<OptimLevelType> runnableLevels() {
-    std::vector<OptimLevelType> levels;
-    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (devices::Cpu::supports(level)) {
-            levels.push_back(level);
-        }
-    }
-    return levels;
-}
 
 /// How an image is labelled, beside what a user sees.
 struct Way {
@@ -48,9 +40,9 @@ struct Way {
     std::shared_ptr<access::BlockScheduler> scheduler = nullptr;
 };
 
-template <class Labeling, class Private>
+template <class Labeling>
 struct Run {
-    explicit Run(const Way& way) : state(new Private), algorithm(state) {
+    explicit Run(const Way& way) : state(new LabelingState), algorithm(state) {
         state->tuning = way.tuning;
         algorithm.settings().setMaximumNumberOfThreads(way.threads);
         algorithm.setAutoCpuDispatch(false);
@@ -58,11 +50,11 @@ struct Run {
         algorithm.setBlockScheduler(way.scheduler);
         algorithm.setLabelType(static_cast<typename Labeling::LabelType>(way.labelType));
     }
-    Private* state;
+    LabelingState* state;
     Labeling algorithm;
 };
-using Run2d = Run<Labeling2d, Labeling2dPrivate>;
-using Run3d = Run<Labeling3d, Labeling3dPrivate>;
+using Run2d = Run<Labeling2d>;
+using Run3d = Run<Labeling3d>;
 
 struct Outcome {
     io::MemoryImage image;

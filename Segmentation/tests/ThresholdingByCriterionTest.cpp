@@ -18,6 +18,7 @@
 
 #include "ImageComparison.h"
 #include "ImageFactories.h"
+#include "Levels.h"
 
 namespace rix::segmentation {
 namespace {
@@ -108,16 +109,6 @@ io::MemoryImage threshold(const ImageModel& input, double value, ThresholdingByC
     return output;
 }
 
-std::vector<OptimLevelType> runnableLevels() {
-    std::vector<OptimLevelType> levels;
-    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (devices::Cpu::supports(level)) {
-            levels.push_back(level);
-        }
-    }
-    return levels;
-}
-
 TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) {
     const double infinity = std::numeric_limits<double>::infinity();
     const double values[] = {0,          -0.0,         1,        127,        128,         255,           256,
@@ -131,7 +122,7 @@ TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) 
         for (const double value : values) {
             for (const auto criterion : allCriteria) {
                 const io::MemoryImage expected = reference(input, value, criterion);
-                for (const OptimLevelType level : runnableLevels()) {
+                for (const OptimLevelType level : test::runnableLevels()) {
                     ASSERT_TRUE(test::imagesEqual(expected, threshold(input, value, criterion, level)))
                         << helper::voxelTypesToString(type) << ' ' << criterion << ' ' << value << " level " << level;
                 }
@@ -146,7 +137,7 @@ TEST(ThresholdingByCriterion, HandlesEveryWidthUpToSeveralVectors) {
             const io::MemoryImage input =
                 test::makeRandomImage({.voxelType = type, .extents = {width, 2, 1, 1, 1}}, width);
             const io::MemoryImage expected = reference(input, 3, ThresholdingByCriterion::GREATER_THAN);
-            for (const OptimLevelType level : runnableLevels()) {
+            for (const OptimLevelType level : test::runnableLevels()) {
                 ASSERT_TRUE(
                     test::imagesEqual(expected, threshold(input, 3, ThresholdingByCriterion::GREATER_THAN, level)))
                     << width << " columns, level " << level;

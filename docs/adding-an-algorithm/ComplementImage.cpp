@@ -1,55 +1,62 @@
 #include "ComplementImage.h"
 
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/rules/ImageEnforcements.h>
-#include <rix/rules/OverlapRules.h>
-#include <rix/rules/ValueRules.h>
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "ComplementImage.cpp"
+#include <rix/simd/KernelTargets.h>
 
-#include "ComplementImageRunners.h"
+#include <hwy/highway.h>
 
+#include <rix/access/PointFilters.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/algorithms/Definition.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::point_operations::HWY_NAMESPACE {
+
+template <class T>
+void complement(const T* in, T* out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        out[i] = static_cast<T>(~in[i]);
+    }
+}
+
+}  // namespace rix::point_operations::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace rix::point_operations {
 
 namespace {
 
-struct ComplementImagePrivate : algorithms::AbstractPrivateImplementation {
-    Property<const ImageModel*> inputImage;
-    Property<ImageModel*> outputImage;
+/// Rough cost of the scalar kernels, for deciding whether threads pay.
+constexpr double nanosecondsPerVoxel = 0.1;
+
+void declare(ComplementImage& algorithm, algorithms::Properties& properties) {
+    properties.input(algorithm.inputImage, "The image whose voxels are complemented.",
+                     AddRulesForImageOf({RIX_UINT8, RIX_UINT16, RIX_UINT32}));
+    properties.output(algorithm.outputImage, "The complements.", AddRuleAssertNotNull(),
+                      AddRuleInPlaceOrDisjoint(algorithm.inputImage), AddRuleEnforceLike(algorithm.inputImage));
+}
+
+void process(ComplementImage& algorithm, OptimLevelType level) {
+    const ImageModel& input = *algorithm.getInputImage();
+    access::dispatch(access::UnsignedIntegers{}, input.getVoxelType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        access::transformRows<T, T>(algorithm.executionContext(), input, *algorithm.getOutputImage(),
+                                    nanosecondsPerVoxel, RIX_SELECT_KERNELS(level, complement<T>));
+    });
+}
+
+constexpr algorithms::Definition<ComplementImage> definition{
+    .summary = "Replaces every voxel by its complement, the largest value of the type minus the voxel.",
+    .kind = AlgorithmKind::Point,
+    .declare = &declare,
+    .process = &process,
 };
 
 }  // namespace
 
-ComplementImage::ComplementImage(algorithms::AbstractPrivateImplementation* given)
-    : BaseAlgorithm(algorithms::orMake<ComplementImagePrivate>(given)) {
-    auto& state = static_cast<ComplementImagePrivate&>(*implementation());
-    addInput(state.inputImage, "inputImage", "The image whose voxels are complemented.");
-    addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
-             AddRuleAssertType({RIX_UINT8, RIX_UINT16, RIX_UINT32}), AddRuleAssertImageNotEmpty());
-    addOutput(state.outputImage, "outputImage", "The complements.");
-    addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage),
-             AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
-}
-
-std::shared_ptr<ComplementImage> ComplementImage::New() {
-    return std::make_shared<ComplementImage>();
-}
-
-AlgoInfo& ComplementImage::getInfo() {
-    return algorithms::classRecord<ComplementImage>("ComplementImage", &addComplementImageRunners);
-}
-
-AlgoInfo& ComplementImage::getClassInfo() const {
-    return getInfo();
-}
-
-AlgorithmDescription ComplementImage::describe() const {
-    AlgorithmDescription description;
-    description.summary = "Replaces every voxel by its complement, the largest value of the type minus the voxel.";
-    description.kind = AlgorithmKind::Point;
-    description.inPlace = true;
-    if (const ImageModel* const image = getInputImage(); image != nullptr) {
-        description.outputs.push_back({"outputImage", image->getVoxelType(), helper::getExtents(*image)});
-    }
-    return description;
-}
+RIX_DEFINE_ALGORITHM(ComplementImage, definition)
 
 }  // namespace rix::point_operations
+#endif

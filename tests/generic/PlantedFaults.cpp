@@ -7,11 +7,9 @@
 #include <rix/access/BorderConditions.h>
 #include <rix/access/Joins.h>
 #include <rix/access/WindowFilters.h>
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/algorithms/LevelRunner.h>
+#include <rix/algorithms/Declaration.h>
+#include <rix/algorithms/Definition.h>
 #include <rix/image/ImageModelSizeProxy.h>
-#include <rix/rules/ImageEnforcements.h>
-#include <rix/rules/ValueRules.h>
 
 #include "Storages.h"
 
@@ -27,41 +25,35 @@ using access::RowSegment;
 using access::RowWriter;
 using access::WindowRows;
 
-struct FilterState : algorithms::AbstractPrivateImplementation {
-    Property<const ImageModel*> inputImage;
-    Property<ImageModel*> outputImage;
-};
-
 /// An algorithm from an image to another one of the same kind.
 template <void (*process)(ExecutionContext&, const ImageModel&, ImageModel&)>
 class Filter : public BaseAlgorithm {
 public:
     explicit Filter(algorithms::AbstractPrivateImplementation* given)
-        : BaseAlgorithm(algorithms::orMake<FilterState>(given)) {
-        auto& state = static_cast<FilterState&>(*implementation());
-        addInput(state.inputImage, "inputImage", "The image that is read.");
-        addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
-                 AddRuleAssertIntegerOrFloating(), AddRuleAssertImageNotEmpty());
-        addOutput(state.outputImage, "outputImage", "The result.");
-        addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
+        : BaseAlgorithm(algorithms::detail::orMake<algorithms::NoState>(given)) {
+        algorithms::detail::declare(*this, definition);
     }
-    static AlgoInfo& getInfo() { return algorithms::classRecord<Filter>("PlantedFilter", &addRunners); }
+    static AlgoInfo& getInfo() { return algorithms::detail::recordOf<Filter>("PlantedFilter", definition); }
     AlgoInfo& getClassInfo() const override { return getInfo(); }
 
-private:
-    static void run(Filter& filter, OptimLevelType /*level*/) {
-        auto& state = static_cast<FilterState&>(*filter.implementation());
-        process(filter.executionContext(), *state.inputImage.get(), *state.outputImage.get());
-    }
-    static void addRunners(AlgoInfo& info) {
-        info.addRunner(
-            std::make_shared<algorithms::LevelRunner<Filter, SCALAR, &run, &algorithms::acceptsAll<Filter>>>());
-    }
-};
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 
-struct SumState : algorithms::AbstractPrivateImplementation {
-    Property<const ImageModel*> inputImage;
-    Property<double> outputSum;
+private:
+    static constexpr algorithms::Definition<Filter> definition{
+        .summary = "",
+        .kind = AlgorithmKind::Neighbourhood,
+        .declare =
+            [](Filter& filter, algorithms::Properties& properties) {
+                properties.input(filter.inputImage, "The image that is read.", AddRulesForRealImage());
+                properties.output(filter.outputImage, "The result.", AddRuleAssertNotNull(),
+                                  AddRuleEnforceLike(filter.inputImage));
+            },
+        .process =
+            [](Filter& filter, OptimLevelType) {
+                process(filter.executionContext(), *filter.getInputImage(), *filter.getOutputImage());
+            },
+    };
 };
 
 /// An algorithm from an image to a number.
@@ -69,28 +61,34 @@ template <double (*process)(ExecutionContext&, const ImageModel&)>
 class Sum : public BaseAlgorithm {
 public:
     explicit Sum(algorithms::AbstractPrivateImplementation* given)
-        : BaseAlgorithm(algorithms::orMake<SumState>(given)) {
-        auto& state = static_cast<SumState&>(*implementation());
-        addInput(state.inputImage, "inputImage", "The image that is summed.");
-        addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
-                 AddRuleAssertIntegerOrFloating(), AddRuleAssertImageNotEmpty());
-        addOutput(state.outputSum, "outputSum", "The sum of all samples, each one hundredth of itself.");
+        : BaseAlgorithm(algorithms::detail::orMake<algorithms::NoState>(given)) {
+        algorithms::detail::declare(*this, definition);
     }
-    static AlgoInfo& getInfo() { return algorithms::classRecord<Sum>("PlantedSum", &addRunners); }
+    static AlgoInfo& getInfo() { return algorithms::detail::recordOf<Sum>("PlantedSum", definition); }
     AlgoInfo& getClassInfo() const override { return getInfo(); }
+
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
+    RIX_OUTPUT(double, OutputSum, outputSum)
 
 private:
     static void run(Sum& sum, OptimLevelType /*level*/) {
-        auto& state = static_cast<SumState&>(*sum.implementation());
-        const double result = process(sum.executionContext(), *state.inputImage.get());
+        const double result = process(sum.executionContext(), *sum.getInputImage());
         // Every property is locked during a run, so that nobody changes it; the run itself may.
-        state.outputSum.getImpl()->lock(false);
-        state.outputSum = result;
-        state.outputSum.getImpl()->lock(true);
+        sum.outputSum.getImpl()->lock(false);
+        sum.outputSum = result;
+        sum.outputSum.getImpl()->lock(true);
     }
-    static void addRunners(AlgoInfo& info) {
-        info.addRunner(std::make_shared<algorithms::LevelRunner<Sum, SCALAR, &run, &algorithms::acceptsAll<Sum>>>());
-    }
+
+    static constexpr algorithms::Definition<Sum> definition{
+        .summary = "",
+        .kind = AlgorithmKind::Reduction,
+        .declare =
+            [](Sum& sum, algorithms::Properties& properties) {
+                properties.input(sum.inputImage, "The image that is summed.", AddRulesForRealImage());
+                properties.output(sum.outputSum, "The sum of all samples, each one hundredth of itself.");
+            },
+        .process = &run,
+    };
 };
 
 // Windows -------------------------------------------------------------------------------------------------------------

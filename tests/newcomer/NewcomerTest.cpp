@@ -2,21 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 
 #include "ComplementImage.h"
 #include "ImageComparison.h"
 #include "ImageFactories.h"
+#include "Levels.h"
 
 namespace rix::point_operations {
 namespace {
 
 TEST(Newcomer, TheDocumentedAlgorithmWorksAtEveryLevel) {
-    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (!devices::Cpu::supports(level)) {
-            continue;
-        }
+    for (const OptimLevelType level : test::runnableLevels()) {
         const test::ImageTraits traits{.voxelType = RIX_UINT16, .extents = {37, 5, 2, 1, 3}};
         using Index = std::size_t;
         io::MemoryImage image = test::makeImage(

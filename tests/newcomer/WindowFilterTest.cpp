@@ -1,54 +1,33 @@
 // The window filter that the documentation shows: it must work as it is printed there.
 
 #include <algorithm>
-#include <limits>
 
 #include <gtest/gtest.h>
 
 #include <rix/access/BlockSize.h>
-#include <rix/access/BorderConditions.h>
 #include <rix/exceptions/Exception.h>
 
 #include "ImageComparison.h"
 #include "ImageFactories.h"
 #include "LocalRange2d.h"
+#include "WindowReference.h"
 
 namespace rix::filtering {
 namespace {
 
 using Policy = LocalRange2d::BorderPolicy;
-using Index = std::size_t;
-
 /// Straight from the definition.
 io::MemoryImage referenceOf(const io::MemoryImage& image, std::int64_t radius, bool lessVoxel, Policy policy) {
-    const auto n = helper::getExtents(image);
-    const auto* const samples = reinterpret_cast<const std::int16_t*>(image.getImageBuffer());
-    const auto at = [&](std::int64_t x, std::int64_t y, Index plane) -> double {
-        const auto columns = static_cast<std::int64_t>(n[COLUMNS]);
-        const auto rows = static_cast<std::int64_t>(n[ROWS]);
-        const bool inside = x >= 0 && x < columns && y >= 0 && y < rows;
-        if (!inside && policy == Policy::FIXED) {
-            return -7.0;
-        }
-        const auto onAxis = [&](std::int64_t i, std::int64_t extent) {
-            return policy == Policy::MIRROR ? access::computeCoord(i, extent)
-                                            : std::clamp<std::int64_t>(i, 0, extent - 1);
-        };
-        const std::int64_t row = static_cast<std::int64_t>(plane * n[ROWS]) + onAxis(y, rows);
-        return samples[row * columns + onAxis(x, columns)];
-    };
-    return test::makeImage({.voxelType = RIX_FLOAT32, .extents = n}, [&](Index x, Index y, Index z, Index, Index) {
-        double smallest = std::numeric_limits<double>::infinity();
-        double largest = -smallest;
-        const auto column = static_cast<std::int64_t>(x);
-        const auto row = static_cast<std::int64_t>(y);
+    return test::windowReference(image, RIX_FLOAT32, policy, -7.0, [&](const test::Neighbours& at) {
+        double smallest = at(0, 0);
+        double largest = smallest;
         for (std::int64_t dy = -radius; dy <= radius; ++dy) {
             for (std::int64_t dx = -radius; dx <= radius; ++dx) {
-                smallest = std::min(smallest, at(column + dx, row + dy, z));
-                largest = std::max(largest, at(column + dx, row + dy, z));
+                smallest = std::min(smallest, at(dx, dy));
+                largest = std::max(largest, at(dx, dy));
             }
         }
-        return static_cast<float>(largest - (lessVoxel ? at(column, row, z) : smallest));
+        return static_cast<float>(largest - (lessVoxel ? at(0, 0) : smallest));
     });
 }
 

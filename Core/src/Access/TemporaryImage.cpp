@@ -6,6 +6,7 @@
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/SampleMemory.h>
 
 namespace rix::access {
 
@@ -31,6 +32,10 @@ std::size_t TemporaryImage::bytes(const ImageModel& like, VoxelTypes voxelType) 
     return helper::getElementCount(like, elements) && helper::checkedMultiply(elements, elementSize, size)
                ? size
                : std::numeric_limits<std::size_t>::max();
+}
+
+bool isOverwritten(const ImageModel& input, const ImageModel* output) {
+    return output != nullptr && helper::mayShareSamples(input, *output);
 }
 
 void writeThroughTemporary(ExecutionContext& context, ImageModel& output, FunctionRef<void(ImageModel&)> compute) {

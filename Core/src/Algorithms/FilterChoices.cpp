@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include <rix/properties/EnumInfo.h>
-#include <rix/rules/RuleSupport.h>
+#include <rix/rules/ValueRules.h>
 
 namespace rix::algorithms {
 
@@ -44,6 +44,32 @@ double lengthInVoxels(const Property<double>& length, LengthUnit unit, const Ima
                           ". Set the spacing, or give the length in voxels.");
     }
     return value / spacing;
+}
+
+double RuleLength::Measure::voxels(const Property<double>& length) const {
+    return lengthInVoxels(length, static_cast<LengthUnit>(unit.get()), *image.get(), axis);
+}
+
+RuleLength::~RuleLength() = default;
+
+void RuleLength::apply(Property<double>& property) {
+    RuleAssertFinite<double>().apply(property);
+    RuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL).apply(property);
+    const double voxels = m_measure.voxels(property);
+    if (voxels > m_largest) {
+        rules::refuse(rules::parameterText(property) + " must be at most " + rules::valueToText(m_largest) + " voxels.",
+                      "It is " + rules::valueToText(voxels) + " voxels. Reduce the image first.");
+    }
+}
+
+String RuleLength::describe() const {
+    return "must be a length from 0 to " + rules::valueToText(m_largest) + " voxels";
+}
+
+std::shared_ptr<Rules<Property<double>>> AddRuleLength::operator()(Property<double>& property) const {
+    std::shared_ptr<Rules<Property<double>>> rule = std::make_shared<RuleLength>(m_measure, m_largest);
+    property.getImpl()->addRule(rule);
+    return rule;
 }
 
 }  // namespace rix::algorithms

@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/AlgoInfo.h>
-#include <rix/algorithms/AlgorithmClass.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/algorithms/Runnable.h>
 #include <rix/properties/Property.h>
@@ -42,11 +42,10 @@ public:
     };
 
     ScriptedAlgorithm() : BaseAlgorithm(new State()) {
-        auto& state = static_cast<State&>(*implementation());
-        addInput(state.number, "number", "A number that must not be negative.");
-        AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL)(state.number);
-        addInput(state.inputImage, "inputImage", "An image or none.");
-        addOutput(state.outputImage, "outputImage", "An image or none.");
+        addInput(number(), "number", "A number that must not be negative.");
+        AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL)(number());
+        addInput(inputImage(), "inputImage", "An image or none.");
+        addOutput(outputImage(), "outputImage", "An image or none.");
     }
     AlgoInfo& getClassInfo() const override { return m_info; }
     void onPropertyChanged(BaseProperty* property) override { changed.push_back(property->getName()); }
@@ -55,13 +54,15 @@ public:
         m_info.addRunner(std::make_shared<ScriptedRunner>(level, std::move(work), accepts));
         return *this;
     }
-    Property<double>& number() { return input<double>(0); }
-    Property<const ImageModel*>& inputImage() { return input<const ImageModel*>(1); }
-    Property<ImageModel*>& outputImage() { return output<ImageModel*>(0); }
+    Property<double>& number() { return state().number; }
+    Property<const ImageModel*>& inputImage() { return state().inputImage; }
+    Property<ImageModel*>& outputImage() { return state().outputImage; }
 
     std::vector<String> changed;
 
 private:
+    State& state() const { return static_cast<State&>(*implementation()); }
+
     mutable AlgoInfo m_info{"ScriptedAlgorithm", "tests", nullptr, AlgoVisibilityType::HIDDEN_ALGORITHM, ""};
 };
 

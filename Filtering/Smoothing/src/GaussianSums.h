@@ -6,7 +6,7 @@
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
-#include "GaussianFilterState.h"
+#include "GaussianJob.h"
 
 namespace rix::filtering::smoothing {
 

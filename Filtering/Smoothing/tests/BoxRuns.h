@@ -14,6 +14,8 @@
 #include <rix/image/MemoryImage.h>
 #include <rix/settings/Settings.h>
 
+#include "Levels.h"
+
 namespace rix::test {
 
 enum class Dimension { Two, Three };
@@ -28,16 +30,6 @@ struct BoxCase {
 inline std::ostream& operator<<(std::ostream& out, const BoxCase& c) {
     return out << (c.result == Result::Mean ? "mean of " : "sum of ") << c.size[0] << " x " << c.size[1] << " x "
                << c.size[2] << (c.dimension == Dimension::Two ? ", 2D" : ", 3D");
-}
-
-inline std::vector<OptimLevelType> runnableLevels() {
-    std::vector<OptimLevelType> levels;
-    for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (devices::Cpu::supports(level)) {
-            levels.push_back(level);
-        }
-    }
-    return levels;
 }
 
 template <class Algorithm>

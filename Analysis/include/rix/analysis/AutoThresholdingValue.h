@@ -1,12 +1,8 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/analysis/AutoThresholdingMsr.h>
 #include <rix/analysis/ThresholdChoices.h>
-#include <rix/image/ImageModel.h>
 #include <rix/math/Vector.h>
 
 namespace rix::analysis {
@@ -35,29 +31,16 @@ namespace rix::analysis {
 /// with `ISODATA` once more an iteration. Extra memory: tables of 0.5 MiB a thread, of 1 MiB in all, and of at most
 /// 32 MiB for the frames of a sequence.
 class RIX_EXPORT AutoThresholdingValue : public BaseAlgorithm, public ThresholdChoices {
-public:
-    static std::shared_ptr<AutoThresholdingValue> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(AutoThresholdingValue)
 
-    explicit AutoThresholdingValue(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    AlgorithmDescription describe() const override;
-
-    void setInputGrayImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputGrayImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputGrayImage, inputGrayImage)
     /// Default `MIN_MAX`.
-    void setRangeMode(RangeModeType mode) { input<int>(1) = mode; }
-    RangeModeType getRangeMode() const { return static_cast<RangeModeType>(input<int>(1).get()); }
+    RIX_CHOICE(RangeModeType, RangeMode, rangeMode, getInfoRangeModeType)
     /// (minimum, maximum), used with `OTHER` only. Default (0, 0).
-    void setIntensityInputRange(const math::Vector2<double>& range) { input<math::Vector2<double>>(2) = range; }
-    math::Vector2<double> getIntensityInputRange() const { return input<math::Vector2<double>>(2); }
+    RIX_INPUT(math::Vector2<double>, IntensityInputRange, intensityInputRange)
     /// Default `ENTROPY`.
-    void setThresholdCriterion(ThresholdCriterionType criterion) { input<int>(3) = criterion; }
-    ThresholdCriterionType getThresholdCriterion() const {
-        return static_cast<ThresholdCriterionType>(input<int>(3).get());
-    }
-    void setOutputMeasurement(AutoThresholdingMsr* measurement) { output<AutoThresholdingMsr*>(0) = measurement; }
-    AutoThresholdingMsr* getOutputMeasurement() const { return output<AutoThresholdingMsr*>(0); }
+    RIX_CHOICE(ThresholdCriterionType, ThresholdCriterion, thresholdCriterion, getInfoThresholdCriterionType)
+    RIX_RESULT(AutoThresholdingMsr, OutputMeasurement, outputMeasurement)
 };
 
 }  // namespace rix::analysis

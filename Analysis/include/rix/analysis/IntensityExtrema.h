@@ -1,11 +1,7 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/analysis/IntensityExtremaMsr.h>
-#include <rix/image/ImageModel.h>
 
 namespace rix::analysis {
 
@@ -21,18 +17,10 @@ namespace rix::analysis {
 /// @throws RuleException from `run` for an unset or empty image and for a complex or vector image.
 /// Cost: one pass at memory speed; no extra memory.
 class RIX_EXPORT IntensityExtrema : public BaseAlgorithm {
-public:
-    static std::shared_ptr<IntensityExtrema> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(IntensityExtrema)
 
-    explicit IntensityExtrema(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    AlgorithmDescription describe() const override;
-
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
-    void setOutputMeasurement(IntensityExtremaMsr* measurement) { output<IntensityExtremaMsr*>(0) = measurement; }
-    IntensityExtremaMsr* getOutputMeasurement() const { return output<IntensityExtremaMsr*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
+    RIX_RESULT(IntensityExtremaMsr, OutputMeasurement, outputMeasurement)
 };
 
 }  // namespace rix::analysis

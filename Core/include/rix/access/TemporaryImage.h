@@ -28,7 +28,10 @@ private:
     io::MemoryImage m_image;
 };
 
-/// Lets `compute` write all samples of an image that the run still has to read (see `helper::mayShareSamples`): into a
+/// True when writing an output would disturb an input that is still to be read; false for no output.
+RIX_EXPORT bool isOverwritten(const ImageModel& input, const ImageModel* output);
+
+/// Lets `compute` write all samples of an image that the run still has to read (see `isOverwritten`): into a
 /// temporary image, whose samples replace those of `output` when it returns. Until then, and when it throws, `output`
 /// is as it was.
 ///

@@ -24,6 +24,8 @@ class ExecutionContext;
 namespace algorithms {
 class AbstractPrivateImplementation;
 class BaseAlgorithmPrivate;
+class Properties;
+class StateAccess;
 }  // namespace algorithms
 
 /// Base of every operation of the library.
@@ -170,6 +172,8 @@ protected:
 
 private:
     friend class algorithms::BaseAlgorithmPrivate;
+    friend class algorithms::Properties;
+    friend class algorithms::StateAccess;
     std::unique_ptr<algorithms::BaseAlgorithmPrivate> m_private;
 };
 

@@ -3,6 +3,7 @@
 #include <rix/Export.h>
 #include <rix/image/ImageModel.h>
 #include <rix/properties/Property.h>
+#include <rix/rules/RuleSupport.h>
 
 namespace rix {
 class EnumInfo;
@@ -34,5 +35,38 @@ RIX_EXPORT const EnumInfo& getInfoNeighborhood3DType();
 ///         spacing is 0 or not finite
 RIX_EXPORT double lengthInVoxels(const Property<double>& length, LengthUnit unit, const ImageModel& image,
                                  Components axis);
+
+/// A length along an axis of an image: finite, not negative, at most so many voxels, and with a spacing to divide it by
+/// when the unit is `WORLD`. The rule follows those of the image.
+class RIX_EXPORT RuleLength : public Rules<Property<double>> {
+public:
+    /// The properties of the image and the unit, and the axis.
+    struct Measure {
+        const Property<const ImageModel*>& image;
+        const Property<int>& unit;
+        Components axis;
+        double voxels(const Property<double>& length) const;
+    };
+
+    RuleLength(const Measure& measure, double largest) : m_measure(measure), m_largest(largest) {}
+    ~RuleLength() override;
+    void apply(Property<double>& property) override;
+    String describe() const override;
+
+private:
+    Measure m_measure;
+    double m_largest;
+};
+
+/// Attaches `RuleLength`.
+class RIX_EXPORT AddRuleLength {
+public:
+    AddRuleLength(const RuleLength::Measure& measure, double largest) : m_measure(measure), m_largest(largest) {}
+    std::shared_ptr<Rules<Property<double>>> operator()(Property<double>& property) const;
+
+private:
+    RuleLength::Measure m_measure;
+    double m_largest;
+};
 
 }  // namespace rix::algorithms

@@ -1,15 +1,9 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/algorithms/FilterChoices.h>
-#include <rix/image/ImageModel.h>
 
 namespace rix::morphology {
-
-struct FillHolesState;
 
 /// Fills the holes of objects in each plane: in a binary image, background that is not connected to the edge of the
 /// plane becomes object; in a grey image, every regional minimum that does not touch the edge is filled up to the
@@ -42,29 +36,16 @@ struct FillHolesState;
 /// levels fall many times before they are final. Memory: a queue of a few bytes a voxel of a tile a thread, and copies
 /// of images that are not one array in memory; see `describe`.
 class RIX_EXPORT FillHoles2d : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(FillHoles2d)
+
     /// Which voxels of an object are neighbours.
     using Neighborhood2DType = algorithms::Neighborhood2DType;
     using enum algorithms::Neighborhood2DType;
 
-    static std::shared_ptr<FillHoles2d> New();
-    static AlgoInfo& getInfo();
-
-    explicit FillHoles2d(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
-
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// Of the objects; default `CONNECTIVITY_8`.
-    void setNeighborhood(Neighborhood2DType neighborhood) { input<int>(1) = static_cast<int>(neighborhood); }
-    Neighborhood2DType getNeighborhood() const { return static_cast<Neighborhood2DType>(input<int>(1).get()); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
-
-private:
-    friend struct FillHolesState;
+    RIX_CHOICE(Neighborhood2DType, Neighborhood, neighborhood, algorithms::getInfoNeighborhood2DType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::morphology

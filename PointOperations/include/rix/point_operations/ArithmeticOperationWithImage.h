@@ -1,15 +1,9 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/point_operations/ArithmeticOperators.h>
 
 namespace rix::point_operations {
-
-struct ArithmeticOperationWithImagePrivate;
 
 /// Combines two images voxel by voxel: `outputImage = inputImage1 operator inputImage2`.
 ///
@@ -32,30 +26,15 @@ struct ArithmeticOperationWithImagePrivate;
 ///         and an output that is an input of another type than T.
 /// Cost: one pass at memory speed, complex products and quotients aside; no extra memory.
 class RIX_EXPORT ArithmeticOperationWithImage : public BaseAlgorithm, public ArithmeticOperators {
-public:
-    static std::shared_ptr<ArithmeticOperationWithImage> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(ArithmeticOperationWithImage)
 
-    explicit ArithmeticOperationWithImage(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
     BorderInfluence getBorderInfluence() const { return {}; }
 
-    void setInputImage1(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage1() const { return input<const ImageModel*>(0); }
-    void setInputImage2(const ImageModel* image) { input<const ImageModel*>(1) = image; }
-    const ImageModel* getInputImage2() const { return input<const ImageModel*>(1); }
+    RIX_INPUT(const ImageModel*, InputImage1, inputImage1)
+    RIX_INPUT(const ImageModel*, InputImage2, inputImage2)
     /// Default `ADD`.
-    void setArithmeticOperator(ArithmeticOperatorType value) { input<int>(2) = value; }
-    ArithmeticOperatorType getArithmeticOperator() const {
-        return static_cast<ArithmeticOperatorType>(input<int>(2).get());
-    }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
-
-private:
-    friend struct ArithmeticOperationWithImagePrivate;
+    RIX_CHOICE(ArithmeticOperatorType, ArithmeticOperator, arithmeticOperator, getInfoArithmeticOperatorType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::point_operations

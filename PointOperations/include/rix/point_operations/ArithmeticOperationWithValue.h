@@ -1,15 +1,9 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/point_operations/ArithmeticOperators.h>
 
 namespace rix::point_operations {
-
-struct ArithmeticOperationWithValuePrivate;
 
 /// Combines every voxel of an image with one value: `outputImage = inputImage operator value`.
 ///
@@ -28,31 +22,16 @@ struct ArithmeticOperationWithValuePrivate;
 ///         the input although T is another type.
 /// Cost: one pass at memory speed, complex products and quotients aside; no extra memory.
 class RIX_EXPORT ArithmeticOperationWithValue : public BaseAlgorithm, public ArithmeticOperators {
-public:
-    static std::shared_ptr<ArithmeticOperationWithValue> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(ArithmeticOperationWithValue)
 
-    explicit ArithmeticOperationWithValue(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
     BorderInfluence getBorderInfluence() const { return {}; }
 
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// Default 0.
-    void setValue(double value) { input<double>(1) = value; }
-    double getValue() const { return input<double>(1); }
+    RIX_INPUT(double, Value, value)
     /// Default `ADD`.
-    void setArithmeticOperator(ArithmeticOperatorType value) { input<int>(2) = value; }
-    ArithmeticOperatorType getArithmeticOperator() const {
-        return static_cast<ArithmeticOperatorType>(input<int>(2).get());
-    }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
-
-private:
-    friend struct ArithmeticOperationWithValuePrivate;
+    RIX_CHOICE(ArithmeticOperatorType, ArithmeticOperator, arithmeticOperator, getInfoArithmeticOperatorType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::point_operations

@@ -1,14 +1,8 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 
 namespace rix::point_operations {
-
-struct ConvertImagePrivate;
 
 /// Converts an image to another voxel type, to a binary or to a label image.
 ///
@@ -29,7 +23,8 @@ struct ConvertImagePrivate;
 ///         that is the input although the type changes.
 /// Cost: one pass at memory speed; no extra memory.
 class RIX_EXPORT ConvertImage : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(ConvertImage)
+
     enum OutputType : int {
         UNSIGNED_INTEGER_8_BIT = 0,
         SIGNED_INTEGER_8_BIT,
@@ -52,26 +47,13 @@ public:
     /// none, as for labels of a signed or real type.
     static int getOutputTypeFromVoxelTypes(VoxelTypes type, bool isLabel);
 
-    static std::shared_ptr<ConvertImage> New();
-    static AlgoInfo& getInfo();
-
-    explicit ConvertImage(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
     int getVersion() const override;
     BorderInfluence getBorderInfluence() const { return {}; }
 
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// Default `UNSIGNED_INTEGER_8_BIT`.
-    void setOutputType(OutputType type) { input<int>(1) = type; }
-    OutputType getOutputType() const { return static_cast<OutputType>(input<int>(1).get()); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
-
-private:
-    friend struct ConvertImagePrivate;
+    RIX_CHOICE(OutputType, OutputType, outputType, getInfoOutputType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::point_operations

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/point_operations/LogicalOperators.h>
 
 namespace rix::point_operations {
@@ -23,24 +19,15 @@ namespace rix::point_operations {
 ///         that differ in extents or type or in being binary, and an unknown operator.
 /// Cost: one pass at memory speed; no extra memory.
 class RIX_EXPORT LogicalOperationWithImage : public BaseAlgorithm, public LogicalOperators {
-public:
-    static std::shared_ptr<LogicalOperationWithImage> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(LogicalOperationWithImage)
 
-    explicit LogicalOperationWithImage(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    AlgorithmDescription describe() const override;
     BorderInfluence getBorderInfluence() const { return {}; }
 
-    void setInputImage1(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage1() const { return input<const ImageModel*>(0); }
-    void setInputImage2(const ImageModel* image) { input<const ImageModel*>(1) = image; }
-    const ImageModel* getInputImage2() const { return input<const ImageModel*>(1); }
+    RIX_INPUT(const ImageModel*, InputImage1, inputImage1)
+    RIX_INPUT(const ImageModel*, InputImage2, inputImage2)
     /// Default `AND`.
-    void setLogicalOperator(LogicalOperatorType value) { input<int>(2) = value; }
-    LogicalOperatorType getLogicalOperator() const { return static_cast<LogicalOperatorType>(input<int>(2).get()); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
+    RIX_CHOICE(LogicalOperatorType, LogicalOperator, logicalOperator, getInfoLogicalOperatorType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::point_operations

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/point_operations/LogicalOperators.h>
 
 namespace rix::point_operations {
@@ -23,25 +19,16 @@ namespace rix::point_operations {
 ///         unknown operator.
 /// Cost: one pass at memory speed; no extra memory.
 class RIX_EXPORT LogicalOperationWithValue : public BaseAlgorithm, public LogicalOperators {
-public:
-    static std::shared_ptr<LogicalOperationWithValue> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(LogicalOperationWithValue)
 
-    explicit LogicalOperationWithValue(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    AlgorithmDescription describe() const override;
     BorderInfluence getBorderInfluence() const { return {}; }
 
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// Default 0.
-    void setValue(long value) { input<long>(1) = value; }
-    long getValue() const { return input<long>(1); }
+    RIX_INPUT(long, Value, value)
     /// Default `AND`.
-    void setLogicalOperator(LogicalOperatorType value) { input<int>(2) = value; }
-    LogicalOperatorType getLogicalOperator() const { return static_cast<LogicalOperatorType>(input<int>(2).get()); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
+    RIX_CHOICE(LogicalOperatorType, LogicalOperator, logicalOperator, getInfoLogicalOperatorType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::point_operations

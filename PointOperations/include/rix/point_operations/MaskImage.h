@@ -1,10 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 
 namespace rix::point_operations {
 
@@ -21,22 +17,13 @@ namespace rix::point_operations {
 ///         type or of other extents, and an output that is a mask of another type than the input.
 /// Cost: one pass at memory speed; no extra memory.
 class RIX_EXPORT MaskImage : public BaseAlgorithm {
-public:
-    static std::shared_ptr<MaskImage> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(MaskImage)
 
-    explicit MaskImage(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
     BorderInfluence getBorderInfluence() const { return {}; }
 
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
-    void setInputBinaryImage(const ImageModel* image) { input<const ImageModel*>(1) = image; }
-    const ImageModel* getInputBinaryImage() const { return input<const ImageModel*>(1); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
+    RIX_INPUT(const ImageModel*, InputBinaryImage, inputBinaryImage)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::point_operations

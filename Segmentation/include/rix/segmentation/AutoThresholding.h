@@ -1,10 +1,8 @@
 #pragma once
 
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/analysis/AutoThresholdingMsr.h>
 #include <rix/analysis/ThresholdChoices.h>
-#include <rix/image/ImageModel.h>
 #include <rix/math/Vector.h>
 
 namespace rix::segmentation {
@@ -25,33 +23,18 @@ namespace rix::segmentation {
 /// Cost: that of both, so an image of 8 or 16 bits is read twice and written once.
 class RIX_EXPORT AutoThresholding : public BaseAlgorithm, public analysis::ThresholdChoices {
 public:
-    AlgorithmDescription describe() const override;
-
-    void setInputGrayImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputGrayImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputGrayImage, inputGrayImage)
     /// Default `MIN_MAX`.
-    void setRangeMode(RangeModeType mode) { input<int>(1) = mode; }
-    RangeModeType getRangeMode() const { return static_cast<RangeModeType>(input<int>(1).get()); }
+    RIX_CHOICE(RangeModeType, RangeMode, rangeMode, getInfoRangeModeType)
     /// (minimum, maximum), used with `OTHER` only. Default (0, 255).
-    void setIntensityInputRange(const math::Vector2<double>& range) { input<math::Vector2<double>>(2) = range; }
-    math::Vector2<double> getIntensityInputRange() const { return input<math::Vector2<double>>(2); }
+    RIX_INPUT(math::Vector2<double>, IntensityInputRange, intensityInputRange)
     /// Default `ENTROPY`.
-    void setThresholdCriterion(ThresholdCriterionType criterion) { input<int>(3) = criterion; }
-    ThresholdCriterionType getThresholdCriterion() const {
-        return static_cast<ThresholdCriterionType>(input<int>(3).get());
-    }
-    void setOutputBinaryImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputBinaryImage() const { return output<ImageModel*>(0); }
-    void setOutputMeasurement(analysis::AutoThresholdingMsr* measurement) {
-        output<analysis::AutoThresholdingMsr*>(1) = measurement;
-    }
-    analysis::AutoThresholdingMsr* getOutputMeasurement() const { return output<analysis::AutoThresholdingMsr*>(1); }
+    RIX_CHOICE(ThresholdCriterionType, ThresholdCriterion, thresholdCriterion, getInfoThresholdCriterionType)
+    RIX_OUTPUT(ImageModel*, OutputBinaryImage, outputBinaryImage)
+    RIX_RESULT(analysis::AutoThresholdingMsr, OutputMeasurement, outputMeasurement)
 
 protected:
-    explicit AutoThresholding(algorithms::AbstractPrivateImplementation* implementation);
-
-    /// The side that is kept, for the summary: "bright" or "dark".
-    virtual const char* sideName() const = 0;
+    using BaseAlgorithm::BaseAlgorithm;
 };
 
 }  // namespace rix::segmentation

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include <rix/segmentation/AutoThresholding.h>
 
 namespace rix::segmentation {
@@ -11,15 +9,7 @@ namespace rix::segmentation {
 ///
 /// The output is the complement of that of `AutoThresholdingDark`, NaN voxels aside, which lie on neither side.
 class RIX_EXPORT AutoThresholdingBright : public AutoThresholding {
-public:
-    static std::shared_ptr<AutoThresholdingBright> New();
-    static AlgoInfo& getInfo();
-
-    explicit AutoThresholdingBright(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-
-protected:
-    const char* sideName() const override;
+    RIX_ALGORITHM(AutoThresholdingBright)
 };
 
 }  // namespace rix::segmentation

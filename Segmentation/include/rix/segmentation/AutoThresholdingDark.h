@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include <rix/segmentation/AutoThresholding.h>
 
 namespace rix::segmentation {
@@ -11,15 +9,7 @@ namespace rix::segmentation {
 ///
 /// The output is the complement of that of `AutoThresholdingBright`, NaN voxels aside, which lie on neither side.
 class RIX_EXPORT AutoThresholdingDark : public AutoThresholding {
-public:
-    static std::shared_ptr<AutoThresholdingDark> New();
-    static AlgoInfo& getInfo();
-
-    explicit AutoThresholdingDark(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-
-protected:
-    const char* sideName() const override;
+    RIX_ALGORITHM(AutoThresholdingDark)
 };
 
 }  // namespace rix::segmentation

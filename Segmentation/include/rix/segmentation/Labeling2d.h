@@ -1,15 +1,9 @@
 #pragma once
 
+#include <rix/algorithms/Declaration.h>
 #include <cstdint>
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
 
 namespace rix::segmentation {
-
-struct Labeling2dAccess;
 
 /// Gives every connected set of non-zero pixels of a plane a number of its own: 1, 2, 3, ... in the raster order of the
 /// sets' first pixels. The background stays 0.
@@ -41,7 +35,8 @@ struct Labeling2dAccess;
 ///         memory.
 /// @throws RuntimeError when 32 bits do not hold the labels.
 class RIX_EXPORT Labeling2d : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(Labeling2d)
+
     /// Voxel type of the output: unsigned 8, 16 or 32-bit.
     enum LabelType : int { LABEL_8_BIT = 0, LABEL_16_BIT, LABEL_32_BIT };
     /// Whether pixels are neighbours across an edge only, or also across a corner.
@@ -49,30 +44,15 @@ public:
     static const EnumInfo& getInfoLabelType();
     static const EnumInfo& getInfoNeighborhood2DType();
 
-    static std::shared_ptr<Labeling2d> New();
-    static AlgoInfo& getInfo();
-
-    explicit Labeling2d(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
-
-    void setInputObjectImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputObjectImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputObjectImage, inputObjectImage)
     /// Default `LABEL_8_BIT`.
-    void setLabelType(LabelType type) { input<int>(1) = type; }
-    LabelType getLabelType() const { return static_cast<LabelType>(input<int>(1).get()); }
+    RIX_CHOICE(LabelType, LabelType, labelType, getInfoLabelType)
     /// Default `CONNECTIVITY_4`.
-    void setNeighborhood(Neighborhood2DType neighborhood) { input<int>(2) = neighborhood; }
-    Neighborhood2DType getNeighborhood() const { return static_cast<Neighborhood2DType>(input<int>(2).get()); }
-    void setOutputLabelImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputLabelImage() const { return output<ImageModel*>(0); }
+    RIX_CHOICE(Neighborhood2DType, Neighborhood, neighborhood, getInfoNeighborhood2DType)
+    RIX_OUTPUT(ImageModel*, OutputLabelImage, outputLabelImage)
 
     /// The largest label of the last run, over all planes; 0 before the first run and after a failed one.
     std::uint64_t getNumberOfLabels() const;
-
-private:
-    friend struct Labeling2dAccess;
 };
 
 }  // namespace rix::segmentation

@@ -1,15 +1,9 @@
 #pragma once
 
+#include <rix/algorithms/Declaration.h>
 #include <cstdint>
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
 
 namespace rix::segmentation {
-
-struct Labeling3dAccess;
 
 /// Gives every connected set of non-zero voxels of a volume a number of its own: 1, 2, 3, ... in the raster order of
 /// the sets' first voxels. The background stays 0.
@@ -38,7 +32,8 @@ struct Labeling3dAccess;
 ///         memory.
 /// @throws RuntimeError when 32 bits do not hold the labels.
 class RIX_EXPORT Labeling3d : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(Labeling3d)
+
     /// Voxel type of the output: unsigned 8, 16 or 32-bit.
     enum LabelType : int { LABEL_8_BIT = 0, LABEL_16_BIT, LABEL_32_BIT };
     /// Whether voxels are neighbours across a face only, also across an edge, or also across a corner.
@@ -46,30 +41,15 @@ public:
     static const EnumInfo& getInfoLabelType();
     static const EnumInfo& getInfoNeighborhood3DType();
 
-    static std::shared_ptr<Labeling3d> New();
-    static AlgoInfo& getInfo();
-
-    explicit Labeling3d(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
-
-    void setInputObjectImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputObjectImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputObjectImage, inputObjectImage)
     /// Default `LABEL_8_BIT`.
-    void setLabelType(LabelType type) { input<int>(1) = type; }
-    LabelType getLabelType() const { return static_cast<LabelType>(input<int>(1).get()); }
+    RIX_CHOICE(LabelType, LabelType, labelType, getInfoLabelType)
     /// Default `CONNECTIVITY_6`.
-    void setNeighborhood(Neighborhood3DType neighborhood) { input<int>(2) = neighborhood; }
-    Neighborhood3DType getNeighborhood() const { return static_cast<Neighborhood3DType>(input<int>(2).get()); }
-    void setOutputLabelImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputLabelImage() const { return output<ImageModel*>(0); }
+    RIX_CHOICE(Neighborhood3DType, Neighborhood, neighborhood, getInfoNeighborhood3DType)
+    RIX_OUTPUT(ImageModel*, OutputLabelImage, outputLabelImage)
 
     /// The largest label of the last run, over all volumes; 0 before the first run and after a failed one.
     std::uint64_t getNumberOfLabels() const;
-
-private:
-    friend struct Labeling3dAccess;
 };
 
 }  // namespace rix::segmentation

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 
 namespace rix::segmentation {
 
@@ -25,7 +21,8 @@ namespace rix::segmentation {
 ///         in-place output of another type.
 /// Cost: one pass at memory speed; no extra memory.
 class RIX_EXPORT ThresholdingByCriterion : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(ThresholdingByCriterion)
+
     /// How a voxel is compared with the value: "voxel `LESS_THAN` value".
     enum CriterionType : int {
         LESS_THAN = 0,
@@ -37,23 +34,12 @@ public:
     };
     static const EnumInfo& getInfoCriterionType();
 
-    static std::shared_ptr<ThresholdingByCriterion> New();
-    static AlgoInfo& getInfo();
-
-    explicit ThresholdingByCriterion(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    AlgorithmDescription describe() const override;
-
-    void setInputGrayImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputGrayImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputGrayImage, inputGrayImage)
     /// Default `LESS_THAN`.
-    void setComparisonCriterion(CriterionType criterion) { input<int>(1) = criterion; }
-    CriterionType getComparisonCriterion() const { return static_cast<CriterionType>(input<int>(1).get()); }
+    RIX_CHOICE(CriterionType, ComparisonCriterion, comparisonCriterion, getInfoCriterionType)
     /// Default 0.
-    void setComparisonValue(double value) { input<double>(2) = value; }
-    double getComparisonValue() const { return input<double>(2); }
-    void setOutputBinaryImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputBinaryImage() const { return output<ImageModel*>(0); }
+    RIX_INPUT(double, ComparisonValue, comparisonValue)
+    RIX_OUTPUT(ImageModel*, OutputBinaryImage, outputBinaryImage)
 };
 
 }  // namespace rix::segmentation

@@ -1,15 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 
 namespace rix::filtering::smoothing {
-
-struct BoxFilterState;
 
 /// Replaces every voxel by the sum or the mean of the voxels in a rectangle around it, in each plane by itself.
 ///
@@ -39,35 +33,20 @@ struct BoxFilterState;
 /// Cost: a few additions a voxel for every kernel size, also for windows much larger than the image. Memory: a few rows
 /// a thread, and for reals also kernelSizeY / 8 rows of `float64`; see `describe`.
 class RIX_EXPORT BoxFilter2d : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(BoxFilter2d)
+
     /// Whether a sum is divided by the number of voxels of the window.
     enum AutoScaleType : int { NO = 0, YES };
     static const EnumInfo& getInfoAutoScaleType();
 
-    static std::shared_ptr<BoxFilter2d> New();
-    static AlgoInfo& getInfo();
-
-    explicit BoxFilter2d(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
-
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// In voxels; default 0, which is refused.
-    void setKernelSizeX(std::int32_t size) { input<std::int32_t>(1) = size; }
-    std::int32_t getKernelSizeX() const { return input<std::int32_t>(1); }
+    RIX_INPUT(std::int32_t, KernelSizeX, kernelSizeX)
     /// In voxels; default 0, which is refused.
-    void setKernelSizeY(std::int32_t size) { input<std::int32_t>(2) = size; }
-    std::int32_t getKernelSizeY() const { return input<std::int32_t>(2); }
+    RIX_INPUT(std::int32_t, KernelSizeY, kernelSizeY)
     /// Default `NO`.
-    void setAutoScale(AutoScaleType autoScale) { input<int>(3) = autoScale; }
-    AutoScaleType getAutoScale() const { return static_cast<AutoScaleType>(input<int>(3).get()); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
-
-private:
-    friend struct BoxFilterState;
+    RIX_CHOICE(AutoScaleType, AutoScale, autoScale, getInfoAutoScaleType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::filtering::smoothing

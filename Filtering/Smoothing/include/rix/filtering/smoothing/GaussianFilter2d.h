@@ -1,16 +1,10 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
 #include <rix/access/BorderPolicy.h>
-#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/algorithms/FilterChoices.h>
-#include <rix/image/ImageModel.h>
 
 namespace rix::filtering::smoothing {
-
-struct GaussianFilterState;
 
 /// Smooths each plane with a Gaussian: every voxel becomes the weighted mean of its neighbours,
 ///
@@ -45,7 +39,8 @@ struct GaussianFilterState;
 /// Cost: 5 (s_X + s_Y) multiplications and twice as many additions a voxel. Memory: the rows of a window a thread; see
 /// `describe`.
 class RIX_EXPORT GaussianFilter2d : public BaseAlgorithm {
-public:
+    RIX_ALGORITHM(GaussianFilter2d)
+
     /// In what the standard deviations are given.
     using LengthUnit = algorithms::LengthUnit;
     using enum algorithms::LengthUnit;
@@ -56,39 +51,20 @@ public:
     using OutputType = algorithms::OutputType;
     using enum algorithms::OutputType;
 
-    static std::shared_ptr<GaussianFilter2d> New();
-    static AlgoInfo& getInfo();
-
-    explicit GaussianFilter2d(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    void applyAllRules() override;
-    AlgorithmDescription describe() const override;
-
-    void setInputImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// Default 1; 0 leaves the axis alone.
-    void setStandardDeviationX(double deviation) { input<double>(1) = deviation; }
-    double getStandardDeviationX() const { return input<double>(1); }
+    RIX_INPUT(double, StandardDeviationX, standardDeviationX)
     /// Default 1; 0 leaves the axis alone.
-    void setStandardDeviationY(double deviation) { input<double>(2) = deviation; }
-    double getStandardDeviationY() const { return input<double>(2); }
+    RIX_INPUT(double, StandardDeviationY, standardDeviationY)
     /// Default `VOXEL`.
-    void setLengthUnit(LengthUnit unit) { input<int>(3) = static_cast<int>(unit); }
-    LengthUnit getLengthUnit() const { return static_cast<LengthUnit>(input<int>(3).get()); }
+    RIX_CHOICE(LengthUnit, LengthUnit, lengthUnit, algorithms::getInfoLengthUnit)
     /// Default `MIRROR`.
-    void setBorderPolicy(BorderPolicy policy) { input<int>(4) = static_cast<int>(policy); }
-    BorderPolicy getBorderPolicy() const { return static_cast<BorderPolicy>(input<int>(4).get()); }
+    RIX_CHOICE(BorderPolicy, BorderPolicy, borderPolicy, access::getInfoBorderPolicy)
     /// Of `FIXED`; default 0.
-    void setBorderValue(double value) { input<double>(5) = value; }
-    double getBorderValue() const { return input<double>(5); }
+    RIX_INPUT(double, BorderValue, borderValue)
     /// Default `SAME_AS_INPUT`.
-    void setOutputType(OutputType type) { input<int>(6) = static_cast<int>(type); }
-    OutputType getOutputType() const { return static_cast<OutputType>(input<int>(6).get()); }
-    void setOutputImage(ImageModel* image) { output<ImageModel*>(0) = image; }
-    ImageModel* getOutputImage() const { return output<ImageModel*>(0); }
-
-private:
-    friend struct GaussianFilterState;
+    RIX_CHOICE(OutputType, OutputType, outputType, algorithms::getInfoOutputType)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 
 }  // namespace rix::filtering::smoothing

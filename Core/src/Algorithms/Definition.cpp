@@ -1,0 +1,74 @@
+#include <rix/algorithms/Definition.h>
+
+#include <algorithm>
+
+#include <rix/image/ImageModel.h>
+
+namespace rix::algorithms {
+
+NoState::~NoState() = default;
+
+void Properties::enterInput(BaseProperty& property, const char* description) {
+    m_algorithm.addInput(property, property.getName(), description);
+}
+
+void Properties::enterOutput(BaseProperty& property, const char* description) {
+    m_algorithm.addOutput(property, property.getName(), description);
+}
+
+void Properties::input(PropertySingleChoice& property, const char* description) {
+    enterInput(property, description);
+    addRules(property, AddRuleIsAnEnumOfType(*property.getEnumInfo()));
+}
+
+void Properties::border(PropertySingleChoice& policy, Property<double>& value) {
+    input(policy, "What lies beyond the edges of the image.");
+    input(value, "The value beyond the edges when borderPolicy is FIXED.", AddRuleAssertNotNaN());
+}
+
+AbstractPrivateImplementation* StateAccess::implementationOf(const BaseAlgorithm& algorithm) {
+    return algorithm.implementation();
+}
+
+namespace detail {
+
+BorderInfluence influenceOf(const access::Reach& reach) {
+    return {{reach.columns.before, reach.rows.before, reach.planes.before},
+            {reach.columns.after, reach.rows.after, reach.planes.after}};
+}
+
+bool inputsHold(const BaseAlgorithm& algorithm) {
+    try {
+        for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
+            algorithm.getInputProperty(i)->applyRules(true);
+        }
+        return true;
+    } catch (const RuleException&) {
+        return false;
+    }
+}
+
+void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmDescription& description) {
+    for (std::size_t i = 0; i < algorithm.getNumOfOutputProperties(); ++i) {
+        const auto* const output = dynamic_cast<const Property<ImageModel*>*>(algorithm.getOutputProperty(i));
+        if (output == nullptr) {
+            continue;
+        }
+        bool inPlace = true;
+        for (const auto& rule : output->getImpl()->m_rules) {
+            if (dynamic_cast<const RuleDisjointFrom<ImageModel*>*>(rule.get()) != nullptr) {
+                inPlace = false;
+            }
+            const auto* const shape = dynamic_cast<const RuleEnforceLike*>(rule.get());
+            if (inputsHold && shape != nullptr) {
+                const rules::ExpectedShape expected = shape->expected();
+                description.outputs.push_back({output->getName(), expected.voxelType, expected.extents});
+                inPlace = inPlace && expected.keepsType;
+            }
+        }
+        description.inPlace = description.inPlace || inPlace;
+    }
+}
+
+}  // namespace detail
+}  // namespace rix::algorithms

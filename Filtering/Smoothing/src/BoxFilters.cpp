@@ -1,0 +1,148 @@
+// Both box filters: the rectangle is a box of one plane.
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include <rix/access/TemporaryImage.h>
+#include <rix/algorithms/Definition.h>
+#include <rix/filtering/smoothing/BoxFilter2d.h>
+#include <rix/filtering/smoothing/BoxFilter3d.h>
+#include <rix/filtering/smoothing/BoxFilterWorkType.h>
+#include <rix/properties/EnumInfo.h>
+
+#include "BoxNeeds.h"
+#include "BoxSums.h"
+
+namespace rix::filtering::smoothing {
+
+namespace {
+
+struct BoxState : algorithms::AbstractPrivateImplementation {
+    /// What the input meant before an output that is the same image was given its own meaning.
+    Interpretations inputMeaning = RIX_VALUE;
+};
+
+template <class Filter>
+constexpr bool hasPlanes = requires(Filter& filter) { filter.kernelSizeZ; };
+
+/// The sums of a run on an image of a meaning.
+template <class Filter>
+BoxJob jobFor(const Filter& filter, Interpretations meaning) {
+    std::int32_t planes = 1;
+    if constexpr (hasPlanes<Filter>) {
+        planes = filter.getKernelSizeZ();
+    }
+    const std::int32_t sizes[] = {filter.getKernelSizeX(), filter.getKernelSizeY(), planes};
+    const auto extents = helper::getExtents(*filter.getInputImage());
+    BoxJob job;
+    job.mean = filter.getAutoScale() == Filter::YES;
+    const BoxBorder border = !job.mean && meaning == RIX_BINARY ? BoxBorder::Zero : BoxBorder::Mirror;
+    for (std::size_t axis = 0; axis < job.axes.size(); ++axis) {
+        job.axes[axis] = BoxAxis(extents[axis], static_cast<std::size_t>(sizes[axis]), border);
+        job.voxels *= sizes[axis];
+    }
+    return job;
+}
+
+template <class Filter>
+VoxelTypes outputType(const Filter& filter) {
+    const ImageModel& input = *filter.getInputImage();
+    if (filter.getAutoScale() == Filter::YES) {
+        return input.getVoxelType();
+    }
+    // The table of types ends below 2^64 voxels a window.
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    const WideInteger voxels = jobFor(filter, input.getInterpretation()).voxels;
+    return computeWorkType(input.getVoxelType(),
+                           voxels > static_cast<WideInteger>(largest) ? largest : static_cast<std::uint64_t>(voxels));
+}
+
+template <class Filter>
+void declare(Filter& filter, algorithms::Properties& properties) {
+    properties.input(filter.inputImage, "The image whose voxels are summed.", AddRulesForRealImage());
+    properties.input(filter.kernelSizeX, "Columns of the window, in voxels.", AddRuleAssertPositiveOnly());
+    properties.input(filter.kernelSizeY, "Rows of the window, in voxels.", AddRuleAssertPositiveOnly());
+    if constexpr (hasPlanes<Filter>) {
+        properties.input(filter.kernelSizeZ, "Planes of the window, in voxels.", AddRuleAssertPositiveOnly());
+    }
+    properties.input(filter.autoScale, "YES: the mean of the window, in the input's type. NO: the sum.");
+    properties.output(filter.outputImage, "The sums or means.", AddRuleAssertNotNull(),
+                      AddRuleEnforceLike(filter.inputImage, {.interpretation = RIX_VALUE,
+                                                             .chosenType = [&filter] { return outputType(filter); }}));
+}
+
+template <class Filter>
+void process(Filter& filter, OptimLevelType level) {
+    const BoxJob job = jobFor(filter, algorithms::stateOf<BoxState>(filter).inputMeaning);
+    access::ExecutionContext& context = filter.executionContext();
+    const ImageModel& input = *filter.getInputImage();
+    ImageModel& output = *filter.getOutputImage();
+    if (access::isOverwritten(input, &output)) {
+        access::writeThroughTemporary(context, output,
+                                      [&](ImageModel& target) { sumBoxes(context, input, target, job, level); });
+    } else {
+        sumBoxes(context, input, output, job, level);
+    }
+}
+
+template <class Filter>
+void prepare(Filter& filter) {
+    if (const ImageModel* const input = filter.getInputImage(); input != nullptr) {
+        algorithms::stateOf<BoxState>(filter).inputMeaning = input->getInterpretation();
+    }
+}
+
+template <class Filter>
+access::Reach reachOf(const Filter& filter) {
+    std::int32_t planes = 1;
+    if constexpr (hasPlanes<Filter>) {
+        planes = filter.getKernelSizeZ();
+    }
+    return access::reachOfWindow(static_cast<std::size_t>(filter.getKernelSizeX()),
+                                 static_cast<std::size_t>(filter.getKernelSizeY()), static_cast<std::size_t>(planes));
+}
+
+template <class Filter>
+std::size_t memoryOf(const Filter& filter) {
+    const ImageModel& input = *filter.getInputImage();
+    const std::size_t bytes =
+        boxWorkingBytes(input, jobFor(filter, input.getInterpretation()), filter.getMaximumThreads());
+    return access::isOverwritten(input, filter.getOutputImage()) ? bytes + access::TemporaryImage::bytes(input, outputType(filter)) : bytes;
+}
+
+template <class Filter>
+constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
+    return {
+        .summary = summary,
+        .kind = AlgorithmKind::Neighbourhood,
+        .declare = &declare<Filter>,
+        .process = &process<Filter>,
+        .prepare = &prepare<Filter>,
+        .influence = &reachOf<Filter>,
+        .memory = &memoryOf<Filter>,
+    };
+}
+
+constexpr auto rectangle = definitionOf<BoxFilter2d>("Sum or mean of the voxels in a rectangle around each voxel.");
+constexpr auto box = definitionOf<BoxFilter3d>("Sum or mean of the voxels in a box around each voxel.");
+
+const EnumInfo& infoAutoScaleType() {
+    static const EnumInfo info("AutoScaleType", "NO = 0, YES");
+    return info;
+}
+
+}  // namespace
+
+const EnumInfo& BoxFilter2d::getInfoAutoScaleType() {
+    return infoAutoScaleType();
+}
+
+const EnumInfo& BoxFilter3d::getInfoAutoScaleType() {
+    return infoAutoScaleType();
+}
+
+RIX_DEFINE_ALGORITHM_WITH(BoxFilter2d, BoxState, rectangle)
+RIX_DEFINE_ALGORITHM_WITH(BoxFilter3d, BoxState, box)
+
+}  // namespace rix::filtering::smoothing
