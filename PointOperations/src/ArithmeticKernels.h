@@ -1,5 +1,6 @@
 #pragma once
 
+#include <rix/access/Plan.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageTypes.h>
 
@@ -15,10 +16,11 @@ struct ArithmeticRows {
 };
 
 /// Operands and result of one type, real or complex.
-const ArithmeticRows& arithmeticRows(VoxelTypes type, OptimLevelType level);
+const ArithmeticRows& arithmeticRows(VoxelTypes type, access::Stores stores, OptimLevelType level);
 
 /// Operands of a narrower type (both images, or the image beside a value), widened in registers; null where there is
 /// no kernel of that kind: the operands are then to be converted first.
-const ArithmeticRows* wideningArithmeticRows(VoxelTypes operand, VoxelTypes result, OptimLevelType level);
+const ArithmeticRows* wideningArithmeticRows(VoxelTypes operand, VoxelTypes result, access::Stores stores,
+                                             OptimLevelType level);
 
 }  // namespace rix::point_operations

@@ -149,40 +149,65 @@ void vectorMathRow(const void* first, const void* second, void* out, std::size_t
     row(static_cast<const T*>(first), static_cast<const T*>(second), static_cast<T*>(out), count);
 }
 
+/// The library knows no policy of stores: its results are streamed from pieces in the first-level cache, which are
+/// short so that memory reads and writes at a time.
+template <class T, simd::VectorOperation operation>
+void streamedVectorMathRow(const void* first, const void* second, void* out, std::size_t count) {
+    static const access::StreamRow stream = access::streamRow(SCALAR);
+    constexpr std::size_t piece = 2048 / sizeof(T);
+    alignas(access::lineBytes) std::byte results[piece * sizeof(T)];
+    const auto* const a = static_cast<const T*>(first);
+    const auto* const b = static_cast<const T*>(second);
+    auto* const target = static_cast<RawData>(out);
+    const std::size_t head = access::samplesBeforeLine(out, sizeof(T), count);
+    std::size_t length = head != 0 && head < piece ? head : piece;
+    for (std::size_t i = 0; i < count; i += length, length = piece) {
+        length = std::min(length, count - i);
+        vectorMathRow<T, operation>(a + i, b + i, results, length);
+        stream(target + i * sizeof(T), reinterpret_cast<ConstRawData>(results), length * sizeof(T));
+    }
+}
+
 /// The row of the vector-math library under the signature of our own rows, or null where the library has none.
 template <class T>
-PairRow vectorMathRowOf(Operator op) {
+PairRow vectorMathRowOf(Operator op, access::Stores stores) {
     using simd::VectorOperation;
     struct Candidate {
         VectorOperation operation;
-        PairRow row;
+        PairRow cached;
+        PairRow streamed;
     };
     constexpr Candidate candidates[] = {
-        {VectorOperation::Add, &vectorMathRow<T, VectorOperation::Add>},
-        {VectorOperation::Subtract, &vectorMathRow<T, VectorOperation::Subtract>},
-        {VectorOperation::Multiply, &vectorMathRow<T, VectorOperation::Multiply>},
-        {VectorOperation::Divide, &vectorMathRow<T, VectorOperation::Divide>},
+        {VectorOperation::Add, &vectorMathRow<T, VectorOperation::Add>,
+         &streamedVectorMathRow<T, VectorOperation::Add>},
+        {VectorOperation::Subtract, &vectorMathRow<T, VectorOperation::Subtract>,
+         &streamedVectorMathRow<T, VectorOperation::Subtract>},
+        {VectorOperation::Multiply, &vectorMathRow<T, VectorOperation::Multiply>,
+         &streamedVectorMathRow<T, VectorOperation::Multiply>},
+        {VectorOperation::Divide, &vectorMathRow<T, VectorOperation::Divide>,
+         &streamedVectorMathRow<T, VectorOperation::Divide>},
     };
     if (op > ArithmeticOperators::DIVIDE) {
         return nullptr;
     }
     const Candidate& candidate = candidates[op];
-    return simd::vectorRow<T>(candidate.operation) != nullptr ? candidate.row : nullptr;
+    const PairRow row = stores == access::Stores::Streaming ? candidate.streamed : candidate.cached;
+    return simd::vectorRow<T>(candidate.operation) != nullptr ? row : nullptr;
 }
 
 /// Two images of one floating or complex type go through the vector-math library at the scalar level; at the others
 /// our own rows are as fast or faster.
-PairRow pairRowOf(Operator op, VoxelTypes type, OptimLevelType level) {
+PairRow pairRowOf(Operator op, VoxelTypes type, access::Stores stores, OptimLevelType level) {
     PairRow row = nullptr;
     if (level == SCALAR) {
         access::dispatch(access::AllTypes{}, type, [&](auto tag) {
             using T = typename decltype(tag)::type;
             if constexpr (!std::is_integral_v<T>) {
-                row = vectorMathRowOf<T>(op);
+                row = vectorMathRowOf<T>(op, stores);
             }
         });
     }
-    return row != nullptr ? row : arithmeticRows(type, level).pair[op];
+    return row != nullptr ? row : arithmeticRows(type, stores, level).pair[op];
 }
 
 void processImages(ArithmeticOperationWithImage& algorithm, OptimLevelType level) {
@@ -193,19 +218,20 @@ void processImages(ArithmeticOperationWithImage& algorithm, OptimLevelType level
     ImageModel& output = *algorithm.getOutputImage();
     const VoxelTypes type = output.getVoxelType();
     const VoxelTypes operandType = first.getVoxelType();
+    const access::Stores stores = access::storesFor(output);
 
     const ArithmeticRows* const widening =
-        second.getVoxelType() == operandType ? wideningArithmeticRows(operandType, type, level) : nullptr;
+        second.getVoxelType() == operandType ? wideningArithmeticRows(operandType, type, stores, level) : nullptr;
     PairRow row = widening != nullptr ? widening->pair[op] : nullptr;
     const VoxelTypes readAs = row != nullptr ? operandType : type;
     if (row == nullptr) {
-        row = pairRowOf(op, type, level);
+        row = pairRowOf(op, type, stores, level);
     }
     const ImagePairToImageFilter3d filter({first, readAs, state.isBinary1}, {second, readAs, state.isBinary2}, output,
                                           level);
     const std::size_t bytes =
         helper::getElementSize(first) + helper::getElementSize(second) + helper::getElementSize(output);
-    filter.run(algorithm.executionContext(), costOf(op, type, bytes), row);
+    filter.run(algorithm.executionContext(), costOf(op, type, bytes), stores, row);
 }
 
 /// Combines rows of a complex type with a row that holds one value everywhere.
@@ -240,26 +266,27 @@ void processValue(ArithmeticOperationWithValue& algorithm, OptimLevelType level)
     const VoxelTypes type = info.output.getVoxelType();
     const VoxelTypes imageType = info.input.getVoxelType();
     const double cost = costOf(op, type, helper::getElementSize(info.input) + helper::getElementSize(info.output));
+    const access::Stores stores = access::storesFor(info.output);
 
     access::dispatch(access::AllTypes{}, type, [&](auto tag) {
         using T = typename decltype(tag)::type;
         const T value = access::castSample<T>(algorithm.getValue());
         if constexpr (access::isComplex<T>) {
-            const WithConstantRow functor(arithmeticRows(type, level).pair[op], value);
-            const GenericPointOperationImageToImageScalarOneTypeBody body(info, functor, level);
+            const WithConstantRow functor(arithmeticRows(type, stores, level).pair[op], value);
+            const GenericPointOperationImageToImageScalarOneTypeBody body(info, functor, stores, level);
             runGenericPointOperation(info, body, cost);
         } else {
-            const ArithmeticRows* const widening = wideningArithmeticRows(imageType, type, level);
+            const ArithmeticRows* const widening = wideningArithmeticRows(imageType, type, stores, level);
             const ValueRow widened = widening != nullptr ? widening->value[op] : nullptr;
-            const ValueRow row = widened != nullptr ? widened : arithmeticRows(type, level).value[op];
+            const ValueRow row = widened != nullptr ? widened : arithmeticRows(type, stores, level).value[op];
             const auto functor = [row, &value](const void* in, void* out, std::size_t count) {
                 row(in, &value, out, count);
             };
             if (widened != nullptr) {
-                const GenericPointOperationImageToImageScalarTwoTypesBody body(info, functor, level);
+                const GenericPointOperationImageToImageScalarTwoTypesBody body(info, functor, stores, level);
                 runGenericPointOperation(info, body, cost);
             } else {
-                const GenericPointOperationImageToImageScalarOneTypeBody body(info, functor, level);
+                const GenericPointOperationImageToImageScalarOneTypeBody body(info, functor, stores, level);
                 runGenericPointOperation(info, body, cost);
             }
         }

@@ -2,6 +2,7 @@
 // the namespace of that pass.
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include <hwy/highway.h>
@@ -45,9 +46,18 @@ struct ArithmeticOperatorMonoType_Multiply {
     }
 };
 
-/// 0 where the divisor is 0. Integers go through reals, which processors divide in vectors: the quotient of two 16-bit
-/// integers in single precision, or of two 32-bit integers in double precision, never rounds up to the next integer,
-/// because it is at least 1 / divisor away from it.
+/// All bits, or none.
+template <class Bits>
+inline Bits maskOf(bool condition) {
+    return static_cast<Bits>(Bits{0} - static_cast<Bits>(condition));
+}
+
+/// 0 where the divisor is 0, by masks: where there is a choice between a quotient and something else, the compiler
+/// branches around the division, and the loop stays scalar.
+///
+/// Integers go through reals, which processors divide in vectors: the quotient of two 16-bit integers in single
+/// precision, or of two 32-bit integers in double precision, never rounds up to the next integer, because it is at
+/// least 1 / divisor away from it.
 template <class T>
 struct ArithmeticOperatorMonoType_Divide {
     static T apply(T a, T b) {
@@ -56,15 +66,22 @@ struct ArithmeticOperatorMonoType_Divide {
             const auto quotient = static_cast<std::int32_t>(static_cast<float>(a) / divisor);
             return static_cast<T>(b == 0 ? 0 : quotient);  // -32768 / -1 wraps to itself
         } else if constexpr (std::is_same_v<T, std::int32_t>) {
-            // -1 apart: the most negative integer divided by it is itself.
-            const bool special = static_cast<Wrapping>(b) + 1 <= 1;  // 0 or -1
-            const double divisor = special ? 1.0 : static_cast<double>(b);
-            const auto quotient = static_cast<std::int32_t>(static_cast<double>(a) / divisor);
-            const auto negated = static_cast<std::int32_t>(Wrapping{0} - static_cast<Wrapping>(a));
-            return special ? (b == 0 ? 0 : negated) : quotient;
+            // By 0 and -1 as by 1; the most negative integer divided by -1 is itself.
+            const auto zero = maskOf<Wrapping>(b == 0);
+            const auto minusOne = maskOf<Wrapping>(b == -1);
+            const auto divisor =
+                static_cast<std::int32_t>((static_cast<Wrapping>(b) & ~minusOne) | ((zero | minusOne) & 1));
+            const auto quotient =
+                static_cast<Wrapping>(static_cast<std::int32_t>(static_cast<double>(a) / static_cast<double>(divisor)));
+            return static_cast<T>(((quotient ^ minusOne) - minusOne) & ~zero);
         } else {
-            const T quotient = a / b;
-            return b == T(0) ? T(0) : quotient;
+            using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
+            T quotient = a / b;
+            Bits bits = 0;
+            std::memcpy(&bits, &quotient, sizeof(T));
+            bits &= maskOf<Bits>(b != T(0));
+            std::memcpy(&quotient, &bits, sizeof(T));
+            return quotient;
         }
     }
 };

@@ -1,7 +1,5 @@
 #include "ComplexKernels.h"
 
-#include <rix/simd/Loops.h>
-
 #include "CarefulComplex.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -9,6 +7,8 @@
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
+
+#include <rix/access/Stores-inl.h>
 
 #include "ArithmeticOperators-inl.h"
 
@@ -18,15 +18,25 @@ namespace rix::point_operations::HWY_NAMESPACE {
 /// Results are made in short pieces beside the output, which may be an operand of pairs that have to be done again.
 constexpr std::size_t complexPiece = 256;
 
+using access::Stores;
+
 template <template <class> class Operator, class Real>
-void partwiseRow(const void* first, const void* second, void* output, std::size_t count) {
+HWY_INLINE auto partwiseResults(const void* first, const void* second) {
     const auto* const a = static_cast<const Real*>(first);
     const auto* const b = static_cast<const Real*>(second);
-    auto* const out = static_cast<Real*>(output);
-    RIX_INDEPENDENT_ITERATIONS
-    for (std::size_t i = 0; i < 2 * count; ++i) {
-        out[i] = Operator<Real>::apply(a[i], b[i]);
-    }
+    return [=](std::size_t i) HWY_ATTR { return Operator<Real>::apply(a[i], b[i]); };
+}
+
+template <Stores stores, template <class> class Operator, class Real>
+void partwiseRow(const void* first, const void* second, void* output, std::size_t count) {
+    access::HWY_NAMESPACE::storeRow<stores, Real>(static_cast<Real*>(output), 2 * count,
+                                                  partwiseResults<Operator, Real>(first, second));
+}
+
+/// Both parts of a piece of results.
+template <class Real>
+HWY_INLINE auto roundedResults(const double* results) {
+    return [=](std::size_t i) HWY_ATTR { return static_cast<Real>(results[i]); };
 }
 
 /// Parts of single precision: their products are exact in double precision, and no sum of products leaves its range.
@@ -47,7 +57,7 @@ struct QuotientOfFloats {
 using CarefulFloat = void (*)(const float*, const float*, float*);
 using CarefulDouble = void (*)(const double*, const double*, double*);
 
-template <class Operation, CarefulFloat careful>
+template <Stores stores, class Operation, CarefulFloat careful>
 void floatRow(const void* first, const void* second, void* output, std::size_t count) {
     const auto* a = static_cast<const float*>(first);
     const auto* b = static_cast<const float*>(second);
@@ -66,9 +76,7 @@ void floatRow(const void* first, const void* second, void* output, std::size_t c
         }
         const bool ordinary = witness == 0;
         if (ordinary) {
-            for (std::size_t i = 0; i < 2 * n; ++i) {
-                out[i] = static_cast<float>(results[i]);
-            }
+            access::HWY_NAMESPACE::storeRow<stores, double>(out, 2 * n, roundedResults<float>(results));
         } else {
             for (std::size_t i = 0; i < n; ++i) {
                 const double re = results[2 * i];
@@ -149,7 +157,7 @@ inline bool isOrdinary(double value) {
     return size == 0 || (size > 0x1p-200 && size < 0x1p200);
 }
 
-template <class Operation, CarefulDouble careful, bool divides>
+template <Stores stores, class Operation, CarefulDouble careful, bool divides>
 void doubleRow(const void* first, const void* second, void* output, std::size_t count) {
     const auto* a = static_cast<const double*>(first);
     const auto* b = static_cast<const double*>(second);
@@ -172,9 +180,7 @@ void doubleRow(const void* first, const void* second, void* output, std::size_t 
                 careful(x, y, results + 2 * i);
             }
         }
-        for (std::size_t i = 0; i < 2 * n; ++i) {
-            out[i] = results[i];
-        }
+        access::HWY_NAMESPACE::storeRow<stores, double>(out, 2 * n, roundedResults<double>(results));
         a += 2 * n;
         b += 2 * n;
         out += 2 * n;
@@ -182,21 +188,34 @@ void doubleRow(const void* first, const void* second, void* output, std::size_t 
     }
 }
 
+template <Stores stores>
 const ArithmeticRows& rowsOfFloats() {
+    static constexpr ArithmeticRows table = {{&partwiseRow<stores, ArithmeticOperatorMonoType_Add, float>,
+                                              &partwiseRow<stores, ArithmeticOperatorMonoType_Subtract, float>,
+                                              &floatRow<stores, ProductOfFloats, &carefulProduct>,
+                                              &floatRow<stores, QuotientOfFloats, &carefulQuotient>, nullptr, nullptr},
+                                             {}};
+    return table;
+}
+
+template <Stores stores>
+const ArithmeticRows& rowsOfDoubles() {
     static constexpr ArithmeticRows table = {
-        {&partwiseRow<ArithmeticOperatorMonoType_Add, float>, &partwiseRow<ArithmeticOperatorMonoType_Subtract, float>,
-         &floatRow<ProductOfFloats, &carefulProduct>, &floatRow<QuotientOfFloats, &carefulQuotient>, nullptr, nullptr},
+        {&partwiseRow<stores, ArithmeticOperatorMonoType_Add, double>,
+         &partwiseRow<stores, ArithmeticOperatorMonoType_Subtract, double>,
+         &doubleRow<stores, ProductOfDoubles, &carefulProduct, false>,
+         &doubleRow<stores, QuotientOfDoubles, &carefulQuotient, true>, nullptr, nullptr},
         {}};
     return table;
 }
 
-const ArithmeticRows& rowsOfDoubles() {
-    static constexpr ArithmeticRows table = {{&partwiseRow<ArithmeticOperatorMonoType_Add, double>,
-                                              &partwiseRow<ArithmeticOperatorMonoType_Subtract, double>,
-                                              &doubleRow<ProductOfDoubles, &carefulProduct, false>,
-                                              &doubleRow<QuotientOfDoubles, &carefulQuotient, true>, nullptr, nullptr},
-                                             {}};
-    return table;
+template <Stores stores>
+const ArithmeticRows& rowsOf(VoxelTypes type) {
+    return type == RIX_COMPLEX_FLOAT32 ? rowsOfFloats<stores>() : rowsOfDoubles<stores>();
+}
+
+const ArithmeticRows& rows(VoxelTypes type, Stores stores) {
+    return stores == Stores::Streaming ? rowsOf<Stores::Streaming>(type) : rowsOf<Stores::Cached>(type);
 }
 
 }  // namespace rix::point_operations::HWY_NAMESPACE
@@ -205,9 +224,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rix::point_operations {
 
-const ArithmeticRows& complexRows(VoxelTypes type, OptimLevelType level) {
-    return type == RIX_COMPLEX_FLOAT32 ? RIX_SELECT_KERNELS(level, rowsOfFloats())
-                                       : RIX_SELECT_KERNELS(level, rowsOfDoubles());
+const ArithmeticRows& complexRows(VoxelTypes type, access::Stores stores, OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, rows(type, stores));
 }
 
 }  // namespace rix::point_operations

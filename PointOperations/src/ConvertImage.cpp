@@ -53,14 +53,15 @@ void declare(ConvertImage& algorithm, algorithms::Properties& properties) {
 }
 
 /// Converts the input, in its own type, row by row.
-void convertRows(const GenericPointOperationImageToImageInfo& info, access::CastRow row, OptimLevelType level) {
+void convertRows(const GenericPointOperationImageToImageInfo& info, access::CastRow row, access::Stores stores,
+                 OptimLevelType level) {
     const auto functor = [row](ConstRawData in, RawData out, std::size_t count) {
         if (in != out) {  // nothing to do in place: the types are the same then
             row(in, out, count);
         }
     };
     const std::size_t bytes = helper::getElementSize(info.input) + helper::getElementSize(info.output);
-    const GenericPointOperationImageToImageScalarTwoTypesBody body(info, functor, level);
+    const GenericPointOperationImageToImageScalarTwoTypesBody body(info, functor, stores, level);
     runGenericPointOperation(info, body, nanosecondsPerByte * static_cast<double>(bytes));
 }
 
@@ -80,10 +81,12 @@ void process(ConvertImage& algorithm, OptimLevelType level) {
                                                      algorithms::stateOf<ConvertState>(algorithm).isBinary,
                                                      *algorithm.getOutputImage(), algorithm};
     const VoxelTypes from = info.input.getVoxelType();
+    const access::Stores stores = access::storesFor(info.output);
     if (algorithm.getOutputType() != ConvertImage::BINARY) {
-        convertRows(info, access::castRowOf(from, info.output.getVoxelType(), level), level);
+        convertRows(info, access::castRowOf(from, info.output.getVoxelType(), stores, level), stores, level);
     } else if (access::contains(access::Complexes{}, from)) {
-        convertRows(info, access::truthRowOf(from, level), level);  // thresholding takes what has an order
+        convertRows(info, access::truthRowOf(from, stores, level), stores,
+                    level);  // thresholding takes what has an order
     } else {
         makeBinary(algorithm, level);
     }

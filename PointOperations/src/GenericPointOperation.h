@@ -19,30 +19,30 @@ struct GenericPointOperationImageToImageInfo {
 };
 
 /// The block body of a functor `(const void* in, void* out, std::size_t count)` whose input is read in one type and
-/// whose output has another: the input's own here, unless it is said which.
+/// whose output has another: the input's own here, unless it is said which. `stores` tells how the functor stores,
+/// `level` is that of the conversion of the input.
 template <class Functor>
 class GenericPointOperationImageToImageScalarTwoTypesBody {
 public:
     GenericPointOperationImageToImageScalarTwoTypesBody(const GenericPointOperationImageToImageInfo& info,
-                                                        const Functor& functor, OptimLevelType level)
-        : GenericPointOperationImageToImageScalarTwoTypesBody(info, functor, level, info.input.getVoxelType()) {}
+                                                        const Functor& functor, access::Stores stores,
+                                                        OptimLevelType level)
+        : GenericPointOperationImageToImageScalarTwoTypesBody(info, functor, stores, level, info.input.getVoxelType()) {
+    }
 
-    OptimLevelType level() const { return m_level; }
-
-    void operator()(const access::Plan& plan, const access::Block& block, access::StreamRow stream) const {
+    void operator()(const access::Plan& plan, const access::Block& block) const {
         const std::size_t piece = access::pieceSamples(
             std::max({m_conversion.sourceBytes(), m_conversion.targetBytes(), helper::getElementSize(m_output)}),
-            stream);
-        const bool wholeRows = m_conversion.isNone() && stream == nullptr;
+            m_stores);
+        const bool wholeRows = m_conversion.isNone();
         access::PieceReader in(m_input, m_conversion, plan, piece);
-        access::PieceWriter out(m_output, plan, stream, piece);
+        access::PieceWriter out(m_output, plan, m_stores);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             in.read(segment);
             out.open(segment);
             access::forEachPiece(segment.count, wholeRows ? segment.count : piece, out,
                                  [&](std::size_t first, std::size_t count) {
-                                     m_functor(in.piece(first, count), out.piece(first, count), count);
-                                     out.pieceDone();
+                                     m_functor(in.piece(first, count), out.piece(first), count);
                                  });
             out.flush();
         });
@@ -50,19 +50,20 @@ public:
 
 protected:
     GenericPointOperationImageToImageScalarTwoTypesBody(const GenericPointOperationImageToImageInfo& info,
-                                                        const Functor& functor, OptimLevelType level, VoxelTypes readAs)
+                                                        const Functor& functor, access::Stores stores,
+                                                        OptimLevelType level, VoxelTypes readAs)
         : m_input{info.input, readAs, info.inputIsBinary},
           m_conversion(m_input, level),
           m_output(info.output),
           m_functor(functor),
-          m_level(level) {}
+          m_stores(stores) {}
 
 private:
     access::PieceInput m_input;
     access::RowConversion m_conversion;
     ImageModel& m_output;
     const Functor& m_functor;
-    OptimLevelType m_level;
+    access::Stores m_stores;
 };
 
 /// The block body of a functor whose input and output have one type, the output's: the input is converted to it.
@@ -71,8 +72,9 @@ class GenericPointOperationImageToImageScalarOneTypeBody
     : public GenericPointOperationImageToImageScalarTwoTypesBody<Functor> {
 public:
     GenericPointOperationImageToImageScalarOneTypeBody(const GenericPointOperationImageToImageInfo& info,
-                                                       const Functor& functor, OptimLevelType level)
-        : GenericPointOperationImageToImageScalarTwoTypesBody<Functor>(info, functor, level,
+                                                       const Functor& functor, access::Stores stores,
+                                                       OptimLevelType level)
+        : GenericPointOperationImageToImageScalarTwoTypesBody<Functor>(info, functor, stores, level,
                                                                        info.output.getVoxelType()) {}
 };
 
@@ -82,10 +84,7 @@ template <class Body>
 void runGenericPointOperation(const GenericPointOperationImageToImageInfo& info, const Body& body,
                               double nanosecondsPerVoxel) {
     const access::Plan plan = access::cutLines({&info.input, &info.output}, nanosecondsPerVoxel);
-    const access::StreamRow stream = access::streamRowFor(
-        access::chooseStores(plan.voxelCount(), helper::getElementSize(info.output)), body.level());
-    access::run(info.algorithm.executionContext(), plan,
-                [&](const access::Block& block) { body(plan, block, stream); });
+    access::run(info.algorithm.executionContext(), plan, [&](const access::Block& block) { body(plan, block); });
 }
 
 }  // namespace rix::point_operations

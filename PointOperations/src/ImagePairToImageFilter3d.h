@@ -14,11 +14,14 @@ public:
     /// Writes `count` samples from as many of either input, which have the types that the inputs are read as.
     using Operator = access::FunctionRef<void(const void* first, const void* second, void* out, std::size_t count)>;
 
+    /// @param level of the conversion of the inputs
     ImagePairToImageFilter3d(const access::PieceInput& first, const access::PieceInput& second, ImageModel& output,
                              OptimLevelType level);
 
     /// @param nanosecondsPerVoxel rough cost of the operator, for deciding whether threads pay
-    void run(access::ExecutionContext& context, double nanosecondsPerVoxel, Operator apply) const;
+    /// @param stores how the operator stores
+    void run(access::ExecutionContext& context, double nanosecondsPerVoxel, access::Stores stores,
+             Operator apply) const;
 
 private:
     access::PieceInput m_first;
@@ -26,7 +29,6 @@ private:
     ImageModel& m_output;
     access::RowConversion m_firstConversion;
     access::RowConversion m_secondConversion;
-    OptimLevelType m_level;
 };
 
 }  // namespace rix::point_operations

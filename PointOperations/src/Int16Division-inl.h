@@ -5,6 +5,8 @@
 #include <cstdint>
 
 #include <hwy/highway.h>
+
+#include <rix/access/Stores-inl.h>
 #include <rix/simd/Truncation-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -59,20 +61,28 @@ HWY_INLINE hn::Vec<hn::ScalableTag<std::int16_t>> loadAsInt16(const Operand* fro
     }
 }
 
-template <class Operand>
+template <access::Stores stores, class Operand>
 void divideInt16Row(const void* first, const void* second, void* output, std::size_t count) {
     const hn::ScalableTag<std::int16_t> d16;
     const std::size_t lanes = hn::Lanes(d16);
     const auto* const a = static_cast<const Operand*>(first);
     const auto* const b = static_cast<const Operand*>(second);
     auto* const out = static_cast<std::int16_t*>(output);
-    std::size_t i = 0;
-    for (; i + lanes <= count; i += lanes) {
-        hn::StoreU(quotientsOfInt16(loadAsInt16(a + i), loadAsInt16(b + i)), d16, out + i);
-    }
-    for (; i < count; ++i) {
+    const auto divideOne = [=](std::size_t i) HWY_ATTR {
         out[i] = ArithmeticOperatorMonoType_Divide<std::int16_t>::apply(static_cast<std::int16_t>(a[i]),
                                                                         static_cast<std::int16_t>(b[i]));
+    };
+    std::size_t i = 0;
+    if constexpr (stores == access::Stores::Streaming) {
+        for (const std::size_t head = access::samplesBeforeLine(out, sizeof(*out), count); i < head; ++i) {
+            divideOne(i);
+        }
+    }
+    for (; i + lanes <= count; i += lanes) {
+        access::HWY_NAMESPACE::storeTo<stores>(quotientsOfInt16(loadAsInt16(a + i), loadAsInt16(b + i)), d16, out + i);
+    }
+    for (; i < count; ++i) {
+        divideOne(i);
     }
 }
 

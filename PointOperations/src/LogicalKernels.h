@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+
+#include <rix/access/Plan.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageTypes.h>
 
@@ -8,19 +11,14 @@
 namespace rix::point_operations {
 
 /// The kernels of the logical operators, indexed by `LogicalOperators::LogicalOperatorType`. The operators work bit by
-/// bit, so that a kernel serves every type of its width, and those of pairs serve every type: `count` is in bytes
-/// there.
+/// bit, so that a kernel serves every type of its width.
 struct LogicalRows {
-    PairRow pairOfBytes[7];
-    ValueRow value8[7];
-    ValueRow value16[7];
-    ValueRow value32[7];
-    /// Keeps the lowest bit of each sample: what is stored in a binary image.
-    SingleRow lowestBit8;
-    SingleRow lowestBit16;
-    SingleRow lowestBit32;
+    PairRow pair[7];
+    ValueRow value[7];
 };
 
-const LogicalRows& logicalRows(OptimLevelType level);
+/// @param sampleBytes 1, 2 or 4
+/// @param isBinary whether operands, images and values, are 0 and 1, as results are then
+const LogicalRows& logicalRows(std::size_t sampleBytes, bool isBinary, access::Stores stores, OptimLevelType level);
 
 }  // namespace rix::point_operations

@@ -35,11 +35,12 @@ void process(MaskImage& algorithm, OptimLevelType level) {
     const std::size_t sampleBytes = helper::getElementSize(image);
     const std::size_t maskBytes = helper::getElementSize(mask);
     const bool binary = image.getInterpretation() == RIX_BINARY;
-    const PairRow row = maskRow(sampleBytes, maskBytes, level);
+    const access::Stores stores = access::storesFor(*algorithm.getOutputImage());
+    const PairRow row = maskRow(sampleBytes, maskBytes, stores, level);
     const ImagePairToImageFilter3d filter({image, image.getVoxelType(), binary}, {mask, mask.getVoxelType()},
                                           *algorithm.getOutputImage(), level);
     filter.run(algorithm.executionContext(), nanosecondsPerByte * static_cast<double>(2 * sampleBytes + maskBytes),
-               row);
+               stores, row);
 }
 
 constexpr algorithms::Definition<MaskImage> definition{

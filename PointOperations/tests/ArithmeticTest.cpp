@@ -15,23 +15,23 @@ using OfImages = ArithmeticOperationWithImage;
 using OfValue = ArithmeticOperationWithValue;
 using Op = Operators::ArithmeticOperatorType;
 
-void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, OptimLevelType level) {
+void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, const Kernels& kernels) {
     OfImages algorithm;
     algorithm.setInputImage1(&first);
     algorithm.setInputImage2(&second);
     algorithm.setArithmeticOperator(op);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level);
+    runOn(algorithm, kernels);
 }
 
-void combine(const ImageModel& image, double value, Op op, ImageModel& output, OptimLevelType level) {
+void combine(const ImageModel& image, double value, Op op, ImageModel& output, const Kernels& kernels) {
     OfValue algorithm;
     algorithm.setInputImage(&image);
     algorithm.setValue(1);  // a property that holds 0 would ignore -0
     algorithm.setValue(value);
     algorithm.setArithmeticOperator(op);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level);
+    runOn(algorithm, kernels);
 }
 
 TEST(Arithmetic, OfTwoImagesEqualsTheDefinitionForEveryPairOfTypesOperatorAndLevel) {
@@ -46,12 +46,12 @@ TEST(Arithmetic, OfTwoImagesEqualsTheDefinitionForEveryPairOfTypesOperatorAndLev
                     continue;
                 }
                 const io::MemoryImage expected = referenceOfImages(first, second, op);
-                for (const OptimLevelType level : runnableLevels()) {
+                for (const Kernels& kernels : runnableKernels()) {
                     io::MemoryImage output;
-                    combine(first, second, op, output, level);
+                    combine(first, second, op, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output, toleranceOf(expected.getVoxelType(), op)))
                         << helper::voxelTypesToString(a) << ' ' << helper::voxelTypesToString(b) << " operator " << op
-                        << " level " << level;
+                        << " level " << kernels;
                 }
             }
         }
@@ -72,12 +72,12 @@ TEST(Arithmetic, OfAValueEqualsTheDefinitionForEveryTypeOperatorAndLevel) {
                     continue;
                 }
                 const io::MemoryImage expected = referenceOfValue(image, value, op);
-                for (const OptimLevelType level : runnableLevels()) {
+                for (const Kernels& kernels : runnableKernels()) {
                     io::MemoryImage output;
-                    combine(image, value, op, output, level);
+                    combine(image, value, op, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output, toleranceOf(expected.getVoxelType(), op)))
                         << helper::voxelTypesToString(type) << " value " << value << " operator " << op << " level "
-                        << level;
+                        << kernels;
                 }
             }
         }
@@ -98,10 +98,10 @@ TEST(Arithmetic, DividesEveryPairOf16BitIntegersThatCouldRoundUp) {
                     return std::clamp<std::int64_t>(multiple * divisor + offset, -32768, 32767);
                 });
             const io::MemoryImage expected = referenceOfImages(dividends, divisors, Operators::DIVIDE);
-            for (const OptimLevelType level : runnableLevels()) {
+            for (const Kernels& kernels : runnableKernels()) {
                 io::MemoryImage output;
-                combine(dividends, divisors, Operators::DIVIDE, output, level);
-                ASSERT_TRUE(imagesEqual(expected, output)) << multiple << ' ' << offset << " level " << level;
+                combine(dividends, divisors, Operators::DIVIDE, output, kernels);
+                ASSERT_TRUE(imagesEqual(expected, output)) << multiple << ' ' << offset << " level " << kernels;
             }
         }
     }
@@ -114,10 +114,10 @@ TEST(Arithmetic, DividesEveryPairOfBytes) {
     const io::MemoryImage divisors =
         rix::test::makeImage({.extents = extents}, [](std::size_t, std::size_t y, auto...) { return y; });
     const io::MemoryImage expected = referenceOfImages(dividends, divisors, Operators::DIVIDE);
-    for (const OptimLevelType level : runnableLevels()) {
+    for (const Kernels& kernels : runnableKernels()) {
         io::MemoryImage output;
-        combine(dividends, divisors, Operators::DIVIDE, output, level);
-        ASSERT_TRUE(imagesEqual(expected, output)) << "level " << level;
+        combine(dividends, divisors, Operators::DIVIDE, output, kernels);
+        ASSERT_TRUE(imagesEqual(expected, output)) << "level " << kernels;
     }
 }
 
@@ -145,14 +145,14 @@ TEST(Arithmetic, HandlesEveryWidthAndOddOffsets) {
             const ImageModelSizeProxy a(&first, {shift, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
             const ImageModelSizeProxy b(&second, {11, 2, 0, 0, 0}, {width, 3, 1, 1, 1});
             const io::MemoryImage expected = referenceOfImages(a, b, test.op);
-            for (const OptimLevelType level : runnableLevels()) {
+            for (const Kernels& kernels : runnableKernels()) {
                 io::MemoryImage target = makeRandomImage({.voxelType = expected.getVoxelType(), .extents = large}, 3);
                 const io::MemoryImage before = target;
                 {
                     ImageModelSizeProxy view(&target, {3, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
-                    combine(a, b, test.op, view, level);
+                    combine(a, b, test.op, view, kernels);
                     ASSERT_TRUE(imagesEqual(expected, view, toleranceOf(expected.getVoxelType(), test.op)))
-                        << width << " columns, level " << level;
+                        << width << " columns, level " << kernels;
                 }
                 const std::size_t left = 3;
                 const std::size_t right = 90 - 3 - width;
@@ -172,15 +172,15 @@ TEST(Arithmetic, ReadsBinaryImagesAsZeroAndOne) {
     io::MemoryImage binary = makeRandomImage({.extents = {131, 7, 1, 1, 1}}, 8);
     binary.setInterpretation(RIX_BINARY);
     const io::MemoryImage other = makeRandomImage({.extents = {131, 7, 1, 1, 1}}, 9);
-    for (const OptimLevelType level : runnableLevels()) {
+    for (const Kernels& kernels : runnableKernels()) {
         io::MemoryImage output;
-        combine(binary, other, Operators::SUBTRACT, output, level);
+        combine(binary, other, Operators::SUBTRACT, output, kernels);
         EXPECT_TRUE(imagesEqual(referenceOfImages(binary, other, Operators::SUBTRACT), output));
-        combine(binary, 2, Operators::MULTIPLY, output, level);
+        combine(binary, 2, Operators::MULTIPLY, output, kernels);
         EXPECT_TRUE(imagesEqual(referenceOfValue(binary, 2, Operators::MULTIPLY), output));
         // In place the output's new interpretation comes before the reading.
         io::MemoryImage image = binary;
-        combine(image, other, Operators::MINIMUM, image, level);
+        combine(image, other, Operators::MINIMUM, image, kernels);
         EXPECT_TRUE(imagesEqual(referenceOfImages(binary, other, Operators::MINIMUM), image));
     }
 }
@@ -193,10 +193,10 @@ void expectVoxel(VoxelTypes a, rix::test::SampleValue x, VoxelTypes b, rix::test
     };
     const io::MemoryImage first = filled(a, x);
     const io::MemoryImage second = filled(b, y);
-    for (const OptimLevelType level : runnableLevels()) {
+    for (const Kernels& kernels : runnableKernels()) {
         io::MemoryImage output;
-        combine(first, second, op, output, level);
-        EXPECT_TRUE(imagesEqual(filled(resultType, result), output)) << "level " << level;
+        combine(first, second, op, output, kernels);
+        EXPECT_TRUE(imagesEqual(filled(resultType, result), output)) << "level " << kernels;
     }
 }
 

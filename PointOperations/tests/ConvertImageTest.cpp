@@ -52,12 +52,12 @@ io::MemoryImage reference(const ImageModel& input, const Kind& kind) {
     return result;
 }
 
-void convert(const ImageModel& input, Type type, ImageModel& output, OptimLevelType level) {
+void convert(const ImageModel& input, Type type, ImageModel& output, const Kernels& kernels) {
     ConvertImage algorithm;
     algorithm.setInputImage(&input);
     algorithm.setOutputType(type);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level);
+    runOn(algorithm, kernels);
 }
 
 /// The numbers at which truncation and the formats of reals change their ways.
@@ -90,11 +90,11 @@ TEST(ConvertImage, EqualsTheDefinitionForEveryPairOfTypesAndLevel) {
         for (const io::MemoryImage& input : inputs) {
             for (const Kind& kind : kinds) {
                 const io::MemoryImage expected = reference(input, kind);
-                for (const OptimLevelType level : runnableLevels()) {
+                for (const Kernels& kernels : runnableKernels()) {
                     io::MemoryImage output;
-                    convert(input, kind.type, output, level);
+                    convert(input, kind.type, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output))
-                        << helper::voxelTypesToString(type) << " to " << kind.type << " level " << level;
+                        << helper::voxelTypesToString(type) << " to " << kind.type << " level " << kernels;
                 }
             }
         }
@@ -112,10 +112,10 @@ TEST(ConvertImage, HandlesEveryWidthAndOddOffsets) {
         for (std::size_t width = 1; width <= 70; ++width) {
             const ImageModelSizeProxy view(&image, {width % 5, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
             const io::MemoryImage expected = reference(view, kinds[to]);
-            for (const OptimLevelType level : runnableLevels()) {
+            for (const Kernels& kernels : runnableKernels()) {
                 io::MemoryImage output;
-                convert(view, to, output, level);
-                ASSERT_TRUE(imagesEqual(expected, output)) << width << " columns to " << to << " level " << level;
+                convert(view, to, output, kernels);
+                ASSERT_TRUE(imagesEqual(expected, output)) << width << " columns to " << to << " level " << kernels;
             }
         }
     }

@@ -62,22 +62,22 @@ io::MemoryImage reference(const ImageModel& first, const ImageModel* second, lon
     return result;
 }
 
-void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, OptimLevelType level) {
+void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, const Kernels& kernels) {
     OfImages algorithm;
     algorithm.setInputImage1(&first);
     algorithm.setInputImage2(&second);
     algorithm.setLogicalOperator(op);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level);
+    runOn(algorithm, kernels);
 }
 
-void combine(const ImageModel& image, long value, Op op, ImageModel& output, OptimLevelType level) {
+void combine(const ImageModel& image, long value, Op op, ImageModel& output, const Kernels& kernels) {
     OfValue algorithm;
     algorithm.setInputImage(&image);
     algorithm.setValue(value);
     algorithm.setLogicalOperator(op);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level);
+    runOn(algorithm, kernels);
 }
 
 TEST(LogicalOperations, FollowTheTruthTablesForEveryTypeInterpretationAndLevel) {
@@ -92,14 +92,14 @@ TEST(LogicalOperations, FollowTheTruthTablesForEveryTypeInterpretationAndLevel) 
             first.setColorInterpretation(RGB);
             for (const Table& table : tables) {
                 const io::MemoryImage expected = reference(first, &second, 0, table);
-                for (const OptimLevelType level : runnableLevels()) {
-                    SCOPED_TRACE(helper::voxelTypesToString(type) + " " + std::to_string(table.op) + " level " +
-                                 std::to_string(level));
+                for (const Kernels& kernels : runnableKernels()) {
+                    SCOPED_TRACE(testing::Message()
+                                 << helper::voxelTypesToString(type) << ' ' << table.op << " level " << kernels);
                     io::MemoryImage output;
-                    combine(first, second, table.op, output, level);
+                    combine(first, second, table.op, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output));
                     for (const long value : {0L, 1L, 6L, -1L, 0x123456789abcL, std::numeric_limits<long>::min()}) {
-                        combine(first, value, table.op, output, level);
+                        combine(first, value, table.op, output, kernels);
                         ASSERT_TRUE(imagesEqual(reference(first, nullptr, value, table), output)) << "value " << value;
                     }
                 }
@@ -112,15 +112,15 @@ TEST(LogicalOperations, HandleEveryWidthAndOddOffsets) {
     const io::MemoryImage first = makeRandomImage({.voxelType = RIX_UINT16, .extents = {91, 5, 1, 1, 1}}, 5);
     const io::MemoryImage second = makeRandomImage({.voxelType = RIX_UINT16, .extents = {91, 5, 1, 1, 1}}, 6);
     const Table& nand = tables[3];
-    for (const OptimLevelType level : runnableLevels()) {
+    for (const Kernels& kernels : runnableKernels()) {
         for (std::size_t width = 1; width <= 70; ++width) {
             const ImageModelSizeProxy a(&first, {width % 3, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
             const ImageModelSizeProxy b(&second, {5, 2, 0, 0, 0}, {width, 3, 1, 1, 1});
             io::MemoryImage output;
-            combine(a, b, nand.op, output, level);
-            ASSERT_TRUE(imagesEqual(reference(a, &b, 0, nand), output)) << width << " columns, level " << level;
-            combine(a, 77, nand.op, output, level);
-            ASSERT_TRUE(imagesEqual(reference(a, nullptr, 77, nand), output)) << width << " columns, level " << level;
+            combine(a, b, nand.op, output, kernels);
+            ASSERT_TRUE(imagesEqual(reference(a, &b, 0, nand), output)) << width << " columns, level " << kernels;
+            combine(a, 77, nand.op, output, kernels);
+            ASSERT_TRUE(imagesEqual(reference(a, nullptr, 77, nand), output)) << width << " columns, level " << kernels;
         }
     }
 }

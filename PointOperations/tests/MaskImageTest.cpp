@@ -31,12 +31,12 @@ io::MemoryImage reference(const ImageModel& image, const ImageModel& mask) {
     return result;
 }
 
-void maskImage(const ImageModel& image, const ImageModel& mask, ImageModel& output, OptimLevelType level) {
+void maskImage(const ImageModel& image, const ImageModel& mask, ImageModel& output, const Kernels& kernels) {
     MaskImage algorithm;
     algorithm.setInputImage(&image);
     algorithm.setInputBinaryImage(&mask);
     algorithm.setOutputImage(&output);
-    runOn(algorithm, level);
+    runOn(algorithm, kernels);
 }
 
 TEST(MaskImage, KeepsWhatTheMaskCoversForEveryPairOfTypesInterpretationAndLevel) {
@@ -52,12 +52,12 @@ TEST(MaskImage, KeepsWhatTheMaskCoversForEveryPairOfTypesInterpretationAndLevel)
             for (const VoxelTypes maskType : maskTypes) {
                 const io::MemoryImage mask = makeMask(maskType, extents);
                 const io::MemoryImage expected = reference(image, mask);
-                for (const OptimLevelType level : runnableLevels()) {
+                for (const Kernels& kernels : runnableKernels()) {
                     io::MemoryImage output;
-                    maskImage(image, mask, output, level);
+                    maskImage(image, mask, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output))
                         << helper::voxelTypesToString(type) << ' ' << helper::voxelTypesToString(maskType) << " level "
-                        << level;
+                        << kernels;
                 }
             }
         }
@@ -68,13 +68,13 @@ TEST(MaskImage, HandlesEveryWidthAndOddOffsets) {
     const Extents extents{91, 7, 1, 1, 1};
     const io::MemoryImage image = makeRandomImage({.voxelType = RIX_FLOAT32, .extents = extents}, 5);
     const io::MemoryImage mask = makeMask(RIX_UINT8, extents);
-    for (const OptimLevelType level : runnableLevels()) {
+    for (const Kernels& kernels : runnableKernels()) {
         for (std::size_t width = 1; width <= 70; ++width) {
             const ImageModelSizeProxy a(&image, {width % 3, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
             const ImageModelSizeProxy b(&mask, {width % 5, 2, 0, 0, 0}, {width, 3, 1, 1, 1});
             io::MemoryImage output;
-            maskImage(a, b, output, level);
-            ASSERT_TRUE(imagesEqual(reference(a, b), output)) << width << " columns, level " << level;
+            maskImage(a, b, output, kernels);
+            ASSERT_TRUE(imagesEqual(reference(a, b), output)) << width << " columns, level " << kernels;
         }
     }
 }

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -16,6 +17,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <rix/access/ForcedStores.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/devices/Cpu.h>
@@ -29,8 +31,6 @@
 #include "Levels.h"
 
 namespace rix::point_operations::test {
-
-using rix::test::runnableLevels;
 
 using rix::test::Extents;
 using rix::test::Extremes;
@@ -46,13 +46,35 @@ inline bool isComplexType(VoxelTypes type) {
     return type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
 }
 
+/// The kernels that a run uses: those of a level, with a policy of stores.
+struct Kernels {
+    Kernels(OptimLevelType kernelLevel, access::Stores kernelStores = access::Stores::Cached)
+        : level(kernelLevel), stores(kernelStores) {}
+
+    OptimLevelType level;
+    access::Stores stores;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Kernels& kernels) {
+    return out << kernels.level << (kernels.stores == access::Stores::Streaming ? ", streaming" : "");
+}
+
+inline std::vector<Kernels> runnableKernels() {
+    std::vector<Kernels> all;
+    for (const OptimLevelType level : rix::test::runnableLevels()) {
+        all.insert(all.end(), {{level, access::Stores::Cached}, {level, access::Stores::Streaming}});
+    }
+    return all;
+}
+
 /// Runs on one level and asserts that this level answered.
-inline void runOn(BaseAlgorithm& algorithm, OptimLevelType level) {
+inline void runOn(BaseAlgorithm& algorithm, const Kernels& kernels) {
+    const access::ForcedStores forced(kernels.stores);
     algorithm.settings().setMaximumNumberOfThreads(1);
     algorithm.setAutoCpuDispatch(false);
-    algorithm.setOptimLevel(level);
+    algorithm.setOptimLevel(kernels.level);
     algorithm.run();
-    EXPECT_EQ(algorithm.getLastRunLevel(), level);
+    EXPECT_EQ(algorithm.getLastRunLevel(), kernels.level);
 }
 
 /// The samples of an image in storage order.

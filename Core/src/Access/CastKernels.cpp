@@ -10,6 +10,8 @@
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
+
+#include <rix/access/Stores-inl.h>
 #include <rix/simd/Truncation-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -123,6 +125,11 @@ inline void castReals(const From* HWY_RESTRICT from, To* HWY_RESTRICT to, std::s
     }
 }
 
+template <class To, class From>
+HWY_INLINE auto casts(const From* in) {
+    return [=](std::size_t i) HWY_ATTR { return castReal<To>(in[i]); };
+}
+
 /// Kernels that differ in the types' signs only are the same where signs don't matter: fewer copies of the same code.
 template <class T>
 struct Bits {
@@ -141,100 +148,126 @@ struct Bits<std::int32_t> {
     using type = std::uint32_t;
 };
 
-template <class T>
-void copySamples(ConstRawData from, RawData to, std::size_t count) {
-    std::memcpy(to, from, count * sizeof(T));
+template <Stores stores, class To, class From>
+HWY_INLINE void storeCasts(const From* from, To* to, std::size_t count) {
+    if constexpr (stores == Stores::Cached) {
+        castReals(from, to, count);
+    } else {
+        access::HWY_NAMESPACE::storeRow<stores, From>(to, count, casts<To>(from));
+    }
 }
 
-template <class To, class From>
+template <Stores stores, class T>
+void copySamples(ConstRawData from, RawData to, std::size_t count) {
+    if constexpr (stores == Stores::Cached) {
+        std::memcpy(to, from, count * sizeof(T));
+    } else {
+        const std::uint8_t* const in = from;
+        access::HWY_NAMESPACE::storeRow<stores, std::uint8_t>(to, count * sizeof(T), casts<std::uint8_t>(in));
+    }
+}
+
+template <Stores stores, class To, class From>
 void cast(ConstRawData from, RawData to, std::size_t count) {
-    castReals(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), count);
+    storeCasts<stores>(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), count);
 }
 
 /// Both parts of complex samples.
-template <class To, class From>
+template <Stores stores, class To, class From>
 void castPairs(ConstRawData from, RawData to, std::size_t count) {
-    castReals(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), 2 * count);
+    storeCasts<stores>(reinterpret_cast<const From*>(from), reinterpret_cast<To*>(to), 2 * count);
 }
 
 /// The real parts of complex samples.
 template <class To, class Part>
+HWY_INLINE auto realParts(const Part* in) {
+    return [=](std::size_t i) HWY_ATTR { return castReal<To>(in[2 * i]); };
+}
+
+template <Stores stores, class To, class Part>
 void castRealParts(ConstRawData from, RawData to, std::size_t count) {
-    const auto* HWY_RESTRICT in = reinterpret_cast<const Part*>(from);
-    auto* HWY_RESTRICT out = reinterpret_cast<To*>(to);
-    for (std::size_t i = 0; i < count; ++i) {
-        out[i] = castReal<To>(in[2 * i]);
-    }
+    access::HWY_NAMESPACE::storeRow<stores, Part>(reinterpret_cast<To*>(to), count,
+                                                  realParts<To>(reinterpret_cast<const Part*>(from)));
 }
 
 template <class Part, class From>
+HWY_INLINE auto pairs(const From* in) {
+    return [=](std::size_t i) HWY_ATTR { return Pair<Part>{castReal<Part>(in[i]), Part(0)}; };
+}
+
+template <Stores stores, class Part, class From>
 void castToPairs(ConstRawData from, RawData to, std::size_t count) {
-    const auto* HWY_RESTRICT in = reinterpret_cast<const From*>(from);
-    auto* HWY_RESTRICT out = reinterpret_cast<Part*>(to);
-    for (std::size_t i = 0; i < count; ++i) {
-        out[2 * i] = castReal<Part>(in[i]);
-        out[2 * i + 1] = Part(0);
-    }
+    access::HWY_NAMESPACE::storeRow<stores, From>(reinterpret_cast<Pair<Part>*>(to), count,
+                                                  pairs<Part>(reinterpret_cast<const From*>(from)));
 }
 
 template <class From>
-void toBinary(ConstRawData from, RawData to, std::size_t count) {
-    const auto* HWY_RESTRICT in = reinterpret_cast<const From*>(from);
-    std::uint8_t* HWY_RESTRICT out = to;
-    for (std::size_t i = 0; i < count; ++i) {
+HWY_INLINE auto truths(const From* in) {
+    return [=](std::size_t i) HWY_ATTR {
         if constexpr (isPair<From>) {
-            out[i] = static_cast<std::uint8_t>((in[i].real != 0) | (in[i].imaginary != 0));
+            return static_cast<std::uint8_t>((in[i].real != 0) | (in[i].imaginary != 0));
         } else {
-            out[i] = in[i] != From(0) ? 1 : 0;
+            return static_cast<std::uint8_t>(in[i] != From(0) ? 1 : 0);
         }
-    }
+    };
 }
 
-template <class To, class From>
+template <Stores stores, class From>
+void toBinary(ConstRawData from, RawData to, std::size_t count) {
+    access::HWY_NAMESPACE::storeRow<stores, std::uint8_t>(to, count, truths(reinterpret_cast<const From*>(from)));
+}
+
+template <Stores stores, class To, class From>
 constexpr CastKernel kernelOf() {
     if constexpr (std::is_same_v<To, From>) {
-        return &copySamples<To>;
+        return &copySamples<stores, To>;
     } else if constexpr (isPair<From> && isPair<To>) {
-        return &castPairs<decltype(To::real), decltype(From::real)>;
+        return &castPairs<stores, decltype(To::real), decltype(From::real)>;
     } else if constexpr (isPair<From>) {
-        return &castRealParts<To, decltype(From::real)>;
+        return &castRealParts<stores, To, decltype(From::real)>;
     } else if constexpr (isPair<To>) {
-        return &castToPairs<decltype(To::real), From>;
+        return &castToPairs<stores, decltype(To::real), From>;
     } else if constexpr (std::is_integral_v<From> && std::is_integral_v<To> && sizeof(From) == sizeof(To)) {
-        return &copySamples<typename Bits<To>::type>;
+        return &copySamples<stores, typename Bits<To>::type>;
     } else if constexpr (std::is_integral_v<From> && std::is_integral_v<To> && sizeof(From) > sizeof(To)) {
-        return &cast<typename Bits<To>::type, typename Bits<From>::type>;
+        return &cast<stores, typename Bits<To>::type, typename Bits<From>::type>;
     } else if constexpr (std::is_integral_v<From> && std::is_integral_v<To>) {
-        return &cast<typename Bits<To>::type, From>;
+        return &cast<stores, typename Bits<To>::type, From>;
     } else if constexpr (std::is_floating_point_v<From> && sizeof(To) < 4) {
-        return &cast<typename Bits<To>::type, From>;
+        return &cast<stores, typename Bits<To>::type, From>;
     } else {
-        return &cast<To, From>;
+        return &cast<stores, To, From>;
     }
 }
 
-template <class From>
+template <Stores stores, class From>
 constexpr PerVoxelType<CastKernel> castsFrom() {
-    return {kernelOf<std::uint8_t, From>(),  kernelOf<std::uint16_t, From>(),
-            kernelOf<std::uint32_t, From>(), nullptr,
-            kernelOf<std::int8_t, From>(),   kernelOf<std::int16_t, From>(),
-            kernelOf<std::int32_t, From>(),  nullptr,
-            kernelOf<float, From>(),         kernelOf<double, From>(),
-            kernelOf<Pair<float>, From>(),   kernelOf<Pair<double>, From>()};
+    return {kernelOf<stores, std::uint8_t, From>(),  kernelOf<stores, std::uint16_t, From>(),
+            kernelOf<stores, std::uint32_t, From>(), nullptr,
+            kernelOf<stores, std::int8_t, From>(),   kernelOf<stores, std::int16_t, From>(),
+            kernelOf<stores, std::int32_t, From>(),  nullptr,
+            kernelOf<stores, float, From>(),         kernelOf<stores, double, From>(),
+            kernelOf<stores, Pair<float>, From>(),   kernelOf<stores, Pair<double>, From>()};
 }
 
-constexpr CastTable castTable = {castsFrom<std::uint8_t>(),  castsFrom<std::uint16_t>(), castsFrom<std::uint32_t>(),
-                                 PerVoxelType<CastKernel>{}, castsFrom<std::int8_t>(),   castsFrom<std::int16_t>(),
-                                 castsFrom<std::int32_t>(),  PerVoxelType<CastKernel>{}, castsFrom<float>(),
-                                 castsFrom<double>(),        castsFrom<Pair<float>>(),   castsFrom<Pair<double>>()};
+template <Stores stores>
+constexpr CastTable castTable = {
+    castsFrom<stores, std::uint8_t>(), castsFrom<stores, std::uint16_t>(), castsFrom<stores, std::uint32_t>(),
+    PerVoxelType<CastKernel>{},        castsFrom<stores, std::int8_t>(),   castsFrom<stores, std::int16_t>(),
+    castsFrom<stores, std::int32_t>(), PerVoxelType<CastKernel>{},         castsFrom<stores, float>(),
+    castsFrom<stores, double>(),       castsFrom<stores, Pair<float>>(),   castsFrom<stores, Pair<double>>()};
 
-constexpr BinaryTable binaryTable = {
-    &toBinary<std::uint8_t>, &toBinary<std::uint16_t>, &toBinary<std::uint32_t>, nullptr,
-    &toBinary<std::uint8_t>, &toBinary<std::uint16_t>, &toBinary<std::uint32_t>, nullptr,
-    &toBinary<float>,        &toBinary<double>,        &toBinary<Pair<float>>,   &toBinary<Pair<double>>};
+template <Stores stores>
+constexpr BinaryTable binaryTable = {&toBinary<stores, std::uint8_t>,  &toBinary<stores, std::uint16_t>,
+                                     &toBinary<stores, std::uint32_t>, nullptr,
+                                     &toBinary<stores, std::uint8_t>,  &toBinary<stores, std::uint16_t>,
+                                     &toBinary<stores, std::uint32_t>, nullptr,
+                                     &toBinary<stores, float>,         &toBinary<stores, double>,
+                                     &toBinary<stores, Pair<float>>,   &toBinary<stores, Pair<double>>};
 
-constexpr CastKernels kernels() {
-    return {&castTable, &binaryTable};
+constexpr CastKernels kernels(Stores stores) {
+    return stores == Stores::Streaming ? CastKernels{&castTable<Stores::Streaming>, &binaryTable<Stores::Streaming>}
+                                       : CastKernels{&castTable<Stores::Cached>, &binaryTable<Stores::Cached>};
 }
 
 }  // namespace rix::access::HWY_NAMESPACE
@@ -247,19 +280,19 @@ const CastKernels& castKernels() {
     static const CastKernels best = RIX_SELECT_KERNELS(devices::Cpu::supports(VEC_AVX)   ? VEC_AVX
                                                        : devices::Cpu::supports(VEC_SSE) ? VEC_SSE
                                                                                          : SCALAR,
-                                                       kernels());
+                                                       kernels(Stores::Cached));
     return best;
 }
 
-CastKernelsOfLevels castKernelsOfLevels() {
-    CastKernelsOfLevels levels{{HWY_NAMESPACE::kernels()}, 1};
+CastKernelsOfLevels castKernelsOfLevels(Stores stores) {
+    CastKernelsOfLevels levels{{HWY_NAMESPACE::kernels(stores)}, 1};
     if (devices::Cpu::supports(VEC_SSE)) {
-        levels.kernels[levels.count++] = N_SSE4::kernels();
+        levels.kernels[levels.count++] = N_SSE4::kernels(stores);
     }
     if (devices::Cpu::supports(VEC_AVX)) {
-        levels.kernels[levels.count++] = N_AVX2::kernels();
+        levels.kernels[levels.count++] = N_AVX2::kernels(stores);
         if (devices::Cpu::hasAvx512()) {
-            levels.kernels[levels.count++] = N_AVX3::kernels();
+            levels.kernels[levels.count++] = N_AVX3::kernels(stores);
         }
     }
     return levels;

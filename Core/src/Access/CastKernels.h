@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 
+#include <rix/access/Plan.h>
 #include <rix/image/ImageTypes.h>
 
 namespace rix::access {
@@ -25,15 +26,15 @@ struct CastKernels {
     const BinaryTable* toBinary;
 };
 
-/// The kernels of the best level of this processor. Conversion gives the same bits on every level, so that the level of
-/// an algorithm has no say in it.
+/// The kernels of the best level of this processor, which store through the caches. Conversion gives the same bits on
+/// every level, so that the level of an algorithm has no say in it.
 const CastKernels& castKernels();
 
-/// The kernels of every level that this processor has, the portable one first. For tests.
+/// The kernels of every level that this processor has, the portable one first.
 struct CastKernelsOfLevels {
     std::array<CastKernels, 4> kernels;
     std::size_t count;
 };
-CastKernelsOfLevels castKernelsOfLevels();
+CastKernelsOfLevels castKernelsOfLevels(Stores stores);
 
 }  // namespace rix::access

@@ -6,8 +6,10 @@ namespace rix::access {
 
 namespace {
 
-const CastKernels& kernelsOf(OptimLevelType level) {
-    static const CastKernelsOfLevels levels = castKernelsOfLevels();
+const CastKernels& kernelsOf(Stores stores, OptimLevelType level) {
+    static const CastKernelsOfLevels cached = castKernelsOfLevels(Stores::Cached);
+    static const CastKernelsOfLevels streaming = castKernelsOfLevels(Stores::Streaming);
+    const CastKernelsOfLevels& levels = stores == Stores::Streaming ? streaming : cached;
     // The portable kernels are first, those of SSE second, and the best of AVX last.
     const std::size_t last = levels.count - 1;
     return levels.kernels[level == SCALAR ? 0 : level == VEC_SSE && last > 0 ? 1 : last];
@@ -15,12 +17,12 @@ const CastKernels& kernelsOf(OptimLevelType level) {
 
 }  // namespace
 
-CastRow castRowOf(VoxelTypes from, VoxelTypes to, OptimLevelType level) {
-    return (*kernelsOf(level).casts)[static_cast<std::size_t>(from)][static_cast<std::size_t>(to)];
+CastRow castRowOf(VoxelTypes from, VoxelTypes to, Stores stores, OptimLevelType level) {
+    return (*kernelsOf(stores, level).casts)[static_cast<std::size_t>(from)][static_cast<std::size_t>(to)];
 }
 
-CastRow truthRowOf(VoxelTypes from, OptimLevelType level) {
-    return (*kernelsOf(level).toBinary)[static_cast<std::size_t>(from)];
+CastRow truthRowOf(VoxelTypes from, Stores stores, OptimLevelType level) {
+    return (*kernelsOf(stores, level).toBinary)[static_cast<std::size_t>(from)];
 }
 
 }  // namespace rix::access

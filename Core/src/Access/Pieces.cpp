@@ -1,8 +1,6 @@
 #include <rix/access/Pieces.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 
 namespace rix::access {
 
@@ -19,11 +17,11 @@ RowConversion::RowConversion(const PieceInput& input, OptimLevelType level)
     : m_sourceBytes(helper::getSizeOf(input.image.getVoxelType())), m_targetBytes(helper::getSizeOf(input.readAs)) {
     VoxelTypes type = input.image.getVoxelType();
     if (input.isBinary) {
-        m_truth = truthRowOf(type, level);
+        m_truth = truthRowOf(type, Stores::Cached, level);
         type = RIX_UINT8;
     }
     if (type != input.readAs) {
-        m_cast = castRowOf(type, input.readAs, level);
+        m_cast = castRowOf(type, input.readAs, Stores::Cached, level);
     }
 }
 
@@ -51,46 +49,32 @@ ConstRawData PieceReader::piece(std::size_t first, std::size_t count) {
     return samples;
 }
 
-PieceWriter::PieceWriter(ImageModel& image, const Plan& plan, StreamRow stream, std::size_t pieceSamples)
-    : m_rows(image, plan), m_stream(stream), m_sampleBytes(helper::getSizeOf(image.getVoxelType())) {
-    if (stream != nullptr) {
-        m_buffer = Scratch(pieceSamples * m_sampleBytes);
+Stores storesFor(const ImageModel& output) {
+    std::size_t voxels = 1;
+    for (const std::size_t extent : helper::getExtents(output)) {
+        if (!helper::checkedMultiply(voxels, extent, voxels)) {
+            return Stores::Streaming;
+        }
     }
+    return chooseStores(voxels, helper::getElementSize(output));
 }
 
+PieceWriter::PieceWriter(ImageModel& image, const Plan& plan, Stores stores)
+    : m_rows(image, plan), m_stores(stores), m_sampleBytes(helper::getSizeOf(image.getVoxelType())) {}
+
 PieceWriter::~PieceWriter() {
-    if (m_stream != nullptr) {
+    if (m_stores == Stores::Streaming) {
         finishStreaming();  // before another thread is told that the block is done
     }
 }
 
-std::size_t PieceWriter::samplesBeforeLine() const {
-    return (lineBytes - reinterpret_cast<std::uintptr_t>(m_row) % lineBytes) % lineBytes / m_sampleBytes;
-}
-
-RawData PieceWriter::piece(std::size_t first, std::size_t count) {
-    m_target = m_row + first * m_sampleBytes;
-    m_pieceBytes = count * m_sampleBytes;
-    return m_stream != nullptr ? m_buffer.data() : m_target;
-}
-
-void PieceWriter::pieceDone() {
-    if (m_stream != nullptr) {
-        m_stream(m_target, m_buffer.data(), m_pieceBytes);
-    }
-}
-
-std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream) {
-    return (stream != nullptr ? streamedPieceBytes : pieceBytes) / largestSampleBytes;
-}
-
-StreamRow streamRowFor(Stores stores, OptimLevelType level) {
-    return stores == Stores::Streaming ? streamRow(level) : nullptr;
+std::size_t pieceSamples(std::size_t largestSampleBytes, Stores stores) {
+    return (stores == Stores::Streaming ? streamedPieceBytes : pieceBytes) / largestSampleBytes;
 }
 
 std::size_t pieceMemory(std::size_t threads) {
     constexpr std::size_t margin = Scratch::granularity;
-    return threads * 5 * (pieceBytes + margin);
+    return threads * 4 * (pieceBytes + margin);
 }
 
 }  // namespace rix::access

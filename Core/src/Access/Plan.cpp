@@ -1,9 +1,11 @@
 #include <rix/access/Plan.h>
 
 #include <algorithm>
+#include <atomic>
 #include <string>
 
 #include <rix/Assert.h>
+#include <rix/access/ForcedStores.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/properties/EnumInfo.h>
@@ -18,6 +20,9 @@ namespace {
 /// No processor has more of its last-level cache for each of its cores. A virtual machine of few processors that is
 /// told of a cache larger than that shares it with others.
 constexpr std::size_t largestCachePerProcessor = std::size_t{32} << 20;
+
+constexpr int notForced = -1;
+std::atomic<int> forcedStores = notForced;
 
 /// The first and the last of the axes that are walked as one.
 struct AxisRange {
@@ -63,7 +68,18 @@ const EnumInfo& getInfoPartitionMode() {
     return info;
 }
 
+ForcedStores::ForcedStores(Stores stores) {
+    forcedStores = static_cast<int>(stores);
+}
+
+ForcedStores::~ForcedStores() {
+    forcedStores = notForced;
+}
+
 Stores chooseStores(std::size_t voxels, std::size_t outputBytes) {
+    if (const int forced = forcedStores.load(std::memory_order_relaxed); forced != notForced) {
+        return static_cast<Stores>(forced);
+    }
     const std::size_t cache =
         std::min(devices::Cpu::lastLevelCache(), devices::Cpu::logicalProcessors() * largestCachePerProcessor);
     std::size_t output = 0;

@@ -30,6 +30,14 @@ std::uint64_t savedRegisterStates() {
     return (std::uint64_t{high} << 32) | low;
 }
 
+/// Whether the processor has AVX-512 with F, DQ, CD, BW and VL. Read from leaf 7 itself: libcpuid looks for these on
+/// processors of one maker only (version 0.6.2).
+bool tellsAvx512(const cpu_raw_data_t& raw) {
+    constexpr std::uint32_t parts = 1U << 16 | 1U << 17 | 1U << 28 | 1U << 30 | 1U << 31;
+    const std::uint32_t highestLeaf = raw.basic_cpuid[0][0];
+    return highestLeaf >= 7 && (raw.basic_cpuid[7][1] & parts) == parts;
+}
+
 Detected detectNow() {
     Detected result;
     struct sysinfo system{};
@@ -70,9 +78,7 @@ Detected detectNow() {
     result.avx = (saved & ymmStates) == ymmStates &&
                  hasAll({CPU_FEATURE_AVX, CPU_FEATURE_AVX2, CPU_FEATURE_FMA3, CPU_FEATURE_F16C, CPU_FEATURE_BMI1,
                          CPU_FEATURE_BMI2, CPU_FEATURE_POPCNT});
-    result.avx512 = result.avx && (saved & zmmStates) == zmmStates &&
-                    hasAll({CPU_FEATURE_AVX512F, CPU_FEATURE_AVX512BW, CPU_FEATURE_AVX512CD, CPU_FEATURE_AVX512DQ,
-                            CPU_FEATURE_AVX512VL});
+    result.avx512 = result.avx && (saved & zmmStates) == zmmStates && tellsAvx512(raw);
     return result;
 }
 

@@ -1,51 +1,45 @@
-// Streamed output, which no image of the other tests is large enough to reach.
-
-#include <cstring>
-
 #include <gtest/gtest.h>
 
 #include <rix/access/Pieces.h>
-#include <rix/devices/Cpu.h>
+#include <rix/image/ImageModelSizeProxy.h>
 
-#include "ImageComparison.h"
 #include "ImageFactories.h"
 
 namespace rix::access {
 namespace {
 
-using test::imagesEqual;
-using test::makeRandomImage;
-
-const OptimLevelType bestLevel = devices::Cpu::supports(VEC_AVX)   ? VEC_AVX
-                                 : devices::Cpu::supports(VEC_SSE) ? VEC_SSE
-                                                                   : SCALAR;
-
-TEST(PieceWriter, WritesTheSameWithEitherKindOfStores) {
+TEST(Pieces, CoverASegmentAndBeginOnLinesWhereItIsLong) {
+    constexpr std::size_t length = 128;
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT64}) {
-        const std::size_t bytes = helper::getSizeOf(type);
-        for (const std::size_t width : {1U, 7U, 63U, 64U, 65U, 1000U, 9973U}) {
-            const io::MemoryImage expected =
-                makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width);
-            for (const StreamRow stream : {StreamRow{nullptr}, streamRow(SCALAR), streamRow(bestLevel)}) {
-                io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width + 1);
-                const Plan plan = cutLines({&image}, 1.0);
-                constexpr std::size_t piece = 100;
-                for (std::size_t i = 0; i < plan.blockCount(); ++i) {
-                    PieceWriter writer(image, plan, stream, piece);
-                    plan.forEachSegment(plan.block(i), [&](const RowSegment& segment) {
-                        writer.open(segment);
-                        forEachPiece(segment.count, piece, writer, [&](std::size_t begin, std::size_t count) {
-                            std::memcpy(writer.piece(begin, count),
-                                        expected.getInternalBuffer() + (segment.column + begin) * bytes, count * bytes);
-                            writer.pieceDone();
-                        });
-                        writer.flush();
-                    });
-                }
-                EXPECT_TRUE(imagesEqual(expected, image)) << width << " columns";
+        io::MemoryImage image = test::makeRandomImage({.voxelType = type, .extents = {9980, 2, 1, 1, 1}}, 1);
+        for (const std::size_t width : {1U, 7U, 127U, 128U, 129U, 1023U, 1024U, 9973U}) {
+            for (const std::size_t shift : {0U, 1U, 5U}) {
+                ImageModelSizeProxy view(&image, {shift, 1, 0, 0, 0}, {width, 1, 1, 1, 1});
+                const Plan plan = cutLines({&view}, 1.0);
+                PieceWriter writer(view, plan, Stores::Streaming);
+                writer.open(plan.segmentAt({}, width));
+                std::size_t covered = 0;
+                forEachPiece(width, length, writer, [&](std::size_t first, std::size_t count) {
+                    EXPECT_EQ(first, covered);
+                    EXPECT_LE(count, length);
+                    if (first > 0 && width >= 1024) {
+                        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(writer.piece(first)) % lineBytes, 0U);
+                    }
+                    covered += count;
+                });
+                EXPECT_EQ(covered, width);
+                writer.flush();
             }
         }
     }
+}
+
+TEST(Pieces, KnowRowsWithoutALineThatBeginsWithASample) {
+    alignas(lineBytes) const std::uint8_t memory[2 * lineBytes] = {};
+    EXPECT_EQ(samplesBeforeLine(memory, 16, 9), 0U);
+    EXPECT_EQ(samplesBeforeLine(memory + 16, 16, 9), 3U);
+    EXPECT_EQ(samplesBeforeLine(memory + 16, 16, 2), 2U);
+    EXPECT_EQ(samplesBeforeLine(memory + 8, 16, 9), 9U);
 }
 
 }  // namespace

@@ -53,9 +53,19 @@ std::vector<T> interestingSamples() {
     return samples;
 }
 
+/// The kernels of every level with either kind of stores.
+std::vector<CastKernels> allKernels() {
+    std::vector<CastKernels> all;
+    for (const Stores stores : {Stores::Cached, Stores::Streaming}) {
+        const CastKernelsOfLevels levels = castKernelsOfLevels(stores);
+        all.insert(all.end(), levels.kernels.begin(), levels.kernels.begin() + levels.count);
+    }
+    return all;
+}
+
 TEST(CastKernels, OfEveryLevelAndPairOfTypesFollowTheCastOfASample) {
-    const CastKernelsOfLevels levels = castKernelsOfLevels();
-    ASSERT_GE(levels.count, 1U);
+    const std::vector<CastKernels> kernels = allKernels();
+    ASSERT_GE(kernels.size(), 2U);
     forEachType([&](auto fromTag) {
         using From = typename decltype(fromTag)::type;
         const std::vector<From> from = interestingSamples<From>();
@@ -67,8 +77,8 @@ TEST(CastKernels, OfEveryLevelAndPairOfTypesFollowTheCastOfASample) {
             for (const From& sample : from) {
                 expected.push_back(castSample<To>(sample));
             }
-            for (std::size_t level = 0; level < levels.count; ++level) {
-                const CastKernel kernel = (*levels.kernels[level].casts)[voxelTypeOf<From>][voxelTypeOf<To>];
+            for (std::size_t level = 0; level < kernels.size(); ++level) {
+                const CastKernel kernel = (*kernels[level].casts)[voxelTypeOf<From>][voxelTypeOf<To>];
                 // All lengths of a few vectors from odd places; then everything.
                 for (std::size_t length = 0; length <= 140; ++length) {
                     const std::size_t start = length % 7;
@@ -94,17 +104,17 @@ TEST(CastKernels, OfEveryLevelAndPairOfTypesFollowTheCastOfASample) {
 }
 
 TEST(CastKernels, TellWhatIsNotZero) {
-    const CastKernelsOfLevels levels = castKernelsOfLevels();
+    const std::vector<CastKernels> kernels = allKernels();
     forEachType([&](auto tag) {
         using T = typename decltype(tag)::type;
         std::vector<T> from = interestingSamples<T>();
         for (std::size_t i = 0; i < from.size(); i += 3) {
             from[i] = T(0);
         }
-        for (std::size_t level = 0; level < levels.count; ++level) {
+        for (std::size_t level = 0; level < kernels.size(); ++level) {
             std::vector<std::uint8_t> out(from.size());
-            (*levels.kernels[level].toBinary)[voxelTypeOf<T>](reinterpret_cast<ConstRawData>(from.data()), out.data(),
-                                                              out.size());
+            (*kernels[level].toBinary)[voxelTypeOf<T>](reinterpret_cast<ConstRawData>(from.data()), out.data(),
+                                                       out.size());
             for (std::size_t i = 0; i < out.size(); ++i) {
                 ASSERT_EQ(out[i], from[i] == T(0) ? 0 : 1)
                     << helper::voxelTypesToString(voxelTypeOf<T>) << ", level " << level << ", sample " << i;

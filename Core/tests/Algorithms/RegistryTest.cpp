@@ -112,6 +112,12 @@ TEST(Library, InitAndFinishAlternate) {
     globalSettings().remove(key);
 }
 
+TEST(Cpu, IsToldToHaveAvx512WhereTheCompilerFindsIt) {
+    EXPECT_EQ(devices::Cpu::hasAvx512(), __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+                                             __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512bw") &&
+                                             __builtin_cpu_supports("avx512vl"));
+}
+
 TEST(Library, AnyThreadMayStartIt) {
     std::vector<std::thread> threads;
     std::atomic<int> waiting = 4;

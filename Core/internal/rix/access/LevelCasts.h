@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include <rix/access/Plan.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageTypes.h>
 
@@ -13,9 +14,9 @@ namespace rix::access {
 using CastRow = void (*)(ConstRawData from, RawData to, std::size_t count);
 
 /// The conversion from one voxel type to another with the instructions of a level that the processor has.
-CastRow castRowOf(VoxelTypes from, VoxelTypes to, OptimLevelType level);
+CastRow castRowOf(VoxelTypes from, VoxelTypes to, Stores stores, OptimLevelType level);
 
 /// The conversion to `RIX_UINT8` with 1 for every sample that is not zero (in either part, where it is complex).
-CastRow truthRowOf(VoxelTypes from, OptimLevelType level);
+CastRow truthRowOf(VoxelTypes from, Stores stores, OptimLevelType level);
 
 }  // namespace rix::access

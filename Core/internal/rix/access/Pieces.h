@@ -57,19 +57,22 @@ private:
     Scratch m_converted;
 };
 
-/// Writes an image piece by piece: straight into it, or beside it and past the caches where the images of the run don't
-/// fit them, so that lines of the output need not be fetched before they are overwritten.
+/// How an output is written; see `chooseStores`.
+Stores storesFor(const ImageModel& output);
+
+/// Shows where an image is to be written, piece by piece.
 class PieceWriter {
 public:
-    /// @param stream how pieces get past the caches; null for an image that is written straight into
-    PieceWriter(ImageModel& image, const Plan& plan, StreamRow stream, std::size_t pieceSamples);
+    /// @param stores how the operator stores
+    PieceWriter(ImageModel& image, const Plan& plan, Stores stores);
 
     void open(const RowSegment& segment) { m_row = m_rows.open(segment); }
-    /// How many samples of the segment lie before its first whole line of the cache.
-    std::size_t samplesBeforeLine() const;
-    /// Where `count` samples of the segment from `first` on are to be stored.
-    RawData piece(std::size_t first, std::size_t count);
-    void pieceDone();
+    /// How many samples of a segment lie before its first whole line of the cache.
+    std::size_t samplesBeforeLine(std::size_t segmentSamples) const {
+        return access::samplesBeforeLine(m_row, m_sampleBytes, segmentSamples);
+    }
+    /// Where the samples of the segment from `first` on are to be stored.
+    RawData piece(std::size_t first) const { return m_row + first * m_sampleBytes; }
     void flush() { m_rows.flush(); }
     ~PieceWriter();
     PieceWriter(const PieceWriter&) = delete;
@@ -77,34 +80,27 @@ public:
 
 private:
     RawRowWriter m_rows;
-    StreamRow m_stream;
+    Stores m_stores;
     std::size_t m_sampleBytes;
     RawData m_row = nullptr;
-    RawData m_target = nullptr;
-    std::size_t m_pieceBytes = 0;
-    Scratch m_buffer;
 };
 
 /// Calls `piece(first, count)` for the pieces of a segment. In a long segment all but the first begin on a line of the
-/// output, because stores across lines take twice as long.
+/// output, because stores across lines take twice as long, and only whole lines can be streamed.
 template <class F>
 void forEachPiece(std::size_t segmentSamples, std::size_t pieceSamples, const PieceWriter& writer, F&& piece) {
     constexpr std::size_t longSegment = 1024;
-    const std::size_t head = segmentSamples >= longSegment ? writer.samplesBeforeLine() : 0;
-    std::size_t count = head != 0 ? head : pieceSamples;
+    const std::size_t head = segmentSamples >= longSegment ? writer.samplesBeforeLine(segmentSamples) : 0;
+    std::size_t count = head != 0 && head < pieceSamples ? head : pieceSamples;
     for (std::size_t first = 0; first < segmentSamples; first += count, count = pieceSamples) {
         piece(first, std::min(count, segmentSamples - first));
     }
 }
 
 /// How many samples a piece has whose buffers are to stay in the first-level cache.
-std::size_t pieceSamples(std::size_t largestSampleBytes, StreamRow stream);
+std::size_t pieceSamples(std::size_t largestSampleBytes, Stores stores);
 
-/// How an output is streamed; null where it is not.
-StreamRow streamRowFor(Stores stores, OptimLevelType level);
-
-/// Peak bytes of working memory of a run on images in memory: pieces of two inputs, before and after each conversion,
-/// and of the output.
+/// Peak bytes of working memory of a run on images in memory: pieces of two inputs, before and after each conversion.
 std::size_t pieceMemory(std::size_t threads);
 
 }  // namespace rix::access
