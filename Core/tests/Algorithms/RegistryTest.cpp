@@ -167,7 +167,7 @@ TEST(Library, PluginFoldersThatAreNone) {
     std::filesystem::create_directories(folder);
     EXPECT_NO_THROW(initPlugins(folder.string())) << "an empty folder";
     std::ofstream(folder / "text.so") << "no library";
-    EXPECT_THAT(messageOf<LoadingError>([&] { initPlugins(folder.string()); }), HasSubstr("text.so cannot be loaded"));
+    EXPECT_THAT(messageOf<LoadingError>([&] { initPlugins(folder.string()); }), HasSubstr("text.so is no plug-in"));
     std::filesystem::remove_all(folder);
 }
 
