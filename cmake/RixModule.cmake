@@ -1,25 +1,106 @@
 # A module is a folder with include/, src/ and tests/. Its sources are compiled once, into an object library that sees
 # only its own headers and those of the modules that it names: a layer can't include what lies above it.
 
-# rix_add_module(NAME SOURCES file... [DEPENDS module...] [LIBRARIES target...] [PUBLIC_LIBRARIES target...])
-# LIBRARIES are what the sources use, PUBLIC_LIBRARIES what the public headers include.
+# rix_add_module(NAME [SOURCES file...] [AREA folder] [ALGORITHMS class...] [OBJECTS class...] [HEADERS header...]
+#                [DEPENDS module...] [PRIVATE_DEPENDS module...] [LIBRARIES target...] [PUBLIC_LIBRARIES target...])
+# AREA is the folder of the module's public headers below rix/, which is its namespace as well ("filtering/smoothing").
+# ALGORITHMS are its algorithm classes in the order of the registry, OBJECTS its classes of result objects; each has a
+# header of its name, and a source of its name is compiled. One line lists a class: the registry and the headers
+# <rix/AREA/Algorithms.h> and <rix/rix.h> are written from it. SOURCES are the other sources, HEADERS other headers, named
+# without folder and ".h", that users of the area need. DEPENDS are the modules whose headers the public headers include,
+# PRIVATE_DEPENDS those that only sources include; the same holds for PUBLIC_LIBRARIES and LIBRARIES.
 function(rix_add_module NAME)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LIBRARIES;PUBLIC_LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "" "AREA"
+    "SOURCES;ALGORITHMS;OBJECTS;HEADERS;DEPENDS;PRIVATE_DEPENDS;LIBRARIES;PUBLIC_LIBRARIES" ${ARGN})
   set(target rix_${NAME})
-  add_library(${target} OBJECT ${ARG_SOURCES})
-  target_include_directories(${target}
-    PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
-    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
-  set(below "")
-  foreach(module ${ARG_DEPENDS})
-    list(APPEND below rix_${module})
+  set(sources ${ARG_SOURCES})
+  foreach(class ${ARG_ALGORITHMS} ${ARG_OBJECTS} ${ARG_HEADERS})
+    if(NOT EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include/rix/${ARG_AREA}/${class}.h)
+      message(FATAL_ERROR "The module ${NAME} lists ${class}, but has no header include/rix/${ARG_AREA}/${class}.h.")
+    endif()
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/src/${class}.cpp)
+      list(APPEND sources src/${class}.cpp)
+    endif()
   endforeach()
-  target_link_libraries(${target} PUBLIC ${below} vessel ${ARG_PUBLIC_LIBRARIES}
-    PRIVATE rix_compile_options ${ARG_LIBRARIES})
-  set_property(GLOBAL APPEND PROPERTY RIX_MODULES ${target})
+  list(REMOVE_DUPLICATES sources)
+  add_library(${target} OBJECT ${sources})
+  target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  foreach(kind DEPENDS PRIVATE_DEPENDS)
+    set(${kind}_targets "")
+    foreach(module ${ARG_${kind}})
+      if(NOT TARGET rix_${module})
+        message(FATAL_ERROR "The module ${NAME} names ${module}, which is no module above it. A module depends on "
+                            "modules that were added before it, so that there is no circle.")
+      endif()
+      list(APPEND ${kind}_targets rix_${module})
+    endforeach()
+  endforeach()
+  target_link_libraries(${target} PUBLIC ${DEPENDS_targets} vessel ${ARG_PUBLIC_LIBRARIES}
+    PRIVATE ${PRIVATE_DEPENDS_targets} rix_compile_options ${ARG_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY RIX_MODULES ${NAME})
   set_property(GLOBAL APPEND PROPERTY RIX_MODULE_LIBRARIES ${ARG_LIBRARIES})
   set_property(GLOBAL APPEND PROPERTY RIX_MODULE_PUBLIC_LIBRARIES ${ARG_PUBLIC_LIBRARIES})
-  set_property(GLOBAL APPEND PROPERTY RIX_PUBLIC_INCLUDE_DIRS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+  foreach(fact AREA ALGORITHMS OBJECTS HEADERS DEPENDS PRIVATE_DEPENDS)
+    set_property(GLOBAL PROPERTY RIX_${NAME}_${fact} "${ARG_${fact}}")
+  endforeach()
+  set_property(GLOBAL PROPERTY RIX_${NAME}_SOURCE_DIR ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  if(IS_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/include)
+    rix_add_public_headers(${NAME} ${CMAKE_CURRENT_SOURCE_DIR}/include)
+  endif()
+endfunction()
+
+# rix_add_public_headers(NAME FOLDER)
+# A folder of headers of a module that are installed. What is written while configuring goes into a folder of its own.
+function(rix_add_public_headers NAME FOLDER)
+  target_include_directories(rix_${NAME} PUBLIC $<BUILD_INTERFACE:${FOLDER}>)
+  set_property(GLOBAL APPEND PROPERTY RIX_PUBLIC_INCLUDE_DIRS ${FOLDER})
+  set_property(GLOBAL APPEND PROPERTY RIX_${NAME}_INCLUDE_DIRS ${FOLDER})
+endfunction()
+
+# rix_list_classes(MODULE...)
+# Gives the caller what its templates of lists and headers need, the modules in this order: RIX_CLASS_INCLUDES,
+# RIX_LISTED_ALGORITHMS and RIX_LISTED_OBJECTS for lists; RIX_AREAS and of each area RIX_INCLUDES_OF_area for headers.
+function(rix_list_classes)
+  set(includes "")
+  set(algorithms "")
+  set(objects "")
+  set(areas "")
+  foreach(module ${ARGN})
+    get_property(area GLOBAL PROPERTY RIX_${module}_AREA)
+    if(NOT area)
+      continue()
+    endif()
+    string(REPLACE "/" "::" namespace ${area})
+    get_filename_component(area_name ${area} NAME)
+    get_property(listed_algorithms GLOBAL PROPERTY RIX_${module}_ALGORITHMS)
+    foreach(class ${listed_algorithms})
+      string(APPEND algorithms "        {&${namespace}::${class}::getInfo, \"${area_name}\"},\n")
+    endforeach()
+    get_property(listed_objects GLOBAL PROPERTY RIX_${module}_OBJECTS)
+    foreach(class ${listed_objects})
+      string(APPEND objects "        &${namespace}::${class}::getInfo,\n")
+    endforeach()
+    get_property(others GLOBAL PROPERTY RIX_${module}_HEADERS)
+    foreach(header ${listed_algorithms} ${listed_objects} ${others})
+      list(APPEND includes_of_${area} "#include <rix/${area}/${header}.h>")
+    endforeach()
+    list(APPEND areas ${area})
+  endforeach()
+  list(REMOVE_DUPLICATES areas)
+  foreach(area ${areas})
+    list(SORT includes_of_${area})
+    list(APPEND includes ${includes_of_${area}})
+    list(JOIN includes_of_${area} "\n" lines)
+    set(RIX_INCLUDES_OF_${area} "${lines}" PARENT_SCOPE)
+  endforeach()
+  list(SORT includes)
+  list(JOIN includes "\n" includes)
+  string(STRIP "${algorithms}" algorithms)
+  string(STRIP "${objects}" objects)
+  set(RIX_AREAS "${areas}" PARENT_SCOPE)
+  set(RIX_CLASS_INCLUDES "${includes}" PARENT_SCOPE)
+  set(RIX_LISTED_ALGORITHMS "${algorithms}" PARENT_SCOPE)
+  set(RIX_LISTED_OBJECTS "${objects}" PARENT_SCOPE)
 endfunction()
 
 # rix_add_tests(NAME SOURCES file... [LIBRARIES target...])

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # usage: check_headers.sh COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
 # Compiles every header below the include folders alone, with the warnings that a careful user may have switched on.
-# Lists the headers and stops at the first that doesn't compile.
+# Lists the headers and stops at the first that doesn't compile. A header that compiles its includer once for every
+# instruction set is told which file that is, as every file of kernels does.
 set -euo pipefail
 compiler=$1
 shift
@@ -18,11 +19,22 @@ for folder in "$@"; do
   flags+=(-isystem "$folder")
 done
 
+probe=$(mktemp -d)
+trap 'rm -rf "$probe"' EXIT
+
+# Included from a source of its own: a header compiled as the main file would be warned of its "#pragma once".
+compiles() {
+  {
+    grep -qw HWY_TARGET_INCLUDE "$1/$2" && printf '#undef HWY_TARGET_INCLUDE\n#define HWY_TARGET_INCLUDE "probe.cpp"\n'
+    printf '#include <%s>\n' "$2"
+  } >"$probe/probe.cpp"
+  "$compiler" "${flags[@]}" -I "$probe" "$probe/probe.cpp"
+}
+
 count=0
 for folder in "${folders[@]}"; do
   while IFS= read -r header; do
-    # Included from a source of its own: a header compiled as the main file would be warned of its "#pragma once".
-    if ! printf '#include <%s>\n' "$header" | "$compiler" "${flags[@]}" -x c++ -; then
+    if ! compiles "$folder" "$header"; then
       printf 'FAILED   %s\n' "$header"
       exit 1
     fi

@@ -2,7 +2,8 @@
 # usage: check_install.sh CMAKE COMPILER BUILD_FOLDER WORK_FOLDER [PYTHON]
 # Installs the library into an empty prefix, moves the prefix, and builds and runs a stranger's program against it: once
 # through the CMake package, once through pkg-config. Then does the same with the example of the README, which also reads
-# and writes files. Where the Python package was built, imports and uses it as well.
+# and writes files, and with plug-ins, which a program and the command line load. Where the Python package was built,
+# imports and uses it as well.
 set -euo pipefail
 cmake=$1 compiler=$2 build=$3 work=$4 python=${5:-}
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -18,7 +19,7 @@ prefix=$work/prefix
 
 run() {
   local output
-  output=$("$2")
+  output=$("${@:2}")
   [[ $output == "$expected" ]] || { printf '%s: printed "%s", expected "%s"\n' "$1" "$output" "$expected"; exit 1; }
   printf '%s: %s\n' "$1" "$output"
 }
@@ -52,6 +53,33 @@ cp "$source_folder/examples/images/coins.png" "$work/readme"
 size=$(stat -c %s "$work/readme/coins-binary.tif")
 ((size >= 384 * 303 / 8)) || { printf 'README: the result has only %d bytes\n' "$size"; exit 1; }
 printf 'README: the example wrote %d bytes\n' "$size"
+
+"$cmake" -G Ninja -S "$here/plugin" -B "$work/plugin" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER="$compiler" \
+  -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLE_SOURCE="$here/../plugins/ExamplePlugin.cpp" >"$work/configure.log"
+"$cmake" --build "$work/plugin" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
+expected="inversions of stranger: 256 of 256 right, thresholding by the plug-in"
+run "plug-ins" "$work/plugin/program" "$work/plugin/plugins"
+export RIX_PLUGIN_DIRECTORY=$work/plugin/plugins
+"$prefix/bin/rix" list | grep -E '^Inversion +inversions '
+invert() { "$prefix/bin/rix" run Inversion "inputImage=$1" "outputImage=$2" >/dev/null; }
+(
+  cd "$work/plugin"
+  invert "$source_folder/examples/images/coins.png" negative.tif
+  invert negative.tif positive.tif
+  invert positive.tif negative-again.tif
+  cmp negative.tif negative-again.tif
+  if cmp -s negative.tif positive.tif; then
+    printf 'the inverted picture is the picture\n'
+    exit 1
+  fi
+)
+# A file that is cut off is refused in words, whatever is asked of the program.
+head -c 5000 "$work/plugin/plugins/libInversion.so" >"$work/plugin/plugins/libCut.so"
+if "$prefix/bin/rix" list >/dev/null 2>"$work/refusal.log" || ! grep 'libCut.so is damaged' "$work/refusal.log"; then
+  printf 'a damaged plug-in is not refused\n'
+  exit 1
+fi
+unset RIX_PLUGIN_DIRECTORY
 
 if [[ -n $python ]]; then
   package=$(dirname "$(find "$prefix" -path '*/rix/__init__.py')")

@@ -1,5 +1,6 @@
-// The smallest plug-in: a runner of its own for thresholding of uint8 images. It takes the level above the built-in
-// ones, so that it is tried first, and leaves everything that it does not know to them.
+// The smallest plug-in: a runner of its own for thresholding of uint8 images, which leaves everything that it does not
+// know to the library's. It is the only one of the level above theirs, goes in front of them at the lowest, and behind
+// them at the one between. It counts its runs, for the test, in a setting.
 
 #include <cstdint>
 #include <memory>
@@ -8,6 +9,7 @@
 #include <rix/algorithms/Plugin.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
+#include <rix/settings/Settings.h>
 
 namespace {
 
@@ -15,7 +17,9 @@ using rix::segmentation::ThresholdingByCriterion;
 
 class PlainGreaterThanRunner : public rix::Runnable {
 public:
-    rix::OptimLevelType getOptimType() const override { return rix::GPU; }
+    explicit PlainGreaterThanRunner(rix::OptimLevelType level) : m_level(level) {}
+
+    rix::OptimLevelType getOptimType() const override { return m_level; }
 
     bool isRunnable(rix::BaseAlgorithm* algorithm) const override {
         const auto& self = static_cast<const ThresholdingByCriterion&>(*algorithm);
@@ -39,15 +43,18 @@ public:
                 throw rix::ProcessingException("A row cannot be written.");
             }
         }
+        auto& settings = rix::globalSettings();
+        settings.setValueAsInt32("EXAMPLE_PLUGIN_RUNS", settings.getValueAsInt32("EXAMPLE_PLUGIN_RUNS", 0) + 1);
     }
+
+private:
+    rix::OptimLevelType m_level;
 };
 
 }  // namespace
 
-extern "C" RIX_EXPORT int rixPluginInterfaceVersion() {
-    return rix::pluginInterfaceVersion;
-}
-
-extern "C" RIX_EXPORT void rixRegisterPlugin(rix::PluginRegistrar& registrar) {
-    registrar.addRunner("ThresholdingByCriterion", std::make_shared<PlainGreaterThanRunner>());
+RIX_PLUGIN(rix::PluginRegistrar& registrar) {
+    registrar.addRunner("ThresholdingByCriterion", std::make_shared<PlainGreaterThanRunner>(rix::GPU));
+    registrar.addRunner("ThresholdingByCriterion", std::make_shared<PlainGreaterThanRunner>(rix::VEC_SSE));
+    registrar.insertRunnerFirst("ThresholdingByCriterion", std::make_shared<PlainGreaterThanRunner>(rix::SCALAR));
 }

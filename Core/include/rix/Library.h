@@ -16,9 +16,13 @@ RIX_EXPORT void finish();
 /// Loads the plug-in libraries (all files `*.so`, in the order of their names) of a folder. See
 /// <rix/algorithms/Plugin.h> for what a plug-in is.
 /// @throws FileSystemError when the folder cannot be read.
-/// @throws LoadingError when a file is no plug-in or refuses to register; the others are loaded all the same
-///         (`partiallyLoaded` tells whether there were any).
+/// @throws LoadingError when a file is no plug-in, was built for another version of the library (in which case none of
+///         its code runs) or refuses to register; the others are loaded all the same (`partiallyLoaded` tells whether
+///         there were any).
 RIX_EXPORT void initPlugins(const String& path);
+
+/// The same with the folder of the setting "RIX_PLUGIN_DIRECTORY"; nothing when it is not set.
+RIX_EXPORT void initPlugins();
 
 /// Takes out what the plug-ins registered and unloads them. No algorithm of theirs may be running.
 RIX_EXPORT void finishPlugins();

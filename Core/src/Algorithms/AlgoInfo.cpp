@@ -13,6 +13,7 @@ namespace rix {
 struct AlgoInfoPrivate {
     String name;
     String libraryName;
+    String area;
     AlgoInfo::Factory factory;
     AlgoVisibilityType visibility;
     String deprecationVersion;
@@ -21,24 +22,31 @@ struct AlgoInfoPrivate {
 
 namespace {
 
+/// The place of a runner in a list; its end when it isn't there.
+auto placeOf(const std::vector<std::shared_ptr<Runnable>>& runners, const Runnable* runner) {
+    return std::find_if(runners.begin(), runners.end(), [runner](const auto& held) { return held.get() == runner; });
+}
+
+}  // namespace
+
 /// The ordered list of all records. Never destroyed: classes of plug-ins leave it as late as at the end of the process.
-std::vector<AlgoInfo*>& registry() {
+std::vector<AlgoInfo*>& AlgoInfo::registry() {
     static auto* const records = [] {
         auto list = std::make_unique<std::vector<AlgoInfo*>>();
-        for (const algorithms::AlgoInfoAccessor getInfo : algorithms::libraryAlgorithms()) {
-            list->push_back(&getInfo());
+        for (const algorithms::ListedAlgorithm& listed : algorithms::libraryAlgorithms()) {
+            AlgoInfo& info = listed.getInfo();
+            info.m_private->area = listed.area;
+            list->push_back(&info);
         }
         return list.release();
     }();
     return *records;
 }
 
-}  // namespace
-
 AlgoInfo::AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
                    const String& deprecationVersion)
     : m_private(std::make_unique<AlgoInfoPrivate>(
-          AlgoInfoPrivate{name, libraryName, factory, visibility, deprecationVersion, {}})) {}
+          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}})) {}
 
 AlgoInfo::~AlgoInfo() = default;
 
@@ -48,6 +56,11 @@ String AlgoInfo::getName() const {
 
 String AlgoInfo::getLibName() const {
     return m_private->libraryName;
+}
+
+String AlgoInfo::getArea() const {
+    registry();  // gives the library's own classes their area, which may be used before
+    return m_private->area.empty() ? m_private->libraryName : m_private->area;
 }
 
 AlgoVisibilityType AlgoInfo::getAlgoVisibility() const {
@@ -71,10 +84,25 @@ void AlgoInfo::addRunner(std::shared_ptr<Runnable> runner) {
     m_private->runners.push_back(std::move(runner));
 }
 
+void AlgoInfo::insertRunnerBefore(const Runnable& existing, std::shared_ptr<Runnable> runner) {
+    auto& runners = m_private->runners;
+    const auto place = placeOf(runners, &existing);
+    if (place == runners.end()) {
+        throw InvalidCall("The runner to insert before is none of " + getName());
+    }
+    runners.insert(place, std::move(runner));
+}
+
+void AlgoInfo::insertRunnerFirst(std::shared_ptr<Runnable> runner) {
+    auto& runners = m_private->runners;
+    const auto place = std::find_if(runners.begin(), runners.end(),
+                                    [&](const auto& held) { return held->getOptimType() == runner->getOptimType(); });
+    runners.insert(place, std::move(runner));
+}
+
 void AlgoInfo::removeRunner(Runnable* runner) {
     auto& runners = m_private->runners;
-    const auto found =
-        std::find_if(runners.begin(), runners.end(), [runner](const auto& held) { return held.get() == runner; });
+    const auto found = placeOf(runners, runner);
     if (found != runners.end()) {
         runners.erase(found);
     }
@@ -105,7 +133,8 @@ AlgoInfo& AlgoInfo::fromName(const String& name) {
     throw InvalidCall("The className " + name + " does not exist");
 }
 
-void AlgoInfo::registerClass(AlgoInfo& info) {
+void AlgoInfo::registerClass(AlgoInfo& info, const String& area) {
+    info.m_private->area = area;
     registry().push_back(&info);
 }
 

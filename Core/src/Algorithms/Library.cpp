@@ -7,6 +7,7 @@
 #include <mkl_service.h>
 #endif
 
+#include <rix/Version.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/devices/Cpu.h>
 #include <rix/settings/Settings.h>
@@ -56,12 +57,18 @@ void initPlugins(const String& path) {
     algorithms::loadPlugins(path);
 }
 
+void initPlugins() {
+    if (const String folder = globalSettings().getPluginDirectory(); !folder.empty()) {
+        initPlugins(folder);
+    }
+}
+
 void finishPlugins() {
     algorithms::unloadPlugins();
 }
 
 const char* version() noexcept {
-    return RIX_VERSION;
+    return headerVersion;
 }
 
 }  // namespace rix

@@ -10,6 +10,9 @@
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/Plugin.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/settings/Settings.h>
+
+#include "PluginFile.h"
 
 namespace rix {
 
@@ -22,15 +25,28 @@ PluginRegistrar::~PluginRegistrar() {
     }
 }
 
-void PluginRegistrar::addRunner(const String& className, std::shared_ptr<Runnable> runner) {
+AlgoInfo& PluginRegistrar::attach(const String& className, Runnable* runner) {
     AlgoInfo& info = AlgoInfo::fromName(className);
-    m_runners.push_back({&info, runner.get()});
-    info.addRunner(std::move(runner));
+    m_runners.push_back({&info, runner});
+    return info;
 }
 
-void PluginRegistrar::addClass(AlgoInfo& info) {
+void PluginRegistrar::addRunner(const String& className, std::shared_ptr<Runnable> runner) {
+    attach(className, runner.get()).addRunner(std::move(runner));
+}
+
+void PluginRegistrar::insertRunnerFirst(const String& className, std::shared_ptr<Runnable> runner) {
+    attach(className, runner.get()).insertRunnerFirst(std::move(runner));
+}
+
+void PluginRegistrar::insertRunnerBefore(const String& className, const Runnable& existing,
+                                         std::shared_ptr<Runnable> runner) {
+    attach(className, runner.get()).insertRunnerBefore(existing, std::move(runner));
+}
+
+void PluginRegistrar::addClass(AlgoInfo& info, const String& area) {
     m_classes.push_back(&info);
-    AlgoInfo::registerClass(info);
+    AlgoInfo::registerClass(info, area);
 }
 
 namespace algorithms {
@@ -58,16 +74,24 @@ std::vector<Plugin>& plugins() {
     return loaded;
 }
 
-template <class Function>
-Function* findFunction(void* library, const char* name, const String& path) {
-    void* const symbol = ::dlsym(library, name);
-    if (symbol == nullptr) {
-        throw LoadingError("The file " + path + " is no plug-in: it does not export the function " + name + '.');
+String versionOf(const PluginNote& note) {
+    return std::to_string(note.versionMajor) + '.' + std::to_string(note.versionMinor) + '.' +
+           std::to_string(note.versionPatch) + " (plug-in interface " + std::to_string(note.interfaceVersion) + ')';
+}
+
+/// A plug-in is trusted when its classes look as those of this library do, which only the last number of a version
+/// leaves as they are.
+void checkVersion(const PluginNote& note, const String& path) {
+    const PluginNote own;
+    if (note.interfaceVersion != own.interfaceVersion || note.versionMajor != own.versionMajor ||
+        note.versionMinor != own.versionMinor) {
+        throw LoadingError("The plug-in " + path + " was built for version " + versionOf(note) +
+                           " of the library; this is version " + versionOf(own) + '.');
     }
-    return reinterpret_cast<Function*>(symbol);
 }
 
 Plugin loadPlugin(const String& path) {
+    checkVersion(readPluginNote(path), path);
     Plugin plugin;
     plugin.library.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (plugin.library == nullptr) {
@@ -75,12 +99,11 @@ Plugin loadPlugin(const String& path) {
         throw LoadingError("The plug-in " + path +
                            " cannot be loaded: " + (reason != nullptr ? reason : "unknown reason"));
     }
-    const int version = findFunction<int()>(plugin.library.get(), "rixPluginInterfaceVersion", path)();
-    if (version != pluginInterfaceVersion) {
-        throw LoadingError("The plug-in " + path + " was built for interface version " + std::to_string(version) +
-                           "; this library has version " + std::to_string(pluginInterfaceVersion) + '.');
+    void* const function = ::dlsym(plugin.library.get(), "rixRegisterPlugin");
+    if (function == nullptr) {
+        throw LoadingError("The file " + path + " is no plug-in: it does not export the function rixRegisterPlugin.");
     }
-    auto* const registerPlugin = findFunction<void(PluginRegistrar&)>(plugin.library.get(), "rixRegisterPlugin", path);
+    auto* const registerPlugin = reinterpret_cast<void (*)(PluginRegistrar&)>(function);
     plugin.registrar = std::make_unique<PluginRegistrar>();
     try {
         registerPlugin(*plugin.registrar);

@@ -17,6 +17,7 @@ constexpr std::string_view environmentPrefix = "RIX_";
 constexpr const char* maximumNumberOfThreadsKey = "RIX_MAXIMUM_NUMBER_OF_THREADS";
 constexpr const char* threadPriorityKey = "RIX_THREAD_PRIORITY";
 constexpr const char* temporaryDataDirectoryKey = "RIX_TEMPORARY_DATA_DIRECTORY";
+constexpr const char* pluginDirectoryKey = "RIX_PLUGIN_DIRECTORY";
 
 /// Converts the whole text, with an optional leading plus sign as people write it.
 template <class T>
@@ -47,6 +48,15 @@ String lowerCased(String text) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     }
     return text;
+}
+
+/// A folder whose leading "~" stands for the home folder of the user.
+String withHome(const String& directory) {
+    if (directory != "~" && !directory.starts_with("~/")) {
+        return directory;
+    }
+    const char* const home = std::getenv("HOME");
+    return (home == nullptr ? String() : String(home)) + directory.substr(1);
 }
 
 }  // namespace
@@ -176,15 +186,19 @@ String Settings::getTemporaryDataDirectory() const {
     if (directory.empty()) {
         return defaultDirectory;
     }
-    if (directory == "~" || directory.starts_with("~/")) {
-        const char* const home = std::getenv("HOME");
-        return (home == nullptr ? String() : String(home)) + directory.substr(1);
-    }
-    return directory;
+    return withHome(directory);
 }
 
 void Settings::setTemporaryDataDirectory(const String& directory) {
     setValue(temporaryDataDirectoryKey, directory);
+}
+
+String Settings::getPluginDirectory() const {
+    return withHome(getValue(pluginDirectoryKey));
+}
+
+void Settings::setPluginDirectory(const String& directory) {
+    setValue(pluginDirectoryKey, directory);
 }
 
 GlobalSettings::GlobalSettings() {

@@ -40,11 +40,15 @@ TEST(Registry, EveryClassIsFoundByItsExactNameAndMakesWorkingObjects) {
     const std::size_t count = AlgoInfo::getNumOfAlgorithm();
     ASSERT_GT(count, 0U);
     std::set<String> names;
+    std::vector<String> areas;
     for (std::size_t i = 0; i < count; ++i) {
         AlgoInfo& info = AlgoInfo::getAlgorithmsInfoByIndex(i);
         EXPECT_TRUE(names.insert(info.getName()).second) << info.getName() << " is listed twice";
         EXPECT_EQ(&AlgoInfo::fromName(info.getName()), &info);
         EXPECT_EQ(info.getLibName(), "lumora_rix");
+        if (areas.empty() || areas.back() != info.getArea()) {
+            areas.push_back(info.getArea());
+        }
         const auto algorithm = info.createInstance(nullptr);
         EXPECT_EQ(&algorithm->getClassInfo(), &info);
         EXPECT_TRUE(algorithm->isOptimLevelSupported(SCALAR)) << info.getName() << " has no portable runner";
@@ -54,6 +58,8 @@ TEST(Registry, EveryClassIsFoundByItsExactNameAndMakesWorkingObjects) {
         EXPECT_EQ(messageOf<InvalidCall>([&] { AlgoInfo::fromName(otherCase); }),
                   "The className " + otherCase + " does not exist");
     }
+    EXPECT_THAT(areas, testing::ElementsAre("point_operations", "smoothing", "morphology", "analysis", "segmentation",
+                                            "individual_analysis"));
     EXPECT_EQ(messageOf<BadIndex>([&] { AlgoInfo::getAlgorithmsInfoByIndex(count); }),
               "index <" + std::to_string(count) + "> must be less than " + std::to_string(count));
 }
@@ -73,11 +79,36 @@ TEST(Registry, RunnersAreKeptInOrderAndRemovedOnce) {
     EXPECT_EQ(info.getDeprecationVersion(), "2.0");
 }
 
+TEST(Registry, RunnersAreInsertedInFrontOfOthers) {
+    AlgoInfo info("Some", "tests", nullptr, AlgoVisibilityType::PUBLIC_ALGORITHM, "");
+    const auto make = [](OptimLevelType level) {
+        return std::make_shared<ScriptedRunner>(level, ScriptedRunner::Work());
+    };
+    const auto scalar = make(SCALAR);
+    const auto sse = make(VEC_SSE);
+    const auto otherSse = make(VEC_SSE);
+    const auto fastSse = make(VEC_SSE);
+    const auto gpu = make(GPU);
+    info.addRunner(scalar);
+    info.addRunner(sse);
+    info.insertRunnerBefore(*sse, otherSse);
+    info.insertRunnerFirst(fastSse);
+    info.insertRunnerFirst(gpu);
+    EXPECT_THAT(info.getRunners(), testing::ElementsAre(scalar, fastSse, otherSse, sse, gpu));
+    const ScriptedRunner stranger(GPU, {});
+    EXPECT_EQ(messageOf<InvalidCall>([&] { info.insertRunnerBefore(stranger, gpu); }),
+              "The runner to insert before is none of Some");
+}
+
 TEST(Registry, ClassesOfOthersComeAndGo) {
     AlgoInfo info("Foreign", "elsewhere", nullptr, AlgoVisibilityType::HIDDEN_ALGORITHM, "");
     const std::size_t before = AlgoInfo::getNumOfAlgorithm();
     AlgoInfo::registerClass(info);
     EXPECT_EQ(&AlgoInfo::getAlgorithmsInfoByIndex(before), &info);
+    EXPECT_EQ(info.getArea(), "elsewhere");
+    AlgoInfo::unregisterClass(info);
+    AlgoInfo::registerClass(info, "far away");
+    EXPECT_EQ(info.getArea(), "far away");
     AlgoInfo::unregisterClass(info);
     EXPECT_EQ(AlgoInfo::getNumOfAlgorithm(), before);
 }
@@ -142,7 +173,7 @@ TEST(Library, PluginFoldersThatAreNone) {
     std::filesystem::create_directories(folder);
     EXPECT_NO_THROW(initPlugins(folder.string())) << "an empty folder";
     std::ofstream(folder / "text.so") << "no library";
-    EXPECT_THAT(messageOf<LoadingError>([&] { initPlugins(folder.string()); }), HasSubstr("text.so cannot be loaded"));
+    EXPECT_THAT(messageOf<LoadingError>([&] { initPlugins(folder.string()); }), HasSubstr("text.so is no plug-in"));
     std::filesystem::remove_all(folder);
 }
 

@@ -75,6 +75,9 @@ TEST(Settings, NamedAccessorsAndTheirDefaults) {
     EXPECT_EQ(settings.getMaximumNumberOfThreads(), -1);
     settings.setMaximumNumberOfThreads(4);
     EXPECT_EQ(settings.getValue("RIX_MAXIMUM_NUMBER_OF_THREADS"), "4");
+    EXPECT_EQ(settings.getPluginDirectory(), "");
+    settings.setPluginDirectory("~/plugins");
+    EXPECT_EQ(settings.getPluginDirectory(), String(std::getenv("HOME")) + "/plugins");
     settings.setTemporaryDataDirectory("~/scratch");
     EXPECT_EQ(settings.getTemporaryDataDirectory(), String(std::getenv("HOME")) + "/scratch");
 }

@@ -1,11 +1,7 @@
 #include "Algorithms.h"
 
 #include <array>
-#include <cstdlib>
-#include <typeinfo>
 #include <utility>
-
-#include <cxxabi.h>
 
 #include <rix/image/ImageModel.h>
 #include <rix/properties/Property.h>
@@ -69,17 +65,7 @@ std::unique_ptr<BaseAlgorithm> createAlgorithm(const AlgoInfo& info) {
 }
 
 std::string areaOf(const BaseAlgorithm& algorithm) {
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> demangled(
-        abi::__cxa_demangle(typeid(algorithm).name(), nullptr, nullptr, &status), &std::free);
-    const std::string name = status == 0 ? demangled.get() : "";
-    const std::size_t last = name.rfind("::");
-    if (last == std::string::npos || last == 0) {
-        return algorithm.getClassInfo().getLibName();
-    }
-    const std::size_t previous = name.rfind("::", last - 1);
-    return name.substr(previous == std::string::npos ? 0 : previous + 2,
-                       last - (previous == std::string::npos ? 0 : previous + 2));
+    return algorithm.getClassInfo().getArea();
 }
 
 std::vector<BaseProperty*> listProperties(const BaseAlgorithm& algorithm) {

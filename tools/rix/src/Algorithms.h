@@ -20,7 +20,7 @@ AlgoInfo& findClass(const std::string& name);
 
 std::unique_ptr<BaseAlgorithm> createAlgorithm(const AlgoInfo& info);
 
-/// The field of the library that an algorithm belongs to, as its namespace names it: "segmentation".
+/// The field of the library that an algorithm belongs to, for example "segmentation".
 std::string areaOf(const BaseAlgorithm& algorithm);
 
 /// Inputs, then outputs, in the order of declaration, without the hidden ones.

@@ -21,10 +21,13 @@
 namespace rix::cli {
 namespace {
 
-constexpr const char* exitCodesHelp =
+constexpr const char* footer =
     "Exit codes:\n"
     "  0 done, 1 the run failed, 2 wrong usage, 3 refused by a rule, 4 an input can't be read,\n"
     "  5 an output can't be written, 130 interrupted\n"
+    "\n"
+    "Environment:\n"
+    "  RIX_PLUGIN_DIRECTORY  folder of plug-ins, whose algorithms and runners are used beside those of the library\n"
     "\n"
     "Example:\n"
     "  rix demo";
@@ -78,7 +81,7 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     addDemoCommand(program, chosen);
     program.set_version_flag("--version", std::string("rix ") + rix::version());
     program.require_subcommand(1);
-    program.footer(exitCodesHelp);
+    program.footer(footer);
 
     refuseUnknownCommand(program, arguments);
     try {
@@ -94,7 +97,13 @@ int parseAndRun(const std::vector<std::string>& arguments) {
         throw Failure(WRONG_USAGE, error.what());
     }
     const LibraryInUse library;
-    return chosen();
+    try {
+        rix::initPlugins();
+        return chosen();
+    } catch (...) {
+        // What a plug-in throws is looked at while its code is there.
+        throw failureOfCurrentException();
+    }
 }
 
 }  // namespace

@@ -153,7 +153,7 @@ AlgoInfo& sampleRecord() {
 }  // namespace rix::sample
 
 int main(int argc, char** argv) {
-    rix::AlgoInfo::registerClass(rix::sample::sampleRecord());
+    rix::AlgoInfo::registerClass(rix::sample::sampleRecord(), "sample");
     const int exitCode = rix::cli::runProgram(argc, argv);
     rix::AlgoInfo::unregisterClass(rix::sample::sampleRecord());
     return exitCode;

@@ -41,14 +41,23 @@ public:
 
     String getName() const;
     String getLibName() const;
+    /// The field of the library that the class belongs to, as its namespace names it: "segmentation". For a class of
+    /// others what it was registered with; the name of their library when that was nothing.
+    String getArea() const;
     AlgoVisibilityType getAlgoVisibility() const;
     String getDeprecationVersion() const;
 
     std::unique_ptr<BaseAlgorithm> createInstance(algorithms::AbstractPrivateImplementation* implementation) const;
 
-    /// Appends a runner and takes shared ownership of it. Runners are tried in this order.
+    /// Appends a runner and takes shared ownership of it. Of the runners of a level the first in this order that
+    /// accepts the data is run.
     void addRunner(Runnable* runner);
     void addRunner(std::shared_ptr<Runnable> runner);
+    /// The same in front of a runner that is there, so that `runner` is asked first.
+    /// @throws InvalidCall when `existing` is no runner of this class.
+    void insertRunnerBefore(const Runnable& existing, std::shared_ptr<Runnable> runner);
+    /// The same in front of all others of its level; appended when it is the only one of it.
+    void insertRunnerFirst(std::shared_ptr<Runnable> runner);
     /// Removes the first entry that holds `runner`; nothing when there is none.
     void removeRunner(Runnable* runner);
     const std::vector<std::shared_ptr<Runnable>>& getRunners() const;
@@ -62,10 +71,13 @@ public:
 
     /// Appends a class of another library (a plug-in, an application) to the registry, or takes it out again. The
     /// record must stay alive as long as it is registered.
-    static void registerClass(AlgoInfo& info);
+    /// @param area what `getArea` says from then on
+    static void registerClass(AlgoInfo& info, const String& area = "");
     static void unregisterClass(AlgoInfo& info);
 
 private:
+    RIX_LOCAL static std::vector<AlgoInfo*>& registry();
+
     std::unique_ptr<AlgoInfoPrivate> m_private;
 };
 

@@ -64,6 +64,11 @@ public:
     String getTemporaryDataDirectory() const;
     void setTemporaryDataDirectory(const String& directory);
 
+    /// Folder of the plug-ins that front ends load when they start; empty for none. A leading "~/" stands for the home
+    /// folder of the user. Key "RIX_PLUGIN_DIRECTORY".
+    String getPluginDirectory() const;
+    void setPluginDirectory(const String& directory);
+
 private:
     std::unique_ptr<SettingsPrivate> m_private;
 };

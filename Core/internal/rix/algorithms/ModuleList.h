@@ -9,12 +9,15 @@ class ObjectInfo;
 
 namespace algorithms {
 
-/// How a module names one of its algorithm classes: the function that gives the class's record.
-using AlgoInfoAccessor = AlgoInfo& (*)();
+/// An algorithm class as the list of the library names it.
+struct ListedAlgorithm {
+    AlgoInfo& (*getInfo)();
+    const char* area;  ///< what `AlgoInfo::getArea` says
+};
 
 /// The algorithm classes of the library, module by module in a fixed order: the order of the registry. Defined where
 /// the modules are put together, above the core.
-std::span<const AlgoInfoAccessor> libraryAlgorithms();
+std::span<const ListedAlgorithm> libraryAlgorithms();
 
 /// How a module names one of its classes of result objects.
 using ObjectInfoAccessor = const ObjectInfo& (*)();

@@ -40,8 +40,8 @@
 /// The value of `expression` in the pass that serves a level. Only to be used after the passes (inside `HWY_ONCE`),
 /// where HWY_NAMESPACE names the last of them: portable code for the baseline processor.
 #ifndef RIX_SELECT_KERNELS
-#define RIX_SELECT_KERNELS(level, expression)                                                     \
-    ((level) == VEC_AVX   ? (devices::Cpu::hasAvx512() ? N_AVX3::expression : N_AVX2::expression) \
-     : (level) == VEC_SSE ? N_SSE4::expression                                                    \
-                          : HWY_NAMESPACE::expression)
+#define RIX_SELECT_KERNELS(level, expression)                                                                   \
+    ((level) == ::rix::VEC_AVX   ? (::rix::devices::Cpu::hasAvx512() ? N_AVX3::expression : N_AVX2::expression) \
+     : (level) == ::rix::VEC_SSE ? N_SSE4::expression                                                           \
+                                 : HWY_NAMESPACE::expression)
 #endif
