@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
+#include <cxxabi.h>
 #include <dlfcn.h>
 
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/Plugin.h>
 #include <rix/exceptions/Exception.h>
+
+#include "Process/Forks.h"
 
 namespace rix {
 
@@ -43,12 +47,17 @@ struct LibraryCloser {
 };
 using LibraryHandle = std::unique_ptr<void, LibraryCloser>;
 
+std::mutex& pluginsMutex() {
+    return process::mutexOf(process::Lock::Plugins);
+}
+
 /// A plug-in: the registrar goes first when it is unloaded, while the code of its runners is still there.
 struct Plugin {
     LibraryHandle library;
     std::unique_ptr<PluginRegistrar> registrar;
 };
 
+/// With the lock.
 std::vector<Plugin>& plugins() {
     // After the records of the library's classes, so that plug-ins that nobody unloads leave them while they exist.
     static std::vector<Plugin> loaded = [] {
@@ -88,6 +97,8 @@ Plugin loadPlugin(const String& path) {
         // The text is copied: the exception's own code may be unloaded with the library.
         const String reason = exception.what();
         throw LoadingError("The plug-in " + path + " failed to register: " + reason);
+    } catch (const abi::__forced_unwind&) {
+        throw;  // the thread is being ended
     } catch (...) {
         throw LoadingError("The plug-in " + path + " failed to register.");
     }
@@ -110,6 +121,7 @@ void loadPlugins(const String& folder) {
     }
     std::sort(paths.begin(), paths.end());
 
+    const std::lock_guard lock(pluginsMutex());
     String failures;
     bool anyLoaded = false;
     for (const String& path : paths) {
@@ -126,6 +138,7 @@ void loadPlugins(const String& folder) {
 }
 
 void unloadPlugins() {
+    const std::lock_guard lock(pluginsMutex());
     while (!plugins().empty()) {
         plugins().pop_back();
     }
