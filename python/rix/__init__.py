@@ -4,8 +4,25 @@ Every algorithm of the library is here as a function, ``rix.box_filter_2d(image,
 ``rix.BoxFilter2d``. ``rix.list()`` names all, ``rix.describe(name)`` explains one.
 """
 
+import atexit as _atexit
 import os as _os
 from typing import Any as _Any
+
+
+def _is_main_interpreter() -> bool:
+    try:
+        import _interpreters as interpreters  # type: ignore[import-not-found, unused-ignore]
+    except ImportError:
+        try:
+            import _xxsubinterpreters as interpreters  # type: ignore[import-not-found, unused-ignore]
+        except ImportError:
+            return True
+    return bool(interpreters.get_current() == interpreters.get_main())
+
+
+if not _is_main_interpreter():
+    # The compiled part has one state for the process; its first import elsewhere would wait for ever.
+    raise ImportError("rix works in the main interpreter of a process only, not in subinterpreters")
 
 from . import _rix
 from ._algorithms import Algorithm, Description, Listed, describe, find as _find, list_all as list, names as _names
@@ -16,6 +33,7 @@ from ._table import Table
 
 __version__: str = _rix.version()
 
+_atexit.register(_rix.end_runs)
 _os.register_at_fork(after_in_child=_rix.stay_in_callers_thread)
 
 

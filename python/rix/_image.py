@@ -7,7 +7,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _rix
-from ._errors import RuleError
+from ._errors import DataTypeError, Error, RuleError
 
 PerAxis = Union[float, Sequence[float], Mapping[str, float]]
 Directions = Tuple[Tuple[float, float, float], Tuple[float, float, float], Tuple[float, float, float]]
@@ -34,6 +34,16 @@ class ColorInterpretation(IntEnum):
 
 
 def _per_axis(name: str, values: PerAxis, axes: str, neutral: float) -> Tuple[float, ...]:
+    try:
+        return _numbers(name, values, axes, neutral)
+    except (TypeError, ValueError) as error:
+        if isinstance(error, Error):
+            raise
+        kind = DataTypeError if isinstance(error, TypeError) else RuleError
+        raise kind(f"{name}={values!r}: a number, or a number for each axis, is accepted") from None
+
+
+def _numbers(name: str, values: PerAxis, axes: str, neutral: float) -> Tuple[float, ...]:
     if isinstance(values, Mapping):
         unknown = set(values) - set(axes)
         if unknown:

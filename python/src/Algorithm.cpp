@@ -9,6 +9,7 @@
 #include <rix/settings/Settings.h>
 
 #include "Errors.h"
+#include "Exits.h"
 #include "Tables.h"
 
 namespace py = pybind11;
@@ -215,7 +216,7 @@ void Algorithm::makeObjects() {
 void Algorithm::execute(py::object progress, const OpenImages& images) {
     Interaction interaction(std::move(progress));
     try {
-        const py::gil_scoped_release unlocked;
+        const RunBeforeExit watched(*m_algorithm);
         m_algorithm->run(&interaction);
     } catch (const UserCancelException&) {
         interaction.rethrow();
@@ -258,7 +259,11 @@ py::tuple Algorithm::run(const RunOptions& options) {
         applyThreads(options.threads, images);
         makeObjects();
         execute(options.progress, images);
-        takeResults(images);
+        try {
+            takeResults(images);
+        } catch (py::error_already_set& error) {
+            rethrowShortage(error);
+        }
     }
     py::list results;
     for (std::size_t place = 0; place < m_facts.properties.size(); ++place) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -48,11 +49,36 @@ Memory copyInStorageOrder(const py::array& array, const std::string& axes) {
         sorted += axes[dimension];
     }
     const py::object native = array.dtype().attr("newbyteorder")("=");
-    return {array.attr("transpose")(permutation).attr("astype")(native, py::arg("order") = "C", py::arg("copy") = true),
+    try {
+        return {
+            array.attr("transpose")(permutation).attr("astype")(native, py::arg("order") = "C", py::arg("copy") = true),
             sorted};
+    } catch (py::error_already_set& error) {
+        rethrowShortage(error);
+    }
 }
 
 enum class Access { ReadOnly, ReadWrite };
+
+/// Whether no byte belongs to two elements, by the strides from the smallest to the largest: each one steps over all
+/// that the smaller ones reach. Layouts that interleave otherwise count as overlapping.
+bool hasElementsApart(const py::array& array) {
+    std::vector<std::pair<py::ssize_t, py::ssize_t>> dimensions;  // stride, steps
+    for (py::ssize_t i = 0; i < array.ndim(); ++i) {
+        if (array.shape(i) > 1) {
+            dimensions.emplace_back(std::abs(array.strides(i)), array.shape(i) - 1);
+        }
+    }
+    std::sort(dimensions.begin(), dimensions.end());
+    py::ssize_t reached = array.itemsize();
+    for (const auto& [stride, steps] : dimensions) {
+        if (stride < reached) {
+            return false;
+        }
+        reached += stride * steps;
+    }
+    return true;
+}
 
 /// Fills the shape of a header and opens memory, which the image then keeps.
 void openMemory(GivenImage& given, Memory memory, ImageHeader header, Access access) {
@@ -146,6 +172,11 @@ GivenImage open(py::handle object, const std::string& axes, Access access) {
     if (!given.array.writeable()) {
         throw RefusedError("an array for a result must be writable; given is a read-only " +
                            describeObject(given.array));
+    }
+    if (!hasElementsApart(given.array)) {
+        throw RefusedError("elements of an array for a result must not overlap; given is a " +
+                           describeObject(given.array) + " with the strides " +
+                           py::str(given.array.attr("strides")).cast<std::string>());
     }
     openMemory(given, {given.array, given.axes}, header, access);
     return given;

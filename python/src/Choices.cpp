@@ -56,9 +56,13 @@ py::object enumerationClass(const BaseProperty& property) {
         for (const auto& label : cli::labelsOf(enumeration)) {
             members[py::str(label)] = enumeration.getValueFromLabel(label);
         }
-        known = py::module_::import("enum").attr(isCombined(property) ? "IntFlag" : "IntEnum")(
+        const py::object made = py::module_::import("enum").attr(isCombined(property) ? "IntFlag" : "IntEnum")(
             enumeration.getEnumName(), members, py::arg("module") = "rix",
             py::arg("qualname") = property.getOwner()->getClassInfo().getName() + "." + enumeration.getEnumName());
+        // Python gives other threads their turn while it makes a class: the first one is the one that counts.
+        if (!known) {
+            known = made;
+        }
     }
     return known;
 }

@@ -32,14 +32,14 @@ void raise(const char* name, const std::string& text, const std::vector<std::str
 }
 
 const char* errorNameOf(const Exception& exception) {
+    if (exception.isOutOfMemory()) {
+        return "OutOfMemoryError";
+    }
     if (dynamic_cast<const RuleException*>(&exception) != nullptr) {
         return "RuleError";
     }
     if (dynamic_cast<const UserCancelException*>(&exception) != nullptr) {
         return "CancelledError";
-    }
-    if (dynamic_cast<const MemoryError*>(&exception) != nullptr) {
-        return "OutOfMemoryError";
     }
     if (dynamic_cast<const LoadingError*>(&exception) != nullptr ||
         dynamic_cast<const WritingError*>(&exception) != nullptr ||
@@ -68,6 +68,9 @@ void translate(std::exception_ptr error) {
         raise("DataTypeError", wrong.what(), {wrong.what()});
     } catch (const MisuseError& misuse) {
         raise("RunError", misuse.what(), {misuse.what()});
+    } catch (const py::cast_error&) {
+        const char* const text = "a value of the wrong type was given";
+        raise("DataTypeError", text, {text});
     } catch (const std::bad_alloc&) {
         raise("OutOfMemoryError", "not enough memory", {"not enough memory"});
     }
@@ -77,6 +80,13 @@ void translate(std::exception_ptr error) {
 
 void registerErrors() {
     py::register_exception_translator(&translate);
+}
+
+void rethrowShortage(py::error_already_set& error) {
+    if (error.matches(PyExc_MemoryError)) {
+        throw MemoryError(py::str(error.value()).cast<std::string>());
+    }
+    throw;
 }
 
 std::string describeObject(py::handle object) {

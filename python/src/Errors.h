@@ -28,6 +28,9 @@ public:
 /// Makes what the library throws the family of Python exceptions of `rix._errors`, with the text of all levels.
 void registerErrors();
 
+/// Throws what is in flight again: a shortage of memory that NumPy met as one of the library.
+[[noreturn]] void rethrowShortage(pybind11::error_already_set& error);
+
 /// "uint16 array of shape (3, 4)" of whatever Python gave, for messages.
 std::string describeObject(pybind11::handle object);
 

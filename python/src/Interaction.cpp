@@ -1,6 +1,9 @@
 #include "Interaction.h"
 
+#include <atomic>
 #include <utility>
+
+#include <cxxabi.h>
 
 namespace py = pybind11;
 
@@ -8,8 +11,11 @@ namespace rix::python {
 namespace {
 
 bool isMainThread() {
-    static const unsigned long mainThread =
-        py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
+    // No static constant: Python gives other threads their turn meanwhile, who would wait for it with Python's lock.
+    static constinit std::atomic<unsigned long> mainThread{0};
+    if (mainThread == 0) {
+        mainThread = py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
+    }
     return PyThread_get_thread_ident() == mainThread;
 }
 
@@ -25,6 +31,8 @@ void Interaction::setProgress(double progress) {
     const py::gil_scoped_acquire lock;
     try {
         m_progress(progress);
+    } catch (const abi::__forced_unwind&) {
+        throw;  // the thread is being ended
     } catch (...) {
         m_error = std::current_exception();
         m_failed = true;

@@ -12,6 +12,7 @@
 #include "Axes.h"
 #include "Description.h"
 #include "Errors.h"
+#include "Exits.h"
 #include "Files.h"
 
 namespace py = pybind11;
@@ -52,6 +53,10 @@ PYBIND11_MODULE(_rix, module) {
     module.def("input_address", [](py::handle image, const std::string& axes) {
         return reinterpret_cast<std::uintptr_t>(rix::python::openInput(image, axes).array.data());
     });
+    module.def("end_runs", &rix::python::endRuns);
     // The threads of a process don't live in its forks, oneTBB's can't be started anew there.
-    module.def("stay_in_callers_thread", [] { rix::globalSettings().setMaximumNumberOfThreads(1); });
+    module.def("stay_in_callers_thread", [] {
+        rix::python::forgetRuns();
+        rix::globalSettings().setMaximumNumberOfThreads(1);
+    });
 }

@@ -35,6 +35,7 @@ Outcome runInShortage(BaseAlgorithm& algorithm, std::size_t failing, Shortage sh
         std::rethrow_exception(thrown);
     } catch (const Exception& exception) {
         outcome.isOfTheFamily = true;
+        outcome.isOutOfMemory = exception.isOutOfMemory();
         outcome.exceptionClass = exception.getClassName();
         for (const auto& level : exception.getLevels()) {
             outcome.levels.push_back(level.message);
@@ -90,6 +91,7 @@ void AllocationFailure::failEachRequest(const Example& example, int threads, Sho
         const Outcome outcome = runInShortage(algorithm, request, shortage, requests);
         failed = requests >= request;
         EXPECT_TRUE(outcome.succeeded || outcome.isOfTheFamily) << outcome.text();
+        EXPECT_TRUE(outcome.succeeded || outcome.isOutOfMemory) << "it is not told why: " << outcome.text();
         EXPECT_TRUE(isReady(algorithm));
         EXPECT_TRUE(subject.outputsAreReadable()) << "an output claims samples that it does not have";
         if (outcome.succeeded) {

@@ -212,6 +212,21 @@ std::vector<WrongImage> wrongImages(const ImageTraits& good) {
     return images;
 }
 
+/// A user's image whose types are none of the library's.
+class OfUnknownType : public OpaqueImage {
+public:
+    OfUnknownType(ImageModel* real, int voxelType, int elementType)
+        : OpaqueImage(real),
+          m_voxelType(static_cast<VoxelTypes>(voxelType)),
+          m_elementType(static_cast<ElementTypes>(elementType)) {}
+    VoxelTypes getVoxelType() const override { return m_voxelType; }
+    ElementTypes getElementType() const override { return m_elementType; }
+
+private:
+    VoxelTypes m_voxelType;
+    ElementTypes m_elementType;
+};
+
 bool saysExactRule(const BaseProperty* property, const String& words) {
     for (const String& rule : property->getImpl()->describeRules()) {
         if (rule == words) {
@@ -244,6 +259,15 @@ TEST_P(BadProperties, InputImages) {
             const io::MemoryImage before(wrong.image);
             runAndRecover(property, ruledOut);
             EXPECT_TRUE(imagesEqual(before, wrong.image)) << "an input was changed";
+        }
+        io::MemoryImage real = makeRandomImage(good, 11);
+        for (const auto& [voxelType, elementType] :
+             {std::pair{3, 0}, {7, 0}, {12, 0}, {-1, 0}, {1 << 30, 0}, {0, 1}, {0, -1}, {0, 1000}}) {
+            SCOPED_TRACE(example().toText() + ": " + property->getName() + " has the types " +
+                         std::to_string(voxelType) + " and " + std::to_string(elementType));
+            OfUnknownType image(&real, voxelType, elementType);
+            setImage(property, &image);
+            runAndRecover(property, true);
         }
     }
 }

@@ -93,6 +93,7 @@ private:
 struct Outcome {
     bool succeeded = false;
     bool isOfTheFamily = false;  ///< what was thrown derives from `rix::Exception`
+    bool isOutOfMemory = false;  ///< and says that memory was short
     String exceptionClass;       ///< empty after a success
     std::vector<String> levels;  ///< innermost first
     String text() const;

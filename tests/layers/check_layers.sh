@@ -9,7 +9,7 @@ core=$1
 # From the bottom up. Plain values (containers, matrices, kernels) are what properties hold. Devices tell which levels of
 # optimisation the processor can, simd compiles kernels for each of them. Properties and images know each other's
 # declarations and share a level, and so do the registry of classes and the result objects that it makes.
-declare -A level=([exceptions]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [devices]=1 [simd]=1 [properties]=2
+declare -A level=([exceptions]=0 [process]=0 [settings]=1 [container]=1 [math]=1 [kernel]=1 [devices]=1 [simd]=1 [properties]=2
   [image]=2 [rules]=3 [access]=4 [algorithms]=5 [measurement]=5)
 # Files that belong to another layer than their folder says.
 declare -A moved=(

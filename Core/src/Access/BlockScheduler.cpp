@@ -19,6 +19,9 @@
 #include <rix/access/MemoryAccount.h>
 #include <rix/exceptions/Exception.h>
 
+#include "Process/FloatingPoint.h"
+#include "Process/Forks.h"
+
 namespace rix::access {
 
 BlockScheduler::~BlockScheduler() = default;
@@ -44,11 +47,16 @@ using Range = tbb::blocked_range<std::size_t>;
 class ParallelScheduler : public BlockScheduler {
 public:
     void forEach(std::size_t count, FunctionRef<void(std::size_t)> block) override {
+        if (process::staysInCallersThread()) {
+            serialScheduler().forEach(count, block);
+            return;
+        }
         tbb::task_group_context own(tbb::task_group_context::isolated);
         const std::shared_ptr<MemoryAccount> account = MemoryAccount::current();
         tbb::parallel_for(
             Range(0, count),
             [block, &account](const Range& range) {
+                const process::DefaultFloatingPoint floatingPoint;
                 const MemoryAccount::Scope scope(account);
                 for (std::size_t i = range.begin(); i != range.end(); ++i) {
                     block(i);
@@ -80,6 +88,7 @@ public:
         std::exception_ptr failure;
         const std::shared_ptr<MemoryAccount> account = MemoryAccount::current();
         const auto work = [&] {
+            const process::DefaultFloatingPoint floatingPoint;
             const MemoryAccount::Scope scope(account);
             try {
                 for (std::size_t i = next++; i < count; i = next++) {
@@ -113,18 +122,19 @@ public:
 
 }  // namespace
 
+// Never destroyed: runs of threads that nobody waits for may outlast static objects.
 BlockScheduler& parallelScheduler() {
 #ifdef __SANITIZE_THREAD__
-    static PlainThreadScheduler scheduler;
+    static auto* const scheduler = new PlainThreadScheduler();
 #else
-    static ParallelScheduler scheduler;
+    static auto* const scheduler = new ParallelScheduler();
 #endif
-    return scheduler;
+    return *scheduler;
 }
 
 BlockScheduler& serialScheduler() {
-    static SerialScheduler scheduler;
-    return scheduler;
+    static auto* const scheduler = new SerialScheduler();
+    return *scheduler;
 }
 
 void ShuffledScheduler::forEach(std::size_t count, FunctionRef<void(std::size_t)> block) {

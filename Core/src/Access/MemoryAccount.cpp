@@ -38,6 +38,10 @@ MemoryAccount::Scope::~Scope() {
     currentAccount = m_before;
 }
 
+void detail::refuseTable(std::size_t bytes) {
+    throw MemoryError("A table of " + std::to_string(bytes) + " bytes cannot be allocated.");
+}
+
 MemoryCharge::MemoryCharge(std::size_t bytes) {
     std::shared_ptr<MemoryAccount> account = MemoryAccount::current();
     if (account != nullptr) {

@@ -6,6 +6,7 @@
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
 
 namespace rix::access {
@@ -19,8 +20,11 @@ constexpr double nanosecondsPerCopy = 0.1;
 
 TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType) : m_charge(bytes(like, voxelType)) {
     const auto n = helper::getExtents(like);
+    const helper::MemoryRefusals refusals;
     if (!m_image.reserve(like.getElementType(), voxelType, n[0], n[1], n[2], n[3], n[4])) {
-        throw ResizeImageError("The temporary image cannot be allocated or resized.");
+        ResizeImageError error("The temporary image cannot be allocated or resized.");
+        refusals.explain(error);
+        throw error;
     }
     m_image.setInterpretation(like.getInterpretation());
 }

@@ -1,12 +1,15 @@
 #include <rix/algorithms/AlgoInfo.h>
 
 #include <algorithm>
+#include <mutex>
 #include <string>
 #include <utility>
 
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/algorithms/ModuleList.h>
 #include <rix/exceptions/Exception.h>
+
+#include "Process/Forks.h"
 
 namespace rix {
 
@@ -29,19 +32,29 @@ auto placeOf(const std::vector<std::shared_ptr<Runnable>>& runners, const Runnab
 
 }  // namespace
 
-/// The ordered list of all records. Never destroyed: classes of plug-ins leave it as late as at the end of the process.
-std::vector<AlgoInfo*>& AlgoInfo::registry() {
-    static auto* const records = [] {
-        auto list = std::make_unique<std::vector<AlgoInfo*>>();
-        for (const algorithms::ListedAlgorithm& listed : algorithms::libraryAlgorithms()) {
-            AlgoInfo& info = listed.getInfo();
-            info.m_private->area = listed.area;
-            list->push_back(&info);
+/// The ordered list of all records, while it exists. Plug-ins may come and go while others look for a class.
+class AlgoInfo::Registry {
+public:
+    Registry() : m_lock(process::mutexOf(process::Lock::Registry)) {}
+
+    std::vector<AlgoInfo*>& records() {
+        // Never destroyed: classes of plug-ins leave it as late as at the end of the process.
+        static constinit std::vector<AlgoInfo*>* records = nullptr;
+        if (records == nullptr) {
+            auto list = std::make_unique<std::vector<AlgoInfo*>>();
+            for (const algorithms::ListedAlgorithm& listed : algorithms::libraryAlgorithms()) {
+                AlgoInfo& info = listed.getInfo();
+                info.m_private->area = listed.area;
+                list->push_back(&info);
+            }
+            records = list.release();
         }
-        return list.release();
-    }();
-    return *records;
-}
+        return *records;
+    }
+
+private:
+    std::lock_guard<std::mutex> m_lock;
+};
 
 AlgoInfo::AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
                    const String& deprecationVersion)
@@ -59,7 +72,7 @@ String AlgoInfo::getLibName() const {
 }
 
 String AlgoInfo::getArea() const {
-    registry();  // gives the library's own classes their area, which may be used before
+    Registry().records();  // gives the library's own classes their area, which may be used before
     return m_private->area.empty() ? m_private->libraryName : m_private->area;
 }
 
@@ -113,11 +126,12 @@ const std::vector<std::shared_ptr<Runnable>>& AlgoInfo::getRunners() const {
 }
 
 std::size_t AlgoInfo::getNumOfAlgorithm() {
-    return registry().size();
+    return Registry().records().size();
 }
 
 AlgoInfo& AlgoInfo::getAlgorithmsInfoByIndex(std::size_t index) {
-    const auto& records = registry();
+    Registry registry;
+    const auto& records = registry.records();
     if (index >= records.size()) {
         throw BadIndex("index <" + std::to_string(index) + "> must be less than " + std::to_string(records.size()));
     }
@@ -125,7 +139,8 @@ AlgoInfo& AlgoInfo::getAlgorithmsInfoByIndex(std::size_t index) {
 }
 
 AlgoInfo& AlgoInfo::fromName(const String& name) {
-    for (AlgoInfo* const info : registry()) {
+    Registry registry;
+    for (AlgoInfo* const info : registry.records()) {
         if (info->getName() == name) {
             return *info;
         }
@@ -134,12 +149,13 @@ AlgoInfo& AlgoInfo::fromName(const String& name) {
 }
 
 void AlgoInfo::registerClass(AlgoInfo& info, const String& area) {
+    Registry registry;
     info.m_private->area = area;
-    registry().push_back(&info);
+    registry.records().push_back(&info);
 }
 
 void AlgoInfo::unregisterClass(AlgoInfo& info) {
-    std::erase(registry(), &info);
+    std::erase(Registry().records(), &info);
 }
 
 }  // namespace rix

@@ -1,6 +1,8 @@
 #include <rix/algorithms/BaseAlgorithm.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include <rix/algorithms/AlgoInfo.h>
@@ -41,7 +43,14 @@ BaseAlgorithm::BaseAlgorithm(algorithms::AbstractPrivateImplementation* implemen
     : m_private(std::make_unique<algorithms::BaseAlgorithmPrivate>(
           *this, std::unique_ptr<algorithms::AbstractPrivateImplementation>(implementation))) {}
 
-BaseAlgorithm::~BaseAlgorithm() = default;
+BaseAlgorithm::~BaseAlgorithm() {
+    if (m_private->isInUse()) {
+        // To go on would be to crash somewhere later, in whatever the threads of the run find in this memory.
+        std::fputs("rix: an algorithm was destroyed while it runs; the program ends.\n", stderr);
+        std::fflush(stderr);
+        std::abort();
+    }
+}
 
 bool BaseAlgorithm::hasDynamicProperties() const {
     return false;
@@ -266,6 +275,11 @@ AlgorithmDescription BaseAlgorithm::describe() const {
 }
 
 void BaseAlgorithm::setParent(BaseAlgorithm* parent) {
+    for (const BaseAlgorithm* each = parent; each != nullptr; each = each->getParent()) {
+        if (each == this) {
+            throw InvalidCall("An algorithm cannot be a child of itself or of its own children.");
+        }
+    }
     m_private->m_parent = parent;
     if (parent != nullptr) {
         m_private->m_settings = parent->settings();

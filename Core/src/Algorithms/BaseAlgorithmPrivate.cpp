@@ -5,12 +5,16 @@
 #include <new>
 #include <utility>
 
+#include <cxxabi.h>
+
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/properties/BaseProperty.h>
 
 #include "GenericIterator.h"
+#include "ImageProperties.h"
+#include "Process/Forks.h"
 #include "ThreadLimiter.h"
 #include "ThreadPriority.h"
 #include "Worker.h"
@@ -24,7 +28,11 @@ constexpr std::chrono::milliseconds talkPeriod{100};
 
 /// Made while there is memory, for when there is none even to tell of it. Never destroyed: runs may be as late.
 const UnexpectedError& exhaustedMemory() {
-    static const auto* const error = new UnexpectedError("Memory is exhausted: an allocation during the run failed.");
+    static const auto* const error = [] {
+        auto* const made = new UnexpectedError("Memory is exhausted: an allocation during the run failed.");
+        made->setOutOfMemory();
+        return made;
+    }();
     return *error;
 }
 
@@ -71,20 +79,35 @@ void BaseAlgorithmPrivate::run(InteractionInterface* interaction) {
     if (m_entered.exchange(true)) {
         return;
     }
+    m_generation = process::generation();
+    const process::ActiveRun active;
+    const process::DefaultFloatingPoint floatingPoint;
+    m_floatingPoint = &floatingPoint;
     try {
         runInFamily(interaction);
     } catch (const std::bad_alloc&) {
         throw exhaustedMemory();
     }
-    if (interaction != nullptr) {
-        report(*interaction);  // progress 1
-    }
+}
+
+bool BaseAlgorithmPrivate::isInUse() const {
+    // In a child process the threads of its parent run nothing.
+    return m_entered && m_generation == process::generation();
 }
 
 void BaseAlgorithmPrivate::runInFamily(InteractionInterface* interaction) {
     try {
-        const RunGuard guard(*this);
-        runGuarded(interaction);
+        const process::DefaultFloatingPoint& floatingPoint = *m_floatingPoint;
+        {
+            const RunGuard guard(*this);
+            runGuarded(interaction);
+        }
+        if (interaction != nullptr) {
+            const process::DefaultFloatingPoint::Outside outside(floatingPoint);
+            report(*interaction);  // progress 1
+        }
+    } catch (const abi::__forced_unwind&) {
+        throw;  // the thread is being ended: nobody may catch it
     } catch (Exception& exception) {
         try {
             exception.addInfoLevel(runLabel());
@@ -125,36 +148,40 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
     const ThreadLimiter limiter(limitIsParents ? -1 : limit, priority);
 
     m_algorithm.lockAllProperties(true);
+    refuseUnknownTypes(m_algorithm);
     m_algorithm.applyAllRules();
     openAccount(parent);
 
+    bool hasWorker = true;
     const auto work = [&] {
         const ThreadPriority threadPriority(priority);
         limiter.execute([&] {
             const access::MemoryAccount::Scope scope(m_account);
             // Asked here: without a limit it depends on the arena, and the worker is not in that of the caller.
-            m_threads = limitIsParents ? parent->m_threads : limiter.threads();
+            m_threads = limitIsParents ? parent->m_threads : hasWorker ? limiter.threads() : 1;
             internalRun();
         });
     };
-    if (runsInCallersThread()) {
+    if (!runsInCallersThread()) {
+        hasWorker = runInWorker(
+            work, talkPeriod,
+            [&] {
+                if (interaction != nullptr) {
+                    talk(*interaction);
+                }
+            },
+            [&] { m_algorithm.cancelExecution(); });
+        if (hasWorker) {
+            return;
+        }
+    }
+    {
         if (parent == nullptr) {
             m_interaction = interaction;
             m_callersThread = std::this_thread::get_id();
             m_lastTalk = std::chrono::steady_clock::now();
         }
         work();
-    } else {
-        runInWorker(work, talkPeriod, [this, interaction] {
-            if (interaction != nullptr) {
-                try {
-                    talk(*interaction);
-                } catch (...) {
-                    m_algorithm.cancelExecution();
-                    throw;
-                }
-            }
-        });
     }
 }
 
@@ -182,7 +209,8 @@ void BaseAlgorithmPrivate::refuseTooMuchMemory() const {
 }
 
 bool BaseAlgorithmPrivate::runsInCallersThread() const {
-    return m_parent != nullptr || m_settings.getMaximumNumberOfThreads() == 1 || devices::Cpu::logicalProcessors() == 1;
+    return m_parent != nullptr || process::staysInCallersThread() || m_settings.getMaximumNumberOfThreads() == 1 ||
+           devices::Cpu::logicalProcessors() == 1;
 }
 
 void BaseAlgorithmPrivate::internalRun() {
@@ -267,6 +295,7 @@ void BaseAlgorithmPrivate::talkFromCallersThread() {
 }
 
 void BaseAlgorithmPrivate::talk(InteractionInterface& interaction) {
+    const process::DefaultFloatingPoint::Outside outside(*m_floatingPoint);
     report(interaction);
     if (interaction.isCancelRequested()) {
         m_algorithm.cancelExecution();

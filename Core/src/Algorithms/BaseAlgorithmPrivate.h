@@ -15,6 +15,7 @@
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/settings/Settings.h>
 
+#include "Process/FloatingPoint.h"
 #include "Progression.h"
 
 namespace rix::algorithms {
@@ -26,6 +27,8 @@ public:
 
     void run(InteractionInterface* interaction);
     bool isRunCancelled() const;
+    /// True between the begin and the end of `run`, in the process that called it.
+    bool isInUse() const;
     void setMessage(const String& message);
     void setData(const String& name, const String& value);
 
@@ -86,6 +89,8 @@ private:
     void talkFromCallersThread();
 
     std::size_t m_threads = 1;
+    unsigned m_generation = 0;                                       ///< of the process that runs, or ran
+    const process::DefaultFloatingPoint* m_floatingPoint = nullptr;  ///< of the run
     /// Set while the run is in the caller's thread, which then has to talk between blocks.
     InteractionInterface* m_interaction = nullptr;
     std::thread::id m_callersThread;

@@ -7,6 +7,7 @@
 #include <libcpuid/libcpuid.h>
 #include <sys/sysinfo.h>
 
+#include "Process/Forks.h"
 #include "ThreadLimiter.h"
 
 namespace rix::devices {
@@ -82,11 +83,15 @@ Detected detectNow() {
     return result;
 }
 
-std::mutex detectionMutex;
-std::shared_ptr<const Detected> detection;
+/// Never destroyed, and held by everyone who uses it: runs go on while others release it. With the lock.
+std::shared_ptr<const Detected>& detection() {
+    static auto* const held = new std::shared_ptr<const Detected>();
+    return *held;
+}
 
 std::shared_ptr<const Detected> detected() {
-    const std::lock_guard lock(detectionMutex);
+    const std::lock_guard lock(process::mutexOf(process::Lock::Processor));
+    std::shared_ptr<const Detected>& detection = devices::detection();
     if (detection == nullptr) {
         detection = std::make_shared<const Detected>(detectNow());
     }
@@ -130,8 +135,8 @@ void Cpu::detect() {
 }
 
 void Cpu::release() {
-    const std::lock_guard lock(detectionMutex);
-    detection.reset();
+    const std::lock_guard lock(process::mutexOf(process::Lock::Processor));
+    detection().reset();
 }
 
 }  // namespace rix::devices

@@ -8,13 +8,24 @@
 #include <utility>
 #include <vector>
 
+#include "Process/Forks.h"
+
 namespace rix::algorithms {
 
 /// Things that are dear to make, kept while nobody uses them. Any thread may call.
 template <class T>
 class IdleStore {
 public:
-    IdleStore() { m_idle.reserve(kept); }
+    /// The one store of the process for these things. Never destroyed, since runs of threads that nobody waits for may
+    /// outlast static objects; what is idle when the program or the library ends, ends then.
+    template <process::Lock lock>
+    static IdleStore& ofProcess() {
+        static auto* const store = new IdleStore(process::mutexOf(lock));
+        static const struct End {
+            ~End() { store->release(); }
+        } end;
+        return *store;
+    }
 
     /// One that fits, the last given first; null when there is none.
     template <class Fits>
@@ -43,16 +54,14 @@ public:
         m_idle.clear();
     }
 
-    /// Between these nothing is taken or given, and nothing is kept: the process forks.
-    void lockForFork() {
-        m_mutex.lock();
-        m_idle.clear();
-    }
-    void unlockAfterFork() { m_mutex.unlock(); }
+    /// `release` for the thread that holds the lock because it forks.
+    void releaseForFork() { m_idle.clear(); }
 
 private:
+    explicit IdleStore(std::mutex& mutex) : m_mutex(mutex) { m_idle.reserve(kept); }
+
     static constexpr std::size_t kept = 16;
-    std::mutex m_mutex;
+    std::mutex& m_mutex;
     std::vector<std::unique_ptr<T>> m_idle;
 };
 

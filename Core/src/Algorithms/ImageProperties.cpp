@@ -1,7 +1,9 @@
 #include "ImageProperties.h"
 
 #include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/exceptions/Exception.h>
 #include <rix/properties/Property.h>
+#include <rix/rules/RuleSupport.h>
 
 namespace rix::algorithms {
 
@@ -29,6 +31,21 @@ std::vector<const ImageModel*> collectImages(const BaseAlgorithm& algorithm) {
         collect(algorithm.getOutputProperty(i));
     }
     return images;
+}
+
+void refuseUnknownTypes(const BaseAlgorithm& algorithm) {
+    for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
+        const BaseProperty& property = *algorithm.getInputProperty(i);
+        const ImageModel* const image = imageOf(property);
+        if (image != nullptr &&
+            (helper::getSizeOf(image->getVoxelType()) == 0 || helper::getElementNumber(image->getElementType()) == 0)) {
+            RuleException exception(rules::parameterText(property) + " has an unknown data type: voxel type " +
+                                    std::to_string(image->getVoxelType()) + ", element type " +
+                                    std::to_string(image->getElementType()) + ".");
+            exception.addInfoLevel("Rule error in property " + property.getName());
+            throw exception;
+        }
+    }
 }
 
 }  // namespace rix::algorithms

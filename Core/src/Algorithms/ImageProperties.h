@@ -16,5 +16,9 @@ const ImageModel* imageOf(const BaseProperty& property);
 /// The images of all properties that hold one, inputs first.
 std::vector<const ImageModel*> collectImages(const BaseAlgorithm& algorithm);
 
+/// Images are anybody's objects, while rules and kernels look their types up in tables.
+/// @throws RuleException that names the first input whose types are none of the library's
+void refuseUnknownTypes(const BaseAlgorithm& algorithm);
+
 }  // namespace algorithms
 }  // namespace rix

@@ -13,6 +13,7 @@
 #include <rix/settings/Settings.h>
 
 #include "Plugins.h"
+#include "Process/Forks.h"
 #include "ThreadLimiter.h"
 #include "Worker.h"
 
@@ -24,8 +25,7 @@ constexpr const char* initializedKey = "RIX_LIBRARY_INITIALIZED";
 
 /// Of two threads that start the library, the second returns when it is started.
 std::mutex& startMutex() {
-    static std::mutex mutex;
-    return mutex;
+    return process::mutexOf(process::Lock::Start);
 }
 
 }  // namespace

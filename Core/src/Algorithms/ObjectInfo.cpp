@@ -8,6 +8,8 @@
 #include <rix/image/MemoryImage.h>
 #include <rix/measurement/MeasurementObject.h>
 
+#include "Process/Forks.h"
+
 namespace rix {
 
 namespace {
@@ -15,7 +17,7 @@ namespace {
 /// All records, in the order of registration. Never destroyed: records of plug-ins leave it in any order, as late as
 /// at the end of the process. A record is made when its class is first used, in whatever thread that happens.
 struct ObjectRegistry {
-    std::mutex mutex;
+    std::mutex& mutex = process::mutexOf(process::Lock::Objects);
     std::vector<const ObjectInfo*> records;
 };
 

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
+#include <cxxabi.h>
 #include <dlfcn.h>
 
 #include <rix/algorithms/AlgoInfo.h>
@@ -13,6 +15,8 @@
 #include <rix/settings/Settings.h>
 
 #include "PluginFile.h"
+
+#include "Process/Forks.h"
 
 namespace rix {
 
@@ -59,12 +63,17 @@ struct LibraryCloser {
 };
 using LibraryHandle = std::unique_ptr<void, LibraryCloser>;
 
+std::mutex& pluginsMutex() {
+    return process::mutexOf(process::Lock::Plugins);
+}
+
 /// A plug-in: the registrar goes first when it is unloaded, while the code of its runners is still there.
 struct Plugin {
     LibraryHandle library;
     std::unique_ptr<PluginRegistrar> registrar;
 };
 
+/// With the lock.
 std::vector<Plugin>& plugins() {
     // After the records of the library's classes, so that plug-ins that nobody unloads leave them while they exist.
     static std::vector<Plugin> loaded = [] {
@@ -111,6 +120,8 @@ Plugin loadPlugin(const String& path) {
         // The text is copied: the exception's own code may be unloaded with the library.
         const String reason = exception.what();
         throw LoadingError("The plug-in " + path + " failed to register: " + reason);
+    } catch (const abi::__forced_unwind&) {
+        throw;  // the thread is being ended
     } catch (...) {
         throw LoadingError("The plug-in " + path + " failed to register.");
     }
@@ -133,6 +144,7 @@ void loadPlugins(const String& folder) {
     }
     std::sort(paths.begin(), paths.end());
 
+    const std::lock_guard lock(pluginsMutex());
     String failures;
     bool anyLoaded = false;
     for (const String& path : paths) {
@@ -149,6 +161,7 @@ void loadPlugins(const String& folder) {
 }
 
 void unloadPlugins() {
+    const std::lock_guard lock(pluginsMutex());
     while (!plugins().empty()) {
         plugins().pop_back();
     }

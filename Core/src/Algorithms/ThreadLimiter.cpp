@@ -29,8 +29,7 @@ namespace {
 
 /// The arenas that no run holds.
 IdleStore<LimitedArena>& idleArenas() {
-    static IdleStore<LimitedArena> store;
-    return store;
+    return IdleStore<LimitedArena>::ofProcess<process::Lock::Arenas>();
 }
 
 std::unique_ptr<LimitedArena> takeArena(int threads, int sign) {
@@ -41,6 +40,9 @@ std::unique_ptr<LimitedArena> takeArena(int threads, int sign) {
 
 /// The threads that oneTBB has to give: an arena of more would get no more, and oneTBB would complain aloud.
 int availableThreads() {
+    if (process::staysInCallersThread()) {
+        return 1;
+    }
     return std::max(1,
                     static_cast<int>(tbb::global_control::active_value(tbb::global_control::max_allowed_parallelism)));
 }
@@ -54,7 +56,7 @@ int signOf(int value) {
 ThreadLimiter::ThreadLimiter(int maximumThreads, int priority)
     : m_limit(maximumThreads > 0 ? std::min(maximumThreads, availableThreads()) : -1) {
     const bool limited = m_limit > 1;
-    if (limited || (priority != 0 && m_limit != 1)) {
+    if (limited || (priority != 0 && m_limit != 1 && !process::staysInCallersThread())) {
         m_arena = takeArena(limited ? m_limit : availableThreads(), signOf(priority));
     }
 }
@@ -74,7 +76,7 @@ void ThreadLimiter::execute(access::FunctionRef<void()> work) const {
 }
 
 std::size_t ThreadLimiter::threads() const {
-    if (m_limit == 1) {
+    if (m_limit == 1 || process::staysInCallersThread()) {
         return 1;
     }
     return m_limit > 1 ? static_cast<std::size_t>(m_limit)
@@ -95,12 +97,8 @@ void ThreadLimiter::releaseArenas() {
     idleArenas().release();
 }
 
-void ThreadLimiter::lockForFork() {
-    idleArenas().lockForFork();
-}
-
-void ThreadLimiter::unlockAfterFork() {
-    idleArenas().unlockAfterFork();
+void ThreadLimiter::releaseArenasForFork() {
+    idleArenas().releaseForFork();
 }
 
 }  // namespace rix::algorithms

@@ -35,9 +35,8 @@ public:
     /// Frees the arenas that no run holds.
     static void releaseArenas();
 
-    /// Between these no arena is taken, and none is kept over the fork of the process.
-    static void lockForFork();
-    static void unlockAfterFork();
+    /// `releaseArenas` for the thread that forks, which holds all locks of the process.
+    static void releaseArenasForFork();
 
 private:
     int m_limit;

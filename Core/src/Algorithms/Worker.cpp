@@ -7,13 +7,24 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 
+#include <cxxabi.h>
 #include <pthread.h>
 #include <tbb/global_control.h>
 
+#include <rix/access/BlockScheduler.h>
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/algorithms/ModuleList.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/settings/Settings.h>
+
 #include "IdleStore.h"
+#include "Process/FloatingPoint.h"
+#include "Process/Forks.h"
 #include "ThreadLimiter.h"
 
 namespace rix::algorithms {
@@ -34,9 +45,22 @@ bool comesSoon(const std::atomic<bool>& event) {
     return true;
 }
 
+/// Keeps a request to end the calling thread (`pthread_cancel`) waiting while it lives.
+class NoCancellation {
+public:
+    NoCancellation() { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_before); }
+    ~NoCancellation() { ::pthread_setcancelstate(m_before, nullptr); }
+    NoCancellation(const NoCancellation&) = delete;
+    NoCancellation& operator=(const NoCancellation&) = delete;
+
+private:
+    int m_before = PTHREAD_CANCEL_ENABLE;
+};
+
 /// A thread that waits for jobs.
 class Worker {
 public:
+    /// @throws std::system_error when the system has no thread to give
     Worker() : m_thread([this] { loop(); }) {}
 
     ~Worker() {
@@ -70,13 +94,24 @@ public:
     }
 
     void wait() {
+        const NoCancellation noCancellation;
         std::unique_lock lock(m_mutex);
         m_ended.wait(lock, [this] { return m_done.load(); });
     }
 
     std::exception_ptr takeError() { return std::exchange(m_error, nullptr); }
 
+    /// False when a job has ended the thread.
+    bool isAlive() const { return m_isAlive; }
+
 private:
+    void finish(std::exception_ptr error) {
+        const std::lock_guard lock(m_mutex);
+        m_error = std::move(error);
+        m_done = true;
+        m_ended.notify_one();
+    }
+
     void loop() {
         std::unique_lock lock(m_mutex);
         while (true) {
@@ -93,14 +128,18 @@ private:
             lock.unlock();
             std::exception_ptr error;
             try {
+                // Threads begin with the state of the one that started them.
+                const process::DefaultFloatingPoint floatingPoint;
                 job();
+            } catch (const abi::__forced_unwind&) {
+                m_isAlive = false;
+                finish(std::make_exception_ptr(UnexpectedError("The thread of the run was ended from inside.")));
+                throw;
             } catch (...) {
                 error = std::current_exception();
             }
+            finish(std::move(error));
             lock.lock();
-            m_error = std::move(error);
-            m_done = true;
-            m_ended.notify_one();
         }
     }
 
@@ -111,67 +150,112 @@ private:
     std::atomic<bool> m_called = false;  ///< there is a job or the end
     std::atomic<bool> m_done = false;
     bool m_stop = false;
+    bool m_isAlive = true;
     std::exception_ptr m_error;
     std::thread m_thread;  // last: it uses the others
 };
 
 IdleStore<Worker>& idleWorkers() {
-    static IdleStore<Worker> store;
-    return store;
+    return IdleStore<Worker>::ofProcess<process::Lock::Workers>();
 }
 
+/// Null when the system has no thread to give.
 std::unique_ptr<Worker> takeWorker() {
     std::unique_ptr<Worker> worker = idleWorkers().take([](const Worker& /*worker*/) { return true; });
-    return worker != nullptr ? std::move(worker) : std::make_unique<Worker>();
-}
-
-/// Ends the threads of oneTBB, unless others in the process use it at this moment.
-void endSchedulerThreads() {
     try {
-        tbb::task_scheduler_handle scheduler{tbb::attach{}};
-        static_cast<void>(tbb::finalize(scheduler, std::nothrow));
-    } catch (const std::bad_alloc&) {
-        return;  // they stay
+        return worker != nullptr ? std::move(worker) : std::make_unique<Worker>();
+    } catch (const std::system_error&) {
+        return nullptr;
     }
 }
 
-// A process that forks leaves its threads behind, and what they held at that moment stays locked in the child. So all
-// threads that wait for work end first, ours and those of oneTBB; parent and child start new ones when needed.
-void lockForFork() {
-    idleWorkers().lockForFork();
-    ThreadLimiter::lockForFork();
-    endSchedulerThreads();
+void giveBack(std::unique_ptr<Worker> worker) {
+    if (worker->isAlive()) {
+        idleWorkers().give(std::move(worker));
+    }
 }
 
-void unlockAfterFork() {
-    ThreadLimiter::unlockAfterFork();
-    idleWorkers().unlockAfterFork();
+/// Ends the threads of oneTBB; false when others in the process use it at this moment.
+bool endSchedulerThreads() {
+    try {
+        tbb::task_scheduler_handle scheduler{tbb::attach{}};
+        return tbb::finalize(scheduler, std::nothrow);
+    } catch (const std::bad_alloc&) {
+        return false;  // they stay
+    }
 }
+
+/// Uses each class once, for what it makes at its first use.
+void makeAll() {
+    static constinit std::atomic<bool> isMade{false};
+    if (isMade.exchange(true)) {
+        return;
+    }
+    try {
+        ThreadLimiter::defaultThreads();
+        access::parallelScheduler();
+        access::serialScheduler();
+        idleWorkers();
+        AlgoInfo::getNumOfAlgorithm();
+        for (const AlgoInfoAccessor getInfo : libraryAlgorithms()) {
+            getInfo().createInstance(nullptr);
+        }
+        for (const ObjectInfoAccessor getInfo : libraryObjects()) {
+            getInfo();
+        }
+    } catch (const std::exception&) {
+        return;  // the fork goes on without
+    }
+}
+
+/// All threads that wait for work end, ours and those of oneTBB; parent and child start new ones when needed.
+bool endThreads() {
+    releaseIdleWorkers();
+    ThreadLimiter::releaseArenas();
+    return endSchedulerThreads();
+}
+
+void releaseIdle() {
+    idleWorkers().releaseForFork();
+    ThreadLimiter::releaseArenasForFork();
+}
+
+[[maybe_unused]] const bool hooksAreSet = (process::setForkHooks({makeAll, endThreads, releaseIdle}), true);
 
 }  // namespace
 
-void runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds period, access::FunctionRef<void()> tick) {
-    static const int handlers = ::pthread_atfork(lockForFork, unlockAfterFork, unlockAfterFork);
-    static_cast<void>(handlers);
+bool runInWorker(access::FunctionRef<void()> job, std::chrono::milliseconds period, access::FunctionRef<void()> tick,
+                 access::FunctionRef<void()> stop) {
     std::unique_ptr<Worker> worker = takeWorker();
+    if (worker == nullptr) {
+        return false;
+    }
     worker->start(job);
     std::exception_ptr tickError;
-    while (tickError == nullptr && !worker->waitFor(period)) {
-        try {
+    try {
+        while (!worker->waitFor(period)) {
             tick();
-        } catch (...) {
-            tickError = std::current_exception();
         }
+    } catch (const abi::__forced_unwind&) {
+        // The calling thread is being ended, what the job uses with it.
+        stop();
+        worker->wait();
+        giveBack(std::move(worker));
+        throw;
+    } catch (...) {
+        tickError = std::current_exception();
+        stop();
     }
     worker->wait();
     const std::exception_ptr jobError = worker->takeError();
-    idleWorkers().give(std::move(worker));
+    giveBack(std::move(worker));
     if (tickError != nullptr) {
         std::rethrow_exception(tickError);
     }
     if (jobError != nullptr) {
         std::rethrow_exception(jobError);
     }
+    return true;
 }
 
 void releaseIdleWorkers() {

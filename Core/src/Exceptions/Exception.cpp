@@ -20,6 +20,7 @@ String insideTree(std::string_view path) {
 
 struct ExceptionPrivate {
     std::vector<Exception::ExceptionInfo> levels;
+    bool isOutOfMemory = false;
     String text;  // getInfo(false), kept so that what() can return a pointer into it
 
     void push(const String& message, const std::source_location& where) {
@@ -55,10 +56,23 @@ Exception& Exception::operator=(const Exception&) noexcept = default;
 Exception::~Exception() = default;
 
 void Exception::addInfoLevel(const String& message, std::source_location where) {
+    part();
+    m_private->push(message, where);
+}
+
+void Exception::part() {
     if (m_private.use_count() > 1) {
         m_private = std::make_shared<ExceptionPrivate>(*m_private);
     }
-    m_private->push(message, where);
+}
+
+bool Exception::isOutOfMemory() const noexcept {
+    return m_private->isOutOfMemory || dynamic_cast<const MemoryError*>(this) != nullptr;
+}
+
+void Exception::setOutOfMemory() {
+    part();
+    m_private->isOutOfMemory = true;
 }
 
 const std::vector<Exception::ExceptionInfo>& Exception::getLevels() const noexcept {

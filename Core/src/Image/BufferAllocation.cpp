@@ -8,6 +8,8 @@
 
 #include <sys/mman.h>
 
+#include "Process/Forks.h"
+
 namespace rix::buffer {
 
 namespace {
@@ -64,7 +66,7 @@ class Recycler {
 public:
     /// The most recently released block of that capacity, which is the likeliest to be in a cache; null without one.
     void* take(std::size_t capacity) noexcept {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(mutex());
         for (std::size_t i = m_count; i-- > 0;) {
             if (m_blocks[i].capacity == capacity) {
                 void* const address = m_blocks[i].address;
@@ -84,7 +86,7 @@ public:
         std::array<Block, maximumBlocks> surplus;
         std::size_t surplusCount = 0;
         {
-            const std::lock_guard lock(m_mutex);
+            const std::lock_guard lock(mutex());
             while (m_bytes + block.capacity > recycledLimit) {
                 surplus[surplusCount++] = m_blocks[0];
                 removeAt(0);
@@ -98,7 +100,7 @@ public:
     }
 
     void clear() noexcept {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(mutex());
         while (m_count > 0) {
             unmap(m_blocks[0].address, m_blocks[0].capacity);
             removeAt(0);
@@ -106,7 +108,7 @@ public:
     }
 
     std::size_t bytes() noexcept {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(mutex());
         return m_bytes;
     }
 
@@ -122,7 +124,8 @@ private:
         }
     }
 
-    std::mutex m_mutex;
+    static std::mutex& mutex() noexcept { return process::mutexOf(process::Lock::RecycledMemory); }
+
     std::array<Block, maximumBlocks> m_blocks;
     std::size_t m_count = 0;
     std::size_t m_bytes = 0;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
 
 #include "Image/LostSamples.h"
@@ -29,6 +30,7 @@ void matchShape(ImageModel& image, const ImageModel& reference, bool size, bool 
     if (extents == own && voxelType == image.getVoxelType() && image.getElementType() == SINGLE) {
         return;  // reserving again would give up samples for nothing
     }
+    const helper::MemoryRefusals refusals;
     // A reference that looks at samples of the image would lose them.
     const bool mayBeReserved = !helper::mayShareSamples(image, reference);
     const bool reserved = mayBeReserved && image.reserve(voxelType, extents[COLUMNS], extents[ROWS], extents[PLANS],
@@ -36,7 +38,11 @@ void matchShape(ImageModel& image, const ImageModel& reference, bool size, bool 
     if (mayBeReserved && !reserved) {
         helper::emptyIfSamplesAreLost(image);
     }
-    require(reserved, size ? "The image cannot be resized." : "The image cannot be retyped.");
+    if (!reserved) {
+        RuleException exception(size ? "The image cannot be resized." : "The image cannot be retyped.");
+        refusals.explain(exception);
+        throw exception;
+    }
 }
 
 void matchCalibration(ImageModel& image, const ImageModel& reference) {

@@ -6,9 +6,13 @@
 #include <iomanip>
 #include <ios>
 #include <iostream>
+#include <new>
 #include <sstream>
 
+#include <cxxabi.h>
+
 #include <rix/exceptions/Exception.h>
+#include <rix/image/MemoryRefusals.h>
 #include <rix/settings/Settings.h>
 
 #include "Image/BufferAllocation.h"
@@ -93,7 +97,8 @@ MemoryImage& MemoryImage::operator=(const MemoryImage& other) {
     if (isSized && (bytes == 0 || other.m_rawData != nullptr)) {
         if (!reserve(other.m_elementType, other.m_voxelType, extents[COLUMNS], extents[ROWS], extents[PLANS],
                      extents[SEQUENCE], extents[SPECTRAL_SERIES])) {
-            throw MemoryError("There is no memory for a copy of image " + helper::describeImage(other) + ".");
+            throw MemoryError("There is no memory for a copy of image " + helper::describeImage(other) + ": " +
+                              std::to_string(bytes) + " bytes.");
         }
         if (bytes != 0 && m_rawData != nullptr) {
             std::memcpy(m_rawData, other.m_rawData, bytes);
@@ -312,9 +317,14 @@ bool MemoryImage::reserve(const ElementTypes& elementType, const VoxelTypes& vox
             traceAllocation(this, needed, m_realBufferSize, extents, elementType, voxelType);
             dropBuffer();
             allocateInternalBuffer(needed);
+        } catch (const abi::__forced_unwind&) {
+            throw;  // the thread is being ended
+        } catch (const std::bad_alloc&) {
+            helper::MemoryRefusals::note(needed);
+            forgetBuffer();
+            return false;
         } catch (...) {
-            m_rawData = nullptr;
-            m_realBufferSize = 0;
+            forgetBuffer();
             return false;
         }
         m_realBufferSize = needed;
@@ -345,6 +355,10 @@ void MemoryImage::freeInternalBuffer() {
 
 void MemoryImage::dropBuffer() {
     freeInternalBuffer();
+    forgetBuffer();
+}
+
+void MemoryImage::forgetBuffer() noexcept {
     m_rawData = nullptr;
     m_realBufferSize = 0;
 }

@@ -1,5 +1,6 @@
 #include <rix/rules/ImageEnforcements.h>
 
+#include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
 
 #include "Image/LostSamples.h"
@@ -94,10 +95,14 @@ void EnforceType::apply(const OutputOperand& output) const {
         return;
     }
     const auto extents = helper::getExtents(image);
+    const helper::MemoryRefusals refusals;
     if (!image.reserve(m_type, extents[0], extents[1], extents[2], extents[3], extents[4])) {
+        RuleException exception(parameterText(output.property) + " cannot be retyped to " +
+                                helper::voxelTypesToString(m_type) + ".");
+        exception.addInfoLevel(imageText(output));
+        refusals.explain(exception);
         helper::emptyIfSamplesAreLost(image);
-        refuse(parameterText(output.property) + " cannot be retyped to " + helper::voxelTypesToString(m_type) + ".",
-               imageText(output));
+        throw exception;
     }
 }
 
@@ -203,12 +208,14 @@ void EnforceImage::reserve(const OutputOperand& output, const ImageModel& model)
         return;
     }
     const ImageOperand reference{model, m_check.model.property()};
+    const helper::MemoryRefusals refusals;
     const auto refuseShape = [&](const String& reason) {
         RuleException exception(reason);
         exception.addInfoLevel(parameterText(output.property) + " cannot be resized and retyped to fit the parameter " +
                                quotedName(reference.property) + " with the data type " +
                                helper::voxelTypesToString(m_check.voxelType) + ".");
         exception.addInfoLevel(describeOperand(output) + "; " + describeOperand(reference) + ".");
+        refusals.explain(exception);
         throw exception;
     };
     if (helper::mayShareSamples(image, model)) {

@@ -4,8 +4,12 @@
 #include <charconv>
 #include <cstdlib>
 #include <map>
+#include <mutex>
 #include <string_view>
 #include <system_error>
+#include <utility>
+
+#include "Process/Forks.h"
 
 extern "C" char** environ;  // NOLINT: the name is POSIX's
 
@@ -43,6 +47,12 @@ String toText(T value) {
     return String(buffer, result.ptr);
 }
 
+template <class T>
+T getConverted(const Settings& settings, const String& key, T defaultValue) {
+    T value{};
+    return convert(settings.getValue(key), value) ? value : defaultValue;  // an absent key has an empty text
+}
+
 String lowerCased(String text) {
     for (char& c : text) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -61,48 +71,69 @@ String withHome(const String& directory) {
 
 }  // namespace
 
+/// Entries are never changed once others may see them: who reads or copies holds the lock only to get hold of them,
+/// who writes puts changed ones in their place.
 struct SettingsPrivate {
-    std::map<String, String> entries;
+    using Entries = std::map<String, String>;
 
-    template <class T>
-    T get(const String& key, T defaultValue) const {
-        const auto entry = entries.find(key);
-        T value{};
-        return entry != entries.end() && convert(entry->second, value) ? value : defaultValue;
+    explicit SettingsPrivate(std::shared_ptr<const Entries> from) : entries(std::move(from)) {}
+
+    std::shared_ptr<const Entries> get() const {
+        const std::lock_guard lock(*mutex);
+        return entries;
     }
+
+    void set(std::shared_ptr<const Entries> other) {
+        const std::lock_guard lock(*mutex);
+        entries.swap(other);
+    }
+
+    template <class Change>
+    void change(const Change& change) {
+        const std::lock_guard lock(*mutex);
+        auto changed = std::make_shared<Entries>(*entries);
+        change(*changed);
+        entries = std::move(changed);
+    }
+
+    std::mutex own;
+    std::mutex* mutex = &own;  ///< the global store has one of the process
+    std::shared_ptr<const Entries> entries;
 };
 
-Settings::Settings() : m_private(std::make_unique<SettingsPrivate>()) {}
-Settings::Settings(const Settings& other) : m_private(std::make_unique<SettingsPrivate>(*other.m_private)) {}
+Settings::Settings()
+    : m_private(std::make_unique<SettingsPrivate>(std::make_shared<const SettingsPrivate::Entries>())) {}
+Settings::Settings(const Settings& other) : m_private(std::make_unique<SettingsPrivate>(other.m_private->get())) {}
 Settings::~Settings() = default;
 
 Settings& Settings::operator=(const Settings& other) {
     if (this != &other) {
-        m_private = std::make_unique<SettingsPrivate>(*other.m_private);
+        m_private->set(other.m_private->get());
     }
     return *this;
 }
 
 bool Settings::exists(const String& key) const {
-    return m_private->entries.contains(key);
+    return m_private->get()->contains(key);
 }
 
 void Settings::remove(const String& key) {
-    m_private->entries.erase(key);
+    m_private->change([&](SettingsPrivate::Entries& entries) { entries.erase(key); });
 }
 
 String Settings::getValue(const String& key) const {
-    const auto entry = m_private->entries.find(key);
-    return entry == m_private->entries.end() ? String() : entry->second;
+    const auto entries = m_private->get();
+    const auto entry = entries->find(key);
+    return entry == entries->end() ? String() : entry->second;
 }
 
 void Settings::setValue(const String& key, const String& value) {
-    m_private->entries[key] = value;
+    m_private->change([&](SettingsPrivate::Entries& entries) { entries[key] = value; });
 }
 
 std::vector<String> Settings::getKeys() const {
     std::vector<String> keys;
-    for (const auto& [key, value] : m_private->entries) {
+    for (const auto& [key, value] : *m_private->get()) {
         keys.push_back(key);
     }
     return keys;
@@ -121,23 +152,23 @@ bool Settings::getValueAsBool(const String& key, bool defaultValue) const {
 }
 
 int Settings::getValueAsInt32(const String& key, int defaultValue) const {
-    return m_private->get(key, defaultValue);
+    return getConverted(*this, key, defaultValue);
 }
 
 long Settings::getValueAsInt64(const String& key, long defaultValue) const {
-    return m_private->get(key, defaultValue);
+    return getConverted(*this, key, defaultValue);
 }
 
 std::size_t Settings::getValueAsSize_t(const String& key, std::size_t defaultValue) const {
-    return m_private->get(key, defaultValue);
+    return getConverted(*this, key, defaultValue);
 }
 
 float Settings::getValueAsFloat(const String& key, float defaultValue) const {
-    return m_private->get(key, defaultValue);
+    return getConverted(*this, key, defaultValue);
 }
 
 double Settings::getValueAsDouble(const String& key, double defaultValue) const {
-    return m_private->get(key, defaultValue);
+    return getConverted(*this, key, defaultValue);
 }
 
 void Settings::setValueAsBool(const String& key, bool value) {
@@ -202,19 +233,23 @@ void Settings::setPluginDirectory(const String& directory) {
 }
 
 GlobalSettings::GlobalSettings() {
+    SettingsPrivate::Entries entries;
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
         const std::string_view text(*entry);
         const std::size_t separator = text.find('=');
         const std::string_view name = text.substr(0, separator);
         if (name.size() > environmentPrefix.size() && name.starts_with(environmentPrefix)) {
-            setValue(String(name), separator == std::string_view::npos ? String() : String(text.substr(separator + 1)));
+            entries[String(name)] = separator == std::string_view::npos ? String() : String(text.substr(separator + 1));
         }
     }
+    m_private->entries = std::make_shared<const SettingsPrivate::Entries>(std::move(entries));
+    m_private->mutex = &process::mutexOf(process::Lock::Settings);
 }
 
 GlobalSettings& globalSettings() {
-    static GlobalSettings settings;
-    return settings;
+    // Never destroyed: runs of threads that nobody waits for may outlast static objects.
+    static auto* const settings = new GlobalSettings();
+    return *settings;
 }
 
 }  // namespace rix

@@ -190,6 +190,11 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {"2*(Area", {"position 8"}},
         {"2**Area", {"position 3"}},
         {"Area)", {"position 5"}},
+        {"Fl\xC3\xA4"
+         "che",
+         {"position 3"}},
+        {"2*\xC3\x97", {"position 3"}},
+        {"Area\xA0+1", {"position 5"}},
         {std::string(5000, '(') + "1" + std::string(5000, ')'), {"nested too deeply"}},
         {std::string(50000, '-') + "1", {"nested too deeply"}},
         {std::string(200000, ' ') + "1", {"longer than"}},

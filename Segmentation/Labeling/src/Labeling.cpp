@@ -113,12 +113,16 @@ VoxelTypes retype(Property<ImageModel*>& outputLabelImage, VoxelTypes needed) {
     const auto extents = helper::getExtents(output);
     try {
         RuleEnforceType<ImageModel*>(needed).apply(outputLabelImage);
-    } catch (const RuleException&) {
+    } catch (const RuleException& refusal) {
         // An image that lost its samples when there was no memory is empty now.
         if (!holdsLabelsOf(needed, output) || helper::getExtents(output) != extents) {
             ResizeImageError error("The temporary label image cannot be allocated or resized.");
             error.addInfoLevel("The labels need the data type " + helper::voxelTypesToString(needed) +
                                "; the output was " + before + '.');
+            if (refusal.isOutOfMemory()) {
+                error.addInfoLevel(refusal.getLevels().back().message);
+                error.setOutOfMemory();
+            }
             throw error;
         }
     }

@@ -40,7 +40,7 @@ Failure failureOfCurrentException() {
     } catch (const Failure& failure) {
         return failure;
     } catch (const RuleException& exception) {
-        return Failure(REFUSED_BY_RULE, exception);
+        return Failure(exception.isOutOfMemory() ? RUN_FAILED : REFUSED_BY_RULE, exception);
     } catch (const UserCancelException& exception) {
         return Failure(Interrupts::requested() ? Interrupts::exitCode() : INTERRUPTED, exception);
     } catch (const Exception& exception) {

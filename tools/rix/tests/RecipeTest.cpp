@@ -128,6 +128,28 @@ TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
     }
 }
 
+TEST_F(RecipeTest, OfAnyLengthAndAnyNumberIsReadOrRefusedInLittleMemory) {
+    write("empty.json", "");
+    write("number.json", R"({"steps": [{"run": "ThresholdingByCriterion", "with": {"comparisonValue": 1e400}}]})");
+    std::string many;
+    for (int i = 0; i < 200000; ++i) {
+        many += "${p}";
+    }
+    write("many.json", R"({"parameters": {"p": ")" + std::string(20000, 'x') + R"("}, "steps": [{"write": ")" + many +
+                           R"(", "to": "a.tif"}]})");
+    struct Case {
+        const char* recipe;
+        int exitCode;
+        const char* message;
+    };
+    for (const Case& c : {Case{"empty.json", 4, "'empty.json' is empty"}, Case{"number.json", 2, "1e400"},
+                          Case{"many.json", 2, "is longer than"}, Case{"/dev/zero", 4, "is longer than"}}) {
+        const auto ending = rix({"recipe", c.recipe});
+        EXPECT_EQ(ending.exitCode, c.exitCode) << ending.messages.substr(0, 1000);
+        EXPECT_THAT(ending.messages, HasSubstr(c.message));
+    }
+}
+
 TEST_F(RecipeTest, WritesWhatAnImageWasAtTheStep) {
     const auto brighter = [](int than) {
         return R"({"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "in.png", "outputBinaryImage": "@b",)"

@@ -82,6 +82,11 @@ private:
     std::size_t m_bytes = 0;
 };
 
+namespace detail {
+/// @throws MemoryError that names the bytes
+[[noreturn]] RIX_EXPORT void refuseTable(std::size_t bytes);
+}  // namespace detail
+
 /// The allocator of containers whose memory counts. It charges the account that was current when the container was
 /// made; memory that moves from one container to another stays with the account that it was charged to, a copy is
 /// charged where it is made. For the tables of a run: each allocation costs a few atomic operations more.
@@ -110,9 +115,9 @@ public:
         m_account->charge(count * sizeof(T));
         try {
             return std::allocator<T>().allocate(count);
-        } catch (...) {
+        } catch (const std::bad_alloc&) {
             m_account->release(count * sizeof(T));
-            throw;
+            detail::refuseTable(count * sizeof(T));
         }
     }
     void deallocate(T* address, std::size_t count) noexcept {

@@ -76,7 +76,7 @@ public:
     static void unregisterClass(AlgoInfo& info);
 
 private:
-    RIX_LOCAL static std::vector<AlgoInfo*>& registry();
+    class RIX_LOCAL Registry;
 
     std::unique_ptr<AlgoInfoPrivate> m_private;
 };

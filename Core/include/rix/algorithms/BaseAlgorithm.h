@@ -46,6 +46,7 @@ public:
     BaseAlgorithm& operator=(const BaseAlgorithm&) = delete;
 
     virtual AlgoInfo& getClassInfo() const = 0;
+    /// Not while it runs: the program then ends with a message that says so.
     virtual ~BaseAlgorithm();
 
     /// True when properties appear or vanish with the values of others.
@@ -143,7 +144,7 @@ public:
     // For algorithms and tests --------------------------------------------------------------------------------------
 
     /// Makes this algorithm a child: it runs in its parent's thread and limits, its progress is part of its parent's
-    /// current step, and a cancellation of the parent reaches it.
+    /// current step, and a cancellation of the parent reaches it. @throws InvalidCall when that makes a circle.
     void setParent(BaseAlgorithm* parent);
     BaseAlgorithm* getParent() const;
     /// What bodies use to run blocks, report progress and see a cancellation. Valid during a run.

@@ -101,6 +101,7 @@ struct Definition {
     /// False when the need depends on the samples, and `memory` is the most that it can be.
     bool memoryIsExact = true;
     AlgoVisibilityType visibility = AlgoVisibilityType::PUBLIC_ALGORITHM;
+    const char* library = "lumora_rix";  ///< the name of the library or plug-in that has the class
 };
 
 /// The private part of an object whose class was defined with that state.
@@ -162,7 +163,7 @@ std::unique_ptr<BaseAlgorithm> create(AbstractPrivateImplementation* given) {
 /// The record of a class, made when the class is first used.
 template <class Algorithm>
 AlgoInfo& recordOf(const char* name, const Definition<Algorithm>& definition) {
-    static AlgoInfo info(name, "lumora_rix", &create<Algorithm>, definition.visibility, "");
+    static AlgoInfo info(name, definition.library, &create<Algorithm>, definition.visibility, "");
     static const bool filled = [&] {
         info.addRunner(std::make_shared<DefinedRunner<Algorithm, ScalarRunnable>>(definition, SCALAR));
         info.addRunner(std::make_shared<DefinedRunner<Algorithm, Runnable>>(definition, VEC_SSE));

@@ -47,6 +47,11 @@ public:
     /// @param withLocation appends " [file:line]" to every level.
     String getInfo(bool withLocation = false) const;
 
+    /// True when what failed failed for want of memory, whatever its class: that names what was being done. Always true
+    /// of `MemoryError`.
+    bool isOutOfMemory() const noexcept;
+    void setOutOfMemory();
+
     /// The name of the concrete class, for example "RuleException".
     virtual const char* getClassName() const noexcept;
 
@@ -54,6 +59,9 @@ public:
     const char* what() const noexcept override;
 
 private:
+    /// From the copies that share its levels.
+    void part();
+
     std::shared_ptr<ExceptionPrivate> m_private;  // shared until a level is added: copies must not throw
 };
 

@@ -100,6 +100,7 @@ protected:
 private:
     /// Drops the buffer through the virtual operation and records that there is none.
     void dropBuffer();
+    void forgetBuffer() noexcept;
     void releaseOwnBuffer() noexcept;
     void copyCharacteristics(const MemoryImage& other);
     void storeShape(const ElementTypes& elementType, const VoxelTypes& voxelType,

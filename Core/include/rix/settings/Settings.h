@@ -16,7 +16,8 @@ struct SettingsPrivate;
 /// Typed getters never throw: they return the given default when the key is absent, when its value is empty and when
 /// its text does not convert as a whole. Typed setters store a text that reads back to the same value.
 ///
-/// The store carries no lock: fill it before runs start, only read it while they run.
+/// Any thread may read and write at any time. A run reads its settings as it needs them: what is set while it is on its
+/// way may or may not count for it.
 class RIX_EXPORT Settings {
 public:
     Settings();
@@ -70,6 +71,7 @@ public:
     void setPluginDirectory(const String& directory);
 
 private:
+    friend class GlobalSettings;
     std::unique_ptr<SettingsPrivate> m_private;
 };
 

@@ -18,6 +18,8 @@ namespace rix::individual_analysis {
 namespace {
 
 namespace x3 = boost::spirit::x3;
+// Its own classes of characters take bytes from 128 on for a mistake of the program and end it.
+namespace ascii = x3::ascii;
 
 /// A hostile text must not exhaust the stack of the recursive descent.
 constexpr std::size_t deepestNesting = 100;
@@ -112,9 +114,9 @@ const x3::rule<class UnaryRule> unary = "an operand";
 const x3::rule<class PowerRule> power = "an operand";
 const x3::rule<class PrimaryRule> primary = "a number, a name or \"(\"";
 
-const auto identifier = x3::raw[x3::lexeme[(x3::alpha | x3::char_('_')) >> *(x3::alnum | x3::char_('_'))]];
-const auto mantissa = (+x3::digit >> -(x3::char_('.') >> *x3::digit)) | (x3::char_('.') >> +x3::digit);
-const auto exponent = x3::char_("eE") >> -x3::char_("+-") >> +x3::digit;
+const auto identifier = x3::raw[x3::lexeme[(ascii::alpha | ascii::char_('_')) >> *(ascii::alnum | ascii::char_('_'))]];
+const auto mantissa = (+ascii::digit >> -(ascii::char_('.') >> *ascii::digit)) | (ascii::char_('.') >> +ascii::digit);
+const auto exponent = ascii::char_("eE") >> -ascii::char_("+-") >> +ascii::digit;
 const auto number = x3::raw[x3::lexeme[mantissa >> -exponent]];
 
 const auto takeNumber = [](const auto& context) { builder(context).number(textOf(context)); };
@@ -175,7 +177,7 @@ std::vector<FormulaItem> parseFormulas(const String& text) {
     const auto grammar = x3::with<BuilderTag>(std::ref(result))[item >> *(',' > item)];
     auto position = text.begin();
     try {
-        const bool read = x3::phrase_parse(position, text.end(), grammar, x3::space);
+        const bool read = x3::phrase_parse(position, text.end(), grammar, ascii::space);
         if (!read || position != text.end()) {
             refuseAt(text, position, read ? "\",\" or an operator" : "a measure");
         }

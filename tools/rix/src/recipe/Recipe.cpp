@@ -1,9 +1,9 @@
 #include "Recipe.h"
 
+#include <algorithm>
 #include <fstream>
 #include <initializer_list>
 #include <set>
-#include <sstream>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
@@ -23,15 +23,26 @@ using Json = nlohmann::ordered_json;
     throw Failure(WRONG_USAGE, "the recipe is wrong at " + where + ": " + complaint, std::move(suggestions));
 }
 
+/// Far more than anybody writes; a wrong file must not cost all memory.
+constexpr std::size_t longestRecipe = std::size_t{16} << 20;
+
 Json parseFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    if (!file || !(text << file.rdbuf())) {
+    std::string text(longestRecipe + 1, '\0');
+    if (!file || !file.read(text.data(), static_cast<std::streamsize>(text.size())).eof()) {
+        if (file.good()) {
+            throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " is longer than " +
+                                                std::to_string(longestRecipe) + " bytes");
+        }
         throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " can't be read");
     }
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    if (text.empty()) {
+        throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " is empty");
+    }
     try {
-        return Json::parse(text.str());
-    } catch (const Json::parse_error& error) {
+        return Json::parse(text);
+    } catch (const Json::exception& error) {  // of the syntax, or of a number that no type holds
         throw Failure(WRONG_USAGE, "the recipe " + inQuotes(path.string()) + " is no JSON: " + error.what());
     }
 }
@@ -115,10 +126,15 @@ public:
             if (value == m_values.end()) {
                 refuse(where, "there is no parameter " + inQuotes(name));
             }
-            result += text.substr(at, begin - at) + value->second;
+            m_left -= std::min(m_left, value->second.size());
+            if (m_left == 0) {
+                refuse(where,
+                       "with its parameters, the recipe is longer than " + std::to_string(longestRecipe) + " bytes");
+            }
+            result.append(text, at, begin - at).append(value->second);
             at = end + 1;
         }
-        return result + text.substr(at);
+        return result.append(text, at);
     }
 
     const std::map<std::string, std::string>& values() const { return m_values; }
@@ -138,6 +154,7 @@ private:
     }
 
     std::map<std::string, std::string> m_values;
+    mutable std::size_t m_left = longestRecipe;  ///< bytes that parameters may still take
 };
 
 Recipe::View readView(const Json& json, const std::string& where, const Parameters& parameters) {

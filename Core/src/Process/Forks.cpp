@@ -1,0 +1,95 @@
+#include "Process/Forks.h"
+
+#include <array>
+#include <atomic>
+
+#include <pthread.h>
+
+namespace rix::process {
+
+namespace {
+
+constexpr auto lockCount = static_cast<std::size_t>(Lock::Count);
+
+// No destructors: threads that nobody waits for may outlast static objects.
+constinit std::array<std::mutex, lockCount> mutexes;
+constinit ForkHooks forkHooks;          // with the lock of the runs
+constinit std::size_t activeRuns = 0;   // with the lock of the runs
+constinit std::size_t startedRuns = 0;  // with the lock of the runs
+thread_local constinit std::size_t runsOfThread = 0;
+constinit bool childIsAlone = false;  // in the forking thread only
+constinit std::atomic<bool> isAlone{false};
+constinit std::atomic<unsigned> forks{0};
+
+void beforeFork() {
+    std::unique_lock lock(mutexOf(Lock::Runs));
+    const ForkHooks hooks = forkHooks;
+    lock.unlock();
+    if (hooks.makeAll != nullptr) {
+        hooks.makeAll();
+    }
+    lock.lock();
+    const std::size_t startedBefore = startedRuns;
+    bool isQuiet = activeRuns == 0 && !isAlone;
+    lock.unlock();
+    if (isQuiet && hooks.endThreads != nullptr) {
+        isQuiet = hooks.endThreads();
+    }
+    for (std::mutex& mutex : mutexes) {
+        mutex.lock();
+    }
+    if (hooks.releaseIdle != nullptr) {
+        hooks.releaseIdle();
+    }
+    childIsAlone = !isQuiet || startedRuns != startedBefore;
+}
+
+void unlockAll() {
+    for (auto mutex = mutexes.rbegin(); mutex != mutexes.rend(); ++mutex) {
+        mutex->unlock();
+    }
+}
+
+void inChild() {
+    isAlone = childIsAlone;
+    activeRuns = runsOfThread;
+    ++forks;
+    unlockAll();
+}
+
+/// When the library is loaded: nothing of it is in use then.
+[[maybe_unused]] const int handlers = ::pthread_atfork(beforeFork, unlockAll, inChild);
+
+}  // namespace
+
+std::mutex& mutexOf(Lock lock) noexcept {
+    return mutexes[static_cast<std::size_t>(lock)];
+}
+
+void setForkHooks(const ForkHooks& hooks) {
+    const std::lock_guard lock(mutexOf(Lock::Runs));
+    forkHooks = hooks;
+}
+
+ActiveRun::ActiveRun() {
+    const std::lock_guard lock(mutexOf(Lock::Runs));
+    ++activeRuns;
+    ++startedRuns;
+    ++runsOfThread;
+}
+
+ActiveRun::~ActiveRun() {
+    const std::lock_guard lock(mutexOf(Lock::Runs));
+    --activeRuns;
+    --runsOfThread;
+}
+
+bool staysInCallersThread() noexcept {
+    return isAlone.load(std::memory_order_relaxed);
+}
+
+unsigned generation() noexcept {
+    return forks.load(std::memory_order_relaxed);
+}
+
+}  // namespace rix::process

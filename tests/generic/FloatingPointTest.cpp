@@ -1,0 +1,70 @@
+// A result does not depend on the floating-point state of the host, neither that of the run's caller nor that of the
+// thread that happened to start the library's.
+
+#include <rix/Library.h>
+#include <rix/settings/Settings.h>
+
+#include "FloatingPointStates.h"
+#include "GenericTest.h"
+
+namespace rix::test {
+namespace {
+
+class FloatingPoint : public GenericTest {
+protected:
+    /// Values on which rounding and denormal numbers tell.
+    static InputImages sensitiveInputs(const Example& example) {
+        InputImages images;
+        std::uint64_t seed = 11;
+        for (const ImageRecipe& recipe : example.images) {
+            images.push_back(recipe.has_value()
+                                 ? std::make_shared<io::MemoryImage>(makeRandomImage(*recipe, seed++, Extremes::Finite))
+                                 : nullptr);
+        }
+        return images;
+    }
+
+    static void runAndCompare(Subject& subject, const FloatingPointState& state, int threads, const Results& expected) {
+        SCOPED_TRACE(subject.example().toText() + ", " + std::to_string(threads) + " threads, " + state.name);
+        subject.algorithm().settings().setMaximumNumberOfThreads(threads);
+        subject.spoilOutputs(0x5a);
+        Outcome outcome;
+        bool isLeftAlone = false;
+        {
+            const ScopedState scope(state);
+            const FloatingPointSnapshot before;
+            outcome = runOnce(subject.algorithm());
+            isLeftAlone = before.isCurrent();
+        }
+        ASSERT_TRUE(outcome.succeeded) << outcome.text();
+        EXPECT_TRUE(isLeftAlone) << "the run changed the state of its caller";
+        EXPECT_TRUE(resultsEqual(expected, subject.results()));
+    }
+};
+
+TEST_P(FloatingPoint, OfTheHostDoesNotReachTheResult) {
+    const Example large = largeExample(example());
+    for (const Example& typed : {large, large.withVoxelType(RIX_FLOAT32), large.withVoxelType(RIX_FLOAT64)}) {
+        const InputImages images = sensitiveInputs(typed);
+        const auto subject = Subject::make(typed, images, Storage::Memory);
+        if (subject == nullptr || !runOnce(subject->algorithm()).succeeded) {
+            continue;  // a type that the algorithm does not take
+        }
+        const Results expected = subject->results();
+        for (const FloatingPointState& state : floatingPointStates()) {
+            for (const int threads : {1, 3}) {
+                finish();  // ends the idle workers: the next ones are started in this state
+                runAndCompare(*subject, state, threads, expected);
+                if (sanitized) {
+                    break;
+                }
+                runAndCompare(*subject, {"default"}, threads, expected);
+            }
+        }
+    }
+}
+
+RIX_FOR_EVERY_ALGORITHM(FloatingPoint);
+
+}  // namespace
+}  // namespace rix::test
