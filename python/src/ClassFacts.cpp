@@ -5,7 +5,6 @@
 #include <map>
 #include <memory>
 
-#include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
 
 namespace rix::python {
@@ -24,16 +23,6 @@ PropertyRole roleOf(const BaseProperty& property, const ValueKind* kind) {
     return kind != nullptr ? PropertyRole::Value : PropertyRole::Unsupported;
 }
 
-/// True when the rules of a new object's property that look at no other property refuse its value.
-bool isRefused(BaseProperty& property) {
-    try {
-        property.applyRules(false);
-        return false;
-    } catch (const Exception&) {
-        return true;
-    }
-}
-
 ClassFacts makeFacts(AlgoInfo& info) {
     ClassFacts facts{&info, info.getName(), toSnakeCase(info.getName()), {}};
     const auto algorithm = cli::createAlgorithm(info);
@@ -42,7 +31,7 @@ ClassFacts makeFacts(AlgoInfo& info) {
             return;
         }
         const ValueKind* const kind = findValueKind(*property);
-        const bool required = !isOutput && isRefused(*property);
+        const bool required = !isOutput && cli::isRequired(*property);
         facts.properties.push_back({property->getName(), toSnakeCase(property->getName()), index, isOutput,
                                     roleOf(*property, kind), required, kind});
     };

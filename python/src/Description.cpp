@@ -35,7 +35,9 @@ py::dict describeProperty(const BaseProperty& property, const PropertyFacts& fac
     result["rules"] = property.getImpl()->describeRules();
     result["required"] = facts.required;
     result["annotation"] = facts.kind != nullptr ? facts.kind->annotation : std::string();
-    result["default"] = facts.kind != nullptr && !facts.isOutput ? facts.kind->get(property) : py::none();
+    // What the rules refuse is no default.
+    const bool hasDefault = facts.kind != nullptr && !facts.isOutput && !facts.required;
+    result["default"] = hasDefault ? facts.kind->get(property) : py::none();
     result["enumeration"] = cli::enumerationOf(property) != nullptr ? enumerationClass(property) : py::none();
     return result;
 }

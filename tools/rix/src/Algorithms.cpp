@@ -7,6 +7,7 @@
 
 #include <cxxabi.h>
 
+#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModel.h>
 #include <rix/properties/Property.h>
 #include <rix/properties/PropertyMultipleChoices.h>
@@ -110,6 +111,15 @@ BaseProperty& findProperty(const BaseAlgorithm& algorithm, const std::string& na
     throw Failure(WRONG_USAGE,
                   className + " has no property " + inQuotes(name) + " ('rix describe " + className + "' names all)",
                   suggest(name, names));
+}
+
+bool isRequired(BaseProperty& property) {
+    try {
+        property.applyRules(false);
+        return false;
+    } catch (const Exception&) {
+        return true;
+    }
 }
 
 ImageRole imageRoleOf(const BaseProperty& property) {

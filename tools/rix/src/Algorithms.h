@@ -29,6 +29,10 @@ std::vector<BaseProperty*> listProperties(const BaseAlgorithm& algorithm);
 /// The property of a name. @throws Failure (wrong usage) with similar names.
 BaseProperty& findProperty(const BaseAlgorithm& algorithm, const std::string& name);
 
+/// True when the rules of a property that look at no other refuse its present value: of a new object, what has to be
+/// given before it runs.
+bool isRequired(BaseProperty& property);
+
 enum class ImageRole {
     None,     ///< no image
     Input,    ///< read only

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "../Commands.h"
+#include "../Examples.h"
 #include "../Failure.h"
 #include "../Output.h"
 #include "../recipe/Kitchen.h"
@@ -20,23 +21,6 @@ struct DemoOptions {
     std::string folder = "rix-demo";
     std::string imagePath;
 };
-
-/// A file of the examples: in the source tree around the program, or beside it in an installation.
-fs::path findExample(const char* name) {
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    for (fs::path folder = program.parent_path(); !error; folder = folder.parent_path()) {
-        for (const char* place : {"examples", "share/lumora_rix/examples"}) {
-            if (fs::exists(folder / place / name, error)) {
-                return folder / place / name;
-            }
-        }
-        if (folder == folder.root_path()) {
-            break;
-        }
-    }
-    throw Failure(UNREADABLE_INPUT, "the example " + inQuotes(name) + " can't be found beside the program");
-}
 
 void makeFolder(const fs::path& folder) {
     std::error_code error;

@@ -12,6 +12,7 @@
 #include "../Algorithms.h"
 #include "../Assignments.h"
 #include "../Commands.h"
+#include "../Examples.h"
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
@@ -27,14 +28,15 @@ struct DescribeOptions {
 
 /// What a user has to know of a property.
 struct PropertyFacts {
-    explicit PropertyFacts(const BaseProperty& property)
+    explicit PropertyFacts(BaseProperty& property)
         : name(property.getName()),
           direction(directionOf(property)),
           type(property.getImpl()->describeType()),
           image(imageRoleOf(property) != ImageRole::None),
+          required(isRequired(property)),
           rules(property.getImpl()->describeRules()),
           description(property.getDescription()) {
-        if (!image && direction != "out") {
+        if (!image && !required && direction != "out") {
             defaultValue = valueToText(property);
         }
         if (const EnumInfo* enumeration = enumerationOf(property)) {
@@ -46,6 +48,7 @@ struct PropertyFacts {
     std::string direction;
     std::string type;
     bool image;
+    bool required;
     std::optional<std::string> defaultValue;
     std::vector<std::string> labels;
     std::vector<std::string> rules;
@@ -60,21 +63,9 @@ std::string join(const std::vector<std::string>& texts, const char* separator) {
     return joined;
 }
 
-/// A command line with every property: files for images, defaults for values.
-std::string exampleLine(const std::string& className, const std::vector<PropertyFacts>& properties) {
-    std::string line = "rix run " + className;
-    for (const auto& property : properties) {
-        if (property.image) {
-            line += ' ' + property.name + '=' + property.name + ".tif";
-        } else if (property.defaultValue && !property.defaultValue->empty()) {
-            line += ' ' + property.name + '=' + *property.defaultValue;
-        }
-    }
-    return line;
-}
-
 std::string toText(const PropertyFacts& property) {
-    std::string text = property.name + "  (" + property.direction + ", " + property.type + ")\n";
+    std::string text = property.name + "  (" + property.direction + ", " + property.type +
+                       (property.required ? ", required)\n" : ")\n");
     TextTable details;
     if (!property.description.empty()) {
         text += "      " + property.description + '\n';
@@ -92,10 +83,10 @@ std::string toText(const PropertyFacts& property) {
 }
 
 nlohmann::json toJson(const PropertyFacts& property) {
-    nlohmann::json value = {{"name", property.name},   {"direction", property.direction},
-                            {"type", property.type},   {"image", property.image},
-                            {"default", nullptr},      {"labels", property.labels},
-                            {"rules", property.rules}, {"description", property.description}};
+    nlohmann::json value = {
+        {"name", property.name},     {"direction", property.direction}, {"type", property.type},
+        {"image", property.image},   {"required", property.required},   {"default", nullptr},
+        {"labels", property.labels}, {"rules", property.rules},         {"description", property.description}};
     if (property.defaultValue) {
         value["default"] = *property.defaultValue;
     }
@@ -142,11 +133,13 @@ int runDescribe(const DescribeOptions& options) {
     ImageInputs inputs;
     setInputs(*algorithm, options.assignments, inputs);
     const AlgorithmDescription description = algorithm->describe();
+    // Of a new object: what was given is no default.
+    const auto untouched = createAlgorithm(info);
     std::vector<PropertyFacts> properties;
-    for (const BaseProperty* property : listProperties(*algorithm)) {
+    for (BaseProperty* property : listProperties(*untouched)) {
         properties.emplace_back(*property);
     }
-    const std::string example = exampleLine(info.getName(), properties);
+    const std::string example = exampleCommand(info, sampleImages());
     const auto levels = supportedLevels(*algorithm);
     if (options.json) {
         nlohmann::json list = nlohmann::json::array();
