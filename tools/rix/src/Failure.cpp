@@ -13,7 +13,7 @@ namespace {
 std::vector<std::string> levelsOf(const Exception& exception) {
     std::vector<std::string> levels;
     for (const auto& level : exception.getLevels()) {
-        levels.insert(levels.begin(), level.message);
+        levels.push_back(level.message);
     }
     if (levels.empty()) {
         levels.emplace_back(exception.getClassName());
@@ -30,7 +30,7 @@ Failure::Failure(int exitCode, const Exception& cause) : m_exitCode(exitCode), m
 
 Failure Failure::within(const std::string& place) const {
     Failure outer = *this;
-    outer.m_levels.insert(outer.m_levels.begin(), place);
+    outer.m_levels.push_back(place);
     return outer;
 }
 
@@ -76,11 +76,9 @@ nlohmann::json toJson(const Failure& failure) {
 }
 
 std::string toText(const Failure& failure) {
-    std::string text = "rix: ";
-    std::string indent;
+    std::string text;
     for (const auto& level : failure.levels()) {
-        text += indent + level + '\n';
-        indent += "  ";
+        text += (text.empty() ? "rix: " : "  ") + level + '\n';
     }
     const auto& suggestions = failure.suggestions();
     for (std::size_t i = 0; i < suggestions.size(); ++i) {

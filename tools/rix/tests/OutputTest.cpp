@@ -58,15 +58,15 @@ TEST(Failure, takesTheExitCodeFromTheException) {
     EXPECT_EQ(failureOf(Failure(UNREADABLE_INPUT, "x")).exitCode(), UNREADABLE_INPUT);
 }
 
-TEST(Failure, tellsAllLevelsFromTheOutsideIn) {
+TEST(Failure, tellsTheCauseFirstAndThenWhereItHappened) {
     RuleException exception("cause");
     exception.addInfoLevel("outside");
-    const auto failure = failureOf(exception);
-    EXPECT_EQ(toText(failure), "rix: outside\n  cause\n");
+    const auto failure = failureOf(exception).within("step 1");
+    EXPECT_EQ(toText(failure), "rix: cause\n  outside\n  step 1\n");
     const auto json = toJson(failure)["error"];
     EXPECT_EQ(json["code"], 3);
-    EXPECT_EQ(json["message"], "outside");
-    EXPECT_EQ(json["levels"], (std::vector<std::string>{"outside", "cause"}));
+    EXPECT_EQ(json["message"], "cause");
+    EXPECT_EQ(json["levels"], (std::vector<std::string>{"cause", "outside", "step 1"}));
     EXPECT_EQ(toText(Failure(2, "no", {"a", "b", "c"})), "rix: no\n  did you mean a, b or c?\n");
 }
 

@@ -46,7 +46,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {2, "--max-level", {"run", "Sample", "--max-level", "fast"}},
         {2, "there is no plane 1: the image has 1", {"render", "in.png", "out.png", "--plane", "1"}},
         {2, "the base has 19 x 10", {"render", "in.png", "out.png", "--over", "other.png"}},
-        {3, "the sample needs an image", {"run", "Sample", "outputImage=out.tif"}},
+        {3, "rix: the sample needs an image\n  ", {"run", "Sample", "outputImage=out.tif"}},
         {4, "missing.png", {"run", "Sample", "inputImage=missing.png", "outputImage=out.tif"}},
         {4, "cut.png", {"run", "Sample", "inputImage=cut.png", "outputImage=out.tif"}},
         {4, "text.png", {"info", "text.png"}},
@@ -58,7 +58,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {5, "it is a folder", {"run", "Sample", "inputImage=in.png", "outputImage=folder.tif"}},
         {5, "no folder", {"render", "in.png", "nowhere/out.png"}},
         {5, "in.png", {"demo", "in.png"}},
-        {1, "the sample fails", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL", "outputImage=out.tif"}},
+        {1, "rix: the sample fails\n", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL", "outputImage=out.tif"}},
         {1, "Memory is exhausted", {"run", "Sample", "inputImage=in.png", "behaviour=RUN_OUT_OF_MEMORY"}},
         {1, "undefined exception", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL_STRANGELY"}},
     };
