@@ -8,12 +8,12 @@
 #include <system_error>
 
 #include <rix/exceptions/Exception.h>
-#include <rix/io/ImageFile.h>
 #include <rix/properties/Property.h>
 
 #include "Algorithms.h"
 #include "Assignments.h"
 #include "Failure.h"
+#include "ImageFiles.h"
 #include "Output.h"
 
 namespace rix::cli {
@@ -200,9 +200,9 @@ std::vector<SampleImage> sampleImages() {
     try {
         for (const char* name : {"images/coins.png", "images/coins-binary.tif", "images/coins-labels.tif"}) {
             const fs::path path = findExample(name);
-            images.push_back({path, io::readImageInfo(path)});
+            images.push_back({path, readHeader(path)->header()});
         }
-    } catch (const std::exception&) {
+    } catch (const Failure&) {
         images.clear();
     }
     return images;

@@ -55,6 +55,18 @@ std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
     }
 }
 
+std::unique_ptr<HeaderImage> readHeader(const fs::path& path) {
+    auto image = std::make_unique<HeaderImage>();
+    try {
+        if (!helper::applyHeader(io::readImageInfo(path), *image)) {
+            throw Failure(UNREADABLE_INPUT, "the image file " + inQuotes(path.string()) + " is too large");
+        }
+    } catch (const Exception& exception) {
+        throw Failure(UNREADABLE_INPUT, exception);
+    }
+    return image;
+}
+
 void saveImage(const fs::path& path, const ImageModel& image) {
     try {
         io::writeImage(path, image);

@@ -171,7 +171,7 @@ TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {
 }
 
 TEST_F(RecipeTest, ChecksTypesThroughTheChainByHeadersAlone) {
-    // The second step would only fail after the first one had worked; the rehearsal knows what the first one makes.
+    // The second step would only fail after the first one had worked; the dry run knows what the first one makes.
     makeImage<float>({4, 3, 1, 1, 1}, std::vector<float>(12, 1.0F));
     write("in-place.json",
           recipeOf(

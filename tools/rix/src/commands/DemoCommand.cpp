@@ -8,8 +8,8 @@
 #include "../Commands.h"
 #include "../Examples.h"
 #include "../Failure.h"
+#include "../ImageFiles.h"
 #include "../Output.h"
-#include "../recipe/Kitchen.h"
 #include "../recipe/RunRecipe.h"
 
 namespace rix::cli {

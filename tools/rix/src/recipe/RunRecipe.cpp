@@ -14,8 +14,10 @@
 #include "../Output.h"
 #include "../Tables.h"
 #include "../render/View.h"
-#include "Kitchen.h"
+#include "DryRun.h"
+#include "PreparedRun.h"
 #include "Record.h"
+#include "Workspace.h"
 
 namespace rix::cli {
 namespace {
@@ -56,7 +58,7 @@ public:
     explicit Execution(const RecipeOptions& options, const Recipe& recipe)
         : m_options(options),
           m_recipe(recipe),
-          m_pantry(
+          m_workspace(
               loadImage, [] { return std::make_unique<io::MemoryImage>(); },
               [](const ImageModel& image) {
                   return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
@@ -73,7 +75,7 @@ public:
                 throw failureOfCurrentException().within("step " + std::to_string(i + 1) + " of the recipe");
             }
         }
-        for (const auto& path : m_pantry.files()) {
+        for (const auto& path : m_workspace.files()) {
             m_record.addInput(path);  // before an output takes its place
         }
         for (const auto& [path, write] : m_files) {
@@ -99,13 +101,13 @@ private:
             run(step);
         } else if (step.kind == Recipe::Step::Kind::Write) {
             const std::string& name = step.views.front().image;
-            if (const auto* const table = m_pantry.table(name)) {
+            if (const auto* const table = m_workspace.table(name)) {
                 m_files.emplace_back(step.target,
                                      [frame = table->toDataFrame(), path = step.target] { saveTable(path, frame); });
                 return;
             }
             m_files.emplace_back(step.target,
-                                 [image = m_pantry.asItIs(name), path = step.target] { saveImage(path, *image); });
+                                 [image = m_workspace.asItIs(name), path = step.target] { saveImage(path, *image); });
         } else {
             // Drawn now: a later step may change the images.
             auto picture = std::make_shared<io::MemoryImage>(toImage(draw(step)));
@@ -114,7 +116,7 @@ private:
     }
 
     void run(const Recipe::Step& step) {
-        PreparedRun run = prepareRun(step, m_pantry);
+        PreparedRun run = prepareRun(step, m_workspace);
         const auto start = std::chrono::steady_clock::now();
         {
             ConsoleInteraction interaction(m_options.progress);
@@ -137,8 +139,8 @@ private:
     Picture draw(const Recipe::Step& step) {
         std::unique_ptr<Picture> picture;
         for (const Recipe::View& view : step.views) {
-            const ImageModel* const base = view.over.empty() ? nullptr : &m_pantry.input(view.over);
-            Picture next = renderView(m_pantry.input(view.image), base, {},
+            const ImageModel* const base = view.over.empty() ? nullptr : &m_workspace.input(view.over);
+            Picture next = renderView(m_workspace.input(view.image), base, {},
                                       view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
             picture = std::make_unique<Picture>(picture == nullptr ? std::move(next)
                                                                    : sideBySide(*picture, next, gapBetweenPictures));
@@ -154,7 +156,7 @@ private:
 
     const RecipeOptions& m_options;
     const Recipe& m_recipe;
-    Pantry m_pantry;
+    Workspace m_workspace;
     Record m_record;
     std::vector<std::pair<std::filesystem::path, std::function<void()>>> m_files;
 };
@@ -163,7 +165,7 @@ private:
 
 void runRecipe(const RecipeOptions& options) {
     const Recipe recipe = readRecipe(options.recipe, options.parameters);
-    rehearse(recipe);
+    dryRun(recipe);
     Execution(options, recipe).carryOut();
 }
 

@@ -8,16 +8,13 @@
 #include <string>
 #include <vector>
 
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageHeader.h>
-
-#include "../Results.h"
-#include "Recipe.h"
+#include <rix/image/ImageModel.h>
+#include <rix/measurement/MeasurementObject.h>
 
 namespace rix::cli {
 
 /// The images of a recipe, those made in memory under their names, those of files under their paths; and its tables.
-class Pantry {
+class Workspace {
 public:
     using Loader = std::function<std::unique_ptr<ImageModel>(const std::filesystem::path&)>;
     using Maker = std::function<std::unique_ptr<ImageModel>()>;
@@ -26,7 +23,7 @@ public:
     /// @param load how the image of a file is had
     /// @param make how an empty image for a result is had
     /// @param copy how an image that was loaded or made is copied
-    Pantry(Loader load, Maker make, Copier copy)
+    Workspace(Loader load, Maker make, Copier copy)
         : m_load(std::move(load)), m_make(std::move(make)), m_copy(std::move(copy)) {}
 
     /// An image to read. @throws Failure (wrong usage) when no step made the name.
@@ -53,26 +50,5 @@ private:
     std::map<std::string, std::shared_ptr<measurement::MeasurementObject>> m_tables;
     std::vector<std::filesystem::path> m_files;
 };
-
-/// An algorithm with its properties set, as a step of a recipe wants it.
-struct PreparedRun {
-    std::unique_ptr<BaseAlgorithm> algorithm;
-    ResultObjects resultObjects;
-    /// The outputs that go to files: path, and image or table.
-    std::vector<std::pair<std::filesystem::path, const ImageModel*>> files;
-    std::vector<std::pair<std::filesystem::path, std::shared_ptr<measurement::MeasurementObject>>> tables;
-};
-
-/// Makes the algorithm of a step and gives it its values and images.
-/// @throws Failure: wrong usage, unreadable input.
-PreparedRun prepareRun(const Recipe::Step& step, Pantry& pantry);
-
-/// An image without samples that has the header of an image file. @throws Failure (unreadable input).
-std::unique_ptr<HeaderImage> readHeader(const std::filesystem::path& path);
-
-/// Goes through the recipe with images that have a header but no samples: every name, value, type and rule that does
-/// not depend on samples is checked, every file that is read is looked into, every place that is written to is tried.
-/// @throws Failure naming the step.
-void rehearse(const Recipe& recipe);
 
 }  // namespace rix::cli
