@@ -8,11 +8,11 @@
 
 #include <rix/exceptions/Exception.h>
 #include <rix/io/ImageFile.h>
+#include <rix/rendering/View.h>
 
 #include "Arrays.h"
 #include "Axes.h"
 #include "Errors.h"
-#include "render/View.h"
 
 namespace py = pybind11;
 
@@ -75,19 +75,19 @@ py::array overlay(py::handle base, py::handle labels, const std::string& axes, s
     if (over.image->getInterpretation() == RIX_VALUE && !over.image->setInterpretation(RIX_LABEL)) {
         throw MisuseError("the labels can't be marked as labels");
     }
-    std::unique_ptr<cli::Picture> picture;
+    std::unique_ptr<rendering::Picture> picture;
     {
         const py::gil_scoped_release unlocked;
-        picture = std::make_unique<cli::Picture>(
-            cli::renderView(*over.image, under.image.get(), {plane, frame, std::nullopt},
-                            numbers ? cli::LabelNumbers::Drawn : cli::LabelNumbers::None));
+        picture = std::make_unique<rendering::Picture>(
+            rendering::renderView(*over.image, under.image.get(), {plane, frame, std::nullopt},
+                                  numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None));
     }
     const auto rows = static_cast<py::ssize_t>(picture->height());
     const auto columns = static_cast<py::ssize_t>(picture->width());
     py::array_t<std::uint8_t> samples({rows, columns, py::ssize_t{3}});
     std::uint8_t* sample = samples.mutable_data();
     for (std::size_t y = 0; y < picture->height(); ++y) {
-        for (const cli::Colour* pixel = picture->row(y); pixel != picture->row(y) + picture->width(); ++pixel) {
+        for (const rendering::Colour* pixel = picture->row(y); pixel != picture->row(y) + picture->width(); ++pixel) {
             // On a base nothing shines through.
             *sample++ = pixel->red;
             *sample++ = pixel->green;

@@ -7,19 +7,21 @@
 #include <string_view>
 #include <system_error>
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Text.h>
+#include <rix/description/Values.h>
+#include <rix/description/WrongInput.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/properties/Property.h>
 
-#include "Algorithms.h"
-#include "Assignments.h"
 #include "Failure.h"
 #include "ImageFiles.h"
-#include "Output.h"
 
 namespace rix::cli {
 namespace {
 
 namespace fs = std::filesystem;
+using description::ImageRole;
 
 /// As people name it: by the way from the present folder when it lies below, else by the whole way.
 fs::path shortened(const fs::path& path) {
@@ -63,14 +65,14 @@ std::string shellWord(const std::string& word) {
 class ExampleSearch {
 public:
     ExampleSearch(const AlgoInfo& info, const std::vector<SampleImage>& images)
-        : m_images(images), m_algorithm(createAlgorithm(info)) {
-        for (BaseProperty* const property : listProperties(*m_algorithm)) {
-            const ImageRole role = imageRoleOf(*property);
+        : m_images(images), m_algorithm(description::createAlgorithm(info)) {
+        for (BaseProperty* const property : description::listProperties(*m_algorithm)) {
+            const ImageRole role = description::imageRoleOf(*property);
             if (role == ImageRole::Output) {
                 dynamic_cast<Property<ImageModel*>&>(*property).set(&m_headers.emplace_back());
             } else if (role != ImageRole::None) {
                 m_read.push_back(property);
-            } else if (!property->isOutput() && isRequired(*property) && !chooseValue(*property)) {
+            } else if (!property->isOutput() && description::isRequired(*property) && !chooseValue(*property)) {
                 m_texts[property] = "VALUE";
             }
         }
@@ -80,16 +82,16 @@ public:
     std::string command() const {
         std::string before;
         std::string line = "rix run " + m_algorithm->getClassInfo().getName();
-        for (BaseProperty* const property : listProperties(*m_algorithm)) {
+        for (BaseProperty* const property : description::listProperties(*m_algorithm)) {
             const std::string& name = property->getName();
-            const ImageRole role = imageRoleOf(*property);
+            const ImageRole role = description::imageRoleOf(*property);
             const auto chosen = m_chosen.find(property);
             std::string text;
             if (role == ImageRole::None) {
                 const auto known = m_texts.find(property);
                 text = property->isOutput()     ? ""
                        : known != m_texts.end() ? known->second
-                                                : valueToText(*property).value_or("");
+                                                : description::valueToText(*property).value_or("");
             } else if (role == ImageRole::Output || !m_found) {
                 text = name + ".tif";
             } else if (chosen == m_chosen.end()) {
@@ -110,16 +112,16 @@ private:
     /// A value that the rules accept, where they refuse the default.
     static bool chooseValue(BaseProperty& property) {
         std::vector<std::string> texts{"3", "1", "0.5", "@v2:3_3", "@v3:3_3_3"};
-        if (const EnumInfo* const enumeration = enumerationOf(property)) {
-            texts = labelsOf(*enumeration);
+        if (const EnumInfo* const enumeration = description::enumerationOf(property)) {
+            texts = description::labelsOf(*enumeration);
         }
         for (const std::string& text : texts) {
             try {
-                setValue(property, text);
-            } catch (const Failure&) {
+                description::setValue(property, text);
+            } catch (const description::WrongInput&) {
                 continue;  // no text of this type
             }
-            if (!isRequired(property)) {
+            if (!description::isRequired(property)) {
                 return true;
             }
         }
@@ -137,7 +139,7 @@ private:
 
     void set(BaseProperty& property, const SampleImage* sample) {
         HeaderImage* image = sample == nullptr ? nullptr : &m_headers.emplace_back(sample->header);
-        if (imageRoleOf(property) == ImageRole::Input) {
+        if (description::imageRoleOf(property) == ImageRole::Input) {
             dynamic_cast<Property<const ImageModel*>&>(property).set(image);
         } else {
             dynamic_cast<Property<ImageModel*>&>(property).set(image);
@@ -192,7 +194,8 @@ fs::path findExample(const char* name) {
             break;
         }
     }
-    throw Failure(UNREADABLE_INPUT, "the example " + inQuotes(name) + " can't be found beside the program");
+    throw Failure(UNREADABLE_INPUT,
+                  "the example " + description::inQuotes(name) + " can't be found beside the program");
 }
 
 std::vector<SampleImage> sampleImages() {

@@ -5,6 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <rix/description/WrongInput.h>
+#include <rix/rendering/NotDrawable.h>
+
 #include "Interrupts.h"
 
 namespace rix::cli {
@@ -39,6 +42,10 @@ Failure failureOfCurrentException() {
         throw;
     } catch (const Failure& failure) {
         return failure;
+    } catch (const description::WrongInput& input) {
+        return Failure(WRONG_USAGE, input.what(), input.suggestions());
+    } catch (const rendering::NotDrawable& refusal) {
+        return Failure(WRONG_USAGE, refusal.what());
     } catch (const RuleException& exception) {
         return Failure(REFUSED_BY_RULE, exception);
     } catch (const UserCancelException& exception) {

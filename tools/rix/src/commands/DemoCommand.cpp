@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <rix/description/Text.h>
+
 #include "../Commands.h"
 #include "../Examples.h"
 #include "../Failure.h"
@@ -26,7 +28,8 @@ void makeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw Failure(UNWRITABLE_OUTPUT, "folder " + inQuotes(folder.string()) + " can't be made: " + error.message());
+        throw Failure(UNWRITABLE_OUTPUT,
+                      "folder " + description::inQuotes(folder.string()) + " can't be made: " + error.message());
     }
 }
 

@@ -3,14 +3,15 @@
 #include <filesystem>
 #include <set>
 
+#include <rix/description/Text.h>
 #include <rix/image/ImageHeader.h>
 #include <rix/io/ImageFile.h>
+#include <rix/rendering/View.h>
 
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
-#include "../Tables.h"
-#include "../render/View.h"
+#include "../TableFiles.h"
 #include "PreparedRun.h"
 
 namespace rix::cli {
@@ -44,7 +45,7 @@ void dryRun(const Recipe& recipe) {
                                         void (*check)(const std::filesystem::path&)) {
         check(path);
         if (!targets.insert(path.lexically_normal()).second) {
-            throw Failure(WRONG_USAGE, inQuotes(path.string()) + " is written twice");
+            throw Failure(WRONG_USAGE, description::inQuotes(path.string()) + " is written twice");
         }
     };
     for (std::size_t i = 0; i < recipe.steps.size(); ++i) {
@@ -72,7 +73,8 @@ void dryRun(const Recipe& recipe) {
                 if (step.kind == Recipe::Step::Kind::Write) {
                     checkFits(step.target, image);
                 } else if (isShaped(image) && (base == nullptr || isShaped(*base))) {
-                    checkView(image, base, {}, view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
+                    rendering::checkView(image, base, {},
+                                         view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None);
                 }
             }
             checkTarget(step.target, checkCanWrite);

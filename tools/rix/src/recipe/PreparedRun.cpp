@@ -1,9 +1,10 @@
 #include "PreparedRun.h"
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Values.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 
-#include "../Algorithms.h"
 #include "../Failure.h"
 
 namespace rix::cli {
@@ -16,7 +17,7 @@ void setOther(PreparedRun& run, BaseProperty& property, const std::string& text,
         if (property.isOutput()) {
             throw Failure(WRONG_USAGE, property.getName() + " is a result and can't be given");
         }
-        setValue(property, text);
+        description::setValue(property, text);
         return;
     }
     auto object = slot->createObject();
@@ -32,18 +33,18 @@ void setOther(PreparedRun& run, BaseProperty& property, const std::string& text,
 
 PreparedRun prepareRun(const Recipe::Step& step, Workspace& workspace) {
     PreparedRun run;
-    run.algorithm = createAlgorithm(findClass(step.className));
+    run.algorithm = description::createAlgorithm(description::findClass(step.className));
     for (const auto& [name, text] : step.assignments) {
-        BaseProperty& property = findProperty(*run.algorithm, name);
-        switch (imageRoleOf(property)) {
-            case ImageRole::None: setOther(run, property, text, workspace); break;
-            case ImageRole::Input:
+        BaseProperty& property = description::findProperty(*run.algorithm, name);
+        switch (description::imageRoleOf(property)) {
+            case description::ImageRole::None: setOther(run, property, text, workspace); break;
+            case description::ImageRole::Input:
                 dynamic_cast<Property<const ImageModel*>&>(property).set(&workspace.input(text));
                 break;
-            case ImageRole::InPlace:
+            case description::ImageRole::InPlace:
                 dynamic_cast<Property<ImageModel*>&>(property).set(&workspace.changed(text));
                 break;
-            case ImageRole::Output: {
+            case description::ImageRole::Output: {
                 ImageModel& image = workspace.output(text);
                 dynamic_cast<Property<ImageModel*>&>(property).set(&image);
                 if (memoryName(text).empty()) {

@@ -8,9 +8,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
+
 #include "../Failure.h"
 #include "../Output.h"
-#include "../Suggestions.h"
 
 namespace rix::cli {
 namespace {
@@ -27,12 +29,13 @@ Json parseFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     if (!file || !(text << file.rdbuf())) {
-        throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " can't be read");
+        throw Failure(UNREADABLE_INPUT, "the recipe " + description::inQuotes(path.string()) + " can't be read");
     }
     try {
         return Json::parse(text.str());
     } catch (const Json::parse_error& error) {
-        throw Failure(WRONG_USAGE, "the recipe " + inQuotes(path.string()) + " is no JSON: " + error.what());
+        throw Failure(WRONG_USAGE,
+                      "the recipe " + description::inQuotes(path.string()) + " is no JSON: " + error.what());
     }
 }
 
@@ -46,7 +49,7 @@ public:
         }
         for (const auto& [key, value] : json.items()) {
             if (std::find(known.begin(), known.end(), key) == known.end()) {
-                refuse(m_where, inQuotes(key) + " means nothing here", suggest(key, known));
+                refuse(m_where, description::inQuotes(key) + " means nothing here", description::suggest(key, known));
             }
         }
     }
@@ -91,7 +94,8 @@ public:
                 for (const auto& [known, value] : m_values) {
                     names.push_back(known);
                 }
-                throw Failure(WRONG_USAGE, "the recipe has no parameter " + inQuotes(name), suggest(name, names));
+                throw Failure(WRONG_USAGE, "the recipe has no parameter " + description::inQuotes(name),
+                              description::suggest(name, names));
             }
             m_values[name] = text;
         }
@@ -113,7 +117,7 @@ public:
             const std::string name = text.substr(begin + 2, end - begin - 2);
             const auto value = m_values.find(name);
             if (value == m_values.end()) {
-                refuse(where, "there is no parameter " + inQuotes(name));
+                refuse(where, "there is no parameter " + description::inQuotes(name));
             }
             result += text.substr(at, begin - at) + value->second;
             at = end + 1;
@@ -128,13 +132,13 @@ private:
         if (json.is_string()) {
             return json.get<std::string>();
         }
-        if (json.is_number()) {
-            return json.dump();
+        if (json.is_number() || json.is_array()) {
+            return json.dump();  // an array: a value of several components
         }
         if (json.is_boolean()) {
             return json.get<bool>() ? "true" : "false";
         }
-        refuse(where, "a text, a number or true or false is expected");
+        refuse(where, "a text, a number, true or false, or a list of numbers is expected");
     }
 
     std::map<std::string, std::string> m_values;

@@ -5,15 +5,17 @@
 #include <memory>
 #include <utility>
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Values.h>
 #include <rix/io/TextFile.h>
+#include <rix/rendering/Picture.h>
+#include <rix/rendering/View.h>
 
-#include "../Algorithms.h"
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
-#include "../Tables.h"
-#include "../render/View.h"
+#include "../TableFiles.h"
 #include "DryRun.h"
 #include "PreparedRun.h"
 #include "Record.h"
@@ -27,14 +29,14 @@ constexpr std::size_t mostRowsShown = 40;
 
 nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds) {
     nlohmann::json properties = nlohmann::json::object();
-    for (const BaseProperty* property : listProperties(*run.algorithm)) {
-        if (const auto text = valueToText(*property); text && !property->isOutput()) {
+    for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
+        if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
             properties[property->getName()] = *text;
         }
     }
     nlohmann::json images = nlohmann::json::object();
     for (const auto& [name, text] : step.assignments) {
-        if (imageRoleOf(findProperty(*run.algorithm, name)) != ImageRole::None) {
+        if (description::imageRoleOf(description::findProperty(*run.algorithm, name)) != description::ImageRole::None) {
             images[name] = text;
         }
     }
@@ -45,7 +47,7 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
     const auto level = run.algorithm->getLastRunLevel();
     return {{"run", step.className},
             {"version", run.algorithm->getVersion()},
-            {"level", level ? nlohmann::json(levelToString(*level)) : nlohmann::json()},
+            {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
             {"seconds", seconds},
             {"properties", std::move(properties)},
             {"images", std::move(images)},
@@ -110,7 +112,7 @@ private:
                                  [image = m_workspace.asItIs(name), path = step.target] { saveImage(path, *image); });
         } else {
             // Drawn now: a later step may change the images.
-            auto picture = std::make_shared<io::MemoryImage>(toImage(draw(step)));
+            auto picture = std::make_shared<io::MemoryImage>(rendering::toImage(draw(step)));
             m_files.emplace_back(step.target, [picture, path = step.target] { saveImage(path, *picture); });
         }
     }
@@ -136,14 +138,15 @@ private:
         }
     }
 
-    Picture draw(const Recipe::Step& step) {
-        std::unique_ptr<Picture> picture;
+    rendering::Picture draw(const Recipe::Step& step) {
+        std::unique_ptr<rendering::Picture> picture;
         for (const Recipe::View& view : step.views) {
             const ImageModel* const base = view.over.empty() ? nullptr : &m_workspace.input(view.over);
-            Picture next = renderView(m_workspace.input(view.image), base, {},
-                                      view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
-            picture = std::make_unique<Picture>(picture == nullptr ? std::move(next)
-                                                                   : sideBySide(*picture, next, gapBetweenPictures));
+            rendering::Picture next =
+                rendering::renderView(m_workspace.input(view.image), base, {},
+                                      view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None);
+            picture = std::make_unique<rendering::Picture>(
+                picture == nullptr ? std::move(next) : rendering::sideBySide(*picture, next, gapBetweenPictures));
         }
         return std::move(*picture);
     }

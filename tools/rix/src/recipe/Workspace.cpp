@@ -1,8 +1,10 @@
 #include "Workspace.h"
 
+#include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
+
 #include "../Failure.h"
 #include "../Output.h"
-#include "../Suggestions.h"
 #include "Recipe.h"
 
 namespace rix::cli {
@@ -23,7 +25,7 @@ ImageModel& Workspace::input(const std::string& text) {
         return *found->second;
     }
     if (table(text) != nullptr) {
-        throw Failure(WRONG_USAGE, inQuotes(text) + " is a table, not an image");
+        throw Failure(WRONG_USAGE, description::inQuotes(text) + " is a table, not an image");
     }
     if (const std::string name = memoryName(text); !name.empty() || text == "@") {
         std::vector<std::string> names;
@@ -32,7 +34,8 @@ ImageModel& Workspace::input(const std::string& text) {
                 names.push_back(known);
             }
         }
-        throw Failure(WRONG_USAGE, "no step before makes the image " + inQuotes(text), suggest(text, names));
+        throw Failure(WRONG_USAGE, "no step before makes the image " + description::inQuotes(text),
+                      description::suggest(text, names));
     }
     m_files.emplace_back(text);
     return *(m_images[text] = m_load(text));

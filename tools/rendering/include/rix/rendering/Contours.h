@@ -1,0 +1,24 @@
+#pragma once
+
+#include <functional>
+
+#include <rix/rendering/Picture.h>
+#include <rix/rendering/Slice.h>
+
+namespace rix::rendering {
+
+struct PictureSize {
+    std::size_t width;
+    std::size_t height;
+};
+
+/// @throws NotDrawable when labels do not lie on the base pixel by pixel.
+void checkContours(const PictureSize& labels, const PictureSize& base);
+
+/// Draws the outlines of the labels onto a picture of the same size: those pixels of a label of which one of the four
+/// neighbours is not the same label. The edge of the image is no neighbour, so an object that leaves the image stays
+/// open there.
+/// @throws NotDrawable when the sizes differ.
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf);
+
+}  // namespace rix::rendering
