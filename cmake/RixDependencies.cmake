@@ -11,6 +11,7 @@ pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
 find_package(TIFF REQUIRED)
 find_package(PNG REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 
 # Vector math. The interface is the same without oneMKL: Eigen's arrays then serve it.
 add_library(rix_vector_math INTERFACE)
