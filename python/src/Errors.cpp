@@ -7,7 +7,6 @@
 
 #include <rix/description/WrongInput.h>
 #include <rix/exceptions/Exception.h>
-#include <rix/rendering/NotDrawable.h>
 
 namespace py = pybind11;
 
@@ -62,8 +61,6 @@ void translate(std::exception_ptr error) {
         raise(errorNameOf(exception), exception.getInfo(), levels);
     } catch (const description::WrongInput& wrong) {
         raise("RuleError", wrong.what(), {wrong.what()});
-    } catch (const rendering::NotDrawable& refused) {
-        raise("RuleError", refused.what(), {refused.what()});
     } catch (const RefusedError& refused) {
         raise("RuleError", refused.what(), {refused.what()});
     } catch (const WrongTypeError& wrong) {

@@ -9,12 +9,12 @@
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/analysis/AutoThresholdingMsr.h>
 #include <rix/analysis/AutoThresholdingValue.h>
-#include <rix/exceptions/Exception.h>
-
 #include <rix/description/Text.h>
+#include <rix/exceptions/Exception.h>
 #include <rix/rendering/NotDrawable.h>
 #include <rix/rendering/Rows.h>
-#include <rix/rendering/Text.h>
+
+#include "Canvas.h"
 
 namespace rix::rendering {
 namespace {
@@ -22,10 +22,10 @@ namespace {
 constexpr std::size_t chartWidth = 800;
 constexpr std::size_t chartHeight = 500;
 // The plotting area, with room for the numbers on the left and below and for the list of thresholds above.
-constexpr std::size_t left = 90;
-constexpr std::size_t right = 780;
-constexpr std::size_t top = 90;
-constexpr std::size_t bottom = 440;
+constexpr double left = 90;
+constexpr double right = 780;
+constexpr double top = 90;
+constexpr double bottom = 440;
 constexpr Colour ink{40, 40, 40};
 constexpr Colour bars{110, 140, 180};
 constexpr Colour gridLine{225, 225, 225};
@@ -78,52 +78,58 @@ double niceStep(double range, double count) {
     return power * (digit <= 1 ? 1 : digit <= 2 ? 2 : digit <= 5 ? 5 : 10);
 }
 
-void drawVertical(Picture& picture, std::size_t x, std::size_t from, std::size_t to, Colour colour) {
-    for (std::size_t y = from; y < to; ++y) {
-        picture.row(y)[x] = colour;
-    }
-}
-
-void drawHorizontal(Picture& picture, std::size_t y, std::size_t from, std::size_t to, Colour colour) {
-    std::fill(picture.row(y) + from, picture.row(y) + to, colour);
-}
-
 /// Places of the chart for intensities and counts.
 struct Scale {
     double minimum;
     double maximum;
     double highest;
 
-    std::size_t x(double value) const {
-        return left +
-               static_cast<std::size_t>(std::lround((value - minimum) / (maximum - minimum) * (right - left - 1)));
-    }
-    std::size_t y(double count) const {
-        return bottom - static_cast<std::size_t>(std::lround(count / highest * (bottom - top)));
-    }
+    double x(double value) const { return left + (value - minimum) / (maximum - minimum) * (right - left); }
+    double y(double count) const { return bottom - count / highest * (bottom - top); }
 };
 
-void drawAxes(Picture& picture, const Scale& scale) {
+/// On a row or column of pixels, so that lines are sharp.
+double onPixel(double position) {
+    return std::floor(position) + 0.5;
+}
+
+void drawAxes(Canvas& canvas, const Scale& scale) {
+    constexpr double tick = 6;
+    constexpr TextStyle numbers{.size = 13, .colour = ink};
+    constexpr TextStyle names{.size = 14, .colour = ink};
     const double stepX = niceStep(scale.maximum - scale.minimum, 8);
     for (double value = std::ceil(scale.minimum / stepX) * stepX; value <= scale.maximum; value += stepX) {
         const double shown = std::abs(value) < stepX * 1e-9 ? 0.0 : value;
-        const std::string text = description::numberToText(static_cast<double>(static_cast<float>(shown)));
-        const std::size_t x = scale.x(value);
-        drawVertical(picture, x, bottom, bottom + 6, ink);
-        drawText(picture, text, x - std::min(x, textWidth(text, 2) / 2), bottom + 12, 2, ink);
+        const double x = onPixel(scale.x(value));
+        canvas.drawLine(x, bottom, x, bottom + tick, 1, ink);
+        canvas.drawText(description::numberToText(static_cast<double>(static_cast<float>(shown))), x, bottom + 2 * tick,
+                        numbers, Anchor::Middle, Anchor::Start);
     }
     const double stepY = niceStep(scale.highest, 5);
     for (double count = 0; count <= scale.highest; count += stepY) {
-        const std::string text = description::numberToText(count);
-        const std::size_t y = scale.y(count);
-        drawHorizontal(picture, y, left - 6, left, ink);
-        drawText(picture, text, left - 12 - std::min(left - 12, textWidth(text, 2)), y - 7, 2, ink);
+        const double y = onPixel(scale.y(count));
+        canvas.drawLine(left - tick, y, left, y, 1, ink);
+        canvas.drawText(description::numberToText(count), left - 2 * tick, y, numbers, Anchor::End, Anchor::Middle);
     }
-    drawHorizontal(picture, bottom, left, right, ink);
-    drawVertical(picture, left - 1, top, bottom + 1, ink);
-    drawText(picture, "intensity (grey value)", (left + right - textWidth("intensity (grey value)", 2)) / 2,
-             bottom + 38, 2, ink);
-    drawText(picture, "voxels", 8, top - 24, 2, ink);
+    canvas.drawLine(left, onPixel(bottom), right, onPixel(bottom), 1, ink);
+    canvas.drawLine(onPixel(left - 1), top, onPixel(left - 1), bottom + 1, 1, ink);
+    canvas.drawText("intensity (grey value)", (left + right) / 2, bottom + 38, names, Anchor::Middle, Anchor::Start);
+    canvas.drawText("voxels", left - 2 * tick, top - 26, names, Anchor::End, Anchor::Start);
+}
+
+void drawMark(Canvas& canvas, const Mark& mark, std::size_t place, const Scale& scale) {
+    const auto index = static_cast<double>(place % 2);
+    const auto line = static_cast<double>(place / 2);
+    const std::string text =
+        std::string(mark.name) + ": " +
+        (mark.threshold ? description::numberToText(std::round(*mark.threshold * 1000) / 1000) : "none");
+    canvas.drawText(text, left + index * 360, 14 + line * 24, {.size = 15, .colour = mark.colour, .bold = true},
+                    Anchor::Start, Anchor::Start);
+    if (mark.threshold && *mark.threshold >= scale.minimum && *mark.threshold <= scale.maximum) {
+        // Each line begins a little lower, so that equal thresholds are all seen.
+        const double x = std::min(std::floor(scale.x(*mark.threshold)) + 1, right - 1);
+        canvas.drawLine(x, top - 16 + static_cast<double>(place) * 4, x, bottom, 2, mark.colour);
+    }
 }
 
 }  // namespace
@@ -155,38 +161,30 @@ Picture drawHistogram(const ImageModel& image, const std::function<void()>& poll
                           static_cast<std::size_t>((value - minimum) / (end - minimum) * static_cast<double>(bins)))];
     });
 
-    Picture picture(chartWidth, chartHeight, grey(255));
     const auto highest = static_cast<double>(*std::max_element(counts.begin(), counts.end()));
     const Scale scale{minimum, end, highest};
+    Canvas canvas(Picture(chartWidth, chartHeight, grey(255)));
     for (double count = niceStep(highest, 5); count <= highest; count += niceStep(highest, 5)) {
-        drawHorizontal(picture, scale.y(count), left, right, gridLine);
+        canvas.drawLine(left, onPixel(scale.y(count)), right, onPixel(scale.y(count)), 1, gridLine);
     }
-    for (std::size_t x = left; x < right; ++x) {
-        const std::size_t bin = std::min(bins - 1, (x - left) * bins / (right - left));
-        drawVertical(picture, x, scale.y(static_cast<double>(counts[bin])), bottom, bars);
+    const double widthOfBar = (right - left) / static_cast<double>(bins);
+    for (std::size_t bin = 0; bin < bins; ++bin) {
+        const double from = std::round(left + static_cast<double>(bin) * widthOfBar);
+        const double to = std::round(left + static_cast<double>(bin + 1) * widthOfBar);
+        const double upper = std::round(scale.y(static_cast<double>(counts[bin])));
+        canvas.fillRectangle(from, upper, to - from, bottom - upper, bars);
     }
-    drawAxes(picture, scale);
+    drawAxes(canvas, scale);
 
     Mark marks[] = {{"entropy", {200, 40, 40}, {}},
                     {"factorisation", {30, 130, 60}, {}},
                     {"moments", {150, 60, 170}, {}},
                     {"isodata", {200, 120, 0}, {}}};
     for (std::size_t i = 0; i < std::size(marks); ++i) {
-        Mark& mark = marks[i];
-        mark.threshold = thresholdOf(image, static_cast<int>(i));
-        const std::string text =
-            std::string(mark.name) + ": " +
-            (mark.threshold ? description::numberToText(std::round(*mark.threshold * 1000) / 1000) : "none");
-        drawText(picture, text, 90 + i % 2 * 360, 12 + i / 2 * 24, 2, mark.colour);
-        if (mark.threshold && *mark.threshold >= minimum && *mark.threshold <= end) {
-            const std::size_t x = scale.x(*mark.threshold);
-            // Each line begins a little lower, so that equal thresholds are all seen.
-            for (std::size_t dx = 0; dx < 2 && x + dx < right; ++dx) {
-                drawVertical(picture, x + dx, top - 16 + i * 4, bottom, mark.colour);
-            }
-        }
+        marks[i].threshold = thresholdOf(image, static_cast<int>(i));
+        drawMark(canvas, marks[i], i, scale);
     }
-    return picture;
+    return canvas.toPicture();
 }
 
 }  // namespace rix::rendering

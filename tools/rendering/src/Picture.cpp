@@ -45,6 +45,30 @@ Picture sideBySide(const Picture& left, const Picture& right, std::size_t gap) {
     return both;
 }
 
+Picture onWhite(Picture picture) {
+    const auto mix = [](std::uint8_t channel, std::uint8_t opacity) {
+        return static_cast<std::uint8_t>((channel * opacity + 255 * (255 - opacity) + 127) / 255);
+    };
+    for (std::size_t y = 0; y < picture.height(); ++y) {
+        for (Colour* pixel = picture.row(y); pixel != picture.row(y) + picture.width(); ++pixel) {
+            const std::uint8_t opacity = pixel->opacity;
+            *pixel = {mix(pixel->red, opacity), mix(pixel->green, opacity), mix(pixel->blue, opacity)};
+        }
+    }
+    return picture;
+}
+
+Picture enlarged(const Picture& picture, std::size_t factor) {
+    Picture large(pixelCount(picture.width(), factor), pixelCount(picture.height(), factor));
+    for (std::size_t y = 0; y < large.height(); ++y) {
+        const Colour* const from = picture.row(y / factor);
+        for (std::size_t x = 0; x < large.width(); ++x) {
+            large.row(y)[x] = from[x / factor];
+        }
+    }
+    return large;
+}
+
 io::MemoryImage toImage(const Picture& picture) {
     const std::size_t numOfChannels = !picture.isOpaque() ? 4 : picture.isGrey() ? 1 : 3;
     io::MemoryImage image;

@@ -91,19 +91,25 @@ Picture paintLabels(const LabelSlice& slice) {
     return picture;
 }
 
+/// RGB, or RGB with the opacity as a fourth channel.
 Picture paintRgb(const ImageModel& image, RowPosition at) {
-    constexpr std::array<std::uint8_t Colour::*, 3> members{&Colour::red, &Colour::green, &Colour::blue};
+    constexpr std::array<std::uint8_t Colour::*, 4> members{&Colour::red, &Colour::green, &Colour::blue,
+                                                            &Colour::opacity};
     const VoxelTypes type = image.getVoxelType();
     const Window window = type == RIX_UINT8    ? Window{0, 255}
                           : type == RIX_UINT16 ? Window{0, 65535}
                                                : windowOf(image, at, {0, 1, 2});
     Picture picture(image.getNumOf(COLUMNS), image.getNumOf(ROWS));
     RowReader reader(image);
-    for (at.channel = 0; at.channel < members.size(); ++at.channel) {
+    // Opacity has a range of its own: that of the type, from 0 to 1 where it is real. Other types know none.
+    const bool isReal = type == RIX_FLOAT32 || type == RIX_FLOAT64;
+    const Window opacity = isReal ? Window{0, 1} : window;
+    const bool hasOpacity = image.getNumOf(SPECTRAL_SERIES) == 4 && (isReal || type == RIX_UINT8 || type == RIX_UINT16);
+    for (at.channel = 0; at.channel < (hasOpacity ? 4U : 3U); ++at.channel) {
         for (at.row = 0; at.row < picture.height(); ++at.row) {
             const auto& row = reader.readReals(at);
             for (std::size_t x = 0; x < row.size(); ++x) {
-                picture.row(at.row)[x].*members[at.channel] = toGreyLevel(row[x], window);
+                picture.row(at.row)[x].*members[at.channel] = toGreyLevel(row[x], at.channel == 3 ? opacity : window);
             }
         }
     }
@@ -120,7 +126,8 @@ Picture renderSlice(const ImageModel& image, const SliceChoice& choice) {
     if (image.getInterpretation() == RIX_BINARY) {
         return paintReals(image, at, [](double value) { return value == 0 ? grey(0) : grey(255); });
     }
-    if (image.getColorInterpretation() == RGB && image.getNumOf(SPECTRAL_SERIES) == 3 && !choice.channel) {
+    const std::size_t channels = image.getNumOf(SPECTRAL_SERIES);
+    if (image.getColorInterpretation() == RGB && (channels == 3 || channels == 4) && !choice.channel) {
         return paintRgb(image, at);
     }
     const Window window = windowOf(image, at, {at.channel});

@@ -6,26 +6,6 @@
 
 namespace rix::rendering {
 
-namespace {
-
-/// The image alone, or its outlines on the base.
-Picture renderPlain(const ImageModel& image, const ImageModel* base, const SliceChoice& choice) {
-    if (base == nullptr) {
-        return renderSlice(image, choice);
-    }
-    Picture picture = renderSlice(*base, matchingSlice(image, *base, choice));
-    if (image.getInterpretation() == RIX_BINARY) {
-        // Yellow is rare in photographs, and seen on dark and on light.
-        drawContours(picture, readLabelSlice(image, choice), [](std::uint32_t) { return Colour{255, 220, 0}; });
-    } else {
-        const LabelSlice labels = readLabelSlice(image, choice);
-        drawContours(picture, labels, LabelColours(labels));
-    }
-    return picture;
-}
-
-}  // namespace
-
 void checkView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers) {
     checkSlice(image, choice);
     if (base != nullptr) {
@@ -38,9 +18,24 @@ void checkView(const ImageModel& image, const ImageModel* base, const SliceChoic
 }
 
 Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers) {
-    Picture picture = renderPlain(image, base, choice);
+    Picture picture =
+        base == nullptr ? renderSlice(image, choice) : onWhite(renderSlice(*base, matchingSlice(image, *base, choice)));
+    if (base == nullptr && numbers == LabelNumbers::None) {
+        return picture;
+    }
+    const LabelSlice labels = readLabelSlice(image, choice);
+    checkContours({labels.width, labels.height}, {picture.width(), picture.height()});
     if (numbers == LabelNumbers::Drawn) {
-        drawNumbers(picture, readLabelSlice(image, choice));
+        picture = enlarged(picture, enlargementForNumbers(labels));
+    }
+    if (base != nullptr && image.getInterpretation() == RIX_BINARY) {
+        // Yellow is rare in photographs, and seen on dark and on light.
+        drawContours(picture, labels, [](std::uint32_t) { return Colour{255, 220, 0}; });
+    } else if (base != nullptr) {
+        drawContours(picture, labels, LabelColours(labels));
+    }
+    if (numbers == LabelNumbers::Drawn) {
+        drawNumbers(picture, labels);
     }
     return picture;
 }

@@ -4,18 +4,20 @@
 #include <limits>
 #include <numeric>
 #include <set>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/image/MemoryImage.h>
-
 #include <rix/rendering/Contours.h>
+#include <rix/rendering/HistogramChart.h>
 #include <rix/rendering/LabelColours.h>
 #include <rix/rendering/NotDrawable.h>
 #include <rix/rendering/Numbers.h>
 #include <rix/rendering/Picture.h>
 #include <rix/rendering/Slice.h>
+#include <rix/rendering/View.h>
 #include <rix/rendering/Window.h>
 
 namespace rix::rendering {
@@ -75,45 +77,53 @@ TEST(Window, mapsValuesToGreys) {
     }
 }
 
-TEST(LabelColours, tellNeighboursApart) {
+TEST(LabelColours, areDistinctAndSeenOnEveryGround) {
     EXPECT_EQ(labelColour(0), (Colour{0, 0, 0, 0}));
-    const auto difference = [](const Colour& a, const Colour& b) {
-        return std::abs(a.red - b.red) + std::abs(a.green - b.green) + std::abs(a.blue - b.blue);
-    };
-    for (std::uint32_t label = 1; label < 100000; ++label) {
-        for (std::uint32_t next = label + 1; next <= label + 3; ++next) {
-            ASSERT_GT(difference(labelColour(label), labelColour(next)), 80) << label << " and " << next;
+    int nearest = 1000;
+    for (std::uint32_t label = 1; label <= 256; ++label) {
+        for (std::uint32_t other = 1; other < label; ++other) {
+            nearest = std::min(nearest, colourDistance(labelColour(label), labelColour(other)));
         }
-        const Colour colour = labelColour(label);
-        ASSERT_GT(std::max({colour.red, colour.green, colour.blue}), 200) << label;
+        EXPECT_GT(colourDistance(labelColour(label), grey(0)), 150) << label;
+        EXPECT_GT(colourDistance(labelColour(label), grey(255)), 80) << label;
     }
-    EXPECT_EQ(labelColour(4000000000U), labelColour(4000000000U));
-    EXPECT_GT(difference(labelColour(4294967294U), labelColour(4294967295U)), 80);
+    EXPECT_GE(nearest, 40);
+    EXPECT_EQ(labelColour(257), labelColour(1));
+    EXPECT_EQ(labelColour(4294967295U), labelColour(255));
+}
 
-    // Labels whose own hues are nearly the same, in a grid: side by side, apart, and corner to corner.
-    constexpr std::uint32_t alike = 46368;
+TEST(LabelColours, tellNeighboursApart) {
+    // Labels of one colour, in a grid: side by side, apart, and corner to corner.
     LabelSlice slice{60, 60, std::vector<std::uint32_t>(3600)};
     for (std::size_t i = 0; i < 3600; ++i) {
         const std::size_t x = i % 60;
         const std::size_t y = i / 60;
         const bool background = x > 30 && (x % 6 == 0 || y % 6 == 0);
-        slice.labels[i] = background ? 0 : 1 + alike * static_cast<std::uint32_t>(x / 6 + y / 6 * 10);
+        slice.labels[i] = background ? 0 : 1 + 256 * static_cast<std::uint32_t>(x / 6 + y / 6 * 10);
     }
     const LabelColours colours(slice);
+    std::set<std::tuple<int, int, int>> seen;
     for (std::size_t y = 1; y < 60; y += 6) {
         for (std::size_t x = 1; x < 60; x += 6) {
+            const Colour own = colours(slice.at(x, y));
+            seen.emplace(own.red, own.green, own.blue);
             for (const auto& [dx, dy] : {std::pair(6U, 0U), std::pair(0U, 6U), std::pair(6U, 6U)}) {
-                if (x + dx < 30 && y + dy < 60) {
-                    EXPECT_GT(difference(colours(slice.at(x, y)), colours(slice.at(x + dx, y + dy))), 80);
-                }
-                if (dx * dy == 0 && x + dx < 60 && y + dy < 60) {
-                    EXPECT_GT(difference(colours(slice.at(x, y)), colours(slice.at(x + dx, y + dy))), 80);
+                if ((dx * dy == 0 || x + dx < 30) && x + dx < 60 && y + dy < 60) {
+                    EXPECT_GE(colourDistance(own, colours(slice.at(x + dx, y + dy))), 120) << x << ' ' << y;
                 }
             }
         }
     }
+    EXPECT_EQ(seen.size(), 100U) << "no two of up to 256 labels are alike, neighbours or not";
     EXPECT_EQ(colours(0), labelColour(0));
     EXPECT_EQ(LabelColours({1, 2, {7, 0}})(7), labelColour(7)) << "without a neighbour";
+    // More labels than colours, all of them neighbours of some.
+    LabelSlice many{1000, 1, std::vector<std::uint32_t>(1000)};
+    std::iota(many.labels.begin(), many.labels.end(), 1U);
+    const LabelColours ofMany(many);
+    for (std::uint32_t label = 1; label < 1000; ++label) {
+        EXPECT_GE(colourDistance(ofMany(label), ofMany(label + 1)), 120) << label;
+    }
 }
 
 TEST(Slice, showsEveryKindOfImage) {
@@ -130,8 +140,9 @@ TEST(Slice, showsEveryKindOfImage) {
 
     auto labels = makeImage<std::uint32_t>(row, {0, 1, 4000000000U});
     ASSERT_TRUE(labels.setInterpretation(RIX_LABEL));
-    EXPECT_EQ(pixelsOf(renderSlice(labels, {})),
-              (std::vector<Colour>{labelColour(0), labelColour(1), labelColour(4000000000U)}));
+    EXPECT_EQ(pixelsOf(renderSlice(labels, {}))[0], labelColour(0));
+    EXPECT_EQ(pixelsOf(renderSlice(labels, {}))[1], labelColour(1));
+    EXPECT_GE(colourDistance(pixelsOf(renderSlice(labels, {}))[2], labelColour(1)), 120);
 
     const Extents coloured{2, 1, 1, 1, 3};
     auto bytes = makeImage<std::uint8_t>(coloured, {1, 2, 30, 40, 100, 200});
@@ -143,6 +154,12 @@ TEST(Slice, showsEveryKindOfImage) {
     auto words = makeImage<std::uint16_t>(coloured, {0, 257, 514, 65535, 32768, 25700});
     ASSERT_TRUE(words.setColorInterpretation(RGB));
     EXPECT_EQ(pixelsOf(renderSlice(words, {})), (std::vector<Colour>{{0, 2, 128}, {1, 255, 100}}));
+    auto opacity = makeImage<std::uint8_t>({2, 1, 1, 1, 4}, {1, 2, 30, 40, 100, 200, 255, 77});
+    ASSERT_TRUE(opacity.setColorInterpretation(RGB));
+    EXPECT_EQ(pixelsOf(renderSlice(opacity, {})), (std::vector<Colour>{{1, 30, 100, 255}, {2, 40, 200, 77}}));
+    auto real = makeImage<float>({2, 1, 1, 1, 4}, {0, 10, 0, 10, 0, 10, 1, 0});
+    ASSERT_TRUE(real.setColorInterpretation(RGB));
+    EXPECT_EQ(pixelsOf(renderSlice(real, {})), (std::vector<Colour>{{0, 0, 0, 255}, {255, 255, 255, 0}}));
 }
 
 TEST(Slice, choosesPlaneFrameAndChannel) {
@@ -228,36 +245,111 @@ TEST(Picture, standsSideBySideAndBecomesAnImage) {
     EXPECT_EQ(transparent.getImageBuffer()[3], 77);
 }
 
-TEST(Numbers, StandOnTheirObjectsAndStayInThePicture) {
-    // Two objects: the left half of a strip, and a pixel in the corner, whose number is moved inside.
-    LabelSlice labels{40, 20, std::vector<std::uint32_t>(800, 0)};
-    for (std::size_t i = 0; i < 800; ++i) {
-        labels.labels[i] = i % 40 < 20 ? 1 : i == 799 ? 7 : 0;
+TEST(Contours, areFineLinesOnAnEnlargedPicture) {
+    const LabelSlice labels{3, 1, {1, 1, 2}};
+    Picture picture(18, 6, grey(9));
+    drawContours(picture, labels, labelColour);
+    for (std::size_t x = 0; x < 18; ++x) {
+        const Colour wanted = x == 10 || x == 11 ? labelColour(1) : x == 12 || x == 13 ? labelColour(2) : grey(9);
+        EXPECT_EQ(picture.row(3)[x], wanted) << x;
     }
-    Picture picture(40, 20, grey(100));
-    drawNumbers(picture, labels);
-    const auto white = [&](std::size_t left, std::size_t right) {
-        std::size_t count = 0;
-        double x = 0.0;
-        double y = 0.0;
-        for (std::size_t row = 0; row < 20; ++row) {
-            for (std::size_t column = left; column < right; ++column) {
-                if (picture.row(row)[column] == grey(255)) {
-                    ++count;
-                    x += static_cast<double>(column);
-                    y += static_cast<double>(row);
-                }
+    Picture odd(17, 6);
+    EXPECT_THROW(drawContours(odd, labels, labelColour), NotDrawable);
+}
+
+/// Number and middle of the nearly white pixels of a part of a picture.
+struct Ink {
+    double count = 0.0;
+    double x = 0.0;
+    double y = 0.0;
+};
+
+Ink inkOf(const Picture& picture, std::size_t left, std::size_t right) {
+    Ink ink;
+    for (std::size_t y = 0; y < picture.height(); ++y) {
+        for (std::size_t x = left; x < right; ++x) {
+            if (const Colour& pixel = picture.row(y)[x]; std::min({pixel.red, pixel.green, pixel.blue}) > 200) {
+                ink.count += 1.0;
+                ink.x += static_cast<double>(x);
+                ink.y += static_cast<double>(y);
             }
         }
-        const auto n = static_cast<double>(count);
-        return std::array<double, 3>{n, x / n, y / n};
-    };
-    EXPECT_GT(white(0, 20)[0], 8);  // a "1" has at least a stroke
-    EXPECT_NEAR(white(0, 20)[1], 9.5, 1.5);
-    EXPECT_NEAR(white(0, 20)[2], 9.5, 1.5);
-    EXPECT_GT(white(20, 40)[0], 8);
-    EXPECT_GT(white(20, 40)[1], 30);
-    EXPECT_GT(white(20, 40)[2], 10);
+    }
+    return {ink.count, ink.x / ink.count, ink.y / ink.count};
+}
+
+TEST(Numbers, standOnTheirObjectsAndStayInThePicture) {
+    // The left half, and a pixel in the corner, whose number is moved inside.
+    LabelSlice labels{80, 40, std::vector<std::uint32_t>(3200, 0)};
+    for (std::size_t i = 0; i < labels.labels.size(); ++i) {
+        labels.labels[i] = i % 80 < 40 ? 1 : i == 3199 ? 7 : 0;
+    }
+    Picture picture(80, 40, grey(100));
+    drawNumbers(picture, labels);
+    const Ink one = inkOf(picture, 0, 40);
+    EXPECT_GT(one.count, 8);  // a "1" has at least a stroke
+    EXPECT_NEAR(one.x, 19.5, 2);
+    EXPECT_NEAR(one.y, 19.5, 2);
+    const Ink seven = inkOf(picture, 40, 80);
+    EXPECT_GT(seven.count, 8);
+    EXPECT_GT(seven.x, 65);
+    EXPECT_GT(seven.y, 25);
+    EXPECT_EQ(picture.row(0)[0], grey(100)) << "the ground stays as it was";
+
+    // A ring: its centre is not on it.
+    LabelSlice ring{90, 90, std::vector<std::uint32_t>(8100, 0)};
+    for (std::size_t i = 0; i < ring.labels.size(); ++i) {
+        ring.labels[i] = std::min(i % 90, i / 90) < 20 || std::max(i % 90, i / 90) >= 70 ? 3 : 0;
+    }
+    Picture ringPicture(90, 90);
+    drawNumbers(ringPicture, ring);
+    const Ink three = inkOf(ringPicture, 0, 90);
+    EXPECT_GT(std::max(std::abs(three.x - 44.5), std::abs(three.y - 44.5)), 20);
+}
+
+TEST(View, enlargesSmallPicturesUntilNumbersFit) {
+    std::vector<std::uint8_t> samples(64, 1);
+    samples[63] = 0;
+    auto labels = makeImage<std::uint8_t>({8, 8}, samples);
+    ASSERT_TRUE(labels.setInterpretation(RIX_LABEL));
+    EXPECT_EQ(renderView(labels, nullptr, {}, LabelNumbers::None).width(), 8U);
+    const Picture small = renderView(labels, nullptr, {}, LabelNumbers::Drawn);
+    EXPECT_GT(small.width(), 8U);
+    EXPECT_EQ(small.width() % 8, 0U);
+    EXPECT_EQ(small.width(), small.height());
+    EXPECT_EQ(small.row(0)[0], labelColour(1));
+    EXPECT_EQ(small.row(small.height() - 1)[small.width() - 1], labelColour(0));
+    // Large objects are left as they are, and no picture grows without end.
+    EXPECT_EQ(enlargementForNumbers({40, 40, std::vector<std::uint32_t>(1600, 5)}), 1U);
+    LabelSlice dots{1000, 1, std::vector<std::uint32_t>(1000, 0)};
+    dots.labels[500] = 123456789;
+    EXPECT_EQ(enlargementForNumbers(dots), 2U);
+    EXPECT_EQ(enlargementForNumbers({4, 4, std::vector<std::uint32_t>(16, 0)}), 1U);
+}
+
+TEST(HistogramChart, showsBarsWhereValuesAreAndMarksOfTheThresholds) {
+    std::vector<std::uint8_t> samples(1000, 10);
+    std::fill(samples.begin() + 400, samples.end(), 200);
+    int rows = 0;
+    const Picture chart = drawHistogram(makeImage<std::uint8_t>({10, 100}, samples), [&rows] { ++rows; });
+    EXPECT_EQ(chart.width(), 800U);
+    EXPECT_EQ(chart.height(), 500U);
+    EXPECT_GT(rows, 0);
+    // From left to right: a bar of two thirds, nothing, a full bar; a threshold between them.
+    const Colour bar = chart.row(430)[91];
+    EXPECT_NE(bar, grey(255));
+    EXPECT_EQ(chart.row(430)[778], bar);
+    EXPECT_EQ(chart.row(100)[778], bar);
+    EXPECT_NE(chart.row(180)[91], bar);
+    EXPECT_EQ(chart.row(250)[91], bar);
+    std::set<std::tuple<int, int, int>> colours;
+    for (std::size_t x = 100; x < 770; ++x) {
+        const Colour pixel = chart.row(300)[x];
+        colours.emplace(pixel.red, pixel.green, pixel.blue);
+    }
+    EXPECT_GT(colours.size(), 1U) << "a mark";
+    EXPECT_THROW(drawHistogram(makeImage<std::complex<float>>({1}, {{1, 2}}), [] {}), NotDrawable);
+    EXPECT_THROW(drawHistogram(makeImage<float>({1}, {float(nan)}), [] {}), NotDrawable);
 }
 
 }  // namespace

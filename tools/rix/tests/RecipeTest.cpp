@@ -143,7 +143,8 @@ TEST_F(RecipeTest, WritesWhatAnImageWasAtTheStep) {
     // The input whose place an output has taken is recorded as it was read.
     EXPECT_NE(contentOf("in.png"), photograph);
     EXPECT_EQ(readJson("again-record.json")["inputs"][0]["bytes"], photograph.size());
-    EXPECT_NE(readJson("again-record.json")["inputs"][0]["sha256"], readJson("again-record.json")["outputs"][2]["sha256"]);
+    EXPECT_NE(readJson("again-record.json")["inputs"][0]["sha256"],
+              readJson("again-record.json")["outputs"][2]["sha256"]);
 }
 
 TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {

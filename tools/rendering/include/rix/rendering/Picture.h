@@ -46,6 +46,12 @@ private:
 /// Two pictures on white, the tops level, `gap` columns between them.
 Picture sideBySide(const Picture& left, const Picture& right, std::size_t gap);
 
+/// The picture laid on white: nothing shines through.
+Picture onWhite(Picture picture);
+
+/// The picture with every pixel a square of `factor` pixels a side.
+Picture enlarged(const Picture& picture, std::size_t factor);
+
 /// The picture as an image that a picture file can hold: one channel when it is grey and opaque, else RGB on the
 /// spectral axis, with the opacity as a fourth channel where it is needed.
 io::MemoryImage toImage(const Picture& picture);

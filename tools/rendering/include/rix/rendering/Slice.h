@@ -33,9 +33,10 @@ void checkSlice(const ImageModel& image, const SliceChoice& choice);
 /// @throws NotDrawable when the samples are no integers.
 void checkLabels(const ImageModel& image);
 
-/// Draws a slice. RGB of 8 bits is shown as it is, of 16 bits by its upper half; RGB of other types and everything
-/// else that measures something as grey or colour in an automatic window over the slice; binary images in black and
-/// white; labels in `LabelColours`, on nothing. Complex samples are shown by their magnitude.
+/// Draws a slice. RGB of 8 bits is shown as it is, of 16 bits by its upper half, both with their opacity where they
+/// have one as a fourth channel; RGB of other types and everything else that measures something as grey or colour in an
+/// automatic window over the slice; binary images in black and white; labels in `LabelColours`, on nothing. Complex
+/// samples are shown by their magnitude.
 /// @throws NotDrawable when the choice is not inside the image, or an element has several samples.
 Picture renderSlice(const ImageModel& image, const SliceChoice& choice);
 
