@@ -12,6 +12,8 @@ pkg_check_modules(LIBELF REQUIRED IMPORTED_TARGET libelf)
 find_package(TIFF REQUIRED)
 find_package(PNG REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo)
 
 # Vector math. The interface is the same without oneMKL: Eigen's arrays then serve it.
 add_library(rix_vector_math INTERFACE)

@@ -39,7 +39,9 @@ class Description(Dict[str, Any]):
 def _details(item: Dict[str, Any]) -> List[str]:
     """The description of a property, and what its values are held to."""
     lines = [item["description"]] if item["description"] else []
-    if item["role"] == "value" and item["direction"] == "in" and not item["required"]:
+    if item["required"]:
+        lines.append("required")
+    elif item["role"] == "value" and item["direction"] == "in":
         default = item["default"]
         lines.append("default: " + (default.name if item["enumeration"] is not None else repr(default)))
     if item["enumeration"] is not None:

@@ -7,6 +7,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _rix
+from ._errors import RunError
 from ._image import ColorInterpretation, Image
 
 Path = Union[str, "os.PathLike[str]"]
@@ -52,9 +53,14 @@ def overlay(image: Any, labels: Any, *, axes: Optional[str] = None, plane: Optio
     """Draws the outlines of labels, or of the objects of a binary image, over a picture.
 
     Grey images are shown in an automatic window, RGB as it is. Of a volume, one plane is drawn: `plane`, or the middle
-    one; of a sequence, `frame` or the first. With `numbers` each label is written on its object.
+    one; of a sequence, `frame` or the first. With `numbers` each label is written on its object; a picture in which they
+    would not fit is enlarged a whole number of times.
 
-    Returns an array of (rows, columns, 3) of uint8, as picture libraries want it.
+    Returns an array of (rows, columns, 3) of uint8, as picture libraries want it. Needs the library cairo.
     """
-    picture: npt.NDArray[np.uint8] = _rix.overlay(image, labels, axes or "", plane, frame, numbers)
+    try:
+        from . import _rendering
+    except ImportError as error:
+        raise RunError(f"overlay() needs the drawing library cairo, which can't be loaded ({error})") from None
+    picture: npt.NDArray[np.uint8] = _rendering.overlay(image, labels, axes or "", plane, frame, numbers)
     return picture

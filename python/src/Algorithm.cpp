@@ -73,7 +73,7 @@ struct Algorithm::OpenImages {
 
 Algorithm::Algorithm(const std::string& name)
     : m_facts(factsOf(name)),
-      m_algorithm(cli::createAlgorithm(*m_facts.info)),
+      m_algorithm(description::createAlgorithm(*m_facts.info)),
       m_given(m_facts.properties.size()),
       m_results(m_facts.properties.size()),
       m_made(m_facts.properties.size()),

@@ -7,12 +7,12 @@
 
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/description/Algorithms.h>
+#include <rix/description/Suggestions.h>
 #include <rix/properties/Property.h>
 #include <rix/properties/PropertyMultipleChoices.h>
 
-#include "Algorithms.h"
 #include "Errors.h"
-#include "Suggestions.h"
 
 namespace py = pybind11;
 
@@ -25,10 +25,10 @@ bool isCombined(const BaseProperty& property) {
 
 std::string describeLabels(const EnumInfo& enumeration, const std::string& given) {
     std::string text;
-    for (const auto& label : cli::labelsOf(enumeration)) {
+    for (const auto& label : description::labelsOf(enumeration)) {
         text += (text.empty() ? "" : ", ") + label;
     }
-    const auto similar = cli::suggest(given, cli::labelsOf(enumeration));
+    const auto similar = description::suggest(given, description::labelsOf(enumeration));
     return "'" + given + "' is none of " + text + (similar.empty() ? "" : "; did you mean " + similar.front() + "?");
 }
 
@@ -49,11 +49,11 @@ bool isYesOrNo(const EnumInfo& enumeration) {
 py::object enumerationClass(const BaseProperty& property) {
     // By address: enumerations live as long as the process. Under the interpreter's lock.
     static auto* const classes = new std::map<std::pair<const EnumInfo*, bool>, py::object>();
-    const EnumInfo& enumeration = *cli::enumerationOf(property);
+    const EnumInfo& enumeration = *description::enumerationOf(property);
     py::object& known = (*classes)[{&enumeration, isCombined(property)}];
     if (!known) {
         py::dict members;
-        for (const auto& label : cli::labelsOf(enumeration)) {
+        for (const auto& label : description::labelsOf(enumeration)) {
             members[py::str(label)] = enumeration.getValueFromLabel(label);
         }
         const py::object made = py::module_::import("enum").attr(isCombined(property) ? "IntFlag" : "IntEnum")(
@@ -69,14 +69,14 @@ py::object enumerationClass(const BaseProperty& property) {
 
 py::object getChoice(const BaseProperty& property) {
     const int value = static_cast<const Property<int>&>(property).get();
-    if (!isValue(*cli::enumerationOf(property), value, isCombined(property))) {
+    if (!isValue(*description::enumerationOf(property), value, isCombined(property))) {
         return py::int_(value);
     }
     return enumerationClass(property)(value);
 }
 
 void setChoice(BaseProperty& property, py::handle value) {
-    const EnumInfo& enumeration = *cli::enumerationOf(property);
+    const EnumInfo& enumeration = *description::enumerationOf(property);
     if (PyUnicode_Check(value.ptr())) {
         const auto text = value.cast<std::string>();
         std::string normalised;

@@ -5,18 +5,17 @@
 #include <map>
 #include <memory>
 
-#include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
 
 namespace rix::python {
 namespace {
 
 PropertyRole roleOf(const BaseProperty& property, const ValueKind* kind) {
-    switch (cli::imageRoleOf(property)) {
-        case cli::ImageRole::Input: return PropertyRole::InputImage;
-        case cli::ImageRole::Output: return PropertyRole::OutputImage;
-        case cli::ImageRole::InPlace: return PropertyRole::InPlaceImage;
-        case cli::ImageRole::None: break;
+    switch (description::imageRoleOf(property)) {
+        case description::ImageRole::Input: return PropertyRole::InputImage;
+        case description::ImageRole::Output: return PropertyRole::OutputImage;
+        case description::ImageRole::InPlace: return PropertyRole::InPlaceImage;
+        case description::ImageRole::None: break;
     }
     if (dynamic_cast<const MeasurementSlot*>(&property) != nullptr) {
         return PropertyRole::ResultObject;
@@ -24,25 +23,15 @@ PropertyRole roleOf(const BaseProperty& property, const ValueKind* kind) {
     return kind != nullptr ? PropertyRole::Value : PropertyRole::Unsupported;
 }
 
-/// True when the rules of a new object's property that look at no other property refuse its value.
-bool isRefused(BaseProperty& property) {
-    try {
-        property.applyRules(false);
-        return false;
-    } catch (const Exception&) {
-        return true;
-    }
-}
-
 ClassFacts makeFacts(AlgoInfo& info) {
     ClassFacts facts{&info, info.getName(), toSnakeCase(info.getName()), {}};
-    const auto algorithm = cli::createAlgorithm(info);
+    const auto algorithm = description::createAlgorithm(info);
     const auto add = [&](std::size_t index, BaseProperty* property, bool isOutput) {
         if (property == nullptr || property->getVisibility() != PROPERTY_PUBLIC) {
             return;
         }
         const ValueKind* const kind = findValueKind(*property);
-        const bool required = !isOutput && isRefused(*property);
+        const bool required = !isOutput && description::isRequired(*property);
         facts.properties.push_back({property->getName(), toSnakeCase(property->getName()), index, isOutput,
                                     roleOf(*property, kind), required, kind});
     };
@@ -85,7 +74,7 @@ const ClassFacts& factsOf(const std::string& name) {
     if (found != known->end()) {
         return *found->second;
     }
-    auto facts = std::make_unique<const ClassFacts>(makeFacts(cli::findClass(name)));
+    auto facts = std::make_unique<const ClassFacts>(makeFacts(description::findClass(name)));
     return *known->emplace(name, std::move(facts)).first->second;
 }
 

@@ -9,8 +9,8 @@
 
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/description/Algorithms.h>
 
-#include "Algorithms.h"
 #include "Values.h"
 
 namespace rix::python {
@@ -57,7 +57,7 @@ struct ClassFacts {
 /// "BoxFilter2d" becomes "box_filter_2d", "inputImage" "input_image".
 std::string toSnakeCase(const std::string& name);
 
-/// The facts of a class by its name, made at the first call. @throws Failure, with similar names, when there is none
+/// The facts of a class by its name, made at the first call. @throws WrongInput, with similar names, when there is none
 const ClassFacts& factsOf(const std::string& name);
 
 }  // namespace rix::python

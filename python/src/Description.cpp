@@ -4,6 +4,8 @@
 
 #include <pybind11/stl.h>
 
+#include <rix/description/Facts.h>
+
 #include "Choices.h"
 #include "ClassFacts.h"
 
@@ -24,19 +26,22 @@ const char* roleName(PropertyRole role) {
     return "unsupported";
 }
 
-py::dict describeProperty(const BaseProperty& property, const PropertyFacts& facts) {
+py::dict describeProperty(BaseProperty& property, const PropertyFacts& facts) {
+    const description::PropertyFacts words = description::describeProperty(property);
     py::dict result;
     result["name"] = facts.pythonName;
     result["registry_name"] = facts.name;
-    result["direction"] = cli::directionOf(property);
+    result["direction"] = words.direction;
     result["role"] = roleName(facts.role);
-    result["type"] = property.getImpl()->describeType();
-    result["description"] = property.getDescription();
-    result["rules"] = property.getImpl()->describeRules();
+    result["type"] = words.type;
+    result["description"] = words.description;
+    result["rules"] = words.rules;
     result["required"] = facts.required;
     result["annotation"] = facts.kind != nullptr ? facts.kind->annotation : std::string();
-    result["default"] = facts.kind != nullptr && !facts.isOutput ? facts.kind->get(property) : py::none();
-    result["enumeration"] = cli::enumerationOf(property) != nullptr ? enumerationClass(property) : py::none();
+    // What the rules refuse is no default.
+    const bool hasDefault = facts.kind != nullptr && !facts.isOutput && !facts.required;
+    result["default"] = hasDefault ? facts.kind->get(property) : py::none();
+    result["enumeration"] = words.labels.empty() ? py::none() : enumerationClass(property);
     return result;
 }
 
@@ -44,19 +49,20 @@ py::dict describeProperty(const BaseProperty& property, const PropertyFacts& fac
 
 py::dict describeClass(const std::string& name) {
     const ClassFacts& facts = factsOf(name);
-    const auto algorithm = cli::createAlgorithm(*facts.info);
-    const AlgorithmDescription description = algorithm->describe();
+    const auto algorithm = description::createAlgorithm(*facts.info);
+    const description::AlgorithmFacts words = description::describeAlgorithm(*algorithm);
     py::dict result;
     result["name"] = facts.name;
     result["function"] = facts.functionName;
-    result["area"] = cli::areaOf(*algorithm);
-    result["library"] = facts.info->getLibName();
-    result["summary"] = description.summary;
-    result["kind"] = algorithmKindToString(description.kind);
-    result["in_place"] = description.inPlace;
-    result["border_influence"] = py::make_tuple(description.borderInfluence.lower, description.borderInfluence.upper);
-    result["levels"] = cli::supportedLevels(*algorithm);
-    result["deprecated_since"] = facts.info->getDeprecationVersion();
+    result["area"] = words.area;
+    result["library"] = words.library;
+    result["summary"] = words.description.summary;
+    result["kind"] = algorithmKindToString(words.description.kind);
+    result["in_place"] = words.description.inPlace;
+    const BorderInfluence& influence = words.description.borderInfluence;
+    result["border_influence"] = py::make_tuple(influence.lower, influence.upper);
+    result["levels"] = words.levels;
+    result["deprecated_since"] = words.deprecatedSince;
     py::list properties;
     for (const PropertyFacts& property : facts.properties) {
         properties.append(describeProperty(property.of(*algorithm), property));
@@ -67,12 +73,12 @@ py::dict describeClass(const std::string& name) {
 
 py::list listClasses() {
     py::list classes;
-    for (const AlgoInfo* info : cli::listedClasses()) {
-        const auto algorithm = cli::createAlgorithm(*info);
+    for (const AlgoInfo* info : description::listedClasses()) {
+        const auto algorithm = description::createAlgorithm(*info);
         py::dict entry;
         entry["name"] = info->getName();
         entry["function"] = toSnakeCase(info->getName());
-        entry["area"] = cli::areaOf(*algorithm);
+        entry["area"] = description::areaOf(*algorithm);
         entry["summary"] = algorithm->describe().summary;
         classes.append(entry);
     }

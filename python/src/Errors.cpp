@@ -5,9 +5,8 @@
 
 #include <pybind11/numpy.h>
 
+#include <rix/description/WrongInput.h>
 #include <rix/exceptions/Exception.h>
-
-#include "Failure.h"
 
 namespace py = pybind11;
 
@@ -60,8 +59,8 @@ void translate(std::exception_ptr error) {
             levels.insert(levels.begin(), level.message);
         }
         raise(errorNameOf(exception), exception.getInfo(), levels);
-    } catch (const cli::Failure& failure) {
-        raise("RuleError", failure.what(), failure.levels());
+    } catch (const description::WrongInput& wrong) {
+        raise("RuleError", wrong.what(), {wrong.what()});
     } catch (const RefusedError& refused) {
         raise("RuleError", refused.what(), {refused.what()});
     } catch (const WrongTypeError& wrong) {

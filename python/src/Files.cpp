@@ -12,7 +12,6 @@
 #include "Arrays.h"
 #include "Axes.h"
 #include "Errors.h"
-#include "render/View.h"
 
 namespace py = pybind11;
 
@@ -63,38 +62,6 @@ void writeFile(const std::string& path, py::handle image, const std::string& axe
     options.compression = compressionOf(compression);
     const py::gil_scoped_release unlocked;
     io::writeImage(path, *given.image, options);
-}
-
-py::array overlay(py::handle base, py::handle labels, const std::string& axes, std::optional<std::size_t> plane,
-                  std::optional<std::size_t> frame, bool numbers) {
-    const GivenImage under = openInput(base, axes);
-    // Labels have the axes of the picture without its channels.
-    std::string labelAxes = axes;
-    labelAxes.erase(std::remove(labelAxes.begin(), labelAxes.end(), 'c'), labelAxes.end());
-    const GivenImage over = openInput(labels, labelAxes);
-    if (over.image->getInterpretation() == RIX_VALUE && !over.image->setInterpretation(RIX_LABEL)) {
-        throw MisuseError("the labels can't be marked as labels");
-    }
-    std::unique_ptr<cli::Picture> picture;
-    {
-        const py::gil_scoped_release unlocked;
-        picture = std::make_unique<cli::Picture>(
-            cli::renderView(*over.image, under.image.get(), {plane, frame, std::nullopt},
-                            numbers ? cli::LabelNumbers::Drawn : cli::LabelNumbers::None));
-    }
-    const auto rows = static_cast<py::ssize_t>(picture->height());
-    const auto columns = static_cast<py::ssize_t>(picture->width());
-    py::array_t<std::uint8_t> samples({rows, columns, py::ssize_t{3}});
-    std::uint8_t* sample = samples.mutable_data();
-    for (std::size_t y = 0; y < picture->height(); ++y) {
-        for (const cli::Colour* pixel = picture->row(y); pixel != picture->row(y) + picture->width(); ++pixel) {
-            // On a base nothing shines through.
-            *sample++ = pixel->red;
-            *sample++ = pixel->green;
-            *sample++ = pixel->blue;
-        }
-    }
-    return samples;
 }
 
 }  // namespace rix::python

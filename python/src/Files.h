@@ -1,9 +1,8 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
-#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
 
 namespace rix::python {
 
@@ -14,10 +13,5 @@ pybind11::object readFile(const std::string& path);
 /// @throws WritingError as `io::writeImage`, RefusedError for an unknown compression
 void writeFile(const std::string& path, pybind11::handle image, const std::string& axes,
                const std::string& compression);
-
-/// The outlines of labels on a picture of `base`, on wish with the label on each object: an array of (rows, columns, 3)
-/// of uint8.
-pybind11::array overlay(pybind11::handle base, pybind11::handle labels, const std::string& axes,
-                        std::optional<std::size_t> plane, std::optional<std::size_t> frame, bool numbers);
 
 }  // namespace rix::python

@@ -48,7 +48,6 @@ PYBIND11_MODULE(_rix, module) {
     module.def("axes_of_array", &rix::python::axesOfArray);
     module.def("read_image", &rix::python::readFile);
     module.def("write_image", &rix::python::writeFile);
-    module.def("overlay", &rix::python::overlay);
     // Where a run reads the first sample of an input: shows whether it is copied.
     module.def("input_address", [](py::handle image, const std::string& axes) {
         return reinterpret_cast<std::uintptr_t>(rix::python::openInput(image, axes).array.data());

@@ -9,9 +9,9 @@
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
 
+#include <rix/description/Algorithms.h>
 #include <rix/properties/RarePropertyInstances.h>
 
-#include "Algorithms.h"
 #include "Choices.h"
 #include "Errors.h"
 
@@ -280,8 +280,9 @@ void addKinds(std::vector<ValueKind>& kinds) {
 
 std::vector<ValueKind> makeKinds() {
     // Choices first: they are integers, too.
-    std::vector<ValueKind> kinds{{[](const BaseProperty& property) { return cli::enumerationOf(property) != nullptr; },
-                                  &getChoice, &setChoice, "int"}};
+    std::vector<ValueKind> kinds{
+        {[](const BaseProperty& property) { return description::enumerationOf(property) != nullptr; }, &getChoice,
+         &setChoice, "int"}};
     addKinds<bool, int, unsigned int, long, unsigned long, double, String, FilePath, Scalar, ScalarArray,
              math::Vector2<int>, math::Vector3<int>, math::Vector4<int>, math::Vector2<unsigned int>,
              math::Vector3<unsigned int>, math::Vector4<unsigned int>, math::Vector2<double>, math::Vector3<double>,

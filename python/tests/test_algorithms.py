@@ -31,6 +31,9 @@ def test_class_and_function_agree(name):
         assert inspect.getdoc(getattr(made, item["name"]))
         if item["direction"] != "out":
             assert (parameters[item["name"]].default is inspect.Parameter.empty) == item["required"]
+            # What the rules refuse is told as required, not as a default.
+            assert ("\nrequired" in inspect.getdoc(getattr(made, item["name"]))) == item["required"]
+            assert not item["required"] or inspect.signature(made).parameters[item["name"]].default is None
     inputs = example_inputs(name)
     expected = function(**inputs)
     algorithm = made(**inputs)

@@ -243,3 +243,20 @@ def test_overlay(tmp_path):
     np.testing.assert_array_equal(back.array.transpose(1, 2, 0), picture)
     with pytest.raises(rix.RuleError, match="50"):
         rix.overlay(grey, labels[:5])
+    # Numbers have room in an object of 20 x 10 pixels, and get it where there is less.
+    assert rix.overlay(grey, labels, numbers=True).shape == picture.shape
+    rows, columns, _ = rix.overlay(grey[:8, :8], np.ones((8, 8), np.uint8), numbers=True).shape
+    assert rows == columns > 8 and rows % 8 == 0
+
+
+def test_only_drawing_needs_the_drawing_library():
+    code = """
+import numpy as np, rix
+def loaded(): return "libcairo" in open("/proc/self/maps").read()
+image = np.ones((9, 9), np.uint8)
+rix.box_filter_2d(image, 3, 3)
+assert not loaded()
+rix.overlay(image, image)
+assert loaded()
+"""
+    run_script(code)

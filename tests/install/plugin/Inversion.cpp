@@ -11,12 +11,9 @@
 #include <hwy/highway.h>
 
 #include <rix/access/PointFilters.h>
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/algorithms/LevelRunner.h>
+#include <rix/algorithms/Declaration.h>
+#include <rix/algorithms/Definition.h>
 #include <rix/algorithms/Plugin.h>
-#include <rix/rules/ImageEnforcements.h>
-#include <rix/rules/OverlapRules.h>
-#include <rix/rules/ValueRules.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace stranger::HWY_NAMESPACE {
@@ -32,59 +29,42 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace stranger {
-namespace {
 
 using namespace rix;
 
 class Inversion : public BaseAlgorithm {
-public:
-    struct State : algorithms::AbstractPrivateImplementation {
-        Property<const ImageModel*> inputImage;
-        Property<ImageModel*> outputImage;
-    };
+    RIX_ALGORITHM(Inversion)
 
-    static AlgoInfo& getInfo() {
-        static AlgoInfo info(
-            "Inversion", "stranger",
-            [](algorithms::AbstractPrivateImplementation* given) -> std::unique_ptr<BaseAlgorithm> {
-                return std::make_unique<Inversion>(given);
-            },
-            AlgoVisibilityType::PUBLIC_ALGORITHM, "");
-        static const bool filled = [] {
-            algorithms::addLevelRunners<Inversion, &Inversion::process, &algorithms::acceptsAll<Inversion>>(info);
-            return true;
-        }();
-        static_cast<void>(filled);
-        return info;
-    }
+    RIX_INPUT(const ImageModel*, InputImage, inputImage)
+    RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
+};
 
-    explicit Inversion(algorithms::AbstractPrivateImplementation* given)
-        : BaseAlgorithm(algorithms::orMake<State>(given)) {
-        auto& state = static_cast<State&>(*implementation());
-        addInput(state.inputImage, "inputImage", "The image that is inverted.");
-        addRules(state.inputImage, AddRuleAssertNotNull(), AddRuleAssertType({RIX_UINT8}),
-                 AddRuleAssertImageNotEmpty());
-        addOutput(state.outputImage, "outputImage", "255 less each voxel.");
-        addRules(state.outputImage, AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(state.inputImage),
-                 AddRuleEnforceSameSizeCalibrationAndType(state.inputImage));
-    }
-    AlgoInfo& getClassInfo() const override { return getInfo(); }
-    AlgorithmDescription describe() const override {
-        AlgorithmDescription description;
-        description.summary = "Inverts an image of bytes.";
-        description.kind = AlgorithmKind::Point;
-        return description;
-    }
+namespace {
 
-private:
-    static void process(Inversion& algorithm, OptimLevelType level) {
-        access::transformRows<std::uint8_t, std::uint8_t>(
-            algorithm.executionContext(), *algorithm.input<const ImageModel*>(0), *algorithm.output<ImageModel*>(0),
-            0.1, RIX_SELECT_KERNELS(level, invertRow));
-    }
+void declare(Inversion& inversion, algorithms::Properties& properties) {
+    properties.input(inversion.inputImage, "The image that is inverted.", AddRulesForImageOf({RIX_UINT8}));
+    properties.output(inversion.outputImage, "255 less each voxel.", AddRuleAssertNotNull(),
+                      AddRuleInPlaceOrDisjoint(inversion.inputImage), AddRuleEnforceLike(inversion.inputImage));
+}
+
+void process(Inversion& inversion, OptimLevelType level) {
+    access::transformRows<std::uint8_t, std::uint8_t>(inversion.executionContext(), *inversion.getInputImage(),
+                                                      *inversion.getOutputImage(), 0.1,
+                                                      RIX_SELECT_KERNELS(level, invertRow));
+}
+
+constexpr algorithms::Definition<Inversion> definition{
+    .summary = "Inverts an image of bytes.",
+    .kind = AlgorithmKind::Point,
+    .declare = &declare,
+    .process = &process,
+    .library = "stranger",
 };
 
 }  // namespace
+
+RIX_DEFINE_ALGORITHM(Inversion, definition)
+
 }  // namespace stranger
 
 RIX_PLUGIN(rix::PluginRegistrar& registrar) {

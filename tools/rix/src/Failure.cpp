@@ -5,6 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <rix/description/WrongInput.h>
+#include <rix/rendering/NotDrawable.h>
+
 #include "Interrupts.h"
 
 namespace rix::cli {
@@ -13,7 +16,7 @@ namespace {
 std::vector<std::string> levelsOf(const Exception& exception) {
     std::vector<std::string> levels;
     for (const auto& level : exception.getLevels()) {
-        levels.insert(levels.begin(), level.message);
+        levels.push_back(level.message);
     }
     if (levels.empty()) {
         levels.emplace_back(exception.getClassName());
@@ -30,7 +33,7 @@ Failure::Failure(int exitCode, const Exception& cause) : m_exitCode(exitCode), m
 
 Failure Failure::within(const std::string& place) const {
     Failure outer = *this;
-    outer.m_levels.insert(outer.m_levels.begin(), place);
+    outer.m_levels.push_back(place);
     return outer;
 }
 
@@ -39,6 +42,10 @@ Failure failureOfCurrentException() {
         throw;
     } catch (const Failure& failure) {
         return failure;
+    } catch (const description::WrongInput& input) {
+        return Failure(WRONG_USAGE, input.what(), input.suggestions());
+    } catch (const rendering::NotDrawable& refusal) {
+        return Failure(WRONG_USAGE, refusal.what());
     } catch (const RuleException& exception) {
         return Failure(exception.isOutOfMemory() ? RUN_FAILED : REFUSED_BY_RULE, exception);
     } catch (const UserCancelException& exception) {
@@ -76,11 +83,9 @@ nlohmann::json toJson(const Failure& failure) {
 }
 
 std::string toText(const Failure& failure) {
-    std::string text = "rix: ";
-    std::string indent;
+    std::string text;
     for (const auto& level : failure.levels()) {
-        text += indent + level + '\n';
-        indent += "  ";
+        text += (text.empty() ? "rix: " : "  ") + level + '\n';
     }
     const auto& suggestions = failure.suggestions();
     for (std::size_t i = 0; i < suggestions.size(); ++i) {

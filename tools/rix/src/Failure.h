@@ -12,8 +12,8 @@
 
 namespace rix::cli {
 
-/// A failure as the program reports it: the exit code, the text from the outermost level to the cause, and what else
-/// could have been meant.
+/// A failure as the program reports it: the exit code, the text of the cause and of the levels around it, and what
+/// else could have been meant.
 class Failure : public std::exception {
 public:
     Failure(int exitCode, std::string message, std::vector<std::string> suggestions = {});
@@ -24,7 +24,7 @@ public:
     Failure within(const std::string& place) const;
 
     int exitCode() const noexcept { return m_exitCode; }
-    /// Outermost first; never empty.
+    /// The cause first, then outwards; never empty.
     const std::vector<std::string>& levels() const noexcept { return m_levels; }
     const std::vector<std::string>& suggestions() const noexcept { return m_suggestions; }
     const char* what() const noexcept override { return m_levels.front().c_str(); }
@@ -42,10 +42,10 @@ Failure failureOfCurrentException();
 /// "refused by a rule", ...: the exit code in words.
 const char* exitCodeToString(int exitCode);
 
-/// {"error": {"code": 2, "kind": "wrong usage", "message": ..., "levels": [...], "suggestions": [...]}}
+/// {"error": {"code": 2, "kind": "wrong usage", "message": CAUSE, "levels": [CAUSE, ...], "suggestions": [...]}}
 nlohmann::json toJson(const Failure& failure);
 
-/// "rix: MESSAGE", deeper levels indented, and "did you mean ...?".
+/// "rix: CAUSE", below it where that happened, level by level outwards, and "did you mean ...?".
 std::string toText(const Failure& failure);
 
 }  // namespace rix::cli

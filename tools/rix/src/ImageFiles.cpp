@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+#include <rix/description/Text.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/io/ImageFile.h>
 
@@ -38,7 +39,7 @@ fs::path targetOf(const fs::path& path) {
 }
 
 [[noreturn]] void refuse(const fs::path& path, const std::string& reason) {
-    throw Failure(UNWRITABLE_OUTPUT, inQuotes(path.string()) + " can't be written: " + reason);
+    throw Failure(UNWRITABLE_OUTPUT, description::inQuotes(path.string()) + " can't be written: " + reason);
 }
 
 }  // namespace
@@ -53,6 +54,18 @@ std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
     } catch (const Exception& exception) {
         throw Failure(UNREADABLE_INPUT, exception);
     }
+}
+
+std::unique_ptr<HeaderImage> readHeader(const fs::path& path) {
+    auto image = std::make_unique<HeaderImage>();
+    try {
+        if (!helper::applyHeader(io::readImageInfo(path), *image)) {
+            throw Failure(UNREADABLE_INPUT, "the image file " + description::inQuotes(path.string()) + " is too large");
+        }
+    } catch (const Exception& exception) {
+        throw Failure(UNREADABLE_INPUT, exception);
+    }
+    return image;
 }
 
 void saveImage(const fs::path& path, const ImageModel& image) {
@@ -89,11 +102,11 @@ void checkCanWriteFile(const fs::path& path) {
     }
     const fs::path folder = target.parent_path();
     if (!fs::is_directory(folder, error)) {
-        refuse(path, "there is no folder " + inQuotes(folder.string()));
+        refuse(path, "there is no folder " + description::inQuotes(folder.string()));
     }
     // A new file appears beside an old one before it takes its place, so the folder's permission is what counts.
     if (::access(folder.c_str(), W_OK | X_OK) != 0) {
-        refuse(path, "folder " + inQuotes(folder.string()) + ": " + std::strerror(errno));
+        refuse(path, "folder " + description::inQuotes(folder.string()) + ": " + std::strerror(errno));
     }
 }
 
@@ -109,8 +122,8 @@ void ImageOutputs::add(const std::string& property, const fs::path& path, std::u
     checkCanWrite(path);
     for (const auto& entry : m_entries) {
         if (targetOf(entry.path) == targetOf(path)) {
-            throw Failure(WRONG_USAGE,
-                          entry.property + " and " + property + " go to the same file " + inQuotes(path.string()));
+            throw Failure(WRONG_USAGE, entry.property + " and " + property + " go to the same file " +
+                                           description::inQuotes(path.string()));
         }
     }
     m_entries.push_back({property, path, std::move(image)});

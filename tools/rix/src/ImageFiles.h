@@ -6,12 +6,16 @@
 #include <string>
 #include <vector>
 
+#include <rix/image/ImageHeader.h>
 #include <rix/image/MemoryImage.h>
 
 namespace rix::cli {
 
 /// Reads an image. @throws Failure (unreadable input), MemoryError.
 std::unique_ptr<io::MemoryImage> loadImage(const std::filesystem::path& path);
+
+/// An image without samples that has the header of an image file. @throws Failure (unreadable input).
+std::unique_ptr<HeaderImage> readHeader(const std::filesystem::path& path);
 
 /// Writes an image. @throws Failure (unwritable output).
 void saveImage(const std::filesystem::path& path, const ImageModel& image);

@@ -11,12 +11,13 @@
 #include <nlohmann/json.hpp>
 
 #include <rix/Library.h>
+#include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
 
 #include "Commands.h"
 #include "Failure.h"
 #include "Interrupts.h"
 #include "Output.h"
-#include "Suggestions.h"
 
 namespace rix::cli {
 namespace {
@@ -61,8 +62,9 @@ void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string
         }
         names.push_back(command->get_name());
     }
-    throw Failure(WRONG_USAGE, "there is no command " + inQuotes(arguments.front()) + " ('rix --help' names all)",
-                  suggest(arguments.front(), names));
+    throw Failure(WRONG_USAGE,
+                  "there is no command " + description::inQuotes(arguments.front()) + " ('rix --help' names all)",
+                  description::suggest(arguments.front(), names));
 }
 
 int parseAndRun(const std::vector<std::string>& arguments) {

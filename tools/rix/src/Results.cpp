@@ -3,45 +3,25 @@
 #include <array>
 #include <optional>
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Tables.h>
+#include <rix/description/Text.h>
+#include <rix/description/Values.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 
-#include "Algorithms.h"
 #include "Statistics.h"
-#include "Tables.h"
 
 namespace rix::cli {
 namespace {
 
-template <class T>
-std::optional<nlohmann::json> numberOf(const BaseProperty& property) {
-    const auto* number = dynamic_cast<const Property<T>*>(&property);
-    return number == nullptr ? std::nullopt : std::optional<nlohmann::json>(number->get());
-}
-
-nlohmann::json valueToJson(const BaseProperty& property, const std::string& text) {
-    if (enumerationOf(property) != nullptr) {
-        return text;
-    }
-    if (const auto* real = dynamic_cast<const Property<double>*>(&property)) {
-        return numberToJson(real->get());
-    }
-    for (const auto& value : {numberOf<bool>(property), numberOf<int>(property), numberOf<unsigned int>(property),
-                              numberOf<long>(property), numberOf<unsigned long>(property)}) {
-        if (value) {
-            return *value;
-        }
-    }
-    return text;
-}
-
 /// Values with a text form: a table of one line.
 std::optional<Result> readValue(const BaseProperty& property) {
-    const auto text = valueToText(property);
+    const auto text = description::valueToText(property);
     if (!text) {
         return std::nullopt;
     }
-    Result result{property.getName(), valueToJson(property, *text)};
+    Result result{property.getName(), description::valueToJson(property)};
     result.lines.add({property.getName(), *text});
     return result;
 }
@@ -76,15 +56,15 @@ constexpr std::array<Reader, 3> readers{readObject, countObjects, readValue};
 }  // namespace
 
 nlohmann::json Result::toJson() const {
-    return table != nullptr ? cli::toJson(*table) : value;
+    return table != nullptr ? description::toJson(*table) : value;
 }
 
 std::string Result::toText(std::string_view indent, std::size_t mostRows) const {
-    return table != nullptr ? toTextTable(*table, mostRows).toText(indent) : lines.toText(indent);
+    return table != nullptr ? description::toTextTable(*table, mostRows).toText(indent) : lines.toText(indent);
 }
 
 void ResultObjects::create(const BaseAlgorithm& algorithm) {
-    for (BaseProperty* property : listProperties(algorithm)) {
+    for (BaseProperty* property : description::listProperties(algorithm)) {
         auto* slot = dynamic_cast<MeasurementSlot*>(property);
         if (slot != nullptr && slot->getObject() == nullptr) {
             m_objects.push_back(slot->createObject());
@@ -95,7 +75,7 @@ void ResultObjects::create(const BaseAlgorithm& algorithm) {
 
 std::vector<Result> readResults(const BaseAlgorithm& algorithm) {
     std::vector<Result> results;
-    for (const BaseProperty* property : listProperties(algorithm)) {
+    for (const BaseProperty* property : description::listProperties(algorithm)) {
         if (!property->isOutput()) {
             continue;
         }

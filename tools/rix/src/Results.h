@@ -11,17 +11,16 @@
 #include <vessel/DataFrame.h>
 
 #include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/description/Tables.h>
 #include <rix/measurement/MeasurementObject.h>
-
-#include "Output.h"
 
 namespace rix::cli {
 
 /// What a run left in an output that is no image: a value or a table.
 struct Result {
     std::string name;
-    nlohmann::json value{};  ///< of a value, for --json
-    TextTable lines{};       ///< of a value, for people
+    nlohmann::json value{};          ///< of a value, for --json
+    description::TextTable lines{};  ///< of a value, for people
     std::shared_ptr<const vessel::DataFrame> table{};
 
     nlohmann::json toJson() const;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Rows.h"
+#include <rix/rendering/Rows.h>
+
+#include "Interrupts.h"
 
 namespace rix::cli {
 
@@ -33,13 +35,14 @@ double SampleStatistics::mean() const {
 
 SampleStatistics computeStatistics(const ImageModel& image) {
     SampleStatistics statistics;
-    RowReader reader(image);
+    rendering::RowReader reader(image);
     const auto extents = helper::getExtents(image);
-    RowPosition at;
+    rendering::RowPosition at;
     for (at.channel = 0; at.channel < extents[SPECTRAL_SERIES]; ++at.channel) {
         for (at.frame = 0; at.frame < extents[SEQUENCE]; ++at.frame) {
             for (at.plane = 0; at.plane < extents[PLANS]; ++at.plane) {
                 for (at.row = 0; at.row < extents[ROWS]; ++at.row) {
+                    Interrupts::throwIfRequested();
                     statistics.add(reader.readReals(at));
                 }
             }

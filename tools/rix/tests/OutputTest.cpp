@@ -1,5 +1,3 @@
-#include "Output.h"
-
 #include <limits>
 #include <new>
 
@@ -11,25 +9,6 @@
 
 namespace rix::cli {
 namespace {
-
-TEST(Output, tablesAlignTheirColumns) {
-    TextTable table({"name", "n"});
-    table.add({"a long one", "1"});
-    table.add({"b", ""});
-    EXPECT_EQ(table.toText("  "), "  name        n\n  a long one  1\n  b\n");
-}
-
-TEST(Output, numbersReadBackExactly) {
-    EXPECT_EQ(numberToText(0.1), "0.1");
-    EXPECT_EQ(std::stod(numberToText(1.0 / 3)), 1.0 / 3);
-    EXPECT_EQ(numberToText(-std::numeric_limits<double>::quiet_NaN()), "nan");
-    EXPECT_EQ(numberToJson(2.5), nlohmann::json(2.5));
-    EXPECT_EQ(numberToJson(-std::numeric_limits<double>::infinity()), "-inf");
-}
-
-TEST(Output, textFromOutsideCannotSteerTheTerminal) {
-    EXPECT_EQ(inQuotes("a\x1b[2Jb\n"), "'a?[2Jb?'");
-}
 
 TEST(Progress, lineFitsAndStaysBelowFullUntilTheEnd) {
     EXPECT_EQ(progressLine(0, "", 80), "[" + std::string(30, ' ') + "]   0 %");
@@ -58,15 +37,15 @@ TEST(Failure, takesTheExitCodeFromTheException) {
     EXPECT_EQ(failureOf(Failure(UNREADABLE_INPUT, "x")).exitCode(), UNREADABLE_INPUT);
 }
 
-TEST(Failure, tellsAllLevelsFromTheOutsideIn) {
+TEST(Failure, tellsTheCauseFirstAndThenWhereItHappened) {
     RuleException exception("cause");
     exception.addInfoLevel("outside");
-    const auto failure = failureOf(exception);
-    EXPECT_EQ(toText(failure), "rix: outside\n  cause\n");
+    const auto failure = failureOf(exception).within("step 1");
+    EXPECT_EQ(toText(failure), "rix: cause\n  outside\n  step 1\n");
     const auto json = toJson(failure)["error"];
     EXPECT_EQ(json["code"], 3);
-    EXPECT_EQ(json["message"], "outside");
-    EXPECT_EQ(json["levels"], (std::vector<std::string>{"outside", "cause"}));
+    EXPECT_EQ(json["message"], "cause");
+    EXPECT_EQ(json["levels"], (std::vector<std::string>{"cause", "outside", "step 1"}));
     EXPECT_EQ(toText(Failure(2, "no", {"a", "b", "c"})), "rix: no\n  did you mean a, b or c?\n");
 }
 

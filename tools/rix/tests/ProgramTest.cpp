@@ -1,6 +1,7 @@
 // Runs the built program with good and bad arguments.
 
 #include <csignal>
+#include <regex>
 
 #include <nlohmann/json.hpp>
 
@@ -45,7 +46,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {2, "--max-level", {"run", "Sample", "--max-level", "fast"}},
         {2, "there is no plane 1: the image has 1", {"render", "in.png", "out.png", "--plane", "1"}},
         {2, "the base has 19 x 10", {"render", "in.png", "out.png", "--over", "other.png"}},
-        {3, "the sample needs an image", {"run", "Sample", "outputImage=out.tif"}},
+        {3, "rix: the sample needs an image\n  ", {"run", "Sample", "outputImage=out.tif"}},
         {4, "missing.png", {"run", "Sample", "inputImage=missing.png", "outputImage=out.tif"}},
         {4, "cut.png", {"run", "Sample", "inputImage=cut.png", "outputImage=out.tif"}},
         {4, "text.png", {"info", "text.png"}},
@@ -57,7 +58,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {5, "it is a folder", {"run", "Sample", "inputImage=in.png", "outputImage=folder.tif"}},
         {5, "no folder", {"render", "in.png", "nowhere/out.png"}},
         {5, "in.png", {"demo", "in.png"}},
-        {1, "the sample fails", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL", "outputImage=out.tif"}},
+        {1, "rix: the sample fails\n", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL", "outputImage=out.tif"}},
         {1, "Memory is exhausted", {"run", "Sample", "inputImage=in.png", "behaviour=RUN_OUT_OF_MEMORY"}},
         {1, "undefined exception", {"run", "Sample", "inputImage=in.png", "behaviour=FAIL_STRANGELY"}},
     };
@@ -116,8 +117,8 @@ TEST_F(ProgramTest, describesPropertiesInTheirOrder) {
     const auto text = sample({"describe", "Sample"});
     EXPECT_EQ(text.exitCode, 0);
     for (const char* part : {"area:    sample", "levels:  scalar", "must be given", "(in/out, ", "default:  COPY",
-                             "rix run Sample inputImage=inputImage.tif changedImage=changedImage.tif behaviour=COPY "
-                             "count=0 outputImage=outputImage.tif"}) {
+                             "inputImage  (in, input image, required)", "behaviour  (in, choice)", "images/coins.png",
+                             " behaviour=COPY count=0 outputImage=outputImage.tif outputCopy=outputCopy.tif"}) {
         EXPECT_NE(text.output.find(part), std::string::npos) << part << " not in\n" << text.output;
     }
     writeRamp("in.png", 4, 4);
@@ -143,6 +144,47 @@ TEST_F(ProgramTest, describesPropertiesInTheirOrder) {
                                     [](const auto& entry) { return entry["name"] == "ThresholdingByCriterion"; });
     ASSERT_NE(known, list.end());
     EXPECT_EQ((*known)["area"], "segmentation");
+}
+
+TEST_F(ProgramTest, everyExampleRunsAsItStandsAndWithWhatIsRequiredAlone) {
+    const auto inShell = [&](const std::string& command) {
+        const std::string found = "PATH=" + std::filesystem::path(RIX_PROGRAM).parent_path().string() + ":$PATH; ";
+        Process process("/bin/sh", {"-c", found + command}, setup());
+        const int exitCode = process.wait();
+        return Ending{exitCode, process.output(), process.messages()};
+    };
+    for (const auto& entry : nlohmann::json::parse(rix({"list", "--json"}).output)) {
+        const std::string name = entry["name"];
+        const auto object = nlohmann::json::parse(rix({"describe", name, "--json"}).output);
+        const std::string example = object["example"];
+        EXPECT_NE(rix({"describe", name}).output.find("Example:\n  " + example + '\n'), std::string::npos) << example;
+        auto ending = inShell(example);
+        EXPECT_EQ(ending.exitCode, 0) << example << '\n' << ending.messages;
+
+        std::string least = example;
+        std::string nothing = example;
+        for (const auto& property : object["properties"]) {
+            const std::regex assignment(" '?" + property["name"].get<std::string>() + "=('[^']*'|[^ ]*)");
+            nothing = std::regex_replace(nothing, assignment, "");
+            if (!property["required"].get<bool>()) {
+                least = std::regex_replace(least, assignment, "");
+            } else {
+                EXPECT_TRUE(property["default"].is_null()) << name << ' ' << property;
+            }
+        }
+        ending = inShell(least);
+        EXPECT_EQ(ending.exitCode, 0) << least << '\n' << ending.messages;
+        EXPECT_EQ(inShell(nothing).exitCode, 3) << nothing;
+    }
+    // Where the rules refuse the default, a value that they accept.
+    const auto box = nlohmann::json::parse(rix({"describe", "BoxFilter2d", "--json"}).output);
+    EXPECT_EQ(box["properties"][1]["required"], true);
+    EXPECT_EQ(box["properties"][3]["required"], false);
+    EXPECT_NE(box["example"].get<std::string>().find("kernelSizeX=3"), std::string::npos) << box["example"];
+    // An image that is changed is a copy, the sample stays as it is.
+    const auto changed = nlohmann::json::parse(sample({"describe", "Sample", "--json"}).output);
+    EXPECT_EQ(changed["example"].get<std::string>().rfind("cp ", 0), 0U) << changed["example"];
+    EXPECT_NE(changed["example"].get<std::string>().find(" changedImage=changedImage.png "), std::string::npos);
 }
 
 class InterruptTest : public ProgramTest, public testing::WithParamInterface<int> {};

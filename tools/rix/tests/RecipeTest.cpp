@@ -65,12 +65,12 @@ TEST_F(RecipeTest, PassesImagesInMemoryWritesAtTheEndAndKeepsARecord) {
     EXPECT_EQ(record["inputs"][0]["path"], "in.png");
     EXPECT_EQ(record["outputs"].size(), 3U);
     // The hash of the recipe, by a program that everybody has.
-    const std::string command = "sha1sum " + (folder() / "chain.json").string() + " | cut -c1-40";
+    const std::string command = "sha256sum " + (folder() / "chain.json").string() + " | cut -c1-64";
     FILE* const pipe = ::popen(command.c_str(), "r");
-    char hash[41] = {};
-    ASSERT_EQ(std::fread(hash, 1, 40, pipe), 40U);
+    char hash[65] = {};
+    ASSERT_EQ(std::fread(hash, 1, 64, pipe), 64U);
     ::pclose(pipe);
-    EXPECT_EQ(record["recipe"]["sha1"], hash);
+    EXPECT_EQ(record["recipe"]["sha256"], hash);
 }
 
 TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
@@ -165,7 +165,8 @@ TEST_F(RecipeTest, WritesWhatAnImageWasAtTheStep) {
     // The input whose place an output has taken is recorded as it was read.
     EXPECT_NE(contentOf("in.png"), photograph);
     EXPECT_EQ(readJson("again-record.json")["inputs"][0]["bytes"], photograph.size());
-    EXPECT_NE(readJson("again-record.json")["inputs"][0]["sha1"], readJson("again-record.json")["outputs"][2]["sha1"]);
+    EXPECT_NE(readJson("again-record.json")["inputs"][0]["sha256"],
+              readJson("again-record.json")["outputs"][2]["sha256"]);
 }
 
 TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {
@@ -193,7 +194,7 @@ TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {
 }
 
 TEST_F(RecipeTest, ChecksTypesThroughTheChainByHeadersAlone) {
-    // The second step would only fail after the first one had worked; the rehearsal knows what the first one makes.
+    // The second step would only fail after the first one had worked; the dry run knows what the first one makes.
     makeImage<float>({4, 3, 1, 1, 1}, std::vector<float>(12, 1.0F));
     write("in-place.json",
           recipeOf(

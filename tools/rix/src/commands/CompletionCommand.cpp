@@ -5,11 +5,13 @@
 
 #include <CLI/CLI.hpp>
 
-#include "../Algorithms.h"
+#include <rix/description/Algorithms.h>
+#include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
+
 #include "../Commands.h"
 #include "../Failure.h"
 #include "../Output.h"
-#include "../Suggestions.h"
 
 namespace rix::cli {
 namespace {
@@ -27,18 +29,18 @@ std::string words(const std::vector<std::string>& list) {
 /// a choice its labels.
 std::string propertyBranches() {
     std::string branches;
-    for (const AlgoInfo* const info : listedClasses()) {
-        const auto algorithm = createAlgorithm(*info);
+    for (const AlgoInfo* const info : description::listedClasses()) {
+        const auto algorithm = description::createAlgorithm(*info);
         std::vector<std::string> names;
         std::string labels;
-        for (const BaseProperty* const property : listProperties(*algorithm)) {
-            if (property->isOutput() && imageRoleOf(*property) == ImageRole::None) {
+        for (const BaseProperty* const property : description::listProperties(*algorithm)) {
+            if (property->isOutput() && description::imageRoleOf(*property) == description::ImageRole::None) {
                 continue;
             }
             names.push_back(property->getName() + '=');
-            if (const EnumInfo* const enumeration = enumerationOf(*property)) {
+            if (const EnumInfo* const enumeration = description::enumerationOf(*property)) {
                 labels += "      " + info->getName() + ':' + property->getName() + ") values=\"" +
-                          words(labelsOf(*enumeration)) + "\" ;;\n";
+                          words(description::labelsOf(*enumeration)) + "\" ;;\n";
             }
         }
         branches += labels + "      " + info->getName() + ":) names=\"" + words(names) + "\" ;;\n";
@@ -56,7 +58,7 @@ std::string commandNames(const CLI::App& program) {
 
 std::string classNames() {
     std::vector<std::string> names;
-    for (const AlgoInfo* const info : listedClasses()) {
+    for (const AlgoInfo* const info : description::listedClasses()) {
         names.push_back(info->getName());
     }
     return words(names);
@@ -130,8 +132,8 @@ void addCompletionCommand(CLI::App& program, Action& chosen) {
     command->callback([&program, &chosen, shell] {
         chosen = [&program, shell] {
             if (*shell != "bash" && *shell != "zsh") {
-                throw Failure(WRONG_USAGE, "there is no completion for the shell " + inQuotes(*shell),
-                              suggest(*shell, {"bash", "zsh"}));
+                throw Failure(WRONG_USAGE, "there is no completion for the shell " + description::inQuotes(*shell),
+                              description::suggest(*shell, {"bash", "zsh"}));
             }
             writeData(script(program, *shell));
             return static_cast<int>(DONE);

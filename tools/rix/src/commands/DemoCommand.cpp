@@ -5,10 +5,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include <rix/description/Text.h>
+
 #include "../Commands.h"
+#include "../Examples.h"
 #include "../Failure.h"
+#include "../ImageFiles.h"
 #include "../Output.h"
-#include "../recipe/Kitchen.h"
 #include "../recipe/RunRecipe.h"
 
 namespace rix::cli {
@@ -21,28 +24,12 @@ struct DemoOptions {
     std::string imagePath;
 };
 
-/// A file of the examples: in the source tree around the program, or beside it in an installation.
-fs::path findExample(const char* name) {
-    std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    for (fs::path folder = program.parent_path(); !error; folder = folder.parent_path()) {
-        for (const char* place : {"examples", "share/lumora_rix/examples"}) {
-            if (fs::exists(folder / place / name, error)) {
-                return folder / place / name;
-            }
-        }
-        if (folder == folder.root_path()) {
-            break;
-        }
-    }
-    throw Failure(UNREADABLE_INPUT, "the example " + inQuotes(name) + " can't be found beside the program");
-}
-
 void makeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw Failure(UNWRITABLE_OUTPUT, "folder " + inQuotes(folder.string()) + " can't be made: " + error.message());
+        throw Failure(UNWRITABLE_OUTPUT,
+                      "folder " + description::inQuotes(folder.string()) + " can't be made: " + error.message());
     }
 }
 

@@ -1,17 +1,21 @@
 #include <array>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Facts.h>
+#include <rix/description/Tables.h>
+#include <rix/description/Text.h>
+#include <rix/description/Values.h>
 #include <rix/properties/Property.h>
 
-#include "../Algorithms.h"
 #include "../Assignments.h"
 #include "../Commands.h"
+#include "../Examples.h"
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
@@ -25,81 +29,23 @@ struct DescribeOptions {
     bool json = false;
 };
 
-/// What a user has to know of a property.
-struct PropertyFacts {
-    explicit PropertyFacts(const BaseProperty& property)
-        : name(property.getName()),
-          direction(directionOf(property)),
-          type(property.getImpl()->describeType()),
-          image(imageRoleOf(property) != ImageRole::None),
-          rules(property.getImpl()->describeRules()),
-          description(property.getDescription()) {
-        if (!image && direction != "out") {
-            defaultValue = valueToText(property);
-        }
-        if (const EnumInfo* enumeration = enumerationOf(property)) {
-            labels = labelsOf(*enumeration);
-        }
-    }
-
-    std::string name;
-    std::string direction;
-    std::string type;
-    bool image;
-    std::optional<std::string> defaultValue;
-    std::vector<std::string> labels;
-    std::vector<std::string> rules;
-    std::string description;
-};
-
-std::string join(const std::vector<std::string>& texts, const char* separator) {
-    std::string joined;
-    for (const auto& text : texts) {
-        joined += (joined.empty() ? "" : separator) + text;
-    }
-    return joined;
-}
-
-/// A command line with every property: files for images, defaults for values.
-std::string exampleLine(const std::string& className, const std::vector<PropertyFacts>& properties) {
-    std::string line = "rix run " + className;
-    for (const auto& property : properties) {
-        if (property.image) {
-            line += ' ' + property.name + '=' + property.name + ".tif";
-        } else if (property.defaultValue && !property.defaultValue->empty()) {
-            line += ' ' + property.name + '=' + *property.defaultValue;
-        }
-    }
-    return line;
-}
-
-std::string toText(const PropertyFacts& property) {
-    std::string text = property.name + "  (" + property.direction + ", " + property.type + ")\n";
-    TextTable details;
+std::string toText(const description::PropertyFacts& property) {
+    std::string text = property.name + "  (" + property.direction + ", " + property.type +
+                       (property.required ? ", required)\n" : ")\n");
+    description::TextTable details;
     if (!property.description.empty()) {
         text += "      " + property.description + '\n';
     }
-    if (property.defaultValue) {
-        details.add({"default:", property.defaultValue->empty() ? "''" : *property.defaultValue});
+    if (!property.defaultValue.is_null()) {
+        details.add({"default:", property.defaultText.empty() ? "''" : property.defaultText});
     }
     if (!property.labels.empty()) {
-        details.add({"values:", join(property.labels, ", ")});
+        details.add({"values:", description::join(property.labels)});
     }
     if (!property.rules.empty()) {
-        details.add({"rules:", join(property.rules, "; ")});
+        details.add({"rules:", description::join(property.rules, "; ")});
     }
     return "  " + text + details.toText("      ");
-}
-
-nlohmann::json toJson(const PropertyFacts& property) {
-    nlohmann::json value = {{"name", property.name},   {"direction", property.direction},
-                            {"type", property.type},   {"image", property.image},
-                            {"default", nullptr},      {"labels", property.labels},
-                            {"rules", property.rules}, {"description", property.description}};
-    if (property.defaultValue) {
-        value["default"] = *property.defaultValue;
-    }
-    return value;
 }
 
 /// "1 before and 2 after in columns, ...", or nothing when no neighbour has a part in the result.
@@ -112,18 +58,18 @@ std::string reachOf(const BorderInfluence& influence) {
                               " after along " + axes[i]);
         }
     }
-    return join(reaches, ", ");
+    return description::join(reaches);
 }
 
 /// Sets the values and the input images that are given: what is said of a run may depend on them.
 void setInputs(const BaseAlgorithm& algorithm, const std::vector<std::string>& assignments, ImageInputs& inputs) {
     for (const auto& [name, text] : parseAssignments(assignments)) {
-        BaseProperty& property = findProperty(algorithm, name);
-        const ImageRole role = imageRoleOf(property);
-        if (role == ImageRole::Input) {
+        BaseProperty& property = description::findProperty(algorithm, name);
+        const description::ImageRole role = description::imageRoleOf(property);
+        if (role == description::ImageRole::Input) {
             dynamic_cast<Property<const ImageModel*>&>(property).set(&inputs.read(text));
-        } else if (role == ImageRole::None && !property.isOutput()) {
-            setValue(property, text);
+        } else if (role == description::ImageRole::None && !property.isOutput()) {
+            description::setValue(property, text);
         } else {
             throw Failure(WRONG_USAGE, name + " is made by a run and can't be given");
         }
@@ -137,53 +83,34 @@ std::string memoryOf(const AlgorithmDescription& description) {
 }
 
 int runDescribe(const DescribeOptions& options) {
-    const AlgoInfo& info = findClass(options.className);
-    const auto algorithm = createAlgorithm(info);
+    const AlgoInfo& info = description::findClass(options.className);
+    const auto algorithm = description::createAlgorithm(info);
     ImageInputs inputs;
     setInputs(*algorithm, options.assignments, inputs);
-    const AlgorithmDescription description = algorithm->describe();
-    std::vector<PropertyFacts> properties;
-    for (const BaseProperty* property : listProperties(*algorithm)) {
-        properties.emplace_back(*property);
-    }
-    const std::string example = exampleLine(info.getName(), properties);
-    const auto levels = supportedLevels(*algorithm);
+    const description::AlgorithmFacts facts = description::describeAlgorithm(*algorithm);
+    const std::string example = exampleCommand(info, sampleImages());
     if (options.json) {
-        nlohmann::json list = nlohmann::json::array();
-        for (const auto& property : properties) {
-            list.push_back(toJson(property));
-        }
-        const auto& influence = description.borderInfluence;
-        writeJson(nlohmann::json{
-            {"name", info.getName()},
-            {"area", areaOf(*algorithm)},
-            {"library", info.getLibName()},
-            {"summary", description.summary},
-            {"kind", algorithmKindToString(description.kind)},
-            {"inPlace", description.inPlace},
-            {"borderInfluence", {{"lower", influence.lower}, {"upper", influence.upper}}},
-            {"extraMemory", {{"bytes", description.extraMemory}, {"isExact", description.extraMemoryIsExact}}},
-            {"levels", levels},
-            {"deprecatedSince", info.getDeprecationVersion()},
-            {"properties", list},
-            {"example", example}});
+        nlohmann::json object = description::toJson(facts);
+        object["example"] = example;
+        writeJson(object);
         return DONE;
     }
-    TextTable facts;
-    facts.add({"area:", areaOf(*algorithm)});
-    facts.add({"kind:", algorithmKindToString(description.kind) + (description.inPlace ? ", may work in place" : "")});
-    if (const std::string reach = reachOf(description.borderInfluence); !reach.empty()) {
-        facts.add({"reach:", reach});
+    const AlgorithmDescription& run = facts.description;
+    description::TextTable table;
+    table.add({"area:", facts.area});
+    table.add({"kind:", algorithmKindToString(run.kind) + (run.inPlace ? ", may work in place" : "")});
+    if (const std::string reach = reachOf(run.borderInfluence); !reach.empty()) {
+        table.add({"reach:", reach});
     }
     if (!options.assignments.empty()) {
-        facts.add({"memory:", memoryOf(description)});
+        table.add({"memory:", memoryOf(run)});
     }
-    facts.add({"levels:", join(levels, ", ")});
-    if (!info.getDeprecationVersion().empty()) {
-        facts.add({"deprecated:", "since " + info.getDeprecationVersion()});
+    table.add({"levels:", description::join(facts.levels)});
+    if (!facts.deprecatedSince.empty()) {
+        table.add({"deprecated:", "since " + facts.deprecatedSince});
     }
-    std::string text = info.getName() + "\n  " + description.summary + "\n\n" + facts.toText("  ") + "\nProperties:\n";
-    for (const auto& property : properties) {
+    std::string text = facts.name + "\n  " + run.summary + "\n\n" + table.toText("  ") + "\nProperties:\n";
+    for (const auto& property : facts.properties) {
         text += toText(property);
     }
     writeData(text + "\nExample:\n  " + example + '\n');

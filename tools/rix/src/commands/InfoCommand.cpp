@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <rix/description/Tables.h>
+#include <rix/description/Text.h>
 #include <rix/io/ImageFile.h>
 
 #include "../Commands.h"
@@ -43,8 +45,8 @@ nlohmann::json toJson(const InfoOptions& options, const io::ImageFileInfo& file,
     for (const Components axis : axes) {
         axisList.push_back({{"name", axisNames[static_cast<std::size_t>(axis)]},
                             {"size", image.getNumOf(axis)},
-                            {"spacing", numberToJson(image.getSpacingOf(axis))},
-                            {"origin", numberToJson(image.getOriginOf(axis))},
+                            {"spacing", description::numberToJson(image.getSpacingOf(axis))},
+                            {"origin", description::numberToJson(image.getOriginOf(axis))},
                             {"unit", unitOf(image, axis)}});
     }
     nlohmann::json values = {{"of", isComplex(image) ? "magnitude" : "value"},
@@ -54,9 +56,9 @@ nlohmann::json toJson(const InfoOptions& options, const io::ImageFileInfo& file,
                              {"maximum", nullptr},
                              {"mean", nullptr}};
     if (statistics.hasValues()) {
-        values["minimum"] = numberToJson(statistics.minimum());
-        values["maximum"] = numberToJson(statistics.maximum());
-        values["mean"] = numberToJson(statistics.mean());
+        values["minimum"] = description::numberToJson(statistics.minimum());
+        values["maximum"] = description::numberToJson(statistics.maximum());
+        values["mean"] = description::numberToJson(statistics.mean());
     }
     return {{"path", options.path},
             {"format", file.format},
@@ -72,7 +74,7 @@ nlohmann::json toJson(const InfoOptions& options, const io::ImageFileInfo& file,
 
 std::string toText(const InfoOptions& options, const io::ImageFileInfo& file, const ImageModel& image,
                    const SampleStatistics& statistics) {
-    TextTable facts;
+    description::TextTable facts;
     facts.add({"format:", file.format + (file.storage.empty() ? "" : ", " + file.storage) + ", " +
                               std::to_string(file.fileBytes) + " bytes"});
     facts.add({"type:", helper::elementTypesToString(image.getElementType()) + ' ' +
@@ -81,22 +83,22 @@ std::string toText(const InfoOptions& options, const io::ImageFileInfo& file, co
     if (image.getColorInterpretation() != UNKNOWN) {
         facts.add({"colour:", helper::colorInterpretationToString(image.getColorInterpretation())});
     }
-    TextTable axisTable({"axis", "size", "spacing", "origin", "unit"});
+    description::TextTable axisTable({"axis", "size", "spacing", "origin", "unit"});
     for (const Components axis : axes) {
         axisTable.add({axisNames[static_cast<std::size_t>(axis)], std::to_string(image.getNumOf(axis)),
-                       numberToText(image.getSpacingOf(axis)), numberToText(image.getOriginOf(axis)),
-                       unitOf(image, axis)});
+                       description::numberToText(image.getSpacingOf(axis)),
+                       description::numberToText(image.getOriginOf(axis)), unitOf(image, axis)});
     }
-    TextTable values;
+    description::TextTable values;
     values.add({"samples:", std::to_string(statistics.samples())});
     if (statistics.notANumber() != 0) {
         values.add({"not a number:", std::to_string(statistics.notANumber())});
     }
     if (statistics.hasValues()) {
         const std::string of = isComplex(image) ? " of magnitude:" : ":";
-        values.add({"minimum" + of, numberToText(statistics.minimum())});
-        values.add({"maximum" + of, numberToText(statistics.maximum())});
-        values.add({"mean" + of, numberToText(statistics.mean())});
+        values.add({"minimum" + of, description::numberToText(statistics.minimum())});
+        values.add({"maximum" + of, description::numberToText(statistics.maximum())});
+        values.add({"mean" + of, description::numberToText(statistics.mean())});
     }
     return options.path + '\n' + facts.toText("  ") + '\n' + axisTable.toText("  ") + '\n' + values.toText("  ");
 }

@@ -3,7 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include "../Algorithms.h"
+#include <rix/description/Algorithms.h>
+#include <rix/description/Facts.h>
+#include <rix/description/Tables.h>
+
 #include "../Commands.h"
 #include "../Output.h"
 
@@ -16,20 +19,19 @@ struct ListOptions {
 
 int runList(const ListOptions& options) {
     nlohmann::json list = nlohmann::json::array();
-    TextTable table;
-    for (const AlgoInfo* info : listedClasses()) {
-        const auto algorithm = createAlgorithm(*info);
-        const AlgorithmDescription description = algorithm->describe();
-        const std::string area = areaOf(*algorithm);
-        const std::string deprecation = info->getDeprecationVersion();
-        list.push_back({{"name", info->getName()},
-                        {"area", area},
-                        {"library", info->getLibName()},
-                        {"kind", algorithmKindToString(description.kind)},
-                        {"summary", description.summary},
-                        {"deprecatedSince", deprecation}});
-        table.add({info->getName(), area,
-                   description.summary + (deprecation.empty() ? "" : " (deprecated since " + deprecation + ")")});
+    description::TextTable table;
+    for (const AlgoInfo* info : description::listedClasses()) {
+        const auto facts = description::describeAlgorithm(*description::createAlgorithm(*info));
+        const std::string& summary = facts.description.summary;
+        list.push_back({{"name", facts.name},
+                        {"area", facts.area},
+                        {"library", facts.library},
+                        {"kind", algorithmKindToString(facts.description.kind)},
+                        {"summary", summary},
+                        {"deprecatedSince", facts.deprecatedSince}});
+        table.add(
+            {facts.name, facts.area,
+             summary + (facts.deprecatedSince.empty() ? "" : " (deprecated since " + facts.deprecatedSince + ")")});
     }
     if (options.json) {
         writeJson(list);

@@ -3,12 +3,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include <rix/rendering/HistogramChart.h>
+#include <rix/rendering/Picture.h>
+#include <rix/rendering/Slice.h>
+#include <rix/rendering/View.h>
+
 #include "../Commands.h"
 #include "../Failure.h"
 #include "../ImageFiles.h"
+#include "../Interrupts.h"
 #include "../Output.h"
-#include "../render/HistogramChart.h"
-#include "../render/View.h"
 
 namespace rix::cli {
 namespace {
@@ -18,11 +22,11 @@ struct RenderOptions {
     std::string picturePath;
     std::string basePath;
     std::string histogramPath;
-    SliceChoice slice;
+    rendering::SliceChoice slice;
     bool numbers = false;
 };
 
-void report(const std::string& path, const Picture& picture) {
+void report(const std::string& path, const rendering::Picture& picture) {
     writeMessage("written to " + path + " (" + std::to_string(picture.width()) + " x " +
                  std::to_string(picture.height()) + ")\n");
 }
@@ -33,8 +37,9 @@ int runRender(const RenderOptions& options) {
     }
     if (!options.histogramPath.empty()) {
         checkCanWrite(options.histogramPath);
-        const Picture chart = drawHistogram(*loadImage(options.imagePath));
-        saveImage(options.histogramPath, toImage(chart));
+        const rendering::Picture chart =
+            rendering::drawHistogram(*loadImage(options.imagePath), Interrupts::throwIfRequested);
+        saveImage(options.histogramPath, rendering::toImage(chart));
         report(options.histogramPath, chart);
     }
     if (options.picturePath.empty()) {
@@ -43,9 +48,10 @@ int runRender(const RenderOptions& options) {
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
     const auto base = options.basePath.empty() ? nullptr : loadImage(options.basePath);
-    const Picture picture =
-        renderView(*image, base.get(), options.slice, options.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
-    saveImage(options.picturePath, toImage(picture));
+    const rendering::Picture picture =
+        rendering::renderView(*image, base.get(), options.slice,
+                              options.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None);
+    saveImage(options.picturePath, rendering::toImage(picture));
     report(options.picturePath, picture);
     return DONE;
 }

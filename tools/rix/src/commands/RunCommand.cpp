@@ -6,10 +6,13 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
+#include <rix/description/Values.h>
 #include <rix/properties/Property.h>
 #include <rix/settings/Settings.h>
 
-#include "../Algorithms.h"
 #include "../Assignments.h"
 #include "../Commands.h"
 #include "../Failure.h"
@@ -18,8 +21,7 @@
 #include "../Output.h"
 #include "../Progress.h"
 #include "../Results.h"
-#include "../Suggestions.h"
-#include "../Tables.h"
+#include "../TableFiles.h"
 
 namespace rix::cli {
 namespace {
@@ -37,7 +39,7 @@ struct RunOptions {
 /// An image property and the file that stands for it.
 struct ImageAssignment {
     BaseProperty* property;
-    ImageRole role;
+    description::ImageRole role;
     std::string path;
 };
 
@@ -45,9 +47,9 @@ struct ImageAssignment {
 std::vector<ImageAssignment> setValues(const BaseAlgorithm& algorithm, const std::vector<Assignment>& assignments) {
     std::vector<ImageAssignment> images;
     for (const auto& [name, text] : assignments) {
-        BaseProperty& property = findProperty(algorithm, name);
-        const ImageRole role = imageRoleOf(property);
-        if (role != ImageRole::None) {
+        BaseProperty& property = description::findProperty(algorithm, name);
+        const description::ImageRole role = description::imageRoleOf(property);
+        if (role != description::ImageRole::None) {
             if (text.empty()) {
                 throw Failure(WRONG_USAGE, name + " needs the path of an image");
             }
@@ -55,7 +57,7 @@ std::vector<ImageAssignment> setValues(const BaseAlgorithm& algorithm, const std
         } else if (property.isOutput()) {
             throw Failure(WRONG_USAGE, name + " is a result: it is printed after the run and can't be given");
         } else {
-            setValue(property, text);
+            description::setValue(property, text);
         }
     }
     return images;
@@ -65,7 +67,7 @@ std::vector<ImageAssignment> setValues(const BaseAlgorithm& algorithm, const std
 ImageOutputs bindImages(const std::vector<ImageAssignment>& images, ImageInputs& inputs) {
     ImageOutputs outputs;
     for (const auto& [property, role, path] : images) {
-        if (role == ImageRole::Input) {
+        if (role == description::ImageRole::Input) {
             continue;
         }
         auto image = std::make_unique<io::MemoryImage>();
@@ -73,9 +75,9 @@ ImageOutputs bindImages(const std::vector<ImageAssignment>& images, ImageInputs&
         outputs.add(property->getName(), path, std::move(image));
     }
     for (const auto& [property, role, path] : images) {
-        if (role == ImageRole::Input) {
+        if (role == description::ImageRole::Input) {
             dynamic_cast<Property<const ImageModel*>&>(*property).set(&inputs.read(path));
-        } else if (role == ImageRole::InPlace) {
+        } else if (role == description::ImageRole::InPlace) {
             // A copy of its own: the same file may also be an input that has to stay as it is.
             auto* image = dynamic_cast<Property<ImageModel*>&>(*property).get();
             dynamic_cast<io::MemoryImage&>(*image) = *loadImage(path);
@@ -86,12 +88,12 @@ ImageOutputs bindImages(const std::vector<ImageAssignment>& images, ImageInputs&
 
 OptimLevelType levelFromOption(const std::string& text) {
     for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-        if (levelToString(level) == text) {
+        if (description::levelToString(level) == text) {
             return level;
         }
     }
-    throw Failure(WRONG_USAGE, "--max-level can't be " + inQuotes(text) + ": it takes scalar, sse, avx",
-                  suggest(text, {"scalar", "sse", "avx"}));
+    throw Failure(WRONG_USAGE, "--max-level can't be " + description::inQuotes(text) + ": it takes scalar, sse, avx",
+                  description::suggest(text, {"scalar", "sse", "avx"}));
 }
 
 void applyLimits(BaseAlgorithm& algorithm, const RunOptions& options) {
@@ -144,11 +146,12 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
             values[result.name] = result.toJson();
         }
         const auto level = algorithm.getLastRunLevel();
-        writeJson(nlohmann::json{{"class", algorithm.getClassInfo().getName()},
-                                 {"level", level ? nlohmann::json(levelToString(*level)) : nlohmann::json()},
-                                 {"seconds", seconds},
-                                 {"images", images},
-                                 {"results", values}});
+        writeJson(
+            nlohmann::json{{"class", algorithm.getClassInfo().getName()},
+                           {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
+                           {"seconds", seconds},
+                           {"images", images},
+                           {"results", values}});
         return;
     }
     for (const auto& result : results) {
@@ -159,7 +162,7 @@ void report(const BaseAlgorithm& algorithm, const ImageOutputs& outputs, double 
 }
 
 int runRun(const RunOptions& options) {
-    const auto algorithm = createAlgorithm(findClass(options.className));
+    const auto algorithm = description::createAlgorithm(description::findClass(options.className));
     const auto images = setValues(*algorithm, parseAssignments(options.assignments));
     applyLimits(*algorithm, options);
     ResultObjects resultObjects;

@@ -8,9 +8,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
+
 #include "../Failure.h"
 #include "../Output.h"
-#include "../Suggestions.h"
 
 namespace rix::cli {
 namespace {
@@ -31,19 +33,19 @@ Json parseFile(const std::filesystem::path& path) {
     std::string text(longestRecipe + 1, '\0');
     if (!file || !file.read(text.data(), static_cast<std::streamsize>(text.size())).eof()) {
         if (file.good()) {
-            throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " is longer than " +
+            throw Failure(UNREADABLE_INPUT, "the recipe " + description::inQuotes(path.string()) + " is longer than " +
                                                 std::to_string(longestRecipe) + " bytes");
         }
-        throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " can't be read");
+        throw Failure(UNREADABLE_INPUT, "the recipe " + description::inQuotes(path.string()) + " can't be read");
     }
     text.resize(static_cast<std::size_t>(file.gcount()));
     if (text.empty()) {
-        throw Failure(UNREADABLE_INPUT, "the recipe " + inQuotes(path.string()) + " is empty");
+        throw Failure(UNREADABLE_INPUT, "the recipe " + description::inQuotes(path.string()) + " is empty");
     }
     try {
         return Json::parse(text);
     } catch (const Json::exception& error) {  // of the syntax, or of a number that no type holds
-        throw Failure(WRONG_USAGE, "the recipe " + inQuotes(path.string()) + " is no JSON: " + error.what());
+        throw Failure(WRONG_USAGE, "the recipe " + description::inQuotes(path.string()) + " is no JSON: " + error.what());
     }
 }
 
@@ -57,7 +59,7 @@ public:
         }
         for (const auto& [key, value] : json.items()) {
             if (std::find(known.begin(), known.end(), key) == known.end()) {
-                refuse(m_where, inQuotes(key) + " means nothing here", suggest(key, known));
+                refuse(m_where, description::inQuotes(key) + " means nothing here", description::suggest(key, known));
             }
         }
     }
@@ -102,7 +104,8 @@ public:
                 for (const auto& [known, value] : m_values) {
                     names.push_back(known);
                 }
-                throw Failure(WRONG_USAGE, "the recipe has no parameter " + inQuotes(name), suggest(name, names));
+                throw Failure(WRONG_USAGE, "the recipe has no parameter " + description::inQuotes(name),
+                              description::suggest(name, names));
             }
             m_values[name] = text;
         }
@@ -124,7 +127,7 @@ public:
             const std::string name = text.substr(begin + 2, end - begin - 2);
             const auto value = m_values.find(name);
             if (value == m_values.end()) {
-                refuse(where, "there is no parameter " + inQuotes(name));
+                refuse(where, "there is no parameter " + description::inQuotes(name));
             }
             m_left -= std::min(m_left, value->second.size());
             if (m_left == 0) {
@@ -144,13 +147,13 @@ private:
         if (json.is_string()) {
             return json.get<std::string>();
         }
-        if (json.is_number()) {
-            return json.dump();
+        if (json.is_number() || json.is_array()) {
+            return json.dump();  // an array: a value of several components
         }
         if (json.is_boolean()) {
             return json.get<bool>() ? "true" : "false";
         }
-        refuse(where, "a text, a number or true or false is expected");
+        refuse(where, "a text, a number, true or false, or a list of numbers is expected");
     }
 
     std::map<std::string, std::string> m_values;

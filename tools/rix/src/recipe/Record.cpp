@@ -5,11 +5,16 @@
 #include <cstdio>
 #include <ctime>
 #include <fstream>
+#include <memory>
+#include <vector>
 
-#include <boost/uuid/detail/sha1.hpp>
+#include <openssl/evp.h>
 
 #include <rix/Library.h>
+#include <rix/description/Text.h>
 #include <rix/devices/Cpu.h>
+
+#include "../Failure.h"
 
 namespace rix::cli {
 namespace {
@@ -33,23 +38,31 @@ Record::Record(const std::filesystem::path& recipePath, const Recipe& recipe)
              {"outputs", nlohmann::json::array()}} {}
 
 nlohmann::json Record::describeFile(const std::filesystem::path& path) {
-    boost::uuids::detail::sha1 hash;
     std::ifstream file(path, std::ios::binary);
-    std::array<char, 1 << 16> buffer;
-    std::uint64_t bytes = 0;
-    while (file.read(buffer.data(), buffer.size()), file.gcount() > 0) {
-        hash.process_bytes(buffer.data(), static_cast<std::size_t>(file.gcount()));
-        bytes += static_cast<std::uint64_t>(file.gcount());
+    if (!file) {
+        throw Failure(UNREADABLE_INPUT, "the file " + description::inQuotes(path.string()) + " can't be read");
     }
-    boost::uuids::detail::sha1::digest_type digest;
-    hash.get_digest(digest);
+    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> hash(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
+    bool hashed = hash != nullptr && EVP_DigestInit_ex(hash.get(), EVP_sha256(), nullptr) == 1;
+    std::vector<char> buffer(std::size_t{1} << 16);
+    std::uint64_t bytes = 0;
+    while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size())), file.gcount() > 0) {
+        const auto count = static_cast<std::size_t>(file.gcount());
+        hashed = hashed && EVP_DigestUpdate(hash.get(), buffer.data(), count) == 1;
+        bytes += count;
+    }
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned int length = 0;
+    if (!hashed || EVP_DigestFinal_ex(hash.get(), digest.data(), &length) != 1) {
+        throw Failure(RUN_FAILED, "the hash of " + description::inQuotes(path.string()) + " can't be computed");
+    }
     std::string text;
-    for (const unsigned int word : digest) {
-        std::array<char, 9> hex{};
-        std::snprintf(hex.data(), hex.size(), "%08x", word);
+    for (unsigned int i = 0; i < length; ++i) {
+        std::array<char, 3> hex{};
+        std::snprintf(hex.data(), hex.size(), "%02x", digest[i]);
         text += hex.data();
     }
-    return {{"path", path.string()}, {"bytes", bytes}, {"sha1", text}};
+    return {{"path", path.string()}, {"bytes", bytes}, {"sha256", text}};
 }
 
 }  // namespace rix::cli

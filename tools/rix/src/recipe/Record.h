@@ -20,7 +20,7 @@ public:
     void addOutput(const std::filesystem::path& path) { m_json["outputs"].push_back(describeFile(path)); }
     const nlohmann::json& json() const { return m_json; }
 
-    /// {"path": ..., "bytes": ..., "sha1": ...}
+    /// {"path": ..., "bytes": ..., "sha256": ...} @throws Failure (unreadable input).
     static nlohmann::json describeFile(const std::filesystem::path& path);
 
 private:

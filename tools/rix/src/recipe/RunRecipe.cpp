@@ -5,17 +5,21 @@
 #include <memory>
 #include <utility>
 
+#include <rix/description/Algorithms.h>
+#include <rix/description/Values.h>
 #include <rix/io/TextFile.h>
+#include <rix/rendering/Picture.h>
+#include <rix/rendering/View.h>
 
-#include "../Algorithms.h"
 #include "../Failure.h"
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
-#include "../Tables.h"
-#include "../render/View.h"
-#include "Kitchen.h"
+#include "../TableFiles.h"
+#include "DryRun.h"
+#include "PreparedRun.h"
 #include "Record.h"
+#include "Workspace.h"
 
 namespace rix::cli {
 namespace {
@@ -25,14 +29,14 @@ constexpr std::size_t mostRowsShown = 40;
 
 nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds) {
     nlohmann::json properties = nlohmann::json::object();
-    for (const BaseProperty* property : listProperties(*run.algorithm)) {
-        if (const auto text = valueToText(*property); text && !property->isOutput()) {
+    for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
+        if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
             properties[property->getName()] = *text;
         }
     }
     nlohmann::json images = nlohmann::json::object();
     for (const auto& [name, text] : step.assignments) {
-        if (imageRoleOf(findProperty(*run.algorithm, name)) != ImageRole::None) {
+        if (description::imageRoleOf(description::findProperty(*run.algorithm, name)) != description::ImageRole::None) {
             images[name] = text;
         }
     }
@@ -43,7 +47,7 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
     const auto level = run.algorithm->getLastRunLevel();
     return {{"run", step.className},
             {"version", run.algorithm->getVersion()},
-            {"level", level ? nlohmann::json(levelToString(*level)) : nlohmann::json()},
+            {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
             {"seconds", seconds},
             {"properties", std::move(properties)},
             {"images", std::move(images)},
@@ -56,7 +60,7 @@ public:
     explicit Execution(const RecipeOptions& options, const Recipe& recipe)
         : m_options(options),
           m_recipe(recipe),
-          m_pantry(
+          m_workspace(
               loadImage, [] { return std::make_unique<io::MemoryImage>(); },
               [](const ImageModel& image) {
                   return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
@@ -73,7 +77,7 @@ public:
                 throw failureOfCurrentException().within("step " + std::to_string(i + 1) + " of the recipe");
             }
         }
-        for (const auto& path : m_pantry.files()) {
+        for (const auto& path : m_workspace.files()) {
             m_record.addInput(path);  // before an output takes its place
         }
         for (const auto& [path, write] : m_files) {
@@ -99,22 +103,22 @@ private:
             run(step);
         } else if (step.kind == Recipe::Step::Kind::Write) {
             const std::string& name = step.views.front().image;
-            if (const auto* const table = m_pantry.table(name)) {
+            if (const auto* const table = m_workspace.table(name)) {
                 m_files.emplace_back(step.target,
                                      [frame = table->toDataFrame(), path = step.target] { saveTable(path, frame); });
                 return;
             }
             m_files.emplace_back(step.target,
-                                 [image = m_pantry.asItIs(name), path = step.target] { saveImage(path, *image); });
+                                 [image = m_workspace.asItIs(name), path = step.target] { saveImage(path, *image); });
         } else {
             // Drawn now: a later step may change the images.
-            auto picture = std::make_shared<io::MemoryImage>(toImage(draw(step)));
+            auto picture = std::make_shared<io::MemoryImage>(rendering::toImage(draw(step)));
             m_files.emplace_back(step.target, [picture, path = step.target] { saveImage(path, *picture); });
         }
     }
 
     void run(const Recipe::Step& step) {
-        PreparedRun run = prepareRun(step, m_pantry);
+        PreparedRun run = prepareRun(step, m_workspace);
         const auto start = std::chrono::steady_clock::now();
         {
             ConsoleInteraction interaction(m_options.progress);
@@ -134,14 +138,15 @@ private:
         }
     }
 
-    Picture draw(const Recipe::Step& step) {
-        std::unique_ptr<Picture> picture;
+    rendering::Picture draw(const Recipe::Step& step) {
+        std::unique_ptr<rendering::Picture> picture;
         for (const Recipe::View& view : step.views) {
-            const ImageModel* const base = view.over.empty() ? nullptr : &m_pantry.input(view.over);
-            Picture next = renderView(m_pantry.input(view.image), base, {},
-                                      view.numbers ? LabelNumbers::Drawn : LabelNumbers::None);
-            picture = std::make_unique<Picture>(picture == nullptr ? std::move(next)
-                                                                   : sideBySide(*picture, next, gapBetweenPictures));
+            const ImageModel* const base = view.over.empty() ? nullptr : &m_workspace.input(view.over);
+            rendering::Picture next =
+                rendering::renderView(m_workspace.input(view.image), base, {},
+                                      view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None);
+            picture = std::make_unique<rendering::Picture>(
+                picture == nullptr ? std::move(next) : rendering::sideBySide(*picture, next, gapBetweenPictures));
         }
         return std::move(*picture);
     }
@@ -154,7 +159,7 @@ private:
 
     const RecipeOptions& m_options;
     const Recipe& m_recipe;
-    Pantry m_pantry;
+    Workspace m_workspace;
     Record m_record;
     std::vector<std::pair<std::filesystem::path, std::function<void()>>> m_files;
 };
@@ -163,7 +168,7 @@ private:
 
 void runRecipe(const RecipeOptions& options) {
     const Recipe recipe = readRecipe(options.recipe, options.parameters);
-    rehearse(recipe);
+    dryRun(recipe);
     Execution(options, recipe).carryOut();
 }
 

@@ -1,0 +1,3 @@
+from typing import Any, Optional
+
+def overlay(base: Any, labels: Any, axes: str, plane: Optional[int], frame: Optional[int], numbers: bool) -> Any: ...

@@ -1,0 +1,72 @@
+#include <rix/description/Suggestions.h>
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace rix::description {
+namespace {
+
+// Names are ASCII; the locale has no say.
+char lower(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+std::string lower(std::string_view text) {
+    std::string result(text);
+    std::transform(text.begin(), text.end(), result.begin(), [](char letter) { return lower(letter); });
+    return result;
+}
+
+}  // namespace
+
+std::size_t editDistance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> beforeLast(b.size() + 1);
+    std::vector<std::size_t> last(b.size() + 1);
+    std::vector<std::size_t> current(b.size() + 1);
+    std::iota(last.begin(), last.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        current[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const auto equal = [&](std::size_t p, std::size_t q) { return lower(a[p - 1]) == lower(b[q - 1]); };
+            current[j] = std::min({last[j] + 1, current[j - 1] + 1, last[j - 1] + (equal(i, j) ? 0 : 1)});
+            if (i > 1 && j > 1 && equal(i, j - 1) && equal(i - 1, j)) {
+                current[j] = std::min(current[j], beforeLast[j - 2] + 1);
+            }
+        }
+        std::swap(beforeLast, last);
+        std::swap(last, current);
+    }
+    return last[b.size()];
+}
+
+std::vector<std::string> suggest(std::string_view name, const std::vector<std::string>& candidates, std::size_t limit) {
+    // A part of a name is a rough guess: it comes after what is nearly the name.
+    constexpr std::size_t rankOfParts = 1000;
+    constexpr std::size_t shortestPart = 3;
+    std::vector<std::pair<std::size_t, std::string>> ranked;
+    const std::string wanted = lower(name);
+    for (const auto& candidate : candidates) {
+        const std::string offered = lower(candidate);
+        const std::size_t distance = editDistance(wanted, offered);
+        const bool isPart = (wanted.size() >= shortestPart && offered.find(wanted) != std::string::npos) ||
+                            (offered.size() >= shortestPart && wanted.find(offered) != std::string::npos);
+        if (distance <= std::max<std::size_t>(1, std::max(wanted.size(), offered.size()) / 3)) {
+            ranked.emplace_back(distance, candidate);
+        } else if (isPart) {
+            ranked.emplace_back(rankOfParts + distance, candidate);
+        }
+    }
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const auto& left, const auto& right) { return left.first < right.first; });
+    if (!ranked.empty() && ranked.front().first == 0) {
+        limit = 1;  // wrong in its capitals only: nothing else was meant
+    }
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < std::min(limit, ranked.size()); ++i) {
+        names.push_back(std::move(ranked[i].second));
+    }
+    return names;
+}
+
+}  // namespace rix::description

@@ -1,0 +1,190 @@
+#include <rix/rendering/HistogramChart.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/analysis/AutoThresholdingMsr.h>
+#include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/description/Text.h>
+#include <rix/exceptions/Exception.h>
+#include <rix/rendering/NotDrawable.h>
+#include <rix/rendering/Rows.h>
+
+#include "Canvas.h"
+
+namespace rix::rendering {
+namespace {
+
+constexpr std::size_t chartWidth = 800;
+constexpr std::size_t chartHeight = 500;
+// The plotting area, with room for the numbers on the left and below and for the list of thresholds above.
+constexpr double left = 90;
+constexpr double right = 780;
+constexpr double top = 90;
+constexpr double bottom = 440;
+constexpr Colour ink{40, 40, 40};
+constexpr Colour bars{110, 140, 180};
+constexpr Colour gridLine{225, 225, 225};
+
+struct Mark {
+    const char* name;
+    Colour colour;
+    std::optional<double> threshold;
+};
+
+/// Calls `visit` with the finite values of every row, and before each row `poll`.
+template <class F>
+void forEachValue(const ImageModel& image, const std::function<void()>& poll, const F& visit) {
+    RowReader reader(image);
+    for (std::size_t channel = 0; channel < image.getNumOf(SPECTRAL_SERIES); ++channel) {
+        for (std::size_t frame = 0; frame < image.getNumOf(SEQUENCE); ++frame) {
+            for (std::size_t plane = 0; plane < image.getNumOf(PLANS); ++plane) {
+                for (std::size_t row = 0; row < image.getNumOf(ROWS); ++row) {
+                    poll();
+                    for (const double value : reader.readReals({row, plane, frame, channel})) {
+                        if (std::isfinite(value)) {
+                            visit(value);
+                        }
+                    }
+                }
+            }
+        }
+    }
+}
+
+std::optional<double> thresholdOf(const ImageModel& image, int criterion) {
+    analysis::AutoThresholdingMsr result;
+    analysis::AutoThresholdingValue algorithm;
+    algorithm.setInputGrayImage(&image);
+    algorithm.setThresholdCriterion(static_cast<analysis::AutoThresholdingValue::ThresholdCriterionType>(criterion));
+    algorithm.setOutputMeasurement(&result);
+    try {
+        algorithm.run();
+    } catch (const InvalidCall&) {
+        return std::nullopt;  // nothing to part: a constant image, or the split is past the last class
+    }
+    return result.threshold[0];
+}
+
+/// 1, 2 or 5 times a power of ten: about `count` steps in a range.
+double niceStep(double range, double count) {
+    const double raw = range / count;
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    const double digit = raw / power;
+    return power * (digit <= 1 ? 1 : digit <= 2 ? 2 : digit <= 5 ? 5 : 10);
+}
+
+/// Places of the chart for intensities and counts.
+struct Scale {
+    double minimum;
+    double maximum;
+    double highest;
+
+    double x(double value) const { return left + (value - minimum) / (maximum - minimum) * (right - left); }
+    double y(double count) const { return bottom - count / highest * (bottom - top); }
+};
+
+/// On a row or column of pixels, so that lines are sharp.
+double onPixel(double position) {
+    return std::floor(position) + 0.5;
+}
+
+void drawAxes(Canvas& canvas, const Scale& scale) {
+    constexpr double tick = 6;
+    constexpr TextStyle numbers{.size = 13, .colour = ink};
+    constexpr TextStyle names{.size = 14, .colour = ink};
+    const double stepX = niceStep(scale.maximum - scale.minimum, 8);
+    for (double value = std::ceil(scale.minimum / stepX) * stepX; value <= scale.maximum; value += stepX) {
+        const double shown = std::abs(value) < stepX * 1e-9 ? 0.0 : value;
+        const double x = onPixel(scale.x(value));
+        canvas.drawLine(x, bottom, x, bottom + tick, 1, ink);
+        canvas.drawText(description::numberToText(static_cast<double>(static_cast<float>(shown))), x, bottom + 2 * tick,
+                        numbers, Anchor::Middle, Anchor::Start);
+    }
+    const double stepY = niceStep(scale.highest, 5);
+    for (double count = 0; count <= scale.highest; count += stepY) {
+        const double y = onPixel(scale.y(count));
+        canvas.drawLine(left - tick, y, left, y, 1, ink);
+        canvas.drawText(description::numberToText(count), left - 2 * tick, y, numbers, Anchor::End, Anchor::Middle);
+    }
+    canvas.drawLine(left, onPixel(bottom), right, onPixel(bottom), 1, ink);
+    canvas.drawLine(onPixel(left - 1), top, onPixel(left - 1), bottom + 1, 1, ink);
+    canvas.drawText("intensity (grey value)", (left + right) / 2, bottom + 38, names, Anchor::Middle, Anchor::Start);
+    canvas.drawText("voxels", left - 2 * tick, top - 26, names, Anchor::End, Anchor::Start);
+}
+
+void drawMark(Canvas& canvas, const Mark& mark, std::size_t place, const Scale& scale) {
+    const auto index = static_cast<double>(place % 2);
+    const auto line = static_cast<double>(place / 2);
+    const std::string text =
+        std::string(mark.name) + ": " +
+        (mark.threshold ? description::numberToText(std::round(*mark.threshold * 1000) / 1000) : "none");
+    canvas.drawText(text, left + index * 360, 14 + line * 24, {.size = 15, .colour = mark.colour, .bold = true},
+                    Anchor::Start, Anchor::Start);
+    if (mark.threshold && *mark.threshold >= scale.minimum && *mark.threshold <= scale.maximum) {
+        // Each line begins a little lower, so that equal thresholds are all seen.
+        const double x = std::min(std::floor(scale.x(*mark.threshold)) + 1, right - 1);
+        canvas.drawLine(x, top - 16 + static_cast<double>(place) * 4, x, bottom, 2, mark.colour);
+    }
+}
+
+}  // namespace
+
+Picture drawHistogram(const ImageModel& image, const std::function<void()>& poll) {
+    if (!access::contains(access::Reals{}, image.getVoxelType())) {
+        throw NotDrawable("a histogram needs real voxels: the image has the type " +
+                          helper::voxelTypesToString(image.getVoxelType()));
+    }
+    double minimum = INFINITY;
+    double maximum = -INFINITY;
+    forEachValue(image, poll, [&](double value) {
+        minimum = std::min(minimum, value);
+        maximum = std::max(maximum, value);
+    });
+    if (minimum > maximum) {
+        throw NotDrawable("a histogram needs voxels: the image has no finite one");
+    }
+    const bool integers = image.getVoxelType() != RIX_FLOAT32 && image.getVoxelType() != RIX_FLOAT64;
+    const double end = integers ? maximum + 1 : maximum > minimum ? maximum : minimum + 1;
+
+    // A bar is at least one pixel wide, and at least one value of an integer image.
+    constexpr double columns = right - left;
+    const auto bins = static_cast<std::size_t>(
+        integers ? std::min(columns, std::ceil((end - minimum) / std::ceil((end - minimum) / columns))) : columns);
+    std::vector<std::uint64_t> counts(bins, 0);
+    forEachValue(image, poll, [&](double value) {
+        ++counts[std::min(bins - 1,
+                          static_cast<std::size_t>((value - minimum) / (end - minimum) * static_cast<double>(bins)))];
+    });
+
+    const auto highest = static_cast<double>(*std::max_element(counts.begin(), counts.end()));
+    const Scale scale{minimum, end, highest};
+    Canvas canvas(Picture(chartWidth, chartHeight, grey(255)));
+    for (double count = niceStep(highest, 5); count <= highest; count += niceStep(highest, 5)) {
+        canvas.drawLine(left, onPixel(scale.y(count)), right, onPixel(scale.y(count)), 1, gridLine);
+    }
+    const double widthOfBar = (right - left) / static_cast<double>(bins);
+    for (std::size_t bin = 0; bin < bins; ++bin) {
+        const double from = std::round(left + static_cast<double>(bin) * widthOfBar);
+        const double to = std::round(left + static_cast<double>(bin + 1) * widthOfBar);
+        const double upper = std::round(scale.y(static_cast<double>(counts[bin])));
+        canvas.fillRectangle(from, upper, to - from, bottom - upper, bars);
+    }
+    drawAxes(canvas, scale);
+
+    Mark marks[] = {{"entropy", {200, 40, 40}, {}},
+                    {"factorisation", {30, 130, 60}, {}},
+                    {"moments", {150, 60, 170}, {}},
+                    {"isodata", {200, 120, 0}, {}}};
+    for (std::size_t i = 0; i < std::size(marks); ++i) {
+        marks[i].threshold = thresholdOf(image, static_cast<int>(i));
+        drawMark(canvas, marks[i], i, scale);
+    }
+    return canvas.toPicture();
+}
+
+}  // namespace rix::rendering
