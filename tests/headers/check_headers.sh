@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# usage: check_headers.sh COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
-# Compiles every header below the include folders alone, with the warnings that a careful user may have switched on.
-# Lists the headers and stops at the first that doesn't compile.
+# usage: check_headers.sh PART PARTS COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
+# Compiles every header below the include folders alone, with the warnings that a careful user may have switched on: of
+# each PARTS headers the one whose turn it is in this PART, counted from 0. Lists the headers and stops at the first that
+# doesn't compile.
 set -euo pipefail
-compiler=$1
-shift
+part=$1
+parts=$2
+compiler=$3
+shift 3
 
 folders=()
 flags=(-std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
@@ -18,9 +21,13 @@ for folder in "$@"; do
   flags+=(-isystem "$folder")
 done
 
+seen=0
 count=0
 for folder in "${folders[@]}"; do
   while IFS= read -r header; do
+    if ((seen++ % parts != part)); then
+      continue
+    fi
     # Included from a source of its own: a header compiled as the main file would be warned of its "#pragma once".
     if ! printf '#include <%s>\n' "$header" | "$compiler" "${flags[@]}" -x c++ -; then
       printf 'FAILED   %s\n' "$header"
