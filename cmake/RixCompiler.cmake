@@ -15,9 +15,18 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
 endif()
 
 find_program(RIX_CCACHE ccache)
-if(RIX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${RIX_CCACHE})
+find_program(RIX_ENV env)
+if(RIX_CCACHE AND RIX_ENV AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # What one clone compiled serves every other, wherever it lies: the cache sees paths below the tree relative to the
+  # build folder. Precompiled headers are cached, too, which needs the two allowances.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${RIX_ENV} CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}
+    CCACHE_SLOPPINESS=pch_defines,time_macros)
+  if(RIX_SANITIZE OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    list(APPEND CMAKE_CXX_COMPILER_LAUNCHER CCACHE_NOHASHDIR=1)  # for debuggers the build folder is in the object
+  endif()
+  list(APPEND CMAKE_CXX_COMPILER_LAUNCHER ${RIX_CCACHE})
 endif()
+file(RELATIVE_PATH rix_source_from_build ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
 
 # What our own targets are compiled with. Users of the library get none of it.
 add_library(rix_compile_options INTERFACE)
@@ -26,14 +35,17 @@ target_compile_options(rix_compile_options INTERFACE
   -Wold-style-cast -Wnull-dereference -Wimplicit-fallthrough
   # Contracting a * b + c into one rounding would make results depend on the level of optimisation.
   -ffp-contract=off
+  # Nobody reads errno, and roots become instructions.
+  -fno-math-errno
   # The source position kept in exceptions must not show where the tree was built.
-  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -fmacro-prefix-map=${rix_source_from_build}=)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # g++ 12 reports these inside inlined code of the standard library that is correct.
   target_compile_options(rix_compile_options INTERFACE -Wno-null-dereference -Wno-restrict)
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-  # clang reports what g++'s standard library itself deprecates and uses (the buffer of std::stable_sort).
-  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations)
+  # clang reports what g++'s standard library itself deprecates and uses (the buffer of std::stable_sort), and that an
+  # enumerator, which may be negative by its type, is an index.
+  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations -Wno-sign-conversion)
 endif()
 if(RIX_WARNINGS_AS_ERRORS)
   target_compile_options(rix_compile_options INTERFACE -Werror)
@@ -48,15 +60,24 @@ if(RIX_SANITIZE)
     # at the access; they would take a fifth of the compile time.
     add_compile_options(-fno-sanitize=null,vptr,object-size)
   endif()
+  # Reports name sources as seen from the tree, whichever clone compiled them first.
+  add_compile_options(-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/= -fdebug-prefix-map=${rix_source_from_build}=
+    -fdebug-prefix-map=${PROJECT_BINARY_DIR}=.)
 endif()
+
+# The linker of LLVM takes a third of the time for the test programs, which are as large as the whole library each.
+find_program(RIX_LLD ld.lld)
 
 # rix_compile_fast(TARGET... [SHIPPED])
 # For what takes long to compile and short to run, which is most of the tests and tools: under the sanitizers, which
-# instrument every line, it is not optimised; else it is only a little, unless users get it.
+# instrument every line, it is not optimised, and the alignment of pointers is left to be checked where the library
+# reads rows; else it is only a little, unless users get it.
 function(rix_compile_fast)
   cmake_parse_arguments(ARG "SHIPPED" "" "" ${ARGN})
   foreach(target ${ARG_UNPARSED_ARGUMENTS})
-    if(RIX_SANITIZE)
+    if(RIX_SANITIZE MATCHES "undefined")
+      target_compile_options(${target} PRIVATE -O0 -fno-sanitize=alignment)
+    elseif(RIX_SANITIZE)
       target_compile_options(${target} PRIVATE -O0)
     elseif(NOT ARG_SHIPPED)
       target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
@@ -64,11 +85,21 @@ function(rix_compile_fast)
   endforeach()
 endfunction()
 
+# rix_compile_fast_sources(FILE...)
+# The same for sources of a module: loops over pairs of sample types, whose optimisation under the sanitizers takes
+# several times what their tests then save.
+function(rix_compile_fast_sources)
+  if(RIX_SANITIZE)
+    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O0 SKIP_PRECOMPILE_HEADERS ON)
+  endif()
+endfunction()
+
 # rix_run_fast(FILE...)
 # The exceptions from the rule: tests that compute for long, with references in the same file.
 function(rix_run_fast)
   if(RIX_SANITIZE)
-    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O1)
+    # Precompiled headers are for the flags of the target.
+    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O1 SKIP_PRECOMPILE_HEADERS ON)
   endif()
 endfunction()
 

@@ -21,3 +21,21 @@ parallel_jobs() {
   ((jobs > 0)) || jobs=1
   say "$jobs"
 }
+
+# The path of a tool that the Debian package of the same name holds, which is installed when it is missing.
+tool_of() {
+  command -v "$1" && return
+  "$root/scripts/setup" --only "$1" >&2
+  command -v "$1" || die "$1 is not installed (Debian package $1)"
+}
+
+# The files below the working folder that differ from where the branch left main, uncommitted and new ones included; on
+# main itself, from what was last fetched.
+changed_files() {
+  local base
+  base=$(git merge-base HEAD origin/main 2>/dev/null || git merge-base HEAD main 2>/dev/null || git rev-parse HEAD)
+  {
+    git diff --name-only --diff-filter=d --relative "$base" -- "$@"
+    git ls-files --others --exclude-standard -- "$@"
+  } | sort -u
+}

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
-# usage: check_headers.sh COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
-# Compiles every header below the include folders alone, with the warnings that a careful user may have switched on.
-# Lists the headers and stops at the first that doesn't compile. A header that compiles its includer once for every
-# instruction set is told which file that is, as every file of kernels does.
+# usage: check_headers.sh PART PARTS COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
+# Compiles every header below the include folders alone, with the warnings that a careful user may have switched on: of
+# each PARTS headers the one whose turn it is in this PART, counted from 0. Lists the headers and stops at the first that
+# doesn't compile. A header that compiles its includer once for every instruction set is told which file that is, as every
+# file of kernels does.
 set -euo pipefail
-compiler=$1
-shift
+part=$1
+parts=$2
+compiler=$3
+shift 3
 
 folders=()
 flags=(-std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
@@ -31,9 +34,13 @@ compiles() {
   "$compiler" "${flags[@]}" -I "$probe" "$probe/probe.cpp"
 }
 
+seen=0
 count=0
 for folder in "${folders[@]}"; do
   while IFS= read -r header; do
+    if ((seen++ % parts != part)); then
+      continue
+    fi
     if ! compiles "$folder" "$header"; then
       printf 'FAILED   %s\n' "$header"
       exit 1

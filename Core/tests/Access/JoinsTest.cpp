@@ -11,6 +11,7 @@
 
 #include "AccessTestTools.h"
 #include "ImageFactories.h"
+#include "Sanitizers.h"
 
 namespace rix::access {
 namespace {
@@ -43,6 +44,7 @@ double sumOf(BlockScheduler& scheduler, const ImageModel& image) {
 }
 
 TEST(ReduceLeaves, GivesTheSameBitsForEveryCutScheduleAndStorage) {
+    test::Sampling sampling(7);
     for (const Extents& n : {Extents{731, 412, 1, 1, 1}, Extents{3, 41000, 2, 1, 3}, Extents{300000, 2, 1, 1, 1},
                              Extents{65536, 5, 1, 1, 1}, Extents{10, 10, 1, 1, 1}}) {
         SCOPED_TRACE(testing::PrintToString(n));
@@ -67,6 +69,9 @@ TEST(ReduceLeaves, GivesTheSameBitsForEveryCutScheduleAndStorage) {
                      {&serialScheduler(), &parallelScheduler(), static_cast<BlockScheduler*>(&shuffled)}) {
                     for (const ImageModel* each :
                          {static_cast<const ImageModel*>(&image), static_cast<const ImageModel*>(&copied)}) {
+                        if (!sampling.takesNext()) {
+                            continue;
+                        }
                         EXPECT_EQ(std::bit_cast<std::uint64_t>(sumOf(*scheduler, *each)),
                                   std::bit_cast<std::uint64_t>(expected));
                     }
