@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # usage: check_install.sh CMAKE COMPILER BUILD_FOLDER WORK_FOLDER [PYTHON]
 # Installs the library into an empty prefix, moves the prefix, and builds and runs a stranger's program against it: once
-# through the CMake package, once through pkg-config. Then does the same with the example of the README, which also reads
-# and writes files, and with plug-ins, which a program and the command line load. Where the Python package was built,
-# imports and uses it as well.
+# through the CMake package, once through pkg-config, and so a program with a measure of its own, the example of the page
+# on measures. Then does the same with the example of the README, which also reads and writes files, and with plug-ins,
+# which a program and the command line load. Where the Python package was built, imports and uses it as well.
 set -euo pipefail
 cmake=$1 compiler=$2 build=$3 work=$4 python=${5:-}
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -34,6 +34,13 @@ flags=$(PKG_CONFIG_PATH=$pc_folder pkg-config --cflags --libs lumora_rix)
 # shellcheck disable=SC2086 # the flags are several words
 "$compiler" -std=c++20 "$here/consumer/main.cpp" $flags -Wl,-rpath,"$(dirname "$pc_folder")" -o "$work/consumer"
 run "pkg-config" "$work/consumer"
+
+# The example of the page on measures, as it stands there.
+awk '/^```cpp$/ {inside = 1; next} /^```$/ && inside {exit} inside' "$source_folder/docs/measures.md" >"$work/measure.cpp"
+# shellcheck disable=SC2086
+"$compiler" -std=c++20 "$work/measure.cpp" $flags -Wl,-rpath,"$(dirname "$pc_folder")" -o "$work/measure"
+expected=$'1: 0.5, 1\n2: 1, 1\n3: 1.5, 1'
+run "measure of its own" "$work/measure"
 
 # The example of the README, as it stands there.
 mkdir -p "$work/readme"

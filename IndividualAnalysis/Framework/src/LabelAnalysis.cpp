@@ -15,6 +15,7 @@
 #include "LabelAnalysisPrivate.h"
 #include "LabelAnalysisRunners.h"
 #include "formula/MeasureRequest.h"
+#include "gathering/GatheringNeeds.h"
 #include "measures/Measures.h"
 
 namespace rix::individual_analysis {
@@ -67,7 +68,7 @@ public:
                                              useOf(m_state.inputIntensityImage.get()));
     }
     String describe() const override {
-        return "must be names of measures (" + joined(standardMeasures().getNames()) + "), presets (" +
+        return "must be names of measures (" + joined(knownMeasures()->getNames()) + "), presets (" +
                joined(presetNames()) + ") and formulas";
     }
 

@@ -1,18 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
 #include <rix/image/ImageModel.h>
 #include <rix/individual_analysis/MeasureGroup.h>
-#include <rix/individual_analysis/MeasureStatus.h>
 
 namespace rix::individual_analysis {
-
-DimensionalMode modeOf(const ImageModel& labels);
-
-/// Bits of `GatheredData`: what the first pass has to gather for the measures.
-std::uint32_t gatheredFor(const MeasureGroup& request, DimensionalMode mode);
 
 /// The most bytes that an analysis can take, from the headers of the images alone. Assumes the worst images that there
 /// are: each element an object of its own, as far as the type of the labels has so many labels, and labels as sparse as

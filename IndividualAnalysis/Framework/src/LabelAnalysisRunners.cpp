@@ -12,7 +12,6 @@
 #include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/individual_analysis/MeasureSet.h>
 
-#include "LabelAnalysisMemory.h"
 #include "LabelAnalysisPrivate.h"
 #include "MeasureTable.h"
 #include "gathering/Gathering.h"
@@ -30,19 +29,14 @@ class Analysis {
 public:
     Analysis(access::ExecutionContext& context, OptimLevelType level, const ImageModel& labels,
              const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request)
-        : m_context(context),
-          m_level(level),
-          m_labels(labels),
-          m_intensity(intensity),
-          m_request(std::move(request)),
-          m_mode(modeOf(labels)) {}
+        : m_context(context), m_level(level), m_labels(labels), m_intensity(intensity), m_request(std::move(request)) {}
 
     /// @param framesBefore in the result already: rows are appended to them
     void run(LabelAnalysisMsr& result, std::size_t framesBefore) {
-        const std::uint32_t gathered = gatheredFor(*m_request, m_mode);
-        const access::Steps steps(m_context, (gathered & GATHER_VALUES) != 0 ? 3 : 2);
-        // The first pass finds the labels, which the set has to know, and sums all that measures need of it at once.
-        m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, gathered);
+        const GatheringNeeds needs(m_labels, m_intensity, *m_request);
+        const access::Steps steps(m_context, needs.values ? 3 : 2);
+        // The first pass finds the labels, which the set has to know, and gathers all that measures need of it at once.
+        m_objects = gatherObjects(m_context, m_level, m_labels, m_intensity, needs);
         showGathered();
         MeasureSet set(m_request, imageInfo());
         set.setupDependencies();
@@ -62,7 +56,7 @@ public:
         // The values are final: what they came from makes room for the table.
         m_values.clear();
         for (ObjectTable& frame : m_objects) {
-            frame.releaseSums();
+            frame.releaseQuantities();
         }
         if (framesBefore == 0) {
             startTable(result, set);
@@ -75,11 +69,11 @@ private:
         LabelImageInfo info;
         for (const ObjectTable& frame : m_objects) {
             info.numLabels.push_back(frame.size());
-            info.labelSizes.push_back(frame.labels.empty() ? 0 : frame.labels.back());
+            info.labelSizes.push_back(frame.labels().empty() ? 0 : frame.labels().back());
         }
         info.numSpectralPlanes = m_intensity != nullptr ? m_intensity->getNumOf(SPECTRAL_SERIES) : 1;
         info.calibration.init(m_labels);
-        info.dimensionalMode = m_mode;
+        info.dimensionalMode = modeOf(m_labels);
         return info;
     }
 
@@ -146,7 +140,6 @@ private:
     const ImageModel& m_labels;
     const ImageModel* m_intensity;
     std::shared_ptr<const MeasureGroup> m_request;
-    DimensionalMode m_mode;
     std::vector<ObjectTable> m_objects;  ///< of each frame
     std::vector<std::unique_ptr<GreyValues>> m_values;
     std::vector<GatheredFrame> m_gathered;  ///< all these, as measures see them

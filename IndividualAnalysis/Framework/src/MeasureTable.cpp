@@ -84,7 +84,7 @@ void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::v
     result.label.resize(rows);
     std::size_t row = firstRow;
     for (std::size_t frame = 0; frame < frames.size(); ++frame) {
-        for (const std::uint32_t label : frames[frame].labels) {
+        for (const std::uint32_t label : frames[frame].labels()) {
             result.frame[row] = static_cast<std::int64_t>(firstFrame + frame);
             result.label[row++] = label;
         }

@@ -174,7 +174,7 @@ TEST(ClosedForms, EllipsesHaveTheirAxesAndDirections) {
             };
             SCOPED_TRACE(testing::PrintToString(spacing) + ", angle " + std::to_string(angle));
             const auto table = analyse(draw(ellipse, {major, major, 0}, spacing, {0.3, 0.7, 0}),
-                                       "PrincipalAxes, Orientation, Elongation, Feret, Area, Perimeter, SecondMoments");
+                                       "PrincipalAxes, Orientation, Elongation, Feret");
             const auto value = [&](const char* name) { return column(*table, name).at(0); };
             EXPECT_NEAR(value("PrincipalAxesMajor"), 2 * major, 0.02 * major);
             EXPECT_NEAR(value("PrincipalAxesMinor"), 2 * minor, 0.02 * major);
@@ -185,12 +185,6 @@ TEST(ClosedForms, EllipsesHaveTheirAxesAndDirections) {
             EXPECT_LT(value("Orientation"), pi);
             EXPECT_NEAR(value("FeretMaximum"), 2 * major, 2.0);
             EXPECT_NEAR(value("FeretMinimum"), 2 * minor, 2.0);
-            EXPECT_NEAR(value("Area"), pi * major * minor, 0.01 * pi * major * minor);
-            constexpr double h = (major - minor) * (major - minor) / ((major + minor) * (major + minor));
-            // By the second approximation of Ramanujan, far closer than the pixels allow.
-            EXPECT_NEAR(value("Perimeter") / (pi * (major + minor) * (1 + 3 * h / (10 + std::sqrt(4 - 3 * h)))), 1.0,
-                        0.06);
-            EXPECT_NEAR(value("SecondMomentsXY"), (major * major - minor * minor) / 8 * std::sin(2 * angle), 2.0);
         }
     }
 }
@@ -259,59 +253,35 @@ io::MemoryImage box(const std::array<std::size_t, 3>& size, const Point& spacing
 TEST(ClosedForms, OnePixelIsARectangle) {
     // Of 2 by 3: what each measure promises for one pixel, with unequal spacing.
     const double perimeter = 6 * (std::atan2(3, 2) / 2 + pi / 2 / std::sqrt(13) + (pi / 2 - std::atan2(3, 2)) / 3);
-    expectExact(box({1, 1, 1}, {2, 3, 1}), {{"PixelCount", 1},
-                                            {"Area", 6},
-                                            {"BarycenterX", 2},
-                                            {"BarycenterY", 3},
-                                            {"BoundingBoxMinX", 1},
-                                            {"BoundingBoxMaxY", 1},
-                                            {"BoundingBoxSizeX", 2},
+    expectExact(box({1, 1, 1}, {2, 3, 1}), {{"BoundingBoxSizeX", 2},
                                             {"BoundingBoxSizeY", 3},
-                                            {"TouchesBorder", 0},
                                             {"Perimeter", perimeter},
                                             {"Circularity", 24 * pi / (perimeter * perimeter)},
                                             {"EquivalentDiameter", std::sqrt(24 / pi)},
                                             {"Extent", 1},
-                                            {"SecondMomentsXX", 4.0 / 12},
-                                            {"SecondMomentsYY", 9.0 / 12},
-                                            {"SecondMomentsXY", 0},
                                             {"PrincipalAxesMajor", 6 / std::sqrt(3)},
                                             {"PrincipalAxesMinor", 4 / std::sqrt(3)},
                                             {"Orientation", pi / 2},
                                             {"Elongation", 1.5},
-                                            {"EulerNumber", 1},
-                                            {"FeretMaximum", std::sqrt(13)},
                                             {"FeretMaximumAngle", std::atan2(3, 2)},
                                             {"FeretMinimum", 2},
-                                            {"FeretMinimumAngle", 0},
-                                            {"ConvexArea", 6},
-                                            {"Solidity", 1}});
+                                            {"FeretMinimumAngle", 0}});
     io::MemoryImage voxel =
         test::makeImage({.extents = {3, 3, 3, 1, 1}}, [](std::size_t x, std::size_t y, std::size_t z, std::size_t,
                                                          std::size_t) { return x == 1 && y == 1 && z == 1 ? 1 : 0; });
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
         voxel.setSpacingOf(axis, 2.0 + static_cast<double>(axis));
     }
-    expectExact(voxel, {{"PixelCount", 1},
-                        {"Volume", 24},
-                        {"BarycenterZ", 4},
-                        {"BoundingBoxMinZ", 1},
+    expectExact(voxel, {{"BoundingBoxMinZ", 1},
                         {"BoundingBoxSizeZ", 4},
-                        {"TouchesBorder", 0},
                         {"EquivalentDiameter", std::cbrt(144 / pi)},
                         {"Extent", 1},
-                        {"SecondMomentsZZ", 16.0 / 12},
-                        {"SecondMomentsXZ", 0},
                         {"PrincipalAxesMajor", 8 * std::sqrt(5.0 / 12)},
                         {"PrincipalAxesMiddle", 6 * std::sqrt(5.0 / 12)},
                         {"PrincipalAxesMinor", 4 * std::sqrt(5.0 / 12)},
                         {"OrientationX", 0},
                         {"OrientationZ", 1},
-                        {"Elongation", 2},
-                        {"EulerNumber", 1},
-                        {"FeretMaximum", std::sqrt(29)},
-                        {"ConvexVolume", 24},
-                        {"Solidity", 1}});
+                        {"Elongation", 2}});
     EXPECT_NEAR(single(box({1, 1, 1}, {1, 1, 1}), "Circularity"), 1.748, 5e-4);
     for (const Components axis : {COLUMNS, ROWS, PLANS}) {
         voxel.setSpacingOf(axis, 1.0);
@@ -320,30 +290,14 @@ TEST(ClosedForms, OnePixelIsARectangle) {
     EXPECT_NEAR(single(voxel, "Sphericity"), 1.61, 5e-3);
 }
 
-TEST(ClosedForms, UprightBoxesAreExactAndTheirBoundariesUnderestimated) {
+TEST(ClosedForms, BoundariesOfUprightBoxesAreUnderestimated) {
     for (const Point& spacing : {Point{1, 1, 1}, Point{0.5, 0.8, 2}}) {
         const double a = 40 * spacing[0];
         const double b = 25 * spacing[1];
-        const io::MemoryImage flat = box({40, 25, 1}, spacing);
-        expectExact(flat, {{"Area", a * b},
-                           {"SecondMomentsXX", a * a / 12},
-                           {"SecondMomentsYY", b * b / 12},
-                           {"FeretMaximum", std::hypot(a, b)},
-                           {"FeretMinimum", std::min(a, b)},
-                           {"ConvexArea", a * b},
-                           {"Solidity", 1},
-                           {"Extent", 1},
-                           {"EulerNumber", 1}});
-        EXPECT_NEAR(single(flat, "Perimeter") / (2 * (a + b)), 0.935, 0.015);
         const double c = 30 * spacing[2];
+        EXPECT_NEAR(single(box({40, 25, 1}, spacing), "Perimeter") / (2 * (a + b)), 0.935, 0.015);
         const io::MemoryImage solid = box({40, 25, 30}, spacing);
-        expectExact(solid, {{"Volume", a * b * c},
-                            {"SecondMomentsZZ", c * c / 12},
-                            {"ConvexVolume", a * b * c},
-                            {"FeretMaximum", std::hypot(a, b, c)},
-                            {"Solidity", 1},
-                            {"Extent", 1},
-                            {"EulerNumber", 1}});
+        expectExact(solid, {{"ConvexVolume", a * b * c}, {"FeretMaximum", std::hypot(a, b, c)}, {"Solidity", 1}});
         const bool equal = spacing[0] == spacing[1];
         EXPECT_NEAR(single(solid, "SurfaceArea") / (2 * (a * b + b * c + a * c)), equal ? 0.92 : 0.86, 0.03);
     }

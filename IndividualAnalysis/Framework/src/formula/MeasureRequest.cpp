@@ -26,11 +26,13 @@ public:
         : m_mode(mode),
           m_intensity(intensity),
           m_items(parseFormulas(text)),
-          m_names(std::make_shared<MeasureNamesHandler>(standardMeasures())) {}
+          m_known(knownMeasures()),
+          m_names(std::make_shared<MeasureNamesHandler>(*m_known)) {}
 
     std::shared_ptr<const MeasureGroup> read() {
         for (const FormulaItem& item : m_items) {
-            if (!item.name.empty() && (isTaken(item.name) || !m_formulas.emplace(item.name, &item).second)) {
+            if (!item.name.empty() &&
+                (isTaken(*m_names, item.name, m_mode) || !m_formulas.emplace(item.name, &item).second)) {
                 rules::refuse("The name \"" + item.name + "\" of a formula stands for something else already.");
             }
         }
@@ -45,14 +47,6 @@ public:
 
 private:
     using Measure = std::shared_ptr<const BaseMeasureUniqueId>;
-
-    bool isTaken(const String& name) const {
-        const auto presets = presetNames();
-        // "Frame" and "Label" are the columns that every table has.
-        return name == "pi" || name == "Frame" || name == "Label" || findFormulaFunction(name) != nullptr ||
-               m_names->findMeasure(name) != nullptr || m_names->findValue(name, m_mode) ||
-               std::find(presets.begin(), presets.end(), name) != presets.end();
-    }
 
     std::vector<Measure> measuresOf(const FormulaItem& item) {
         if (!item.name.empty()) {
@@ -165,7 +159,7 @@ private:
 
     [[noreturn]] void refuseUnknown(const String& name) const {
         String known;
-        for (const String& other : standardMeasures().getNames()) {
+        for (const String& other : m_known->getNames()) {
             known += (known.empty() ? "" : ", ") + other;
         }
         String presets;
@@ -188,7 +182,7 @@ private:
         for (const auto& [formula, item] : m_formulas) {
             candidates.push_back(formula);
         }
-        for (const String& measureName : standardMeasures().getNames()) {
+        for (const String& measureName : m_known->getNames()) {
             candidates.push_back(measureName);
             if (const Measure measure = m_names->findMeasure(measureName); measure != nullptr) {
                 for (const MeasureComponent& component : measure->getMeasureAttributes(m_mode).components) {
@@ -231,12 +225,20 @@ private:
     DimensionalMode m_mode;
     IntensityUse m_intensity;
     std::vector<FormulaItem> m_items;
-    std::shared_ptr<MeasureNamesHandler> m_names;
+    std::shared_ptr<const MeasureNamesHandler> m_known;
+    std::shared_ptr<MeasureNamesHandler> m_names;     ///< these, and the formulas of the request
     std::map<String, const FormulaItem*> m_formulas;  ///< those with a name
     std::vector<String> m_open;                       ///< those that are being made
 };
 
 }  // namespace
+
+bool isTaken(const MeasureNamesHandler& names, const String& name, DimensionalMode mode) {
+    const auto presets = presetNames();
+    return name == "pi" || name == "Frame" || name == "Label" || findFormulaFunction(name) != nullptr ||
+           names.findMeasure(name) != nullptr || names.findValue(name, mode) ||
+           std::find(presets.begin(), presets.end(), name) != presets.end();
+}
 
 std::shared_ptr<const MeasureGroup> readMeasureRequest(const String& text, DimensionalMode mode,
                                                        IntensityUse intensity) {

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <rix/individual_analysis/MeasureInfo.h>
-
 namespace rix::individual_analysis {
 
 namespace {
@@ -17,12 +15,12 @@ constexpr double nanosecondsPerVoxel = 0.3;
 
 }  // namespace
 
-BandPlan::BandPlan(const ImageModel& labels, std::uint32_t gathered)
+BandPlan::BandPlan(const ImageModel& labels, bool neighbours)
     : columns(labels.getNumOf(COLUMNS)),
       rows(labels.getNumOf(ROWS)),
       planes(labels.getNumOf(PLANS)),
       frames(labels.getNumOf(SEQUENCE)) {
-    if ((gathered & (GATHER_CONTACTS | GATHER_EULER)) != 0) {
+    if (neighbours) {
         lookBack = planes > 1 ? rows + 1 : 1;
     }
     access::BandNeeds needs;

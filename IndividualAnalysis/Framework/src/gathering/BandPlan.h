@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 
 #include <rix/access/Plan.h>
 #include <rix/image/ImageModel.h>
@@ -11,7 +11,8 @@ namespace rix::individual_analysis {
 /// The cut depends on the image's extents and on what is gathered alone, also in tests: sums of reals are made band by
 /// band and joined in their order, so that they are the same for every number of threads.
 struct BandPlan {
-    BandPlan(const ImageModel& labels, std::uint32_t gathered);
+    /// @param neighbours whether bands look at the rows before them
+    BandPlan(const ImageModel& labels, bool neighbours);
 
     std::size_t bandsOfFrame() const { return plan.parts(ROWS); }
     /// A line as a segment of one channel.

@@ -2,11 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include <rix/access/MemoryAccount.h>
+#include <rix/individual_analysis/Quantity.h>
 
 #include "LabelHash.h"
-#include "Sums.h"
 
 namespace rix::individual_analysis {
 
@@ -14,38 +15,34 @@ namespace rix::individual_analysis {
 /// that occur.
 class BandTable {
 public:
-    /// @param gathered bits of `GatheredData`
-    BandTable(std::uint32_t gathered, std::size_t channels) : m_gathered(gathered), m_channels(channels) {}
+    explicit BandTable(QuantityTable quantities) : m_quantities(std::move(quantities)) {}
 
     /// The slot of a label, made when it is new.
     std::uint32_t slotOf(std::uint32_t label) {
         const std::uint32_t slot = m_slots.find(label);
         return slot != LabelHash::unknown ? slot : insert(label);
     }
+    std::size_t size() const { return m_labels.size(); }
+    const access::CountedVector<std::uint32_t>& labels() const { return m_labels; }
+    const QuantityTable& quantities() const { return m_quantities; }
 
-    std::size_t size() const { return labels.size(); }
-    std::size_t channels() const { return m_channels; }
-    std::uint32_t gathered() const { return m_gathered; }
-    bool gathers(std::uint32_t data) const { return (m_gathered & data) != 0; }
-
-    /// Brings the sums of grey values from the form within a band to that between bands.
+    /// Makes room in all quantities for the objects that are known.
+    void grow() {
+        if (m_grown != size()) {
+            growQuantities();
+        }
+    }
+    /// Ends the band.
     void finish();
-
-    access::CountedVector<std::uint32_t> labels;
-    access::CountedVector<ShapeSums> shape;
-    access::CountedVector<SecondMoments> second;
-    access::CountedVector<ContactSums> contacts;
-    access::CountedVector<IntensitySums> intensity;    ///< the channels of an object are adjacent
-    access::CountedVector<WeightedPosition> weighted;  ///< the same
-    access::CountedVector<OutlineRow> outline;         ///< in raster order
-    access::CountedVector<std::uint32_t> outlineRows;  ///< how many of them each object has
 
 private:
     std::uint32_t insert(std::uint32_t label);
+    void growQuantities();
 
-    std::uint32_t m_gathered;
-    std::size_t m_channels;
+    access::CountedVector<std::uint32_t> m_labels;
+    std::size_t m_grown = 0;
     LabelHash m_slots;
+    QuantityTable m_quantities;
 };
 
 }  // namespace rix::individual_analysis

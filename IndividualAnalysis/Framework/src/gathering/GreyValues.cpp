@@ -74,16 +74,17 @@ double percentileOf(std::span<T> values, double percentage) {
 
 }  // namespace
 
-GreyValues::GreyValues(VoxelTypes type, const ObjectTable& objects)
-    : m_type(type), m_objects(objects.size()), m_next(objects.size() * objects.channels()) {
+GreyValues::GreyValues(VoxelTypes type, std::size_t channels, const ObjectTable& objects)
+    : m_type(type), m_objects(objects.size()), m_next(objects.size() * channels) {
     m_first.reserve(m_objects + 1);
-    for (const ShapeSums& shape : objects.shape) {
+    const ShapeQuantity& shape = objects.shape();
+    for (std::size_t index = 0; index < m_objects; ++index) {
         m_first.push_back(m_count);
-        m_count += shape.count;
+        m_count += shape.of(index).count;
     }
     m_first.push_back(m_count);
     std::size_t bytes = 0;
-    if (!helper::checkedMultiply(m_count, objects.channels() * helper::getSizeOf(type), bytes)) {
+    if (!helper::checkedMultiply(m_count, channels * helper::getSizeOf(type), bytes)) {
         throw MemoryError("The grey values of the objects take more bytes than 64 bits can count.");
     }
     m_data = access::Scratch(bytes);
@@ -109,11 +110,12 @@ double GreyValues::percentile(std::size_t index, std::size_t channel, double per
 std::vector<std::unique_ptr<GreyValues>> gatherGreyValues(access::ExecutionContext& context, OptimLevelType level,
                                                           const ImageModel& labels, const ImageModel& intensity,
                                                           const std::vector<ObjectTable>& objects) {
+    const std::size_t channels = intensity.getNumOf(SPECTRAL_SERIES);
     std::vector<std::unique_ptr<GreyValues>> frames;
     for (const ObjectTable& frame : objects) {
-        frames.push_back(std::make_unique<GreyValues>(intensity.getVoxelType(), frame));
+        frames.push_back(std::make_unique<GreyValues>(intensity.getVoxelType(), channels, frame));
     }
-    const BandPlan plan(labels, 0);
+    const BandPlan plan(labels, false);
     access::run(context, plan.plan, [&](const access::Block& band, access::BlockProgress& progress) {
         const std::size_t frame = band.sequence();
         const auto labelLines = makeLabelLines(labels, level);
@@ -122,7 +124,7 @@ std::vector<std::unique_ptr<GreyValues>> gatherGreyValues(access::ExecutionConte
         Run* const runs = buffer.as<Run>();
         for (std::size_t line = band.rows().begin; line < band.rows().end; ++line) {
             const std::size_t count = labelLines->findRuns(plan.segment(frame, line), runs);
-            for (std::size_t channel = 0; count > 0 && channel < objects[frame].channels(); ++channel) {
+            for (std::size_t channel = 0; count > 0 && channel < channels; ++channel) {
                 greyLines->read(plan.segment(frame, line, channel));
                 for (std::size_t i = 0; i < count; ++i) {
                     const std::size_t index = objects[frame].indexOf(runs[i].label);

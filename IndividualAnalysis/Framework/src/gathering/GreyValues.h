@@ -18,7 +18,7 @@ namespace rix::individual_analysis {
 /// The grey values of the objects of one frame, object by object, in no particular order.
 class GreyValues {
 public:
-    GreyValues(VoxelTypes type, const ObjectTable& objects);
+    GreyValues(VoxelTypes type, std::size_t channels, const ObjectTable& objects);
 
     /// Reserves the next places of an object for a run; safe from several threads for different places.
     RawData take(std::size_t index, std::size_t channel, std::size_t count);

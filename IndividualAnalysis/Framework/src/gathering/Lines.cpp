@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include <rix/access/Rows.h>
+#include <rix/access/SampleCast.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "RunKernels.h"
@@ -34,8 +35,9 @@ public:
 
     void read(const access::RowSegment& line) override { m_row = m_reader.read(line); }
     double value(std::size_t column) const override { return static_cast<double>(m_row[column]); }
-    void sum(const Run* runs, std::size_t count, const double* shifts, RunSums* sums) const override {
-        m_kernels.sum(m_row, runs, count, shifts, sums);
+    void copyRow(double* target, std::size_t count) const override { access::castRow(m_row, target, count); }
+    void sum(unsigned parts, const Run* runs, std::size_t count, const double* shifts, RunSums* sums) const override {
+        m_kernels.sum[parts](m_row, runs, count, shifts, sums);
     }
     void moments(const Run* runs, std::size_t count, double* moments) const override {
         m_kernels.moments(m_row, runs, count, moments);

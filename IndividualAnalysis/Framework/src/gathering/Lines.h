@@ -6,9 +6,9 @@
 #include <rix/access/Blocks.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
+#include <rix/individual_analysis/Quantity.h>
 
 #include "IntensityKernels.h"
-#include "Runs.h"
 
 namespace rix::individual_analysis {
 
@@ -28,7 +28,10 @@ public:
     virtual void read(const access::RowSegment& line) = 0;
     /// A value of the present row.
     virtual double value(std::size_t column) const = 0;
-    virtual void sum(const Run* runs, std::size_t count, const double* shifts, RunSums* sums) const = 0;
+    /// The values of the present row.
+    virtual void copyRow(double* target, std::size_t count) const = 0;
+    /// @param parts bits of `RunSumParts`: what is made of each run
+    virtual void sum(unsigned parts, const Run* runs, std::size_t count, const double* shifts, RunSums* sums) const = 0;
     virtual void moments(const Run* runs, std::size_t count, double* moments) const = 0;
     /// Copies the values of a run; they have the size of the image's type.
     virtual void copy(const Run& run, RawData target) const = 0;

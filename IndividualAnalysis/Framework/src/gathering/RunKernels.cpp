@@ -73,10 +73,18 @@ std::size_t findRunsOfRow(const Label* row, std::size_t count, Run* runs) {
         const auto third = changes(x + 2 * lanes);
         const auto fourth = changes(x + 3 * lanes);
         if (!hn::AllFalse(d, hn::Or(hn::Or(first, second), hn::Or(third, fourth)))) {
-            close(x, bitsOf(d, first));
-            close(x + lanes, bitsOf(d, second));
-            close(x + 2 * lanes, bitsOf(d, third));
-            close(x + 3 * lanes, bitsOf(d, fourth));
+            // One loop over all changes where they fit one word: its end is guessed wrong once, not four times.
+            const std::uint64_t bits[4] = {bitsOf(d, first), bitsOf(d, second), bitsOf(d, third), bitsOf(d, fourth)};
+            if constexpr (4 * hn::MaxLanes(d) <= 64) {
+                close(x, bits[0] | bits[1] << lanes | bits[2] << (2 * lanes) | bits[3] << (3 * lanes));
+            } else if constexpr (2 * hn::MaxLanes(d) <= 64) {
+                close(x, bits[0] | bits[1] << lanes);
+                close(x + 2 * lanes, bits[2] | bits[3] << lanes);
+            } else {
+                for (std::size_t i = 0; i < 4; ++i) {
+                    close(x + i * lanes, bits[i]);
+                }
+            }
         }
     }
     for (; x + lanes <= count; x += lanes) {

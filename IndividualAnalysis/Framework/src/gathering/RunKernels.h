@@ -3,8 +3,7 @@
 #include <cstddef>
 
 #include <rix/algorithms/OptimLevel.h>
-
-#include "Runs.h"
+#include <rix/individual_analysis/Quantity.h>
 
 namespace rix::individual_analysis {
 

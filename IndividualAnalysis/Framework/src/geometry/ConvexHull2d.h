@@ -4,7 +4,8 @@
 #include <span>
 #include <vector>
 
-#include "gathering/Sums.h"
+#include "quantities/Int128.h"
+#include "quantities/OutlineQuantity.h"
 
 namespace rix::individual_analysis {
 

@@ -3,7 +3,8 @@
 #include <array>
 #include <span>
 
-#include "gathering/Sums.h"
+#include "quantities/Int128.h"
+#include "quantities/OutlineQuantity.h"
 
 namespace rix::individual_analysis {
 

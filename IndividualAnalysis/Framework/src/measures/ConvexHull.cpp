@@ -1,6 +1,7 @@
 #include "Measures.h"
 
 #include "geometry/HullMeasures.h"
+#include "quantities/OutlineQuantity.h"
 
 namespace rix::individual_analysis {
 
@@ -8,13 +9,14 @@ namespace {
 
 void compute(const ObjectView& object, std::span<double> values) {
     if (object.inSpace()) {
-        const HullInSpace hull =
-            measureHullInSpace(object.outline(), {object.spacing(0), object.spacing(1), object.spacing(2)});
+        const HullInSpace hull = measureHullInSpace(object.gathered<OutlineQuantity>(),
+                                                    {object.spacing(0), object.spacing(1), object.spacing(2)});
         values[0] = hull.volume;
         values[1] = hull.diameter;
         return;
     }
-    const HullInPlane hull = measureHullInPlane(object.outline(), {object.spacing(0), object.spacing(1)});
+    const HullInPlane hull =
+        measureHullInPlane(object.gathered<OutlineQuantity>(), {object.spacing(0), object.spacing(1)});
     values[0] = hull.area;
     values[1] = hull.diameter;
     values[2] = hull.diameterAngle;
@@ -32,7 +34,7 @@ constexpr vessel::ColumnType real = vessel::ColumnType::REAL;
 const MeasureDefinition convexHullDefinition{
     .name = "ConvexHull",
     .description = "Convex hull of the object.",
-    .gathered = GATHER_OUTLINE,
+    .quantities = {&OutlineQuantity::info},
     .values = {{"Area", "Area of the hull.", {.length = 2}, real, Existence::Only2d},
                {"Volume", "Volume of the hull.", {.length = 3}, real, Existence::Only3d},
                {"Diameter", "Largest distance of two of its points.", {.length = 1}},

@@ -104,9 +104,10 @@ std::vector<double> surfaceWeights(const std::array<double, 3>& spacing) {
 
 double weightedEntries(const ObjectView& object) {
     const auto count = static_cast<double>(object.shape().count);
+    const ContactSums& contacts = object.gathered<ContactsQuantity>();
     double sum = object.constants()[0] * static_cast<double>(object.shape().runs);
     for (std::size_t d = 1; d < object.constants().size(); ++d) {
-        sum += object.constants()[d] * (count - static_cast<double>(object.contacts().pairs[d]));
+        sum += object.constants()[d] * (count - static_cast<double>(contacts.pairs[d]));
     }
     return sum;
 }

@@ -3,8 +3,9 @@
 #include <array>
 #include <vector>
 
-#include "gathering/Sums.h"
-#include "measures/LabelMeasure.h"
+#include <rix/individual_analysis/ObjectView.h>
+
+#include "quantities/ContactsQuantity.h"
 
 namespace rix::individual_analysis {
 

@@ -1,5 +1,8 @@
 #include "Measures.h"
 
+#include "quantities/ContactsQuantity.h"
+#include "quantities/EulerQuantity.h"
+
 namespace rix::individual_analysis {
 
 // Of the union of the closed pixels (Serra 1982): parts connect through corners (8 neighbours in the plane, 26 in
@@ -8,11 +11,13 @@ namespace rix::individual_analysis {
 const MeasureDefinition eulerNumberDefinition{
     .name = "EulerNumber",
     .description = "Number of connected parts minus holes; in space parts minus tunnels plus cavities.",
-    .gathered = GATHER_CONTACTS | GATHER_EULER,
+    .quantities = {&ContactsQuantity::info, &EulerQuantity::info},
     .values = {{"", "", {}, vessel::ColumnType::INTEGER}},
     .compute =
         [](const ObjectView& object, std::span<double> values) {
-            values[0] = static_cast<double>(static_cast<std::int64_t>(object.shape().runs) + object.contacts().euler);
+            values[0] =
+                static_cast<double>(static_cast<std::int64_t>(object.shape().runs) +
+                                    object.gathered<ContactsQuantity>().touches + object.gathered<EulerQuantity>());
         },
 };
 

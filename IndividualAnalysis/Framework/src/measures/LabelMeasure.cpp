@@ -30,7 +30,7 @@ bool LabelMeasureId::supports(DimensionalMode mode) const {
 MeasureAttributes LabelMeasureId::getMeasureAttributes(DimensionalMode mode) const {
     MeasureAttributes attributes;
     attributes.processingType = m_definition.type;
-    attributes.gathered = m_definition.gathered;
+    attributes.quantities = m_definition.quantities;
     attributes.needsIntensity = m_definition.needsIntensity;
     for (const ValueDefinition& value : m_definition.values) {
         if (existsIn(value.existence, mode)) {
@@ -64,6 +64,19 @@ LabelMeasure::LabelMeasure(const std::shared_ptr<const LabelMeasureId>& id,
                            const std::shared_ptr<const MeasureNamesHandler>& namesHandler, const MeasureSet& set)
     : BaseMeasure(id, namesHandler, set), m_id(id) {}
 
+void LabelMeasure::setGathered(std::span<const GatheredFrame> frames) {
+    m_frames.clear();
+    for (const GatheredFrame& frame : frames) {
+        MeasuredFrame& own = m_frames.emplace_back(&frame.objects->shape());
+        for (const QuantityInfo* const info : m_id->definition().quantities) {
+            own.quantities.push_back({info, frame.objects->quantities().find(*info)});
+        }
+        if (m_id->definition().type == MeasureProcessingType::Values) {
+            own.values = frame.values;
+        }
+    }
+}
+
 void LabelMeasure::setDependenciesAccessors() {
     std::vector<const MeasureResults*> results;
     for (const auto* const names :
@@ -83,8 +96,8 @@ void LabelMeasure::startFinalizationDerived() {
 
 void LabelMeasure::finalizeDerived(unsigned long sequence, unsigned long first, unsigned long last) {
     MeasureResults& results = *accessResults();
-    const GatheredFrame none;
-    const GatheredFrame& frame = m_frames.empty() ? none : m_frames[sequence];
+    const MeasuredFrame none;
+    const MeasuredFrame& frame = m_frames.empty() ? none : m_frames[sequence];
     const ComputeMeasure compute = m_id->definition().compute;
     for (std::size_t index = first; index < last; ++index) {
         for (std::size_t channel = 0; channel < results.getNumSpectralPlanes(); ++channel) {
@@ -96,7 +109,7 @@ void LabelMeasure::finalizeDerived(unsigned long sequence, unsigned long first, 
 }
 
 void LabelMeasure::clearDerived() {
-    m_frames = {};
+    m_frames.clear();
     m_dependencies.clear();
 }
 

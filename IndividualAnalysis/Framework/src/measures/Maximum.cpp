@@ -2,14 +2,16 @@
 
 #include <limits>
 
+#include "quantities/GreyQuantities.h"
+
 namespace rix::individual_analysis {
 
 namespace {
 
 void compute(const ObjectView& object, std::span<double> values) {
-    const IntensitySums& sums = object.intensity();
+    const GreyExtrema& extrema = object.gathered<GreyExtremaQuantity>();
     // Nothing but NaN leaves an empty interval.
-    values[0] = sums.minimum <= sums.maximum ? sums.maximum : std::numeric_limits<double>::quiet_NaN();
+    values[0] = extrema.minimum <= extrema.maximum ? extrema.maximum : std::numeric_limits<double>::quiet_NaN();
 }
 
 }  // namespace
@@ -18,7 +20,7 @@ void compute(const ObjectView& object, std::span<double> values) {
 const MeasureDefinition maximumDefinition{
     .name = "Maximum",
     .description = "Largest grey value of the object.",
-    .gathered = GATHER_INTENSITY,
+    .quantities = {&GreyExtremaQuantity::info},
     .needsIntensity = true,
     .values = {{"", "", {.intensity = 1}}},
     .compute = &compute,

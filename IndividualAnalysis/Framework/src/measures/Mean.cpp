@@ -1,5 +1,7 @@
 #include "Measures.h"
 
+#include "quantities/GreyQuantities.h"
+
 namespace rix::individual_analysis {
 
 // One pixel: its value. Of integers of 8 and 16 bits the sum is exact up to 2^53; other types lose at most a few units
@@ -7,12 +9,12 @@ namespace rix::individual_analysis {
 const MeasureDefinition meanDefinition{
     .name = "Mean",
     .description = "Mean grey value of the object.",
-    .gathered = GATHER_INTENSITY,
+    .quantities = {&GreySumQuantity::info},
     .needsIntensity = true,
     .values = {{"", "", {.intensity = 1}}},
     .compute =
         [](const ObjectView& object, std::span<double> values) {
-            values[0] = object.intensity().sum / static_cast<double>(object.shape().count);
+            values[0] = object.gathered<GreySumQuantity>() / static_cast<double>(object.shape().count);
         },
 };
 

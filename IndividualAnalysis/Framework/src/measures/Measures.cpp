@@ -2,42 +2,16 @@
 
 #include <rix/rules/RuleSupport.h>
 
+#include "LabelMeasure.h"
+
 namespace rix::individual_analysis {
 
 namespace {
 
-/// In the order of the preset "All"; families, which need a parameter, aside.
 const std::vector<const MeasureDefinition*>& definitions() {
-    static const std::vector<const MeasureDefinition*> all{
-        &pixelCountDefinition,
-        &areaDefinition,
-        &volumeDefinition,
-        &barycenterDefinition,
-        &boundingBoxDefinition,
-        &touchesBorderDefinition,
-        &perimeterDefinition,
-        &surfaceAreaDefinition,
-        &equivalentDiameterDefinition,
-        &extentDefinition,
-        &secondMomentsDefinition,
-        &principalAxesDefinition,
-        &orientationDefinition,
-        &elongationDefinition,
-        &circularityDefinition,
-        &sphericityDefinition,
-        &eulerNumberDefinition,
-        &feretDefinition,
-        &convexAreaDefinition,
-        &convexVolumeDefinition,
-        &solidityDefinition,
-        &minimumDefinition,
-        &maximumDefinition,
-        &meanDefinition,
-        &standardDeviationDefinition,
-        &sumDefinition,
-        &weightedBarycenterDefinition,
-        &medianDefinition,
-    };
+#define RIX_ADDRESS_OF_MEASURE(name) &name##Definition,
+    static const std::vector<const MeasureDefinition*> all{RIX_MEASURES(RIX_ADDRESS_OF_MEASURE)};
+#undef RIX_ADDRESS_OF_MEASURE
     return all;
 }
 
@@ -82,7 +56,6 @@ const MeasureNamesHandler& standardMeasures() {
         for (const MeasureDefinition* const definition : definitions()) {
             made.add(std::make_shared<const LabelMeasureId>(*definition));
         }
-        // Not in "All": what it has of its own comes from those that are made of it.
         made.add(std::make_shared<const LabelMeasureId>(convexHullDefinition));
         made.addFamily(percentileDefinition.name, &makePercentile);
         return made;

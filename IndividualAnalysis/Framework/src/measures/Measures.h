@@ -3,9 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include <rix/individual_analysis/MeasureDefinition.h>
 #include <rix/individual_analysis/MeasureNamesHandler.h>
-
-#include "LabelMeasure.h"
 
 // The measures of the library. Conventions that hold for all:
 //
@@ -19,39 +18,50 @@
 
 namespace rix::individual_analysis {
 
-extern const MeasureDefinition areaDefinition;
-extern const MeasureDefinition barycenterDefinition;
-extern const MeasureDefinition boundingBoxDefinition;
-extern const MeasureDefinition circularityDefinition;
-extern const MeasureDefinition convexAreaDefinition;
+/// The measures of the library, in the order of the preset "All". A new one is entered here and has its definition,
+/// `<name>Definition`, in a file of its own.
+#define RIX_MEASURES(DO)   \
+    DO(pixelCount)         \
+    DO(area)               \
+    DO(volume)             \
+    DO(barycenter)         \
+    DO(boundingBox)        \
+    DO(touchesBorder)      \
+    DO(perimeter)          \
+    DO(surfaceArea)        \
+    DO(equivalentDiameter) \
+    DO(extent)             \
+    DO(secondMoments)      \
+    DO(principalAxes)      \
+    DO(orientation)        \
+    DO(elongation)         \
+    DO(circularity)        \
+    DO(sphericity)         \
+    DO(eulerNumber)        \
+    DO(feret)              \
+    DO(convexArea)         \
+    DO(convexVolume)       \
+    DO(solidity)           \
+    DO(minimum)            \
+    DO(maximum)            \
+    DO(mean)               \
+    DO(standardDeviation)  \
+    DO(sum)                \
+    DO(weightedBarycenter) \
+    DO(median)
+
+#define RIX_DECLARE_MEASURE(name) extern const MeasureDefinition name##Definition;
+RIX_MEASURES(RIX_DECLARE_MEASURE)
+#undef RIX_DECLARE_MEASURE
+// Not in "All": what the hull has of its own comes from the measures that are made of it, and percentiles need a
+// number.
 extern const MeasureDefinition convexHullDefinition;
-extern const MeasureDefinition convexVolumeDefinition;
-extern const MeasureDefinition elongationDefinition;
-extern const MeasureDefinition equivalentDiameterDefinition;
-extern const MeasureDefinition eulerNumberDefinition;
-extern const MeasureDefinition extentDefinition;
-extern const MeasureDefinition feretDefinition;
-extern const MeasureDefinition maximumDefinition;
-extern const MeasureDefinition meanDefinition;
-extern const MeasureDefinition medianDefinition;
-extern const MeasureDefinition minimumDefinition;
-extern const MeasureDefinition orientationDefinition;
 extern const MeasureDefinition percentileDefinition;
-extern const MeasureDefinition perimeterDefinition;
-extern const MeasureDefinition pixelCountDefinition;
-extern const MeasureDefinition principalAxesDefinition;
-extern const MeasureDefinition secondMomentsDefinition;
-extern const MeasureDefinition solidityDefinition;
-extern const MeasureDefinition sphericityDefinition;
-extern const MeasureDefinition standardDeviationDefinition;
-extern const MeasureDefinition sumDefinition;
-extern const MeasureDefinition surfaceAreaDefinition;
-extern const MeasureDefinition touchesBorderDefinition;
-extern const MeasureDefinition volumeDefinition;
-extern const MeasureDefinition weightedBarycenterDefinition;
 
 /// The names of all measures of the library.
 const MeasureNamesHandler& standardMeasures();
+/// These, and those that programs registered.
+std::shared_ptr<const MeasureNamesHandler> knownMeasures();
 
 /// The names of the measures of a preset that exist for a dimension; empty when there is no preset of that name.
 std::vector<String> presetMeasures(const String& preset, DimensionalMode mode);

@@ -1,7 +1,5 @@
 #include "Measures.h"
 
-#include "gathering/GreyValues.h"
-
 namespace rix::individual_analysis {
 
 // The value at the place p / 100 (n - 1) of the n sorted values, counted from 0, between two places by linear
@@ -10,15 +8,12 @@ namespace rix::individual_analysis {
 const MeasureDefinition percentileDefinition{
     .name = "Percentile",
     .description = "Grey value below which that percentage of the object's values lies.",
-    .gathered = GATHER_VALUES,
     .type = MeasureProcessingType::Values,
     .needsIntensity = true,
     .values = {{"", "", {.intensity = 1}}},
     .neededForProcessing = {"PixelCount"},
-    .compute =
-        [](const ObjectView& object, std::span<double> values) {
-            values[0] = object.values().percentile(object.index(), object.channel(), object.parameter());
-        },
+    .compute = [](const ObjectView& object,
+                  std::span<double> values) { values[0] = object.percentile(object.parameter()); },
 };
 
 }  // namespace rix::individual_analysis

@@ -1,6 +1,7 @@
 #include "Measures.h"
 
 #include "CroftonWeights.h"
+#include "quantities/ContactsQuantity.h"
 
 namespace rix::individual_analysis {
 
@@ -11,7 +12,7 @@ namespace rix::individual_analysis {
 const MeasureDefinition perimeterDefinition{
     .name = "Perimeter",
     .description = "Length of the object's boundary, by the formula of Crofton in four directions.",
-    .gathered = GATHER_CONTACTS,
+    .quantities = {&ContactsQuantity::info},
     .existence = Existence::Only2d,
     .values = {{"", "", {.length = 1}}},
     .compute = [](const ObjectView& object, std::span<double> values) { values[0] = weightedEntries(object); },

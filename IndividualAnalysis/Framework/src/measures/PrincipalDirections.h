@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-#include "LabelMeasure.h"
+#include <rix/individual_analysis/ObjectView.h>
 
 namespace rix::individual_analysis {
 

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "quantities/SecondMomentsQuantity.h"
+
 namespace rix::individual_analysis {
 
 namespace {
@@ -27,7 +29,7 @@ void compute(const ObjectView& object, std::span<double> values) {
         std::size_t j;
         Int128 products;
     };
-    const SecondMoments& sums = object.second();
+    const SecondMoments& sums = object.gathered<SecondMomentsQuantity>();
     const std::array<Pair, 6> pairs{
         {{0, 0, sums.xx}, {1, 1, sums.yy}, {2, 2, sums.zz}, {0, 1, sums.xy}, {0, 2, sums.xz}, {1, 2, sums.yz}}};
     std::size_t next = 0;
@@ -52,7 +54,7 @@ const MeasureDefinition secondMomentsDefinition{
     .description =
         "Central second moments of the object divided by its size: the mean product of two distances from the "
         "centre.",
-    .gathered = GATHER_SECOND_MOMENTS,
+    .quantities = {&SecondMomentsQuantity::info},
     .values = {{"XX", "Columns.", {.length = 2}},
                {"YY", "Rows.", {.length = 2}},
                {"ZZ", "Planes.", {.length = 2}, real, Existence::Only3d},

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "quantities/GreyQuantities.h"
+
 namespace rix::individual_analysis {
 
 // That of the object's pixels themselves (divided by their number n, not n - 1): one pixel has 0. Sums of squares are
@@ -10,12 +12,12 @@ namespace rix::individual_analysis {
 const MeasureDefinition standardDeviationDefinition{
     .name = "StandardDeviation",
     .description = "Standard deviation of the grey values of the object.",
-    .gathered = GATHER_INTENSITY,
+    .quantities = {&GreySquaresQuantity::info},
     .needsIntensity = true,
     .values = {{"", "", {.intensity = 1}}},
     .compute =
         [](const ObjectView& object, std::span<double> values) {
-            values[0] = std::sqrt(object.intensity().squares / static_cast<double>(object.shape().count));
+            values[0] = std::sqrt(object.gathered<GreySquaresQuantity>() / static_cast<double>(object.shape().count));
         },
 };
 

@@ -1,6 +1,7 @@
 #include "Measures.h"
 
 #include "CroftonWeights.h"
+#include "quantities/ContactsQuantity.h"
 
 namespace rix::individual_analysis {
 
@@ -12,7 +13,7 @@ namespace rix::individual_analysis {
 const MeasureDefinition surfaceAreaDefinition{
     .name = "SurfaceArea",
     .description = "Area of the object's boundary, by the formula of Crofton in 13 directions.",
-    .gathered = GATHER_CONTACTS,
+    .quantities = {&ContactsQuantity::info},
     .existence = Existence::Only3d,
     .values = {{"", "", {.length = 2}}},
     .compute = [](const ObjectView& object, std::span<double> values) { values[0] = weightedEntries(object); },

@@ -2,14 +2,18 @@
 
 #include <limits>
 
+#include "quantities/GreyQuantities.h"
+#include "quantities/WeightedPositionQuantity.h"
+
 namespace rix::individual_analysis {
 
 namespace {
 
 void compute(const ObjectView& object, std::span<double> values) {
-    const double weight = object.intensity().sum;
+    const double weight = object.gathered<GreySumQuantity>();
+    const WeightedPosition& weighted = object.gathered<WeightedPositionQuantity>();
     for (std::size_t axis = 0; axis < object.axes(); ++axis) {
-        values[axis] = weight != 0.0 ? object.origin(axis) + object.weighted()[axis] / weight * object.spacing(axis)
+        values[axis] = weight != 0.0 ? object.origin(axis) + weighted[axis] / weight * object.spacing(axis)
                                      : std::numeric_limits<double>::quiet_NaN();
     }
 }
@@ -21,7 +25,7 @@ void compute(const ObjectView& object, std::span<double> values) {
 const MeasureDefinition weightedBarycenterDefinition{
     .name = "WeightedBarycenter",
     .description = "Centre of mass of the object, each pixel weighing its grey value.",
-    .gathered = GATHER_INTENSITY | GATHER_WEIGHTED_POSITION,
+    .quantities = {&GreySumQuantity::info, &WeightedPositionQuantity::info},
     .needsIntensity = true,
     .values = {{"X", "Along the columns.", {.length = 1}},
                {"Y", "Along the rows.", {.length = 1}},

@@ -1,0 +1,69 @@
+#include "OutlineQuantity.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace rix::individual_analysis {
+
+const QuantityInfo OutlineQuantity::info{.name = "Outline",
+                                         .create = &makeQuantity<OutlineQuantity>,
+                                         .bytesOfObject = 2 * sizeof(std::size_t),
+                                         .bytesOfRun = sizeof(OutlineRow)};
+
+void OutlineQuantity::add(const RunLine& line) {
+    // The rows of a line lie at the end; several runs of an object are few, so they are found by their slot.
+    lengthen(m_next, m_begins.size());
+    const std::size_t first = m_rows.size();
+    for (const Run& run : line.runs()) {
+        const std::size_t known = m_next[run.slot];  // counted from 1
+        if (known > first) {
+            m_rows[known - 1].end = run.end;
+        } else {
+            m_rows.push_back({run.slot, line.row(), line.plane(), run.begin, run.end});
+            m_next[run.slot] = m_rows.size();
+            ++m_begins[run.slot + std::size_t{1}];
+        }
+    }
+}
+
+void OutlineQuantity::finishBand() {
+    sumUp();
+    access::CountedVector<OutlineRow> sorted(m_rows.size());
+    for (const OutlineRow& row : m_rows) {
+        sorted[m_next[row.slot]++] = row;
+    }
+    m_rows.swap(sorted);
+    finishJoin();
+}
+
+void OutlineQuantity::startJoin(std::size_t objects, std::span<const JoinedBand> bands) {
+    m_begins.resize(objects + 1);
+    for (const JoinedBand& band : bands) {
+        const auto& part = static_cast<const OutlineQuantity&>(*band.quantity);
+        for (std::size_t object = 0; object < band.indices.size(); ++object) {
+            m_begins[band.indices[object] + std::size_t{1}] += part.of(object).size();
+        }
+    }
+    sumUp();
+    m_rows.resize(m_begins.back());
+}
+
+void OutlineQuantity::join(const Quantity& band, std::span<const JoinedObject> objects) {
+    const auto& part = static_cast<const OutlineQuantity&>(band);
+    for (const JoinedObject& object : objects) {
+        const auto rows = part.of(object.from);
+        std::copy(rows.begin(), rows.end(), m_rows.begin() + static_cast<std::ptrdiff_t>(m_next[object.to]));
+        m_next[object.to] += rows.size();
+    }
+}
+
+void OutlineQuantity::finishJoin() {
+    access::CountedVector<std::size_t>().swap(m_next);
+}
+
+void OutlineQuantity::sumUp() {
+    std::partial_sum(m_begins.begin(), m_begins.end(), m_begins.begin());
+    m_next.assign(m_begins.begin(), m_begins.end());
+}
+
+}  // namespace rix::individual_analysis
