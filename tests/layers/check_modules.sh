@@ -158,9 +158,10 @@ for name in "${modules[@]}"; do
     [[ " ${listed[$name]} " == *" $class "* ]] ||
       fail "$name: the class $class has a record, but is not listed (ALGORITHMS or OBJECTS of rix_add_module)"
   done < <(find "${places[@]}" -name '*.h' -exec awk '
+    FNR == 1 { class = "" }
     match($0, /^[[:space:]]*(class|struct)[[:space:]]+(RIX_EXPORT[[:space:]]+)?[A-Za-z_0-9]+/) {
       class = substr($0, RSTART, RLENGTH); sub(/.*[[:space:]]/, "", class) }
-    /^[[:space:]]*static[^(]*(AlgoInfo|ObjectInfo)[[:space:]]*&[[:space:]]*getInfo\(\)/ { print class }
+    /^[[:space:]]*static[^(]*(AlgoInfo|ObjectInfo)[[:space:]]*&[[:space:]]*getInfo\(\)/ && class != "" { print class }
     match($0, /^[[:space:]]*RIX_ALGORITHM\(/) { name = substr($0, RSTART + RLENGTH); sub(/[,)].*/, "", name); print name }
     ' {} +)
 done

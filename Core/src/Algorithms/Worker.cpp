@@ -197,8 +197,8 @@ void makeAll() {
         access::serialScheduler();
         idleWorkers();
         AlgoInfo::getNumOfAlgorithm();
-        for (const AlgoInfoAccessor getInfo : libraryAlgorithms()) {
-            getInfo().createInstance(nullptr);
+        for (const ListedAlgorithm& listed : libraryAlgorithms()) {
+            listed.getInfo().createInstance(nullptr);
         }
         for (const ObjectInfoAccessor getInfo : libraryObjects()) {
             getInfo();
