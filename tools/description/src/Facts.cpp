@@ -7,16 +7,18 @@
 namespace rix::description {
 
 PropertyFacts describeProperty(BaseProperty& property) {
-    PropertyFacts facts{.name = property.getName(),
-                        .direction = directionOf(property),
-                        .type = property.getImpl()->describeType(),
-                        .image = imageRoleOf(property) != ImageRole::None,
-                        .required = isRequired(property),
-                        .defaultValue = nullptr,
-                        .defaultText = {},
-                        .labels = {},
-                        .rules = property.getImpl()->describeRules(),
-                        .description = property.getDescription()};
+    PropertyFacts facts{
+        .name = property.getName(),
+        .direction = directionOf(property),
+        .type = property.getImpl()->describeType(),
+        .image = imageRoleOf(property) != ImageRole::None,
+        // Results that are no images are made by whoever runs the algorithm, not given.
+        .required = (!property.isOutput() || imageRoleOf(property) != ImageRole::None) && isRequired(property),
+        .defaultValue = nullptr,
+        .defaultText = {},
+        .labels = {},
+        .rules = property.getImpl()->describeRules(),
+        .description = property.getDescription()};
     if (!facts.required && !property.isOutput()) {
         facts.defaultValue = valueToJson(property);
         facts.defaultText = valueToText(property).value_or(std::string());

@@ -16,6 +16,7 @@
 
 #include "Failure.h"
 #include "ImageFiles.h"
+#include "Results.h"
 
 namespace rix::cli {
 namespace {
@@ -76,6 +77,7 @@ public:
                 m_texts[property] = "VALUE";
             }
         }
+        m_results.create(*m_algorithm);
         m_found = chooseImages(0);
     }
 
@@ -173,6 +175,7 @@ private:
     const std::vector<SampleImage>& m_images;
     std::deque<HeaderImage> m_headers;  ///< what properties point to
     std::unique_ptr<BaseAlgorithm> m_algorithm;
+    ResultObjects m_results;
     std::vector<BaseProperty*> m_read;  ///< images, in the order of declaration
     std::map<const BaseProperty*, const SampleImage*> m_chosen;
     std::map<const BaseProperty*, std::string> m_texts;

@@ -39,6 +39,7 @@ public:
             throw RuleException("the sample needs an image");
         }
     }
+    bool isIndividual() const override { return true; }
     String describe() const override { return "must be given"; }
 };
 
