@@ -133,7 +133,8 @@ void Settings::setValue(const String& key, const String& value) {
 
 std::vector<String> Settings::getKeys() const {
     std::vector<String> keys;
-    for (const auto& [key, value] : *m_private->get()) {
+    const auto entries = m_private->get();  // held while it is read
+    for (const auto& [key, value] : *entries) {
         keys.push_back(key);
     }
     return keys;

@@ -2,8 +2,8 @@
 
 #include "Process/Forks.h"
 
+#include <algorithm>
 #include <atomic>
-#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -80,18 +80,14 @@ private:
 // for lost what only the parent's threads held.
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
 
-/// Forks, works in the child and waits for it. @return the child's status
-enum class Ending { AtOnce, Ordinary };
+/// Forks, works in the child and waits for it. The child ends without the exit handlers of other libraries: that of
+/// oneTBB's allocator waits for locks that threads of the parent may have had. @return the child's status
 template <class Work>
-int statusOfChild(const Work& work, Ending ending = Ending::AtOnce) {
+int statusOfChild(const Work& work) {
     const pid_t child = ::fork();
     if (child == 0) {
-        ::alarm(10);  // a child that waits for threads of its parent would wait for ever
-        const int result = work() ? 0 : 1;
-        if (ending == Ending::Ordinary) {
-            std::exit(result);  // with all that is static
-        }
-        ::_exit(result);
+        ::alarm(60);  // a child that waits for threads of its parent would wait for ever
+        ::_exit(work() ? 0 : 1);
     }
     int status = -1;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
@@ -106,7 +102,7 @@ int forkInThreads(int forksOfThread, const Work& work) {
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&] {
             for (int i = 0; i < forksOfThread && failure == 0; ++i) {
-                const int status = statusOfChild(work, i % 10 == 0 ? Ending::Ordinary : Ending::AtOnce);
+                const int status = statusOfChild(work);
                 failure = status != 0 ? status : failure.load();
             }
         });
@@ -119,7 +115,7 @@ int forkInThreads(int forksOfThread, const Work& work) {
 
 TEST(Forks, BesideRunsGiveChildrenThatCompute) {
     const Load load;
-    EXPECT_EQ(forkInThreads(500, [] { return useEverything(-1) && useEverything(2); }), 0)
+    EXPECT_EQ(forkInThreads(250, [] { return useEverything(-1) && useEverything(2); }), 0)
         << "the signal that ended a child, and its exit code above the low byte";
 }
 
@@ -155,7 +151,8 @@ TEST(Settings, AreReadWhileOthersWriteThem) {
         Settings copy(globalSettings());
         EXPECT_EQ(copy.getValueAsInt32("RIX_RACE", -1), i);
         globalSettings().remove("RIX_RACE");
-        EXPECT_FALSE(globalSettings().getKeys().empty());
+        const std::vector<String> keys = globalSettings().getKeys();
+        EXPECT_EQ(std::count(keys.begin(), keys.end(), "RIX_RACE"), 0);
     }
 }
 

@@ -39,7 +39,7 @@ namespace rix::test {
 namespace {
 
 /// An algorithm that runs until it is cancelled.
-void runUntilCancelled(BaseAlgorithm& self) {
+[[maybe_unused]] void runUntilCancelled(BaseAlgorithm& self) {
     while (true) {
         self.executionContext().blockDone(1.0);
         self.executionContext().throwIfCancelled();
