@@ -36,7 +36,8 @@ public:                                                                         
     ::rix::AlgorithmDescription describe() const override;                             \
     void applyAllRules() override;
 
-/// An input of a type: `setName(value)`, `getName()`, and the property `name`.
+/// An input of a type: `setName(value)`, `getName()`, and the property `name`. A header with an input of a vector or a list
+/// includes <rix/properties/RarePropertyInstances.h>, so that the code of such properties is taken from the library.
 #define RIX_INPUT(Type, Name, name)        \
     void set##Name(Type const& newValue) { \
         (name) = newValue;                 \

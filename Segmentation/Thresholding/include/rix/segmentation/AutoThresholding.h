@@ -4,6 +4,7 @@
 #include <rix/analysis/AutoThresholdingMsr.h>
 #include <rix/analysis/ThresholdChoices.h>
 #include <rix/math/Vector.h>
+#include <rix/properties/RarePropertyInstances.h>
 
 namespace rix::segmentation {
 
