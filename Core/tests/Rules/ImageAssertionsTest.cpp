@@ -4,7 +4,7 @@
 #include <rix/rules/CompareRules.h>
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/ValueRules.h>
-#include <rix/rules/WhenSet.h>
+#include <rix/rules/When.h>
 
 #include "RuleTestSupport.h"
 

@@ -9,7 +9,7 @@
 #include <rix/rules/ImageAssertions.h>
 #include <rix/rules/RuleSupport.h>
 #include <rix/rules/ValueRules.h>
-#include <rix/rules/WhenSet.h>
+#include <rix/rules/When.h>
 
 #include "LabelAnalysisMemory.h"
 #include "LabelAnalysisPrivate.h"
