@@ -1,19 +1,15 @@
 #include <rix/individual_analysis/LabelAnalysis.h>
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <memory>
 
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/algorithms/AlgorithmClass.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/rules/ImageAssertions.h>
-#include <rix/rules/RuleSupport.h>
-#include <rix/rules/ValueRules.h>
+#include <rix/algorithms/Definition.h>
 #include <rix/rules/When.h>
 
 #include "LabelAnalysisMemory.h"
-#include "LabelAnalysisPrivate.h"
-#include "LabelAnalysisRunners.h"
+#include "LabelAnalysisRun.h"
 #include "formula/MeasureRequest.h"
 #include "gathering/GatheringNeeds.h"
 #include "measures/Measures.h"
@@ -21,6 +17,11 @@
 namespace rix::individual_analysis {
 
 namespace {
+
+struct LabelAnalysisState : algorithms::AbstractPrivateImplementation {
+    /// Frames that passes of this run have measured, when frames are iterated: they append to one table.
+    std::size_t framesBefore = 0;
+};
 
 /// Lengths need a scale, and positions in a row 32 bits.
 class RuleMeasurable : public Rules<Property<const ImageModel*>> {
@@ -59,83 +60,68 @@ String joined(const std::vector<String>& names) {
     return text;
 }
 
-/// Reads the request, and keeps what it asks for.
+/// What the property "measures" asks for. @throws RuleException for a request that cannot be served
+std::shared_ptr<const MeasureGroup> requestOf(const LabelAnalysis& analysis) {
+    return readMeasureRequest(analysis.getMeasures(), modeOf(*analysis.getInputLabelImage()),
+                              useOf(analysis.getInputIntensityImage()));
+}
+
 class RuleReadRequest : public Rules<Property<String>> {
 public:
-    explicit RuleReadRequest(LabelAnalysisPrivate& state) : m_state(state) {}
-    void apply(Property<String>& property) override {
-        m_state.request = readMeasureRequest(property.get(), modeOf(*m_state.inputLabelImage.get()),
-                                             useOf(m_state.inputIntensityImage.get()));
-    }
+    explicit RuleReadRequest(const LabelAnalysis& analysis) : m_analysis(analysis) {}
+    void apply(Property<String>& /*property*/) override { static_cast<void>(requestOf(m_analysis)); }
     String describe() const override {
         return "must be names of measures (" + joined(knownMeasures()->getNames()) + "), presets (" +
                joined(presetNames()) + ") and formulas";
     }
 
 private:
-    LabelAnalysisPrivate& m_state;
+    const LabelAnalysis& m_analysis;
+};
+
+void declare(LabelAnalysis& analysis, algorithms::Properties& properties) {
+    properties.input(analysis.inputLabelImage, "The labels of the objects; 0 is background.",
+                     AddRulesForImageOf({RIX_UINT8, RIX_UINT16, RIX_UINT32}),
+                     AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused));
+    analysis.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
+    properties.input(analysis.inputIntensityImage, "The grey values of the objects, when they are measured.",
+                     AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
+                     AddRuleWhenSet(AddRuleAssertImageNotEmpty()));
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE}) {
+        addRules(analysis.inputIntensityImage,
+                 AddRuleWhenSet(AddRuleAssertDimensionImage(axis, analysis.inputLabelImage)));
+    }
+    analysis.measures = String("Basic");
+    properties.input(analysis.measures, "What is measured: names, presets and formulas, separated by commas.");
+    analysis.measures.getImpl()->addRule(std::make_shared<RuleReadRequest>(analysis));
+    properties.output(analysis.outputMeasurement, "A row for each object, a column for each value.",
+                      AddRuleCreateMeasurement());
+}
+
+void process(LabelAnalysis& analysis, OptimLevelType level) {
+    std::size_t& framesBefore = algorithms::stateOf<LabelAnalysisState>(analysis).framesBefore;
+    const ImageModel& labels = *analysis.getInputLabelImage();
+    analyseLabels(analysis.executionContext(), level, labels, analysis.getInputIntensityImage(), requestOf(analysis),
+                  *analysis.getOutputMeasurement(), framesBefore);
+    framesBefore += labels.getNumOf(SEQUENCE);
+}
+
+constexpr algorithms::Definition<LabelAnalysis> definition{
+    .summary = "Measures the objects of a label image.",
+    .kind = AlgorithmKind::Reduction,
+    .declare = &declare,
+    .process = &process,
+    .prepare = [](LabelAnalysis& analysis) { algorithms::stateOf<LabelAnalysisState>(analysis).framesBefore = 0; },
+    .memory =
+        [](const LabelAnalysis& analysis) {
+            return labelAnalysisMemory(*analysis.getInputLabelImage(), analysis.getInputIntensityImage(),
+                                       *requestOf(analysis), analysis.getMaximumThreads());
+        },
+    .memoryIsExact = false,
 };
 
 }  // namespace
 
-AlgoInfo& LabelAnalysis::getInfo() {
-    return algorithms::classRecord<LabelAnalysis>("LabelAnalysis", &addLabelAnalysisRunners);
-}
-
-std::shared_ptr<LabelAnalysis> LabelAnalysis::New() {
-    return std::make_shared<LabelAnalysis>();
-}
-
-LabelAnalysis::LabelAnalysis(algorithms::AbstractPrivateImplementation* given)
-    : BaseAlgorithm(algorithms::orMake<LabelAnalysisPrivate>(given)) {
-    auto& state = static_cast<LabelAnalysisPrivate&>(*implementation());
-    addInput(state.inputLabelImage, "inputLabelImage", "The labels of the objects; 0 is background.");
-    addRules(state.inputLabelImage, AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
-             AddRuleAssertType({RIX_UINT8, RIX_UINT16, RIX_UINT32}), AddRuleAssertImageNotEmpty(),
-             AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused));
-    state.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
-    addInput(state.inputIntensityImage, "inputIntensityImage",
-             "The grey values of the objects, when they are measured.");
-    addRules(state.inputIntensityImage, AddRuleWhenSet(AddRuleAssertSingleElement()),
-             AddRuleWhenSet(AddRuleAssertIntegerOrFloating()), AddRuleWhenSet(AddRuleAssertImageNotEmpty()));
-    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE}) {
-        addRules(state.inputIntensityImage, AddRuleWhenSet(AddRuleAssertDimensionImage(axis, state.inputLabelImage)));
-    }
-    addInput(state.measures, "measures", "What is measured: names, presets and formulas, separated by commas.");
-    state.measures.getImpl()->addRule(std::make_shared<RuleReadRequest>(state));
-    addOutput(state.outputMeasurement, "outputMeasurement", "A row for each object, a column for each value.");
-    addRules(state.outputMeasurement, AddRuleCreateMeasurement());
-}
-
-AlgoInfo& LabelAnalysis::getClassInfo() const {
-    return getInfo();
-}
-
-void LabelAnalysis::applyAllRules() {
-    auto& state = static_cast<LabelAnalysisPrivate&>(*implementation());
-    state.framesBefore = 0;
-    state.request.reset();
-    BaseAlgorithm::applyAllRules();
-}
-
-AlgorithmDescription LabelAnalysis::describe() const {
-    AlgorithmDescription description;
-    description.summary = "Measures the objects of a label image.";
-    description.kind = AlgorithmKind::Reduction;
-    description.extraMemoryIsExact = false;
-    const auto& state = static_cast<const LabelAnalysisPrivate&>(*implementation());
-    const ImageModel* const labels = state.inputLabelImage.get();
-    if (labels == nullptr || !access::contains(access::UnsignedIntegers{}, labels->getVoxelType())) {
-        return description;
-    }
-    try {
-        const ImageModel* const intensity = state.inputIntensityImage.get();
-        const auto request = readMeasureRequest(state.measures.get(), modeOf(*labels), useOf(intensity));
-        description.extraMemory = labelAnalysisMemory(*labels, intensity, *request, getMaximumThreads());
-    } catch (const RuleException&) {
-        // Nothing can be said of a request that a run would refuse.
-    }
-    return description;
-}
+RIX_DEFINE_ALGORITHM_WITH(LabelAnalysis, LabelAnalysisState, definition)
 
 }  // namespace rix::individual_analysis

@@ -161,16 +161,6 @@ protected:
     /// The private part that this object was made with.
     algorithms::AbstractPrivateImplementation* implementation() const;
 
-    /// The input or output at an index, in its own type: what the setters and getters of a concrete class stand on.
-    template <class T>
-    Property<T>& input(std::size_t index) const {
-        return static_cast<Property<T>&>(*getInputProperty(index));
-    }
-    template <class T>
-    Property<T>& output(std::size_t index) const {
-        return static_cast<Property<T>&>(*getOutputProperty(index));
-    }
-
 private:
     friend class algorithms::BaseAlgorithmPrivate;
     friend class algorithms::Properties;

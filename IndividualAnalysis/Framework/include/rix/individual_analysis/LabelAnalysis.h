@@ -1,18 +1,9 @@
 #pragma once
 
-#include <memory>
-
-#include <rix/Export.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
+#include <rix/algorithms/Declaration.h>
 #include <rix/individual_analysis/LabelAnalysisMsr.h>
 
 namespace rix::individual_analysis {
-
-class LabelAnalysis;
-
-/// The body of a run, with the kernels of a level.
-void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level);
 
 /// Measures every object of a label image and gives one table with a row an object.
 ///
@@ -44,30 +35,15 @@ void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level);
 /// on the sizes of bounding boxes. Extra memory: about 100 to 500 bytes an object and band, 20 bytes a row of each
 /// object for measures of the outline, and the grey values of all objects for order statistics.
 class RIX_EXPORT LabelAnalysis : public BaseAlgorithm {
-public:
-    static std::shared_ptr<LabelAnalysis> New();
-    static AlgoInfo& getInfo();
+    RIX_ALGORITHM(LabelAnalysis)
 
-    explicit LabelAnalysis(algorithms::AbstractPrivateImplementation* implementation = nullptr);
-    AlgoInfo& getClassInfo() const override;
-    AlgorithmDescription describe() const override;
-    /// Also begins a new table: the passes of an iteration over frames append to one.
-    void applyAllRules() override;
-
-    void setInputLabelImage(const ImageModel* image) { input<const ImageModel*>(0) = image; }
-    const ImageModel* getInputLabelImage() const { return input<const ImageModel*>(0); }
+    RIX_INPUT(const ImageModel*, InputLabelImage, inputLabelImage)
     /// Null (the default) measures shapes only.
-    void setInputIntensityImage(const ImageModel* image) { input<const ImageModel*>(1) = image; }
-    const ImageModel* getInputIntensityImage() const { return input<const ImageModel*>(1); }
+    RIX_INPUT(const ImageModel*, InputIntensityImage, inputIntensityImage)
     /// Default "Basic".
-    void setMeasures(const String& measures) { input<String>(2) = measures; }
-    String getMeasures() const { return input<String>(2); }
-    void setOutputMeasurement(LabelAnalysisMsr* result) { output<LabelAnalysisMsr*>(0) = result; }
+    RIX_INPUT(String, Measures, measures)
     /// Unless one was set, null before the first run.
-    LabelAnalysisMsr* getOutputMeasurement() const { return output<LabelAnalysisMsr*>(0); }
-
-private:
-    friend void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level);
+    RIX_RESULT(LabelAnalysisMsr, OutputMeasurement, outputMeasurement)
 };
 
 }  // namespace rix::individual_analysis

@@ -1,4 +1,4 @@
-#include "LabelAnalysisRunners.h"
+#include "LabelAnalysisRun.h"
 
 #include <memory>
 #include <utility>
@@ -7,12 +7,9 @@
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/Run.h>
 #include <rix/access/Steps.h>
-#include <rix/algorithms/LevelRunner.h>
 #include <rix/exceptions/Exception.h>
-#include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/individual_analysis/MeasureSet.h>
 
-#include "LabelAnalysisPrivate.h"
 #include "MeasureTable.h"
 #include "gathering/Gathering.h"
 #include "gathering/GreyValues.h"
@@ -147,16 +144,10 @@ private:
 
 }  // namespace
 
-void processLabelAnalysis(LabelAnalysis& algorithm, OptimLevelType level) {
-    auto& state = static_cast<LabelAnalysisPrivate&>(*algorithm.implementation());
-    Analysis analysis(algorithm.executionContext(), level, *state.inputLabelImage.get(),
-                      state.inputIntensityImage.get(), state.request);
-    analysis.run(*state.outputMeasurement.get(), state.framesBefore);
-    state.framesBefore += state.inputLabelImage.get()->getNumOf(SEQUENCE);
-}
-
-void addLabelAnalysisRunners(AlgoInfo& info) {
-    algorithms::addLevelRunners<LabelAnalysis, &processLabelAnalysis, &algorithms::acceptsAll<LabelAnalysis>>(info);
+void analyseLabels(access::ExecutionContext& context, OptimLevelType level, const ImageModel& labels,
+                   const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request, LabelAnalysisMsr& result,
+                   std::size_t framesBefore) {
+    Analysis(context, level, labels, intensity, std::move(request)).run(result, framesBefore);
 }
 
 }  // namespace rix::individual_analysis
