@@ -149,12 +149,11 @@ void vectorMathRow(const void* first, const void* second, void* out, std::size_t
     row(static_cast<const T*>(first), static_cast<const T*>(second), static_cast<T*>(out), count);
 }
 
-/// The library knows no policy of stores: its results are streamed from pieces in the first-level cache, which are
-/// short so that memory reads and writes at a time.
+/// The library knows no policy of stores: its results are streamed from pieces in the first-level cache.
 template <class T, simd::VectorOperation operation>
 void streamedVectorMathRow(const void* first, const void* second, void* out, std::size_t count) {
     static const access::StreamRow stream = access::streamRow(SCALAR);
-    constexpr std::size_t piece = 2048 / sizeof(T);
+    constexpr std::size_t piece = access::streamedPieceBytes / sizeof(T);
     alignas(access::lineBytes) std::byte results[piece * sizeof(T)];
     const auto* const a = static_cast<const T*>(first);
     const auto* const b = static_cast<const T*>(second);

@@ -8,8 +8,6 @@ namespace {
 
 /// A few of these fit a first-level cache of 32 KiB beside each other.
 constexpr std::size_t pieceBytes = std::size_t{6} << 10;
-/// Shorter where the output is streamed: reading and writing take turns, and memory is to be busy with both at once.
-constexpr std::size_t streamedPieceBytes = std::size_t{2} << 10;
 
 }  // namespace
 
@@ -50,13 +48,9 @@ ConstRawData PieceReader::piece(std::size_t first, std::size_t count) {
 }
 
 Stores storesFor(const ImageModel& output) {
-    std::size_t voxels = 1;
-    for (const std::size_t extent : helper::getExtents(output)) {
-        if (!helper::checkedMultiply(voxels, extent, voxels)) {
-            return Stores::Streaming;
-        }
-    }
-    return chooseStores(voxels, helper::getElementSize(output));
+    std::size_t voxels = 0;
+    return helper::getElementCount(output, voxels) ? chooseStores(voxels, helper::getElementSize(output))
+                                                   : Stores::Streaming;
 }
 
 PieceWriter::PieceWriter(ImageModel& image, const Plan& plan, Stores stores)

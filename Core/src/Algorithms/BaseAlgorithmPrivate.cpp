@@ -175,14 +175,12 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
             return;
         }
     }
-    {
-        if (parent == nullptr) {
-            m_interaction = interaction;
-            m_callersThread = std::this_thread::get_id();
-            m_lastTalk = std::chrono::steady_clock::now();
-        }
-        work();
+    if (parent == nullptr) {
+        m_interaction = interaction;
+        m_callersThread = std::this_thread::get_id();
+        m_lastTalk = std::chrono::steady_clock::now();
     }
+    work();
 }
 
 void BaseAlgorithmPrivate::openAccount(const BaseAlgorithmPrivate* parent) {

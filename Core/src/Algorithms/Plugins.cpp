@@ -12,10 +12,8 @@
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/Plugin.h>
 #include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
 
 #include "PluginFile.h"
-
 #include "Process/Forks.h"
 
 namespace rix {

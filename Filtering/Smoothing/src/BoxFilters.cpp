@@ -1,5 +1,6 @@
 // Both box filters: the rectangle is a box of one plane.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -26,14 +27,20 @@ struct BoxState : algorithms::AbstractPrivateImplementation {
 template <class Filter>
 constexpr bool hasPlanes = requires(Filter& filter) { filter.kernelSizeZ; };
 
+/// Columns, rows and planes of the window.
+template <class Filter>
+std::array<std::int32_t, 3> windowOf(const Filter& filter) {
+    std::array<std::int32_t, 3> sizes{filter.getKernelSizeX(), filter.getKernelSizeY(), 1};
+    if constexpr (hasPlanes<Filter>) {
+        sizes[PLANS] = filter.getKernelSizeZ();
+    }
+    return sizes;
+}
+
 /// The sums of a run on an image of a meaning.
 template <class Filter>
 BoxJob jobFor(const Filter& filter, Interpretations meaning) {
-    std::int32_t planes = 1;
-    if constexpr (hasPlanes<Filter>) {
-        planes = filter.getKernelSizeZ();
-    }
-    const std::int32_t sizes[] = {filter.getKernelSizeX(), filter.getKernelSizeY(), planes};
+    const auto sizes = windowOf(filter);
     const auto extents = helper::getExtents(*filter.getInputImage());
     BoxJob job;
     job.mean = filter.getAutoScale() == Filter::YES;
@@ -95,12 +102,9 @@ void prepare(Filter& filter) {
 
 template <class Filter>
 access::Reach reachOf(const Filter& filter) {
-    std::int32_t planes = 1;
-    if constexpr (hasPlanes<Filter>) {
-        planes = filter.getKernelSizeZ();
-    }
-    return access::reachOfWindow(static_cast<std::size_t>(filter.getKernelSizeX()),
-                                 static_cast<std::size_t>(filter.getKernelSizeY()), static_cast<std::size_t>(planes));
+    const auto sizes = windowOf(filter);
+    return access::reachOfWindow(static_cast<std::size_t>(sizes[COLUMNS]), static_cast<std::size_t>(sizes[ROWS]),
+                                 static_cast<std::size_t>(sizes[PLANS]));
 }
 
 template <class Filter>
@@ -108,7 +112,9 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
     const std::size_t bytes =
         boxWorkingBytes(input, jobFor(filter, input.getInterpretation()), filter.getMaximumThreads());
-    return access::isOverwritten(input, filter.getOutputImage()) ? bytes + access::TemporaryImage::bytes(input, outputType(filter)) : bytes;
+    return access::isOverwritten(input, filter.getOutputImage())
+               ? bytes + access::TemporaryImage::bytes(input, outputType(filter))
+               : bytes;
 }
 
 template <class Filter>

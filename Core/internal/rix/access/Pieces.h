@@ -97,6 +97,10 @@ void forEachPiece(std::size_t segmentSamples, std::size_t pieceSamples, const Pi
     }
 }
 
+/// The longest piece where the output is streamed. It is short, since reading and writing take turns and memory is to
+/// be busy with both at once.
+inline constexpr std::size_t streamedPieceBytes = std::size_t{2} << 10;
+
 /// How many samples a piece has whose buffers are to stay in the first-level cache.
 std::size_t pieceSamples(std::size_t largestSampleBytes, Stores stores);
 

@@ -4,6 +4,18 @@
 
 namespace rix::individual_analysis {
 
+namespace {
+
+/// Adds one of the sums of each run to the value of its object.
+/// @param values of the objects in the present channel, `step` from one to the next
+void addToObjects(const RunLine& line, const RunSums* sums, double RunSums::* part, double* values, std::size_t step) {
+    for (const Run& run : line.runs()) {
+        values[run.slot * step] += (sums++)->*part;
+    }
+}
+
+}  // namespace
+
 const QuantityInfo GreySumQuantity::info{.name = "GreySum",
                                          .create = &makeQuantity<GreySumQuantity>,
                                          .needsIntensity = true,
@@ -17,12 +29,7 @@ GreySumQuantity::GreySumQuantity(QuantityTable& table)
 }
 
 void GreySumQuantity::add(const RunLine& line) {
-    const RunSums* sums = m_runs.sums();
-    double* const all = data() + line.channel();
-    const std::size_t step = channels();
-    for (const Run& run : line.runs()) {
-        all[run.slot * step] += (sums++)->sum;
-    }
+    addToObjects(line, m_runs.sums(), &RunSums::sum, data() + line.channel(), channels());
 }
 
 void GreySumQuantity::finishBand() {
@@ -60,12 +67,7 @@ GreySquaresQuantity::GreySquaresQuantity(QuantityTable& table)
 }
 
 void GreySquaresQuantity::add(const RunLine& line) {
-    const RunSums* sums = m_runs.sums();
-    double* const all = data() + line.channel();
-    const std::size_t step = channels();
-    for (const Run& run : line.runs()) {
-        all[run.slot * step] += (sums++)->squares;
-    }
+    addToObjects(line, m_runs.sums(), &RunSums::squares, data() + line.channel(), channels());
 }
 
 void GreySquaresQuantity::finishBand() {
