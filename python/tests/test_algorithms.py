@@ -148,8 +148,9 @@ def test_pickles():
 def test_help_speaks_python():
     function, made = rix.auto_thresholding_bright.__doc__, rix.AutoThresholdingBright
     assert "when range_mode is OTHER" in function and "rangeMode" not in function
-    documented = inspect.getdoc(rix.BoxFilter2d.output_image).splitlines()
-    assert documented[:2] == ["The sums or means.", "type: output image"] and "input_image" in documented[2]
+    assert inspect.getdoc(rix.BoxFilter2d.output_image).splitlines() == [
+        "The sums or means.", "type: output image",
+        "rules: takes shape and calibration of input_image with a data type that follows from the inputs as a value image"]
     assert "must have the size of input_image_1" in str(rix.describe("arithmetic_operation_with_image"))
     for text in (function, made.run.__doc__):  # options stand at the margin, their texts four blanks inside
         assert "\naxes\n    The axes of" in text and "it\n    speaks for arrays" in text

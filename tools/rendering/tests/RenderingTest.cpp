@@ -1,6 +1,5 @@
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <limits>
 #include <numeric>
 #include <set>
@@ -8,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <rix/access/VoxelTypeLists.h>
 #include <rix/image/MemoryImage.h>
 #include <rix/rendering/Contours.h>
 #include <rix/rendering/HistogramChart.h>
@@ -20,26 +18,13 @@
 #include <rix/rendering/View.h>
 #include <rix/rendering/Window.h>
 
+#include "ImageOfSamples.h"
+
 namespace rix::rendering {
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
-struct Extents {
-    std::size_t columns = 1, rows = 1, planes = 1, frames = 1, channels = 1;
-};
-
-/// An image of the given samples in storage order.
-template <class T>
-io::MemoryImage makeImage(const Extents& extents, const std::vector<T>& samples) {
-    io::MemoryImage image;
-    const auto& [columns, rows, planes, frames, channels] = extents;
-    EXPECT_TRUE(image.reserve(access::voxelTypeOf<T>, columns, rows, planes, frames, channels));
-    EXPECT_EQ(samples.size(), columns * rows * planes * frames * channels);
-    std::memcpy(image.getInternalBuffer(), samples.data(), samples.size() * sizeof(T));
-    return image;
-}
 
 std::vector<Colour> pixelsOf(const Picture& picture) {
     return {picture.row(0), picture.row(0) + picture.width() * picture.height()};
@@ -128,36 +113,37 @@ TEST(LabelColours, tellNeighboursApart) {
 
 TEST(Slice, showsEveryKindOfImage) {
     const auto threeGreys = std::vector<Colour>{grey(0), grey(128), grey(255)};
-    const Extents row{3};
-    EXPECT_EQ(pixelsOf(renderSlice(makeImage<std::uint8_t>(row, {10, 15, 20}), {})), threeGreys);
-    EXPECT_EQ(pixelsOf(renderSlice(makeImage<std::int16_t>(row, {-100, 0, 100}), {})), threeGreys);
-    EXPECT_EQ(pixelsOf(renderSlice(makeImage<double>(row, {-0.25, 0, 0.25}), {})), threeGreys);
-    EXPECT_EQ(pixelsOf(renderSlice(makeImage<std::complex<float>>(row, {{0, 0}, {3, 4}, {0, -10}}), {})), threeGreys);
+    const test::ImageExtents row{3};
+    EXPECT_EQ(pixelsOf(renderSlice(test::imageOfSamples<std::uint8_t>(row, {10, 15, 20}), {})), threeGreys);
+    EXPECT_EQ(pixelsOf(renderSlice(test::imageOfSamples<std::int16_t>(row, {-100, 0, 100}), {})), threeGreys);
+    EXPECT_EQ(pixelsOf(renderSlice(test::imageOfSamples<double>(row, {-0.25, 0, 0.25}), {})), threeGreys);
+    EXPECT_EQ(pixelsOf(renderSlice(test::imageOfSamples<std::complex<float>>(row, {{0, 0}, {3, 4}, {0, -10}}), {})),
+              threeGreys);
 
-    auto binary = makeImage<std::uint8_t>(row, {0, 1, 255});
+    auto binary = test::imageOfSamples<std::uint8_t>(row, {0, 1, 255});
     ASSERT_TRUE(binary.setInterpretation(RIX_BINARY));
     EXPECT_EQ(pixelsOf(renderSlice(binary, {})), (std::vector<Colour>{grey(0), grey(255), grey(255)}));
 
-    auto labels = makeImage<std::uint32_t>(row, {0, 1, 4000000000U});
+    auto labels = test::imageOfSamples<std::uint32_t>(row, {0, 1, 4000000000U});
     ASSERT_TRUE(labels.setInterpretation(RIX_LABEL));
     EXPECT_EQ(pixelsOf(renderSlice(labels, {}))[0], labelColour(0));
     EXPECT_EQ(pixelsOf(renderSlice(labels, {}))[1], labelColour(1));
     EXPECT_GE(colourDistance(pixelsOf(renderSlice(labels, {}))[2], labelColour(1)), 120);
 
-    const Extents coloured{2, 1, 1, 1, 3};
-    auto bytes = makeImage<std::uint8_t>(coloured, {1, 2, 30, 40, 100, 200});
+    const test::ImageExtents coloured{2, 1, 1, 1, 3};
+    auto bytes = test::imageOfSamples<std::uint8_t>(coloured, {1, 2, 30, 40, 100, 200});
     ASSERT_TRUE(bytes.setColorInterpretation(RGB));
     EXPECT_EQ(pixelsOf(renderSlice(bytes, {})), (std::vector<Colour>{{1, 30, 100}, {2, 40, 200}}));
     SliceChoice green;
     green.channel = 1;
     EXPECT_EQ(pixelsOf(renderSlice(bytes, green)), (std::vector<Colour>{grey(0), grey(255)}));
-    auto words = makeImage<std::uint16_t>(coloured, {0, 257, 514, 65535, 32768, 25700});
+    auto words = test::imageOfSamples<std::uint16_t>(coloured, {0, 257, 514, 65535, 32768, 25700});
     ASSERT_TRUE(words.setColorInterpretation(RGB));
     EXPECT_EQ(pixelsOf(renderSlice(words, {})), (std::vector<Colour>{{0, 2, 128}, {1, 255, 100}}));
-    auto opacity = makeImage<std::uint8_t>({2, 1, 1, 1, 4}, {1, 2, 30, 40, 100, 200, 255, 77});
+    auto opacity = test::imageOfSamples<std::uint8_t>({2, 1, 1, 1, 4}, {1, 2, 30, 40, 100, 200, 255, 77});
     ASSERT_TRUE(opacity.setColorInterpretation(RGB));
     EXPECT_EQ(pixelsOf(renderSlice(opacity, {})), (std::vector<Colour>{{1, 30, 100, 255}, {2, 40, 200, 77}}));
-    auto real = makeImage<float>({2, 1, 1, 1, 4}, {0, 10, 0, 10, 0, 10, 1, 0});
+    auto real = test::imageOfSamples<float>({2, 1, 1, 1, 4}, {0, 10, 0, 10, 0, 10, 1, 0});
     ASSERT_TRUE(real.setColorInterpretation(RGB));
     EXPECT_EQ(pixelsOf(renderSlice(real, {})), (std::vector<Colour>{{0, 0, 0, 255}, {255, 255, 255, 0}}));
 }
@@ -168,7 +154,7 @@ TEST(Slice, choosesPlaneFrameAndChannel) {
     for (std::uint8_t slice = 0; slice < 3 * 2 * 2; ++slice) {
         samples.insert(samples.end(), {0, slice, 100});
     }
-    const auto image = makeImage<std::uint8_t>({3, 1, 3, 2, 2}, samples);
+    const auto image = test::imageOfSamples<std::uint8_t>({3, 1, 3, 2, 2}, samples);
     const auto middleOf = [&](const SliceChoice& choice) {
         return std::lround(renderSlice(image, choice).row(0)[1].red * 100 / 255.0);
     };
@@ -192,7 +178,7 @@ TEST(Slice, takesTheWindowOfALongRowFromAllOfIt) {
     for (std::size_t i = 0; i < samples.size(); ++i) {
         samples[i] = i % 8 == 3 ? 200 : 50;
     }
-    const Picture picture = renderSlice(makeImage<std::uint8_t>({columns, rows}, samples), {});
+    const Picture picture = renderSlice(test::imageOfSamples<std::uint8_t>({columns, rows}, samples), {});
     EXPECT_EQ(picture.row(0)[3], grey(255));
     EXPECT_EQ(picture.row(0)[4], grey(0));
 }
@@ -216,13 +202,14 @@ TEST(Contours, followTheInsideOfLabelsAndStayOpenAtTheEdge) {
                                            0, 1, 1, 1, 2, 2, 2,  //
                                            0, 1, 1, 1, 2, 2, 2};
     Picture picture(7, 4);
-    drawContours(picture, readLabelSlice(makeImage<std::uint8_t>({7, 4}, labels), {}), labelColour);
+    drawContours(picture, readLabelSlice(test::imageOfSamples<std::uint8_t>({7, 4}, labels), {}), labelColour);
     EXPECT_EQ(drawn(picture), ".......\n.111222\n.1.12..\n.1.12..\n");
 
     Picture tooSmall(7, 3);
-    EXPECT_THROW(drawContours(tooSmall, readLabelSlice(makeImage<std::uint8_t>({7, 4}, labels), {}), labelColour),
-                 NotDrawable);
-    EXPECT_THROW(readLabelSlice(makeImage<float>({2}, {0, 1}), {}), NotDrawable);
+    EXPECT_THROW(
+        drawContours(tooSmall, readLabelSlice(test::imageOfSamples<std::uint8_t>({7, 4}, labels), {}), labelColour),
+        NotDrawable);
+    EXPECT_THROW(readLabelSlice(test::imageOfSamples<float>({2}, {0, 1}), {}), NotDrawable);
 }
 
 TEST(Picture, standsSideBySideAndBecomesAnImage) {
@@ -310,7 +297,7 @@ TEST(Numbers, standOnTheirObjectsAndStayInThePicture) {
 TEST(View, enlargesSmallPicturesUntilNumbersFit) {
     std::vector<std::uint8_t> samples(64, 1);
     samples[63] = 0;
-    auto labels = makeImage<std::uint8_t>({8, 8}, samples);
+    auto labels = test::imageOfSamples<std::uint8_t>({8, 8}, samples);
     ASSERT_TRUE(labels.setInterpretation(RIX_LABEL));
     EXPECT_EQ(renderView(labels, nullptr, {}, LabelNumbers::None).width(), 8U);
     const Picture small = renderView(labels, nullptr, {}, LabelNumbers::Drawn);
@@ -331,7 +318,7 @@ TEST(HistogramChart, showsBarsWhereValuesAreAndMarksOfTheThresholds) {
     std::vector<std::uint8_t> samples(1000, 10);
     std::fill(samples.begin() + 400, samples.end(), 200);
     int rows = 0;
-    const Picture chart = drawHistogram(makeImage<std::uint8_t>({10, 100}, samples), [&rows] { ++rows; });
+    const Picture chart = drawHistogram(test::imageOfSamples<std::uint8_t>({10, 100}, samples), [&rows] { ++rows; });
     EXPECT_EQ(chart.width(), 800U);
     EXPECT_EQ(chart.height(), 500U);
     EXPECT_GT(rows, 0);
@@ -348,8 +335,8 @@ TEST(HistogramChart, showsBarsWhereValuesAreAndMarksOfTheThresholds) {
         colours.emplace(pixel.red, pixel.green, pixel.blue);
     }
     EXPECT_GT(colours.size(), 1U) << "a mark";
-    EXPECT_THROW(drawHistogram(makeImage<std::complex<float>>({1}, {{1, 2}}), [] {}), NotDrawable);
-    EXPECT_THROW(drawHistogram(makeImage<float>({1}, {float(nan)}), [] {}), NotDrawable);
+    EXPECT_THROW(drawHistogram(test::imageOfSamples<std::complex<float>>({1}, {{1, 2}}), [] {}), NotDrawable);
+    EXPECT_THROW(drawHistogram(test::imageOfSamples<float>({1}, {float(nan)}), [] {}), NotDrawable);
 }
 
 }  // namespace
