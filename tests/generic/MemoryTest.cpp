@@ -104,9 +104,9 @@ protected:
                         what.c_str());
         }
         EXPECT_LE(use.measured, use.stated) << what << ", " << threads << " threads";
-        if (use.isExact) {
-            EXPECT_LE(use.stated, use.measured + std::max(mebibyte, use.measured / 10))
-                << what << ", " << threads << " threads";
+        // How many of the threads take part is chance: only one thread that always does shows whether more was stated.
+        if (use.isExact && threads == 1) {
+            EXPECT_LE(use.stated, use.measured + std::max(mebibyte, use.measured / 10)) << what;
         }
         return use;
     }
@@ -117,9 +117,13 @@ TEST_P(Memory, IsWhatTheDescriptionSays) {
     examples.push_back(largeExample(example()));
     bool isExact = true;
     for (const Example& each : examples) {
+        std::size_t statedForOne = 0;
         for (const int threads : {1, sanitized ? 1 : 3}) {
             Subject subject(each);
-            isExact = measure(subject.algorithm(), threads, each.toText()).isExact && isExact;
+            const Use use = measure(subject.algorithm(), threads, each.toText());
+            isExact = use.isExact && isExact;
+            statedForOne = threads == 1 ? use.stated : statedForOne;
+            EXPECT_LE(use.stated, statedForOne * static_cast<std::size_t>(threads)) << each.toText();
             Subject changed(each);
             if (putInPlace(changed.algorithm()) && runOnce(changed.algorithm()).exceptionClass != "RuleException") {
                 measure(changed.algorithm(), threads, each.toText() + " in place");
