@@ -21,7 +21,7 @@
 #include "LabelDiscs.h"
 #include "LabelingImages.h"
 #include "Yardstick.h"
-#include "label_peers.h"
+#include "MeasurePeers.h"
 
 namespace rix::bench {
 namespace {

@@ -1,4 +1,4 @@
-#include "label_peers.h"
+#include "MeasurePeers.h"
 
 #include <vigra/accumulator.hxx>
 #include <vigra/multi_array.hxx>

@@ -1,4 +1,4 @@
-#include "label_peers.h"
+#include "MeasurePeers.h"
 
 #include <itkImage.h>
 #include <itkImportImageFilter.h>
