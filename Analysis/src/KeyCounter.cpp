@@ -36,8 +36,7 @@ constexpr unsigned int allEqual = 0xFFFF;
 
 KeyCounter::KeyCounter()
     : m_memory(memory),
-      m_counters(m_memory.data()),
-      m_carries(reinterpret_cast<std::uint32_t*>(m_memory.data() + 4 * keys)),
+      m_tables{m_memory.data(), reinterpret_cast<std::uint32_t*>(m_memory.data() + 4 * keys)},
       m_sinceGuess(guessPeriod) {
     std::memset(m_memory.data(), 0, memory);
 }
@@ -55,7 +54,7 @@ void KeyCounter::count(const std::uint8_t* data, std::size_t count) {
         case Texture::Flat: done = countFlat(data, count); break;
     }
     for (std::size_t i = done; i < count; ++i) {
-        add(0, keyAt(data, i));
+        m_tables.add(0, keyAt(data, i));
     }
 }
 
@@ -67,16 +66,18 @@ std::size_t KeyCounter::countStreams(const std::uint8_t* data, std::size_t count
     const std::uint8_t* const second = data + 2 * length;
     const std::uint8_t* const third = data + 4 * length;
     const std::uint8_t* const fourth = data + 6 * length;
+    const Tables counts = m_tables;
     for (std::size_t i = 0; i < length; ++i) {
-        add(0, keyAt(data, i));
-        add(1 % tables, keyAt(second, i));
-        add(2 % tables, keyAt(third, i));
-        add(3 % tables, keyAt(fourth, i));
+        counts.add(0, keyAt(data, i));
+        counts.add(1 % tables, keyAt(second, i));
+        counts.add(2 % tables, keyAt(third, i));
+        counts.add(3 % tables, keyAt(fourth, i));
     }
     return 4 * length;
 }
 
 std::size_t KeyCounter::countFlat(const std::uint8_t* data, std::size_t count) {
+    const Tables counts = m_tables;
     const std::uint16_t prevailing = m_guess.prevailing;
     std::size_t prevailingCount = 0;
     std::size_t i = 0;
@@ -95,7 +96,7 @@ std::size_t KeyCounter::countFlat(const std::uint8_t* data, std::size_t count) {
         prevailingCount += group;
         for (unsigned int rest = ~equal & allEqual; rest != 0; rest &= rest - 1) {
             const auto position = static_cast<std::size_t>(std::countr_zero(rest));
-            add(position % 4, keyAt(keysOfGroup, position));
+            counts.add(position % 4, keyAt(keysOfGroup, position));
             --prevailingCount;
         }
     }
@@ -104,10 +105,10 @@ std::size_t KeyCounter::countFlat(const std::uint8_t* data, std::size_t count) {
 }
 
 void KeyCounter::addMany(std::uint16_t key, std::size_t count) {
-    const std::size_t sum = m_counters[key] + count;
-    m_counters[key] = static_cast<std::uint8_t>(sum);
+    const std::size_t sum = m_tables.counters[key] + count;
+    m_tables.counters[key] = static_cast<std::uint8_t>(sum);
     if (sum > 255) [[unlikely]] {
-        m_carries[key] += static_cast<std::uint32_t>(sum / 256);
+        m_tables.carries[key] += static_cast<std::uint32_t>(sum / 256);
     }
 }
 

@@ -24,8 +24,9 @@ public:
 
     /// The number of keys of this value met so far.
     std::uint64_t operator[](std::size_t key) const {
-        return std::uint64_t{256} * m_carries[key] + m_counters[key] + m_counters[keys + key] +
-               m_counters[2 * keys + key] + m_counters[3 * keys + key];
+        const std::uint8_t* const counters = m_tables.counters;
+        return std::uint64_t{256} * m_tables.carries[key] + counters[key] + counters[keys + key] +
+               counters[2 * keys + key] + counters[3 * keys + key];
     }
 
     /// Bytes of working memory of one counter.
@@ -47,16 +48,23 @@ private:
     template <std::size_t tables>
     std::size_t countStreams(const std::uint8_t* data, std::size_t count);
     std::size_t countFlat(const std::uint8_t* data, std::size_t count);
-    void add(std::size_t table, std::uint16_t key) {
-        if (++m_counters[table * keys + key] == 0) [[unlikely]] {
-            ++m_carries[key];
-        }
-    }
     void addMany(std::uint16_t key, std::size_t count);
 
+    /// Where counts lie. Loops work on a copy: a byte that is written could be a part of the object itself, as far as
+    /// the language knows, so that its pointers would be read again after each count.
+    struct Tables {
+        std::uint8_t* counters;  ///< four tables of bytes
+        std::uint32_t* carries;  ///< how often a counter passed 255, in any table
+
+        void add(std::size_t table, std::uint16_t key) const {
+            if (++counters[table * keys + key] == 0) [[unlikely]] {
+                ++carries[key];
+            }
+        }
+    };
+
     access::Scratch m_memory;
-    std::uint8_t* m_counters;  ///< four tables of bytes
-    std::uint32_t* m_carries;  ///< how often a counter passed 255, in any table
+    Tables m_tables;
     Guess m_guess{Texture::Varied, 0};
     std::size_t m_sinceGuess;
 };
