@@ -52,12 +52,16 @@ Interval intervalOf(const AxisCut& cut, std::size_t extent, std::size_t index) {
 }  // namespace
 
 PartitionMode partitionModeOfSettings() {
-    const String text = globalSettings().getValue("RIX_PARTITIONER_MODE");
+    static const String key = "RIX_PARTITIONER_MODE";
+    const String text = globalSettings().getValue(key);
+    if (text.empty()) {
+        return RIX_PARTITION_DEFAULT;
+    }
     const EnumInfo& info = getInfoPartitionMode();
     if (info.exists(text)) {
         return static_cast<PartitionMode>(info.getValueFromLabel(text));
     }
-    const int value = globalSettings().getValueAsInt32("RIX_PARTITIONER_MODE", RIX_PARTITION_DEFAULT);
+    const int value = globalSettings().getValueAsInt32(key, RIX_PARTITION_DEFAULT);
     return info.exists(value) ? static_cast<PartitionMode>(value) : RIX_PARTITION_DEFAULT;
 }
 

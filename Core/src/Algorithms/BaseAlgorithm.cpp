@@ -19,7 +19,11 @@ namespace rix {
 namespace {
 
 constexpr const char* maximumLevelKey = "RIX_MAX_OPTIM_LEVEL";
-constexpr const char* maximumExtraMemoryKey = "RIX_MAXIMUM_EXTRA_MEMORY_USAGE";
+/// Every run asks for it: a text made once.
+const String& maximumExtraMemoryKey() {
+    static const String key = "RIX_MAXIMUM_EXTRA_MEMORY_USAGE";
+    return key;
+}
 
 BaseProperty* propertyAt(const std::vector<BaseProperty*>& properties, std::size_t index) {
     if (index >= properties.size()) {
@@ -239,11 +243,11 @@ bool BaseAlgorithm::isIterationOnSpectralAxisEnabled() const {
 }
 
 int BaseAlgorithm::getMaximumExtraMemoryUsage() const {
-    return std::max(0, m_private->m_settings.getValueAsInt32(maximumExtraMemoryKey, 0));
+    return std::max(0, m_private->m_settings.getValueAsInt32(maximumExtraMemoryKey(), 0));
 }
 
 void BaseAlgorithm::setMaximumExtraMemoryUsage(int mebibytes) {
-    m_private->m_settings.setValueAsInt32(maximumExtraMemoryKey, mebibytes);
+    m_private->m_settings.setValueAsInt32(maximumExtraMemoryKey(), mebibytes);
 }
 
 std::size_t BaseAlgorithm::getMaximumExtraMemoryUsageInBytes() const {

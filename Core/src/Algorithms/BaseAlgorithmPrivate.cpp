@@ -148,7 +148,7 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
     const ThreadLimiter limiter(limitIsParents ? -1 : limit, priority);
 
     m_algorithm.lockAllProperties(true);
-    refuseUnknownTypes(m_algorithm);
+    m_imageInputs.refuseUnknownTypes(m_algorithm);
     m_algorithm.applyAllRules();
     openAccount(parent);
 

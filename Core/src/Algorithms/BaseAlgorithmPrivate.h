@@ -15,6 +15,7 @@
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/settings/Settings.h>
 
+#include "ImageProperties.h"
 #include "Process/FloatingPoint.h"
 #include "Progression.h"
 
@@ -88,6 +89,7 @@ private:
     void report(InteractionInterface& interaction) const;
     void talkFromCallersThread();
 
+    ImageInputs m_imageInputs;
     std::size_t m_threads = 1;
     unsigned m_generation = 0;                                       ///< of the process that runs, or ran
     const process::DefaultFloatingPoint* m_floatingPoint = nullptr;  ///< of the run

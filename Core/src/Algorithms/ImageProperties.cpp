@@ -33,16 +33,22 @@ std::vector<const ImageModel*> collectImages(const BaseAlgorithm& algorithm) {
     return images;
 }
 
-void refuseUnknownTypes(const BaseAlgorithm& algorithm) {
-    for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
-        const BaseProperty& property = *algorithm.getInputProperty(i);
-        const ImageModel* const image = imageOf(property);
+void ImageInputs::refuseUnknownTypes(const BaseAlgorithm& algorithm) {
+    const std::size_t count = algorithm.getNumOfInputProperties();
+    for (; m_seen < count; ++m_seen) {
+        if (const auto* const input =
+                dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(m_seen))) {
+            m_inputs.push_back(input);
+        }
+    }
+    for (const Property<const ImageModel*>* const input : m_inputs) {
+        const ImageModel* const image = input->get();
         if (image != nullptr &&
             (helper::getSizeOf(image->getVoxelType()) == 0 || helper::getElementNumber(image->getElementType()) == 0)) {
-            RuleException exception(rules::parameterText(property) + " has an unknown data type: voxel type " +
+            RuleException exception(rules::parameterText(*input) + " has an unknown data type: voxel type " +
                                     std::to_string(image->getVoxelType()) + ", element type " +
                                     std::to_string(image->getElementType()) + ".");
-            exception.addInfoLevel("Rule error in property " + property.getName());
+            exception.addInfoLevel("Rule error in property " + input->getName());
             throw exception;
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include <rix/image/ImageModel.h>
@@ -7,6 +8,8 @@
 namespace rix {
 class BaseAlgorithm;
 class BaseProperty;
+template <class T>
+class Property;
 
 namespace algorithms {
 
@@ -16,9 +19,17 @@ const ImageModel* imageOf(const BaseProperty& property);
 /// The images of all properties that hold one, inputs first.
 std::vector<const ImageModel*> collectImages(const BaseAlgorithm& algorithm);
 
-/// Images are anybody's objects, while rules and kernels look their types up in tables.
-/// @throws RuleException that names the first input whose types are none of the library's
-void refuseUnknownTypes(const BaseAlgorithm& algorithm);
+/// The inputs of an algorithm that are images. An algorithm never loses a property: each is asked once what it is.
+class ImageInputs {
+public:
+    /// Images are anybody's objects, while rules and kernels look their types up in tables.
+    /// @throws RuleException that names the first input whose types are none of the library's
+    void refuseUnknownTypes(const BaseAlgorithm& algorithm);
+
+private:
+    std::size_t m_seen = 0;
+    std::vector<const Property<const ImageModel*>*> m_inputs;
+};
 
 }  // namespace algorithms
 }  // namespace rix

@@ -121,6 +121,18 @@ std::optional<AddressRange> rangeOf(const std::optional<AddressLattice>& lattice
     return lattice ? std::optional(detail::rangeOf(*lattice)) : rangeOfRows(footprint);
 }
 
+/// True when two images are known by their buffers to lie apart, which most are: asked before anything that takes long.
+bool buffersAreApart(const ImageModel& a, const ImageModel& b) {
+    const ConstRawData first = a.getImageBuffer();
+    const ConstRawData second = b.getImageBuffer();
+    std::size_t elementsOfFirst = 0;
+    std::size_t elementsOfSecond = 0;
+    return first != nullptr && second != nullptr && getElementCount(a, elementsOfFirst) &&
+           getElementCount(b, elementsOfSecond) &&
+           !AddressRange{first, first + elementsOfFirst * getElementSize(a)}.meets(
+               {second, second + elementsOfSecond * getElementSize(b)});
+}
+
 bool boxesMeet(const Footprint& a, const Footprint& b) {
     bool meet = true;
     for (std::size_t axis = 0; axis < a.first.size(); ++axis) {
@@ -167,6 +179,9 @@ RawData contiguousSamples(ImageModel& image) {
 bool mayShareSamples(const ImageModel& a, const ImageModel& b) {
     if (&a == &b) {
         return true;
+    }
+    if (buffersAreApart(a, b)) {
+        return false;
     }
     const Footprint ofA = footprintOf(a);
     const Footprint ofB = footprintOf(b);

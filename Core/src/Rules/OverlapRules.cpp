@@ -29,7 +29,7 @@ String DisjointFrom::describe() const {
 
 void InPlaceOrDisjoint::apply(const ImageOperand& operand) const {
     const auto other = m_reference.open();
-    if (!helper::sharesLayout(operand.image, *other) && helper::mayShareSamples(operand.image, *other)) {
+    if (helper::mayShareSamples(operand.image, *other) && !helper::sharesLayout(operand.image, *other)) {
         refuseOverlap(operand, {*other, m_reference.property()},
                       " must be exactly the same part of the image, or one that does not overlap.");
     }

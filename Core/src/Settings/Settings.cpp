@@ -18,8 +18,8 @@ namespace rix {
 namespace {
 
 constexpr std::string_view environmentPrefix = "RIX_";
-constexpr const char* maximumNumberOfThreadsKey = "RIX_MAXIMUM_NUMBER_OF_THREADS";
-constexpr const char* threadPriorityKey = "RIX_THREAD_PRIORITY";
+constexpr std::string_view maximumNumberOfThreadsKey = "RIX_MAXIMUM_NUMBER_OF_THREADS";
+constexpr std::string_view threadPriorityKey = "RIX_THREAD_PRIORITY";
 constexpr const char* temporaryDataDirectoryKey = "RIX_TEMPORARY_DATA_DIRECTORY";
 constexpr const char* pluginDirectoryKey = "RIX_PLUGIN_DIRECTORY";
 
@@ -47,12 +47,6 @@ String toText(T value) {
     return String(buffer, result.ptr);
 }
 
-template <class T>
-T getConverted(const Settings& settings, const String& key, T defaultValue) {
-    T value{};
-    return convert(settings.getValue(key), value) ? value : defaultValue;  // an absent key has an empty text
-}
-
 String lowerCased(String text) {
     for (char& c : text) {
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -74,13 +68,22 @@ String withHome(const String& directory) {
 /// Entries are never changed once others may see them: who reads or copies holds the lock only to get hold of them,
 /// who writes puts changed ones in their place.
 struct SettingsPrivate {
-    using Entries = std::map<String, String>;
+    using Entries = std::map<String, String, std::less<>>;
 
     explicit SettingsPrivate(std::shared_ptr<const Entries> from) : entries(std::move(from)) {}
 
     std::shared_ptr<const Entries> get() const {
         const std::lock_guard lock(*mutex);
         return entries;
+    }
+
+    /// For what every run asks: nothing is copied.
+    template <class T>
+    T converted(std::string_view key, T defaultValue) const {
+        const std::lock_guard lock(*mutex);
+        const auto entry = entries->find(key);
+        T value{};
+        return entry != entries->end() && convert(entry->second, value) ? value : defaultValue;
     }
 
     void set(std::shared_ptr<const Entries> other) {
@@ -153,23 +156,23 @@ bool Settings::getValueAsBool(const String& key, bool defaultValue) const {
 }
 
 int Settings::getValueAsInt32(const String& key, int defaultValue) const {
-    return getConverted(*this, key, defaultValue);
+    return m_private->converted(key, defaultValue);
 }
 
 long Settings::getValueAsInt64(const String& key, long defaultValue) const {
-    return getConverted(*this, key, defaultValue);
+    return m_private->converted(key, defaultValue);
 }
 
 std::size_t Settings::getValueAsSize_t(const String& key, std::size_t defaultValue) const {
-    return getConverted(*this, key, defaultValue);
+    return m_private->converted(key, defaultValue);
 }
 
 float Settings::getValueAsFloat(const String& key, float defaultValue) const {
-    return getConverted(*this, key, defaultValue);
+    return m_private->converted(key, defaultValue);
 }
 
 double Settings::getValueAsDouble(const String& key, double defaultValue) const {
-    return getConverted(*this, key, defaultValue);
+    return m_private->converted(key, defaultValue);
 }
 
 void Settings::setValueAsBool(const String& key, bool value) {
@@ -197,19 +200,19 @@ void Settings::setValueAsDouble(const String& key, double value) {
 }
 
 int Settings::getMaximumNumberOfThreads() const {
-    return getValueAsInt32(maximumNumberOfThreadsKey, -1);
+    return m_private->converted(maximumNumberOfThreadsKey, -1);
 }
 
 void Settings::setMaximumNumberOfThreads(int threads) {
-    setValueAsInt32(maximumNumberOfThreadsKey, threads);
+    setValueAsInt32(String(maximumNumberOfThreadsKey), threads);
 }
 
 int Settings::getThreadPriority() const {
-    return getValueAsInt32(threadPriorityKey, 0);
+    return m_private->converted(threadPriorityKey, 0);
 }
 
 void Settings::setThreadPriority(int priority) {
-    setValueAsInt32(threadPriorityKey, priority);
+    setValueAsInt32(String(threadPriorityKey), priority);
 }
 
 String Settings::getTemporaryDataDirectory() const {
