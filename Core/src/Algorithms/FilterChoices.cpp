@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <rix/properties/EnumInfo.h>
+#include <rix/rules/SpacingRules.h>
 #include <rix/rules/ValueRules.h>
 
 namespace rix::algorithms {
@@ -36,14 +37,14 @@ double lengthInVoxels(const Property<double>& length, LengthUnit unit, const Ima
     if (unit == LengthUnit::VOXEL || value == 0) {
         return value;
     }
-    const double spacing = std::fabs(image.getSpacingOf(axis));
-    if (!(spacing > 0) || !std::isfinite(spacing)) {
-        rules::refuse(rules::parameterText(length) +
-                          " is a length in the unit of the image: the image needs spacings that are finite and not 0.",
-                      "The spacing is " + rules::valueToText(image.getSpacingOf(axis)) +
-                          ". Set the spacing, or give the length in voxels.");
+    const double spacing = image.getSpacingOf(axis);
+    if (!rules::isDivisor(spacing)) {
+        rules::refuse(
+            rules::parameterText(length) +
+                " is a length in the unit of the image: the image needs spacings that are finite and not 0.",
+            "The spacing is " + rules::valueToText(spacing) + ". Set the spacing, or give the length in voxels.");
     }
-    return value / spacing;
+    return value / std::fabs(spacing);
 }
 
 double RuleLength::Measure::voxels(const Property<double>& length) const {

@@ -20,9 +20,9 @@ public:
     using Maker = std::function<std::unique_ptr<ImageModel>()>;
     using Copier = std::function<std::unique_ptr<ImageModel>(const ImageModel&)>;
 
-    /// @param load how the image of a file is had
-    /// @param make how an empty image for a result is had
-    /// @param copy how an image that was loaded or made is copied
+    /// @param load reads the image of a file
+    /// @param make makes an empty image for a result
+    /// @param copy copies an image that was loaded or made
     Workspace(Loader load, Maker make, Copier copy)
         : m_load(std::move(load)), m_make(std::move(make)), m_copy(std::move(copy)) {}
 
