@@ -92,6 +92,22 @@ def test_otsu():
         np.testing.assert_array_equal(picture >= threshold, picture > filters.threshold_otsu(picture))
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "uint32", "float32", "float64"])
+def test_statistics(dtype):
+    stats = pytest.importorskip("scipy.stats")
+    image = random_array(dtype, (90, 70))
+    mask = random_array(np.uint8, image.shape, seed=9) // 128
+    quantiles = [0.05, 0.5, 0.9]
+    for inside in (None, mask):
+        values = (image if inside is None else image[inside != 0]).astype(np.float64).ravel()
+        table = rix.image_statistics(image, inside, quantiles="0.05, 0.5, 0.9")
+        expected = {"Count": values.size, "Minimum": values.min(), "Maximum": values.max(), "Mean": values.mean(),
+                    "StandardDeviation": values.std(), "Skewness": stats.skew(values), "Kurtosis": stats.kurtosis(values),
+                    **{f"Quantile({q})": np.quantile(values, q) for q in quantiles}}
+        for column, value in expected.items():
+            np.testing.assert_allclose(table[column][0], value, rtol=1e-10, err_msg=column)
+
+
 def test_region_properties():
     measure = pytest.importorskip("skimage.measure")
     labels = rix.labeling_2d(blobs((120, 150)))

@@ -45,6 +45,7 @@ const WorstCase worstCases[] = {
     {"AutoThresholdingValue", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
     {"AutoThresholdingBright", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
     {"AutoThresholdingDark", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
+    {"ImageStatistics", {.voxelType = RIX_UINT16, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
 };
 
 std::unique_ptr<Subject> makeWorstCase(const Example& example) {

@@ -1,0 +1,367 @@
+#include "GroupStatistics.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <type_traits>
+
+#include <rix/access/BlockSize.h>
+#include <rix/access/Joins.h>
+#include <rix/access/MemoryAccount.h>
+#include <rix/access/VoxelTypeLists.h>
+
+#include "Int128.h"
+#include "ParticipatingRows.h"
+#include "RankSelection.h"
+#include "ValueCounts.h"
+
+namespace rix::analysis {
+
+namespace {
+
+constexpr double nanosecondsPerVoxel = 0.5;
+constexpr std::size_t classes = 256;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+using Counts = access::CountedVector<std::uint64_t>;
+using SmallTypes = access::TypeList<std::uint8_t, std::int8_t, std::uint16_t, std::int16_t>;
+
+/// The extreme values of a stretch and the first places where they are.
+struct Extremes {
+    double minimum = infinity;
+    double maximum = -infinity;
+    std::uint64_t minimumAt = 0;
+    std::uint64_t maximumAt = 0;
+
+    void takeMinimum(double value, std::uint64_t at) {
+        if (value < minimum) {
+            minimum = value;
+            minimumAt = at;
+        }
+    }
+    void takeMaximum(double value, std::uint64_t at) {
+        if (value > maximum) {
+            maximum = value;
+            maximumAt = at;
+        }
+    }
+    void join(const Extremes& right) {
+        takeMinimum(right.minimum, right.minimumAt);
+        takeMaximum(right.maximum, right.maximumAt);
+    }
+};
+
+using Images = std::initializer_list<const ImageModel*>;
+
+/// What one pass tells of samples of more than 16 bits.
+struct Summary {
+    Moments moments;
+    Extremes extremes;
+    std::uint64_t nanCount = 0;
+    std::uint64_t infiniteCount = 0;
+
+    void join(const Summary& right) {
+        moments.join(right.moments);
+        extremes.join(right.extremes);
+        nanCount += right.nanCount;
+        infiniteCount += right.infiniteCount;
+    }
+};
+
+struct SummaryLeaf {
+    LaneSums sums;
+    Summary summary;
+};
+
+Summary summarise(access::ExecutionContext& context, OptimLevelType level, const Group& group) {
+    const StatisticKernels kernels = statisticKernels(level);
+    const auto open = [&](const access::Plan& plan) {
+        return [rows = ParticipatingRows<double>(*group.image, group.mask, plan), kernels](
+                   SummaryLeaf& leaf, const access::RowSegment& segment, std::size_t first) mutable {
+            double low = infinity;
+            double high = -infinity;
+            rows.read(segment, [&](std::span<const double> samples) {
+                kernels.addSums(samples.data(), samples.size(), leaf.sums);
+                kernels.findExtremes(samples.data(), samples.size(), low, high);
+            });
+            leaf.summary.nanCount += rows.nanCount;
+            leaf.summary.infiniteCount += rows.infiniteCount;
+            Extremes& extremes = leaf.summary.extremes;
+            if (low < extremes.minimum) {
+                extremes.takeMinimum(low, first + rows.find(segment, low));
+            }
+            if (high > extremes.maximum) {
+                extremes.takeMaximum(high, first + rows.find(segment, high));
+            }
+        };
+    };
+    const auto finish = [](SummaryLeaf leaf) {
+        leaf.summary.moments = leaf.sums.moments();
+        return leaf.summary;
+    };
+    const auto join = [](Summary& left, const Summary& right) { left.join(right); };
+    return withMask(*group.image, group.mask, [&](Images images) {
+        return access::reduceRows<SummaryLeaf>(context, images, nanosecondsPerVoxel, open, finish, join);
+    });
+}
+
+/// Lowers `first` to `place`.
+void lower(std::atomic<std::uint64_t>& first, std::uint64_t place) {
+    std::uint64_t known = first.load(std::memory_order_relaxed);
+    while (place < known && !first.compare_exchange_weak(known, place, std::memory_order_relaxed)) {
+    }
+}
+
+/// The first place of a value that occurs. Blocks behind a place where it was found don't search.
+template <class T>
+std::uint64_t placeOf(access::ExecutionContext& context, const Group& group, double value) {
+    struct Nothing {};
+    std::atomic<std::uint64_t> found{std::numeric_limits<std::uint64_t>::max()};
+    const auto open = [&](const access::Plan& plan) {
+        return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), wanted = static_cast<T>(value), &found](
+                   Nothing&, const access::RowSegment& segment, std::size_t first) mutable {
+            if (first < found.load(std::memory_order_relaxed)) {
+                if (const std::size_t at = rows.find(segment, wanted); at < segment.count) {
+                    lower(found, first + at);
+                }
+            }
+        };
+    };
+    withMask(*group.image, group.mask, [&](Images images) {
+        access::reduceRows<Nothing>(
+            context, images, nanosecondsPerVoxel, open, [](Nothing nothing) { return nothing; },
+            [](Nothing&, const Nothing&) {});
+    });
+    return found;
+}
+
+/// Adds what `add(counts, samples)` counts in rows of samples of type `T` to `counts` counters.
+template <class T, class Add>
+Counts countSamples(access::ExecutionContext& context, const Group& group, std::size_t counters, const Add& add) {
+    Counts joined(counters);
+    const auto open = [&](const access::Plan& plan) {
+        return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), &add](
+                   Counts& counts, const access::RowSegment& segment) mutable {
+            rows.read(segment, [&](std::span<const T> samples) { add(counts.data(), samples); });
+        };
+    };
+    const auto make = [&] { return std::make_unique<Counts>(counters); };
+    const auto join = [&](const Counts& counts) {
+        std::transform(counts.begin(), counts.end(), joined.begin(), joined.begin(), std::plus<>());
+    };
+    withMask(*group.image, group.mask, [&](Images images) {
+        access::accumulateRows<Counts>(context, images, nanosecondsPerVoxel, make, open, join);
+    });
+    return joined;
+}
+
+/// How often each value of an image of 8 or 16 bits occurs where the mask is not 0.
+template <class T>
+Counts countsOfValues(access::ExecutionContext& context, const Group& group) {
+    constexpr std::size_t values = std::size_t{1} << (8 * sizeof(T));
+    if (group.mask == nullptr && hasCountableRange(*group.image)) {
+        return std::move(countValues(context, *group.image).counts);
+    }
+    return countSamples<T>(context, group, values, [](std::uint64_t* counts, std::span<const T> samples) {
+        constexpr int lowest = std::numeric_limits<T>::min();
+        for (const T sample : samples) {
+            ++counts[static_cast<int>(sample) - lowest];
+        }
+    });
+}
+
+/// How many samples fall into each of the classes of equal width between the extremes.
+Counts countsOfClasses(access::ExecutionContext& context, OptimLevelType level, const Group& group, double minimum,
+                       double maximum) {
+    const double first = minimum / 2;  // halves: twice the largest real is none
+    const double scale = classes / (maximum / 2 - first);
+    const double finiteScale = std::isfinite(scale) ? scale : 0.0;
+    const auto classify = statisticKernels(level).classify;
+    return countSamples<double>(context, group, classes, [&](std::uint64_t* counts, std::span<const double> samples) {
+        std::uint8_t classOf[ParticipatingRows<double>::pieceSamples];
+        classify(samples.data(), samples.size(), first, finiteScale, classOf);
+        // Neighbours are often alike, and a count waits for the one before of the same class.
+        std::uint32_t tables[4][classes] = {};
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            ++tables[i % 4][classOf[i]];
+        }
+        for (std::size_t i = 0; i < classes; ++i) {
+            counts[i] += std::uint64_t{tables[0][i]} + tables[1][i] + tables[2][i] + tables[3][i];
+        }
+    });
+}
+
+/// Entropy and mode of classes: `valueOf(index)` is the value that stands for one.
+template <class ValueOf>
+void describeClasses(const Counts& counts, double total, const ValueOf& valueOf, GroupStatistics& result) {
+    double entropy = 0;
+    double rest = 0;
+    std::size_t most = 0;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i] > 0) {
+            const double share = static_cast<double>(counts[i]) / total;
+            addExactly(entropy, rest, -share * std::log(share));
+        }
+        most = counts[i] > counts[most] ? i : most;
+    }
+    result.entropy = entropy + rest + 0.0;
+    result.mode = valueOf(most);
+}
+
+struct Bracket {
+    std::uint64_t below;  ///< the rank at or below the quantile's place
+    double share;         ///< of the way to the next
+};
+
+Bracket bracketOf(double quantile, std::uint64_t count) {
+    const double place = quantile * static_cast<double>(count - 1);
+    const auto below = std::min(static_cast<std::uint64_t>(place), count - 1);
+    return {below, place - static_cast<double>(below)};
+}
+
+double between(double low, double high, double share) {
+    return share == 0 || low == high ? low : low + (high - low) * share;
+}
+
+/// Of samples of 8 or 16 bits: all follows from the counts of their values.
+template <class T>
+void measureCounts(access::ExecutionContext& context, const Group& group, std::span<const double> quantiles,
+                   GroupStatistics& result) {
+    constexpr int lowest = std::numeric_limits<T>::min();
+    constexpr std::size_t values = std::size_t{1} << (8 * sizeof(T));
+    const Counts counts = countsOfValues<T>(context, group);
+    const auto valueOf = [](std::size_t index) { return static_cast<double>(index) + lowest; };
+    Moments& moments = result.moments;
+    Int128 sum = 0;
+    for (std::size_t i = 0; i < values; ++i) {
+        moments.count += static_cast<double>(counts[i]);
+        sum += static_cast<Int128>(counts[i]) * (static_cast<Int128>(i) + lowest);
+    }
+    moments.sum = static_cast<double>(sum);
+    moments.sumRest = static_cast<double>(sum - static_cast<Int128>(moments.sum));
+    if (moments.count == 0) {
+        return;
+    }
+    moments.mean = moments.total() / moments.count;
+    double rests[3] = {};
+    for (std::size_t i = 0; i < values; ++i) {
+        const double distance = valueOf(i) - moments.mean;
+        const double square = static_cast<double>(counts[i]) * distance * distance;
+        addExactly(moments.second, rests[0], square);
+        addExactly(moments.third, rests[1], square * distance);
+        addExactly(moments.fourth, rests[2], square * distance * distance);
+    }
+    moments.second += rests[0];
+    moments.third += rests[1];
+    moments.fourth += rests[2];
+    const auto occurs = [](std::uint64_t count) { return count > 0; };
+    result.minimum =
+        valueOf(static_cast<std::size_t>(std::find_if(counts.begin(), counts.end(), occurs) - counts.begin()));
+    result.maximum =
+        valueOf(static_cast<std::size_t>(counts.rend() - std::find_if(counts.rbegin(), counts.rend(), occurs)) - 1);
+    describeClasses(counts, moments.count, valueOf, result);
+    const auto atRank = [&](std::uint64_t rank) {
+        std::size_t i = 0;
+        while (rank >= counts[i]) {
+            rank -= counts[i++];
+        }
+        return valueOf(i);
+    };
+    const auto count = static_cast<std::uint64_t>(moments.count);
+    for (const double quantile : quantiles) {
+        const Bracket bracket = bracketOf(quantile, count);
+        result.quantiles.push_back(
+            between(atRank(bracket.below), atRank(std::min(bracket.below + 1, count - 1)), bracket.share));
+    }
+    result.minimumAt = placeOf<T>(context, group, result.minimum);
+    result.maximumAt = placeOf<T>(context, group, result.maximum);
+}
+
+void selectQuantiles(access::ExecutionContext& context, const Group& group, std::span<const double> quantiles,
+                     GroupStatistics& result) {
+    const auto count = static_cast<std::uint64_t>(result.moments.count);
+    std::vector<std::uint64_t> ranks;
+    for (const double quantile : quantiles) {
+        const std::uint64_t below = bracketOf(quantile, count).below;
+        ranks.insert(ranks.end(), {below, std::min(below + 1, count - 1)});
+    }
+    std::sort(ranks.begin(), ranks.end());
+    ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
+    const std::vector<double> values = selectRanks(context, *group.image, group.mask, count, ranks);
+    const auto atRank = [&](std::uint64_t rank) {
+        return values[static_cast<std::size_t>(std::lower_bound(ranks.begin(), ranks.end(), rank) - ranks.begin())];
+    };
+    for (const double quantile : quantiles) {
+        const Bracket bracket = bracketOf(quantile, count);
+        result.quantiles.push_back(
+            between(atRank(bracket.below), atRank(std::min(bracket.below + 1, count - 1)), bracket.share));
+    }
+}
+
+/// Of samples of more than 16 bits.
+void measureSums(access::ExecutionContext& context, OptimLevelType level, const Group& group,
+                 std::span<const double> quantiles, GroupStatistics& result) {
+    const Summary summary = summarise(context, level, group);
+    result.moments = summary.moments;
+    result.nanCount = summary.nanCount;
+    result.infiniteCount = summary.infiniteCount;
+    result.minimum = summary.extremes.minimum;
+    result.maximum = summary.extremes.maximum;
+    result.minimumAt = summary.extremes.minimumAt;
+    result.maximumAt = summary.extremes.maximumAt;
+    if (result.moments.count == 0) {
+        return;
+    }
+    result.minimum += 0.0;  // of the two zeros, +0
+    result.maximum += 0.0;
+    const Counts counts = countsOfClasses(context, level, group, result.minimum, result.maximum);
+    const auto valueOf = [&](std::size_t index) {
+        const double share = (static_cast<double>(index) + 0.5) / classes;
+        return result.minimum * (1 - share) + result.maximum * share;
+    };
+    describeClasses(counts, result.moments.count, valueOf, result);
+    if (!quantiles.empty()) {
+        selectQuantiles(context, group, quantiles, result);
+    }
+}
+
+}  // namespace
+
+GroupStatistics measureGroup(access::ExecutionContext& context, OptimLevelType level, const Group& group,
+                             std::span<const double> quantiles) {
+    GroupStatistics result;
+    const VoxelTypes type = group.image->getVoxelType();
+    if (access::contains(SmallTypes{}, type)) {
+        access::dispatch(SmallTypes{}, type, [&](auto tag) {
+            measureCounts<typename decltype(tag)::type>(context, group, quantiles, result);
+        });
+    } else {
+        measureSums(context, level, group, quantiles, result);
+    }
+    if (result.moments.count == 0) {
+        constexpr double none = std::numeric_limits<double>::quiet_NaN();
+        result.minimum = result.maximum = result.moments.mean = result.entropy = result.mode = none;
+        result.quantiles.assign(quantiles.size(), none);
+    }
+    return result;
+}
+
+std::size_t groupMemory(VoxelTypes type, std::size_t voxels, std::size_t threads, bool withQuantiles) {
+    // Of a block: its samples as they are where they must be copied, and in double precision.
+    const bool isSmall = access::contains(SmallTypes{}, type);
+    constexpr std::size_t block = access::usualBlockBytes;
+    const std::size_t rows = isSmall ? block : type == RIX_FLOAT64 ? 2 * block : 3 * block;
+    std::size_t tables = 0;
+    if (isSmall) {
+        tables = (sizeof(std::uint64_t) << (8 * helper::getSizeOf(type))) + countingMemory(threads);
+    } else {
+        tables = withQuantiles ? selectionMemory(threads) : (threads + 1) * classes * sizeof(std::uint64_t);
+    }
+    return (voxels / access::leafElements + 1) * sizeof(Summary) + threads * (rows + 2 * access::Scratch::granularity) +
+           tables;
+}
+
+}  // namespace rix::analysis

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include <rix/access/ExecutionContext.h>
+#include <rix/algorithms/OptimLevel.h>
+#include <rix/image/ImageModel.h>
+
+#include "Moments.h"
+
+namespace rix::analysis {
+
+/// A group of voxels: an image, or a part of one as an image, with the mask that belongs to it.
+struct Group {
+    const ImageModel* image;
+    const ImageModel* mask;  ///< null for all voxels
+};
+
+/// What `ImageStatistics` tells of a group of voxels.
+struct GroupStatistics {
+    Moments moments;
+    double minimum = 0;
+    double maximum = 0;
+    std::uint64_t minimumAt = 0;  ///< the place of the first in storage order
+    std::uint64_t maximumAt = 0;
+    double entropy = 0;
+    double mode = 0;
+    std::uint64_t nanCount = 0;
+    std::uint64_t infiniteCount = 0;
+    std::vector<double> quantiles;
+};
+
+/// @param quantiles from 0 to 1
+GroupStatistics measureGroup(access::ExecutionContext& context, OptimLevelType level, const Group& group,
+                             std::span<const double> quantiles);
+
+/// Peak bytes of working memory for groups of at most `voxels` voxels.
+std::size_t groupMemory(VoxelTypes type, std::size_t voxels, std::size_t threads, bool withQuantiles);
+
+}  // namespace rix::analysis

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <rix/algorithms/OptimLevel.h>
+
+namespace rix::analysis {
+
+/// Count, sum and central moments of samples; those of two stretches join to those of both.
+struct Moments {
+    double count = 0;
+    double sum = 0;
+    double sumRest = 0;  ///< what rounding took from the sum
+    double mean = 0;
+    double meanRest = 0;  ///< what rounding took from the mean: the distances of means may be as small
+    double second = 0;    ///< the sum of the squared distances to the mean
+    double third = 0;
+    double fourth = 0;
+
+    /// Adds the samples of `right`, which come behind.
+    void join(const Moments& right);
+
+    /// Takes the mean from sum and count.
+    void updateMean();
+
+    double total() const { return sum + sumRest; }
+    double variance() const;
+    double skewness() const;
+    double kurtosis() const;
+};
+
+/// Adds with what the rounding takes, exactly (D. E. Knuth, The Art of Computer Programming, volume 2).
+inline void addExactly(double& sum, double& rest, double value) {
+    const double before = sum;
+    sum = before + value;
+    const double taken = sum - before;
+    rest += (before - (sum - taken)) + (value - taken);
+}
+
+/// Sums over a stretch of samples: of the samples, and of powers of their distances to the first, which is near enough
+/// to their mean: a first one far off makes the moments as large as its distance. Sample i of the stretch belongs to
+/// lane i % 8, whatever the vectors of the processor.
+struct LaneSums {
+    static constexpr std::size_t lanes = 8;
+    std::size_t count = 0;
+    double first = 0;
+    double sum[lanes] = {};
+    double rest[lanes] = {};
+    double power[4][lanes] = {};
+
+    Moments moments() const;
+};
+
+/// The row functions of statistics.
+struct StatisticKernels {
+    /// Adds `count` samples, finite ones, to the sums.
+    void (*addSums)(const double* samples, std::size_t count, LaneSums& sums);
+    /// Takes the extremes of finite samples into `low` and `high`.
+    void (*findExtremes)(const double* samples, std::size_t count, double& low, double& high);
+    /// (sample / 2 - first) * scale without its fraction, at most 255.
+    void (*classify)(const double* samples, std::size_t count, double first, double scale, std::uint8_t* classes);
+};
+StatisticKernels statisticKernels(OptimLevelType level);
+
+}  // namespace rix::analysis

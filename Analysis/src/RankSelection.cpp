@@ -1,0 +1,207 @@
+#include "RankSelection.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+#include <rix/access/Joins.h>
+#include <rix/access/MemoryAccount.h>
+#include <rix/access/VoxelTypeLists.h>
+
+#include "ParticipatingRows.h"
+
+namespace rix::analysis {
+
+namespace {
+
+constexpr double nanosecondsPerVoxel = 1.0;
+constexpr std::size_t digits = 65536;
+constexpr unsigned digitBits = 16;
+/// Tables that a thread counts in at a time.
+constexpr std::size_t mostSlots = 8;
+
+using Table = access::CountedVector<std::uint64_t>;
+
+template <class T>
+using KeyOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+
+/// Unsigned integers in the order of the values.
+template <class T>
+KeyOf<T> keyOf(T value) {
+    using Key = KeyOf<T>;
+    constexpr Key sign = Key{1} << (8 * sizeof(Key) - 1);
+    if constexpr (std::is_unsigned_v<T>) {
+        return value;
+    } else if constexpr (std::is_integral_v<T>) {
+        return static_cast<Key>(value) ^ sign;
+    } else {
+        const Key bits = std::bit_cast<Key>(value);
+        return (bits & sign) != 0 ? ~bits : bits | sign;
+    }
+}
+
+template <class T>
+T valueOf(KeyOf<T> key) {
+    using Key = KeyOf<T>;
+    constexpr Key sign = Key{1} << (8 * sizeof(Key) - 1);
+    if constexpr (std::is_unsigned_v<T>) {
+        return key;
+    } else if constexpr (std::is_integral_v<T>) {
+        return static_cast<T>(key ^ sign);
+    } else {
+        return std::bit_cast<T>((key & sign) != 0 ? key ^ sign : ~key);
+    }
+}
+
+/// A rank whose value is known down to its leading digits.
+struct Search {
+    std::uint64_t prefix = 0;  ///< the digits found
+    std::uint64_t rank = 0;    ///< among the values that have them
+};
+
+template <class T>
+class Selection {
+public:
+    Selection(access::ExecutionContext& context, const ImageModel& image, const ImageModel* mask)
+        : m_context(context), m_image(image), m_mask(mask) {}
+
+    /// The values of at most `mostSlots` ranks.
+    std::vector<double> values(std::span<const std::uint64_t> ranks) const {
+        std::vector<Search> searches;
+        for (const std::uint64_t rank : ranks) {
+            searches.push_back({0, rank});
+        }
+        for (unsigned shift = 8 * sizeof(T); shift > 0; shift -= digitBits) {
+            findDigit(searches, shift - digitBits);
+        }
+        std::vector<double> found;
+        for (const Search& search : searches) {
+            found.push_back(static_cast<double>(valueOf<T>(static_cast<KeyOf<T>>(search.prefix))) + 0.0);
+        }
+        return found;
+    }
+
+private:
+    /// The next digit of all searches, which stands `shift` bits from the end.
+    void findDigit(std::vector<Search>& searches, unsigned shift) const {
+        std::vector<std::uint64_t> prefixes;
+        for (const Search& search : searches) {
+            if (prefixes.empty() || prefixes.back() != search.prefix) {
+                prefixes.push_back(search.prefix);  // ranks ascend, and so do prefixes
+            }
+        }
+        const Table counts = countDigits(prefixes, shift);
+        for (Search& search : searches) {
+            const auto slot =
+                static_cast<std::size_t>(std::find(prefixes.begin(), prefixes.end(), search.prefix) - prefixes.begin());
+            const std::uint64_t* const table = counts.data() + slot * digits;
+            std::uint64_t digit = 0;
+            while (search.rank >= table[digit]) {
+                search.rank -= table[digit];
+                ++digit;
+            }
+            search.prefix = search.prefix << digitBits | digit;
+        }
+    }
+
+    /// How often each digit follows each of the prefixes.
+    Table countDigits(std::span<const std::uint64_t> prefixes, unsigned shift) const {
+        Table joined(prefixes.size() * digits);
+        constexpr unsigned keyBits = 8 * sizeof(T);
+        const bool isFirst = shift + digitBits == keyBits;
+        // Most samples have none of the prefixes, which the first digits tell.
+        std::vector<std::uint8_t> mayMatch(isFirst ? 0 : digits);
+        for (const std::uint64_t prefix : isFirst ? std::span<const std::uint64_t>() : prefixes) {
+            mayMatch[(prefix << (shift + digitBits)) >> (keyBits - digitBits)] = 1;
+        }
+        const auto add = [&](Table& table, std::span<const T> row) {
+            for (const T value : row) {
+                const std::uint64_t key = keyOf(value);
+                if (isFirst) {
+                    ++table[key >> shift];
+                } else if (mayMatch[key >> (keyBits - digitBits)] != 0) {
+                    for (std::size_t slot = 0; slot < prefixes.size(); ++slot) {
+                        if (prefixes[slot] == key >> (shift + digitBits)) {
+                            ++table[slot * digits + (key >> shift) % digits];
+                        }
+                    }
+                }
+            }
+        };
+        const auto open = [&](const access::Plan& plan) {
+            return [rows = ParticipatingRows<T>(m_image, m_mask, plan), &add](
+                       Table& table, const access::RowSegment& segment) mutable {
+                rows.read(segment, [&](std::span<const T> samples) { add(table, samples); });
+            };
+        };
+        const auto make = [&] { return std::make_unique<Table>(joined.size()); };
+        const auto join = [&](const Table& table) {
+            std::transform(table.begin(), table.end(), joined.begin(), joined.begin(), std::plus<>());
+        };
+        withMask(m_image, m_mask, [&](std::initializer_list<const ImageModel*> images) {
+            access::accumulateRows<Table>(m_context, images, nanosecondsPerVoxel, make, open, join);
+        });
+        return joined;
+    }
+
+    access::ExecutionContext& m_context;
+    const ImageModel& m_image;
+    const ImageModel* m_mask;
+};
+
+/// Below this sorting is faster than making tables.
+constexpr std::uint64_t fewValues = 65536;
+
+std::vector<double> sortedRanks(access::ExecutionContext& context, const ImageModel& image, const ImageModel* mask,
+                                std::span<const std::uint64_t> ranks) {
+    using Values = access::CountedVector<double>;
+    Values all;
+    const auto open = [&](const access::Plan& plan) {
+        return [rows = ParticipatingRows<double>(image, mask, plan)](Values& values,
+                                                                     const access::RowSegment& segment) mutable {
+            rows.read(segment, [&](std::span<const double> samples) {
+                values.insert(values.end(), samples.begin(), samples.end());
+            });
+        };
+    };
+    withMask(image, mask, [&](std::initializer_list<const ImageModel*> images) {
+        access::accumulateRows<Values>(
+            context, images, nanosecondsPerVoxel, [] { return std::make_unique<Values>(); }, open,
+            [&](const Values& values) { all.insert(all.end(), values.begin(), values.end()); });
+    });
+    std::sort(all.begin(), all.end());
+    std::vector<double> values;
+    for (const std::uint64_t rank : ranks) {
+        values.push_back(all[rank] + 0.0);
+    }
+    return values;
+}
+
+using WideTypes = access::TypeList<std::uint32_t, std::int32_t, float, double>;
+
+}  // namespace
+
+std::vector<double> selectRanks(access::ExecutionContext& context, const ImageModel& image, const ImageModel* mask,
+                                std::uint64_t count, std::span<const std::uint64_t> ranks) {
+    if (count <= fewValues) {
+        return sortedRanks(context, image, mask, ranks);
+    }
+    std::vector<double> values;
+    access::dispatch(WideTypes{}, image.getVoxelType(), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const Selection<T> selection(context, image, mask);
+        for (std::size_t i = 0; i < ranks.size(); i += mostSlots) {
+            const std::vector<double> some = selection.values(ranks.subspan(i, std::min(mostSlots, ranks.size() - i)));
+            values.insert(values.end(), some.begin(), some.end());
+        }
+    });
+    return values;
+}
+
+std::size_t selectionMemory(std::size_t threads) {
+    return (threads + 1) * mostSlots * digits * sizeof(std::uint64_t);
+}
+
+}  // namespace rix::analysis

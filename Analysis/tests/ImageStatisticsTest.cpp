@@ -1,0 +1,265 @@
+// Statistics against the definitions, computed in extended precision from sorted values.
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include <rix/analysis/ImageStatistics.h>
+#include <rix/exceptions/Exception.h>
+
+#include "ImageFactories.h"
+#include "ImageValues.h"
+#include "Levels.h"
+
+namespace rix::analysis {
+namespace {
+
+using test::Extents;
+using Real = long double;
+
+/// The voxels of a group with their places in the image.
+struct Sample {
+    double value;
+    Extents at;
+};
+
+void expectNear(double actual, Real expected, Real scale, const char* what) {
+    EXPECT_LE(std::fabs(static_cast<Real>(actual) - expected), 1e-10L * scale) << what << ": " << actual;
+}
+
+Real quantileOf(const std::vector<double>& sorted, double quantile) {
+    const Real place = static_cast<Real>(quantile) * static_cast<Real>(sorted.size() - 1);
+    const auto below = static_cast<std::size_t>(place);
+    const double high = sorted[std::min(below + 1, sorted.size() - 1)];
+    return sorted[below] + (place - static_cast<Real>(below)) * (static_cast<Real>(high) - sorted[below]);
+}
+
+/// Entropy and mode over the values, or over 256 classes of equal width.
+void expectClasses(const std::vector<double>& sorted, bool byValue, const ImageStatisticsMsr& table, std::size_t row) {
+    const double low = sorted.front();
+    const double high = sorted.back();
+    std::map<double, std::size_t> counts;
+    for (const double value : sorted) {
+        const double place = high > low ? (value / 2 - low / 2) * (256 / (high / 2 - low / 2)) : 0;
+        ++counts[byValue ? value : std::min(std::floor(place), 255.0)];
+    }
+    Real entropy = 0;
+    double mode = counts.begin()->first;
+    for (const auto& [key, count] : counts) {
+        const Real share = static_cast<Real>(count) / static_cast<Real>(sorted.size());
+        entropy -= share * std::log(share);
+        mode = count > counts[mode] ? key : mode;
+    }
+    expectNear(table.entropy[row], entropy, 1, "entropy");
+    const double centre = byValue ? mode : low * (1 - (mode + 0.5) / 256) + high * ((mode + 0.5) / 256);
+    EXPECT_EQ(table.mode[row], centre);
+}
+
+void expectStatistics(const std::vector<Sample>& samples, bool byValue, const std::vector<double>& quantiles,
+                      const ImageStatisticsMsr& table, std::size_t row) {
+    std::vector<double> sorted;
+    std::int64_t nan = 0;
+    Real sum = 0;
+    Real magnitude = 0;
+    for (const Sample& sample : samples) {
+        nan += std::isnan(sample.value) ? 1 : 0;
+        if (std::isfinite(sample.value)) {
+            sorted.push_back(sample.value);
+            sum += sample.value;
+            magnitude += std::fabs(static_cast<Real>(sample.value));
+        }
+    }
+    std::sort(sorted.begin(), sorted.end());
+    const auto n = static_cast<Real>(sorted.size());
+    ASSERT_EQ(table.count[row], static_cast<std::int64_t>(sorted.size()));
+    EXPECT_EQ(table.nanCount[row], nan);
+    EXPECT_EQ(table.infiniteCount[row], static_cast<std::int64_t>(samples.size() - sorted.size()) - nan);
+    if (sorted.empty()) {
+        EXPECT_TRUE(std::isnan(table.mean[row]) && std::isnan(table.minimum[row]) && std::isnan(table.entropy[row]));
+        EXPECT_EQ(table.minimumAt[COLUMNS][row], -1);
+        return;
+    }
+    // Distances from one of the values: they may be finer than what extended precision has beside a large mean.
+    const Real origin = sorted[sorted.size() / 2];
+    Real shift = 0;
+    for (const double value : sorted) {
+        shift += (value - origin) / n;
+    }
+    Real powers[3] = {};
+    for (const double value : sorted) {
+        const Real distance = (value - origin) - shift;
+        powers[0] += distance * distance;
+        powers[1] += distance * distance * distance;
+        powers[2] += distance * distance * distance * distance;
+    }
+    const Real variance = powers[0] / n;
+    EXPECT_EQ(table.minimum[row], sorted.front());
+    EXPECT_EQ(table.maximum[row], sorted.back());
+    expectNear(table.sum[row], sum, magnitude * 1e-5L, "sum");  // to 1e-15
+    expectNear(table.mean[row], sum / n, magnitude / n * 1e-4L, "mean");
+    expectNear(table.variance[row], variance, variance, "variance");
+    expectNear(table.standardDeviation[row], std::sqrt(variance), std::sqrt(variance), "deviation");
+    if (variance > 0) {
+        const Real skewness = powers[1] / n / std::pow(variance, 1.5L);
+        expectNear(table.skewness[row], skewness, 1 + std::fabs(skewness), "skewness");
+        const Real kurtosis = powers[2] / n / (variance * variance);
+        expectNear(table.kurtosis[row], kurtosis - 3, kurtosis, "kurtosis");
+    }
+    expectClasses(sorted, byValue, table, row);
+    for (std::size_t i = 0; i < quantiles.size(); ++i) {
+        const Real expected = quantileOf(sorted, quantiles[i]);
+        EXPECT_LE(std::fabs(static_cast<Real>(table.quantiles[i][row]) - expected), 1e-12L * std::fabs(expected))
+            << "quantile " << quantiles[i];
+    }
+    for (const auto* const at : {&table.minimumAt, &table.maximumAt}) {
+        const double extreme = at == &table.minimumAt ? sorted.front() : sorted.back();
+        const auto first =
+            std::find_if(samples.begin(), samples.end(), [&](const Sample& sample) { return sample.value == extreme; });
+        for (std::size_t axis = 0; axis < first->at.size(); ++axis) {
+            EXPECT_EQ((*at)[axis][row], static_cast<std::int64_t>(first->at[axis])) << axis;
+        }
+    }
+}
+
+struct Case {
+    const char* name;
+    VoxelTypes type;
+    Extents extents;
+    std::function<test::SampleValue(std::size_t)> sample;  ///< by the place in storage order
+};
+
+/// Numbers without pattern, from 0 to 1.
+double scattered(std::size_t place) {
+    std::uint64_t x = (place + 1) * 0x9E3779B97F4A7C15U;
+    x = (x ^ (x >> 31)) * 0xBF58476D1CE4E5B9U;
+    return static_cast<double>((x ^ (x >> 29)) >> 11) * 0x1p-53;
+}
+
+const Case cases[] = {
+    {"bytes", RIX_UINT8, {67, 5, 3, 2, 2}, [](std::size_t i) { return static_cast<int>(scattered(i) * 200); }},
+    {"signed bytes",
+     RIX_INT8,
+     {19, 7, 2, 1, 3},
+     [](std::size_t i) { return static_cast<int>(scattered(i) * 255) - 128; }},
+    {"words", RIX_UINT16, {301, 250, 2, 1, 1}, [](std::size_t i) { return static_cast<int>(scattered(i) * 65535.99); }},
+    {"signed words",
+     RIX_INT16,
+     {31, 4, 1, 3, 1},
+     [](std::size_t i) { return static_cast<int>(scattered(i / 7) * 65535) - 32768; }},
+    {"large integers",
+     RIX_UINT32,
+     {301, 250, 1, 2, 1},
+     [](std::size_t i) { return 4294967295 - static_cast<std::int64_t>(scattered(i) * 1000); }},
+    {"integers",
+     RIX_INT32,
+     {33, 9, 2, 2, 2},
+     [](std::size_t i) { return static_cast<std::int64_t>(scattered(i) * 4294967295.0) - 2147483648; }},
+    {"small deviation of a large mean",
+     RIX_FLOAT32,
+     {509, 300, 1, 1, 1},
+     [](std::size_t i) { return 8388608.0 + std::floor(scattered(i) * 4); }},
+    {"some that are not finite",
+     RIX_FLOAT32,
+     {67, 41, 3, 2, 1},
+     [](std::size_t i) {
+         return i % 97 == 5   ? std::nan("")
+                : i % 89 == 3 ? -std::numeric_limits<double>::infinity()
+                              : scattered(i) - 0.5;
+     }},
+    {"one far off", RIX_FLOAT64, {200000, 1, 1, 1, 1}, [](std::size_t i) { return i == 65536 ? 1e9 : scattered(i); }},
+    {"fine differences", RIX_FLOAT64, {251, 77, 2, 1, 2}, [](std::size_t i) { return 1e6 + scattered(i) * 1e-6; }},
+    {"constant", RIX_FLOAT64, {9, 4, 1, 1, 1}, [](std::size_t) { return -7.25; }},
+    {"nothing finite", RIX_FLOAT32, {5, 4, 2, 1, 1}, [](std::size_t) { return std::nan(""); }},
+};
+
+const std::vector<double> askedFor{0.0, 0.05, 0.5, 0.731, 1.0, 0.25, 0.75, 0.9, 0.99, 0.001};
+constexpr const char* askedText = "0, 0.05,0.5 ,0.731, 1, 0.25, 0.75, 0.9, 0.99, 0.001";
+
+TEST(ImageStatistics, AreThoseOfTheDefinitionForEveryGroupMaskAndLevel) {
+    for (const Case& tested : cases) {
+        const Extents& n = tested.extents;
+        const auto placeOf = [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t c, auto...) {
+            return x + n[0] * (y + n[1] * (z + n[2] * (t + n[3] * c)));
+        };
+        const io::MemoryImage image = test::makeImage({.voxelType = tested.type, .extents = n},
+                                                      [&](auto... at) { return tested.sample(placeOf(at...)); });
+        const io::MemoryImage mask = test::makeImage({.extents = n, .interpretation = RIX_BINARY}, [&](auto... at) {
+            return scattered(placeOf(at...) + 77) < 0.3 ? 1 : 0;
+        });
+        const std::vector<double> values = test::allValues(image);
+        const std::vector<double> inside = test::allValues(mask);
+        const bool byValue = helper::getSizeOf(tested.type) <= 2;
+        for (const int by : {0, 1, 2, 3}) {
+            for (const bool isMasked : {false, true}) {
+                std::map<Extents, std::vector<Sample>> groups;  // by channel, frame, plane
+                for (std::size_t i = 0; i < values.size(); ++i) {
+                    const Extents at{i % n[0], i / n[0] % n[1], i / n[0] / n[1] % n[2], i / n[0] / n[1] / n[2] % n[3],
+                                     i / n[0] / n[1] / n[2] / n[3]};
+                    const bool byPlane = by == ImageStatistics::PLANE;
+                    std::vector<Sample>& group =
+                        groups[{by != ImageStatistics::IMAGE ? at[4] : 0,
+                                byPlane || by == ImageStatistics::VOLUME ? at[3] : 0, byPlane ? at[2] : 0, 0, 0}];
+                    if (!isMasked || inside[i] != 0) {
+                        group.push_back({values[i], at});
+                    }
+                }
+                std::vector<std::uint64_t> bits;
+                for (const OptimLevelType level : test::runnableLevels()) {
+                    SCOPED_TRACE(testing::Message() << tested.name << (isMasked ? " masked" : "") << ", group by " << by
+                                                    << ", level " << level);
+                    ImageStatistics algorithm;
+                    algorithm.setAutoCpuDispatch(false);
+                    algorithm.setOptimLevel(level);
+                    algorithm.setInputImage(&image);
+                    algorithm.setInputMaskImage(isMasked ? &mask : nullptr);
+                    algorithm.setGroupBy(static_cast<ImageStatistics::GroupBy>(by));
+                    algorithm.setQuantiles(askedText);
+                    algorithm.run();
+                    const ImageStatisticsMsr& table = *algorithm.getOutputMeasurement();
+                    ASSERT_EQ(table.count.size(), groups.size());
+                    std::size_t row = 0;
+                    std::vector<std::uint64_t> now;
+                    for (const auto& [place, samples] : groups) {
+                        if (bits.empty()) {
+                            expectStatistics(samples, byValue, askedFor, table, row);
+                        }
+                        for (const auto* const column : {&table.sum, &table.mean, &table.variance, &table.kurtosis}) {
+                            now.push_back(std::bit_cast<std::uint64_t>((*column)[row]));
+                        }
+                        ++row;
+                    }
+                    EXPECT_TRUE(bits.empty() || bits == now);
+                    bits = now;
+                }
+            }
+        }
+    }
+}
+
+TEST(ImageStatistics, RefuseMasksAndQuantilesThatAreNone) {
+    const io::MemoryImage image = test::makeImage({.extents = {8, 4, 1, 1, 1}}, [](auto...) { return 1; });
+    const io::MemoryImage other = test::makeImage({.extents = {8, 3, 1, 1, 1}}, [](auto...) { return 1; });
+    const io::MemoryImage wide =
+        test::makeImage({.voxelType = RIX_UINT16, .extents = {8, 4, 1, 1, 1}}, [](auto...) { return 256; });
+    ImageStatistics algorithm;
+    algorithm.setInputImage(&image);
+    for (const io::MemoryImage* const mask : {&other, &wide}) {
+        algorithm.setInputMaskImage(mask);
+        EXPECT_THROW(algorithm.run(), RuleException);
+    }
+    algorithm.setInputMaskImage(nullptr);
+    for (const char* const text : {"0.5,", "1.01", "-0.1", "nan", "half", "0.5 0.6", ",", "0x1p-1"}) {
+        algorithm.setQuantiles(text);
+        EXPECT_THROW(algorithm.run(), RuleException) << text;
+    }
+    algorithm.setQuantiles(" ");
+    algorithm.run();
+    EXPECT_TRUE(algorithm.getOutputMeasurement()->quantiles.empty());
+}
+
+}  // namespace
+}  // namespace rix::analysis
