@@ -168,15 +168,6 @@ TEST(Plan, ModesCutAsTheySay) {
     EXPECT_EQ(columnsOnly.parts(ROWS), 1U);
 }
 
-TEST(PartOf, IsExhaustiveAtTheEndsOfTheRange) {
-    const std::size_t huge = std::numeric_limits<std::size_t>::max();
-    EXPECT_EQ(partOf(huge, 3, 0).begin, 0U);
-    EXPECT_EQ(partOf(huge, 3, 0).end, partOf(huge, 3, 1).begin);
-    EXPECT_EQ(partOf(huge, 3, 2).end, huge);
-    EXPECT_EQ(partOf(7, 3, 0).end, 3U);
-    EXPECT_EQ(partOf(7, 3, 2).begin, 5U);
-}
-
 TEST(WithReach, StopsAtTheEdges) {
     const Block block{{{{10, 20}, {0, 5}, {3, 4}, {1, 2}, {0, 1}}}};
     const Block source = withReach(block, {{3, 4}, {2, 1}, {9, 9}}, {22, 5, 8, 2, 1});

@@ -15,7 +15,6 @@
 #include <rix/image/ImageModelFull2d.h>
 
 #include "AccessTestTools.h"
-#include "ImageComparison.h"
 #include "ImageFactories.h"
 #include "Sanitizers.h"
 
@@ -25,7 +24,6 @@ namespace {
 using test::CopyOnly;
 using test::Extents;
 using test::sameSample;
-using test::TestContext;
 
 Block blockOf(Interval columns, Interval rows, Interval planes, std::size_t sequence = 0, std::size_t spectral = 0) {
     return {{columns, rows, planes, {sequence, sequence + 1}, {spectral, spectral + 1}}};
@@ -187,108 +185,6 @@ TEST(WindowRows, ReportsFailuresAndRecovers) {
     EXPECT_THROW(WindowRows<std::uint8_t>(image, border.get(), block, {{}, {}, {huge * 2, huge * 2}}), MemoryError);
     WindowRows<std::uint8_t> wide(image, border.get(), block, {{huge / 2, 0}, {}, {}});
     EXPECT_THROW(wide.row(3, 0), MemoryError);
-}
-
-/// The sum of a window, straight from the definition.
-io::MemoryImage referenceSum(const io::MemoryImage& image, const Reach& reach) {
-    const Extents n = helper::getExtents(image);
-    return test::makeImage({.voxelType = RIX_INT32, .extents = n}, [&](std::size_t x, std::size_t y, std::size_t z,
-                                                                       std::size_t t, std::size_t s) {
-        const auto from = [](std::size_t c, std::size_t before) {
-            return static_cast<std::int64_t>(c) - static_cast<std::int64_t>(before);
-        };
-        const auto to = [](std::size_t c, std::size_t after) { return static_cast<std::int64_t>(c + after); };
-        std::int64_t sum = 0;
-        for (std::int64_t c = from(z, reach.planes.before); c <= to(z, reach.planes.after); ++c) {
-            for (std::int64_t b = from(y, reach.rows.before); b <= to(y, reach.rows.after); ++b) {
-                for (std::int64_t a = from(x, reach.columns.before); a <= to(x, reach.columns.after); ++a) {
-                    const auto at = [&](std::int64_t i, Components axis) {
-                        return static_cast<std::size_t>(computeCoord(i, static_cast<std::int64_t>(n[axis])));
-                    };
-                    const std::size_t element =
-                        (((s * n[3] + t) * n[2] + at(c, PLANS)) * n[1] + at(b, ROWS)) * n[0] + at(a, COLUMNS);
-                    sum += image.getImageBuffer()[element];
-                }
-            }
-        }
-        return sum;
-    });
-}
-
-void runSum(ExecutionContext& context, const ImageModel& input, ImageModel& output, const Reach& reach) {
-    const auto border = MirrorBorderCondition<std::uint16_t>::New();
-    // A cost that makes blocks of a few rows.
-    transformWindows<std::uint16_t, std::int32_t>(
-        context, input, *border, output, {reach, 2.0e4},
-        [&](WindowRows<std::uint16_t>& window, const RowSegment& segment, std::int32_t* out) {
-            std::fill_n(out, segment.count, 0);
-            const auto row = static_cast<std::int64_t>(segment.row - reach.rows.before);
-            const auto plane = static_cast<std::int64_t>(segment.plane - reach.planes.before);
-            for (std::int64_t z = plane; z <= static_cast<std::int64_t>(segment.plane + reach.planes.after); ++z) {
-                for (std::int64_t y = row; y <= static_cast<std::int64_t>(segment.row + reach.rows.after); ++y) {
-                    const std::uint16_t* const in = window.row(y, z) - reach.columns.before;
-                    for (std::size_t x = 0; x < segment.count; ++x) {
-                        for (std::size_t a = 0; a <= reach.columns.sum(); ++a) {
-                            out[x] += in[x + a];
-                        }
-                    }
-                }
-            }
-        });
-}
-
-TEST(TransformWindows, IsTheSameForEverySchedulerAndStorage) {
-    const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {70, 41, 6, 2, 1}}, 12);
-    CopyOnly copied;
-    ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, input));
-    for (const Reach& reach : {reachOfWindow(3, 4, 1), reachOfWindow(2, 3, 3)}) {
-        const io::MemoryImage expected = referenceSum(input, reach);
-        ShuffledScheduler shuffled(3);
-        for (BlockScheduler* scheduler :
-             {&serialScheduler(), &parallelScheduler(), static_cast<BlockScheduler*>(&shuffled)}) {
-            for (const ImageModel* image :
-                 {static_cast<const ImageModel*>(&input), static_cast<const ImageModel*>(&copied)}) {
-                for (const VoxelTypes type : {RIX_INT32, RIX_FLOAT64}) {
-                    io::MemoryImage output = test::imageOf(type, helper::getExtents(input));
-                    TestContext context(*scheduler);
-                    runSum(context, *image, output, reach);
-                    EXPECT_TRUE(test::imagesEqual(expected, ImageModelProxy(&output, RIX_INT32),
-                                                  {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}));
-                    EXPECT_GT(context.blocks, 10U);
-                    EXPECT_EQ(context.announced, 70.0 * 41 * 6 * 2);
-                    EXPECT_EQ(context.done, context.announced);
-                }
-            }
-        }
-    }
-}
-
-TEST(TransformWindows, StopsWhenCancelledOrRefusedAndRunsAgain) {
-    CopyOnly input;
-    ASSERT_TRUE(input.reserve(RIX_UINT8, 70, 41, 3, 1, 1));
-    test::fillImage(input, [](std::size_t x, std::size_t y, auto...) { return x + y; });
-    CopyOnly output;
-    ASSERT_TRUE(output.reserve(RIX_FLOAT32, 70, 41, 3, 1, 1));
-    for (BlockScheduler* scheduler : {&serialScheduler(), &parallelScheduler()}) {
-        TestContext cancelled(*scheduler);
-        cancelled.cancelAfterBlocks = 2;
-        EXPECT_THROW(runSum(cancelled, input, output, reachOfWindow(3, 3, 1)), ExceptionCancelation);
-        EXPECT_LE(cancelled.done, cancelled.announced / 2);
-        for (const std::size_t allowed : {0U, 1U, 17U}) {
-            input.reads = 0;
-            input.allowedReads = allowed;
-            TestContext context(*scheduler);
-            EXPECT_THROW(runSum(context, input, output, reachOfWindow(3, 3, 1)), UnexpectedError);
-        }
-        input.allowedReads = std::numeric_limits<std::size_t>::max();
-        output.fails = true;
-        TestContext refused(*scheduler);
-        EXPECT_THROW(runSum(refused, input, output, reachOfWindow(3, 3, 1)), UnexpectedError);
-        output.fails = false;
-        TestContext context(*scheduler);
-        EXPECT_NO_THROW(runSum(context, input, output, reachOfWindow(3, 3, 1)));
-        EXPECT_EQ(context.done, context.announced);
-    }
 }
 
 }  // namespace
