@@ -73,11 +73,5 @@ TEST(Exchange, StopsWhenCancelledOrFailing) {
                  UnexpectedError);
 }
 
-TEST(Exchange, CutsTilesThatFitTheCache) {
-    EXPECT_EQ(cutTiles({0, 3, 1, 1, 1}, {}).blockCount(), 0U);
-    EXPECT_EQ(cutTiles({4096, 4096, 1, 1, 1}, {2, 2, 1.0}).largestPart(ROWS), 512U);
-    EXPECT_EQ(cutTiles({4096, 100, 1, 1, 1}, {2, 2, 1.0}).largestPart(ROWS), 100U);
-}
-
 }  // namespace
 }  // namespace rix::access

@@ -6,8 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <rix/access/ExecutionContext.h>
-#include <rix/access/Steps.h>
 #include <rix/image/MemoryImage.h>
 
 #include "TestAlgorithms.h"
@@ -85,25 +83,6 @@ TEST(Iteration, VisitsEveryIndexInRasterOrderAndPutsTheImagesBack) {
     for (const int i : {0, 1, 2, 3}) {
         EXPECT_EQ(output.getInternalBuffer()[4 * i], 101 + i);
     }
-}
-
-TEST(Iteration, StepsThatARunnerDeclaresArePartOfItsPass) {
-    const io::MemoryImage image = numbered(1, 1, 1, 2, 1);
-    std::vector<double> progress;
-    ScriptedAlgorithm algorithm;
-    algorithm.inputImage() = &image;
-    algorithm.enableIterationOnSequenceAxis(true);
-    algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
-        access::ExecutionContext& context = self.executionContext();
-        const access::Steps steps(context, 2);
-        for (int step = 0; step < 2; ++step) {
-            context.startStep(1.0);
-            context.blockDone(1.0);
-            progress.push_back(self.getProgress());
-        }
-    });
-    algorithm.run();
-    EXPECT_THAT(progress, ElementsAre(0.25, 0.5, 0.75, 1.0));
 }
 
 TEST(Iteration, SharesAnImageWithOneIndexAndRefusesDisagreement) {

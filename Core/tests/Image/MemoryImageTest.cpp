@@ -231,16 +231,6 @@ TEST(MemoryImage, InitKeepsTheBuffer) {
     EXPECT_EQ(image.getInternalBuffer(), buffer);
 }
 
-TEST(MemoryImage, UnknownAxesAreRefused) {
-    MemoryImage image = makeCounted({2, 2, 1, 1, 1});
-    for (const auto axis : {static_cast<Components>(-1), static_cast<Components>(5)}) {
-        EXPECT_FALSE(image.setOriginOf(axis, 1.0));
-        EXPECT_FALSE(image.setSpacingOf(axis, 1.0));
-        EXPECT_EQ(image.getNumOf(axis), 0U);
-        EXPECT_EQ(image.getSpacingOf(axis), 0.0);
-    }
-}
-
 class MemoryImageTrace : public testing::Test {
 protected:
     static constexpr const char* key = "RIX_MEMORY_IMAGE_CONSUMPTION_TRACE";

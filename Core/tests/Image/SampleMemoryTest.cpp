@@ -219,6 +219,7 @@ TEST(SampleMemory, KnowsImagesWithoutAddressesByWhatIsBehindThem) {
     EXPECT_TRUE(mayShareSamples(plane, samePlane));
     EXPECT_TRUE(sharesLayout(plane, samePlane));
     EXPECT_FALSE(mayShareSamples(plane, otherPlane));
+    EXPECT_FALSE(mayShareSamples(otherPlane, plane));
     EXPECT_FALSE(mayShareSamples(stored, image));
 
     // Views that convert or hide samples are where the image behind them is.
