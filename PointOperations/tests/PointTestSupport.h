@@ -28,6 +28,7 @@
 
 #include "ImageComparison.h"
 #include "ImageFactories.h"
+#include "ImageSamples.h"
 #include "Levels.h"
 
 namespace rix::point_operations::test {
@@ -36,6 +37,7 @@ using rix::test::Extents;
 using rix::test::Extremes;
 using rix::test::imagesEqual;
 using rix::test::makeRandomImage;
+using rix::test::samplesOf;
 
 inline constexpr VoxelTypes allTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
                                           RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
@@ -75,24 +77,6 @@ inline void runOn(BaseAlgorithm& algorithm, const Kernels& kernels) {
     algorithm.setOptimLevel(kernels.level);
     algorithm.run();
     EXPECT_EQ(algorithm.getLastRunLevel(), kernels.level);
-}
-
-/// The samples of an image in storage order.
-template <class T>
-std::vector<T> samplesOf(const ImageModel& image) {
-    const Extents n = helper::getExtents(image);
-    std::vector<T> samples(n[0] * n[1] * n[2] * n[3] * n[4]);
-    T* row = samples.data();
-    for (std::size_t s = 0; s < n[4]; ++s) {
-        for (std::size_t t = 0; t < n[3]; ++t) {
-            for (std::size_t z = 0; z < n[2]; ++z) {
-                for (std::size_t y = 0; y < n[1]; ++y, row += n[0]) {
-                    EXPECT_TRUE(image.readRowAt(n[0], reinterpret_cast<RawData>(row), 0, y, z, t, s));
-                }
-            }
-        }
-    }
-    return samples;
 }
 
 /// A memory image of type T like another image, with given samples in storage order.

@@ -25,8 +25,7 @@ struct ComparisonOptions {
 /// Compares two images of any storage: `EXPECT_TRUE(imagesEqual(expected, actual))`.
 ///
 /// The failure tells every difference of the headers; and of the samples how many differ, the position and the values
-/// of the first, and the largest difference. Where a plane is small, the plane of the first difference is printed, with
-/// equal samples as dots.
+/// of the first, and the largest difference.
 ::testing::AssertionResult imagesEqual(const ImageModel& expected, const ImageModel& actual,
                                        const ComparisonOptions& options = {});
 

@@ -32,28 +32,17 @@ T SampleValue::as() const {
 void fillImage(ImageModel& image, const SampleFunction& function) {
     const Extents n = helper::getExtents(image);
     const std::size_t samples = helper::getElementNumber(image.getElementType());
-    if (n[COLUMNS] == 0) {
-        return;  // no columns, no rows
-    }
     access::dispatch(access::AllTypes{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         std::vector<T> buffer(n[COLUMNS] * samples);
-        const auto fillRow = [&](std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
+        const bool done = forEachRow(image, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
             for (std::size_t i = 0; i < buffer.size(); ++i) {
                 buffer[i] = function(i / samples, y, z, t, s, i % samples).template as<T>();
             }
-            if (!image.writeRowAt(n[COLUMNS], reinterpret_cast<ConstRawData>(buffer.data()), 0, y, z, t, s)) {
-                throw std::runtime_error("the image refused a row");
-            }
-        };
-        for (std::size_t s = 0; s < n[SPECTRAL_SERIES]; ++s) {
-            for (std::size_t t = 0; t < n[SEQUENCE]; ++t) {
-                for (std::size_t z = 0; z < n[PLANS]; ++z) {
-                    for (std::size_t y = 0; y < n[ROWS]; ++y) {
-                        fillRow(y, z, t, s);
-                    }
-                }
-            }
+            return image.writeRowAt(n[COLUMNS], reinterpret_cast<ConstRawData>(buffer.data()), 0, y, z, t, s);
+        });
+        if (!done) {
+            throw std::runtime_error("the image refused a row");
         }
     });
 }

@@ -16,6 +16,37 @@ namespace rix::test {
 /// Columns, rows, planes, sequence, spectral series.
 using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
+/// Calls `use` with the position of every element, in storage order.
+template <class Use>
+void forEachPosition(const Extents& extents, const Use& use) {
+    std::size_t count = 1;
+    for (const std::size_t extent : extents) {
+        count *= extent;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        Extents position;
+        std::size_t rest = i;
+        for (std::size_t axis = 0; axis < extents.size(); ++axis) {
+            position[axis] = rest % extents[axis];
+            rest /= extents[axis];
+        }
+        use(position);
+    }
+}
+
+/// Calls `function(row, plane, sequence, spectral)` for every row of an image that has columns, until one gives false.
+/// @return whether none did
+template <class F>
+bool forEachRow(const ImageModel& image, F&& function) {
+    Extents rows = helper::getExtents(image);
+    rows[COLUMNS] = rows[COLUMNS] == 0 ? 0 : 1;
+    bool goesOn = true;
+    forEachPosition(rows, [&](const Extents& p) {
+        goesOn = goesOn && function(p[ROWS], p[PLANS], p[SEQUENCE], p[SPECTRAL_SERIES]);
+    });
+    return goesOn;
+}
+
 /// What an image made by a test looks like; named with designated initialisers at the call.
 struct ImageTraits {
     VoxelTypes voxelType = RIX_UINT8;

@@ -36,7 +36,6 @@ TEST(ImageComparison, TellsWhereAndWhatDiffers) {
     EXPECT_THAT(message, HasSubstr("first at column 2, row 1, plane 0, sequence 1, spectral 1: expected 12, got 11"));
     EXPECT_THAT(message, HasSubstr("largest difference 100 at column 0, row 0, plane 1, sequence 1, spectral 1: "
                                    "expected 0, got -100"));
-    EXPECT_THAT(message, HasSubstr("  0  1  2   |  .  .  .\n    10 11 12   |  .  . 11\n"));
     EXPECT_TRUE(imagesEqual(expected, expected));
 }
 

@@ -2,30 +2,9 @@
 
 #include <algorithm>
 
-#include <gtest/gtest.h>
-
-#include <rix/access/VoxelTypeLists.h>
+#include "ImageSamples.h"
 
 namespace rix::test {
-
-namespace {
-
-/// One volume of an image of a real type.
-void readVolume(const ImageModel& image, std::size_t t, std::size_t s, std::vector<double>& samples) {
-    access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        std::vector<T> row(image.getNumOf(COLUMNS));
-        auto to = samples.begin();
-        for (std::size_t z = 0; z < image.getNumOf(PLANS); ++z) {
-            for (std::size_t y = 0; y < image.getNumOf(ROWS); ++y) {
-                ASSERT_TRUE(image.readRowAt(row.size(), reinterpret_cast<RawData>(row.data()), 0, y, z, t, s));
-                to = std::transform(row.begin(), row.end(), to, [](T sample) { return static_cast<double>(sample); });
-            }
-        }
-    });
-}
-
-}  // namespace
 
 double Neighbours::operator()(std::int64_t dx, std::int64_t dy, std::int64_t dz) const {
     std::int64_t index = 0;
@@ -54,14 +33,13 @@ io::MemoryImage windowReference(const ImageModel& image, VoxelTypes outputType, 
     Neighbours neighbours;
     neighbours.m_policy = policy;
     neighbours.m_fixed = fixed;
-    neighbours.m_samples.resize(n[0] * n[1] * n[2]);
     for (std::size_t axis = 0; axis < 3; ++axis) {
         neighbours.m_extents[axis] = static_cast<std::int64_t>(n[axis]);
     }
     return makeImage({.voxelType = outputType, .extents = n},
                      [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
                          if (x == 0 && y == 0 && z == 0) {
-                             readVolume(image, t, s, neighbours.m_samples);
+                             neighbours.m_samples = volumeOf<double>(image, t, s);
                          }
                          neighbours.m_at[0] = static_cast<std::int64_t>(x);
                          neighbours.m_at[1] = static_cast<std::int64_t>(y);

@@ -47,15 +47,5 @@ TEST(DataFrame, RefusesColumnsThatDoNotFitAndStaysUnchanged) {
     EXPECT_EQ(empty.getRowCount(), 0U);
 }
 
-TEST(DataFrame, CopiesShareNothing) {
-    const DataFrame table = makeMeasures();
-    DataFrame copy = table;
-    copy.addColumn({"more", "", ""}, std::vector<double>{1, 2, 3});
-    EXPECT_EQ(table.getColumnCount(), 3U);
-    copy = table;
-    EXPECT_EQ(copy.getColumnCount(), 3U);
-    EXPECT_NE(copy.getReals(1).data(), table.getReals(1).data());
-}
-
 }  // namespace
 }  // namespace vessel

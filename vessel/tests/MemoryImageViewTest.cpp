@@ -1,5 +1,3 @@
-#include <vessel/ArrayX.h>
-#include <vessel/Matrix.h>
 #include <vessel/MemoryImageView.h>
 #include <vessel/MemoryTensor.h>
 
@@ -101,26 +99,6 @@ TEST(MemoryImageView, SharesAForeignBufferAndKeepsItAlive) {
         EXPECT_EQ(value, std::byte{3});
     }
     EXPECT_TRUE(watch.expired());
-}
-
-TEST(MemoryImageView, Calibration) {
-    MemoryImageView image = makeInterleaved();
-    EXPECT_TRUE(image.setCalibration(AxisName::TIME, {5.0, 0.25, "s"}));
-    EXPECT_FALSE(image.setCalibration(AxisName::SLICE, {5.0, 0.25, "mm"}));
-    EXPECT_EQ(image.getAxes()[3].calibration, (AxisCalibration{5.0, 0.25, "s"}));
-    EXPECT_EQ(image.getAxes()[0].calibration, AxisCalibration());
-}
-
-TEST(Containers, MatrixIsRowMajorAndArrayKeepsWhatRemains) {
-    Matrix<double, 3> matrix = Matrix<double, 3>::identity();
-    matrix(0, 2) = 5.0;
-    EXPECT_EQ(matrix.data()[2], 5.0);
-    EXPECT_EQ(matrix, (Matrix<double, 3>({1, 0, 5, 0, 1, 0, 0, 0, 1})));
-
-    ArrayX<long> array{1, 2, 3};
-    array.resize(2);
-    array.resize(4);
-    EXPECT_EQ(array, (ArrayX<long>{1, 2, 0, 0}));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // Reductions: sums of reals that no cut, schedule or storage changes.
 
 #include <bit>
-#include <cstdint>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -82,40 +81,6 @@ TEST(ReduceLeaves, GivesTheSameBitsForEveryCutScheduleAndStorage) {
     }
     const io::MemoryImage empty = test::imageOf(RIX_FLOAT32, {10, 0, 1, 1, 1});
     EXPECT_EQ(sumOf(serialScheduler(), empty), 0.0);
-}
-
-TEST(Accumulate, JoinsWhatEveryBlockFound) {
-    const io::MemoryImage image = test::makeRandomImage({.voxelType = RIX_UINT16, .extents = {700, 300, 2, 1, 1}}, 8);
-    const ScopedBlockBytes blocks(1024);
-    std::uint64_t expected = 0;
-    for (std::size_t i = 0; i < std::size_t{700} * 300 * 2; ++i) {
-        expected += reinterpret_cast<const std::uint16_t*>(image.getImageBuffer())[i];
-    }
-    for (BlockScheduler* scheduler : {&serialScheduler(), &parallelScheduler()}) {
-        TestContext context(*scheduler);
-        std::uint64_t sum = 0;
-        accumulate<std::uint16_t, std::uint64_t>(
-            context, image, 1.0, [] { return std::make_unique<std::uint64_t>(0); },
-            [](std::uint64_t& partial, const std::uint16_t* samples, std::size_t count) {
-                for (std::size_t i = 0; i < count; ++i) {
-                    partial += samples[i];
-                }
-            },
-            [&](const std::uint64_t& partial) { sum += partial; });
-        EXPECT_EQ(sum, expected);
-        EXPECT_GT(context.blocks, 100U);
-    }
-}
-
-TEST(ForEachPart, RunsEveryPartAndStopsWhenCancelled) {
-    for (const double cost : {1.0, 1e6}) {
-        TestContext context(parallelScheduler());
-        std::vector<std::atomic<int>> visits(50);
-        forEachPart(context, visits.size(), cost, [&](std::size_t i) { ++visits[i]; });
-        EXPECT_TRUE(std::all_of(visits.begin(), visits.end(), [](const auto& v) { return v == 1; }));
-        context.cancelAfterBlocks = 0;
-        EXPECT_THROW(forEachPart(context, 3, cost, [](std::size_t) { FAIL(); }), ExceptionCancelation);
-    }
 }
 
 }  // namespace

@@ -1,10 +1,7 @@
-// Bundles of lines: every line once, whole, with its border, whatever the axis, the storage and the cut.
+// Bundles of lines: every line of every axis once and whole. Their borders are tested with the filters along lines.
 
 #include <algorithm>
-#include <complex>
 #include <cstdint>
-#include <optional>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -15,200 +12,56 @@
 #include "AccessTestTools.h"
 #include "ImageComparison.h"
 #include "ImageFactories.h"
-#include "Sanitizers.h"
 
 namespace rix::access {
 namespace {
 
-using test::CopyOnly;
 using test::Extents;
 using test::TestContext;
 
-constexpr Components allAxes[] = {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES};
-
-std::int64_t sampleAt(const Extents& at, std::size_t sample) {
-    return static_cast<std::int64_t>((at[0] * 7 + at[1] * 3 + at[2] * 5 + at[3] + 2 * at[4] + sample) % 11);
-}
-
-/// Sums of windows around each element, from the definition; a reach before of the whole axis makes prefix sums.
-io::MemoryImage referenceSums(const test::ImageTraits& traits, Components axis, const BundleNeeds& needs) {
-    const auto n = static_cast<std::int64_t>(traits.extents[axis]);
-    return test::makeImage(
-        traits, [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t s, std::size_t sample) {
-            Extents at{x, y, z, t, s};
-            const auto i = static_cast<std::int64_t>(at[axis]);
-            std::int64_t sum = 0;
-            for (std::int64_t j = i - static_cast<std::int64_t>(needs.reach.before);
-                 j <= i + static_cast<std::int64_t>(needs.reach.after); ++j) {
-                const bool inside = j >= 0 && j < n;
-                if (!inside && needs.border == BorderPolicy::FIXED) {
-                    sum += static_cast<std::int64_t>(needs.borderValue);
-                    continue;
-                }
-                const std::int64_t reflected = ((j % (2 * n)) + 2 * n) % (2 * n);
-                const std::int64_t mirrored = reflected < n ? reflected : 2 * n - 1 - reflected;
-                at[axis] = static_cast<std::size_t>(
-                    needs.border == BorderPolicy::CONTINUE ? std::clamp<std::int64_t>(j, 0, n - 1) : mirrored);
-                sum += sampleAt(at, sample);
-            }
-            return sum;
-        });
-}
-
-/// Puts each sum where the first element of its window was.
-template <class Work>
-void sumWindows(Bundle<Work>& bundle, const Reach::Axis& reach) {
-    const auto before = static_cast<std::int64_t>(reach.before);
-    for (std::int64_t i = 0; i < static_cast<std::int64_t>(bundle.length()); ++i) {
-        for (std::size_t x = 0; x < bundle.paddedWidth(); ++x) {
-            Work sum{};
-            for (std::int64_t j = i - before; j <= i + static_cast<std::int64_t>(reach.after); ++j) {
-                sum = static_cast<Work>(sum + bundle.row(j)[x]);
-            }
-            bundle.row(i - before)[x] = sum;
-        }
-    }
-    bundle.setResult(-before);
-}
-
-template <class Work>
-void compareSums(ExecutionContext& context, const ImageModel& input, ImageModel& output, Components axis,
-                 const BundleNeeds& needs, const io::MemoryImage& expected) {
-    forEachBundle<Work>(context, input, output, axis, needs,
-                        [&](Bundle<Work>& bundle) { sumWindows(bundle, needs.reach); });
-    EXPECT_TRUE(test::imagesEqual(expected, output, {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}));
-}
-
-TEST(LineBundles, GiveEveryLineWithItsBorder) {
-    struct Case {
-        test::ImageTraits traits;
-        std::size_t bytes;
-    };
-    const Case cases[] = {
-        {{.voxelType = RIX_UINT8, .extents = {37, 21, 5, 3, 2}}, 1024},
-        {{.voxelType = RIX_FLOAT32, .extents = {37, 21, 5, 1, 1}}, 1024},
-        {{.voxelType = RIX_INT16, .extents = {131, 3, 17, 1, 1}}, usualBlockBytes},
-        {{.voxelType = RIX_FLOAT64, .extents = {1, 67, 2, 2, 1}, .elementType = VECTOR_3}, 1024},
-        {{.voxelType = RIX_UINT32, .extents = {19, 1, 1, 1, 1}}, 1},
-    };
-    const BundleNeeds needs[] = {{.reach = {2, 1}},
-                                 {.reach = {3, 40}, .border = BorderPolicy::CONTINUE},
-                                 {.reach = {1, 2}, .border = BorderPolicy::FIXED, .borderValue = 4},
-                                 {}};
-    ShuffledScheduler shuffled(7);
-    test::Sampling sampling(3);
-    for (const Case& c : cases) {
-        const ScopedBlockBytes blocks(c.bytes);
-        const io::MemoryImage memory =
-            test::makeImage(c.traits, [](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t s,
-                                         std::size_t sample) { return sampleAt({x, y, z, t, s}, sample); });
-        CopyOnly copied;
-        ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, memory));
-        for (const Components axis : allAxes) {
-            for (const BundleNeeds& need : needs) {
-                if (!sampling.takesNext()) {
-                    continue;
-                }
-                SCOPED_TRACE(helper::describeImage(memory) + ", axis " + std::to_string(axis));
-                const io::MemoryImage expected = referenceSums(c.traits, axis, need);
-                TestContext parallel(parallelScheduler());
-                TestContext random(shuffled);
-                io::MemoryImage output = memory;
-                compareSums<float>(parallel, memory, output, axis, need, expected);
-                EXPECT_GT(parallel.blocks, 0U);
-                output = memory;
-                compareSums<std::int32_t>(random, output, output, axis, need, expected);
-                CopyOnly target;
-                ASSERT_NO_FATAL_FAILURE(test::copyInto(target, memory));
-                compareSums<double>(random, copied, target, axis, need, expected);
-                EXPECT_EQ(random.done, random.announced);
-            }
-        }
-    }
-}
-
-/// Prefix sums down the lines and back up again: bodies go both ways, and complex samples are samples.
-TEST(LineBundles, CarryStateInBothDirections) {
+TEST(LineBundles, TurnTheLinesOfEveryAxisAround) {
     const ScopedBlockBytes blocks(1024);
-    const io::MemoryImage input = test::makeRandomImage(
-        {.voxelType = RIX_COMPLEX_FLOAT64, .extents = {45, 23, 6, 1, 1}}, 3, test::Extremes::None);
-    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-        io::MemoryImage expected = input;
-        const auto n = helper::getExtents(input);
-        auto* const samples = reinterpret_cast<std::complex<double>*>(expected.getInternalBuffer());
-        const std::size_t step = axis == COLUMNS ? 1 : axis == ROWS ? n[0] : n[0] * n[1];
-        const auto hasBefore = [&](std::size_t v) { return v / step % n[axis] > 0; };
-        for (std::size_t v = 0; v < n[0] * n[1] * n[2]; ++v) {
-            samples[v] += hasBefore(v) ? samples[v - step] : 0.0;
-        }
-        for (std::size_t v = n[0] * n[1] * n[2]; v-- > 0;) {
-            samples[hasBefore(v) ? v - step : v] += hasBefore(v) ? samples[v] : 0.0;
-        }
-        io::MemoryImage output = input;
-        TestContext context(parallelScheduler());
-        forEachBundle<std::complex<double>>(
-            context, output, output, axis, {}, [](Bundle<std::complex<double>>& bundle) {
-                const auto length = static_cast<std::int64_t>(bundle.length());
-                for (std::int64_t i = 1; i < length; ++i) {
-                    std::transform(bundle.row(i), bundle.row(i) + bundle.width(), bundle.row(i - 1), bundle.row(i),
-                                   std::plus<>());
-                }
-                for (std::int64_t i = length - 1; i > 0; --i) {
-                    std::transform(bundle.row(i - 1), bundle.row(i - 1) + bundle.width(), bundle.row(i),
-                                   bundle.row(i - 1), std::plus<>());
-                }
+    const test::ImageTraits traits{.voxelType = RIX_INT16, .extents = {37, 21, 5, 3, 2}, .elementType = VECTOR_3};
+    const auto made = [&](const auto& move) {
+        return test::makeImage(
+            traits, [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t s, std::size_t sample) {
+                const Extents at = move(Extents{x, y, z, t, s});
+                return at[0] * 7 + at[1] * 3 + at[2] * 500 + at[3] * 50 + at[4] * 1000 + sample;
             });
-        EXPECT_TRUE(test::imagesEqual(expected, output)) << "axis " << axis;
-        EXPECT_GT(context.blocks, 4U);
-    }
-}
-
-TEST(LineBundles, FitTheCacheAndHoldWholeCacheLines) {
-    const io::MemoryImage cube = test::imageOf(RIX_FLOAT32, {256, 256, 256, 1, 1});
-    const io::MemoryImage narrow = test::imageOf(RIX_UINT8, {5, 400, 300, 1, 1});
-    const io::MemoryImage longLines = test::imageOf(RIX_UINT8, {200, 100000, 1, 1, 1});
-    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-        const Plan plan = cutBundles(cube, cube, axis, sizeof(float), {});
-        EXPECT_EQ(plan.largestPart(axis), 256U);
-        EXPECT_EQ(plan.largestPart(axis == COLUMNS ? ROWS : COLUMNS), 256U);
-        EXPECT_EQ(plan.block(0).voxels() * sizeof(float), usualBlockBytes);
-    }
-    EXPECT_EQ(cutBundles(narrow, narrow, PLANS, sizeof(float), {}).block(0).rows().length(), 80U)
-        << "rows beside each other where columns are few: 400 in parts of at most 87";
-    EXPECT_EQ(cutBundles(longLines, longLines, ROWS, sizeof(float), {}).largestPart(COLUMNS), 64U);
-    EXPECT_EQ(cutBundles(cube, cube, ROWS, sizeof(float), {.nanosecondsPerVoxel = 5000}).largestPart(COLUMNS), 16U);
-}
-
-TEST(LineBundles, StopWhenCancelledOrRefused) {
-    const ScopedBlockBytes blocks(1024);
-    CopyOnly image;
-    ASSERT_TRUE(image.reserve(RIX_UINT8, 70, 41, 3, 1, 1));
-    test::fillImage(image, [](auto... c) { return (c + ...); });
-    io::MemoryImage output = test::imageOf(RIX_FLOAT32, {70, 41, 3, 1, 1});
-    const auto sum = [](ExecutionContext& context, const ImageModel& in, ImageModel& out, Components axis,
-                        const BundleNeeds& needs) {
-        forEachBundle<float>(context, in, out, axis, needs,
-                             [&](Bundle<float>& bundle) { sumWindows(bundle, needs.reach); });
     };
-    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-        TestContext cancelled(serialScheduler());
-        cancelled.cancelAfterBlocks = 2;
-        EXPECT_THROW(sum(cancelled, image, output, axis, {{1, 1}}), ExceptionCancelation);
-        image.reads = 0;
-        image.allowedReads = 30;
+    const io::MemoryImage image = made([](const Extents& at) { return at; });
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+        const io::MemoryImage expected = made([&](Extents at) {
+            at[axis] = traits.extents[axis] - 1 - at[axis];
+            return at;
+        });
+        io::MemoryImage output = image;
         TestContext context(parallelScheduler());
-        EXPECT_THROW(sum(context, image, output, axis, {{1, 1}}), UnexpectedError);
-        image.allowedReads = std::numeric_limits<std::size_t>::max();
-        constexpr std::size_t huge = std::size_t{1} << 62;
-        EXPECT_THROW(sum(context, image, output, axis, {{huge, 0}}), MemoryError);
-        EXPECT_THROW(sum(context, image, output, axis, {{huge * 2, huge * 2}}), MemoryError);
-        image.fails = true;
-        EXPECT_THROW(sum(context, output, image, axis, {{1, 1}}), UnexpectedError);
-        image.fails = false;
+        forEachBundle<double>(context, output, output, axis, {}, [](Bundle<double>& bundle) {
+            const auto last = static_cast<std::int64_t>(bundle.length()) - 1;
+            for (std::int64_t i = 0; i < last - i; ++i) {
+                std::swap_ranges(bundle.row(i), bundle.row(i) + bundle.paddedWidth(), bundle.row(last - i));
+            }
+        });
+        EXPECT_TRUE(test::imagesEqual(expected, output)) << "axis " << axis;
+        EXPECT_GT(context.blocks, 0U);
     }
+}
+
+TEST(LineBundles, RefuseExtentsThatDifferAndReachesWithoutEnd) {
+    const io::MemoryImage image = test::imageOf(RIX_UINT8, {70, 41, 3, 1, 1});
+    io::MemoryImage output = test::imageOf(RIX_FLOAT32, {70, 41, 3, 1, 1});
     io::MemoryImage other = test::imageOf(RIX_FLOAT32, {70, 40, 3, 1, 1});
     TestContext context(serialScheduler());
-    EXPECT_THROW(sum(context, image, other, ROWS, {}), UnexpectedError);
+    const auto sum = [&](io::MemoryImage& out, Components axis, const BundleNeeds& needs) {
+        forEachBundle<float>(context, image, out, axis, needs, [](Bundle<float>& bundle) { bundle.setResult(0); });
+    };
+    constexpr std::size_t huge = std::size_t{1} << 62;
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        EXPECT_THROW(sum(output, axis, {{huge, 0}}), MemoryError);
+        EXPECT_THROW(sum(output, axis, {{huge * 2, huge * 2}}), MemoryError);
+    }
+    EXPECT_THROW(sum(other, ROWS, {}), UnexpectedError);
 }
 
 }  // namespace

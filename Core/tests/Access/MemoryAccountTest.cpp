@@ -10,6 +10,8 @@
 #include <rix/access/Scratch.h>
 #include <rix/exceptions/Exception.h>
 
+#include "Failures.h"
+
 namespace rix::access {
 namespace {
 
@@ -19,12 +21,9 @@ using Account = std::shared_ptr<MemoryAccount>;
 TEST(MemoryAccount, NamesNeedUseAndLimitAndChargesNothingThen) {
     MemoryAccount account(1000);
     account.charge(900);
-    try {
-        account.charge(101);
-        FAIL() << "more than the limit was charged";
-    } catch (const MemoryError& error) {
+    if (const auto error = test::failureOf<MemoryError>([&] { account.charge(101); })) {
         for (const char* const part : {"101", "900", "1000"}) {
-            EXPECT_THAT(error.getInfo(false), HasSubstr(part));
+            EXPECT_THAT(error->getInfo(false), HasSubstr(part));
         }
     }
     account.charge(100);

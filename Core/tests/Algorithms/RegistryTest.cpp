@@ -18,23 +18,13 @@
 #include <rix/image/MemoryImage.h>
 #include <rix/settings/Settings.h>
 
+#include "Failures.h"
 #include "TestAlgorithms.h"
 
 namespace rix::test {
 namespace {
 
 using testing::HasSubstr;
-
-template <class Expected, class F>
-String messageOf(F&& call) {
-    try {
-        call();
-    } catch (const Expected& exception) {
-        return exception.getMessage();
-    }
-    ADD_FAILURE() << "no exception of the expected class";
-    return {};
-}
 
 TEST(Registry, EveryClassIsFoundByItsExactNameAndMakesWorkingObjects) {
     const std::size_t count = AlgoInfo::getNumOfAlgorithm();
@@ -64,22 +54,7 @@ TEST(Registry, EveryClassIsFoundByItsExactNameAndMakesWorkingObjects) {
               "index <" + std::to_string(count) + "> must be less than " + std::to_string(count));
 }
 
-TEST(Registry, RunnersAreKeptInOrderAndRemovedOnce) {
-    AlgoInfo info("Some", "tests", nullptr, AlgoVisibilityType::PUBLIC_ALGORITHM, "2.0");
-    auto* const first = new ScriptedRunner(SCALAR, {});
-    auto* const second = new ScriptedRunner(VEC_SSE, {});
-    info.addRunner(first);
-    info.addRunner(second);
-    ScriptedRunner stranger(GPU, {});
-    info.removeRunner(&stranger);
-    ASSERT_EQ(info.getRunners().size(), 2U);
-    info.removeRunner(first);
-    ASSERT_EQ(info.getRunners().size(), 1U);
-    EXPECT_EQ(info.getRunners().front().get(), second);
-    EXPECT_EQ(info.getDeprecationVersion(), "2.0");
-}
-
-TEST(Registry, RunnersAreInsertedInFrontOfOthers) {
+TEST(Registry, RunnersAreInsertedInFrontOfOthersAndRemovedOnce) {
     AlgoInfo info("Some", "tests", nullptr, AlgoVisibilityType::PUBLIC_ALGORITHM, "");
     const auto make = [](OptimLevelType level) {
         return std::make_shared<ScriptedRunner>(level, ScriptedRunner::Work());
@@ -98,6 +73,13 @@ TEST(Registry, RunnersAreInsertedInFrontOfOthers) {
     const ScriptedRunner stranger(GPU, {});
     EXPECT_EQ(messageOf<InvalidCall>([&] { info.insertRunnerBefore(stranger, gpu); }),
               "The runner to insert before is none of Some");
+    info.removeRunner(otherSse.get());
+    info.removeRunner(otherSse.get());
+    auto* const owned = new ScriptedRunner(SCALAR, {});
+    info.addRunner(owned);
+    ASSERT_EQ(info.getRunners().size(), 5U);
+    EXPECT_EQ(info.getRunners()[2], sse);
+    EXPECT_EQ(info.getRunners().back().get(), owned);
 }
 
 TEST(Registry, ClassesOfOthersComeAndGo) {

@@ -20,7 +20,6 @@
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/MemoryAccount.h>
 #include <rix/access/Scratch.h>
-#include <rix/access/Steps.h>
 #include <rix/algorithms/Children.h>
 #include <rix/algorithms/InteractionInterface.h>
 #include <rix/devices/Cpu.h>
@@ -66,8 +65,7 @@ TEST(Run, HappensInAWorkerUnlessTheSettingsAllowOneThread) {
     for (const int limit : {-1, 0, 1, 2, 7}) {
         std::thread::id ranIn;
         std::size_t threads = 0;
-        ScriptedAlgorithm algorithm;
-        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        ScriptedAlgorithm algorithm([&](BaseAlgorithm& self) {
             ranIn = std::this_thread::get_id();
             threads = self.executionContext().maximumThreads();
         });
@@ -85,8 +83,7 @@ TEST(Run, HappensInAWorkerUnlessTheSettingsAllowOneThread) {
 
 TEST(Run, InAWorkerHasTheThreadsOfTheWorkerNotOfTheCallersArena) {
     std::size_t threads = 0;
-    ScriptedAlgorithm algorithm;
-    algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) { threads = self.executionContext().maximumThreads(); });
+    ScriptedAlgorithm algorithm([&](BaseAlgorithm& self) { threads = self.executionContext().maximumThreads(); });
     algorithm.run();
     const std::size_t outside = threads;
     tbb::task_arena(1).execute([&] { algorithm.run(); });
@@ -109,8 +106,7 @@ TEST(Run, LocksPropertiesWhileItLasts) {
 
 TEST(Run, ASecondCallDuringARunDoesNothing) {
     int runs = 0;
-    ScriptedAlgorithm algorithm;
-    algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+    ScriptedAlgorithm algorithm([&](BaseAlgorithm& self) {
         ++runs;
         self.run();
         EXPECT_TRUE(self.running());
@@ -152,70 +148,48 @@ TEST(Levels, RunnersOfOneLevelAreTriedInTheOrderOfRegistration) {
 
 TEST(Levels, OutcomesOfARunThatNobodyServes) {
     const auto nothing = [](BaseAlgorithm&) {};
-    {
-        ScriptedAlgorithm algorithm;
-        EXPECT_THAT(failureOf<RunForException>(algorithm), ElementsAre("no runner found for algorithm", outerLevel));
-    }
-    {
-        ScriptedAlgorithm algorithm;
-        algorithm.withRunner(VEC_AVX, nothing);
-        algorithm.setAutoCpuDispatch(false);
-        algorithm.setOptimLevel(SCALAR);
-        EXPECT_THAT(failureOf<RunForException>(algorithm), ElementsAre("no runner found for algorithm", outerLevel));
-    }
-    {
-        ScriptedAlgorithm algorithm;
-        algorithm.withRunner(SCALAR, nothing, false);
-        EXPECT_THAT(failureOf<RunForException>(algorithm),
-                    ElementsAre("no runner runnable with associated data", outerLevel));
-    }
-    {
-        // The outcome is literally that of the last try: scalar, where there is no runner at all.
-        ScriptedAlgorithm algorithm;
-        algorithm.withRunner(VEC_SSE, nothing, false);
-        EXPECT_THAT(failureOf<RunForException>(algorithm), ElementsAre("no runner found for algorithm", outerLevel));
-    }
-    {
-        ScriptedAlgorithm algorithm;
-        algorithm.withRunner(VEC_AVX, nothing);
-        algorithm.setAutoCpuDispatch(false);
-        algorithm.setOptimLevel(VEC_AVX);
-        algorithm.setMaxOptimLevel(VEC_SSE);
-        EXPECT_THAT(failureOf<UnexpectedError>(algorithm),
-                    ElementsAre("forced optim level higher than max optim level", outerLevel));
-        EXPECT_FALSE(algorithm.getLastRunLevel().has_value());
-        algorithm.setMaxOptimLevel(VEC_AVX);
-        algorithm.run();
-        EXPECT_EQ(algorithm.getLastRunLevel(), VEC_AVX);
-    }
+    const char* const none = "no runner found for algorithm";
+    ScriptedAlgorithm empty;
+    EXPECT_THAT(failureOf<RunForException>(empty), ElementsAre(none, outerLevel));
+    ScriptedAlgorithm refusing;
+    refusing.withRunner(SCALAR, nothing, false);
+    EXPECT_THAT(failureOf<RunForException>(refusing),
+                ElementsAre("no runner runnable with associated data", outerLevel));
+    // The outcome is literally that of the last try: scalar, where there is no runner at all.
+    ScriptedAlgorithm refusingAbove;
+    refusingAbove.withRunner(VEC_SSE, nothing, false);
+    EXPECT_THAT(failureOf<RunForException>(refusingAbove), ElementsAre(none, outerLevel));
+
+    ScriptedAlgorithm forced;
+    forced.withRunner(VEC_AVX, nothing);
+    forced.setAutoCpuDispatch(false);
+    forced.setOptimLevel(SCALAR);
+    EXPECT_THAT(failureOf<RunForException>(forced), ElementsAre(none, outerLevel));
+    forced.setOptimLevel(VEC_AVX);
+    forced.setMaxOptimLevel(VEC_SSE);
+    EXPECT_THAT(failureOf<UnexpectedError>(forced),
+                ElementsAre("forced optim level higher than max optim level", outerLevel));
+    EXPECT_FALSE(forced.getLastRunLevel().has_value());
+    forced.setMaxOptimLevel(VEC_AVX);
+    forced.run();
+    EXPECT_EQ(forced.getLastRunLevel(), VEC_AVX);
 }
 
 TEST(Failure, EveryExceptionLeavesAsOneOfTheFamilyAndTheNextRunWorks) {
     for (const int threads : {1, 2}) {
-        int what = 0;
-        ScriptedAlgorithm algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) {
-            switch (what) {
-                case 1: throw ProcessingException("broken");
-                case 2: throw std::runtime_error("from elsewhere");
-                case 3: throw 42;
-                case 4: throw std::bad_alloc();
-                case 5: throw ExceptionCancelation();
-                default: break;
-            }
-        });
-        what = 1;
+        std::function<void()> fail;
+        ScriptedAlgorithm algorithm([&](BaseAlgorithm&) { fail(); }, threads);
+        fail = [] { throw ProcessingException("broken"); };
         EXPECT_THAT(failureOf<ProcessingException>(algorithm), ElementsAre("broken", outerLevel));
-        what = 2;
+        fail = [] { throw std::runtime_error("from elsewhere"); };
         EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre("from elsewhere", outerLevel));
-        what = 3;
+        fail = [] { throw 42; };
         EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre("undefined exception", outerLevel));
-        what = 4;
+        fail = [] { throw std::bad_alloc(); };
         EXPECT_THAT(failureOf<UnexpectedError>(algorithm), ElementsAre(HasSubstr("Memory is exhausted"), outerLevel));
-        what = 5;
+        fail = [] { throw ExceptionCancelation(); };
         EXPECT_THAT(failureOf<UserCancelException>(algorithm), ElementsAre("Execution canceled by user", outerLevel));
-        what = 0;
+        fail = [] {};
         EXPECT_NO_THROW(algorithm.run());
         EXPECT_EQ(algorithm.getLastRunLevel(), SCALAR);
     }
@@ -223,8 +197,7 @@ TEST(Failure, EveryExceptionLeavesAsOneOfTheFamilyAndTheNextRunWorks) {
 
 TEST(Failure, ARefusedPropertyIsNamedAndNothingRuns) {
     bool ran = false;
-    ScriptedAlgorithm algorithm;
-    algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) { ran = true; });
+    ScriptedAlgorithm algorithm([&](BaseAlgorithm&) { ran = true; });
     algorithm.number() = -1.0;
     EXPECT_THAT(failureOf<RuleException>(algorithm),
                 ElementsAre("The parameter \"number\" (value = -1) must be greater than or equal to <0>.",
@@ -279,8 +252,7 @@ TEST(Cancellation, ThroughTheInteractionEndsTheRunInEitherThread) {
 }
 
 TEST(Cancellation, IsNotAskedForAfterASuccess) {
-    ScriptedAlgorithm algorithm;
-    algorithm.withRunner(SCALAR, [](BaseAlgorithm&) {});
+    ScriptedAlgorithm algorithm([](BaseAlgorithm&) {});
     Impatient impatient(false);
     algorithm.run(&impatient);
     EXPECT_FALSE(algorithm.isExecutionCancelled());
@@ -289,8 +261,7 @@ TEST(Cancellation, IsNotAskedForAfterASuccess) {
 TEST(Cancellation, OfARunThatCanBeSeenIsNeverLost) {
     int lost = 0;
     for (int round = 0; round < 500 && lost == 0; ++round) {
-        ScriptedAlgorithm algorithm;
-        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+        ScriptedAlgorithm algorithm([&](BaseAlgorithm& self) {
             const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
             while (std::chrono::steady_clock::now() < end) {
                 self.executionContext().throwIfCancelled();
@@ -309,14 +280,12 @@ TEST(Cancellation, OfARunThatCanBeSeenIsNeverLost) {
 }
 
 TEST(Cancellation, OfAParentReachesItsChild) {
-    ScriptedAlgorithm child;
-    child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+    ScriptedAlgorithm child([&](BaseAlgorithm& self) {
         self.getParent()->cancelExecution();
         self.executionContext().throwIfCancelled();
         FAIL() << "the child did not see the cancellation";
     });
-    ScriptedAlgorithm parent;
-    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+    ScriptedAlgorithm parent([&](BaseAlgorithm& self) {
         child.setParent(&self);
         child.run();
     });
@@ -325,36 +294,27 @@ TEST(Cancellation, OfAParentReachesItsChild) {
     expectReady(child);
 }
 
-TEST(Children, RunInTheirParentsThreadAndFillItsSteps) {
+TEST(Children, RunInTheirParentsThreadAndTellOfItThroughThem) {
     std::thread::id parentThread;
     std::thread::id childThread;
-    std::vector<double> progress;
     ScriptedAlgorithm child;
-    ScriptedAlgorithm parent;
+    ScriptedAlgorithm parent([&](BaseAlgorithm& self) {
+        parentThread = std::this_thread::get_id();
+        child.setParent(&self);
+        child.run();
+    });
     child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
         childThread = std::this_thread::get_id();
-        access::ExecutionContext& context = self.executionContext();
-        context.startStep(4.0);
-        context.blockDone(1.0);
-        progress.push_back(parent.getProgress());
-        context.blockDone(7.0);  // more than announced: progress waits at the end of the step
-        progress.push_back(parent.getProgress());
+        self.executionContext().startStep(4.0);
+        self.executionContext().blockDone(1.0);
+        EXPECT_EQ(parent.getProgress(), 0.25);
+        self.executionContext().blockDone(7.0);  // more than announced: progress waits at the end of the step
+        EXPECT_EQ(parent.getProgress(), 1.0);
         self.setProgressionMessage("half way");
         EXPECT_EQ(parent.getProgressionMessage(), "half way");
     });
-    parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
-        parentThread = std::this_thread::get_id();
-        const access::Steps steps(self.executionContext(), 2);
-        for (int i = 0; i < 2; ++i) {
-            self.executionContext().startStep(1.0);
-            child.setParent(&self);
-            child.run();
-        }
-    });
     parent.run();
     EXPECT_EQ(parentThread, childThread);
-    EXPECT_THAT(progress, ElementsAre(0.125, 0.5, 0.625, 1.0));
-    EXPECT_EQ(parent.getProgress(), 1.0);
 }
 
 /// Notes what it is told.
@@ -370,18 +330,18 @@ public:
 
 TEST(Progress, IsHandedOnEndsAtOneAndNeverDelaysTheEnd) {
     for (const int threads : {1, 2}) {
-        ScriptedAlgorithm algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        algorithm.withRunner(SCALAR, [](BaseAlgorithm& self) {
-            access::ExecutionContext& context = self.executionContext();
-            context.startStep(250.0);
-            self.setProgressionMessage("working");
-            self.setProgressionData("row", "7");
-            for (int i = 0; i < 250; ++i) {
-                std::this_thread::sleep_for(milliseconds(1));
-                context.blockDone(1.0);
-            }
-        });
+        ScriptedAlgorithm algorithm(
+            [](BaseAlgorithm& self) {
+                access::ExecutionContext& context = self.executionContext();
+                context.startStep(250.0);
+                self.setProgressionMessage("working");
+                self.setProgressionData("row", "7");
+                for (int i = 0; i < 250; ++i) {
+                    std::this_thread::sleep_for(milliseconds(1));
+                    context.blockDone(1.0);
+                }
+            },
+            threads);
         Recorder recorder;
         algorithm.run(&recorder);
         ASSERT_GE(recorder.values.size(), 2U) << "at least one poll, and the end";
@@ -393,16 +353,24 @@ TEST(Progress, IsHandedOnEndsAtOneAndNeverDelaysTheEnd) {
     }
 }
 
+/// States how much memory it needs.
+class Stating : public ScriptedAlgorithm {
+public:
+    Stating(std::size_t bytes, bool exactly) : m_bytes(bytes), m_isExact(exactly) {}
+    AlgorithmDescription describe() const override {
+        AlgorithmDescription description;
+        description.extraMemory = m_bytes;
+        description.extraMemoryIsExact = m_isExact;
+        return description;
+    }
+
+private:
+    std::size_t m_bytes;
+    bool m_isExact;
+};
+
 TEST(Memory, ARunThatStatesMoreThanTheLimitIsRefused) {
-    class Hungry : public ScriptedAlgorithm {
-    public:
-        AlgorithmDescription describe() const override {
-            AlgorithmDescription description;
-            description.extraMemory = (std::size_t{3} << 20) + 1;
-            return description;
-        }
-    };
-    Hungry algorithm;
+    Stating algorithm((std::size_t{3} << 20) + 1, true);
     algorithm.withRunner(SCALAR, [](BaseAlgorithm&) {});
     algorithm.setMaximumExtraMemoryUsage(3);
     EXPECT_THAT(failureOf<MemoryError>(algorithm),
@@ -412,22 +380,12 @@ TEST(Memory, ARunThatStatesMoreThanTheLimitIsRefused) {
 }
 
 TEST(Memory, OfARunAndItsChildrenIsOneAccountWithOneLimit) {
-    class Bounded : public ScriptedAlgorithm {
-    public:
-        AlgorithmDescription describe() const override {
-            AlgorithmDescription description;
-            description.extraMemory = std::size_t{1} << 40;
-            description.extraMemoryIsExact = false;
-            return description;
-        }
-    };
     constexpr std::size_t mebibyte = std::size_t{1} << 20;
     std::size_t childsBytes = mebibyte;
-    ScriptedAlgorithm child;
-    child.withRunner(SCALAR, [&](BaseAlgorithm& self) {
+    ScriptedAlgorithm child([&](BaseAlgorithm& self) {
         self.executionContext().scheduler().forEach(1, [&](std::size_t) { access::Scratch memory(childsBytes); });
     });
-    Bounded parent;
+    Stating parent(std::size_t{1} << 40, false);
     parent.withRunner(SCALAR, [&](BaseAlgorithm& self) {
         const access::CountedVector<char> table(mebibyte);
         algorithms::runChild(self, child);
@@ -448,28 +406,18 @@ TEST(Memory, OfARunAndItsChildrenIsOneAccountWithOneLimit) {
 // for lost what only the parent's threads held.
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
 TEST(ManyRuns, GoOnInAForkedProcess) {
-    const auto runs = [](int threads) {
-        ScriptedAlgorithm algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        std::atomic<std::size_t> sum{0};
-        algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
-            self.executionContext().scheduler().forEach(100, [&](std::size_t block) { sum += block; });
-        });
-        algorithm.run();
-        return sum == 4950;
-    };
     const auto threads = [] {
         const std::filesystem::directory_iterator tasks("/proc/self/task");
         return std::distance(begin(tasks), end(tasks));
     };
     const auto threadsBefore = threads();
-    ASSERT_TRUE(runs(-1) && runs(2));  // workers and arenas are kept from here on
+    ASSERT_TRUE(runsAllBlocks(-1) && runsAllBlocks(2));  // workers and arenas are kept from here on
     ASSERT_TRUE(threads() > threadsBefore || devices::Cpu::logicalProcessors() == 1);
     const pid_t child = ::fork();
     ASSERT_NE(child, -1);
     if (child == 0) {
-        ::alarm(20);                             // a child that waits for threads of its parent would wait for ever
-        std::exit(runs(-1) && runs(2) ? 0 : 1);  // an ordinary end, with all that is static
+        ::alarm(20);  // a child that waits for threads of its parent would wait for ever
+        std::exit(runsAllBlocks(-1) && runsAllBlocks(2) ? 0 : 1);  // an ordinary end, with all that is static
     }
     // What a thread held at that moment would be locked in the child for ever.
     EXPECT_EQ(threads(), 1) << "threads outlived the fork";
@@ -477,32 +425,9 @@ TEST(ManyRuns, GoOnInAForkedProcess) {
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status)) << "the child was ended by signal " << WTERMSIG(status);
     EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_TRUE(runs(-1) && runs(2)) << "the parent";
+    EXPECT_TRUE(runsAllBlocks(-1) && runsAllBlocks(2)) << "the parent";
 }
 #endif
-
-TEST(ManyRuns, OfDifferentObjectsAtTheSameTimeDoNotDisturbEachOther) {
-    std::atomic<int> done{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&done, t] {
-            for (int i = 0; i < 50; ++i) {
-                ScriptedAlgorithm algorithm;
-                algorithm.settings().setMaximumNumberOfThreads(t % 4);
-                std::atomic<std::size_t> sum{0};
-                algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
-                    self.executionContext().scheduler().forEach(100, [&](std::size_t block) { sum += block; });
-                });
-                algorithm.run();
-                done += sum == 4950 ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(done, 400);
-}
 
 }  // namespace
 }  // namespace rix::test

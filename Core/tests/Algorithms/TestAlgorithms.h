@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include <rix/access/BlockScheduler.h>
+#include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
@@ -12,6 +14,7 @@
 #include <rix/properties/Property.h>
 #include <rix/rules/ImageEnforcements.h>
 #include <rix/rules/ValueRules.h>
+#include <rix/settings/Settings.h>
 
 namespace rix::test {
 
@@ -47,6 +50,11 @@ public:
         addInput(inputImage(), "inputImage", "An image or none.");
         addOutput(outputImage(), "outputImage", "An image or none.");
     }
+    /// With a portable runner, on so many threads.
+    explicit ScriptedAlgorithm(ScriptedRunner::Work work, int threads = -1) : ScriptedAlgorithm() {
+        settings().setMaximumNumberOfThreads(threads);
+        withRunner(SCALAR, std::move(work));
+    }
     AlgoInfo& getClassInfo() const override { return m_info; }
     void onPropertyChanged(BaseProperty* property) override { changed.push_back(property->getName()); }
 
@@ -65,5 +73,17 @@ private:
 
     mutable AlgoInfo m_info{"ScriptedAlgorithm", "tests", nullptr, AlgoVisibilityType::HIDDEN_ALGORITHM, ""};
 };
+
+/// Whether a run on so many threads gives all its blocks to the scheduler.
+inline bool runsAllBlocks(int threads) {
+    std::atomic<std::size_t> sum{0};
+    ScriptedAlgorithm algorithm(
+        [&](BaseAlgorithm& self) {
+            self.executionContext().scheduler().forEach(100, [&](std::size_t block) { sum += block; });
+        },
+        threads);
+    algorithm.run();
+    return sum == 4950;
+}
 
 }  // namespace rix::test

@@ -1,58 +1,21 @@
+#include <rix/image/ImageCalibration.h>
 #include <rix/image/MemoryImage.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
-#include <set>
 
 #include <rix/exceptions/Exception.h>
 
 #include <gtest/gtest.h>
 
-#include "ImageTestTools.h"
+#include "Failures.h"
+#include "ImageFactories.h"
+#include "RecordingImage.h"
 
 namespace rix {
 namespace {
 
-/// Writes down every call that could change it, and refuses those that it is told to.
-class RecordingImage : public io::MemoryImage {
-public:
-    bool setOriginOf(const Components& axis, double value) override {
-        return record("origin " + helper::componentToString(axis)) && MemoryImage::setOriginOf(axis, value);
-    }
-    bool setSpacingOf(const Components& axis, double value) override {
-        return record("spacing " + helper::componentToString(axis)) && MemoryImage::setSpacingOf(axis, value);
-    }
-    bool setSpatialUnitName(const String& name) override {
-        return record("spatial unit") && MemoryImage::setSpatialUnitName(name);
-    }
-    bool setSpatialDirections(const vessel::SpatialDirections& directions) override {
-        return record("directions") && MemoryImage::setSpatialDirections(directions);
-    }
-    bool setSequenceUnitName(const String& name) override {
-        return record("sequence unit") && MemoryImage::setSequenceUnitName(name);
-    }
-    bool setInterpretation(const Interpretations& interpretation) override {
-        return record("interpretation") && MemoryImage::setInterpretation(interpretation);
-    }
-    bool setColorInterpretation(ColorInterpretation interpretation) override {
-        return record("color") && MemoryImage::setColorInterpretation(interpretation);
-    }
-    bool reserve(const VoxelTypes& type, std::size_t x, std::size_t y, std::size_t z, std::size_t t,
-                 std::size_t s) override {
-        return record("reserve " + helper::voxelTypesToString(type)) && MemoryImage::reserve(type, x, y, z, t, s);
-    }
-    using MemoryImage::reserve;
-
-    std::vector<String> m_calls;
-    std::set<String> m_refused;
-
-private:
-    bool record(const String& call) {
-        m_calls.push_back(call);
-        return !m_refused.contains(call);
-    }
-};
+using test::RecordingImage;
 
 void shape(RecordingImage& image, ElementTypes elementType, VoxelTypes voxelType, const test::Extents& e) {
     ASSERT_TRUE(image.io::MemoryImage::reserve(elementType, voxelType, e[0], e[1], e[2], e[3], e[4]));
@@ -62,13 +25,7 @@ void shape(RecordingImage& image, ElementTypes elementType, VoxelTypes voxelType
 /// A reference that differs from a new image in everything.
 void makeReference(io::MemoryImage& image) {
     ASSERT_TRUE(image.reserve(VECTOR_2, RIX_FLOAT32, 7, 6, 5, 4, 3));
-    for (int i = RIX_COMPONENTS_FIRST; i < RIX_COMPONENTS_SIZE; ++i) {
-        image.setSpacingOf(static_cast<Components>(i), 1.5 + i);
-        image.setOriginOf(static_cast<Components>(i), -2.5 - i);
-    }
-    image.setSpatialUnitName("mm");
-    image.setSequenceUnitName("s");
-    image.setSpatialDirections({{0, 1, 0}, {1, 0, 0}, {0, 0, -1}});
+    test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
     image.setColorInterpretation(RGB);
 }
@@ -97,8 +54,7 @@ TEST(EnforceSameCharacteristics, CopiesEverythingInOrderOnce) {
     expected.emplace_back("interpretation");
     EXPECT_EQ(image.m_calls, expected);
     EXPECT_EQ(helper::describeImage(image), "(7, 6, 5, 4, 3, scalar, float32, label)");
-    EXPECT_EQ(image.getOriginOf(SPECTRAL_SERIES), -6.5);
-    EXPECT_EQ(image.getSpacingOf(COLUMNS), 1.5);
+    EXPECT_EQ(ImageCalibration(image), ImageCalibration(reference));
     EXPECT_EQ(image.getSpatialDirections(), reference.getSpatialDirections());
     EXPECT_EQ(image.getColorInterpretation(), UNKNOWN);
 
@@ -169,12 +125,10 @@ TEST(EnforceSameCharacteristics, EachRefusalHasItsText) {
         RecordingImage image;
         shape(image, SINGLE, RIX_UINT8, {2, 2, 1, 1, 1});
         image.m_refused = {c.refused};
-        try {
-            image.enforceSameCharacteristics(&reference, c.characteristics);
-            ADD_FAILURE() << c.refused;
-        } catch (const RuleException& exception) {
-            EXPECT_EQ(exception.getMessage(), c.text);
-            EXPECT_NE(exception.getInfo().find("(7, 6, 5, 4, 3, 2-Vector, float32, label)"), String::npos);
+        if (const auto exception = test::failureOf<RuleException>(
+                [&] { image.enforceSameCharacteristics(&reference, c.characteristics); })) {
+            EXPECT_EQ(exception->getMessage(), c.text);
+            EXPECT_NE(exception->getInfo().find("(7, 6, 5, 4, 3, 2-Vector, float32, label)"), String::npos);
         }
         EXPECT_EQ(image.m_calls.back(), c.refused) << "nothing is tried after the failure";
     }

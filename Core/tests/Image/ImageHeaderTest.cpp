@@ -13,11 +13,7 @@ using test::huge;
 
 TEST(HeaderImage, IsAnImageWithoutSamples) {
     io::MemoryImage image = test::makeCounted({4, 3, 2, 1, 2});
-    image.setSpacingOf(PLANS, 2.5);
-    image.setOriginOf(SEQUENCE, -1.0);
-    image.setSpatialUnitName("um");
-    image.setSequenceUnitName("s");
-    image.setSpatialDirections({{0, 1, 0}, {1, 0, 0}, {0, 0, 1}});
+    test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
     image.setColorInterpretation(HSL);
     HeaderImage header(helper::headerOf(image));

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <vector>
 
 #include <rix/image/MemoryImage.h>
 
-namespace rix::test {
+#include "ImageFactories.h"
 
-using Extents = std::array<std::size_t, 5>;
+namespace rix::test {
 
 inline constexpr std::size_t huge = std::numeric_limits<std::size_t>::max();
 

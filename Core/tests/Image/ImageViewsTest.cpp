@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ImageComparison.h"
 #include "ImageTestTools.h"
 
 namespace rix {
@@ -27,36 +28,26 @@ const Extents shape{5, 4, 3, 2, 3};
 /// Reads and writes every element of `view` through all four operations and compares with the real image.
 void checkAgainst(MemoryImage& real, ImageModel& view, const Extents& extents, const Extents& first) {
     EXPECT_EQ(helper::getExtents(view), extents);
-    Extents p{};
-    for (p[4] = 0; p[4] < extents[4]; ++p[4]) {
-        for (p[3] = 0; p[3] < extents[3]; ++p[3]) {
-            for (p[2] = 0; p[2] < extents[2]; ++p[2]) {
-                for (p[1] = 0; p[1] < extents[1]; ++p[1]) {
-                    for (p[0] = 0; p[0] < extents[0]; ++p[0]) {
-                        Extents inReal{};
-                        for (std::size_t i = 0; i < 5; ++i) {
-                            inReal[i] = first[i] + p[i];
-                        }
-                        const std::uint16_t value = countedValue(shape, inReal);
-                        ASSERT_EQ(readRow(view, 1, p), std::vector{value});
-                        RawData row = nullptr;
-                        ConstRawData constRow = nullptr;
-                        const std::size_t count = extents[0] - p[0];
-                        ASSERT_TRUE(view.getRowAt(count, row, p[0], p[1], p[2], p[3], p[4]));
-                        ASSERT_TRUE(view.getConstRowAt(count, constRow, p[0], p[1], p[2], p[3], p[4]));
-                        ASSERT_EQ(row, real.getImageBuffer() + 2 * (value - 1U));
-                        ASSERT_EQ(constRow, row);
-                        const std::uint16_t mark = 9999;
-                        ASSERT_TRUE(
-                            view.writeRowAt(1, reinterpret_cast<ConstRawData>(&mark), p[0], p[1], p[2], p[3], p[4]));
-                        ASSERT_EQ(readRow(real, 1, inReal), std::vector{mark});
-                        ASSERT_TRUE(
-                            view.writeRowAt(1, reinterpret_cast<ConstRawData>(&value), p[0], p[1], p[2], p[3], p[4]));
-                    }
-                }
-            }
+    test::forEachPosition(extents, [&](const Extents& p) {
+        Extents inReal{};
+        for (std::size_t i = 0; i < 5; ++i) {
+            inReal[i] = first[i] + p[i];
         }
-    }
+        const std::uint16_t value = countedValue(shape, inReal);
+        ASSERT_EQ(readRow(view, 1, p), std::vector{value});
+        RawData row = nullptr;
+        ConstRawData constRow = nullptr;
+        const std::size_t count = extents[0] - p[0];
+        ASSERT_TRUE(view.getRowAt(count, row, p[0], p[1], p[2], p[3], p[4]));
+        ASSERT_TRUE(view.getConstRowAt(count, constRow, p[0], p[1], p[2], p[3], p[4]));
+        ASSERT_EQ(row, real.getImageBuffer() + 2 * (value - 1U));
+        ASSERT_EQ(constRow, row);
+        for (const std::uint16_t written : {std::uint16_t{9999}, value}) {
+            const auto* const sample = reinterpret_cast<ConstRawData>(&written);
+            ASSERT_TRUE(view.writeRowAt(1, sample, p[0], p[1], p[2], p[3], p[4]));
+            ASSERT_EQ(readRow(real, 1, inReal), std::vector{written});
+        }
+    });
 }
 
 /// A condition that only a wrong caller breaks: an abort with its text where assertions are active, else false.
@@ -180,20 +171,16 @@ TEST(ImageViews, AnIndexEqualToTheExtentFailsAtTheFirstRowOnly) {
 TEST(ImageViews, ViewsReachThroughAndCannotBeReshaped) {
     MemoryImage real = makeCounted(shape);
     ImageModelFull2d view(&real, 1, 0, 0);
-    EXPECT_TRUE(view.setSpacingOf(PLANS, 2.5));
-    EXPECT_TRUE(view.setOriginOf(ROWS, -1.0));
-    EXPECT_TRUE(view.setSpatialUnitName("um"));
-    EXPECT_TRUE(view.setSequenceUnitName("min"));
+    test::setDistinctCalibration(view);
     EXPECT_TRUE(view.setInterpretation(RIX_LABEL));
     EXPECT_TRUE(view.setColorInterpretation(YIQ));
-    EXPECT_EQ(real.getSpacingOf(PLANS), 2.5);
-    EXPECT_EQ(real.getOriginOf(ROWS), -1.0);
-    EXPECT_EQ(real.getSpatialUnitName(), "um");
-    EXPECT_EQ(real.getSequenceUnitName(), "min");
-    EXPECT_EQ(view.getInterpretation(), RIX_LABEL);
-    EXPECT_EQ(view.getColorInterpretation(), YIQ);
+    MemoryImage expected = makeCounted(shape);
+    test::setDistinctCalibration(expected);
+    expected.setInterpretation(RIX_LABEL);
+    expected.setColorInterpretation(YIQ);
+    EXPECT_TRUE(test::imagesEqual(expected, real));
+    EXPECT_TRUE(test::imagesEqual(expected, ImageModelSizeProxy(&real, {0, 0, 0, 0, 0}, {5, 4, 3, 2, 3})));
     EXPECT_EQ(view.getImageId(), real.getImageId());
-    EXPECT_EQ(view.getVoxelType(), RIX_UINT16);
     EXPECT_EQ(view.realImage(), &real);
     EXPECT_EQ(view.realImageReadOnly(), &real);
     EXPECT_FALSE(view.reserve(RIX_UINT16, 5, 4, 1, 1, 1));

@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <iomanip>
-#include <memory>
 #include <new>
 #include <optional>
 #include <sstream>
@@ -13,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ImageComparison.h"
 #include "ImageTestTools.h"
 
 namespace rix {
@@ -50,23 +49,14 @@ TEST(MemoryImage, AddressingOfAllShapes) {
     for (const Extents& shape : shapes) {
         const MemoryImage image = makeCounted(shape);
         SCOPED_TRACE(helper::describeImage(image));
-        Extents p{};
-        for (p[4] = 0; p[4] < shape[4]; ++p[4]) {
-            for (p[3] = 0; p[3] < shape[3]; ++p[3]) {
-                for (p[2] = 0; p[2] < shape[2]; ++p[2]) {
-                    for (p[1] = 0; p[1] < shape[1]; ++p[1]) {
-                        for (p[0] = 0; p[0] < shape[0]; ++p[0]) {
-                            ASSERT_EQ(readRow(image, 1, p), std::vector{countedValue(shape, p)});
-                            ConstRawData row = nullptr;
-                            ASSERT_TRUE(image.getConstRowAt(shape[0] - p[0], row, p[0], p[1], p[2], p[3], p[4]));
-                            std::uint16_t value = 0;
-                            std::memcpy(&value, row, sizeof(value));
-                            ASSERT_EQ(value, countedValue(shape, p));
-                        }
-                    }
-                }
-            }
-        }
+        test::forEachPosition(shape, [&](const Extents& p) {
+            ASSERT_EQ(readRow(image, 1, p), std::vector{countedValue(shape, p)});
+            ConstRawData row = nullptr;
+            ASSERT_TRUE(image.getConstRowAt(shape[0] - p[0], row, p[0], p[1], p[2], p[3], p[4]));
+            std::uint16_t value = 0;
+            std::memcpy(&value, row, sizeof(value));
+            ASSERT_EQ(value, countedValue(shape, p));
+        });
         // One step beyond on every axis; near the end of the number range the sum must not wrap into the image.
         for (std::size_t axis = 0; axis < 5; ++axis) {
             for (const std::size_t position : {shape[axis], shape[axis] + 1, huge - 1, huge}) {
@@ -200,28 +190,13 @@ TEST(MemoryImage, FailedAllocationLeavesShapeButNoBuffer) {
 }
 
 TEST(MemoryImage, CopiesCarryEverythingAndShareNothing) {
-    const Extents shape{6, 5, 2, 1, 2};
-    MemoryImage image = makeCounted(shape);
-    image.setOriginOf(PLANS, -3.5);
-    image.setSpacingOf(SPECTRAL_SERIES, 0.25);
-    image.setSpatialUnitName("mm");
-    image.setSequenceUnitName("s");
-    const vessel::SpatialDirections directions{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}};
-    image.setSpatialDirections(directions);
+    MemoryImage image = makeCounted({6, 5, 2, 1, 2});
+    test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
     image.setColorInterpretation(HSL);
-
     const auto check = [&](const MemoryImage& copy) {
-        EXPECT_EQ(helper::describeImage(copy), "(6, 5, 2, 1, 2, scalar, uint16, label)");
+        EXPECT_TRUE(test::imagesEqual(image, copy));
         EXPECT_NE(copy.getImageBuffer(), image.getImageBuffer());
-        EXPECT_EQ(readRow(copy, 6, {0, 4, 1, 0, 1}), readRow(image, 6, {0, 4, 1, 0, 1}));
-        EXPECT_EQ(readRow(copy, 1, {3, 2, 1, 0, 1}), std::vector{countedValue(shape, {3, 2, 1, 0, 1})});
-        EXPECT_EQ(copy.getOriginOf(PLANS), -3.5);
-        EXPECT_EQ(copy.getSpacingOf(SPECTRAL_SERIES), 0.25);
-        EXPECT_EQ(copy.getSpatialUnitName(), "mm");
-        EXPECT_EQ(copy.getSequenceUnitName(), "s");
-        EXPECT_EQ(copy.getSpatialDirections(), directions);
-        EXPECT_EQ(copy.getColorInterpretation(), HSL);
     };
     check(MemoryImage(image));
     MemoryImage assigned = makeCounted({2, 2, 1, 1, 1});
@@ -238,8 +213,7 @@ TEST(MemoryImage, CopiesCarryEverythingAndShareNothing) {
     foreign.m_limit = 10;
     const MemoryImage larger = makeCounted({100, 100, 1, 1, 1});
     EXPECT_THROW(static_cast<MemoryImage&>(foreign) = larger, MemoryError);
-    const MemoryImage empty{MemoryImage()};
-    EXPECT_EQ(empty.getImageBuffer(), nullptr);
+    EXPECT_EQ(MemoryImage(MemoryImage()).getImageBuffer(), nullptr);
 }
 
 TEST(MemoryImage, InitKeepsTheBuffer) {
@@ -255,16 +229,6 @@ TEST(MemoryImage, InitKeepsTheBuffer) {
     EXPECT_EQ(image.getInternalBuffer(), buffer);
     ASSERT_TRUE(image.reserve(RIX_UINT16, 6, 5, 1, 1, 1));
     EXPECT_EQ(image.getInternalBuffer(), buffer);
-}
-
-TEST(MemoryImage, UnknownAxesAreRefused) {
-    MemoryImage image = makeCounted({2, 2, 1, 1, 1});
-    for (const auto axis : {static_cast<Components>(-1), static_cast<Components>(5)}) {
-        EXPECT_FALSE(image.setOriginOf(axis, 1.0));
-        EXPECT_FALSE(image.setSpacingOf(axis, 1.0));
-        EXPECT_EQ(image.getNumOf(axis), 0U);
-        EXPECT_EQ(image.getSpacingOf(axis), 0.0);
-    }
 }
 
 class MemoryImageTrace : public testing::Test {
@@ -307,7 +271,7 @@ TEST_F(MemoryImageTrace, OneLineAnEvent) {
                               "18446744073709548426\t(10, 1, 1, 1, 1, scalar, uint8)\n" + prefix + "-         10\n");
 }
 
-TEST_F(MemoryImageTrace, ReuseIsSilent) {
+TEST_F(MemoryImageTrace, ReuseIsSilentAndSoIsWhatIsNotTraced) {
     std::optional<MemoryImage> image(false);
     const String prefix = "MemoryImage(#" + addressOf(&*image) + "): ";
     ASSERT_TRUE(image->reserve(RIX_UINT8, 30, 1, 1, 1, 1));
@@ -315,17 +279,10 @@ TEST_F(MemoryImageTrace, ReuseIsSilent) {
     ASSERT_TRUE(image->reserve(RIX_UINT8, 40, 1, 1, 1, 1));
     EXPECT_FALSE(image->reserve(RIX_UINT8, huge, 2, 1, 1, 1));
     image.reset();
+    globalSettings().setValueAsBool(key, false);
+    EXPECT_TRUE(MemoryImage(true).reserve(RIX_UINT8, 30, 1, 1, 1, 1));
     EXPECT_EQ(captured(), prefix + "          30\t(30, 1, 1, 1, 1, scalar, uint8)\n" + prefix +
                               "          10\t(40, 1, 1, 1, 1, scalar, uint8)\n" + prefix + "-          0\n");
-}
-
-TEST_F(MemoryImageTrace, OffIsSilent) {
-    globalSettings().setValueAsBool(key, false);
-    {
-        MemoryImage image(true);
-        ASSERT_TRUE(image.reserve(RIX_UINT8, 30, 1, 1, 1, 1));
-    }
-    EXPECT_EQ(captured(), "");
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 #include <rix/measurement/TableText.h>
 #include <rix/rules/RuleSupport.h>
 
+#include "Failures.h"
+
 namespace rix {
 namespace {
 
@@ -61,13 +63,8 @@ TEST(Measurement, BecomesATableOfItsArrays) {
     EXPECT_THAT(table.getTexts(2), testing::ElementsAre("worm", ""));
 
     sizes.count.reset(3);
-    try {
-        static_cast<void>(sizes.toDataFrame());
-        ADD_FAILURE() << "arrays of different lengths make no table";
-    } catch (const InvalidCall& exception) {
-        EXPECT_EQ(exception.getMessage(),
-                  "The arrays of a Sizes make no table: \"length\" has 2 values, \"count\" has 3.");
-    }
+    EXPECT_EQ(test::messageOf<InvalidCall>([&] { static_cast<void>(sizes.toDataFrame()); }),
+              "The arrays of a Sizes make no table: \"length\" has 2 values, \"count\" has 3.");
 }
 
 TEST(Measurement, IsWrittenAsText) {

@@ -1,20 +1,13 @@
-// Runs compute in the default floating-point state, whatever their callers' is, and leave it to them as it was.
+// The state in which runs compute, and the one that comes back; that runs use it is tested with every algorithm.
 
 #include "Process/FloatingPoint.h"
 
 #include <cfenv>
 #include <cfloat>
-#include <functional>
-#include <stdexcept>
 
 #include <gtest/gtest.h>
 
-#include <rix/access/BlockScheduler.h>
-#include <rix/access/ExecutionContext.h>
-#include <rix/settings/Settings.h>
-
 #include "FloatingPointStates.h"
-#include "TestAlgorithms.h"
 
 namespace rix::test {
 namespace {
@@ -46,32 +39,6 @@ TEST(FloatingPoint, TheStateOfBeforeComesBackWithItsFlags) {
             EXPECT_TRUE(computesAsByDefault());
         }
         EXPECT_TRUE(before.isCurrent());
-    }
-}
-
-TEST(FloatingPoint, EveryThreadOfARunComputesInTheDefaultState) {
-    for (const int threads : {1, 2, 5, -1}) {
-        for (const FloatingPointState& state : floatingPointStates()) {
-            SCOPED_TRACE(String(state.name) + ", " + std::to_string(threads) + " threads");
-            std::atomic<int> wrong{0};
-            bool callerSeesOwn = true;
-            ScriptedAlgorithm algorithm;
-            algorithm.settings().setMaximumNumberOfThreads(threads);
-            algorithm.withRunner(SCALAR, [&](BaseAlgorithm& self) {
-                wrong += computesAsByDefault() ? 0 : 1;
-                self.executionContext().scheduler().forEach(
-                    64, [&](std::size_t) { wrong += computesAsByDefault() ? 0 : 1; });
-                throw std::runtime_error("a failure restores as well");
-            });
-            {
-                const ScopedState scope(state);
-                const FloatingPointSnapshot before;
-                EXPECT_ANY_THROW(algorithm.run());
-                callerSeesOwn = before.isCurrent();
-            }
-            EXPECT_EQ(wrong, 0);
-            EXPECT_TRUE(callerSeesOwn);
-        }
     }
 }
 

@@ -19,6 +19,7 @@
 #include <rix/exceptions/Exception.h>
 #include <rix/settings/Settings.h>
 
+#include "Failures.h"
 #include "TestAlgorithms.h"
 
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
@@ -77,17 +78,13 @@ public:
 
 TEST(Threads, EndedInsideOfACallbackEndTheirRun) {
     for (const int threads : {1, 2}) {
-        ScriptedAlgorithm algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        algorithm.withRunner(SCALAR, runUntilCancelled);
+        ScriptedAlgorithm algorithm(runUntilCancelled, threads);
         Ending interaction;
         std::thread([&] { algorithm.run(&interaction); }).join();
         EXPECT_FALSE(algorithm.running());
         EXPECT_FALSE(algorithm.number().isLocked());
         // In its last report as well.
-        ScriptedAlgorithm quick;
-        quick.settings().setMaximumNumberOfThreads(threads);
-        quick.withRunner(SCALAR, [](BaseAlgorithm&) {});
+        ScriptedAlgorithm quick([](BaseAlgorithm&) {}, threads);
         std::thread([&] { quick.run(&interaction); }).join();
         EXPECT_NO_THROW(quick.run());
     }
@@ -95,9 +92,7 @@ TEST(Threads, EndedInsideOfACallbackEndTheirRun) {
 
 TEST(Threads, CancelledWhileTheyWaitEndTheirRun) {
     for (int round = 0; round < 20; ++round) {
-        ScriptedAlgorithm algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(2);
-        algorithm.withRunner(SCALAR, runUntilCancelled);
+        ScriptedAlgorithm algorithm(runUntilCancelled, 2);
         std::thread caller([&] { algorithm.run(); });
         while (!algorithm.running()) {
             std::this_thread::yield();
@@ -113,9 +108,7 @@ TEST(Threads, EndedByARunnerAreAFailureOfTheRun) {
     if (devices::Cpu::logicalProcessors() == 1) {
         GTEST_SKIP() << "the run is in the caller's thread";
     }
-    ScriptedAlgorithm algorithm;
-    algorithm.settings().setMaximumNumberOfThreads(2);
-    algorithm.withRunner(SCALAR, [](BaseAlgorithm&) { ::pthread_exit(nullptr); });
+    ScriptedAlgorithm algorithm([](BaseAlgorithm&) { ::pthread_exit(nullptr); }, 2);
     EXPECT_THROW(algorithm.run(), UnexpectedError);
     EXPECT_THROW(algorithm.run(), UnexpectedError);
 }
@@ -157,16 +150,11 @@ TEST(Callbacks, ThatThrowInTheLastReportAreWrappedAsAnyOther) {
         void setProgress(double) override { throw 42; }
     };
     for (const int threads : {1, 2}) {
-        ScriptedAlgorithm algorithm;
-        algorithm.settings().setMaximumNumberOfThreads(threads);
-        algorithm.withRunner(SCALAR, [](BaseAlgorithm&) {});
+        ScriptedAlgorithm algorithm([](BaseAlgorithm&) {}, threads);
         Throwing interaction;
-        try {
-            algorithm.run(&interaction);
-            ADD_FAILURE() << "nothing was thrown";
-        } catch (const UnexpectedError& error) {
-            EXPECT_EQ(error.getMessage(), "undefined exception");
-            EXPECT_THAT(error.getLevels().back().message, testing::HasSubstr("ScriptedAlgorithm"));
+        if (const auto error = failureOf<UnexpectedError>([&] { algorithm.run(&interaction); })) {
+            EXPECT_EQ(error->getMessage(), "undefined exception");
+            EXPECT_THAT(error->getLevels().back().message, testing::HasSubstr("ScriptedAlgorithm"));
         }
         EXPECT_NO_THROW(algorithm.run());
     }

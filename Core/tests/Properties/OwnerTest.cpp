@@ -108,20 +108,5 @@ TEST(OwnedProperty, ReadingAChoiceNotifiesOfChangesOnly) {
     EXPECT_EQ(owner.countOf(owner.multiple), 1U);
 }
 
-TEST(OwnedProperty, IsSilentWhileLocked) {
-    Owner owner;
-    owner.changed.clear();
-    EXPECT_TRUE(owner.lockAllProperties(true));
-    String normalised;
-    owner.number = 9.0;
-    owner.single = 1;
-    EXPECT_FALSE(owner.number.read("9", normalised));
-    EXPECT_FALSE(owner.multiple.read("BY_PLANE", normalised));
-    EXPECT_TRUE(owner.changed.empty());
-    owner.lockAllProperties(false);
-    owner.number = 9.0;
-    EXPECT_EQ(owner.countOf(owner.number), 1U);
-}
-
 }  // namespace
 }  // namespace rix

@@ -11,116 +11,87 @@
 namespace rix::test {
 namespace {
 
-struct ImageCase {
-    ImageTraits traits;
-    Levels levels;
-};
+enum class Tells { Text, TextAndImage };
 
-// Shows every image to the rule on an input and on an output property, which must judge alike, and both unset.
+/// Shows images to the rule on an input and on an output property, which must judge alike, and both unset. Those that
+/// it refuses are refused with one text.
 template <class Adder>
-void expectImageRule(const Adder& adder, const String& description, const std::vector<ImageCase>& cases) {
-    std::vector<io::MemoryImage> images(cases.size());
+void expectImageRule(const Adder& adder, const String& description, const std::vector<ImageTraits>& accepted,
+                     const std::vector<ImageTraits>& refused = {}, const String& text = "", Tells tells = Tells::Text) {
+    std::vector<io::MemoryImage> images(accepted.size() + refused.size());
     std::vector<Case<const ImageModel*>> asInput{{nullptr, {"The parameter \"p\" must be set."}}};
     std::vector<Case<ImageModel*>> asOutput{{nullptr, {"The parameter \"p\" must be set."}}};
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        shape(images[i], cases[i].traits);
-        asInput.push_back({&images[i], cases[i].levels});
-        asOutput.push_back({&images[i], cases[i].levels});
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        const bool isRefused = i >= accepted.size();
+        shape(images[i], isRefused ? refused[i - accepted.size()] : accepted[i]);
+        Levels levels;
+        if (isRefused) {
+            levels.push_back("The parameter \"p\" " + text);
+        }
+        if (isRefused && tells == Tells::TextAndImage) {
+            levels.push_back("The image is " + helper::describeImage(images[i]) + ".");
+        }
+        asInput.push_back({&images[i], levels});
+        asOutput.push_back({&images[i], levels});
     }
     expectRule<const ImageModel*>(adder, description, asInput);
     expectRule<ImageModel*>(adder, description, asOutput);
 }
 
-Levels told(const String& text, const String& image) {
-    return {"The parameter \"p\" " + text, "The image is " + image + "."};
-}
-
-TEST(RuleAssertNotNull, AsksForAnImage) {
-    expectImageRule(AddRuleAssertNotNull(), "must be set", {{{}, {}}});
-}
-
 TEST(ImageAssertions, LookAtExtents) {
-    expectImageRule(
-        AddRuleAssertImageNotEmpty(), "must not be an empty image",
-        {{{}, {}},
-         {{.extents = {4, 3, 1, 0, 1}}, told("must not be an empty image.", "(4, 3, 1, 0, 1, scalar, uint8, value)")},
-         {{.extents = {0, 3, 1, 1, 1}}, told("must not be an empty image.", "(0, 3, 1, 1, 1, scalar, uint8, value)")}});
-    const Levels not2d = told("must contain a 2D image.", "(4, 3, 2, 1, 1, scalar, uint8, value)");
-    expectImageRule(AddRuleAssertImage2d(), "must be a 2D image",
-                    {{{}, {}}, {{.extents = {4, 3, 1, 5, 2}}, {}}, {{.extents = {4, 3, 2, 1, 1}}, not2d}});
-    expectImageRule(AddRuleAssertDimension(ImageDimension::Only2d), "must be a 2D image",
-                    {{{.extents = {4, 3, 1, 5, 2}}, {}}, {{.extents = {4, 3, 2, 1, 1}}, not2d}});
-    expectImageRule(
-        AddRuleAssertDimension(ImageDimension::Only3d, AxisUse::Accepted, AxisUse::Refused),
-        "must be a 3D image without sequence",
-        {{{.extents = {4, 3, 2, 1, 3}}, {}},
-         {{.extents = {4, 3, 1, 1, 1}}, told("must contain a 3D image.", "(4, 3, 1, 1, 1, scalar, uint8, value)")},
-         {{.extents = {4, 3, 2, 2, 1}},
-          told("is a sequence of images (e.g. a movie). Only single images are supported.",
-               "(4, 3, 2, 2, 1, scalar, uint8, value)")}});
+    const ImageTraits volume{.extents = {4, 3, 2, 1, 1}};
+    const ImageTraits movie{.extents = {4, 3, 1, 5, 2}};
+    const ImageTraits coloured{.extents = {4, 3, 1, 1, 3}};
+    expectImageRule(AddRuleAssertNotNull(), "must be set", {{}});
+    expectImageRule(AddRuleAssertImageNotEmpty(), "must not be an empty image", {{}},
+                    {{.extents = {4, 3, 1, 0, 1}}, {.extents = {0, 3, 1, 1, 1}}}, "must not be an empty image.",
+                    Tells::TextAndImage);
+    expectImageRule(AddRuleAssertImage2d(), "must be a 2D image", {{}, movie}, {volume}, "must contain a 2D image.",
+                    Tells::TextAndImage);
+    expectImageRule(AddRuleAssertDimension(ImageDimension::Only2d), "must be a 2D image", {movie}, {volume},
+                    "must contain a 2D image.", Tells::TextAndImage);
+    const AddRuleAssertDimension only3d(ImageDimension::Only3d, AxisUse::Accepted, AxisUse::Refused);
+    expectImageRule(only3d, "must be a 3D image without sequence", {{.extents = {4, 3, 2, 1, 3}}}, {{}},
+                    "must contain a 3D image.", Tells::TextAndImage);
+    expectImageRule(only3d, "must be a 3D image without sequence", {}, {{.extents = {4, 3, 2, 2, 1}}},
+                    "is a sequence of images (e.g. a movie). Only single images are supported.", Tells::TextAndImage);
     expectImageRule(AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused),
-                    "must be an image without spectral series",
-                    {{{.extents = {4, 3, 2, 2, 1}}, {}},
-                     {{.extents = {4, 3, 1, 1, 3}},
-                      told("is a multispectral image (e.g. color). Only grayscale images are supported.",
-                           "(4, 3, 1, 1, 3, scalar, uint8, value)")}});
+                    "must be an image without spectral series", {{.extents = {4, 3, 2, 2, 1}}}, {coloured},
+                    "is a multispectral image (e.g. color). Only grayscale images are supported.", Tells::TextAndImage);
     expectImageRule(AddRuleAssertAnyColor(3), "must be a color image with at least 3 channels",
-                    {{{.extents = {4, 3, 1, 1, 3}}, {}},
-                     {{.extents = {4, 3, 1, 1, 4}, .color = RGB}, {}},
-                     {{.extents = {4, 3, 1, 1, 2}},
-                      {"The parameter \"p\" supports color images with at least 3 channels. Current image has 2."}}});
+                    {coloured, {.extents = {4, 3, 1, 1, 4}, .color = RGB}}, {{.extents = {4, 3, 1, 1, 2}}},
+                    "supports color images with at least 3 channels. Current image has 2.");
 }
 
-TEST(ImageAssertions, LookAtTypes) {
+TEST(ImageAssertions, LookAtTypesAndInterpretations) {
     expectImageRule(AddRuleAssertType({RIX_UINT8, RIX_UINT16}), "data type must be uint8 or uint16",
-                    {{{.voxelType = RIX_UINT8}, {}},
-                     {{.voxelType = RIX_UINT16}, {}},
-                     {{.voxelType = RIX_FLOAT32},
-                      {"The parameter \"p\" supports only data type(s): uint8, uint16. Current data type is "
-                       "float32."}}});
-    // Every voxel type beside what each class of types says of it.
-    std::vector<ImageCase> integer;
-    std::vector<ImageCase> real;
+                    {{.voxelType = RIX_UINT8}, {.voxelType = RIX_UINT16}}, {{.voxelType = RIX_FLOAT32}},
+                    "supports only data type(s): uint8, uint16. Current data type is float32.");
+    std::vector<ImageTraits> integers;
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32}) {
-        integer.push_back({{.voxelType = type}, {}});
-        real.push_back({{.voxelType = type}, {}});
+        integers.push_back({.voxelType = type});
     }
-    const std::pair<VoxelTypes, String> others[] = {{RIX_FLOAT32, "float32"},
-                                                    {RIX_FLOAT64, "float64"},
-                                                    {RIX_COMPLEX_FLOAT32, "complex float32"},
-                                                    {RIX_COMPLEX_FLOAT64, "complex float64"}};
-    for (const auto& [type, name] : others) {
-        const String current = " Current data type is " + name + ".";
-        integer.push_back({{.voxelType = type}, {"The parameter \"p\" supports only integer types." + current}});
-        const bool complex = name.starts_with("complex");
-        real.push_back(
-            {{.voxelType = type},
-             complex ? Levels{"The parameter \"p\" supports only integer or floating types." + current} : Levels{}});
+    for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
+        const String name = helper::voxelTypesToString(type);
+        expectImageRule(AddRuleAssertInteger(), "data type must be integer", integers, {{.voxelType = type}},
+                        "supports only integer types. Current data type is " + name + ".");
+        const std::vector<ImageTraits> one{{.voxelType = type}};
+        const bool isComplex = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
+        expectImageRule(AddRuleAssertIntegerOrFloating(), "data type must be integer or floating",
+                        isComplex ? integers : one, isComplex ? one : std::vector<ImageTraits>{},
+                        "supports only integer or floating types. Current data type is " + name + ".");
     }
-    expectImageRule(AddRuleAssertInteger(), "data type must be integer", integer);
-    expectImageRule(AddRuleAssertIntegerOrFloating(), "data type must be integer or floating", real);
     expectImageRule(AddRuleAssertElementType({SINGLE, VECTOR_2}), "element type must be scalar or 2-Vector",
-                    {{{}, {}},
-                     {{.elementType = VECTOR_2}, {}},
-                     {{.elementType = VECTOR_3},
-                      {"The parameter \"p\" supports only element type(s): scalar, 2-Vector. Current element type is "
-                       "3-Vector."}}});
-    expectImageRule(AddRuleAssertSingleElement(), "must have scalar elements",
-                    {{{}, {}},
-                     {{.elementType = MATRIX_2X2_SYM},
-                      {"The parameter \"p\" supports only scalar types. Current data type is Symmetric Matrix 2x2."}}});
-}
-
-TEST(ImageAssertions, LookAtInterpretations) {
+                    {{}, {.elementType = VECTOR_2}}, {{.elementType = VECTOR_3}},
+                    "supports only element type(s): scalar, 2-Vector. Current element type is 3-Vector.");
+    expectImageRule(AddRuleAssertSingleElement(), "must have scalar elements", {{}}, {{.elementType = MATRIX_2X2_SYM}},
+                    "supports only scalar types. Current data type is Symmetric Matrix 2x2.");
     expectImageRule(AddRuleAssertInterpretation({RIX_BINARY, RIX_LABEL}), "must be a binary or label image",
-                    {{{.interpretation = RIX_BINARY}, {}},
-                     {{.interpretation = RIX_LABEL}, {}},
-                     {{.interpretation = RIX_VALUE},
-                      {"The parameter \"p\" supports only binary or label images. Current image is value."}}});
+                    {{.interpretation = RIX_BINARY}, {.interpretation = RIX_LABEL}}, {{.interpretation = RIX_VALUE}},
+                    "supports only binary or label images. Current image is value.");
     expectImageRule(AddRuleAssertColorInterpretation({RGB, HSL}), "color interpretation must be RGB or HSL",
-                    {{{.color = HSL}, {}},
-                     {{.color = YIQ},
-                      {"The parameter \"p\" supports only RGB or HSL color interpretations. Current image is YIQ."}}});
+                    {{.color = HSL}}, {{.color = YIQ}},
+                    "supports only RGB or HSL color interpretations. Current image is YIQ.");
 }
 
 // One rule that compares with the image of "inputImage": the traits of that image, of one that passes and of
@@ -195,16 +166,14 @@ TEST(ImageAssertions, CompareWithAnotherImage) {
 }
 
 TEST(RuleAssertBinaryIfBinary, AsksNothingBesideAnotherInterpretation) {
-    for (const Interpretations other : {RIX_LABEL, RIX_VALUE}) {
-        io::MemoryImage reference;
-        io::MemoryImage image;
-        shape(reference, {.interpretation = other});
-        shape(image, {.interpretation = RIX_VALUE});
-        NamedProperty<const ImageModel*> input("inputImage", &reference);
-        NamedProperty<const ImageModel*> p("p", &image);
-        AddRuleAssertBinaryIfBinary{input}(p);
-        EXPECT_EQ(applyRules(p), Levels{});
-    }
+    io::MemoryImage reference;
+    io::MemoryImage image;
+    shape(reference, {.interpretation = RIX_LABEL});
+    shape(image, {.interpretation = RIX_VALUE});
+    NamedProperty<const ImageModel*> input("inputImage", &reference);
+    NamedProperty<const ImageModel*> p("p", &image);
+    AddRuleAssertBinaryIfBinary{input}(p);
+    EXPECT_EQ(applyRules(p), Levels{});
 }
 
 TEST(RuleAssertSameSpacing, ComparesEveryAxis) {

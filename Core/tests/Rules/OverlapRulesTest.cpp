@@ -2,10 +2,6 @@
 
 #include <rix/access/ImageModelProxy.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
-#include <rix/image/ImageModelFull2d.h>
-#include <rix/image/ImageModelFull3d.h>
-#include <rix/image/ImageModelSizeProxy.h>
-#include <rix/image/StridedImage.h>
 
 #include "RuleTestSupport.h"
 
@@ -14,32 +10,15 @@ namespace {
 
 enum class Overlap { None, Some, All };
 
-TEST(OverlapRules, TellPartsOfImagesApart) {
+// Which parts of images overlap is tested with the addresses of samples; here, what the rules make of it.
+TEST(OverlapRules, RefuseWhatOverlapsUnlessItIsTheSamePart) {
     io::MemoryImage real;
-    io::MemoryImage other;
+    shape(real, {.extents = {6, 5, 4, 1, 1}, .voxelType = RIX_UINT16});
     io::MemoryImage fresh;
-    shape(real, {.extents = {6, 5, 4, 2, 2}, .voxelType = RIX_UINT16});
-    shape(other, {.extents = {6, 5, 4, 2, 2}, .voxelType = RIX_UINT16});
-    ImageModelFull3d frame(&real, 1, 0);
-    ImageModelFull3d sameFrame(&real, 1, 0);
-    ImageModelFull3d otherFrame(&real, 0, 0);
-    ImageModelFull3d otherChannel(&real, 1, 1);
-    ImageModel3dWithFull2d lower(&real, 0, 3, 1, 0);
-    ImageModel3dWithFull2d upper(&real, 1, 3, 1, 0);
-    ImageModel3dWithFull2d onlyLast(&real, 3, 1, 1, 0);
-    ImageModelFull2d plane(&real, 2, 1, 0);
-    ImageModelFull2d nested(&frame, 2, 0, 0);
-    ImageModelSizeProxy left(&plane, {0, 0, 0, 0, 0}, {3, 5, 1, 1, 1});
-    ImageModelSizeProxy right(&plane, {3, 0, 0, 0, 0}, {3, 5, 1, 1, 1});
-    ImageModelSizeProxy middle(&nested, {2, 0, 0, 0, 0}, {3, 5, 1, 1, 1});
-    ImageModelProxy converted(&frame, RIX_FLOAT32);
-    // Buffers of an application: every other row of one, and the same rows from the last to the first.
-    std::vector<std::uint8_t> pixels(100);
-    const ImageHeader header{.extents = {10, 5, 1, 1, 1}};
-    StridedImage even(pixels.data(), header, {1, 20, 0, 0, 0});
-    StridedImage sameEven(pixels.data(), header, {1, 20, 0, 0, 0});
-    StridedImage odd(pixels.data() + 10, header, {1, 20, 0, 0, 0});
-    StridedImage flipped(pixels.data() + 80, header, {1, -20, 0, 0, 0});
+    ImageModel3dWithFull2d lower(&real, 0, 3, 0, 0);
+    ImageModel3dWithFull2d upper(&real, 1, 3, 0, 0);
+    ImageModel3dWithFull2d onlyLast(&real, 3, 1, 0, 0);
+    ImageModelProxy converted(&lower, RIX_FLOAT32);
     const struct {
         const char* name;
         const ImageModel* input;
@@ -47,25 +26,11 @@ TEST(OverlapRules, TellPartsOfImagesApart) {
         Overlap overlap;
     } cases[] = {
         {"the same object", &real, &real, Overlap::All},
-        {"another image", &real, &other, Overlap::None},
         {"an image without a shape", &real, &fresh, Overlap::None},
-        {"the image behind a view", &frame, &real, Overlap::Some},
-        {"a view of the image", &real, &frame, Overlap::Some},
-        {"two views of one frame", &frame, &sameFrame, Overlap::All},
-        {"two frames", &frame, &otherFrame, Overlap::None},
-        {"two channels", &frame, &otherChannel, Overlap::None},
+        {"a view of the image", &real, &upper, Overlap::Some},
         {"slabs that overlap", &lower, &upper, Overlap::Some},
         {"slabs that don't", &lower, &onlyLast, Overlap::None},
-        {"a plane of the slab", &upper, &plane, Overlap::Some},
-        {"a view of a view", &plane, &nested, Overlap::All},
-        {"columns beside each other", &left, &right, Overlap::None},
-        {"columns that overlap", &left, &middle, Overlap::Some},
-        {"a crop of the input", &real, &left, Overlap::Some},
-        {"the frame as another type", &converted, &frame, Overlap::All},
-        {"one buffer twice", &even, &sameEven, Overlap::All},
-        {"rows between rows", &even, &odd, Overlap::None},
-        {"the buffer upside down", &even, &flipped, Overlap::Some},
-        {"another frame as another type", &converted, &otherFrame, Overlap::None},
+        {"the slab as another type", &converted, &lower, Overlap::All},
     };
     NamedProperty<const ImageModel*> input("inputImage", nullptr);
     NamedProperty<ImageModel*> disjoint("p", nullptr);

@@ -5,6 +5,7 @@
 
 #include <rix/rules/Promotion.h>
 
+#include "Failures.h"
 #include "RuleTestSupport.h"
 
 namespace rix::test {
@@ -130,12 +131,8 @@ TEST(GetPromotedType, TakesImagesAndNumbers) {
 
 TEST(GetPromotedType, RefusesUnknownKindsAndTypes) {
     for (const int kind : {-1, 4}) {
-        try {
-            getPromotedType(RIX_UINT8, RIX_UINT8, kindOf(kind));
-            ADD_FAILURE() << "kind " << kind << " passed";
-        } catch (const RuleException& exception) {
-            EXPECT_EQ(exception.getMessage(), "unsupported type of rule");
-        }
+        EXPECT_EQ(messageOf<RuleException>([&] { getPromotedType(RIX_UINT8, RIX_UINT8, kindOf(kind)); }),
+                  "unsupported type of rule");
     }
     EXPECT_THROW(getPromotedType(static_cast<VoxelTypes>(3), RIX_UINT8, PROMOTION_ADDITIVE), RuleException);
     EXPECT_THROW(getPromotedType(RIX_UINT8, static_cast<VoxelTypes>(7), PROMOTION_ADDITIVE), RuleException);

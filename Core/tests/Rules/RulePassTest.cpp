@@ -8,51 +8,6 @@
 namespace rix::test {
 namespace {
 
-// A rule that writes down that it ran.
-class Logged : public Rules<Property<int>> {
-public:
-    Logged(std::vector<String>& log, const String& name, bool individual, bool fails)
-        : m_log(log), m_name(name), m_individual(individual), m_fails(fails) {}
-    bool isIndividual() const override { return m_individual; }
-    void apply(Property<int>&) override {
-        m_log.push_back(m_name);
-        if (m_fails) {
-            throw RuleException(m_name + " fails");
-        }
-    }
-    String describe() const override { return m_name; }
-
-private:
-    std::vector<String>& m_log;
-    String m_name;
-    bool m_individual;
-    bool m_fails;
-};
-
-TEST(RulePass, GoesInOrderAndStopsAtTheFirstFailure) {
-    std::vector<String> log;
-    NamedProperty<int> property("p", 1);
-    const auto add = [&](const char* name, bool individual, bool fails) {
-        property.getImpl()->addRule(std::make_shared<Logged>(log, name, individual, fails));
-    };
-    add("a", true, false);
-    add("b", false, false);
-    EXPECT_EQ(applyRules(property), Levels{});
-    EXPECT_EQ(log, (Levels{"a", "b"}));
-    log.clear();
-    add("c", true, true);
-    add("d", true, true);
-    EXPECT_EQ(applyRules(property), (Levels{"c fails", "Rule error in property p"}));
-    EXPECT_EQ(log, (Levels{"a", "b", "c"}));
-    log.clear();
-    EXPECT_EQ(applyRules(property, false), (Levels{"c fails", "Rule error in property p"}));
-    EXPECT_EQ(log, (Levels{"a", "c"}));
-    log.clear();
-    property.getImpl()->disable();
-    EXPECT_EQ(applyRules(property), Levels{});
-    EXPECT_TRUE(log.empty());
-}
-
 TEST(RulePass, RulesThatLookElsewhereOrChangeImagesAreNotIndividual) {
     NamedProperty<ImageModel*> input("inputImage");
     NamedProperty<ImageModel*> p("p");

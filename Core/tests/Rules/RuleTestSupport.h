@@ -6,8 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include <rix/image/MemoryImage.h>
 #include <rix/properties/Property.h>
+
+#include "RecordingImage.h"
 
 namespace rix::test {
 
@@ -80,48 +81,5 @@ void shape(Image& image, const ImageTraits& traits) {
     ASSERT_TRUE(image.setInterpretation(traits.interpretation));
     ASSERT_TRUE(image.setColorInterpretation(traits.color));
 }
-
-/// An image that counts what is asked of it, and refuses everything that changes it when told to.
-class RecordingImage : public io::MemoryImage {
-public:
-    bool m_refuses = false;
-    std::vector<String> m_calls;
-
-    bool setOriginOf(const Components& c, double v) override {
-        return record("origin") && MemoryImage::setOriginOf(c, v);
-    }
-    bool setSpacingOf(const Components& c, double v) override {
-        return record("spacing") && MemoryImage::setSpacingOf(c, v);
-    }
-    bool setSpatialUnitName(const String& v) override {
-        return record("spatial unit") && MemoryImage::setSpatialUnitName(v);
-    }
-    bool setSequenceUnitName(const String& v) override {
-        return record("sequence unit") && MemoryImage::setSequenceUnitName(v);
-    }
-    bool setSpatialDirections(const vessel::SpatialDirections& v) override {
-        return record("directions") && MemoryImage::setSpatialDirections(v);
-    }
-    bool setInterpretation(const Interpretations& v) override {
-        return record("interpretation") && MemoryImage::setInterpretation(v);
-    }
-    bool setColorInterpretation(ColorInterpretation v) override {
-        return record("color") && MemoryImage::setColorInterpretation(v);
-    }
-    bool reserve(const VoxelTypes& type, std::size_t x, std::size_t y, std::size_t z, std::size_t t,
-                 std::size_t s) override {
-        return record("reserve") && MemoryImage::reserve(SINGLE, type, x, y, z, t, s);
-    }
-    bool reserve(const ElementTypes& element, const VoxelTypes& type, std::size_t x, std::size_t y, std::size_t z,
-                 std::size_t t, std::size_t s) override {
-        return record("reserve") && MemoryImage::reserve(element, type, x, y, z, t, s);
-    }
-
-private:
-    bool record(const char* call) {
-        m_calls.emplace_back(call);
-        return !m_refuses;
-    }
-};
 
 }  // namespace rix::test

@@ -6,11 +6,11 @@
 #include <type_traits>
 #include <vector>
 
-#include <gtest/gtest.h>
-
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/image/ImageModel.h>
 #include <rix/image/MemoryImage.h>
+
+#include "ImageSamples.h"
 
 namespace rix::test {
 
@@ -73,17 +73,5 @@ struct BoxReference {
                static_cast<long double>(size[2]);
     }
 };
-
-/// The samples of one volume (a frame of a channel) in storage order.
-template <class T>
-std::vector<T> volumeOf(const ImageModel& image, std::size_t sequence, std::size_t spectral) {
-    const auto n = helper::getExtents(image);
-    std::vector<T> samples(n[0] * n[1] * n[2]);
-    for (std::size_t row = 0; row < n[1] * n[2]; ++row) {
-        EXPECT_TRUE(image.readRowAt(n[0], reinterpret_cast<RawData>(samples.data() + row * n[0]), 0, row % n[1],
-                                    row / n[1], sequence, spectral));
-    }
-    return samples;
-}
 
 }  // namespace rix::test

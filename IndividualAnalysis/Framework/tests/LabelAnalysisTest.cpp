@@ -60,29 +60,6 @@ std::string everything(const ImageModel& labels) {
     return labels.getNumOf(PLANS) > 1 ? measures : measures + ", ConvexHull, Area/PixelCount";
 }
 
-TEST(LabelAnalysis, TakesNoMoreMemoryThanItsDescriptionSays) {
-    for (const test::Extents& extents : {test::Extents{700, 800, 1, 2, 1}, test::Extents{90, 80, 60, 2, 1}}) {
-        const io::MemoryImage labels =
-            makeImage({.voxelType = RIX_UINT32, .extents = extents, .interpretation = RIX_LABEL},
-                      [](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) {
-                          return 1 + x / 2 + 1000 * (y / 2 + 1000 * (z / 2));
-                      });
-        const io::MemoryImage grey = test::makeRandomImage(
-            {.voxelType = RIX_FLOAT32, .extents = {extents[0], extents[1], extents[2], extents[3], 2}}, 5);
-        for (const int threads : {1, 2}) {
-            LabelAnalysis algorithm;
-            algorithm.settings().setMaximumNumberOfThreads(threads);
-            algorithm.setInputLabelImage(&labels);
-            algorithm.setInputIntensityImage(&grey);
-            algorithm.setMeasures(everything(labels));
-            const std::size_t most = algorithm.describe().extraMemory;
-            algorithm.run();
-            EXPECT_LE(algorithm.getPeakExtraMemory(), most);
-            EXPECT_GE(algorithm.getPeakExtraMemory(), most / 10) << "objects of 4 to 8 elements, not of one";
-        }
-    }
-}
-
 TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {
     // Frame 0 has labels 5 and 4294967295, frame 1 none, frame 2 label 5 alone.
     io::MemoryImage labels = makeImage({.voxelType = RIX_UINT32, .extents = {4, 2, 1, 3, 1}},
@@ -124,36 +101,6 @@ TEST(LabelAnalysis, GivesNoRowWithoutObjects) {
     const auto table = analyse(labels, everything(labels), &grey);
     EXPECT_EQ(table->getRowCount(), 0U);
     EXPECT_GT(table->getColumnCount(), 10U);
-}
-
-TEST(LabelAnalysis, IsTheSameForEveryLevelThreadCountScheduleAndStorage) {
-    for (const auto& [type, extents] : {std::pair<VoxelTypes, test::Extents>{RIX_UINT8, {517, 1213, 1, 2, 1}},
-                                        {RIX_UINT16, {131, 67, 71, 1, 1}},
-                                        {RIX_UINT32, {4099, 130, 1, 1, 1}}}) {
-        const io::MemoryImage labels = patches(type, extents, 3);
-        for (const VoxelTypes greyType : {RIX_UINT8, RIX_INT16, RIX_UINT32, RIX_FLOAT32, RIX_FLOAT64}) {
-            SCOPED_TRACE(helper::voxelTypesToString(greyType));
-            const io::MemoryImage grey =
-                test::makeRandomImage({.voxelType = greyType, .extents = extents}, 7, test::Extremes::None);
-            const std::string measures = everything(labels);
-            const auto expected = analyse(labels, measures, &grey);
-            for (const int threads : test::sanitized ? std::vector{1, 3} : std::vector{1, 2, 3, 7}) {
-                for (const OptimLevelType level : {SCALAR, VEC_SSE, VEC_AVX}) {
-                    if (devices::Cpu::supports(level)) {
-                        SCOPED_TRACE("level " + std::to_string(level) + ", threads " + std::to_string(threads));
-                        expectSameTable(*expected, *analyse(labels, measures, &grey, {threads, level}));
-                    }
-                }
-            }
-            LabelAnalysis algorithm;
-            algorithm.setBlockScheduler(std::make_shared<access::ShuffledScheduler>(5));
-            algorithm.setInputLabelImage(&labels);
-            algorithm.setInputIntensityImage(&grey);
-            algorithm.setMeasures(measures);
-            algorithm.run();
-            expectSameTable(*expected, algorithm.getOutputMeasurement()->getTable());
-        }
-    }
 }
 
 TEST(LabelAnalysis, JoinsManyObjectsOfManyBandsAlikeForEveryThreadCount) {
@@ -259,16 +206,6 @@ TEST(LabelAnalysis, FillsTheObjectThatIsSetOrOneOfItsOwn) {
     expectSameTable(*expected, given.toDataFrame());
     EXPECT_THROW(static_cast<void>(given.getTable().getReals(3)), std::invalid_argument);
     EXPECT_THROW(static_cast<void>(given.getTable().getColumnInfo(4)), std::out_of_range);
-}
-
-TEST(LabelAnalysis, RefusesImagesWithoutScale) {
-    io::MemoryImage labels = patches(RIX_UINT8, {9, 8, 1, 1, 1}, 1);
-    labels.setSpacingOf(ROWS, 0.0);
-    LabelAnalysis algorithm;
-    algorithm.setInputLabelImage(&labels);
-    EXPECT_THROW(algorithm.run(), RuleException);
-    labels.setSpacingOf(ROWS, 1.0);
-    EXPECT_NO_THROW(algorithm.run());
 }
 
 }  // namespace

@@ -13,12 +13,11 @@
 
 #include <gtest/gtest.h>
 
-#include <rix/access/SampleCast.h>
 #include <rix/image/ImageModel.h>
 #include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/settings/Settings.h>
 
-#include "ImageFactories.h"
+#include "ImageSamples.h"
 
 namespace rix::individual_analysis::test_tools {
 
@@ -31,38 +30,26 @@ struct Pixel {
 using Key = std::pair<std::int64_t, std::int64_t>;
 using Objects = std::map<Key, std::vector<Pixel>>;
 
-inline std::vector<double> readRow(const ImageModel& image, std::size_t y, std::size_t z, std::size_t t,
-                                   std::size_t s) {
-    const std::size_t count = image.getNumOf(COLUMNS);
-    std::vector<std::uint8_t> raw(count * helper::getSizeOf(image.getVoxelType()));
-    EXPECT_TRUE(image.readRowAt(count, raw.data(), 0, y, z, t, s));
-    std::vector<double> row(count);
-    access::castRowFrom(image.getVoxelType(), raw.data(), row.data(), count);
-    return row;
-}
-
 inline Objects collectObjects(const ImageModel& labels, const ImageModel* intensity = nullptr) {
     Objects objects;
+    const test::Extents n = helper::getExtents(labels);
     const std::size_t channels = intensity != nullptr ? intensity->getNumOf(SPECTRAL_SERIES) : 0;
-    for (std::size_t t = 0; t < labels.getNumOf(SEQUENCE); ++t) {
-        for (std::size_t z = 0; z < labels.getNumOf(PLANS); ++z) {
-            for (std::size_t y = 0; y < labels.getNumOf(ROWS); ++y) {
-                const std::vector<double> row = readRow(labels, y, z, t, 0);
-                std::vector<std::vector<double>> values;
-                for (std::size_t s = 0; s < channels; ++s) {
-                    values.push_back(readRow(*intensity, y, z, t, s));
-                }
-                for (std::size_t x = 0; x < row.size(); ++x) {
-                    if (row[x] != 0) {
-                        Pixel pixel{
-                            {static_cast<std::int64_t>(x), static_cast<std::int64_t>(y), static_cast<std::int64_t>(z)},
+    for (std::size_t t = 0; t < n[SEQUENCE]; ++t) {
+        const std::vector<std::uint32_t> names = test::volumeOf<std::uint32_t>(labels, t, 0);
+        std::vector<std::vector<double>> values;
+        for (std::size_t s = 0; s < channels; ++s) {
+            values.push_back(test::volumeOf<double>(*intensity, t, s));
+        }
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (names[i] != 0) {
+                const std::size_t line = i / n[COLUMNS];
+                Pixel pixel{{static_cast<std::int64_t>(i % n[COLUMNS]), static_cast<std::int64_t>(line % n[ROWS]),
+                             static_cast<std::int64_t>(line / n[ROWS])},
                             {}};
-                        for (std::size_t s = 0; s < channels; ++s) {
-                            pixel.values.push_back(values[s][x]);
-                        }
-                        objects[{static_cast<std::int64_t>(t), static_cast<std::int64_t>(row[x])}].push_back(pixel);
-                    }
+                for (const std::vector<double>& channel : values) {
+                    pixel.values.push_back(channel[i]);
                 }
+                objects[{static_cast<std::int64_t>(t), std::int64_t{names[i]}}].push_back(std::move(pixel));
             }
         }
     }

@@ -11,6 +11,7 @@
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/properties/EnumInfo.h>
 
+#include "Failures.h"
 #include "LabelingWays.h"
 
 namespace rix::segmentation {
@@ -130,12 +131,8 @@ TEST(LabelingType, FailsByNameExactlyWhenTheWidestTypeDoesNotHoldTheLabels) {
             way.tuning.largestLabel = needed;
             EXPECT_EQ(labelsOf(labelImage(image, axes == 3, axes, way).image), expected.labels);
             way.tuning.largestLabel = needed - 1;
-            try {
-                labelImage(image, axes == 3, axes, way);
-                ADD_FAILURE() << "label " << needed << " does not fit";
-            } catch (const RuntimeError& error) {
-                EXPECT_EQ(error.getMessage(), "Too much labels to be contained in an unsigned int 32 bits image.");
-            }
+            EXPECT_EQ(test::messageOf<RuntimeError>([&] { labelImage(image, axes == 3, axes, way); }),
+                      "Too much labels to be contained in an unsigned int 32 bits image.");
         }
     }
 }
