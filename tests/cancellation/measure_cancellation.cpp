@@ -1,6 +1,8 @@
 // Measures how long runs go on after a request to cancel: every algorithm of the registry on large images, cancelled
 // at random moments. Prints the latencies of each case and of all.
 //
+// The second three numbers are milliseconds of processor time, which a busy machine does not lengthen.
+//
 // usage: measure_cancellation [CANCELS [MEGAVOXELS [SEED]]]    (1000, 32 and 1)
 
 #include <algorithm>
@@ -8,9 +10,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <new>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -120,39 +124,64 @@ void appendLabels(double megavoxels, std::vector<Case>& cases) {
     });
 }
 
-/// @return the milliseconds that the run went on after the request; below 0 when it was over before
-double cancelAfter(BaseAlgorithm& algorithm, double milliseconds) {
+/// How long a run went on after the request.
+struct Latency {
+    double milliseconds;
+    double ofProcessors;  ///< of all threads: what other programs on the machine take does not count
+};
+
+double processorMilliseconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
+}
+
+/// None when the run was over before the request.
+std::optional<Latency> cancelAfter(BaseAlgorithm& algorithm, double milliseconds) {
     Clock::time_point asked;
+    double processorsAsked = 0.0;
     std::thread canceller([&] {
         while (!algorithm.running()) {
             std::this_thread::yield();
         }
         std::this_thread::sleep_for(Milliseconds(milliseconds));
         asked = Clock::now();
+        processorsAsked = processorMilliseconds();
         algorithm.cancelExecution();
     });
     const Outcome outcome = runOnce(algorithm);
     const Clock::time_point ended = Clock::now();
+    const double processorsEnded = processorMilliseconds();
     canceller.join();
     if (!outcome.succeeded && outcome.exceptionClass != "UserCancelException") {
         std::fprintf(stderr, "%s\n", outcome.text().c_str());
         std::exit(1);
     }
-    return outcome.succeeded ? -1.0 : Milliseconds(ended - asked).count();
+    if (outcome.succeeded) {
+        return std::nullopt;
+    }
+    return Latency{Milliseconds(ended - asked).count(), processorsEnded - processorsAsked};
 }
 
 double quantile(const std::vector<double>& sorted, double part) {
     return sorted[std::min(sorted.size() - 1, static_cast<std::size_t>(part * static_cast<double>(sorted.size())))];
 }
 
-void print(const String& name, double milliseconds, std::vector<double> latencies) {
+void print(const String& name, double milliseconds, const std::vector<Latency>& latencies) {
     if (latencies.empty()) {
         std::printf("%-44s %9.1f  no run was cancelled before its end\n", name.c_str(), milliseconds);
         return;
     }
-    std::sort(latencies.begin(), latencies.end());
-    std::printf("%-44s %9.1f %8zu %8.2f %8.2f %8.2f\n", name.c_str(), milliseconds, latencies.size(),
-                quantile(latencies, 0.5), quantile(latencies, 0.99), latencies.back());
+    std::printf("%-44s %9.1f %8zu", name.c_str(), milliseconds, latencies.size());
+    for (double Latency::* const kind : {&Latency::milliseconds, &Latency::ofProcessors}) {
+        std::vector<double> sorted;
+        for (const Latency& latency : latencies) {
+            sorted.push_back(latency.*kind);
+        }
+        std::sort(sorted.begin(), sorted.end());
+        std::printf(" %8.2f %8.2f %8.2f", quantile(sorted, 0.5), quantile(sorted, 0.99), sorted.back());
+    }
+    std::printf("\n");
     std::fflush(stdout);
 }
 
@@ -163,9 +192,10 @@ void measure(std::size_t cancels, double megavoxels, std::uint64_t seed) {
     const std::size_t ofCase = (cancels + cases.size() - 1) / cases.size();
     std::printf("%zu cancels a case, images of %.0f megavoxels, %zu processors; milliseconds\n", ofCase, megavoxels,
                 devices::Cpu::logicalProcessors());
-    std::printf("%-44s %9s %8s %8s %8s %8s\n", "case", "run", "cancels", "p50", "p99", "greatest");
+    std::printf("%-44s %9s %8s %8s %8s %8s %8s %8s %8s\n", "case", "run", "cancels", "p50", "p99", "greatest",
+                "cpu p50", "cpu p99", "greatest");
     std::mt19937_64 random(seed);
-    std::vector<double> all;
+    std::vector<Latency> all;
     for (const Case& each : cases) {
         const std::unique_ptr<Subject> subject = each.make();
         const auto begin = Clock::now();
@@ -175,10 +205,10 @@ void measure(std::size_t cancels, double megavoxels, std::uint64_t seed) {
         }
         const double length = Milliseconds(Clock::now() - begin).count();
         std::uniform_real_distribution<double> moment(0.0, length);
-        std::vector<double> latencies;
+        std::vector<Latency> latencies;
         for (std::size_t i = 0; i < ofCase; ++i) {
-            if (const double latency = cancelAfter(subject->algorithm(), moment(random)); latency >= 0.0) {
-                latencies.push_back(latency);
+            if (const auto latency = cancelAfter(subject->algorithm(), moment(random))) {
+                latencies.push_back(*latency);
             }
         }
         print(each.name, length, latencies);
