@@ -51,6 +51,9 @@ if(RIX_WARNINGS_AS_ERRORS)
   target_compile_options(rix_compile_options INTERFACE -Werror)
 endif()
 
+if(RIX_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)  # everything tells the fuzzer which way it went
+endif()
 if(RIX_SANITIZE)
   # Everything is instrumented, tests and tools included. Undefined behaviour ends the program: a test must fail.
   add_compile_options(-fsanitize=${RIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
@@ -63,6 +66,12 @@ if(RIX_SANITIZE)
   # Reports name sources as seen from the tree, whichever clone compiled them first.
   add_compile_options(-fdebug-prefix-map=${PROJECT_SOURCE_DIR}/= -fdebug-prefix-map=${rix_source_from_build}=
     -fdebug-prefix-map=${PROJECT_BINARY_DIR}=.)
+endif()
+
+# A shared library has to name all that it needs. Sanitized programs of clang carry the sanitizer's runtime themselves.
+set(RIX_NO_UNDEFINED -Wl,--no-undefined)
+if(RIX_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  set(RIX_NO_UNDEFINED "")
 endif()
 
 # The linker of LLVM takes a third of the time for the test programs, which are as large as the whole library each.

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "RawTiff.h"
+#include "Tally.h"
 #include "TestImages.h"
 
 namespace rix::io::test {
@@ -117,6 +118,7 @@ class Victim {
 public:
     bool survives(const std::string& content, const std::string& what) {
         putContent(m_path, content);
+        rix::test::tally("damaged_files");
         bool read = false;
         try {
             const auto image = readImage(m_path);

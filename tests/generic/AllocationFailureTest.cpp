@@ -90,6 +90,7 @@ void AllocationFailure::failEachRequest(const Example& example, int threads, Sho
         std::size_t requests = 0;
         const Outcome outcome = runInShortage(algorithm, request, shortage, requests);
         failed = requests >= request;
+        tally("failed_allocations", failed ? 1 : 0);
         EXPECT_TRUE(outcome.succeeded || outcome.isOfTheFamily) << outcome.text();
         EXPECT_TRUE(outcome.succeeded || outcome.isOutOfMemory) << "it is not told why: " << outcome.text();
         EXPECT_TRUE(isReady(algorithm));

@@ -5,6 +5,7 @@
 #include <random>
 #include <thread>
 
+#include <rix/access/Blocks.h>
 #include <rix/algorithms/InteractionInterface.h>
 #include <rix/settings/Settings.h>
 
@@ -75,6 +76,7 @@ TEST_P(Cancellation, AtABlock) {
                 << "the request was seen only " << watched->blocks() - block << " blocks later";
             EXPECT_EQ(outcome.exceptionClass, "UserCancelException") << outcome.text();
             EXPECT_TRUE(subject.algorithm().isExecutionCancelled());
+            tally("cancelled_runs");
             EXPECT_FALSE(subject.algorithm().getLastRunLevel().has_value());
             expectNextRunIsRight(subject);
         }
@@ -116,7 +118,45 @@ TEST_P(Cancellation, AtARandomMomentFromAnotherThread) {
         }
         expectNextRunIsRight(subject);
     }
-    RecordProperty("cancelled", cancelled);
+    tally("cancelled_runs", cancelled);
+}
+
+/// What is left of the work when a request comes is bounded, whatever the size of the images: no part of a run reads or
+/// writes more than this many elements between two looks at the request.
+TEST_P(Cancellation, IsSeenBeforeMuchMoreIsReadOrWritten) {
+    constexpr std::size_t mostElements = std::size_t{1} << 20;
+    const bool isPlanar = example().extents()[PLANS] == 1;
+    const Example huge = example().withExtents(isPlanar ? Extents{2053, 2003, 1, 1, 1} : Extents{509, 307, 25, 1, 1});
+    Subject subject(huge);
+    subject.algorithm().settings().setMaximumNumberOfThreads(1);
+    std::size_t elements = 0;
+    std::size_t cancelAt = 0;
+    const auto count = [&](std::size_t row) {
+        const bool reached = elements < cancelAt && elements + row >= cancelAt;
+        elements += row;
+        if (reached) {
+            subject.algorithm().cancelExecution();
+        }
+        return true;
+    };
+    subject.gateRows({count, count});
+    if (const Outcome whole = runOnce(subject.algorithm()); !whole.succeeded) {
+        GTEST_SKIP() << huge.toText() << " is refused: " << whole.text();
+    }
+    const std::size_t all = elements;
+    std::size_t most = 0;
+    for (std::size_t part = 0; part < (sanitized ? 4U : 16U); ++part) {
+        elements = 0;
+        cancelAt = 1 + access::partOf(all, sanitized ? 4 : 16, part).begin;
+        SCOPED_TRACE(huge.toText() + ", cancelled at element " + std::to_string(cancelAt) + " of " +
+                     std::to_string(all));
+        const Outcome outcome = runOnce(subject.algorithm());
+        EXPECT_EQ(outcome.exceptionClass, "UserCancelException") << outcome.text();
+        tally("cancelled_runs");
+        most = std::max(most, elements - cancelAt);
+    }
+    EXPECT_LE(most, mostElements) << huge.toText();
+    RecordProperty("elements", std::to_string(most));
 }
 
 /// Asks for the end from its first poll on.

@@ -4,6 +4,7 @@
 
 #include "ExampleFinder.h"
 #include "Sanitizers.h"
+#include "Tally.h"
 
 namespace rix::test {
 

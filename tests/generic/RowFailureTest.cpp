@@ -34,7 +34,7 @@ TEST_P(RowFailure, EndsTheRunAndLeavesTheNextOneRight) {
     for (const Access access : {Access::Read, Access::Write}) {
         for (const int threads : {1, 3}) {
             FailingAccess rowAccess;
-            const auto pass = [&rowAccess] { return ++rowAccess.count != rowAccess.failing; };
+            const auto pass = [&rowAccess](std::size_t) { return ++rowAccess.count != rowAccess.failing; };
             Subject subject(example());
             subject.gateRows(access == Access::Read ? RowGate{pass, {}} : RowGate{{}, pass});
             subject.algorithm().settings().setMaximumNumberOfThreads(threads);
@@ -48,6 +48,7 @@ TEST_P(RowFailure, EndsTheRunAndLeavesTheNextOneRight) {
                              std::to_string(row) + " of " + std::to_string(rows) + " fails, " +
                              std::to_string(threads) + " threads");
                 const Outcome outcome = rowAccess.run(subject, row);
+                tally("failed_rows");
                 ASSERT_FALSE(outcome.succeeded) << "nobody noticed";
                 EXPECT_TRUE(outcome.isOfTheFamily) << outcome.text();
                 EXPECT_TRUE(outcome.names(access == Access::Read ? "readRowAt" : "writeRowAt")) << outcome.text();

@@ -42,7 +42,7 @@ std::vector<Layout> layoutsFor(const Extents& n) {
         {"a row down and two columns back", Kind::TwoViews, {2, 0, 0, 0, 0}, {0, 1, 0, 0, 0}},
         {"a row down, seen without addresses", Kind::Opaque, {}, {0, 1, 0, 0, 0}},
         {"beside it", Kind::TwoViews, {}, {n[COLUMNS], 0, 0, 0, 0}},
-        {"the next frame", Kind::TwoViews, {}, {0, 0, 0, 1, 0}, true},
+        {"the frames behind it", Kind::TwoViews, {}, {0, 0, 0, n[SEQUENCE], 0}, n[SPECTRAL_SERIES] == 1},
     };
     const auto addShifted = [&](const char* text, const Extents& by, bool mustRun) {
         layouts.push_back({String(text) + " further", Kind::TwoViews, {}, by, mustRun});
@@ -50,7 +50,7 @@ std::vector<Layout> layoutsFor(const Extents& n) {
     };
     addShifted("three columns", {3, 0, 0, 0, 0}, false);
     addShifted("a row", {0, 1, 0, 0, 0}, false);
-    addShifted("a plane", {0, 0, 1, 0, 0}, n[PLANS] == 1);
+    addShifted("a plane", {0, 0, 1, 0, 0}, n[PLANS] * n[SEQUENCE] * n[SPECTRAL_SERIES] == 1);
     return layouts;
 }
 

@@ -10,6 +10,7 @@
 
 #include "ImageComparison.h"
 #include "Properties.h"
+#include "Tally.h"
 
 namespace rix::test {
 
@@ -134,6 +135,7 @@ InputImages makeInputs(const Example& example) {
 // Results -------------------------------------------------------------------------------------------------------------
 
 ::testing::AssertionResult resultsEqual(const Results& expected, const Results& actual, std::uint64_t complexUnits) {
+    tally("results_compared");
     for (const auto& [name, image] : expected.images) {
         const auto found = actual.images.find(name);
         if (found == actual.images.end()) {

@@ -49,14 +49,14 @@ std::unique_ptr<io::MemoryImage> makeGround(const io::MemoryImage& content, cons
 
 bool OpaqueImage::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
                             std::size_t firstPlans, std::size_t firstSequence, std::size_t firstSpectralSeries) const {
-    return (!m_gate.mayRead || m_gate.mayRead()) &&
+    return (!m_gate.mayRead || m_gate.mayRead(nbElement)) &&
            m_realImage->readRowAt(nbElement, buffer, firstCols, firstRows, firstPlans, firstSequence,
                                   firstSpectralSeries);
 }
 
 bool OpaqueImage::writeRowAt(std::size_t nbElement, ConstRawData buffer, std::size_t firstCols, std::size_t firstRows,
                              std::size_t firstPlans, std::size_t firstSequence, std::size_t firstSpectralSeries) {
-    return (!m_gate.mayWrite || m_gate.mayWrite()) &&
+    return (!m_gate.mayWrite || m_gate.mayWrite(nbElement)) &&
            m_realImage->writeRowAt(nbElement, buffer, firstCols, firstRows, firstPlans, firstSequence,
                                    firstSpectralSeries);
 }

@@ -15,10 +15,10 @@
 /// The same samples, kept in every way in which an image can keep them.
 namespace rix::test {
 
-/// Asked before each copying row access of an `OpaqueImage`; false makes the access fail.
+/// Asked before each copying row access of an `OpaqueImage`, with the number of elements; false makes the access fail.
 struct RowGate {
-    std::function<bool()> mayRead;
-    std::function<bool()> mayWrite;
+    std::function<bool(std::size_t)> mayRead;
+    std::function<bool(std::size_t)> mayWrite;
 };
 
 /// An image that gives no addresses: rows can only be copied, as from a disk.

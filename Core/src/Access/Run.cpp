@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <rix/access/BlockScheduler.h>
+#include <rix/access/Looks.h>
 
 namespace rix::access {
 
@@ -23,6 +24,7 @@ void detail::runBlocks(ExecutionContext& context, const Plan& plan,
                        FunctionRef<void(const Block&, BlockProgress&)> body) {
     const auto runBlock = [&](std::size_t index) {
         context.throwIfCancelled();
+        const RunOfThread runOfThread(context);
         const Block block = plan.block(index);
         BlockProgress progress(context, block.voxels());
         body(block, progress);
@@ -38,6 +40,7 @@ void forEachPart(ExecutionContext& context, std::size_t count, double nanosecond
                  FunctionRef<void(std::size_t)> part) {
     const auto runPart = [&](std::size_t index) {
         context.throwIfCancelled();
+        const RunOfThread runOfThread(context);
         part(index);
     };
     const bool small = static_cast<double>(count) * nanosecondsPerPart < smallWorkNanoseconds();

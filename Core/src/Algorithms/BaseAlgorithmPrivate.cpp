@@ -7,6 +7,7 @@
 
 #include <cxxabi.h>
 
+#include <rix/access/Looks.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
@@ -157,6 +158,7 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
         const ThreadPriority threadPriority(priority);
         limiter.execute([&] {
             const access::MemoryAccount::Scope scope(m_account);
+            const access::RunOfThread runOfThread(*this);
             // Asked here: without a limit it depends on the arena, and the worker is not in that of the caller.
             m_threads = limitIsParents ? parent->m_threads : hasWorker ? limiter.threads() : 1;
             internalRun();

@@ -53,6 +53,7 @@ public:
         // The values are final: what they came from makes room for the table.
         m_values.clear();
         for (ObjectTable& frame : m_objects) {
+            m_context.throwIfCancelled();
             frame.releaseQuantities();
         }
         if (framesBefore == 0) {

@@ -1,9 +1,12 @@
 #include "MeasureTable.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <string>
 #include <variant>
+
+#include <rix/access/Looks.h>
 
 namespace rix::individual_analysis {
 
@@ -47,6 +50,51 @@ LabelAnalysisMsr::Column makeColumn(const MeasureSet& set, const BaseMeasure& me
     return MeasurementArray<double>(name, description, unit);
 }
 
+/// Gives a table its new rows, or none at all when that fails or is cancelled: columns are of one length.
+class NewRows {
+public:
+    NewRows(LabelAnalysisMsr& table, std::size_t count) : m_table(table), m_first(table.label.size()) {
+        try {
+            resize(m_first + count);
+        } catch (...) {
+            shorten();
+            throw;
+        }
+    }
+    ~NewRows() {
+        if (!m_kept) {
+            shorten();
+        }
+    }
+    NewRows(const NewRows&) = delete;
+    NewRows& operator=(const NewRows&) = delete;
+
+    std::size_t first() const { return m_first; }
+    void keep() { m_kept = true; }
+
+private:
+    void resize(std::size_t rows) {
+        m_table.frame.resize(rows);
+        m_table.label.resize(rows);
+        for (LabelAnalysisMsr::Column& column : m_table.values) {
+            access::throwIfRunCancelled();
+            std::visit([rows](auto& values) { values.resize(rows); }, column);
+        }
+    }
+    void shorten() noexcept {
+        const auto cut = [this](auto& values) { values.resize(std::min(values.size(), m_first)); };
+        cut(m_table.frame);
+        cut(m_table.label);
+        for (LabelAnalysisMsr::Column& column : m_table.values) {
+            std::visit(cut, column);
+        }
+    }
+
+    LabelAnalysisMsr& m_table;
+    std::size_t m_first;
+    bool m_kept = false;
+};
+
 /// The same name, unit and type: a column of an earlier run, whose memory can be used again.
 bool isSameColumn(const LabelAnalysisMsr::Column& a, const LabelAnalysisMsr::Column& b) {
     const auto infoOf = [](const auto& values) { return values.getColumnInfo(); };
@@ -75,18 +123,18 @@ void startTable(LabelAnalysisMsr& result, const MeasureSet& set) {
 
 void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::vector<ObjectTable>& frames,
                    std::size_t firstFrame) {
-    const std::size_t firstRow = result.label.size();
-    std::size_t rows = firstRow;
+    std::size_t count = 0;
     for (const ObjectTable& frame : frames) {
-        rows += frame.size();
+        count += frame.size();
     }
-    result.frame.resize(rows);
-    result.label.resize(rows);
-    std::size_t row = firstRow;
+    NewRows rows(result, count);
+    access::Looks looks;
+    std::size_t row = rows.first();
     for (std::size_t frame = 0; frame < frames.size(); ++frame) {
         for (const std::uint32_t label : frames[frame].labels()) {
             result.frame[row] = static_cast<std::int64_t>(firstFrame + frame);
             result.label[row++] = label;
+            looks.add(1);
         }
     }
     auto column = result.values.begin();
@@ -94,16 +142,17 @@ void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::v
         const MeasureResults& results = *measure.getResults();
         std::visit(
             [&]<class T>(MeasurementArray<T>& values) {
-                values.resize(rows);
-                std::size_t place = firstRow;
+                std::size_t place = rows.first();
                 for (std::size_t frame = 0; frame < frames.size(); ++frame) {
                     for (std::size_t index = 0; index < frames[frame].size(); ++index) {
                         values[place++] = static_cast<T>(results.values(frame, index, channel)[component]);
+                        looks.add(1);
                     }
                 }
             },
             *column++);
     });
+    rows.keep();
 }
 
 }  // namespace rix::individual_analysis

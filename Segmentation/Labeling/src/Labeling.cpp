@@ -8,11 +8,13 @@
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/Definition.h>
+#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/CompareRules.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/segmentation/Labeling3d.h>
+#include <rix/settings/Settings.h>
 
 #include "LabelingState.h"
 #include "labeling/PackPhase.h"
@@ -82,8 +84,11 @@ void declare(Labeling& labeling, algorithms::Properties& properties) {
     properties.input(labeling.inputObjectImage, "The image whose objects, the voxels that are not 0, are numbered.",
                      AddRuleAssertNotNull(), AddRuleAssertSingleElement(), rules::AddRuleOnImage<AssertObjectImage>(),
                      AddRuleAssertImageNotEmpty());
-    properties.choice(labeling.labelType, "The type of the labels; a wider one is taken when they do not fit.",
-                      AddRuleIsLabelType());
+    properties.choice(
+        labeling.labelType,
+        "The type of the labels; a wider one is taken when they do not fit. For ragged shapes that depends on "
+        "the number of processors, or on the setting RIX_LABEL_TYPE_PROCESSORS.",
+        AddRuleIsLabelType());
     properties.input(labeling.neighborhood, "Which voxels of an object touch.");
     properties.output(
         labeling.outputLabelImage, "The number of the object that a voxel belongs to, or 0.", AddRuleAssertNotNull(),
@@ -103,6 +108,13 @@ Connectivity connectivityOf(const Labeling3d& labeling) {
         case Labeling3d::CONNECTIVITY_18: return Connectivity::FacesEdges;
         default: return Connectivity::FacesEdgesCorners;
     }
+}
+
+/// The processors for which the type of the labels is decided: those of the machine, unless a setting names as many for
+/// every machine.
+std::size_t processorsOf(const BaseAlgorithm& labeling) {
+    const std::size_t set = labeling.settings().getValueAsSize_t("RIX_LABEL_TYPE_PROCESSORS", 0);
+    return set != 0 ? set : devices::Cpu::logicalProcessors();
 }
 
 /// Gives the output the type that the labels need. A wider one stays where it is fixed.
@@ -141,9 +153,9 @@ void process(Labeling& labeling, OptimLevelType level) {
                                        Labeling::getInfoLabelType().getLabelFromValue(newType));
     };
     const auto retypeOutput = [&](VoxelTypes needed) { return retype(labeling.outputLabelImage, needed); };
-    const std::uint64_t labels =
-        labelObjects({context, level, *labeling.getInputObjectImage(), *labeling.getOutputLabelImage(),
-                      connectivityOf(labeling), labelType, state.tuning, upgraded, retypeOutput, state.visitRun});
+    const std::uint64_t labels = labelObjects(
+        {context, level, *labeling.getInputObjectImage(), *labeling.getOutputLabelImage(), connectivityOf(labeling),
+         labelType, processorsOf(labeling), state.tuning, upgraded, retypeOutput, state.visitRun});
     // A run that is iterated over the sequence comes here once an index.
     state.numberOfLabels = std::max(state.numberOfLabels, labels);
 }
@@ -155,7 +167,8 @@ void prepare(Labeling& labeling) {
 
 template <class Labeling>
 std::size_t memoryOf(const Labeling& labeling) {
-    return labelingMemory(*labeling.getInputObjectImage(), connectivityOf(labeling), labeling.getMaximumThreads());
+    return labelingMemory(*labeling.getInputObjectImage(), connectivityOf(labeling), labeling.getMaximumThreads(),
+                          processorsOf(labeling));
 }
 
 template <class Labeling>

@@ -61,7 +61,7 @@ int checkType(const Volume& volume, int axes, int labelType, std::size_t process
             : name + " upgrade output type to " + Labeling2d::getInfoLabelType().getLabelFromValue(expectedType);
     for (const OptimLevelType level : runnableLevels()) {
         Way way{.level = level, .labelType = labelType};
-        way.tuning.processors = processors;
+        way.processors = processors;
         way.tuning.voxelsPerBand = voxelsPerBand;
         const Outcome outcome = labelImage(imageOf(volume), volume.planes > 1, axes, way);
         EXPECT_EQ(outcome.image.getVoxelType(), labelVoxelTypes[expectedType])
@@ -127,7 +127,7 @@ TEST(LabelingType, FailsByNameExactlyWhenTheWidestTypeDoesNotHoldTheLabels) {
             const ReferenceLabels expected = oracle::referenceFloodFill(volume, axes);
             const std::uint64_t needed = largestLabel(volume, axes, processors, expected.count);
             Way way;
-            way.tuning.processors = processors;
+            way.processors = processors;
             way.tuning.largestLabel = needed;
             EXPECT_EQ(labelsOf(labelImage(image, axes == 3, axes, way).image), expected.labels);
             way.tuning.largestLabel = needed - 1;

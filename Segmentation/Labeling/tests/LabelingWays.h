@@ -35,6 +35,7 @@ inline constexpr int connectivities3d = 3;
 struct Way {
     OptimLevelType level = SCALAR;
     LabelingTuning tuning = {};
+    std::size_t processors = 0;  ///< that the type is decided for; 0: those of the machine
     int threads = 1;
     int labelType = 2;
     std::shared_ptr<access::BlockScheduler> scheduler = nullptr;
@@ -45,6 +46,7 @@ struct Run {
     explicit Run(const Way& way) : state(new LabelingState), algorithm(state) {
         state->tuning = way.tuning;
         algorithm.settings().setMaximumNumberOfThreads(way.threads);
+        algorithm.settings().setValueAsSize_t("RIX_LABEL_TYPE_PROCESSORS", way.processors);
         algorithm.setAutoCpuDispatch(false);
         algorithm.setOptimLevel(way.level);
         algorithm.setBlockScheduler(way.scheduler);

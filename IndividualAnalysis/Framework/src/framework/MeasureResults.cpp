@@ -1,5 +1,6 @@
 #include <rix/individual_analysis/MeasureResults.h>
 
+#include <rix/access/Looks.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageTypes.h>
 
@@ -16,7 +17,8 @@ void MeasureResults::initialize(const std::vector<std::size_t>& labelsPerSequenc
     if (!helper::checkedMultiply(first.back(), spectral, count) || !helper::checkedMultiply(count, arraySize, count)) {
         throw MemoryError("The results of a measure have more values than 64 bits can count.");
     }
-    m_values.assign(count, 0.0);
+    m_values.clear();
+    access::resizeWithLooks(m_values, count, 0.0);
     m_first = std::move(first);
     m_spectral = spectral;
     m_arraySize = arraySize;

@@ -1,5 +1,7 @@
 #include "BandTable.h"
 
+#include <rix/access/Looks.h>
+
 namespace rix::individual_analysis {
 
 std::uint32_t BandTable::insert(std::uint32_t label) {
@@ -21,6 +23,7 @@ void BandTable::finish() {
     grow();
     m_slots = LabelHash();
     for (auto entry = m_quantities.entries().rbegin(); entry != m_quantities.entries().rend(); ++entry) {
+        access::throwIfRunCancelled();
         entry->quantity->finishBand();
     }
 }

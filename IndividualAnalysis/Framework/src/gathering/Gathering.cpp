@@ -5,6 +5,7 @@
 #include <span>
 #include <vector>
 
+#include <rix/access/Looks.h>
 #include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
 
@@ -38,6 +39,7 @@ public:
         const access::Interval lines = band.rows();
         for (std::size_t line = lines.begin - std::min(lines.begin, m_plan.lookBack); line < lines.begin; ++line) {
             remember(line, m_labels->findRuns(m_plan.segment(frame, line), m_runs));
+            m_looks.add(m_plan.columns);
         }
         for (std::size_t line = lines.begin; line < lines.end; ++line) {
             addLine(frame, line, m_labels->findRuns(m_plan.segment(frame, line), m_runs));
@@ -101,6 +103,7 @@ private:
         for (const QuantityTable::Entry* const entry : quantities) {
             if (!m_current.empty() || entry->info->needsNeighbours) {
                 entry->quantity->add(*this);
+                m_looks.add(m_current.size());
             }
         }
     }
@@ -115,6 +118,7 @@ private:
     access::Scratch m_runBuffer;
     Run* m_runs;
     std::size_t m_line = 0;
+    access::Looks m_looks;
     mutable access::Scratch m_values;
     mutable bool m_hasValues = false;
     std::vector<access::CountedVector<Run>> m_lines;  ///< the last ones, each at its number modulo their count

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <span>
 
+#include <rix/access/Looks.h>
 #include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/VoxelTypeLists.h>
@@ -27,8 +29,10 @@ struct Neighbours {
 /// By counting: the cost does not depend on how the values are arranged.
 Neighbours selectByCounting(std::span<const std::uint8_t> values, std::size_t place) {
     std::size_t counts[256] = {};
+    access::Looks looks;
     for (const std::uint8_t value : values) {
         ++counts[value];
+        looks.add(1);
     }
     const auto at = [&counts](std::size_t wanted) {
         std::size_t value = 0;
@@ -43,15 +47,30 @@ Neighbours selectByCounting(std::span<const std::uint8_t> values, std::size_t pl
 template <class T>
 Neighbours selectBySorting(std::span<T> values, std::size_t place) {
     const auto nth = values.begin() + static_cast<std::ptrdiff_t>(place);
-    std::nth_element(values.begin(), nth, values.end());
-    const double lower = static_cast<double>(*nth);
-    return {lower, nth + 1 == values.end() ? lower : static_cast<double>(*std::min_element(nth + 1, values.end()))};
+    const auto select = [&](const auto& isLess) -> Neighbours {
+        std::nth_element(values.begin(), nth, values.end(), isLess);
+        const double lower = static_cast<double>(*nth);
+        return {lower, nth + 1 == values.end() ? lower
+                                               : static_cast<double>(*std::min_element(nth + 1, values.end(), isLess))};
+    };
+    if (values.size() < access::Looks::stepsBetweenLooks) {
+        return select(std::less<T>());
+    }
+    access::Looks looks;
+    return select([&looks](T a, T b) {
+        looks.add(1);
+        return a < b;
+    });
 }
 
 template <class T>
 double percentileOf(std::span<T> values, double percentage) {
     if constexpr (std::is_floating_point_v<T>) {
-        const auto end = std::partition(values.begin(), values.end(), [](T value) { return !std::isnan(value); });
+        access::Looks looks;
+        const auto end = std::partition(values.begin(), values.end(), [&looks](T value) {
+            looks.add(1);
+            return !std::isnan(value);
+        });
         values = values.first(static_cast<std::size_t>(end - values.begin()));
     }
     if (values.empty()) {
@@ -75,12 +94,15 @@ double percentileOf(std::span<T> values, double percentage) {
 }  // namespace
 
 GreyValues::GreyValues(VoxelTypes type, std::size_t channels, const ObjectTable& objects)
-    : m_type(type), m_objects(objects.size()), m_next(objects.size() * channels) {
+    : m_type(type), m_objects(objects.size()) {
+    access::resizeWithLooks(m_next, m_objects * channels);
     m_first.reserve(m_objects + 1);
+    access::Looks looks;
     const ShapeQuantity& shape = objects.shape();
     for (std::size_t index = 0; index < m_objects; ++index) {
         m_first.push_back(m_count);
         m_count += shape.of(index).count;
+        looks.add(1);
     }
     m_first.push_back(m_count);
     std::size_t bytes = 0;
@@ -122,10 +144,12 @@ std::vector<std::unique_ptr<GreyValues>> gatherGreyValues(access::ExecutionConte
         const auto greyLines = makeIntensityLines(intensity, level);
         const access::Scratch buffer(plan.columns * sizeof(Run));
         Run* const runs = buffer.as<Run>();
+        access::Looks looks;
         for (std::size_t line = band.rows().begin; line < band.rows().end; ++line) {
             const std::size_t count = labelLines->findRuns(plan.segment(frame, line), runs);
             for (std::size_t channel = 0; count > 0 && channel < channels; ++channel) {
                 greyLines->read(plan.segment(frame, line, channel));
+                looks.add(count);
                 for (std::size_t i = 0; i < count; ++i) {
                     const std::size_t index = objects[frame].indexOf(runs[i].label);
                     greyLines->copy(runs[i], frames[frame]->take(index, channel, runs[i].end - runs[i].begin));

@@ -3,6 +3,8 @@
 #include <bit>
 #include <utility>
 
+#include <rix/access/Looks.h>
+
 namespace rix::individual_analysis {
 
 void LabelHash::insert(std::uint32_t label) {
@@ -21,10 +23,13 @@ void LabelHash::put(Entry entry) {
 }
 
 void LabelHash::grow() {
-    access::CountedVector<Entry> old(m_entries.empty() ? fewestEntries : growth * m_entries.size(), Entry{0, 0});
+    access::CountedVector<Entry> old;
+    access::resizeWithLooks(old, m_entries.empty() ? fewestEntries : growth * m_entries.size(), Entry{0, 0});
     old.swap(m_entries);
     m_shift = 64 - static_cast<unsigned>(std::countr_zero(m_entries.size()));
+    access::Looks looks;
     for (const Entry& entry : old) {
+        looks.add(1);
         if (entry.label != 0) {
             put(entry);
         }

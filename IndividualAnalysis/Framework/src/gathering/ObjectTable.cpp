@@ -1,9 +1,11 @@
 #include "ObjectTable.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 #include <vector>
 
+#include <rix/access/Looks.h>
 #include <rix/access/Run.h>
 
 namespace rix::individual_analysis {
@@ -15,12 +17,34 @@ constexpr std::size_t partsOfJoin = 8;
 constexpr std::size_t objectsThatPay = 20000;
 constexpr double nanosecondsPerObject = 50;
 constexpr double nanosecondsPerLabel = 4;
+/// Objects that are joined between two looks at a request to cancel.
+constexpr std::size_t objectsOfStep = 4096;
+
+/// Sorts by bytes, the lowest first; `other` has the same size and holds anything.
+void sortByBytes(access::CountedVector<std::uint32_t>& labels, access::CountedVector<std::uint32_t>& other) {
+    access::Looks looks;
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+        std::array<std::size_t, 257> places{};
+        for (const std::uint32_t label : labels) {
+            ++places[(label >> shift & 0xffU) + 1];
+            looks.add(1);
+        }
+        for (std::size_t byte = 1; byte < places.size(); ++byte) {
+            places[byte] += places[byte - 1];
+        }
+        for (const std::uint32_t label : labels) {
+            other[places[label >> shift & 0xffU]++] = label;
+            looks.add(1);
+        }
+        labels.swap(other);
+    }
+}
 
 }  // namespace
 
 ObjectTable::ObjectTable(std::span<const BandTable> bands, QuantityTable empty, access::ExecutionContext& context)
     : m_quantities(std::move(empty)) {
-    numberLabels(bands, context);
+    numberLabels(bands);
     joinQuantities(bands, context);
 }
 
@@ -49,7 +73,6 @@ void ObjectTable::joinQuantities(std::span<const BandTable> bands, access::Execu
         const access::Interval range = access::partOf(size(), parts, part);
         access::CountedVector<JoinedObject> objects;
         for (std::size_t band = 0; band < bands.size(); ++band) {
-            context.throwIfCancelled();
             objects.clear();
             objects.reserve(std::min(indices[band].size(), range.end - range.begin));
             for (std::uint32_t from = 0; from < indices[band].size(); ++from) {
@@ -58,21 +81,28 @@ void ObjectTable::joinQuantities(std::span<const BandTable> bands, access::Execu
                     objects.push_back({from, to});
                 }
             }
-            for (std::size_t q = entries.size(); q-- > 0;) {
-                entries[q].quantity->join(*bands[band].quantities().entries()[q].quantity, objects);
+            for (std::size_t first = 0; first < objects.size(); first += objectsOfStep) {
+                access::throwIfRunCancelled();
+                const auto some = std::span(objects).subspan(first, std::min(objectsOfStep, objects.size() - first));
+                for (std::size_t q = entries.size(); q-- > 0;) {
+                    entries[q].quantity->join(*bands[band].quantities().entries()[q].quantity, some);
+                }
             }
         }
     });
     for (const QuantityTable::Entry& entry : entries) {
+        context.throwIfCancelled();
         entry.quantity->finishJoin();
     }
 }
 
-void ObjectTable::numberLabels(std::span<const BandTable> bands, const access::ExecutionContext& context) {
+void ObjectTable::numberLabels(std::span<const BandTable> bands) {
+    access::Looks looks;
     std::size_t total = 0;
     std::uint32_t greatest = 0;
     for (const BandTable& band : bands) {
         total += band.size();
+        looks.add(band.size());
         for (const std::uint32_t label : band.labels()) {
             greatest = std::max(greatest, label);
         }
@@ -80,17 +110,20 @@ void ObjectTable::numberLabels(std::span<const BandTable> bands, const access::E
     constexpr std::size_t few = 4096;
     constexpr std::size_t sparseness = 8;
     if (greatest > few + sparseness * total) {
-        numberSparseLabels(bands, context);
+        numberSparseLabels(bands);
         return;
     }
-    m_indices.assign(std::size_t{greatest} + 1, 0);
+    access::resizeWithLooks(m_indices, std::size_t{greatest} + 1);
+    std::size_t count = 0;
     for (const BandTable& band : bands) {
-        context.throwIfCancelled();
+        looks.add(band.size());
         for (const std::uint32_t label : band.labels()) {
-            m_indices[label] = 1;
+            count += 1 - std::exchange(m_indices[label], 1);
         }
     }
+    m_labels.reserve(count);
     for (std::size_t label = 1; label < m_indices.size(); ++label) {
+        looks.add(1);
         if (m_indices[label] != 0) {
             m_indices[label] = static_cast<std::uint32_t>(m_labels.size());
             m_labels.push_back(static_cast<std::uint32_t>(label));
@@ -98,9 +131,10 @@ void ObjectTable::numberLabels(std::span<const BandTable> bands, const access::E
     }
 }
 
-void ObjectTable::numberSparseLabels(std::span<const BandTable> bands, const access::ExecutionContext& context) {
+void ObjectTable::numberSparseLabels(std::span<const BandTable> bands) {
+    access::Looks looks;
     for (const BandTable& band : bands) {
-        context.throwIfCancelled();
+        looks.add(band.size());
         for (const std::uint32_t label : band.labels()) {
             if (m_sparse.find(label) == LabelHash::unknown) {
                 m_sparse.insert(label);
@@ -108,9 +142,10 @@ void ObjectTable::numberSparseLabels(std::span<const BandTable> bands, const acc
             }
         }
     }
-    std::sort(m_labels.begin(), m_labels.end());
-    m_order.resize(m_labels.size());
+    access::resizeWithLooks(m_order, m_labels.size());
+    sortByBytes(m_labels, m_order);
     for (std::uint32_t index = 0; index < m_labels.size(); ++index) {
+        looks.add(1);
         m_order[m_sparse.find(m_labels[index])] = index;
     }
 }

@@ -39,8 +39,8 @@ public:
     void releaseQuantities() { m_quantities = QuantityTable(m_quantities.image()); }
 
 private:
-    void numberLabels(std::span<const BandTable> bands, const access::ExecutionContext& context);
-    void numberSparseLabels(std::span<const BandTable> bands, const access::ExecutionContext& context);
+    void numberLabels(std::span<const BandTable> bands);
+    void numberSparseLabels(std::span<const BandTable> bands);
     void joinQuantities(std::span<const BandTable> bands, access::ExecutionContext& context);
 
     access::CountedVector<std::uint32_t> m_labels;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <rix/access/Looks.h>
+
 namespace rix::individual_analysis {
 
 namespace {
@@ -25,13 +27,16 @@ void extend(std::vector<Corner>& chain, std::size_t first, const Corner& corner)
 
 std::vector<Corner> convexHull(std::span<const OutlineRow> rows) {
     std::vector<Corner> hull;
+    access::Looks looks;
     // The right side, where y grows, then the left side back.
     for (const OutlineRow& row : rows) {
+        looks.add(1);
         extend(hull, 0, {row.end, row.row});
         extend(hull, 0, {row.end, std::int64_t{row.row} + 1});
     }
     const std::size_t left = hull.size();
     for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        looks.add(1);
         extend(hull, left, {row->begin, std::int64_t{row->row} + 1});
         extend(hull, left, {row->begin, row->row});
     }

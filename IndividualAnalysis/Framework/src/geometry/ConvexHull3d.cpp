@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <utility>
 
+#include <rix/access/Looks.h>
+
 #include "ConvexHull2d.h"
 
 namespace rix::individual_analysis {
@@ -37,7 +39,11 @@ std::vector<SpaceCorner> cornersOfPlanes(std::span<const OutlineRow> rows) {
         }
         first = last;
     }
-    std::sort(corners.begin(), corners.end());
+    access::Looks looks;
+    std::sort(corners.begin(), corners.end(), [&looks](const SpaceCorner& a, const SpaceCorner& b) {
+        looks.add(1);
+        return a < b;
+    });
     corners.erase(std::unique(corners.begin(), corners.end()), corners.end());
     return corners;
 }
@@ -54,6 +60,7 @@ public:
                 m_open.pop_back();
                 continue;
             }
+            m_looks.add(m_faces[face].outside.size());
             addPoint(face, m_faces[face].farthest());
         }
         return collect();
@@ -101,6 +108,7 @@ private:
         std::size_t d = none;
         double largest = 0.0;
         for (std::size_t i = 0; i < m_points.size(); ++i) {
+            m_looks.add(1);
             const double distance = distanceFromLine(a, b, i);
             if (distance > largest) {
                 largest = distance;
@@ -109,6 +117,7 @@ private:
         }
         Int128 height = 0;
         for (std::size_t i = 0; i < m_points.size(); ++i) {
+            m_looks.add(1);
             const Int128 own = volume(m_points[a], m_points[b], m_points[c], m_points[i]);
             if ((own < 0 ? -own : own) > (height < 0 ? -height : height)) {
                 height = own;
@@ -148,6 +157,7 @@ private:
     void assign(const std::vector<std::size_t>& points, std::size_t firstFace) {
         for (const std::size_t point : points) {
             for (std::size_t face = firstFace; face < m_faces.size(); ++face) {
+                m_looks.add(1);
                 const Int128 own = distance(m_faces[face], point);
                 if (own > 0) {
                     m_faces[face].outside.push_back({point, own});
@@ -168,6 +178,7 @@ private:
         std::vector<HorizonEdge> horizon;
         m_faces[start].visited = point;
         for (std::size_t next = 0; next < visible.size(); ++next) {
+            m_looks.add(1);
             for (std::size_t edge = 0; edge < 3; ++edge) {
                 const Face& face = m_faces[visible[next]];
                 const std::size_t neighbour = face.neighbours[edge];
@@ -234,6 +245,7 @@ private:
 
     std::vector<SpaceCorner> m_points;
     std::vector<Face> m_faces;
+    access::Looks m_looks;
     std::vector<std::size_t> m_open;  ///< faces that may have points outside
 };
 

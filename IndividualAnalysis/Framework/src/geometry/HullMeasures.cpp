@@ -7,6 +7,8 @@
 #include <numbers>
 #include <vector>
 
+#include <rix/access/Looks.h>
+
 #include "ConvexHull2d.h"
 #include "ConvexHull3d.h"
 
@@ -28,8 +30,10 @@ HullInPlane measureHullInPlane(std::span<const OutlineRow> rows, const std::arra
     // Differences are taken of whole numbers: diameters that are equal are so to the last bit, and of those the one
     // with the smallest angle is told. A hull of corners of pixels has about as many corners as the 2/3 power of its
     // diameter, so that all pairs of them are fewer than pixels.
+    access::Looks looks;
     double largest = 0.0;
     for (std::size_t i = 0; i < corners.size(); ++i) {
+        looks.add(corners.size() - i);
         for (std::size_t j = i + 1; j < corners.size(); ++j) {
             const double dx = static_cast<double>(corners[j].x - corners[i].x) * spacing[0];
             const double dy = static_cast<double>(corners[j].y - corners[i].y) * spacing[1];
@@ -81,8 +85,10 @@ HullInSpace measureHullInSpace(std::span<const OutlineRow> rows, const std::arra
         }
         corners.push_back(point);
     }
+    access::Looks looks;
     double largest = 0.0;
     for (std::size_t i = 0; i < corners.size(); ++i) {
+        looks.add(corners.size() - i);
         for (std::size_t j = i + 1; j < corners.size(); ++j) {
             double squared = 0.0;
             for (std::size_t axis = 0; axis < 3; ++axis) {

@@ -1,7 +1,8 @@
 #include "OutlineQuantity.h"
 
 #include <algorithm>
-#include <numeric>
+
+#include <rix/access/Looks.h>
 
 namespace rix::individual_analysis {
 
@@ -28,32 +29,39 @@ void OutlineQuantity::add(const RunLine& line) {
 
 void OutlineQuantity::finishBand() {
     sumUp();
-    access::CountedVector<OutlineRow> sorted(m_rows.size());
+    access::CountedVector<OutlineRow> sorted;
+    access::resizeWithLooks(sorted, m_rows.size());
+    access::Looks looks;
     for (const OutlineRow& row : m_rows) {
         sorted[m_next[row.slot]++] = row;
+        looks.add(1);
     }
     m_rows.swap(sorted);
     finishJoin();
 }
 
 void OutlineQuantity::startJoin(std::size_t objects, std::span<const JoinedBand> bands) {
-    m_begins.resize(objects + 1);
+    access::resizeWithLooks(m_begins, objects + 1);
+    access::Looks looks;
     for (const JoinedBand& band : bands) {
         const auto& part = static_cast<const OutlineQuantity&>(*band.quantity);
         for (std::size_t object = 0; object < band.indices.size(); ++object) {
             m_begins[band.indices[object] + std::size_t{1}] += part.of(object).size();
+            looks.add(1);
         }
     }
     sumUp();
-    m_rows.resize(m_begins.back());
+    access::resizeWithLooks(m_rows, m_begins.back());
 }
 
 void OutlineQuantity::join(const Quantity& band, std::span<const JoinedObject> objects) {
     const auto& part = static_cast<const OutlineQuantity&>(band);
+    access::Looks looks;
     for (const JoinedObject& object : objects) {
         const auto rows = part.of(object.from);
         std::copy(rows.begin(), rows.end(), m_rows.begin() + static_cast<std::ptrdiff_t>(m_next[object.to]));
         m_next[object.to] += rows.size();
+        looks.add(rows.size());
     }
 }
 
@@ -62,8 +70,15 @@ void OutlineQuantity::finishJoin() {
 }
 
 void OutlineQuantity::sumUp() {
-    std::partial_sum(m_begins.begin(), m_begins.end(), m_begins.begin());
-    m_next.assign(m_begins.begin(), m_begins.end());
+    m_next.clear();
+    m_next.reserve(m_begins.size());
+    access::Looks looks;
+    std::size_t sum = 0;
+    for (std::size_t& begin : m_begins) {
+        begin = sum += begin;
+        m_next.push_back(sum);
+        looks.add(1);
+    }
 }
 
 }  // namespace rix::individual_analysis

@@ -7,7 +7,6 @@
 #include <rix/access/Run.h>
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
-#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 
 #include "labeling/NumberPhase.h"
@@ -50,9 +49,7 @@ NodeRows chooseNodeRows(const RunTable<Node>& table, const LabelingTuning& tunin
 /// The narrowest type from the requested one on that holds the final and the provisional labels.
 template <class Node>
 int decideLabelType(const LabelingTask& task, const RunTable<Node>& table, std::uint64_t labels) {
-    const std::size_t processors =
-        task.tuning.processors != 0 ? task.tuning.processors : devices::Cpu::logicalProcessors();
-    const ScanBands scanBands(table.geometry(), processors);
+    const ScanBands scanBands(table.geometry(), task.processors);
     int labelType = task.labelType;
     for (;;) {
         const std::uint64_t most = largestLabelOf(labelType, task.tuning);
@@ -106,7 +103,8 @@ std::uint64_t labelObjects(const LabelingTask& task) {
     return labelWith<std::uint64_t>(task, geometry);
 }
 
-std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, std::size_t threads) {
+std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, std::size_t threads,
+                           std::size_t processors) {
     const LabelGeometry geometry = geometryOf(input, connectivity);
     const std::size_t nodeSize = fitsNarrowNodes(geometry) ? sizeof(std::uint32_t) : sizeof(std::uint64_t);
     const std::size_t nodesOfLine = geometry.columns / 2 + geometry.columns % 2;
@@ -120,7 +118,9 @@ std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, s
     const double seamNodes = 2.0 * static_cast<double>(geometry.planes > 1 ? geometry.rows : 1) *
                              static_cast<double>(nodesOfLine * nodeSize);
     const double seams = std::max(0.0, bands - volumes) * (2.0 * seamNodes + 128.0);
-    const double counts = volumes * 2.0 * static_cast<double>(devices::Cpu::logicalProcessors()) * 8.0;
+    // Halving makes less than twice as many bands as processors, and none of less than a row or plane.
+    const std::size_t scanBands = std::min(processors, std::max(geometry.rows, geometry.planes));
+    const double counts = volumes * 2.0 * static_cast<double>(scanBands) * 8.0;
     // Pairs of nodes that touch, or the labels of a row.
     const double ofThread = seamNodes + 4.0 * static_cast<double>(nodeSize * (nodesOfLine + 2)) + 65536.0;
     const double bytes = table + seams + counts + static_cast<double>(plan.isSmall() ? 1 : threads) * ofThread;

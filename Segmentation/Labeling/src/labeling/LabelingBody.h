@@ -25,7 +25,6 @@ inline constexpr VoxelTypes labelVoxelTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT
 /// What tests force, so that small images reach what otherwise only large ones or other machines do. Labels never
 /// depend on it.
 struct LabelingTuning {
-    std::size_t processors = 0;        ///< of the scan bands; 0: those of the machine
     std::size_t voxelsPerBand = 0;     ///< of the bands of work; 0: chosen, and small images stay on one thread
     std::optional<NodeRows> nodeRows;  ///< where pairs are possible; none: whatever gives clearly fewer nodes
     bool wideNodes = false;            ///< 64-bit nodes, as for volumes of more than 2^31 possible runs
@@ -44,7 +43,8 @@ struct LabelingTask {
     const ImageModel& input;
     ImageModel& output;  ///< of the input's extents
     Connectivity connectivity;
-    int labelType;  ///< as the user set it
+    int labelType;           ///< as the user set it
+    std::size_t processors;  ///< that the scan bands are made for
     const LabelingTuning& tuning;
     /// Called when the labels turn out to need the wider type of this index.
     access::FunctionRef<void(int)> upgraded;
@@ -62,6 +62,8 @@ std::uint64_t labelObjects(const LabelingTask& task);
 
 /// The most bytes that a run can take beside its images, from the header of the input alone. Assumes as many runs of
 /// foreground as rows can have, one every second pixel, and that all of them touch runs across the seams of bands.
-std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, std::size_t threads);
+/// @param processors as in the task
+std::size_t labelingMemory(const ImageModel& input, Connectivity connectivity, std::size_t threads,
+                           std::size_t processors);
 
 }  // namespace rix::segmentation

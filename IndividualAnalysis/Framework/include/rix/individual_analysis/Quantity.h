@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <rix/Export.h>
+#include <rix/access/Looks.h>
 #include <rix/access/MemoryAccount.h>
 
 namespace rix::individual_analysis {
@@ -86,7 +87,8 @@ struct JoinedBand {
 /// Bands of rows have tables of their own, each filled by one thread: `add` row by row, then `finishBand`. The tables
 /// of a frame's bands are then joined into the one that measures read: `startJoin`, `join` band by band in their order,
 /// at the same time for different objects, and `finishJoin`. Memory is kept in `CountedVector`s, so that it counts, and
-/// ends with the object, which is as soon as it is not read any more.
+/// ends with the object, which is as soon as it is not read any more. What takes long of itself, a loop over all
+/// objects of a band or a frame, looks for a request to cancel with `access::Looks`.
 ///
 /// A quantity may use others of its table, see `QuantityTable::use`. In `add` these are ahead of it, in `finishBand`
 /// and `join` behind: there it still finds them as they were.
@@ -115,9 +117,7 @@ protected:
         if (count > values.capacity()) {
             values.reserve(std::bit_ceil(count));
         }
-        if (count > values.size()) {
-            values.resize(count);
-        }
+        access::resizeWithLooks(values, count);
     }
 };
 
@@ -127,7 +127,7 @@ class ValuesOfObjects : public Quantity {
 public:
     void grow(std::size_t objects) override { lengthen(m_values, objects * m_channels); }
     void startJoin(std::size_t objects, std::span<const JoinedBand> /*bands*/) override {
-        m_values.resize(objects * m_channels);
+        access::resizeWithLooks(m_values, objects * m_channels);
     }
 
     std::size_t objects() const { return m_values.size() / m_channels; }

@@ -17,7 +17,9 @@ namespace rix::segmentation {
 /// the progress message tells too. Labels do not fit when a plane has too many of them; nor when the scan of a band of
 /// rows, which numbers what it meets before it knows what belongs together, would need too many. The bands are got by
 /// halving the rows until none has more than rows / logical processors + 1, so that for an image with few objects of
-/// very ragged shape the type, never the labels, may differ between machines.
+/// very ragged shape the type, never the labels, may differ between machines. Who needs one type on all of them sets
+/// "RIX_LABEL_TYPE_PROCESSORS" to a number that then counts as that of logical processors (1: one band, the widest
+/// need), or asks for `LABEL_32_BIT`.
 ///
 /// Method: the image becomes one bit a pixel; runs of set bits (or, where it pays, of two rows laid over each other)
 /// are the nodes of a union-find forest whose roots are the first nodes in raster order; contacts of rows and numbers

@@ -18,7 +18,7 @@ namespace rix::segmentation {
 /// which numbers what it meets before it knows what belongs together, would need too many. The bands are got by halving
 /// the planes (the rows, where there are fewer planes than logical processors) until none has more than their number /
 /// logical processors + 1, so that for an image with few objects of very ragged shape the type, never the labels, may
-/// differ between machines.
+/// differ between machines. The setting "RIX_LABEL_TYPE_PROCESSORS" makes it one, as for `Labeling2d`.
 ///
 /// Method: that of `Labeling2d`, with bands of planes.
 ///
