@@ -20,13 +20,14 @@ struct Codec {
     bool (*recognises)(std::span<const std::uint8_t> beginning);
     /// Empty when the format can hold the image under the options; else the reason as a sentence.
     String (*refusal)(const ImageModel& image, const WriteOptions& options);
-    ImageFileInfo (*readInfo)(InputFile& file);
-    std::unique_ptr<MemoryImage> (*read)(InputFile& file);
+    ImageFileInfo (*readInfo)(InputFile& file, const ReadOptions& options);
+    std::unique_ptr<MemoryImage> (*read)(InputFile& file, const ReadOptions& options);
     /// Called only with images that `refusal` lets pass.
     void (*write)(OutputFile& file, const ImageModel& image, const WriteOptions& options);
 };
 
 extern const Codec tiffCodec;
+extern const Codec omeTiffCodec;
 extern const Codec pngCodec;
 
 std::span<const Codec* const> codecs();
@@ -34,9 +35,29 @@ std::span<const Codec* const> codecs();
 /// "TIFF (.tif, .tiff), PNG (.png)"
 String listCodecs();
 
-/// A fresh image with the shape, types, calibration and interpretations of `info`.
-/// @throws MemoryError when it finds no memory.
-std::unique_ptr<MemoryImage> makeImage(const ImageFileInfo& info);
+/// Makes of a file's information what the caller asked for.
+/// @throws LoadingError when the samples would take more memory than the caller allows
+void applyOptions(const ReadOptions& options, ImageFileInfo& info);
+
+/// A fresh image with the shape, types, calibration and interpretations of `info` under the options.
+/// @throws LoadingError when it is larger than the caller allows, MemoryError when it finds no memory.
+std::unique_ptr<MemoryImage> makeImage(ImageFileInfo info, const ReadOptions& options);
+
+/// Tells the caller of something that is not understood, or refuses the file when nobody is told.
+/// @throws LoadingError
+void warnOrRefuse(const ReadOptions& options, const String& text);
+
+/// Asks about every MiB whether reading shall end.
+class InterruptPoint {
+public:
+    explicit InterruptPoint(const ReadOptions& options) : m_options(options) {}
+    /// @throws UserCancelException
+    void pass(std::size_t bytes);
+
+private:
+    const ReadOptions& m_options;
+    std::size_t m_bytes = 0;
+};
 
 /// Refuses samples that the file cannot hold, before anything is allocated for them.
 /// @param decodedBytes what the header promises

@@ -3,11 +3,12 @@
 #include <array>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/settings/Settings.h>
 
 namespace rix::io {
 
 std::span<const Codec* const> codecs() {
-    static constexpr std::array<const Codec*, 2> table{&tiffCodec, &pngCodec};
+    static constexpr std::array table{&tiffCodec, &omeTiffCodec, &pngCodec};
     return table;
 }
 
@@ -27,12 +28,56 @@ String listCodecs() {
     return text;
 }
 
-std::unique_ptr<MemoryImage> makeImage(const ImageFileInfo& info) {
+void applyOptions(const ReadOptions& options, ImageFileInfo& info) {
+    std::size_t limit = static_cast<std::size_t>(options.maximumImageSize);
+    if (limit == 0) {
+        limit = globalSettings().getValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 0);
+    }
+    std::size_t bytes = helper::getSizeOf(info.voxelType);
+    for (const std::size_t extent : info.extents) {
+        if (!helper::checkedMultiply(bytes, extent, bytes)) {
+            throw LoadingError("The header promises more bytes of samples than 64 bits can count.");
+        }
+    }
+    if (limit != 0 && bytes > limit) {
+        throw LoadingError("The samples of the image take " + std::to_string(bytes) + " bytes of memory; at most " +
+                           std::to_string(limit) + " are allowed (RIX_MAXIMUM_IMAGE_SIZE).");
+    }
+    if (options.calibration == Calibration::None) {
+        const ImageHeader plain;
+        info.spacing = plain.spacing;
+        info.origin = plain.origin;
+        info.spatialUnitName.clear();
+        info.sequenceUnitName.clear();
+        info.spatialDirections = plain.spatialDirections;
+    }
+}
+
+std::unique_ptr<MemoryImage> makeImage(ImageFileInfo info, const ReadOptions& options) {
+    applyOptions(options, info);
     auto image = std::make_unique<MemoryImage>();
     if (!helper::applyHeader(info, *image)) {
         throw MemoryError("There is not enough memory for the samples of the image.");
     }
     return image;
+}
+
+void warnOrRefuse(const ReadOptions& options, const String& text) {
+    if (!options.warn) {
+        throw LoadingError(text);
+    }
+    options.warn(text);
+}
+
+void InterruptPoint::pass(std::size_t bytes) {
+    constexpr std::size_t interval = std::size_t{1} << 20U;
+    m_bytes += bytes;
+    if (m_bytes >= interval) {
+        m_bytes = 0;
+        if (m_options.interrupted && m_options.interrupted()) {
+            throw UserCancelException("Reading was interrupted.");
+        }
+    }
 }
 
 void checkPromise(std::uint64_t decodedBytes, std::uint64_t fileBytes, std::uint64_t ratio, const String& compression) {

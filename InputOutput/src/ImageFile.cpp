@@ -8,6 +8,7 @@
 #include <rix/exceptions/Exception.h>
 
 #include "Codec.h"
+#include "SampleRows.h"
 
 namespace rix::io {
 namespace {
@@ -27,17 +28,31 @@ const Codec& codecOfContent(InputFile& file) {
     throw LoadingError("The content is of no format that is known. Known are " + listCodecs() + '.');
 }
 
-const Codec& codecOfExtension(const std::filesystem::path& path) {
-    String extension = path.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
+/// The format whose extension the name ends with, the longest where several fit; null for none.
+const Codec* findCodecOfName(const std::filesystem::path& path) {
+    String name = path.filename().string();
+    std::transform(name.begin(), name.end(), name.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const Codec* found = nullptr;
+    std::size_t longest = 0;
     for (const Codec* codec : codecs()) {
-        for (const char* known : codec->extensions) {
-            if (!extension.empty() && extension.substr(1) == known) {
-                return *codec;
+        for (const std::string_view known : codec->extensions) {
+            const bool ends =
+                name.size() > known.size() + 1 && name.ends_with(known) && name[name.size() - known.size() - 1] == '.';
+            if (ends && known.size() > longest) {
+                found = codec;
+                longest = known.size();
             }
         }
     }
+    return found;
+}
+
+const Codec& codecOfName(const std::filesystem::path& path) {
+    if (const Codec* codec = findCodecOfName(path)) {
+        return *codec;
+    }
+    const String extension = path.extension().string();
     throw WritingError((extension.empty() ? "The name has no extension that tells the format."
                                           : "The extension '" + extension + "' stands for no format that is known.") +
                        String(" Known are ") + listCodecs() + '.');
@@ -91,27 +106,39 @@ std::vector<ImageFormat> getImageFormats() {
     return formats;
 }
 
-std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path) {
+bool isImageFileName(const std::filesystem::path& path) {
+    return findCodecOfName(path) != nullptr;
+}
+
+std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const ReadOptions& options) {
     return namingTheFile(readingLevel(path), [&] {
         InputFile file(path);
-        return codecOfContent(file).read(file);
+        auto image = codecOfContent(file).read(file, options);
+        std::size_t count = 0;
+        // A file may say binary of other values.
+        if (image->getInterpretation() == RIX_BINARY && helper::getElementCount(*image, count)) {
+            makeZeroOrOne(image->getVoxelType(), image->getInternalBuffer(), count);
+        }
+        return image;
     });
 }
 
-ImageFileInfo readImageInfo(const std::filesystem::path& path) {
+ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions& options) {
     return namingTheFile(readingLevel(path), [&] {
         InputFile file(path);
-        return codecOfContent(file).readInfo(file);
+        ImageFileInfo info = codecOfContent(file).readInfo(file, options);
+        applyOptions(options, info);
+        return info;
     });
 }
 
 void checkImageFits(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {
-    namingTheFile(writingLevel(path), [&] { refuseWhatDoesNotFit(codecOfExtension(path), image, options); });
+    namingTheFile(writingLevel(path), [&] { refuseWhatDoesNotFit(codecOfName(path), image, options); });
 }
 
 void writeImage(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {
     namingTheFile(writingLevel(path), [&] {
-        const Codec& codec = codecOfExtension(path);
+        const Codec& codec = codecOfName(path);
         refuseWhatDoesNotFit(codec, image, options);
         OutputFile file(path);
         codec.write(file, image, options);

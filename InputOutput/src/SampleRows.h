@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModel.h>
 
@@ -45,7 +46,16 @@ inline void reverseSamples(std::uint8_t* row, std::size_t count, std::size_t siz
     });
 }
 
-/// Copies a part of a row out of an image.
+/// Makes every sample of a binary image 0 or 1.
+inline void makeZeroOrOne(VoxelTypes type, std::uint8_t* samples, std::size_t count) {
+    access::dispatch(access::AllTypes{}, type, [&](auto tag) {
+        using Sample = typename decltype(tag)::type;
+        auto* typed = reinterpret_cast<Sample*>(samples);
+        std::transform(typed, typed + count, typed, [](Sample sample) { return Sample(sample != Sample(0) ? 1 : 0); });
+    });
+}
+
+/// Copies a part of a row out of an image; of a binary one as 0 and 1.
 /// @throws WritingError when the image refuses it.
 inline void readRow(const ImageModel& image, std::uint8_t* buffer, std::size_t count, std::size_t column,
                     std::size_t row, std::size_t plane, std::size_t sequence, std::size_t spectral) {
@@ -53,6 +63,9 @@ inline void readRow(const ImageModel& image, std::uint8_t* buffer, std::size_t c
         throw WritingError("The image does not give its row " + std::to_string(row) + " (plane " +
                            std::to_string(plane) + ", sequence " + std::to_string(sequence) + ", spectral series " +
                            std::to_string(spectral) + ").");
+    }
+    if (image.getInterpretation() == RIX_BINARY) {
+        makeZeroOrOne(image.getVoxelType(), buffer, count);
     }
 }
 

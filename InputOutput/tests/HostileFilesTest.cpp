@@ -82,6 +82,7 @@ const std::vector<Sample>& samples() {
                                 .set(TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4)
                                 .block(0, std::vector<std::uint8_t>(30, 0x3C));
                         })});
+        list.push_back({"OME-TIFF", written("a.ome.tif", stack)});
         list.push_back({"PNG", written("a.png", randomImage(RIX_UINT16, {9, 7, 1, 1, 1}))});
         list.push_back({"PNG of colours", written("a.png", colorImage({9, 7, 1, 1, 4}))});
         return list;
@@ -274,17 +275,34 @@ TEST(HostileFiles, HugePromisesAreRefusedBeforeAllocation) {
                                                       {TIFFTAG_TILEBYTECOUNTS, 64}})});
     }
     // The header of a PNG file with its checksum wouldn't pass by hand: a sound file is taken, of one black pixel a
-    // row, and cut; libpng has checked and told the sizes by then.
+    // row, its samples cut; libpng has checked and told the sizes by then.
     MemoryImage wide;
     ASSERT_TRUE(wide.reserve(RIX_UINT8, 4000000, 1, 1, 1, 1));
     std::memset(wide.getInternalBuffer(), 0, 4000000);
-    cases.push_back({"a wide PNG", written("a.png", wide).substr(0, 200)});
+    const std::string png = written("a.png", wide);
+    cases.push_back({"a wide PNG", png.substr(0, png.find("IDAT") - 4) + std::string("\0\0\0\x28", 4) + "IDAT" +
+                                       std::string(44, 'a')});
 
     Victim victim;
     const ScarceMemory scarce(16 * MiB);
     for (const Case& c : cases) {
         EXPECT_FALSE(victim.survives(c.content, c.name)) << c.name;
         EXPECT_THAT(victim.lastText(), HasSubstr("The header promises")) << c.name;
+    }
+}
+
+// libpng makes room for the length that a chunk names, and fills it, before it sees that the file ends.
+TEST(HostileFiles, ChunksLongerThanTheFile) {
+    const std::string png = written("a.png", randomImage(RIX_UINT8, {2, 2, 1, 1, 1}));
+    constexpr std::size_t headerEnd = 33;  // signature and IHDR
+    Victim victim;
+    const ScarceMemory scarce(16 * MiB);
+    for (const char* name : {"tEXt", "zTXt", "iTXt", "iCCP", "sCAL", "pCAL", "eXIf", "tRNS", "IDAT", "abCd"}) {
+        for (const std::string& length :
+             {std::string("\x7F\xFF\xFF\xFF"), std::string("\xFF\xFF\xFF\xFF"), std::string("\0\0\x10\0", 4)}) {
+            EXPECT_FALSE(victim.survives(png.substr(0, headerEnd) + length + name + std::string(19, 'a'), name));
+            EXPECT_THAT(victim.lastText(), HasSubstr("The chunk '" + std::string(name) + "' at byte 33 promises"));
+        }
     }
 }
 
@@ -364,7 +382,7 @@ TEST(HostileFiles, WhatIsNoImageFile) {
           Case{folder.path(), "This is a folder, not an image file."},
           Case{folder / "pipe", "This is not a regular file."},
           Case{folder / "text.tif/x", "The file cannot be opened: Not a directory."},
-          Case{folder / "text.tif", "of no format that is known. Known are TIFF (.tif, .tiff), PNG"},
+          Case{folder / "text.tif", "of no format that is known. Known are TIFF (.tif, .tiff), OME-TIFF (.ome.tif"},
           Case{folder / "short.png", "of no format that is known"}}) {
         const std::string text = textOf<LoadingError>([&] { readImage(c.path); });
         EXPECT_EQ(text.rfind("Cannot read the image file '" + c.path.string() + "'.", 0), 0U);

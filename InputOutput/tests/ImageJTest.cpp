@@ -21,6 +21,7 @@ TEST_F(ImageJ, Stacks) {
              Case{"ImageJ=1.53t\nimages=12\nslices=12\n", 12, {1, 1, 12, 1, 1}},
              Case{"ImageJ=1.53t\nimages=12\nframes=12\n", 12, {1, 1, 1, 12, 1}},
              Case{"ImageJ=1.53t\nimages=12\n", 12, {1, 1, 12, 1, 1}},
+             Case{"ImageJ=1.53t\nchannels=2\nslices=6\norder=zct\n", 12, {1, 1, 6, 1, 2}},
              Case{"ImageJ=1.53t\nslices=5\n", 12, {1, 1, 12, 1, 1}},  // contradicts the pages
              Case{"ImageJ=1.53t\nslices=0\n", 12, {1, 1, 12, 1, 1}},
              Case{"ImageJ=1.53t\nimages=12\nslices=12\n", 1, {1, 1, 1, 1, 1}},  // one page of a stack
@@ -39,7 +40,9 @@ TEST_F(ImageJ, Stacks) {
         }
         const auto image = readImage(m_path);
         EXPECT_EQ(extentsOf(*image), c.extents) << c.description;
-        if (c.extents[4] == 2) {  // page = channel + 2 * (slice + 3 * frame)
+        if (c.extents[2] == 6) {  // page = slice + 6 * channel
+            EXPECT_THAT(samplesOf<std::uint8_t>(*image), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
+        } else if (c.extents[4] == 2) {  // page = channel + 2 * (slice + 3 * frame)
             EXPECT_THAT(samplesOf<std::uint8_t>(*image), ElementsAre(0, 2, 4, 6, 8, 10, 1, 3, 5, 7, 9, 11));
         }
     }
@@ -64,6 +67,9 @@ TEST_F(ImageJ, Calibration) {
     EXPECT_EQ(info.origin, (std::array<double, 5>{-2.5, 0.0, -2.5, 0.0, 0.0}));
     EXPECT_EQ(info.spatialUnitName, "µm");
     EXPECT_EQ(info.sequenceUnitName, "sec");
+    RawTiff(m_path).page(1, 1, 8).set(TIFFTAG_IMAGEDESCRIPTION, "ImageJ=1.53t\nunit=  \ntunit= \n").block(0, Bytes{0});
+    EXPECT_EQ(readImageInfo(m_path).spatialUnitName, "");
+    EXPECT_EQ(readImageInfo(m_path).sequenceUnitName, "");
 }
 
 // ImageJ leaves the directories out of stacks past 4 GiB; the samples follow the first page.

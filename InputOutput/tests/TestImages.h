@@ -87,6 +87,19 @@ Image randomImage(VoxelTypes type, const Extents& n, unsigned seed = 1) {
     return image;
 }
 
+/// Gives an image a meaning; as a binary one it gets samples of 0 and 1, which are all that files keep of those.
+inline void interpret(MemoryImage& image, Interpretations interpretation) {
+    image.setInterpretation(interpretation);
+    const std::size_t size = helper::getSizeOf(image.getVoxelType());
+    std::size_t count = 0;
+    if (interpretation == RIX_BINARY && helper::getElementCount(image, count)) {
+        for (std::size_t i = 0; i < count * size; ++i) {  // whole numbers begin with their lowest byte here
+            image.getInternalBuffer()[i] =
+                static_cast<std::uint8_t>(i % size == 0 ? image.getInternalBuffer()[i] & 1U : 0U);
+        }
+    }
+}
+
 inline Extents extentsOf(const ImageModel& image) {
     return helper::getExtents(image);
 }

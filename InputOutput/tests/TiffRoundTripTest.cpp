@@ -22,6 +22,7 @@ const std::vector<Storage>& storages() {
         {"deflate", {.compression = Compression::Deflate}},
         {"tiles", {.compression = Compression::None, .tileColumns = 32, .tileRows = 16}},
         {"deflated tiles", {.compression = Compression::Deflate, .tileColumns = 16, .tileRows = 48}},
+        {"Zstandard", {.compression = Compression::Zstd}},
         {"BigTIFF", {.compression = Compression::Lzw, .bigTiff = BigTiff::Always}},
     };
     return all;
@@ -86,7 +87,7 @@ TEST(TiffRoundTrip, KeepsInterpretationAndCalibrationToTheBit) {
     for (const char* name : {"image.tif", "other.TIFF"}) {
         for (const Interpretations interpretation : {RIX_BINARY, RIX_LABEL, RIX_VALUE}) {
             MemoryImage image = randomImage(RIX_UINT8, {6, 5, 4, 3, 2});
-            image.setInterpretation(interpretation);
+            interpret(image, interpretation);
             const std::array<double, 5> spacings{0.1, 1.0 / 3.0, 2e-7, 0.04, 12.5};
             const std::array<double, 5> origins{-17.3, 1e9 / 7.0, 0.0, 3.25, -1e-12};
             for (int axis = 0; axis < RIX_COMPONENTS_SIZE; ++axis) {
@@ -176,6 +177,35 @@ TEST(TiffRoundTrip, TilesAndCompressionAreAsAsked) {
                                "deflate, strips of 70 rows, 8 bits a sample, BigTIFF"}}) {
         writeImage(folder / "image.tif", image, c.options);
         EXPECT_EQ(readImageInfo(folder / "image.tif").storage, c.storage);
+    }
+}
+
+// Readers that take a stack of ImageJ's for one array look for the samples of all pages behind those of the first one.
+TEST(TiffRoundTrip, SamplesOfAllPagesFollowEachOther) {
+    const TemporaryFolder folder;
+    for (const Storage& storage : storages()) {
+        if (storage.options.compression != Compression::FormatDefault &&
+            storage.options.compression != Compression::None) {
+            continue;
+        }
+        for (const Interpretations interpretation : {RIX_VALUE, RIX_BINARY}) {
+            MemoryImage image = randomImage(RIX_UINT8, {40, 7001, 3, 2, 1});
+            interpret(image, interpretation);
+            writeImage(folder / "image.tif", image, storage.options);
+            const RawTiff raw(folder / "image.tif", "r");
+            std::uint64_t next = 8;
+            const std::uint32_t blocks =
+                TIFFIsTiled(raw.get()) != 0 ? TIFFNumberOfTiles(raw.get()) : TIFFNumberOfStrips(raw.get());
+            do {
+                for (std::uint32_t block = 0; block < blocks; ++block) {
+                    ASSERT_EQ(TIFFGetStrileOffset(raw.get(), block), next) << storage.name;
+                    next += TIFFGetStrileByteCount(raw.get(), block);
+                }
+            } while (TIFFReadDirectory(raw.get()) == 1);
+            ASSERT_EQ(TIFFSetDirectory(raw.get(), 0), 1);
+            EXPECT_GE(TIFFCurrentDirOffset(raw.get()), next);
+            EXPECT_EQ(difference(image, *readImage(folder / "image.tif")), "");
+        }
     }
 }
 

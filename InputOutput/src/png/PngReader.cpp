@@ -1,5 +1,6 @@
 #include "PngReader.h"
 
+#include <array>
 #include <cstring>
 #include <vector>
 
@@ -7,6 +8,7 @@
 
 #include "../Codec.h"
 #include "../Metadata.h"
+#include "../Resolution.h"
 #include "../SampleRows.h"
 #include "PngSession.h"
 
@@ -35,6 +37,31 @@ struct PngHeader {
     bool isBinary() const { return isGrey() && depth == 1 && !hasAlpha(); }
     std::size_t channels() const { return (isGrey() ? 1U : 3U) + (hasAlpha() ? 1U : 0U); }
 };
+
+/// Refuses a chunk that is longer than what remains of the file: libpng fills as many bytes with zeros before it
+/// notices.
+void checkChunks(InputFile& file) {
+    constexpr std::uint64_t signatureBytes = 8;
+    constexpr std::uint64_t frameBytes = 12;  // length, name and checksum
+    std::array<std::uint8_t, 8> head{};
+    std::uint64_t position = signatureBytes;
+    while (file.readAt(position, head.data(), head.size()) == head.size()) {
+        std::uint64_t length = 0;
+        for (std::size_t i = 0; i < 4; ++i) {
+            length = length << 8U | head[i];
+        }
+        const String name(head.begin() + 4, head.end());
+        if (length + frameBytes > file.size() - position) {
+            throw LoadingError("The chunk '" + escapeText(name) + "' at byte " + std::to_string(position) +
+                               " promises " + std::to_string(length) + " bytes; the file ends " +
+                               std::to_string(file.size() - position) + " bytes from there (truncated?).");
+        }
+        if (name == "IEND") {
+            break;
+        }
+        position += length + frameBytes;
+    }
+}
 
 PngHeader readHeader(PngSession& session, std::uint64_t fileBytes) {
     PngHeader header;
@@ -66,22 +93,17 @@ PngHeader readHeader(PngSession& session, std::uint64_t fileBytes) {
     return header;
 }
 
-void applyResolution(const PngHeader& header, ImageFileInfo& info) {
+void applyDensity(const PngHeader& header, const ReadOptions& options, ImageFileInfo& info) {
     const double x = header.perUnit[0];
     const double y = header.perUnit[1];
-    if (!isSpacing(x) || !isSpacing(y)) {
-        return;
-    }
     if (header.unit == PNG_RESOLUTION_METER) {
-        info.spacing[COLUMNS] = 1000.0 / x;
-        info.spacing[ROWS] = 1000.0 / y;
-        info.spatialUnitName = "mm";
-    } else {
+        applyResolution(x, y, options, info);
+    } else if (isSpacing(x) && isSpacing(y)) {
         info.spacing[ROWS] = x / y;  // only the proportion of a pixel is known
     }
 }
 
-ImageFileInfo describeHeader(const PngHeader& header, std::uint64_t fileBytes) {
+ImageFileInfo describeHeader(const PngHeader& header, std::uint64_t fileBytes, const ReadOptions& options) {
     std::size_t bytes = 0;
     if (!helper::checkedMultiply(header.storedRowBytes + 1, header.rows, bytes)) {
         throw LoadingError("The header promises more bytes of samples than 64 bits can count.");
@@ -97,7 +119,7 @@ ImageFileInfo describeHeader(const PngHeader& header, std::uint64_t fileBytes) {
     info.voxelType = header.depth == 16 ? RIX_UINT16 : RIX_UINT8;
     info.interpretation = header.isBinary() ? RIX_BINARY : RIX_VALUE;
     info.colorInterpretation = header.isGrey() ? UNKNOWN : RGB;
-    applyResolution(header, info);
+    applyDensity(header, options, info);
     if (header.text != nullptr) {
         applyOwnKeys(parseKeys(header.text), info);
     }
@@ -142,16 +164,19 @@ void readRowInto(PngSession& session, std::uint8_t* row) {
 
 }  // namespace
 
-ImageFileInfo readPngInfo(InputFile& file) {
+ImageFileInfo readPngInfo(InputFile& file, const ReadOptions& options) {
+    checkChunks(file);
     PngSession session(file);
-    return describeHeader(readHeader(session, file.size()), file.size());
+    return describeHeader(readHeader(session, file.size()), file.size(), options);
 }
 
-std::unique_ptr<MemoryImage> readPng(InputFile& file) {
+std::unique_ptr<MemoryImage> readPng(InputFile& file, const ReadOptions& options) {
+    checkChunks(file);
     PngSession session(file);
     const PngHeader header = readHeader(session, file.size());
-    const ImageFileInfo info = describeHeader(header, file.size());
-    auto image = makeImage(info);
+    const ImageFileInfo info = describeHeader(header, file.size(), options);
+    auto image = makeImage(info, options);
+    InterruptPoint interrupt(options);
     const std::size_t channels = header.channels();
     const std::size_t sampleBytes = helper::getSizeOf(info.voxelType);
     const std::size_t rowBytes = header.columns * channels * sampleBytes;
@@ -169,6 +194,7 @@ std::unique_ptr<MemoryImage> readPng(InputFile& file) {
         for (std::size_t row = 0; row < header.rows; ++row) {
             std::uint8_t* target = direct ? address(row, 0) : buffer.data() + (passes == 1 ? 0 : row * rowBytes);
             readRowInto(session, target);
+            interrupt.pass(rowBytes);
             for (std::size_t channel = 0; !direct && pass + 1 == passes && channel < channels; ++channel) {
                 copySamples(target + channel * sampleBytes, channels, address(row, channel), 1, header.columns,
                             sampleBytes);

@@ -11,7 +11,7 @@ namespace rix::io {
 /// Keyword of the text chunk that holds our own metadata.
 inline constexpr char PngKeyword[] = "rix-image";
 
-ImageFileInfo readPngInfo(InputFile& file);
-std::unique_ptr<MemoryImage> readPng(InputFile& file);
+ImageFileInfo readPngInfo(InputFile& file, const ReadOptions& options);
+std::unique_ptr<MemoryImage> readPng(InputFile& file, const ReadOptions& options);
 
 }  // namespace rix::io

@@ -1,15 +1,13 @@
 #include "PngWriter.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <vector>
 
 #include "../Metadata.h"
+#include "../Resolution.h"
 #include "../SampleRows.h"
 #include "PngReader.h"
 #include "PngSession.h"
-#include "PngUnits.h"
 
 namespace rix::io {
 namespace {
@@ -25,21 +23,9 @@ int colorTypeOf(std::size_t channels) {
     }
 }
 
-/// Pixels a metre on both axes, or 0, 0 where the field cannot tell.
-std::array<png_uint_32, 2> pixelsPerMetre(const ImageFileInfo& info) {
-    const auto metres = metresOf(info.spatialUnitName);
-    std::array<png_uint_32, 2> result{0, 0};
-    if (!metres) {
-        return result;
-    }
-    for (std::size_t axis : {std::size_t{COLUMNS}, std::size_t{ROWS}}) {
-        const double value = std::round(1.0 / (info.spacing[axis] * *metres));
-        if (!(value >= 1.0 && value <= static_cast<double>(PNG_UINT_31_MAX))) {
-            return {0, 0};
-        }
-        result[axis] = static_cast<png_uint_32>(value);
-    }
-    return result;
+/// Every program shows 1 bit as black and white; 0 and 1 among 256 greys are black.
+bool isOneBit(const ImageFileInfo& info) {
+    return info.interpretation == RIX_BINARY && info.voxelType == RIX_UINT8 && info.extents[SPECTRAL_SERIES] == 1;
 }
 
 }  // namespace
@@ -69,8 +55,9 @@ String refusalOfPng(const ImageModel& image, const WriteOptions& options) {
     if (info.extents[COLUMNS] > PNG_UINT_31_MAX || info.extents[ROWS] > PNG_UINT_31_MAX) {
         return "PNG cannot hold more than " + std::to_string(PNG_UINT_31_MAX) + " columns or rows: " + shape + '.';
     }
-    if (options.compression == Compression::Lzw) {
-        return "PNG has no LZW compression, only deflate or none.";
+    if (options.compression == Compression::Lzw || options.compression == Compression::Zstd) {
+        return "PNG has no " + String(options.compression == Compression::Lzw ? "LZW" : "Zstandard") +
+               " compression, only deflate or none.";
     }
     if (options.tileColumns != 0 || options.tileRows != 0) {
         return "PNG has no tiles.";
@@ -83,7 +70,9 @@ void writePng(OutputFile& file, const ImageModel& image, const WriteOptions& opt
     const std::size_t columns = info.extents[COLUMNS];
     const std::size_t channels = info.extents[SPECTRAL_SERIES];
     const std::size_t sampleBytes = helper::getSizeOf(info.voxelType);
-    const auto resolution = pixelsPerMetre(info);
+    const int depth = isOneBit(info) ? 1 : static_cast<int>(sampleBytes * 8);
+    const bool hasResolution = pixelsPerMetre(info).has_value();
+    const PixelsPerMetre resolution = pixelsPerMetre(info).value_or(PixelsPerMetre{});
     String keyword = PngKeyword;
     String keys = formatOwnKeys(info);
     std::vector<std::uint8_t> pixels(columns * channels * sampleBytes);
@@ -93,14 +82,14 @@ void writePng(OutputFile& file, const ImageModel& image, const WriteOptions& opt
     const bool begun = session.guarded([&] {
         png_structp png = session.png();
         png_set_IHDR(png, session.info(), static_cast<png_uint_32>(columns),
-                     static_cast<png_uint_32>(info.extents[ROWS]), static_cast<int>(sampleBytes * 8),
-                     colorTypeOf(channels), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+                     static_cast<png_uint_32>(info.extents[ROWS]), depth, colorTypeOf(channels), PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_compression_level(png, options.compression == Compression::None ? 0 : UsualLevel);
         if (options.compression == Compression::None || info.interpretation != RIX_VALUE) {
             png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);  // differences of labels have no pattern
         }
-        if (resolution[0] != 0) {
-            png_set_pHYs(png, session.info(), resolution[0], resolution[1], PNG_RESOLUTION_METER);
+        if (hasResolution) {
+            png_set_pHYs(png, session.info(), resolution.x, resolution.y, PNG_RESOLUTION_METER);
         }
         png_text text{};
         text.compression = PNG_TEXT_COMPRESSION_NONE;
@@ -111,6 +100,8 @@ void writePng(OutputFile& file, const ImageModel& image, const WriteOptions& opt
         png_write_info(png, session.info());
         if (sampleBytes == 2) {
             png_set_swap(png);  // samples of the file are big-endian
+        } else if (depth == 1) {
+            png_set_packing(png);
         }
     });
     if (!begun) {

@@ -1,6 +1,7 @@
 #include "ImageJ.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace rix::io {
@@ -12,15 +13,27 @@ constexpr std::string_view Signature = "ImageJ=";
 constexpr std::array<std::pair<std::string_view, std::size_t>, 3> OriginKeys{
     {{"xorigin", COLUMNS}, {"yorigin", ROWS}, {"zorigin", PLANS}}};
 
-}  // namespace
-
-std::optional<std::size_t> PageAxes::pages() const {
-    std::size_t product = 0;
-    if (!helper::checkedMultiply(channels, slices, product) || !helper::checkedMultiply(product, frames, product)) {
-        return std::nullopt;
+/// The letters c, z and t, the fastest axis first; the usual order for any other text.
+std::array<PageAxis, 3> orderOf(std::string_view text) {
+    std::array<PageAxis, 3> order{};
+    std::size_t used = 0;
+    for (const auto& [letter, axis] :
+         {std::pair('c', PageAxis::Channel), std::pair('z', PageAxis::Slice), std::pair('t', PageAxis::Frame)}) {
+        if (const std::size_t at = text.find(letter); text.size() == order.size() && at != std::string_view::npos) {
+            order[at] = axis;
+            ++used;
+        }
     }
-    return product;
+    return used == order.size() ? order : PageAxes().order;
 }
+
+/// A text without the blanks around it.
+String trimmed(const String& text) {
+    const std::size_t begin = text.find_first_not_of(" \t");
+    return begin == String::npos ? String() : text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
+
+}  // namespace
 
 bool isImageJ(std::string_view description) {
     return description.substr(0, Signature.size()) == Signature;
@@ -48,6 +61,9 @@ std::optional<PageAxes> imageJAxes(const MetadataKeys& keys) {
     if (!named && !read("images", axes.slices)) {
         return std::nullopt;
     }
+    if (const auto order = keys.find("order"); order != keys.end()) {
+        axes.order = orderOf(order->second);
+    }
     return axes;
 }
 
@@ -65,10 +81,10 @@ void applyImageJCalibration(const MetadataKeys& keys, ImageFileInfo& info) {
         info.sequenceUnitName = "sec";
     }
     if (const auto found = keys.find("tunit"); found != keys.end()) {
-        info.sequenceUnitName = unescapeText(found->second);
+        info.sequenceUnitName = trimmed(unescapeText(found->second));
     }
     if (const auto found = keys.find("unit"); found != keys.end()) {
-        info.spatialUnitName = unescapeText(found->second);
+        info.spatialUnitName = trimmed(unescapeText(found->second));
     }
     // ImageJ tells which element lies at 0, we tell where the first element lies.
     for (const auto& [key, axis] : OriginKeys) {

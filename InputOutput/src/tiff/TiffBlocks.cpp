@@ -58,7 +58,11 @@ void TiffRowPlacer::unpack(const std::uint8_t* bytes, std::size_t samples) {
 void TiffRowPlacer::place(const std::uint8_t* bytes, std::size_t count, std::size_t column, std::size_t row,
                           std::size_t group) {
     const std::size_t step = m_page.adjacentSamples();
-    if (m_page.isPacked()) {
+    if (isConverted(m_page.stored)) {
+        m_unpacked.resize(count * step * m_sampleBytes);
+        convertSamples(m_page.stored, bytes, m_unpacked.data(), count * step);
+        bytes = m_unpacked.data();
+    } else if (m_page.isPacked()) {
         unpack(bytes, count * step);
         bytes = m_unpacked.data();
     }

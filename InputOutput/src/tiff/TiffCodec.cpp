@@ -9,6 +9,7 @@ namespace rix::io {
 namespace {
 
 constexpr std::array<const char*, 2> Extensions{"tif", "tiff"};
+constexpr std::array<const char*, 2> OmeExtensions{"ome.tif", "ome.tiff"};
 
 /// "II" or "MM" for the byte order, then 42, or 43 for BigTIFF, in that order.
 bool recognises(std::span<const std::uint8_t> beginning) {
@@ -20,8 +21,15 @@ bool recognises(std::span<const std::uint8_t> beginning) {
     });
 }
 
+/// What is on the pages is in their description: the reader of TIFF asks it.
+bool recognisesNothing(std::span<const std::uint8_t>) {
+    return false;
+}
+
 }  // namespace
 
 const Codec tiffCodec{"TIFF", Extensions, &recognises, &refusalOfTiff, &readTiffInfo, &readTiff, &writeTiff};
+const Codec omeTiffCodec{"OME-TIFF",    OmeExtensions, &recognisesNothing, &refusalOfTiff,
+                         &readTiffInfo, &readTiff,     &writeOmeTiff};
 
 }  // namespace rix::io

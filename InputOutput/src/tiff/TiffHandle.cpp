@@ -1,5 +1,6 @@
 #include "TiffHandle.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 #include <memory>
@@ -68,6 +69,11 @@ TiffHandle::~TiffHandle() {
     }
 }
 
+void TiffHandle::reserveSamples(std::uint64_t bytes) {
+    m_samplesEnd = m_output->size();
+    m_reservedEnd = m_samplesEnd + bytes;
+}
+
 void TiffHandle::close() {
     TIFFClose(m_tiff);
     m_tiff = nullptr;
@@ -133,12 +139,18 @@ tmsize_t TiffHandle::writeProc(thandle_t self, void* buffer, tmsize_t size) {
         return -1;
     }
     handle.m_position += static_cast<std::uint64_t>(size);
+    if (handle.m_appendsSamples) {
+        handle.m_samplesEnd = handle.m_position;
+    }
     return size;
 }
 
 toff_t TiffHandle::seekProc(thandle_t self, toff_t offset, int whence) {
     auto& handle = *static_cast<TiffHandle*>(self);
-    const std::uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? handle.m_position : sizeProc(self);
+    // libtiff appends blocks and directories where it finds the end to be.
+    const std::uint64_t end =
+        handle.m_appendsSamples && handle.m_reservedEnd != 0 ? handle.m_samplesEnd : std::uint64_t{sizeProc(self)};
+    const std::uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? handle.m_position : end;
     handle.m_position = base + offset;
     return handle.m_position;
 }
@@ -149,7 +161,7 @@ int TiffHandle::closeProc(thandle_t) {
 
 toff_t TiffHandle::sizeProc(thandle_t self) {
     const auto& handle = *static_cast<TiffHandle*>(self);
-    return handle.m_input != nullptr ? handle.m_input->size() : handle.m_output->size();
+    return handle.m_input != nullptr ? handle.m_input->size() : std::max(handle.m_output->size(), handle.m_reservedEnd);
 }
 
 // Returning 1 keeps libtiff from calling the process-wide handlers, which print.

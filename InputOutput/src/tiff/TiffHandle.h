@@ -41,6 +41,12 @@ public:
     /// Throws a `WritingError`.
     [[noreturn]] void failWriting(const String& what) const;
 
+    /// Sets bytes aside behind what is written, for the samples of all pages: they follow each other without a gap, and
+    /// the directories come after them. Readers that take the pages of an ImageJ stack for one array rely on that.
+    void reserveSamples(std::uint64_t bytes);
+    /// Whether what libtiff appends from now on are samples, which go to the bytes set aside, or a directory.
+    void appendSamples(bool samples) noexcept { m_appendsSamples = samples; }
+
     /// Ends writing; throws `WritingError` if anything of it failed.
     void close();
 
@@ -60,10 +66,13 @@ private:
     OutputFile* m_output = nullptr;
     TIFF* m_tiff = nullptr;
     std::uint64_t m_position = 0;
-    std::uint64_t m_readable = 0;  ///< bytes that may still be fetched
-    bool m_missedBytes = false;    ///< libtiff asked for bytes beyond the end of the file
-    bool m_discard = false;        ///< the file is given up: what libtiff flushes at its end goes nowhere
-    String m_errors;               ///< the first message of each kind
+    std::uint64_t m_readable = 0;     ///< bytes that may still be fetched
+    bool m_missedBytes = false;       ///< libtiff asked for bytes beyond the end of the file
+    std::uint64_t m_samplesEnd = 0;   ///< of the samples written so far to the bytes set aside
+    std::uint64_t m_reservedEnd = 0;  ///< of the bytes set aside for samples
+    bool m_appendsSamples = false;
+    bool m_discard = false;  ///< the file is given up: what libtiff flushes at its end goes nowhere
+    String m_errors;         ///< the first message of each kind
     String m_warnings;
 };
 

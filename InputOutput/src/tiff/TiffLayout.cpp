@@ -5,6 +5,10 @@
 
 #include <rix/exceptions/Exception.h>
 
+#include "../Codec.h"
+#include "../Resolution.h"
+#include "ImageJ.h"
+
 namespace rix::io {
 namespace {
 
@@ -30,11 +34,13 @@ void collectPages(TiffHandle& handle, std::uint64_t fileBytes, TiffLayout& layou
                                    " bytes of the file can hold.");
             }
             if (directory == 0) {
-                layout.page = page;
-            } else if (!page.matches(layout.page)) {
-                throw LoadingError("The pages make no image: page 1 is " + describePage(layout.page) + ", page " +
+                layout.pages.page = page;
+            } else if (!page.matches(layout.pages.page)) {
+                throw LoadingError("The pages make no image: page 1 is " + describePage(layout.pages.page) + ", page " +
                                    std::to_string(directory + 1) + " is " + describePage(page) + ".");
             }
+            layout.binary = layout.binary && page.isBinary();
+            layout.pages.numbers.push_back(directory);
             layout.directories.push_back(TIFFCurrentDirOffset(handle.get()));
         }
         if (TIFFLastDirectory(handle.get()) != 0) {
@@ -50,7 +56,7 @@ void collectPages(TiffHandle& handle, std::uint64_t fileBytes, TiffLayout& layou
 /// The place of raw pages that have no directories, or 0.
 std::uint64_t findRawPages(TiffHandle& handle, std::uint64_t fileBytes, const TiffLayout& layout,
                            std::optional<std::size_t> pages) {
-    const TiffPage& page = layout.page;
+    const TiffPage& page = layout.pages.page;
     if (layout.directories.size() != 1 || page.compression != COMPRESSION_NONE || page.tiled || page.separate ||
         page.isPacked()) {
         return 0;
@@ -70,7 +76,8 @@ std::uint64_t findRawPages(TiffHandle& handle, std::uint64_t fileBytes, const Ti
     return 0;  // one page that was taken out of a stack, with the description of the stack
 }
 
-void applyResolution(TiffHandle& handle, bool imageJ, ImageFileInfo& info) {
+/// @param imageJ whether the resolution counts in the unit of an ImageJ description, which may replace the one here
+void readResolution(TiffHandle& handle, bool imageJ, const ReadOptions& options, ImageFileInfo& info) {
     float perUnit[2] = {0.0F, 0.0F};
     const bool hasX = TIFFGetField(handle.get(), TIFFTAG_XRESOLUTION, &perUnit[0]) == 1;
     const bool hasY = TIFFGetField(handle.get(), TIFFTAG_YRESOLUTION, &perUnit[1]) == 1;
@@ -80,20 +87,64 @@ void applyResolution(TiffHandle& handle, bool imageJ, ImageFileInfo& info) {
     if (!hasX || !isSpacing(perUnit[0]) || !isSpacing(perUnit[1])) {
         return;
     }
+    const auto x = static_cast<double>(perUnit[0]);
+    const auto y = static_cast<double>(perUnit[1]);
     std::uint16_t unit = RESUNIT_INCH;
     TIFFGetFieldDefaulted(handle.get(), TIFFTAG_RESOLUTIONUNIT, &unit);
-    double length = 1.0;
-    if (imageJ) {  // counts in the unit of the description, which may replace this one
-        info.spatialUnitName = unit == RESUNIT_INCH ? "inch" : unit == RESUNIT_CENTIMETER ? "cm" : "";
-    } else if (unit == RESUNIT_INCH || unit == RESUNIT_CENTIMETER) {
-        length = unit == RESUNIT_INCH ? 25.4 : 10.0;
-        info.spatialUnitName = "mm";
+    if (!imageJ && (unit == RESUNIT_INCH || unit == RESUNIT_CENTIMETER)) {
+        const double inMetre = unit == RESUNIT_INCH ? 1.0 / 0.0254 : 100.0;
+        applyResolution(x * inMetre, y * inMetre, options, info);
+        return;
     }
-    const double x = length / static_cast<double>(perUnit[0]);
-    const double y = length / static_cast<double>(perUnit[1]);
-    if (isSpacing(x) && isSpacing(y)) {
-        info.spacing[COLUMNS] = x;
-        info.spacing[ROWS] = y;
+    if (isSpacing(1.0 / x) && isSpacing(1.0 / y)) {
+        info.spacing[COLUMNS] = 1.0 / x;
+        info.spacing[ROWS] = 1.0 / y;
+    }
+    info.spatialUnitName = unit == RESUNIT_INCH ? "inch" : unit == RESUNIT_CENTIMETER ? "cm" : "";
+}
+
+/// How an ImageJ description says that the pages make up the image. Where it contradicts them, the pages are planes.
+void arrangeImageJ(TiffHandle& handle, std::uint64_t fileBytes, const MetadataKeys& keys, const ReadOptions& options,
+                   TiffLayout& layout) {
+    const auto axes = imageJAxes(keys);
+    const std::size_t pages = layout.directories.size();
+    const auto named = axes ? axes->pages() : std::nullopt;
+    std::size_t frames = 0;
+    if (named && *named == pages) {
+        layout.arrangement.axes = *axes;
+    } else if (axes && axes->channels == layout.pages.page.channels &&
+               helper::checkedMultiply(axes->slices, axes->frames, frames) && frames == pages) {
+        layout.arrangement.axes = *axes;  // the channels are the samples of the pages
+        layout.arrangement.axes.channels = 1;
+    } else if (layout.rawPages = axes ? findRawPages(handle, fileBytes, layout, named) : 0; layout.rawPages != 0) {
+        layout.arrangement.axes = *axes;
+    } else if (options.warn) {
+        options.warn("The description of the file tells of other pages than the " + std::to_string(pages) +
+                     " that it has: they are taken as planes.");
+    }
+}
+
+/// How a description of the other kinds says that the pages make up the image.
+void arrangeDescribed(TiffHandle& handle, std::uint64_t fileBytes, const String& description,
+                      const ReadOptions& options, TiffLayout& layout) {
+    const std::size_t pages = layout.directories.size();
+    try {
+        layout.arrangement = isOme(description) ? readOme(description, layout.pages, layout.info)
+                                                : readShaped(description, layout.pages, layout.info);
+        const auto told = layout.arrangement.axes.pages();
+        if (told && *told > pages) {
+            layout.rawPages = findRawPages(handle, fileBytes, layout, told);
+            if (layout.rawPages == 0) {
+                throw DescriptionDoubt{"The description of the file tells of " + std::to_string(*told) +
+                                       " pages; it has " + std::to_string(pages) + '.'};
+            }
+        }
+    } catch (const DescriptionDoubt& doubt) {
+        warnOrRefuse(options,
+                     doubt.text + (pages == 1 ? " The page is taken as it is."
+                                              : " The " + std::to_string(pages) + " pages are taken as planes."));
+        layout.arrangement = {};
+        layout.arrangement.axes.slices = pages;
     }
 }
 
@@ -111,50 +162,44 @@ String describeStorage(TiffHandle& handle, const TiffPage& page) {
 
 }  // namespace
 
-TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes) {
+TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const ReadOptions& options) {
     TiffLayout layout;
+    ImageFileInfo& info = layout.info;
     const char* text = nullptr;
     handle.checkReading("The TIFF directory is damaged");
     const bool described = TIFFGetField(handle.get(), TIFFTAG_IMAGEDESCRIPTION, &text) == 1 && text != nullptr;
     const String description = described ? text : "";  // libtiff's text is gone with the next directory
     const bool imageJ = isImageJ(description);
     const MetadataKeys keys = imageJ ? parseKeys(description) : MetadataKeys();
-    applyResolution(handle, imageJ, layout.info);
+    readResolution(handle, imageJ, options, info);
     collectPages(handle, fileBytes, layout);
     if (TIFFSetSubDirectory(handle.get(), layout.directories.front()) == 0) {
         handle.failReading("The first directory cannot be read again");
     }
 
-    const TiffPage& page = layout.page;
-    const std::size_t pages = layout.directories.size();
-    layout.axes.slices = pages;
-    std::size_t channels = page.channels;
-    if (const auto axes = imageJ ? imageJAxes(keys) : std::nullopt) {
-        const auto named = axes->pages();
-        std::size_t frames = 0;
-        if (named && *named == pages) {
-            layout.axes = *axes;
-        } else if (axes->channels == page.channels && helper::checkedMultiply(axes->slices, axes->frames, frames) &&
-                   frames == pages) {
-            layout.axes = {1, axes->slices, axes->frames};  // the channels are the samples of the pages
-        } else if (layout.rawPages = findRawPages(handle, fileBytes, layout, named); layout.rawPages != 0) {
-            layout.axes = *axes;
-        }
+    const TiffPage& page = layout.pages.page;
+    info.extents = {page.columns, page.rows, 1, 1, page.channels};
+    PageAxes& axes = layout.arrangement.axes;
+    axes.slices = layout.directories.size();
+    if (imageJ) {
+        arrangeImageJ(handle, fileBytes, keys, options, layout);
+    } else if (isOme(description) || isShaped(description)) {
+        arrangeDescribed(handle, fileBytes, description, options, layout);
     }
-    if (!helper::checkedMultiply(channels, layout.axes.channels, channels)) {
+    info.extents[PLANS] = axes.slices;
+    info.extents[SEQUENCE] = axes.frames;
+    if (!helper::checkedMultiply(page.channels, axes.channels, info.extents[SPECTRAL_SERIES])) {
         throw LoadingError("The file promises more channels than 64 bits can count.");
     }
-
-    ImageFileInfo& info = layout.info;
     info.format = "TIFF";
     info.storage = describeStorage(handle, page);
     info.fileBytes = fileBytes;
-    info.extents = {page.columns, page.rows, layout.axes.slices, layout.axes.frames, channels};
     info.voxelType = page.voxelType;
-    info.interpretation = page.bits == 1 && !page.isPalette() ? RIX_BINARY : RIX_VALUE;
-    info.colorInterpretation = layout.axes.channels == 1 ? page.color : UNKNOWN;
+    // Of pages with different numbers of bits each sample keeps its value, and 1 is not the brightest one any more.
+    info.interpretation = layout.binary ? RIX_BINARY : RIX_VALUE;
+    info.colorInterpretation = axes.channels == 1 ? page.color : UNKNOWN;
     applyImageJCalibration(keys, info);
-    applyOwnKeys(keys, info);
+    applyOwnKeys(imageJ ? keys : layout.arrangement.ownKeys, info);
     return layout;
 }
 

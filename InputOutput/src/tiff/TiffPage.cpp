@@ -31,25 +31,6 @@ constexpr std::array<TiffCompression, 12> Compressions{{
     {COMPRESSION_CCITTFAX4, "fax", 65536},
 }};
 
-struct SampleKind {
-    std::uint16_t format;
-    std::uint16_t bits;
-    VoxelTypes type;
-};
-
-constexpr std::array<SampleKind, 10> SampleKinds{{
-    {SAMPLEFORMAT_UINT, 8, RIX_UINT8},
-    {SAMPLEFORMAT_UINT, 16, RIX_UINT16},
-    {SAMPLEFORMAT_UINT, 32, RIX_UINT32},
-    {SAMPLEFORMAT_INT, 8, RIX_INT8},
-    {SAMPLEFORMAT_INT, 16, RIX_INT16},
-    {SAMPLEFORMAT_INT, 32, RIX_INT32},
-    {SAMPLEFORMAT_IEEEFP, 32, RIX_FLOAT32},
-    {SAMPLEFORMAT_IEEEFP, 64, RIX_FLOAT64},
-    {SAMPLEFORMAT_COMPLEXIEEEFP, 64, RIX_COMPLEX_FLOAT32},
-    {SAMPLEFORMAT_COMPLEXIEEEFP, 128, RIX_COMPLEX_FLOAT64},
-}};
-
 String nameOfSampleFormat(std::uint16_t format) {
     switch (format) {
         case SAMPLEFORMAT_UINT: return "unsigned integer";
@@ -82,21 +63,27 @@ Value fieldOf(TiffHandle& handle, std::uint32_t tag) {
     return value;
 }
 
-VoxelTypes voxelTypeOf(std::uint16_t format, std::uint16_t bits) {
-    if (format == SAMPLEFORMAT_VOID) {
-        format = SAMPLEFORMAT_UINT;
+StoredType storedTypeOf(std::uint16_t format, std::uint16_t bits) {
+    std::optional<StoredKind> kind;
+    switch (format) {
+        case SAMPLEFORMAT_VOID:
+        case SAMPLEFORMAT_UINT: kind = StoredKind::Unsigned; break;
+        case SAMPLEFORMAT_INT: kind = StoredKind::Signed; break;
+        case SAMPLEFORMAT_IEEEFP: kind = StoredKind::Floating; break;
+        case SAMPLEFORMAT_COMPLEXIEEEFP: kind = StoredKind::Complex; break;
+        default: break;
     }
-    for (const SampleKind& kind : SampleKinds) {
-        if (kind.format == format && kind.bits == bits) {
-            return kind.type;
+    if (kind && bits % 8 == 0) {
+        if (const auto type = storedTypeOf(*kind, bits / 8U)) {
+            return *type;
         }
     }
-    if (format == SAMPLEFORMAT_UINT && bits >= 1 && bits < 16) {
-        return bits < 8 ? RIX_UINT8 : RIX_UINT16;
+    if (kind == StoredKind::Unsigned && bits >= 1 && bits < 16) {
+        return bits < 8 ? StoredType::UInt8 : StoredType::UInt16;
     }
     throw LoadingError("The samples are of " + std::to_string(bits) + " bits, " + nameOfSampleFormat(format) +
-                       ". Supported are unsigned integers of 1 to 16 and 32 bits, signed integers of 8, 16 and 32, "
-                       "floating-point of 32 and 64, complex floating-point of 64 and 128.");
+                       ". Supported are unsigned integers of 1 to 16, 32 and 64 bits, signed integers of 8, 16, 32 and "
+                       "64, floating-point of 16, 32 and 64, complex floating-point of 64 and 128.");
 }
 
 /// Palettes keep 16 bits a colour. Nearly all hold 8-bit colours, as the high byte (with 0 or the same below).
@@ -202,7 +189,7 @@ bool TiffPage::isPacked() const {
 }
 
 bool TiffPage::isInverted() const {
-    return photometric == PHOTOMETRIC_MINISWHITE &&
+    return photometric == PHOTOMETRIC_MINISWHITE && !isConverted(stored) &&
            (voxelType == RIX_UINT8 || voxelType == RIX_UINT16 || voxelType == RIX_UINT32);
 }
 
@@ -215,7 +202,7 @@ bool TiffPage::isMirroredInRows() const {
 }
 
 bool TiffPage::isDirect() const {
-    return !tiled && adjacentSamples() == 1 && !isPacked() && !isPalette() && !isInverted() &&
+    return !tiled && adjacentSamples() == 1 && !isPacked() && !isPalette() && !isInverted() && !isConverted(stored) &&
            orientation == ORIENTATION_TOPLEFT;
 }
 
@@ -251,7 +238,8 @@ TiffPage readTiffPage(TiffHandle& handle) {
                            "). Supported are the orientations 1 to 4.");
     }
     const TiffCompression& compression = tiffCompression(page.compression);
-    page.voxelType = voxelTypeOf(fieldOf<std::uint16_t>(handle, TIFFTAG_SAMPLEFORMAT), page.bits);
+    page.stored = storedTypeOf(fieldOf<std::uint16_t>(handle, TIFFTAG_SAMPLEFORMAT), page.bits);
+    page.voxelType = voxelTypeOf(page.stored);
     if (TIFFGetField(handle.get(), TIFFTAG_PHOTOMETRIC, &page.photometric) != 1) {
         page.photometric = page.samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
     }

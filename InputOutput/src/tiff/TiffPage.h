@@ -5,6 +5,7 @@
 
 #include <rix/io/ImageFile.h>
 
+#include "../StoredSamples.h"
 #include "TiffHandle.h"
 
 namespace rix::io {
@@ -23,15 +24,18 @@ struct TiffPage {
     std::uint32_t blockColumns = 0;  ///< size of a tile, or of a strip
     std::uint32_t blockRows = 0;
 
-    VoxelTypes voxelType = RIX_UINT8;  ///< after unpacking and palette
-    std::size_t channels = 1;          ///< after the palette
+    StoredType stored = StoredType::UInt8;  ///< the type of samples, after unpacking
+    VoxelTypes voxelType = RIX_UINT8;       ///< after unpacking, palette and conversion
+    std::size_t channels = 1;               ///< after the palette
     ColorInterpretation color = UNKNOWN;
 
     std::size_t rowBytes = 0;        ///< of a row of a block, as decoded
     std::uint64_t decodedBytes = 0;  ///< of all blocks of the page
 
-    /// Whether two pages can belong to one image.
+    /// Whether two pages can belong to one image, whatever number of bits their samples have.
     bool matches(const TiffPage& other) const;
+    /// Whether samples are black and white.
+    bool isBinary() const { return bits == 1 && !isPalette(); }
     bool isPalette() const;
     bool isPacked() const;
     /// Zero means white, and turning values over is defined (unsigned ones only).

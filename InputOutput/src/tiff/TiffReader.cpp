@@ -15,7 +15,8 @@ String nameOfPage(std::size_t page) {
     return "page " + std::to_string(page + 1);
 }
 
-void readStrips(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer, const String& name) {
+void readStrips(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer, const String& name,
+                InterruptPoint& interrupt) {
     std::vector<std::uint8_t> buffer;
     if (!page.isDirect()) {
         buffer.resize(page.rowBytes * page.blockRows);
@@ -29,6 +30,7 @@ void readStrips(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer,
             if (TIFFReadEncodedStrip(handle.get(), strip, target, bytes) != bytes) {
                 handle.failReading("The samples of " + name + " from row " + std::to_string(row) + " are damaged");
             }
+            interrupt.pass(static_cast<std::size_t>(bytes));
             if (page.isDirect()) {
                 continue;
             }
@@ -39,7 +41,8 @@ void readStrips(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer,
     }
 }
 
-void readTiles(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer, const String& name) {
+void readTiles(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer, const String& name,
+               InterruptPoint& interrupt) {
     std::vector<std::uint8_t> buffer(page.rowBytes * page.blockRows);
     const auto bytes = static_cast<tmsize_t>(buffer.size());
     for (std::uint16_t group = 0; group < page.sampleGroups(); ++group) {
@@ -53,6 +56,7 @@ void readTiles(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer, 
                     handle.failReading("The tile of " + name + " at column " + std::to_string(column) + ", row " +
                                        std::to_string(row) + " is damaged");
                 }
+                interrupt.pass(buffer.size());
                 for (std::uint32_t i = 0; i < rows; ++i) {
                     placer.place(buffer.data() + i * page.rowBytes, columns, column, row + i, group);
                 }
@@ -61,24 +65,16 @@ void readTiles(TiffHandle& handle, const TiffPage& page, TiffRowPlacer& placer, 
     }
 }
 
-/// Native byte order for samples of a file that has the other one.
-void swapBytes(std::uint8_t* bytes, std::size_t count, VoxelTypes type) {
-    const bool complex = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
-    const std::size_t size = helper::getSizeOf(type) / (complex ? 2 : 1);
-    for (std::size_t i = 0; i + size <= count; i += size) {
-        std::reverse(bytes + i, bytes + i + size);
-    }
-}
-
-void readRawPages(TiffHandle& handle, InputFile& file, const TiffLayout& layout, MemoryImage& image) {
-    const TiffPage& page = layout.page;
+void readRawPages(TiffHandle& handle, InputFile& file, const TiffLayout& layout, MemoryImage& image,
+                  InterruptPoint& interrupt) {
+    const TiffPage& page = layout.pages.page;
     const std::size_t bandRows = std::max<std::size_t>(1, (std::size_t{1} << 20U) / page.rowBytes);
     std::vector<std::uint8_t> buffer(page.rowBytes * std::min<std::size_t>(bandRows, page.rows));
     const auto palette = page.isPalette() ? readTiffPalette(handle, page) : std::vector<std::uint8_t>();
     std::uint64_t offset = layout.rawPages;
-    const std::size_t pages = layout.axes.pages().value_or(0);
+    const std::size_t pages = layout.arrangement.axes.pages().value_or(0);
     for (std::size_t index = 0; index < pages; ++index) {
-        const PagePosition position = positionOfPage(index, layout.axes);
+        const PagePosition position = layout.arrangement.positionOf(index);
         TiffRowPlacer placer(image, page, position, position.channel * page.channels, palette);
         for (std::size_t row = 0; row < page.rows; row += bandRows) {
             const std::size_t rows = std::min<std::size_t>(bandRows, page.rows - row);
@@ -88,8 +84,9 @@ void readRawPages(TiffHandle& handle, InputFile& file, const TiffLayout& layout,
             }
             offset += bytes;
             if (TIFFIsByteSwapped(handle.get()) != 0) {
-                swapBytes(buffer.data(), bytes, page.isPalette() && page.bits == 16 ? RIX_UINT16 : page.voxelType);
+                swapByteOrder(page.stored, buffer.data(), bytes / bytesOf(page.stored));
             }
+            interrupt.pass(bytes);
             for (std::size_t i = 0; i < rows; ++i) {
                 placer.place(buffer.data() + i * page.rowBytes, page.columns, 0, row + i, 0);
             }
@@ -99,17 +96,18 @@ void readRawPages(TiffHandle& handle, InputFile& file, const TiffLayout& layout,
 
 }  // namespace
 
-ImageFileInfo readTiffInfo(InputFile& file) {
+ImageFileInfo readTiffInfo(InputFile& file, const ReadOptions& options) {
     TiffHandle handle(file);
-    return readTiffLayout(handle, file.size()).info;
+    return readTiffLayout(handle, file.size(), options).info;
 }
 
-std::unique_ptr<MemoryImage> readTiff(InputFile& file) {
+std::unique_ptr<MemoryImage> readTiff(InputFile& file, const ReadOptions& options) {
     TiffHandle handle(file);
-    const TiffLayout layout = readTiffLayout(handle, file.size());
-    auto image = makeImage(layout.info);
+    const TiffLayout layout = readTiffLayout(handle, file.size(), options);
+    auto image = makeImage(layout.info, options);
+    InterruptPoint interrupt(options);
     if (layout.rawPages != 0) {
-        readRawPages(handle, file, layout, *image);
+        readRawPages(handle, file, layout, *image, interrupt);
         return image;
     }
     for (std::size_t index = 0; index < layout.directories.size(); ++index) {
@@ -118,16 +116,16 @@ std::unique_ptr<MemoryImage> readTiff(InputFile& file) {
             handle.failReading("The directory of " + name + " is damaged");
         }
         const TiffPage page = readTiffPage(handle);
-        if (!page.matches(layout.page)) {  // or rows would be written beyond the image
+        if (!page.matches(layout.pages.page)) {  // or rows would be written beyond the image
             throw LoadingError("The file has changed while it was read.");
         }
-        const PagePosition position = positionOfPage(index, layout.axes);
+        const PagePosition position = layout.arrangement.positionOf(index);
         TiffRowPlacer placer(*image, page, position, position.channel * page.channels,
                              page.isPalette() ? readTiffPalette(handle, page) : std::vector<std::uint8_t>());
         if (page.tiled) {
-            readTiles(handle, page, placer, name);
+            readTiles(handle, page, placer, name, interrupt);
         } else {
-            readStrips(handle, page, placer, name);
+            readStrips(handle, page, placer, name, interrupt);
         }
         // Some decoders report damage and go on.
         handle.checkReading("The samples of " + name + " are damaged");

@@ -8,7 +8,7 @@
 
 namespace rix::io {
 
-ImageFileInfo readTiffInfo(InputFile& file);
-std::unique_ptr<MemoryImage> readTiff(InputFile& file);
+ImageFileInfo readTiffInfo(InputFile& file, const ReadOptions& options);
+std::unique_ptr<MemoryImage> readTiff(InputFile& file, const ReadOptions& options);
 
 }  // namespace rix::io

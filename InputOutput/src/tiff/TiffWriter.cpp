@@ -8,72 +8,44 @@
 
 #include "../SampleRows.h"
 #include "ImageJ.h"
+#include "PageDescription.h"
 #include "TiffHandle.h"
+#include "TiffStorage.h"
 
 namespace rix::io {
 namespace {
 
-// Large enough that a strip compresses well and costs few calls, small enough to stay in the cache.
-constexpr std::size_t StripBytes = std::size_t{256} << 10U;
 // A tile passes through memory as a whole.
 constexpr std::size_t LargestTileSide = std::size_t{1} << 14U;
 // The most pages that libtiff reads back.
 constexpr std::size_t MostPages = 1048576;
-// Offsets of 32 bits end at 4 GiB. Directories take 4 KiB a page at most, strips that don't compress grow by less
-// than an eighth.
-constexpr std::uint64_t ClassicLimit = std::uint64_t{1} << 32U;
-constexpr std::uint64_t PageOverhead = 4096;
-
-struct SampleFormat {
-    std::uint16_t format;
-    std::uint16_t bits;
-};
-
-SampleFormat sampleFormatOf(VoxelTypes type) {
-    const auto bits = static_cast<std::uint16_t>(helper::getSizeOf(type) * 8);
-    switch (type) {
-        case RIX_UINT8:
-        case RIX_UINT16:
-        case RIX_UINT32: return {SAMPLEFORMAT_UINT, bits};
-        case RIX_INT8:
-        case RIX_INT16:
-        case RIX_INT32: return {SAMPLEFORMAT_INT, bits};
-        case RIX_FLOAT32:
-        case RIX_FLOAT64: return {SAMPLEFORMAT_IEEEFP, bits};
-        case RIX_COMPLEX_FLOAT32:
-        case RIX_COMPLEX_FLOAT64: return {SAMPLEFORMAT_COMPLEXIEEEFP, bits};
+/// Eight pixels in a byte, the first one in the highest place.
+void packBits(const std::uint8_t* samples, std::size_t count, std::uint8_t* bytes) {
+    for (std::size_t i = 0; i < count; ++i) {
+        bytes[i / 8] = static_cast<std::uint8_t>(bytes[i / 8] | ((samples[i] & 1U) << (7 - i % 8)));
     }
-    return {SAMPLEFORMAT_VOID, bits};
-}
-
-/// Whether the channels are the samples of one pixel, as those of colours are, and not pages of their own.
-bool hasColorPixels(const ImageFileInfo& info) {
-    const std::size_t channels = info.extents[SPECTRAL_SERIES];
-    return info.colorInterpretation == RGB && (channels == 3 || channels == 4);
 }
 
 class TiffWriter {
 public:
-    TiffWriter(OutputFile& file, const ImageModel& image, const WriteOptions& options)
+    TiffWriter(OutputFile& file, const ImageModel& image, const WriteOptions& options, bool ome)
         : m_image(image),
           m_options(options),
           m_info(describe(image)),
-          m_samples(hasColorPixels(m_info) ? m_info.extents[SPECTRAL_SERIES] : 1),
+          m_storage(m_info, options),
+          m_ome(ome),
           m_sampleBytes(helper::getSizeOf(m_info.voxelType)),
-          m_axes{hasColorPixels(m_info) ? 1 : m_info.extents[SPECTRAL_SERIES], m_info.extents[PLANS],
-                 m_info.extents[SEQUENCE]},
-          m_handle(file, needsBigTiff()) {}
+          m_handle(file, options.bigTiff == BigTiff::Always || m_storage.needsBigTiff()) {}
 
     void write() {
-        const std::size_t pages = m_axes.pages().value_or(0);
-        for (std::size_t page = 0; page < pages; ++page) {
+        if (!isCompressed()) {
+            m_handle.reserveSamples(m_storage.sampleBytes());
+        }
+        for (std::size_t page = 0; page < m_storage.pages(); ++page) {
             setFields(page == 0);
-            const PagePosition position = positionOfPage(page, m_axes);
-            if (m_options.tileColumns != 0) {
-                writeBlocks(position, m_options.tileColumns, m_options.tileRows);
-            } else {
-                writeBlocks(position, m_info.extents[COLUMNS], rowsOfStrip());
-            }
+            m_handle.appendSamples(!isCompressed());
+            writeBlocks(positionOfPage(page, m_storage.axes));
+            m_handle.appendSamples(false);
             if (TIFFWriteDirectory(m_handle.get()) == 0 || m_handle.hasErrors()) {
                 m_handle.failWriting("Page " + std::to_string(page + 1) + " cannot be written");
             }
@@ -82,27 +54,8 @@ public:
     }
 
 private:
-    bool isTiled() const { return m_options.tileColumns != 0; }
-    std::size_t rowBytes() const { return m_info.extents[COLUMNS] * m_samples * m_sampleBytes; }
-
-    std::size_t rowsOfStrip() const {
-        return std::clamp<std::size_t>(StripBytes / rowBytes(), 1, m_info.extents[ROWS]);
-    }
-
-    bool needsBigTiff() const {
-        if (m_options.bigTiff == BigTiff::Always) {
-            return true;
-        }
-        const auto roundedUp = [](std::size_t extent, std::size_t block) {
-            return block == 0 ? extent : (extent + block - 1) / block * block;
-        };
-        // As floating-point numbers, which don't overflow: whether the estimate is a byte off doesn't matter.
-        const auto columns = static_cast<double>(roundedUp(m_info.extents[COLUMNS], m_options.tileColumns));
-        const auto rows = static_cast<double>(roundedUp(m_info.extents[ROWS], m_options.tileRows));
-        const double pageBytes = columns * rows * static_cast<double>(m_samples * m_sampleBytes) * 1.125 + rows * 16.0 +
-                                 static_cast<double>(PageOverhead);
-        const double bytes = pageBytes * static_cast<double>(m_axes.pages().value_or(0));
-        return bytes >= static_cast<double>(ClassicLimit);
+    bool isCompressed() const {
+        return m_options.compression != Compression::FormatDefault && m_options.compression != Compression::None;
     }
 
     template <class... Values>
@@ -114,42 +67,44 @@ private:
 
     // Fields are variable arguments in C: each value has to have just the type that libtiff takes out again.
     void setFields(bool first) {
-        const SampleFormat format = sampleFormatOf(m_info.voxelType);
-        set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(m_info.extents[COLUMNS]));
-        set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(m_info.extents[ROWS]));
-        set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(m_samples));
-        set(TIFFTAG_BITSPERSAMPLE, static_cast<int>(format.bits));
-        set(TIFFTAG_SAMPLEFORMAT, static_cast<int>(format.format));
+        set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(m_storage.columns));
+        set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(m_storage.rows));
+        set(TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(m_storage.samples));
+        set(TIFFTAG_BITSPERSAMPLE, static_cast<int>(m_storage.bits));
+        set(TIFFTAG_SAMPLEFORMAT, static_cast<int>(m_storage.format));
         set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-        set(TIFFTAG_PHOTOMETRIC, m_samples == 1 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
+        set(TIFFTAG_PHOTOMETRIC, m_storage.samples == 1 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
         set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-        if (m_samples == 4) {
+        if (m_storage.samples == 4) {
             std::uint16_t alpha = EXTRASAMPLE_UNASSALPHA;
             set(TIFFTAG_EXTRASAMPLES, 1, &alpha);
         }
-        if (isTiled()) {
-            set(TIFFTAG_TILEWIDTH, static_cast<std::uint32_t>(m_options.tileColumns));
-            set(TIFFTAG_TILELENGTH, static_cast<std::uint32_t>(m_options.tileRows));
+        if (m_storage.tiled) {
+            set(TIFFTAG_TILEWIDTH, static_cast<std::uint32_t>(m_storage.blockColumns));
+            set(TIFFTAG_TILELENGTH, static_cast<std::uint32_t>(m_storage.blockRows));
         } else {
-            set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(rowsOfStrip()));
+            set(TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(m_storage.blockRows));
         }
-        setCompression(format);
+        setCompression();
         setResolution();
         if (first) {
-            set(TIFFTAG_IMAGEDESCRIPTION, formatDescription(m_info, m_axes).c_str());
+            const String text = m_ome ? formatOme(m_info, m_storage.axes, m_storage.samples, m_storage.bits)
+                                      : formatDescription(m_info, m_storage.axes);
+            set(TIFFTAG_IMAGEDESCRIPTION, text.c_str());
         }
     }
 
-    void setCompression(const SampleFormat& format) {
-        if (m_options.compression != Compression::Lzw && m_options.compression != Compression::Deflate) {
-            set(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-            return;
+    void setCompression() {
+        switch (m_options.compression) {
+            case Compression::FormatDefault:
+            case Compression::None: set(TIFFTAG_COMPRESSION, COMPRESSION_NONE); return;
+            case Compression::Lzw: set(TIFFTAG_COMPRESSION, COMPRESSION_LZW); break;
+            case Compression::Deflate: set(TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE); break;
+            case Compression::Zstd: set(TIFFTAG_COMPRESSION, COMPRESSION_ZSTD); break;
         }
-        set(TIFFTAG_COMPRESSION,
-            m_options.compression == Compression::Lzw ? COMPRESSION_LZW : COMPRESSION_ADOBE_DEFLATE);
         // Differences of neighbours compress better, and every reader undoes them for these types.
-        const bool integer = format.format == SAMPLEFORMAT_UINT || format.format == SAMPLEFORMAT_INT;
-        if (integer && format.bits <= 16 && m_info.interpretation == RIX_VALUE) {
+        const bool integer = m_storage.format == SAMPLEFORMAT_UINT || m_storage.format == SAMPLEFORMAT_INT;
+        if (integer && m_storage.bits <= 16 && m_info.interpretation == RIX_VALUE) {
             set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
         }
     }
@@ -169,18 +124,17 @@ private:
                                                                        : RESUNIT_NONE);
     }
 
-    void writeBlocks(const PagePosition& position, std::size_t blockColumns, std::size_t blockRows) {
-        const std::size_t pixelBytes = m_samples * m_sampleBytes;
-        const std::size_t blockRowBytes = blockColumns * pixelBytes;
-        for (std::size_t row = 0; row < m_info.extents[ROWS]; row += blockRows) {
-            const std::size_t rows = std::min(blockRows, m_info.extents[ROWS] - row);
-            for (std::size_t column = 0; column < m_info.extents[COLUMNS]; column += blockColumns) {
-                const std::size_t columns = std::min(blockColumns, m_info.extents[COLUMNS] - column);
+    void writeBlocks(const PagePosition& position) {
+        const std::size_t rowBytes = m_storage.bytesOf(m_storage.blockColumns);
+        for (std::size_t row = 0; row < m_storage.rows; row += m_storage.blockRows) {
+            const std::size_t rows = std::min(m_storage.blockRows, m_storage.rows - row);
+            for (std::size_t column = 0; column < m_storage.columns; column += m_storage.blockColumns) {
+                const std::size_t columns = std::min(m_storage.blockColumns, m_storage.columns - column);
                 // Afresh for every block, since libtiff computes the differences in place; beyond the image a tile
                 // holds zeros.
-                m_block.assign(blockRowBytes * (isTiled() ? blockRows : rows), 0);
+                m_block.assign(rowBytes * (m_storage.tiled ? m_storage.blockRows : rows), 0);
                 for (std::size_t i = 0; i < rows; ++i) {
-                    fetchRow(m_block.data() + i * blockRowBytes, columns, column, row + i, position);
+                    fetchRow(m_block.data() + i * rowBytes, columns, column, row + i, position);
                 }
                 writeBlock(column, row);
             }
@@ -189,14 +143,19 @@ private:
 
     void fetchRow(std::uint8_t* target, std::size_t count, std::size_t column, std::size_t row,
                   const PagePosition& position) {
-        if (m_samples == 1) {
+        if (m_storage.samples == 1 && !m_storage.isPacked()) {
             readRow(m_image, target, count, column, row, position.slice, position.frame, position.channel);
             return;
         }
         m_row.resize(count * m_sampleBytes);
-        for (std::size_t sample = 0; sample < m_samples; ++sample) {
+        if (m_storage.isPacked()) {
+            readRow(m_image, m_row.data(), count, column, row, position.slice, position.frame, position.channel);
+            packBits(m_row.data(), count, target);
+            return;
+        }
+        for (std::size_t sample = 0; sample < m_storage.samples; ++sample) {
             readRow(m_image, m_row.data(), count, column, row, position.slice, position.frame, sample);
-            copySamples(m_row.data(), 1, target + sample * m_sampleBytes, m_samples, count, m_sampleBytes);
+            copySamples(m_row.data(), 1, target + sample * m_sampleBytes, m_storage.samples, count, m_sampleBytes);
         }
     }
 
@@ -206,8 +165,8 @@ private:
         const auto bytes = static_cast<tmsize_t>(m_block.size());
         TIFF* tiff = m_handle.get();
         const tmsize_t written =
-            isTiled() ? TIFFWriteEncodedTile(tiff, TIFFComputeTile(tiff, x, y, 0, 0), m_block.data(), bytes)
-                      : TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y, 0), m_block.data(), bytes);
+            m_storage.tiled ? TIFFWriteEncodedTile(tiff, TIFFComputeTile(tiff, x, y, 0, 0), m_block.data(), bytes)
+                            : TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y, 0), m_block.data(), bytes);
         if (written != bytes || m_handle.hasErrors()) {
             m_handle.failWriting("Writing failed");
         }
@@ -216,9 +175,9 @@ private:
     const ImageModel& m_image;
     const WriteOptions& m_options;
     ImageFileInfo m_info;
-    std::size_t m_samples;
+    TiffStorage m_storage;
+    bool m_ome;
     std::size_t m_sampleBytes;
-    PageAxes m_axes;
     TiffHandle m_handle;
     std::vector<std::uint8_t> m_block;
     std::vector<std::uint8_t> m_row;
@@ -240,9 +199,7 @@ String refusalOfTiff(const ImageModel& image, const WriteOptions& options) {
         return "TIFF cannot hold more than " + std::to_string(mostPixels) +
                " columns or rows: " + helper::describeImage(image) + '.';
     }
-    const auto pages =
-        PageAxes{hasColorPixels(info) ? 1 : info.extents[SPECTRAL_SERIES], info.extents[PLANS], info.extents[SEQUENCE]}
-            .pages();
+    const auto pages = TiffStorage(info, options).axes.pages();
     if (!pages || *pages > MostPages) {
         return "TIFF cannot hold more than " + std::to_string(MostPages) + " pages: " + helper::describeImage(image) +
                '.';
@@ -258,7 +215,11 @@ String refusalOfTiff(const ImageModel& image, const WriteOptions& options) {
 }
 
 void writeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options) {
-    TiffWriter(file, image, options).write();
+    TiffWriter(file, image, options, false).write();
+}
+
+void writeOmeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options) {
+    TiffWriter(file, image, options, true).write();
 }
 
 }  // namespace rix::io

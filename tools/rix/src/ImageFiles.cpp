@@ -12,6 +12,7 @@
 #include <rix/io/ImageFile.h>
 
 #include "Failure.h"
+#include "FileOptions.h"
 #include "Interrupts.h"
 #include "Output.h"
 
@@ -19,17 +20,6 @@ namespace rix::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The extension in lower case without its dot.
-std::string extensionOf(const fs::path& path) {
-    std::string extension = path.extension().string();
-    for (char& letter : extension) {
-        if (letter >= 'A' && letter <= 'Z') {
-            letter = static_cast<char>(letter - 'A' + 'a');
-        }
-    }
-    return extension.empty() ? extension : extension.substr(1);
-}
 
 /// The file behind links and detours, also when it doesn't exist yet.
 fs::path targetOf(const fs::path& path) {
@@ -46,11 +36,14 @@ fs::path targetOf(const fs::path& path) {
 
 std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
     try {
-        auto image = io::readImage(path);
+        auto image = io::readImage(path, readingOptions(path));
         Interrupts::throwIfRequested();
+        calibrate(*image);
         return image;
     } catch (const MemoryError&) {
         throw;  // not the fault of the file
+    } catch (const UserCancelException&) {
+        throw;
     } catch (const Exception& exception) {
         throw Failure(UNREADABLE_INPUT, exception);
     }
@@ -59,9 +52,10 @@ std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
 std::unique_ptr<HeaderImage> readHeader(const fs::path& path) {
     auto image = std::make_unique<HeaderImage>();
     try {
-        if (!helper::applyHeader(io::readImageInfo(path), *image)) {
+        if (!helper::applyHeader(io::readImageInfo(path, readingOptions(path)), *image)) {
             throw Failure(UNREADABLE_INPUT, "the image file " + description::inQuotes(path.string()) + " is too large");
         }
+        calibrate(*image);
     } catch (const Exception& exception) {
         throw Failure(UNREADABLE_INPUT, exception);
     }
@@ -70,7 +64,7 @@ std::unique_ptr<HeaderImage> readHeader(const fs::path& path) {
 
 void saveImage(const fs::path& path, const ImageModel& image) {
     try {
-        io::writeImage(path, image);
+        io::writeImage(path, image, writingOptions());
     } catch (const MemoryError&) {
         throw;
     } catch (const Exception& exception) {
@@ -79,16 +73,13 @@ void saveImage(const fs::path& path, const ImageModel& image) {
 }
 
 void checkCanWrite(const fs::path& path) {
-    const std::string extension = extensionOf(path);
-    std::string known;
-    bool isKnown = false;
-    for (const auto& format : io::getImageFormats()) {
-        for (const auto& candidate : format.extensions) {
-            isKnown = isKnown || candidate == extension;
-            known += (known.empty() ? "." : ", .") + candidate;
+    if (!io::isImageFileName(path)) {
+        std::string known;
+        for (const auto& format : io::getImageFormats()) {
+            for (const auto& candidate : format.extensions) {
+                known += (known.empty() ? "." : ", .") + candidate;
+            }
         }
-    }
-    if (!isKnown) {
         refuse(path, "its extension is none of " + known);
     }
     checkCanWriteFile(path);

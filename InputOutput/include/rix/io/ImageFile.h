@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,6 +21,7 @@ enum class Compression {
     None,
     Lzw,      ///< TIFF only
     Deflate,  ///< the one of PNG
+    Zstd,     ///< TIFF only
 };
 
 /// Whether a TIFF file gets 64-bit offsets, which some readers don't know.
@@ -35,6 +37,31 @@ struct WriteOptions {
     std::size_t tileColumns = 0;
     std::size_t tileRows = 0;
     BigTiff bigTiff = BigTiff::WhenNeeded;
+    /// Whether calibration and meaning that the format has no place for are left out; else such an image is refused.
+    bool dropMetadata = false;
+};
+
+/// What of the calibration in a file counts.
+enum class Calibration {
+    /// All but a resolution that programs note for print and screen (72, 96, 300 ... dots an inch, the same along rows
+    /// and
+    /// columns), which tells nothing of what is on the picture.
+    Measured,
+    All,   ///< a resolution for print, too
+    None,  ///< spacing 1, origin 0, no units, axes along those of the world
+};
+
+/// How an image file is read.
+struct ReadOptions {
+    /// The most bytes that the samples of an image may take in memory. 0 stands for the global setting
+    /// RIX_MAXIMUM_IMAGE_SIZE, a number of bytes; without that there is no limit.
+    std::uint64_t maximumImageSize = 0;
+    Calibration calibration = Calibration::Measured;
+    /// Asked between parts of the file, about every MiB; true ends the reading with `UserCancelException`.
+    std::function<bool()> interrupted{};
+    /// Told what the file says that is not understood or contradicts its samples, and what is made of it instead.
+    /// Where nobody is told, such files are refused, unless the contradiction is a usual one of ImageJ's.
+    std::function<void(const String&)> warn{};
 };
 
 /// All that a file tells about its image beside the samples.
@@ -52,6 +79,9 @@ struct ImageFormat {
 
 /// The formats in the order in which files are tried against them.
 RIX_EXPORT std::vector<ImageFormat> getImageFormats();
+
+/// Whether the name of a file ends with an extension of a format.
+RIX_EXPORT bool isImageFileName(const std::filesystem::path& path);
 
 /// Reads a whole image into memory. The format is told from the content of the file, never from its name.
 ///
@@ -82,10 +112,10 @@ RIX_EXPORT std::vector<ImageFormat> getImageFormats();
 /// @throws MemoryError there is not enough memory for the image.
 ///
 /// Cost: one pass over the file; beside the image one strip or tile is held.
-RIX_EXPORT std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path);
+RIX_EXPORT std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const ReadOptions& options = {});
 
 /// What `readImage` would give, without reading samples. Throws as it does; damaged samples are not noticed.
-RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path);
+RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions& options = {});
 
 /// Writes an image in the format that the extension of `path` names (.tif, .tiff, .png; in any case of letters).
 ///

@@ -11,6 +11,7 @@
 
 #include "../Commands.h"
 #include "../Failure.h"
+#include "../FileOptions.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
 #include "../Statistics.h"
@@ -107,7 +108,9 @@ int runInfo(const InfoOptions& options) {
     const auto image = loadImage(options.path);
     io::ImageFileInfo file;
     try {
-        file = io::readImageInfo(options.path);
+        io::ReadOptions reading = readingOptions(options.path);
+        reading.warn = [](const String&) {};  // was told when the image was read
+        file = io::readImageInfo(options.path, reading);
     } catch (const Exception& exception) {
         throw Failure(UNREADABLE_INPUT, exception);
     }
@@ -128,6 +131,7 @@ void addInfoCommand(CLI::App& program, Action& chosen) {
         "info", "Tell about an image file: sizes, types, calibration, minimum, maximum and mean");
     command->add_option("IMAGE", options->path, "The file. Complex samples count by their magnitude")->required();
     command->add_flag("--json", options->json, "Print a JSON object");
+    addReadingOptions(*command);
     command->footer("Example:\n  rix info examples/images/coins.png");
     command->callback([&chosen, options] { chosen = [options] { return runInfo(*options); }; });
 }

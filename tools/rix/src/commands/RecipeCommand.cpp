@@ -6,6 +6,7 @@
 
 #include "../Commands.h"
 #include "../Failure.h"
+#include "../FileOptions.h"
 #include "../recipe/RunRecipe.h"
 
 namespace rix::cli {
@@ -44,6 +45,8 @@ void addRecipeCommand(CLI::App& program, Action& chosen) {
         ->type_name("PATH");
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print the record, or what goes wrong, as a JSON object");
+    addReadingOptions(*command);
+    addWritingOptions(*command);
     command->footer("Example:\n  rix recipe examples/coins.json folder=.");
     command->callback([&chosen, options] { chosen = [options] { return runCommand(*options); }; });
 }

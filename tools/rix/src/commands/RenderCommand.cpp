@@ -10,6 +10,7 @@
 
 #include "../Commands.h"
 #include "../Failure.h"
+#include "../FileOptions.h"
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
@@ -81,6 +82,8 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
         ->add_option("--channel", options->slice.channel,
                      "Spectral channel to show; unless given, RGB as colours or else the first")
         ->type_name("N");
+    addReadingOptions(*command);
+    addWritingOptions(*command);
     command->footer("Example:\n  rix render examples/images/cell.png cell-view.png");
     command->callback([&chosen, options] { chosen = [options] { return runRender(*options); }; });
 }

@@ -16,6 +16,7 @@
 #include "../Assignments.h"
 #include "../Commands.h"
 #include "../Failure.h"
+#include "../FileOptions.h"
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
@@ -206,6 +207,8 @@ void addRunCommand(CLI::App& program, Action& chosen) {
         ->type_name("PATH");
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print results, or what goes wrong, as a JSON object");
+    addReadingOptions(*command);
+    addWritingOptions(*command);
     command->footer(
         "Example:\n"
         "  rix run AutoThresholdingBright inputGrayImage=examples/images/coins.png thresholdCriterion=FACTORISATION"

@@ -9,6 +9,7 @@
 #include <rix/rendering/View.h>
 
 #include "../Failure.h"
+#include "../FileOptions.h"
 #include "../ImageFiles.h"
 #include "../Output.h"
 #include "../TableFiles.h"
@@ -28,7 +29,7 @@ void checkFits(const std::filesystem::path& path, const ImageModel& image) {
         return;
     }
     try {
-        io::checkImageFits(path, image);
+        io::checkImageFits(path, image, writingOptions());
     } catch (const Exception& exception) {
         throw Failure(UNWRITABLE_OUTPUT, exception);
     }

@@ -1,0 +1,123 @@
+#include "FileOptions.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include <rix/description/Text.h>
+
+#include "Interrupts.h"
+#include "Output.h"
+
+namespace rix::cli {
+namespace {
+
+/// One command is parsed in a process; what it was told holds for all files.
+struct GivenOptions {
+    std::vector<double> spacing;
+    std::optional<std::string> unit;
+    bool noCalibration = false;
+    bool printResolution = false;
+    std::uint64_t maximumImageSize = 0;
+    io::WriteOptions writing;
+};
+
+GivenOptions& given() {
+    static GivenOptions options;
+    return options;
+}
+
+/// The names as they are listed in messages.
+const std::vector<std::pair<std::string, io::Compression>>& compressions() {
+    static const std::vector<std::pair<std::string, io::Compression>> all{{"none", io::Compression::None},
+                                                                          {"deflate", io::Compression::Deflate},
+                                                                          {"lzw", io::Compression::Lzw},
+                                                                          {"zstd", io::Compression::Zstd}};
+    return all;
+}
+
+}  // namespace
+
+void addReadingOptions(CLI::App& command) {
+    GivenOptions& options = given();
+    options = {};
+    command
+        .add_option("--spacing", options.spacing,
+                    "Spacing of the images that are read, instead of the files': one number, or one for columns, rows "
+                    "and planes each, with commas between")
+        ->delimiter(',')
+        ->expected(1, 3)
+        ->check(CLI::PositiveNumber.description(""))
+        ->type_name("X,Y,Z");
+    command.add_option("--unit", options.unit, "Unit of the spacing of the images that are read, such as mm")
+        ->type_name("UNIT");
+    command.add_flag("--no-calibration", options.noCalibration,
+                     "Pass over spacings, origins, directions and units in the files");
+    command.add_flag("--print-resolution", options.printResolution,
+                     "Take dots an inch that programs note for print (72, 96, 300 ...) as spacing, too");
+    command
+        .add_option("--max-image-size", options.maximumImageSize,
+                    "Refuse files whose images take more memory, in bytes or with K, M, G; the setting "
+                    "RIX_MAXIMUM_IMAGE_SIZE is the same in bytes")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+}
+
+void addWritingOptions(CLI::App& command) {
+    GivenOptions& options = given();
+    std::vector<std::string> names;
+    for (const auto& [name, compression] : compressions()) {
+        names.push_back(name);
+    }
+    command
+        .add_option_function<std::string>(
+            "--compress",
+            [](const std::string& text) {
+                for (const auto& [name, compression] : compressions()) {
+                    if (name == text) {
+                        given().writing.compression = compression;
+                    }
+                }
+            },
+            "Compress the images that are written; unless given, as is usual for the format (TIFF: none)")
+        ->check(CLI::IsMember(names).description(""))
+        ->type_name("none|deflate|lzw|zstd");
+    command.add_flag("--drop-metadata", options.writing.dropMetadata,
+                     "Write an image also in a format that can't hold its calibration or meaning, without them");
+}
+
+io::ReadOptions readingOptions(const std::filesystem::path& path) {
+    const GivenOptions& options = given();
+    io::ReadOptions reading;
+    reading.maximumImageSize = options.maximumImageSize;
+    reading.calibration = options.noCalibration     ? io::Calibration::None
+                          : options.printResolution ? io::Calibration::All
+                                                    : io::Calibration::Measured;
+    reading.interrupted = &Interrupts::requested;
+    reading.warn = [name = path.string()](const String& text) {
+        writeMessage("rix: warning: " + description::inQuotes(name) + ": " + text + '\n');
+    };
+    return reading;
+}
+
+const io::WriteOptions& writingOptions() {
+    return given().writing;
+}
+
+void calibrate(ImageModel& image) {
+    const GivenOptions& options = given();
+    constexpr std::array axes{COLUMNS, ROWS, PLANS};
+    for (std::size_t i = 0; i < axes.size() && !options.spacing.empty(); ++i) {
+        if (i < options.spacing.size() || options.spacing.size() == 1) {
+            image.setSpacingOf(axes[i], options.spacing[options.spacing.size() == 1 ? 0 : i]);
+        }
+    }
+    if (options.unit) {
+        image.setSpatialUnitName(*options.unit);
+    }
+}
+
+}  // namespace rix::cli

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <rix/image/ImageModel.h>
+#include <rix/io/ImageFile.h>
+
+namespace CLI {
+class App;
+}
+
+namespace rix::cli {
+
+/// Adds what a command may be told about the image files that it reads: --spacing, --unit, --no-calibration,
+/// --print-resolution, --max-image-size. They hold for all of them.
+void addReadingOptions(CLI::App& command);
+/// The same for the files that it writes: --compress, --drop-metadata.
+void addWritingOptions(CLI::App& command);
+
+/// How files are read as the command line says: Ctrl-C ends it, doubts about a file are told on standard error.
+io::ReadOptions readingOptions(const std::filesystem::path& path);
+const io::WriteOptions& writingOptions();
+
+/// Gives an image that was read the spacing and the unit of the command line, if it has them.
+void calibrate(ImageModel& image);
+
+}  // namespace rix::cli
