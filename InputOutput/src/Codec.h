@@ -23,12 +23,21 @@ struct Codec {
     ImageFileInfo (*readInfo)(InputFile& file, const ReadOptions& options);
     std::unique_ptr<MemoryImage> (*read)(InputFile& file, const ReadOptions& options);
     /// Called only with images that `refusal` lets pass.
-    void (*write)(OutputFile& file, const ImageModel& image, const WriteOptions& options);
+    /// @param path the name that the file gets, for formats of two files
+    void (*write)(OutputFile& file, const std::filesystem::path& path, const ImageModel& image,
+                  const WriteOptions& options);
 };
 
 extern const Codec tiffCodec;
 extern const Codec omeTiffCodec;
 extern const Codec pngCodec;
+extern const Codec npyCodec;
+extern const Codec nrrdCodec;
+extern const Codec metaImageCodec;
+extern const Codec niftiCodec;
+extern const Codec pnmCodec;
+extern const Codec bmpCodec;
+extern const Codec jpegCodec;
 
 std::span<const Codec* const> codecs();
 

@@ -8,7 +8,9 @@
 namespace rix::io {
 
 std::span<const Codec* const> codecs() {
-    static constexpr std::array table{&tiffCodec, &omeTiffCodec, &pngCodec};
+    static constexpr std::array<const Codec*, 10> table{&tiffCodec,      &omeTiffCodec, &pngCodec, &nrrdCodec,
+                                                        &metaImageCodec, &npyCodec,     &pnmCodec, &bmpCodec,
+                                                        &jpegCodec,      &niftiCodec};
     return table;
 }
 

@@ -63,14 +63,17 @@ void refuseWhatDoesNotFit(const Codec& codec, const ImageModel& image, const Wri
     if (reason.empty()) {
         return;
     }
-    String others;
+    std::vector<String> others;
     for (const Codec* other : codecs()) {
         if (other->refusal(image, options).empty()) {
-            others += others.empty() ? " It can be written as " : " or ";
-            others += other->name;
+            others.emplace_back(other->name);
         }
     }
-    throw WritingError(reason + (others.empty() ? String(" No other format can hold it.") : others + '.'));
+    String list;
+    for (std::size_t i = 0; i < others.size(); ++i) {
+        list += (i == 0 ? " It can be written as " : i + 1 == others.size() ? " or " : ", ") + others[i];
+    }
+    throw WritingError(reason + (list.empty() ? String(" No other format can hold it.") : list + '.'));
 }
 
 /// Runs `action` and adds to whatever it throws the level that names the file.
@@ -141,7 +144,7 @@ void writeImage(const std::filesystem::path& path, const ImageModel& image, cons
         const Codec& codec = codecOfName(path);
         refuseWhatDoesNotFit(codec, image, options);
         OutputFile file(path);
-        codec.write(file, image, options);
+        codec.write(file, path, image, options);
         file.commit();
     });
 }

@@ -11,7 +11,7 @@
 
 namespace rix::io {
 
-InputFile::InputFile(const std::filesystem::path& path) {
+InputFile::InputFile(const std::filesystem::path& path) : m_path(path) {
     // Without O_NONBLOCK opening a pipe would wait for someone to write into it.
     m_descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (m_descriptor < 0) {

@@ -20,6 +20,7 @@ public:
     ~InputFile();
 
     std::uint64_t size() const noexcept { return m_size; }
+    const std::filesystem::path& path() const noexcept { return m_path; }
 
     /// Reads up to `bytes` bytes; fewer only at the end of the file or after a failure. It never throws, since C
     /// libraries call it back.
@@ -29,6 +30,7 @@ public:
     String failure() const;
 
 private:
+    std::filesystem::path m_path;
     int m_descriptor = -1;
     std::uint64_t m_size = 0;
     int m_error = 0;

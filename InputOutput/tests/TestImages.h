@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/io/ImageFile.h>
 
@@ -90,13 +91,16 @@ Image randomImage(VoxelTypes type, const Extents& n, unsigned seed = 1) {
 /// Gives an image a meaning; as a binary one it gets samples of 0 and 1, which are all that files keep of those.
 inline void interpret(MemoryImage& image, Interpretations interpretation) {
     image.setInterpretation(interpretation);
-    const std::size_t size = helper::getSizeOf(image.getVoxelType());
     std::size_t count = 0;
     if (interpretation == RIX_BINARY && helper::getElementCount(image, count)) {
-        for (std::size_t i = 0; i < count * size; ++i) {  // whole numbers begin with their lowest byte here
-            image.getInternalBuffer()[i] =
-                static_cast<std::uint8_t>(i % size == 0 ? image.getInternalBuffer()[i] & 1U : 0U);
-        }
+        access::dispatch(access::AllTypes{}, image.getVoxelType(), [&](auto tag) {
+            using Sample = typename decltype(tag)::type;
+            for (std::size_t i = 0; i < count; ++i) {
+                std::uint8_t* place = image.getInternalBuffer() + i * sizeof(Sample);
+                const auto sample = static_cast<Sample>(*place & 1U);
+                std::memcpy(place, &sample, sizeof(sample));
+            }
+        });
     }
 }
 

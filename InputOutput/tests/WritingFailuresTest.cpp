@@ -119,7 +119,7 @@ TEST(WritingFailures, TargetsThatCannotBe) {
     for (const Case& c : {Case{"folder.tif", "This is a folder"}, Case{"pipe.png", "not a regular file"},
                           Case{"missing/image.tif", "' does not exist."},
                           Case{"image", "no extension that tells the format. Known are TIFF (.tif, .tiff), "},
-                          Case{"image.jpg", "'.jpg' stands for no format that is known. Known are TIFF (.tif, .tiff)"},
+                          Case{"image.gif", "'.gif' stands for no format that is known. Known are TIFF (.tif, .tiff)"},
                           Case{"image.tif.", "The extension '.' stands for no format"}}) {
         const std::string text = textOf<WritingError>([&] { writeImage(folder / c.name, image); });
         EXPECT_THAT(text, HasSubstr(c.reason));

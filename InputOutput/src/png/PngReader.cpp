@@ -10,13 +10,11 @@
 #include "../Metadata.h"
 #include "../Resolution.h"
 #include "../SampleRows.h"
+#include "../raw/ByteStreams.h"
 #include "PngSession.h"
 
 namespace rix::io {
 namespace {
-
-/// The most that deflate can make of a byte: 258 bytes in 2 bits, less what tables take.
-constexpr std::uint64_t DeflateRatio = 1032;
 
 /// What the chunks before the samples say.
 struct PngHeader {

@@ -65,7 +65,7 @@ String refusalOfPng(const ImageModel& image, const WriteOptions& options) {
     return {};
 }
 
-void writePng(OutputFile& file, const ImageModel& image, const WriteOptions& options) {
+void writePng(OutputFile& file, const std::filesystem::path&, const ImageModel& image, const WriteOptions& options) {
     const ImageFileInfo info = describe(image);
     const std::size_t columns = info.extents[COLUMNS];
     const std::size_t channels = info.extents[SPECTRAL_SERIES];

@@ -214,11 +214,12 @@ String refusalOfTiff(const ImageModel& image, const WriteOptions& options) {
     return {};
 }
 
-void writeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options) {
+void writeTiff(OutputFile& file, const std::filesystem::path&, const ImageModel& image, const WriteOptions& options) {
     TiffWriter(file, image, options, false).write();
 }
 
-void writeOmeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options) {
+void writeOmeTiff(OutputFile& file, const std::filesystem::path&, const ImageModel& image,
+                  const WriteOptions& options) {
     TiffWriter(file, image, options, true).write();
 }
 

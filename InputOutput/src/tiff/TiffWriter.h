@@ -10,8 +10,10 @@ namespace rix::io {
 String refusalOfTiff(const ImageModel& image, const WriteOptions& options);
 
 /// With ImageJ's description of the pages.
-void writeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options);
+void writeTiff(OutputFile& file, const std::filesystem::path& path, const ImageModel& image,
+               const WriteOptions& options);
 /// With the XML of OME-TIFF.
-void writeOmeTiff(OutputFile& file, const ImageModel& image, const WriteOptions& options);
+void writeOmeTiff(OutputFile& file, const std::filesystem::path& path, const ImageModel& image,
+                  const WriteOptions& options);
 
 }  // namespace rix::io

@@ -17,10 +17,10 @@ namespace rix::io {
 
 /// How samples are packed in a file. All are lossless.
 enum class Compression {
-    FormatDefault,  ///< TIFF: none; PNG: deflate
+    FormatDefault,  ///< PNG and .nii.gz: deflate; else none
     None,
     Lzw,      ///< TIFF only
-    Deflate,  ///< the one of PNG
+    Deflate,  ///< TIFF, PNG, NRRD (as gzip), MetaImage (as zlib)
     Zstd,     ///< TIFF only
 };
 
@@ -66,7 +66,7 @@ struct ReadOptions {
 
 /// All that a file tells about its image beside the samples.
 struct ImageFileInfo : ImageHeader {
-    String format;                ///< name of the format, "TIFF" or "PNG"
+    String format;                ///< name of the format, such as "TIFF"
     String storage;               ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
     std::uint64_t fileBytes = 0;  ///< size of the file
 };
@@ -87,19 +87,22 @@ RIX_EXPORT bool isImageFileName(const std::filesystem::path& path);
 ///
 /// Axes. The first row of the image is the top one, the first column the left one, whatever order the file keeps them
 /// in (a TIFF file that stores its picture transposed is refused). Channels lie on the spectral axis. Pages of a TIFF
-/// stack are planes, unless an ImageJ description says that they are channels, slices and frames: these become
-/// spectral series, planes and sequence. Reduced copies and masks inside a TIFF file are passed over; pages of
-/// different sizes or types are refused.
+/// stack are planes, unless a description says what they are: ImageJ's, OME-XML, or the JSON of Python programs.
+/// Reduced copies and masks inside a TIFF file are passed over; pages of different sizes or types are refused.
+/// docs/formats.md tells what the other formats say.
 ///
-/// Samples. Types are kept. Unsigned TIFF samples of 2 to 15 bits keep their values in the next larger of uint8 and
-/// uint16; PNG greys of 2 and 4 bits are scaled to 0..255, as that format defines. Images of 1 bit become uint8 with
-/// the values 0 and 1 and the interpretation binary; 1 is the bright side. Where zero means white, unsigned values are
-/// turned over, so that larger is brighter (for other types that is not defined, they are left). Palettes are expanded
-/// to RGB. Three channels of colour have the colour interpretation `RGB`; opacity follows them as a fourth channel
-/// (with grey: as a second), values untouched. Gamma and colour profiles are not applied.
+/// Samples. Types are kept, but for 16-bit floats, which become float32, and 64-bit integers, which become 32-bit ones
+/// when every value fits and are refused else. Unsigned TIFF samples of 2 to 15 bits keep their values in the next
+/// larger of uint8 and uint16; PNG greys of 2 and 4 bits are scaled to 0..255, as that format defines. Images of 1 bit
+/// become uint8 with the values 0 and 1 and the interpretation binary; 1 is the bright side. Whatever a file holds,
+/// samples of a binary image become 0 or 1. Where zero means white, unsigned values are turned over, so that larger is
+/// brighter (for other types that is not defined, they are left). Palettes are expanded to RGB. Three channels of
+/// colour have the colour interpretation `RGB`; opacity follows them as a fourth channel (with grey: as a second),
+/// values untouched. Gamma and colour profiles are not applied.
 ///
-/// Calibration. From the ImageJ description, the resolution of the file (in millimetres where that is per inch, metre
-/// or centimetre) and, exactly, from what `writeImage` has noted. Spacing is 1 where the file has none.
+/// Calibration. From the fields of the format, the description of a TIFF file, its resolution unless that is one for
+/// print (in millimetres where it is per inch, metre or centimetre) and, exactly, from what `writeImage` has noted.
+/// Spacing is 1 where the file has none.
 ///
 /// Files are taken as hostile. Before anything is allocated for them, the promised samples, as stored, are compared
 /// with what the file's own size can hold: its bytes without compression, at most 2560 times them with LZW, 1032 with
@@ -108,8 +111,10 @@ RIX_EXPORT bool isImageFileName(const std::filesystem::path& path);
 /// file is refused as a whole.
 ///
 /// @throws LoadingError the file is missing, no regular file, unreadable, damaged, of an unknown format or of a kind
-///         that is not supported. The first level says what is wrong, the outermost names the file.
+///         that is not supported, or larger than the options allow. The first level says what is wrong, the outermost
+///         names the file.
 /// @throws MemoryError there is not enough memory for the image.
+/// @throws UserCancelException the options' `interrupted` said so.
 ///
 /// Cost: one pass over the file; beside the image one strip or tile is held.
 RIX_EXPORT std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const ReadOptions& options = {});
@@ -117,13 +122,17 @@ RIX_EXPORT std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& p
 /// What `readImage` would give, without reading samples. Throws as it does; damaged samples are not noticed.
 RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions& options = {});
 
-/// Writes an image in the format that the extension of `path` names (.tif, .tiff, .png; in any case of letters).
+/// Writes an image in the format that the extension of `path` names, in any case of letters; docs/formats.md tells what
+/// each can hold.
 ///
-/// TIFF holds every voxel type and all five axes; PNG one plane of uint8 or uint16, grey, RGB or RGB with opacity.
 /// Interpretation, colour interpretation, spacing, origin, directions and unit names are noted in the file in a form
-/// that other readers pass over, beside the forms that they know (ImageJ description, resolution). A spacing that is
-/// not positive and finite counts as none. Nothing is ever converted: what the format cannot hold is refused, with
-/// the formats that can.
+/// that other readers pass over, beside the forms that they know (descriptions, resolution, fields). A format that has
+/// no place for them refuses an image that has them, unless the options drop them. A spacing that is not positive and
+/// finite counts as none. Samples of a binary image are written as 0 and 1, with one bit where the format has that.
+/// Nothing else is ever converted: what the format cannot hold is refused, with the formats that can.
+///
+/// The samples of .nhdr and .mhd go to a file beside of that name with .raw, .raw.gz or .zraw behind it, which is
+/// complete before the header is.
 ///
 /// The file appears under its name only when it is complete. Until then it has another name in the same folder and is
 /// removed on any failure; an older file of that name stays as it was. Replacing a file waits until the new samples

@@ -1,0 +1,180 @@
+// JPEG is read only: to write it would change samples.
+
+#include <array>
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <jpeglib.h>
+
+#include <rix/exceptions/Exception.h>
+
+#include "../Codec.h"
+#include "../Metadata.h"
+#include "../Resolution.h"
+#include "../SampleRows.h"
+
+namespace rix::io {
+namespace {
+
+constexpr std::array<const char*, 2> Extensions{"jpg", "jpeg"};
+/// 64 samples in a bit, times the subsampling of colour.
+constexpr std::uint64_t JpegRatio = 2048;
+/// Sound files have about ten; each costs a pass over the picture.
+constexpr int MostScans = 100;
+
+bool recognises(std::span<const std::uint8_t> beginning) {
+    return beginning.size() >= 3 && beginning[0] == 0xFF && beginning[1] == 0xD8 && beginning[2] == 0xFF;
+}
+
+/// One run of libjpeg over a file of ours. As with libpng, errors come back by a long jump, so that what runs inside
+/// `guarded` has no object with a destructor.
+class JpegSession {
+public:
+    explicit JpegSession(InputFile& file) : m_bytes(static_cast<std::size_t>(file.size())) {
+        if (file.readAt(0, m_bytes.data(), m_bytes.size()) != m_bytes.size()) {
+            throw LoadingError("Reading failed: " + file.failure() + '.');
+        }
+        m_jpeg.err = jpeg_std_error(&m_errors);
+        m_errors.error_exit = &fail;
+        m_errors.emit_message = &warn;
+        m_progress.progress_monitor = &watch;
+        m_jpeg.client_data = this;
+        try {
+            guarded([this] {
+                jpeg_create_decompress(&m_jpeg);
+                m_jpeg.progress = &m_progress;
+                jpeg_mem_src(&m_jpeg, m_bytes.data(), static_cast<unsigned long>(m_bytes.size()));
+                jpeg_read_header(&m_jpeg, TRUE);
+            });
+        } catch (...) {
+            jpeg_destroy_decompress(&m_jpeg);
+            throw;
+        }
+    }
+    JpegSession(const JpegSession&) = delete;
+    JpegSession& operator=(const JpegSession&) = delete;
+    ~JpegSession() { jpeg_destroy_decompress(&m_jpeg); }
+
+    jpeg_decompress_struct& jpeg() { return m_jpeg; }
+
+    /// @throws LoadingError when libjpeg reports damage in it
+    template <class Body>
+    void guarded(Body body) {
+        if (!run([](void* context) { (*static_cast<Body*>(context))(); }, &body) || m_message[0] != '\0') {
+            throw LoadingError("The JPEG file is damaged: " + String(m_message) + '.');
+        }
+    }
+
+private:
+    bool run(void (*body)(void*), void* context) {
+        if (setjmp(m_return) != 0) {
+            return false;
+        }
+        body(context);
+        return true;
+    }
+
+    static JpegSession& of(j_common_ptr jpeg) { return *static_cast<JpegSession*>(jpeg->client_data); }
+
+    static void fail(j_common_ptr jpeg) {
+        keep(jpeg);
+        std::longjmp(of(jpeg).m_return, 1);
+    }
+
+    /// libjpeg fills up with grey what a damaged file doesn't hold, and warns.
+    static void warn(j_common_ptr jpeg, int level) {
+        if (level < 0) {
+            keep(jpeg);
+        }
+    }
+
+    static void keep(j_common_ptr jpeg) {
+        std::array<char, JMSG_LENGTH_MAX> text{};
+        jpeg->err->format_message(jpeg, text.data());
+        std::strncpy(of(jpeg).m_message, text.data(), sizeof(m_message) - 1);
+    }
+
+    static void watch(j_common_ptr jpeg) {
+        if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number > MostScans) {
+            std::strncpy(of(jpeg).m_message, "it has too many scans", sizeof(m_message) - 1);
+            std::longjmp(of(jpeg).m_return, 1);
+        }
+    }
+
+    std::vector<std::uint8_t> m_bytes;
+    jpeg_decompress_struct m_jpeg{};
+    jpeg_error_mgr m_errors{};
+    jpeg_progress_mgr m_progress{};
+    std::jmp_buf m_return{};
+    char m_message[JMSG_LENGTH_MAX + 1] = "";
+};
+
+ImageFileInfo describe(JpegSession& session, const InputFile& file, const ReadOptions& options) {
+    const jpeg_decompress_struct& jpeg = session.jpeg();
+    const bool grey = jpeg.jpeg_color_space == JCS_GRAYSCALE;
+    if (!grey && jpeg.jpeg_color_space != JCS_YCbCr && jpeg.jpeg_color_space != JCS_RGB) {
+        throw LoadingError("The colours are kept as inks (CMYK) or in another way. Supported are greys and RGB.");
+    }
+    ImageFileInfo info;
+    info.format = "JPEG";
+    info.storage = "JPEG, lossy, 8 bits a sample";
+    info.fileBytes = file.size();
+    info.extents = {jpeg.image_width, jpeg.image_height, 1, 1, grey ? 1U : 3U};
+    info.colorInterpretation = grey ? UNKNOWN : RGB;
+    std::size_t bytes = 0;
+    if (!helper::checkedMultiply(info.extents[0], info.extents[1] * info.extents[4], bytes)) {
+        throw LoadingError("The header promises more bytes of samples than 64 bits can count.");
+    }
+    checkPromise(bytes, file.size(), JpegRatio, "JPEG");
+    if (jpeg.saw_JFIF_marker != 0 && (jpeg.density_unit == 1 || jpeg.density_unit == 2)) {
+        const double inMetre = jpeg.density_unit == 1 ? 1.0 / 0.0254 : 100.0;
+        applyResolution(jpeg.X_density * inMetre, jpeg.Y_density * inMetre, options, info);
+    }
+    return info;
+}
+
+ImageFileInfo readInfo(InputFile& file, const ReadOptions& options) {
+    JpegSession session(file);
+    return describe(session, file, options);
+}
+
+std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
+    JpegSession session(file);
+    const ImageFileInfo info = describe(session, file, options);
+    auto image = makeImage(info, options);
+    InterruptPoint interrupt(options);
+    jpeg_decompress_struct& jpeg = session.jpeg();
+    const std::size_t channels = info.extents[SPECTRAL_SERIES];
+    std::vector<std::uint8_t> line(info.extents[COLUMNS] * channels);
+    session.guarded([&] {
+        jpeg.out_color_space = channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
+        jpeg_start_decompress(&jpeg);
+    });
+    for (std::size_t row = 0; row < info.extents[ROWS]; ++row) {
+        std::uint8_t* target = line.data();
+        session.guarded([&] { jpeg_read_scanlines(&jpeg, &target, 1); });
+        interrupt.pass(line.size());
+        for (std::size_t c = 0; c < channels; ++c) {
+            copySamples(line.data() + c, channels, rowAddress(*image, info.extents[COLUMNS], 0, row, 0, 0, c), 1,
+                        info.extents[COLUMNS], 1);
+        }
+    }
+    session.guarded([&] { jpeg_finish_decompress(&jpeg); });
+    return image;
+}
+
+String refusal(const ImageModel&, const WriteOptions&) {
+    return "JPEG is not written: it would change samples.";
+}
+
+void write(OutputFile&, const std::filesystem::path&, const ImageModel& image, const WriteOptions& options) {
+    throw WritingError(refusal(image, options));
+}
+
+}  // namespace
+
+const Codec jpegCodec{"JPEG", Extensions, &recognises, &refusal, &readInfo, &read, &write};
+
+}  // namespace rix::io
