@@ -1,31 +1,54 @@
 """Image files and pictures."""
 
 import os
-from typing import Any, Dict, Optional, Union
+from typing import Any, Dict, Mapping, Optional, Union
 
 import numpy as np
 import numpy.typing as npt
 
 from . import _rix
-from ._errors import RunError
-from ._image import ColorInterpretation, Image
+from ._errors import RuleError, RunError
+from ._image import ColorInterpretation, Image, PerAxis
 
 Path = Union[str, "os.PathLike[str]"]
 
 
-def imread(path: Path) -> Image:
-    """Reads an image file (TIFF, PNG) with its calibration and interpretation.
+def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], None] = "file",
+           maximum_size: Optional[int] = None) -> Image:
+    """Reads an image file with its calibration and interpretation; docs/formats.md lists the formats.
 
     The axes of the result are rows and columns, and before them planes, time and channels where there are several.
+    What a file says that is not understood is told by `warnings`.
+
+    Parameters
+    ----------
+    calibration
+        "file": as the file tells it, but for the dots an inch that programs note for print (72, 96, 300 ...); "all":
+        these, too; "none" or None: spacing 1 and no unit. Or what to take instead: a spacing as `Image` takes it, or a
+        dict of `spacing`, `origin`, `spatial_unit`, `sequence_unit`, `directions`.
+    maximum_size
+        The most bytes that the image may take in memory; unless given, the setting RIX_MAXIMUM_IMAGE_SIZE.
+
     Raises `FileError`.
     """
-    image: Image = _rix.read_image(os.fsdecode(path))
-    return image
+    named = isinstance(calibration, str) or calibration is None
+    source = calibration or "none" if named else "file"
+    image: Image = _rix.read_image(os.fsdecode(path), source, maximum_size or 0)
+    if named:
+        return image
+    names = ("spacing", "origin", "spatial_unit", "sequence_unit", "directions")
+    instead = dict(calibration) if isinstance(calibration, Mapping) and set(calibration) & set(names) else \
+        {"spacing": calibration}
+    unknown = set(instead) - set(names)
+    if unknown:
+        raise RuleError(f"calibration: there is no {', '.join(sorted(unknown))}; there are {', '.join(names)}")
+    return Image(image.array, **{**image.calibration, **instead}, interpretation=image.interpretation,
+                 color_interpretation=image.color_interpretation)
 
 
 def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: Optional[str] = None,
-            color_interpretation: Union[ColorInterpretation, str, None] = None) -> None:
-    """Writes an image in the format that the extension of `path` names (.tif, .tiff, .png).
+            color_interpretation: Union[ColorInterpretation, str, None] = None, drop_metadata: bool = False) -> None:
+    """Writes an image in the format that the extension of `path` names; docs/formats.md lists the formats.
 
     Nothing is converted: what the format can't hold is refused. The file appears under its name when it is complete.
 
@@ -34,9 +57,11 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
     axes
         Names the axes of an array that has other than two or three dimensions, or other axes, "tczyx" style.
     compression
-        "none", "lzw" or "deflate"; unless given, none for TIFF and deflate for PNG.
+        "none", "deflate", "lzw" or "zstd", where the format has it; unless given, none for TIFF and deflate for PNG.
     color_interpretation
         What the channels of an array are, "rgb" for a picture of (rows, columns, 3) with axes="yxc".
+    drop_metadata
+        Write an image also in a format that can't hold its calibration or meaning, without them.
 
     Raises `FileError`.
     """
@@ -45,7 +70,7 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
         if isinstance(image, Image):
             given = {**image.calibration, "interpretation": image.interpretation}
         image = Image(image, color_interpretation=color_interpretation, **given)
-    _rix.write_image(os.fsdecode(path), image, axes or "", compression or "")
+    _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata)
 
 
 def overlay(image: Any, labels: Any, *, axes: Optional[str] = None, plane: Optional[int] = None,

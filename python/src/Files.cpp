@@ -1,10 +1,9 @@
 #include "Files.h"
 
-#include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <rix/exceptions/Exception.h>
 #include <rix/io/ImageFile.h>
@@ -12,54 +11,72 @@
 #include "Arrays.h"
 #include "Axes.h"
 #include "Errors.h"
+#include "Interaction.h"
 
 namespace py = pybind11;
 
 namespace rix::python {
 namespace {
 
-/// Binary images become arrays of bool, whose bytes are 0 and 1. A file may say binary of other values.
-void makeProperBinary(io::MemoryImage& image) {
-    std::size_t count = 0;
-    if (image.getInterpretation() != RIX_BINARY || image.getVoxelType() != RIX_UINT8 ||
-        !helper::getElementCount(image, count)) {
-        return;
-    }
-    RawData samples = image.getInternalBuffer();
-    std::transform(samples, samples + count, samples,
-                   [](std::uint8_t sample) { return static_cast<std::uint8_t>(sample != 0); });
-}
-
 io::Compression compressionOf(const std::string& name) {
-    constexpr std::array<std::pair<const char*, io::Compression>, 4> compressions{
+    constexpr std::array<std::pair<const char*, io::Compression>, 5> compressions{
         {{"", io::Compression::FormatDefault},
          {"none", io::Compression::None},
          {"lzw", io::Compression::Lzw},
-         {"deflate", io::Compression::Deflate}}};
+         {"deflate", io::Compression::Deflate},
+         {"zstd", io::Compression::Zstd}}};
     for (const auto& [known, compression] : compressions) {
         if (name == known) {
             return compression;
         }
     }
-    throw RefusedError("compression='" + name + "': it is none, lzw or deflate, or unless given that of the format");
+    throw RefusedError("compression='" + name +
+                       "': it is none, deflate, lzw or zstd, or unless given that of the format");
+}
+
+io::Calibration calibrationOf(const std::string& name) {
+    constexpr std::array<std::pair<const char*, io::Calibration>, 3> calibrations{
+        {{"file", io::Calibration::Measured}, {"all", io::Calibration::All}, {"none", io::Calibration::None}}};
+    for (const auto& [known, calibration] : calibrations) {
+        if (name == known) {
+            return calibration;
+        }
+    }
+    throw RefusedError("calibration='" + name + "': it is file, all or none, or a spacing");
 }
 
 }  // namespace
 
-py::object readFile(const std::string& path) {
+py::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize) {
+    io::ReadOptions options;
+    options.calibration = calibrationOf(calibration);
+    options.maximumImageSize = maximumSize;
+    std::vector<std::string> warnings;
+    options.warn = [&](const String& text) { warnings.push_back(text); };
+    Interaction interaction{py::none()};
+    options.interrupted = [&] { return interaction.isCancelRequested(); };
     std::shared_ptr<io::MemoryImage> image;
-    {
+    try {
         const py::gil_scoped_release unlocked;
-        image = io::readImage(path);
-        makeProperBinary(*image);
+        image = io::readImage(path, options);
+    } catch (const UserCancelException&) {
+        interaction.rethrow();
+        throw;
+    }
+    for (const std::string& text : warnings) {
+        if (PyErr_WarnEx(PyExc_UserWarning, (path + ": " + text).c_str(), 2) != 0) {
+            throw py::error_already_set();
+        }
     }
     return imageOf(image, axesOfResult(helper::getExtents(*image), "yx"));
 }
 
-void writeFile(const std::string& path, py::handle image, const std::string& axes, const std::string& compression) {
+void writeFile(const std::string& path, py::handle image, const std::string& axes, const std::string& compression,
+               bool dropMetadata) {
     const GivenImage given = openInput(image, axes);
     io::WriteOptions options;
     options.compression = compressionOf(compression);
+    options.dropMetadata = dropMetadata;
     const py::gil_scoped_release unlocked;
     io::writeImage(path, *given.image, options);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include <pybind11/pybind11.h>
@@ -7,11 +8,14 @@
 namespace rix::python {
 
 /// An image file as a rix.Image, its axes those on which it has more than one element, and at least rows and columns.
-/// @throws LoadingError as `io::readImage`
-pybind11::object readFile(const std::string& path);
+/// Doubts about the file are Python's warnings; Ctrl-C ends the reading.
+/// @param calibration "file", "all" or "none", see `io::Calibration`
+/// @param maximumSize in bytes; 0 for the setting
+/// @throws LoadingError as `io::readImage`, RefusedError for an unknown choice
+pybind11::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize);
 
 /// @throws WritingError as `io::writeImage`, RefusedError for an unknown compression
-void writeFile(const std::string& path, pybind11::handle image, const std::string& axes,
-               const std::string& compression);
+void writeFile(const std::string& path, pybind11::handle image, const std::string& axes, const std::string& compression,
+               bool dropMetadata);
 
 }  // namespace rix::python

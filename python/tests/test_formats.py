@@ -1,0 +1,127 @@
+"""Files of ours in other programs, and files of theirs here."""
+
+import warnings
+
+import numpy as np
+import pytest
+
+import rix
+from support import random_array
+
+DTYPES = [bool, np.uint8, np.int8, np.uint16, np.int16, np.uint32, np.int32, np.float32, np.float64, np.complex64,
+          np.complex128]
+
+
+def movie(dtype, pages):
+    """An image of so many pages, several axes of them where that goes."""
+    shape = {2: (2, 7, 9), 3: (3, 7, 9), 48: (4, 2, 6, 7, 9)}[pages]
+    axes = {2: "zyx", 3: "tyx", 48: "tczyx"}[pages]
+    array = random_array(np.uint8, shape)
+    return rix.Image(array > 50 if dtype == bool else array.astype(dtype), axes, spacing={"x": 0.25, "y": 0.5})
+
+
+@pytest.mark.parametrize("compression", ["none", "deflate", "lzw", "zstd"])
+@pytest.mark.parametrize("name", ["a.tif", "a.ome.tif"])
+def test_pages_of_tiff_in_tifffile(tmp_path, name, compression):
+    tifffile = pytest.importorskip("tifffile")
+    if compression in ("lzw", "zstd"):
+        pytest.importorskip("imagecodecs")  # tifffile unpacks these with it
+    for dtype in DTYPES:
+        for pages in (2, 3, 48):
+            image = movie(dtype, pages)
+            rix.imwrite(tmp_path / name, image, compression=compression)
+            with tifffile.TiffFile(tmp_path / name) as file:
+                assert len(file.pages) == pages
+                series = file.series[0]
+                read, axes = series.asarray(), series.axes.lower()
+                single = file.pages[pages - 1].asarray()
+            read = np.transpose(read, [axes.index(axis) for axis in image.axes if axis in axes]).reshape(image.shape)
+            np.testing.assert_array_equal(read, image.array, err_msg=f"{np.dtype(dtype)} {pages}")
+            np.testing.assert_array_equal(single, read.reshape(-1, 7, 9)[-1] if pages < 48 else image.array[-1, -1, -1])
+
+
+def test_tiff_of_tifffile(tmp_path):
+    tifffile = pytest.importorskip("tifffile")
+    path = tmp_path / "a.tif"
+    array = random_array(np.uint16, (3, 2, 5, 7, 9))
+    for options in ({"imagej": True, "metadata": {"axes": "TZCYX", "spacing": 2.5, "unit": "um"}},
+                    {"ome": True, "metadata": {"axes": "TZCYX", "PhysicalSizeZ": 2.5, "PhysicalSizeZUnit": "um"}},
+                    {"metadata": {"axes": "TZCYX", "spacing": 2.5, "unit": "um"}},
+                    {"metadata": {"axes": "TZCYX", "truncated": True}}):
+        given = array
+        tifffile.imwrite(path, given, **options)
+        image = rix.imread(path)
+        assert sorted(image.axes) == sorted("tzcyx")
+        np.testing.assert_array_equal(image.array.transpose([image.axes.index(axis) for axis in "tzcyx"]), array)
+        if "truncated" not in options["metadata"]:
+            assert image.spacing[image.axes.index("z")] == 2.5 and image.spatial_unit == "um"
+    tifffile.imwrite(path, array)
+    with pytest.warns(UserWarning, match="doesn't tell what its 3 axes"):
+        assert rix.imread(path).shape == (30, 7, 9)
+
+
+def test_nifti_of_nibabel(tmp_path):
+    nibabel = pytest.importorskip("nibabel")
+    array = random_array(np.int16, (4, 5, 6))  # x, y, z there
+    affine = np.array([[0, -2, 0, 10], [3, 0, 0, -20], [0, 0, 4, 30], [0, 0, 0, 1.0]])
+    for kind, name in ((nibabel.Nifti1Image, "a.nii"), (nibabel.Nifti2Image, "b.nii.gz")):
+        given = kind(array, affine)
+        given.header.set_xyzt_units("mm", "sec")
+        nibabel.save(given, tmp_path / name)
+        image = rix.imread(tmp_path / name)
+        np.testing.assert_array_equal(image.array, array.T)
+        assert image.spacing == (4, 2, 3) and image.spatial_unit == "mm" and image.origin == (30, 20, -10)
+        assert image.directions == ((0, -1, 0), (1, 0, 0), (0, 0, 1))
+        rix.imwrite(tmp_path / name, image)
+        back = nibabel.load(tmp_path / name)
+        np.testing.assert_array_equal(back.get_fdata(), array)
+        np.testing.assert_array_equal(back.affine, affine)
+        given = kind(array * 0.5 - 3, affine)
+        given.set_data_dtype(np.int16)
+        nibabel.save(given, tmp_path / name)
+        np.testing.assert_allclose(rix.imread(tmp_path / name).array.T, nibabel.load(tmp_path / name).get_fdata(),
+                                   rtol=1e-6)
+
+
+def test_numpy_and_pictures(tmp_path):
+    imageio = pytest.importorskip("imageio")
+    for dtype in DTYPES:
+        array = random_array(dtype, (4, 5, 6))
+        rix.imwrite(tmp_path / "a.npy", array)
+        np.testing.assert_array_equal(np.load(tmp_path / "a.npy"), array)
+        assert np.load(tmp_path / "a.npy").dtype == dtype
+        np.save(tmp_path / "b.npy", np.asfortranarray(array).astype(np.dtype(dtype).newbyteorder(">")))
+        np.testing.assert_array_equal(rix.imread(tmp_path / "b.npy").array, array)
+    mask = random_array(bool)
+    for name in ("a.png", "a.pbm", "a.bmp", "a.tif"):
+        rix.imwrite(tmp_path / name, mask)
+        np.testing.assert_array_equal(np.asarray(imageio.imread(tmp_path / name)) > 0, mask, err_msg=name)
+        assert np.asarray(imageio.imread(tmp_path / name)).max() in (True, 255)
+    colour = random_array(np.uint8, (24, 32, 3))
+    rix.imwrite(tmp_path / "a.ppm", colour, axes="yxc", color_interpretation="rgb")
+    np.testing.assert_array_equal(imageio.imread(tmp_path / "a.ppm"), colour)
+    smooth = np.repeat(np.arange(0, 240, 10, dtype=np.uint8)[:, None], 32, axis=1)
+    imageio.imwrite(tmp_path / "a.jpg", smooth)
+    assert np.abs(rix.imread(tmp_path / "a.jpg").array.astype(int) - smooth).max() < 8
+
+
+def test_how_files_are_read(tmp_path):
+    path = tmp_path / "a.tif"
+    rix.imwrite(path, rix.Image(random_array(np.uint8), spacing=0.5, spatial_unit="mm"))
+    assert rix.imread(path).spacing == (0.5, 0.5)
+    assert rix.imread(path, calibration=None).spacing == (1, 1)
+    given = rix.imread(path, calibration={"spacing": (2, 3), "spatial_unit": "um"})
+    assert given.spacing == (2, 3) and given.spatial_unit == "um"
+    assert rix.imread(path, calibration=7).spacing == (7, 7)
+    with pytest.raises(rix.RuleError, match="nothing"):
+        rix.imread(path, calibration="nothing")
+    with pytest.raises(rix.FileError, match="take 391 bytes of memory; at most 390"):
+        rix.imread(path, maximum_size=390)
+    with pytest.raises(rix.FileError, match="no place for.*spacing"):
+        rix.imwrite(tmp_path / "a.npy", rix.imread(path))
+    rix.imwrite(tmp_path / "a.npy", rix.imread(path), drop_metadata=True)
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        np.save(tmp_path / "b.npy", np.zeros((2, 3, 4, 5)))
+        with pytest.raises(UserWarning, match="4 axes"):
+            rix.imread(tmp_path / "b.npy")
