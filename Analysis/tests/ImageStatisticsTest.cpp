@@ -12,7 +12,7 @@
 #include <rix/exceptions/Exception.h>
 
 #include "ImageFactories.h"
-#include "ImageValues.h"
+#include "ImageSamples.h"
 #include "Levels.h"
 
 namespace rix::analysis {
@@ -190,8 +190,8 @@ TEST(ImageStatistics, AreThoseOfTheDefinitionForEveryGroupMaskAndLevel) {
         const io::MemoryImage mask = test::makeImage({.extents = n, .interpretation = RIX_BINARY}, [&](auto... at) {
             return scattered(placeOf(at...) + 77) < 0.3 ? 1 : 0;
         });
-        const std::vector<double> values = test::allValues(image);
-        const std::vector<double> inside = test::allValues(mask);
+        const std::vector<double> values = test::samplesOf<double>(image);
+        const std::vector<double> inside = test::samplesOf<double>(mask);
         const bool byValue = helper::getSizeOf(tested.type) <= 2;
         for (const int by : {0, 1, 2, 3}) {
             for (const bool isMasked : {false, true}) {

@@ -1,4 +1,4 @@
-"""Runs: other threads, Ctrl-C, progress, cancellation, forks."""
+"""Runs: other threads, Ctrl-C, progress, cancellation."""
 
 import os
 import signal
@@ -9,7 +9,7 @@ import numpy as np
 import pytest
 
 import rix
-from support import SANITIZED, random_array, run_script
+from support import random_array, run_script
 
 # Seconds of work on 256 KiB: the same volume as very many frames, which take no memory.
 LONG = np.broadcast_to(random_array(np.uint8, (64, 64, 64)), (40000, 64, 64, 64))
@@ -118,21 +118,6 @@ def test_an_object_runs_once_at_a_time():
     thread.join()
     extrema.input_image = LONG[0]
     extrema.run()
-
-
-@pytest.mark.skipif("address" in SANITIZED, reason="a fork of a sanitized interpreter hangs")
-def test_forks_compute():
-    text = """
-        import multiprocessing, numpy as np, rix
-        image = (np.arange(1000 * 1000) % 251).astype(np.uint8).reshape(1000, 1000)
-        def total(size):
-            return int(rix.box_filter_2d(image, size, 3, threads=2).sum())
-        if __name__ == "__main__":
-            expected = [total(size) for size in (3, 5, 7, 9)]
-            with multiprocessing.get_context("fork").Pool(2) as pool:
-                print(pool.map(total, (3, 5, 7, 9)) == expected)
-    """
-    assert run_script(text).strip() == "True"
 
 
 def test_threads_do_not_change_results():

@@ -20,31 +20,38 @@ using test::Extents;
 using test::TestContext;
 
 TEST(LineBundles, TurnTheLinesOfEveryAxisAround) {
-    const ScopedBlockBytes blocks(1024);
-    const test::ImageTraits traits{.voxelType = RIX_INT16, .extents = {37, 21, 5, 3, 2}, .elementType = VECTOR_3};
-    const auto made = [&](const auto& move) {
-        return test::makeImage(
-            traits, [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t s, std::size_t sample) {
+    const test::ImageTraits images[] = {
+        {.voxelType = RIX_INT16, .extents = {37, 21, 5, 3, 2}, .elementType = VECTOR_3},
+        {.voxelType = RIX_FLOAT32, .extents = {131, 3, 37, 1, 1}},
+    };
+    for (const test::ImageTraits& traits : images) {
+        const auto made = [&](const auto& move) {
+            return test::makeImage(traits, [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t,
+                                               std::size_t s, std::size_t sample) {
                 const Extents at = move(Extents{x, y, z, t, s});
                 return at[0] * 7 + at[1] * 3 + at[2] * 500 + at[3] * 50 + at[4] * 1000 + sample;
             });
-    };
-    const io::MemoryImage image = made([](const Extents& at) { return at; });
-    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
-        const io::MemoryImage expected = made([&](Extents at) {
-            at[axis] = traits.extents[axis] - 1 - at[axis];
-            return at;
-        });
-        io::MemoryImage output = image;
-        TestContext context(parallelScheduler());
-        forEachBundle<double>(context, output, output, axis, {}, [](Bundle<double>& bundle) {
-            const auto last = static_cast<std::int64_t>(bundle.length()) - 1;
-            for (std::int64_t i = 0; i < last - i; ++i) {
-                std::swap_ranges(bundle.row(i), bundle.row(i) + bundle.paddedWidth(), bundle.row(last - i));
+        };
+        const io::MemoryImage image = made([](const Extents& at) { return at; });
+        for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+            const io::MemoryImage expected = made([&](Extents at) {
+                at[axis] = traits.extents[axis] - 1 - at[axis];
+                return at;
+            });
+            for (const std::size_t bytes : {std::size_t{1024}, usualBlockBytes}) {
+                const ScopedBlockBytes blocks(bytes);
+                io::MemoryImage output = image;
+                TestContext context(parallelScheduler());
+                forEachBundle<double>(context, output, output, axis, {}, [](Bundle<double>& bundle) {
+                    const auto last = static_cast<std::int64_t>(bundle.length()) - 1;
+                    for (std::int64_t i = 0; i < last - i; ++i) {
+                        std::swap_ranges(bundle.row(i), bundle.row(i) + bundle.paddedWidth(), bundle.row(last - i));
+                    }
+                });
+                EXPECT_TRUE(test::imagesEqual(expected, output)) << "axis " << axis << ", blocks of " << bytes;
+                EXPECT_GT(context.blocks, 0U);
             }
-        });
-        EXPECT_TRUE(test::imagesEqual(expected, output)) << "axis " << axis;
-        EXPECT_GT(context.blocks, 0U);
+        }
     }
 }
 

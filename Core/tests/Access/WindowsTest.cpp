@@ -1,12 +1,13 @@
-// The rows around the voxels of a block: in place where they can be. That they are those of the border
-// condition is tested with the filters that read them.
+// The rows around the voxels of a block: every row as the border condition has it, in place where it can be.
 
 #include <algorithm>
 #include <cstdint>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include <rix/access/BorderConditions.h>
+#include <rix/access/ImageModelProxy.h>
 #include <rix/access/WindowFilters.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
@@ -18,9 +19,67 @@ namespace rix::access {
 namespace {
 
 using test::CopyOnly;
+using test::Extents;
+using test::sameSample;
 
 Block blockOf(Interval columns, Interval rows, Interval planes, std::size_t sequence = 0, std::size_t spectral = 0) {
     return {{columns, rows, planes, {sequence, sequence + 1}, {spectral, spectral + 1}}};
+}
+
+/// Walks the blocks that cut `extents` at odd places, and compares every window of every voxel's row with what the
+/// border condition says directly.
+template <class T>
+void compareCache(const ImageModel& image, const BorderCondition<T>& border, const Reach& reach) {
+    const Extents n = helper::getExtents(image);
+    const std::size_t samples = helper::getElementNumber(image.getElementType());
+    const ImageModelProxy converted(&image, voxelTypeOf<T>);
+    const auto signedOf = [](std::size_t value) { return static_cast<std::int64_t>(value); };
+    for (std::size_t part = 0; part < 2 * 3 * 2 * n[3] * n[4]; ++part) {
+        const Block block = blockOf(partOf(n[0], 2, part % 2), partOf(n[1], 3, part / 2 % 3),
+                                    partOf(n[2], 2, part / 6 % 2), part / 12 % n[3], part / 12 / n[3]);
+        WindowRows<T> cache(image, &border, block, reach);
+        ASSERT_EQ(cache.samples(), samples);
+        const std::size_t width = block.columns().length() + reach.columns.sum();
+        std::vector<T> expected(width * samples);
+        block.forEachRow([&](const Position& segment) {
+            std::vector<const T*> rows;
+            for (int pass = 0; pass < 2; ++pass) {  // all rows of a window are valid at the same time
+                std::size_t next = 0;
+                for (std::int64_t z = signedOf(segment.plane) - signedOf(reach.planes.before);
+                     z <= signedOf(segment.plane + reach.planes.after); ++z) {
+                    for (std::int64_t y = signedOf(segment.row) - signedOf(reach.rows.before);
+                         y <= signedOf(segment.row + reach.rows.after); ++y) {
+                        if (pass == 0) {
+                            rows.push_back(cache.row(y, z));
+                            continue;
+                        }
+                        border.getData(converted, expected.data(), expected.data() + expected.size(),
+                                       signedOf(segment.column) - signedOf(reach.columns.before), y, z,
+                                       signedOf(segment.sequence), signedOf(segment.spectral));
+                        const T* const row = rows[next++] - reach.columns.before * samples;
+                        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), row, &sameSample<T>))
+                            << "row " << y << ", plane " << z << ", columns from " << segment.column;
+                    }
+                }
+            }
+        });
+    }
+}
+
+TEST(WindowRows, GivesTheRowsOfTheBorderCondition) {
+    const Reach reaches[] = {{}, reachOfWindow(4, 2, 3), reachOfWindow(1, 5, 1), reachOfWindow(30, 25, 9)};
+    for (const ElementTypes elements : {SINGLE, VECTOR_2}) {
+        const io::MemoryImage memory =
+            test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {11, 9, 4, 2, 2}, .elementType = elements}, 17);
+        CopyOnly copied;
+        ASSERT_NO_FATAL_FAILURE(test::copyInto(copied, memory));
+        for (const Reach& reach : reaches) {
+            for (const ImageModel* const image : std::initializer_list<const ImageModel*>{&memory, &copied}) {
+                compareCache<std::uint8_t>(*image, *MirrorBorderCondition<std::uint8_t>::New(), reach);
+                compareCache<float>(*image, *FixedBorderCondition<float>::New(-2.5F), reach);
+            }
+        }
+    }
 }
 
 TEST(WindowRows, GivesTheImagesOwnMemoryWhereItCan) {
