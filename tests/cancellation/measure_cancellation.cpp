@@ -6,6 +6,7 @@
 // usage: measure_cancellation [CANCELS [MEGAVOXELS [SEED]]]    (1000, 32 and 1)
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -140,8 +141,9 @@ double processorMilliseconds() {
 std::optional<Latency> cancelAfter(BaseAlgorithm& algorithm, double milliseconds) {
     Clock::time_point asked;
     double processorsAsked = 0.0;
+    std::atomic<bool> isOver{false};
     std::thread canceller([&] {
-        while (!algorithm.running()) {
+        while (!algorithm.running() && !isOver) {  // a short run may be over before this thread sees it
             std::this_thread::yield();
         }
         std::this_thread::sleep_for(Milliseconds(milliseconds));
@@ -152,6 +154,7 @@ std::optional<Latency> cancelAfter(BaseAlgorithm& algorithm, double milliseconds
     const Outcome outcome = runOnce(algorithm);
     const Clock::time_point ended = Clock::now();
     const double processorsEnded = processorMilliseconds();
+    isOver = true;
     canceller.join();
     if (!outcome.succeeded && outcome.exceptionClass != "UserCancelException") {
         std::fprintf(stderr, "%s\n", outcome.text().c_str());
@@ -187,8 +190,8 @@ void print(const String& name, double milliseconds, const std::vector<Latency>& 
 
 void measure(std::size_t cancels, double megavoxels, std::uint64_t seed) {
     std::vector<Case> cases;
-    appendLabels(megavoxels, cases);
     appendRegistry(megavoxels, cases);
+    appendLabels(megavoxels, cases);  // the slowest last
     const std::size_t ofCase = (cancels + cases.size() - 1) / cases.size();
     std::printf("%zu cancels a case, images of %.0f megavoxels, %zu processors; milliseconds\n", ofCase, megavoxels,
                 devices::Cpu::logicalProcessors());
