@@ -42,6 +42,12 @@ py::object tableOf(const std::shared_ptr<measurement::MeasurementObject>& object
     py::dict columns;
     py::dict units;
     py::dict descriptions;
+    for (const auto& index : object->getIndexColumns()) {
+        const py::str name(index.info.name);
+        columns[name] = py::array_t<std::int64_t>(static_cast<py::ssize_t>(index.values.size()), index.values.data());
+        units[name] = index.info.unit;
+        descriptions[name] = index.info.description;
+    }
     for (std::size_t i = 0; i < object->getNumOfArrays(); ++i) {
         const measurement::BaseMeasurementArray& array = object->getArray(i);
         const py::str name(array.getName());

@@ -15,6 +15,7 @@
 
 #include "GenericIterator.h"
 #include "ImageProperties.h"
+#include "PassResults.h"
 #include "Process/Forks.h"
 #include "ThreadLimiter.h"
 #include "ThreadPriority.h"
@@ -215,18 +216,21 @@ bool BaseAlgorithmPrivate::runsInCallersThread() const {
 
 void BaseAlgorithmPrivate::internalRun() {
     m_internalRunStarted = true;
+    PassResults results(m_algorithm, m_iterateSequence, m_iterateSpectral);
+    bool iterated = false;
     if (m_iterateSequence || m_iterateSpectral) {
         GenericIterator iterator(m_algorithm, m_iterateSequence, m_iterateSpectral);
-        const auto pass = [this](std::size_t number, std::size_t count) {
-            m_progression.startPass(number, count);
+        iterated = iterator.run(*this, [&](const GenericIterator::Pass& pass) {
+            m_progression.startPass(pass.number, pass.count);
             dispatchLevels();
-        };
-        if (iterator.run(*this, pass)) {
-            m_progression.finish();
-            return;
-        }
+            results.take(pass.sequence, pass.spectral);
+        });
     }
-    dispatchLevels();
+    if (!iterated) {
+        dispatchLevels();
+        results.take(0, 0);
+    }
+    results.join();
     m_progression.finish();
 }
 

@@ -102,8 +102,7 @@ void GenericIterator::showIndex(std::size_t sequence, std::size_t spectral) {
     }
 }
 
-bool GenericIterator::run(const access::ExecutionContext& context,
-                          access::FunctionRef<void(std::size_t, std::size_t)> pass) {
+bool GenericIterator::run(const access::ExecutionContext& context, access::FunctionRef<void(const Pass&)> pass) {
     const std::size_t frames = m_onSequence ? commonExtent(SEQUENCE) : 1;
     const std::size_t channels = m_onSpectral ? commonExtent(SPECTRAL_SERIES) : 1;
     // An empty axis has no index to show: the algorithm sees the images as they are, and its rules have let them pass.
@@ -114,7 +113,7 @@ bool GenericIterator::run(const access::ExecutionContext& context,
         for (std::size_t sequence = 0; sequence < frames; ++sequence) {
             context.throwIfCancelled();
             showIndex(sequence, spectral);
-            pass(spectral * frames + sequence, frames * channels);
+            pass({spectral * frames + sequence, frames * channels, sequence, spectral});
         }
     }
     return true;

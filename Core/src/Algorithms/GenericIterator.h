@@ -25,14 +25,22 @@ namespace algorithms {
 /// indices by the rules before. Passes run in raster order, spectral slowest.
 class GenericIterator {
 public:
+    /// One of the runs: where it stands among all, and the indices that it sees.
+    struct Pass {
+        std::size_t number;
+        std::size_t count;
+        std::size_t sequence;
+        std::size_t spectral;
+    };
+
     GenericIterator(BaseAlgorithm& algorithm, bool onSequence, bool onSpectral);
     ~GenericIterator();
     GenericIterator(const GenericIterator&) = delete;
     GenericIterator& operator=(const GenericIterator&) = delete;
 
-    /// Calls `pass(number, count)` for each index; false, and nothing called, when the images have no such axis.
+    /// Calls `pass` for each index; false, and nothing called, when the images have no such axis.
     /// @throws ProcessingException when images disagree on the number of indices.
-    bool run(const access::ExecutionContext& context, access::FunctionRef<void(std::size_t, std::size_t)> pass);
+    bool run(const access::ExecutionContext& context, access::FunctionRef<void(const Pass&)> pass);
 
 private:
     struct Slot;

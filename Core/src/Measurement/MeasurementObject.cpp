@@ -39,10 +39,29 @@ vessel::DataFrame MeasurementObject::toDataFrame() const {
         }
     }
     vessel::DataFrame table;
+    for (IndexColumn& column : getIndexColumns()) {
+        table.addColumn(std::move(column.info), std::move(column.values));
+    }
     for (const BaseMeasurementArray* const array : all) {
         array->appendTo(table);
     }
     return table;
+}
+
+std::vector<MeasurementObject::IndexColumn> MeasurementObject::getIndexColumns() const {
+    std::vector<IndexColumn> columns;
+    const auto add = [&](const char* name, const char* description, std::optional<std::size_t> Pass::* index) {
+        if (m_passes.empty() || !(m_passes.front().*index) || findArray(name) != nullptr) {
+            return;
+        }
+        IndexColumn& column = columns.emplace_back(IndexColumn{{name, {}, description}, {}});
+        for (const Pass& pass : m_passes) {
+            column.values.insert(column.values.end(), pass.rows, static_cast<std::int64_t>(*(pass.*index)));
+        }
+    };
+    add("Frame", "Index on the sequence axis.", &Pass::frame);
+    add("Channel", "Index on the spectral axis.", &Pass::channel);
+    return columns;
 }
 
 }  // namespace rix::measurement

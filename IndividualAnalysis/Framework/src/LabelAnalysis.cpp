@@ -18,11 +18,6 @@ namespace rix::individual_analysis {
 
 namespace {
 
-struct LabelAnalysisState : algorithms::AbstractPrivateImplementation {
-    /// Frames that passes of this run have measured, when frames are iterated: they append to one table.
-    std::size_t framesBefore = 0;
-};
-
 /// Lengths need a scale, and positions in a row 32 bits.
 class RuleMeasurable : public Rules<Property<const ImageModel*>> {
 public:
@@ -99,11 +94,8 @@ void declare(LabelAnalysis& analysis, algorithms::Properties& properties) {
 }
 
 void process(LabelAnalysis& analysis, OptimLevelType level) {
-    std::size_t& framesBefore = algorithms::stateOf<LabelAnalysisState>(analysis).framesBefore;
-    const ImageModel& labels = *analysis.getInputLabelImage();
-    analyseLabels(analysis.executionContext(), level, labels, analysis.getInputIntensityImage(), requestOf(analysis),
-                  *analysis.getOutputMeasurement(), framesBefore);
-    framesBefore += labels.getNumOf(SEQUENCE);
+    analyseLabels(analysis.executionContext(), level, *analysis.getInputLabelImage(), analysis.getInputIntensityImage(),
+                  requestOf(analysis), *analysis.getOutputMeasurement());
 }
 
 constexpr algorithms::Definition<LabelAnalysis> definition{
@@ -111,7 +103,6 @@ constexpr algorithms::Definition<LabelAnalysis> definition{
     .kind = AlgorithmKind::Reduction,
     .declare = &declare,
     .process = &process,
-    .prepare = [](LabelAnalysis& analysis) { algorithms::stateOf<LabelAnalysisState>(analysis).framesBefore = 0; },
     .memory =
         [](const LabelAnalysis& analysis) {
             return labelAnalysisMemory(*analysis.getInputLabelImage(), analysis.getInputIntensityImage(),
@@ -122,6 +113,6 @@ constexpr algorithms::Definition<LabelAnalysis> definition{
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(LabelAnalysis, LabelAnalysisState, definition)
+RIX_DEFINE_ALGORITHM(LabelAnalysis, definition)
 
 }  // namespace rix::individual_analysis

@@ -28,8 +28,7 @@ public:
              const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request)
         : m_context(context), m_level(level), m_labels(labels), m_intensity(intensity), m_request(std::move(request)) {}
 
-    /// @param framesBefore in the result already: rows are appended to them
-    void run(LabelAnalysisMsr& result, std::size_t framesBefore) {
+    void run(LabelAnalysisMsr& result) {
         const GatheringNeeds needs(m_labels, m_intensity, *m_request);
         const access::Steps steps(m_context, needs.values ? 3 : 2);
         // The first pass finds the labels, which the set has to know, and gathers all that measures need of it at once.
@@ -56,10 +55,7 @@ public:
             m_context.throwIfCancelled();
             frame.releaseQuantities();
         }
-        if (framesBefore == 0) {
-            startTable(result, set);
-        }
-        appendToTable(result, set, m_objects, framesBefore);
+        fillTable(result, set, m_objects);
     }
 
 private:
@@ -146,9 +142,8 @@ private:
 }  // namespace
 
 void analyseLabels(access::ExecutionContext& context, OptimLevelType level, const ImageModel& labels,
-                   const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request, LabelAnalysisMsr& result,
-                   std::size_t framesBefore) {
-    Analysis(context, level, labels, intensity, std::move(request)).run(result, framesBefore);
+                   const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request, LabelAnalysisMsr& result) {
+    Analysis(context, level, labels, intensity, std::move(request)).run(result);
 }
 
 }  // namespace rix::individual_analysis

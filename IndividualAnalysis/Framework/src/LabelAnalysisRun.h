@@ -11,11 +11,9 @@
 
 namespace rix::individual_analysis {
 
-/// Measures the objects of a label image and brings the rows into a table.
+/// Measures the objects of a label image and fills a table anew.
 /// @param intensity may be null
-/// @param framesBefore in the table already: rows are appended to them
 void analyseLabels(access::ExecutionContext& context, OptimLevelType level, const ImageModel& labels,
-                   const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request, LabelAnalysisMsr& result,
-                   std::size_t framesBefore);
+                   const ImageModel* intensity, std::shared_ptr<const MeasureGroup> request, LabelAnalysisMsr& result);
 
 }  // namespace rix::individual_analysis

@@ -101,8 +101,7 @@ bool isSameColumn(const LabelAnalysisMsr::Column& a, const LabelAnalysisMsr::Col
     return a.index() == b.index() && std::visit(infoOf, a) == std::visit(infoOf, b);
 }
 
-}  // namespace
-
+/// Gives a table the columns of the requested measures, and no row.
 void startTable(LabelAnalysisMsr& result, const MeasureSet& set) {
     result.frame.resize(0);
     result.label.resize(0);
@@ -121,8 +120,10 @@ void startTable(LabelAnalysisMsr& result, const MeasureSet& set) {
     result.values.erase(result.values.begin() + static_cast<std::ptrdiff_t>(column), result.values.end());
 }
 
-void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::vector<ObjectTable>& frames,
-                   std::size_t firstFrame) {
+}  // namespace
+
+void fillTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::vector<ObjectTable>& frames) {
+    startTable(result, set);
     std::size_t count = 0;
     for (const ObjectTable& frame : frames) {
         count += frame.size();
@@ -132,7 +133,7 @@ void appendToTable(LabelAnalysisMsr& result, const MeasureSet& set, const std::v
     std::size_t row = rows.first();
     for (std::size_t frame = 0; frame < frames.size(); ++frame) {
         for (const std::uint32_t label : frames[frame].labels()) {
-            result.frame[row] = static_cast<std::int64_t>(firstFrame + frame);
+            result.frame[row] = static_cast<std::int64_t>(frame);
             result.label[row++] = label;
             looks.add(1);
         }

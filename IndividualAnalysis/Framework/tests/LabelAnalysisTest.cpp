@@ -173,6 +173,25 @@ TEST(LabelAnalysis, IterationOverFramesGivesTheSameTable) {
     }
 }
 
+TEST(LabelAnalysis, IterationOverChannelsNamesTheChannelOfEachRow) {
+    const io::MemoryImage labels = makeImage({.extents = {3, 1, 1, 2, 1}}, [](std::size_t x, auto...) { return x; });
+    const io::MemoryImage grey =
+        makeImage({.extents = {3, 1, 1, 2, 2}}, [](std::size_t x, std::size_t, std::size_t, std::size_t t,
+                                                   std::size_t s) { return 100 * s + 50 * t + 10 * x; });
+    LabelAnalysis algorithm;
+    algorithm.setInputLabelImage(&labels);
+    algorithm.setInputIntensityImage(&grey);
+    algorithm.setMeasures("Mean");
+    algorithm.enableIterationOnSequenceAxis(true);
+    algorithm.enableIterationOnSpectralAxis(true);
+    algorithm.run();
+    const vessel::DataFrame table = algorithm.getOutputMeasurement()->toDataFrame();
+    EXPECT_EQ(table.getColumnInfo(0).name, "Channel");
+    EXPECT_THAT(column(table, "Channel"), ElementsAre(0, 0, 0, 0, 1, 1, 1, 1));
+    EXPECT_THAT(column(table, "Frame"), ElementsAre(0, 0, 1, 1, 0, 0, 1, 1));
+    EXPECT_THAT(column(table, "Mean"), ElementsAre(10, 20, 60, 70, 110, 120, 160, 170));
+}
+
 TEST(LabelAnalysis, MeasuresEachChannel) {
     const io::MemoryImage labels = makeImage({.extents = {3, 1, 1, 1, 1}}, [](std::size_t x, auto...) { return x; });
     const io::MemoryImage grey =

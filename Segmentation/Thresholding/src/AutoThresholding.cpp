@@ -27,7 +27,11 @@ void declare(Algorithm& algorithm, algorithms::Properties& properties) {
         AddRuleCompare(CompareRelation::NotEqual, algorithm.inputGrayImage),
         AddRuleDisjointFrom(algorithm.inputGrayImage),
         AddRuleEnforceLike(algorithm.inputGrayImage, {.voxelType = RIX_UINT8, .interpretation = RIX_BINARY}));
-    properties.output(algorithm.outputMeasurement, "The thresholds, one for each frame.", AddRuleAssertNotNull());
+    properties.output(
+        algorithm.outputMeasurement,
+        "The thresholds, one for each frame; that of the first is applied to all, unless each frame is run "
+        "by itself.",
+        AddRuleAssertNotNull());
 }
 
 void configure(const AutoThresholding& algorithm, analysis::AutoThresholdingValue& child) {
@@ -79,10 +83,10 @@ constexpr algorithms::Definition<Algorithm> definitionOf(const char* summary) {
     };
 }
 
-constexpr auto bright =
-    definitionOf<AutoThresholdingBright>("Keeps the bright side of a threshold that is chosen automatically.");
-constexpr auto dark =
-    definitionOf<AutoThresholdingDark>("Keeps the dark side of a threshold that is chosen automatically.");
+constexpr auto bright = definitionOf<AutoThresholdingBright>(
+    "Keeps the bright side of a threshold that is chosen automatically; all frames take that of the first.");
+constexpr auto dark = definitionOf<AutoThresholdingDark>(
+    "Keeps the dark side of a threshold that is chosen automatically; all frames take that of the first.");
 
 }  // namespace
 

@@ -112,9 +112,12 @@ TEST(AutoThresholding, PartsEachFrameByItsOwnThresholdWhenIterated) {
     AutoThresholdingBright bright;
     bright.enableIterationOnSequenceAxis(true);
     bright.setThresholdCriterion(AutoThresholding::ISODATA);
-    analysis::AutoThresholdingMsr measurement;
-    io::MemoryImage output = run(bright, input, measurement);
+    analysis::AutoThresholdingMsr all;
+    io::MemoryImage output = run(bright, input, all);
+    ASSERT_EQ(all.threshold.size(), 3U) << "the result of every pass is kept";
+    EXPECT_THAT(all.toDataFrame().getIntegers(0), testing::ElementsAre(0, 1, 2)) << "with its index";
     for (std::size_t t = 0; t < 3; ++t) {
+        analysis::AutoThresholdingMsr measurement;
         ImageModelFull2d frame(&input, 0, t, 0);
         ImageModelFull2d outputFrame(&output, 0, t, 0);
         AutoThresholdingBright single;
@@ -123,7 +126,12 @@ TEST(AutoThresholding, PartsEachFrameByItsOwnThresholdWhenIterated) {
         EXPECT_TRUE(
             test::imagesEqual(expected, outputFrame, {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}))
             << "frame " << t;
+        EXPECT_EQ(measurement.threshold[0], all.threshold[t]);
     }
+    // The same object after a run that is not iterated.
+    bright.enableIterationOnSequenceAxis(false);
+    run(bright, input, all);
+    EXPECT_EQ(all.toDataFrame().getColumnCount(), 1U);
 }
 
 TEST(AutoThresholding, TellsThroughAllLevelsThatAConstantImageHasNothingToSeparate) {

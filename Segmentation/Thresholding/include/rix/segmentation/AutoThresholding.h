@@ -14,8 +14,8 @@ namespace rix::segmentation {
 /// **Input** `inputGrayImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`).
 /// **Output** `outputBinaryImage`: takes the input's extents and calibration; `uint8`, interpretation binary. It must
 /// not be the input image.
-/// **Output** `outputMeasurement`: the thresholds. An image with several frames has one for each, but the first is
-/// applied to the whole image; with iteration on the sequence axis enabled, each frame is parted by its own threshold.
+/// **Output** `outputMeasurement`: the thresholds. An image with several frames has one for each, but the first frame's
+/// is applied to the whole image; with iteration on the sequence axis enabled, each frame is parted by its own.
 ///
 /// The threshold is chosen by `analysis::AutoThresholdingValue`, which describes the choices, the treatment of special
 /// values and the failures, and applied by `ThresholdingByCriterion`. Both run as children.
