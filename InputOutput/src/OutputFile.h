@@ -4,18 +4,24 @@
 #include <cstdint>
 #include <filesystem>
 
+#include <sys/stat.h>
+
 #include <rix/String.h>
 
 namespace rix::io {
 
-/// A file that appears under its name only when it is complete.
+/// A file that gets its bytes only when it is complete.
 ///
-/// The bytes go to a file of another, unused name in the same folder. `commit` gives it its name, replacing an older
-/// file in one step; without `commit` the destructor removes it.
+/// The bytes go to a temporary file first. `commit` brings them to the target; without `commit` nothing of it changes.
+/// - A new file, and one that has this name alone: the temporary file lies in the same folder and takes the name, in
+///   one step. Permissions and owner are those of the older file.
+/// - A file that has other names (hard links), or whose owner cannot be given to another file: its bytes are replaced
+///   where they lie, when there is room for them, so that all names go on showing one file.
+/// - A pipe, a device, or an open descriptor of this process (/dev/stdout): the bytes are written to it.
 class OutputFile {
 public:
-    /// Follows links; refuses a target that is a folder, no regular file or write-protected.
-    /// @throws WritingError when the target is refused or the folder gives no new file.
+    /// Follows links; refuses a target that is a folder, another kind of special file or write-protected.
+    /// @throws WritingError when the target is refused or no temporary file can be had.
     explicit OutputFile(const std::filesystem::path& path);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -31,16 +37,33 @@ public:
     /// What the system said at the first failure; empty for none.
     String failure() const;
 
-    /// Closes the file and gives it its name. When an older file is replaced, the new bytes are on the medium before
-    /// that: a power failure then leaves one of the two, whole. A new file has nothing to lose and doesn't wait.
+    /// Brings the bytes to the target. When an older file is replaced, the new bytes are on the medium before that: a
+    /// power failure then leaves one of the two, whole. A new file has nothing to lose and doesn't wait.
     /// @throws WritingError
     void commit();
 
 private:
+    /// How the bytes reach the target.
+    enum class Way {
+        Rename,     ///< the temporary file takes its name
+        Overwrite,  ///< they are copied into it
+        Stream,     ///< they are written to it
+    };
+
+    void followLinks();
+    void openTemporary(const std::filesystem::path& folder, mode_t mode);
+    void openNameless();
+    void keepOwner(const struct stat& old);
+    void overwrite();
+    void stream();
+    /// Copies all bytes to where `target` stands. @return 0, or the number of the system's error
+    int copyTo(int target);
     void discard() noexcept;
 
     std::filesystem::path m_target;
-    std::filesystem::path m_temporary;
+    std::filesystem::path m_temporary;  ///< empty when it has no name
+    Way m_way = Way::Rename;
+    int m_stream = -1;  ///< the descriptor of this process that is the target
     int m_descriptor = -1;
     bool m_replaces = false;
     std::uint64_t m_size = 0;

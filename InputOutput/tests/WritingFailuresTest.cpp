@@ -1,11 +1,18 @@
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstring>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <rix/io/TextFile.h>
 
 #include "TestImages.h"
 
@@ -110,13 +117,18 @@ TEST(WritingFailures, AnImageThatGivesNoRow) {
 TEST(WritingFailures, TargetsThatCannotBe) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "folder.tif");
-    ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    ASSERT_LT((folder / "socket.png").string().size(), sizeof(address.sun_path));
+    std::strcpy(address.sun_path, (folder / "socket.png").c_str());
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    ::close(listener);
     const MemoryImage image = randomImage(RIX_UINT8, {4, 4, 1, 1, 1});
     struct Case {
         const char* name;
         const char* reason;
     };
-    for (const Case& c : {Case{"folder.tif", "This is a folder"}, Case{"pipe.png", "not a regular file"},
+    for (const Case& c : {Case{"folder.tif", "This is a folder"}, Case{"socket.png", "neither a file nor a pipe"},
                           Case{"missing/image.tif", "' does not exist."},
                           Case{"image", "no extension that tells the format. Known are TIFF (.tif, .tiff), "},
                           Case{"image.gif", "'.gif' stands for no format that is known. Known are TIFF (.tif, .tiff)"},
@@ -125,7 +137,8 @@ TEST(WritingFailures, TargetsThatCannotBe) {
         EXPECT_THAT(text, HasSubstr(c.reason));
         EXPECT_THAT(text, HasSubstr("Cannot write the image file '" + (folder / c.name).string() + "'."));
     }
-    EXPECT_THAT(folder.names(), ElementsAre("folder.tif", "pipe.png"));
+    EXPECT_THROW(writeImage(folder / String("a\0.png", 6), image), WritingError);
+    EXPECT_THAT(folder.names(), ElementsAre("folder.tif", "socket.png"));
 }
 
 TEST(WritingFailures, OptionsAndElementsThatTiffCannotHold) {
@@ -182,6 +195,51 @@ TEST(Writing, ReplacesThroughLinksAndKeepsPermissions) {
     std::filesystem::create_symlink("store/later.tif", folder / "dangling.tif");
     writeImage(folder / "dangling.tif", image);
     EXPECT_EQ(difference(image, *readImage(folder / "store/later.tif")), "");
+}
+
+TEST(Writing, KeepsOwnerAndOtherNamesOfAFile) {
+    const TemporaryFolder folder;
+    const MemoryImage image = randomImage(RIX_UINT8, {30, 40, 1, 1, 1});
+    putContent(folder / "first.tif", std::string(5000, 'x'));
+    std::filesystem::create_hard_link(folder / "first.tif", folder / "second.tif");
+    writeImage(folder / "first.tif", image);
+    EXPECT_EQ(difference(image, *readImage(folder / "second.tif")), "") << "both names show one file";
+    EXPECT_EQ(std::filesystem::hard_link_count(folder / "first.tif"), 2U);
+    {
+        const FullDisk disk(100);
+        EXPECT_THROW(writeImage(folder / "first.tif", randomImage(RIX_UINT8, {90, 90, 1, 1, 1})), WritingError);
+    }
+    EXPECT_EQ(difference(image, *readImage(folder / "second.tif")), "");
+    EXPECT_THAT(folder.names(), ElementsAre("first.tif", "second.tif"));
+    if (::geteuid() == 0) {  // who alone gives files away
+        std::filesystem::remove(folder / "second.tif");
+        ASSERT_EQ(::chown((folder / "first.tif").c_str(), 12345, 54321), 0);
+        writeImage(folder / "first.tif", image);
+        struct stat status{};
+        ASSERT_EQ(::stat((folder / "first.tif").c_str(), &status), 0);
+        EXPECT_EQ(status.st_uid, 12345U);
+        EXPECT_EQ(status.st_gid, 54321U);
+    }
+}
+
+TEST(Writing, GoesToPipesAndOpenFilesAsTheyStand) {
+    const TemporaryFolder folder;
+    const MemoryImage image = randomImage(RIX_UINT8, {300, 400, 1, 1, 1});
+    writeImage(folder / "expected.png", image);
+    ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
+    std::thread writer([&] { writeImage(folder / "pipe.png", image); });
+    const std::string piped = contentOf(folder / "pipe.png");
+    writer.join();
+    EXPECT_EQ(piped, contentOf(folder / "expected.png"));
+    EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe.png"));
+
+    // An open file that appends, as >> gives it: what it has stays.
+    putContent(folder / "log.txt", "before, ");
+    const int log = ::open((folder / "log.txt").c_str(), O_WRONLY | O_APPEND);
+    writeTextFile("/dev/fd/" + std::to_string(log), "after");
+    ::close(log);
+    EXPECT_EQ(contentOf(folder / "log.txt"), "before, after");
+    EXPECT_THROW(writeTextFile("/dev/full", "much"), WritingError);
 }
 
 }  // namespace

@@ -136,7 +136,10 @@ RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const 
 ///
 /// The file appears under its name only when it is complete. Until then it has another name in the same folder and is
 /// removed on any failure; an older file of that name stays as it was. Replacing a file waits until the new samples
-/// are on the medium and keeps the permissions of the old one. A link is followed, not replaced.
+/// are on the medium and keeps the permissions and the owner of the old one; access lists and other attributes are not
+/// kept. A link is followed, not replaced. A file with several names (hard links), or with an owner that the process
+/// can't give, keeps them: its bytes are replaced where they lie, once there is room for all of them. Pipes, devices
+/// and open files of the process (/dev/stdout) get the bytes when all are there, after what was written to them before.
 ///
 /// @throws WritingError the extension is unknown, the format cannot hold the image, the image fails to give a row, or
 ///         the file system refuses (the disk is full, the folder is missing or read-only, ...). The first level says

@@ -7,8 +7,8 @@
 
 namespace rix::io {
 
-/// Writes a text file (a table, a record) as images are written: under another name first, renamed when it is complete,
-/// so that a failure leaves the old file as it was.
+/// Writes a text file (a table, a record) as `writeImage` writes images: to another name first, so that a failure
+/// leaves the old file as it was, and to pipes and devices at once.
 /// @throws WritingError naming the file and the reason.
 RIX_EXPORT void writeTextFile(const std::filesystem::path& path, std::string_view text);
 
