@@ -44,6 +44,10 @@ std::vector<std::string> suggest(std::string_view name, const std::vector<std::s
     // A part of a name is a rough guess: it comes after what is nearly the name.
     constexpr std::size_t rankOfParts = 1000;
     constexpr std::size_t shortestPart = 3;
+    constexpr std::size_t longestName = 200;  // the distance to what nobody has typed costs time
+    if (name.size() > longestName) {
+        return {};
+    }
     std::vector<std::pair<std::size_t, std::string>> ranked;
     const std::string wanted = lower(name);
     for (const auto& candidate : candidates) {

@@ -13,10 +13,20 @@
 namespace rix::cli {
 namespace {
 
+/// Names and numbers of a hostile file may be as long as the file.
+std::string cut(std::string text) {
+    constexpr std::size_t most = 10000;
+    if (text.size() > most) {
+        text.resize(most);
+        text += "...";
+    }
+    return text;
+}
+
 std::vector<std::string> levelsOf(const Exception& exception) {
     std::vector<std::string> levels;
     for (const auto& level : exception.getLevels()) {
-        levels.push_back(level.message);
+        levels.push_back(cut(level.message));
     }
     if (levels.empty()) {
         levels.emplace_back(exception.getClassName());
@@ -27,13 +37,13 @@ std::vector<std::string> levelsOf(const Exception& exception) {
 }  // namespace
 
 Failure::Failure(int exitCode, std::string message, std::vector<std::string> suggestions)
-    : m_exitCode(exitCode), m_levels{std::move(message)}, m_suggestions(std::move(suggestions)) {}
+    : m_exitCode(exitCode), m_levels{cut(std::move(message))}, m_suggestions(std::move(suggestions)) {}
 
 Failure::Failure(int exitCode, const Exception& cause) : m_exitCode(exitCode), m_levels(levelsOf(cause)) {}
 
 Failure Failure::within(const std::string& place) const {
     Failure outer = *this;
-    outer.m_levels.push_back(place);
+    outer.m_levels.push_back(cut(place));
     return outer;
 }
 
