@@ -99,7 +99,9 @@ void declareWithImage(ArithmeticOperationWithImage& algorithm, algorithms::Prope
     properties.input(algorithm.inputImage2, "The second operand.", AddRuleAssertNotNull(), AddRuleAssertSingleElement(),
                      AddRuleAssertSameSize(algorithm.inputImage1), realForExtrema(algorithm));
     properties.input(algorithm.arithmeticOperator, operatorText);
-    properties.output(algorithm.outputImage, "The first operand combined with the second, voxel by voxel.",
+    properties.output(algorithm.outputImage,
+                      "The first operand combined with the second, voxel by voxel, in a type that follows from both "
+                      "types and the operator (uint8 and uint8 add to int16). Integers wrap, nothing is clamped.",
                       AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(algorithm.inputImage1),
                       AddRuleInPlaceOrDisjoint(algorithm.inputImage2),
                       notOfAnotherType(algorithm, algorithm.inputImage1),
@@ -110,9 +112,12 @@ void declareWithValue(ArithmeticOperationWithValue& algorithm, algorithms::Prope
     properties.input(algorithm.inputImage, "The first operand.", AddRulesForScalarImage(), realForExtrema(algorithm));
     properties.input(algorithm.value, "The second operand of every voxel.");
     properties.input(algorithm.arithmeticOperator, operatorText);
-    properties.output(algorithm.outputImage, "The image combined with the value, voxel by voxel.",
-                      AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(algorithm.inputImage),
-                      notOfAnotherType(algorithm, algorithm.inputImage), shapeOf(algorithm, algorithm.inputImage));
+    properties.output(
+        algorithm.outputImage,
+        "The image combined with the value, voxel by voxel, in a type that follows from those of the image "
+        "and the value and from the operator. Integers wrap, nothing is clamped.",
+        AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(algorithm.inputImage),
+        notOfAnotherType(algorithm, algorithm.inputImage), shapeOf(algorithm, algorithm.inputImage));
 }
 
 /// An unknown operator is refused before anything else.

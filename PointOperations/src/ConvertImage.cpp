@@ -46,8 +46,10 @@ void declare(ConvertImage& algorithm, algorithms::Properties& properties) {
     properties.input(algorithm.outputType, "What the image becomes.");
     const auto kind = [&algorithm] { return *outputKind(algorithm.getOutputType()); };
     properties.output(
-        algorithm.outputImage, "The image as the output type.", AddRuleAssertNotNull(),
-        AddRuleInPlaceOrDisjoint(algorithm.inputImage),
+        algorithm.outputImage,
+        "The image as the output type. Integers keep their low bits and reals are truncated: what the type does "
+        "not hold wraps (300 becomes 44 in 8 bits), nothing is clamped.",
+        AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(algorithm.inputImage),
         AddRuleEnforceLike(algorithm.inputImage, {.chosenType = [kind] { return kind().voxelType; },
                                                   .chosenInterpretation = [kind] { return kind().interpretation; }}));
 }

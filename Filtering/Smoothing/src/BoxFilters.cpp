@@ -74,9 +74,11 @@ void declare(Filter& filter, algorithms::Properties& properties) {
         properties.input(filter.kernelSizeZ, "Planes of the window, in voxels.", AddRuleAssertPositiveOnly());
     }
     properties.input(filter.autoScale, "YES: the mean of the window, in the input's type. NO: the sum.");
-    properties.output(filter.outputImage, "The sums or means.", AddRuleAssertNotNull(),
-                      AddRuleEnforceLike(filter.inputImage, {.interpretation = RIX_VALUE,
-                                                             .chosenType = [&filter] { return outputType(filter); }}));
+    properties.output(
+        filter.outputImage, "The sums, in a type that holds them where there is one, or the means in the input's.",
+        AddRuleAssertNotNull(),
+        AddRuleEnforceLike(filter.inputImage,
+                           {.interpretation = RIX_VALUE, .chosenType = [&filter] { return outputType(filter); }}));
 }
 
 template <class Filter>
