@@ -140,6 +140,7 @@ RUN_PARAMETERS = {
            "order or a dict by name. An input may be given where the algorithm may work in place.",
     "axes": "The axes of arrays that have other than two or three dimensions, or other axes, \"tczyx\" style; it\n"
             "speaks for arrays of as many dimensions as it has letters.",
+    "each": "\"t\" to run once for each frame, \"c\" for each channel, \"tc\" for both, instead of once on all.",
     "threads": "The largest number of threads; None for no limit. The result does not depend on it.",
     "progress": "A callable that is given the progress from 0 to 1, or True for a bar.",
 }
@@ -181,10 +182,11 @@ def _make_function(facts: Description) -> Any:
     name, title = facts["function"], facts["name"]
     inputs = "".join(value + ", " for value in values)
     several = len(results_of(facts)) > 1
-    call = f"_call({title!r}, ({inputs}), out, progress, threads, axes or '')"
+    call = f"_call({title!r}, ({inputs}), out, progress, threads, axes or '', each or '')"
     call = f"_result({call})" if several else call
     source = (
-        f"def {name}({', '.join(parameters)}, *, out=None, axes=None, threads=None, progress=None):\n"
+        f"def {name}({', '.join(parameters)}, *, out=None, axes=None, each=None, threads=None, "
+        f"progress=None):\n"
         f"    if progress is True:\n"
         f"        with _Bar({title!r}) as progress:\n"
         f"            return {call}\n"
@@ -223,13 +225,14 @@ def _make_class(facts: Description) -> Any:
                                 (f"; did you mean '{similar[0]}'?" if similar else f"; it has {', '.join(fields)}"))
             setattr(self, name, value)
 
-    def run(self: Any, *, axes: Optional[str] = None, threads: Optional[int] = None, progress: Any = None) -> Any:
+    def run(self: Any, *, axes: Optional[str] = None, each: Optional[str] = None, threads: Optional[int] = None,
+            progress: Any = None) -> Any:
         if progress is True:
             with _progress.Bar(title) as bar:
-                return result(self._run(bar, threads, axes or ""))
-        return result(self._run(progress or None, threads, axes or ""))
+                return result(self._run(bar, threads, axes or "", each or ""))
+        return result(self._run(progress or None, threads, axes or "", each or ""))
 
-    options = [(name, RUN_PARAMETERS[name]) for name in ("axes", "threads", "progress")]
+    options = [(name, RUN_PARAMETERS[name]) for name in ("axes", "each", "threads", "progress")]
     run.__doc__ = ("Runs with the present values and gives the results, which are also attributes afterwards.\n\n"
                    f"Parameters\n----------\n{_paragraphs(options)}")
 

@@ -47,7 +47,8 @@ _AnyImage = Union[npt.NDArray[Any], Image, ArrayLike]
 _Progress = Union[Callable[[float], object], bool, None]
 '''
 
-OPTIONS = "out: Any = ..., axes: Optional[str] = ..., threads: Optional[int] = ..., progress: _Progress = ..."
+OPTIONS = ("out: Any = ..., axes: Optional[str] = ..., each: Literal[\"t\", \"c\", \"tc\", \"ct\", None] = ..., "
+           "threads: Optional[int] = ..., progress: _Progress = ...")
 
 
 def _value_type(item: Dict[str, Any], owner: str) -> str:
@@ -126,8 +127,7 @@ def _class(facts: Description) -> str:
         text += _quoted(property_documentation(item), "    ")
     results = results_of(facts)
     made = f"{owner}Result" if len(results) > 1 else _result_type(results[0], owner, "Any")
-    text += (f"    def run(self, *, axes: Optional[str] = ..., threads: Optional[int] = ..., "
-             f"progress: _Progress = ...) -> {made}: ...\n")
+    text += f"    def run(self, *, {OPTIONS.partition(', ')[2]}) -> {made}: ...\n"
     return text
 
 

@@ -127,6 +127,16 @@ void Algorithm::set(std::size_t place, py::handle value) {
     }
 }
 
+void Algorithm::applyEach(const std::string& each) {
+    const bool frames = each.find('t') != std::string::npos;
+    const bool channels = each.find('c') != std::string::npos;
+    if (each.size() != static_cast<std::size_t>(frames) + static_cast<std::size_t>(channels)) {
+        throw RefusedError("each='" + each + "': it takes 't' for each frame, 'c' for each channel, or both, 'tc'");
+    }
+    m_algorithm->enableIterationOnSequenceAxis(frames);
+    m_algorithm->enableIterationOnSpectralAxis(channels);
+}
+
 void Algorithm::applyThreads(py::handle threads, const OpenImages& images) {
     const int most = globalSettings().getMaximumNumberOfThreads();
     if (threads.is_none()) {
@@ -254,6 +264,7 @@ void Algorithm::takeResults(OpenImages& images) {
 
 py::tuple Algorithm::run(const RunOptions& options) {
     const BusyGuard busy(*this);
+    applyEach(options.each);
     {
         OpenImages images = openImages(options.axes);
         applyThreads(options.threads, images);

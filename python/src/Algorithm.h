@@ -20,6 +20,7 @@ struct RunOptions {
     pybind11::object progress;  ///< a callable or None
     pybind11::object threads;   ///< a number or None
     std::string axes;           ///< of bare arrays, see `axesOfArray`
+    std::string each;           ///< "t", "c" or both: run once for each frame, channel or both; empty for once on all
 };
 
 /// An algorithm object as Python has it: its properties by their place in the facts of its class, and the owners of
@@ -43,6 +44,7 @@ private:
     struct OpenImages;
 
     void refuseWhileRunning() const;
+    void applyEach(const std::string& each);
     void applyThreads(pybind11::handle threads, const OpenImages& images);
     OpenImages openImages(const std::string& axes);
     void makeObjects();

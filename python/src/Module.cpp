@@ -21,8 +21,9 @@ namespace {
 
 using rix::python::Algorithm;
 
-rix::python::RunOptions optionsFrom(py::object progress, py::object threads, const std::string& axes) {
-    return {std::move(progress), std::move(threads), axes};
+rix::python::RunOptions optionsFrom(py::object progress, py::object threads, const std::string& axes,
+                                    const std::string& each) {
+    return {std::move(progress), std::move(threads), axes, each};
 }
 
 }  // namespace
@@ -35,12 +36,14 @@ PYBIND11_MODULE(_rix, module) {
         .def(py::init<const std::string&>())
         .def("_get", &Algorithm::get)
         .def("_set", &Algorithm::set)
-        .def("_run", [](Algorithm& algorithm, py::object progress, py::object threads, const std::string& axes) {
-            return algorithm.run(optionsFrom(std::move(progress), std::move(threads), axes));
+        .def("_run", [](Algorithm& algorithm, py::object progress, py::object threads, const std::string& axes,
+                        const std::string& each) {
+            return algorithm.run(optionsFrom(std::move(progress), std::move(threads), axes, each));
         });
     module.def("call", [](const std::string& name, const py::tuple& inputs, py::handle out, py::object progress,
-                          py::object threads, const std::string& axes) {
-        return rix::python::callFunction(name, inputs, out, optionsFrom(std::move(progress), std::move(threads), axes));
+                          py::object threads, const std::string& axes, const std::string& each) {
+        return rix::python::callFunction(name, inputs, out,
+                                         optionsFrom(std::move(progress), std::move(threads), axes, each));
     });
     module.def("describe", &rix::python::describeClass);
     module.def("list", &rix::python::listClasses);

@@ -131,3 +131,19 @@ def test_threads_do_not_change_results():
 
 def test_import_needs_nothing():
     assert run_script("import sys, rix; print('pandas' in sys.modules, 'tqdm' in sys.modules)").split() == ["False"] * 2
+
+
+def test_each_frame_and_channel_by_itself():
+    frames = np.array([[[10, 10, 20, 20]], [[100, 100, 200, 200]]], np.uint8)
+    bright = dict(threshold_criterion="FACTORISATION", axes="tyx")
+    assert rix.auto_thresholding_bright(frames, **bright).output_binary_image.sum() == 6
+    result = rix.auto_thresholding_bright(frames, each="t", **bright)
+    assert result.output_binary_image.tolist() == [[[0, 0, 1, 1]]] * 2
+    assert result.output_measurement["threshold"].tolist() == [11, 101]
+    assert result.output_measurement["Frame"].tolist() == [0, 1]
+    algorithm = rix.AutoThresholdingBright(input_gray_image=frames, threshold_criterion="FACTORISATION")
+    assert algorithm.run(axes="cyx", each="tc").output_measurement["Channel"].tolist() == [0, 1]
+    assert "Frame" not in algorithm.run(axes="tyx").output_measurement
+    for wrong in ("x", "tt"):
+        with pytest.raises(rix.RuleError, match="each="):
+            rix.labeling_2d(frames, each=wrong)
