@@ -1,6 +1,7 @@
 #include "Results.h"
 
-#include <array>
+#include <algorithm>
+#include <numeric>
 #include <optional>
 
 #include <rix/description/Algorithms.h>
@@ -9,8 +10,12 @@
 #include <rix/description/Values.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
+#include <rix/rendering/Rows.h>
+#include <rix/segmentation/AutoThresholding.h>
+#include <rix/segmentation/Labeling2d.h>
+#include <rix/segmentation/Labeling3d.h>
 
-#include "Statistics.h"
+#include "Interrupts.h"
 
 namespace rix::cli {
 namespace {
@@ -36,22 +41,78 @@ std::optional<Result> readObject(const BaseProperty& property) {
                   .table = std::make_shared<vessel::DataFrame>(slot->getObject()->toDataFrame())};
 }
 
-/// A label image: how many objects it has, which is the largest label of a plane or volume.
-std::optional<Result> countObjects(const BaseProperty& property) {
+/// The largest label of each plane or, where labels are counted in volumes, of each volume.
+std::vector<std::uint64_t> largestLabels(const ImageModel& image, bool ofPlanes) {
+    std::vector<std::uint64_t> largest;
+    rendering::RowReader reader(image);
+    const auto extents = helper::getExtents(image);
+    rendering::RowPosition at;
+    for (at.channel = 0; at.channel < extents[SPECTRAL_SERIES]; ++at.channel) {
+        for (at.frame = 0; at.frame < extents[SEQUENCE]; ++at.frame) {
+            for (at.plane = 0; at.plane < extents[PLANS]; ++at.plane) {
+                if (ofPlanes || at.plane == 0) {
+                    largest.push_back(0);
+                }
+                for (at.row = 0; at.row < extents[ROWS]; ++at.row) {
+                    Interrupts::throwIfRequested();
+                    const auto& row = reader.readReals(at);
+                    const double most = row.empty() ? 0.0 : *std::max_element(row.begin(), row.end());
+                    largest.back() = std::max(largest.back(), static_cast<std::uint64_t>(std::max(most, 0.0)));
+                }
+            }
+        }
+    }
+    return largest;
+}
+
+/// A label image: how many objects it has. Each plane or volume of a labeling counts its objects from 1; in a label
+/// image of another algorithm labels may be missing or go on from plane to plane, so that only the largest is told.
+std::optional<Result> countObjects(const BaseAlgorithm& algorithm, const BaseProperty& property) {
     const auto* output = dynamic_cast<const Property<ImageModel*>*>(&property);
     if (output == nullptr || output->get() == nullptr || output->get()->getInterpretation() != RIX_LABEL) {
         return std::nullopt;
     }
-    const SampleStatistics labels = computeStatistics(*output->get());
-    const auto objects = static_cast<std::uint64_t>(labels.hasValues() ? labels.maximum() : 0.0);
-    Result result{property.getName(), {{"objects", objects}}};
-    result.lines.add({property.getName(), std::to_string(objects) + (objects == 1 ? " object" : " objects")});
+    const bool ofPlanes = dynamic_cast<const segmentation::Labeling2d*>(&algorithm) != nullptr;
+    const bool ofVolumes = dynamic_cast<const segmentation::Labeling3d*>(&algorithm) != nullptr;
+    const auto counts = largestLabels(*output->get(), ofPlanes);
+    Result result{property.getName()};
+    if (!ofPlanes && !ofVolumes) {
+        const std::uint64_t most = counts.empty() ? 0 : *std::max_element(counts.begin(), counts.end());
+        result.value = {{"largestLabel", most}};
+        result.lines.add({property.getName(), "largest label " + std::to_string(most)});
+        return result;
+    }
+    const std::uint64_t objects = std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
+    std::string text = std::to_string(objects) + (objects == 1 ? " object" : " objects");
+    if (counts.size() > 1) {
+        constexpr std::size_t mostShown = 20;
+        std::vector<std::string> shown;
+        for (std::size_t i = 0; i < std::min(counts.size(), mostShown); ++i) {
+            shown.push_back(std::to_string(counts[i]));
+        }
+        text += " in " + std::to_string(counts.size()) + (ofPlanes ? " planes: " : " volumes: ") +
+                description::join(shown) + (counts.size() > mostShown ? ", ..." : "");
+    }
+    result.value = {{"objects", objects}, {ofPlanes ? "objectsOfPlanes" : "objectsOfVolumes", counts}};
+    result.lines.add({property.getName(), text});
     return result;
 }
 
-/// How the kinds of outputs are read: the first that knows the property's type answers.
-using Reader = std::optional<Result> (*)(const BaseProperty&);
-constexpr std::array<Reader, 3> readers{readObject, countObjects, readValue};
+/// The thresholds of all frames, of which one is applied to all.
+void markTheApplied(const BaseAlgorithm& algorithm, Result& result) {
+    if (dynamic_cast<const segmentation::AutoThresholding*>(&algorithm) == nullptr ||
+        algorithm.isIterationOnSequenceAxisEnabled() || result.table->getRowCount() < 2) {
+        return;
+    }
+    const auto& table = *result.table;
+    description::TextTable lines({"Frame", "threshold", ""});
+    const auto thresholds = table.getReals(table.findColumn("threshold").value());
+    for (std::size_t frame = 0; frame < thresholds.size(); ++frame) {
+        lines.add({std::to_string(frame), description::numberToText(thresholds[frame]),
+                   frame == 0 ? "applied to all frames" : "not applied"});
+    }
+    result.lines = std::move(lines);
+}
 
 }  // namespace
 
@@ -60,7 +121,8 @@ nlohmann::json Result::toJson() const {
 }
 
 std::string Result::toText(std::string_view indent, std::size_t mostRows) const {
-    return table != nullptr ? description::toTextTable(*table, mostRows).toText(indent) : lines.toText(indent);
+    return table != nullptr && lines.empty() ? description::toTextTable(*table, mostRows).toText(indent)
+                                             : lines.toText(indent);
 }
 
 void ResultObjects::create(const BaseAlgorithm& algorithm) {
@@ -79,11 +141,13 @@ std::vector<Result> readResults(const BaseAlgorithm& algorithm) {
         if (!property->isOutput()) {
             continue;
         }
-        for (const Reader read : readers) {
-            if (auto result = read(*property)) {
-                results.push_back(std::move(*result));
-                break;
-            }
+        if (auto object = readObject(*property)) {
+            markTheApplied(algorithm, *object);
+            results.push_back(std::move(*object));
+        } else if (auto labels = countObjects(algorithm, *property)) {
+            results.push_back(std::move(*labels));
+        } else if (auto value = readValue(*property)) {
+            results.push_back(std::move(*value));
         }
     }
     return results;

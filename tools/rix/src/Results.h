@@ -20,7 +20,7 @@ namespace rix::cli {
 struct Result {
     std::string name;
     nlohmann::json value{};          ///< of a value, for --json
-    description::TextTable lines{};  ///< of a value, for people
+    description::TextTable lines{};  ///< for people: of a value, or of a table that says more than its columns
     std::shared_ptr<const vessel::DataFrame> table{};
 
     nlohmann::json toJson() const;
