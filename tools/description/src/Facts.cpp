@@ -57,6 +57,12 @@ nlohmann::json toJson(const AlgorithmFacts& facts) {
         properties.push_back(toJson(property));
     }
     const AlgorithmDescription& description = facts.description;
+    nlohmann::json outputs = nlohmann::json::array();
+    for (const OutputDescription& output : description.outputs) {
+        outputs.push_back({{"name", output.name},
+                           {"voxelType", helper::voxelTypesToString(output.voxelType)},
+                           {"extents", output.extents}});
+    }
     const BorderInfluence& influence = description.borderInfluence;
     return {{"name", facts.name},
             {"area", facts.area},
@@ -66,6 +72,7 @@ nlohmann::json toJson(const AlgorithmFacts& facts) {
             {"inPlace", description.inPlace},
             {"borderInfluence", {{"lower", influence.lower}, {"upper", influence.upper}}},
             {"extraMemory", {{"bytes", description.extraMemory}, {"isExact", description.extraMemoryIsExact}}},
+            {"outputs", std::move(outputs)},
             {"levels", facts.levels},
             {"deprecatedSince", facts.deprecatedSince},
             {"properties", std::move(properties)}};

@@ -82,6 +82,15 @@ std::string memoryOf(const AlgorithmDescription& description) {
            " bytes beside the images";
 }
 
+/// "384 x 303 x 1 x 1 x 1"
+std::string sizeOf(const OutputDescription& output) {
+    std::vector<std::string> sizes;
+    for (const std::size_t size : output.extents) {
+        sizes.push_back(std::to_string(size));
+    }
+    return description::join(sizes, " x ");
+}
+
 int runDescribe(const DescribeOptions& options) {
     const AlgoInfo& info = description::findClass(options.className);
     const auto algorithm = description::createAlgorithm(info);
@@ -105,6 +114,10 @@ int runDescribe(const DescribeOptions& options) {
     if (!options.assignments.empty()) {
         table.add({"memory:", memoryOf(run)});
     }
+    for (const OutputDescription& output : run.outputs) {
+        table.add(
+            {"result:", output.name + ' ' + helper::voxelTypesToString(output.voxelType) + ", " + sizeOf(output)});
+    }
     table.add({"levels:", description::join(facts.levels)});
     if (!facts.deprecatedSince.empty()) {
         table.add({"deprecated:", "since " + facts.deprecatedSince});
@@ -125,7 +138,7 @@ void addDescribeCommand(CLI::App& program, Action& chosen) {
         "describe", "Describe an algorithm: its properties with types, defaults, labels and rules");
     command->add_option("CLASS", options->className, "Name of the algorithm, as 'rix list' shows it")->required();
     command->add_option("name=value", options->assignments,
-                        "Properties of a run, images as files: the memory that it takes depends on them");
+                        "Properties of a run, images as files: the types of its results and its memory depend on them");
     command->add_flag("--json", options->json, "Print a JSON object");
     command->footer("Example:\n  rix describe ThresholdingByCriterion");
     command->callback([&chosen, options] { chosen = [options] { return runDescribe(*options); }; });
