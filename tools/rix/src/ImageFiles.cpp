@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
-#include <utility>
 
 #include <unistd.h>
 
@@ -14,56 +13,87 @@
 #include "Failure.h"
 #include "FileOptions.h"
 #include "Interrupts.h"
-#include "Output.h"
+#include "Streams.h"
 
 namespace rix::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// The file behind links and detours, also when it doesn't exist yet.
-fs::path targetOf(const fs::path& path) {
-    std::error_code error;
-    fs::path target = fs::weakly_canonical(fs::absolute(path, error), error);
-    return error ? path : target;
-}
-
 [[noreturn]] void refuse(const fs::path& path, const std::string& reason) {
     throw Failure(UNWRITABLE_OUTPUT, description::inQuotes(path.string()) + " can't be written: " + reason);
 }
 
-}  // namespace
-
-std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
+/// Calls `read` with a path that can be read at any place; what goes wrong names the one that was given.
+template <class Read>
+auto readThrough(const fs::path& path, const Read& read) {
+    refuseZeroByte(path, UNREADABLE_INPUT);
+    const fs::path readable = readablePath(path);
     try {
-        auto image = io::readImage(path, readingOptions(path));
-        Interrupts::throwIfRequested();
-        calibrate(*image);
-        return image;
+        return read(readable);
     } catch (const MemoryError&) {
         throw;  // not the fault of the file
     } catch (const UserCancelException&) {
         throw;
     } catch (const Exception& exception) {
-        throw Failure(UNREADABLE_INPUT, exception);
+        const Failure failure(UNREADABLE_INPUT, exception);
+        if (readable == path) {
+            throw failure;
+        }
+        throw Failure(UNREADABLE_INPUT, failure.levels().front())
+            .within("Cannot read the image of " +
+                    (isStandardStream(path) ? "standard input." : description::inQuotes(path.string()) + '.'));
     }
+}
+
+}  // namespace
+
+void refuseZeroByte(const fs::path& path, int exitCode) {
+    if (path.native().find('\0') != std::string::npos) {
+        throw Failure(exitCode, "the path " + description::inQuotes(path.string()) + " has a zero byte inside");
+    }
+}
+
+std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
+    return readThrough(path, [&](const fs::path& readable) {
+        auto image = io::readImage(readable, readingOptions(path));
+        Interrupts::throwIfRequested();
+        calibrate(*image);
+        return image;
+    });
+}
+
+io::ImageFileInfo readInfo(const fs::path& path, bool warns) {
+    io::ReadOptions reading = readingOptions(path);
+    if (!warns) {
+        reading.warn = [](const String&) {};
+    }
+    auto info = readThrough(path, [&](const fs::path& readable) { return io::readImageInfo(readable, reading); });
+    HeaderImage header;
+    if (helper::applyHeader(info, header)) {
+        calibrate(header);
+        static_cast<ImageHeader&>(info) = header.header();
+    }
+    return info;
 }
 
 std::unique_ptr<HeaderImage> readHeader(const fs::path& path) {
     auto image = std::make_unique<HeaderImage>();
-    try {
-        if (!helper::applyHeader(io::readImageInfo(path, readingOptions(path)), *image)) {
-            throw Failure(UNREADABLE_INPUT, "the image file " + description::inQuotes(path.string()) + " is too large");
-        }
-        calibrate(*image);
-    } catch (const Exception& exception) {
-        throw Failure(UNREADABLE_INPUT, exception);
+    if (!helper::applyHeader(readInfo(path), *image)) {
+        throw Failure(UNREADABLE_INPUT, "the image file " + description::inQuotes(path.string()) + " is too large");
     }
     return image;
 }
 
 void saveImage(const fs::path& path, const ImageModel& image) {
     try {
+        if (isStandardStream(path)) {
+            const TemporaryFolder folder;
+            const fs::path file = folder.path() / withFormat(path);
+            io::writeImage(file, image, writingOptions());
+            sendFile(file);
+            return;
+        }
         io::writeImage(path, image, writingOptions());
     } catch (const MemoryError&) {
         throw;
@@ -73,7 +103,7 @@ void saveImage(const fs::path& path, const ImageModel& image) {
 }
 
 void checkCanWrite(const fs::path& path) {
-    if (!io::isImageFileName(path)) {
+    if (!io::isImageFileName(withFormat(path))) {
         std::string known;
         for (const auto& format : io::getImageFormats()) {
             for (const auto& candidate : format.extensions) {
@@ -82,16 +112,33 @@ void checkCanWrite(const fs::path& path) {
         }
         refuse(path, "its extension is none of " + known);
     }
+    if (isStandardStream(path)) {
+        refuseImageOnTerminal();
+        return;
+    }
     checkCanWriteFile(path);
 }
 
+void checkFits(const fs::path& path, const ImageModel& image) {
+    try {
+        io::checkImageFits(withFormat(path), image, writingOptions());
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
+}
+
 void checkCanWriteFile(const fs::path& path) {
-    const fs::path target = targetOf(path);
+    refuseZeroByte(path, UNWRITABLE_OUTPUT);
     std::error_code error;
-    if (fs::is_directory(target, error)) {
+    const fs::file_type type = fs::status(path, error).type();
+    if (type == fs::file_type::directory) {
         refuse(path, "it is a folder");
     }
-    const fs::path folder = target.parent_path();
+    if (isStandardStream(path) || type == fs::file_type::fifo || type == fs::file_type::character) {
+        return;
+    }
+    const fs::path target = linkTarget(path);
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
     if (!fs::is_directory(folder, error)) {
         refuse(path, "there is no folder " + description::inQuotes(folder.string()));
     }
@@ -102,22 +149,11 @@ void checkCanWriteFile(const fs::path& path) {
 }
 
 const ImageModel& ImageInputs::read(const fs::path& path) {
-    auto& image = m_images[targetOf(path)];
+    auto& image = m_images[isStandardStream(path) ? FileIdentity{.name = "-"} : identityOf(path)];
     if (image == nullptr) {
         image = loadImage(path);
     }
     return *image;
-}
-
-void ImageOutputs::add(const std::string& property, const fs::path& path, std::unique_ptr<io::MemoryImage> image) {
-    checkCanWrite(path);
-    for (const auto& entry : m_entries) {
-        if (targetOf(entry.path) == targetOf(path)) {
-            throw Failure(WRONG_USAGE, entry.property + " and " + property + " go to the same file " +
-                                           description::inQuotes(path.string()));
-        }
-    }
-    m_entries.push_back({property, path, std::move(image)});
 }
 
 }  // namespace rix::cli

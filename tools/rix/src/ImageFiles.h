@@ -3,16 +3,26 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include <rix/image/ImageHeader.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/io/ImageFile.h>
+
+#include "Targets.h"
 
 namespace rix::cli {
 
+// A path of an image may be "-" and a pipe as well, see Streams.h.
+
+/// @throws Failure of that exit code for a path that no file can have.
+void refuseZeroByte(const std::filesystem::path& path, int exitCode);
+
 /// Reads an image. @throws Failure (unreadable input), MemoryError.
 std::unique_ptr<io::MemoryImage> loadImage(const std::filesystem::path& path);
+
+/// What a file tells about its image beside the samples. @throws Failure (unreadable input).
+/// @param warns whether doubts about the file are told
+io::ImageFileInfo readInfo(const std::filesystem::path& path, bool warns = true);
 
 /// An image without samples that has the header of an image file. @throws Failure (unreadable input).
 std::unique_ptr<HeaderImage> readHeader(const std::filesystem::path& path);
@@ -24,7 +34,11 @@ void saveImage(const std::filesystem::path& path, const ImageModel& image);
 /// folder exists and may be written to, and no folder has the name. @throws Failure (unwritable output).
 void checkCanWrite(const std::filesystem::path& path);
 
-/// The same for a file of any kind, whatever its extension.
+/// Makes sure that the format of that path holds an image of these types and this shape.
+/// @throws Failure (unwritable output).
+void checkFits(const std::filesystem::path& path, const ImageModel& image);
+
+/// The same as `checkCanWrite` for a file of any kind, whatever its extension.
 void checkCanWriteFile(const std::filesystem::path& path);
 
 /// The images that a command line reads; a path that comes twice is read once.
@@ -33,25 +47,7 @@ public:
     const ImageModel& read(const std::filesystem::path& path);
 
 private:
-    std::map<std::filesystem::path, std::unique_ptr<io::MemoryImage>> m_images;
-};
-
-/// The images that a run makes, and the files that they go to when it has succeeded.
-class ImageOutputs {
-public:
-    struct Entry {
-        std::string property;
-        std::filesystem::path path;
-        std::unique_ptr<io::MemoryImage> image;
-    };
-
-    /// Announces an output and checks that it can be written. The name of an input is allowed: inputs have been read
-    /// before outputs are written. @throws Failure: unwritable output; wrong usage when two outputs go to one file.
-    void add(const std::string& property, const std::filesystem::path& path, std::unique_ptr<io::MemoryImage> image);
-    const std::vector<Entry>& entries() const { return m_entries; }
-
-private:
-    std::vector<Entry> m_entries;
+    std::map<FileIdentity, std::unique_ptr<io::MemoryImage>> m_images;
 };
 
 }  // namespace rix::cli

@@ -44,8 +44,13 @@ std::string progressLine(double progress, const std::string& message, std::size_
 }
 
 ConsoleInteraction::~ConsoleInteraction() {
+    wipe();
+}
+
+void ConsoleInteraction::wipe() {
     if (!m_drawn.empty()) {
         writeMessage(clearLine);
+        m_drawn.clear();
     }
 }
 

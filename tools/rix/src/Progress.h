@@ -24,6 +24,8 @@ public:
     void setProgress(double progress) override;
     void setProgressionMessage(const String& message) override;
     bool isCancelRequested() override;
+    /// Takes the line away for something else to be written; the next progress draws it again.
+    void wipe();
 
 private:
     void draw();

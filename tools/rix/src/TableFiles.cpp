@@ -7,14 +7,23 @@
 #include "Failure.h"
 #include "ImageFiles.h"
 #include "Output.h"
+#include "Streams.h"
 
 namespace rix::cli {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+bool isJson(const fs::path& path) {
+    return path.extension() == ".json";
+}
+
+}  // namespace
+
 void checkCanWriteTable(const fs::path& path) {
     const fs::path extension = path.extension();
-    if (extension != ".csv" && extension != ".json") {
+    if (path != "-" && extension != ".csv" && !isJson(path)) {
         throw Failure(UNWRITABLE_OUTPUT, "the table " + description::inQuotes(path.string()) +
                                              " can't be written: its extension is none of .csv, .json");
     }
@@ -22,9 +31,16 @@ void checkCanWriteTable(const fs::path& path) {
 }
 
 void saveTable(const fs::path& path, const vessel::DataFrameView& table) {
+    saveText(path, isJson(path) ? measurement::tableToJson(table) : measurement::tableToCsv(table));
+}
+
+void saveText(const fs::path& path, const std::string& text) {
+    if (isStandardStream(path)) {
+        writeData(text);
+        return;
+    }
     try {
-        io::writeTextFile(
-            path, path.extension() == ".json" ? measurement::tableToJson(table) : measurement::tableToCsv(table));
+        io::writeTextFile(path, text);
     } catch (const Exception& exception) {
         throw Failure(UNWRITABLE_OUTPUT, exception);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include <vessel/DataFrameView.h>
 
@@ -9,6 +10,9 @@ namespace rix::cli {
 /// Writes a table in the format of the extension: .json, else comma-separated values.
 /// @throws Failure (unwritable output).
 void saveTable(const std::filesystem::path& path, const vessel::DataFrameView& table);
+
+/// Writes a text file, or to standard output for "-". @throws Failure (unwritable output).
+void saveText(const std::filesystem::path& path, const std::string& text);
 
 /// Looks whether a table can go there, before any time is spent on it. @throws Failure (unwritable output).
 void checkCanWriteTable(const std::filesystem::path& path);

@@ -25,7 +25,7 @@ TEST_F(ProgramTest, infoTellsTypesCalibrationAndStatistics) {
     ASSERT_TRUE(image.setSpatialUnitName("micron"));
     io::writeImage(folder() / "five.tif", image);
 
-    const auto object = nlohmann::json::parse(rix({"info", "five.tif", "--json"}).output);
+    const auto object = nlohmann::json::parse(rix({"info", "five.tif", "--statistics", "--json"}).output);
     EXPECT_EQ(object["voxelType"], "float32");
     EXPECT_EQ(object["interpretation"], "value");
     EXPECT_EQ(object["axes"][2]["size"], 2);
@@ -38,15 +38,26 @@ TEST_F(ProgramTest, infoTellsTypesCalibrationAndStatistics) {
     EXPECT_EQ(statistics["minimum"], -5);
     EXPECT_EQ(statistics["maximum"], 8);
     EXPECT_DOUBLE_EQ(statistics["mean"].get<double>(), 22.0 / 7);
-    const auto text = rix({"info", "five.tif"}).output;
+    const auto text = rix({"info", "five.tif", "--statistics"}).output;
     for (const char* part : {"scalar float32", "planes    2", "not a number:  1", "minimum:       -5", "micron"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " not in\n" << text;
     }
 
     io::writeImage(folder() / "complex.tif", makeImage<std::complex<double>>({2, 1, 1, 1, 1}, {{3, -4}, {0, 0}}));
-    const auto complex = nlohmann::json::parse(rix({"info", "complex.tif", "--json"}).output);
+    const auto complex = nlohmann::json::parse(rix({"info", "complex.tif", "--statistics", "--json"}).output);
     EXPECT_EQ(complex["statistics"]["of"], "magnitude");
     EXPECT_EQ(complex["statistics"]["maximum"], 5);
+
+    // Samples are read when they are asked for only: the head of a file is enough, and a bad one holds no other back.
+    std::ofstream(folder() / "bad.tif") << "no image";
+    const auto several = rix({"info", "complex.tif", "bad.tif", "complex.tif", "--json"});
+    EXPECT_EQ(several.exitCode, 4);
+    const auto list = nlohmann::json::parse(several.output);
+    ASSERT_EQ(list.size(), 3U);
+    EXPECT_EQ(list[1]["path"], "bad.tif");
+    EXPECT_EQ(list[1]["error"]["code"], 4);
+    EXPECT_EQ(list[2]["voxelType"], "complex float64");
+    EXPECT_FALSE(list[2].contains("statistics"));
 }
 
 TEST_F(ProgramTest, rendersLabelsAloneAndOverAPhotograph) {
@@ -84,7 +95,8 @@ TEST_F(ProgramTest, demoMeasuresTheCoins) {
     ASSERT_EQ(ending.exitCode, 0) << ending.messages;
     EXPECT_NE(ending.output.find("results/today/coins-binary.tif"), std::string::npos) << ending.output;
     EXPECT_NE(ending.output.find("results/today/coins-side-by-side.png"), std::string::npos) << ending.output;
-    const auto info = nlohmann::json::parse(rix({"info", "results/today/coins-binary.tif", "--json"}).output);
+    const auto info =
+        nlohmann::json::parse(rix({"info", "results/today/coins-binary.tif", "--statistics", "--json"}).output);
     EXPECT_EQ(info["interpretation"], "binary");
     EXPECT_EQ(info["statistics"]["maximum"], 1);
     // A table of the 24 coins, a picture with their numbers.

@@ -125,6 +125,9 @@ TEST_F(ProgramTest, describesPropertiesInTheirOrder) {
     EXPECT_NE(sample({"describe", "Sample", "inputImage=in.png"}).output.find("0 bytes beside the images"),
               std::string::npos);
     EXPECT_EQ(sample({"describe", "Sample", "outputImage=out.png"}).exitCode, 2);
+    EXPECT_NE(rix({"describe", "ArithmeticOperationWithImage", "inputImage1=in.png", "inputImage2=in.png"})
+                  .output.find("result:  outputImage int16, 4 x 4 x 1 x 1 x 1"),
+              std::string::npos);
     const auto object = nlohmann::json::parse(sample({"describe", "Sample", "--json"}).output);
     EXPECT_EQ(object["extraMemory"], (nlohmann::json{{"bytes", 0}, {"isExact", true}}));
     std::vector<std::string> names;

@@ -95,7 +95,7 @@ TEST_F(RecipeTest, IsRefusedBeforeAnythingIsDone) {
         {2, "comparisonCriterion can't be 'BELOW'", threshold, {"how=BELOW"}},
         {2, "no step before makes the image '@brihgt'", good + R"({"write": "@brihgt", "to": "b.tif"})", {}},
         {2,
-         "is written twice",
+         "go to the same file",
          good + R"({"write": "@bright", "to": "b.tif"}, {"write": "@bright", "to": "./b.tif"})",
          {}},
         {2, "a list of at least one step", "", {}},
@@ -137,12 +137,25 @@ TEST_F(RecipeTest, OfAnyLengthAndAnyNumberIsReadOrRefusedInLittleMemory) {
     }
     write("many.json", R"({"parameters": {"p": ")" + std::string(20000, 'x') + R"("}, "steps": [{"write": ")" + many +
                            R"(", "to": "a.tif"}]})");
+    std::string names = R"({"steps": [{"run": "A", "with": {"n0": 1)";
+    std::string steps = R"({"steps": [)";
+    for (int i = 1; i < 100000; ++i) {
+        names += ", \"n" + std::to_string(i) + "\": 1";
+        steps += R"({"write": "@a", "to": "b.tif"}, )";
+    }
+    write("names.json", names + "}}]}");
+    write("steps.json", steps + R"({"write": "@a", "to": "b.tif"}]})");
+    write("deep.json", std::string(4000000, '['));
+    write("zero.json", R"({"steps": [{"write": "a\u0000.tif", "to": "b.tif"}]})");
     struct Case {
         const char* recipe;
         int exitCode;
         const char* message;
     };
     for (const Case& c : {Case{"empty.json", 4, "'empty.json' is empty"}, Case{"number.json", 2, "1e400"},
+                          Case{"names.json", 2, "an object of more than 200 names"},
+                          Case{"steps.json", 2, "no step before makes the image '@a'"},
+                          Case{"deep.json", 2, "nests more than 32 lists"}, Case{"zero.json", 4, "zero byte inside"},
                           Case{"many.json", 2, "is longer than"}, Case{"/dev/zero", 4, "is longer than"}}) {
         const auto ending = rix({"recipe", c.recipe});
         EXPECT_EQ(ending.exitCode, c.exitCode) << ending.messages.substr(0, 1000);

@@ -1,6 +1,8 @@
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -13,6 +15,7 @@
 #include "../Failure.h"
 #include "../FileOptions.h"
 #include "../ImageFiles.h"
+#include "../Interrupts.h"
 #include "../Output.h"
 #include "../Statistics.h"
 
@@ -20,37 +23,36 @@ namespace rix::cli {
 namespace {
 
 struct InfoOptions {
-    std::string path;
+    std::vector<std::string> paths;
+    bool statistics = false;
     bool json = false;
+};
+
+/// What is told of one file.
+struct FileFacts {
+    std::string path;
+    io::ImageFileInfo file;
+    std::optional<SampleStatistics> statistics;
 };
 
 constexpr std::array<Components, RIX_COMPONENTS_SIZE> axes{COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES};
 constexpr std::array<const char*, RIX_COMPONENTS_SIZE> axisNames{"columns", "rows", "planes", "sequence", "spectral"};
 
-bool isComplex(const ImageModel& image) {
-    return image.getVoxelType() == RIX_COMPLEX_FLOAT32 || image.getVoxelType() == RIX_COMPLEX_FLOAT64;
+bool isComplex(const ImageHeader& image) {
+    return image.voxelType == RIX_COMPLEX_FLOAT32 || image.voxelType == RIX_COMPLEX_FLOAT64;
 }
 
 /// The unit of an axis; channels have none.
-std::string unitOf(const ImageModel& image, Components axis) {
+std::string unitOf(const ImageHeader& image, Components axis) {
     switch (axis) {
-        case SEQUENCE: return image.getSequenceUnitName();
+        case SEQUENCE: return image.sequenceUnitName;
         case SPECTRAL_SERIES: return {};
-        default: return image.getSpatialUnitName();
+        default: return image.spatialUnitName;
     }
 }
 
-nlohmann::json toJson(const InfoOptions& options, const io::ImageFileInfo& file, const ImageModel& image,
-                      const SampleStatistics& statistics) {
-    nlohmann::json axisList = nlohmann::json::array();
-    for (const Components axis : axes) {
-        axisList.push_back({{"name", axisNames[static_cast<std::size_t>(axis)]},
-                            {"size", image.getNumOf(axis)},
-                            {"spacing", description::numberToJson(image.getSpacingOf(axis))},
-                            {"origin", description::numberToJson(image.getOriginOf(axis))},
-                            {"unit", unitOf(image, axis)}});
-    }
-    nlohmann::json values = {{"of", isComplex(image) ? "magnitude" : "value"},
+nlohmann::json toJson(const SampleStatistics& statistics, bool isComplex) {
+    nlohmann::json values = {{"of", isComplex ? "magnitude" : "value"},
                              {"samples", statistics.samples()},
                              {"notANumber", statistics.notANumber()},
                              {"minimum", nullptr},
@@ -61,66 +63,114 @@ nlohmann::json toJson(const InfoOptions& options, const io::ImageFileInfo& file,
         values["maximum"] = description::numberToJson(statistics.maximum());
         values["mean"] = description::numberToJson(statistics.mean());
     }
-    return {{"path", options.path},
-            {"format", file.format},
-            {"storage", file.storage},
-            {"fileBytes", file.fileBytes},
-            {"voxelType", helper::voxelTypesToString(image.getVoxelType())},
-            {"elementType", helper::elementTypesToString(image.getElementType())},
-            {"interpretation", helper::interpretationsToString(image.getInterpretation())},
-            {"colorInterpretation", helper::colorInterpretationToString(image.getColorInterpretation())},
-            {"axes", axisList},
-            {"statistics", values}};
+    return values;
 }
 
-std::string toText(const InfoOptions& options, const io::ImageFileInfo& file, const ImageModel& image,
-                   const SampleStatistics& statistics) {
-    description::TextTable facts;
-    facts.add({"format:", file.format + (file.storage.empty() ? "" : ", " + file.storage) + ", " +
-                              std::to_string(file.fileBytes) + " bytes"});
-    facts.add({"type:", helper::elementTypesToString(image.getElementType()) + ' ' +
-                            helper::voxelTypesToString(image.getVoxelType())});
-    facts.add({"interpretation:", helper::interpretationsToString(image.getInterpretation())});
-    if (image.getColorInterpretation() != UNKNOWN) {
-        facts.add({"colour:", helper::colorInterpretationToString(image.getColorInterpretation())});
-    }
-    description::TextTable axisTable({"axis", "size", "spacing", "origin", "unit"});
+nlohmann::json toJson(const FileFacts& facts) {
+    const io::ImageFileInfo& file = facts.file;
+    nlohmann::json axisList = nlohmann::json::array();
     for (const Components axis : axes) {
-        axisTable.add({axisNames[static_cast<std::size_t>(axis)], std::to_string(image.getNumOf(axis)),
-                       description::numberToText(image.getSpacingOf(axis)),
-                       description::numberToText(image.getOriginOf(axis)), unitOf(image, axis)});
+        const auto i = static_cast<std::size_t>(axis);
+        axisList.push_back({{"name", axisNames[i]},
+                            {"size", file.extents[i]},
+                            {"spacing", description::numberToJson(file.spacing[i])},
+                            {"origin", description::numberToJson(file.origin[i])},
+                            {"unit", unitOf(file, axis)}});
     }
+    nlohmann::json object = {{"path", facts.path},
+                             {"format", file.format},
+                             {"storage", file.storage},
+                             {"fileBytes", file.fileBytes},
+                             {"voxelType", helper::voxelTypesToString(file.voxelType)},
+                             {"elementType", helper::elementTypesToString(file.elementType)},
+                             {"interpretation", helper::interpretationsToString(file.interpretation)},
+                             {"colorInterpretation", helper::colorInterpretationToString(file.colorInterpretation)},
+                             {"axes", axisList}};
+    if (facts.statistics) {
+        object["statistics"] = toJson(*facts.statistics, isComplex(file));
+    }
+    return object;
+}
+
+std::string toText(const SampleStatistics& statistics, bool isComplex) {
     description::TextTable values;
     values.add({"samples:", std::to_string(statistics.samples())});
     if (statistics.notANumber() != 0) {
         values.add({"not a number:", std::to_string(statistics.notANumber())});
     }
     if (statistics.hasValues()) {
-        const std::string of = isComplex(image) ? " of magnitude:" : ":";
+        const std::string of = isComplex ? " of magnitude:" : ":";
         values.add({"minimum" + of, description::numberToText(statistics.minimum())});
         values.add({"maximum" + of, description::numberToText(statistics.maximum())});
         values.add({"mean" + of, description::numberToText(statistics.mean())});
     }
-    return options.path + '\n' + facts.toText("  ") + '\n' + axisTable.toText("  ") + '\n' + values.toText("  ");
+    return values.toText("  ");
+}
+
+std::string toText(const FileFacts& told) {
+    const io::ImageFileInfo& file = told.file;
+    description::TextTable facts;
+    facts.add({"format:", file.format + (file.storage.empty() ? "" : ", " + file.storage) + ", " +
+                              std::to_string(file.fileBytes) + " bytes"});
+    facts.add(
+        {"type:", helper::elementTypesToString(file.elementType) + ' ' + helper::voxelTypesToString(file.voxelType)});
+    facts.add({"interpretation:", helper::interpretationsToString(file.interpretation)});
+    if (file.colorInterpretation != UNKNOWN) {
+        facts.add({"colour:", helper::colorInterpretationToString(file.colorInterpretation)});
+    }
+    description::TextTable axisTable({"axis", "size", "spacing", "origin", "unit"});
+    for (const Components axis : axes) {
+        const auto i = static_cast<std::size_t>(axis);
+        axisTable.add({axisNames[i], std::to_string(file.extents[i]), description::numberToText(file.spacing[i]),
+                       description::numberToText(file.origin[i]), unitOf(file, axis)});
+    }
+    return told.path + '\n' + facts.toText("  ") + '\n' + axisTable.toText("  ") +
+           (told.statistics ? '\n' + toText(*told.statistics, isComplex(file)) : "");
+}
+
+FileFacts lookInto(const std::string& path, bool statistics) {
+    std::optional<SampleStatistics> values;
+    if (statistics) {
+        values = computeStatistics(*loadImage(path));
+    }
+    return {path, readInfo(path, !statistics), values};
 }
 
 int runInfo(const InfoOptions& options) {
-    const auto image = loadImage(options.path);
-    io::ImageFileInfo file;
-    try {
-        io::ReadOptions reading = readingOptions(options.path);
-        reading.warn = [](const String&) {};  // was told when the image was read
-        file = io::readImageInfo(options.path, reading);
-    } catch (const Exception& exception) {
-        throw Failure(UNREADABLE_INPUT, exception);
+    if (options.paths.size() == 1) {
+        const FileFacts facts = lookInto(options.paths.front(), options.statistics);
+        options.json ? writeJson(toJson(facts)) : writeData(toText(facts));
+        return DONE;
     }
-    const SampleStatistics statistics = computeStatistics(*image);
+    int exitCode = DONE;
+    nlohmann::json list = nlohmann::json::array();
+    for (const std::string& path : options.paths) {
+        Interrupts::throwIfRequested();
+        try {
+            const FileFacts facts = lookInto(path, options.statistics);
+            if (options.json) {
+                list.push_back(toJson(facts));
+            } else {
+                writeData((&path == &options.paths.front() ? "" : "\n") + toText(facts));
+            }
+        } catch (...) {
+            const Failure failure = failureOfCurrentException();
+            if (failure.exitCode() != UNREADABLE_INPUT) {
+                throw failure;
+            }
+            exitCode = failure.exitCode();
+            if (options.json) {
+                list.push_back(toJson(failure));
+                list.back()["path"] = path;
+            } else {
+                writeMessage(toText(failure));
+            }
+        }
+    }
     if (options.json) {
-        writeJson(toJson(options, file, *image, statistics));
-    } else {
-        writeData(toText(options, file, *image, statistics));
+        writeJson(list);
     }
-    return DONE;
+    return exitCode;
 }
 
 }  // namespace
@@ -128,9 +178,14 @@ int runInfo(const InfoOptions& options) {
 void addInfoCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<InfoOptions>();
     CLI::App* command = program.add_subcommand(
-        "info", "Tell about an image file: sizes, types, calibration, minimum, maximum and mean");
-    command->add_option("IMAGE", options->path, "The file. Complex samples count by their magnitude")->required();
-    command->add_flag("--json", options->json, "Print a JSON object");
+        "info", "Tell about image files: sizes, types, calibration; with --statistics minimum, maximum and mean");
+    command
+        ->add_option("IMAGE", options->paths,
+                     "The files; \"-\" is standard input. One that can't be read does not keep the others back")
+        ->required();
+    command->add_flag("--statistics", options->statistics,
+                      "Read the samples, too. Complex ones count by their magnitude");
+    command->add_flag("--json", options->json, "Print a JSON object, of several files an array of them");
     addReadingOptions(*command);
     command->footer("Example:\n  rix info examples/images/coins.png");
     command->callback([&chosen, options] { chosen = [options] { return runInfo(*options); }; });

@@ -7,7 +7,7 @@
 #include "../Commands.h"
 #include "../Failure.h"
 #include "../FileOptions.h"
-#include "../recipe/RunRecipe.h"
+#include "../recipe/RecipeBatch.h"
 
 namespace rix::cli {
 namespace {
@@ -16,6 +16,7 @@ struct RecipeCommandOptions {
     std::string path;
     std::vector<std::string> parameters;
     std::string record;
+    BatchOptions batch;
     bool noProgress = false;
     bool json = false;
 };
@@ -27,6 +28,10 @@ int runCommand(const RecipeCommandOptions& options) {
     recipe.record = options.record.empty() ? recipe.recipe.stem().string() + "-record.json" : options.record;
     recipe.progress = chooseProgressDisplay(!options.noProgress && !options.json);
     recipe.json = options.json;
+    if (!options.batch.files.empty()) {
+        return runRecipes(recipe, options.batch);
+    }
+    options.batch.refuseWithoutFiles(options.parameters, options.record);
     runRecipe(recipe);
     return DONE;
 }
@@ -43,11 +48,17 @@ void addRecipeCommand(CLI::App& program, Action& chosen) {
     command->add_option("name=value", options->parameters, "Values for the recipe's parameters");
     command->add_option("--record", options->record, "Where the record goes; unless given, NAME-record.json here")
         ->type_name("PATH");
+    options->batch.addTo(*command);
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print the record, or what goes wrong, as a JSON object");
     addReadingOptions(*command);
     addWritingOptions(*command);
-    command->footer("Example:\n  rix recipe examples/coins.json folder=.");
+    command->footer(
+        "Many files:\n"
+        "  rix recipe examples/coins.json photograph={file} folder=out/{stem} --files photographs/*.png\n"
+        "A table that has the same path for all files becomes one table with a column for the file.\n"
+        "\n"
+        "Example:\n  rix recipe examples/coins.json folder=.");
     command->callback([&chosen, options] { chosen = [options] { return runCommand(*options); }; });
 }
 

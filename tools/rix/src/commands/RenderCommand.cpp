@@ -36,6 +36,18 @@ int runRender(const RenderOptions& options) {
     if (options.picturePath.empty() && options.histogramPath.empty()) {
         throw Failure(WRONG_USAGE, "render needs the name of the picture OUT, or --histogram OUT");
     }
+    Targets targets;
+    targets.addInput(options.imagePath);
+    if (!options.basePath.empty()) {
+        targets.addInput(options.basePath);
+    }
+    if (!options.histogramPath.empty()) {
+        targets.addOutput("--histogram", options.histogramPath, Targets::Kind::Image);
+    }
+    if (!options.picturePath.empty()) {
+        targets.addOutput("OUT", options.picturePath, Targets::Kind::Image);
+    }
+    targets.refuseCollisions();
     if (!options.histogramPath.empty()) {
         checkCanWrite(options.histogramPath);
         const rendering::Picture chart =
@@ -66,7 +78,8 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
         "Make a picture of an image: grey in an automatic window (0.35 to 99.65 percent of the values), binary in "
         "black and white, labels in distinct colours on nothing, RGB as it is, complex samples by their magnitude");
     command->add_option("IMAGE", options->imagePath, "The image to show")->required();
-    command->add_option("OUT", options->picturePath, "The picture, usually a PNG file");
+    command->add_option("OUT", options->picturePath,
+                        "The picture, usually a PNG file; \"-\" is standard output as TIFF, \"-- -.png\" as PNG");
     command
         ->add_option("--histogram", options->histogramPath,
                      "Draw the histogram of IMAGE into this file, with the automatic thresholds marked")

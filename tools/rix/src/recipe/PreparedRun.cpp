@@ -54,6 +54,7 @@ PreparedRun prepareRun(const Recipe::Step& step, Workspace& workspace) {
             }
         }
     }
+    step.each.applyTo(*run.algorithm);
     run.resultObjects.create(*run.algorithm);
     return run;
 }

@@ -28,6 +28,56 @@ using Json = nlohmann::ordered_json;
 /// Far more than anybody writes; a wrong file must not cost all memory.
 constexpr std::size_t longestRecipe = std::size_t{16} << 20;
 
+/// Goes through a file before it is kept: what is nested deep takes memory, and finding a name among many takes time.
+/// It stops at a mistake, which the parser then tells.
+class Bounds : public nlohmann::json_sax<Json> {
+public:
+    explicit Bounds(const std::filesystem::path& path) : m_path(path) {}
+
+    bool null() override { return true; }
+    bool boolean(bool /*value*/) override { return true; }
+    bool number_integer(number_integer_t /*value*/) override { return true; }
+    bool number_unsigned(number_unsigned_t /*value*/) override { return true; }
+    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return true; }
+    bool string(string_t& /*text*/) override { return true; }
+    bool binary(binary_t& /*bytes*/) override { return true; }
+    bool start_object(std::size_t /*size*/) override { return open(); }
+    bool key(string_t& /*name*/) override {
+        constexpr std::size_t mostNames = 200;
+        if (++m_names.back() > mostNames) {
+            refuse("has an object of more than " + std::to_string(mostNames) + " names");
+        }
+        return true;
+    }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t /*size*/) override { return open(); }
+    bool end_array() override { return close(); }
+    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+                     const Json::exception& /*error*/) override {
+        return false;
+    }
+
+private:
+    bool open() {
+        constexpr std::size_t deepest = 32;
+        m_names.push_back(0);
+        if (m_names.size() > deepest) {
+            refuse("nests more than " + std::to_string(deepest) + " lists and objects");
+        }
+        return true;
+    }
+    bool close() {
+        m_names.pop_back();
+        return true;
+    }
+    [[noreturn]] void refuse(const std::string& what) const {
+        throw Failure(WRONG_USAGE, "the recipe " + description::inQuotes(m_path.string()) + ' ' + what);
+    }
+
+    const std::filesystem::path& m_path;
+    std::vector<std::size_t> m_names;  ///< of the lists and objects that are open
+};
+
 Json parseFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string text(longestRecipe + 1, '\0');
@@ -42,10 +92,13 @@ Json parseFile(const std::filesystem::path& path) {
     if (text.empty()) {
         throw Failure(UNREADABLE_INPUT, "the recipe " + description::inQuotes(path.string()) + " is empty");
     }
+    Bounds bounds(path);
+    static_cast<void>(Json::sax_parse(text, &bounds));
     try {
         return Json::parse(text);
     } catch (const Json::exception& error) {  // of the syntax, or of a number that no type holds
-        throw Failure(WRONG_USAGE, "the recipe " + description::inQuotes(path.string()) + " is no JSON: " + error.what());
+        throw Failure(WRONG_USAGE,
+                      "the recipe " + description::inQuotes(path.string()) + " is no JSON: " + error.what());
     }
 }
 
@@ -179,7 +232,7 @@ Recipe::View readView(const Json& json, const std::string& where, const Paramete
 }
 
 Recipe::Step readStep(const Json& json, const std::string& where, const Parameters& parameters) {
-    const Object step(json, where, {"run", "with", "render", "write", "to"});
+    const Object step(json, where, {"run", "with", "each", "render", "write", "to"});
     if (step.has("run") + step.has("render") + step.has("write") != 1) {
         refuse(where, "a step is one of \"run\", \"render\" and \"write\"");
     }
@@ -190,13 +243,17 @@ Recipe::Step readStep(const Json& json, const std::string& where, const Paramete
         if (!with.is_object() || step.has("to")) {
             refuse(where, R"("run" goes with an object "with" of properties and their values)");
         }
+        if (step.has("each")) {
+            result.each = eachFromText(parameters.fill(step.text("each"), step.placeOf("each")),
+                                       "the recipe is wrong at " + step.placeOf("each") + ": it");
+        }
         for (const auto& [name, value] : with.items()) {
             result.assignments.push_back({name, parameters.valueOf(value, where + "/with/" + name)});
         }
         return result;
     }
-    if (step.has("with")) {
-        refuse(where, "\"with\" goes with \"run\" only");
+    if (step.has("with") || step.has("each")) {
+        refuse(where, R"("with" and "each" go with "run" only)");
     }
     result.target = parameters.fill(step.text("to"), step.placeOf("to"));
     if (step.has("write")) {

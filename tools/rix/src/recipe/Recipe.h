@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "../Assignments.h"
+#include "../Each.h"
 
 namespace rix::cli {
 
@@ -39,6 +40,7 @@ struct Recipe {
         Kind kind = Kind::Run;
         std::string className;                ///< of a run
         std::vector<Assignment> assignments;  ///< of a run, in the order of the file
+        Each each;                            ///< of a run
         std::vector<View> views;              ///< of a render, from left to right; of a write, one image or table
         std::filesystem::path target;         ///< of a render or a write
     };

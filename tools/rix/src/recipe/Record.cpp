@@ -15,6 +15,7 @@
 #include <rix/devices/Cpu.h>
 
 #include "../Failure.h"
+#include "../Streams.h"
 
 namespace rix::cli {
 namespace {
@@ -38,7 +39,7 @@ Record::Record(const std::filesystem::path& recipePath, const Recipe& recipe)
              {"outputs", nlohmann::json::array()}} {}
 
 nlohmann::json Record::describeFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(readablePath(path), std::ios::binary);
     if (!file) {
         throw Failure(UNREADABLE_INPUT, "the file " + description::inQuotes(path.string()) + " can't be read");
     }
@@ -63,6 +64,12 @@ nlohmann::json Record::describeFile(const std::filesystem::path& path) {
         text += hex.data();
     }
     return {{"path", path.string()}, {"bytes", bytes}, {"sha256", text}};
+}
+
+void Record::addOutput(const std::filesystem::path& path) {
+    std::error_code error;
+    const bool isFile = !isStandardStream(path) && std::filesystem::is_regular_file(path, error);
+    m_json["outputs"].push_back(isFile ? describeFile(path) : nlohmann::json{{"path", path.string()}});
 }
 
 }  // namespace rix::cli

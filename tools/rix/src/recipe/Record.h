@@ -17,7 +17,8 @@ public:
 
     void addStep(nlohmann::json step) { m_json["steps"].push_back(std::move(step)); }
     void addInput(const std::filesystem::path& path) { m_json["inputs"].push_back(describeFile(path)); }
-    void addOutput(const std::filesystem::path& path) { m_json["outputs"].push_back(describeFile(path)); }
+    /// What went to a pipe or a device is named alone.
+    void addOutput(const std::filesystem::path& path);
     const nlohmann::json& json() const { return m_json; }
 
     /// {"path": ..., "bytes": ..., "sha256": ...} @throws Failure (unreadable input).

@@ -7,9 +7,9 @@
 
 #include <rix/description/Algorithms.h>
 #include <rix/description/Values.h>
-#include <rix/io/TextFile.h>
 #include <rix/rendering/Picture.h>
 #include <rix/rendering/View.h>
+#include <rix/settings/Settings.h>
 
 #include "../Failure.h"
 #include "../ImageFiles.h"
@@ -54,27 +54,43 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
             {"results", std::move(results)}};
 }
 
+/// The share of one step in the progress of all.
+class StepInteraction : public InteractionInterface {
+public:
+    StepInteraction(InteractionInterface& whole, std::size_t step, std::size_t steps)
+        : m_whole(whole), m_step(step), m_steps(steps) {}
+    void setProgress(double progress) override {
+        m_whole.setProgress((static_cast<double>(m_step) + progress) / static_cast<double>(m_steps));
+    }
+    void setProgressionMessage(const String& message) override { m_whole.setProgressionMessage(message); }
+    bool isCancelRequested() override { return m_whole.isCancelRequested(); }
+
+private:
+    InteractionInterface& m_whole;
+    std::size_t m_step;
+    std::size_t m_steps;
+};
+
 /// The recipe as it is carried out: images in memory, files kept back until the end.
 class Execution {
 public:
-    explicit Execution(const RecipeOptions& options, const Recipe& recipe)
-        : m_options(options),
-          m_recipe(recipe),
+    Execution(const std::filesystem::path& path, const Recipe& recipe, const RecipeSurroundings& surroundings)
+        : m_recipe(recipe),
+          m_surroundings(surroundings),
           m_workspace(
               loadImage, [] { return std::make_unique<io::MemoryImage>(); },
               [](const ImageModel& image) {
                   return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
               }),
-          m_record(options.recipe, recipe) {}
+          m_record(path, recipe) {}
 
-    void carryOut() {
-        for (std::size_t i = 0; i < m_recipe.steps.size(); ++i) {
+    nlohmann::json carryOut() {
+        for (m_step = 0; m_step < m_recipe.steps.size(); ++m_step) {
             Interrupts::throwIfRequested();
-            const Recipe::Step& step = m_recipe.steps[i];
             try {
-                carryOut(step);
+                carryOut(m_recipe.steps[m_step]);
             } catch (...) {
-                throw failureOfCurrentException().within("step " + std::to_string(i + 1) + " of the recipe");
+                throw failureOfCurrentException().within("step " + std::to_string(m_step + 1) + " of the recipe");
             }
         }
         for (const auto& path : m_workspace.files()) {
@@ -84,17 +100,9 @@ public:
             Interrupts::throwIfRequested();
             write();
             m_record.addOutput(path);
-            say("wrote   " + path.string() + '\n');
+            m_surroundings.say("wrote   " + path.string() + '\n');
         }
-        try {
-            io::writeTextFile(m_options.record, m_record.json().dump(2) + '\n');
-        } catch (const Exception& exception) {
-            throw Failure(UNWRITABLE_OUTPUT, exception);
-        }
-        say("record  " + m_options.record.string() + '\n');
-        if (m_options.json) {
-            writeJson(m_record.json());
-        }
+        return m_record.json();
     }
 
 private:
@@ -104,8 +112,7 @@ private:
         } else if (step.kind == Recipe::Step::Kind::Write) {
             const std::string& name = step.views.front().image;
             if (const auto* const table = m_workspace.table(name)) {
-                m_files.emplace_back(step.target,
-                                     [frame = table->toDataFrame(), path = step.target] { saveTable(path, frame); });
+                keepTable(step.target, table->toDataFrame());
                 return;
             }
             m_files.emplace_back(step.target,
@@ -119,22 +126,31 @@ private:
 
     void run(const Recipe::Step& step) {
         PreparedRun run = prepareRun(step, m_workspace);
-        const auto start = std::chrono::steady_clock::now();
-        {
-            ConsoleInteraction interaction(m_options.progress);
-            run.algorithm->run(&interaction);
+        if (m_surroundings.threads) {
+            run.algorithm->settings().setMaximumNumberOfThreads(*m_surroundings.threads);
         }
+        StepInteraction interaction(m_surroundings.interaction, m_step, m_recipe.steps.size());
+        const auto start = std::chrono::steady_clock::now();
+        run.algorithm->run(&interaction);
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
         m_record.addStep(describeRun(run, step, seconds.count()));
-        say("ran     " + step.className + '\n');
+        m_surroundings.say("ran     " + step.className + '\n');
         for (const Result& result : readResults(*run.algorithm)) {
-            say(result.toText("          ", mostRowsShown));
+            m_surroundings.say(result.toText("          ", mostRowsShown));
         }
         for (const auto& file : run.files) {
             m_files.emplace_back(file.first, [file] { saveImage(file.first, *file.second); });
         }
         for (const auto& file : run.tables) {
-            m_files.emplace_back(file.first, [file] { saveTable(file.first, file.second->toDataFrame()); });
+            keepTable(file.first, file.second->toDataFrame());
+        }
+    }
+
+    void keepTable(const std::filesystem::path& path, vessel::DataFrame table) {
+        if (m_surroundings.joined.contains(path)) {
+            m_surroundings.join(path, std::move(table));
+        } else {
+            m_files.emplace_back(path, [path, table = std::move(table)] { saveTable(path, table); });
         }
     }
 
@@ -151,25 +167,56 @@ private:
         return std::move(*picture);
     }
 
-    void say(const std::string& text) const {
-        if (!m_options.json) {
-            writeData(text);
-        }
-    }
-
-    const RecipeOptions& m_options;
     const Recipe& m_recipe;
+    const RecipeSurroundings& m_surroundings;
     Workspace m_workspace;
     Record m_record;
     std::vector<std::pair<std::filesystem::path, std::function<void()>>> m_files;
+    std::size_t m_step = 0;
 };
 
 }  // namespace
 
+nlohmann::json carryOut(const std::filesystem::path& path, const Recipe& recipe,
+                        const RecipeSurroundings& surroundings) {
+    return Execution(path, recipe, surroundings).carryOut();
+}
+
 void runRecipe(const RecipeOptions& options) {
     const Recipe recipe = readRecipe(options.recipe, options.parameters);
-    dryRun(recipe);
-    Execution(options, recipe).carryOut();
+    Targets targets;
+    targets.addInput(options.recipe, Targets::Kind::Other);
+    dryRun(recipe, targets);
+    checkCanWriteFile(options.record);
+    targets.addOutput("the record", options.record, Targets::Kind::Other);
+    targets.refuseCollisions();
+    const bool dataOnStandardOutput = targets.useStandardOutput();
+    if (options.json && dataOnStandardOutput) {
+        throw Failure(WRONG_USAGE, "--json and an output \"-\" would both go to standard output");
+    }
+    const auto say = [&](const std::string& text) {
+        if (!options.json) {
+            dataOnStandardOutput ? writeMessage(text) : writeData(text);
+        }
+    };
+    nlohmann::json record;
+    {
+        ConsoleInteraction console(options.progress);
+        const auto sayBesideBar = [&](const std::string& text) {
+            console.wipe();
+            say(text);
+        };
+        record = carryOut(options.recipe, recipe, {console, {}, sayBesideBar, {}, {}});
+    }
+    saveRecord(options.record, record);
+    say("record  " + options.record.string() + '\n');
+    if (options.json) {
+        writeJson(record);
+    }
+}
+
+void saveRecord(const std::filesystem::path& path, const nlohmann::json& record) {
+    saveText(path, record.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + '\n');
 }
 
 }  // namespace rix::cli

@@ -1,10 +1,19 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
 #include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <vessel/DataFrame.h>
 
 #include "../Assignments.h"
 #include "../Progress.h"
+#include "Recipe.h"
 
 namespace rix::cli {
 
@@ -20,5 +29,20 @@ struct RecipeOptions {
 /// Files are written when the last step has succeeded; a failure before leaves none.
 /// @throws Failure naming the step.
 void runRecipe(const RecipeOptions& options);
+
+/// Where a recipe that is one of several leaves what it does not write itself.
+struct RecipeSurroundings {
+    InteractionInterface& interaction;
+    std::optional<int> threads;                   ///< for each of its runs
+    std::function<void(const std::string&)> say;  ///< takes lines for people
+    std::set<std::filesystem::path> joined;       ///< paths of tables that are not written
+    std::function<void(const std::filesystem::path&, vessel::DataFrame)> join;  ///< takes them
+};
+
+/// Runs the steps of a recipe that has been checked, and writes what they made. @return the record
+nlohmann::json carryOut(const std::filesystem::path& path, const Recipe& recipe,
+                        const RecipeSurroundings& surroundings);
+
+void saveRecord(const std::filesystem::path& path, const nlohmann::json& record);
 
 }  // namespace rix::cli

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <rix/algorithms/BaseAlgorithm.h>
+#include <rix/description/Algorithms.h>
+#include <rix/image/MemoryImage.h>
+
+#include "../Assignments.h"
+#include "../Each.h"
+#include "../ImageFiles.h"
+#include "../Results.h"
+#include "../Targets.h"
+
+namespace rix::cli {
+
+/// What a command line asks of one run of an algorithm.
+struct FileRunRequest {
+    std::string className;
+    std::vector<Assignment> assignments;  ///< images as paths
+    Each each;
+    std::optional<int> threads;
+    std::string maxLevel;         ///< empty for no limit
+    std::filesystem::path table;  ///< where the table goes that the run makes; empty for nowhere
+};
+
+/// One run of an algorithm on files, in steps, so that all that can go wrong early does.
+class FileRun {
+public:
+    /// An image that the run makes or changes, and the file that it goes to.
+    struct Output {
+        std::string property;
+        std::filesystem::path path;
+        std::unique_ptr<io::MemoryImage> image;
+    };
+
+    /// Sets all values and looks at the places of outputs; no image is read.
+    /// @throws Failure: wrong usage, unwritable output.
+    explicit FileRun(const FileRunRequest& request);
+
+    void announce(Targets& targets) const;
+    /// True when an image or the table goes to standard output, which then takes nothing else.
+    bool usesStandardOutput() const;
+    /// Reads the images and runs. @throws Failure (unreadable input); what the run throws.
+    void run(InteractionInterface& interaction);
+    /// Every file is whole or not there. When one can't be written, those before it stay, and were told of.
+    /// @param tell is given a line for each file
+    void writeImages(const std::function<void(const std::string&)>& tell) const;
+    const std::vector<Output>& outputs() const { return m_outputs; }
+    std::vector<Result> results() const { return readResults(*m_algorithm); }
+    /// Class, level, seconds, images and results.
+    nlohmann::json toJson() const;
+
+private:
+    struct Image {
+        BaseProperty* property;
+        description::ImageRole role;
+        std::string path;
+    };
+
+    void setValues(const std::vector<Assignment>& assignments);
+    void applyLimits(const FileRunRequest& request);
+    void makeOutputs();
+    void readInputs();
+
+    std::unique_ptr<BaseAlgorithm> m_algorithm;
+    ResultObjects m_resultObjects;
+    std::filesystem::path m_table;
+    std::vector<Image> m_images;
+    ImageInputs m_inputs;
+    std::vector<Output> m_outputs;
+    double m_seconds = 0;
+};
+
+/// The table among results; null when there is none.
+std::shared_ptr<const vessel::DataFrame> tableOf(const std::vector<Result>& results);
+
+}  // namespace rix::cli
