@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <memory>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -34,6 +35,21 @@ void declare(AutoThresholdingValue& algorithm, algorithms::Properties& propertie
 }
 
 constexpr std::size_t mostClasses = 65535;
+
+/// The children, made when a run first needs them and kept for the next: on a small image to make one takes longer than
+/// to run it.
+struct ThresholdingState : algorithms::AbstractPrivateImplementation {
+    std::unique_ptr<CountedExtrema> counted;
+    std::unique_ptr<IntensityExtrema> extrema;
+};
+
+template <class Child>
+Child& made(std::unique_ptr<Child>& child) {
+    if (child == nullptr) {
+        child = std::make_unique<Child>();
+    }
+    return *child;
+}
 
 /// One run: the choices made for all frames.
 class Thresholding {
@@ -72,14 +88,14 @@ private:
 
     /// Runs the child that finds the extrema; where it can, one that keeps the counts of the values as well.
     math::Vector2<double> measureRange() {
+        auto& state = algorithms::stateOf<ThresholdingState>(m_algorithm);
         if (CountedExtrema::accepts(m_input)) {
-            CountedExtrema child;
+            CountedExtrema& child = made(state.counted);
             const math::Vector2<double> range = rangeOf(child);
             m_counted = std::move(child.frames);
             return range;
         }
-        IntensityExtrema child;
-        return rangeOf(child);
+        return rangeOf(made(state.extrema));
     }
 
     math::Vector2<double> rangeOf(IntensityExtrema& child) {
@@ -87,6 +103,7 @@ private:
         child.setInputImage(&m_input);
         child.setOutputMeasurement(&extrema);
         algorithms::runChild(m_algorithm, child, m_level);
+        child.setOutputMeasurement(nullptr);
         const double minimum = extrema.minimum[0];
         if (std::isnan(minimum)) {
             throw ProcessingException(
@@ -205,6 +222,6 @@ constexpr algorithms::Definition<AutoThresholdingValue> definition{
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM(AutoThresholdingValue, definition)
+RIX_DEFINE_ALGORITHM_WITH(AutoThresholdingValue, ThresholdingState, definition)
 
 }  // namespace rix::analysis

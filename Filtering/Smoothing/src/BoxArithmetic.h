@@ -5,9 +5,10 @@
 
 #include <rix/algorithms/OptimLevel.h>
 
+#include "BoxDealt.h"
 #include "BoxIntegerKernels.h"
 #include "BoxJob.h"
-#include "BoxQuads.h"
+#include "BoxPairKernels.h"
 
 namespace rix::filtering::smoothing {
 
@@ -27,12 +28,58 @@ struct BoxFilterOperator_Normalize {
     }
 };
 
+/// How the sums of up to 257 bytes are made, in 16 bits: by the kernels of a level.
+template <class Out>
+class BoxArithmetic16 {
+public:
+    using Sum = std::uint16_t;
+    using Row = BoxPairs;
+
+    BoxArithmetic16(OptimLevelType level, const BoxJob& job) : m_rows(boxPairRows(level)) {
+        const BoxAxis& axis = job.axes[COLUMNS];
+        const std::size_t window = axis.periods == 0 ? axis.window : 0;
+        if constexpr (sizeof(Out) == 1) {
+            m_divider = BoxPairDivider(static_cast<std::uint32_t>(job.voxels));
+            m_totals = boxPairMeans(level, window);
+        } else {
+            m_totals = boxPairSums(level, window);
+        }
+    }
+
+    void add(const std::uint8_t* const* in, std::size_t rows, const Row& sums, std::size_t count) const {
+        m_rows.addSamples(in, rows, sums, count);
+    }
+    void add(const Row* in, std::size_t rows, const Row& sums, std::size_t count) const {
+        m_rows.addSums(in, rows, sums, count);
+    }
+    void slide(const std::uint8_t* in, const std::uint8_t* out, const Row& sums, std::size_t count) const {
+        m_rows.slideSamples(in, out, sums, count);
+    }
+    void slide(const Row& in, const Row& out, const Row& sums, std::size_t count) const {
+        m_rows.slideSums(in, out, sums, count);
+    }
+    void reflect(const Row& row, std::size_t first, std::size_t count, std::size_t mirror) const {
+        m_rows.reflect(row, first, count, mirror);
+    }
+    /// Asked for the totals of outputs 0 only.
+    Sum sum(const Row& row, std::size_t count) const { return m_totals.takesFirst ? m_rows.sum(row, count) : Sum{0}; }
+    void total(const Row& columns, std::size_t count, std::size_t window, Sum first, Out* out,
+               const BoxAhead& ahead) const {
+        m_totals.row(columns, count, window, first, out, m_divider, ahead);
+    }
+
+private:
+    const BoxPairRows& m_rows;
+    BoxPairTotals<Out> m_totals;
+    BoxPairDivider m_divider;
+};
+
 /// How sums of 32 bit are made: by the kernels of a level.
 template <class T, class Out>
 class BoxArithmetic32 {
 public:
     using Sum = std::uint32_t;
-    using Quads = BoxQuads<Sum>;
+    using Row = BoxQuads<Sum>;
 
     BoxArithmetic32(OptimLevelType level, const BoxJob& job)
         : m_samples(boxSlideRows<T>(level)), m_sums(boxSumRows(level)), m_total(boxTotalRows<Out>(level).sum) {
@@ -46,23 +93,23 @@ public:
         }
     }
 
-    void add(const T* const* in, std::size_t rows, const Quads& sums, std::size_t count) const {
+    void add(const T* const* in, std::size_t rows, const Row& sums, std::size_t count) const {
         m_samples.add(in, rows, sums, count);
     }
-    void add(const Quads* in, std::size_t rows, const Quads& sums, std::size_t count) const {
+    void add(const Row* in, std::size_t rows, const Row& sums, std::size_t count) const {
         m_sums.add(in, rows, sums, count);
     }
-    void slide(const T* in, const T* out, const Quads& sums, std::size_t count) const {
+    void slide(const T* in, const T* out, const Row& sums, std::size_t count) const {
         m_samples.slide(in, out, sums, count);
     }
-    void slide(const Quads& in, const Quads& out, const Quads& sums, std::size_t count) const {
+    void slide(const Row& in, const Row& out, const Row& sums, std::size_t count) const {
         m_sums.slide(in, out, sums, count);
     }
-    void reflect(const Quads& row, std::size_t first, std::size_t count, std::size_t mirror) const {
+    void reflect(const Row& row, std::size_t first, std::size_t count, std::size_t mirror) const {
         m_sums.reflect(row, first, count, mirror);
     }
-    Sum sum(const Quads& row, std::size_t count) const { return m_sums.sum(row, count); }
-    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out,
+    Sum sum(const Row& row, std::size_t count) const { return m_sums.sum(row, count); }
+    void total(const Row& columns, std::size_t count, std::size_t window, Sum first, Out* out,
                const BoxAhead& ahead) const {
         m_total(columns, count, window, first, out, m_divider, ahead);
     }
@@ -81,38 +128,38 @@ template <class T, class Out, class Signed, class Unsigned, class Operator>
 class BoxArithmeticWide {
 public:
     using Sum = Unsigned;
-    using Quads = BoxQuads<Sum>;
+    using Row = BoxQuads<Sum>;
 
     BoxArithmeticWide(OptimLevelType /*level*/, const BoxJob& job) : m_voxels(static_cast<Signed>(job.voxels)) {}
 
-    /// @tparam Row `const T*` or `Quads`
-    template <class Row>
-    void add(const Row* in, std::size_t rows, const Quads& sums, std::size_t count) const {
+    /// @tparam In `const T*` or `Row`
+    template <class In>
+    void add(const In* in, std::size_t rows, const Row& sums, std::size_t count) const {
         for (std::size_t row = 0; row < rows; ++row) {
             for (std::size_t i = 0; i < count; ++i) {
                 sums[i] += static_cast<Sum>(in[row][i]);
             }
         }
     }
-    template <class Row>
-    void slide(const Row& in, const Row& out, const Quads& sums, std::size_t count) const {
+    template <class In>
+    void slide(const In& in, const In& out, const Row& sums, std::size_t count) const {
         for (std::size_t i = 0; i < count; ++i) {
             sums[i] += static_cast<Sum>(in[i]) - static_cast<Sum>(out[i]);
         }
     }
-    void reflect(const Quads& row, std::size_t first, std::size_t count, std::size_t mirror) const {
+    void reflect(const Row& row, std::size_t first, std::size_t count, std::size_t mirror) const {
         for (std::size_t e = first; e < first + count; ++e) {
             row[e] = row[mirror - e];
         }
     }
-    Sum sum(const Quads& row, std::size_t count) const {
+    Sum sum(const Row& row, std::size_t count) const {
         Sum sum = 0;
         for (std::size_t i = 0; i < count; ++i) {
             sum += row[i];
         }
         return sum;
     }
-    void total(const Quads& columns, std::size_t count, std::size_t window, Sum first, Out* out,
+    void total(const Row& columns, std::size_t count, std::size_t window, Sum first, Out* out,
                const BoxAhead& /*ahead*/) const {
         Sum total = first;
         for (std::size_t x = 0; x < count; ++x) {

@@ -9,9 +9,9 @@
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 
+#include "BoxDealt.h"
 #include "BoxEdges.h"
 #include "BoxNeeds.h"
-#include "BoxQuads.h"
 
 namespace rix::filtering::smoothing {
 
@@ -21,13 +21,13 @@ namespace rix::filtering::smoothing {
 /// Along the row a total follows in the same way. With windows over several planes a whole band of sums follows the
 /// window through the planes first, and its rows take the place of the image's.
 ///
-/// @tparam T samples, @tparam Out results, @tparam Arithmetic how sums are made (`BoxArithmetic32`,
-/// `BoxArithmeticWide`)
+/// @tparam T samples, @tparam Out results, @tparam Arithmetic how sums are made (`BoxArithmetic16`,
+/// `BoxArithmetic32`, `BoxArithmeticWide`)
 template <class T, class Out, class Arithmetic>
 class BoxIntegerBody {
 public:
     using Sum = typename Arithmetic::Sum;
-    using Quads = BoxQuads<Sum>;
+    using Dealt = typename Arithmetic::Row;
 
     BoxIntegerBody(const ImageModel& input, ImageModel& output, const BoxJob& job, const Arithmetic& arithmetic,
                    const access::Block& block)
@@ -51,7 +51,7 @@ public:
             if (volume) {
                 advancePlane(plane);
                 filterPlane(plane, progress, [this](std::size_t /*slot*/, std::size_t row) {
-                    return row == BoxAxis::outside ? Quads::over(m_noSums.data(), Quads::strideFor(m_width))
+                    return row == BoxAxis::outside ? Dealt::over(m_noSums.data(), Dealt::strideFor(m_width))
                                                    : planeRow(row);
                 });
             } else {
@@ -74,25 +74,24 @@ private:
     }
 
     /// The first of some rows of zeros.
-    static Quads rowsOf(access::Buffer<Sum>& buffer, std::size_t entries, std::size_t rows) {
-        const std::size_t stride = Quads::strideFor(entries);
+    static Dealt rowsOf(access::Buffer<Sum>& buffer, std::size_t entries, std::size_t rows) {
         std::size_t count = 0;
-        if (!helper::checkedMultiply(4 * stride, rows, count)) {
+        if (!helper::checkedMultiply(Dealt::sizeFor(entries), rows, count)) {
             throw MemoryError("The size of a working buffer does not fit 64 bits.");
         }
         std::fill_n(buffer.reserve(count), count, Sum{0});
-        return Quads::over(buffer.data(), stride);
+        return Dealt::over(buffer.data(), Dealt::strideFor(entries));
     }
 
-    Quads planeRow(std::size_t row) const {
-        const std::size_t stride = Quads::strideFor(m_width);
-        return Quads::over(m_planeSums.data() + (row - m_rows.begin) * 4 * stride, stride);
+    Dealt planeRow(std::size_t row) const {
+        return Dealt::over(m_planeSums.data() + (row - m_rows.begin) * Dealt::sizeFor(m_width),
+                           Dealt::strideFor(m_width));
     }
 
     /// sums += the elements [first, last) of an axis. @param rowOf gives the row of an element; 8 slots are valid at a
     /// time
     template <class RowOf>
-    void addElements(std::size_t first, std::size_t last, const Quads& sums, const RowOf& rowOf) {
+    void addElements(std::size_t first, std::size_t last, const Dealt& sums, const RowOf& rowOf) {
         using Row = decltype(rowOf(first, first));
         for (std::size_t e = first; e < last; e += boxGroup) {
             const std::size_t count = std::min(boxGroup, last - e);
@@ -107,17 +106,17 @@ private:
     /// sums = the window of index `first` of an axis, whole periods of the sequence included.
     /// @param rowOf gives the row of an index
     template <class RowOf>
-    void sumWindow(const BoxAxis& axis, std::size_t first, const Quads& sums, const RowOf& rowOf) {
+    void sumWindow(const BoxAxis& axis, std::size_t first, const Dealt& sums, const RowOf& rowOf) {
         addElements(first, first + axis.window, sums,
                     [&](std::size_t slot, std::size_t e) { return rowOf(slot, axis.source(e)); });
         if (axis.periods == 0) {
             return;
         }
         // A period holds every index twice.
-        const Quads once = rowsOf(m_periods, m_width, 1);
+        const Dealt once = rowsOf(m_periods, m_width, 1);
         addElements(0, axis.extent, once, rowOf);
         for (std::size_t i = 0; i < m_width; ++i) {
-            sums[i] += once[i] * static_cast<Sum>(2 * axis.periods);
+            sums[i] = static_cast<Sum>(sums[i] + once[i] * static_cast<Sum>(2 * axis.periods));
         }
     }
 
@@ -144,8 +143,8 @@ private:
     void filterPlane(std::size_t plane, access::BlockProgress& progress, const RowOf& rowOf) {
         const BoxAxis& axis = m_job.axes[ROWS];
         // Most of the work is done on the columns: they are the ones to be aligned.
-        const std::size_t shift = Quads::shiftFor(m_edges.firstColumn);
-        const Quads columnSums = rowsOf(m_columnSums, shift + m_edges.size, 1);
+        const std::size_t shift = Dealt::shiftFor(m_edges.firstColumn);
+        const Dealt columnSums = rowsOf(m_columnSums, shift + m_edges.size, 1);
         m_elements = columnSums.from(shift + m_edges.firstElement);
         m_column = columnSums.from(shift + m_edges.firstColumn);
         sumWindow(axis, m_block.rows().begin, m_column, rowOf);
@@ -170,7 +169,7 @@ private:
                 sizeof(T)};
     }
     /// Sums are in the cache.
-    static BoxAhead aheadOf(const Quads& /*entering*/, const Quads& /*leaving*/) { return {}; }
+    static BoxAhead aheadOf(const Dealt& /*entering*/, const Dealt& /*leaving*/) { return {}; }
 
     void totalRow(Out* out, const BoxAhead& ahead) {
         const BoxAxis& axis = m_job.axes[COLUMNS];
@@ -179,7 +178,8 @@ private:
                      [this](std::size_t element, std::size_t column) { m_elements[element] = m_column[column]; });
         Sum first = m_arithmetic.sum(m_elements, axis.window);
         if (axis.periods > 0) {
-            first += m_arithmetic.sum(m_column, m_width) * static_cast<Sum>(2 * axis.periods);
+            const Sum period = m_arithmetic.sum(m_column, m_width);
+            first = static_cast<Sum>(first + period * static_cast<Sum>(2 * axis.periods));
         }
         m_arithmetic.total(m_elements, m_block.columns().end - m_block.columns().begin, axis.window, first, out, ahead);
     }
@@ -195,8 +195,8 @@ private:
     BoxEdges m_edges;
 
     access::Buffer<Sum> m_columnSums;
-    Quads m_elements{};  ///< the sequence along the row, from the first window's first element on
-    Quads m_column{};    ///< the source columns inside it
+    Dealt m_elements{};  ///< the sequence along the row, from the first window's first element on
+    Dealt m_column{};    ///< the source columns inside it
     access::Buffer<Sum> m_planeSums;
     access::Buffer<Sum> m_periods;
     access::Buffer<T> m_noSamples;  ///< zeros, for rows outside

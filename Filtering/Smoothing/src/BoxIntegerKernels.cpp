@@ -7,9 +7,9 @@
 #define HWY_TARGET_INCLUDE "BoxIntegerKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
-#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
+#include "BoxAhead-inl.h"
 #include "BoxIntegerVectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -178,27 +178,19 @@ HWY_INLINE void finishSamples(const ByteMean& mean, const Quad& totals, std::uin
 }
 #endif
 
-constexpr std::size_t cacheLine = 64;
-
 /// The change of the totals along the row has to be summed up: first inside the four of a lane, then over the lanes,
 /// then from vector to vector, where one addition is all that waits for the vector before.
 template <class Finish, class Out>
 void totalRow(const BoxQuads32& columns, std::size_t count, std::size_t window, std::uint32_t first, Out* out,
               const BoxDivider& divider, const BoxAhead& ahead) {
     const Finish finish(divider);
-    const std::size_t bytesAhead = samples * ahead.sampleBytes;
     // The totals behind output x + 3: the entering sums are x + window to x + window + 3, the leaving ones x to x + 3.
     const BoxQuads32 leaving = columns;
     const BoxQuads32 entering = columns.from(window);
     const U32 d;
     V carry = hn::Set(d, first);
     for (std::size_t x = 0; x < count; x += samples) {
-        if (const std::size_t at = x * ahead.sampleBytes; at % cacheLine == 0) {
-            for (std::size_t b = at; b < at + bytesAhead; b += cacheLine) {
-                hwy::Prefetch(ahead.entering + b);
-                hwy::Prefetch(ahead.leaving + b);
-            }
-        }
+        askAhead(ahead, x, samples);
         V change[4];
         for (std::size_t q = 0; q < 4; ++q) {
             change[q] = hn::Sub(load(entering.lane[q] + x / 4), load(leaving.lane[q] + x / 4));

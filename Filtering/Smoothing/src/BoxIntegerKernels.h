@@ -5,7 +5,8 @@
 
 #include <rix/algorithms/OptimLevel.h>
 
-#include "BoxQuads.h"
+#include "BoxAhead.h"
+#include "BoxDealt.h"
 
 namespace rix::filtering::smoothing {
 
@@ -59,14 +60,6 @@ struct BoxDivider {
     float factor = 0;
     std::uint32_t byteMultiplier = 0;
     std::uint8_t quotientByte = 0;  ///< 0 when products have none
-};
-
-/// The rows of samples that slide next. They are asked for while totals are computed, which hardly use memory: a row is
-/// often a page of its own, over whose end processors don't look ahead by themselves.
-struct BoxAhead {
-    const std::uint8_t* entering = nullptr;
-    const std::uint8_t* leaving = nullptr;
-    std::size_t sampleBytes = 0;  ///< 0: there is nothing to ask for
 };
 
 /// Turns a row of column sums into a row of results. The total of output x is that of the column sums x to x + window -

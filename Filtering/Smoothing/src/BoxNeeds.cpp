@@ -6,7 +6,7 @@
 
 #include <rix/access/Scratch.h>
 
-#include "BoxQuads.h"
+#include "BoxDealt.h"
 
 namespace rix::filtering::smoothing {
 
@@ -27,6 +27,7 @@ WideInteger largestMagnitude(VoxelTypes voxelType) {
 /// Rough costs, for deciding whether threads pay.
 double nanosecondsPerVoxel(BoxSums sums) {
     switch (sums) {
+        case BoxSums::Bits16: return 0.2;
         case BoxSums::Bits32: return 0.3;
         case BoxSums::Bits64: return 5;
         case BoxSums::Bits128: return 40;
@@ -40,6 +41,10 @@ double nanosecondsPerVoxel(BoxSums sums) {
 BoxSums chooseSums(VoxelTypes voxelType, const BoxJob& job) {
     if (voxelType == RIX_FLOAT32 || voxelType == RIX_FLOAT64) {
         return BoxSums::Real;
+    }
+    // The division of means begins at two voxels, and sums of more than 256 are not of 16 bit any more.
+    if (voxelType == RIX_UINT8 && job.voxels >= 2 && job.voxels <= (job.mean ? 257 : 256)) {
+        return BoxSums::Bits16;
     }
     const WideInteger largest = largestMagnitude(voxelType) * job.summed();
     // The division of means takes sums up to 2^31, that bound included.
@@ -108,6 +113,17 @@ std::array<std::size_t, 3> largestSource(const access::Plan& plan, const BoxJob&
     return largest;
 }
 
+std::size_t bytesOfSum(BoxSums sums) {
+    switch (sums) {
+        case BoxSums::Bits16: return 2;
+        case BoxSums::Bits32: return 4;
+        case BoxSums::Bits64: return 8;
+        case BoxSums::Bits128: return 16;
+        case BoxSums::Real: return sizeof(double);
+    }
+    return 0;
+}
+
 /// Peak working memory of one thread.
 std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan& plan) {
     constexpr std::size_t margins = 12 * access::Scratch::granularity;  // of so many buffers
@@ -116,8 +132,9 @@ std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan
     const std::size_t width = source[COLUMNS] + job.axes[COLUMNS].window + 2 * boxGroup;
     const bool volume = !job.axes[PLANS].isIdentity();
     if (sums != BoxSums::Real) {
-        const std::size_t sum = sums == BoxSums::Bits32 ? 4 : sums == BoxSums::Bits64 ? 8 : 16;
-        const std::size_t rowOfPlane = 4 * BoxQuads<std::uint32_t>::strideFor(source[COLUMNS]);
+        const std::size_t sum = bytesOfSum(sums);
+        const std::size_t rowOfPlane = sums == BoxSums::Bits16 ? BoxPairs::sizeFor(source[COLUMNS])
+                                                               : BoxQuads<std::uint32_t>::sizeFor(source[COLUMNS]);
         return margins + (3 * width + (volume ? rowOfPlane * source[ROWS] : 0)) * sum;
     }
     const auto kept = [](const BoxAxis& axis) { return 3 + axis.window / boxGroup; };

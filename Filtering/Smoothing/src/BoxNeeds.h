@@ -11,7 +11,7 @@
 namespace rix::filtering::smoothing {
 
 /// In what windows are summed: the narrowest arithmetic that no sum of a run can overflow.
-enum class BoxSums : std::uint8_t { Bits32, Bits64, Bits128, Real };
+enum class BoxSums : std::uint8_t { Bits16, Bits32, Bits64, Bits128, Real };
 BoxSums chooseSums(VoxelTypes voxelType, const BoxJob& job);
 
 /// The windows of sums of reals advance in groups of so many voxels; blocks start at multiples of it.

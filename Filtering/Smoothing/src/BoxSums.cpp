@@ -37,6 +37,14 @@ void runIntegers(const BoxRun& run) {
     });
 }
 
+void run16(const BoxRun& run) {
+    if (run.job.mean) {
+        runIntegers<std::uint8_t, std::uint8_t, BoxArithmetic16<std::uint8_t>>(run);
+    } else {
+        runIntegers<std::uint8_t, std::uint16_t, BoxArithmetic16<std::uint16_t>>(run);
+    }
+}
+
 void run32(const BoxRun& run) {
     access::dispatch(SmallIntegers{}, run.input.getVoxelType(), SmallSums{}, run.output.getVoxelType(),
                      [&](auto tagIn, auto tagOut) {
@@ -74,6 +82,7 @@ void sumBoxes(access::ExecutionContext& context, const ImageModel& input, ImageM
               OptimLevelType level) {
     const BoxRun run{context, input, output, job, level};
     switch (chooseSums(input.getVoxelType(), job)) {
+        case BoxSums::Bits16: run16(run); return;
         case BoxSums::Bits32: run32(run); return;
         case BoxSums::Bits64: runWide<std::int64_t, std::uint64_t>(run); return;
         case BoxSums::Bits128: runWide<WideInteger, WideUnsigned>(run); return;

@@ -18,6 +18,7 @@
 #include <rix/image/ImageModelFull3d.h>
 
 #include "BoxIntegerKernels.h"
+#include "BoxPairKernels.h"
 #include "BoxReference.h"
 #include "BoxRuns.h"
 #include "ImageComparison.h"
@@ -64,7 +65,7 @@ void expectExactDivision(std::uint32_t n, std::uint32_t first, int sign) {
     using namespace filtering::smoothing;
     // Totals become column sums of windows of one, so that a row of them is a row of divisions.
     constexpr std::size_t count = 512;
-    std::vector<std::uint32_t> memory(4 * BoxQuads32::strideFor(count + 1));
+    std::vector<std::uint32_t> memory(BoxQuads32::sizeFor(count + 1));
     const BoxQuads32 totals = BoxQuads32::over(memory.data(), BoxQuads32::strideFor(count + 1));
     const std::uint32_t largest =
         std::is_signed_v<Out> ? 0x80U << (8 * sizeof(Out) - 8) : std::numeric_limits<Out>::max();
@@ -133,6 +134,26 @@ TEST(BoxDivision, OfWordsIsExactForEveryTotal) {
                 ASSERT_NO_FATAL_FAILURE(expectExactDivision<std::int16_t>(n, first, 1));
                 ASSERT_NO_FATAL_FAILURE(expectExactDivision<std::int16_t>(n, first, -1));
             }
+        }
+    }
+}
+
+TEST(BoxDivision, OfTotalsIn16BitsIsExactForEveryTotal) {
+    using namespace filtering::smoothing;
+    constexpr std::size_t count = 512;
+    std::vector<std::uint16_t> memory(BoxPairs::sizeFor(count + 1));
+    const BoxPairs totals = BoxPairs::over(memory.data(), BoxPairs::strideFor(count + 1));
+    std::vector<std::uint8_t> expected(count);
+    std::vector<std::uint8_t> quotients(count);
+    for (std::uint32_t n = 2; n <= BoxPairDivider::largest; ++n) {
+        // Both ends of every quotient; the last one has no more than 255 * n.
+        for (std::uint32_t i = 0; i < count; ++i) {
+            totals[i] = static_cast<std::uint16_t>(i / 2 * n + (i % 2 == 1 && i / 2 < 255 ? n - 1 : 0));
+            expected[i] = static_cast<std::uint8_t>(i / 2);
+        }
+        for (const OptimLevelType level : runnableLevels()) {
+            boxPairMeans(level, 1).row(totals, count, 1, totals[0], quotients.data(), BoxPairDivider(n), BoxAhead{});
+            ASSERT_EQ(quotients, expected) << "divided by " << n << ", level " << level;
         }
     }
 }

@@ -74,7 +74,8 @@ void expectDefinition(const ImageModel& input, const BoxCase& c) {
 }
 
 TEST(BoxFilter2d, EqualsTheDefinitionForEveryIntegerTypeSizeAndLevel) {
-    std::vector<std::array<std::size_t, 3>> sizes{{257, 1, 1}, {1, 257, 1}, {60, 51, 1}, {1000, 3, 1}, {4, 999, 1}};
+    std::vector<std::array<std::size_t, 3>> sizes{{257, 1, 1}, {1, 257, 1}, {60, 51, 1}, {1000, 3, 1},
+                                                  {4, 999, 1}, {16, 16, 1}, {43, 6, 1},  {2, 129, 1}};
     for (std::size_t k = 1; k <= 9; ++k) {
         sizes.push_back({k, (k * 4) % 9 + 1, 1});
         sizes.push_back({k, k, 1});
@@ -94,7 +95,8 @@ TEST(BoxFilter2d, EqualsTheDefinitionForEveryIntegerTypeSizeAndLevel) {
 
 TEST(BoxFilter3d, EqualsTheDefinitionForEveryIntegerTypeSizeAndLevel) {
     const std::array<std::size_t, 3> sizes[] = {{1, 1, 1}, {1, 1, 2}, {3, 3, 3},  {2, 4, 5},    {5, 3, 7},
-                                                {4, 1, 9}, {1, 2, 8}, {9, 9, 15}, {40, 30, 31}, {3, 50, 64}};
+                                                {4, 1, 9}, {1, 2, 8}, {9, 9, 15}, {40, 30, 31}, {3, 50, 64},
+                                                {6, 6, 7}, {4, 8, 8}, {5, 5, 5},  {3, 17, 5}};
     for (const VoxelTypes type : integerTypes) {
         for (const Interpretations meaning : {RIX_LABEL, RIX_BINARY}) {
             const io::MemoryImage input =
@@ -112,7 +114,7 @@ TEST(BoxFilter2d, HandlesEveryWidthUpToSeveralVectors) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT16}) {
         for (std::size_t width = 1; width <= 140; ++width) {
             const io::MemoryImage input = makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width);
-            for (const std::size_t k : {1U, 3U, 4U, 17U, 150U, 401U}) {
+            for (const std::size_t k : {1U, 3U, 4U, 5U, 7U, 11U, 17U, 80U, 150U, 401U}) {
                 expectDefinition(input, {{k, 3, 1}, Result::Mean, Dimension::Two});
                 expectDefinition(input, {{k, 2, 1}, Result::Sum, Dimension::Two});
             }

@@ -1,5 +1,7 @@
 #include <rix/segmentation/AutoThresholding.h>
 
+#include <memory>
+
 #include <rix/access/Steps.h>
 #include <rix/algorithms/Children.h>
 #include <rix/algorithms/Definition.h>
@@ -13,6 +15,17 @@
 namespace rix::segmentation {
 
 namespace {
+
+/// The children, made by the first run and kept for the next: on a small image to make them takes longer than to run
+/// them.
+struct Children {
+    analysis::AutoThresholdingValue value;
+    ThresholdingByCriterion thresholding;
+};
+
+struct AutoThresholdingState : algorithms::AbstractPrivateImplementation {
+    std::unique_ptr<Children> children;
+};
 
 template <class Algorithm>
 void declare(Algorithm& algorithm, algorithms::Properties& properties) {
@@ -50,12 +63,16 @@ template <class Algorithm>
 void process(Algorithm& algorithm, OptimLevelType level) {
     const access::Steps steps(algorithm.executionContext(), 2);
 
-    analysis::AutoThresholdingValue value;
+    std::unique_ptr<Children>& children = algorithms::stateOf<AutoThresholdingState>(algorithm).children;
+    if (children == nullptr) {
+        children = std::make_unique<Children>();
+    }
+    analysis::AutoThresholdingValue& value = children->value;
     configure(algorithm, value);
     value.setOutputMeasurement(algorithm.getOutputMeasurement());
     algorithms::runChild(algorithm, value, level);
 
-    ThresholdingByCriterion thresholding;
+    ThresholdingByCriterion& thresholding = children->thresholding;
     thresholding.setInputGrayImage(algorithm.getInputGrayImage());
     thresholding.setComparisonCriterion(keptSide<Algorithm>);
     thresholding.setComparisonValue(algorithm.getOutputMeasurement()->threshold[0]);
@@ -90,7 +107,7 @@ constexpr auto dark = definitionOf<AutoThresholdingDark>(
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_ON(AutoThresholding, AutoThresholdingBright, algorithms::NoState, bright)
-RIX_DEFINE_ALGORITHM_ON(AutoThresholding, AutoThresholdingDark, algorithms::NoState, dark)
+RIX_DEFINE_ALGORITHM_ON(AutoThresholding, AutoThresholdingBright, AutoThresholdingState, bright)
+RIX_DEFINE_ALGORITHM_ON(AutoThresholding, AutoThresholdingDark, AutoThresholdingState, dark)
 
 }  // namespace rix::segmentation
