@@ -75,7 +75,7 @@ TEST(LabelAnalysisCancellation, EndsAtEveryLookWithAWholeTable) {
         const auto request = readMeasureRequest(measures, DimensionalMode::Mode2d, IntensityUse::Present);
         const auto run = [&](CountingContext& context, LabelAnalysisMsr& result) {
             const access::RunOfThread thread(context);
-            analyseLabels(context, SCALAR, labels, &labels, request, result, 0);
+            analyseLabels(context, SCALAR, labels, &labels, request, result);
         };
         LabelAnalysisMsr result;
         CountingContext whole;
@@ -99,7 +99,7 @@ TEST(LabelAnalysisCancellation, IsLookedForWhileTheTableIsFilled) {
     context.rows = &result;
     const access::RunOfThread run(context);
     analyseLabels(context, SCALAR, labels, nullptr,
-                  readMeasureRequest("Basic", DimensionalMode::Mode2d, IntensityUse::Absent), result, 0);
+                  readMeasureRequest("Basic", DimensionalMode::Mode2d, IntensityUse::Absent), result);
     EXPECT_GE(context.looksWithRows(), result.label.size() * result.values.size() / Looks::stepsBetweenLooks);
 }
 
@@ -153,7 +153,7 @@ TEST(LabelAnalysisCancellation, IsLookedForInOneHugeObject) {
             const access::RunOfThread run(counted);
             LabelAnalysisMsr result;
             analyseLabels(counted, SCALAR, labels, &grey,
-                          readMeasureRequest(measure, DimensionalMode::Mode2d, IntensityUse::Present), result, 0);
+                          readMeasureRequest(measure, DimensionalMode::Mode2d, IntensityUse::Present), result);
             return counted.looks();
         };
         EXPECT_GE(looks("Median"), looks("PixelCount") + 1024 * 1024 / Looks::stepsBetweenLooks);
