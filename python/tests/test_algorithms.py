@@ -149,7 +149,7 @@ def test_help_speaks_python():
     function, made = rix.auto_thresholding_bright.__doc__, rix.AutoThresholdingBright
     assert "when range_mode is OTHER" in function and "rangeMode" not in function
     assert inspect.getdoc(rix.BoxFilter2d.output_image).splitlines() == [
-        "The sums or means.", "type: output image",
+        "The sums, in a type that holds them where there is one, or the means in the input's.", "type: output image",
         "rules: takes shape and calibration of input_image with a data type that follows from the inputs as a value image"]
     assert "must have the size of input_image_1" in str(rix.describe("arithmetic_operation_with_image"))
     for text in (function, made.run.__doc__):  # options stand at the margin, their texts four blanks inside
