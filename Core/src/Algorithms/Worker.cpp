@@ -16,10 +16,12 @@
 #include <tbb/global_control.h>
 
 #include <rix/access/BlockScheduler.h>
+#include <rix/access/Plan.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/algorithms/ModuleList.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/MemoryImage.h>
 #include <rix/settings/Settings.h>
 
 #include "IdleStore.h"
@@ -187,8 +189,15 @@ bool endSchedulerThreads() {
 
 /// Uses each class once, for what it makes at its first use.
 void makeAll() {
+    // Nobody forks until all is made: the child would have what is half made. Then nobody takes the lock any more,
+    // which a child could have as another thread left it.
+    static constinit std::mutex making;
     static constinit std::atomic<bool> isMade{false};
-    if (isMade.exchange(true)) {
+    if (isMade.load(std::memory_order_acquire)) {
+        return;
+    }
+    const std::lock_guard lock(making);
+    if (isMade.load(std::memory_order_relaxed)) {
         return;
     }
     try {
@@ -198,14 +207,22 @@ void makeAll() {
         idleWorkers();
         AlgoInfo::getNumOfAlgorithm();
         for (const ListedAlgorithm& listed : libraryAlgorithms()) {
-            listed.getInfo().createInstance(nullptr);
+            const std::unique_ptr<BaseAlgorithm> algorithm = listed.getInfo().createInstance(nullptr);
+            // What every run asks for.
+            static_cast<void>(algorithm->getMaximumExtraMemoryUsage());
+            static_cast<void>(algorithm->getMaxOptimLevel());
         }
         for (const ObjectInfoAccessor getInfo : libraryObjects()) {
             getInfo();
         }
+        access::getInfoPartitionMode();
+        static_cast<void>(access::partitionModeOfSettings());
+        static_cast<void>(getInfoOptimLevelType());
+        static_cast<void>(io::MemoryImage().reserve(RIX_UINT8, 1, 1, 1, 1, 1));
     } catch (const std::exception&) {
-        return;  // the fork goes on without
+        // The fork goes on without.
     }
+    isMade.store(true, std::memory_order_release);
 }
 
 /// All threads that wait for work end, ours and those of oneTBB; parent and child start new ones when needed.
