@@ -2,6 +2,8 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include <pthread.h>
 
@@ -13,13 +15,27 @@ constexpr auto lockCount = static_cast<std::size_t>(Lock::Count);
 
 // No destructors: threads that nobody waits for may outlast static objects.
 constinit std::array<std::mutex, lockCount> mutexes;
-constinit ForkHooks forkHooks;          // with the lock of the runs
-constinit std::size_t activeRuns = 0;   // with the lock of the runs
-constinit std::size_t startedRuns = 0;  // with the lock of the runs
+constinit ForkHooks forkHooks;            // with the lock of the runs
+constinit std::size_t activeRuns = 0;     // with the lock of the runs
+constinit std::size_t startedRuns = 0;    // with the lock of the runs
+constinit bool threadsAreEnding = false;  // with the lock of the runs
 thread_local constinit std::size_t runsOfThread = 0;
 constinit bool childIsAlone = false;  // in the forking thread only
 constinit std::atomic<bool> isAlone{false};
 constinit std::atomic<unsigned> forks{0};
+
+/// Runs and other forks wait while the threads of oneTBB end, which does not bear it when others start threads
+/// meanwhile. Not for ever: a run inside a task of the application's own may be what the end waits for. Polled, since a
+/// condition variable would go to the child with waiters that it does not have.
+void waitForEndOfThreads(std::unique_lock<std::mutex>& runs) {
+    constexpr std::chrono::microseconds period{100};
+    constexpr int mostPeriods = 2000;
+    for (int i = 0; threadsAreEnding && i < mostPeriods; ++i) {
+        runs.unlock();
+        std::this_thread::sleep_for(period);
+        runs.lock();
+    }
+}
 
 void beforeFork() {
     std::unique_lock lock(mutexOf(Lock::Runs));
@@ -29,12 +45,17 @@ void beforeFork() {
         hooks.makeAll();
     }
     lock.lock();
+    waitForEndOfThreads(lock);
     const std::size_t startedBefore = startedRuns;
-    bool isQuiet = activeRuns == 0 && !isAlone;
-    lock.unlock();
+    bool isQuiet = activeRuns == 0 && !isAlone && !threadsAreEnding;
     if (isQuiet && hooks.endThreads != nullptr) {
+        threadsAreEnding = true;
+        lock.unlock();
         isQuiet = hooks.endThreads();
+        lock.lock();
+        threadsAreEnding = false;
     }
+    lock.unlock();
     for (std::mutex& mutex : mutexes) {
         mutex.lock();
     }
@@ -53,6 +74,7 @@ void unlockAll() {
 void inChild() {
     isAlone = childIsAlone;
     activeRuns = runsOfThread;
+    threadsAreEnding = false;
     ++forks;
     unlockAll();
 }
@@ -72,7 +94,10 @@ void setForkHooks(const ForkHooks& hooks) {
 }
 
 ActiveRun::ActiveRun() {
-    const std::lock_guard lock(mutexOf(Lock::Runs));
+    std::unique_lock lock(mutexOf(Lock::Runs));
+    if (runsOfThread == 0) {
+        waitForEndOfThreads(lock);
+    }
     ++activeRuns;
     ++startedRuns;
     ++runsOfThread;
