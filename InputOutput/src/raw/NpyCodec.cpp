@@ -104,7 +104,7 @@ RawLayout readHeader(InputFile& file, const ReadOptions& options) {
     const std::size_t count = file.readAt(0, head.data(), head.size());
     const bool isLong = head[6] >= 2;
     const std::size_t begin = isLong ? 12 : 10;
-    std::uint64_t length = head[8] | head[9] << 8U;
+    std::uint64_t length = head[8] | std::uint64_t{head[9]} << 8U;
     if (isLong) {
         length |= std::uint64_t{head[10]} << 16U | std::uint64_t{head[11]} << 24U;
     }
