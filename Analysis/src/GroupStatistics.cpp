@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
-#include <memory>
-#include <optional>
-#include <type_traits>
 
 #include <rix/access/BlockSize.h>
 #include <rix/access/Joins.h>
@@ -24,52 +22,9 @@ namespace {
 
 constexpr double nanosecondsPerVoxel = 0.5;
 constexpr std::size_t classes = 256;
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
-using Counts = access::CountedVector<std::uint64_t>;
 using SmallTypes = access::TypeList<std::uint8_t, std::int8_t, std::uint16_t, std::int16_t>;
-
-/// The extreme values of a stretch and the first places where they are.
-struct Extremes {
-    double minimum = infinity;
-    double maximum = -infinity;
-    std::uint64_t minimumAt = 0;
-    std::uint64_t maximumAt = 0;
-
-    void takeMinimum(double value, std::uint64_t at) {
-        if (value < minimum) {
-            minimum = value;
-            minimumAt = at;
-        }
-    }
-    void takeMaximum(double value, std::uint64_t at) {
-        if (value > maximum) {
-            maximum = value;
-            maximumAt = at;
-        }
-    }
-    void join(const Extremes& right) {
-        takeMinimum(right.minimum, right.minimumAt);
-        takeMaximum(right.maximum, right.maximumAt);
-    }
-};
-
 using Images = std::initializer_list<const ImageModel*>;
-
-/// What one pass tells of samples of more than 16 bits.
-struct Summary {
-    Moments moments;
-    Extremes extremes;
-    std::uint64_t nanCount = 0;
-    std::uint64_t infiniteCount = 0;
-
-    void join(const Summary& right) {
-        moments.join(right.moments);
-        extremes.join(right.extremes);
-        nanCount += right.nanCount;
-        infiniteCount += right.infiniteCount;
-    }
-};
 
 struct SummaryLeaf {
     LaneSums sums;
@@ -81,21 +36,21 @@ Summary summarise(access::ExecutionContext& context, OptimLevelType level, const
     const auto open = [&](const access::Plan& plan) {
         return [rows = ParticipatingRows<double>(*group.image, group.mask, plan), kernels](
                    SummaryLeaf& leaf, const access::RowSegment& segment, std::size_t first) mutable {
-            double low = infinity;
-            double high = -infinity;
-            rows.read(segment, [&](std::span<const double> samples) {
+            Summary piece;
+            rows.open(segment);
+            rows.forEachPiece([&](std::span<const double> samples) {
                 kernels.addSums(samples.data(), samples.size(), leaf.sums);
-                kernels.findExtremes(samples.data(), samples.size(), low, high);
+                kernels.findExtremes(samples.data(), samples.size(), piece.minimum, piece.maximum);
             });
-            leaf.summary.nanCount += rows.nanCount;
-            leaf.summary.infiniteCount += rows.infiniteCount;
-            Extremes& extremes = leaf.summary.extremes;
-            if (low < extremes.minimum) {
-                extremes.takeMinimum(low, first + rows.find(segment, low));
+            piece.nanCount = rows.nanCount;
+            piece.infiniteCount = rows.infiniteCount;
+            if (piece.minimum < leaf.summary.minimum) {
+                piece.minimumAt = first + rows.find(piece.minimum);
             }
-            if (high > extremes.maximum) {
-                extremes.takeMaximum(high, first + rows.find(segment, high));
+            if (piece.maximum > leaf.summary.maximum) {
+                piece.maximumAt = first + rows.find(piece.maximum);
             }
+            leaf.summary.join(piece);
         };
     };
     const auto finish = [](SummaryLeaf leaf) {
@@ -123,10 +78,12 @@ std::uint64_t placeOf(access::ExecutionContext& context, const Group& group, dou
     const auto open = [&](const access::Plan& plan) {
         return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), wanted = static_cast<T>(value), &found](
                    Nothing&, const access::RowSegment& segment, std::size_t first) mutable {
-            if (first < found.load(std::memory_order_relaxed)) {
-                if (const std::size_t at = rows.find(segment, wanted); at < segment.count) {
-                    lower(found, first + at);
-                }
+            if (first >= found.load(std::memory_order_relaxed)) {
+                return;
+            }
+            rows.open(segment);
+            if (const std::size_t at = rows.find(wanted); at < segment.count) {
+                lower(found, first + at);
             }
         };
     };
@@ -138,26 +95,6 @@ std::uint64_t placeOf(access::ExecutionContext& context, const Group& group, dou
     return found;
 }
 
-/// Adds what `add(counts, samples)` counts in rows of samples of type `T` to `counts` counters.
-template <class T, class Add>
-Counts countSamples(access::ExecutionContext& context, const Group& group, std::size_t counters, const Add& add) {
-    Counts joined(counters);
-    const auto open = [&](const access::Plan& plan) {
-        return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), &add](
-                   Counts& counts, const access::RowSegment& segment) mutable {
-            rows.read(segment, [&](std::span<const T> samples) { add(counts.data(), samples); });
-        };
-    };
-    const auto make = [&] { return std::make_unique<Counts>(counters); };
-    const auto join = [&](const Counts& counts) {
-        std::transform(counts.begin(), counts.end(), joined.begin(), joined.begin(), std::plus<>());
-    };
-    withMask(*group.image, group.mask, [&](Images images) {
-        access::accumulateRows<Counts>(context, images, nanosecondsPerVoxel, make, open, join);
-    });
-    return joined;
-}
-
 /// How often each value of an image of 8 or 16 bits occurs where the mask is not 0.
 template <class T>
 Counts countsOfValues(access::ExecutionContext& context, const Group& group) {
@@ -165,12 +102,13 @@ Counts countsOfValues(access::ExecutionContext& context, const Group& group) {
     if (group.mask == nullptr && hasCountableRange(*group.image)) {
         return std::move(countValues(context, *group.image).counts);
     }
-    return countSamples<T>(context, group, values, [](std::uint64_t* counts, std::span<const T> samples) {
+    const auto add = [](std::uint64_t* counts, std::span<const T> samples) {
         constexpr int lowest = std::numeric_limits<T>::min();
         for (const T sample : samples) {
             ++counts[static_cast<int>(sample) - lowest];
         }
-    });
+    };
+    return countSamples<T>(context, *group.image, group.mask, nanosecondsPerVoxel, values, add);
 }
 
 /// How many samples fall into each of the classes of equal width between the extremes.
@@ -180,7 +118,7 @@ Counts countsOfClasses(access::ExecutionContext& context, OptimLevelType level, 
     const double scale = classes / (maximum / 2 - first);
     const double finiteScale = std::isfinite(scale) ? scale : 0.0;
     const auto classify = statisticKernels(level).classify;
-    return countSamples<double>(context, group, classes, [&](std::uint64_t* counts, std::span<const double> samples) {
+    const auto add = [&](std::uint64_t* counts, std::span<const double> samples) {
         std::uint8_t classOf[ParticipatingRows<double>::pieceSamples];
         classify(samples.data(), samples.size(), first, finiteScale, classOf);
         // Neighbours are often alike, and a count waits for the one before of the same class.
@@ -191,7 +129,8 @@ Counts countsOfClasses(access::ExecutionContext& context, OptimLevelType level, 
         for (std::size_t i = 0; i < classes; ++i) {
             counts[i] += std::uint64_t{tables[0][i]} + tables[1][i] + tables[2][i] + tables[3][i];
         }
-    });
+    };
+    return countSamples<double>(context, *group.image, group.mask, nanosecondsPerVoxel, classes, add);
 }
 
 /// Entropy and mode of classes: `valueOf(index)` is the value that stands for one.
@@ -211,19 +150,29 @@ void describeClasses(const Counts& counts, double total, const ValueOf& valueOf,
     result.mode = valueOf(most);
 }
 
+/// The rank at or below the place of a quantile among `count` sorted values, and the next.
 struct Bracket {
-    std::uint64_t below;  ///< the rank at or below the quantile's place
-    double share;         ///< of the way to the next
+    std::uint64_t below;
+    std::uint64_t above;
+    double share;  ///< of the way between them
+
+    Bracket(double quantile, std::uint64_t count) {
+        const double place = quantile * static_cast<double>(count - 1);
+        below = std::min(static_cast<std::uint64_t>(place), count - 1);
+        above = std::min(below + 1, count - 1);
+        share = place - static_cast<double>(below);
+    }
 };
 
-Bracket bracketOf(double quantile, std::uint64_t count) {
-    const double place = quantile * static_cast<double>(count - 1);
-    const auto below = std::min(static_cast<std::uint64_t>(place), count - 1);
-    return {below, place - static_cast<double>(below)};
-}
-
-double between(double low, double high, double share) {
-    return share == 0 || low == high ? low : low + (high - low) * share;
+/// `atRank(rank)` is the value of a rank.
+template <class AtRank>
+void setQuantiles(std::span<const double> quantiles, const AtRank& atRank, GroupStatistics& result) {
+    for (const double quantile : quantiles) {
+        const Bracket bracket(quantile, static_cast<std::uint64_t>(result.moments.count));
+        const double low = atRank(bracket.below);
+        const double high = atRank(bracket.above);
+        result.quantiles.push_back(bracket.share == 0 || low == high ? low : low + (high - low) * bracket.share);
+    }
 }
 
 /// Of samples of 8 or 16 bits: all follows from the counts of their values.
@@ -270,12 +219,7 @@ void measureCounts(access::ExecutionContext& context, const Group& group, std::s
         }
         return valueOf(i);
     };
-    const auto count = static_cast<std::uint64_t>(moments.count);
-    for (const double quantile : quantiles) {
-        const Bracket bracket = bracketOf(quantile, count);
-        result.quantiles.push_back(
-            between(atRank(bracket.below), atRank(std::min(bracket.below + 1, count - 1)), bracket.share));
-    }
+    setQuantiles(quantiles, atRank, result);
     result.minimumAt = placeOf<T>(context, group, result.minimum);
     result.maximumAt = placeOf<T>(context, group, result.maximum);
 }
@@ -285,8 +229,8 @@ void selectQuantiles(access::ExecutionContext& context, const Group& group, std:
     const auto count = static_cast<std::uint64_t>(result.moments.count);
     std::vector<std::uint64_t> ranks;
     for (const double quantile : quantiles) {
-        const std::uint64_t below = bracketOf(quantile, count).below;
-        ranks.insert(ranks.end(), {below, std::min(below + 1, count - 1)});
+        const Bracket bracket(quantile, count);
+        ranks.insert(ranks.end(), {bracket.below, bracket.above});
     }
     std::sort(ranks.begin(), ranks.end());
     ranks.erase(std::unique(ranks.begin(), ranks.end()), ranks.end());
@@ -294,24 +238,13 @@ void selectQuantiles(access::ExecutionContext& context, const Group& group, std:
     const auto atRank = [&](std::uint64_t rank) {
         return values[static_cast<std::size_t>(std::lower_bound(ranks.begin(), ranks.end(), rank) - ranks.begin())];
     };
-    for (const double quantile : quantiles) {
-        const Bracket bracket = bracketOf(quantile, count);
-        result.quantiles.push_back(
-            between(atRank(bracket.below), atRank(std::min(bracket.below + 1, count - 1)), bracket.share));
-    }
+    setQuantiles(quantiles, atRank, result);
 }
 
 /// Of samples of more than 16 bits.
 void measureSums(access::ExecutionContext& context, OptimLevelType level, const Group& group,
                  std::span<const double> quantiles, GroupStatistics& result) {
-    const Summary summary = summarise(context, level, group);
-    result.moments = summary.moments;
-    result.nanCount = summary.nanCount;
-    result.infiniteCount = summary.infiniteCount;
-    result.minimum = summary.extremes.minimum;
-    result.maximum = summary.extremes.maximum;
-    result.minimumAt = summary.extremes.minimumAt;
-    result.maximumAt = summary.extremes.maximumAt;
+    static_cast<Summary&>(result) = summarise(context, level, group);
     if (result.moments.count == 0) {
         return;
     }
@@ -329,6 +262,20 @@ void measureSums(access::ExecutionContext& context, OptimLevelType level, const 
 }
 
 }  // namespace
+
+void Summary::join(const Summary& right) {
+    moments.join(right.moments);
+    if (right.minimum < minimum) {
+        minimum = right.minimum;
+        minimumAt = right.minimumAt;
+    }
+    if (right.maximum > maximum) {
+        maximum = right.maximum;
+        maximumAt = right.maximumAt;
+    }
+    nanCount += right.nanCount;
+    infiniteCount += right.infiniteCount;
+}
 
 GroupStatistics measureGroup(access::ExecutionContext& context, OptimLevelType level, const Group& group,
                              std::span<const double> quantiles) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <vector>
 
@@ -18,17 +19,24 @@ struct Group {
     const ImageModel* mask;  ///< null for all voxels
 };
 
-/// What `ImageStatistics` tells of a group of voxels.
-struct GroupStatistics {
+/// What one pass over samples tells; what stretches tell joins to what all do.
+struct Summary {
     Moments moments;
-    double minimum = 0;
-    double maximum = 0;
+    double minimum = std::numeric_limits<double>::infinity();
+    double maximum = -std::numeric_limits<double>::infinity();
     std::uint64_t minimumAt = 0;  ///< the place of the first in storage order
     std::uint64_t maximumAt = 0;
-    double entropy = 0;
-    double mode = 0;
     std::uint64_t nanCount = 0;
     std::uint64_t infiniteCount = 0;
+
+    /// Adds what `right` tells, which comes behind.
+    void join(const Summary& right);
+};
+
+/// What `ImageStatistics` tells of a group of voxels.
+struct GroupStatistics : Summary {
+    double entropy = 0;
+    double mode = 0;
     std::vector<double> quantiles;
 };
 

@@ -24,15 +24,10 @@ struct QuantileRequest {
 /// Numbers from 0 to 1, separated by commas; nothing when a text is none.
 std::optional<QuantileRequest> readQuantiles(std::string_view text) {
     QuantileRequest request;
-    const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
-    const auto trimmed = [&](std::string_view part) {
-        while (!part.empty() && isBlank(part.front())) {
-            part.remove_prefix(1);
-        }
-        while (!part.empty() && isBlank(part.back())) {
-            part.remove_suffix(1);
-        }
-        return part;
+    const auto trimmed = [](std::string_view part) {
+        const std::size_t begin = part.find_first_not_of(" \t");
+        return begin == std::string_view::npos ? std::string_view()
+                                               : part.substr(begin, part.find_last_not_of(" \t") - begin + 1);
     };
     if (trimmed(text).empty()) {
         return request;
@@ -62,23 +57,6 @@ public:
     }
     String describe() const override { return "must be numbers from 0 to 1, separated by commas"; }
 };
-
-/// Which axes have a group for each of their elements.
-struct Grouping {
-    bool planes;
-    bool frames;
-    bool channels;
-};
-
-Grouping groupingOf(ImageStatistics::GroupBy by) {
-    switch (by) {
-        case ImageStatistics::PLANE: return {true, true, true};
-        case ImageStatistics::VOLUME: return {false, true, true};
-        case ImageStatistics::CHANNEL: return {false, false, true};
-        case ImageStatistics::IMAGE: break;
-    }
-    return {false, false, false};
-}
 
 using Position = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
@@ -138,39 +116,31 @@ void process(ImageStatistics& algorithm, OptimLevelType level) {
     const ImageModel& image = *algorithm.getInputImage();
     const ImageModel* const mask = algorithm.getInputMaskImage();
     const QuantileRequest request = *readQuantiles(algorithm.getQuantiles());
-    const Grouping grouping = groupingOf(algorithm.getGroupBy());
+    const ImageStatistics::GroupBy by = algorithm.getGroupBy();
     const Position all = helper::getExtents(image);
-    Position extents = all;  // the extents of one
-    extents[PLANS] = grouping.planes ? 1 : all[PLANS];
-    extents[SEQUENCE] = grouping.frames ? 1 : all[SEQUENCE];
-    extents[SPECTRAL_SERIES] = grouping.channels ? 1 : all[SPECTRAL_SERIES];
+    Position extents = all;  // of a group
+    extents[PLANS] = by == ImageStatistics::PLANE ? 1 : all[PLANS];
+    extents[SEQUENCE] = by == ImageStatistics::PLANE || by == ImageStatistics::VOLUME ? 1 : all[SEQUENCE];
+    extents[SPECTRAL_SERIES] = by != ImageStatistics::IMAGE ? 1 : all[SPECTRAL_SERIES];
     const std::size_t planes = all[PLANS] / extents[PLANS];
     const std::size_t frames = all[SEQUENCE] / extents[SEQUENCE];
     const std::size_t channels = all[SPECTRAL_SERIES] / extents[SPECTRAL_SERIES];
     ImageStatisticsMsr& table = *algorithm.getOutputMeasurement();
     table.reset(planes * frames * channels, request.texts);
     table.groupColumns = {planes > 1, frames > 1, channels > 1};
-    std::size_t row = 0;
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        for (std::size_t frame = 0; frame < frames; ++frame) {
-            for (std::size_t plane = 0; plane < planes; ++plane, ++row) {
-                const Position origin{0, 0, plane, frame, channel};
-                const bool isWhole = extents == all;
-                std::optional<ImageModelSizeProxy> part;
-                std::optional<ImageModelSizeProxy> maskPart;
-                const auto view = [&](std::optional<ImageModelSizeProxy>& box,
-                                      const ImageModel* of) -> const ImageModel* {
-                    if (of == nullptr || isWhole) {
-                        return of;
-                    }
-                    return &box.emplace(of, std::vector<std::size_t>(origin.begin(), origin.end()),
-                                        std::vector<std::size_t>(extents.begin(), extents.end()));
-                };
-                const Group measured{view(part, &image), view(maskPart, mask)};
-                setRow(table, row, measureGroup(algorithm.executionContext(), level, measured, request.values), origin,
-                       extents);
+    for (std::size_t row = 0; row < table.count.size(); ++row) {
+        const Position origin{0, 0, row % planes, row / planes % frames, row / planes / frames};
+        std::optional<ImageModelSizeProxy> part;
+        std::optional<ImageModelSizeProxy> maskPart;
+        const auto view = [&](std::optional<ImageModelSizeProxy>& box, const ImageModel* of) -> const ImageModel* {
+            if (of == nullptr || extents == all) {
+                return of;
             }
-        }
+            return &box.emplace(of, std::vector<std::size_t>(origin.begin(), origin.end()),
+                                std::vector<std::size_t>(extents.begin(), extents.end()));
+        };
+        const Group group{view(part, &image), view(maskPart, mask)};
+        setRow(table, row, measureGroup(algorithm.executionContext(), level, group, request.values), origin, extents);
     }
 }
 
@@ -183,7 +153,8 @@ constexpr algorithms::Definition<ImageStatistics> definition{
         [](const ImageStatistics& algorithm) {
             std::size_t voxels = 0;
             static_cast<void>(helper::getElementCount(*algorithm.getInputImage(), voxels));
-            return groupMemory(algorithm.getInputImage()->getVoxelType(), voxels, algorithm.getMaximumThreads(), !algorithm.getQuantiles().empty());
+            return groupMemory(algorithm.getInputImage()->getVoxelType(), voxels, algorithm.getMaximumThreads(),
+                               !algorithm.getQuantiles().empty());
         },
     .memoryIsExact = false,
 };

@@ -5,10 +5,15 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <memory>
 #include <optional>
 #include <span>
 #include <type_traits>
 
+#include <rix/access/Joins.h>
+#include <rix/access/MemoryAccount.h>
 #include <rix/access/Rows.h>
 
 namespace rix::analysis {
@@ -28,15 +33,20 @@ public:
         }
     }
 
-    /// Calls `add(samples)` for those of a segment, in order, in pieces that stay in the first-level cache.
-    template <class Add>
-    void read(const access::RowSegment& segment, const Add& add) {
+    /// Goes to a segment.
+    void open(const access::RowSegment& segment) {
         m_row = m_in.read(segment);
         m_maskRow = m_mask ? m_mask->read(segment) : nullptr;
+        m_count = segment.count;
         nanCount = 0;
         infiniteCount = 0;
-        for (std::size_t begin = 0; begin < segment.count; begin += pieceSamples) {
-            const std::size_t end = std::min(begin + pieceSamples, segment.count);
+    }
+
+    /// Calls `add(samples)` for those of the segment, in order, in pieces that stay in the first-level cache.
+    template <class Add>
+    void forEachPiece(const Add& add) {
+        for (std::size_t begin = 0; begin < m_count; begin += pieceSamples) {
+            const std::size_t end = std::min(begin + pieceSamples, m_count);
             if (m_maskRow == nullptr && allFinite(begin, end)) {
                 add(std::span<const T>(m_row + begin, end - begin));
             } else {
@@ -45,19 +55,16 @@ public:
         }
     }
 
-    /// The place in a segment of the first sample of a value that has a part; the segment's length without one. The
-    /// segment may be the last one read.
-    std::size_t find(const access::RowSegment& segment, T value) {
-        m_row = m_in.read(segment);
-        m_maskRow = m_mask ? m_mask->read(segment) : nullptr;
+    /// The place in the segment of the first sample of a value that has a part; the segment's length without one.
+    std::size_t find(T value) const {
         std::size_t i = 0;
-        while (i < segment.count && (m_row[i] != value || (m_maskRow != nullptr && m_maskRow[i] == 0))) {
+        while (i < m_count && (m_row[i] != value || (m_maskRow != nullptr && m_maskRow[i] == 0))) {
             ++i;
         }
         return i;
     }
 
-    /// Of the last segment, where the mask is not 0.
+    /// Of the pieces so far, where the mask is not 0.
     std::size_t nanCount = 0;
     std::size_t infiniteCount = 0;
 
@@ -95,12 +102,37 @@ private:
     std::array<T, pieceSamples> m_kept;
     const T* m_row = nullptr;
     const std::uint8_t* m_maskRow = nullptr;
+    std::size_t m_count = 0;
 };
 
 /// Gives `reduce` the list of the images that are read: with the mask when there is one.
 template <class Reduce>
 auto withMask(const ImageModel& image, const ImageModel* mask, const Reduce& reduce) {
     return mask != nullptr ? reduce({&image, mask}) : reduce({&image});
+}
+
+using Counts = access::CountedVector<std::uint64_t>;
+
+/// What `add(counters, samples)` counts in as many counters, over all samples of type `T` that have a part.
+template <class T, class Add>
+Counts countSamples(access::ExecutionContext& context, const ImageModel& image, const ImageModel* mask,
+                    double nanosecondsPerVoxel, std::size_t counters, const Add& add) {
+    Counts joined(counters);
+    const auto open = [&](const access::Plan& plan) {
+        return [rows = ParticipatingRows<T>(image, mask, plan), &add](Counts& counts,
+                                                                      const access::RowSegment& segment) mutable {
+            rows.open(segment);
+            rows.forEachPiece([&](std::span<const T> samples) { add(counts.data(), samples); });
+        };
+    };
+    const auto make = [&] { return std::make_unique<Counts>(counters); };
+    const auto join = [&](const Counts& counts) {
+        std::transform(counts.begin(), counts.end(), joined.begin(), joined.begin(), std::plus<>());
+    };
+    withMask(image, mask, [&](std::initializer_list<const ImageModel*> images) {
+        access::accumulateRows<Counts>(context, images, nanosecondsPerVoxel, make, open, join);
+    });
+    return joined;
 }
 
 }  // namespace rix::analysis

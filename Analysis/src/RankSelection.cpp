@@ -22,8 +22,6 @@ constexpr unsigned digitBits = 16;
 /// Tables that a thread counts in at a time.
 constexpr std::size_t mostSlots = 8;
 
-using Table = access::CountedVector<std::uint64_t>;
-
 template <class T>
 using KeyOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
 
@@ -92,7 +90,7 @@ private:
                 prefixes.push_back(search.prefix);  // ranks ascend, and so do prefixes
             }
         }
-        const Table counts = countDigits(prefixes, shift);
+        const Counts counts = countDigits(prefixes, shift);
         for (Search& search : searches) {
             const auto slot =
                 static_cast<std::size_t>(std::find(prefixes.begin(), prefixes.end(), search.prefix) - prefixes.begin());
@@ -107,43 +105,36 @@ private:
     }
 
     /// How often each digit follows each of the prefixes.
-    Table countDigits(std::span<const std::uint64_t> prefixes, unsigned shift) const {
-        Table joined(prefixes.size() * digits);
+    Counts countDigits(std::span<const std::uint64_t> prefixes, unsigned shift) const {
         constexpr unsigned keyBits = 8 * sizeof(T);
-        const bool isFirst = shift + digitBits == keyBits;
+        const auto count = [&](std::size_t slots, const auto& add) {
+            return countSamples<T>(m_context, m_image, m_mask, nanosecondsPerVoxel, slots * digits, add);
+        };
+        if (shift + digitBits == keyBits) {
+            return count(1, [&](std::uint64_t* table, std::span<const T> samples) {
+                for (const T value : samples) {
+                    ++table[keyOf(value) >> shift];
+                }
+            });
+        }
         // Most samples have none of the prefixes, which the first digits tell.
-        std::vector<std::uint8_t> mayMatch(isFirst ? 0 : digits);
-        for (const std::uint64_t prefix : isFirst ? std::span<const std::uint64_t>() : prefixes) {
+        access::CountedVector<std::uint8_t> mayMatch(digits);
+        for (const std::uint64_t prefix : prefixes) {
             mayMatch[(prefix << (shift + digitBits)) >> (keyBits - digitBits)] = 1;
         }
-        const auto add = [&](Table& table, std::span<const T> row) {
-            for (const T value : row) {
+        return count(prefixes.size(), [&](std::uint64_t* tables, std::span<const T> samples) {
+            for (const T value : samples) {
                 const std::uint64_t key = keyOf(value);
-                if (isFirst) {
-                    ++table[key >> shift];
-                } else if (mayMatch[key >> (keyBits - digitBits)] != 0) {
-                    for (std::size_t slot = 0; slot < prefixes.size(); ++slot) {
-                        if (prefixes[slot] == key >> (shift + digitBits)) {
-                            ++table[slot * digits + (key >> shift) % digits];
-                        }
+                if (mayMatch[key >> (keyBits - digitBits)] == 0) {
+                    continue;
+                }
+                for (std::size_t slot = 0; slot < prefixes.size(); ++slot) {
+                    if (prefixes[slot] == key >> (shift + digitBits)) {
+                        ++tables[slot * digits + (key >> shift) % digits];
                     }
                 }
             }
-        };
-        const auto open = [&](const access::Plan& plan) {
-            return [rows = ParticipatingRows<T>(m_image, m_mask, plan), &add](
-                       Table& table, const access::RowSegment& segment) mutable {
-                rows.read(segment, [&](std::span<const T> samples) { add(table, samples); });
-            };
-        };
-        const auto make = [&] { return std::make_unique<Table>(joined.size()); };
-        const auto join = [&](const Table& table) {
-            std::transform(table.begin(), table.end(), joined.begin(), joined.begin(), std::plus<>());
-        };
-        withMask(m_image, m_mask, [&](std::initializer_list<const ImageModel*> images) {
-            access::accumulateRows<Table>(m_context, images, nanosecondsPerVoxel, make, open, join);
         });
-        return joined;
     }
 
     access::ExecutionContext& m_context;
@@ -161,9 +152,9 @@ std::vector<double> sortedRanks(access::ExecutionContext& context, const ImageMo
     const auto open = [&](const access::Plan& plan) {
         return [rows = ParticipatingRows<double>(image, mask, plan)](Values& values,
                                                                      const access::RowSegment& segment) mutable {
-            rows.read(segment, [&](std::span<const double> samples) {
-                values.insert(values.end(), samples.begin(), samples.end());
-            });
+            rows.open(segment);
+            rows.forEachPiece(
+                [&](std::span<const double> samples) { values.insert(values.end(), samples.begin(), samples.end()); });
         };
     };
     withMask(image, mask, [&](std::initializer_list<const ImageModel*> images) {
@@ -201,7 +192,7 @@ std::vector<double> selectRanks(access::ExecutionContext& context, const ImageMo
 }
 
 std::size_t selectionMemory(std::size_t threads) {
-    return (threads + 1) * mostSlots * digits * sizeof(std::uint64_t);
+    return (threads + 1) * mostSlots * digits * sizeof(std::uint64_t) + digits;
 }
 
 }  // namespace rix::analysis
