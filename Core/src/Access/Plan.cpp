@@ -52,7 +52,7 @@ Interval intervalOf(const AxisCut& cut, std::size_t extent, std::size_t index) {
 }  // namespace
 
 PartitionMode partitionModeOfSettings() {
-    static const String key = "RIX_PARTITIONER_MODE";
+    static const String& key = *new String("RIX_PARTITIONER_MODE");  // runs may outlast static objects
     const String text = globalSettings().getValue(key);
     if (text.empty()) {
         return RIX_PARTITION_DEFAULT;

@@ -19,9 +19,9 @@ namespace rix {
 namespace {
 
 constexpr const char* maximumLevelKey = "RIX_MAX_OPTIM_LEVEL";
-/// Every run asks for it: a text made once.
+/// Every run asks for it: a text made once, and never destroyed, since runs may outlast static objects.
 const String& maximumExtraMemoryKey() {
-    static const String key = "RIX_MAXIMUM_EXTRA_MEMORY_USAGE";
+    static const String& key = *new String("RIX_MAXIMUM_EXTRA_MEMORY_USAGE");
     return key;
 }
 

@@ -150,7 +150,8 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
     const ThreadLimiter limiter(limitIsParents ? -1 : limit, priority);
 
     m_algorithm.lockAllProperties(true);
-    m_imageInputs.refuseUnknownTypes(m_algorithm);
+    m_known.update(m_algorithm);
+    m_known.refuseUnknownTypes();
     m_algorithm.applyAllRules();
     openAccount(parent);
 
@@ -216,7 +217,7 @@ bool BaseAlgorithmPrivate::runsInCallersThread() const {
 
 void BaseAlgorithmPrivate::internalRun() {
     m_internalRunStarted = true;
-    PassResults results(m_algorithm, m_iterateSequence, m_iterateSpectral);
+    PassResults results(m_known.resultSlots(), m_iterateSequence, m_iterateSpectral);
     bool iterated = false;
     if (m_iterateSequence || m_iterateSpectral) {
         GenericIterator iterator(m_algorithm, m_iterateSequence, m_iterateSpectral);

@@ -89,7 +89,7 @@ private:
     void report(InteractionInterface& interaction) const;
     void talkFromCallersThread();
 
-    ImageInputs m_imageInputs;
+    KnownProperties m_known;
     std::size_t m_threads = 1;
     unsigned m_generation = 0;                                       ///< of the process that runs, or ran
     const process::DefaultFloatingPoint* m_floatingPoint = nullptr;  ///< of the run

@@ -2,6 +2,7 @@
 
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 #include <rix/rules/RuleSupport.h>
 
@@ -33,15 +34,22 @@ std::vector<const ImageModel*> collectImages(const BaseAlgorithm& algorithm) {
     return images;
 }
 
-void ImageInputs::refuseUnknownTypes(const BaseAlgorithm& algorithm) {
-    const std::size_t count = algorithm.getNumOfInputProperties();
-    for (; m_seen < count; ++m_seen) {
+void KnownProperties::update(const BaseAlgorithm& algorithm) {
+    for (const std::size_t count = algorithm.getNumOfInputProperties(); m_seenInputs < count; ++m_seenInputs) {
         if (const auto* const input =
-                dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(m_seen))) {
-            m_inputs.push_back(input);
+                dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(m_seenInputs))) {
+            m_imageInputs.push_back(input);
         }
     }
-    for (const Property<const ImageModel*>* const input : m_inputs) {
+    for (const std::size_t count = algorithm.getNumOfOutputProperties(); m_seenOutputs < count; ++m_seenOutputs) {
+        if (const auto* const slot = dynamic_cast<const MeasurementSlot*>(algorithm.getOutputProperty(m_seenOutputs))) {
+            m_resultSlots.push_back(slot);
+        }
+    }
+}
+
+void KnownProperties::refuseUnknownTypes() const {
+    for (const Property<const ImageModel*>* const input : m_imageInputs) {
         const ImageModel* const image = input->get();
         if (image != nullptr &&
             (helper::getSizeOf(image->getVoxelType()) == 0 || helper::getElementNumber(image->getElementType()) == 0)) {

@@ -8,6 +8,7 @@
 namespace rix {
 class BaseAlgorithm;
 class BaseProperty;
+class MeasurementSlot;
 template <class T>
 class Property;
 
@@ -19,16 +20,25 @@ const ImageModel* imageOf(const BaseProperty& property);
 /// The images of all properties that hold one, inputs first.
 std::vector<const ImageModel*> collectImages(const BaseAlgorithm& algorithm);
 
-/// The inputs of an algorithm that are images. An algorithm never loses a property: each is asked once what it is.
-class ImageInputs {
+/// The properties of an algorithm that every run looks at. An algorithm never loses a property: each is asked once what
+/// it is.
+class KnownProperties {
 public:
+    /// Asks the properties that came since the last call.
+    void update(const BaseAlgorithm& algorithm);
+
     /// Images are anybody's objects, while rules and kernels look their types up in tables.
     /// @throws RuleException that names the first input whose types are none of the library's
-    void refuseUnknownTypes(const BaseAlgorithm& algorithm);
+    void refuseUnknownTypes() const;
+
+    /// The outputs that hold result objects.
+    const std::vector<const MeasurementSlot*>& resultSlots() const { return m_resultSlots; }
 
 private:
-    std::size_t m_seen = 0;
-    std::vector<const Property<const ImageModel*>*> m_inputs;
+    std::size_t m_seenInputs = 0;
+    std::size_t m_seenOutputs = 0;
+    std::vector<const Property<const ImageModel*>*> m_imageInputs;
+    std::vector<const MeasurementSlot*> m_resultSlots;
 };
 
 }  // namespace algorithms

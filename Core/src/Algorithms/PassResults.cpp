@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
 
@@ -28,11 +27,10 @@ void withArray(const measurement::BaseMeasurementArray& array, const Use& use) {
 
 }  // namespace
 
-PassResults::PassResults(const BaseAlgorithm& algorithm, bool onSequence, bool onSpectral)
+PassResults::PassResults(const std::vector<const MeasurementSlot*>& slots, bool onSequence, bool onSpectral)
     : m_onSequence(onSequence), m_onSpectral(onSpectral) {
-    for (std::size_t i = 0; i < algorithm.getNumOfOutputProperties(); ++i) {
-        const auto* const slot = dynamic_cast<const MeasurementSlot*>(algorithm.getOutputProperty(i));
-        if (slot == nullptr || slot->getObject() == nullptr) {
+    for (const MeasurementSlot* const slot : slots) {
+        if (slot->getObject() == nullptr) {
             continue;
         }
         slot->getObject()->setPasses({});

@@ -10,7 +10,7 @@
 
 namespace rix {
 
-class BaseAlgorithm;
+class MeasurementSlot;
 
 namespace algorithms {
 
@@ -18,8 +18,9 @@ namespace algorithms {
 /// the objects when the last one is over, pass after pass.
 class PassResults {
 public:
-    /// Looks for the result objects, which know of no passes from now on. With neither axis iterated it keeps nothing.
-    PassResults(const BaseAlgorithm& algorithm, bool onSequence, bool onSpectral);
+    /// The result objects of these properties know of no passes from now on. With neither axis iterated it keeps
+    /// nothing.
+    PassResults(const std::vector<const MeasurementSlot*>& slots, bool onSequence, bool onSpectral);
 
     /// Keeps what the pass of these indices left.
     void take(std::size_t sequence, std::size_t spectral);
