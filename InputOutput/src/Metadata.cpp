@@ -185,6 +185,12 @@ String unescapeText(std::string_view text) {
     return result;
 }
 
+String trimmed(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(" \t");
+    return begin == std::string_view::npos ? String()
+                                           : String(text.substr(begin, text.find_last_not_of(" \t") - begin + 1));
+}
+
 String formatNumber(double number) {
     std::array<char, 32> text{};
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};

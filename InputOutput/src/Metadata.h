@@ -23,6 +23,9 @@ String escapeText(std::string_view text);
 /// The reverse. Bytes that are no UTF-8 are taken as Latin-1, which old files use.
 String unescapeText(std::string_view text);
 
+/// A text without the blanks around it.
+String trimmed(std::string_view text);
+
 /// Shortest text that reads back as the same number.
 String formatNumber(double number);
 std::optional<double> parseNumber(std::string_view text);

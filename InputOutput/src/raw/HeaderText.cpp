@@ -13,6 +13,23 @@ namespace {
 constexpr std::uint64_t LongestHeader = std::uint64_t{1} << 20U;
 constexpr std::size_t PartBytes = 4096;
 
+template <class T>
+std::vector<T> parsedWords(std::string_view text, std::size_t count, const char* field,
+                           std::optional<T> (*parse)(std::string_view)) {
+    std::vector<T> values;
+    for (const String& word : wordsOf(text)) {
+        const auto value = parse(word);
+        if (!value) {
+            failField(field, text);
+        }
+        values.push_back(*value);
+    }
+    if (values.size() != count) {
+        failField(field, text);
+    }
+    return values;
+}
+
 }  // namespace
 
 std::optional<String> HeaderText::next() {
@@ -43,12 +60,6 @@ std::optional<String> HeaderText::next() {
     return line;
 }
 
-String trimmed(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(" \t");
-    return begin == std::string_view::npos ? String()
-                                           : String(text.substr(begin, text.find_last_not_of(" \t") - begin + 1));
-}
-
 String lowered(std::string_view text) {
     String result(text);
     std::transform(result.begin(), result.end(), result.begin(),
@@ -75,33 +86,11 @@ void failField(const char* field, std::string_view value) {
 }
 
 std::vector<double> numbersOf(std::string_view text, std::size_t count, const char* field) {
-    std::vector<double> numbers;
-    for (const String& word : wordsOf(text)) {
-        const auto number = parseNumber(word);
-        if (!number) {
-            failField(field, text);
-        }
-        numbers.push_back(*number);
-    }
-    if (numbers.size() != count) {
-        failField(field, text);
-    }
-    return numbers;
+    return parsedWords<double>(text, count, field, &parseNumber);
 }
 
 std::vector<std::size_t> countsOf(std::string_view text, std::size_t count, const char* field) {
-    std::vector<std::size_t> counts;
-    for (const String& word : wordsOf(text)) {
-        const auto number = parseCount(word);
-        if (!number) {
-            failField(field, text);
-        }
-        counts.push_back(*number);
-    }
-    if (counts.size() != count) {
-        failField(field, text);
-    }
-    return counts;
+    return parsedWords<std::size_t>(text, count, field, &parseCount);
 }
 
 }  // namespace rix::io

@@ -28,7 +28,6 @@ private:
     String m_text;  ///< read and not yet given out
 };
 
-String trimmed(std::string_view text);
 String lowered(std::string_view text);
 /// The words between blanks.
 std::vector<String> wordsOf(std::string_view text);

@@ -27,12 +27,6 @@ std::array<PageAxis, 3> orderOf(std::string_view text) {
     return used == order.size() ? order : PageAxes().order;
 }
 
-/// A text without the blanks around it.
-String trimmed(const String& text) {
-    const std::size_t begin = text.find_first_not_of(" \t");
-    return begin == String::npos ? String() : text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
-}
-
 }  // namespace
 
 bool isImageJ(std::string_view description) {
