@@ -14,7 +14,6 @@
 #include <opencv2/imgproc.hpp>
 #endif
 
-#include <rix/Library.h>
 #include <rix/devices/Cpu.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilter3d.h>
@@ -217,11 +216,5 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    rix::bench::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
 }

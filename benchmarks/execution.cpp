@@ -2,7 +2,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <rix/Library.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>
 
@@ -43,10 +42,5 @@ BENCHMARK(createAndRunSmall)->UseRealTime()->Unit(benchmark::kMicrosecond);
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv);
 }

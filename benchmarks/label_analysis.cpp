@@ -13,15 +13,14 @@
 #include <opencv2/imgproc.hpp>
 #endif
 
-#include <rix/Library.h>
 #include <rix/individual_analysis/LabelAnalysis.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/settings/Settings.h>
 
 #include "LabelDiscs.h"
 #include "LabelingImages.h"
-#include "Yardstick.h"
 #include "MeasurePeers.h"
+#include "Yardstick.h"
 
 namespace rix::bench {
 namespace {
@@ -172,11 +171,5 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    rix::bench::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
 }

@@ -6,7 +6,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <rix/Library.h>
 #include <rix/devices/Cpu.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/segmentation/Labeling3d.h>
@@ -115,11 +114,5 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    rix::bench::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
 }

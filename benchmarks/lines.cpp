@@ -6,7 +6,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <rix/Library.h>
 #include <rix/access/LineBundles.h>
 #include <rix/access/PlainContext.h>
 
@@ -83,11 +82,5 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    rix::bench::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
 }

@@ -3,7 +3,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <rix/Library.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
@@ -70,10 +69,5 @@ BENCHMARK(labeling_2d)->Unit(benchmark::kMicrosecond);
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv);
 }

@@ -8,7 +8,6 @@
 #include <opencv2/core.hpp>
 #endif
 
-#include <rix/Library.h>
 #include <rix/devices/Cpu.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 #include <rix/settings/Settings.h>
@@ -97,11 +96,5 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    rix::bench::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
 }

@@ -11,7 +11,6 @@
 #include <opencv2/imgproc.hpp>
 #endif
 
-#include <rix/Library.h>
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
 #include <rix/settings/Settings.h>
@@ -176,11 +175,5 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    rix::init();
-    rix::bench::registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    rix::finish();
-    return 0;
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
 }

@@ -10,6 +10,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
+#include <rix/Library.h>
 #include <rix/access/VoxelTypeLists.h>
 
 namespace rix::bench {
@@ -104,6 +105,18 @@ void move(const std::uint8_t* from, std::size_t in, std::uint8_t* to, std::size_
 }
 
 }  // namespace
+
+int runBenchmarks(int argc, char** argv, void (*registerAll)()) {
+    rix::init();
+    if (registerAll != nullptr) {
+        registerAll();
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    rix::finish();
+    return 0;
+}
 
 void registerRoof(const char* name, std::size_t in, std::size_t out, int threads) {
     // One pair of buffers for all: to fill them takes longer than to measure.

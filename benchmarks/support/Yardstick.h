@@ -10,6 +10,9 @@
 
 namespace rix::bench {
 
+/// The main function of a benchmark program. @param registerAll registers what the program does not register itself
+int runBenchmarks(int argc, char** argv, void (*registerAll)() = nullptr);
+
 /// A 2D image of random samples, the same at every call; never zeros, which memory moves faster than data.
 io::MemoryImage randomImage(VoxelTypes type, std::size_t columns, std::size_t rows);
 
