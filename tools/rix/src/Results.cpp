@@ -45,23 +45,15 @@ std::optional<Result> readObject(const BaseProperty& property) {
 std::vector<std::uint64_t> largestLabels(const ImageModel& image, bool ofPlanes) {
     std::vector<std::uint64_t> largest;
     rendering::RowReader reader(image);
-    const auto extents = helper::getExtents(image);
-    rendering::RowPosition at;
-    for (at.channel = 0; at.channel < extents[SPECTRAL_SERIES]; ++at.channel) {
-        for (at.frame = 0; at.frame < extents[SEQUENCE]; ++at.frame) {
-            for (at.plane = 0; at.plane < extents[PLANS]; ++at.plane) {
-                if (ofPlanes || at.plane == 0) {
-                    largest.push_back(0);
-                }
-                for (at.row = 0; at.row < extents[ROWS]; ++at.row) {
-                    Interrupts::throwIfRequested();
-                    const auto& row = reader.readReals(at);
-                    const double most = row.empty() ? 0.0 : *std::max_element(row.begin(), row.end());
-                    largest.back() = std::max(largest.back(), static_cast<std::uint64_t>(std::max(most, 0.0)));
-                }
-            }
+    rendering::forEachRow(image, [&](const rendering::RowPosition& at) {
+        Interrupts::throwIfRequested();
+        if (at.row == 0 && (ofPlanes || at.plane == 0)) {
+            largest.push_back(0);
         }
-    }
+        const auto& row = reader.readReals(at);
+        const double most = row.empty() ? 0.0 : *std::max_element(row.begin(), row.end());
+        largest.back() = std::max(largest.back(), static_cast<std::uint64_t>(std::max(most, 0.0)));
+    });
     return largest;
 }
 

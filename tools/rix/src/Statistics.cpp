@@ -36,18 +36,10 @@ double SampleStatistics::mean() const {
 SampleStatistics computeStatistics(const ImageModel& image) {
     SampleStatistics statistics;
     rendering::RowReader reader(image);
-    const auto extents = helper::getExtents(image);
-    rendering::RowPosition at;
-    for (at.channel = 0; at.channel < extents[SPECTRAL_SERIES]; ++at.channel) {
-        for (at.frame = 0; at.frame < extents[SEQUENCE]; ++at.frame) {
-            for (at.plane = 0; at.plane < extents[PLANS]; ++at.plane) {
-                for (at.row = 0; at.row < extents[ROWS]; ++at.row) {
-                    Interrupts::throwIfRequested();
-                    statistics.add(reader.readReals(at));
-                }
-            }
-        }
-    }
+    rendering::forEachRow(image, [&](const rendering::RowPosition& at) {
+        Interrupts::throwIfRequested();
+        statistics.add(reader.readReals(at));
+    });
     return statistics;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include <rix/image/ImageModel.h>
@@ -15,6 +16,22 @@ struct RowPosition {
     std::size_t frame = 0;    ///< index on the sequence axis
     std::size_t channel = 0;  ///< index on the spectral axis
 };
+
+/// Calls `use(position)` for every row of an image, in storage order.
+template <class Use>
+void forEachRow(const ImageModel& image, const Use& use) {
+    const auto extents = helper::getExtents(image);
+    RowPosition at;
+    for (at.channel = 0; at.channel < extents[SPECTRAL_SERIES]; ++at.channel) {
+        for (at.frame = 0; at.frame < extents[SEQUENCE]; ++at.frame) {
+            for (at.plane = 0; at.plane < extents[PLANS]; ++at.plane) {
+                for (at.row = 0; at.row < extents[ROWS]; ++at.row) {
+                    use(std::as_const(at));
+                }
+            }
+        }
+    }
+}
 
 /// Reads whole rows of an image, in place where the storage allows it.
 class RowReader {
