@@ -77,18 +77,19 @@ endif()
 # The linker of LLVM takes a third of the time for the test programs, which are as large as the whole library each.
 find_program(RIX_LLD ld.lld)
 
-# rix_compile_fast(TARGET... [SHIPPED])
+# rix_compile_fast(TARGET... [COMPUTES])
 # For what takes long to compile and short to run, which is most of the tests and tools: under the sanitizers, which
 # instrument every line, it is not optimised, and the alignment of pointers is left to be checked where the library
-# reads rows; else it is only a little, unless users get it.
+# reads rows; else it is only a little, unless it goes over voxels for users. The options and the JSON of the command
+# line are most of what it compiles, and optimised fully they take twice as long for nothing that a user notices.
 function(rix_compile_fast)
-  cmake_parse_arguments(ARG "SHIPPED" "" "" ${ARGN})
+  cmake_parse_arguments(ARG "COMPUTES" "" "" ${ARGN})
   foreach(target ${ARG_UNPARSED_ARGUMENTS})
     if(RIX_SANITIZE MATCHES "undefined")
       target_compile_options(${target} PRIVATE -O0 -fno-sanitize=alignment)
     elseif(RIX_SANITIZE)
       target_compile_options(${target} PRIVATE -O0)
-    elseif(NOT ARG_SHIPPED)
+    elseif(NOT ARG_COMPUTES)
       target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
     endif()
   endforeach()
