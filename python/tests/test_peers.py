@@ -64,6 +64,18 @@ def test_statistics(dtype):
             np.testing.assert_allclose(table[column][0], value, rtol=1e-10, err_msg=column)
 
 
+@pytest.mark.parametrize("shape,window", [((90, 70), (4, 7)), ((30, 41), (45, 12)), ((14, 20, 17), (3, 4, 6))])
+def test_convolution(shape, window):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    convolve = rix.fourier_convolution_2d if len(shape) == 2 else rix.fourier_convolution_3d
+    image = random_array(np.float64, shape)
+    kernel = random_array(np.float64, window)
+    for policy, mode in [("MIRROR", "reflect"), ("CONTINUE", "nearest")]:
+        expected = ndimage.convolve(image, kernel, mode=mode)
+        result = convolve(image, kernel, border_policy=policy)
+        assert np.abs(result - expected).max() <= 1e-14 * np.abs(image).max() * np.abs(kernel).sum()
+
+
 def test_region_properties():
     measure = pytest.importorskip("skimage.measure")
     labels = rix.labeling_2d(blobs((120, 150)))

@@ -71,11 +71,30 @@ String textOf(const ImageRecipe& recipe) {
 
 // Example -------------------------------------------------------------------------------------------------------------
 
+namespace {
+
+/// Kernels are small, whatever they are laid on.
+Extents extentsOfKernel(const Extents& extents) {
+    constexpr Extents largest{7, 5, 3, 1, 1};
+    Extents kernel{};
+    std::transform(extents.begin(), extents.end(), largest.begin(), kernel.begin(),
+                   [](std::size_t extent, std::size_t most) { return std::min(extent, most); });
+    return kernel;
+}
+
+}  // namespace
+
 Example Example::withExtents(const Extents& extents) const {
     Example other = *this;
-    for (ImageRecipe& image : other.images) {
-        if (image.has_value()) {
-            image->extents = extents;
+    const std::unique_ptr<BaseAlgorithm> algorithm = info->createInstance(nullptr);
+    std::size_t next = 0;
+    for (BaseProperty* const property : inputsOf(*algorithm)) {
+        if (!holdsImage(property)) {
+            continue;
+        }
+        if (ImageRecipe& image = other.images.at(next++); image.has_value()) {
+            const bool isKernel = property->getName().find("Kernel") != String::npos;
+            image->extents = isKernel ? extentsOfKernel(extents) : extents;
         }
     }
     return other;
