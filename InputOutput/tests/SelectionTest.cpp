@@ -267,9 +267,9 @@ TEST(Selections, WhatIsNoneSaysWhatIsAccepted) {
              {"series=1", "'series=1' is not in the file: it has one image, series=0."},
              {"axes=zyxc", "does not end with yx"},
              {"axes=tzyx", "all of them but one need a number"},
-             {"axes=tz3yx", "tells of 3 times as many pages; the file has 10"},
+             {"axes=tz3yx", "asks for a multiple of 3 pages; the file has 10"},
              {"axes=z18446744073709551615t2yx", "more pages than 64 bits can count"},
-             {"axes=z5yx", "tells of 5 pages; the file has 10"}}) {
+             {"axes=z5yx", "asks for 5 pages; the file has 10"}}) {
         const std::string whole =
             textOf<LoadingError>([&, text = text] { readImage(folder / "a.tif", selecting(text)); });
         EXPECT_THAT(whole, AllOf(HasSubstr(message), HasSubstr("a.tif")));

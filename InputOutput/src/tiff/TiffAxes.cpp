@@ -61,7 +61,7 @@ PageAxes countAnew(const Selection& selection, const std::vector<Selection::Name
         product = pages;
     }
     if (product != pages) {
-        refuse(selection, "tells of " + std::to_string(product) + (open != nullptr ? " times as many" : "") +
+        refuse(selection, (open != nullptr ? "asks for a multiple of " : "asks for ") + std::to_string(product) +
                               " pages; the file has " + std::to_string(pages) + '.');
     }
     axes.order = orderFrom(order);

@@ -76,6 +76,7 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     addListCommand(program, chosen);
     addDescribeCommand(program, chosen);
     addRunCommand(program, chosen);
+    addConvertCommand(program, chosen);
     addInfoCommand(program, chosen);
     addRenderCommand(program, chosen);
     addRecipeCommand(program, chosen);
