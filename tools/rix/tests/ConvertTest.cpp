@@ -58,9 +58,10 @@ TEST_F(ConvertTest, WritesPartsInOtherFormatsAndTypes) {
     EXPECT_THAT(io::readImageInfo(folder() / "b.tif").storage, HasSubstr("LZW"));
     ASSERT_EQ(rix({"convert", "stack.tif", "c.tif", "--type", "label32"}).exitCode, 0);
     EXPECT_EQ(io::readImageInfo(folder() / "c.tif").interpretation, RIX_LABEL);
-    ASSERT_EQ(rix({"convert", "stack.tif[axes=tyx,t=1:3]", "d.npy", "--no-calibration", "--drop-metadata"}).exitCode,
-              0);
-    EXPECT_EQ(samplesOf("d.npy").size(), 24U);
+    ASSERT_EQ(rix({"convert", "stack.tif[axes=tyx,t=1:3]", "d.nrrd"}).exitCode, 0);
+    EXPECT_EQ(io::readImageInfo(folder() / "d.nrrd").extents, (std::array<std::size_t, 5>{4, 3, 1, 2, 1}));
+    ASSERT_EQ(rix({"convert", "stack.tif[z=1:3]", "e.npy", "--no-calibration"}).exitCode, 0);
+    EXPECT_EQ(samplesOf("e.npy").size(), 24U);
     // What the output can't hold is refused before samples are read, and leaves nothing.
     for (const auto& [exitCode, arguments, text] :
          std::initializer_list<std::tuple<int, std::vector<std::string>, const char*>>{
