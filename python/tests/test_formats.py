@@ -153,8 +153,8 @@ def test_series_of_tifffile(tmp_path):
     stacks = [random_array(np.uint8, (4, 7, 9)), random_array(np.uint16, (2, 3, 5, 6))]
     for name, ome in (("a.ome.tif", True), ("a.tif", False)):
         with tifffile.TiffWriter(tmp_path / name, ome=ome) as file:
-            file.write(stacks[0], metadata={"axes": "TYX"})
-            file.write(stacks[1], metadata={"axes": "ZCYX"})
+            file.write(stacks[0], photometric="minisblack", metadata={"axes": "TYX"})
+            file.write(stacks[1], photometric="minisblack", metadata={"axes": "ZCYX"})
         for series, axes in enumerate(("tyx", "czyx")):
             image = rix.imread(tmp_path / name, select=f"series={series}")
             expected = stacks[series] if series == 0 else stacks[series].transpose(1, 0, 2, 3)
