@@ -59,9 +59,9 @@ py::object readFile(const std::string& path, const std::string& calibration, std
                     const std::string& select) {
     io::SelectedFile file = io::splitSelection(path);
     if (!select.empty()) {
-        file = file.selection.empty() ? io::SelectedFile{path, select}
-                                      : throw RefusedError("select='" + select + "': the path '" + path +
-                                                           "' has a selection already");
+        file = file.selection.empty()
+                   ? io::SelectedFile{path, select}
+                   : throw RefusedError("select='" + select + "': the path '" + path + "' has a selection already");
     }
     io::ReadOptions options;
     options.selection = selectionOf(file.selection);
