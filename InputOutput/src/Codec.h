@@ -8,6 +8,7 @@
 
 #include "InputFile.h"
 #include "OutputFile.h"
+#include "Part.h"
 
 namespace rix::io {
 
@@ -44,13 +45,12 @@ std::span<const Codec* const> codecs();
 /// "TIFF (.tif, .tiff), PNG (.png)"
 String listCodecs();
 
-/// Makes of a file's information what the caller asked for.
-/// @throws LoadingError when the samples would take more memory than the caller allows
-void applyOptions(const ReadOptions& options, ImageFileInfo& info);
+/// Refuses the number of an image that is not among the images of a file. @throws LoadingError
+void checkSeries(const Selection& selection, std::size_t images);
 
-/// A fresh image with the shape, types, calibration and interpretations of `info` under the options.
-/// @throws LoadingError when it is larger than the caller allows, MemoryError when it finds no memory.
-std::unique_ptr<MemoryImage> makeImage(ImageFileInfo info, const ReadOptions& options);
+/// Makes of a file's information what the caller asked for, and tells which part of the image that is.
+/// @throws LoadingError when the file does not have it, or it would take more memory than the caller allows
+Part applyOptions(const ReadOptions& options, ImageFileInfo& info);
 
 /// Tells the caller of something that is not understood, or refuses the file when nobody is told.
 /// @throws LoadingError

@@ -1,9 +1,12 @@
 #include "Codec.h"
 
+#include <algorithm>
 #include <array>
 
 #include <rix/exceptions/Exception.h>
 #include <rix/settings/Settings.h>
+
+#include "Metadata.h"
 
 namespace rix::io {
 
@@ -30,16 +33,55 @@ String listCodecs() {
     return text;
 }
 
-void applyOptions(const ReadOptions& options, ImageFileInfo& info) {
+namespace {
+
+/// Formats that can rename axes have done so; of what remains, the names have to be those that the image has.
+void checkSelection(const Selection& selection, const ImageFileInfo& info) {
+    checkSeries(selection, info.series);
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE}) {
+        const std::size_t extent = info.extents[static_cast<std::size_t>(axis)];
+        const auto name = std::find_if(selection.axes.begin(), selection.axes.end(),
+                                       [&](const auto& known) { return known.axis == axis; });
+        const bool named = name != selection.axes.end();
+        if (named && name->extent.value_or(extent) != extent) {
+            throw LoadingError("The selection '" + escapeText(selection.axesText) +
+                               "' does not fit the image, which has " + std::to_string(extent) + " of " +
+                               letterOf(axis) + '.');
+        }
+        if (!selection.axes.empty() && !named && extent > 1) {
+            throw LoadingError("The selection '" + escapeText(selection.axesText) + "' leaves out " + letterOf(axis) +
+                               ", of which the image has " + std::to_string(extent) + '.');
+        }
+    }
+}
+
+}  // namespace
+
+void checkSeries(const Selection& selection, std::size_t images) {
+    if (selection.series && *selection.series >= images) {
+        throw LoadingError(
+            "The selection 'series=" + std::to_string(*selection.series) + "' is not in the file: it has " +
+            (images == 1 ? String("one image, series=0.")
+                         : std::to_string(images) + " images, series=0 to series=" + std::to_string(images - 1) + '.'));
+    }
+}
+
+Part applyOptions(const ReadOptions& options, ImageFileInfo& info) {
+    checkSelection(options.selection, info);
+    std::size_t samples = helper::getSizeOf(info.voxelType);
+    for (const std::size_t extent : info.extents) {
+        if (!helper::checkedMultiply(samples, extent, samples)) {
+            throw LoadingError("The header promises more bytes of samples than 64 bits can count.");
+        }
+    }
+    const Part part = takePart(options.selection, info);
     std::size_t limit = static_cast<std::size_t>(options.maximumImageSize);
     if (limit == 0) {
         limit = globalSettings().getValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 0);
     }
     std::size_t bytes = helper::getSizeOf(info.voxelType);
     for (const std::size_t extent : info.extents) {
-        if (!helper::checkedMultiply(bytes, extent, bytes)) {
-            throw LoadingError("The header promises more bytes of samples than 64 bits can count.");
-        }
+        bytes *= extent;
     }
     if (limit != 0 && bytes > limit) {
         throw LoadingError("The samples of the image take " + std::to_string(bytes) + " bytes of memory; at most " +
@@ -53,15 +95,7 @@ void applyOptions(const ReadOptions& options, ImageFileInfo& info) {
         info.sequenceUnitName.clear();
         info.spatialDirections = plain.spatialDirections;
     }
-}
-
-std::unique_ptr<MemoryImage> makeImage(ImageFileInfo info, const ReadOptions& options) {
-    applyOptions(options, info);
-    auto image = std::make_unique<MemoryImage>();
-    if (!helper::applyHeader(info, *image)) {
-        throw MemoryError("There is not enough memory for the samples of the image.");
-    }
-    return image;
+    return part;
 }
 
 void warnOrRefuse(const ReadOptions& options, const String& text) {

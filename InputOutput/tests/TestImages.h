@@ -104,6 +104,11 @@ inline void interpret(MemoryImage& image, Interpretations interpretation) {
     }
 }
 
+/// Options for a part of an image, with doubts passed over.
+inline ReadOptions selecting(const std::string& text) {
+    return {.selection = parseSelection(text), .warn = [](const String&) {}};
+}
+
 inline Extents extentsOf(const ImageModel& image) {
     return helper::getExtents(image);
 }

@@ -45,10 +45,26 @@ io::Calibration calibrationOf(const std::string& name) {
     throw RefusedError("calibration='" + name + "': it is file, all or none, or a spacing");
 }
 
+io::Selection selectionOf(const std::string& text) {
+    try {
+        return text.empty() ? io::Selection() : io::parseSelection(text);
+    } catch (const SerializationException& exception) {
+        throw RefusedError(exception.getLevels().front().message);
+    }
+}
+
 }  // namespace
 
-py::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize) {
+py::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
+                    const std::string& select) {
+    io::SelectedFile file = io::splitSelection(path);
+    if (!select.empty()) {
+        file = file.selection.empty()
+                   ? io::SelectedFile{path, select}
+                   : throw RefusedError("select='" + select + "': the path '" + path + "' has a selection already");
+    }
     io::ReadOptions options;
+    options.selection = selectionOf(file.selection);
     options.calibration = calibrationOf(calibration);
     options.maximumImageSize = maximumSize;
     std::vector<std::string> warnings;
@@ -58,7 +74,7 @@ py::object readFile(const std::string& path, const std::string& calibration, std
     std::shared_ptr<io::MemoryImage> image;
     try {
         const py::gil_scoped_release unlocked;
-        image = io::readImage(path, options);
+        image = io::readImage(file.path, options);
     } catch (const UserCancelException&) {
         interaction.rethrow();
         throw;

@@ -11,8 +11,10 @@ namespace rix::python {
 /// Doubts about the file are Python's warnings; Ctrl-C ends the reading.
 /// @param calibration "file", "all" or "none", see `io::Calibration`
 /// @param maximumSize in bytes; 0 for the setting
-/// @throws LoadingError as `io::readImage`, RefusedError for an unknown choice
-pybind11::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize);
+/// @param select the text of a selection; empty for that in brackets behind the path, or none
+/// @throws LoadingError as `io::readImage`, RefusedError for an unknown choice and a wrong selection
+pybind11::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
+                          const std::string& select);
 
 /// @throws WritingError as `io::writeImage`, RefusedError for an unknown compression
 void writeFile(const std::string& path, pybind11::handle image, const std::string& axes, const std::string& compression,

@@ -125,3 +125,45 @@ def test_how_files_are_read(tmp_path):
         np.save(tmp_path / "b.npy", np.zeros((2, 3, 4, 5)))
         with pytest.raises(UserWarning, match="4 axes"):
             rix.imread(tmp_path / "b.npy")
+
+
+def test_selections(tmp_path):
+    array = random_array(np.uint16, (3, 2, 5, 7, 9))
+    image = rix.Image(array, "tczyx", spacing={"x": 0.25, "z": 2.5, "t": 3}, spatial_unit="mm")
+    for name in ("a.tif", "a.ome.tif", "a.nrrd", "a.nii.gz"):
+        path = tmp_path / name
+        rix.imwrite(path, image)
+        part = rix.imread(path, select="t=-1,c=1,z=1:4,x=2:5")
+        assert part.axes == "zyx" and part.spatial_unit == "mm" and part.spacing == (2.5, 1, 0.25)
+        assert part.origin == (2.5, 0, 0.5)
+        np.testing.assert_array_equal(part.array, array[-1, 1, 1:4, :, 2:5])
+        np.testing.assert_array_equal(rix.imread(f"{path}[t=0,c=:,z=-1]").array, array[0, :, -1])
+        with pytest.raises(rix.RuleError, match="has a selection already"):
+            rix.imread(f"{path}[t=0]", select="t=0")
+        with pytest.raises(rix.RuleError, match="The selection 'z=a' has 'a' for an index"):
+            rix.imread(path, select="z=a")
+        with pytest.raises(rix.FileError, match="z goes from 0 to 4"):
+            rix.imread(path, select="z=5")
+    np.save(tmp_path / "rgb.npy", array[0, 0])
+    assert rix.imread(tmp_path / "rgb.npy", select="axes=yxc,c=3").shape == (5, 7)
+
+
+def test_series_of_tifffile(tmp_path):
+    tifffile = pytest.importorskip("tifffile")
+    stacks = [random_array(np.uint8, (4, 7, 9)), random_array(np.uint16, (2, 3, 5, 6))]
+    for name, ome in (("a.ome.tif", True), ("a.tif", False)):
+        with tifffile.TiffWriter(tmp_path / name, ome=ome) as file:
+            file.write(stacks[0], photometric="minisblack", metadata={"axes": "TYX"})
+            file.write(stacks[1], photometric="minisblack", metadata={"axes": "ZCYX"})
+        for series, axes in enumerate(("tyx", "czyx")):
+            image = rix.imread(tmp_path / name, select=f"series={series}")
+            expected = stacks[series] if series == 0 else stacks[series].transpose(1, 0, 2, 3)
+            assert image.axes == axes
+            np.testing.assert_array_equal(image.array, expected)
+        with pytest.raises(rix.FileError, match="2 images: the selection series=0"):
+            rix.imread(tmp_path / name)
+    stack = random_array(np.uint8, (6, 7, 9))
+    tifffile.imwrite(tmp_path / "b.tif", stack)
+    image = rix.imread(tmp_path / "b.tif", select="axes=t2zyx,t=1")
+    assert image.axes == "zyx"
+    np.testing.assert_array_equal(image.array, stack[3:])

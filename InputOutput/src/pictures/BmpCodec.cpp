@@ -107,19 +107,22 @@ ImageFileInfo readInfo(InputFile& file, const ReadOptions& options) {
 
 std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
     const BmpHeader header = readHeader(file, options);
-    auto image = makeImage(header.info, options);
+    PartialImage image(header.info, options);
     const std::size_t columns = header.info.extents[COLUMNS];
     const std::size_t rows = header.info.extents[ROWS];
+    const Indices& kept = image.kept(ROWS);
+    const std::size_t firstLine = header.topDown ? kept.first : rows - kept.end();
     const auto source = openSource(file, header.position, false);
+    source->skip(firstLine * header.rowBytes);
     std::vector<std::uint8_t> line(header.rowBytes);
     InterruptPoint interrupt(options);
     const bool binary = header.info.interpretation == RIX_BINARY;
-    for (std::size_t i = 0; i < rows; ++i) {
+    for (std::size_t i = firstLine; i < firstLine + kept.count; ++i) {
         source->read(line.data(), line.size());
         interrupt.pass(line.size());
         const std::size_t row = header.topDown ? i : rows - 1 - i;
         for (std::size_t channel = 0; channel < header.channels(); ++channel) {
-            std::uint8_t* target = rowAddress(*image, columns, 0, row, 0, 0, channel);
+            std::uint8_t* target = image.open({.row = row, .channel = channel}, columns);
             const std::size_t part = 2 - std::min<std::size_t>(channel, 2);  // red comes last in the file
             for (std::size_t x = 0; x < columns; ++x) {
                 if (header.bits > 8) {
@@ -131,9 +134,10 @@ std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
                                    ((std::size_t{1} << header.bits) - 1);
                 target[x] = binary ? static_cast<std::uint8_t>(index) : header.palette[index][part];
             }
+            image.close();
         }
     }
-    return image;
+    return image.release();
 }
 
 String refusal(const ImageModel& image, const WriteOptions& options) {

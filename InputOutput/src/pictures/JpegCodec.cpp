@@ -143,7 +143,7 @@ ImageFileInfo readInfo(InputFile& file, const ReadOptions& options) {
 std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
     JpegSession session(file);
     const ImageFileInfo info = describe(session, file, options);
-    auto image = makeImage(info, options);
+    PartialImage image(info, options);
     InterruptPoint interrupt(options);
     jpeg_decompress_struct& jpeg = session.jpeg();
     const std::size_t channels = info.extents[SPECTRAL_SERIES];
@@ -152,17 +152,18 @@ std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
         jpeg.out_color_space = channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
         jpeg_start_decompress(&jpeg);
     });
-    for (std::size_t row = 0; row < info.extents[ROWS]; ++row) {
+    for (std::size_t row = 0; row < image.kept(ROWS).end(); ++row) {
         std::uint8_t* target = line.data();
         session.guarded([&] { jpeg_read_scanlines(&jpeg, &target, 1); });
         interrupt.pass(line.size());
         for (std::size_t c = 0; c < channels; ++c) {
-            copySamples(line.data() + c, channels, rowAddress(*image, info.extents[COLUMNS], 0, row, 0, 0, c), 1,
-                        info.extents[COLUMNS], 1);
+            image.put(line.data() + c, channels, {.row = row, .channel = c}, info.extents[COLUMNS]);
         }
     }
-    session.guarded([&] { jpeg_finish_decompress(&jpeg); });
-    return image;
+    if (image.kept(ROWS).end() == info.extents[ROWS]) {  // what comes behind is not looked at otherwise
+        session.guarded([&] { jpeg_finish_decompress(&jpeg); });
+    }
+    return image.release();
 }
 
 String refusal(const ImageModel&, const WriteOptions&) {

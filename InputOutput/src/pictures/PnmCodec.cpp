@@ -84,7 +84,7 @@ private:
     String m_comments;
 };
 
-PnmHeader readHeader(InputFile& file) {
+PnmHeader readHeader(InputFile& file, const ReadOptions& options) {
     std::array<char, 2> magic{};
     file.readAt(0, magic.data(), magic.size());
     if (magic[1] < '4') {
@@ -117,35 +117,38 @@ PnmHeader readHeader(InputFile& file) {
         layout.info.fileBytes = file.size();
         checkPromise(bytes, file.size() - layout.position, 1, "no compression");
     } else {
-        checkRaw(file, layout);
+        checkRaw(file, options, layout);
     }
     applyOwnKeys(parseKeys(text.comments()), layout.info);
     return header;
 }
 
-ImageFileInfo readInfo(InputFile& file, const ReadOptions&) {
-    return readHeader(file).layout.info;
+ImageFileInfo readInfo(InputFile& file, const ReadOptions& options) {
+    return readHeader(file, options).layout.info;
 }
 
 std::unique_ptr<MemoryImage> readBits(InputFile& file, const RawLayout& layout, const ReadOptions& options) {
-    auto image = makeImage(layout.info, options);
+    PartialImage image(layout.info, options);
     const std::size_t columns = layout.info.extents[COLUMNS];
     std::vector<std::uint8_t> bytes((columns - 1) / 8 + 1);
     InterruptPoint interrupt(options);
     const auto source = openSource(file, layout.position, false);
-    for (std::size_t row = 0; row < layout.info.extents[ROWS]; ++row) {
+    const Indices& kept = image.kept(ROWS);
+    source->skip(kept.first * bytes.size());
+    for (std::size_t row = kept.first; row < kept.end(); ++row) {
         source->read(bytes.data(), bytes.size());
         interrupt.pass(columns);
-        std::uint8_t* samples = rowAddress(*image, columns, 0, row, 0, 0, 0);
+        std::uint8_t* samples = image.open({.row = row}, columns);
         for (std::size_t i = 0; i < columns; ++i) {
             samples[i] = (bytes[i / 8] >> (7 - i % 8) & 1) == 0 ? 1 : 0;
         }
+        image.close();
     }
-    return image;
+    return image.release();
 }
 
 std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
-    const PnmHeader header = readHeader(file);
+    const PnmHeader header = readHeader(file, options);
     return header.bits ? readBits(file, header.layout, options) : readRaw(file, header.layout, options);
 }
 

@@ -173,36 +173,41 @@ std::unique_ptr<MemoryImage> readPng(InputFile& file, const ReadOptions& options
     PngSession session(file);
     const PngHeader header = readHeader(session, file.size());
     const ImageFileInfo info = describeHeader(header, file.size(), options);
-    auto image = makeImage(info, options);
+    PartialImage image(info, options);
     InterruptPoint interrupt(options);
     const std::size_t channels = header.channels();
     const std::size_t sampleBytes = helper::getSizeOf(info.voxelType);
     const std::size_t rowBytes = header.columns * channels * sampleBytes;
     const int passes = prepare(session, header, rowBytes);
 
-    const auto address = [&](std::size_t row, std::size_t channel) {
-        return rowAddress(*image, header.columns, 0, row, 0, 0, channel);
-    };
-    // Grey rows are decoded in place. Colours go through a buffer: of a row, or with interlacing, which comes back to
-    // every row several times, of the whole picture.
-    const bool direct = channels == 1;
-    const std::size_t bufferedRows = direct ? 0 : passes == 1 ? 1 : header.rows;
-    std::vector<std::uint8_t> buffer(rowBytes * bufferedRows);
+    // Grey rows are decoded in place. Colours and parts of rows go through a buffer: of a row, or with interlacing,
+    // which comes back to every row several times, of all that are kept, and one for the others.
+    const Indices& kept = image.kept(ROWS);
+    const bool direct = channels == 1 && image.keepsAll({.row = kept.first}, header.columns);
+    std::vector<std::uint8_t> buffer(
+        direct && image.isWhole() ? 0 : rowBytes * (passes == 1 || direct ? 1 : kept.count + 1));
+    // Without interlacing nothing behind the last row that is kept is looked at.
+    const std::size_t lastRow = passes == 1 ? kept.end() : header.rows;
     for (int pass = 0; pass < passes; ++pass) {
-        for (std::size_t row = 0; row < header.rows; ++row) {
-            std::uint8_t* target = direct ? address(row, 0) : buffer.data() + (passes == 1 ? 0 : row * rowBytes);
+        for (std::size_t row = 0; row < lastRow; ++row) {
+            const bool keeps = kept.holds(row);
+            std::uint8_t* target = keeps && direct        ? image.open({.row = row}, header.columns)
+                                   : keeps && passes != 1 ? buffer.data() + (row - kept.first + 1) * rowBytes
+                                                          : buffer.data();
             readRowInto(session, target);
             interrupt.pass(rowBytes);
-            for (std::size_t channel = 0; !direct && pass + 1 == passes && channel < channels; ++channel) {
-                copySamples(target + channel * sampleBytes, channels, address(row, channel), 1, header.columns,
-                            sampleBytes);
+            for (std::size_t channel = 0; keeps && !direct && pass + 1 == passes && channel < channels; ++channel) {
+                image.put(target + channel * sampleBytes, channels, {.row = row, .channel = channel}, header.columns);
             }
         }
+    }
+    if (lastRow < header.rows) {
+        return image.release();
     }
     if (!session.guarded([&] { png_read_end(session.png(), nullptr); })) {
         session.fail("The end of the file is damaged");
     }
-    return image;
+    return image.release();
 }
 
 }  // namespace rix::io

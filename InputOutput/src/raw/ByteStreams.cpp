@@ -23,15 +23,41 @@ public:
     PlainSource(InputFile& file, std::uint64_t position) : m_file(file), m_position(position) {}
 
     void read(std::uint8_t* buffer, std::size_t bytes) override {
-        if (m_file.readAt(m_position, buffer, bytes) != bytes) {
+        const std::size_t known = std::min(bytes, m_block.size() - m_used);
+        std::copy_n(m_block.begin() + static_cast<std::ptrdiff_t>(m_used), known, buffer);
+        m_used += known;
+        bytes -= known;
+        if (bytes == 0) {
+            return;
+        }
+        // Few bytes come with their neighbours: parts of an image may be many runs of a few samples.
+        m_used = bytes < BlockBytes ? bytes : 0;
+        m_block.resize(bytes < BlockBytes ? BlockBytes : 0);
+        const std::size_t wanted = std::max(bytes, m_block.size());
+        const std::size_t count = m_file.readAt(m_position, m_block.empty() ? buffer + known : m_block.data(), wanted);
+        if (count < bytes) {
             failEnd(m_file);
         }
-        m_position += bytes;
+        m_position += count;
+        if (!m_block.empty()) {
+            m_block.resize(count);
+            std::copy_n(m_block.begin(), bytes, buffer + known);
+        }
+    }
+
+    void skip(std::uint64_t bytes) override {
+        const std::uint64_t known = std::min<std::uint64_t>(bytes, m_block.size() - m_used);
+        m_used += static_cast<std::size_t>(known);
+        m_position += bytes - known;
     }
 
 private:
+    static constexpr std::size_t BlockBytes = 4096;
+
     InputFile& m_file;
     std::uint64_t m_position;
+    std::vector<std::uint8_t> m_block;  ///< read and not all given out
+    std::size_t m_used = 0;             ///< of it
 };
 
 class InflatedSource : public ByteSource {
@@ -159,10 +185,10 @@ private:
 }  // namespace
 
 void ByteSource::skip(std::uint64_t bytes) {
-    std::vector<std::uint8_t> buffer(static_cast<std::size_t>(std::min<std::uint64_t>(bytes, BufferBytes)));
     while (bytes > 0) {
-        const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(bytes, buffer.size()));
-        read(buffer.data(), part);
+        const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(bytes, BufferBytes));
+        m_skipped.resize(std::max(m_skipped.size(), part));
+        read(m_skipped.data(), part);
         bytes -= part;
     }
 }

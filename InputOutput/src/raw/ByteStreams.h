@@ -22,8 +22,11 @@ public:
     virtual void read(std::uint8_t* buffer, std::size_t bytes) = 0;
     /// After the last byte that is wanted: checks what the file says at its end of what was read. @throws LoadingError
     virtual void finish() {}
-    /// Passes over bytes. @throws LoadingError
-    void skip(std::uint64_t bytes);
+    /// Passes over bytes; those of a file without compression are not read. @throws LoadingError
+    virtual void skip(std::uint64_t bytes);
+
+private:
+    std::vector<std::uint8_t> m_skipped;
 };
 
 /// The bytes of a file as they are, or unpacked from gzip or zlib, from a position on.

@@ -46,7 +46,7 @@ bool recognises(std::span<const std::uint8_t> beginning) {
 
 class MetaHeader {
 public:
-    explicit MetaHeader(InputFile& file) : m_file(file) {}
+    MetaHeader(InputFile& file, const ReadOptions& options) : m_file(file), m_options(options) {}
 
     RawLayout read() {
         readKeys();
@@ -56,7 +56,7 @@ public:
         readCalibration();
         applyOwnKeys(m_keys, info);
         readPlace();
-        checkRaw(m_file, m_layout);
+        checkRaw(m_file, m_options, m_layout);
         return m_layout;
     }
 
@@ -191,17 +191,18 @@ private:
     }
 
     InputFile& m_file;
+    const ReadOptions& m_options;
     MetadataKeys m_keys;
     RawLayout m_layout;
     std::size_t m_dimensions = 0;
 };
 
-ImageFileInfo readInfo(InputFile& file, const ReadOptions&) {
-    return MetaHeader(file).read().info;
+ImageFileInfo readInfo(InputFile& file, const ReadOptions& options) {
+    return MetaHeader(file, options).read().info;
 }
 
 std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
-    return readRaw(file, MetaHeader(file).read(), options);
+    return readRaw(file, MetaHeader(file, options).read(), options);
 }
 
 String refusal(const ImageModel& image, const WriteOptions& options) {

@@ -216,7 +216,7 @@ RawLayout readLayout(InputFile& file, const ReadOptions& options) {
         applyOwnKeys(readExtensions(*source, header), layout.info);
     }
     (layout.compressed ? layout.skipped : layout.position) = header.position;
-    checkRaw(file, layout);
+    checkRaw(file, options, layout);
     return layout;
 }
 

@@ -80,7 +80,8 @@ void readShape(std::string_view value, bool fortran, const ReadOptions& options,
     if (shape.size() > RIX_COMPONENTS_SIZE) {
         throw LoadingError("The array has " + std::to_string(shape.size()) + " axes; images have up to 5.");
     }
-    if (shape.size() > 3) {
+    layout.namedByImage = fortran;
+    if (shape.size() > 3 && options.selection.axes.empty()) {
         warnOrRefuse(options, "The file doesn't tell what the " + std::to_string(shape.size()) +
                                   " axes of the array are: they are taken as " +
                                   (shape.size() == 4 ? "" : "channels, ") + "time, planes, rows and columns.");
@@ -126,7 +127,7 @@ RawLayout readHeader(InputFile& file, const ReadOptions& options) {
     }
     readShape(valueOf(header, "shape"), order.starts_with("True"), options, layout);
     layout.position = begin + length;
-    checkRaw(file, layout);
+    checkRaw(file, options, layout);
     return layout;
 }
 

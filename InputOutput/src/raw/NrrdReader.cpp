@@ -37,7 +37,7 @@ public:
         applyOwnKeys(m_keys, m_layout.info);
         readPlace();
         m_layout.info.format = "NRRD";
-        checkRaw(m_file, m_layout);
+        checkRaw(m_file, m_options, m_layout);
         return m_layout;
     }
 
@@ -270,7 +270,7 @@ private:
                 m_layout.info.colorInterpretation = RGB;
             }
         }
-        if (untold > 0) {
+        if (untold > 0 && m_options.selection.axes.empty()) {
             warnOrRefuse(m_options,
                          "The header doesn't tell what all axes are. Those beyond the spatial ones are taken as "
                          "time and channels.");

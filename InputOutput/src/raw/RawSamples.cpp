@@ -9,69 +9,11 @@
 #include "../Metadata.h"
 #include "../SampleRows.h"
 #include "HeaderText.h"
+#include "RawAxes.h"
+#include "RawOrder.h"
 
 namespace rix::io {
 namespace {
-
-struct Axis {
-    std::size_t extent;
-    std::size_t step;  ///< distance of neighbours in the image, in elements
-};
-
-/// The axes of the file by their places in the image; those that lie there as in the file are one.
-std::vector<Axis> placesOf(const RawLayout& layout) {
-    std::array<std::size_t, RIX_COMPONENTS_SIZE> steps{};
-    std::size_t step = 1;
-    for (std::size_t axis = 0; axis < steps.size(); ++axis) {
-        steps[axis] = step;
-        step *= layout.info.extents[axis];
-    }
-    std::vector<Axis> places;
-    for (const Components component : layout.axes) {
-        const auto index = static_cast<std::size_t>(component);
-        const Axis axis{layout.info.extents[index], steps[index]};
-        if (!places.empty() && axis.step == places.back().extent * places.back().step) {
-            places.back().extent *= axis.extent;
-        } else if (axis.extent > 1 || places.empty()) {
-            places.push_back(axis);
-        }
-    }
-    return places;
-}
-
-/// Puts samples where they belong, in the order of the file.
-class Placer {
-public:
-    Placer(MemoryImage& image, const RawLayout& layout)
-        : m_image(image.getInternalBuffer()),
-          m_places(placesOf(layout)),
-          m_at(m_places.size()),
-          m_bytes(helper::getSizeOf(layout.info.voxelType)) {}
-
-    void place(const std::uint8_t* samples, std::size_t count) {
-        while (count > 0) {
-            const std::size_t run = std::min(count, m_places[0].extent - m_at[0]);
-            std::size_t offset = 0;
-            for (std::size_t i = 0; i < m_places.size(); ++i) {
-                offset += m_at[i] * m_places[i].step;
-            }
-            copySamples(samples, 1, m_image + offset * m_bytes, m_places[0].step, run, m_bytes);
-            samples += run * m_bytes;
-            count -= run;
-            m_at[0] += run;
-            for (std::size_t i = 0; i + 1 < m_at.size() && m_at[i] == m_places[i].extent; ++i) {
-                m_at[i] = 0;
-                ++m_at[i + 1];
-            }
-        }
-    }
-
-private:
-    std::uint8_t* m_image;
-    std::vector<Axis> m_places;
-    std::vector<std::size_t> m_at;
-    std::size_t m_bytes;
-};
 
 template <class From>
 void scaleSamples(const std::uint8_t* from, std::uint8_t* to, std::size_t count, VoxelTypes type, double slope,
@@ -120,7 +62,7 @@ void checkSize(const InputFile& data, const RawLayout& layout) {
 
 }  // namespace
 
-void checkRaw(InputFile& header, RawLayout& layout) {
+void checkRaw(InputFile& header, const ReadOptions& options, RawLayout& layout) {
     const StoredType stored = layout.stored;
     layout.info.voxelType = layout.scale ? scaledType(stored) : voxelTypeOf(stored);
     layout.info.fileBytes = header.size();
@@ -138,6 +80,7 @@ void checkRaw(InputFile& header, RawLayout& layout) {
         layout.info.fileBytes += data.size();
         checkSize(data, layout);
     }
+    renameAxes(options.selection, layout);
 }
 
 std::unique_ptr<MemoryImage> readRaw(InputFile& header, const RawLayout& layout, const ReadOptions& options) {
@@ -147,19 +90,23 @@ std::unique_ptr<MemoryImage> readRaw(InputFile& header, const RawLayout& layout,
         data = std::make_unique<InputFile>(layout.data);
         checkSize(*data, layout);
     }
-    auto image = makeImage(layout.info, options);
+    PartialImage image(layout.info, options);
     const auto source = openSource(data ? *data : header, layout.position, layout.compressed);
-    source->skip(layout.skipped);
-    Placer placer(*image, layout);
+    Placer placer(image.image(), layout.axes);
     InterruptPoint interrupt(options);
     const std::size_t bytes = bytesOf(layout.stored);
     std::vector<std::uint8_t> stored(partSamples * bytes);
     std::vector<std::uint8_t> converted(partSamples *
                                         std::max<std::size_t>(8, helper::getSizeOf(layout.info.voxelType)));
-    for (std::uint64_t left = storedBytes(layout) / bytes; left > 0;) {
-        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, partSamples));
-        source->read(stored.data(), count * bytes);
-        interrupt.pass(count * bytes);
+    const auto skip = [&](std::uint64_t count) {
+        while (layout.compressed && count > stored.size()) {  // then it takes time
+            source->skip(stored.size());
+            interrupt.pass(stored.size());
+            count -= stored.size();
+        }
+        source->skip(count);
+    };
+    const auto keep = [&](std::size_t count) {
         if (layout.bigEndian != (std::endian::native == std::endian::big)) {
             swapByteOrder(layout.stored, stored.data(), count);
         }
@@ -174,10 +121,31 @@ std::unique_ptr<MemoryImage> readRaw(InputFile& header, const RawLayout& layout,
             convertSamples(layout.stored, stored.data(), converted.data(), count);
         }
         placer.place(converted.data(), count);
-        left -= count;
+    };
+    skip(layout.skipped);
+    Runs runs(layout, image);
+    std::uint64_t at = 0;
+    std::size_t filled = 0;
+    while (const auto run = runs.next()) {
+        skip((run->begin - at) * bytes);
+        for (std::uint64_t left = run->count; left > 0;) {
+            const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, partSamples - filled));
+            source->read(stored.data() + filled * bytes, count * bytes);
+            interrupt.pass(count * bytes);
+            filled += count;
+            left -= count;
+            if (filled == partSamples) {
+                keep(filled);
+                filled = 0;
+            }
+        }
+        at = run->begin + run->count;
     }
-    source->finish();
-    return image;
+    keep(filled);
+    if (image.isWhole()) {
+        source->finish();
+    }
+    return image.release();
 }
 
 std::filesystem::path dataPath(const InputFile& header, const String& name) {

@@ -16,6 +16,7 @@ struct RawLayout {
     StoredType stored = StoredType::UInt8;
     bool bigEndian = false;
     std::vector<Components> axes{COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES};  ///< of the file, fastest first
+    bool namedByImage = false;   ///< whether axes are named in their order in the image, not in that of the file
     std::filesystem::path data;  ///< the file that has them; empty for that of the header
     std::uint64_t position = 0;  ///< in that file, of the samples or of what they are compressed into
     bool compressed = false;     ///< with gzip or zlib
@@ -24,11 +25,12 @@ struct RawLayout {
     std::optional<std::pair<double, double>> scale{};
 };
 
-/// Gives `layout.info` the type of the image, and refuses samples that the file cannot hold.
+/// Gives `layout.info` the type of the image, refuses samples that the file cannot hold, and renames axes where the
+/// options say so.
 /// @throws LoadingError
-void checkRaw(InputFile& header, RawLayout& layout);
+void checkRaw(InputFile& header, const ReadOptions& options, RawLayout& layout);
 
-/// Reads them. Ask `checkRaw` before. @throws LoadingError
+/// Reads those that are selected. Ask `checkRaw` before. @throws LoadingError
 std::unique_ptr<MemoryImage> readRaw(InputFile& header, const RawLayout& layout, const ReadOptions& options);
 
 /// The name of a file of samples that a header names. @throws LoadingError when it may lie outside the header's folder,

@@ -1,5 +1,6 @@
 // The XML of OME-TIFF files: axes, sizes and units of the pages, in the first page's description.
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <sstream>
@@ -12,8 +13,6 @@
 
 namespace rix::io {
 namespace {
-
-constexpr char Namespace[] = "rix-image";
 
 [[noreturn]] void doubt(const String& text) {
     throw DescriptionDoubt{"The OME-XML of the file " + text};
@@ -74,10 +73,7 @@ std::size_t planeOf(const PagePosition& position, const PageAxes& axes) {
     std::size_t plane = 0;
     std::size_t step = 1;
     for (const PageAxis axis : axes.order) {
-        const std::size_t at = axis == PageAxis::Channel ? position.channel
-                               : axis == PageAxis::Slice ? position.slice
-                                                         : position.frame;
-        plane += at * step;
+        plane += position.of(axis) * step;
         step *= axes.extentOf(axis);
     }
     return plane;
@@ -202,35 +198,30 @@ void applyLengths(const pugi::xml_node& pixels, ImageFileInfo& info) {
 
 MetadataKeys annotatedKeys(const pugi::xml_node& root) {
     for (const pugi::xml_node& comment : childrenOf(childOf(root, "StructuredAnnotations"), "CommentAnnotation")) {
-        if (std::strcmp(comment.attribute("Namespace").value(), Namespace) == 0) {
+        if (std::strcmp(comment.attribute("Namespace").value(), OmeNamespace) == 0) {
             return parseKeys(childOf(comment, "Value").text().get());
         }
     }
     return {};
 }
 
-/// The sign that the schema has for a unit of length; its name for none where it has no sign.
-String omeLength(const String& unit) {
-    const auto metres = metresOf(unit);
-    if (!metres) {
-        return "reference frame";
+/// @throws DescriptionDoubt
+void load(pugi::xml_document& document, const String& description) {
+    if (!document.load_buffer(description.data(), description.size())) {
+        doubt("is damaged.");
     }
-    for (const char* sign : {"m", "cm", "mm", "\u00B5m", "nm", "pm", "km", "in"}) {
-        if (metresOf(sign) == metres) {
-            return sign;
-        }
-    }
-    return "reference frame";
 }
 
-String omeType(VoxelTypes type, unsigned bits) {
-    switch (type) {
-        case RIX_FLOAT32: return "float";
-        case RIX_FLOAT64: return "double";
-        case RIX_COMPLEX_FLOAT32: return "complex";
-        case RIX_COMPLEX_FLOAT64: return "double-complex";
-        default: return bits == 1 ? "bit" : helper::voxelTypesToString(type);
+/// The planes that an image has of its own, where a plane may hold several channels.
+std::size_t planesOf(const pugi::xml_node& pixels) {
+    const std::size_t channels = countOf(pixels, "SizeC", 1);
+    const std::size_t samples = countOf(childOf(pixels, "Channel"), "SamplesPerPixel", 1);
+    std::size_t planes = samples > 1 && channels % samples == 0 ? channels / samples : channels;
+    if (!helper::checkedMultiply(planes, countOf(pixels, "SizeZ", 1), planes) ||
+        !helper::checkedMultiply(planes, countOf(pixels, "SizeT", 1), planes)) {
+        doubt("tells of too many planes.");
     }
+    return planes;
 }
 
 }  // namespace
@@ -241,72 +232,59 @@ bool isOme(std::string_view description) {
            description.find("OME>") != std::string_view::npos;
 }
 
-PageArrangement readOme(const String& description, const PageList& pages, ImageFileInfo& info) {
+std::size_t countOmeImages(const String& description) {
     pugi::xml_document document;
-    if (!document.load_buffer(description.data(), description.size())) {
-        doubt("is damaged.");
+    return document.load_buffer(description.data(), description.size())
+               ? childrenOf(childOf(document, "OME"), "Image").size()
+               : 0;
+}
+
+std::vector<std::size_t> pagesOfOmeImage(const String& description, std::size_t series, std::size_t directories) {
+    pugi::xml_document document;
+    load(document, description);
+    const auto images = childrenOf(childOf(document, "OME"), "Image");
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < series; ++i) {
+        begin += std::min(planesOf(childOf(images[i], "Pixels")), directories);
     }
+    const pugi::xml_node pixels = childOf(images[series], "Pixels");
+    const std::size_t planes = planesOf(pixels);
+    std::vector<std::size_t> numbers;
+    const auto add = [&](std::size_t first, std::size_t count) {
+        if (first > directories || count > directories - first || numbers.size() > directories) {
+            doubt("names a directory that the file doesn't have (truncated?).");
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            numbers.push_back(first + i);
+        }
+    };
+    const auto told = childrenOf(pixels, "TiffData");
+    for (const pugi::xml_node& data : told) {
+        const bool hasNumber = !data.attribute("IFD").empty();
+        add(countOf(data, "IFD", 0), countOf(data, "PlaneCount", hasNumber ? 1 : planes));
+    }
+    if (told.empty()) {
+        add(begin, planes);
+    }
+    return numbers;
+}
+
+PageArrangement readOme(const String& description, const PageList& pages, std::optional<std::size_t> series,
+                        ImageFileInfo& info) {
+    pugi::xml_document document;
+    load(document, description);
     const pugi::xml_node root = childOf(document, "OME");
     const auto images = childrenOf(root, "Image");
-    if (images.size() != 1) {
+    if (images.size() != 1 && !series) {
         doubt(images.empty() ? "describes no image; another file may hold the description."
-                             : "describes " + std::to_string(images.size()) + " images.");
+                             : "describes " + std::to_string(images.size()) +
+                                   " images; the selection series=0 chooses the first.");
     }
-    const pugi::xml_node pixels = childOf(images.front(), "Pixels");
+    const pugi::xml_node pixels = childOf(images[series.value_or(0)], "Pixels");
     PageArrangement arrangement = arrangementOf(root, pixels, pages);
     arrangement.ownKeys = annotatedKeys(root);
     applyLengths(pixels, info);
     return arrangement;
-}
-
-String formatOme(const ImageFileInfo& info, const PageAxes& axes, std::size_t samplesOfPixel, unsigned bits) {
-    pugi::xml_document document;
-    pugi::xml_node root = document.append_child("OME");
-    const auto put = [](pugi::xml_node node, const char* name, const String& value) {
-        node.append_attribute(name).set_value(value.c_str());
-    };
-    put(root, "xmlns", "http://www.openmicroscopy.org/Schemas/OME/2016-06");
-    pugi::xml_node image = root.append_child("Image");
-    put(image, "ID", "Image:0");
-    pugi::xml_node pixels = image.append_child("Pixels");
-    put(pixels, "ID", "Pixels:0");
-    put(pixels, "DimensionOrder", "XYCZT");
-    put(pixels, "Type", omeType(info.voxelType, bits));
-    put(pixels, "SizeX", std::to_string(info.extents[COLUMNS]));
-    put(pixels, "SizeY", std::to_string(info.extents[ROWS]));
-    put(pixels, "SizeZ", std::to_string(axes.slices));
-    put(pixels, "SizeC", std::to_string(axes.channels * samplesOfPixel));
-    put(pixels, "SizeT", std::to_string(axes.frames));
-    const ImageFileInfo plain;
-    if (!info.spatialUnitName.empty() || info.spacing != plain.spacing) {
-        const String unit = omeLength(info.spatialUnitName);
-        put(pixels, "PhysicalSizeX", formatNumber(info.spacing[COLUMNS]));
-        put(pixels, "PhysicalSizeXUnit", unit);
-        put(pixels, "PhysicalSizeY", formatNumber(info.spacing[ROWS]));
-        put(pixels, "PhysicalSizeYUnit", unit);
-        put(pixels, "PhysicalSizeZ", formatNumber(info.spacing[PLANS]));
-        put(pixels, "PhysicalSizeZUnit", unit);
-    }
-    if (info.sequenceUnitName == "s" || info.sequenceUnitName == "sec" || info.sequenceUnitName == "ms" ||
-        info.sequenceUnitName == "min" || info.sequenceUnitName == "h") {
-        put(pixels, "TimeIncrement", formatNumber(info.spacing[SEQUENCE]));
-        put(pixels, "TimeIncrementUnit", info.sequenceUnitName == "sec" ? "s" : info.sequenceUnitName);
-    }
-    for (std::size_t channel = 0; channel < axes.channels; ++channel) {
-        pugi::xml_node node = pixels.append_child("Channel");
-        put(node, "ID", "Channel:0:" + std::to_string(channel));
-        put(node, "SamplesPerPixel", std::to_string(samplesOfPixel));
-    }
-    pugi::xml_node data = pixels.append_child("TiffData");
-    put(data, "IFD", "0");
-    put(data, "PlaneCount", std::to_string(axes.pages().value_or(0)));
-    pugi::xml_node comment = root.append_child("StructuredAnnotations").append_child("CommentAnnotation");
-    put(comment, "ID", "Annotation:0");
-    put(comment, "Namespace", Namespace);
-    comment.append_child("Value").text().set(formatOwnKeys(info).c_str());
-    std::ostringstream text;
-    document.save(text, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + text.str();
 }
 
 }  // namespace rix::io

@@ -1,5 +1,7 @@
 #include "PageAxes.h"
 
+#include <algorithm>
+
 #include <rix/image/ImageTypes.h>
 
 namespace rix::io {
@@ -20,12 +22,21 @@ void PageAxes::setExtentOf(PageAxis axis, std::size_t extent) {
     (axis == PageAxis::Channel ? channels : axis == PageAxis::Slice ? slices : frames) = extent;
 }
 
+std::array<PageAxis, 3> orderFrom(std::span<const PageAxis> first) {
+    std::array<PageAxis, 3> order{};
+    auto end = std::copy(first.begin(), first.end(), order.begin());
+    for (const PageAxis axis : PageAxes().order) {
+        if (std::find(first.begin(), first.end(), axis) == first.end()) {
+            *end++ = axis;
+        }
+    }
+    return order;
+}
+
 PagePosition positionOfPage(std::size_t page, const PageAxes& axes) {
     PagePosition position;
     for (const PageAxis axis : axes.order) {
-        (axis == PageAxis::Channel ? position.channel
-         : axis == PageAxis::Slice ? position.slice
-                                   : position.frame) = page % axes.extentOf(axis);
+        position.of(axis) = page % axes.extentOf(axis);
         page /= axes.extentOf(axis);
     }
     return position;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <span>
 
 namespace rix::io {
 
@@ -27,7 +28,17 @@ struct PagePosition {
     std::size_t channel = 0;
     std::size_t slice = 0;
     std::size_t frame = 0;
+
+    std::size_t& of(PageAxis axis) {
+        return axis == PageAxis::Channel ? channel : axis == PageAxis::Slice ? slice : frame;
+    }
+    std::size_t of(PageAxis axis) const {
+        return axis == PageAxis::Channel ? channel : axis == PageAxis::Slice ? slice : frame;
+    }
 };
+
+/// An order of all axes that begins with these, the fastest first.
+std::array<PageAxis, 3> orderFrom(std::span<const PageAxis> first);
 
 PagePosition positionOfPage(std::size_t page, const PageAxes& axes);
 

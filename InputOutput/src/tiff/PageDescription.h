@@ -35,11 +35,23 @@ struct DescriptionDoubt {
     String text;
 };
 
+/// The namespace of the annotation that holds our own metadata.
+inline constexpr char OmeNamespace[] = "rix-image";
+
 /// Whether a description is the XML of an OME-TIFF file.
 bool isOme(std::string_view description);
+/// The images that OME-XML describes; 0 when it is damaged.
+std::size_t countOmeImages(const String& description);
+/// The numbers of the directories of one of them, which has to be there.
+/// @param directories of the file
+/// @throws DescriptionDoubt
+std::vector<std::size_t> pagesOfOmeImage(const String& description, std::size_t series, std::size_t directories);
 /// The arrangement that OME-XML tells; takes spacings and units into `info`.
+/// @param pages of the image
+/// @param series the image among several; nothing for the only one
 /// @throws DescriptionDoubt, with `info` unchanged
-PageArrangement readOme(const String& description, const PageList& pages, ImageFileInfo& info);
+PageArrangement readOme(const String& description, const PageList& pages, std::optional<std::size_t> series,
+                        ImageFileInfo& info);
 /// The OME-XML of an image whose pages have these axes, as samples of `bits` bits.
 String formatOme(const ImageFileInfo& info, const PageAxes& axes, std::size_t samplesOfPixel, unsigned bits);
 

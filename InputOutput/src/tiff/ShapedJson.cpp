@@ -81,12 +81,7 @@ PageAxes axesOf(const std::vector<Leading>& leading) {
         order.push_back(page);
         axes.setExtentOf(page, axis->extent);
     }
-    for (const PageAxis page : PageAxes().order) {
-        if (std::find(order.begin(), order.end(), page) == order.end()) {
-            order.push_back(page);
-        }
-    }
-    std::copy(order.begin(), order.end(), axes.order.begin());
+    axes.order = orderFrom(order);
     return axes;
 }
 

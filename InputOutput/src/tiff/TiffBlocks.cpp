@@ -32,7 +32,15 @@ void subtractFrom(std::uint32_t largest, std::uint8_t* row, std::size_t count) {
 
 }  // namespace
 
-TiffRowPlacer::TiffRowPlacer(ImageModel& image, const TiffPage& page, const PagePosition& position,
+PageBox keptOf(const PartialImage& image, const TiffPage& page) {
+    const auto stored = [](Indices kept, std::size_t extent, bool mirrored) {
+        return Indices{mirrored ? extent - kept.end() : kept.first, kept.count};
+    };
+    return {stored(image.kept(COLUMNS), page.columns, page.isMirroredInColumns()),
+            stored(image.kept(ROWS), page.rows, page.isMirroredInRows())};
+}
+
+TiffRowPlacer::TiffRowPlacer(PartialImage& image, const TiffPage& page, const PagePosition& position,
                              std::size_t firstChannel, std::vector<std::uint8_t> palette)
     : m_image(image),
       m_page(page),
@@ -41,8 +49,13 @@ TiffRowPlacer::TiffRowPlacer(ImageModel& image, const TiffPage& page, const Page
       m_sampleBytes(helper::getSizeOf(page.voxelType)),
       m_palette(std::move(palette)) {}
 
-std::uint8_t* TiffRowPlacer::address(std::size_t count, std::size_t column, std::size_t row, std::size_t channel) {
-    return rowAddress(m_image, count, column, row, m_position.slice, m_position.frame, m_firstChannel + channel);
+Place TiffRowPlacer::placeOf(std::size_t column, std::size_t row, std::size_t channel) const {
+    return {column, row, m_position.slice, m_position.frame, m_firstChannel + channel};
+}
+
+bool TiffRowPlacer::keepsGroup(std::size_t group) const {
+    return m_image.kept(SPECTRAL_SERIES)
+        .meets(m_firstChannel + group, m_page.isPalette() ? m_page.channels : m_page.adjacentSamples());
 }
 
 void TiffRowPlacer::unpack(const std::uint8_t* bytes, std::size_t samples) {
@@ -57,6 +70,11 @@ void TiffRowPlacer::unpack(const std::uint8_t* bytes, std::size_t samples) {
 
 void TiffRowPlacer::place(const std::uint8_t* bytes, std::size_t count, std::size_t column, std::size_t row,
                           std::size_t group) {
+    column = m_page.isMirroredInColumns() ? m_page.columns - column - count : column;
+    row = m_page.isMirroredInRows() ? m_page.rows - 1 - row : row;
+    if (!m_image.kept(ROWS).holds(row)) {
+        return;
+    }
     const std::size_t step = m_page.adjacentSamples();
     if (isConverted(m_page.stored)) {
         m_unpacked.resize(count * step * m_sampleBytes);
@@ -66,16 +84,19 @@ void TiffRowPlacer::place(const std::uint8_t* bytes, std::size_t count, std::siz
         unpack(bytes, count * step);
         bytes = m_unpacked.data();
     }
-    column = m_page.isMirroredInColumns() ? m_page.columns - column - count : column;
-    row = m_page.isMirroredInRows() ? m_page.rows - 1 - row : row;
     if (m_page.isPalette()) {
         lookUp(bytes, count, column, row);
         return;
     }
     for (std::size_t sample = 0; sample < step; ++sample) {
-        std::uint8_t* target = address(count, column, row, group + sample);
+        const Place place = placeOf(column, row, group + sample);
+        if (!m_image.kept(SPECTRAL_SERIES).holds(place.channel)) {
+            continue;
+        }
+        std::uint8_t* target = m_image.open(place, count);
         copySamples(bytes + sample * m_sampleBytes, step, target, 1, count, m_sampleBytes);
         finish(target, count);
+        m_image.close();
     }
 }
 
@@ -87,13 +108,14 @@ void TiffRowPlacer::lookUp(const std::uint8_t* indices, std::size_t count, std::
         return std::size_t{index};
     };
     for (std::size_t channel = 0; channel < 3; ++channel) {
-        std::uint8_t* target = address(count, column, row, channel);
+        std::uint8_t* target = m_image.open(placeOf(column, row, channel), count);
         const std::uint8_t* colors = m_palette.data() + channel * entries * m_sampleBytes;
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t index = m_page.bits <= 8 ? indices[i] : indexAt(i);
             std::memcpy(target + i * m_sampleBytes, colors + index * m_sampleBytes, m_sampleBytes);
         }
         finish(target, count);
+        m_image.close();
     }
 }
 

@@ -8,50 +8,14 @@
 #include "../Codec.h"
 #include "../Resolution.h"
 #include "ImageJ.h"
+#include "TiffAxes.h"
+#include "TiffSeries.h"
 
 namespace rix::io {
 namespace {
 
 // ImageJ leaves out the directories of stacks that pass this size.
 constexpr std::uint64_t LargestListedStack = 4294967295U;
-
-String describePage(const TiffPage& page) {
-    return std::to_string(page.columns) + " x " + std::to_string(page.rows) + " of " + std::to_string(page.channels) +
-           " x " + helper::voxelTypesToString(page.voxelType);
-}
-
-/// Fills `page` and `directories`.
-void collectPages(TiffHandle& handle, std::uint64_t fileBytes, TiffLayout& layout) {
-    // Bytes of the file that the pages so far need at least: so many directories that share their samples come to an
-    // end, as does a single one that promises too much.
-    std::uint64_t needed = 0;
-    for (std::size_t directory = 0;; ++directory) {
-        if (directory == 0 || isFullPage(handle)) {
-            const TiffPage page = readTiffPage(handle);
-            needed += page.decodedBytes / tiffCompression(page.compression).ratio;
-            if (needed > fileBytes) {
-                throw LoadingError("The pages promise more bytes of samples than the " + std::to_string(fileBytes) +
-                                   " bytes of the file can hold.");
-            }
-            if (directory == 0) {
-                layout.pages.page = page;
-            } else if (!page.matches(layout.pages.page)) {
-                throw LoadingError("The pages make no image: page 1 is " + describePage(layout.pages.page) + ", page " +
-                                   std::to_string(directory + 1) + " is " + describePage(page) + ".");
-            }
-            layout.binary = layout.binary && page.isBinary();
-            layout.pages.numbers.push_back(directory);
-            layout.directories.push_back(TIFFCurrentDirOffset(handle.get()));
-        }
-        if (TIFFLastDirectory(handle.get()) != 0) {
-            break;
-        }
-        if (TIFFReadDirectory(handle.get()) == 0) {
-            handle.failReading("Directory " + std::to_string(directory + 2) + " of the TIFF file is damaged");
-        }
-        handle.checkReading("Directory " + std::to_string(directory + 2) + " of the TIFF file is damaged");
-    }
-}
 
 /// The place of raw pages that have no directories, or 0.
 std::uint64_t findRawPages(TiffHandle& handle, std::uint64_t fileBytes, const TiffLayout& layout,
@@ -129,8 +93,8 @@ void arrangeDescribed(TiffHandle& handle, std::uint64_t fileBytes, const String&
                       const ReadOptions& options, TiffLayout& layout) {
     const std::size_t pages = layout.directories.size();
     try {
-        layout.arrangement = isOme(description) ? readOme(description, layout.pages, layout.info)
-                                                : readShaped(description, layout.pages, layout.info);
+        layout.arrangement = layout.ome ? readOme(description, layout.pages, layout.chosen, layout.info)
+                                        : readShaped(description, layout.pages, layout.info);
         const auto told = layout.arrangement.axes.pages();
         if (told && *told > pages) {
             layout.rawPages = findRawPages(handle, fileBytes, layout, told);
@@ -140,11 +104,24 @@ void arrangeDescribed(TiffHandle& handle, std::uint64_t fileBytes, const String&
             }
         }
     } catch (const DescriptionDoubt& doubt) {
-        warnOrRefuse(options,
-                     doubt.text + (pages == 1 ? " The page is taken as it is."
-                                              : " The " + std::to_string(pages) + " pages are taken as planes."));
+        if (options.selection.axes.empty()) {  // else they are told
+            warnOrRefuse(options,
+                         doubt.text + (pages == 1 ? " The page is taken as it is."
+                                                  : " The " + std::to_string(pages) + " pages are taken as planes."));
+        }
         layout.arrangement = {};
         layout.arrangement.axes.slices = pages;
+    }
+}
+
+/// The extents that follow from the arrangement of the pages.
+void countPages(TiffLayout& layout) {
+    auto& extents = layout.info.extents;
+    const PageAxes& axes = layout.arrangement.axes;
+    extents[PLANS] = axes.slices;
+    extents[SEQUENCE] = axes.frames;
+    if (!helper::checkedMultiply(layout.pages.page.channels, axes.channels, extents[SPECTRAL_SERIES])) {
+        throw LoadingError("The file promises more channels than 64 bits can count.");
     }
 }
 
@@ -165,17 +142,23 @@ String describeStorage(TiffHandle& handle, const TiffPage& page) {
 TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const ReadOptions& options) {
     TiffLayout layout;
     ImageFileInfo& info = layout.info;
-    const char* text = nullptr;
     handle.checkReading("The TIFF directory is damaged");
-    const bool described = TIFFGetField(handle.get(), TIFFTAG_IMAGEDESCRIPTION, &text) == 1 && text != nullptr;
-    const String description = described ? text : "";  // libtiff's text is gone with the next directory
-    const bool imageJ = isImageJ(description);
-    const MetadataKeys keys = imageJ ? parseKeys(description) : MetadataKeys();
-    readResolution(handle, imageJ, options, info);
-    collectPages(handle, fileBytes, layout);
+    const auto descriptionHere = [&] {
+        const char* text = nullptr;  // libtiff's, gone with the next directory
+        return TIFFGetField(handle.get(), TIFFTAG_IMAGEDESCRIPTION, &text) == 1 && text != nullptr ? String(text)
+                                                                                                   : String();
+    };
+    String description = descriptionHere();
+    chooseSeries(listPages(handle, fileBytes), description, options.selection, layout);
     if (TIFFSetSubDirectory(handle.get(), layout.directories.front()) == 0) {
         handle.failReading("The first directory cannot be read again");
     }
+    if (!layout.ome) {
+        description = descriptionHere();
+    }
+    const bool imageJ = isImageJ(description);
+    const MetadataKeys keys = imageJ ? parseKeys(description) : MetadataKeys();
+    readResolution(handle, imageJ, options, info);
 
     const TiffPage& page = layout.pages.page;
     info.extents = {page.columns, page.rows, 1, 1, page.channels};
@@ -183,14 +166,10 @@ TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const Rea
     axes.slices = layout.directories.size();
     if (imageJ) {
         arrangeImageJ(handle, fileBytes, keys, options, layout);
-    } else if (isOme(description) || isShaped(description)) {
+    } else if (layout.ome || isShaped(description)) {
         arrangeDescribed(handle, fileBytes, description, options, layout);
     }
-    info.extents[PLANS] = axes.slices;
-    info.extents[SEQUENCE] = axes.frames;
-    if (!helper::checkedMultiply(page.channels, axes.channels, info.extents[SPECTRAL_SERIES])) {
-        throw LoadingError("The file promises more channels than 64 bits can count.");
-    }
+    countPages(layout);
     info.format = "TIFF";
     info.storage = describeStorage(handle, page);
     info.fileBytes = fileBytes;
@@ -200,6 +179,11 @@ TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const Rea
     info.colorInterpretation = axes.channels == 1 ? page.color : UNKNOWN;
     applyImageJCalibration(keys, info);
     applyOwnKeys(imageJ ? keys : layout.arrangement.ownKeys, info);
+    if (!options.selection.axes.empty()) {
+        renamePages(options.selection, layout);
+        countPages(layout);
+        info.colorInterpretation = axes.channels == 1 ? info.colorInterpretation : UNKNOWN;
+    }
     return layout;
 }
 

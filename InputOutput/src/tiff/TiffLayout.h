@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "PageDescription.h"
@@ -14,6 +15,8 @@ struct TiffLayout {
     PageArrangement arrangement;
     std::vector<std::uint64_t> directories;  ///< offsets of the pages
     bool binary = true;                      ///< all pages are
+    bool ome = false;                        ///< the first page has OME-XML
+    std::optional<std::size_t> chosen{};     ///< image among several
 
     /// ImageJ writes stacks of more than 4 GiB with one directory only, Python programs any stack on request: the pages
     /// follow the first one, raw. This is where they begin; 0 for files with a directory for each page.

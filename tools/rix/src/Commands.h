@@ -18,6 +18,7 @@ using Action = std::function<int()>;
 void addListCommand(CLI::App& program, Action& chosen);
 void addDescribeCommand(CLI::App& program, Action& chosen);
 void addRunCommand(CLI::App& program, Action& chosen);
+void addConvertCommand(CLI::App& program, Action& chosen);
 void addInfoCommand(CLI::App& program, Action& chosen);
 void addRenderCommand(CLI::App& program, Action& chosen);
 void addRecipeCommand(CLI::App& program, Action& chosen);

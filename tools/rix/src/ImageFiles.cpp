@@ -24,13 +24,29 @@ namespace fs = std::filesystem;
     throw Failure(UNWRITABLE_OUTPUT, description::inQuotes(path.string()) + " can't be written: " + reason);
 }
 
-/// Calls `read` with a path that can be read at any place; what goes wrong names the one that was given.
+io::Selection selectionOf(const io::SelectedFile& file) {
+    if (file.selection.empty()) {
+        return {};
+    }
+    try {
+        return io::parseSelection(file.selection);
+    } catch (const SerializationException& exception) {
+        throw Failure(WRONG_USAGE, exception).within("In brackets behind " + description::inQuotes(file.path.string()));
+    }
+}
+
+/// Calls `read` with a path that can be read at any place, and how that is read; what goes wrong names the one that was
+/// given.
 template <class Read>
-auto readThrough(const fs::path& path, const Read& read) {
-    refuseZeroByte(path, UNREADABLE_INPUT);
+auto readThrough(const fs::path& name, const Read& read) {
+    refuseZeroByte(name, UNREADABLE_INPUT);
+    const io::SelectedFile file = io::splitSelection(name);
+    const fs::path& path = file.path;
+    io::ReadOptions options = readingOptions(path);
+    options.selection = selectionOf(file);
     const fs::path readable = readablePath(path);
     try {
-        return read(readable);
+        return read(readable, options);
     } catch (const MemoryError&) {
         throw;  // not the fault of the file
     } catch (const UserCancelException&) {
@@ -55,8 +71,8 @@ void refuseZeroByte(const fs::path& path, int exitCode) {
 }
 
 std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
-    return readThrough(path, [&](const fs::path& readable) {
-        auto image = io::readImage(readable, readingOptions(path));
+    return readThrough(path, [](const fs::path& readable, const io::ReadOptions& reading) {
+        auto image = io::readImage(readable, reading);
         Interrupts::throwIfRequested();
         calibrate(*image);
         return image;
@@ -64,11 +80,12 @@ std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
 }
 
 io::ImageFileInfo readInfo(const fs::path& path, bool warns) {
-    io::ReadOptions reading = readingOptions(path);
-    if (!warns) {
-        reading.warn = [](const String&) {};
-    }
-    auto info = readThrough(path, [&](const fs::path& readable) { return io::readImageInfo(readable, reading); });
+    auto info = readThrough(path, [&](const fs::path& readable, io::ReadOptions reading) {
+        if (!warns) {
+            reading.warn = [](const String&) {};
+        }
+        return io::readImageInfo(readable, reading);
+    });
     HeaderImage header;
     if (helper::applyHeader(info, header)) {
         calibrate(header);
@@ -110,7 +127,10 @@ void checkCanWrite(const fs::path& path) {
                 known += (known.empty() ? "." : ", .") + candidate;
             }
         }
-        refuse(path, "its extension is none of " + known);
+        refuse(path, "its extension is none of " + known +
+                         (io::splitSelection(path).selection.empty()
+                              ? ""
+                              : "; brackets select a part of a file that is read, not of one that is written"));
     }
     if (isStandardStream(path)) {
         refuseImageOnTerminal();
@@ -149,7 +169,9 @@ void checkCanWriteFile(const fs::path& path) {
 }
 
 const ImageModel& ImageInputs::read(const fs::path& path) {
-    auto& image = m_images[isStandardStream(path) ? FileIdentity{.name = "-"} : identityOf(path)];
+    const io::SelectedFile file = io::splitSelection(path);
+    auto& image =
+        m_images[{isStandardStream(file.path) ? FileIdentity{.name = "-"} : identityOf(file.path), file.selection}];
     if (image == nullptr) {
         image = loadImage(path);
     }

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include <rix/image/ImageHeader.h>
 #include <rix/image/MemoryImage.h>
@@ -12,7 +14,8 @@
 
 namespace rix::cli {
 
-// A path of an image may be "-" and a pipe as well, see Streams.h.
+// A path of an image that is read may be "-" and a pipe as well, see Streams.h, and have a selection behind it, see
+// rix/io/Selection.h.
 
 /// @throws Failure of that exit code for a path that no file can have.
 void refuseZeroByte(const std::filesystem::path& path, int exitCode);
@@ -41,13 +44,13 @@ void checkFits(const std::filesystem::path& path, const ImageModel& image);
 /// The same as `checkCanWrite` for a file of any kind, whatever its extension.
 void checkCanWriteFile(const std::filesystem::path& path);
 
-/// The images that a command line reads; a path that comes twice is read once.
+/// The images that a command line reads; a path that comes twice with the same selection is read once.
 class ImageInputs {
 public:
     const ImageModel& read(const std::filesystem::path& path);
 
 private:
-    std::map<FileIdentity, std::unique_ptr<io::MemoryImage>> m_images;
+    std::map<std::pair<FileIdentity, std::string>, std::unique_ptr<io::MemoryImage>> m_images;  ///< with selections
 };
 
 }  // namespace rix::cli

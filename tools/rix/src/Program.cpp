@@ -67,6 +67,17 @@ void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string
                   description::suggest(arguments.front(), names));
 }
 
+/// CLI11 takes "[ab].tif[z=1]" for a list in brackets. With its folder before it, the path is the same and begins
+/// otherwise.
+std::vector<std::string> withoutLists(std::vector<std::string> arguments) {
+    for (std::string& argument : arguments) {
+        if (argument.starts_with('[') && argument.ends_with(']') && argument.rfind('[') > 0) {
+            argument.insert(0, "./");
+        }
+    }
+    return arguments;
+}
+
 int parseAndRun(const std::vector<std::string>& arguments) {
     CLI::App program("rix: 2D and 3D image processing on files", "rix");
     program.get_formatter()->label("SUBCOMMAND", "COMMAND");
@@ -76,6 +87,7 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     addListCommand(program, chosen);
     addDescribeCommand(program, chosen);
     addRunCommand(program, chosen);
+    addConvertCommand(program, chosen);
     addInfoCommand(program, chosen);
     addRenderCommand(program, chosen);
     addRecipeCommand(program, chosen);
@@ -87,8 +99,9 @@ int parseAndRun(const std::vector<std::string>& arguments) {
 
     refuseUnknownCommand(program, arguments);
     try {
-        program.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // taken from the back
-    } catch (const CLI::Success& request) {                                             // help or version
+        const std::vector<std::string> words = withoutLists(arguments);
+        program.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // taken from the back
+    } catch (const CLI::Success& request) {                                     // help or version
         std::ostringstream text;
         program.exit(request, text, text);
         std::string lines = text.str();

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <rix/description/Text.h>
+#include <rix/io/Selection.h>
 
 #include "Failure.h"
 #include "Streams.h"
@@ -49,7 +50,8 @@ FileIdentity identityOf(const fs::path& path) {
     return identity;
 }
 
-void Targets::addInput(const fs::path& path, Kind kind) {
+void Targets::addInput(const fs::path& name, Kind kind) {
+    const fs::path path = kind == Kind::Image ? io::splitSelection(name).path : name;
     if (!isStandardStream(path)) {
         m_inputs.emplace(identityOf(path), Entry{"", path, kind, m_unit});
     }

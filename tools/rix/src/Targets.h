@@ -37,8 +37,9 @@ public:
 
     /// The member of a batch that the next files belong to.
     void beginUnit() { ++m_unit; }
-    /// Announces what is read. An image may be replaced by an image that is made of it, other files by nothing.
-    void addInput(const std::filesystem::path& path, Kind kind = Kind::Image);
+    /// Announces what is read, of an image also in part. An image may be replaced by an image that is made of it, other
+    /// files by nothing.
+    void addInput(const std::filesystem::path& name, Kind kind = Kind::Image);
     /// Announces what is written.
     /// @param what names it in messages: a property, an option, a step
     void addOutput(const std::string& what, const std::filesystem::path& path, Kind kind);

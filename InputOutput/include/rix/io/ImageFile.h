@@ -12,6 +12,7 @@
 #include <rix/image/ImageHeader.h>
 #include <rix/image/ImageModel.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/io/Selection.h>
 
 namespace rix::io {
 
@@ -57,6 +58,8 @@ struct ReadOptions {
     /// RIX_MAXIMUM_IMAGE_SIZE, a number of bytes; without that there is no limit.
     std::uint64_t maximumImageSize = 0;
     Calibration calibration = Calibration::Measured;
+    /// The part of the image that is read, and what the axes of the file mean.
+    Selection selection{};
     /// Asked between parts of the file, about every MiB; true ends the reading with `UserCancelException`.
     std::function<bool()> interrupted{};
     /// Told what the file says that is not understood or contradicts its samples, and what is made of it instead.
@@ -69,6 +72,7 @@ struct ImageFileInfo : ImageHeader {
     String format;                ///< name of the format, such as "TIFF"
     String storage;               ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
     std::uint64_t fileBytes = 0;  ///< size of the file
+    std::size_t series = 1;       ///< images in the file, of which this is one
 };
 
 /// A format that files are read from and written to.
@@ -104,14 +108,20 @@ RIX_EXPORT bool isImageFileName(const std::filesystem::path& path);
 /// print (in millimetres where it is per inch, metre or centimetre) and, exactly, from what `writeImage` has noted.
 /// Spacing is 1 where the file has none.
 ///
+/// A part of the image. With a selection the rest of the file is not kept, and not even read where the format lets it
+/// be found: pages of a TIFF file and their strips and tiles, samples without compression. Its first element lies at
+/// the origin, which moves by the way from the first one of the file; spacing, directions, units and interpretations
+/// stay, but for the colour interpretation of an image that loses a colour. docs/selections.md tells more.
+///
 /// Files are taken as hostile. Before anything is allocated for them, the promised samples, as stored, are compared
 /// with what the file's own size can hold: its bytes without compression, at most 2560 times them with LZW, 1032 with
 /// deflate, 64 with PackBits, 2048 with JPEG, 16384 with LZMA, 32768 with Zstandard and 65536 with the fax codes;
 /// unpacking bits and palettes makes at most 48 times that. Other compressions are refused. A damaged or truncated
-/// file is refused as a whole.
+/// file is refused as a whole; of a part, damage elsewhere need not be noticed.
 ///
 /// @throws LoadingError the file is missing, no regular file, unreadable, damaged, of an unknown format or of a kind
-///         that is not supported, or larger than the options allow. The first level says what is wrong, the outermost
+///         that is not supported, larger than the options allow, or without what is
+///         selected. The first level says what is wrong, the outermost
 ///         names the file.
 /// @throws MemoryError there is not enough memory for the image.
 /// @throws UserCancelException the options' `interrupted` said so.
@@ -119,7 +129,8 @@ RIX_EXPORT bool isImageFileName(const std::filesystem::path& path);
 /// Cost: one pass over the file; beside the image one strip or tile is held.
 RIX_EXPORT std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const ReadOptions& options = {});
 
-/// What `readImage` would give, without reading samples. Throws as it does; damaged samples are not noticed.
+/// What `readImage` would give (of a selection, the part), without reading samples. Throws as it does; damaged samples
+/// are not noticed.
 RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions& options = {});
 
 /// Writes an image in the format that the extension of `path` names, in any case of letters; docs/formats.md tells what

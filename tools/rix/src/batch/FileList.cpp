@@ -8,6 +8,7 @@
 
 #include <rix/description/Suggestions.h>
 #include <rix/description/Text.h>
+#include <rix/io/Selection.h>
 
 #include "../Failure.h"
 
@@ -31,7 +32,8 @@ std::optional<std::string> wordInBraces(std::string_view text, std::size_t begin
 
 bool isFilePattern(const std::string& text) {
     std::error_code error;
-    return text.find_first_of("*?[") != std::string::npos && !fs::exists(text, error);
+    const std::string name = io::splitSelection(text).path.string();
+    return name.find_first_of("*?[") != std::string::npos && !fs::exists(name, error);
 }
 
 std::vector<fs::path> expandFiles(const std::vector<std::string>& texts) {
@@ -46,13 +48,17 @@ std::vector<fs::path> expandFiles(const std::vector<std::string>& texts) {
             continue;
         }
         glob_t found{};
-        const int result = ::glob(text.c_str(), 0, nullptr, &found);
+        const io::SelectedFile pattern = io::splitSelection(text);
+        const std::string behind = text.substr(pattern.path.native().size());  // the same of every file
+        const int result = ::glob(pattern.path.c_str(), 0, nullptr, &found);
         for (std::size_t i = 0; result == 0 && i < found.gl_pathc; ++i) {
-            files.emplace_back(found.gl_pathv[i]);
+            files.emplace_back(found.gl_pathv[i] + behind);
         }
         ::globfree(&found);
         if (result != 0) {
-            throw Failure(UNREADABLE_INPUT, "no file matches " + description::inQuotes(text));
+            const bool open = text.find('=') != std::string::npos && !text.ends_with(']');
+            throw Failure(UNREADABLE_INPUT, "no file matches " + description::inQuotes(text) +
+                                                (open ? "; the brackets of a selection end the name" : ""));
         }
     }
     return files;
@@ -69,21 +75,22 @@ bool hasPlaceholder(const std::string& text) {
 }
 
 std::string BatchFile::fill(const std::string& text) const {
+    const fs::path file = io::splitSelection(path).path;
     const auto valueOf = [&](const std::string& word) -> std::string {
         if (word == "file") {
             return path.string();
         }
         if (word == "folder") {
-            return path.has_parent_path() ? path.parent_path().string() : ".";
+            return file.has_parent_path() ? file.parent_path().string() : ".";
         }
         if (word == "name") {
-            return path.filename().string();
+            return file.filename().string();
         }
         if (word == "stem") {
-            return path.stem().string();
+            return file.stem().string();
         }
         if (word == "extension") {
-            return path.has_extension() ? path.extension().string().substr(1) : "";
+            return file.has_extension() ? file.extension().string().substr(1) : "";
         }
         if (word == "number") {
             const std::string digits = std::to_string(number);

@@ -15,8 +15,9 @@ std::vector<std::filesystem::path> expandFiles(const std::vector<std::string>& t
 /// True when a text has the letters of such a pattern, and no file has that name.
 bool isFilePattern(const std::string& text);
 
-/// One file of a batch, and the texts that stand for it: {file} its path, {folder}, {name} its name, {stem} the name
-/// without extension, {extension} without dot, {number} its place from 1, with zeros before it.
+/// One file of a batch, and the texts that stand for it: {file} its path with the selection behind it, {folder}, {name}
+/// its name, {stem} the name without extension, {extension} without dot, {number} its place from 1, with zeros before
+/// it.
 struct BatchFile {
     std::filesystem::path path;
     std::size_t number;

@@ -81,6 +81,7 @@ nlohmann::json toJson(const FileFacts& facts) {
                              {"format", file.format},
                              {"storage", file.storage},
                              {"fileBytes", file.fileBytes},
+                             {"series", file.series},
                              {"voxelType", helper::voxelTypesToString(file.voxelType)},
                              {"elementType", helper::elementTypesToString(file.elementType)},
                              {"interpretation", helper::interpretationsToString(file.interpretation)},
@@ -112,6 +113,10 @@ std::string toText(const FileFacts& told) {
     description::TextTable facts;
     facts.add({"format:", file.format + (file.storage.empty() ? "" : ", " + file.storage) + ", " +
                               std::to_string(file.fileBytes) + " bytes"});
+    if (file.series > 1) {
+        facts.add(
+            {"series:", "one of " + std::to_string(file.series) + " images, which [series=0], [series=1] ... select"});
+    }
     facts.add(
         {"type:", helper::elementTypesToString(file.elementType) + ' ' + helper::voxelTypesToString(file.voxelType)});
     facts.add({"interpretation:", helper::interpretationsToString(file.interpretation)});
@@ -180,8 +185,10 @@ void addInfoCommand(CLI::App& program, Action& chosen) {
     CLI::App* command = program.add_subcommand(
         "info", "Tell about image files: sizes, types, calibration; with --statistics minimum, maximum and mean");
     command
-        ->add_option("IMAGE", options->paths,
-                     "The files; \"-\" is standard input. One that can't be read does not keep the others back")
+        ->add_option(
+            "IMAGE", options->paths,
+            "The files; \"-\" is standard input. One that can't be read does not keep the others back. Brackets "
+            "behind a name select a part, as in a.tif[c=0,z=10:20,x=100:300]; docs/selections.md tells what")
         ->required();
     command->add_flag("--statistics", options->statistics,
                       "Read the samples, too. Complex ones count by their magnitude");

@@ -45,7 +45,9 @@ void addRecipeCommand(CLI::App& program, Action& chosen) {
         "Run a chain of algorithms with images passed in memory. The whole recipe is checked before the first pixel is "
         "read; files are written when every step has succeeded, and a record of what was run beside them");
     command->add_option("FILE", options->path, "The recipe, a JSON file; docs/recipes.md describes it")->required();
-    command->add_option("name=value", options->parameters, "Values for the recipe's parameters");
+    command->add_option(
+        "name=value", options->parameters,
+        "Values for the recipe's parameters; brackets behind the name of an image select a part, as in a.tif[z=3]");
     command->add_option("--record", options->record, "Where the record goes; unless given, NAME-record.json here")
         ->type_name("PATH");
     options->batch.addTo(*command);

@@ -77,7 +77,8 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
         "render",
         "Make a picture of an image: grey in an automatic window (0.35 to 99.65 percent of the values), binary in "
         "black and white, labels in distinct colours on nothing, RGB as it is, complex samples by their magnitude");
-    command->add_option("IMAGE", options->imagePath, "The image to show")->required();
+    command->add_option("IMAGE", options->imagePath, "The image to show; brackets select a part, as in a.tif[z=3]")
+        ->required();
     command->add_option("OUT", options->picturePath,
                         "The picture, usually a PNG file; \"-\" is standard output as TIFF, \"-- -.png\" as PNG");
     command

@@ -236,10 +236,12 @@ void addRunCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<RunOptions>();
     CLI::App* command = program.add_subcommand("run", "Run an algorithm on files");
     command->add_option("CLASS", options->className, "Name of the algorithm, as 'rix list' shows it")->required();
-    command->add_option("name=value", options->assignments,
-                        "Properties, as 'rix describe CLASS' shows them; an image property takes the path of a file. "
-                        "Outputs are written when the run has succeeded, in the format of their extension. \"-\" is "
-                        "standard input or, as TIFF, standard output; \"-.png\" makes that PNG");
+    command->add_option(
+        "name=value", options->assignments,
+        "Properties, as 'rix describe CLASS' shows them; an image property takes the path of a file. "
+        "Brackets behind an input select a part, as in a.tif[c=0,z=10:20]; docs/selections.md tells what. "
+        "Outputs are written when the run has succeeded, in the format of their extension. \"-\" is "
+        "standard input or, as TIFF, standard output; \"-.png\" makes that PNG");
     command
         ->add_option("--each", options->each,
                      "Run once for each frame of the sequence, each channel or both, instead of once on all")

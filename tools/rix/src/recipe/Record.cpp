@@ -13,6 +13,7 @@
 #include <rix/Library.h>
 #include <rix/description/Text.h>
 #include <rix/devices/Cpu.h>
+#include <rix/io/Selection.h>
 
 #include "../Failure.h"
 #include "../Streams.h"
@@ -64,6 +65,14 @@ nlohmann::json Record::describeFile(const std::filesystem::path& path) {
         text += hex.data();
     }
     return {{"path", path.string()}, {"bytes", bytes}, {"sha256", text}};
+}
+
+void Record::addInput(const std::filesystem::path& name) {
+    const io::SelectedFile file = io::splitSelection(name);
+    m_json["inputs"].push_back(describeFile(file.path));
+    if (!file.selection.empty()) {
+        m_json["inputs"].back()["selection"] = file.selection;
+    }
 }
 
 void Record::addOutput(const std::filesystem::path& path) {

@@ -16,7 +16,8 @@ public:
     Record(const std::filesystem::path& recipePath, const Recipe& recipe);
 
     void addStep(nlohmann::json step) { m_json["steps"].push_back(std::move(step)); }
-    void addInput(const std::filesystem::path& path) { m_json["inputs"].push_back(describeFile(path)); }
+    /// @param name with the selection of an image behind it, which is noted
+    void addInput(const std::filesystem::path& name);
     /// What went to a pipe or a device is named alone.
     void addOutput(const std::filesystem::path& path);
     const nlohmann::json& json() const { return m_json; }
