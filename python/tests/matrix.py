@@ -244,8 +244,10 @@ READ_HERE = [
 ]
 IMAGEJ_TYPES = [np.dtype(t) for t in (np.uint8, np.uint16, np.float32)]
 IMAGEJ_THERE = [
-    Case("ImageJ", "a.tif", write_ours, read_imagej_program, AXES + ["yxc"],
+    Case("ImageJ", "a.tif", write_ours, read_imagej_program, AXES,
          [np.dtype(bool), *IMAGEJ_TYPES, np.dtype(np.int16)], "xyzt", "mm"),
+    # RGB of 16 bits it shows rightly and dumps in another order; it has none of reals.
+    Case("ImageJ", "a.tif", write_ours, read_imagej_program, ["yxc"], [np.dtype(np.uint8)], "xyzt", "mm"),
 ]
 IMAGEJ_HERE = [
     Case("ImageJ", "a.tif", write_imagej_program, read_ours, AXES, IMAGEJ_TYPES, "xyzt", "mm"),
