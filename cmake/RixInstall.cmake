@@ -46,5 +46,11 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/lumora_rix-config-version
 install(FILES ${PROJECT_BINARY_DIR}/lumora_rix-config.cmake ${PROJECT_BINARY_DIR}/lumora_rix-config-version.cmake
   DESTINATION ${rix_package_dir})
 
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+# The pages with their pictures and code, laid out as in the source, so that their links lead somewhere; the examples lie
+# where the command line looks for them.
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
+file(RELATIVE_PATH rix_examples_from_doc /prefix/${CMAKE_INSTALL_DOCDIR}
+  /prefix/${CMAKE_INSTALL_DATADIR}/lumora_rix/examples)
+install(CODE "file(CREATE_LINK ${rix_examples_from_doc}
+  \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}/examples\" SYMBOLIC)")

@@ -120,7 +120,7 @@ std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const 
         std::size_t count = 0;
         // A file may say binary of other values.
         if (image->getInterpretation() == RIX_BINARY && helper::getElementCount(*image, count)) {
-            makeZeroOrOne(image->getVoxelType(), image->getInternalBuffer(), count);
+            access::makeZeroOrOne(image->getVoxelType(), image->getInternalBuffer(), count);
         }
         return image;
     });

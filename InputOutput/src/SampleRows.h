@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include <rix/access/VoxelTypeLists.h>
+#include <rix/access/SampleCast.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModel.h>
 
@@ -46,15 +46,6 @@ inline void reverseSamples(std::uint8_t* row, std::size_t count, std::size_t siz
     });
 }
 
-/// Makes every sample of a binary image 0 or 1.
-inline void makeZeroOrOne(VoxelTypes type, std::uint8_t* samples, std::size_t count) {
-    access::dispatch(access::AllTypes{}, type, [&](auto tag) {
-        using Sample = typename decltype(tag)::type;
-        auto* typed = reinterpret_cast<Sample*>(samples);
-        std::transform(typed, typed + count, typed, [](Sample sample) { return Sample(sample != Sample(0) ? 1 : 0); });
-    });
-}
-
 /// Copies a part of a row out of an image; of a binary one as 0 and 1.
 /// @throws WritingError when the image refuses it.
 inline void readRow(const ImageModel& image, std::uint8_t* buffer, std::size_t count, std::size_t column,
@@ -65,7 +56,7 @@ inline void readRow(const ImageModel& image, std::uint8_t* buffer, std::size_t c
                            std::to_string(spectral) + ").");
     }
     if (image.getInterpretation() == RIX_BINARY) {
-        makeZeroOrOne(image.getVoxelType(), buffer, count);
+        access::makeZeroOrOne(image.getVoxelType(), buffer, count);
     }
 }
 

@@ -1,7 +1,9 @@
 // Both classes: that of planes knows two axes.
 
+#include <algorithm>
 #include <cstddef>
 
+#include <rix/access/BlockSize.h>
 #include <rix/access/Steps.h>
 #include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
@@ -69,8 +71,11 @@ std::size_t memoryOf(const Filler& filler) {
     std::size_t bytes = floodWorkingBytes(extents, helper::getSizeOf(input.getVoxelType()), spaceOf(filler),
                                           filler.getMaximumThreads());
     const std::size_t copy = access::Scratch::held(access::TemporaryImage::bytes(input, input.getVoxelType()));
-    if (helper::contiguousSamples(input) == nullptr || access::isOverwritten(input, output)) {
+    if (access::needsCopy(input, input.getVoxelType()) || access::isOverwritten(input, output)) {
         bytes += copy;
+    }
+    if (input.getInterpretation() == RIX_BINARY) {  // the rows that are made 0 and 1 on their way into the copy
+        bytes += filler.getMaximumThreads() * access::Scratch::held(std::min(copy, access::blockBytes()));
     }
     if (output != nullptr && helper::getExtents(*output) == extents && helper::contiguousSamples(*output) == nullptr) {
         bytes += copy;

@@ -20,6 +20,7 @@
 #include "ImagePairToImageFilter3d.h"
 #include "PointRows.h"
 #include "PointWork.h"
+#include "Wrapping.h"
 
 namespace rix::point_operations {
 
@@ -297,6 +298,16 @@ void processValue(ArithmeticOperationWithValue& algorithm, OptimLevelType level)
     });
 }
 
+std::uint64_t countWrappedOfImages(const ArithmeticOperationWithImage& algorithm, access::ExecutionContext& context) {
+    return countWrapped(context, *algorithm.getInputImage1(), *algorithm.getInputImage2(),
+                        algorithm.getArithmeticOperator(), resultType(algorithm));
+}
+
+std::uint64_t countWrappedOfValue(const ArithmeticOperationWithValue& algorithm, access::ExecutionContext& context) {
+    return countWrapped(context, *algorithm.getInputImage(), algorithm.getValue(), algorithm.getArithmeticOperator(),
+                        resultType(algorithm));
+}
+
 constexpr algorithms::Definition<ArithmeticOperationWithImage> withImage{
     .summary = "Adds, subtracts, multiplies, divides or compares two images voxel by voxel.",
     .kind = AlgorithmKind::Point,
@@ -304,6 +315,7 @@ constexpr algorithms::Definition<ArithmeticOperationWithImage> withImage{
     .process = &processImages,
     .prepare = &prepareWithImage,
     .memory = &passMemory,
+    .wrapped = &countWrappedOfImages,
 };
 
 constexpr algorithms::Definition<ArithmeticOperationWithValue> withValue{
@@ -313,6 +325,7 @@ constexpr algorithms::Definition<ArithmeticOperationWithValue> withValue{
     .process = &processValue,
     .prepare = &prepareWithValue,
     .memory = &passMemory,
+    .wrapped = &countWrappedOfValue,
 };
 
 }  // namespace

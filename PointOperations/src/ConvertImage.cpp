@@ -11,6 +11,7 @@
 #include "GenericPointOperation.h"
 #include "PointRows.h"
 #include "PointWork.h"
+#include "Wrapping.h"
 
 namespace rix::point_operations {
 
@@ -104,6 +105,12 @@ constexpr algorithms::Definition<ConvertImage> definition{
             algorithms::stateOf<ConvertState>(algorithm).isBinary = isBinary(algorithm.getInputImage());
         },
     .memory = &passMemory,
+    .wrapped = [](const ConvertImage& algorithm, access::ExecutionContext& context) -> std::uint64_t {
+        const bool binary = algorithm.getOutputType() == ConvertImage::BINARY;
+        return binary ? 0
+                      : countWrappedCasts(context, *algorithm.getInputImage(),
+                                          outputKind(algorithm.getOutputType())->voxelType);
+    },
 };
 
 }  // namespace

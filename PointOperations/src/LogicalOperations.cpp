@@ -40,7 +40,9 @@ void declareWithImage(LogicalOperationWithImage& algorithm, algorithms::Properti
 
 void declareWithValue(LogicalOperationWithValue& algorithm, algorithms::Properties& properties) {
     properties.input(algorithm.inputImage, "The first operand.", AddRulesForIntegerImage());
-    properties.input(algorithm.value, "The second operand of every voxel: its low bits.");
+    properties.input(
+        algorithm.value,
+        "The second operand of every voxel: its low bits; with a binary image, whether it differs from 0.");
     properties.input(algorithm.logicalOperator, operatorText);
     properties.output(algorithm.outputImage, "The image combined with the value, bit by bit.", AddRuleAssertNotNull(),
                       AddRuleInPlaceOrDisjoint(algorithm.inputImage), LikeTheFirst{algorithm.inputImage});
@@ -66,7 +68,7 @@ void processValue(LogicalOperationWithValue& algorithm, OptimLevelType level) {
     const std::size_t bytes = helper::getElementSize(output);
     const access::Stores stores = access::storesFor(output);
     const ValueRow row = logicalRows(bytes, binary, stores, level).value[algorithm.getLogicalOperator()];
-    const long operand = binary ? algorithm.getValue() & 1 : algorithm.getValue();
+    const long operand = binary ? algorithm.getValue() != 0 : algorithm.getValue();
     const auto value8 = static_cast<std::uint8_t>(operand);
     const auto value16 = static_cast<std::uint16_t>(operand);
     const auto value32 = static_cast<std::uint32_t>(operand);

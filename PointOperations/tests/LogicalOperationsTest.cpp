@@ -52,8 +52,8 @@ io::MemoryImage reference(const ImageModel& first, const ImageModel* second, lon
         using T = typename decltype(tag)::type;
         const std::size_t bits = first.getInterpretation() == RIX_BINARY ? 1 : 8 * sizeof(T);
         std::vector<T> a = operandSamples<T>(first);
-        const std::vector<T> b =
-            second != nullptr ? operandSamples<T>(*second) : std::vector<T>(a.size(), static_cast<T>(value));
+        const T operand = first.getInterpretation() == RIX_BINARY ? T(value != 0) : static_cast<T>(value);
+        const std::vector<T> b = second != nullptr ? operandSamples<T>(*second) : std::vector<T>(a.size(), operand);
         for (std::size_t i = 0; i < a.size(); ++i) {
             a[i] = referenceResult(a[i], b[i], table, bits);
         }
@@ -135,6 +135,8 @@ TEST(LogicalOperations, GiveTheDocumentedResults) {
     combine(filled(6, RIX_VALUE), filled(3, RIX_VALUE), OfImages::SUBTRACT, output, SCALAR);
     EXPECT_TRUE(imagesEqual(filled(4, RIX_VALUE), output));
     combine(filled(0, RIX_BINARY), filled(0, RIX_BINARY), OfImages::NAND, output, SCALAR);
+    EXPECT_TRUE(imagesEqual(filled(1, RIX_BINARY), output));
+    combine(filled(0, RIX_BINARY), 4, OfImages::OR, output, SCALAR);
     EXPECT_TRUE(imagesEqual(filled(1, RIX_BINARY), output));
     combine(filled(1, RIX_BINARY), filled(1, RIX_BINARY), OfImages::NAND, output, SCALAR);
     EXPECT_TRUE(imagesEqual(filled(0, RIX_BINARY), output));

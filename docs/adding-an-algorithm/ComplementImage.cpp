@@ -4,6 +4,8 @@
 #define HWY_TARGET_INCLUDE "ComplementImage.cpp"
 #include <rix/simd/KernelTargets.h>
 
+#include <limits>
+
 #include <hwy/highway.h>
 
 #include <rix/access/PointFilters.h>
@@ -14,9 +16,9 @@ HWY_BEFORE_NAMESPACE();
 namespace rix::point_operations::HWY_NAMESPACE {
 
 template <class T>
-void complement(const T* in, T* out, std::size_t count) {
+void complement(const T* in, T* out, std::size_t count, T largest) {
     for (std::size_t i = 0; i < count; ++i) {
-        out[i] = static_cast<T>(~in[i]);
+        out[i] = static_cast<T>(largest - in[i]);
     }
 }
 
@@ -42,13 +44,16 @@ void process(ComplementImage& algorithm, OptimLevelType level) {
     const ImageModel& input = *algorithm.getInputImage();
     access::dispatch(access::UnsignedIntegers{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
+        const T largest = input.getInterpretation() == RIX_BINARY ? T{1} : std::numeric_limits<T>::max();
+        const auto row = RIX_SELECT_KERNELS(level, complement<T>);
         access::transformRows<T, T>(algorithm.executionContext(), input, *algorithm.getOutputImage(),
-                                    nanosecondsPerVoxel, RIX_SELECT_KERNELS(level, complement<T>));
+                                    nanosecondsPerVoxel,
+                                    [=](const T* in, T* out, std::size_t count) { row(in, out, count, largest); });
     });
 }
 
 constexpr algorithms::Definition<ComplementImage> definition{
-    .summary = "Replaces every voxel by its complement, the largest value of the type minus the voxel.",
+    .summary = "Replaces every voxel by its complement, the largest value that it can have minus its own.",
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,

@@ -4,7 +4,7 @@
 
 namespace rix::point_operations {
 
-/// Replaces every voxel v by its complement, M - v, where M is the largest value of the type.
+/// Replaces every voxel v by its complement, M - v, where M is the largest value of the type; in a binary image, 1.
 ///
 /// **Input** `inputImage`: any extents on all five axes, scalar elements, `uint8`, `uint16` or `uint32`.
 /// **Output** `outputImage`: takes the input's extents, type, calibration and meaning; it may be the input image.

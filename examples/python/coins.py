@@ -12,7 +12,7 @@ import numpy as np
 import rix
 
 here = pathlib.Path(__file__).parent
-folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else "coins-pictures")
+folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else "results")
 folder.mkdir(parents=True, exist_ok=True)
 
 coins = rix.Image(rix.imread(here.parent / "images" / "coins.png"), spacing=0.2, spatial_unit="mm")

@@ -131,6 +131,21 @@ bool isImage(py::handle object) {
     return py::isinstance(object, type);
 }
 
+/// Says of an unnamed array of three dimensions that may be a colour picture what it is taken for.
+void warnOfColours(const py::array& array, const std::string& named) {
+    const bool isUnnamed = array.ndim() == 3 && named.size() != 3;
+    if (!isUnnamed || (array.shape(2) != 3 && array.shape(2) != 4)) {
+        return;
+    }
+    const std::string text = "an array of the shape " + py::str(array.attr("shape")).cast<std::string>() +
+                             " without named axes is (planes, rows, columns), so that it has only " +
+                             std::to_string(array.shape(2)) +
+                             " columns. A colour picture has axes=\"yxc\", a volume of that shape axes=\"zyx\"";
+    if (PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 2) != 0) {
+        throw py::error_already_set();
+    }
+}
+
 GivenImage open(py::handle object, const std::string& axes, Access access) {
     GivenImage given;
     given.object = py::reinterpret_borrow<py::object>(object);
@@ -151,6 +166,9 @@ GivenImage open(py::handle object, const std::string& axes, Access access) {
         given.array = py::reinterpret_borrow<py::array>(source);
         header = headerOfArray(given.array);
         given.axes = axesOfArray(static_cast<std::size_t>(given.array.ndim()), axes);
+        if (access == Access::ReadOnly) {
+            warnOfColours(given.array, axes);
+        }
     } else {
         given.form = given.form == ImageForm::Foreign ? ImageForm::Foreign : ImageForm::Image;
         given.array = source.attr("array");

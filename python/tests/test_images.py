@@ -1,5 +1,7 @@
 """How arrays become images and images arrays: addresses, layouts, axes, types, calibration."""
 
+import warnings
+
 import numpy as np
 import pytest
 
@@ -260,3 +262,16 @@ rix.overlay(image, image)
 assert loaded()
 """
     run_script(code)
+
+
+def test_what_may_be_a_colour_picture_is_warned_of():
+    picture = random_array(np.uint8, (6, 8, 3))
+    with pytest.warns(UserWarning, match='only 3 columns.*axes="yxc"') as told:
+        identity(picture)
+    assert told[0].filename == __file__
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        identity(picture, axes="yxc")
+        identity(picture, axes="zyx")
+        identity(rix.Image(picture))
+        identity(picture.transpose(2, 0, 1).copy())

@@ -97,6 +97,17 @@ print("Python package:", threshold.sum(), "foreground pixels of", rix.__version_
 assert threshold.sum() == 2500')
 fi
 
+# The pages find their pictures, their code and each other.
+pages=$(dirname "$(find "$prefix" -name CHANGELOG.md)")
+links=0
+while IFS=: read -r page link; do
+  target=$(dirname "$page")/${link%%#*}
+  [[ $link =~ ^[a-z]+: || -e $target ]] || { printf '%s: its link %s leads nowhere\n' "$page" "$link"; exit 1; }
+  links=$((links + 1))
+done < <(grep -roP --include='*.md' '\]\(\K[^)#\s]+' "$pages/README.md" "$pages/CHANGELOG.md" "$pages/docs")
+((links > 50)) || { printf 'the installed pages have only %d links\n' "$links"; exit 1; }
+printf 'pages: %d links\n' "$links"
+
 # What was built and installed must not name the folders that it came from: they are gone on the user's machine.
 if grep -rlF -e "$source_folder" "$prefix"; then
   printf 'these installed files name the source folder\n'

@@ -36,6 +36,21 @@ TEST(Newcomer, TheDocumentedAlgorithmWorksAtEveryLevel) {
     }
 }
 
+TEST(Newcomer, TheComplementOfABinaryImageIsBinary) {
+    const auto filled = [](int value) {
+        return test::makeImage({.interpretation = RIX_BINARY}, [&](auto...) { return value; });
+    };
+    for (const auto& [value, expected] : {std::pair(0, 1), std::pair(7, 0)}) {
+        const io::MemoryImage image = filled(value);
+        io::MemoryImage complement;
+        ComplementImage algorithm;
+        algorithm.setInputImage(&image);
+        algorithm.setOutputImage(&complement);
+        algorithm.run();
+        EXPECT_TRUE(test::imagesEqual(filled(expected), complement));
+    }
+}
+
 TEST(Newcomer, ItsRulesRefuseOtherTypes) {
     const io::MemoryImage real = test::makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {3, 3, 1, 1, 1}}, 1);
     io::MemoryImage output;

@@ -8,6 +8,7 @@
 
 #include <rix/access/BorderConditions.h>
 #include <rix/access/Rows.h>
+#include <rix/access/SampleCast.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
@@ -85,7 +86,7 @@ inline bool isInside(const Source& source, const OuterCoordinates& outer) {
     return true;
 }
 
-/// Reads elements that lie inside the image.
+/// Reads elements that lie inside the image; of a binary one as 0 and 1.
 template <class T>
 void readInside(const Source& source, T* buffer, std::int64_t column, std::int64_t count,
                 const OuterCoordinates& outer) {
@@ -97,6 +98,9 @@ void readInside(const Source& source, T* buffer, std::int64_t column, std::int64
     if (!source.image.readRowAt(segment.count, reinterpret_cast<RawData>(buffer), segment.column, segment.row,
                                 segment.plane, segment.sequence, segment.spectral)) {
         throwRowError("readRowAt", source.image, segment);
+    }
+    if (source.image.getInterpretation() == RIX_BINARY) {
+        makeZeroOrOne(voxelTypeOf<T>, reinterpret_cast<RawData>(buffer), segment.count * source.samples);
     }
 }
 

@@ -62,7 +62,8 @@ std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t w
     const double width = bytesOf(plan.largestPart(innerAxis(axis)) * plan.largestPart(nextAxis(axis))) + 2 * cacheLine;
     const double rows = static_cast<double>(plan.largestPart(axis)) + static_cast<double>(needs.reach.before) +
                         static_cast<double>(needs.reach.after);
-    const bool inPlace = input.getImageBuffer() != nullptr && helper::getSizeOf(input.getVoxelType()) == workBytes;
+    const bool inPlace = input.getImageBuffer() != nullptr && input.getInterpretation() != RIX_BINARY &&
+                         helper::getSizeOf(input.getVoxelType()) == workBytes;
     const double buffers = (axis == COLUMNS ? rowsAtOnce : 1.0) * (bytesOf(plan.largestPart(COLUMNS)) + page);
     const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
     constexpr double most = 9e18;

@@ -73,6 +73,11 @@ bool ImageModelProxy::isTransparent() const {
     return m_cast == nullptr && m_realImage->getVoxelType() == m_voxelType;
 }
 
+ImageModelProxy::Cast ImageModelProxy::conversion() const {
+    const bool isBinary = m_realImage->getInterpretation() == RIX_BINARY;
+    return m_cast != nullptr ? m_cast : isBinary ? &access::castSamplesToBinary : &access::castSamples;
+}
+
 bool ImageModelProxy::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
                                 std::size_t firstPlans, std::size_t firstSequence,
                                 std::size_t firstSpectralSeries) const {
@@ -98,7 +103,7 @@ bool ImageModelProxy::readRowAt(std::size_t nbElement, RawData buffer, std::size
                 return false;
             }
         }
-        castAnywhere(m_cast != nullptr ? m_cast : &access::castSamples, realType, row, m_voxelType, buffer,
+        castAnywhere(conversion(), realType, row, m_voxelType, buffer,
                      nbElement * helper::getElementNumber(m_realImage->getElementType()));
     } catch (const Exception&) {
         return false;
@@ -123,17 +128,16 @@ bool ImageModelProxy::writeRowAt(std::size_t nbElement, ConstRawData buffer, std
         !helper::checkedMultiply(nbElement, helper::getElementSize(*m_realImage), bytes)) {
         return false;
     }
-    const Cast cast = m_cast != nullptr ? m_cast : &access::castSamples;
     const std::size_t samples = nbElement * helper::getElementNumber(m_realImage->getElementType());
     try {
         RawData row = nullptr;
         if (m_realImage->getRowAt(nbElement, row, firstCols, firstRows, firstPlans, firstSequence,
                                   firstSpectralSeries)) {
-            castAnywhere(cast, m_voxelType, buffer, realType, row, samples);
+            castAnywhere(conversion(), m_voxelType, buffer, realType, row, samples);
             return true;
         }
         const access::Scratch scratch(bytes);
-        castAnywhere(cast, m_voxelType, buffer, realType, scratch.data(), samples);
+        castAnywhere(conversion(), m_voxelType, buffer, realType, scratch.data(), samples);
         return m_realImage->writeRowAt(nbElement, scratch.data(), firstCols, firstRows, firstPlans, firstSequence,
                                        firstSpectralSeries);
     } catch (const Exception&) {

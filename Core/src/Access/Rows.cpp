@@ -49,12 +49,22 @@ void throwRowError(const char* operation, const ImageModel& image, const RowSegm
 
 detail::RowLayout detail::rowLayoutOf(const ImageModel& image) {
     const RowLayout layout{image.getVoxelType(), helper::getElementNumber(image.getElementType()),
-                           helper::getElementSize(image)};
+                           helper::getElementSize(image), image.getInterpretation() == RIX_BINARY};
     if (layout.elementSize == 0) {
         throw InvalidCall("The rows of image " + helper::describeImage(image) +
                           " cannot be accessed: its elements have no known type.");
     }
     return layout;
+}
+
+void detail::convertFrom(const RowLayout& image, ConstRawData from, VoxelTypes toType, RawData to,
+                         std::size_t samples) {
+    (image.isBinary ? &castSamplesToBinary : &castSamples)(image.voxelType, from, toType, to, samples);
+}
+
+void detail::convertTo(const RowLayout& image, VoxelTypes fromType, ConstRawData from, RawData to,
+                       std::size_t samples) {
+    (image.isBinary ? &castSamplesToBinary : &castSamples)(fromType, from, image.voxelType, to, samples);
 }
 
 detail::RowSource::RowSource(const ImageModel& image, bool joined)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include <rix/exceptions/Exception.h>
 
@@ -42,6 +43,19 @@ void castSamplesToBinary(VoxelTypes fromType, ConstRawData from, VoxelTypes toTy
         from += now * fromSize;
         to += now * toSize;
         count -= now;
+    }
+}
+
+void makeZeroOrOne(VoxelTypes type, RawData samples, std::size_t count) {
+    alignas(64) std::array<std::uint8_t, 4096> piece;
+    alignas(64) std::array<std::uint8_t, 4096> result;
+    const std::size_t size = helper::getSizeOf(type);
+    const std::size_t step = size == 0 ? 0 : piece.size() / size;
+    for (std::size_t done = 0; done < count; done += step) {
+        const std::size_t now = std::min(step, count - done);
+        std::memcpy(piece.data(), samples + done * size, now * size);
+        castSamplesToBinary(type, piece.data(), type, result.data(), now);
+        std::memcpy(samples + done * size, result.data(), now * size);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include <rix/access/ImageModelProxy.h>
 #include <rix/access/PointFilters.h>
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
@@ -40,6 +41,13 @@ std::size_t TemporaryImage::bytes(const ImageModel& like, VoxelTypes voxelType) 
 
 bool isOverwritten(const ImageModel& input, const ImageModel* output) {
     return output != nullptr && helper::mayShareSamples(input, *output);
+}
+
+void readAsItWas(const ImageModel& image, Interpretations meaning, FunctionRef<void(const ImageModel&)> use) {
+    if (meaning != RIX_BINARY || image.getInterpretation() == RIX_BINARY) {
+        return use(image);
+    }
+    use(ImageModelBinaryProxy(&image, image.getVoxelType()));
 }
 
 void writeThroughTemporary(ExecutionContext& context, ImageModel& output, FunctionRef<void(ImageModel&)> compute) {

@@ -4,6 +4,12 @@
 
 namespace rix::access {
 
+bool needsCopy(const ImageModel& image, VoxelTypes voxelType) {
+    const ConstRawData own = helper::contiguousSamples(image);
+    return own == nullptr || image.getVoxelType() != voxelType || image.getInterpretation() == RIX_BINARY ||
+           !isAligned(own, voxelType);
+}
+
 Scratch detail::wholeMemory(const ImageModel& image, std::size_t sampleBytes) {
     std::size_t bytes = 0;
     if (!helper::getElementCount(image, bytes) ||

@@ -116,7 +116,8 @@ const T* WindowRows<T>::load(std::size_t index, std::int64_t row, std::int64_t p
     const std::size_t columns = m_image.getNumOf(COLUMNS);
     const std::size_t behind = ceilDivide(readableBytesBehindWindow, m_samples * sizeof(T));
     const bool isInside = isInsideImage(row, plane);
-    if (!m_converted && isInside && m_firstColumn >= 0 && m_columns + behind <= columns &&
+    const bool isBinary = m_image.getInterpretation() == RIX_BINARY;  // read as 0 and 1, which makes copies
+    if (!m_converted && !isBinary && isInside && m_firstColumn >= 0 && m_columns + behind <= columns &&
         static_cast<std::size_t>(m_firstColumn) <= columns - m_columns - behind) {
         ConstRawData inPlace = nullptr;
         if (m_image.getConstRowAt(m_columns, inPlace, static_cast<std::size_t>(m_firstColumn),
@@ -146,6 +147,9 @@ const T* WindowRows<T>::load(std::size_t index, std::int64_t row, std::int64_t p
                           segment.sequence, segment.spectral)) {
         throwRowError("readRowAt", source, segment);
     }
+    if (isBinary) {
+        makeZeroOrOne(voxelTypeOf<T>, reinterpret_cast<RawData>(out), segment.count * m_samples);
+    }
     return out + before * m_samples;
 }
 
@@ -156,7 +160,8 @@ WindowSpans spansOf(const ImageModel& image, VoxelTypes voxelType, const Block& 
     const std::size_t columns = image.getNumOf(COLUMNS);
     const std::size_t elementBytes = helper::getElementSize(image);
     ConstRawData row = nullptr;
-    if (image.getVoxelType() != voxelType || columns <= reach.columns.before || columns <= reach.columns.after ||
+    if (image.getVoxelType() != voxelType || image.getInterpretation() == RIX_BINARY ||
+        columns <= reach.columns.before || columns <= reach.columns.after ||
         !image.getConstRowAt(1, row, block.columns().begin, block.rows().begin, block.planes().begin, block.sequence(),
                              block.spectral()) ||
         !isAligned(row, voxelType)) {

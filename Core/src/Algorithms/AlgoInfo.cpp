@@ -21,6 +21,7 @@ struct AlgoInfoPrivate {
     AlgoVisibilityType visibility;
     String deprecationVersion;
     std::vector<std::shared_ptr<Runnable>> runners;
+    AlgoInfo::WrapCounter wrapCounter;
 };
 
 namespace {
@@ -59,7 +60,7 @@ private:
 AlgoInfo::AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
                    const String& deprecationVersion)
     : m_private(std::make_unique<AlgoInfoPrivate>(
-          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}})) {}
+          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}, {}})) {}
 
 AlgoInfo::~AlgoInfo() = default;
 
@@ -123,6 +124,14 @@ void AlgoInfo::removeRunner(Runnable* runner) {
 
 const std::vector<std::shared_ptr<Runnable>>& AlgoInfo::getRunners() const {
     return m_private->runners;
+}
+
+void AlgoInfo::setWrapCounter(WrapCounter counter) {
+    m_private->wrapCounter = std::move(counter);
+}
+
+std::uint64_t AlgoInfo::countWrapped(const BaseAlgorithm& algorithm, access::ExecutionContext& context) const {
+    return m_private->wrapCounter ? m_private->wrapCounter(algorithm, context) : 0;
 }
 
 std::size_t AlgoInfo::getNumOfAlgorithm() {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <rix/access/BlockSize.h>
+#include <rix/access/Scratch.h>
 #include <rix/image/ImageModel.h>
 
 namespace rix::algorithms {
@@ -29,6 +31,30 @@ void Properties::border(PropertySingleChoice& policy, Property<double>& value) {
 AbstractPrivateImplementation* StateAccess::implementationOf(const BaseAlgorithm& algorithm) {
     return algorithm.implementation();
 }
+
+namespace {
+
+/// Most bytes of the copies in which the rows of binary inputs are made 0 and 1.
+std::size_t binaryRowMemory(const BaseAlgorithm& algorithm) {
+    std::size_t bytes = 0;
+    for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
+        const auto* const input = dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(i));
+        const ImageModel* const image = input != nullptr ? input->get() : nullptr;
+        std::size_t elements = 0;
+        if (image == nullptr || image->getInterpretation() != RIX_BINARY ||
+            !helper::getElementCount(*image, elements)) {
+            continue;
+        }
+        // A row, or what a block has of an image that is one long row; cut at lines of the cache.
+        constexpr std::size_t margin = 64;
+        const std::size_t size = helper::getElementSize(*image);
+        const std::size_t longest = std::max(access::blockBytes() / size, image->getNumOf(COLUMNS)) + margin;
+        bytes += algorithm.getMaximumThreads() * access::Scratch::held(std::min(elements, longest) * size);
+    }
+    return bytes;
+}
+
+}  // namespace
 
 namespace detail {
 
@@ -67,6 +93,11 @@ void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmD
             }
         }
         description.inPlace = description.inPlace || inPlace;
+    }
+    // What an algorithm states of its memory takes the place of this.
+    if (const std::size_t rows = inputsHold ? binaryRowMemory(algorithm) : 0; rows > 0) {
+        description.extraMemory = rows;
+        description.extraMemoryIsExact = false;
     }
 }
 

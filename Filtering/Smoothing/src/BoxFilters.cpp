@@ -83,16 +83,18 @@ void declare(Filter& filter, algorithms::Properties& properties) {
 
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
-    const BoxJob job = jobFor(filter, algorithms::stateOf<BoxState>(filter).inputMeaning);
+    const Interpretations meaning = algorithms::stateOf<BoxState>(filter).inputMeaning;
+    const BoxJob job = jobFor(filter, meaning);
     access::ExecutionContext& context = filter.executionContext();
-    const ImageModel& input = *filter.getInputImage();
     ImageModel& output = *filter.getOutputImage();
-    if (access::isOverwritten(input, &output)) {
-        access::writeThroughTemporary(context, output,
-                                      [&](ImageModel& target) { sumBoxes(context, input, target, job, level); });
-    } else {
-        sumBoxes(context, input, output, job, level);
-    }
+    access::readAsItWas(*filter.getInputImage(), meaning, [&](const ImageModel& input) {
+        if (access::isOverwritten(input, &output)) {
+            access::writeThroughTemporary(context, output,
+                                          [&](ImageModel& target) { sumBoxes(context, input, target, job, level); });
+        } else {
+            sumBoxes(context, input, output, job, level);
+        }
+    });
 }
 
 template <class Filter>

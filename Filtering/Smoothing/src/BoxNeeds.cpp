@@ -148,7 +148,11 @@ std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan
 std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job, std::size_t threads) {
     const access::Plan plan = access::cutBoxes({&input}, {}, boxNeeds(input, job));
     const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
-    return atOnce * bytesOfThread(input.getVoxelType(), job, plan);
+    std::size_t copies = 0;
+    if (input.getInterpretation() == RIX_BINARY) {  // as many rows as are held at a time
+        copies = 2 * boxGroup * access::Scratch::held(input.getNumOf(COLUMNS) * helper::getElementSize(input));
+    }
+    return atOnce * (bytesOfThread(input.getVoxelType(), job, plan) + copies);
 }
 
 }  // namespace rix::filtering::smoothing

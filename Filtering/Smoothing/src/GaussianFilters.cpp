@@ -16,6 +16,11 @@ namespace rix::filtering::smoothing {
 
 namespace {
 
+struct GaussianState : algorithms::AbstractPrivateImplementation {
+    /// What the input meant before an output that is the same image was given its own meaning.
+    Interpretations inputMeaning = RIX_VALUE;
+};
+
 /// A kernel of 10001 taps.
 constexpr double largestDeviation = 1000.0;
 
@@ -66,8 +71,18 @@ GaussianJob jobOf(const Filter& filter) {
 
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
-    smoothGaussian(filter.executionContext(), *filter.getInputImage(), *filter.getOutputImage(), jobOf(filter),
-                   access::isOverwritten(*filter.getInputImage(), filter.getOutputImage()), level);
+    access::readAsItWas(*filter.getInputImage(), algorithms::stateOf<GaussianState>(filter).inputMeaning,
+                        [&](const ImageModel& input) {
+                            smoothGaussian(filter.executionContext(), input, *filter.getOutputImage(), jobOf(filter),
+                                           access::isOverwritten(input, filter.getOutputImage()), level);
+                        });
+}
+
+template <class Filter>
+void prepare(Filter& filter) {
+    if (const ImageModel* const input = filter.getInputImage(); input != nullptr) {
+        algorithms::stateOf<GaussianState>(filter).inputMeaning = input->getInterpretation();
+    }
 }
 
 template <class Filter>
@@ -82,7 +97,8 @@ access::Reach reachOf(const Filter& filter) {
 
 template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
-    return gaussianWorkingBytes(*filter.getInputImage(), outputType(filter), jobOf(filter), access::isOverwritten(*filter.getInputImage(), filter.getOutputImage()),
+    return gaussianWorkingBytes(*filter.getInputImage(), outputType(filter), jobOf(filter),
+                                access::isOverwritten(*filter.getInputImage(), filter.getOutputImage()),
                                 filter.getMaximumThreads());
 }
 
@@ -93,6 +109,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
+        .prepare = &prepare<Filter>,
         .influence = &reachOf<Filter>,
         .memory = &memoryOf<Filter>,
     };
@@ -103,7 +120,7 @@ constexpr auto ofVolumes = definitionOf<GaussianFilter3d>("Smooths each volume w
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM(GaussianFilter2d, ofPlanes)
-RIX_DEFINE_ALGORITHM(GaussianFilter3d, ofVolumes)
+RIX_DEFINE_ALGORITHM_WITH(GaussianFilter2d, GaussianState, ofPlanes)
+RIX_DEFINE_ALGORITHM_WITH(GaussianFilter3d, GaussianState, ofVolumes)
 
 }  // namespace rix::filtering::smoothing

@@ -112,7 +112,8 @@ PageArrangement readShaped(const String& description, const PageList& pages, Ima
         doubt("tells a shape of " + (count ? std::to_string(*count) : "too many") + " pages; the file has " +
               std::to_string(pages.numbers.size()) + '.');
     }
-    if (info.spatialUnitName.empty()) {  // else the resolution has told the unit, which this one may not be
+    // Else the resolution has told another unit than that in which the planes lie apart here.
+    if (info.spatialUnitName.empty() || info.spatialUnitName == textOf("unit")) {
         MetadataKeys keys;
         for (const char* key : {"unit", "tunit"}) {
             if (!textOf(key).empty()) {

@@ -11,6 +11,7 @@
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/description/Text.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/ImageModelFull3d.h>
 #include <rix/rendering/NotDrawable.h>
 #include <rix/rendering/Rows.h>
 
@@ -40,20 +41,28 @@ struct Mark {
 template <class F>
 void forEachValue(const ImageModel& image, const std::function<void()>& poll, const F& visit) {
     RowReader reader(image);
-    for (std::size_t channel = 0; channel < image.getNumOf(SPECTRAL_SERIES); ++channel) {
-        for (std::size_t frame = 0; frame < image.getNumOf(SEQUENCE); ++frame) {
-            for (std::size_t plane = 0; plane < image.getNumOf(PLANS); ++plane) {
-                for (std::size_t row = 0; row < image.getNumOf(ROWS); ++row) {
-                    poll();
-                    for (const double value : reader.readReals({row, plane, frame, channel})) {
-                        if (std::isfinite(value)) {
-                            visit(value);
-                        }
-                    }
-                }
+    forEachRow(image, [&](const RowPosition& at) {
+        poll();
+        for (const double value : reader.readReals(at)) {
+            if (std::isfinite(value)) {
+                visit(value);
             }
         }
-    }
+    });
+}
+
+/// Which of the volumes of an image is shown: nothing where there is only one.
+std::string nameOf(const ImageModel& image, std::size_t frame, std::size_t channel) {
+    std::string text;
+    const auto add = [&](const char* axis, std::size_t index, std::size_t extent) {
+        if (extent > 1) {
+            text += std::string(text.empty() ? "" : ", ") + axis + ' ' + std::to_string(index) + " of " +
+                    std::to_string(extent);
+        }
+    };
+    add("frame", frame, image.getNumOf(SEQUENCE));
+    add("channel", channel, image.getNumOf(SPECTRAL_SERIES));
+    return text;
 }
 
 std::optional<double> thresholdOf(const ImageModel& image, int criterion) {
@@ -134,7 +143,14 @@ void drawMark(Canvas& canvas, const Mark& mark, std::size_t place, const Scale& 
 
 }  // namespace
 
-Picture drawHistogram(const ImageModel& image, const std::function<void()>& poll) {
+Picture drawHistogram(const ImageModel& whole, const SliceChoice& choice, const std::function<void()>& poll) {
+    checkSlice(whole, {.plane = {}, .frame = choice.frame, .channel = choice.channel});
+    const std::size_t frame = choice.frame.value_or(0);
+    const std::size_t channel = choice.channel.value_or(0);
+    const ImageModelFull3d image(&whole, frame, channel);
+    // The first threshold of the whole image is computed from its first volume, but in the range of all.
+    const bool isChosen = choice.frame.has_value() || choice.channel.has_value();
+    const ImageModel& parted = isChosen ? static_cast<const ImageModel&>(image) : whole;
     if (!access::contains(access::Reals{}, image.getVoxelType())) {
         throw NotDrawable("a histogram needs real voxels: the image has the type " +
                           helper::voxelTypesToString(image.getVoxelType()));
@@ -175,13 +191,15 @@ Picture drawHistogram(const ImageModel& image, const std::function<void()>& poll
         canvas.fillRectangle(from, upper, to - from, bottom - upper, bars);
     }
     drawAxes(canvas, scale);
+    canvas.drawText(nameOf(whole, frame, channel), right, top - 26, {.size = 14, .colour = ink}, Anchor::End,
+                    Anchor::Start);
 
     Mark marks[] = {{"entropy", {200, 40, 40}, {}},
                     {"factorisation", {30, 130, 60}, {}},
                     {"moments", {150, 60, 170}, {}},
                     {"isodata", {200, 120, 0}, {}}};
     for (std::size_t i = 0; i < std::size(marks); ++i) {
-        marks[i].threshold = thresholdOf(image, static_cast<int>(i));
+        marks[i].threshold = thresholdOf(parted, static_cast<int>(i));
         drawMark(canvas, marks[i], i, scale);
     }
     return canvas.toPicture();

@@ -65,46 +65,54 @@ std::map<std::uint32_t, Object> objectsOf(const LabelSlice& labels) {
     return objects;
 }
 
-double fontSizeFor(double longerSide) {
-    constexpr double lettersOfSide = 45;
-    return std::clamp(std::round(longerSide / lettersOfSide), smallestFont, largestFont);
-}
-
 TextStyle styleOf(double size) {
     return {.size = size, .colour = grey(255), .bold = true, .edge = grey(0)};
+}
+
+/// How many times the objects have to be enlarged for the smallest numbers to fit into nine of ten; 0 without objects.
+double neededEnlargement(const std::map<std::uint32_t, Object>& objects) {
+    constexpr double share = 0.9;
+    std::vector<double> factors;
+    Canvas canvas(Picture(1, 1));
+    const TextStyle style = styleOf(smallestFont);
+    for (const auto& [label, object] : objects) {
+        const TextSize text = canvas.measure(std::to_string(label), style);
+        factors.push_back(std::max(text.width / static_cast<double>(object.right - object.left + 1),
+                                   text.height / static_cast<double>(object.bottom - object.top + 1)));
+    }
+    if (factors.empty()) {
+        return 0;
+    }
+    const auto place = factors.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(factors.size() - 1));
+    std::nth_element(factors.begin(), place, factors.end());
+    return *place;
+}
+
+/// As large as the picture wants it, if numbers of that size fit into nine of ten objects, or as fits.
+double fontSizeFor(double longerSide, double enlargement, double needed) {
+    constexpr double lettersOfSide = 45;
+    const double wanted = std::clamp(std::round(longerSide / lettersOfSide), smallestFont, largestFont);
+    return needed > 0 ? std::clamp(std::floor(smallestFont * enlargement / needed), smallestFont, wanted) : wanted;
 }
 
 }  // namespace
 
 std::size_t enlargementForNumbers(const LabelSlice& labels) {
     constexpr std::size_t largestPicture = 2048;
-    constexpr double share = 0.9;
     const std::size_t longerSide = std::max(labels.width, labels.height);
     const std::size_t most = longerSide == 0 ? 1 : std::max<std::size_t>(1, largestPicture / longerSide);
-    std::vector<double> factors;
-    Canvas canvas(Picture(1, 1));
-    const TextStyle style = styleOf(smallestFont);
-    for (const auto& [label, object] : objectsOf(labels)) {
-        const TextSize text = canvas.measure(std::to_string(label), style);
-        factors.push_back(std::max(text.width / static_cast<double>(object.right - object.left + 1),
-                                   text.height / static_cast<double>(object.bottom - object.top + 1)));
-    }
-    if (factors.empty()) {
-        return 1;
-    }
-    const auto place = factors.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(factors.size() - 1));
-    std::nth_element(factors.begin(), place, factors.end());
-    return std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(*place)), 1, most);
+    return std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(neededEnlargement(objectsOf(labels)))), 1, most);
 }
 
 void drawNumbers(Picture& picture, const LabelSlice& labels) {
     const auto width = static_cast<double>(picture.width());
     const auto height = static_cast<double>(picture.height());
     const double factor = labels.width == 0 ? 1.0 : width / static_cast<double>(labels.width);
-    const TextStyle style = styleOf(fontSizeFor(std::max(width, height)));
+    const std::map<std::uint32_t, Object> objects = objectsOf(labels);
+    const TextStyle style = styleOf(fontSizeFor(std::max(width, height), factor, neededEnlargement(objects)));
     const double edge = style.size / 8;
     Canvas canvas(picture);
-    for (const auto& [label, object] : objectsOf(labels)) {
+    for (const auto& [label, object] : objects) {
         const std::string text = std::to_string(label);
         const TextSize size = canvas.measure(text, style);
         // Inside the picture, also where the object is at its edge.

@@ -294,6 +294,22 @@ TEST(Numbers, standOnTheirObjectsAndStayInThePicture) {
     EXPECT_GT(std::max(std::abs(three.x - 44.5), std::abs(three.y - 44.5)), 20);
 }
 
+TEST(Numbers, areSmallerWhereObjectsAre) {
+    // A large picture of small objects side by side: of ten numbers nine don't reach into the next object.
+    LabelSlice cells{1200, 30, std::vector<std::uint32_t>(36000)};
+    for (std::size_t i = 0; i < cells.labels.size(); ++i) {
+        cells.labels[i] = static_cast<std::uint32_t>(101 + i % 1200 / 30);
+    }
+    Picture picture(1200, 30, grey(100));
+    drawNumbers(picture, cells);
+    EXPECT_GT(inkOf(picture, 0, 30).count, 8);
+    int crossed = 0;
+    for (std::size_t x = 30; x < 1200; x += 30) {
+        crossed += inkOf(picture, x - 1, x + 1).count > 0 ? 1 : 0;
+    }
+    EXPECT_LE(crossed, 8);
+}
+
 TEST(View, enlargesSmallPicturesUntilNumbersFit) {
     std::vector<std::uint8_t> samples(64, 1);
     samples[63] = 0;
@@ -318,7 +334,8 @@ TEST(HistogramChart, showsBarsWhereValuesAreAndMarksOfTheThresholds) {
     std::vector<std::uint8_t> samples(1000, 10);
     std::fill(samples.begin() + 400, samples.end(), 200);
     int rows = 0;
-    const Picture chart = drawHistogram(test::imageOfSamples<std::uint8_t>({10, 100}, samples), [&rows] { ++rows; });
+    const Picture chart =
+        drawHistogram(test::imageOfSamples<std::uint8_t>({10, 100}, samples), {}, [&rows] { ++rows; });
     EXPECT_EQ(chart.width(), 800U);
     EXPECT_EQ(chart.height(), 500U);
     EXPECT_GT(rows, 0);
@@ -335,8 +352,24 @@ TEST(HistogramChart, showsBarsWhereValuesAreAndMarksOfTheThresholds) {
         colours.emplace(pixel.red, pixel.green, pixel.blue);
     }
     EXPECT_GT(colours.size(), 1U) << "a mark";
-    EXPECT_THROW(drawHistogram(test::imageOfSamples<std::complex<float>>({1}, {{1, 2}}), [] {}), NotDrawable);
-    EXPECT_THROW(drawHistogram(test::imageOfSamples<float>({1}, {float(nan)}), [] {}), NotDrawable);
+    EXPECT_THROW(drawHistogram(test::imageOfSamples<std::complex<float>>({1}, {{1, 2}}), {}, [] {}), NotDrawable);
+    EXPECT_THROW(drawHistogram(test::imageOfSamples<float>({1}, {float(nan)}), {}, [] {}), NotDrawable);
+}
+
+TEST(HistogramChart, isThatOfOneFrameAndChannel) {
+    // Two frames of two channels, the first frame of the second channel dark on the left only.
+    const auto image = test::imageOfSamples<std::uint8_t>({2, 1, 1, 2, 2}, {10, 200, 80, 90, 10, 100, 0, 255});
+    const auto alone = test::imageOfSamples<std::uint8_t>({2, 1}, {10, 100});
+    const auto barsOf = [](const ImageModel& shown, const SliceChoice& choice) {
+        const Picture chart = drawHistogram(shown, choice, [] {});
+        return std::vector<Colour>(chart.row(430) + 90, chart.row(430) + 780);
+    };
+    SliceChoice second;
+    second.channel = 1;
+    EXPECT_EQ(barsOf(image, second), barsOf(alone, {}));
+    EXPECT_NE(barsOf(image, {}), barsOf(image, second));
+    second.frame = 2;
+    EXPECT_THROW(barsOf(image, second), NotDrawable);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ namespace rix::cli {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 class OutputsTest : public ProgramTest {
@@ -135,6 +136,26 @@ TEST_F(OutputsTest, OfEachFrameAndChannel) {
     EXPECT_EQ(ending.output, "outputLabelImage  4 objects in 2 planes: 3, 1\n") << ending.messages;
     ending = shell("rix run Labeling3d inputObjectImage=planes.tif outputLabelImage=l.tif");
     EXPECT_EQ(ending.output, "outputLabelImage  3 objects\n") << ending.messages;
+}
+
+TEST_F(OutputsTest, TellHowManyVoxelsWrapped) {
+    io::writeImage(folder() / "a.tif", makeImage<std::int16_t>({5, 1, 1, 1, 1}, {-2, 0, 255, 256, 300}));
+    const std::string convert = "rix run ConvertImage inputImage=a.tif outputType=";
+    auto ending = shell(convert + "UNSIGNED_INTEGER_8_BIT outputImage=b.tif");
+    EXPECT_THAT(ending.messages, HasSubstr("note: 3 of 5 voxels of outputImage wrapped: uint8 does not hold"));
+    EXPECT_EQ(ending.exitCode, 0);
+    EXPECT_EQ(shell(convert + "UNSIGNED_INTEGER_8_BIT outputImage=b.tif --json").messages, "");
+    EXPECT_THAT(shell(convert + "UNSIGNED_INTEGER_8_BIT outputImage=b.tif --json").output,
+                HasSubstr("\"wrappedVoxels\": 3"));
+    EXPECT_THAT(shell(convert + "FLOAT_32_BIT outputImage=b.tif").messages, Not(HasSubstr("note")));
+    EXPECT_THAT(shell(convert + "LABEL_8_BIT outputImage={stem}-b.tif --files a.tif").messages,
+                HasSubstr("a.tif  note: 3 of 5"));
+
+    write("wrap.json", R"({"steps": [{"run": "ArithmeticOperationWithValue", "with": {"inputImage": "a.tif",)"
+                       R"( "value": 150, "arithmeticOperator": "MULTIPLY", "outputImage": "c.tif"}}]})");
+    ending = shell("rix recipe wrap.json");
+    EXPECT_THAT(ending.messages, HasSubstr("step 1  note: 3 of 5 voxels of outputImage wrapped: int16"));
+    EXPECT_THAT(shell("rix recipe wrap.json --json").output, HasSubstr("\"wrappedVoxels\": 3"));
 }
 
 }  // namespace

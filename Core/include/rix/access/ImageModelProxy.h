@@ -10,7 +10,8 @@ namespace rix {
 
 /// An image presented as an image of another voxel type: rows are converted when they are read and written, by the
 /// rules of `access::castSample`, for every pair of voxel types. A real read as complex has the imaginary part 0; a
-/// complex image written as real gets the imaginary part 0.
+/// complex image written as real gets the imaginary part 0. Values that are converted from or to a binary image become
+/// 0 and 1.
 ///
 /// All other characteristics are those of the real image, and setting them reaches through; it can't be reshaped. Where
 /// both types are the same, the real image's memory is given out in place; else rows can only be copied. A row of the
@@ -56,6 +57,7 @@ protected:
 
 private:
     bool isTransparent() const;
+    Cast conversion() const;
 
     VoxelTypes m_voxelType;
     Cast m_cast;  ///< null for the rules of the library

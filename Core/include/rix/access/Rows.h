@@ -33,9 +33,17 @@ struct RowLayout {
     VoxelTypes voxelType;
     std::size_t samples;      ///< an element
     std::size_t elementSize;  ///< in bytes
+    bool isBinary;            ///< whatever differs from 0 counts as 1
 };
 /// @throws InvalidCall for an image whose type is none: its elements have no size.
 RIX_EXPORT RowLayout rowLayoutOf(const ImageModel& image);
+
+/// Converts samples of an image, aligned for their type, into those of another type; or the other way round. To and
+/// from a binary image they become 0 and 1, also where both types are the same.
+RIX_EXPORT void convertFrom(const RowLayout& image, ConstRawData from, VoxelTypes toType, RawData to,
+                            std::size_t samples);
+RIX_EXPORT void convertTo(const RowLayout& image, VoxelTypes fromType, ConstRawData from, RawData to,
+                          std::size_t samples);
 
 using RowBuffer = Buffer<std::uint8_t>;
 
@@ -111,33 +119,45 @@ private:
     detail::RowBuffer m_copies;
 };
 
+/// What a reader makes of a binary image that holds other values than 0 and 1.
+enum class BinarySamples : std::uint8_t {
+    ZeroOrOne,  ///< 1 for whatever differs from 0; binary rows are copied then
+    AsStored    ///< for who asks of a sample only whether it is 0
+};
+
 /// Reads the rows of an image as samples of type `T`: in place when the storage has them in that type and can give an
-/// address, else converted into a buffer. Made by the thread that uses it, once a block; the image outlives it.
+/// address, else converted into a buffer. The samples of a binary image are 0 and 1. Made by the thread that uses it,
+/// once a block; the image outlives it.
 /// @tparam Slots how many rows are valid at a time, as rows that enter a window and rows that leave it
 template <class T, std::size_t Slots = 1>
 class RowReader {
 public:
     /// For segments of a plan.
-    RowReader(const ImageModel& image, const Plan& plan) : m_source(image, plan.rowsAreJoined()) {}
+    RowReader(const ImageModel& image, const Plan& plan, BinarySamples binary = BinarySamples::ZeroOrOne)
+        : m_source(image, plan.rowsAreJoined()),
+          m_converts(m_source.layout().voxelType != voxelTypeOf<T> ||
+                     (m_source.layout().isBinary && binary == BinarySamples::ZeroOrOne)) {}
     /// For segments that the caller makes.
-    explicit RowReader(const ImageModel& image) : m_source(image, false) {}
+    explicit RowReader(const ImageModel& image)
+        : m_source(image, false),
+          m_converts(m_source.layout().voxelType != voxelTypeOf<T> || m_source.layout().isBinary) {}
 
     /// The samples of a segment; valid until the next call for the same slot.
     /// @throws UnexpectedError when the image refuses to be read.
     const T* read(const RowSegment& segment, std::size_t slot = 0) {
         const ConstRawData row = m_source.read(segment, m_raw[slot]);
-        const detail::RowLayout& layout = m_source.layout();
-        if (layout.voxelType == voxelTypeOf<T>) {
+        if (!m_converts) {
             return reinterpret_cast<const T*>(row);
         }
-        const std::size_t samples = segment.count * layout.samples;
-        T* const converted = reinterpret_cast<T*>(m_converted[slot].reserve(samples * sizeof(T)));
-        castRowFrom(layout.voxelType, row, converted, samples);
-        return converted;
+        const std::size_t samples = segment.count * m_source.layout().samples;
+        const RawData converted = m_converted[slot].reserve(samples * sizeof(T));
+        detail::convertFrom(m_source.layout(), row, voxelTypeOf<T>, converted, samples);
+        return reinterpret_cast<const T*>(converted);
     }
 
 private:
     detail::RowSource m_source;
+    bool m_converts;
     std::array<detail::RowBuffer, Slots> m_raw;
     std::array<detail::RowBuffer, Slots> m_converted;
 };
@@ -164,8 +184,9 @@ private:
 };
 
 /// Writes the rows of an image as samples of type `T`: in place when possible, else through a buffer that `flush`
-/// converts and writes. A row that was opened must be flushed before the next one is opened in the same slot and before
-/// the writer ends; builds with assertions check that for every storage.
+/// converts and writes; values of another type become 0 and 1 in a binary image. A row that was opened must be flushed
+/// before the next one is opened in the same slot and before the writer ends; builds with assertions check that for
+/// every storage.
 /// @tparam Slots how many rows may be open at a time
 template <class T, std::size_t Slots = 1>
 class RowWriter {
@@ -203,11 +224,11 @@ public:
         }
         const std::size_t samples = row.segment.count * layout.samples;
         if (row.found != nullptr && isAligned(row.found, layout.voxelType)) {
-            castRowTo(layout.voxelType, row.data, row.found, samples);
+            detail::convertTo(layout, voxelTypeOf<T>, reinterpret_cast<ConstRawData>(row.data), row.found, samples);
             return;
         }
         const RawData raw = m_raw.reserve(row.segment.count * layout.elementSize);
-        castRowTo(layout.voxelType, row.data, raw, samples);
+        detail::convertTo(layout, voxelTypeOf<T>, reinterpret_cast<ConstRawData>(row.data), raw, samples);
         m_sink.write(row.segment, row.found, raw);
     }
 

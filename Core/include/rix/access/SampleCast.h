@@ -63,6 +63,9 @@ RIX_EXPORT void castSamples(VoxelTypes fromType, ConstRawData from, VoxelTypes t
 RIX_EXPORT void castSamplesToBinary(VoxelTypes fromType, ConstRawData from, VoxelTypes toType, RawData to,
                                     std::size_t count);
 
+/// Makes 0 and 1 of samples where they lie, aligned for their type or not.
+RIX_EXPORT void makeZeroOrOne(VoxelTypes type, RawData samples, std::size_t count);
+
 /// Converts `count` samples from one buffer to another that does not overlap it.
 template <class To, class From>
 void castRow(const From* from, To* to, std::size_t count) {

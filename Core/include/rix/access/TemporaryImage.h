@@ -31,6 +31,11 @@ private:
 /// True when writing an output would disturb an input that is still to be read; false for no output.
 RIX_EXPORT bool isOverwritten(const ImageModel& input, const ImageModel* output);
 
+/// Calls `use` with an image as it is to be read: where it was binary, and rules have since given it, as an output of
+/// the same run, another meaning, with its samples shown as 0 and 1.
+/// @param meaning of the image before the rules
+RIX_EXPORT void readAsItWas(const ImageModel& image, Interpretations meaning, FunctionRef<void(const ImageModel&)> use);
+
 /// Lets `compute` write all samples of an image that the run still has to read (see `isOverwritten`): into a
 /// temporary image, whose samples replace those of `output` when it returns. Until then, and when it throws, `output`
 /// is as it was.

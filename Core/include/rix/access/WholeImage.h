@@ -39,18 +39,20 @@ inline constexpr double nanosecondsPerCopy = 0.2;
 
 }  // namespace detail
 
+/// Whether an image is to be copied so that its samples can be read in storage order as type `voxelType`: those of a
+/// binary image are read as 0 and 1.
+RIX_EXPORT bool needsCopy(const ImageModel& image, VoxelTypes voxelType);
+
 /// All samples of an image in storage order, to be read: its own memory where that is contiguous, aligned and of type
-/// `T`, else a temporary copy, which counts as working memory of the run.
+/// `T`, and the image not binary; else a temporary copy, which counts as working memory of the run.
 template <class T>
 class WholeInput {
 public:
     /// Fills the copy, where there has to be one, in parallel: then that is a step of the run.
     /// @throws UnexpectedError when the image refuses to be read; MemoryError
     WholeInput(ExecutionContext& context, const ImageModel& image, Sharing sharing = Sharing::Allowed) {
-        const ConstRawData own = helper::contiguousSamples(image);
-        if (sharing == Sharing::Allowed && own != nullptr && image.getVoxelType() == voxelTypeOf<T> &&
-            isAligned(own, voxelTypeOf<T>)) {
-            m_data = reinterpret_cast<const T*>(own);
+        if (sharing == Sharing::Allowed && !needsCopy(image, voxelTypeOf<T>)) {
+            m_data = reinterpret_cast<const T*>(helper::contiguousSamples(image));
             return;
         }
         m_copy = detail::wholeMemory(image, sizeof(T));

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -13,6 +15,9 @@ namespace rix {
 class BaseAlgorithm;
 struct AlgoInfoPrivate;
 
+namespace access {
+class ExecutionContext;
+}
 namespace algorithms {
 class AbstractPrivateImplementation;
 }
@@ -61,6 +66,17 @@ public:
     /// Removes the first entry that holds `runner`; nothing when there is none.
     void removeRunner(Runnable* runner);
     const std::vector<std::shared_ptr<Runnable>>& getRunners() const;
+
+    /// Counts, from the inputs that an instance has now, the voxels of its output whose exact values are integers that
+    /// the output's type does not hold.
+    using WrapCounter = std::function<std::uint64_t(const BaseAlgorithm& algorithm, access::ExecutionContext& context)>;
+    /// None, which is the default, says that no voxel of the class's outputs ever wraps.
+    void setWrapCounter(WrapCounter counter);
+    /// How many voxels of the output will wrap when `algorithm`, an instance of this class, runs on its present inputs;
+    /// 0 where the run will refuse them. To be asked before the run, which may overwrite its inputs. Costs nothing when
+    /// the types alone tell that no voxel can wrap, else a pass over the inputs. Throws `ExceptionCancelation` when the
+    /// context is cancelled.
+    std::uint64_t countWrapped(const BaseAlgorithm& algorithm, access::ExecutionContext& context) const;
 
     /// Number of algorithm classes in the registry.
     static std::size_t getNumOfAlgorithm();

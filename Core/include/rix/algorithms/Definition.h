@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
 #include <rix/access/Blocks.h>
+#include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/AlgorithmDescription.h>
@@ -101,6 +103,9 @@ struct Definition {
     /// False when the need depends on the samples, and `memory` is the most that it can be.
     bool memoryIsExact = true;
     AlgoVisibilityType visibility = AlgoVisibilityType::PUBLIC_ALGORITHM;
+    /// How many voxels of the output wrap, counted in the inputs before a run (see `AlgoInfo::countWrapped`); null
+    /// where none can. Asked only when the rules of the inputs hold.
+    std::uint64_t (*wrapped)(const Algorithm& algorithm, access::ExecutionContext& context) = nullptr;
     const char* library = "lumora_rix";  ///< the name of the library or plug-in that has the class
 };
 
@@ -160,6 +165,9 @@ std::unique_ptr<BaseAlgorithm> create(AbstractPrivateImplementation* given) {
     return std::make_unique<Algorithm>(given);
 }
 
+/// Whether the rules of the inputs hold.
+RIX_EXPORT bool inputsHold(const BaseAlgorithm& algorithm);
+
 /// The record of a class, made when the class is first used.
 template <class Algorithm>
 AlgoInfo& recordOf(const char* name, const Definition<Algorithm>& definition) {
@@ -168,6 +176,12 @@ AlgoInfo& recordOf(const char* name, const Definition<Algorithm>& definition) {
         info.addRunner(std::make_shared<DefinedRunner<Algorithm, ScalarRunnable>>(definition, SCALAR));
         info.addRunner(std::make_shared<DefinedRunner<Algorithm, Runnable>>(definition, VEC_SSE));
         info.addRunner(std::make_shared<DefinedRunner<Algorithm, Runnable>>(definition, VEC_AVX));
+        if (definition.wrapped != nullptr) {
+            info.setWrapCounter([&definition](const BaseAlgorithm& algorithm, access::ExecutionContext& context) {
+                return inputsHold(algorithm) ? definition.wrapped(static_cast<const Algorithm&>(algorithm), context)
+                                             : std::uint64_t{0};
+            });
+        }
         return true;
     }();
     static_cast<void>(filled);
@@ -181,8 +195,6 @@ void declare(Algorithm& algorithm, const Definition<Algorithm>& definition) {
 }
 
 RIX_EXPORT BorderInfluence influenceOf(const access::Reach& reach);
-/// Whether the rules of the inputs hold.
-RIX_EXPORT bool inputsHold(const BaseAlgorithm& algorithm);
 /// The outputs that rules shape, and whether one of them may be an input.
 RIX_EXPORT void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmDescription& description);
 

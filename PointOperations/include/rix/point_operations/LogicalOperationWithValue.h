@@ -8,12 +8,12 @@ namespace rix::point_operations {
 /// Combines every voxel of an integer image with one value bit by bit: `outputImage = inputImage operator value`.
 ///
 /// **Input** `inputImage`: any extents on all five axes, scalar elements of an integer type.
-/// **Input** `value`: as many of its low bits count as a voxel has.
+/// **Input** `value`: as many of its low bits count as a voxel has; with a binary image, whether it differs from 0.
 /// **Output** `outputImage`: takes extents, calibration, voxel type, interpretation and colour interpretation of the
 /// input. It may be the input.
 ///
 /// The operators act on the whole word, complements included. The voxels of a binary image have one bit: they read as 0
-/// or 1, the lowest bit of the value counts, and 0 or 1 is stored.
+/// or 1, as does the value, and 0 or 1 is stored.
 ///
 /// @throws RuleException from `run` for an unset or empty image, other than integer samples, vector elements and an
 ///         unknown operator.

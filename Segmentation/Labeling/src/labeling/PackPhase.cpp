@@ -25,7 +25,7 @@ void packBands(access::ExecutionContext& context, RunTable<Node>& table, const I
         geometry.connectivity != Connectivity::Edges && geometry.connectivity != Connectivity::Faces;
     access::run(context, table.plan(), [&](const access::Block& block, access::BlockProgress& progress) {
         auto& band = table.band(block.index);
-        access::RowReader<T> reader(input, lines);
+        access::RowReader<T> reader(input, lines, access::BinarySamples::AsStored);
         for (std::size_t plane = band.firstPlane; plane < band.lastPlane; ++plane) {
             for (std::size_t y = band.firstRow; y < band.lastRow; ++y) {
                 const std::size_t line = plane * geometry.rows + y;

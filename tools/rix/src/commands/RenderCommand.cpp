@@ -51,7 +51,7 @@ int runRender(const RenderOptions& options) {
     if (!options.histogramPath.empty()) {
         checkCanWrite(options.histogramPath);
         const rendering::Picture chart =
-            rendering::drawHistogram(*loadImage(options.imagePath), Interrupts::throwIfRequested);
+            rendering::drawHistogram(*loadImage(options.imagePath), options.slice, Interrupts::throwIfRequested);
         saveImage(options.histogramPath, rendering::toImage(chart));
         report(options.histogramPath, chart);
     }
@@ -82,8 +82,10 @@ void addRenderCommand(CLI::App& program, Action& chosen) {
     command->add_option("OUT", options->picturePath,
                         "The picture, usually a PNG file; \"-\" is standard output as TIFF, \"-- -.png\" as PNG");
     command
-        ->add_option("--histogram", options->histogramPath,
-                     "Draw the histogram of IMAGE into this file, with the automatic thresholds marked")
+        ->add_option(
+            "--histogram", options->histogramPath,
+            "Draw the histogram of IMAGE into this file, with the automatic thresholds marked: of the frame and "
+            "channel that are chosen, else of the first ones, whose threshold counts for all")
         ->type_name("OUT");
     command->add_option("--over", options->basePath, "Draw the outlines of the labels of IMAGE on this image")
         ->type_name("BASE");

@@ -66,6 +66,7 @@ void report(const FileRun& run, const RunOptions& options) {
         writeJson(run.toJson());
         return;
     }
+    writeMessage(run.note());
     for (const Result& result : results) {
         if (result.table == nullptr || options.csv.empty()) {
             run.usesStandardOutput() ? writeMessage(result.toText()) : writeData(result.toText());
@@ -176,6 +177,9 @@ private:
         std::string lines;
         for (const Result& result : results) {
             lines += result.table == nullptr ? result.toText(m_batch.files()[file].string() + "  ") : "";
+        }
+        if (const std::string note = run.note(); !note.empty() && !m_options.json) {
+            m_batch.tell(m_batch.files()[file].string() + "  " + note);
         }
         const std::lock_guard lock(m_mutex);
         if (table != nullptr && request.table.empty()) {

@@ -104,9 +104,14 @@ private:
     void work(std::size_t file, InteractionInterface& interaction) {
         std::map<fs::path, vessel::DataFrame> tables;
         const auto join = [&](const fs::path& path, vessel::DataFrame table) { tables[path] = std::move(table); };
+        const auto note = [&](const std::string& text) {
+            if (!m_options.json) {
+                m_batch.tell(m_batch.files()[file].string() + "  " + text);
+            }
+        };
         const nlohmann::json record =
             carryOut(m_options.recipe, m_recipes[file],
-                     {interaction, m_batchOptions.threadsOfOne({}), [](const std::string&) {}, m_joined, join});
+                     {interaction, m_batchOptions.threadsOfOne({}), [](const std::string&) {}, m_joined, join, note});
         if (!m_oneRecord) {
             saveRecord(recordOf(file), record);
         }

@@ -1,6 +1,7 @@
 #include "RunRecipe.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -16,6 +17,7 @@
 #include "../Interrupts.h"
 #include "../Output.h"
 #include "../TableFiles.h"
+#include "../Wrapping.h"
 #include "DryRun.h"
 #include "PreparedRun.h"
 #include "Record.h"
@@ -27,7 +29,7 @@ namespace {
 constexpr std::size_t gapBetweenPictures = 8;
 constexpr std::size_t mostRowsShown = 40;
 
-nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds) {
+nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, std::uint64_t wrapped) {
     nlohmann::json properties = nlohmann::json::object();
     for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
         if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
@@ -51,7 +53,8 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
             {"seconds", seconds},
             {"properties", std::move(properties)},
             {"images", std::move(images)},
-            {"results", std::move(results)}};
+            {"results", std::move(results)},
+            {"wrappedVoxels", wrapped}};
 }
 
 /// The share of one step in the progress of all.
@@ -130,11 +133,15 @@ private:
             run.algorithm->settings().setMaximumNumberOfThreads(*m_surroundings.threads);
         }
         StepInteraction interaction(m_surroundings.interaction, m_step, m_recipe.steps.size());
+        const std::uint64_t wrapped = countWrapped(*run.algorithm);
         const auto start = std::chrono::steady_clock::now();
         run.algorithm->run(&interaction);
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        m_record.addStep(describeRun(run, step, seconds.count()));
+        m_record.addStep(describeRun(run, step, seconds.count(), wrapped));
         m_surroundings.say("ran     " + step.className + '\n');
+        if (const std::string note = wrappingNote(*run.algorithm, wrapped); !note.empty()) {
+            m_surroundings.note("step " + std::to_string(m_step + 1) + "  " + note);
+        }
         for (const Result& result : readResults(*run.algorithm)) {
             m_surroundings.say(result.toText("          ", mostRowsShown));
         }
@@ -206,7 +213,13 @@ void runRecipe(const RecipeOptions& options) {
             console.wipe();
             say(text);
         };
-        record = carryOut(options.recipe, recipe, {console, {}, sayBesideBar, {}, {}});
+        const auto noteBesideBar = [&](const std::string& text) {
+            if (!options.json) {
+                console.wipe();
+                writeMessage(text);
+            }
+        };
+        record = carryOut(options.recipe, recipe, {console, {}, sayBesideBar, {}, {}, noteBesideBar});
     }
     saveRecord(options.record, record);
     say("record  " + options.record.string() + '\n');

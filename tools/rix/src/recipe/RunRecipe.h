@@ -37,6 +37,7 @@ struct RecipeSurroundings {
     std::function<void(const std::string&)> say;  ///< takes lines for people
     std::set<std::filesystem::path> joined;       ///< paths of tables that are not written
     std::function<void(const std::filesystem::path&, vessel::DataFrame)> join;  ///< takes them
+    std::function<void(const std::string&)> note;                               ///< takes what people should know
 };
 
 /// Runs the steps of a recipe that has been checked, and writes what they made. @return the record

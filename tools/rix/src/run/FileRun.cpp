@@ -124,6 +124,7 @@ void FileRun::readInputs() {
 
 void FileRun::run(InteractionInterface& interaction) {
     readInputs();
+    m_wrapped = countWrapped(*m_algorithm);
     const auto start = std::chrono::steady_clock::now();
     m_algorithm->run(&interaction);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -155,7 +156,8 @@ nlohmann::json FileRun::toJson() const {
             {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
             {"seconds", m_seconds},
             {"images", images},
-            {"results", values}};
+            {"results", values},
+            {"wrappedVoxels", m_wrapped}};
 }
 
 }  // namespace rix::cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -18,6 +19,7 @@
 #include "../ImageFiles.h"
 #include "../Results.h"
 #include "../Targets.h"
+#include "../Wrapping.h"
 
 namespace rix::cli {
 
@@ -55,7 +57,9 @@ public:
     void writeImages(const std::function<void(const std::string&)>& tell) const;
     const std::vector<Output>& outputs() const { return m_outputs; }
     std::vector<Result> results() const { return readResults(*m_algorithm); }
-    /// Class, level, seconds, images and results.
+    /// A line about voxels that wrapped; empty when none did.
+    std::string note() const { return wrappingNote(*m_algorithm, m_wrapped); }
+    /// Class, level, seconds, images, results, and how many voxels wrapped.
     nlohmann::json toJson() const;
 
 private:
@@ -77,6 +81,7 @@ private:
     ImageInputs m_inputs;
     std::vector<Output> m_outputs;
     double m_seconds = 0;
+    std::uint64_t m_wrapped = 0;
 };
 
 /// The table among results; null when there is none.

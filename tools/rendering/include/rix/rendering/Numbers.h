@@ -12,8 +12,9 @@ namespace rix::rendering {
 std::size_t enlargementForNumbers(const LabelSlice& labels);
 
 /// Writes each label on its object: at its centre, or at the place of the object that is nearest to it. White letters
-/// on a dark edge, which are read on any ground, of a size that follows that of the picture and is never too small to
-/// be read. The picture may be a whole number of times as large as the labels.
+/// on a dark edge, which are read on any ground, of a size that follows that of the picture, is less where they would
+/// not fit into nine of ten objects, and is never too small to be read. The picture may be a whole number of times as
+/// large as the labels.
 void drawNumbers(Picture& picture, const LabelSlice& labels);
 
 }  // namespace rix::rendering
