@@ -1,6 +1,7 @@
 #include "Subject.h"
 
 #include <algorithm>
+#include <array>
 #include <sstream>
 #include <typeinfo>
 
@@ -71,8 +72,27 @@ String textOf(const ImageRecipe& recipe) {
 
 // Example -------------------------------------------------------------------------------------------------------------
 
+namespace {
+
+/// What gives the extents of an image that is made without one to be like.
+constexpr std::array<const char*, RIX_COMPONENTS_SIZE> sizeNames{"sizeX", "sizeY", "sizeZ", "sizeT", "sizeC"};
+
+bool makesItsOwnExtents(const Example& example) {
+    const auto algorithm = example.info->createInstance(nullptr);
+    return example.images.empty() && std::all_of(sizeNames.begin(), sizeNames.end(), [&](const char* name) {
+               return algorithm->getPropertyfromName(name) != nullptr;
+           });
+}
+
+}  // namespace
+
 Example Example::withExtents(const Extents& extents) const {
     Example other = *this;
+    if (makesItsOwnExtents(*this)) {
+        for (std::size_t axis = 0; axis < extents.size(); ++axis) {
+            other.numbers[sizeNames[axis]] = static_cast<double>(extents[axis]);
+        }
+    }
     for (ImageRecipe& image : other.images) {
         if (image.has_value()) {
             image->extents = extents;
@@ -103,7 +123,12 @@ Extents Example::extents() const {
             return image->extents;
         }
     }
-    return {0, 0, 0, 0, 0};
+    Extents extents{0, 0, 0, 0, 0};
+    for (std::size_t axis = 0; axis < extents.size() && images.empty(); ++axis) {
+        const auto size = numbers.find(sizeNames[axis]);
+        extents[axis] = size != numbers.end() ? static_cast<std::size_t>(size->second) : 0;
+    }
+    return extents;
 }
 
 String Example::toText() const {
