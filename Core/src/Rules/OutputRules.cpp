@@ -79,9 +79,9 @@ void RuleEnforceHeader::apply(Property<ImageModel*>& property) {
     if (helper::getExtents(*image) != extents || image->getVoxelType() != type || image->getElementType() != SINGLE) {
         const helper::MemoryRefusals refusals;
         if (!image->reserve(type, extents[0], extents[1], extents[2], extents[3], extents[4])) {
+            helper::emptyIfSamplesAreLost(*image);  // first: memory for the message may be short, too
             RuleException exception = fail(" cannot be resized and retyped.");
             refusals.explain(exception);
-            helper::emptyIfSamplesAreLost(*image);
             throw exception;
         }
     }
