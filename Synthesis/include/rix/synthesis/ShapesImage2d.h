@@ -28,7 +28,7 @@ namespace rix::synthesis {
 /// unset the algorithm makes one, which lives as long as the algorithm.
 ///
 /// Extents, spacing, type and failures: see `ImageGenerator`; a text that lists no shapes is refused with what is
-/// wrong. Cost: one pass, and some 0.2 microseconds a voxel of an outline. Extra memory: 8 bytes for each 16 rows, and
+/// wrong. Cost: one pass, and some 0.5 microseconds a voxel of an outline. Extra memory: 8 bytes for each 16 rows, and
 /// 4 bytes a shape and 16 rows.
 class RIX_EXPORT ShapesImage2d : public ImageGenerator {
     RIX_ALGORITHM(ShapesImage2d)

@@ -18,7 +18,7 @@ namespace rix::synthesis {
 /// whose areas have a closed form: within 1e-4 of the contrast. All frames and channels get the same. The table has the
 /// true centroid, volume, surface and equivalent diameter of each shape.
 ///
-/// Cost: one pass, and some 2 microseconds a voxel of a surface.
+/// Cost: one pass, and some 10 microseconds a voxel of a surface.
 class RIX_EXPORT ShapesImage3d : public ImageGenerator {
     RIX_ALGORITHM(ShapesImage3d)
 
