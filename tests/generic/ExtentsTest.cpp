@@ -139,7 +139,7 @@ std::optional<Example> leanestPointOperation() {
     std::size_t least = std::numeric_limits<std::size_t>::max();
     for (const std::string& name : registeredNames()) {
         const auto example = findExample(AlgoInfo::fromName(name));
-        if (!example.has_value()) {
+        if (!example.has_value() || example->images.empty()) {
             continue;
         }
         Subject probe(example->withVoxelType(RIX_UINT8));

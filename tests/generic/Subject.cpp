@@ -1,6 +1,7 @@
 #include "Subject.h"
 
 #include <algorithm>
+#include <array>
 #include <sstream>
 #include <typeinfo>
 
@@ -82,10 +83,25 @@ Extents extentsOfKernel(const Extents& extents) {
     return kernel;
 }
 
+/// What gives the extents of an image that is made without one to be like.
+constexpr std::array<const char*, RIX_COMPONENTS_SIZE> sizeNames{"sizeX", "sizeY", "sizeZ", "sizeT", "sizeC"};
+
+bool makesItsOwnExtents(const Example& example) {
+    const auto algorithm = example.info->createInstance(nullptr);
+    return example.images.empty() && std::all_of(sizeNames.begin(), sizeNames.end(), [&](const char* name) {
+               return algorithm->getPropertyfromName(name) != nullptr;
+           });
+}
+
 }  // namespace
 
 Example Example::withExtents(const Extents& extents) const {
     Example other = *this;
+    if (makesItsOwnExtents(*this)) {
+        for (std::size_t axis = 0; axis < extents.size(); ++axis) {
+            other.numbers[sizeNames[axis]] = static_cast<double>(extents[axis]);
+        }
+    }
     const std::unique_ptr<BaseAlgorithm> algorithm = info->createInstance(nullptr);
     std::size_t next = 0;
     for (BaseProperty* const property : inputsOf(*algorithm)) {
@@ -122,7 +138,12 @@ Extents Example::extents() const {
             return image->extents;
         }
     }
-    return {0, 0, 0, 0, 0};
+    Extents extents{0, 0, 0, 0, 0};
+    for (std::size_t axis = 0; axis < extents.size() && images.empty(); ++axis) {
+        const auto size = numbers.find(sizeNames[axis]);
+        extents[axis] = size != numbers.end() ? static_cast<std::size_t>(size->second) : 0;
+    }
+    return extents;
 }
 
 String Example::toText() const {

@@ -26,7 +26,8 @@ struct Example {
     std::vector<ImageRecipe> images;   ///< one for every input that holds an image, in order
     std::map<String, double> numbers;  ///< the inputs that are not at their defaults, choices included
 
-    /// The same example on images of another size, or of another type where they have interpretation value.
+    /// The same example on images of another size, or of another type where they have interpretation value. What makes
+    /// an image without one to begin with is given the size by its numbers.
     Example withExtents(const Extents& extents) const;
     Example withVoxelType(VoxelTypes type) const;
     Example withNumber(const String& property, double value) const;

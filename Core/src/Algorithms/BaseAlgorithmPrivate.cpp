@@ -218,11 +218,15 @@ bool BaseAlgorithmPrivate::runsInCallersThread() const {
 void BaseAlgorithmPrivate::internalRun() {
     m_internalRunStarted = true;
     PassResults results(m_known.resultSlots(), m_iterateSequence, m_iterateSpectral);
+    m_frame = 0;
+    m_channel = 0;
     bool iterated = false;
     if (m_iterateSequence || m_iterateSpectral) {
         GenericIterator iterator(m_algorithm, m_iterateSequence, m_iterateSpectral);
         iterated = iterator.run(*this, [&](const GenericIterator::Pass& pass) {
             m_progression.startPass(pass.number, pass.count);
+            m_frame = pass.sequence;
+            m_channel = pass.spectral;
             dispatchLevels();
             results.take(pass.sequence, pass.spectral);
         });

@@ -85,7 +85,7 @@ void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmD
             if (dynamic_cast<const RuleDisjointFrom<ImageModel*>*>(rule.get()) != nullptr) {
                 inPlace = false;
             }
-            const auto* const shape = dynamic_cast<const RuleEnforceLike*>(rule.get());
+            const auto* const shape = dynamic_cast<const rules::ShapesOutput*>(rule.get());
             if (inputsHold && shape != nullptr) {
                 const rules::ExpectedShape expected = shape->expected();
                 description.outputs.push_back({output->getName(), expected.voxelType, expected.extents});

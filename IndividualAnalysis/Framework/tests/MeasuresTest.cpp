@@ -217,14 +217,14 @@ TEST(Measures, OfFullRangesStayExact) {
 TEST(Measures, OfGreyValuesThatAreNoNumbers) {
     const double nan = std::nan("");
     const double infinity = std::numeric_limits<double>::infinity();
-    // Label 1: NaN, 2, 4; label 2: NaN alone; label 3: infinity and 1.
-    const std::vector<double> values{nan, 2, 4, nan, infinity, 1};
-    const std::vector<int> names{1, 1, 1, 2, 3, 3};
+    // Label 1: NaN, 2, 4; label 2: NaN alone; label 3: infinity and 1; label 4: -infinity and 1; label 5: both infinities.
+    const std::vector<double> values{nan, 2, 4, nan, infinity, 1, -infinity, 1, infinity, -infinity};
+    const std::vector<int> names{1, 1, 1, 2, 3, 3, 4, 4, 5, 5};
     const io::MemoryImage labels =
-        test::makeImage({.extents = {6, 1, 1, 1, 1}}, [&](std::size_t x, auto...) { return names[x]; });
-    const io::MemoryImage grey = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {6, 1, 1, 1, 1}},
+        test::makeImage({.extents = {10, 1, 1, 1, 1}}, [&](std::size_t x, auto...) { return names[x]; });
+    const io::MemoryImage grey = test::makeImage({.voxelType = RIX_FLOAT32, .extents = {10, 1, 1, 1, 1}},
                                                  [&](std::size_t x, auto...) { return values[x]; });
-    const auto table = analyse(labels, "Intensity, Median", &grey);
+    const auto table = analyse(labels, "Intensity, Median, Percentile(99)", &grey);
     const auto expect = [&](const char* name, const std::vector<double>& expected) {
         const auto actual = column(*table, name);
         for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -232,11 +232,12 @@ TEST(Measures, OfGreyValuesThatAreNoNumbers) {
                 << name << '[' << i << "] is " << actual[i];
         }
     };
-    expect("Minimum", {2, nan, 1});
-    expect("Maximum", {4, nan, infinity});
-    expect("Mean", {nan, nan, infinity});
-    expect("StandardDeviation", {nan, nan, nan});
-    expect("Median", {3, nan, infinity});
+    expect("Minimum", {2, nan, 1, -infinity, -infinity});
+    expect("Maximum", {4, nan, infinity, 1, infinity});
+    expect("Mean", {nan, nan, infinity, -infinity, nan});
+    expect("StandardDeviation", {nan, nan, nan, nan, nan});
+    expect("Median", {3, nan, infinity, -infinity, nan});
+    expect("Percentile(99)", {3.98, nan, infinity, -infinity, nan});
 }
 
 TEST(Measures, StandardDeviationSurvivesALargeMean) {

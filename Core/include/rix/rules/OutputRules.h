@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include <rix/image/ImageHeader.h>
 #include <rix/rules/ImageEnforcements.h>
 
 namespace rix {
@@ -28,6 +29,14 @@ struct ExpectedShape {
     bool keepsType;  ///< the voxel type is that of the image which the output is like
 };
 
+/// A rule that says what an output will be, also for its description.
+class RIX_EXPORT ShapesOutput {
+public:
+    virtual ~ShapesOutput();
+    /// @throws RuleException when what the shape follows from is unset.
+    virtual ExpectedShape expected() const = 0;
+};
+
 }  // namespace rules
 
 /// The output takes extents, element type, voxel type, calibration, interpretation and colour interpretation of an
@@ -35,15 +44,14 @@ struct ExpectedShape {
 /// are an input of the same run.
 ///
 /// What the rule says of an output stands for its description, too.
-class RIX_EXPORT RuleEnforceLike : public Rules<Property<ImageModel*>> {
+class RIX_EXPORT RuleEnforceLike : public Rules<Property<ImageModel*>>, public rules::ShapesOutput {
 public:
     RuleEnforceLike(rules::ImageReference model, rules::OwnShape own);
     ~RuleEnforceLike() override;
 
     void apply(Property<ImageModel*>& property) override;
     String describe() const override;
-    /// @throws RuleException when the image is unset.
-    rules::ExpectedShape expected() const;
+    rules::ExpectedShape expected() const override;
 
 private:
     ImageCheck check(const ImageModel& model) const;
@@ -63,5 +71,29 @@ private:
     rules::ImageReference m_model;
     rules::OwnShape m_own;
 };
+
+/// The output becomes what a header says that follows from other properties: for images that are made from numbers,
+/// with no image to be like. An unset output is left alone; where it must not be, `AddRuleAssertNotNull` comes before.
+class RIX_EXPORT RuleEnforceHeader : public Rules<Property<ImageModel*>>, public rules::ShapesOutput {
+public:
+    using ValueType = ImageModel*;
+    using Header = std::function<ImageHeader()>;
+
+    /// @param header asked for when the rules of all inputs hold
+    /// @param text goes on after "takes": "extents and spacing of the inputs"
+    RuleEnforceHeader(Header header, String text);
+    ~RuleEnforceHeader() override;
+
+    void apply(Property<ImageModel*>& property) override;
+    String describe() const override;
+    rules::ExpectedShape expected() const override;
+
+private:
+    Header m_header;
+    String m_text;
+};
+
+/// Attaches `RuleEnforceHeader`.
+using AddRuleEnforceHeader = rules::RuleAdder<RuleEnforceHeader, RuleEnforceHeader::Header, String>;
 
 }  // namespace rix

@@ -5,8 +5,8 @@
 namespace rix::individual_analysis {
 
 // Cox 1927, as the inverse of the compactness. One pixel of side 1: 1.748, which shows that objects of a few pixels
-// exceed 1. Discs of radius 5 pixels and more: -12 to +6 %, mean within 0.5 %; from 15 on -4.5 to +3 %, mean within 0.2
-// %, with unequal spacing as well. The bias follows that of the perimeter.
+// exceed 1. Discs of radius 5 pixels and more: -12 to +7 %, mean within 0.5 %; from 15 on -5.5 to +3.5 %, mean within
+// 0.2 %, with unequal spacing as well. The bias follows that of the perimeter.
 const MeasureDefinition circularityDefinition{
     .name = "Circularity",
     .description = "4 pi area / perimeter^2: 1 for a disc, less for everything else.",

@@ -20,8 +20,8 @@ void compute(const ObjectView& object, std::span<double> values) {
 
 // Four times the square root of the principal moments, in space twice that of 5 times them. One pixel: 1.155 times its
 // sides in the plane, 1.291 in space (the ellipse and ellipsoid of a rectangle). Unequal spacing: as equal one. Discs
-// of radius 5 pixels and more: the major axis -1.5 to +5.5 %, 1.5 % in the mean, the minor one -5 to +3 %, within 0.6 %
-// in the mean; from 15 on within 1 %. Balls of radius 5 and more: -1 to +3 %, from 12 on within 0.5 %.
+// of radius 5 pixels and more: the major axis -4 to +6 %, up to 2 % in the mean, the minor one -6.5 to +5.5 %, within
+// 1.2 % in the mean; from 15 on within 2 %. Balls of radius 5 and more: -3.5 to +6 %, from 12 on within 1 %.
 const MeasureDefinition principalAxesDefinition{
     .name = "PrincipalAxes",
     .description = "Lengths of the axes of the ellipse (ellipsoid) with the second moments of the object.",

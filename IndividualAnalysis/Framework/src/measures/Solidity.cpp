@@ -2,8 +2,8 @@
 
 namespace rix::individual_analysis {
 
-// One pixel and upright boxes: 1, whatever the spacing. Discs of radius 5 pixels and more: 0.85 to 0.96, from 15 on
-// 0.94 to 0.98; balls of radius 5 and more: 0.73 to 0.90, from 12 on 0.88 to 0.93: the hull cuts the steps of the
+// One pixel and upright boxes: 1, whatever the spacing. Discs of radius 5 pixels and more: 0.85 to 0.97, from 15 on
+// 0.94 to 0.985; balls of radius 5 and more: 0.73 to 0.905, from 12 on 0.865 to 0.92: the hull cuts the steps of the
 // outline.
 const MeasureDefinition solidityDefinition{
     .name = "Solidity",

@@ -6,8 +6,8 @@
 namespace rix::individual_analysis {
 
 // Wadell 1935. One voxel of side 1: 1.61, which shows that objects of a few voxels exceed 1. Balls of radius 5 and
-// more: -2 to +3 %, mean within 0.5 %, from 12 on within 1 %, mean within 0.2 %, with unequal spacing as well. The bias
-// follows that of the surface area.
+// more: -2 to +3 %, mean within 0.7 %, from 12 on -1 to +1.5 %, mean within 0.2 %, with unequal spacing as well. The
+// bias follows that of the surface area.
 const MeasureDefinition sphericityDefinition{
     .name = "Sphericity",
     .description =

@@ -7,8 +7,8 @@ namespace rix::individual_analysis {
 
 // The area of all boundaries, those of cavities and of the part at the image's edge included: Crofton's formula with
 // lines in 13 directions, weighted by the parts of the sphere that they stand for (Lang and Ohser 2009), also for
-// unequal spacing. One voxel of side 1: 3.00. Balls of radius 5 voxels and more: -4.5 to +1 %, mean within 0.5 %, from
-// 12 on -2 to +0.5 %, mean within 0.2 %. Faces along the axes are underestimated by 5 to 11 %, by up to 17 % where
+// unequal spacing. One voxel of side 1: 3.00. Balls of radius 5 voxels and more: -7 to +6 %, mean within 0.7 %, from
+// 12 on -2.5 to +2 %, mean within 0.2 %. Faces along the axes are underestimated by 5 to 11 %, by up to 17 % where
 // spacings differ four times.
 const MeasureDefinition surfaceAreaDefinition{
     .name = "SurfaceArea",
