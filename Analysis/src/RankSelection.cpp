@@ -191,8 +191,9 @@ std::vector<double> selectRanks(access::ExecutionContext& context, const ImageMo
     return values;
 }
 
-std::size_t selectionMemory(std::size_t threads) {
-    return (threads + 1) * mostSlots * digits * sizeof(std::uint64_t) + digits;
+std::size_t selectionMemory(std::size_t threads, std::size_t ranks) {
+    const std::size_t slots = ranks == 0 ? mostSlots : std::min(ranks, mostSlots);
+    return (threads + 1) * slots * digits * sizeof(std::uint64_t) + digits;
 }
 
 }  // namespace rix::analysis

@@ -20,7 +20,7 @@ namespace rix::analysis {
 std::vector<double> selectRanks(access::ExecutionContext& context, const ImageModel& image, const ImageModel* mask,
                                 std::uint64_t count, std::span<const std::uint64_t> ranks);
 
-/// Peak bytes of working memory.
-std::size_t selectionMemory(std::size_t threads);
+/// Peak bytes of working memory. @param ranks that are asked for; 0 for any number
+std::size_t selectionMemory(std::size_t threads, std::size_t ranks = 0);
 
 }  // namespace rix::analysis

@@ -76,6 +76,28 @@ def test_convolution(shape, window):
         assert np.abs(result - expected).max() <= 1e-14 * np.abs(image).max() * np.abs(kernel).sum()
 
 
+def test_grey_levels():
+    exposure = pytest.importorskip("skimage.exposure")
+    image = random_array(np.uint8, (90, 70))
+    reference = random_array(np.uint8, (50, 40), seed=3) // 2 + 40
+    matched = exposure.match_histograms(image, reference)
+    assert np.abs(rix.histogram_matching(image, reference) - matched).max() <= 0.5 + 1e-9
+    stretched = exposure.rescale_intensity(image, in_range=(20, 200), out_range=(0.0, 1.0))
+    ours = rix.intensity_rescale(image, range_mode="OTHER", input_minimum=20, input_maximum=200, output_maximum=1,
+                                 output_type="FLOAT_64_BIT")
+    np.testing.assert_allclose(ours, stretched, rtol=1e-12)
+    bent = exposure.adjust_gamma(image, 0.7)  # theirs is truncated
+    assert np.abs(rix.gamma_correction(image, gamma=0.7) - bent.astype(np.int16)).max() <= 1
+
+
+def test_formula():
+    a = random_array(np.float32, (40, 30))
+    b = random_array(np.float32, (40, 30), seed=5)
+    np.testing.assert_array_equal(rix.image_formula(a, b, formula="(a - b) / (a + b + 1)"),
+                                  (a - b) / (a + b + 1))
+    np.testing.assert_array_equal(rix.image_formula(a, b, formula="a > b and not b < 0"), (a > b) & ~(b < 0))
+
+
 def test_region_properties():
     measure = pytest.importorskip("skimage.measure")
     labels = rix.labeling_2d(blobs((120, 150)))

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
 #include <rix/settings/Settings.h>
 
@@ -21,6 +22,7 @@ struct WorstCase {
     ImageTraits traits;
     /// The sample at a column and an element that is counted in storage order.
     std::int64_t (*sample)(std::size_t column, std::size_t element);
+    std::map<String, double> numbers{};  ///< values of inputs that make it so
 };
 
 /// No line has more runs, and no two columns are connected.
@@ -35,6 +37,10 @@ std::int64_t everyLabel(std::size_t /*column*/, std::size_t element) {
 std::int64_t everyClass(std::size_t /*column*/, std::size_t element) {
     return static_cast<std::int64_t>(element % 65535);
 }
+/// Equal numbers of values that differ in their leading digits: between two of them lie the quantiles 0.1 and 0.9.
+std::int64_t hundredValues(std::size_t /*column*/, std::size_t element) {
+    return static_cast<std::int64_t>(element % 100);
+}
 
 const WorstCase worstCases[] = {
     {"Labeling2d", {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
@@ -46,6 +52,10 @@ const WorstCase worstCases[] = {
     {"AutoThresholdingBright", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
     {"AutoThresholdingDark", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
     {"ImageStatistics", {.voxelType = RIX_UINT16, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
+    {"IntensityRescale",
+     {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}},
+     &hundredValues,
+     {{"rangeMode", 1.0}, {"inputMinimum", 0.1}, {"inputMaximum", 0.9}}},
 };
 
 std::unique_ptr<Subject> makeWorstCase(const Example& example) {
@@ -62,7 +72,11 @@ std::unique_ptr<Subject> makeWorstCase(const Example& example) {
         // All other images are left out: they are optional.
         InputImages images(example.images.size());
         images.at(0) = image;
-        return Subject::make(example, images, Storage::Memory);
+        Example changed = example;
+        for (const auto& [name, value] : worst.numbers) {
+            changed = changed.withNumber(name, value);
+        }
+        return Subject::make(changed, images, Storage::Memory);
     }
     return nullptr;
 }

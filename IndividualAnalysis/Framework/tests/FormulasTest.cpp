@@ -42,6 +42,10 @@ TEST(Formulas, GiveValuesWithUnits) {
         const char* unit;
     };
     const double infinity = std::numeric_limits<double>::infinity();
+    std::string sum = "PixelCount";  // chains of operators are of any length
+    for (int i = 1; i < 1000; ++i) {
+        sum += "+PixelCount";
+    }
     const Case cases[] = {
         {" Area / PixelCount ", "Area/PixelCount", 1.5, "mm^2"},
         {"4*pi*Area/EquivalentDiameter^2", "4*pi*Area/EquivalentDiameter^2", pi * pi, ""},
@@ -71,6 +75,13 @@ TEST(Formulas, GiveValuesWithUnits) {
         {"Basic", "BarycenterX", 1.5, "mm"},
         {"Upright = FeretMinimumAngle", "Upright", pi / 2, "rad"},
         {"All", "Median", 4.5, ""},
+        {"Area > EquivalentDiameter^2 and not PixelCount == 7", "Area>EquivalentDiameter^2 and not PixelCount==7", 0,
+         ""},
+        {"Large = (Area >= 2*Area - Area) * 3 or 0", "Large", 1, ""},
+        {"1 < 2", "1<2", 1, ""},
+        {"PixelCount != 8", "PixelCount!=8", 0, ""},
+        {"order = 2, orbit = order + 1", "orbit", 3, ""},
+        {sum.c_str(), sum.c_str(), 8000, ""},
     };
     const Sample sample;
     for (const Case& c : cases) {
@@ -141,6 +152,12 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {"A = B, B = C + 1, C = 2*A", {"circle", "\"A\", \"B\", \"C\""}},
         {"Area + FeretMaximum", {"units", "length is added to length^2"}},
         {"2^Area", {"an exponent is length^2"}},
+        {"Area < FeretMaximum", {"units", "length^2 is compared with length"}},
+        {"Area and 1", {"an operand of and is length^2"}},
+        {"not Area", {"an operand of not is length^2"}},
+        {"1 < 2 < 3", {"position 7"}},
+        {"and", {"a measure is expected at position 1"}},
+        {std::string(1001, '-') + "1", {"nested too deeply"}},
         {"log(Area)", {"log", "length^2 instead of a plain number"}},
         {"sqrt(1, 2)", {"\"sqrt\" takes 1 operands, not 2"}},
         {"2*Barycenter", {"has several values", "BarycenterX, BarycenterY"}},

@@ -46,6 +46,10 @@ private:
                 }
                 return;
             case Operation::Function: applyFunction(*instruction.function); return;
+            case Operation::Not:
+                requirePlain(m_stack.back(), "not");
+                m_stack.back().constant.reset();
+                return;
             default: break;
         }
         const Operand right = pop();
@@ -75,13 +79,30 @@ private:
                     refuse("the exponent of " + left.dimension.describe() + " is not finite");
                 }
                 return left.dimension.toThePower(right.constant.value_or(0.0));
+            case FormulaOperation::And:
+            case FormulaOperation::Or:
+                requirePlain(left, operation == FormulaOperation::And ? "and" : "or");
+                requirePlain(right, operation == FormulaOperation::And ? "and" : "or");
+                return {};
             default: break;
+        }
+        if (formulas::isTruth(operation)) {
+            if (!left.dimension.isSameAs(right.dimension)) {
+                refuse(left.dimension.describe() + " is compared with " + right.dimension.describe());
+            }
+            return {};
         }
         const String verb = operation == FormulaOperation::Add ? "added to " : "subtracted from ";
         if (!left.dimension.isSameAs(right.dimension)) {
             refuse(right.dimension.describe() + " is " + verb + left.dimension.describe());
         }
         return left.dimension;
+    }
+
+    void requirePlain(const Operand& operand, const String& word) const {
+        if (!operand.dimension.isPlainNumber()) {
+            refuse("an operand of " + word + " is " + operand.dimension.describe() + " instead of a plain number");
+        }
     }
 
     void applyFunction(const FormulaFunction& function) {
@@ -184,6 +205,7 @@ double evaluate(const Formula& formula, const double* values, std::vector<double
             case FormulaOperation::Number: stack.push_back(instruction.number); continue;
             case FormulaOperation::Value: stack.push_back(*values++); continue;
             case FormulaOperation::Negate: stack.back() = -stack.back(); continue;
+            case FormulaOperation::Not: stack.back() = stack.back() == 0.0 ? 1.0 : 0.0; continue;
             case FormulaOperation::Function: {
                 const double last = pop();
                 const double first = instruction.function->operands == 2 ? pop() : last;
@@ -194,11 +216,20 @@ double evaluate(const Formula& formula, const double* values, std::vector<double
         }
         const double right = pop();
         double& left = stack.back();
+        const auto truth = [](bool holds) { return holds ? 1.0 : 0.0; };
         switch (instruction.operation) {
             case FormulaOperation::Add: left += right; break;
             case FormulaOperation::Subtract: left -= right; break;
             case FormulaOperation::Multiply: left *= right; break;
             case FormulaOperation::Divide: left /= right; break;
+            case FormulaOperation::Less: left = truth(left < right); break;
+            case FormulaOperation::LessOrEqual: left = truth(left <= right); break;
+            case FormulaOperation::Greater: left = truth(left > right); break;
+            case FormulaOperation::GreaterOrEqual: left = truth(left >= right); break;
+            case FormulaOperation::Equal: left = truth(left == right); break;
+            case FormulaOperation::NotEqual: left = truth(left != right); break;
+            case FormulaOperation::And: left = truth(left != 0.0 && right != 0.0); break;
+            case FormulaOperation::Or: left = truth(left != 0.0 || right != 0.0); break;
             default: left = std::pow(left, right); break;
         }
     }

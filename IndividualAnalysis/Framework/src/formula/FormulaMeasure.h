@@ -4,13 +4,17 @@
 #include <memory>
 #include <vector>
 
+#include <rix/formulas/Formula.h>
 #include <rix/individual_analysis/BaseMeasure.h>
 #include <rix/individual_analysis/BaseMeasureUniqueId.h>
 #include <rix/individual_analysis/MeasureNamesHandler.h>
 
-#include "FormulaSyntax.h"
-
 namespace rix::individual_analysis {
+
+using formulas::FormulaFunction;
+using formulas::FormulaInstruction;
+using formulas::FormulaItem;
+using formulas::FormulaOperation;
 
 /// A formula whose names are resolved and whose units are checked.
 struct Formula {

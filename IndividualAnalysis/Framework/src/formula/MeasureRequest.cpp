@@ -10,7 +10,6 @@
 #include <rix/rules/RuleSupport.h>
 
 #include "FormulaMeasure.h"
-#include "FormulaSyntax.h"
 #include "measures/Measures.h"
 
 namespace rix::individual_analysis {
@@ -25,7 +24,7 @@ public:
     RequestReader(const String& text, DimensionalMode mode, IntensityUse intensity)
         : m_mode(mode),
           m_intensity(intensity),
-          m_items(parseFormulas(text)),
+          m_items(formulas::parseFormulas(text)),
           m_known(knownMeasures()),
           m_names(std::make_shared<MeasureNamesHandler>(*m_known)) {}
 
@@ -235,9 +234,8 @@ private:
 
 bool isTaken(const MeasureNamesHandler& names, const String& name, DimensionalMode mode) {
     const auto presets = presetNames();
-    return name == "pi" || name == "Frame" || name == "Label" || findFormulaFunction(name) != nullptr ||
-           names.findMeasure(name) != nullptr || names.findValue(name, mode) ||
-           std::find(presets.begin(), presets.end(), name) != presets.end();
+    return formulas::isFormulaWord(name) || name == "Frame" || name == "Label" || names.findMeasure(name) != nullptr ||
+           names.findValue(name, mode) || std::find(presets.begin(), presets.end(), name) != presets.end();
 }
 
 std::shared_ptr<const MeasureGroup> readMeasureRequest(const String& text, DimensionalMode mode,

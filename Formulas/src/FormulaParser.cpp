@@ -1,19 +1,16 @@
-#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <functional>
-#include <locale>
 #include <numbers>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
 #include <boost/spirit/home/x3.hpp>
 
+#include <rix/formulas/Formula.h>
 #include <rix/rules/RuleSupport.h>
 
-#include "FormulaSyntax.h"
-
-namespace rix::individual_analysis {
+namespace rix::formulas {
 
 namespace {
 
@@ -21,14 +18,32 @@ namespace x3 = boost::spirit::x3;
 // Its own classes of characters take bytes from 128 on for a mistake of the program and end it.
 namespace ascii = x3::ascii;
 
-/// A hostile text must not exhaust the stack of the recursive descent.
-constexpr std::size_t deepestNesting = 100;
-constexpr std::size_t longestRequest = 100000;
+/// A hostile text must not exhaust the stack of the recursive descent, of which parentheses take ten times as much as
+/// signs, powers and `not`.
+constexpr std::size_t deepestNesting = 1000;
+constexpr std::size_t ofParentheses = 10;
+constexpr std::size_t ofSign = 1;
+constexpr std::size_t longestText = 100000;
 
+bool isLetter(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+
+/// One blank stays where two words would become one.
 String withoutBlanks(std::string_view text) {
     String result;
-    std::copy_if(text.begin(), text.end(), std::back_inserter(result),
-                 [](unsigned char c) { return std::isspace(c) == 0; });
+    bool isApart = false;
+    for (const char c : text) {
+        if (std::isspace(static_cast<unsigned char>(c)) != 0) {
+            isApart = true;
+            continue;
+        }
+        if (isApart && !result.empty() && isLetter(result.back()) && isLetter(c)) {
+            result += ' ';
+        }
+        result += c;
+        isApart = false;
+    }
     return result;
 }
 
@@ -56,10 +71,21 @@ public:
             m_item.code.push_back({FormulaOperation::Value, 0.0, std::move(name)});
         }
     }
+    void enter(std::size_t nesting) {
+        m_nesting += nesting;
+        if (m_nesting > deepestNesting) {
+            rules::refuse("The formula is nested too deeply.");
+        }
+    }
+    void leave(std::size_t nesting) { m_nesting -= nesting; }
     void operation(FormulaOperation operation) { m_item.code.push_back({operation}); }
-    void startCall(String name) { m_calls.push_back({std::move(name), m_item.code.size(), 0}); }
+    void startCall(String name) {
+        enter(ofParentheses);
+        m_calls.push_back({std::move(name), m_item.code.size(), 0});
+    }
     void argument() { ++m_calls.back().arguments; }
     void endCall() {
+        leave(ofParentheses);
         const Call call = std::move(m_calls.back());
         m_calls.pop_back();
         if (const FormulaFunction* const function = findFormulaFunction(call.name); function != nullptr) {
@@ -89,6 +115,7 @@ private:
 
     FormulaItem m_item;
     std::vector<Call> m_calls;
+    std::size_t m_nesting = 0;
 };
 
 struct BuilderTag;
@@ -108,13 +135,26 @@ const auto emit = [](FormulaOperation operation) {
     return [operation](const auto& context) { builder(context).operation(operation); };
 };
 
+const auto enter = [](std::size_t nesting) {
+    return x3::eps[([nesting](const auto& context) { builder(context).enter(nesting); })];
+};
+const auto leave = [](std::size_t nesting) {
+    return x3::eps[([nesting](const auto& context) { builder(context).leave(nesting); })];
+};
+
 const x3::rule<class ExpressionRule> expression = "an expression";
+const x3::rule<class ConjunctionRule> conjunction = "an operand";
+const x3::rule<class NegationRule> negation = "an operand";
+const x3::rule<class SumRule> sum = "an operand";
 const x3::rule<class TermRule> term = "an operand";
 const x3::rule<class UnaryRule> unary = "an operand";
 const x3::rule<class PowerRule> power = "an operand";
 const x3::rule<class PrimaryRule> primary = "a number, a name or \"(\"";
 
-const auto identifier = x3::raw[x3::lexeme[(ascii::alpha | ascii::char_('_')) >> *(ascii::alnum | ascii::char_('_'))]];
+const auto letter = ascii::alnum | ascii::char_('_');
+const auto word = [](const char* text) { return x3::lexeme[x3::lit(text) >> !letter]; };
+const auto reserved = word("and") | word("or") | word("not");
+const auto identifier = !reserved >> x3::raw[x3::lexeme[(ascii::alpha | ascii::char_('_')) >> *letter]];
 const auto mantissa = (+ascii::digit >> -(ascii::char_('.') >> *ascii::digit)) | (ascii::char_('.') >> +ascii::digit);
 const auto exponent = ascii::char_("eE") >> -ascii::char_("+-") >> +ascii::digit;
 const auto number = x3::raw[x3::lexeme[mantissa >> -exponent]];
@@ -130,61 +170,75 @@ const auto endItem = [](const auto& context) { builder(context).endItem(textOf(c
 const auto argument = expression >> x3::eps[takeArgument];
 const auto call = (identifier >> x3::omit[x3::lit('(')])[startCall] > (argument % ',') > ')' > x3::eps[endCall];
 
-const auto expression_def = term >> *((x3::lit('+') > term)[emit(FormulaOperation::Add)] |
-                                      (x3::lit('-') > term)[emit(FormulaOperation::Subtract)]);
+const auto comparison = [](const char* text, FormulaOperation operation) {
+    return (x3::lit(text) > sum)[emit(operation)];
+};
+
+const auto expression_def = conjunction >> *(word("or") > conjunction)[emit(FormulaOperation::Or)];
+const auto conjunction_def = negation >> *(word("and") > negation)[emit(FormulaOperation::And)];
+const auto negation_def =
+    (word("not") >> enter(ofSign) > negation > leave(ofSign))[emit(FormulaOperation::Not)] |
+    (sum >> -(comparison("<=", FormulaOperation::LessOrEqual) | comparison(">=", FormulaOperation::GreaterOrEqual) |
+              comparison("==", FormulaOperation::Equal) | comparison("!=", FormulaOperation::NotEqual) |
+              comparison("<", FormulaOperation::Less) | comparison(">", FormulaOperation::Greater)));
+const auto sum_def = term >> *((x3::lit('+') > term)[emit(FormulaOperation::Add)] |
+                               (x3::lit('-') > term)[emit(FormulaOperation::Subtract)]);
 const auto term_def = unary >> *((x3::lit('*') > unary)[emit(FormulaOperation::Multiply)] |
                                  (x3::lit('/') > unary)[emit(FormulaOperation::Divide)]);
-const auto unary_def = (x3::lit('-') > unary)[emit(FormulaOperation::Negate)] | (x3::lit('+') > unary) | power;
-const auto power_def = primary >> -(x3::lit('^') > unary)[emit(FormulaOperation::Power)];
-const auto primary_def = number[takeNumber] | call | identifier[takeValue] | (x3::lit('(') > expression > x3::lit(')'));
+const auto unary_def = (x3::lit('-') >> enter(ofSign) > unary > leave(ofSign))[emit(FormulaOperation::Negate)] |
+                       (x3::lit('+') >> enter(ofSign) > unary > leave(ofSign)) | power;
+const auto power_def = primary >>
+                       -(x3::lit('^') >> enter(ofSign) > unary > leave(ofSign))[emit(FormulaOperation::Power)];
+const auto primary_def = number[takeNumber] | call | identifier[takeValue] |
+                         (x3::lit('(') >> enter(ofParentheses) > expression > x3::lit(')') > leave(ofParentheses));
 
-BOOST_SPIRIT_DEFINE(expression, term, unary, power, primary)
+BOOST_SPIRIT_DEFINE(expression, conjunction, negation, sum, term, unary, power, primary)
 
 const x3::rule<class ItemRule> item = "a measure";
-const auto item_def = -(identifier >> x3::omit[x3::lit('=')])[startItem] >> x3::raw[expression][endItem];
+const auto item_def =
+    -(identifier >> x3::omit[x3::lit('=') >> !x3::lit('=')])[startItem] >> x3::raw[expression][endItem];
 
 BOOST_SPIRIT_DEFINE(item)
 
-void refuseNesting(const String& text) {
-    std::size_t depth = 0;
-    std::size_t signs = 0;  // "----a" nests as well
-    for (const char c : text) {
-        depth += c == '(' ? 1 : 0;
-        depth -= c == ')' && depth > 0 ? 1 : 0;
-        signs = c == '-' || c == '+' || c == '^' ? signs + 1 : c == ',' ? 0 : signs;
-        if (depth > deepestNesting || signs > 10 * deepestNesting) {
-            rules::refuse("The formula is nested too deeply.");
-        }
-    }
-}
-
-[[noreturn]] void refuseAt(const String& text, String::const_iterator where, const String& expected) {
+[[noreturn]] void refuseAt(const String& what, const String& text, String::const_iterator where,
+                           const String& expected) {
     const auto position = where - text.begin();
     rules::refuse(
-        "The measures \"" + text + "\" cannot be read: " + expected + " is expected at position " +
+        what + " \"" + text + "\" cannot be read: " + expected + " is expected at position " +
         std::to_string(position + 1) +
         (where == text.end() ? ", where the text ends." : String(", before \"") + String(where, text.end()) + "\"."));
+}
+
+/// @param what names the text in messages, `first` what it begins with, `next` what may follow a part of it
+template <class Grammar>
+std::vector<FormulaItem> parse(const String& text, const Grammar& items, const String& what, const String& first,
+                               const String& next) {
+    if (text.size() > longestText) {
+        rules::refuse(what + " cannot be read: the text is longer than " + std::to_string(longestText) +
+                      " characters.");
+    }
+    FormulaBuilder result;
+    const auto grammar = x3::with<BuilderTag>(std::ref(result))[items];
+    auto position = text.begin();
+    try {
+        const bool read = x3::phrase_parse(position, text.end(), grammar, ascii::space);
+        if (!read || position != text.end()) {
+            refuseAt(what, text, position, read ? next : first);
+        }
+    } catch (const x3::expectation_failure<String::const_iterator>& failure) {
+        refuseAt(what, text, failure.where(), failure.which());
+    }
+    return std::move(result.items);
 }
 
 }  // namespace
 
 std::vector<FormulaItem> parseFormulas(const String& text) {
-    if (text.size() > longestRequest) {
-        rules::refuse("The request of measures is longer than " + std::to_string(longestRequest) + " characters.");
-    }
-    refuseNesting(text);
-    FormulaBuilder result;
-    const auto grammar = x3::with<BuilderTag>(std::ref(result))[item >> *(',' > item)];
-    auto position = text.begin();
-    try {
-        const bool read = x3::phrase_parse(position, text.end(), grammar, ascii::space);
-        if (!read || position != text.end()) {
-            refuseAt(text, position, read ? "\",\" or an operator" : "a measure");
-        }
-    } catch (const x3::expectation_failure<String::const_iterator>& failure) {
-        refuseAt(text, failure.where(), failure.which());
-    }
-    return std::move(result.items);
+    return parse(text, item >> *(',' > item), "The measures", "a measure", "\",\" or an operator");
 }
 
-}  // namespace rix::individual_analysis
+FormulaItem parseFormula(const String& text) {
+    return parse(text, x3::raw[expression][endItem], "The formula", "an expression", "an operator").front();
+}
+
+}  // namespace rix::formulas

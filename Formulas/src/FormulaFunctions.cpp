@@ -1,8 +1,8 @@
 #include <cmath>
 
-#include "FormulaSyntax.h"
+#include <rix/formulas/Formula.h>
 
-namespace rix::individual_analysis {
+namespace rix::formulas {
 
 namespace {
 
@@ -45,4 +45,8 @@ String formulaFunctionNames() {
     return names;
 }
 
-}  // namespace rix::individual_analysis
+bool isFormulaWord(const String& name) {
+    return name == "pi" || name == "and" || name == "or" || name == "not" || findFormulaFunction(name) != nullptr;
+}
+
+}  // namespace rix::formulas

@@ -5,7 +5,8 @@
 
 #include <rix/String.h>
 
-namespace rix::individual_analysis {
+/// Formulas as texts: what measures of objects and images are computed with.
+namespace rix::formulas {
 
 /// The operations of formulas, in postfix order: operands come before what joins them.
 enum class FormulaOperation {
@@ -17,6 +18,16 @@ enum class FormulaOperation {
     Multiply,
     Divide,
     Power,
+    // Comparisons and logic give 1 or 0; whatever differs from 0, NaN as well, counts as true.
+    Less,
+    LessOrEqual,
+    Greater,
+    GreaterOrEqual,
+    Equal,
+    NotEqual,
+    And,
+    Or,
+    Not,
     Function  ///< applies `function` to as many operands as it takes
 };
 
@@ -40,6 +51,13 @@ struct FormulaFunction {
 const FormulaFunction* findFormulaFunction(const String& name);
 /// All of them, separated by commas.
 String formulaFunctionNames();
+/// Whether a name means something in every formula: a function, pi, and, or, not.
+bool isFormulaWord(const String& name);
+
+/// True for the operations whose result is 1 or 0.
+constexpr bool isTruth(FormulaOperation operation) {
+    return operation >= FormulaOperation::Less && operation <= FormulaOperation::Not;
+}
 
 struct FormulaInstruction {
     FormulaOperation operation;
@@ -58,11 +76,18 @@ struct FormulaItem {
     bool isName() const { return code.size() == 1 && code.front().operation == FormulaOperation::Value; }
 };
 
-/// Reads a request: items separated by commas. An expression is made of decimal numbers, pi, names of measures (also
-/// with a number in parentheses: `Percentile(25)`), + - * / ^ with the usual precedence (-a^b is -(a^b), a^b^c is
-/// a^(b^c)), parentheses and functions: sqrt, cbrt, abs, min, max, exp, log, log10, sin, cos, tan, asin, acos, atan,
-/// atan2. Blanks don't matter.
+/// Reads a request: items separated by commas. An expression is made of decimal numbers, pi, names (also with a number
+/// in parentheses: `Percentile(25)`), and, from the loosest to the tightest:
+/// - `or`; `and`; `not`
+/// - < <= > >= == !=, one between two sums
+/// - + -; * /; signs; ^ (-a^b is -(a^b), a^b^c is a^(b^c))
+/// - parentheses and functions: sqrt, cbrt, abs, min, max, exp, log, log10, sin, cos, tan, asin, acos, atan, atan2.
+/// Blanks don't matter. Chains of operators may be of any length; parentheses nest 100 deep, signs 1000.
 /// @throws RuleException that tells where the text goes wrong
 std::vector<FormulaItem> parseFormulas(const String& text);
 
-}  // namespace rix::individual_analysis
+/// Reads one expression without a name.
+/// @throws RuleException that tells where the text goes wrong
+FormulaItem parseFormula(const String& text);
+
+}  // namespace rix::formulas

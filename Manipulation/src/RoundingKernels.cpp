@@ -1,0 +1,71 @@
+#include "RoundingKernels.h"
+
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/simd/Loops.h>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "RoundingKernels.cpp"
+#include <rix/simd/KernelTargets.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::manipulation::HWY_NAMESPACE {
+
+/// Plain arithmetic that the compiler vectorises with every instruction set: the sum with 1.5 times the power of two
+/// above which reals are integers rounds, and has the integer in its low bits.
+template <class Out, class Real>
+HWY_INLINE Out rounded(Real value) {
+    if constexpr (std::is_floating_point_v<Out>) {
+        return static_cast<Out>(value);
+    } else if constexpr (sizeof(Out) == 4 && sizeof(Real) == 4) {
+        return rounded<Out>(static_cast<double>(value));
+    } else {
+        constexpr auto lowest = static_cast<Real>(std::numeric_limits<Out>::min());
+        constexpr auto highest = static_cast<Real>(std::numeric_limits<Out>::max());
+        constexpr auto shift = sizeof(Real) == 4 ? Real(0x1.8p23) : static_cast<Real>(0x1.8p52);
+        using Bits = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
+        const Real number = value == value ? value : Real(0);
+        const Real above = number < lowest ? lowest : number;
+        const Real within = above > highest ? highest : above;
+        return static_cast<Out>(__builtin_bit_cast(Bits, within + shift));
+    }
+}
+
+template <class Real, class Out>
+void roundRow(const void* reals, void* samples, std::size_t count) {
+    const auto* const from = static_cast<const Real*>(reals);
+    auto* const to = static_cast<Out*>(samples);
+    RIX_INDEPENDENT_ITERATIONS
+    for (std::size_t i = 0; i < count; ++i) {
+        to[i] = rounded<Out>(from[i]);
+    }
+}
+
+template <class Real, class Out>
+RoundingRow row(Out /*type*/) {
+    return &roundRow<Real, Out>;
+}
+
+}  // namespace rix::manipulation::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rix::manipulation {
+
+RoundingRow roundingRow(VoxelTypes from, VoxelTypes to, OptimLevelType level) {
+    RoundingRow found = nullptr;
+    access::dispatch(access::Floatings{}, from, access::Reals{}, to, [&](auto fromTag, auto toTag) {
+        using Real = typename decltype(fromTag)::type;
+        using Out = typename decltype(toTag)::type;
+        found = RIX_SELECT_KERNELS(level, row<Real>(Out()));
+    });
+    return found;
+}
+
+}  // namespace rix::manipulation
+#endif
