@@ -77,11 +77,28 @@ struct TangentOf {
     HWY_INLINE static double of(const ReducedAngle& angle) { return tangentOf(angle); }
 };
 
+/// Floats are widened in pieces: loops over one type are vectorised, loops over floats and bits of doubles are not.
+constexpr std::size_t widened = 128;
+
 template <class Function, class T>
 void rowOfValues(const T* in, T* out, std::size_t count) {
-    RIX_INDEPENDENT_ITERATIONS
-    for (std::size_t i = 0; i < count; ++i) {
-        out[i] = static_cast<T>(Function::of(static_cast<double>(in[i])));
+    if constexpr (sizeof(T) == sizeof(double)) {
+        RIX_INDEPENDENT_ITERATIONS
+        for (std::size_t i = 0; i < count; ++i) {
+            out[i] = Function::of(in[i]);
+        }
+    } else {
+        double values[widened];
+        for (std::size_t first = 0; first < count; first += widened) {
+            const std::size_t length = count - first < widened ? count - first : widened;
+            for (std::size_t i = 0; i < length; ++i) {
+                values[i] = static_cast<double>(in[first + i]);
+            }
+            rowOfValues<Function, double>(values, values, length);
+            for (std::size_t i = 0; i < length; ++i) {
+                out[first + i] = static_cast<T>(values[i]);
+            }
+        }
     }
 }
 
