@@ -111,21 +111,32 @@ std::vector<std::string> suggestLabels(const std::string& text, const std::vecto
     return {};
 }
 
+/// A value of several components as JSON: the library writes no text of most of these. Nothing for other values.
+std::optional<std::string> componentsOf(const BaseProperty& property, const Kind& kind) {
+    const Json json = kind.get(property);
+    return json.is_array() && !json.empty() ? std::optional(json.dump()) : std::nullopt;
+}
+
 [[noreturn]] void refuse(const BaseProperty& property, const std::string& text) {
     const std::string complaint = property.getName() + " can't be " + inQuotes(text) + ": it takes ";
     if (const EnumInfo* const enumeration = enumerationOf(property)) {
         const auto labels = labelsOf(*enumeration);
         throw WrongInput(complaint + join(labels), suggestLabels(text, labels));
     }
-    throw WrongInput(complaint + "a value of type " + property.getImpl()->describeType());
+    const Kind* const kind = findKind(property);
+    const auto example = kind != nullptr ? componentsOf(property, *kind) : std::nullopt;
+    throw WrongInput(complaint + "a value of type " + property.getImpl()->describeType() +
+                     (example ? ", such as " + *example : ""));
 }
 
-/// The text of a value of several components as JSON; nothing when it is none.
+/// The text of a value of several components as JSON, whose outermost brackets may be left out; nothing when it is
+/// none.
 std::optional<Json> componentsFrom(const std::string& text) {
-    if (!text.starts_with('[') && !text.starts_with('{')) {
-        return std::nullopt;
+    if (text.empty()) {
+        return std::nullopt;  // no list, rather than an empty one
     }
-    Json json = Json::parse(text, nullptr, false);
+    const bool isWhole = text.starts_with('[') || text.starts_with('{');
+    Json json = Json::parse(isWhole ? text : '[' + text + ']', nullptr, false);
     return json.is_discarded() ? std::nullopt : std::optional(std::move(json));
 }
 
@@ -137,7 +148,8 @@ std::optional<std::string> valueToText(const BaseProperty& property) {
     }
     std::string text;
     if (!property.write(text)) {
-        return std::nullopt;
+        const Kind* const kind = findKind(property);
+        return kind != nullptr ? componentsOf(property, *kind) : std::nullopt;
     }
     const auto* choice = dynamic_cast<const Property<int>*>(&property);
     if (const EnumInfo* enumeration = enumerationOf(property); enumeration != nullptr && choice != nullptr) {

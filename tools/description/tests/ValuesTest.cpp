@@ -45,6 +45,25 @@ TEST(Values, numbersAreReadAsAWholeOrRefused) {
     checkNumbers<double>({{"107", 107.0}, {"-0.5", -0.5}, {"1e3", 1000.0}, {"2.5xyz", {}}, {"1,5", {}}, {"abc", {}}});
 }
 
+TEST(Values, componentsHaveATextThatIsReadAgain) {
+    Property<math::Vector3<double>> spacing;
+    spacing.getImpl()->setName("spacing");
+    for (const char* const text : {"[1.0,2.0,0.5]", "1,2,0.5", " 1, 2, 0.5", "@v3:1_2_0.5"}) {
+        spacing.set({0, 0, 0});
+        setValue(spacing, text);
+        EXPECT_EQ(valueToText(spacing), "[1.0,2.0,0.5]") << text;
+    }
+    for (const char* const text : {"1,2", "1;2;3", "", "1,2,x", "[1,2,3"}) {
+        try {
+            setValue(spacing, text);
+            ADD_FAILURE() << "accepted '" << text << "'";
+        } catch (const WrongInput& wrong) {
+            EXPECT_NE(std::string(wrong.what()).find("vector of 3 numbers, such as [1.0,2.0,0.5]"), std::string::npos)
+                << wrong.what();
+        }
+    }
+}
+
 const EnumInfo& colours() {
     static const EnumInfo info("Colours", "NONE = 0, RED = 1, GREEN = 2, BLUE = 4, VIOLET = 5");
     return info;

@@ -9,8 +9,8 @@
 
 namespace rix::description {
 
-/// The value as the library writes it, a choice by its label and a real with all its digits; none when the property has
-/// no text form.
+/// The value as the library writes it, a choice by its label, a real with all its digits, and a JSON array where the
+/// library has no text for several components; none when the property has no text form.
 std::optional<std::string> valueToText(const BaseProperty& property);
 
 /// The value as JSON: numbers, booleans and texts as they are, choices by their labels, vectors and lists as arrays,
@@ -18,7 +18,8 @@ std::optional<std::string> valueToText(const BaseProperty& property);
 /// Null for images, result objects and other things that are no values.
 nlohmann::json valueToJson(const BaseProperty& property);
 
-/// Reads a value by the library's own text form, or where that has several components from a JSON array as well.
+/// Reads a value by the library's own text form, or where that has several components from a JSON array as well,
+/// whose outermost brackets may be left out ("1,1,2.5").
 /// Stricter than the library where it would take a slip of the pen for another number: the whole text has to be a
 /// number, and one that the type can hold.
 /// @throws WrongInput naming what is accepted
