@@ -2,6 +2,7 @@
 
 #include <rix/synthesis/NoiseImage.h>
 
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/When.h>
 #include <rix/synthesis/AddNoise.h>
@@ -105,27 +106,28 @@ void declareAddition(AddNoise& algorithm, algorithms::Properties& properties) {
 }
 
 void processAddition(AddNoise& algorithm, OptimLevelType level) {
-    const ImageModel& input = *algorithm.getInputImage();
     NoiseParameters parameters = parametersOf(algorithm);
     parameters.countsPerUnit = algorithm.getCountsPerUnit();
     const Noise noise(parameters, level);
     const access::Position first = algorithms::firstOfPass(algorithm);
-    access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
+    ImageModel& output = *algorithm.getOutputImage();
+    access::dispatch(access::Reals{}, output.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        access::transformRowsAt<T, T>(algorithm.executionContext(), input, *algorithm.getOutputImage(),
-                                      costOf(algorithm),
-                                      [&](access::Position at, const T* in, T* out, std::size_t count) {
-                                          at.sequence += first.sequence;
-                                          at.spectral += first.spectral;
-                                          double piece[pieceVoxels];
-                                          for (std::size_t done = 0; done < count; done += pieceVoxels) {
-                                              const std::size_t n = std::min(pieceVoxels, count - done);
-                                              std::copy_n(in + done, n, piece);
-                                              noise.apply(at, piece, n);
-                                              access::roundSamples(piece, out + done, n);
-                                              at.column += n;
-                                          }
-                                      });
+        const auto addToRow = [&](access::Position at, const T* in, T* out, std::size_t count) {
+            at.sequence += first.sequence;
+            at.spectral += first.spectral;
+            double piece[pieceVoxels];
+            for (std::size_t done = 0; done < count; done += pieceVoxels) {
+                const std::size_t n = std::min(pieceVoxels, count - done);
+                std::copy_n(in + done, n, piece);
+                noise.apply(at, piece, n);
+                access::roundSamples(piece, out + done, n);
+                at.column += n;
+            }
+        };
+        algorithms::readAsItWas(algorithm, [&](const ImageModel& input) {
+            access::transformRowsAt<T, T>(algorithm.executionContext(), input, output, costOf(algorithm), addToRow);
+        });
     });
 }
 
@@ -134,6 +136,7 @@ constexpr algorithms::Definition<AddNoise> addition{
     .kind = AlgorithmKind::Point,
     .declare = &declareAddition,
     .process = &processAddition,
+    .prepare = &algorithms::rememberMeaning<AddNoise>,
 };
 
 }  // namespace
@@ -149,6 +152,6 @@ const EnumInfo& AddNoise::getInfoDistribution() {
 }
 
 RIX_DEFINE_ALGORITHM_ON(ImageGenerator, NoiseImage, algorithms::NoState, imageOfNoise)
-RIX_DEFINE_ALGORITHM(AddNoise, addition)
+RIX_DEFINE_ALGORITHM_WITH(AddNoise, algorithms::InputMeaning, addition)
 
 }  // namespace rix::synthesis

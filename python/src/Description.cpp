@@ -26,6 +26,11 @@ const char* roleName(PropertyRole role) {
     return "unsupported";
 }
 
+/// Arrays as lists: a description is compared with others, and written as JSON.
+py::object plain(const py::object& value) {
+    return py::hasattr(value, "tolist") ? py::object(value.attr("tolist")()) : value;
+}
+
 py::dict describeProperty(BaseProperty& property, const PropertyFacts& facts) {
     const description::PropertyFacts words = description::describeProperty(property);
     py::dict result;
@@ -40,7 +45,7 @@ py::dict describeProperty(BaseProperty& property, const PropertyFacts& facts) {
     result["annotation"] = facts.kind != nullptr ? facts.kind->annotation : std::string();
     // What the rules refuse is no default.
     const bool hasDefault = facts.kind != nullptr && !facts.isOutput && !facts.required;
-    result["default"] = hasDefault ? facts.kind->get(property) : py::none();
+    result["default"] = hasDefault ? plain(facts.kind->get(property)) : py::none();
     result["enumeration"] = words.labels.empty() ? py::none() : enumerationClass(property);
     return result;
 }

@@ -100,11 +100,13 @@ fi
 # The pages find their pictures, their code and each other.
 pages=$(dirname "$(find "$prefix" -name CHANGELOG.md)")
 links=0
-while IFS=: read -r page link; do
-  target=$(dirname "$page")/${link%%#*}
-  [[ $link =~ ^[a-z]+: || -e $target ]] || { printf '%s: its link %s leads nowhere\n' "$page" "$link"; exit 1; }
-  links=$((links + 1))
-done < <(grep -roP --include='*.md' '\]\(\K[^)#\s]+' "$pages/README.md" "$pages/CHANGELOG.md" "$pages/docs")
+while IFS= read -r page; do
+  while IFS= read -r link; do
+    target=$(dirname "$page")/${link%%#*}
+    [[ $link =~ ^[a-z]+: || -e $target ]] || { printf '%s: its link %s leads nowhere\n' "$page" "$link"; exit 1; }
+    links=$((links + 1))
+  done < <(sed '/^ *```/,/^ *```/d' "$page" | grep -oP '\]\(\K[^)#\s]+')
+done < <(find "$pages/README.md" "$pages/CHANGELOG.md" "$pages/docs" -name '*.md')
 ((links > 50)) || { printf 'the installed pages have only %d links\n' "$links"; exit 1; }
 printf 'pages: %d links\n' "$links"
 

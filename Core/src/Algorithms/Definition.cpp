@@ -1,4 +1,5 @@
 #include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 
 #include <algorithm>
 
@@ -9,6 +10,7 @@
 namespace rix::algorithms {
 
 NoState::~NoState() = default;
+InputMeaning::~InputMeaning() = default;
 
 void Properties::enterInput(BaseProperty& property, const char* description) {
     m_algorithm.addInput(property, property.getName(), description);

@@ -5,6 +5,7 @@
 
 #include <rix/access/TemporaryImage.h>
 #include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/filtering/frequency/FourierConvolution2d.h>
 #include <rix/filtering/frequency/FourierConvolution3d.h>
 
@@ -42,17 +43,18 @@ ConvolutionTiles tilesFor(const Filter& filter) {
 
 template <class Filter>
 void process(Filter& filter, OptimLevelType /*level*/) {
-    const ImageModel& input = *filter.getInputImage();
     const ConvolutionJob job{tilesFor(filter), filter.getBorderPolicy(), filter.getBorderValue()};
-    const auto convolveInto = [&](ImageModel& output) {
-        convolveTiles(filter.executionContext(), input, *filter.getInputKernelImage(), output, job);
-    };
     ImageModel& output = *filter.getOutputImage();
-    if (access::isOverwritten(input, &output)) {
-        access::writeThroughTemporary(filter.executionContext(), output, convolveInto);
-    } else {
-        convolveInto(output);
-    }
+    algorithms::readAsItWas(filter, [&](const ImageModel& input) {
+        const auto convolveInto = [&](ImageModel& target) {
+            convolveTiles(filter.executionContext(), input, *filter.getInputKernelImage(), target, job);
+        };
+        if (access::isOverwritten(input, &output)) {
+            access::writeThroughTemporary(filter.executionContext(), output, convolveInto);
+        } else {
+            convolveInto(output);
+        }
+    });
 }
 
 template <class Filter>
@@ -76,6 +78,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
+        .prepare = &algorithms::rememberMeaning<Filter>,
         .influence = &reachOf<Filter>,
         .memory = &memoryOf<Filter>,
     };
@@ -86,7 +89,7 @@ constexpr auto inVolumes = definitionOf<FourierConvolution3d>("Convolves each vo
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM(FourierConvolution2d, inPlanes)
-RIX_DEFINE_ALGORITHM(FourierConvolution3d, inVolumes)
+RIX_DEFINE_ALGORITHM_WITH(FourierConvolution2d, algorithms::InputMeaning, inPlanes)
+RIX_DEFINE_ALGORITHM_WITH(FourierConvolution3d, algorithms::InputMeaning, inVolumes)
 
 }  // namespace rix::filtering::frequency

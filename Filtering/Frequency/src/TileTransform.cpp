@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #ifdef RIX_HAVE_MKL
+#include <dlfcn.h>
 #include <mkl_dfti.h>
 #else
 #include <vector>
@@ -53,10 +54,24 @@ void check(MKL_LONG status) {
     throw UnexpectedError("The Fourier transform failed: " + reason);
 }
 
+/// oneMKL loads its kernels for the processor when they are first needed, and these look for oneMKL's core among the
+/// symbols that all see. Where this library is seen by its loader only, as in an interpreter, so is the core, and
+/// oneMKL would end the process.
+void showCoreToKernels() {
+    static const bool shown = [] {
+        for (const char* const library : {"libmkl_core.so", "libmkl_intel_thread.so", "libmkl_intel_lp64.so"}) {
+            ::dlopen(library, RTLD_LAZY | RTLD_GLOBAL | RTLD_NOLOAD);  // for good: null where it is linked otherwise
+        }
+        return true;
+    }();
+    static_cast<void>(shown);
+}
+
 /// One direction; committed, it is only read.
 class Descriptor {
 public:
     Descriptor(DFTI_CONFIG_VALUE precision, const TileExtents& n, bool backward) {
+        showCoreToKernels();
         MKL_LONG lengths[3];
         MKL_LONG samples[4] = {0};
         MKL_LONG coefficients[4] = {0};

@@ -7,6 +7,7 @@
 
 #include <rix/access/TemporaryImage.h>
 #include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilter3d.h>
 #include <rix/filtering/smoothing/BoxFilterWorkType.h>
@@ -18,11 +19,6 @@
 namespace rix::filtering::smoothing {
 
 namespace {
-
-struct BoxState : algorithms::AbstractPrivateImplementation {
-    /// What the input meant before an output that is the same image was given its own meaning.
-    Interpretations inputMeaning = RIX_VALUE;
-};
 
 template <class Filter>
 constexpr bool hasPlanes = requires(Filter& filter) { filter.kernelSizeZ; };
@@ -83,11 +79,10 @@ void declare(Filter& filter, algorithms::Properties& properties) {
 
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
-    const Interpretations meaning = algorithms::stateOf<BoxState>(filter).inputMeaning;
-    const BoxJob job = jobFor(filter, meaning);
+    const BoxJob job = jobFor(filter, algorithms::stateOf<algorithms::InputMeaning>(filter).meaning);
     access::ExecutionContext& context = filter.executionContext();
     ImageModel& output = *filter.getOutputImage();
-    access::readAsItWas(*filter.getInputImage(), meaning, [&](const ImageModel& input) {
+    algorithms::readAsItWas(filter, [&](const ImageModel& input) {
         if (access::isOverwritten(input, &output)) {
             access::writeThroughTemporary(context, output,
                                           [&](ImageModel& target) { sumBoxes(context, input, target, job, level); });
@@ -95,13 +90,6 @@ void process(Filter& filter, OptimLevelType level) {
             sumBoxes(context, input, output, job, level);
         }
     });
-}
-
-template <class Filter>
-void prepare(Filter& filter) {
-    if (const ImageModel* const input = filter.getInputImage(); input != nullptr) {
-        algorithms::stateOf<BoxState>(filter).inputMeaning = input->getInterpretation();
-    }
 }
 
 template <class Filter>
@@ -128,7 +116,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
-        .prepare = &prepare<Filter>,
+        .prepare = &algorithms::rememberMeaning<Filter>,
         .influence = &reachOf<Filter>,
         .memory = &memoryOf<Filter>,
     };
@@ -152,7 +140,7 @@ const EnumInfo& BoxFilter3d::getInfoAutoScaleType() {
     return infoAutoScaleType();
 }
 
-RIX_DEFINE_ALGORITHM_WITH(BoxFilter2d, BoxState, rectangle)
-RIX_DEFINE_ALGORITHM_WITH(BoxFilter3d, BoxState, box)
+RIX_DEFINE_ALGORITHM_WITH(BoxFilter2d, algorithms::InputMeaning, rectangle)
+RIX_DEFINE_ALGORITHM_WITH(BoxFilter3d, algorithms::InputMeaning, box)
 
 }  // namespace rix::filtering::smoothing

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-#include <rix/access/TemporaryImage.h>
 #include <rix/algorithms/Definition.h>
 #include <rix/algorithms/FilterChoices.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/filtering/smoothing/GaussianFilter2d.h>
 #include <rix/filtering/smoothing/GaussianFilter3d.h>
 
@@ -15,11 +15,6 @@
 namespace rix::filtering::smoothing {
 
 namespace {
-
-struct GaussianState : algorithms::AbstractPrivateImplementation {
-    /// What the input meant before an output that is the same image was given its own meaning.
-    Interpretations inputMeaning = RIX_VALUE;
-};
 
 /// A kernel of 10001 taps.
 constexpr double largestDeviation = 1000.0;
@@ -71,18 +66,10 @@ GaussianJob jobOf(const Filter& filter) {
 
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
-    access::readAsItWas(*filter.getInputImage(), algorithms::stateOf<GaussianState>(filter).inputMeaning,
-                        [&](const ImageModel& input) {
-                            smoothGaussian(filter.executionContext(), input, *filter.getOutputImage(), jobOf(filter),
-                                           access::isOverwritten(input, filter.getOutputImage()), level);
-                        });
-}
-
-template <class Filter>
-void prepare(Filter& filter) {
-    if (const ImageModel* const input = filter.getInputImage(); input != nullptr) {
-        algorithms::stateOf<GaussianState>(filter).inputMeaning = input->getInterpretation();
-    }
+    algorithms::readAsItWas(filter, [&](const ImageModel& input) {
+        smoothGaussian(filter.executionContext(), input, *filter.getOutputImage(), jobOf(filter),
+                       access::isOverwritten(input, filter.getOutputImage()), level);
+    });
 }
 
 template <class Filter>
@@ -109,7 +96,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
-        .prepare = &prepare<Filter>,
+        .prepare = &algorithms::rememberMeaning<Filter>,
         .influence = &reachOf<Filter>,
         .memory = &memoryOf<Filter>,
     };
@@ -120,7 +107,7 @@ constexpr auto ofVolumes = definitionOf<GaussianFilter3d>("Smooths each volume w
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(GaussianFilter2d, GaussianState, ofPlanes)
-RIX_DEFINE_ALGORITHM_WITH(GaussianFilter3d, GaussianState, ofVolumes)
+RIX_DEFINE_ALGORITHM_WITH(GaussianFilter2d, algorithms::InputMeaning, ofPlanes)
+RIX_DEFINE_ALGORITHM_WITH(GaussianFilter3d, algorithms::InputMeaning, ofVolumes)
 
 }  // namespace rix::filtering::smoothing

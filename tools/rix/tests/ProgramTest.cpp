@@ -167,7 +167,8 @@ TEST_F(ProgramTest, everyExampleRunsAsItStandsAndWithWhatIsRequiredAlone) {
         std::string least = example;
         std::string nothing = example;
         for (const auto& property : object["properties"]) {
-            const std::regex assignment(" '?" + property["name"].get<std::string>() + "=('[^']*'|[^ ]*)");
+            const auto assigned = property["name"].get<std::string>() + '=';
+            const std::regex assignment(" ('" + assigned + "[^']*'|" + assigned + "[^ ]*)");
             nothing = std::regex_replace(nothing, assignment, "");
             if (!property["required"].get<bool>()) {
                 least = std::regex_replace(least, assignment, "");
