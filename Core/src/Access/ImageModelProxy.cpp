@@ -24,6 +24,10 @@ VoxelTypes checkedType(VoxelTypes type) {
     return type;
 }
 
+bool meansBinary(const ImageModel* image) {
+    return image != nullptr && image->getInterpretation() == RIX_BINARY;
+}
+
 /// Converts between buffers that may lie anywhere: those of applications need not be aligned.
 template <class Cast>
 void castAnywhere(Cast cast, VoxelTypes fromType, ConstRawData from, VoxelTypes toType, RawData to, std::size_t count) {
@@ -53,12 +57,26 @@ ImageModelProxy::ImageModelProxy(const ImageModel* real, VoxelTypes voxelType)
     : ImageModelProxy(real, voxelType, nullptr) {}
 
 ImageModelProxy::ImageModelProxy(ImageModel* real, VoxelTypes voxelType, Cast cast)
-    : ImageModelSizeProxyBase(real), m_voxelType(checkedType(voxelType)), m_cast(cast), m_isWritable(true) {}
+    : ImageModelSizeProxyBase(real),
+      m_voxelType(checkedType(voxelType)),
+      m_cast(cast),
+      m_isWritable(true),
+      m_isBinary(meansBinary(real)) {}
 
 ImageModelProxy::ImageModelProxy(const ImageModel* real, VoxelTypes voxelType, Cast cast)
-    : ImageModelSizeProxyBase(real), m_voxelType(checkedType(voxelType)), m_cast(cast), m_isWritable(false) {}
+    : ImageModelSizeProxyBase(real),
+      m_voxelType(checkedType(voxelType)),
+      m_cast(cast),
+      m_isWritable(false),
+      m_isBinary(meansBinary(real)) {}
 
 ImageModelProxy::~ImageModelProxy() = default;
+
+bool ImageModelProxy::setInterpretation(const Interpretations& interpretation) {
+    const bool done = ImageModelSizeProxyBase::setInterpretation(interpretation);
+    m_isBinary = meansBinary(m_realImage);
+    return done;
+}
 
 VoxelTypes ImageModelProxy::getVoxelType() const {
     return m_voxelType;
@@ -74,8 +92,7 @@ bool ImageModelProxy::isTransparent() const {
 }
 
 ImageModelProxy::Cast ImageModelProxy::conversion() const {
-    const bool isBinary = m_realImage->getInterpretation() == RIX_BINARY;
-    return m_cast != nullptr ? m_cast : isBinary ? &access::castSamplesToBinary : &access::castSamples;
+    return m_cast != nullptr ? m_cast : m_isBinary ? &access::castSamplesToBinary : &access::castSamples;
 }
 
 bool ImageModelProxy::readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,

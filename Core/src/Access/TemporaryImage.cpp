@@ -17,6 +17,18 @@ namespace {
 /// Rough cost of a copy, for deciding whether threads pay.
 constexpr double nanosecondsPerCopy = 0.1;
 
+/// An image with the meaning that it had.
+class AsMeant final : public ImageModelProxy {
+public:
+    AsMeant(const ImageModel& image, Interpretations meaning)
+        : ImageModelProxy(&image, image.getVoxelType()), m_meaning(meaning) {}
+
+    Interpretations getInterpretation() const override { return m_meaning; }
+
+private:
+    Interpretations m_meaning;
+};
+
 }  // namespace
 
 TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType) : m_charge(bytes(like, voxelType)) {
@@ -44,10 +56,14 @@ bool isOverwritten(const ImageModel& input, const ImageModel* output) {
 }
 
 void readAsItWas(const ImageModel& image, Interpretations meaning, FunctionRef<void(const ImageModel&)> use) {
-    if (meaning != RIX_BINARY || image.getInterpretation() == RIX_BINARY) {
-        return use(image);
+    const bool isBinary = image.getInterpretation() == RIX_BINARY;
+    if (isBinary == (meaning == RIX_BINARY)) {
+        use(image);
+    } else if (isBinary) {
+        use(AsMeant(image, meaning));
+    } else {
+        use(ImageModelBinaryProxy(&image, image.getVoxelType()));
     }
-    use(ImageModelBinaryProxy(&image, image.getVoxelType()));
 }
 
 void writeThroughTemporary(ExecutionContext& context, ImageModel& output, FunctionRef<void(ImageModel&)> compute) {

@@ -5,6 +5,7 @@
 #include <rix/access/Steps.h>
 #include <rix/algorithms/Children.h>
 #include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/analysis/AutoThresholdingValue.h>
 #include <rix/rules/CompareRules.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
@@ -23,7 +24,7 @@ struct Children {
     ThresholdingByCriterion thresholding;
 };
 
-struct AutoThresholdingState : algorithms::AbstractPrivateImplementation {
+struct AutoThresholdingState : algorithms::InputMeaning {
     std::unique_ptr<Children> children;
 };
 
@@ -47,8 +48,8 @@ void declare(Algorithm& algorithm, algorithms::Properties& properties) {
         AddRuleAssertNotNull());
 }
 
-void configure(const AutoThresholding& algorithm, analysis::AutoThresholdingValue& child) {
-    child.setInputGrayImage(algorithm.getInputGrayImage());
+void configure(const AutoThresholding& algorithm, const ImageModel* input, analysis::AutoThresholdingValue& child) {
+    child.setInputGrayImage(input);
     child.setRangeMode(algorithm.getRangeMode());
     child.setIntensityInputRange(algorithm.getIntensityInputRange());
     child.setThresholdCriterion(algorithm.getThresholdCriterion());
@@ -67,24 +68,26 @@ void process(Algorithm& algorithm, OptimLevelType level) {
     if (children == nullptr) {
         children = std::make_unique<Children>();
     }
-    analysis::AutoThresholdingValue& value = children->value;
-    configure(algorithm, value);
-    value.setOutputMeasurement(algorithm.getOutputMeasurement());
-    algorithms::runChild(algorithm, value, level);
+    algorithms::readAsItWas(algorithm, [&](const ImageModel& input) {
+        analysis::AutoThresholdingValue& value = children->value;
+        configure(algorithm, &input, value);
+        value.setOutputMeasurement(algorithm.getOutputMeasurement());
+        algorithms::runChild(algorithm, value, level);
 
-    ThresholdingByCriterion& thresholding = children->thresholding;
-    thresholding.setInputGrayImage(algorithm.getInputGrayImage());
-    thresholding.setComparisonCriterion(keptSide<Algorithm>);
-    thresholding.setComparisonValue(algorithm.getOutputMeasurement()->threshold[0]);
-    thresholding.setOutputBinaryImage(algorithm.getOutputBinaryImage());
-    algorithms::runChild(algorithm, thresholding, level);
+        ThresholdingByCriterion& thresholding = children->thresholding;
+        thresholding.setInputGrayImage(&input);
+        thresholding.setComparisonCriterion(keptSide<Algorithm>);
+        thresholding.setComparisonValue(algorithm.getOutputMeasurement()->threshold[0]);
+        thresholding.setOutputBinaryImage(algorithm.getOutputBinaryImage());
+        algorithms::runChild(algorithm, thresholding, level);
+    });
 }
 
 template <class Algorithm>
 std::size_t memoryOf(const Algorithm& algorithm) {
     analysis::AutoThresholdingValue child;
     child.settings() = algorithm.settings();
-    configure(algorithm, child);
+    configure(algorithm, algorithm.getInputGrayImage(), child);
     return child.describe().extraMemory;
 }
 
@@ -95,6 +98,7 @@ constexpr algorithms::Definition<Algorithm> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Composite,
         .declare = &declare<Algorithm>,
         .process = &process<Algorithm>,
+        .prepare = &algorithms::rememberMeaning<Algorithm>,
         .memory = &memoryOf<Algorithm>,
         .memoryIsExact = false,
     };

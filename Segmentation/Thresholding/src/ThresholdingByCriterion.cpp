@@ -5,6 +5,7 @@
 #include <rix/access/PointFilters.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/properties/EnumInfo.h>
 
 #include "Comparison.h"
@@ -28,11 +29,10 @@ void declare(ThresholdingByCriterion& algorithm, algorithms::Properties& propert
 constexpr double nanosecondsPerVoxel = 0.1;
 
 void process(ThresholdingByCriterion& algorithm, OptimLevelType level) {
-    const ImageModel& input = *algorithm.getInputGrayImage();
     ImageModel& output = *algorithm.getOutputBinaryImage();
     access::ExecutionContext& context = algorithm.executionContext();
-    const Comparison comparison =
-        reduceComparison(input.getVoxelType(), algorithm.getComparisonCriterion(), algorithm.getComparisonValue());
+    const Comparison comparison = reduceComparison(algorithm.getInputGrayImage()->getVoxelType(),
+                                                   algorithm.getComparisonCriterion(), algorithm.getComparisonValue());
 
     if (comparison.kind != Comparison::Kind::Compare) {
         const int value = comparison.kind == Comparison::Kind::Always ? 1 : 0;
@@ -45,9 +45,11 @@ void process(ThresholdingByCriterion& algorithm, OptimLevelType level) {
         using T = typename decltype(tag)::type;
         const ThresholdRow<T> compareRow = thresholdRows<T>(level).byCriterion[comparison.criterion];
         const auto threshold = static_cast<T>(comparison.threshold);
-        access::transformRows<T, std::uint8_t>(
-            context, input, output, nanosecondsPerVoxel,
-            [&](const T* in, std::uint8_t* out, std::size_t count) { compareRow(in, out, count, threshold); });
+        algorithms::readAsItWas(algorithm, [&](const ImageModel& input) {
+            access::transformRows<T, std::uint8_t>(
+                context, input, output, nanosecondsPerVoxel,
+                [&](const T* in, std::uint8_t* out, std::size_t count) { compareRow(in, out, count, threshold); });
+        });
     });
 }
 
@@ -56,6 +58,7 @@ constexpr algorithms::Definition<ThresholdingByCriterion> definition{
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,
+    .prepare = &algorithms::rememberMeaning<ThresholdingByCriterion>,
 };
 
 }  // namespace
@@ -67,6 +70,6 @@ const EnumInfo& ThresholdingByCriterion::getInfoCriterionType() {
     return info;
 }
 
-RIX_DEFINE_ALGORITHM(ThresholdingByCriterion, definition)
+RIX_DEFINE_ALGORITHM_WITH(ThresholdingByCriterion, algorithms::InputMeaning, definition)
 
 }  // namespace rix::segmentation

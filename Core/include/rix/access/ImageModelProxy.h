@@ -30,6 +30,7 @@ public:
 
     VoxelTypes getVoxelType() const override;
     std::size_t getNumOf(const Components& component) const override;
+    bool setInterpretation(const Interpretations& interpretation) override;
     [[nodiscard]] bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
                                  std::size_t firstPlans, std::size_t firstSequence,
                                  std::size_t firstSpectralSeries) const override;
@@ -62,6 +63,9 @@ private:
     VoxelTypes m_voxelType;
     Cast m_cast;  ///< null for the rules of the library
     bool m_isWritable;
+    /// When this was made or last told. A run whose result is the real image, and binary, is still to read the samples
+    /// that were there before as what they were.
+    bool m_isBinary;
 };
 
 /// A binary image presented as an image of any voxel type. What is read is 0 or 1, whatever the real image holds where

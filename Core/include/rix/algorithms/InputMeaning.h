@@ -8,17 +8,30 @@
 /// are read, and those of a binary image count as 0 and 1.
 namespace rix::algorithms {
 
-/// The state of such an algorithm, which has `inputImage`.
+/// The state of such an algorithm, which has `inputImage` or `inputGrayImage`.
 struct RIX_EXPORT InputMeaning : AbstractPrivateImplementation {
     ~InputMeaning() override;
 
     Interpretations meaning = RIX_VALUE;  ///< of the input before the rules
 };
 
+namespace detail {
+
+template <class Algorithm>
+const ImageModel* inputOf(const Algorithm& algorithm) {
+    if constexpr (requires { algorithm.getInputGrayImage(); }) {
+        return algorithm.getInputGrayImage();
+    } else {
+        return algorithm.getInputImage();
+    }
+}
+
+}  // namespace detail
+
 /// Its `prepare`.
 template <class Algorithm>
 void rememberMeaning(Algorithm& algorithm) {
-    if (const ImageModel* const input = algorithm.getInputImage(); input != nullptr) {
+    if (const ImageModel* const input = detail::inputOf(algorithm); input != nullptr) {
         stateOf<InputMeaning>(algorithm).meaning = input->getInterpretation();
     }
 }
@@ -26,7 +39,7 @@ void rememberMeaning(Algorithm& algorithm) {
 /// Calls `use` with the input as it was meant.
 template <class Algorithm, class Use>
 void readAsItWas(const Algorithm& algorithm, const Use& use) {
-    access::readAsItWas(*algorithm.getInputImage(), stateOf<InputMeaning>(algorithm).meaning, use);
+    access::readAsItWas(*detail::inputOf(algorithm), stateOf<InputMeaning>(algorithm).meaning, use);
 }
 
 }  // namespace rix::algorithms
