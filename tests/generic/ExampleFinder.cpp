@@ -94,7 +94,7 @@ std::vector<Example> withOtherNumbers(const Example& example) {
     const std::unique_ptr<BaseAlgorithm> algorithm = example.info->createInstance(nullptr);
     for (BaseProperty* const property : inputsOf(*algorithm)) {
         for (const double number : {2.0, 100.0}) {
-            if (holdsNumber(property)) {
+            if (holdsNumber(property) && !isExtent(property->getName())) {
                 examples.push_back(example.withNumber(property->getName(), number));
             }
         }

@@ -95,6 +95,10 @@ bool makesItsOwnExtents(const Example& example) {
 
 }  // namespace
 
+bool isExtent(const String& property) {
+    return std::find(sizeNames.begin(), sizeNames.end(), property) != sizeNames.end();
+}
+
 Example Example::withExtents(const Extents& extents) const {
     Example other = *this;
     if (makesItsOwnExtents(*this)) {

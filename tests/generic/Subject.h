@@ -20,6 +20,9 @@ namespace rix::test {
 /// What an input image of an example holds; none leaves the property unset.
 using ImageRecipe = std::optional<ImageTraits>;
 
+/// Whether a number is an extent of what an algorithm makes; these are varied as `Example::withExtents` does.
+bool isExtent(const String& property);
+
 /// Values of all properties of an algorithm with which it runs.
 struct Example {
     AlgoInfo* info = nullptr;
