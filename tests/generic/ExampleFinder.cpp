@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <set>
 
 #include "Properties.h"
@@ -29,6 +30,9 @@ const ImageRecipe candidateImages[] = {
 
 /// For all numbers of an algorithm at once; none leaves the defaults.
 const std::optional<double> candidateNumbers[] = {std::nullopt, 3.0, 1.0, 0.5};
+
+/// In place of defaults with which a run takes long: most tests run an example many times.
+const std::map<String, double> quickNumbers{{"numberOfObjects", 6.0}};
 
 /// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less.
 const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}};
@@ -158,6 +162,8 @@ std::optional<Example> findExample(AlgoInfo& info) {
         for (const String& name : numberNames) {
             if (number.has_value()) {
                 example.numbers[name] = *number;
+            } else if (const auto quick = quickNumbers.find(name); quick != quickNumbers.end()) {
+                example.numbers[name] = quick->second;
             }
         }
         for (const auto& combination : combinations) {
