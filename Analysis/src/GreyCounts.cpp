@@ -26,8 +26,7 @@ std::vector<double> quantilesOf(access::ExecutionContext& context, OptimLevelTyp
 std::size_t quantilesMemory(const ImageModel& image, std::size_t shares, std::size_t threads) {
     std::size_t voxels = 0;
     static_cast<void>(helper::getElementCount(image, voxels));
-    const std::size_t ofSelection =
-        hasValueCounts(image.getVoxelType()) ? 0 : selectionMemory(threads, 2 * shares);
+    const std::size_t ofSelection = hasValueCounts(image.getVoxelType()) ? 0 : selectionMemory(threads, 2 * shares);
     return groupMemory(image.getVoxelType(), voxels, threads, false) + ofSelection;
 }
 

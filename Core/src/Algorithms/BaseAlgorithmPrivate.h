@@ -49,8 +49,8 @@ public:
     bool m_autoDispatch = true;
     bool m_iterateSpectral = false;
     bool m_iterateSequence = false;
-    std::size_t m_frame = 0;    ///< that the present pass of an iterated run shows, or 0
-    std::size_t m_channel = 0;  ///< likewise
+    std::size_t m_frame = 0;             ///< that the present pass of an iterated run shows, or 0
+    std::size_t m_channel = 0;           ///< likewise
     std::atomic<bool> m_entered{false};  ///< keeps a second call of `run` out
     std::atomic<bool> m_running{false};  ///< what others see of it
     std::atomic<bool> m_internalRunStarted{false};

@@ -217,7 +217,8 @@ TEST(Measures, OfFullRangesStayExact) {
 TEST(Measures, OfGreyValuesThatAreNoNumbers) {
     const double nan = std::nan("");
     const double infinity = std::numeric_limits<double>::infinity();
-    // Label 1: NaN, 2, 4; label 2: NaN alone; label 3: infinity and 1; label 4: -infinity and 1; label 5: both infinities.
+    // Label 1: NaN, 2, 4; label 2: NaN alone; label 3: infinity and 1; label 4: -infinity and 1; label 5: both
+    // infinities.
     const std::vector<double> values{nan, 2, 4, nan, infinity, 1, -infinity, 1, infinity, -infinity};
     const std::vector<int> names{1, 1, 1, 2, 3, 3, 4, 4, 5, 5};
     const io::MemoryImage labels =

@@ -31,9 +31,9 @@ private:
 /// True when writing an output would disturb an input that is still to be read; false for no output.
 RIX_EXPORT bool isOverwritten(const ImageModel& input, const ImageModel* output);
 
-/// Calls `use` with an image as it is to be read, where rules have since given it, as an output of the same run, another
-/// meaning: if it was binary, with its samples shown as 0 and 1; if only the result is binary, with its samples as they
-/// are.
+/// Calls `use` with an image as it is to be read, where rules have since given it, as an output of the same run,
+/// another meaning: if it was binary, with its samples shown as 0 and 1; if only the result is binary, with its samples
+/// as they are.
 /// @param meaning of the image before the rules
 RIX_EXPORT void readAsItWas(const ImageModel& image, Interpretations meaning, FunctionRef<void(const ImageModel&)> use);
 

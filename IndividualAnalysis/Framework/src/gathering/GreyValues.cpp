@@ -88,8 +88,8 @@ double percentileOf(std::span<T> values, double percentage) {
     const double fraction = position - whole;
     // Without the tests infinities would make NaN: equal ones beside each other, and one below a finite value, to which
     // every share of the way is infinite.
-    const bool isLower = fraction == 0.0 || found.lower == found.upper ||
-                         (std::isinf(found.lower) && std::isfinite(found.upper));
+    const bool isLower =
+        fraction == 0.0 || found.lower == found.upper || (std::isinf(found.lower) && std::isfinite(found.upper));
     return isLower ? found.lower : found.lower + fraction * (found.upper - found.lower);
 }
 

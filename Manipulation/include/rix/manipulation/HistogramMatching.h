@@ -14,8 +14,8 @@ namespace rix::manipulation {
 /// A voxel of value v becomes the value of the reference up to which there is the same share of voxels: R(F(v)), where
 /// F(v) is the share of the input's voxels with values up to v. The function R is linear between the values that occur
 /// in the reference, at their shares, and the smallest of them below. Types of 8 and 16 bits are counted by values;
-/// wider ones in 65535 classes of equal width between the extreme values, within which shares grow linearly. Only finite
-/// voxels count; infinite ones get the value of the nearer end.
+/// wider ones in 65535 classes of equal width between the extreme values, within which shares grow linearly. Only
+/// finite voxels count; infinite ones get the value of the nearer end.
 ///
 /// In integer types results are rounded to the nearest integer, ties to even, and clamped. NaN stays NaN. When no voxel
 /// of either image is finite, the input stays what it is. Binary images count as 0 and 1, whatever they hold beside 0.
