@@ -32,7 +32,7 @@ void process(ClampIntensity& algorithm, OptimLevelType level) {
     double bounds[2];  // as samples of the type, whose widest takes this
     roundingRow(RIX_FLOAT64, type, level)(reals, bounds, 2);
     const ClampRow row = clampRow(type, level);
-    const access::PieceInput inputs[] = {{input, type, algorithms::stateOf<InputState>(algorithm).isBinary}};
+    const access::PieceInput inputs[] = {{input, type, algorithms::wasBinary(algorithm)}};
     computePieces(algorithm.executionContext(), {.inputs = inputs, .computedAs = type}, *algorithm.getOutputImage(),
                   level, [&](const Piece& piece) { row(piece.in[0], bounds, piece.out, piece.count); });
 }
@@ -42,12 +42,12 @@ constexpr algorithms::Definition<ClampIntensity> definition{
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,
-    .prepare = &rememberInput<ClampIntensity>,
+    .prepare = &algorithms::rememberMeaning<ClampIntensity>,
     .memory = &pointMemory<ClampIntensity>,
 };
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(ClampIntensity, InputState, definition)
+RIX_DEFINE_ALGORITHM_WITH(ClampIntensity, algorithms::InputMeaning, definition)
 
 }  // namespace rix::manipulation

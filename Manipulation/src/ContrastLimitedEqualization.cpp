@@ -55,7 +55,7 @@ TileEqualization equalizationOf(const Filter& filter) {
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     ImageModel& output = *filter.getOutputImage();
-    const NumberImage numbers(filter, *filter.getInputImage(), algorithms::stateOf<InputState>(filter).isBinary, level);
+    const NumberImage numbers(filter, *filter.getInputImage(), algorithms::wasBinary(filter), level);
     const auto all = helper::getExtents(output);
     std::vector<std::size_t> extents(all.begin(), all.end());
     extents[SEQUENCE] = extents[SPECTRAL_SERIES] = 1;
@@ -89,7 +89,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Composite,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
-        .prepare = &rememberInput<Filter>,
+        .prepare = &algorithms::rememberMeaning<Filter>,
         .memory = &memoryOf<Filter>,
     };
 }
@@ -101,7 +101,7 @@ constexpr auto ofVolumes =
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(ContrastLimitedEqualization2d, InputState, ofPlanes)
-RIX_DEFINE_ALGORITHM_WITH(ContrastLimitedEqualization3d, InputState, ofVolumes)
+RIX_DEFINE_ALGORITHM_WITH(ContrastLimitedEqualization2d, algorithms::InputMeaning, ofPlanes)
+RIX_DEFINE_ALGORITHM_WITH(ContrastLimitedEqualization3d, algorithms::InputMeaning, ofVolumes)
 
 }  // namespace rix::manipulation

@@ -28,7 +28,7 @@ void declare(GammaCorrection& algorithm, algorithms::Properties& properties) {
 
 void process(GammaCorrection& algorithm, OptimLevelType level) {
     const ImageModel& input = *algorithm.getInputImage();
-    const bool binary = algorithms::stateOf<InputState>(algorithm).isBinary;
+    const bool binary = algorithms::wasBinary(algorithm);
     double scale = 1.0;
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
@@ -48,12 +48,12 @@ constexpr algorithms::Definition<GammaCorrection> definition{
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,
-    .prepare = &rememberInput<GammaCorrection>,
+    .prepare = &algorithms::rememberMeaning<GammaCorrection>,
     .memory = &pointMemory<GammaCorrection>,
 };
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(GammaCorrection, InputState, definition)
+RIX_DEFINE_ALGORITHM_WITH(GammaCorrection, algorithms::InputMeaning, definition)
 
 }  // namespace rix::manipulation

@@ -58,7 +58,7 @@ bool hasSeveralValues(const GreyDistribution& distribution) {
 void process(HistogramEqualization& algorithm, OptimLevelType level) {
     const ImageModel& input = *algorithm.getInputImage();
     const access::Steps steps(algorithm.executionContext(), 3);
-    const NumberImage numbers(algorithm, input, algorithms::stateOf<InputState>(algorithm).isBinary, level);
+    const NumberImage numbers(algorithm, input, algorithms::wasBinary(algorithm), level);
     const GreyDistribution distribution = distributionOf(algorithm.executionContext(), level, numbers.image(),
                                                          static_cast<std::size_t>(algorithm.getNumberOfClasses()));
     if (hasSeveralValues(distribution)) {
@@ -89,12 +89,12 @@ constexpr algorithms::Definition<HistogramEqualization> definition{
     .kind = AlgorithmKind::Composite,
     .declare = &declare,
     .process = &process,
-    .prepare = &rememberInput<HistogramEqualization>,
+    .prepare = &algorithms::rememberMeaning<HistogramEqualization>,
     .memory = &memoryOf,
 };
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(HistogramEqualization, InputState, definition)
+RIX_DEFINE_ALGORITHM_WITH(HistogramEqualization, algorithms::InputMeaning, definition)
 
 }  // namespace rix::manipulation

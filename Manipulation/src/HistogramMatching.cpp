@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t classes = 65535;
 
-struct MatchingState : InputState {
+struct MatchingState : algorithms::InputMeaning {
     bool isReferenceBinary = false;
 };
 
@@ -91,7 +91,7 @@ void process(HistogramMatching& algorithm, OptimLevelType level) {
     access::ExecutionContext& context = algorithm.executionContext();
     const access::Steps steps(context, 5);
     const auto measure = [&](const ImageModel& image) { return distributionOf(context, level, image, classes); };
-    const NumberImage numbers(algorithm, *algorithm.getInputImage(), state.isBinary, level);
+    const NumberImage numbers(algorithm, *algorithm.getInputImage(), algorithms::wasBinary(algorithm), level);
     const GreyDistribution input = measure(numbers.image());
     GreyDistribution reference;
     {
@@ -132,7 +132,7 @@ constexpr algorithms::Definition<HistogramMatching> definition{
     .process = &process,
     .prepare =
         [](HistogramMatching& algorithm) {
-            rememberInput(algorithm);
+            algorithms::rememberMeaning(algorithm);
             algorithms::stateOf<MatchingState>(algorithm).isReferenceBinary =
                 isBinary(algorithm.getInputReferenceImage());
         },

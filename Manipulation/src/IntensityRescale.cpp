@@ -20,10 +20,6 @@ namespace {
 
 constexpr double nanosecondsPerVoxel = 0.9;
 
-/// By the values of `OutputType`.
-constexpr VoxelTypes voxelTypes[] = {RIX_UINT8,  RIX_INT8,  RIX_UINT16,  RIX_INT16,
-                                     RIX_UINT32, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64};
-
 void declare(IntensityRescale& algorithm, algorithms::Properties& properties) {
     const auto hasMode = [&algorithm](IntensityRescale::RangeMode mode) {
         return [&algorithm, mode] { return algorithm.getRangeMode() == mode; };
@@ -53,7 +49,7 @@ void declare(IntensityRescale& algorithm, algorithms::Properties& properties) {
         algorithm.outputImage, "The stretched grey values.", AddRuleAssertNotNull(),
         AddRuleInPlaceOrDisjoint(algorithm.inputImage),
         AddRuleEnforceLike(algorithm.inputImage, {.interpretation = RIX_VALUE, .chosenType = [&algorithm] {
-                                                      return voxelTypes[algorithm.getOutputType()];
+                                                      return algorithms::voxelTypeOf(algorithm.getOutputType());
                                                   }}));
 }
 
@@ -73,7 +69,7 @@ analysis::GreyRange rangeOf(const IntensityRescale& algorithm, access::Execution
 }
 
 void process(IntensityRescale& algorithm, OptimLevelType level) {
-    const bool binary = algorithms::stateOf<InputState>(algorithm).isBinary;
+    const bool binary = algorithms::wasBinary(algorithm);
     const access::Steps steps(algorithm.executionContext(),
                               (binary ? 1U : 0U) + (algorithm.getRangeMode() == IntensityRescale::OTHER ? 1U : 2U));
     const NumberImage numbers(algorithm, *algorithm.getInputImage(), binary, level);
@@ -101,7 +97,7 @@ constexpr algorithms::Definition<IntensityRescale> definition{
     .kind = AlgorithmKind::Composite,
     .declare = &declare,
     .process = &process,
-    .prepare = &rememberInput<IntensityRescale>,
+    .prepare = &algorithms::rememberMeaning<IntensityRescale>,
     .memory = &memoryOf,
     .memoryIsExact = false,  // quantiles depend on the values
 };
@@ -113,14 +109,6 @@ const EnumInfo& IntensityRescale::getInfoRangeMode() {
     return info;
 }
 
-const EnumInfo& IntensityRescale::getInfoOutputType() {
-    static const EnumInfo info("OutputType",
-                               "UNSIGNED_INTEGER_8_BIT = 0, SIGNED_INTEGER_8_BIT, UNSIGNED_INTEGER_16_BIT, "
-                               "SIGNED_INTEGER_16_BIT, UNSIGNED_INTEGER_32_BIT, SIGNED_INTEGER_32_BIT, FLOAT_32_BIT, "
-                               "FLOAT_64_BIT");
-    return info;
-}
-
-RIX_DEFINE_ALGORITHM_WITH(IntensityRescale, InputState, definition)
+RIX_DEFINE_ALGORITHM_WITH(IntensityRescale, algorithms::InputMeaning, definition)
 
 }  // namespace rix::manipulation

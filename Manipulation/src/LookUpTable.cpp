@@ -46,8 +46,8 @@ void process(LookUpTable& algorithm, OptimLevelType level) {
             out[i] = static_cast<T>(entryAt(table, static_cast<double>(in[i])));
         }
     };
-    applyFunction(algorithm, *algorithm.getInputImage(), algorithms::stateOf<InputState>(algorithm).isBinary,
-                  *algorithm.getOutputImage(), level, nanosecondsPerVoxel, rows);
+    applyFunction(algorithm, *algorithm.getInputImage(), algorithms::wasBinary(algorithm), *algorithm.getOutputImage(),
+                  level, nanosecondsPerVoxel, rows);
 }
 
 constexpr algorithms::Definition<LookUpTable> definition{
@@ -55,12 +55,12 @@ constexpr algorithms::Definition<LookUpTable> definition{
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,
-    .prepare = &rememberInput<LookUpTable>,
+    .prepare = &algorithms::rememberMeaning<LookUpTable>,
     .memory = &pointMemory<LookUpTable>,
 };
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_WITH(LookUpTable, InputState, definition)
+RIX_DEFINE_ALGORITHM_WITH(LookUpTable, algorithms::InputMeaning, definition)
 
 }  // namespace rix::manipulation

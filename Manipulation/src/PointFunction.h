@@ -4,9 +4,8 @@
 
 #include <rix/access/FunctionRef.h>
 #include <rix/access/Pieces.h>
-#include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/image/ImageModel.h>
 
 namespace rix::manipulation {
@@ -38,20 +37,7 @@ void applyFunction(BaseAlgorithm& algorithm, const ImageModel& input, bool input
 /// Peak bytes of working memory of a pass from one image to another.
 std::size_t functionMemory(std::size_t threads);
 
-/// Whether an image is set and its voxels count as 0 and 1.
-inline bool isBinary(const ImageModel* image) {
-    return image != nullptr && image->getInterpretation() == RIX_BINARY;
-}
-
-/// What an operation on one image keeps from before its rules, which in place re-interpret the input.
-struct InputState : algorithms::AbstractPrivateImplementation {
-    bool isBinary = false;
-};
-
-template <class Algorithm>
-void rememberInput(Algorithm& algorithm) {
-    algorithms::stateOf<InputState>(algorithm).isBinary = isBinary(algorithm.getInputImage());
-}
+using algorithms::isBinary;
 
 template <class Algorithm>
 std::size_t pointMemory(const Algorithm& algorithm) {

@@ -43,8 +43,8 @@ void process(UnaryFunction& algorithm, OptimLevelType level) {
     const auto rows = [&]<class T>(const T* in, T* out, std::size_t count) {
         mathRow<T>(function, level)(in, out, count);
     };
-    applyFunction(algorithm, *algorithm.getInputImage(), algorithms::stateOf<InputState>(algorithm).isBinary,
-                  *algorithm.getOutputImage(), level, nanosecondsOf(function), rows);
+    applyFunction(algorithm, *algorithm.getInputImage(), algorithms::wasBinary(algorithm), *algorithm.getOutputImage(),
+                  level, nanosecondsOf(function), rows);
 }
 
 constexpr algorithms::Definition<UnaryFunction> definition{
@@ -52,7 +52,7 @@ constexpr algorithms::Definition<UnaryFunction> definition{
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,
-    .prepare = &rememberInput<UnaryFunction>,
+    .prepare = &algorithms::rememberMeaning<UnaryFunction>,
     .memory = &pointMemory<UnaryFunction>,
 };
 
@@ -67,6 +67,6 @@ const EnumInfo& UnaryFunction::getInfoFunction() {
     return info;
 }
 
-RIX_DEFINE_ALGORITHM_WITH(UnaryFunction, InputState, definition)
+RIX_DEFINE_ALGORITHM_WITH(UnaryFunction, algorithms::InputMeaning, definition)
 
 }  // namespace rix::manipulation

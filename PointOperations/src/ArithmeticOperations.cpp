@@ -31,9 +31,6 @@ struct WithImageState : algorithms::AbstractPrivateImplementation {
     bool isBinary1 = false;
     bool isBinary2 = false;
 };
-struct WithValueState : algorithms::AbstractPrivateImplementation {
-    bool isBinary = false;
-};
 
 /// The promotion table of an operator. @throws RuleException
 PromotionTypesRulesType promotionOf(int arithmeticOperator) {
@@ -131,7 +128,7 @@ void prepareWithImage(ArithmeticOperationWithImage& algorithm) {
 
 void prepareWithValue(ArithmeticOperationWithValue& algorithm) {
     static_cast<void>(promotionOf(algorithm));
-    algorithms::stateOf<WithValueState>(algorithm).isBinary = isBinary(algorithm.getInputImage());
+    algorithms::rememberMeaning(algorithm);
 }
 
 using Operator = ArithmeticOperators::ArithmeticOperatorType;
@@ -264,9 +261,8 @@ private:
 };
 
 void processValue(ArithmeticOperationWithValue& algorithm, OptimLevelType level) {
-    const auto& state = algorithms::stateOf<WithValueState>(algorithm);
     const Operator op = algorithm.getArithmeticOperator();
-    const GenericPointOperationImageToImageInfo info{*algorithm.getInputImage(), state.isBinary,
+    const GenericPointOperationImageToImageInfo info{*algorithm.getInputImage(), algorithms::wasBinary(algorithm),
                                                      *algorithm.getOutputImage(), algorithm};
     const VoxelTypes type = info.output.getVoxelType();
     const VoxelTypes imageType = info.input.getVoxelType();
@@ -331,6 +327,6 @@ constexpr algorithms::Definition<ArithmeticOperationWithValue> withValue{
 }  // namespace
 
 RIX_DEFINE_ALGORITHM_WITH(ArithmeticOperationWithImage, WithImageState, withImage)
-RIX_DEFINE_ALGORITHM_WITH(ArithmeticOperationWithValue, WithValueState, withValue)
+RIX_DEFINE_ALGORITHM_WITH(ArithmeticOperationWithValue, algorithms::InputMeaning, withValue)
 
 }  // namespace rix::point_operations

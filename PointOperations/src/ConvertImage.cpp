@@ -17,10 +17,6 @@ namespace rix::point_operations {
 
 namespace {
 
-struct ConvertState : algorithms::AbstractPrivateImplementation {
-    bool isBinary = false;  ///< as it was before the rules: in place, they re-interpret the input
-};
-
 /// What an output type makes of the output.
 struct OutputKind {
     VoxelTypes voxelType;
@@ -80,8 +76,7 @@ void makeBinary(ConvertImage& algorithm, OptimLevelType level) {
 }
 
 void process(ConvertImage& algorithm, OptimLevelType level) {
-    const GenericPointOperationImageToImageInfo info{*algorithm.getInputImage(),
-                                                     algorithms::stateOf<ConvertState>(algorithm).isBinary,
+    const GenericPointOperationImageToImageInfo info{*algorithm.getInputImage(), algorithms::wasBinary(algorithm),
                                                      *algorithm.getOutputImage(), algorithm};
     const VoxelTypes from = info.input.getVoxelType();
     const access::Stores stores = access::storesFor(info.output);
@@ -100,10 +95,7 @@ constexpr algorithms::Definition<ConvertImage> definition{
     .kind = AlgorithmKind::Point,
     .declare = &declare,
     .process = &process,
-    .prepare =
-        [](ConvertImage& algorithm) {
-            algorithms::stateOf<ConvertState>(algorithm).isBinary = isBinary(algorithm.getInputImage());
-        },
+    .prepare = &algorithms::rememberMeaning<ConvertImage>,
     .memory = &passMemory,
     .wrapped = [](const ConvertImage& algorithm, access::ExecutionContext& context) -> std::uint64_t {
         const bool binary = algorithm.getOutputType() == ConvertImage::BINARY;
@@ -140,6 +132,6 @@ int ConvertImage::getVersion() const {
     return 2;
 }
 
-RIX_DEFINE_ALGORITHM_WITH(ConvertImage, ConvertState, definition)
+RIX_DEFINE_ALGORITHM_WITH(ConvertImage, algorithms::InputMeaning, definition)
 
 }  // namespace rix::point_operations

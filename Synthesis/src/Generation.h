@@ -14,8 +14,6 @@
 /// What the sources of all generators share: how they declare the image, and how rows are computed.
 namespace rix::synthesis {
 
-VoxelTypes voxelTypeOf(ImageGenerator::OutputType type);
-
 /// The header that the properties ask for, of values; inputs hold.
 ImageHeader headerOf(const ImageGenerator& generator);
 
@@ -27,6 +25,19 @@ void declareImage(ImageGenerator& generator, algorithms::Properties& properties,
 /// Values of a row are computed as doubles in pieces of this many.
 inline constexpr std::size_t pieceVoxels = 512;
 
+/// Calls `piece(position, offset, count)` for the pieces of a row from a position on. Frames and channels of positions
+/// count from those of `first`, where the pass begins.
+template <class Piece>
+void forEachPieceOfRow(access::Position at, const access::Position& first, std::size_t count, const Piece& piece) {
+    at.sequence += first.sequence;
+    at.spectral += first.spectral;
+    for (std::size_t done = 0; done < count; done += pieceVoxels) {
+        const std::size_t n = std::min(pieceVoxels, count - done);
+        piece(at, done, n);
+        at.column += n;
+    }
+}
+
 /// Computes an image from positions: `values(position, row, count)` gives `count` values from a position on. Frames and
 /// channels of positions count from the whole image also where a run is iterated over them.
 template <class Values>
@@ -35,16 +46,12 @@ void generate(BaseAlgorithm& algorithm, ImageModel& output, double nanosecondsPe
     access::dispatch(access::Reals{}, output.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         access::generateRowsAt<T>(algorithm.executionContext(), output, nanosecondsPerVoxel,
-                                  [&](access::Position at, T* out, std::size_t count) {
-                                      at.sequence += first.sequence;
-                                      at.spectral += first.spectral;
+                                  [&](const access::Position& row, T* out, std::size_t count) {
                                       double piece[pieceVoxels];
-                                      for (std::size_t done = 0; done < count; done += pieceVoxels) {
-                                          const std::size_t n = std::min(pieceVoxels, count - done);
+                                      forEachPieceOfRow(row, first, count, [&](const auto& at, auto done, auto n) {
                                           values(at, piece, n);
                                           access::roundSamples(piece, out + done, n);
-                                          at.column += n;
-                                      }
+                                      });
                                   });
     });
 }

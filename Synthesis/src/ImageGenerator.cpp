@@ -45,7 +45,8 @@ public:
     explicit RuleImageFits(const ImageGenerator& generator) : m_generator(generator) {}
 
     void apply(Property<int>& property) override {
-        std::size_t bytes = helper::getSizeOf(voxelTypeOf(static_cast<ImageGenerator::OutputType>(property.get())));
+        std::size_t bytes =
+            helper::getSizeOf(algorithms::voxelTypeOf(static_cast<ImageGenerator::OutputType>(property.get())));
         bool counts = true;
         String extents;
         String names;
@@ -74,28 +75,14 @@ ImageGenerator::ImageGenerator(algorithms::AbstractPrivateImplementation* implem
 
 ImageGenerator::~ImageGenerator() = default;
 
-const EnumInfo& ImageGenerator::getInfoOutputType() {
-    static const EnumInfo info("OutputType",
-                               "UNSIGNED_INTEGER_8_BIT = 0, SIGNED_INTEGER_8_BIT, UNSIGNED_INTEGER_16_BIT, "
-                               "SIGNED_INTEGER_16_BIT, UNSIGNED_INTEGER_32_BIT, SIGNED_INTEGER_32_BIT, FLOAT_32_BIT, "
-                               "FLOAT_64_BIT");
-    return info;
-}
-
 const EnumInfo& getInfoAxis() {
     static const EnumInfo info("Axis", "COLUMNS = 0, ROWS, PLANS");
     return info;
 }
 
-VoxelTypes voxelTypeOf(ImageGenerator::OutputType type) {
-    constexpr std::array types{RIX_UINT8,  RIX_INT8,  RIX_UINT16,  RIX_INT16,
-                               RIX_UINT32, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64};
-    return types.at(static_cast<std::size_t>(type));
-}
-
 ImageHeader headerOf(const ImageGenerator& generator) {
     ImageHeader header;
-    header.voxelType = voxelTypeOf(generator.getOutputType());
+    header.voxelType = algorithms::voxelTypeOf(generator.getOutputType());
     const auto sizes = sizesOf(generator);
     for (std::size_t axis = 0; axis < sizes.size(); ++axis) {
         header.extents[axis] = static_cast<std::size_t>(sizes[axis]->get());

@@ -113,17 +113,13 @@ void processAddition(AddNoise& algorithm, OptimLevelType level) {
     ImageModel& output = *algorithm.getOutputImage();
     access::dispatch(access::Reals{}, output.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        const auto addToRow = [&](access::Position at, const T* in, T* out, std::size_t count) {
-            at.sequence += first.sequence;
-            at.spectral += first.spectral;
+        const auto addToRow = [&](const access::Position& row, const T* in, T* out, std::size_t count) {
             double piece[pieceVoxels];
-            for (std::size_t done = 0; done < count; done += pieceVoxels) {
-                const std::size_t n = std::min(pieceVoxels, count - done);
+            forEachPieceOfRow(row, first, count, [&](const auto& at, auto done, auto n) {
                 std::copy_n(in + done, n, piece);
                 noise.apply(at, piece, n);
                 access::roundSamples(piece, out + done, n);
-                at.column += n;
-            }
+            });
         };
         algorithms::readAsItWas(algorithm, [&](const ImageModel& input) {
             access::transformRowsAt<T, T>(algorithm.executionContext(), input, output, costOf(algorithm), addToRow);

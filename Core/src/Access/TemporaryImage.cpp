@@ -59,10 +59,8 @@ void readAsItWas(const ImageModel& image, Interpretations meaning, FunctionRef<v
     const bool isBinary = image.getInterpretation() == RIX_BINARY;
     if (isBinary == (meaning == RIX_BINARY)) {
         use(image);
-    } else if (isBinary) {
-        use(AsMeant(image, meaning));
     } else {
-        use(ImageModelBinaryProxy(&image, image.getVoxelType()));
+        use(AsMeant(image, meaning));
     }
 }
 
@@ -76,6 +74,19 @@ void writeThroughTemporary(ExecutionContext& context, ImageModel& output, Functi
         transformRows<T, T>(context, temporary.image(), output, nanosecondsPerCopy,
                             [samples](const T* in, T* out, std::size_t count) { castRow(in, out, count * samples); });
     });
+}
+
+void writeApart(ExecutionContext& context, const ImageModel& input, ImageModel& output,
+                FunctionRef<void(ImageModel&)> compute) {
+    if (isOverwritten(input, &output)) {
+        writeThroughTemporary(context, output, compute);
+    } else {
+        compute(output);
+    }
+}
+
+std::size_t writeApartMemory(const ImageModel& input, const ImageModel* output, VoxelTypes outputType) {
+    return isOverwritten(input, output) ? TemporaryImage::bytes(input, outputType) : 0;
 }
 
 }  // namespace rix::access

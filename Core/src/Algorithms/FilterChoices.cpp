@@ -1,6 +1,8 @@
 #include <rix/algorithms/FilterChoices.h>
 
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/SpacingRules.h>
@@ -20,6 +22,20 @@ const EnumInfo& getInfoOutputType() {
 
 VoxelTypes voxelTypeOf(OutputType type, VoxelTypes input) {
     return type == OutputType::FLOAT_32_BIT ? RIX_FLOAT32 : input;
+}
+
+const EnumInfo& getInfoRealOutputType() {
+    static const EnumInfo info("OutputType",
+                               "UNSIGNED_INTEGER_8_BIT = 0, SIGNED_INTEGER_8_BIT, UNSIGNED_INTEGER_16_BIT, "
+                               "SIGNED_INTEGER_16_BIT, UNSIGNED_INTEGER_32_BIT, SIGNED_INTEGER_32_BIT, FLOAT_32_BIT, "
+                               "FLOAT_64_BIT");
+    return info;
+}
+
+VoxelTypes voxelTypeOf(RealOutputType type) {
+    constexpr std::array types{RIX_UINT8,  RIX_INT8,  RIX_UINT16,  RIX_INT16,
+                               RIX_UINT32, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64};
+    return types.at(static_cast<std::size_t>(type));
 }
 
 const EnumInfo& getInfoNeighborhood2DType() {

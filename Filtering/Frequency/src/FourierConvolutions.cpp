@@ -46,14 +46,9 @@ void process(Filter& filter, OptimLevelType /*level*/) {
     const ConvolutionJob job{tilesFor(filter), filter.getBorderPolicy(), filter.getBorderValue()};
     ImageModel& output = *filter.getOutputImage();
     algorithms::readAsItWas(filter, [&](const ImageModel& input) {
-        const auto convolveInto = [&](ImageModel& target) {
+        access::writeApart(filter.executionContext(), input, output, [&](ImageModel& target) {
             convolveTiles(filter.executionContext(), input, *filter.getInputKernelImage(), target, job);
-        };
-        if (access::isOverwritten(input, &output)) {
-            access::writeThroughTemporary(filter.executionContext(), output, convolveInto);
-        } else {
-            convolveInto(output);
-        }
+        });
     });
 }
 
@@ -65,10 +60,8 @@ access::Reach reachOf(const Filter& filter) {
 template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
-    const std::size_t bytes = convolutionBytes(input, tilesFor(filter), filter.getMaximumThreads());
-    return access::isOverwritten(input, filter.getOutputImage())
-               ? bytes + access::TemporaryImage::bytes(input, outputType(filter))
-               : bytes;
+    return convolutionBytes(input, tilesFor(filter), filter.getMaximumThreads()) +
+           access::writeApartMemory(input, filter.getOutputImage(), outputType(filter));
 }
 
 template <class Filter>

@@ -83,12 +83,8 @@ void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     ImageModel& output = *filter.getOutputImage();
     algorithms::readAsItWas(filter, [&](const ImageModel& input) {
-        if (access::isOverwritten(input, &output)) {
-            access::writeThroughTemporary(context, output,
-                                          [&](ImageModel& target) { sumBoxes(context, input, target, job, level); });
-        } else {
-            sumBoxes(context, input, output, job, level);
-        }
+        access::writeApart(context, input, output,
+                           [&](ImageModel& target) { sumBoxes(context, input, target, job, level); });
     });
 }
 
@@ -102,11 +98,8 @@ access::Reach reachOf(const Filter& filter) {
 template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
-    const std::size_t bytes =
-        boxWorkingBytes(input, jobFor(filter, input.getInterpretation()), filter.getMaximumThreads());
-    return access::isOverwritten(input, filter.getOutputImage())
-               ? bytes + access::TemporaryImage::bytes(input, outputType(filter))
-               : bytes;
+    return boxWorkingBytes(input, jobFor(filter, input.getInterpretation()), filter.getMaximumThreads()) +
+           access::writeApartMemory(input, filter.getOutputImage(), outputType(filter));
 }
 
 template <class Filter>

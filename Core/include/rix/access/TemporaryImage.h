@@ -45,4 +45,12 @@ RIX_EXPORT void readAsItWas(const ImageModel& image, Interpretations meaning, Fu
 RIX_EXPORT void writeThroughTemporary(ExecutionContext& context, ImageModel& output,
                                       FunctionRef<void(ImageModel&)> compute);
 
+/// Lets `compute` write all samples of an output from an input that it reads all the while: straight into it, or, where
+/// it overwrites the input, through a temporary image.
+RIX_EXPORT void writeApart(ExecutionContext& context, const ImageModel& input, ImageModel& output,
+                           FunctionRef<void(ImageModel&)> compute);
+
+/// The bytes of that temporary image, or 0. @param outputType that the output, which may be null, will have
+RIX_EXPORT std::size_t writeApartMemory(const ImageModel& input, const ImageModel* output, VoxelTypes outputType);
+
 }  // namespace rix::access

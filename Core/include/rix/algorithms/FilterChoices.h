@@ -22,6 +22,20 @@ enum class OutputType : int { SAME_AS_INPUT = 0, FLOAT_32_BIT };
 RIX_EXPORT const EnumInfo& getInfoOutputType();
 RIX_EXPORT VoxelTypes voxelTypeOf(OutputType type, VoxelTypes input);
 
+/// The samples of a result that may be of any real type.
+enum class RealOutputType : int {
+    UNSIGNED_INTEGER_8_BIT = 0,
+    SIGNED_INTEGER_8_BIT,
+    UNSIGNED_INTEGER_16_BIT,
+    SIGNED_INTEGER_16_BIT,
+    UNSIGNED_INTEGER_32_BIT,
+    SIGNED_INTEGER_32_BIT,
+    FLOAT_32_BIT,
+    FLOAT_64_BIT
+};
+RIX_EXPORT const EnumInfo& getInfoRealOutputType();
+RIX_EXPORT VoxelTypes voxelTypeOf(RealOutputType type);
+
 /// Which pixels of a plane are neighbours: across an edge only, or also across a corner.
 enum class Neighborhood2DType : int { CONNECTIVITY_4 = 0, CONNECTIVITY_8 };
 RIX_EXPORT const EnumInfo& getInfoNeighborhood2DType();

@@ -8,6 +8,11 @@
 /// are read, and those of a binary image count as 0 and 1.
 namespace rix::algorithms {
 
+/// Whether an image is set and its voxels count as 0 and 1.
+inline bool isBinary(const ImageModel* image) {
+    return image != nullptr && image->getInterpretation() == RIX_BINARY;
+}
+
 /// The state of such an algorithm, which has `inputImage` or `inputGrayImage`.
 struct RIX_EXPORT InputMeaning : AbstractPrivateImplementation {
     ~InputMeaning() override;
@@ -31,9 +36,14 @@ const ImageModel* inputOf(const Algorithm& algorithm) {
 /// Its `prepare`.
 template <class Algorithm>
 void rememberMeaning(Algorithm& algorithm) {
-    if (const ImageModel* const input = detail::inputOf(algorithm); input != nullptr) {
-        stateOf<InputMeaning>(algorithm).meaning = input->getInterpretation();
-    }
+    const ImageModel* const input = detail::inputOf(algorithm);
+    stateOf<InputMeaning>(algorithm).meaning = input != nullptr ? input->getInterpretation() : RIX_VALUE;
+}
+
+/// Whether the voxels of its input count as 0 and 1.
+template <class Algorithm>
+bool wasBinary(const Algorithm& algorithm) {
+    return stateOf<InputMeaning>(algorithm).meaning == RIX_BINARY;
 }
 
 /// Calls `use` with the input as it was meant.

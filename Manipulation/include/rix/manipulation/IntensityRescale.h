@@ -1,6 +1,7 @@
 #pragma once
 
 #include <rix/algorithms/Declaration.h>
+#include <rix/algorithms/FilterChoices.h>
 
 namespace rix {
 class EnumInfo;
@@ -41,17 +42,9 @@ class RIX_EXPORT IntensityRescale : public BaseAlgorithm {
     enum RangeMode : int { MIN_MAX = 0, QUANTILES, OTHER };
     static const EnumInfo& getInfoRangeMode();
 
-    enum OutputType : int {
-        UNSIGNED_INTEGER_8_BIT = 0,
-        SIGNED_INTEGER_8_BIT,
-        UNSIGNED_INTEGER_16_BIT,
-        SIGNED_INTEGER_16_BIT,
-        UNSIGNED_INTEGER_32_BIT,
-        SIGNED_INTEGER_32_BIT,
-        FLOAT_32_BIT,
-        FLOAT_64_BIT
-    };
-    static const EnumInfo& getInfoOutputType();
+    /// The type of the result.
+    using OutputType = algorithms::RealOutputType;
+    using enum algorithms::RealOutputType;
 
     RIX_INPUT(const ImageModel*, InputImage, inputImage)
     /// A quantile or a value, as `rangeMode` says; default 0.
@@ -65,7 +58,7 @@ class RIX_EXPORT IntensityRescale : public BaseAlgorithm {
     /// Default 255.
     RIX_INPUT(double, OutputMaximum, outputMaximum)
     /// Default `UNSIGNED_INTEGER_8_BIT`.
-    RIX_CHOICE(OutputType, OutputType, outputType, getInfoOutputType)
+    RIX_CHOICE(OutputType, OutputType, outputType, algorithms::getInfoRealOutputType)
     RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 };
 

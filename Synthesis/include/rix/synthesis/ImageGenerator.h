@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include <rix/algorithms/Declaration.h>
+#include <rix/algorithms/FilterChoices.h>
 #include <rix/math/Vector.h>
 #include <rix/properties/RarePropertyInstances.h>
 
@@ -25,17 +26,9 @@ RIX_EXPORT const EnumInfo& getInfoAxis();
 ///         more bytes than `RIX_MAXIMUM_IMAGE_SIZE` allows or, without that setting, than the machine has memory.
 class RIX_EXPORT ImageGenerator : public BaseAlgorithm {
 public:
-    enum OutputType : int {
-        UNSIGNED_INTEGER_8_BIT = 0,
-        SIGNED_INTEGER_8_BIT,
-        UNSIGNED_INTEGER_16_BIT,
-        SIGNED_INTEGER_16_BIT,
-        UNSIGNED_INTEGER_32_BIT,
-        SIGNED_INTEGER_32_BIT,
-        FLOAT_32_BIT,
-        FLOAT_64_BIT
-    };
-    static const EnumInfo& getInfoOutputType();
+    /// The type of the result.
+    using OutputType = algorithms::RealOutputType;
+    using enum algorithms::RealOutputType;
 
     ~ImageGenerator() override;
 
@@ -52,7 +45,7 @@ public:
     /// Of columns, rows and planes; default 1.
     RIX_INPUT(math::Vector3<double>, Spacing, spacing)
     /// Default `FLOAT_32_BIT`.
-    RIX_CHOICE(OutputType, OutputType, outputType, getInfoOutputType)
+    RIX_CHOICE(OutputType, OutputType, outputType, algorithms::getInfoRealOutputType)
     RIX_OUTPUT(ImageModel*, OutputImage, outputImage)
 
 protected:
