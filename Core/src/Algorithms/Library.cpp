@@ -47,6 +47,7 @@ void init() {
 void finish() {
     const std::lock_guard lock(startMutex());
     finishPlugins();
+    const process::ActiveRun asARun;  // to give arenas back is to use oneTBB
     algorithms::releaseIdleWorkers();
     algorithms::ThreadLimiter::releaseArenas();
     devices::Cpu::release();

@@ -20,14 +20,16 @@ constinit std::size_t activeRuns = 0;     // with the lock of the runs
 constinit std::size_t startedRuns = 0;    // with the lock of the runs
 constinit bool threadsAreEnding = false;  // with the lock of the runs
 thread_local constinit std::size_t runsOfThread = 0;
+thread_local constinit bool runsOfThreadAreAlone = false;
 constinit bool childIsAlone = false;  // in the forking thread only
 constinit std::atomic<bool> isAlone{false};
 constinit std::atomic<unsigned> forks{0};
 
-/// Runs and other forks wait while the threads of oneTBB end, which does not bear it when others start threads
-/// meanwhile. Not for ever: a run inside a task of the application's own may be what the end waits for. Polled, since a
-/// condition variable would go to the child with waiters that it does not have.
-void waitForEndOfThreads(std::unique_lock<std::mutex>& runs) {
+/// Runs and other forks wait while the threads of oneTBB end: who uses it meanwhile may stand against the end for ever,
+/// each with a lock that the other wants. Not without limit: a run inside a task of the application's own may be what
+/// the end waits for. Polled, since a condition variable would go to the child with waiters that it does not have.
+/// @return whether they have ended
+bool waitForEndOfThreads(std::unique_lock<std::mutex>& runs) {
     constexpr std::chrono::microseconds period{100};
     constexpr int mostPeriods = 2000;
     for (int i = 0; threadsAreEnding && i < mostPeriods; ++i) {
@@ -35,6 +37,7 @@ void waitForEndOfThreads(std::unique_lock<std::mutex>& runs) {
         std::this_thread::sleep_for(period);
         runs.lock();
     }
+    return !threadsAreEnding;
 }
 
 void beforeFork() {
@@ -96,7 +99,7 @@ void setForkHooks(const ForkHooks& hooks) {
 ActiveRun::ActiveRun() {
     std::unique_lock lock(mutexOf(Lock::Runs));
     if (runsOfThread == 0) {
-        waitForEndOfThreads(lock);
+        runsOfThreadAreAlone = !waitForEndOfThreads(lock);
     }
     ++activeRuns;
     ++startedRuns;
@@ -107,10 +110,11 @@ ActiveRun::~ActiveRun() {
     const std::lock_guard lock(mutexOf(Lock::Runs));
     --activeRuns;
     --runsOfThread;
+    runsOfThreadAreAlone = runsOfThreadAreAlone && runsOfThread > 0;
 }
 
 bool staysInCallersThread() noexcept {
-    return isAlone.load(std::memory_order_relaxed);
+    return runsOfThreadAreAlone || isAlone.load(std::memory_order_relaxed);
 }
 
 unsigned generation() noexcept {

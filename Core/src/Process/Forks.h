@@ -54,7 +54,8 @@ public:
     ActiveRun& operator=(const ActiveRun&) = delete;
 };
 
-/// True in a child that was forked while others ran, and in its children: no thread may be started.
+/// True in a child that was forked while others ran, and in its children, and during a run that began while the threads
+/// of oneTBB were ending for a fork and did not come to an end: no thread may be started.
 bool staysInCallersThread() noexcept;
 
 /// The number of forks between the first process that used the library and this one.

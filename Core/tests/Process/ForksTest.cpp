@@ -130,6 +130,36 @@ TEST(Forks, OutOfARunGoOnInTheChild) {
     EXPECT_EQ(statusOfChild([] { return process::generation() == 1 && !process::staysInCallersThread(); }), 0);
 }
 
+/// How the run of another thread goes while the end of the threads before a fork waits for that run.
+enum class RunBesideEnd : int { NotYet, Alone, WithThreads };
+
+TEST(Forks, LetRunsGoOnAloneThatTheEndOfTheThreadsWaitsFor) {
+    const auto runBesideEnd = [] {
+        static std::atomic<bool> isEnding{false};
+        static std::atomic<RunBesideEnd> run{RunBesideEnd::NotYet};
+        const auto waitForRun = [] {
+            isEnding = true;
+            while (run == RunBesideEnd::NotYet) {
+                std::this_thread::yield();
+            }
+            return true;
+        };
+        process::setForkHooks({nullptr, waitForRun, nullptr});
+        std::thread forking([] { statusOfChild([] { return true; }); });
+        while (!isEnding) {
+            std::this_thread::yield();
+        }
+        ScriptedAlgorithm algorithm;
+        algorithm.withRunner(SCALAR, [&](BaseAlgorithm&) {
+            run = process::staysInCallersThread() ? RunBesideEnd::Alone : RunBesideEnd::WithThreads;
+        });
+        algorithm.run();
+        forking.join();
+        return run == RunBesideEnd::Alone && !process::staysInCallersThread() && useEverything(2);
+    };
+    EXPECT_EQ(statusOfChild(runBesideEnd), 0);  // in a child: the hooks are those of the process
+}
+
 #endif
 
 TEST(Settings, AreReadWhileOthersWriteThem) {
