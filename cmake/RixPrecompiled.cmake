@@ -1,6 +1,7 @@
 # Headers that are compiled once and then loaded by every source of a group of targets: the standard library, the test
-# framework and what nearly all of the group include. Sources include what they use all the same: tests/headers compiles
-# every public header alone, and the preset "clang" has no precompiled headers (CMAKE_DISABLE_PRECOMPILE_HEADERS).
+# framework and what nearly all of the group include. Sources include what they use all the same: "scripts/check
+# headers" compiles every public header alone, and the preset "clang" has no precompiled headers
+# (CMAKE_DISABLE_PRECOMPILE_HEADERS).
 
 set(rix_precompiled_std
   <algorithm> <array> <atomic> <cmath> <complex> <cstddef> <cstdint> <filesystem> <functional> <limits> <map> <memory>

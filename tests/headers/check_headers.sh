@@ -1,17 +1,19 @@
 #!/usr/bin/env bash
-# usage: check_headers.sh PART PARTS COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
+# usage: check_headers.sh PART PARTS FOREIGN COMPILER INCLUDE_FOLDER... -- SYSTEM_INCLUDE_FOLDER...
 # Compiles every header below the include folders alone, with the warnings that a careful user may have switched on: of
 # each PARTS headers the one whose turn it is in this PART, counted from 0. Lists the headers and stops at the first that
-# doesn't compile. A header that compiles its includer once for every instruction set is told which file that is, as every
+# doesn't compile. FOREIGN is a header of other libraries' headers that is compiled once and then put before each, which
+# takes a fifth of the time and hides when one of those is not included where it is used; "-" for none. A header that compiles its includer once for every instruction set is told which file that is, as every
 # file of kernels does.
 set -euo pipefail
 part=$1
 parts=$2
-compiler=$3
-shift 3
+foreign=$3
+compiler=$4
+shift 4
 
 folders=()
-flags=(-std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+flags=(-std=c++20 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 while (($#)) && [[ $1 != -- ]]; do
   folders+=("$1")
   flags+=(-I "$1")
@@ -25,13 +27,20 @@ done
 probe=$(mktemp -d)
 trap 'rm -rf "$probe"' EXIT
 
+before=()
+if [[ $foreign != - ]]; then
+  cp "$foreign" "$probe/foreign.h"
+  "$compiler" "${flags[@]}" -x c++-header "$probe/foreign.h" -o "$probe/foreign.h.gch"
+  before=(-Winvalid-pch -include "$probe/foreign.h")
+fi
+
 # Included from a source of its own: a header compiled as the main file would be warned of its "#pragma once".
 compiles() {
   {
     grep -qw HWY_TARGET_INCLUDE "$1/$2" && printf '#undef HWY_TARGET_INCLUDE\n#define HWY_TARGET_INCLUDE "probe.cpp"\n'
     printf '#include <%s>\n' "$2"
   } >"$probe/probe.cpp"
-  "$compiler" "${flags[@]}" -I "$probe" "$probe/probe.cpp"
+  "$compiler" "${flags[@]}" "${before[@]}" -fsyntax-only -I "$probe" "$probe/probe.cpp"
 }
 
 seen=0
