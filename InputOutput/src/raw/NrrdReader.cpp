@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 #include <rix/exceptions/Exception.h>
 
 #include "../Metadata.h"
 #include "HeaderText.h"
+#include "NrrdFields.h"
 #include "World.h"
 
 namespace rix::io {
@@ -24,17 +24,18 @@ struct NrrdAxis {
     std::optional<Components> meaning{};
 };
 
-class NrrdHeader {
+class NrrdLayout {
 public:
-    NrrdHeader(InputFile& file, const ReadOptions& options) : m_file(file), m_options(options) {}
+    NrrdLayout(InputFile& file, const ReadOptions& options) : m_file(file), m_options(options), m_fields(file) {
+        m_layout.position = m_fields.end();
+    }
 
     RawLayout read() {
-        readFields();
         readType();
         readAxes();
         readWorld();
         readUnits();
-        applyOwnKeys(m_keys, m_layout.info);
+        applyOwnKeys(m_fields.keys(), m_layout.info);
         readPlace();
         m_layout.info.format = "NRRD";
         checkRaw(m_file, m_options, m_layout);
@@ -42,102 +43,16 @@ public:
     }
 
 private:
-    void readFields() {
-        HeaderText text(m_file);
-        text.next();  // the magic
-        while (const auto line = text.next()) {
-            if (line->empty()) {
-                m_attached = true;
-                break;
-            }
-            if (line->front() == '#') {
-                continue;
-            }
-            const std::size_t colon = line->find(':');
-            if (colon == String::npos) {
-                failField("a field", *line);
-            }
-            if (line->compare(colon, 2, ":=") == 0) {
-                m_keys.insert_or_assign(line->substr(0, colon), line->substr(colon + 2));
-            } else {
-                String name = lowered(line->substr(0, colon));
-                name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
-                const String value = trimmed(line->substr(colon + 1));
-                m_fields.insert_or_assign(name, value);
-                if (name == "datafile" && value.starts_with("LIST")) {  // lines of names follow
-                    break;
-                }
-            }
-        }
-        m_layout.position = text.position();
-    }
-
-    const String* field(const char* name) const {
-        const auto found = m_fields.find(name);
-        return found == m_fields.end() ? nullptr : &found->second;
-    }
-
-    const String& required(const char* name) const {
-        const String* value = field(name);
-        if (value == nullptr) {
-            throw LoadingError("The header doesn't tell the " + String(name) + " of the image.");
-        }
-        return *value;
-    }
-
     void readType() {
-        static const std::map<String, StoredType> types{{"signed char", StoredType::Int8},
-                                                        {"int8", StoredType::Int8},
-                                                        {"int8_t", StoredType::Int8},
-                                                        {"uchar", StoredType::UInt8},
-                                                        {"unsigned char", StoredType::UInt8},
-                                                        {"uint8", StoredType::UInt8},
-                                                        {"uint8_t", StoredType::UInt8},
-                                                        {"short", StoredType::Int16},
-                                                        {"short int", StoredType::Int16},
-                                                        {"signed short", StoredType::Int16},
-                                                        {"signed short int", StoredType::Int16},
-                                                        {"int16", StoredType::Int16},
-                                                        {"int16_t", StoredType::Int16},
-                                                        {"ushort", StoredType::UInt16},
-                                                        {"unsigned short", StoredType::UInt16},
-                                                        {"unsigned short int", StoredType::UInt16},
-                                                        {"uint16", StoredType::UInt16},
-                                                        {"uint16_t", StoredType::UInt16},
-                                                        {"int", StoredType::Int32},
-                                                        {"signed int", StoredType::Int32},
-                                                        {"int32", StoredType::Int32},
-                                                        {"int32_t", StoredType::Int32},
-                                                        {"uint", StoredType::UInt32},
-                                                        {"unsigned int", StoredType::UInt32},
-                                                        {"uint32", StoredType::UInt32},
-                                                        {"uint32_t", StoredType::UInt32},
-                                                        {"longlong", StoredType::Int64},
-                                                        {"long long", StoredType::Int64},
-                                                        {"long long int", StoredType::Int64},
-                                                        {"signed long long", StoredType::Int64},
-                                                        {"int64", StoredType::Int64},
-                                                        {"int64_t", StoredType::Int64},
-                                                        {"ulonglong", StoredType::UInt64},
-                                                        {"unsigned long long", StoredType::UInt64},
-                                                        {"unsigned long long int", StoredType::UInt64},
-                                                        {"uint64", StoredType::UInt64},
-                                                        {"uint64_t", StoredType::UInt64},
-                                                        {"float", StoredType::Float32},
-                                                        {"double", StoredType::Float64}};
-        const auto found = types.find(lowered(required("type")));
-        if (found == types.end()) {
-            failField("type", required("type"));
-        }
-        m_layout.stored = found->second;
-        const String encoding = lowered(required("encoding"));
+        m_layout.stored = nrrdTypeOf(m_fields.required("type"));
+        const String encoding = lowered(m_fields.required("encoding"));
         m_layout.compressed = encoding == "gzip" || encoding == "gz";
         if (!m_layout.compressed && encoding != "raw") {
             throw LoadingError("The samples are encoded as '" + escapeText(encoding) +
                                "'. Supported are raw and gzip.");
         }
         if (bytesOf(m_layout.stored) > 1) {
-            const String endian = lowered(required("endian"));
+            const String endian = lowered(m_fields.required("endian"));
             if (endian != "little" && endian != "big") {
                 failField("endian", endian);
             }
@@ -146,17 +61,17 @@ private:
     }
 
     void readAxes() {
-        const std::size_t count = countsOf(required("dimension"), 1, "dimension").front();
+        const std::size_t count = countsOf(m_fields.required("dimension"), 1, "dimension").front();
         constexpr std::size_t most = 16;
         if (count == 0 || count > most) {
-            failField("dimension", required("dimension"));
+            failField("dimension", m_fields.required("dimension"));
         }
         m_axes.resize(count);
-        const auto sizes = countsOf(required("sizes"), count, "sizes");
+        const auto sizes = countsOf(m_fields.required("sizes"), count, "sizes");
         for (std::size_t i = 0; i < count; ++i) {
             m_axes[i].extent = sizes[i];
         }
-        if (const String* kinds = field("kinds")) {
+        if (const String* kinds = m_fields.field("kinds")) {
             const auto words = wordsOf(*kinds);
             if (words.size() != count) {
                 failField("kinds", *kinds);
@@ -182,7 +97,7 @@ private:
 
     /// The vectors of "(1,0,0) (0,1,0) none".
     void readSteps() {
-        const String* directions = field("spacedirections");
+        const String* directions = m_fields.field("spacedirections");
         if (directions == nullptr) {
             return;
         }
@@ -192,31 +107,12 @@ private:
             if (rest.starts_with("none")) {
                 rest.remove_prefix(4);
             } else {
-                axis.step = vectorOf(rest, "space directions");
+                axis.step = nrrdVector(rest, "space directions");
             }
         }
         if (!trimmed(rest).empty()) {
             failField("space directions", *directions);
         }
-    }
-
-    /// A vector in parentheses at the beginning of a text, which loses it.
-    static std::array<double, 3> vectorOf(std::string_view& text, const char* field) {
-        const std::size_t end = text.find(')');
-        if (!text.starts_with('(') || end == std::string_view::npos) {
-            failField(field, text);
-        }
-        String inside(text.substr(1, end - 1));
-        std::replace(inside.begin(), inside.end(), ',', ' ');
-        const std::size_t count = wordsOf(inside).size();
-        if (count == 0 || count > 3) {
-            failField(field, text);
-        }
-        const auto numbers = numbersOf(inside, count, field);
-        std::array<double, 3> vector{};
-        std::copy(numbers.begin(), numbers.end(), vector.begin());
-        text.remove_prefix(end + 1);
-        return vector;
     }
 
     static bool isSpatial(const NrrdAxis& axis) {
@@ -295,19 +191,19 @@ private:
             } else if (axis.spacing && isSpacing(std::abs(*axis.spacing))) {
                 info.spacing[index] = std::abs(*axis.spacing);
             }
-            if (axis.minimum && !field("spaceorigin")) {
+            if (axis.minimum && !m_fields.field("spaceorigin")) {
                 info.origin[index] = *axis.minimum;
             }
         }
         if (steps == 2) {
             completeDirections(info);
         }
-        if (const String* origin = field("spaceorigin")) {
+        if (const String* origin = m_fields.field("spaceorigin")) {
             std::string_view rest = *origin;
-            const auto vector = vectorOf(rest, "space origin");
+            const auto vector = nrrdVector(rest, "space origin");
             std::copy(vector.begin(), vector.end(), info.origin.begin());
         }
-        if (const String* space = field("space")) {
+        if (const String* space = m_fields.field("space")) {
             const String name = lowered(*space);
             const bool right = name == "right-anterior-superior" || name == "ras";
             const bool left = name == "left-anterior-superior" || name == "las";
@@ -317,13 +213,13 @@ private:
 
     template <class Take>
     void perAxis(const char* name, Take take) {
-        const String* text = field(name);
+        const String* text = m_fields.field(name);
         if (text == nullptr) {
             return;
         }
         const auto words = wordsOf(*text);
         // An axis of complex parts has been taken off.
-        if (words.size() != countsOf(required("dimension"), 1, "dimension").front()) {
+        if (words.size() != countsOf(m_fields.required("dimension"), 1, "dimension").front()) {
             failField(name, *text);
         }
         const std::size_t taken = words.size() - m_axes.size();
@@ -337,24 +233,10 @@ private:
         }
     }
 
-    /// Texts in quotes.
-    static std::vector<String> quotedOf(std::string_view text) {
-        std::vector<String> texts;
-        while (true) {
-            const std::size_t begin = text.find('"');
-            const std::size_t end = begin == std::string_view::npos ? begin : text.find('"', begin + 1);
-            if (end == std::string_view::npos) {
-                return texts;
-            }
-            texts.push_back(unescapeText(text.substr(begin + 1, end - begin - 1)));
-            text.remove_prefix(end + 1);
-        }
-    }
-
     void readUnits() {
         std::array<String, 3> units{};
-        if (const String* text = field("units")) {
-            const auto words = quotedOf(*text);
+        if (const String* text = m_fields.field("units")) {
+            const auto words = quotedTexts(*text);
             const std::size_t taken = words.size() > m_axes.size() ? words.size() - m_axes.size() : 0;
             for (std::size_t i = 0; i < m_axes.size() && i + taken < words.size(); ++i) {
                 if (m_axes[i].meaning && *m_axes[i].meaning <= PLANS) {
@@ -364,8 +246,8 @@ private:
                 }
             }
         }
-        if (const String* text = field("spaceunits")) {
-            const auto words = quotedOf(*text);
+        if (const String* text = m_fields.field("spaceunits")) {
+            const auto words = quotedTexts(*text);
             std::copy_n(words.begin(), std::min<std::size_t>(words.size(), 3), units.begin());
         }
         setSpatialUnits(m_layout.info, units);
@@ -373,7 +255,7 @@ private:
 
     void readPlace() {
         for (const char* name : {"datafile", "lineskip", "byteskip"}) {
-            const String* value = field(name);
+            const String* value = m_fields.field(name);
             if (value == nullptr) {
                 continue;
             }
@@ -390,7 +272,7 @@ private:
                 m_layout.position = 0;
             }
         }
-        if (!m_attached && m_layout.data.empty()) {
+        if (!m_fields.isAttached() && m_layout.data.empty()) {
             throw LoadingError("The header has no end: no blank line, and no file of samples (truncated?).");
         }
         if (m_layout.compressed) {
@@ -404,18 +286,16 @@ private:
 
     InputFile& m_file;
     const ReadOptions& m_options;
-    std::map<String, String, std::less<>> m_fields;
-    MetadataKeys m_keys;
+    const NrrdFields m_fields;
     std::vector<NrrdAxis> m_axes;
     RawLayout m_layout;
     std::uint64_t m_skipped = 0;
-    bool m_attached = false;
 };
 
 }  // namespace
 
 RawLayout readNrrdHeader(InputFile& file, const ReadOptions& options) {
-    return NrrdHeader(file, options).read();
+    return NrrdLayout(file, options).read();
 }
 
 }  // namespace rix::io
