@@ -55,6 +55,7 @@ MklTransform::MklTransform(DFTI_CONFIG_VALUE precision, MKL_LONG axes, MKL_LONG*
     checkMkl(axes == 1 ? DftiCreateDescriptor(&m_handle, precision, DFTI_REAL, 1, lengths[0])
                        : DftiCreateDescriptor(&m_handle, precision, DFTI_REAL, axes, lengths));
     prepare();
+    set(DFTI_PLACEMENT, DFTI_NOT_INPLACE);
 }
 
 void MklTransform::prepare() {

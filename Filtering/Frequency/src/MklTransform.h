@@ -13,7 +13,7 @@ class MklTransform {
 public:
     /// Along one axis. @param domain DFTI_REAL or DFTI_COMPLEX
     MklTransform(DFTI_CONFIG_VALUE precision, DFTI_CONFIG_VALUE domain, MKL_LONG length);
-    /// Of real samples along several axes. @param lengths the slowest axis first
+    /// Of real samples along several axes, out of place. @param lengths the slowest axis first
     MklTransform(DFTI_CONFIG_VALUE precision, MKL_LONG axes, MKL_LONG* lengths);
     ~MklTransform();
     MklTransform(const MklTransform&) = delete;

@@ -15,6 +15,7 @@
 #include <rix/filtering/frequency/FourierTransform3d.h>
 #include <rix/filtering/frequency/InverseFourierTransform2d.h>
 #include <rix/filtering/frequency/InverseFourierTransform3d.h>
+#include <rix/image/ImageHeader.h>
 
 #include "Failures.h"
 #include "ImageFactories.h"
@@ -163,7 +164,7 @@ void expectTheDefinition(VoxelTypes type, const Extents& n, const How& how) {
     });
     EXPECT_LE(worst, bound * largest * scale) << n[0] << " x " << n[1] << " x " << n[2] << " type " << type;
 
-    const bool complex = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
+    const bool complex = type >= RIX_COMPLEX_FLOAT32;
     const io::MemoryImage back = invert<Inverse>(spectrum, how, complex ? InverseResult::COMPLEX : InverseResult::REAL);
     ASSERT_EQ(helper::getExtents(back), n);
     const Values before = valuesOf(image);
@@ -177,11 +178,188 @@ void expectTheDefinition(VoxelTypes type, const Extents& n, const How& how) {
     EXPECT_LE(error, 2 * bound * most) << "back";
 }
 
+void expectPlane(VoxelTypes type, const Extents& n, const How& how) {
+    expectTheDefinition<FourierTransform2d, InverseFourierTransform2d, 2>(type, n, how);
+}
+
+void expectVolume(VoxelTypes type, const Extents& n, const How& how) {
+    expectTheDefinition<FourierTransform3d, InverseFourierTransform3d, 3>(type, n, how);
+}
+
 TEST(FourierTransform, EqualsTheDefinition) {
     for (std::size_t n = 1; n <= 33; ++n) {
-        expectTheDefinition<FourierTransform2d, InverseFourierTransform2d, 2>(RIX_FLOAT32, {n, 34 - n, 1, 1, 1},
-                                                                              {.layout = Layout::HALF});
+        for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64}) {
+            expectPlane(type, {n, 34 - n, 1, 1, 1}, {.layout = Layout::HALF});
+        }
+        for (const VoxelTypes type : {RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
+            expectPlane(type, {n, 34 - n, 1, 1, 1}, {.origin = Origin::CENTER});
+        }
     }
+    for (const std::size_t n : {97U, 211U, 254U}) {
+        expectPlane(RIX_FLOAT32, {n, 3, 1, 1, 1}, {.layout = Layout::HALF});
+        expectPlane(RIX_FLOAT64, {2, n, 1, 1, 1}, {.layout = Layout::HALF});
+    }
+}
+
+TEST(FourierTransform, OfAnyTypeInAnyForm) {
+    for (const Layout layout : {Layout::HALF, Layout::FULL}) {
+        for (const Origin origin : {Origin::CORNER, Origin::CENTER}) {
+            for (const FourierScaling scaling :
+                 {FourierScaling::BACKWARD, FourierScaling::ORTHONORMAL, FourierScaling::FORWARD}) {
+                const How how{layout, origin, scaling};
+                for (const VoxelTypes type :
+                     {RIX_UINT8, RIX_INT16, RIX_INT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
+                    if (layout == Layout::FULL || type < RIX_COMPLEX_FLOAT32) {
+                        expectPlane(type, {9, 14, 2, 1, 3}, how);
+                        expectVolume(type, {8, 5, 6, 2, 1}, how);
+                    }
+                }
+                expectVolume(RIX_FLOAT32, {7, 1, 3, 1, 2}, how);
+                expectVolume(RIX_FLOAT32, {1, 21, 22, 1, 1}, how);
+            }
+        }
+    }
+}
+
+/// A few coefficients by the definition, and the sum of all squares by Parseval's theorem.
+void expectALongLine(VoxelTypes type, std::size_t columns, std::size_t rows) {
+    const Extents n{columns, rows, 1, 1, 1};
+    const io::MemoryImage image = randomOf(type, n);
+    const Values before = valuesOf(image);
+    const How how{.layout = Layout::FULL};
+    const io::MemoryImage spectrum = run<FourierTransform2d>(image, how);
+    const Values found = valuesOf(spectrum);
+    const long double turn = 2 * std::numbers::pi_v<long double>;
+    double largest = 0;
+    long double squares = 0;
+    for (const auto& value : found) {
+        largest = std::max(largest, std::abs(value));
+        squares += std::norm(Exact(value));
+    }
+    const double bound = boundOf(type, n, 2);
+    for (const std::size_t k : {std::size_t{0}, std::size_t{1}, columns / 3, columns - 1}) {
+        for (const std::size_t l : {std::size_t{0}, rows - 1}) {
+            Exact sum = 0;
+            for (std::size_t i = 0; i < before.size(); ++i) {
+                const long double cycles =
+                    static_cast<long double>(i % columns * k % columns) / static_cast<long double>(columns) +
+                    static_cast<long double>(i / columns * l % rows) / static_cast<long double>(rows);
+                sum += Exact(before[i]) * Exact(std::cos(turn * cycles), -std::sin(turn * cycles));
+            }
+            EXPECT_LE(std::abs(sum - Exact(found[l * columns + k])), bound * largest)
+                << columns << ' ' << k << ' ' << l;
+        }
+    }
+    long double expected = 0;
+    for (const auto& value : before) {
+        expected += std::norm(Exact(value));
+    }
+    expected *= static_cast<long double>(before.size());
+    EXPECT_LE(std::abs(squares / expected - 1), bound) << columns;
+    const Values back = valuesOf(invert<InverseFourierTransform2d>(spectrum, how, InverseResult::REAL));
+    double worst = 0;
+    double most = 0;
+    for (std::size_t i = 0; i < back.size(); ++i) {
+        worst = std::max(worst, std::abs(back[i] - before[i]));
+        most = std::max(most, std::abs(before[i]));
+    }
+    EXPECT_LE(worst, 2 * bound * most) << columns;
+}
+
+TEST(FourierTransform, OfLargePrimes) {
+    expectALongLine(RIX_FLOAT32, 1009, 3);
+    expectALongLine(RIX_FLOAT64, 3, 1009);
+    expectALongLine(RIX_FLOAT32, 65537, 1);
+    expectALongLine(RIX_FLOAT64, 65537, 1);
+    expectALongLine(RIX_FLOAT32, 2, 20011);
+    expectALongLine(RIX_FLOAT32, 600, 420);
+}
+
+/// A half that no real image has: each row alone and the imaginary parts of the first and last column are what they
+/// would be for one.
+TEST(FourierTransform, InverseTakesTheOtherHalfAsTheConjugate) {
+    for (const std::size_t columns : {6U, 7U, 1U, 2U, 12U}) {
+        const Extents width{columns / 2 + 1, 3, 1, 1, 1};
+        const io::MemoryImage half = randomOf(RIX_COMPLEX_FLOAT64, width);
+        const Values values = valuesOf(half);
+        std::vector<Exact> sums = sumAlong({values.begin(), values.end()}, width[0], 3, 1);
+        const Values found = valuesOf(invert<InverseFourierTransform2d>(
+            half, {.layout = Layout::HALF}, InverseResult::COMPLEX, static_cast<std::int64_t>(columns)));
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            const std::size_t row = i / columns;
+            long double sum = 0;
+            for (std::size_t k = 0; k < width[0]; ++k) {
+                const long double angle = 2 * std::numbers::pi_v<long double> *
+                                          static_cast<long double>(i % columns * k % columns) /
+                                          static_cast<long double>(columns);
+                const bool single = k == 0 || 2 * k == columns;
+                sum += (single ? 1 : 2) * (sums[row * width[0] + k].real() * std::cos(angle) -
+                                           (single ? 0 : sums[row * width[0] + k].imag()) * std::sin(angle));
+            }
+            EXPECT_NEAR(found[i].real(), static_cast<double>(sum / static_cast<long double>(columns * 3)), 1e-12);
+            EXPECT_EQ(found[i].imag(), 0.0);
+        }
+    }
+}
+
+TEST(FourierTransform, KeepsWhereTheImageLay) {
+    for (const std::size_t columns : {8U, 9U}) {
+        io::MemoryImage image = randomOf(RIX_FLOAT32, {columns, 5, 4, 2, 1});
+        setDistinctCalibration(image);
+        image.setSpacingOf(COLUMNS, 0.3);
+        image.setSpatialUnitName("mm");
+        for (const How& how : {How{Layout::HALF}, How{Layout::FULL, Origin::CENTER}}) {
+            const io::MemoryImage spectrum = run<FourierTransform3d>(image, how);
+            EXPECT_EQ(spectrum.getSpatialUnitName(), "1/mm");
+            EXPECT_EQ(spectrum.getSpacingOf(COLUMNS), 1 / (0.3 * static_cast<double>(columns)));
+            EXPECT_EQ(spectrum.getSpacingOf(SEQUENCE), image.getSpacingOf(SEQUENCE));
+            const bool centered = how.origin == Origin::CENTER;
+            EXPECT_EQ(spectrum.getOriginOf(COLUMNS), centered ? -4 * spectrum.getSpacingOf(COLUMNS) : 0.0);
+            EXPECT_EQ(spectrum.getOriginOf(ROWS), centered ? -2 * spectrum.getSpacingOf(ROWS) : 0.0);
+            // Through an image that is only calibrated like the spectrum, as a filter's result is.
+            io::MemoryImage filtered = randomOf(RIX_COMPLEX_FLOAT32, helper::getExtents(spectrum));
+            filtered.enforceSameCharacteristics(&spectrum, CALIBRATION);
+            const io::MemoryImage back = invert<InverseFourierTransform3d>(filtered, how, InverseResult::REAL);
+            const ImageHeader expected = helper::headerOf(image);
+            const ImageHeader found = helper::headerOf(back);
+            EXPECT_EQ(found.extents, expected.extents);
+            EXPECT_EQ(found.spacing, expected.spacing);
+            EXPECT_EQ(found.origin, expected.origin);
+            EXPECT_EQ(found.spatialUnitName, "mm");
+            EXPECT_EQ(found.spatialFrame, std::nullopt);
+        }
+        // A spectrum that does not tell has an even number of columns, at the origin.
+        const io::MemoryImage spectrum = run<FourierTransform2d>(image, {.layout = Layout::HALF});
+        io::MemoryImage bare = spectrum;
+        bare.setSpatialFrame(std::nullopt);
+        const io::MemoryImage even =
+            invert<InverseFourierTransform2d>(bare, {.layout = Layout::HALF}, InverseResult::REAL);
+        EXPECT_EQ(even.getNumOf(COLUMNS), 8U);
+        EXPECT_EQ(even.getOriginOf(ROWS), 0.0);
+        EXPECT_DOUBLE_EQ(even.getSpacingOf(ROWS), image.getSpacingOf(ROWS));
+        const io::MemoryImage odd =
+            invert<InverseFourierTransform2d>(bare, {.layout = Layout::HALF}, InverseResult::REAL, 9);
+        EXPECT_EQ(odd.getNumOf(COLUMNS), 9U);
+    }
+}
+
+TEST(FourierTransform, RefusesWhatIsNoHalf) {
+    const io::MemoryImage complex = randomOf(RIX_COMPLEX_FLOAT32, {8, 8, 1, 1, 1});
+    EXPECT_THROW(run<FourierTransform2d>(complex, {.layout = Layout::HALF}), RuleException);
+    const auto back = [&](const ImageModel& spectrum, Layout layout, std::int64_t sizeX) {
+        invert<InverseFourierTransform2d>(spectrum, {.layout = layout}, InverseResult::REAL, sizeX);
+    };
+    EXPECT_THROW(back(complex, Layout::HALF, 13), RuleException);
+    EXPECT_THROW(back(complex, Layout::HALF, 16), RuleException);
+    EXPECT_THROW(back(complex, Layout::HALF, -1), RuleException);
+    EXPECT_THROW(back(complex, Layout::FULL, 9), RuleException);
+    EXPECT_NO_THROW(back(complex, Layout::HALF, 15));
+    const io::MemoryImage full = run<FourierTransform2d>(complex, {});
+    EXPECT_THROW(back(full, Layout::HALF, 0), RuleException) << "it tells of 8 columns";
+    io::MemoryImage uneven = complex;
+    uneven.setSpacingOf(ROWS, 0.0);
+    uneven.setSpacingOf(COLUMNS, 1.0);
+    EXPECT_THROW(run<FourierTransform2d>(uneven, {}), RuleException);
 }
 
 }  // namespace
