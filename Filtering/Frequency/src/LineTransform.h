@@ -2,21 +2,24 @@
 
 #include <complex>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
+
+#include "LineEngine.h"
 
 namespace rix::filtering::frequency {
 
-/// What a transform of lines goes from and to; forward has the sign - in the exponent.
-enum class LineKind : std::uint8_t { RealForward, RealBackward, Forward, Backward };
+class Chirp;
 
-/// Fourier transforms of lines of one length, times a factor, on the calling thread. By oneMKL; in builds without it by
-/// the kissfft of Eigen, around which Bluestein's method keeps lengths with large prime factors at n log n. What it
-/// makes of a line depends on nothing else. Any number of threads may use an object.
+/// Fourier transforms of lines of one length, times a factor, on the calling thread: by `LineEngine`, where that does
+/// not serve by Bluestein's method. What it makes of a line depends on nothing else. Any number of threads may use an
+/// object.
 template <class Real>
 class LineTransform {
 public:
     using Complex = std::complex<Real>;
+
+    /// Working memory of a transform, in bytes.
+    static std::size_t workBytes(std::size_t length);
 
     /// @param length at least 1
     /// @throws MemoryError when there is no memory, or the length is beyond what the engine can count
@@ -33,11 +36,14 @@ public:
     void inPlace(Complex* line) const;
 
 private:
-    struct Engine;
+    template <class Load, class Store>
+    void throughChirp(const Load& load, const Store& store) const;
 
     std::size_t m_length;
+    bool m_backward;
     Real m_scale;
-    std::unique_ptr<Engine> m_engine;  ///< none for lines of one element
+    std::unique_ptr<const LineEngine<Real>> m_engine;  ///< null for lines of one element
+    std::unique_ptr<const Chirp> m_chirp;              ///< instead of the engine
 };
 
 extern template class LineTransform<float>;
