@@ -1,7 +1,7 @@
 """An array with what it means: axes, calibration, interpretation."""
 
 from enum import IntEnum
-from typing import Any, Dict, Mapping, Optional, Sequence, Tuple, Union
+from typing import Any, Dict, Mapping, NamedTuple, Optional, Sequence, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -31,6 +31,14 @@ class ColorInterpretation(IntEnum):
     HSL = 2
     YIQ = 3
     NRGB = 4
+
+
+class SpatialFrame(NamedTuple):
+    """Where the samples of a spectrum lay before the transform: what the inverse cannot tell from frequencies."""
+
+    columns: int
+    origin: Tuple[float, float, float]  #: along x, y and z
+    spacing: Tuple[float, float, float]
 
 
 def _per_axis(name: str, values: PerAxis, axes: str, neutral: float) -> Tuple[float, ...]:
@@ -85,10 +93,12 @@ class Image:
         "binary" (0 and 1), "label" (0 is background) or "value"; unless given, binary for bool, else value.
     color_interpretation
         What the channels are: "unknown", "rgb", "hsl", "yiq", "nrgb".
+    spatial_frame
+        Of a spectrum, where the samples lay before the transform.
     """
 
     __slots__ = ("array", "axes", "spacing", "origin", "spatial_unit", "sequence_unit", "directions",
-                 "interpretation", "color_interpretation", "__weakref__")
+                 "interpretation", "color_interpretation", "spatial_frame", "__weakref__")
 
     array: npt.NDArray[Any]
     axes: str
@@ -99,12 +109,14 @@ class Image:
     directions: Directions
     interpretation: Interpretation
     color_interpretation: ColorInterpretation
+    spatial_frame: Optional[SpatialFrame]
 
     def __init__(self, array: npt.ArrayLike, axes: Optional[str] = None, *, spacing: PerAxis = 1.0,
                  origin: PerAxis = 0.0, spatial_unit: str = "", sequence_unit: str = "",
                  directions: Sequence[Sequence[float]] = WORLD_AXES,
                  interpretation: Union[Interpretation, str, None] = None,
-                 color_interpretation: Union[ColorInterpretation, str] = ColorInterpretation.UNKNOWN) -> None:
+                 color_interpretation: Union[ColorInterpretation, str] = ColorInterpretation.UNKNOWN,
+                 spatial_frame: Optional[SpatialFrame] = None) -> None:
         self.array = np.asarray(array)
         self.axes = _rix.axes_of_array(self.array.ndim, axes or "")
         if axes is not None and len(axes) != self.array.ndim:
@@ -120,17 +132,19 @@ class Image:
             interpretation = Interpretation.BINARY if self.array.dtype == np.bool_ else Interpretation.VALUE
         self.interpretation = _member(Interpretation, interpretation)
         self.color_interpretation = _member(ColorInterpretation, color_interpretation)
+        self.spatial_frame = spatial_frame
 
     @classmethod
     def _make(cls, array: npt.NDArray[Any], axes: str, spacing: Tuple[float, ...], origin: Tuple[float, ...],
               spatial_unit: str, sequence_unit: str, directions: Directions, interpretation: int,
-              color_interpretation: int) -> "Image":
+              color_interpretation: int, spatial_frame: Optional[SpatialFrame]) -> "Image":
         """From parts that are known to be right."""
         image = cls.__new__(cls)
         image.array, image.axes, image.spacing, image.origin = array, axes, spacing, origin
         image.spatial_unit, image.sequence_unit, image.directions = spatial_unit, sequence_unit, directions
         image.interpretation = Interpretation(interpretation)
         image.color_interpretation = ColorInterpretation(color_interpretation)
+        image.spatial_frame = spatial_frame
         return image
 
     def _take(self, other: "Image") -> None:
@@ -153,7 +167,7 @@ class Image:
     @property
     def calibration(self) -> Dict[str, Any]:
         """What another image needs to lie in the same place: arguments for `Image`."""
-        names = ("axes", "spacing", "origin", "spatial_unit", "sequence_unit", "directions")
+        names = ("axes", "spacing", "origin", "spatial_unit", "sequence_unit", "directions", "spatial_frame")
         return {name: getattr(self, name) for name in names}
 
     def __array__(self, dtype: Any = None, copy: Optional[bool] = None) -> npt.NDArray[Any]:

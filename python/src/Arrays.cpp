@@ -122,6 +122,12 @@ ImageHeader headerOfImage(py::handle image, const py::array& array, const std::s
     header.spatialDirections = {directions[0], directions[1], directions[2]};
     header.interpretation = static_cast<Interpretations>(image.attr("interpretation").cast<int>());
     header.colorInterpretation = static_cast<ColorInterpretation>(image.attr("color_interpretation").cast<int>());
+    const py::object frame = image.attr("spatial_frame");
+    if (!frame.is_none()) {
+        header.spatialFrame = SpatialFrame{.columns = frame.attr("columns").cast<std::size_t>(),
+                                           .origin = frame.attr("origin").cast<std::array<double, 3>>(),
+                                           .spacing = frame.attr("spacing").cast<std::array<double, 3>>()};
+    }
     return header;
 }
 
@@ -230,12 +236,17 @@ py::object makeImage(const py::array& array, const std::string& axes, const Imag
         origin[dimension] = py::float_(header.origin[indexOf(axisOfLetter(axes[dimension]))]);
     }
     const auto& [column, row, slice] = header.spatialDirections;
-    const auto vector = [](const vessel::Vector3d& values) { return py::make_tuple(values[0], values[1], values[2]); };
-    return py::module_::import("rix._image")
-        .attr("Image")
-        .attr("_make")(array, axes, spacing, origin, header.spatialUnitName, header.sequenceUnitName,
-                       py::make_tuple(vector(column), vector(row), vector(slice)),
-                       static_cast<int>(header.interpretation), static_cast<int>(header.colorInterpretation));
+    const auto vector = [](const auto& values) { return py::make_tuple(values[0], values[1], values[2]); };
+    const py::module_ module = py::module_::import("rix._image");
+    py::object frame = py::none();
+    if (header.spatialFrame) {
+        const SpatialFrame& kept = *header.spatialFrame;
+        frame = module.attr("SpatialFrame")(kept.columns, vector(kept.origin), vector(kept.spacing));
+    }
+    return module.attr("Image").attr("_make")(
+        array, axes, spacing, origin, header.spatialUnitName, header.sequenceUnitName,
+        py::make_tuple(vector(column), vector(row), vector(slice)), static_cast<int>(header.interpretation),
+        static_cast<int>(header.colorInterpretation), frame);
 }
 
 }  // namespace

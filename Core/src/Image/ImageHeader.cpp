@@ -34,6 +34,7 @@ ImageHeader headerOf(const ImageModel& image) {
     header.spatialUnitName = image.getSpatialUnitName();
     header.sequenceUnitName = image.getSequenceUnitName();
     header.spatialDirections = image.getSpatialDirections();
+    header.spatialFrame = getSpatialFrame(image);
     return header;
 }
 
@@ -48,6 +49,8 @@ bool applyHeader(const ImageHeader& header, ImageModel& image) {
         done = done && image.setSpacingOf(axis, header.spacing[indexOf(axis)]) &&
                image.setOriginOf(axis, header.origin[indexOf(axis)]);
     }
+    // Not every image has a place for this one.
+    static_cast<void>(setSpatialFrame(image, header.spatialFrame));
     return done;
 }
 
@@ -138,6 +141,15 @@ ColorInterpretation ImageModelWithHeader::getColorInterpretation() const {
 
 bool ImageModelWithHeader::setColorInterpretation(ColorInterpretation interpretation) {
     m_header.colorInterpretation = interpretation;
+    return true;
+}
+
+std::optional<SpatialFrame> ImageModelWithHeader::getSpatialFrame() const {
+    return m_header.spatialFrame;
+}
+
+bool ImageModelWithHeader::setSpatialFrame(const std::optional<SpatialFrame>& frame) {
+    m_header.spatialFrame = frame;
     return true;
 }
 

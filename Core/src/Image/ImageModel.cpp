@@ -5,6 +5,7 @@
 #include <rix/exceptions/Exception.h>
 #include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
+#include <rix/image/SpatialFrame.h>
 
 #include "Image/LostSamples.h"
 
@@ -68,6 +69,11 @@ void matchCalibration(ImageModel& image, const ImageModel& reference) {
     const String sequenceUnit = reference.getSequenceUnitName();
     if (image.getSequenceUnitName() != sequenceUnit) {
         require(image.setSequenceUnitName(sequenceUnit), "Cannot set the sequence unit name.");
+    }
+    const auto frame = helper::getSpatialFrame(reference);
+    if (helper::getSpatialFrame(image) != frame) {
+        // Images of applications need no place for it; the inverse transform then takes what it can tell.
+        static_cast<void>(helper::setSpatialFrame(image, frame));
     }
 }
 

@@ -264,6 +264,18 @@ bool ImageModelFromView::setColorInterpretation(ColorInterpretation interpretati
     return true;
 }
 
+std::optional<SpatialFrame> ImageModelFromView::getSpatialFrame() const {
+    return detail::readSpatialFrame(*m_private->view);
+}
+
+bool ImageModelFromView::setSpatialFrame(const std::optional<SpatialFrame>& frame) {
+    if (m_private->writable == nullptr) {
+        return false;
+    }
+    detail::writeSpatialFrame(*m_private->writable, frame);
+    return true;
+}
+
 bool ImageModelFromView::getPreferedSize(std::size_t&, std::size_t&, std::size_t&, std::size_t&, std::size_t&) {
     return false;
 }

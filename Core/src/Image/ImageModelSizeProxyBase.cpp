@@ -74,6 +74,14 @@ bool ImageModelSizeProxyBase::setColorInterpretation(ColorInterpretation interpr
     return m_realImage->setColorInterpretation(interpretation);
 }
 
+std::optional<SpatialFrame> ImageModelSizeProxyBase::getSpatialFrame() const {
+    return helper::getSpatialFrame(*m_realImage);
+}
+
+bool ImageModelSizeProxyBase::setSpatialFrame(const std::optional<SpatialFrame>& frame) {
+    return helper::setSpatialFrame(*m_realImage, frame);
+}
+
 bool ImageModelSizeProxyBase::getPreferedSize(std::size_t& columns, std::size_t& rows, std::size_t& planes,
                                               std::size_t& sequence, std::size_t& spectral) {
     return m_realImage->getPreferedSize(columns, rows, planes, sequence, spectral);

@@ -82,6 +82,7 @@ ImageViewFromModel::ImageViewFromModel(std::shared_ptr<const ImageModel> model, 
     }
     detail::writeInterpretation(*this, model->getInterpretation());
     detail::writeColorInterpretation(*this, model->getColorInterpretation());
+    detail::writeSpatialFrame(*this, helper::getSpatialFrame(*model));
     m_private->writable = writable;
     m_private->model = std::move(model);
 }
@@ -173,7 +174,8 @@ bool ImageViewFromModel::setSpatialDirections(const vessel::SpatialDirections& d
 bool ImageViewFromModel::applyMetadata() {
     return m_private->writable != nullptr &&
            m_private->writable->setInterpretation(detail::readInterpretation(*this)) &&
-           m_private->writable->setColorInterpretation(detail::readColorInterpretation(*this));
+           m_private->writable->setColorInterpretation(detail::readColorInterpretation(*this)) &&
+           helper::setSpatialFrame(*m_private->writable, detail::readSpatialFrame(*this));
 }
 
 }  // namespace rix

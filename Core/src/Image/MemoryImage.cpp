@@ -124,6 +124,7 @@ void MemoryImage::Init() {
     m_spatialUnitName.clear();
     m_sequenceUnitName.clear();
     m_spatialDirections = vessel::SpatialDirections();
+    m_spatialFrame.reset();
     m_interpretation = RIX_VALUE;
     m_colorInterpretation = UNKNOWN;
 }
@@ -218,6 +219,15 @@ ColorInterpretation MemoryImage::getColorInterpretation() const {
 
 bool MemoryImage::setColorInterpretation(ColorInterpretation interpretation) {
     m_colorInterpretation = interpretation;
+    return true;
+}
+
+std::optional<SpatialFrame> MemoryImage::getSpatialFrame() const {
+    return m_spatialFrame;
+}
+
+bool MemoryImage::setSpatialFrame(const std::optional<SpatialFrame>& frame) {
+    m_spatialFrame = frame;
     return true;
 }
 
@@ -375,6 +385,7 @@ void MemoryImage::copyCharacteristics(const MemoryImage& other) {
     m_spatialUnitName = other.m_spatialUnitName;
     m_sequenceUnitName = other.m_sequenceUnitName;
     m_spatialDirections = other.m_spatialDirections;
+    m_spatialFrame = other.m_spatialFrame;
     m_interpretation = other.m_interpretation;
     m_colorInterpretation = other.m_colorInterpretation;
 }

@@ -1,6 +1,8 @@
 #include "Image/ViewBridge.h"
 
 #include <array>
+#include <cstdint>
+#include <variant>
 
 #include <rix/image/ImageMetadata.h>
 
@@ -10,6 +12,10 @@ namespace {
 
 constexpr const char* interpretationKey = "interpretation";
 constexpr const char* colorInterpretationKey = "color_interpretation";
+constexpr const char* spatialFrameKey = "spatial_frame";
+constexpr const char* columnsKey = "columns";
+constexpr std::array<const char*, 3> originKeys{"origin_x", "origin_y", "origin_z"};
+constexpr std::array<const char*, 3> spacingKeys{"spacing_x", "spacing_y", "spacing_z"};
 
 template <class Ours, class Theirs>
 struct Pair {
@@ -78,6 +84,20 @@ Enumeration readText(const vessel::ImageView& view, const char* key, int count, 
     return otherwise;
 }
 
+/// Reads the numbers of an entry; false when one is missing.
+bool readNumbers(const vessel::PropertyTree& entry, const std::array<const char*, 3>& keys,
+                 std::array<double, 3>& numbers) {
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const vessel::PropertyTree* const child = entry.find(keys[i]);
+        const double* const number = child == nullptr ? nullptr : std::get_if<double>(&child->getValue());
+        if (number == nullptr) {
+            return false;
+        }
+        numbers[i] = *number;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::optional<vessel::ElementType> toElementType(VoxelTypes voxelType, ElementTypes elementType) {
@@ -111,6 +131,32 @@ ColorInterpretation readColorInterpretation(const vessel::ImageView& view) {
 
 void writeColorInterpretation(vessel::ImageView& view, ColorInterpretation interpretation) {
     helper::addMetadata(view, colorInterpretationKey, helper::colorInterpretationToString(interpretation));
+}
+
+std::optional<SpatialFrame> readSpatialFrame(const vessel::ImageView& view) {
+    const vessel::PropertyTree* const entry = view.metadata().find(spatialFrameKey);
+    const vessel::PropertyTree* const child = entry == nullptr ? nullptr : entry->find(columnsKey);
+    const std::int64_t* const columns = child == nullptr ? nullptr : std::get_if<std::int64_t>(&child->getValue());
+    SpatialFrame frame;
+    if (columns == nullptr || *columns < 0 || !readNumbers(*entry, originKeys, frame.origin) ||
+        !readNumbers(*entry, spacingKeys, frame.spacing)) {
+        return std::nullopt;
+    }
+    frame.columns = static_cast<std::size_t>(*columns);
+    return frame;
+}
+
+void writeSpatialFrame(vessel::ImageView& view, const std::optional<SpatialFrame>& frame) {
+    if (!frame) {
+        view.metadata().remove(spatialFrameKey);
+        return;
+    }
+    vessel::PropertyTree& entry = view.metadata()[spatialFrameKey];
+    entry[columnsKey].setValue(static_cast<std::int64_t>(frame->columns));
+    for (std::size_t i = 0; i < frame->origin.size(); ++i) {
+        entry[originKeys[i]].setValue(frame->origin[i]);
+        entry[spacingKeys[i]].setValue(frame->spacing[i]);
+    }
 }
 
 }  // namespace rix::detail

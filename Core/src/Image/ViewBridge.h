@@ -6,6 +6,7 @@
 #include <vessel/ImageView.h>
 
 #include <rix/image/ImageTypes.h>
+#include <rix/image/SpatialFrame.h>
 
 /// What images and image views call the same things.
 namespace rix::detail {
@@ -29,5 +30,10 @@ Interpretations readInterpretation(const vessel::ImageView& view);
 void writeInterpretation(vessel::ImageView& view, Interpretations interpretation);
 ColorInterpretation readColorInterpretation(const vessel::ImageView& view);
 void writeColorInterpretation(vessel::ImageView& view, ColorInterpretation interpretation);
+
+/// The metadata entry "spatial_frame"; nothing where it is missing or not whole.
+std::optional<SpatialFrame> readSpatialFrame(const vessel::ImageView& view);
+/// Nothing removes the entry.
+void writeSpatialFrame(vessel::ImageView& view, const std::optional<SpatialFrame>& frame);
 
 }  // namespace rix::detail

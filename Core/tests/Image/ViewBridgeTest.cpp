@@ -98,20 +98,25 @@ TEST(ViewBridge, CalibrationAndInterpretationBothWays) {
     test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
     image.setColorInterpretation(NRGB);
+    const SpatialFrame frame{.columns = 7, .origin = {0.1, -2, 3}, .spacing = {0.3, 0, 5}};
+    image.setSpatialFrame(frame);
     const auto view = std::make_shared<ImageViewFromModel>(&image);
     EXPECT_EQ(view->getAxes()[1], (Axis{AxisName::ROW, 3, {6.5, 0.5, "micrometre"}}));
     EXPECT_EQ(view->getAxes()[3], (Axis{AxisName::TIME, 2, {26.5, 1.0, "second"}}));
     EXPECT_EQ(view->getAxes()[4], (Axis{AxisName::CHANNEL, 1, {36.5, 1.25, ""}}));
     ImageModelFromView back(view);
     EXPECT_TRUE(test::imagesEqual(image, back));
+    EXPECT_EQ(back.getSpatialFrame(), frame);
 
     // And back into the image, through both.
     io::MemoryImage plain = makeCounted({4, 3, 2, 2, 1});
     plain.setSpatialUnitName("um");
     plain.setColorInterpretation(HSL);
     test::copyMeaning(plain, back);
+    back.setSpatialFrame(std::nullopt);
     EXPECT_TRUE(view->applyMetadata());
     EXPECT_TRUE(test::imagesEqual(plain, image));
+    EXPECT_EQ(image.getSpatialFrame(), std::nullopt);
     EXPECT_FALSE(view->setCalibration(AxisName::CHANNEL, {0.0, 1.0, "nm"})) << "an image has no unit for channels";
     EXPECT_EQ(view->getAxes()[2].calibration, (vessel::AxisCalibration{0.0, 0.0, "um"}));
 }

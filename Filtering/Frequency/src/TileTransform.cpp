@@ -1,20 +1,15 @@
 #include "TileTransform.h"
 
 #include <algorithm>
-#include <string>
 #include <type_traits>
 
 #ifdef RIX_HAVE_MKL
-#include <dlfcn.h>
-#include <mkl_dfti.h>
+#include "MklTransform.h"
 #else
 #include <vector>
 
-#include <unsupported/Eigen/FFT>
+#include "LineTransform.h"
 #endif
-
-#include <rix/exceptions/Exception.h>
-#include <rix/filtering/frequency/FourierEngine.h>
 
 namespace rix::filtering::frequency {
 
@@ -37,179 +32,117 @@ std::size_t fastExtent(std::size_t n) {
 
 #ifdef RIX_HAVE_MKL
 
-std::string_view getFourierEngine() {
-    return "oneMKL";
-}
-
-namespace {
-
-void check(MKL_LONG status) {
-    if (status == DFTI_NO_ERROR) {
-        return;
-    }
-    const std::string reason = DftiErrorMessage(status);
-    if (DftiErrorClass(status, DFTI_MEMORY_ERROR) != 0) {
-        throw MemoryError("There is no memory for a Fourier transform: " + reason);
-    }
-    throw UnexpectedError("The Fourier transform failed: " + reason);
-}
-
-/// oneMKL loads its kernels for the processor when they are first needed, and these look for oneMKL's core among the
-/// symbols that all see. Where this library is seen by its loader only, as in an interpreter, so is the core, and
-/// oneMKL would end the process.
-void showCoreToKernels() {
-    static const bool shown = [] {
-        for (const char* const library : {"libmkl_core.so", "libmkl_intel_thread.so", "libmkl_intel_lp64.so"}) {
-            ::dlopen(library, RTLD_LAZY | RTLD_GLOBAL | RTLD_NOLOAD);  // for good: null where it is linked otherwise
-        }
-        return true;
-    }();
-    static_cast<void>(shown);
-}
-
-/// One direction; committed, it is only read.
-class Descriptor {
-public:
-    Descriptor(DFTI_CONFIG_VALUE precision, const TileExtents& n, bool backward) {
-        showCoreToKernels();
-        MKL_LONG lengths[3];
-        MKL_LONG samples[4] = {0};
-        MKL_LONG coefficients[4] = {0};
-        // The slowest axis first, without those that are none.
-        const std::size_t axes = n[2] > 1 ? 3 : n[1] > 1 ? 2 : 1;
-        constexpr MKL_LONG single = 1;
-        std::size_t samplePitch = 1;
-        std::size_t coefficientPitch = 1;
-        for (std::size_t axis = 0; axis < axes; ++axis) {
-            lengths[axes - 1 - axis] = static_cast<MKL_LONG>(n[axis]);
-            samples[axes - axis] = static_cast<MKL_LONG>(samplePitch);
-            coefficients[axes - axis] = static_cast<MKL_LONG>(coefficientPitch);
-            samplePitch *= n[axis];
-            coefficientPitch *= axis == 0 ? n[0] / 2 + 1 : n[axis];
-        }
-        check(axes == 1 ? DftiCreateDescriptor(&m_handle, precision, DFTI_REAL, 1, lengths[0])
-                        : DftiCreateDescriptor(&m_handle, precision, DFTI_REAL, static_cast<MKL_LONG>(axes), lengths));
-        try {
-            check(DftiSetValue(m_handle, DFTI_PLACEMENT, DFTI_NOT_INPLACE));
-            check(DftiSetValue(m_handle, DFTI_CONJUGATE_EVEN_STORAGE, DFTI_COMPLEX_COMPLEX));
-            check(DftiSetValue(m_handle, DFTI_INPUT_STRIDES, backward ? coefficients : samples));
-            check(DftiSetValue(m_handle, DFTI_OUTPUT_STRIDES, backward ? samples : coefficients));
-            check(DftiSetValue(m_handle, DFTI_THREAD_LIMIT, single));
-            check(DftiCommitDescriptor(m_handle));
-        } catch (...) {
-            DftiFreeDescriptor(&m_handle);
-            throw;
-        }
-    }
-    ~Descriptor() { DftiFreeDescriptor(&m_handle); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    DFTI_DESCRIPTOR_HANDLE handle() const { return m_handle; }
-
-private:
-    DFTI_DESCRIPTOR_HANDLE m_handle = nullptr;
-};
-
-}  // namespace
-
 template <class Real>
 struct TileTransform<Real>::Engine {
     static constexpr DFTI_CONFIG_VALUE precision = std::is_same_v<Real, float> ? DFTI_SINGLE : DFTI_DOUBLE;
 
-    explicit Engine(const TileExtents& extents)
-        : forward(precision, extents, false), backward(precision, extents, true) {}
+    explicit Engine(const TileExtents& n) : layout(n), forward(make()), backward(make()) {
+        forward.set(DFTI_INPUT_STRIDES, layout.samples);
+        forward.set(DFTI_OUTPUT_STRIDES, layout.coefficients);
+        forward.commit();
+        backward.set(DFTI_INPUT_STRIDES, layout.coefficients);
+        backward.set(DFTI_OUTPUT_STRIDES, layout.samples);
+        backward.commit();
+    }
+    MklTransform make() { return MklTransform(precision, static_cast<MKL_LONG>(layout.axes), layout.lengths); }
 
-    Descriptor forward;
-    Descriptor backward;
+    /// The slowest axis first, without those that are none.
+    struct Layout {
+        explicit Layout(const TileExtents& n) : axes(n[2] > 1 ? 3 : n[1] > 1 ? 2 : 1) {
+            std::size_t samplePitch = 1;
+            std::size_t coefficientPitch = 1;
+            for (std::size_t axis = 0; axis < axes; ++axis) {
+                lengths[axes - 1 - axis] = static_cast<MKL_LONG>(n[axis]);
+                samples[axes - axis] = static_cast<MKL_LONG>(samplePitch);
+                coefficients[axes - axis] = static_cast<MKL_LONG>(coefficientPitch);
+                samplePitch *= n[axis];
+                coefficientPitch *= axis == 0 ? n[0] / 2 + 1 : n[axis];
+            }
+        }
+        std::size_t axes;
+        MKL_LONG lengths[3] = {};
+        MKL_LONG samples[4] = {};
+        MKL_LONG coefficients[4] = {};
+    };
+
+    Layout layout;
+    MklTransform forward;
+    MklTransform backward;
 };
 
 template <class Real>
 void TileTransform<Real>::forward(Real* tile, std::complex<Real>* spectrum) const {
-    check(DftiComputeForward(m_engine->forward.handle(), tile, spectrum));
+    checkMkl(DftiComputeForward(m_engine->forward.handle(), tile, spectrum));
 }
 
 template <class Real>
 void TileTransform<Real>::backward(std::complex<Real>* spectrum, Real* tile) const {
-    check(DftiComputeBackward(m_engine->backward.handle(), spectrum, tile));
+    checkMkl(DftiComputeBackward(m_engine->backward.handle(), spectrum, tile));
 }
 
 #else
 
-std::string_view getFourierEngine() {
-    return "kissfft";
-}
-
 template <class Real>
 struct TileTransform<Real>::Engine {
     using Complex = std::complex<Real>;
-    using Transform = Eigen::FFT<Real>;
 
-    explicit Engine(const TileExtents& /*extents*/) {}
+    /// The transforms of one direction, an axis each.
+    struct Way {
+        Way(const TileExtents& n, LineKind along, LineKind across)
+            : extents(n), rows(n[0], along, 1), columns(n[1], across, 1), depths(n[2], across, 1) {}
 
-    // It keeps tables of what it has transformed, and so belongs to one thread.
-    static Transform make() {
-        Transform transform;
-        transform.SetFlag(Transform::HalfSpectrum);
-        transform.SetFlag(Transform::Unscaled);
-        return transform;
-    }
-
-    /// Transforms along the rows and planes of a spectrum, a line at a time.
-    static void across(Transform& transform, const TileExtents& n, Complex* spectrum, bool back) {
-        const std::size_t columns = n[0] / 2 + 1;
-        std::vector<Complex> line(std::max(n[1], n[2]));
-        std::vector<Complex> transformed(line.size());
-        const auto alongAxis = [&](Complex* first, std::size_t count, std::size_t pitch) {
-            for (std::size_t i = 0; i < count; ++i) {
-                line[i] = first[i * pitch];
+        /// Transforms along the rows and planes of a spectrum, a line at a time.
+        void across(Complex* spectrum) const {
+            const std::size_t width = extents[0] / 2 + 1;
+            std::vector<Complex> line(std::max(extents[1], extents[2]));
+            const auto alongAxis = [&](const LineTransform<Real>& transform, Complex* first, std::size_t count,
+                                       std::size_t pitch) {
+                for (std::size_t i = 0; i < count; ++i) {
+                    line[i] = first[i * pitch];
+                }
+                transform.inPlace(line.data());
+                for (std::size_t i = 0; i < count; ++i) {
+                    first[i * pitch] = line[i];
+                }
+            };
+            for (std::size_t plane = 0; extents[1] > 1 && plane < extents[2]; ++plane) {
+                for (std::size_t column = 0; column < width; ++column) {
+                    alongAxis(columns, spectrum + plane * extents[1] * width + column, extents[1], width);
+                }
             }
-            const auto length = static_cast<Eigen::Index>(count);
-            if (back) {
-                transform.inv(transformed.data(), line.data(), length);
-            } else {
-                transform.fwd(transformed.data(), line.data(), length);
-            }
-            for (std::size_t i = 0; i < count; ++i) {
-                first[i * pitch] = transformed[i];
-            }
-        };
-        for (std::size_t plane = 0; n[1] > 1 && plane < n[2]; ++plane) {
-            for (std::size_t column = 0; column < columns; ++column) {
-                alongAxis(spectrum + plane * n[1] * columns + column, n[1], columns);
+            for (std::size_t i = 0; extents[2] > 1 && i < extents[1] * width; ++i) {
+                alongAxis(depths, spectrum + i, extents[2], extents[1] * width);
             }
         }
-        for (std::size_t i = 0; n[2] > 1 && i < n[1] * columns; ++i) {
-            alongAxis(spectrum + i, n[2], n[1] * columns);
-        }
-    }
+
+        TileExtents extents;
+        LineTransform<Real> rows;
+        LineTransform<Real> columns;
+        LineTransform<Real> depths;
+    };
+
+    explicit Engine(const TileExtents& n)
+        : there(n, LineKind::RealForward, LineKind::Forward), back(n, LineKind::RealBackward, LineKind::Backward) {}
+
+    Way there;
+    Way back;
 };
 
 template <class Real>
 void TileTransform<Real>::forward(Real* tile, std::complex<Real>* spectrum) const {
-    auto transform = Engine::make();
-    const std::size_t columns = m_extents[0] / 2 + 1;
+    const std::size_t width = m_extents[0] / 2 + 1;
     for (std::size_t row = 0; row < m_extents[1] * m_extents[2]; ++row) {
-        if (m_extents[0] > 1) {
-            transform.fwd(spectrum + row * columns, tile + row * m_extents[0], static_cast<Eigen::Index>(m_extents[0]));
-        } else {
-            spectrum[row] = tile[row];
-        }
+        m_engine->there.rows.forward(tile + row * m_extents[0], spectrum + row * width);
     }
-    Engine::across(transform, m_extents, spectrum, false);
+    m_engine->there.across(spectrum);
 }
 
 template <class Real>
 void TileTransform<Real>::backward(std::complex<Real>* spectrum, Real* tile) const {
-    auto transform = Engine::make();
-    Engine::across(transform, m_extents, spectrum, true);
-    const std::size_t columns = m_extents[0] / 2 + 1;
+    m_engine->back.across(spectrum);
+    const std::size_t width = m_extents[0] / 2 + 1;
     for (std::size_t row = 0; row < m_extents[1] * m_extents[2]; ++row) {
-        if (m_extents[0] > 1) {
-            transform.inv(tile + row * m_extents[0], spectrum + row * columns, static_cast<Eigen::Index>(m_extents[0]));
-        } else {
-            tile[row] = spectrum[row].real();
-        }
+        m_engine->back.rows.backward(spectrum + row * width, tile + row * m_extents[0]);
     }
 }
 

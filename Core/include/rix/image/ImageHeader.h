@@ -2,12 +2,14 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 
 #include <vessel/SpatialDirections.h>
 
 #include <rix/Export.h>
 #include <rix/String.h>
 #include <rix/image/ImageModel.h>
+#include <rix/image/SpatialFrame.h>
 
 namespace rix {
 
@@ -23,6 +25,7 @@ struct ImageHeader {
     String spatialUnitName{};
     String sequenceUnitName{};
     vessel::SpatialDirections spatialDirections{};
+    std::optional<SpatialFrame> spatialFrame{};
 };
 
 namespace helper {
@@ -35,7 +38,7 @@ RIX_EXPORT ImageHeader headerOf(const ImageModel& image);
 }  // namespace helper
 
 /// Base of the images that keep their characteristics in a header, where all but shape and types can be set.
-class RIX_EXPORT ImageModelWithHeader : public ImageModel {
+class RIX_EXPORT ImageModelWithHeader : public ImageModel, public KeepsSpatialFrame {
 public:
     ~ImageModelWithHeader() override;
 
@@ -61,6 +64,8 @@ public:
     bool setColorInterpretation(ColorInterpretation interpretation) override;
     bool getPreferedSize(std::size_t& columns, std::size_t& rows, std::size_t& planes, std::size_t& sequence,
                          std::size_t& spectral) override;
+    std::optional<SpatialFrame> getSpatialFrame() const override;
+    bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
     bool isOnDisk() const override;
     bool isOnGpu() const override;
     /// The full form for elements of one sample.

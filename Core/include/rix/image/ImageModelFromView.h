@@ -3,11 +3,13 @@
 #include <concepts>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <type_traits>
 
 #include <vessel/ImageView.h>
 
 #include <rix/image/ImageModel.h>
+#include <rix/image/SpatialFrame.h>
 
 namespace rix {
 
@@ -19,11 +21,12 @@ struct ImageModelFromViewPrivate;
 /// reached in place where the view is one buffer and columns lie side by side in it; else, as with channels that vary
 /// fastest, they are copied. The spatial unit is that of the view's first spatial axis and is set on all of them. The
 /// interpretations live in the view's metadata ("interpretation", "color_interpretation", with the texts of the
-/// enumerations); a missing entry reads as `RIX_VALUE` and `UNKNOWN`.
+/// enumerations), as does the frame of a spectrum ("spatial_frame"); a missing entry reads as `RIX_VALUE`, `UNKNOWN`
+/// and no frame.
 ///
 /// A view can't be reshaped: `reserve` succeeds only for the shape and types that it has, and leaves the samples alone.
 /// An image over a const view is read-only: everything that would change it returns false.
-class RIX_EXPORT ImageModelFromView : public ImageModel {
+class RIX_EXPORT ImageModelFromView : public ImageModel, public KeepsSpatialFrame {
 public:
     /// The view stays alive as long as the image does.
     /// @throws InvalidCall for a null view, for a type that images do not have (64-bit integers) and for a size in
@@ -68,6 +71,8 @@ public:
     [[nodiscard]] bool getConstRowAt(std::size_t nbElement, ConstRawData& row, std::size_t firstCols,
                                      std::size_t firstRows, std::size_t firstPlans, std::size_t firstSequence,
                                      std::size_t firstSpectralSeries) const override;
+    std::optional<SpatialFrame> getSpatialFrame() const override;
+    bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
     bool isOnDisk() const override;
     bool isOnGpu() const override;
 

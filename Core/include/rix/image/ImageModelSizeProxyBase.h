@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include <rix/image/ImageModel.h>
+#include <rix/image/SpatialFrame.h>
 
 namespace rix {
 
@@ -12,7 +14,7 @@ namespace rix {
 ///
 /// A view does not own the real image and must not outlive it. Origins are those of the real image, too: a view does
 /// not shift them by its first element.
-class RIX_EXPORT ImageModelSizeProxyBase : public ImageModel {
+class RIX_EXPORT ImageModelSizeProxyBase : public ImageModel, public KeepsSpatialFrame {
 public:
     ~ImageModelSizeProxyBase() override;
 
@@ -35,6 +37,8 @@ public:
     bool setColorInterpretation(ColorInterpretation interpretation) override;
     bool getPreferedSize(std::size_t& columns, std::size_t& rows, std::size_t& planes, std::size_t& sequence,
                          std::size_t& spectral) override;
+    std::optional<SpatialFrame> getSpatialFrame() const override;
+    bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
     bool isOnDisk() const override;
     bool isOnGpu() const override;
 

@@ -20,8 +20,8 @@ struct ImageViewFromModelPrivate;
 ///
 /// Samples are those of the image, without a copy. Axes with their calibration are taken when the view is made; a
 /// change through the view reaches the image. When the image is reshaped or retyped later, every access to samples
-/// through the view fails. The interpretations are put into the metadata, under the keys that `ImageModelFromView`
-/// reads; `applyMetadata` takes them back.
+/// through the view fails. The interpretations and the frame of a spectrum are put into the metadata, under the keys
+/// that `ImageModelFromView` reads; `applyMetadata` takes them back.
 ///
 /// A view of a const image is read-only.
 class RIX_EXPORT ImageViewFromModel : public vessel::ImageView {
@@ -51,7 +51,7 @@ public:
     vessel::SpatialDirections getSpatialDirections() const override;
     [[nodiscard]] bool setSpatialDirections(const vessel::SpatialDirections& directions) override;
 
-    /// Sets the interpretations of the image from the metadata of the view; false when the image refuses.
+    /// Sets the interpretations and the frame of the image from the metadata of the view; false when the image refuses.
     [[nodiscard]] bool applyMetadata();
 
 private:

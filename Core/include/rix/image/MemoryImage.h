@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 
 #include <rix/image/ImageModel.h>
+#include <rix/image/SpatialFrame.h>
 
 namespace rix::io {
 
@@ -19,7 +21,7 @@ namespace rix::io {
 /// `RIX_MEMORY_IMAGE_CONSUMPTION_TRACE` every allocation and every destruction writes a line to standard output.
 ///
 /// Cost: row access is constant; `reserve` allocates only when the buffer is too small or `exactSize` is set.
-class RIX_EXPORT MemoryImage : public ImageModel {
+class RIX_EXPORT MemoryImage : public ImageModel, public KeepsSpatialFrame {
 public:
     /// @param exactSize true reallocates at every `reserve`, so that the buffer is never larger than the image; false
     ///        keeps a buffer that is large enough, so that an output can be reserved again at every run.
@@ -79,6 +81,9 @@ public:
     /// Releases `m_rawData` and sets it to null.
     virtual void freeInternalBuffer();
 
+    std::optional<SpatialFrame> getSpatialFrame() const override;
+    bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
+
 protected:
     VoxelTypes m_voxelType;
     ElementTypes m_elementType;
@@ -109,6 +114,7 @@ private:
     // What allocateInternalBuffer of this very class made: the destructor may free nothing else.
     RawData m_ownBuffer;
     std::size_t m_ownBufferSize;
+    std::optional<SpatialFrame> m_spatialFrame;
 };
 
 }  // namespace rix::io
