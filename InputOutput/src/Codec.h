@@ -27,6 +27,9 @@ struct Codec {
     /// @param path the name that the file gets, for formats of two files
     void (*write)(OutputFile& file, const std::filesystem::path& path, const ImageModel& image,
                   const WriteOptions& options);
+    /// Whether it is proposed for an image that another format cannot hold: it keeps samples, and what reads it.
+    bool proposed = true;
+    bool hasQuality = false;
 };
 
 extern const Codec tiffCodec;
@@ -39,6 +42,7 @@ extern const Codec niftiCodec;
 extern const Codec pnmCodec;
 extern const Codec bmpCodec;
 extern const Codec jpegCodec;
+extern const Codec rawCodec;
 
 std::span<const Codec* const> codecs();
 

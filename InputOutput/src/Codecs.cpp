@@ -11,9 +11,9 @@
 namespace rix::io {
 
 std::span<const Codec* const> codecs() {
-    static constexpr std::array<const Codec*, 10> table{&tiffCodec,      &omeTiffCodec, &pngCodec, &nrrdCodec,
+    static constexpr std::array<const Codec*, 11> table{&tiffCodec,      &omeTiffCodec, &pngCodec, &nrrdCodec,
                                                         &metaImageCodec, &npyCodec,     &pnmCodec, &bmpCodec,
-                                                        &jpegCodec,      &niftiCodec};
+                                                        &jpegCodec,      &niftiCodec,   &rawCodec};
     return table;
 }
 

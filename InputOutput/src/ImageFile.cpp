@@ -8,12 +8,17 @@
 #include <rix/exceptions/Exception.h>
 
 #include "Codec.h"
+#include "Metadata.h"
 #include "SampleRows.h"
+#include "raw/RawWords.h"
 
 namespace rix::io {
 namespace {
 
-const Codec& codecOfContent(InputFile& file) {
+const Codec& codecOf(InputFile& file, const ReadOptions& options) {
+    if (options.selection.raw) {
+        return rawCodec;
+    }
     std::array<std::uint8_t, 64> beginning{};
     const std::size_t count = file.readAt(0, beginning.data(), beginning.size());
     for (const Codec* codec : codecs()) {
@@ -25,7 +30,9 @@ const Codec& codecOfContent(InputFile& file) {
     if (!failure.empty()) {
         throw LoadingError("Reading failed: " + failure + ".");
     }
-    throw LoadingError("The content is of no format that is known. Known are " + listCodecs() + '.');
+    throw LoadingError("The content is of no format that is known. Known are " + listCodecs() +
+                       ". A file of samples without a header needs words that tell what they are: "
+                       "'a.raw[type=uint16,size=512x512x20]'.");
 }
 
 /// The format whose extension the name ends with, the longest where several fit; null for none.
@@ -58,14 +65,22 @@ const Codec& codecOfName(const std::filesystem::path& path) {
                        String(" Known are ") + listCodecs() + '.');
 }
 
+String refusalOf(const Codec& codec, const ImageModel& image, const WriteOptions& options) {
+    if (options.quality != 0 && !codec.hasQuality) {
+        return String(codec.name) + " keeps samples as they are and has no quality to choose.";
+    }
+    return codec.refusal(image, options);
+}
+
 void refuseWhatDoesNotFit(const Codec& codec, const ImageModel& image, const WriteOptions& options) {
-    const String reason = codec.refusal(image, options);
+    const String reason = refusalOf(codec, image, options);
     if (reason.empty()) {
         return;
     }
     std::vector<String> others;
     for (const Codec* other : codecs()) {
-        if (other->refusal(image, options).empty()) {
+        const bool proposed = options.quality == 0 ? other->proposed : other->hasQuality;
+        if (proposed && refusalOf(*other, image, options).empty()) {
             others.emplace_back(other->name);
         }
     }
@@ -116,7 +131,7 @@ bool isImageFileName(const std::filesystem::path& path) {
 std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const ReadOptions& options) {
     return namingTheFile(readingLevel(path), [&] {
         InputFile file(path);
-        auto image = codecOfContent(file).read(file, options);
+        auto image = codecOf(file, options).read(file, options);
         std::size_t count = 0;
         // A file may say binary of other values.
         if (image->getInterpretation() == RIX_BINARY && helper::getElementCount(*image, count)) {
@@ -129,7 +144,7 @@ std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const 
 ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions& options) {
     return namingTheFile(readingLevel(path), [&] {
         InputFile file(path);
-        ImageFileInfo info = codecOfContent(file).readInfo(file, options);
+        ImageFileInfo info = codecOf(file, options).readInfo(file, options);
         applyOptions(options, info);
         return info;
     });
@@ -137,6 +152,10 @@ ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions
 
 void checkImageFits(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {
     namingTheFile(writingLevel(path), [&] { refuseWhatDoesNotFit(codecOfName(path), image, options); });
+}
+
+String neededSelection(const std::filesystem::path& path, const ImageModel& image) {
+    return findCodecOfName(path) == &rawCodec ? wordsOfRaw(describe(image)) : String();
 }
 
 void writeImage(const std::filesystem::path& path, const ImageModel& image, const WriteOptions& options) {

@@ -89,7 +89,7 @@ TEST(RawFormats, NumPyKeepsSamplesAndPnmPictures) {
 TEST(RawFormats, WhatAFormatCannotHoldIsRefusedWithThoseThatCan) {
     const TemporaryFolder folder;
     const MemoryImage calibrated = calibratedImage(RIX_UINT8, {3, 2, 1, 1, 1}, 1);
-    std::string text = textOf<WritingError>([&] { writeImage(folder / "a.npy", calibrated); });
+    const std::string text = textOf<WritingError>([&] { writeImage(folder / "a.npy", calibrated); });
     EXPECT_THAT(text, HasSubstr("no place for what is known of the image: spacing, origin, directions, units."));
     EXPECT_THAT(text, HasSubstr("It can be written as TIFF, OME-TIFF, PNG, NRRD, MetaImage, PNM or NIfTI."));
     writeImage(folder / "a.npy", calibrated, {.dropMetadata = true});
@@ -98,8 +98,6 @@ TEST(RawFormats, WhatAFormatCannotHoldIsRefusedWithThoseThatCan) {
     EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "a.npy", movie); }),
                 HasSubstr("which of their axes is"));
     EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / "a.ppm", movie); }), HasSubstr("type float32"));
-    text = textOf<WritingError>([&] { writeImage(folder / "a.jpg", randomImage(RIX_UINT8, {3, 2, 1, 1, 1})); });
-    EXPECT_THAT(text, HasSubstr("would change samples. It can be written as TIFF, "));
     for (const char* name : {"a.nrrd", "a.mha", "a.ppm"}) {
         EXPECT_THAT(textOf<WritingError>([&] { writeImage(folder / name, movie, {.compression = Compression::Zstd}); }),
                     HasSubstr("no Zstandard compression"));

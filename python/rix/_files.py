@@ -33,7 +33,8 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
         The part to read, such as "c=0,z=10:20,x=100:300": letters of axes with an index or a range (first:last, without
         the last; negative ones count from the end). "series=1" is an image among several of the file, "axes=tyx" says
         what its axes are. Only that is read, and the origin moves with it. Brackets behind the path do the same:
-        "stack.tif[z=3]". docs/selections.md tells more.
+        "stack.tif[z=3]". A file without a header is read with words: "type=uint16,size=512x512x20,offset=128".
+        docs/selections.md tells more.
 
     Raises `FileError`, and `RuleError` for a wrong `select`.
     """
@@ -53,10 +54,12 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
 
 
 def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: Optional[str] = None,
-            color_interpretation: Union[ColorInterpretation, str, None] = None, drop_metadata: bool = False) -> None:
+            color_interpretation: Union[ColorInterpretation, str, None] = None, drop_metadata: bool = False,
+            quality: Optional[int] = None) -> Optional[str]:
     """Writes an image in the format that the extension of `path` names; docs/formats.md lists the formats.
 
-    Nothing is converted: what the format can't hold is refused. The file appears under its name when it is complete.
+    Nothing is converted: what the format can't hold is refused; JPEG alone changes samples. The file appears under its
+    name when it is complete.
 
     Parameters
     ----------
@@ -68,6 +71,10 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
         What the channels of an array are, "rgb" for a picture of (rows, columns, 3) with axes="yxc".
     drop_metadata
         Write an image also in a format that can't hold its calibration or meaning, without them.
+    quality
+        Of JPEG, from 1 to 100: less makes smaller files that differ more; unless given, 90.
+
+    Returns None; for a .raw file, which has no header, what `imread` needs as `select` to read it.
 
     Raises `FileError`.
     """
@@ -76,7 +83,10 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
         if isinstance(image, Image):
             given = {**image.calibration, "interpretation": image.interpretation}
         image = Image(image, color_interpretation=color_interpretation, **given)
-    _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata)
+    if quality is not None and not 1 <= quality <= 100:
+        raise RuleError(f"quality={quality}: it is a number from 1 to 100")
+    needed: str = _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata, quality or 0)
+    return needed or None
 
 
 def overlay(image: Any, labels: Any, *, axes: Optional[str] = None, plane: Optional[int] = None,

@@ -87,14 +87,16 @@ py::object readFile(const std::string& path, const std::string& calibration, std
     return imageOf(image, axesOfResult(helper::getExtents(*image), "yx"));
 }
 
-void writeFile(const std::string& path, py::handle image, const std::string& axes, const std::string& compression,
-               bool dropMetadata) {
+std::string writeFile(const std::string& path, py::handle image, const std::string& axes,
+                      const std::string& compression, bool dropMetadata, int quality) {
     const GivenImage given = openInput(image, axes);
     io::WriteOptions options;
     options.compression = compressionOf(compression);
     options.dropMetadata = dropMetadata;
+    options.quality = quality;
     const py::gil_scoped_release unlocked;
     io::writeImage(path, *given.image, options);
+    return io::neededSelection(path, *given.image);
 }
 
 }  // namespace rix::python

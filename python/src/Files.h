@@ -16,8 +16,10 @@ namespace rix::python {
 pybind11::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
                           const std::string& select);
 
+/// @param quality of JPEG; 0 for the usual one
+/// @return the selection that reads the file back; empty where none is needed
 /// @throws WritingError as `io::writeImage`, RefusedError for an unknown compression
-void writeFile(const std::string& path, pybind11::handle image, const std::string& axes, const std::string& compression,
-               bool dropMetadata);
+std::string writeFile(const std::string& path, pybind11::handle image, const std::string& axes,
+                      const std::string& compression, bool dropMetadata, int quality);
 
 }  // namespace rix::python

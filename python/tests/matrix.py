@@ -17,6 +17,7 @@ from typing import Any, Callable, Dict, List, NamedTuple, Optional
 import imageio
 import nibabel
 import numpy as np
+import PIL.Image
 import skimage
 import skimage.io
 import tifffile
@@ -51,6 +52,8 @@ class Case(NamedTuple):
     #: The axes whose spacing has to come over; None where the unit has not.
     spacing: str = ""
     unit: Optional[str] = None
+    #: How far voxels may be off, for JPEG, which changes them.
+    near: int = 0
 
 
 def samples(dtype: np.dtype, axes: str) -> np.ndarray:
@@ -63,10 +66,17 @@ def samples(dtype: np.dtype, axes: str) -> np.ndarray:
     return (values % 251 - (60 if dtype.kind in "if" else 0)).astype(dtype)
 
 
+def gradient(dtype: np.dtype, axes: str) -> np.ndarray:
+    """What JPEG keeps nearly."""
+    y, x = np.mgrid[:SIZES["y"], :SIZES["x"]]
+    grey = (20 * x + 3 * y).astype(dtype)
+    return grey if axes == "yx" else np.dstack([grey, 240 - grey, grey // 2])
+
+
 # This library -------------------------------------------------------------------------------------------------------
 
 def write_ours(path: pathlib.Path, array: np.ndarray, axes: str) -> None:
-    holds = path.suffix not in (".npy", ".bmp", ".jpg")
+    holds = path.suffix not in (".npy", ".bmp")
     spacing = {letter: SPACING[letter] for letter in axes if letter in SPACING}
     rix.imwrite(path, rix.Image(array, axes, color_interpretation="rgb" if axes == "yxc" else "unknown",
                                 **(dict(spacing=spacing, spatial_unit="mm", sequence_unit="s") if holds else {})))
@@ -147,12 +157,51 @@ def read_picture(reader: Callable[..., Any]) -> Callable[[pathlib.Path], Read]:
     return read
 
 
+def read_density(path: pathlib.Path) -> Read:
+    """A picture, with the spacing of the density that JPEG tells in dots a centimetre."""
+    read = read_picture(imageio.imread)(path)
+    with PIL.Image.open(path) as file:
+        density = file.info["jfif_density"] if file.info.get("jfif_unit") == 2 else (1, 1)
+    return read._replace(spacing={"x": 10 / density[0], "y": 10 / density[1]}, unit="mm")
+
+
+def write_jpeg(path: pathlib.Path, array: np.ndarray, axes: str) -> None:
+    PIL.Image.fromarray(array).save(path, quality=95, subsampling=0)
+
+
 def write_picture(writer: Callable[..., Any]) -> Callable[[pathlib.Path, np.ndarray, str], None]:
     return lambda path, array, axes: writer(str(path), array)
 
 
 def write_npy(path: pathlib.Path, array: np.ndarray, axes: str) -> None:
     np.save(path, array)
+
+
+# Without a header: how the array lies is what the words, or NumPy's arguments, tell.
+
+def write_raw(path: pathlib.Path, array: np.ndarray, axes: str) -> None:
+    rix.imwrite(path, rix.Image(array, axes, color_interpretation="rgb" if axes == "yxc" else "unknown"))
+    LAYOUT[path] = (array.dtype, sorted(axes, key="ctzyx".index), dict(zip(axes, array.shape)))
+
+
+def read_raw(path: pathlib.Path) -> Read:
+    dtype, axes, sizes = LAYOUT[path]
+    return Read(np.fromfile(path, dtype).reshape([sizes[letter] for letter in axes]), "".join(axes), {})
+
+
+def write_there_raw(path: pathlib.Path, array: np.ndarray, axes: str) -> None:
+    array.astype(array.dtype.newbyteorder(">")).tofile(path)
+    LAYOUT[path] = (array.dtype, list(axes), dict(zip(axes, array.shape)))
+
+
+def read_here_raw(path: pathlib.Path) -> Read:
+    dtype, axes, sizes = LAYOUT[path]
+    name = str(dtype) if dtype.kind != "c" else f"complex-float{dtype.itemsize * 4}"
+    image = rix.imread(path, select=f"type={name},endian=big,axes=" + "".join(f"{a}{sizes[a]}" for a in axes))
+    return Read(image.array, image.axes, {})
+
+
+LAYOUT: Dict[pathlib.Path, Any] = {}
 
 
 def run_imagej(macro: str) -> str:
@@ -223,8 +272,10 @@ READ_THERE = [
       for file, axes, types in PICTURES if file == "a.png"),
     *(Case("imageio", file, write_ours, read_picture(imageio.imread), [axes], types)
       for file, axes, types in PICTURES),
+    Case("imageio, Pillow", "a.jpg", write_ours, read_density, ["yx", "yxc"], BYTES, "xy", "mm", near=16),
     Case("nibabel", "a.nii", write_ours, read_nibabel, ["yx", "zyx", "tzyx", "ctzyx"], TYPES[1:], "xyzt", "mm"),
     Case("nibabel", "a.nii.gz", write_ours, read_nibabel, ["yx", "zyx", "tzyx"], TYPES[1:], "xyzt", "mm"),
+    Case("NumPy, fromfile", "a.raw", write_raw, read_raw, AXES + ["yxc"], TYPES),
     Case("NumPy", "a.npy", write_ours, lambda path: Read(np.load(path), "zyx"[-np.load(path).ndim:], {}),
          ["yx", "zyx"], TYPES),
 ]
@@ -238,8 +289,10 @@ READ_HERE = [
       for file, axes, types in PICTURES if file == "a.png"),
     *(Case("imageio", file.replace("pnm", "ppm"), write_picture(imageio.imwrite), read_ours, [axes], types)
       for file, axes, types in PICTURES),
+    Case("Pillow", "a.jpg", write_jpeg, read_ours, ["yx", "yxc"], BYTES, near=16),
     Case("nibabel", "a.nii", write_nibabel, read_ours, ["yx", "zyx", "tzyx", "ctzyx"], TYPES[1:] + FOREIGN, "xyzt", "mm"),
     Case("nibabel", "a.nii.gz", write_nibabel, read_ours, ["yx", "zyx", "tzyx"], TYPES[1:] + FOREIGN, "xyzt", "mm"),
+    Case("NumPy, tofile", "a.raw", write_there_raw, read_here_raw, AXES + ["yxc"], TYPES[1:] + FOREIGN),
     Case("NumPy", "a.npy", write_npy, read_ours, ["yx", "zyx"], TYPES + FOREIGN),
 ]
 IMAGEJ_TYPES = [np.dtype(t) for t in (np.uint8, np.uint16, np.float32)]
@@ -269,7 +322,8 @@ def difference(case: Case, array: np.ndarray, axes: str, found: Read) -> str:
     values = values.transpose([kept.index(letter) for letter in axes])
     if array.dtype == bool and values.dtype != bool:
         values = values > 0  # 0 and 255, as programs without a binary type show one bit
-    if values.shape != array.shape or not np.array_equal(values, array):
+    if values.shape != array.shape or not (np.abs(values.astype(int) - array).max() <= case.near if case.near else
+                                           np.array_equal(values, array)):
         return "other voxels"
     for letter in axes:
         if letter in case.spacing and not np.isclose(found.spacing.get(letter, -1), SPACING[letter], rtol=1e-6):
@@ -279,7 +333,7 @@ def difference(case: Case, array: np.ndarray, axes: str, found: Read) -> str:
 
 def run(case: Case, folder: pathlib.Path, axes: str, dtype: np.dtype) -> str:
     """"=", "-" where the writer has no such file, else what is wrong."""
-    array = samples(dtype, axes)
+    array = (gradient if case.near else samples)(dtype, axes)
     path = folder / case.file
     path.unlink(missing_ok=True)
     try:
@@ -350,7 +404,8 @@ def page(there: List[Row], here: List[Row]) -> str:
         "Made by `scripts/matrix`: every file is written by one and read by the other, and voxels, axes, spacing and unit",
         f"compared ({versions()}).",
         "What is listed is equal; what a program refuses to write is left out. Axes are written as in Python, the slowest",
-        "first. Calibration is what has to come over in the fields of the format; this library notes the rest for itself.",
+        "first. Calibration is what has to come over in the fields of the format; this library notes the rest for itself. Voxels",
+        "of JPEG may be off by 16, files without a header (raw) are read with words and with the arguments of NumPy.",
         "",
         f"All types are {types};",
         "images of bool are binary ones.",

@@ -103,6 +103,38 @@ def test_numpy_and_pictures(tmp_path):
     smooth = np.repeat(np.arange(0, 240, 10, dtype=np.uint8)[:, None], 32, axis=1)
     imageio.imwrite(tmp_path / "a.jpg", smooth)
     assert np.abs(rix.imread(tmp_path / "a.jpg").array.astype(int) - smooth).max() < 8
+    for picture, options in ((smooth, {}), (np.dstack([smooth, smooth[::-1], smooth // 2]),
+                                            {"axes": "yxc", "color_interpretation": "rgb"})):
+        rix.imwrite(tmp_path / "b.jpg", picture, **options)
+        assert np.abs(np.asarray(imageio.imread(tmp_path / "b.jpg")).astype(int) - picture).max() < 8
+        size = (tmp_path / "b.jpg").stat().st_size
+        rix.imwrite(tmp_path / "b.jpg", picture, quality=20, **options)
+        assert (tmp_path / "b.jpg").stat().st_size < size
+    with pytest.raises(rix.RuleError, match="quality=0"):
+        rix.imwrite(tmp_path / "b.jpg", smooth, quality=0)
+    with pytest.raises(rix.FileError, match="greys of a binary image"):
+        rix.imwrite(tmp_path / "b.jpg", mask)
+
+
+def test_files_without_header(tmp_path):
+    path = tmp_path / "a.raw"
+    for dtype in DTYPES:
+        image = rix.Image(random_array(dtype, (3, 4, 5)), "tyx", spacing={"x": 0.5}, spatial_unit="mm")
+        words = rix.imwrite(path, image)
+        np.testing.assert_array_equal(np.fromfile(path, dtype).reshape(3, 4, 5), image.array)
+        back = rix.imread(path, select=words)
+        np.testing.assert_array_equal(back.array, image.array)
+        assert (back.array.dtype, back.axes, back.spacing, back.spatial_unit) == (dtype, "tyx", image.spacing, "mm")
+    assert rix.imwrite(tmp_path / "a.tif", image) is None
+    colour = random_array(np.uint8, (24, 32, 3))
+    path.write_bytes(b"header" + colour.tobytes())
+    read = rix.imread(f"{path}[type=uint8,axes=y24x32c3,offset=6,color=rgb]")
+    assert read.color_interpretation == rix.ColorInterpretation.RGB
+    np.testing.assert_array_equal(read.array.transpose([read.axes.index(axis) for axis in "yxc"]), colour)
+    with pytest.raises(rix.FileError, match="in 3072 bytes; the file has 2304 bytes from byte 6 on"):
+        rix.imread(path, select="type=uint8,axes=y32x32c3,offset=6")
+    with pytest.raises(rix.RuleError, match="leaves the sizes open"):
+        rix.imread(path, select="type=uint8")
 
 
 def test_how_files_are_read(tmp_path):

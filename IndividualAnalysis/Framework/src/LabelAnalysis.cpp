@@ -75,7 +75,9 @@ private:
 };
 
 void declare(LabelAnalysis& analysis, algorithms::Properties& properties) {
-    properties.input(analysis.inputLabelImage, "The labels of the objects; 0 is background.",
+    properties.input(analysis.inputLabelImage,
+                     "The labels of the objects; 0 is background. In an image of several planes a label is one body in "
+                     "space, also where each plane was labelled by itself.",
                      AddRulesForImageOf({RIX_UINT8, RIX_UINT16, RIX_UINT32}),
                      AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused));
     analysis.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());

@@ -1,9 +1,7 @@
-// JPEG is read only: to write it would change samples.
+// JPEG changes samples: it is written when its name is given, and proposed for nothing.
 
 #include <array>
-#include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <vector>
 
 #include <jpeglib.h>
@@ -13,7 +11,8 @@
 #include "../Codec.h"
 #include "../Metadata.h"
 #include "../Resolution.h"
-#include "../SampleRows.h"
+#include "JpegErrors.h"
+#include "JpegWriter.h"
 
 namespace rix::io {
 namespace {
@@ -23,29 +22,27 @@ constexpr std::array<const char*, 2> Extensions{"jpg", "jpeg"};
 constexpr std::uint64_t JpegRatio = 2048;
 /// Sound files have about ten; each costs a pass over the picture.
 constexpr int MostScans = 100;
+constexpr unsigned LongestMarker = 0xFFFF;
 
 bool recognises(std::span<const std::uint8_t> beginning) {
     return beginning.size() >= 3 && beginning[0] == 0xFF && beginning[1] == 0xD8 && beginning[2] == 0xFF;
 }
 
-/// One run of libjpeg over a file of ours. As with libpng, errors come back by a long jump, so that what runs inside
-/// `guarded` has no object with a destructor.
+/// One run of libjpeg over a file of ours.
 class JpegSession {
 public:
     explicit JpegSession(InputFile& file) : m_bytes(static_cast<std::size_t>(file.size())) {
         if (file.readAt(0, m_bytes.data(), m_bytes.size()) != m_bytes.size()) {
             throw LoadingError("Reading failed: " + file.failure() + '.');
         }
-        m_jpeg.err = jpeg_std_error(&m_errors);
-        m_errors.error_exit = &fail;
-        m_errors.emit_message = &warn;
-        m_progress.progress_monitor = &watch;
-        m_jpeg.client_data = this;
+        m_errors.watch(reinterpret_cast<j_common_ptr>(&m_jpeg));
+        m_progress.progress_monitor = &checkScans;
         try {
             guarded([this] {
                 jpeg_create_decompress(&m_jpeg);
                 m_jpeg.progress = &m_progress;
                 jpeg_mem_src(&m_jpeg, m_bytes.data(), static_cast<unsigned long>(m_bytes.size()));
+                jpeg_save_markers(&m_jpeg, JPEG_COM, LongestMarker);
                 jpeg_read_header(&m_jpeg, TRUE);
             });
         } catch (...) {
@@ -59,56 +56,35 @@ public:
 
     jpeg_decompress_struct& jpeg() { return m_jpeg; }
 
+    /// The lines of all comments.
+    String comments() const {
+        String text;
+        for (auto* marker = m_jpeg.marker_list; marker != nullptr; marker = marker->next) {
+            text.append(reinterpret_cast<const char*>(marker->data), marker->data_length);
+            text += '\n';
+        }
+        return text;
+    }
+
     /// @throws LoadingError when libjpeg reports damage in it
     template <class Body>
     void guarded(Body body) {
-        if (!run([](void* context) { (*static_cast<Body*>(context))(); }, &body) || m_message[0] != '\0') {
-            throw LoadingError("The JPEG file is damaged: " + String(m_message) + '.');
+        if (!m_errors.guarded(body)) {
+            throw LoadingError("The JPEG file is damaged: " + String(m_errors.message()) + '.');
         }
     }
 
 private:
-    bool run(void (*body)(void*), void* context) {
-        if (setjmp(m_return) != 0) {
-            return false;
-        }
-        body(context);
-        return true;
-    }
-
-    static JpegSession& of(j_common_ptr jpeg) { return *static_cast<JpegSession*>(jpeg->client_data); }
-
-    static void fail(j_common_ptr jpeg) {
-        keep(jpeg);
-        std::longjmp(of(jpeg).m_return, 1);
-    }
-
-    /// libjpeg fills up with grey what a damaged file doesn't hold, and warns.
-    static void warn(j_common_ptr jpeg, int level) {
-        if (level < 0) {
-            keep(jpeg);
-        }
-    }
-
-    static void keep(j_common_ptr jpeg) {
-        std::array<char, JMSG_LENGTH_MAX> text{};
-        jpeg->err->format_message(jpeg, text.data());
-        std::strncpy(of(jpeg).m_message, text.data(), sizeof(m_message) - 1);
-    }
-
-    static void watch(j_common_ptr jpeg) {
+    static void checkScans(j_common_ptr jpeg) {
         if (reinterpret_cast<j_decompress_ptr>(jpeg)->input_scan_number > MostScans) {
-            std::strncpy(of(jpeg).m_message, "it has too many scans", sizeof(m_message) - 1);
-            std::longjmp(of(jpeg).m_return, 1);
+            JpegErrors::stop(jpeg, "it has too many scans");
         }
     }
 
     std::vector<std::uint8_t> m_bytes;
     jpeg_decompress_struct m_jpeg{};
-    jpeg_error_mgr m_errors{};
+    JpegErrors m_errors;
     jpeg_progress_mgr m_progress{};
-    std::jmp_buf m_return{};
-    char m_message[JMSG_LENGTH_MAX + 1] = "";
 };
 
 ImageFileInfo describe(JpegSession& session, const InputFile& file, const ReadOptions& options) {
@@ -132,6 +108,7 @@ ImageFileInfo describe(JpegSession& session, const InputFile& file, const ReadOp
         const double inMetre = jpeg.density_unit == 1 ? 1.0 / 0.0254 : 100.0;
         applyResolution(jpeg.X_density * inMetre, jpeg.Y_density * inMetre, options, info);
     }
+    applyOwnKeys(parseKeys(session.comments()), info);
     return info;
 }
 
@@ -166,16 +143,8 @@ std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
     return image.release();
 }
 
-String refusal(const ImageModel&, const WriteOptions&) {
-    return "JPEG is not written: it would change samples.";
-}
-
-void write(OutputFile&, const std::filesystem::path&, const ImageModel& image, const WriteOptions& options) {
-    throw WritingError(refusal(image, options));
-}
-
 }  // namespace
 
-const Codec jpegCodec{"JPEG", Extensions, &recognises, &refusal, &readInfo, &read, &write};
+const Codec jpegCodec{"JPEG", Extensions, &recognises, &refusalOfJpeg, &readInfo, &read, &writeJpeg, false, true};
 
 }  // namespace rix::io

@@ -149,7 +149,7 @@ String refusal(const ImageModel& image, const WriteOptions& options) {
     const ImageFileInfo info = describe(image);
     if ((info.extents[SEQUENCE] > 1 || info.extents[SPECTRAL_SERIES] > 1) && !options.dropMetadata) {
         return "NumPy arrays don't tell which of their axes is time or channels: " + helper::describeImage(image) +
-               ". That can be left out (dropMetadata).";
+               ". That " + String(CanBeLeftOut);
     }
     return lostCalibration("NumPy", info, options);
 }

@@ -236,7 +236,7 @@ String lostCalibration(const String& format, const ImageFileInfo& info, const Wr
     if (lost.empty() || options.dropMetadata) {
         return {};
     }
-    return format + " has no place for what is known of the image: " + lost + ". It can be left out (dropMetadata).";
+    return format + " has no place for what is known of the image: " + lost + ". It " + CanBeLeftOut;
 }
 
 }  // namespace rix::io

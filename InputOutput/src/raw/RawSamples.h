@@ -54,6 +54,9 @@ bool writesBigEndian();
 /// The first of the reasons why formats of raw samples cannot hold an image; empty for none.
 String refusalOfRaw(const String& format, const ImageModel& image, const WriteOptions& options);
 
+/// How, for the users of the library, of Python and of the command line.
+inline constexpr const char* CanBeLeftOut = "can be left out (dropMetadata, drop_metadata=True, --drop-metadata).";
+
 /// Why a format that has no place for calibration and meaning cannot hold an image with these; empty when it has none,
 /// or when it is to be written without them.
 String lostCalibration(const String& format, const ImageFileInfo& info, const WriteOptions& options);

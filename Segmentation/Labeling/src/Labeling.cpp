@@ -91,8 +91,9 @@ void declare(Labeling& labeling, algorithms::Properties& properties) {
         AddRuleIsLabelType());
     properties.input(labeling.neighborhood, "Which voxels of an object touch.");
     properties.output(
-        labeling.outputLabelImage, "The number of the object that a voxel belongs to, or 0.", AddRuleAssertNotNull(),
-        AddRuleCompare(CompareRelation::NotEqual, labeling.inputObjectImage),
+        labeling.outputLabelImage,
+        "The number of the object that a voxel belongs to, or 0; every plane (2d) or volume (3d) counts from 1.",
+        AddRuleAssertNotNull(), AddRuleCompare(CompareRelation::NotEqual, labeling.inputObjectImage),
         AddRuleDisjointFrom(labeling.inputObjectImage),
         AddRuleEnforceLike(labeling.inputObjectImage,
                            {.interpretation = RIX_LABEL, .chosenType = [&labeling] { return typeAtFirst(labeling); }}));

@@ -85,6 +85,11 @@ void addWritingOptions(CLI::App& command) {
             "Compress the images that are written; unless given, as is usual for the format (TIFF: none)")
         ->check(CLI::IsMember(names).description(""))
         ->type_name("none|deflate|lzw|zstd");
+    command
+        .add_option("--quality", options.writing.quality,
+                    "Of JPEG files, from 1 to 100: less makes smaller files that differ more (90)")
+        ->check(CLI::Range(1, 100).description(""))
+        ->type_name("N");
     command.add_flag("--drop-metadata", options.writing.dropMetadata,
                      "Write an image also in a format that can't hold its calibration or meaning, without them");
 }

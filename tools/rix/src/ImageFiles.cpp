@@ -13,6 +13,7 @@
 #include "Failure.h"
 #include "FileOptions.h"
 #include "Interrupts.h"
+#include "Output.h"
 #include "Streams.h"
 
 namespace rix::cli {
@@ -109,13 +110,17 @@ void saveImage(const fs::path& path, const ImageModel& image) {
             const fs::path file = folder.path() / withFormat(path);
             io::writeImage(file, image, writingOptions());
             sendFile(file);
-            return;
+        } else {
+            io::writeImage(path, image, writingOptions());
         }
-        io::writeImage(path, image, writingOptions());
     } catch (const MemoryError&) {
         throw;
     } catch (const Exception& exception) {
         throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
+    if (const String selection = io::neededSelection(withFormat(path), image); !selection.empty()) {
+        const std::string name = (isStandardStream(path) ? "-" : path.string()) + '[' + selection + ']';
+        writeMessage("note: the file has no header; it is read as " + description::inQuotes(name) + '\n');
     }
 }
 

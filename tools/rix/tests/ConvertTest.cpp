@@ -85,6 +85,22 @@ TEST_F(ConvertTest, WritesPartsInOtherFormatsAndTypes) {
     EXPECT_FALSE(std::filesystem::exists(folder() / "x.tif"));
 }
 
+TEST_F(ConvertTest, TellsTheWordsThatReadAFileWithoutHeader) {
+    const auto ending = rix({"convert", "stack.tif", "a.raw"});
+    ASSERT_EQ(ending.exitCode, 0) << ending.messages;
+    const std::string name = "a.raw[type=uint16,size=4x3x5,endian=little,spacing=1x1x0.5,unit=mm]";
+    EXPECT_THAT(ending.messages, HasSubstr("note: the file has no header; it is read as '" + name + "'"));
+    ASSERT_EQ(rix({"convert", name, "b.tif"}).exitCode, 0);
+    EXPECT_EQ(samplesOf("b.tif"), samplesOf("stack.tif"));
+    EXPECT_EQ(io::readImageInfo(folder() / "b.tif").spacing[PLANS], 0.5);
+    const auto wrong = rix({"info", "a.raw[type=uint16,size=4x3x6]"});
+    EXPECT_EQ(wrong.exitCode, 4);
+    EXPECT_THAT(wrong.messages, HasSubstr("in 144 bytes; the file has 120 bytes."));
+    EXPECT_EQ(rix({"info", "a.raw[type=uint16]"}).exitCode, 2);
+    EXPECT_EQ(rix({"convert", "stack.tif[z=0]", "a.jpg", "--type", "uint8", "--quality", "80"}).exitCode, 0);
+    EXPECT_EQ(rix({"convert", "stack.tif[z=0]", "a.jpg", "--type", "uint8", "--quality", "0"}).exitCode, 2);
+}
+
 TEST_F(ConvertTest, TakesManyFiles) {
     for (const char* name : {"a.tif", "b.tif"}) {
         writeRamp(name, 3, 2);

@@ -16,7 +16,7 @@
 
 namespace rix::io {
 
-/// How samples are packed in a file. All are lossless.
+/// How samples are packed in a file. All keep every sample.
 enum class Compression {
     FormatDefault,  ///< PNG and .nii.gz: deflate; else none
     None,
@@ -40,6 +40,9 @@ struct WriteOptions {
     BigTiff bigTiff = BigTiff::WhenNeeded;
     /// Whether calibration and meaning that the format has no place for are left out; else such an image is refused.
     bool dropMetadata = false;
+    /// Of JPEG, the only format that changes samples: 1 to 100, of which less makes smaller files that differ more; 0
+    /// for the usual 90.
+    int quality = 0;
 };
 
 /// What of the calibration in a file counts.
@@ -140,7 +143,8 @@ RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const 
 /// that other readers pass over, beside the forms that they know (descriptions, resolution, fields). A format that has
 /// no place for them refuses an image that has them, unless the options drop them. A spacing that is not positive and
 /// finite counts as none. Samples of a binary image are written as 0 and 1, with one bit where the format has that.
-/// Nothing else is ever converted: what the format cannot hold is refused, with the formats that can.
+/// Nothing else is ever converted, but that JPEG changes samples: what the format cannot hold is refused, with the
+/// formats that can.
 ///
 /// The samples of .nhdr and .mhd go to a file beside of that name with .raw, .raw.gz or .zraw behind it, which is
 /// complete before the header is.
@@ -159,6 +163,10 @@ RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const 
 /// Cost: one pass over the image by rows; beside it one strip or row of tiles is held.
 RIX_EXPORT void writeImage(const std::filesystem::path& path, const ImageModel& image,
                            const WriteOptions& options = {});
+
+/// What has to stand in brackets behind the name of an image that is written there, so that it can be read back:
+/// "type=uint8,size=640x480" for a format without a header; empty for all others.
+RIX_EXPORT String neededSelection(const std::filesystem::path& path, const ImageModel& image);
 
 /// Refuses what `writeImage` refuses of an image's types and shape, and throws as it does then. Samples are not read,
 /// and the file system is not asked.

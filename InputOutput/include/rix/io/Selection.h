@@ -14,6 +14,19 @@
 
 namespace rix::io {
 
+/// The header of a file of samples alone, given in words: "type=uint16,size=512x512x20,offset=128".
+struct RawWords {
+    String type{};                    ///< of the samples, such as "uint16"
+    std::vector<std::size_t> size{};  ///< of the axes, in the order x, y, z, t, c; empty where the axes have numbers
+    bool bigEndian = false;
+    std::uint64_t offset = 0;       ///< bytes before the samples
+    std::vector<double> spacing{};  ///< of x, y and z; one for all, none for 1
+    String unit{};
+    Interpretations meaning = RIX_VALUE;
+    bool rgb = false;
+    String text{};  ///< as it was given, for messages
+};
+
 /// A part of the image in a file: "c=0,t=2,z=10:20,x=100:300", "series=1", "axes=tyx". Nothing given is all of it.
 ///
 /// Indices count from 0, negative ones from the end (-1 is the last). A range has its first index but not its last, and
@@ -35,12 +48,16 @@ struct Selection {
     /// What the axes of the file are, the slowest first; empty for what the file says.
     std::vector<NamedAxis> axes{};
     String axesText{};
+    /// Given, the file has no header but this one, whatever its bytes look like.
+    std::optional<RawWords> raw{};
 };
 
 /// Reads the text of a selection: parts with commas between, in any order, blanks around them allowed.
 /// - `x=`, `y=`, `z=`, `t=`, `c=` (columns, rows, planes, time, channels) and an index or a range;
 /// - `series=` and a number from 0;
-/// - `axes=` and the letters of the axes, the slowest first, each of which a number of elements may follow: "tz10yx".
+/// - `axes=` and the letters of the axes, the slowest first, each of which a number of elements may follow: "tz10yx";
+/// - for a file without a header: `type=`, and `size=512x512x20` or numbers in `axes=`; `endian=little|big` (little),
+///   `offset=` (bytes before the samples), `spacing=0.5x0.5x2`, `unit=`, `meaning=value|binary|label`, `color=rgb`.
 /// @throws SerializationException naming the part, and what is accepted.
 RIX_EXPORT Selection parseSelection(std::string_view text);
 
