@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include <rix/access/RoundingKernels.h>
 #include <rix/algorithms/Definition.h>
 #include <rix/rules/CompareRules.h>
 
 #include "PieceRows.h"
 #include "PointFunction.h"
 #include "RangeKernels.h"
-#include "RoundingKernels.h"
 
 namespace rix::manipulation {
 
@@ -30,7 +30,7 @@ void process(ClampIntensity& algorithm, OptimLevelType level) {
     const VoxelTypes type = input.getVoxelType();
     const double reals[] = {algorithm.getMinimum(), algorithm.getMaximum()};
     double bounds[2];  // as samples of the type, whose widest takes this
-    roundingRow(RIX_FLOAT64, type, level)(reals, bounds, 2);
+    access::roundingRow(RIX_FLOAT64, type, level)(reals, bounds, 2);
     const ClampRow row = clampRow(type, level);
     const access::PieceInput inputs[] = {{input, type, algorithms::wasBinary(algorithm)}};
     computePieces(algorithm.executionContext(), {.inputs = inputs, .computedAs = type}, *algorithm.getOutputImage(),

@@ -7,12 +7,13 @@
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
-
-#include "DoubleMath-inl.h"
-#include "Trigonometry-inl.h"
+#include <rix/simd/DoubleMath-inl.h>
+#include <rix/simd/Trigonometry-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::manipulation::HWY_NAMESPACE {
+
+using namespace simd::HWY_NAMESPACE;
 
 // An operation of two values as a type, so that the loops below are made for each.
 #define RIX_OPERATION(Name, expression)    \

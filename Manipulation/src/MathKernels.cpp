@@ -1,20 +1,20 @@
 #include "MathKernels.h"
 
+#include <rix/simd/AngleReduction.h>
 #include <rix/simd/Loops.h>
-
-#include "AngleReduction.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "MathKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
-
-#include "DoubleMath-inl.h"
-#include "Trigonometry-inl.h"
+#include <rix/simd/DoubleMath-inl.h>
+#include <rix/simd/Trigonometry-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::manipulation::HWY_NAMESPACE {
+
+using namespace simd::HWY_NAMESPACE;
 
 /// The nearest integer, ties to even, by the rounding of a sum; what is larger is one.
 HWY_INLINE double nearestInteger(double x) {
@@ -66,15 +66,15 @@ RIX_MATH_FUNCTION(TruncateOf, truncationOf(x))
 
 struct SineOf {
     static constexpr bool isOdd = true;
-    HWY_INLINE static double of(const ReducedAngle& angle) { return sineOf(angle); }
+    HWY_INLINE static double of(const simd::ReducedAngle& angle) { return sineOf(angle); }
 };
 struct CosineOf {
     static constexpr bool isOdd = false;
-    HWY_INLINE static double of(const ReducedAngle& angle) { return cosineOf(angle); }
+    HWY_INLINE static double of(const simd::ReducedAngle& angle) { return cosineOf(angle); }
 };
 struct TangentOf {
     static constexpr bool isOdd = true;
-    HWY_INLINE static double of(const ReducedAngle& angle) { return tangentOf(angle); }
+    HWY_INLINE static double of(const simd::ReducedAngle& angle) { return tangentOf(angle); }
 };
 
 /// Floats are widened in pieces: loops over one type are vectorised, loops over floats and bits of doubles are not.
@@ -114,16 +114,16 @@ void rowOfAngles(const T* in, T* out, std::size_t count) {
         std::uint64_t large = 0;
         for (std::size_t i = 0; i < length; ++i) {
             const auto x = static_cast<double>(in[first + i]);
-            const ReducedAngle reduced = reduceAngle(x);
+            const simd::ReducedAngle reduced = reduceAngle(x);
             angles[i] = reduced.angle;
             rests[i] = reduced.rest;
             turns[i] = reduced.quarterTurns;
-            large |= magnitude(x) <= largestSimpleAngle ? 0U : 1U;
+            large |= magnitude(x) <= simd::largestSimpleAngle ? 0U : 1U;
         }
         for (std::size_t i = 0; i < length && large != 0; ++i) {
             const auto x = static_cast<double>(in[first + i]);
-            if (!(magnitude(x) <= largestSimpleAngle)) {
-                const ReducedAngle reduced = reduceLargeAngle(x);
+            if (!(magnitude(x) <= simd::largestSimpleAngle)) {
+                const simd::ReducedAngle reduced = simd::reduceLargeAngle(x);
                 angles[i] = reduced.angle;
                 rests[i] = reduced.rest;
                 turns[i] = reduced.quarterTurns;

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <vector>
 
+#include <rix/access/RoundingKernels.h>
 #include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
-
-#include "RoundingKernels.h"
 
 namespace rix::manipulation {
 
@@ -33,8 +32,8 @@ void computePieces(access::ExecutionContext& context, const PieceWork& work, Ima
     const VoxelTypes outputType = output.getVoxelType();
     const std::size_t outputBytes = helper::getSizeOf(outputType);
     const std::size_t computedBytes = helper::getSizeOf(work.computedAs);
-    const RoundingRow convert =
-        work.computedAs == outputType ? nullptr : roundingRow(work.computedAs, outputType, level);
+    const access::RoundingRow convert =
+        work.computedAs == outputType ? nullptr : access::roundingRow(work.computedAs, outputType, level);
     const access::StreamRow stream = access::streamRow(level);
 
     std::vector<access::RowConversion> conversions;

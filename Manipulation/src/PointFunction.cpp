@@ -5,11 +5,11 @@
 #include <type_traits>
 
 #include <rix/access/MemoryAccount.h>
+#include <rix/access/RoundingKernels.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "LookUpKernels.h"
 #include "PieceRows.h"
-#include "RoundingKernels.h"
 
 namespace rix::manipulation {
 
@@ -36,7 +36,7 @@ template <class Sample>
 access::CountedVector<std::uint8_t> tableOf(const PointFunction& function, VoxelTypes type, OptimLevelType level) {
     constexpr std::size_t values = std::size_t{1} << (8 * sizeof(Sample));
     constexpr std::size_t part = 256;
-    const RoundingRow round = roundingRow(RIX_FLOAT64, type, level);
+    const access::RoundingRow round = access::roundingRow(RIX_FLOAT64, type, level);
     const std::size_t bytes = helper::getSizeOf(type);
     access::CountedVector<std::uint8_t> table(values * bytes);
     double reals[part];

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include <rix/access/RoundingKernels.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
 
 #include "GreyMap.h"
-#include "RoundingKernels.h"
 
 namespace rix::manipulation {
 
@@ -175,7 +175,7 @@ void TileEqualization::run(BaseAlgorithm& algorithm, OptimLevelType level, const
                                        TileAxis(input.getNumOf(PLANS), m_sizes[2])};
     const Shares shares = sharesOf(context, input, place, axes, m_clipLimit);
     const auto& [columns, rows, planes] = axes;
-    const RoundingRow round = roundingRow(RIX_FLOAT64, output.getVoxelType(), level);
+    const access::RoundingRow round = access::roundingRow(RIX_FLOAT64, output.getVoxelType(), level);
     const access::Plan plan =
         access::cutBoxes({&input}, {&output}, {.reach = {}, .nanosecondsPerVoxel = nanosecondsPerVoxel});
     access::run(context, plan, [&](const access::Block& block) {

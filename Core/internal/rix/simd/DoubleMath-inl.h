@@ -3,11 +3,11 @@
 // W. J. Cody and W. Waite, Software Manual for the Elementary Functions, 1980, and K. C. Ng, FDLIBM, 1993. Included
 // once a pass by files of kernels.
 
-#if defined(RIX_MANIPULATION_DOUBLE_MATH) == defined(HWY_TARGET_TOGGLE)
-#ifdef RIX_MANIPULATION_DOUBLE_MATH
-#undef RIX_MANIPULATION_DOUBLE_MATH
+#if defined(RIX_SIMD_DOUBLE_MATH) == defined(HWY_TARGET_TOGGLE)
+#ifdef RIX_SIMD_DOUBLE_MATH
+#undef RIX_SIMD_DOUBLE_MATH
 #else
-#define RIX_MANIPULATION_DOUBLE_MATH
+#define RIX_SIMD_DOUBLE_MATH
 #endif
 
 #include <cstddef>
@@ -16,7 +16,7 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace rix::manipulation::HWY_NAMESPACE {
+namespace rix::simd::HWY_NAMESPACE {
 
 /// Added to a real of less than 2^51 it leaves the nearest integer in the low bits.
 constexpr double integerShift = 0x1.8p52;
@@ -214,7 +214,7 @@ HWY_INLINE double powerOf(double x, double y) {
     return y == 0.0 || x == 1.0 ? 1.0 : value;
 }
 
-}  // namespace rix::manipulation::HWY_NAMESPACE
+}  // namespace rix::simd::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -1,4 +1,4 @@
-#include "AngleReduction.h"
+#include <rix/simd/AngleReduction.h>
 
 #include <bit>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace rix::manipulation {
+namespace rix::simd {
 
 namespace {
 
@@ -144,4 +144,4 @@ ReducedAngle reduceLargeAngle(double angle) {
     return {isNegative ? -value : value, isNegative ? -valueRest : valueRest, turned};
 }
 
-}  // namespace rix::manipulation
+}  // namespace rix::simd

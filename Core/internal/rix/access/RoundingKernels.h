@@ -5,7 +5,7 @@
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageTypes.h>
 
-namespace rix::manipulation {
+namespace rix::access {
 
 /// Converts reals to samples of a type; the rows are different ones.
 using RoundingRow = void (*)(const void* reals, void* samples, std::size_t count);
@@ -15,4 +15,4 @@ using RoundingRow = void (*)(const void* reals, void* samples, std::size_t count
 /// @param to a real type or an integer
 RoundingRow roundingRow(VoxelTypes from, VoxelTypes to, OptimLevelType level);
 
-}  // namespace rix::manipulation
+}  // namespace rix::access

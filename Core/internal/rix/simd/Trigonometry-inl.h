@@ -1,17 +1,17 @@
 // Angles and arcs, as DoubleMath-inl.h, which is included before. Included once a pass by files of kernels.
 
-#if defined(RIX_MANIPULATION_TRIGONOMETRY) == defined(HWY_TARGET_TOGGLE)
-#ifdef RIX_MANIPULATION_TRIGONOMETRY
-#undef RIX_MANIPULATION_TRIGONOMETRY
+#if defined(RIX_SIMD_TRIGONOMETRY) == defined(HWY_TARGET_TOGGLE)
+#ifdef RIX_SIMD_TRIGONOMETRY
+#undef RIX_SIMD_TRIGONOMETRY
 #else
-#define RIX_MANIPULATION_TRIGONOMETRY
+#define RIX_SIMD_TRIGONOMETRY
 #endif
 
-#include "AngleReduction.h"
-#include "DoubleMath-inl.h"
+#include <rix/simd/AngleReduction.h>
+#include <rix/simd/DoubleMath-inl.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace rix::manipulation::HWY_NAMESPACE {
+namespace rix::simd::HWY_NAMESPACE {
 
 /// Reduces angles up to `largestSimpleAngle`: by pi/2 in parts of 33 bits, whose products with the number of quarter
 /// turns are exact.
@@ -190,7 +190,7 @@ HWY_INLINE double cubeRootOf(double x) {
     return a > 0.0 && a < infinityValue ? withSignOf(value, x) : x;
 }
 
-}  // namespace rix::manipulation::HWY_NAMESPACE
+}  // namespace rix::simd::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace rix::manipulation {
+namespace rix::simd {
 
 /// An angle less a whole number of quarter turns: `angle + rest` from -pi/4 to pi/4.
 struct ReducedAngle {
@@ -16,4 +16,4 @@ inline constexpr double largestSimpleAngle = 0x1.8p20;
 /// infinite one.
 ReducedAngle reduceLargeAngle(double angle);
 
-}  // namespace rix::manipulation
+}  // namespace rix::simd

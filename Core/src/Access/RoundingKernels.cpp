@@ -1,4 +1,4 @@
-#include "RoundingKernels.h"
+#include <rix/access/RoundingKernels.h>
 
 #include <cstdint>
 #include <limits>
@@ -8,13 +8,13 @@
 #include <rix/simd/Loops.h>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "RoundingKernels.cpp"
+#define HWY_TARGET_INCLUDE "Access/RoundingKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace rix::manipulation::HWY_NAMESPACE {
+namespace rix::access::HWY_NAMESPACE {
 
 /// Plain arithmetic that the compiler vectorises with every instruction set: the sum with 1.5 times the power of two
 /// above which reals are integers rounds, and has the integer in its low bits.
@@ -51,15 +51,15 @@ RoundingRow row(Out /*type*/) {
     return &roundRow<Real, Out>;
 }
 
-}  // namespace rix::manipulation::HWY_NAMESPACE
+}  // namespace rix::access::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace rix::manipulation {
+namespace rix::access {
 
 RoundingRow roundingRow(VoxelTypes from, VoxelTypes to, OptimLevelType level) {
     RoundingRow found = nullptr;
-    access::dispatch(access::Floatings{}, from, access::Reals{}, to, [&](auto fromTag, auto toTag) {
+    dispatch(Floatings{}, from, Reals{}, to, [&](auto fromTag, auto toTag) {
         using Real = typename decltype(fromTag)::type;
         using Out = typename decltype(toTag)::type;
         found = RIX_SELECT_KERNELS(level, row<Real>(Out()));
@@ -67,5 +67,5 @@ RoundingRow roundingRow(VoxelTypes from, VoxelTypes to, OptimLevelType level) {
     return found;
 }
 
-}  // namespace rix::manipulation
+}  // namespace rix::access
 #endif
