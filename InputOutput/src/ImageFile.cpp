@@ -4,8 +4,13 @@
 #include <array>
 #include <cctype>
 #include <new>
+#include <utility>
+#include <vector>
 
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/filtering/color/ConvertColorSpace.h>
+#include <rix/image/ImageModelSizeProxy.h>
 
 #include "Codec.h"
 #include "Metadata.h"
@@ -114,6 +119,27 @@ String writingLevel(const std::filesystem::path& path) {
     return "Cannot write the image file '" + path.string() + "'.";
 }
 
+/// Whether the options make a grey image of an image.
+bool becomesGrey(const ReadOptions& options, const ImageHeader& image) {
+    return options.grey && image.colorInterpretation == RGB && image.extents[SPECTRAL_SERIES] >= 3 &&
+           access::contains(access::Reals{}, image.voxelType);
+}
+
+std::unique_ptr<MemoryImage> greyOf(const MemoryImage& image) {
+    using filtering::color::ConvertColorSpace;
+    auto extents = helper::getExtents(image);
+    extents[SPECTRAL_SERIES] = 3;  // opacity is left out
+    const ImageModelSizeProxy colors(&image, std::vector<std::size_t>(extents.size(), 0),
+                                     std::vector<std::size_t>(extents.begin(), extents.end()));
+    auto grey = std::make_unique<MemoryImage>();
+    ConvertColorSpace convert;
+    convert.setInputImage(&colors);
+    convert.setOutputType(ConvertColorSpace::SAME_AS_INPUT);
+    convert.setOutputImage(grey.get());
+    convert.run();
+    return grey;
+}
+
 }  // namespace
 
 std::vector<ImageFormat> getImageFormats() {
@@ -137,7 +163,7 @@ std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const 
         if (image->getInterpretation() == RIX_BINARY && helper::getElementCount(*image, count)) {
             access::makeZeroOrOne(image->getVoxelType(), image->getInternalBuffer(), count);
         }
-        return image;
+        return becomesGrey(options, helper::headerOf(*image)) ? greyOf(*image) : std::move(image);
     });
 }
 
@@ -146,6 +172,11 @@ ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions
         InputFile file(path);
         ImageFileInfo info = codecOf(file, options).readInfo(file, options);
         applyOptions(options, info);
+        if (becomesGrey(options, info)) {
+            info.extents[SPECTRAL_SERIES] = 1;
+            info.colorInterpretation = UNKNOWN;
+            info.interpretation = RIX_VALUE;
+        }
         return info;
     });
 }

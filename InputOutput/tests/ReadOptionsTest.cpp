@@ -44,6 +44,25 @@ TEST(ReadOptions, AResolutionForPrintIsNoCalibration) {
     EXPECT_EQ(readImage(path, {.calibration = Calibration::None})->getSpatialUnitName(), "");
 }
 
+TEST(ReadOptions, ColoursAreReadAsGreysWhereAsked) {
+    const TemporaryFolder folder;
+    MemoryImage image = randomImage(RIX_UINT8, {2, 1, 1, 1, 4});
+    std::memcpy(image.getInternalBuffer(), "\xff\x0a\x00\x14\x00\x1e\x80\xff", 8);  // red, and a dark one
+    image.setColorInterpretation(RGB);
+    writeImage(folder / "colour.png", image);
+    const ImageFileInfo info = readImageInfo(folder / "colour.png", {.grey = true});
+    EXPECT_EQ(info.extents[SPECTRAL_SERIES], 1U);
+    const auto grey = readImage(folder / "colour.png", {.grey = true});
+    EXPECT_EQ(helper::getExtents(*grey), info.extents);
+    EXPECT_EQ(grey->getColorInterpretation(), info.colorInterpretation);
+    EXPECT_EQ(grey->getInternalBuffer()[0], 76);
+    EXPECT_EQ(grey->getInternalBuffer()[1], 18);  // 0.299 10 + 0.587 20 + 0.114 30
+
+    image.setColorInterpretation(UNKNOWN);
+    writeImage(folder / "channels.tif", image);
+    EXPECT_EQ(difference(image, *readImage(folder / "channels.tif", {.grey = true})), "");
+}
+
 TEST(ReadOptions, WhatTakesMoreMemoryThanAllowedIsRefused) {
     const TemporaryFolder folder;
     MemoryImage image = randomImage(RIX_UINT16, {1000, 500, 2, 1, 1});

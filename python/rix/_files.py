@@ -14,7 +14,8 @@ Path = Union[str, "os.PathLike[str]"]
 
 
 def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], None] = "file",
-           maximum_size: Optional[int] = None, select: Optional[str] = None) -> Image:
+           maximum_size: Optional[int] = None, select: Optional[str] = None,
+           grey: bool = False) -> Image:
     """Reads an image file with its calibration and interpretation; docs/formats.md lists the formats.
 
     The axes of the result are rows and columns, and before them planes, time and channels where there are several.
@@ -28,19 +29,20 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
         dict of `spacing`, `origin`, `spatial_unit`, `sequence_unit`, `directions`.
     maximum_size
         The most bytes that the image may take in memory; unless given, the setting RIX_MAXIMUM_IMAGE_SIZE.
-
     select
         The part to read, such as "c=0,z=10:20,x=100:300": letters of axes with an index or a range (first:last, without
         the last; negative ones count from the end). "series=1" is an image among several of the file, "axes=tyx" says
         what its axes are. Only that is read, and the origin moves with it. Brackets behind the path do the same:
         "stack.tif[z=3]". A file without a header is read with words: "type=uint16,size=512x512x20,offset=128".
         docs/selections.md tells more.
+    grey
+        Read an RGB image as the grey one that `ConvertColorSpace` makes of it, of the same type and without opacity.
 
     Raises `FileError`, and `RuleError` for a wrong `select`.
     """
     named = isinstance(calibration, str) or calibration is None
     source = calibration or "none" if named else "file"
-    image: Image = _rix.read_image(os.fsdecode(path), source, maximum_size or 0, select or "")
+    image: Image = _rix.read_image(os.fsdecode(path), source, maximum_size or 0, select or "", grey)
     if named:
         return image
     names = ("spacing", "origin", "spatial_unit", "sequence_unit", "directions")

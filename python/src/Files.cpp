@@ -56,7 +56,7 @@ io::Selection selectionOf(const std::string& text) {
 }  // namespace
 
 py::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
-                    const std::string& select) {
+                    const std::string& select, bool grey) {
     io::SelectedFile file = io::splitSelection(path);
     if (!select.empty()) {
         file = file.selection.empty()
@@ -67,6 +67,7 @@ py::object readFile(const std::string& path, const std::string& calibration, std
     options.selection = selectionOf(file.selection);
     options.calibration = calibrationOf(calibration);
     options.maximumImageSize = maximumSize;
+    options.grey = grey;
     std::vector<std::string> warnings;
     options.warn = [&](const String& text) { warnings.push_back(text); };
     Interaction interaction{py::none()};

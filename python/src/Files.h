@@ -14,7 +14,7 @@ namespace rix::python {
 /// @param select the text of a selection; empty for that in brackets behind the path, or none
 /// @throws LoadingError as `io::readImage`, RefusedError for an unknown choice and a wrong selection
 pybind11::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
-                          const std::string& select);
+                          const std::string& select, bool grey);
 
 /// @param quality of JPEG; 0 for the usual one
 /// @return the selection that reads the file back; empty where none is needed

@@ -108,3 +108,23 @@ def test_region_properties():
     for ours, theirs in [("Label", "label"), ("Area", "area"), ("BarycenterX", "centroid-1"),
                          ("BarycenterY", "centroid-0"), ("Mean", "intensity_mean"), ("Maximum", "intensity_max")]:
         np.testing.assert_allclose(table[ours], expected[theirs], rtol=1e-12, err_msg=ours)
+
+
+def test_colour(tmp_path):
+    color = pytest.importorskip("skimage.color")
+    steps = np.arange(0, 256, 17, dtype=np.uint8)
+    cube = np.stack(np.meshgrid(steps, steps, steps), axis=-1).reshape(1, -1, 3)
+
+    def ours(space):
+        image = rix.Image(np.moveaxis(cube, -1, 0), axes="cyx", color_interpretation="rgb")
+        return np.moveaxis(rix.convert_color_space(image, to_space=space).array, 0, -1)
+
+    hsv = color.rgb2hsv(cube) * (360, 1, 1)
+    # Theirs has six digits of the matrix and rounded constants: greys are off neutral by nearly 0.005.
+    for space, expected, off in [("HSV", hsv, 1e-3), ("LAB", color.rgb2lab(cube), 5e-3), ("XYZ", color.rgb2xyz(cube), 1e-4),
+                                 ("YIQ", color.rgb2yiq(cube), 2e-6)]:
+        np.testing.assert_allclose(ours(space), expected, atol=off, rtol=0, err_msg=space)
+    rix.imwrite(tmp_path / "cube.png", cube, axes="yxc", color_interpretation="rgb")
+    grey = rix.imread(tmp_path / "cube.png", grey=True)
+    assert grey.shape == cube.shape[:2] and grey.dtype == np.uint8
+    np.testing.assert_allclose(grey.array, cube @ (0.299, 0.587, 0.114), atol=0.5001, rtol=0)

@@ -63,7 +63,7 @@ protected:
 
 void AllocationFailure::failEachRequest(const Example& example, int threads, Shortage shortage) {
     // Before each failing run the outputs are small, so that they too are requested anew.
-    const Example small = example.withExtents({11, 7, example.extents()[PLANS], 1, 1});
+    const Example small = example.withExtents({11, 7, example.extents()[PLANS], 1, example.extents()[SPECTRAL_SERIES]});
     const Results expected = referenceResults(example);
     const Results smallExpected = referenceResults(small);
     Subject smallImages(small);

@@ -126,7 +126,9 @@ TEST_P(Cancellation, AtARandomMomentFromAnotherThread) {
 TEST_P(Cancellation, IsSeenBeforeMuchMoreIsReadOrWritten) {
     constexpr std::size_t mostElements = std::size_t{1} << 20;
     const bool isPlanar = example().extents()[PLANS] == 1;
-    const Example huge = example().withExtents(isPlanar ? Extents{2053, 2003, 1, 1, 1} : Extents{509, 307, 25, 1, 1});
+    const std::size_t channels = example().extents()[SPECTRAL_SERIES];
+    const Example huge =
+        example().withExtents(isPlanar ? Extents{2053, 2003, 1, 1, channels} : Extents{509, 307, 25, 1, channels});
     Subject subject(huge);
     subject.algorithm().settings().setMaximumNumberOfThreads(1);
     std::size_t elements = 0;

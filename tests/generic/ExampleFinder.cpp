@@ -34,8 +34,8 @@ const std::optional<double> candidateNumbers[] = {std::nullopt, 3.0, 1.0, 0.5};
 /// In place of defaults with which a run takes long: most tests run an example many times.
 const std::map<String, double> quickNumbers{{"numberOfObjects", 6.0}};
 
-/// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less.
-const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}};
+/// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less, colours last.
+const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}, {37, 21, 1, 1, 3}};
 
 /// One of each kind of shape, in growing order: the first whose work is cut is taken.
 std::vector<Extents> largeExtents(const Extents& small) {
@@ -43,7 +43,11 @@ std::vector<Extents> largeExtents(const Extents& small) {
     const Extents planar[] = {{401, 301, 1, 1, 1}, {1201, 1001, 1, 1, 1}, {2401, 2003, 1, 1, 1}};
     const Extents spatial[] = {{201, 101, 6, 1, 1}, {601, 401, 5, 1, 1}, {1201, 801, 5, 1, 1}};
     const auto* const sizes = small[PLANS] == 1 ? planar : spatial;
-    return {sizes, sizes + steps};
+    std::vector<Extents> large(sizes, sizes + steps);
+    for (Extents& extents : large) {
+        extents[SPECTRAL_SERIES] = small[SPECTRAL_SERIES];
+    }
+    return large;
 }
 
 /// Whether there is anything to see in the results: an output image with all elements alike tells little.

@@ -101,7 +101,8 @@ TEST_P(SameResult, ForEveryTypeAndEveryChoice) {
 }
 
 TEST_P(SameResult, WhenAnObjectIsUsedAgainForOtherImages) {
-    const Example other = example().withExtents({19, 30, example().extents()[PLANS], 1, 1});
+    const Extents extents = example().extents();
+    const Example other = example().withExtents({19, 30, extents[PLANS], 1, extents[SPECTRAL_SERIES]});
     Subject subject(example());
     ASSERT_TRUE(isAccepted(other));
     const Results expected = referenceResults(example());

@@ -33,8 +33,9 @@ TEST_P(Seams, DoNotShow) {
 
 TEST_P(Seams, DoNotShowInImagesOfOtherProportions) {
     const std::size_t planes = example().extents()[PLANS];
-    const Example wide = example().withExtents({283, 9, planes, 1, 1});
-    const Example deep = example().withExtents({19, 17, planes == 1 ? 1U : 23U, 1, 1});
+    const std::size_t channels = example().extents()[SPECTRAL_SERIES];
+    const Example wide = example().withExtents({283, 9, planes, 1, channels});
+    const Example deep = example().withExtents({19, 17, planes == 1 ? 1U : 23U, 1, channels});
     const Example framed = example().withExtents({23, 29, planes, 2, 2});
     std::size_t blocks = blocksWhenCut(example());
     for (const Example* const shaped : {&wide, &deep, &framed}) {

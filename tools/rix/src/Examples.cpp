@@ -204,7 +204,8 @@ fs::path findExample(const char* name) {
 std::vector<SampleImage> sampleImages() {
     std::vector<SampleImage> images;
     try {
-        for (const char* name : {"images/coins.png", "images/coins-binary.tif", "images/coins-labels.tif"}) {
+        for (const char* name :
+             {"images/coins.png", "images/coins-binary.tif", "images/coins-labels.tif", "images/coins-colours.png"}) {
             const fs::path path = findExample(name);
             images.push_back({path, readHeader(path)->header()});
         }

@@ -21,6 +21,7 @@ struct GivenOptions {
     std::optional<std::string> unit;
     bool noCalibration = false;
     bool printResolution = false;
+    bool grey = false;
     std::uint64_t maximumImageSize = 0;
     io::WriteOptions writing;
 };
@@ -58,6 +59,9 @@ void addReadingOptions(CLI::App& command) {
                      "Pass over spacings, origins, directions and units in the files");
     command.add_flag("--print-resolution", options.printResolution,
                      "Take dots an inch that programs note for print (72, 96, 300 ...) as spacing, too");
+    command.add_flag("--grey", options.grey,
+                     "Read colour images (RGB) as grey ones of the same type, without opacity: what the algorithm "
+                     "ConvertColorSpace makes of them");
     command
         .add_option("--max-image-size", options.maximumImageSize,
                     "Refuse files whose images take more memory, in bytes or with K, M, G; the setting "
@@ -101,6 +105,7 @@ io::ReadOptions readingOptions(const std::filesystem::path& path) {
     reading.calibration = options.noCalibration     ? io::Calibration::None
                           : options.printResolution ? io::Calibration::All
                                                     : io::Calibration::Measured;
+    reading.grey = options.grey;
     reading.interrupted = &Interrupts::requested;
     reading.warn = [name = path.string()](const String& text) {
         writeMessage("rix: warning: " + description::inQuotes(name) + ": " + text + '\n');

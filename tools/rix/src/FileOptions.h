@@ -10,7 +10,7 @@ class App;
 namespace rix::cli {
 
 /// Adds what a command may be told about the image files that it reads: --spacing, --unit, --no-calibration,
-/// --print-resolution, --max-image-size. They hold for all of them.
+/// --print-resolution, --grey, --max-image-size. They hold for all of them.
 void addReadingOptions(CLI::App& command);
 /// The same for the files that it writes: --compress, --quality, --drop-metadata.
 void addWritingOptions(CLI::App& command);
