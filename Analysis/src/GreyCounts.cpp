@@ -6,7 +6,6 @@
 #include "Extrema.h"
 #include "GroupStatistics.h"
 #include "HistogramFilling.h"
-#include "KeyCounter.h"
 #include "RankSelection.h"
 #include "ValueCounts.h"
 
@@ -47,10 +46,9 @@ GreyCounts countsOfClasses(access::ExecutionContext& context, OptimLevelType lev
 }
 
 std::size_t countsMemory(const ImageModel& image, std::size_t classes, std::size_t threads) {
-    constexpr std::size_t margin = access::Scratch::granularity;
     const VoxelTypes type = image.getVoxelType();
     return hasValueCounts(type) ? tableBytes(image) + countingMemory(threads)
-                                : 2 * classes * sizeof(std::uint64_t) + threads * (KeyCounter::memory + margin);
+                                : 2 * classes * sizeof(std::uint64_t) + fillingMemory(image, classes, threads);
 }
 
 }  // namespace rix::analysis

@@ -92,12 +92,16 @@ void fill(access::ExecutionContext& context, OptimLevelType level, const ImageMo
         [&](const Partial& partial) { partial.joinInto(histogram); });
 }
 
+bool hasFewVoxels(const ImageModel& image) {
+    std::size_t voxels = 0;
+    return helper::getElementCount(image, voxels) && voxels < KeyCounter::keys;
+}
+
 }  // namespace
 
 void fillHistogram(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
                    math::Histogram& histogram) {
-    std::size_t voxels = 0;
-    const bool few = helper::getElementCount(image, voxels) && voxels < KeyCounter::keys;
+    const bool few = hasFewVoxels(image);
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         if (few) {
@@ -106,6 +110,11 @@ void fillHistogram(access::ExecutionContext& context, OptimLevelType level, cons
             fill<T, LargePartial>(context, level, image, histogram);
         }
     });
+}
+
+std::size_t fillingMemory(const ImageModel& image, std::size_t classes, std::size_t threads) {
+    const std::size_t ofThread = hasFewVoxels(image) ? (classes + 1) * sizeof(std::uint32_t) : KeyCounter::memory;
+    return threads * (ofThread + access::Scratch::granularity);
 }
 
 void fillHistogram(const ValueCounts& values, math::Histogram& histogram) {

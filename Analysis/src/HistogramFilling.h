@@ -13,6 +13,9 @@ namespace rix::analysis {
 void fillHistogram(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
                    math::Histogram& histogram);
 
+/// Peak bytes of working memory of that.
+std::size_t fillingMemory(const ImageModel& image, std::size_t classes, std::size_t threads);
+
 /// The same from the counts of the values.
 void fillHistogram(const ValueCounts& values, math::Histogram& histogram);
 

@@ -3,6 +3,7 @@
 #include <rix/algorithms/ObjectInfo.h>
 #include <rix/analysis/AutoThresholdingMsr.h>
 #include <rix/analysis/IntensityExtremaMsr.h>
+#include <rix/analysis/IntensityHistogramMsr.h>
 
 namespace rix::analysis {
 
@@ -55,6 +56,27 @@ String IntensityExtremaMsr::getDescription() const {
 
 std::vector<const measurement::BaseMeasurementArray*> IntensityExtremaMsr::arrays() const {
     return {&minimum, &maximum, &nanCount, &infiniteCount};
+}
+
+IntensityHistogramMsr::IntensityHistogramMsr()
+    : classStart("ClassStart", "The smallest value of the class."),
+      count("Count", "The number of voxels in the class.") {}
+
+const ObjectInfo& IntensityHistogramMsr::getInfo() {
+    static const ObjectInfo info("IntensityHistogramMsr", &make<IntensityHistogramMsr>);
+    return info;
+}
+
+const ObjectInfo& IntensityHistogramMsr::getClassInfo() const {
+    return getInfo();
+}
+
+String IntensityHistogramMsr::getDescription() const {
+    return "This object contains how many voxels of an image lie in each class of values.";
+}
+
+std::vector<const measurement::BaseMeasurementArray*> IntensityHistogramMsr::arrays() const {
+    return {&classStart, &count};
 }
 
 }  // namespace rix::analysis

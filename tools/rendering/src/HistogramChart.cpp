@@ -4,16 +4,17 @@
 #include <cmath>
 #include <optional>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/analysis/AutoThresholdingMsr.h>
 #include <rix/analysis/AutoThresholdingValue.h>
+#include <rix/analysis/IntensityExtrema.h>
+#include <rix/analysis/IntensityHistogram.h>
 #include <rix/description/Text.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/rendering/NotDrawable.h>
-#include <rix/rendering/Rows.h>
 
 #include "Canvas.h"
 
@@ -36,20 +37,6 @@ struct Mark {
     Colour colour;
     std::optional<double> threshold;
 };
-
-/// Calls `visit` with the finite values of every row, and before each row `poll`.
-template <class F>
-void forEachValue(const ImageModel& image, const std::function<void()>& poll, const F& visit) {
-    RowReader reader(image);
-    forEachRow(image, [&](const RowPosition& at) {
-        poll();
-        for (const double value : reader.readReals(at)) {
-            if (std::isfinite(value)) {
-                visit(value);
-            }
-        }
-    });
-}
 
 /// Which of the volumes of an image is shown: nothing where there is only one.
 std::string nameOf(const ImageModel& image, std::size_t frame, std::size_t channel) {
@@ -77,6 +64,30 @@ std::optional<double> thresholdOf(const ImageModel& image, int criterion) {
         return std::nullopt;  // nothing to part: a constant image, or the split is past the last class
     }
     return result.threshold[0];
+}
+
+/// The smallest and the greatest finite value; NaN without one.
+std::pair<double, double> extremesOf(const ImageModel& image) {
+    analysis::IntensityExtremaMsr result;
+    analysis::IntensityExtrema algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.setOutputMeasurement(&result);
+    algorithm.run();
+    return {result.minimum[0], result.maximum[0]};
+}
+
+measurement::MeasurementArray<std::int64_t> countsOf(const ImageModel& image, double start, double end,
+                                                     std::size_t classes) {
+    analysis::IntensityHistogramMsr result;
+    analysis::IntensityHistogram algorithm;
+    algorithm.setInputImage(&image);
+    algorithm.setNumberOfClasses(static_cast<std::int32_t>(classes));
+    algorithm.setRangeMode(analysis::IntensityHistogram::OTHER);
+    algorithm.setRangeMinimum(start);
+    algorithm.setRangeMaximum(end);
+    algorithm.setOutputMeasurement(&result);
+    algorithm.run();
+    return result.count;
 }
 
 /// 1, 2 or 5 times a power of ten: about `count` steps in a range.
@@ -155,28 +166,22 @@ Picture drawHistogram(const ImageModel& whole, const SliceChoice& choice, const 
         throw NotDrawable("a histogram needs real voxels: the image has the type " +
                           helper::voxelTypesToString(image.getVoxelType()));
     }
-    double minimum = INFINITY;
-    double maximum = -INFINITY;
-    forEachValue(image, poll, [&](double value) {
-        minimum = std::min(minimum, value);
-        maximum = std::max(maximum, value);
-    });
-    if (minimum > maximum) {
+    poll();
+    const auto [minimum, maximum] = extremesOf(image);
+    if (!(minimum <= maximum)) {
         throw NotDrawable("a histogram needs voxels: the image has no finite one");
     }
     const bool integers = image.getVoxelType() != RIX_FLOAT32 && image.getVoxelType() != RIX_FLOAT64;
-    const double end = integers ? maximum + 1 : maximum > minimum ? maximum : minimum + 1;
+    const double end = integers            ? maximum + 1
+                       : maximum > minimum ? maximum
+                                           : minimum + std::max(1.0, std::abs(minimum));
 
     // A bar is at least one pixel wide, and at least one value of an integer image.
     constexpr double columns = right - left;
     const auto bins = static_cast<std::size_t>(
         integers ? std::min(columns, std::ceil((end - minimum) / std::ceil((end - minimum) / columns))) : columns);
-    std::vector<std::uint64_t> counts(bins, 0);
-    forEachValue(image, poll, [&](double value) {
-        ++counts[std::min(bins - 1,
-                          static_cast<std::size_t>((value - minimum) / (end - minimum) * static_cast<double>(bins)))];
-    });
-
+    poll();
+    const measurement::MeasurementArray<std::int64_t> counts = countsOf(image, minimum, end, bins);
     const auto highest = static_cast<double>(*std::max_element(counts.begin(), counts.end()));
     const Scale scale{minimum, end, highest};
     Canvas canvas(Picture(chartWidth, chartHeight, grey(255)));
