@@ -38,8 +38,10 @@ TEST_F(ProgramTest, infoTellsTypesCalibrationAndStatistics) {
     EXPECT_EQ(statistics["minimum"], -5);
     EXPECT_EQ(statistics["maximum"], 8);
     EXPECT_DOUBLE_EQ(statistics["mean"].get<double>(), 22.0 / 7);
+    EXPECT_EQ(statistics["median"], 3);
     const auto text = rix({"info", "five.tif", "--statistics"}).output;
-    for (const char* part : {"scalar float32", "planes    2", "not a number:  1", "minimum:       -5", "micron"}) {
+    for (const char* part :
+         {"scalar float32", "planes    2", "not a number:        1", "minimum:             -5", "micron"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << " not in\n" << text;
     }
 

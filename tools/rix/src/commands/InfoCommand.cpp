@@ -38,10 +38,6 @@ struct FileFacts {
 constexpr std::array<Components, RIX_COMPONENTS_SIZE> axes{COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES};
 constexpr std::array<const char*, RIX_COMPONENTS_SIZE> axisNames{"columns", "rows", "planes", "sequence", "spectral"};
 
-bool isComplex(const ImageHeader& image) {
-    return image.voxelType == RIX_COMPLEX_FLOAT32 || image.voxelType == RIX_COMPLEX_FLOAT64;
-}
-
 /// The unit of an axis; channels have none.
 std::string unitOf(const ImageHeader& image, Components axis) {
     switch (axis) {
@@ -49,21 +45,6 @@ std::string unitOf(const ImageHeader& image, Components axis) {
         case SPECTRAL_SERIES: return {};
         default: return image.spatialUnitName;
     }
-}
-
-nlohmann::json toJson(const SampleStatistics& statistics, bool isComplex) {
-    nlohmann::json values = {{"of", isComplex ? "magnitude" : "value"},
-                             {"samples", statistics.samples()},
-                             {"notANumber", statistics.notANumber()},
-                             {"minimum", nullptr},
-                             {"maximum", nullptr},
-                             {"mean", nullptr}};
-    if (statistics.hasValues()) {
-        values["minimum"] = description::numberToJson(statistics.minimum());
-        values["maximum"] = description::numberToJson(statistics.maximum());
-        values["mean"] = description::numberToJson(statistics.mean());
-    }
-    return values;
 }
 
 nlohmann::json toJson(const FileFacts& facts) {
@@ -88,24 +69,9 @@ nlohmann::json toJson(const FileFacts& facts) {
                              {"colorInterpretation", helper::colorInterpretationToString(file.colorInterpretation)},
                              {"axes", axisList}};
     if (facts.statistics) {
-        object["statistics"] = toJson(*facts.statistics, isComplex(file));
+        object["statistics"] = facts.statistics->toJson();
     }
     return object;
-}
-
-std::string toText(const SampleStatistics& statistics, bool isComplex) {
-    description::TextTable values;
-    values.add({"samples:", std::to_string(statistics.samples())});
-    if (statistics.notANumber() != 0) {
-        values.add({"not a number:", std::to_string(statistics.notANumber())});
-    }
-    if (statistics.hasValues()) {
-        const std::string of = isComplex ? " of magnitude:" : ":";
-        values.add({"minimum" + of, description::numberToText(statistics.minimum())});
-        values.add({"maximum" + of, description::numberToText(statistics.maximum())});
-        values.add({"mean" + of, description::numberToText(statistics.mean())});
-    }
-    return values.toText("  ");
 }
 
 std::string toText(const FileFacts& told) {
@@ -130,13 +96,13 @@ std::string toText(const FileFacts& told) {
                        description::numberToText(file.origin[i]), unitOf(file, axis)});
     }
     return told.path + '\n' + facts.toText("  ") + '\n' + axisTable.toText("  ") +
-           (told.statistics ? '\n' + toText(*told.statistics, isComplex(file)) : "");
+           (told.statistics ? '\n' + told.statistics->toText() : "");
 }
 
 FileFacts lookInto(const std::string& path, bool statistics) {
     std::optional<SampleStatistics> values;
     if (statistics) {
-        values = computeStatistics(*loadImage(path));
+        values.emplace(*loadImage(path));
     }
     return {path, readInfo(path, !statistics), values};
 }
@@ -183,7 +149,8 @@ int runInfo(const InfoOptions& options) {
 void addInfoCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<InfoOptions>();
     CLI::App* command = program.add_subcommand(
-        "info", "Tell about image files: sizes, types, calibration; with --statistics minimum, maximum and mean");
+        "info",
+        "Tell about image files: sizes, types, calibration; with --statistics extremes, mean, deviation, median");
     command
         ->add_option(
             "IMAGE", options->paths,
@@ -191,7 +158,8 @@ void addInfoCommand(CLI::App& program, Action& chosen) {
             "behind a name select a part, as in a.tif[c=0,z=10:20,x=100:300]; docs/selections.md tells what")
         ->required();
     command->add_flag("--statistics", options->statistics,
-                      "Read the samples, too. Complex ones count by their magnitude");
+                      "Read the samples, too, and describe them as ImageStatistics does. Complex ones count by their "
+                      "magnitude");
     command->add_flag("--json", options->json, "Print a JSON object, of several files an array of them");
     addReadingOptions(*command);
     command->footer("Example:\n  rix info examples/images/coins.png");
