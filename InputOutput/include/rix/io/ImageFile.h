@@ -63,8 +63,8 @@ struct ReadOptions {
     Calibration calibration = Calibration::Measured;
     /// The part of the image that is read, and what the axes of the file mean.
     Selection selection{};
-    /// Whether an image of colour interpretation RGB is read as the grey image that `ConvertColorSpace` makes of it: one
-    /// channel of the same type, without opacity. Others are read as ever.
+    /// Whether an image of colour interpretation RGB is read as the grey image that `ConvertColorSpace` makes of it:
+    /// one channel of the same type, without opacity. Others are read as ever.
     bool grey = false;
     /// Asked between parts of the file, about every MiB; true ends the reading with `UserCancelException`.
     std::function<bool()> interrupted{};
