@@ -69,10 +69,9 @@ const std::vector<WriteOptions>& tiffOptions() {
 TEST(WritingFailures, AFullDiskLeavesTheOldFileAndNothingElse) {
     const TemporaryFolder folder;
     const MemoryImage image = randomImage(RIX_UINT8, {200, 200, 1, 1, 1});
-    for (const char* name : {"image.tif", "image.png"}) {
+    for (const char* name : {"image.tif", "image.png", "image.jpg"}) {
         for (const WriteOptions& options : tiffOptions()) {
-            const bool png = std::string(name) == "image.png";
-            const WriteOptions& used = png ? WriteOptions{} : options;
+            const WriteOptions& used = std::string(name) == "image.tif" ? options : tiffOptions().front();
             writeImage(folder / name, image, used);
             const auto bytes = std::filesystem::file_size(folder / name);
             const std::string old = "an older file";
@@ -93,7 +92,8 @@ TEST(WritingFailures, AFullDiskLeavesTheOldFileAndNothingElse) {
                 const FullDisk disk(bytes);
                 writeImage(folder / name, image, used);
             }
-            EXPECT_EQ(difference(image, *readImage(folder / name)), "");
+            const auto read = readImage(folder / name);  // JPEG changes samples
+            EXPECT_EQ(std::string(name) == "image.jpg" ? "" : difference(image, *read), "");
             std::filesystem::remove(folder / name);
         }
     }
@@ -105,7 +105,7 @@ TEST(WritingFailures, AnImageThatGivesNoRow) {
     image.setColorInterpretation(RGB);
     for (const std::size_t row : {0U, 31U, 49U}) {
         image.faultyRow = row;
-        for (const char* name : {"image.tif", "image.png"}) {
+        for (const char* name : {"image.tif", "image.png", "image.jpg"}) {
             const std::string text = textOf<WritingError>([&] { writeImage(folder / name, image); });
             EXPECT_THAT(text, HasSubstr("does not give its row " + std::to_string(row) + " "));
             EXPECT_THAT(text, HasSubstr(name));
