@@ -76,6 +76,26 @@ def test_convolution(shape, window):
         assert np.abs(result - expected).max() <= 1e-14 * np.abs(image).max() * np.abs(kernel).sum()
 
 
+@pytest.mark.parametrize("shape", [(24, 31), (17, 22, 9)])
+def test_transforms(shape):
+    ways = (rix.fourier_transform_2d, rix.inverse_fourier_transform_2d) if len(shape) == 2 else \
+        (rix.fourier_transform_3d, rix.inverse_fourier_transform_3d)
+    real = random_array(np.float64, shape)
+    image = rix.Image(real, spacing=0.3, origin=[5.5] * len(shape), spatial_unit="mm")
+    for scaling, norm in [("BACKWARD", "backward"), ("ORTHONORMAL", "ortho"), ("FORWARD", "forward")]:
+        half = ways[0](image, scaling=scaling)
+        expected = np.fft.rfftn(real, norm=norm)
+        assert np.abs(half.array - expected).max() <= 1e-14 * np.abs(expected).max()
+        assert half.spatial_unit == "1/mm" and half.spatial_frame.columns == shape[-1]
+        back = ways[1](half, scaling=scaling)
+        np.testing.assert_allclose(back.array, real, atol=1e-13 * np.abs(real).max())
+        assert back.calibration == image.calibration
+        complex_image = real + 1j * real[::-1]
+        full = ways[0](complex_image, scaling=scaling, layout="FULL", origin="CENTER")
+        expected = np.fft.fftshift(np.fft.fftn(complex_image, norm=norm))
+        assert np.abs(full - expected).max() <= 1e-14 * np.abs(expected).max()
+
+
 def test_grey_levels():
     exposure = pytest.importorskip("skimage.exposure")
     image = random_array(np.uint8, (90, 70))

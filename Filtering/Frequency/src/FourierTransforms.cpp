@@ -31,10 +31,6 @@ template <class Transform>
 constexpr std::size_t axesOf =
     std::is_same_v<Transform, FourierTransform3d> || std::is_same_v<Transform, InverseFourierTransform3d> ? 3 : 2;
 
-bool isComplex(const ImageModel& image) {
-    return image.getVoxelType() == RIX_COMPLEX_FLOAT32 || image.getVoxelType() == RIX_COMPLEX_FLOAT64;
-}
-
 bool hasSpacing(const ImageModel& image) {
     return image.getSpacingOf(COLUMNS) != 0.0 || image.getSpacingOf(ROWS) != 0.0 || image.getSpacingOf(PLANS) != 0.0;
 }
@@ -164,10 +160,9 @@ void forward(Transform& transform) {
     const double scale = scaleOf(transform, input);
     constexpr std::size_t axes = axesOf<Transform>;
     const access::Steps steps(context, axes);
-    transformRowsForward<Real>(context, input, output,
-                               {.centered = centered && transform.getLayout() == SpectrumLayout::FULL});
-    transformAcross<Real>(context, output, output,
-                          {.axis = ROWS, .centered = centered, .scale = axes == 2 ? scale : 1.0});
+    transformPlanesForward<Real>(context, input, output,
+                                 {.centered = centered && transform.getLayout() == SpectrumLayout::FULL},
+                                 {.axis = ROWS, .centered = centered, .scale = axes == 2 ? scale : 1.0});
     if constexpr (axes == 3) {
         transformAcross<Real>(context, output, output, {.axis = PLANS, .centered = centered, .scale = scale});
     }
@@ -188,9 +183,8 @@ void backward(Transform& transform) {
             transformAcross<Real>(context, input, spectrum, {.axis = PLANS, .backward = true, .centered = centered});
             from = &spectrum;
         }
-        transformAcross<Real>(context, *from, spectrum, {.axis = ROWS, .backward = true, .centered = centered});
-        transformRowsBackward<Real>(
-            context, spectrum, output, half,
+        transformPlanesBackward<Real>(
+            context, *from, spectrum, output, half, {.axis = ROWS, .backward = true, .centered = centered},
             {.backward = true, .centered = centered && !half, .scale = scaleOf(transform, output)});
     };
     if (!half && isComplex(output)) {
@@ -223,7 +217,9 @@ std::size_t memoryOf(const Transform& transform) {
             bytes = access::TemporaryImage::bytes(input, type);
         }
     }
-    return bytes + passBytes(input, columns, helper::getSizeOf(type) / 2, transform.getMaximumThreads());
+    const std::size_t threads = transform.getMaximumThreads();
+    return bytes + (type == RIX_COMPLEX_FLOAT64 ? passBytes<double>(input, columns, axesOf<Transform>, threads)
+                                                : passBytes<float>(input, columns, axesOf<Transform>, threads));
 }
 
 template <class Transform>

@@ -1,5 +1,7 @@
 #include "LineTransform.h"
 
+#include <algorithm>
+
 #include <rix/access/Scratch.h>
 
 #include "Chirp.h"
