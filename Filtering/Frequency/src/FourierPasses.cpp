@@ -131,8 +131,7 @@ void transformPlanesForward(access::ExecutionContext& context, const ImageModel&
         }
         const LineTransform<Real> transform = transformOf<Real>(spectrum, across);
         access::run(context, plan, [&](const Block& block) {
-            auto rows = open();
-            block.forEachRow([&](const access::Position& at) { rows({at, 0}); });
+            block.forEachRow([&, rows = open()](const access::Position& at) mutable { rows({at, 0}); });
             AcrossLines<Real> lines(spectrum, spectrum, transform, across);
             transformPlane(lines, spectrum.getNumOf(COLUMNS),
                            {{0, 0, block.planes().begin, block.sequence(), block.spectral()}, 0});
@@ -152,11 +151,12 @@ void transformPlanesBackward(access::ExecutionContext& context, const ImageModel
         }
         const LineTransform<Real> transform = transformOf<Real>(spectrum, across);
         access::run(context, plan, [&](const Block& block) {
-            AcrossLines<Real> lines(input, spectrum, transform, across);
-            transformPlane(lines, spectrum.getNumOf(COLUMNS),
-                           {{0, 0, block.planes().begin, block.sequence(), block.spectral()}, 0});
-            auto rows = open();
-            block.forEachRow([&](const access::Position& at) { rows({at, 0}); });
+            {
+                AcrossLines<Real> lines(input, spectrum, transform, across);
+                transformPlane(lines, spectrum.getNumOf(COLUMNS),
+                               {{0, 0, block.planes().begin, block.sequence(), block.spectral()}, 0});
+            }
+            block.forEachRow([&, rows = open()](const access::Position& at) mutable { rows({at, 0}); });
         });
     });
 }
@@ -184,15 +184,17 @@ void transformAcross(access::ExecutionContext& context, const ImageModel& input,
 }
 
 template <class Real>
-std::size_t passBytes(const ImageModel& spectrum, std::size_t columns, std::size_t axes, std::size_t threads) {
+std::size_t passBytes(const ImageModel& input, std::size_t columns, std::size_t axes, std::size_t threads) {
     using Lines = AcrossLines<Real>;
-    // The line, and rows on their way from one type to another or through images without addresses.
-    constexpr std::size_t rows = 5;
-    std::size_t most =
-        rows * Scratch::held(std::max(columns, spectrum.getNumOf(COLUMNS)) * sizeof(std::complex<double>)) +
-        LineTransform<Real>::workBytes(columns);
+    // The line, and one on its way into an image without addresses; two out of one, or from another type.
+    const bool inPlace = input.getImageBuffer() != nullptr && input.getInterpretation() != RIX_BINARY &&
+                         (input.getVoxelType() == access::voxelTypeOf<Real> ||
+                          input.getVoxelType() == access::voxelTypeOf<std::complex<Real>>);
+    const std::size_t rows = inPlace ? 2 : 4;
+    const std::size_t row = std::max(columns, input.getNumOf(COLUMNS)) * sizeof(std::complex<Real>);
+    std::size_t most = rows * Scratch::held(row) + LineTransform<Real>::workBytes(columns);
     for (std::size_t axis = ROWS; axis < axes; ++axis) {
-        const std::size_t length = spectrum.getNumOf(static_cast<Components>(axis));
+        const std::size_t length = input.getNumOf(static_cast<Components>(axis));
         most = std::max(most, Scratch::held(linesAbreast * Lines::pitchOf(length) * sizeof(std::complex<Real>)) +
                                   Lines::slotBytes + LineTransform<Real>::workBytes(length));
     }

@@ -50,6 +50,6 @@ void transformAcross(access::ExecutionContext& context, const ImageModel& input,
 
 /// The most bytes that these hold, for descriptions. @param columns of the samples
 template <class Real>
-std::size_t passBytes(const ImageModel& spectrum, std::size_t columns, std::size_t axes, std::size_t threads);
+std::size_t passBytes(const ImageModel& input, std::size_t columns, std::size_t axes, std::size_t threads);
 
 }  // namespace rix::filtering::frequency

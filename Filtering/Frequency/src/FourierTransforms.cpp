@@ -230,7 +230,6 @@ constexpr algorithms::Definition<Transform> definitionOf(const char* summary) {
         .declare = &declare<Transform>,
         .process = &process<Transform>,
         .memory = &memoryOf<Transform>,
-        .memoryIsExact = false,
     };
 }
 
