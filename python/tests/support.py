@@ -5,7 +5,7 @@ import pathlib
 import subprocess
 import sys
 import textwrap
-from typing import Any, Dict
+from typing import Any, Callable, Dict
 
 import numpy as np
 
@@ -35,14 +35,21 @@ def blobs(shape=(60, 70), seed=3):
 
 def example_inputs(name: str, shape=(17, 23)) -> Dict[str, Any]:
     """Inputs with which an algorithm runs; no algorithm is named here."""
+    grey = _example_inputs(name, lambda seed: random_array(np.uint8, shape, seed))
+    try:
+        getattr(rix, rix.describe(name)["function"])(**grey)
+        return grey
+    except rix.RuleError:  # it may be for colours alone
+        return _example_inputs(name, lambda seed: rix.Image(random_array(np.uint8, (*shape, 3), seed), axes="yxc"))
+
+
+def _example_inputs(name: str, image: Callable[[int], Any]) -> Dict[str, Any]:
     inputs: Dict[str, Any] = {}
     for item in rix.describe(name)["properties"]:
         if item["direction"] == "out" or not item["required"]:
             continue
-        if item["role"] == "image":
-            inputs[item["name"]] = random_array(np.uint8, shape, seed=len(inputs))
-        else:
-            inputs[item["name"]] = 3  # sizes, mostly: zero was refused
+        # Other values are sizes, mostly: zero was refused.
+        inputs[item["name"]] = image(len(inputs)) if item["role"] == "image" else 3
     return inputs
 
 
