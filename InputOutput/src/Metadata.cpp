@@ -235,6 +235,18 @@ ImageFileInfo describe(const ImageModel& image) {
     return info;
 }
 
+String refusalOfElements(const String& format, const ImageModel& image) {
+    if (image.getElementType() != SINGLE) {
+        return format + " cannot hold elements of type " + helper::elementTypesToString(image.getElementType()) +
+               ", only scalars.";
+    }
+    const auto extents = helper::getExtents(image);
+    if (std::find(extents.begin(), extents.end(), 0U) != extents.end()) {
+        return "The image is empty: " + helper::describeImage(image) + '.';
+    }
+    return {};
+}
+
 String formatOwnKeys(const ImageFileInfo& info) {
     const ImageFileInfo usual;
     String text;

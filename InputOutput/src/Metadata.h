@@ -40,6 +40,9 @@ bool isSpacing(double value);
 /// What is known of an image without its samples. A spacing that is none is told as 1.
 ImageFileInfo describe(const ImageModel& image);
 
+/// Why a format of scalars cannot hold elements of an image, or that it has none; empty when it can.
+String refusalOfElements(const String& format, const ImageModel& image);
+
 /// Our own keys of an image, one a line with a newline at the end of each; what is at its default is left out.
 String formatOwnKeys(const ImageFileInfo& info);
 

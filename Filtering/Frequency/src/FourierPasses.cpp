@@ -7,6 +7,7 @@
 #include <rix/access/LineBundles.h>
 #include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
+#include <rix/access/VoxelTypeLists.h>
 
 #include "AcrossLines.h"
 #include "TransformedRows.h"
@@ -116,7 +117,7 @@ void withRowsBackward(const ImageModel& spectrum, ImageModel& samples, bool half
 }  // namespace
 
 bool isComplex(const ImageModel& image) {
-    return image.getVoxelType() == RIX_COMPLEX_FLOAT32 || image.getVoxelType() == RIX_COMPLEX_FLOAT64;
+    return access::contains(access::Complexes{}, image.getVoxelType());
 }
 
 template <class Real>

@@ -10,6 +10,13 @@ namespace rix::filtering::frequency {
 /// What a transform of lines goes from and to; forward has the sign - in the exponent.
 enum class LineKind : std::uint8_t { RealForward, RealBackward, Forward, Backward };
 
+constexpr bool isReal(LineKind kind) {
+    return kind == LineKind::RealForward || kind == LineKind::RealBackward;
+}
+constexpr bool isBackward(LineKind kind) {
+    return kind == LineKind::Backward || kind == LineKind::RealBackward;
+}
+
 /// The library behind `LineTransform`: oneMKL or, in builds without it, the kissfft of Eigen.
 template <class Real>
 class LineEngine {

@@ -81,9 +81,7 @@ LineEngine<Real>::LineEngine(std::size_t length, LineKind kind, double scale) {
     if (length > longest) {
         throw MemoryError("A Fourier transform of " + std::to_string(length) + " elements is beyond kissfft.");
     }
-    m_library.reset(new Library{.length = length,
-                                .backward = kind == LineKind::Backward || kind == LineKind::RealBackward,
-                                .scale = static_cast<Real>(scale)});
+    m_library.reset(new Library{.length = length, .backward = isBackward(kind), .scale = static_cast<Real>(scale)});
 }
 
 template <class Real>

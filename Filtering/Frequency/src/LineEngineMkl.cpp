@@ -37,7 +37,7 @@ struct LineEngine<Real>::Library {
     static constexpr DFTI_CONFIG_VALUE precision = std::is_same_v<Real, float> ? DFTI_SINGLE : DFTI_DOUBLE;
 
     Library(std::size_t length, LineKind kind, double scale)
-        : backward(kind == LineKind::Backward || kind == LineKind::RealBackward),
+        : backward(isBackward(kind)),
           transform(precision, isReal(kind) ? DFTI_REAL : DFTI_COMPLEX, static_cast<MKL_LONG>(length)) {
         if (isReal(kind)) {
             transform.set(DFTI_PLACEMENT, DFTI_NOT_INPLACE);
@@ -45,7 +45,6 @@ struct LineEngine<Real>::Library {
         transform.set(backward ? DFTI_BACKWARD_SCALE : DFTI_FORWARD_SCALE, scale);
         transform.commit();
     }
-    static bool isReal(LineKind kind) { return kind == LineKind::RealForward || kind == LineKind::RealBackward; }
 
     bool backward;
     MklTransform transform;

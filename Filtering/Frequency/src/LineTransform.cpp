@@ -20,9 +20,7 @@ std::size_t LineTransform<Real>::workBytes(std::size_t length) {
 
 template <class Real>
 LineTransform<Real>::LineTransform(std::size_t length, LineKind kind, double scale)
-    : m_length(length),
-      m_backward(kind == LineKind::Backward || kind == LineKind::RealBackward),
-      m_scale(static_cast<Real>(scale)) {
+    : m_length(length), m_backward(isBackward(kind)), m_scale(static_cast<Real>(scale)) {
     if (length == 1) {
         return;
     }

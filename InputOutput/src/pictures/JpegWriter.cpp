@@ -133,12 +133,8 @@ String refusalOfJpeg(const ImageModel& image, const WriteOptions& options) {
     const ImageFileInfo info = describe(image);
     const std::size_t channels = info.extents[SPECTRAL_SERIES];
     const String shape = helper::describeImage(image);
-    if (info.elementType != SINGLE) {
-        return "JPEG cannot hold elements of type " + helper::elementTypesToString(info.elementType) +
-               ", only scalars.";
-    }
-    if (std::find(info.extents.begin(), info.extents.end(), 0U) != info.extents.end()) {
-        return "The image is empty: " + shape + '.';
+    if (const String reason = refusalOfElements("JPEG", image); !reason.empty()) {
+        return reason;
     }
     if (info.voxelType != RIX_UINT8) {
         return "JPEG cannot hold samples of type " + helper::voxelTypesToString(info.voxelType) + ", only uint8.";

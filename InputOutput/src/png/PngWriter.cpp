@@ -1,6 +1,5 @@
 #include "PngWriter.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "../Metadata.h"
@@ -33,11 +32,8 @@ bool isOneBit(const ImageFileInfo& info) {
 String refusalOfPng(const ImageModel& image, const WriteOptions& options) {
     const ImageFileInfo info = describe(image);
     const String shape = helper::describeImage(image);
-    if (info.elementType != SINGLE) {
-        return "PNG cannot hold elements of type " + helper::elementTypesToString(info.elementType) + ", only scalars.";
-    }
-    if (std::find(info.extents.begin(), info.extents.end(), 0U) != info.extents.end()) {
-        return "The image is empty: " + shape + '.';
+    if (const String reason = refusalOfElements("PNG", image); !reason.empty()) {
+        return reason;
     }
     if (info.voxelType != RIX_UINT8 && info.voxelType != RIX_UINT16) {
         return "PNG cannot hold samples of type " + helper::voxelTypesToString(info.voxelType) +

@@ -204,13 +204,8 @@ bool writesBigEndian() {
 }
 
 String refusalOfRaw(const String& format, const ImageModel& image, const WriteOptions& options) {
-    const ImageFileInfo info = describe(image);
-    if (info.elementType != SINGLE) {
-        return format + " cannot hold elements of type " + helper::elementTypesToString(info.elementType) +
-               ", only scalars.";
-    }
-    if (std::find(info.extents.begin(), info.extents.end(), 0U) != info.extents.end()) {
-        return "The image is empty: " + helper::describeImage(image) + '.';
+    if (const String reason = refusalOfElements(format, image); !reason.empty()) {
+        return reason;
     }
     if (options.tileColumns != 0 || options.tileRows != 0) {
         return format + " has no tiles.";

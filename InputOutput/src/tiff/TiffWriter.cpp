@@ -187,12 +187,8 @@ private:
 
 String refusalOfTiff(const ImageModel& image, const WriteOptions& options) {
     const ImageFileInfo info = describe(image);
-    if (info.elementType != SINGLE) {
-        return "TIFF cannot hold elements of type " + helper::elementTypesToString(info.elementType) +
-               ", only scalars.";
-    }
-    if (std::find(info.extents.begin(), info.extents.end(), 0U) != info.extents.end()) {
-        return "The image is empty: " + helper::describeImage(image) + '.';
+    if (const String reason = refusalOfElements("TIFF", image); !reason.empty()) {
+        return reason;
     }
     constexpr std::size_t mostPixels = std::numeric_limits<std::uint32_t>::max();
     if (info.extents[COLUMNS] > mostPixels || info.extents[ROWS] > mostPixels) {

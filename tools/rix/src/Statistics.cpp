@@ -56,7 +56,7 @@ std::int64_t samplesOf(const analysis::ImageStatisticsMsr& of) {
 }  // namespace
 
 SampleStatistics::SampleStatistics(const ImageModel& image)
-    : m_ofMagnitudes(image.getVoxelType() == RIX_COMPLEX_FLOAT32 || image.getVoxelType() == RIX_COMPLEX_FLOAT64) {
+    : m_ofMagnitudes(access::contains(access::Complexes{}, image.getVoxelType())) {
     const auto reals = isReal(image) ? nullptr : realsOf(image);
     auto table = std::make_shared<analysis::ImageStatisticsMsr>();
     analysis::ImageStatistics algorithm;
