@@ -21,6 +21,9 @@ struct ConvolutionTiles {
 
     std::size_t samples() const { return tile[0] * tile[1] * tile[2]; }
     std::size_t coefficients() const { return (tile[0] / 2 + 1) * tile[1] * tile[2]; }
+    /// Too large for a transform by one thread between two looks at a request to cancel. From the extents alone: the
+    /// two ways round differently.
+    bool areLarge() const { return samples() > std::size_t{1} << 20; }
     /// The voxels that the window of one looks at.
     access::Reach reach() const;
 };

@@ -4,15 +4,25 @@
 #include <cmath>
 #include <limits>
 
+#include <rix/access/Looks.h>
+
 namespace rix::filtering::frequency {
 
 template <class Real>
-void NotFinite::takeOut(Real* row, std::size_t offset, std::size_t count) {
+bool areFinite(const Real* row, std::size_t count) {
     bool found = false;
     for (std::size_t i = 0; i < count; ++i) {
         found |= !(std::abs(row[i]) <= std::numeric_limits<Real>::max());
     }
-    if (!found) {
+    return !found;
+}
+
+template bool areFinite<float>(const float*, std::size_t);
+template bool areFinite<double>(const double*, std::size_t);
+
+template <class Real>
+void NotFinite::takeOut(Real* row, std::size_t offset, std::size_t count) {
+    if (areFinite(row, count)) {
         return;
     }
     if (!any()) {
@@ -32,6 +42,10 @@ template void NotFinite::takeOut<float>(float*, std::size_t, std::size_t);
 template void NotFinite::takeOut<double>(double*, std::size_t, std::size_t);
 
 void NotFinite::spread(const TileExtents& window) {
+    if (!any()) {
+        return;
+    }
+    access::Looks looks;
     std::size_t pitch = 1;
     std::size_t samples = m_tile[0] * m_tile[1] * m_tile[2];
     for (std::size_t axis = 0; axis < m_tile.size(); ++axis) {
@@ -43,6 +57,7 @@ void NotFinite::spread(const TileExtents& window) {
                 clear = marks[i * pitch] != 0 ? 0 : clear + 1;
                 marks[i * pitch] = clear < window[axis] ? 1 : 0;
             }
+            looks.add(length);
         }
         pitch *= length;
     }

@@ -9,6 +9,10 @@
 
 namespace rix::filtering::frequency {
 
+/// Whether all samples of a row are finite.
+template <class Real>
+bool areFinite(const Real* row, std::size_t count);
+
 /// The voxels of a tile that are not finite: one NaN would spread over all of its spectrum.
 class NotFinite {
 public:
@@ -20,7 +24,7 @@ public:
     void takeOut(Real* row, std::size_t offset, std::size_t count);
 
     bool any() const { return m_marks.data() != nullptr; }
-    /// Marks the results that see such voxels, at the first voxel of their windows.
+    /// Marks the results that see such voxels, if there are any, at the first voxel of their windows.
     void spread(const TileExtents& window);
     /// Whether the result is to be NaN.
     bool operator[](std::size_t sample) const { return m_marks.data()[sample] != 0; }

@@ -135,6 +135,9 @@ TEST(FourierConvolution, OfManyTilesHasNoSeams) {
     expectAShift<FourierConvolution2d>({1100, 700, 1, 1, 1}, {61, 44, 1, 1, 1}, {0, 43, 0, 0, 0});
     expectAShift<FourierConvolution2d>({500, 600, 1, 1, 1}, {401, 3, 1, 1, 1}, {399, 0, 0, 0, 0});
     expectAShift<FourierConvolution3d>({90, 81, 75, 1, 1}, {9, 30, 8, 1, 1}, {8, 0, 7, 0, 0});
+    // Tiles that all threads share.
+    expectAShift<FourierConvolution2d>({900, 1500, 1, 1, 1}, {800, 601, 1, 1, 1}, {799, 7, 0, 0, 0});
+    expectAShift<FourierConvolution3d>({90, 81, 75, 1, 1}, {70, 60, 61, 1, 1}, {3, 59, 60, 0, 0});
 }
 
 TEST(FourierConvolution, OnlyWindowsWithWhatIsNotFiniteAreNaN) {
@@ -142,15 +145,21 @@ TEST(FourierConvolution, OnlyWindowsWithWhatIsNotFiniteAreNaN) {
                                       [](auto x, auto y, auto, auto, auto) -> double {
                                           return x == 200 && y == 10 ? nan : x == 399 && y == 379 ? infinity : 1.0;
                                       });
-    const io::MemoryImage kernel = makeImage({.voxelType = RIX_FLOAT64, .extents = {6, 3, 1, 1, 1}},
-                                             [](auto, auto, auto, auto, auto) { return 0.25; });
-    const io::MemoryImage result = convolve<FourierConvolution2d>(image, kernel, BorderPolicy::FIXED);
-    forEachPosition(helper::getExtents(image), [&](const Extents& p) {
-        // The window of a result begins two voxels before it and ends three behind it; of rows one and one.
-        const bool seesNan = p[0] + 3 >= 200 && p[0] <= 202 && p[1] + 1 >= 10 && p[1] <= 11;
-        const bool seesInfinity = p[0] + 3 >= 399 && p[1] + 1 >= 379;
-        ASSERT_EQ(std::isnan(at(result, p)), seesNan || seesInfinity) << p[0] << ' ' << p[1];
-    });
+    const auto expectNaN = [&](const Extents& window) {
+        const io::MemoryImage kernel =
+            makeImage({.voxelType = RIX_FLOAT64, .extents = window}, [](auto, auto, auto, auto, auto) { return 0.25; });
+        const io::MemoryImage result = convolve<FourierConvolution2d>(image, kernel, BorderPolicy::FIXED);
+        // The window of a result reaches half of its even extent before it, less one, and half behind it.
+        const auto sees = [&](const Extents& p, std::size_t x, std::size_t y) {
+            return p[0] + window[0] / 2 >= x && p[0] <= x + (window[0] - 1) / 2 && p[1] + window[1] / 2 >= y &&
+                   p[1] <= y + (window[1] - 1) / 2;
+        };
+        forEachPosition(helper::getExtents(image), [&](const Extents& p) {
+            ASSERT_EQ(std::isnan(at(result, p)), sees(p, 200, 10) || sees(p, 399, 379)) << p[0] << ' ' << p[1];
+        });
+    };
+    expectNaN({6, 3, 1, 1, 1});
+    expectNaN({1500, 301, 1, 1, 1});  // in a tile that all threads share
     const io::MemoryImage broken = makeImage({.voxelType = RIX_FLOAT64, .extents = {3, 1, 1, 1, 1}},
                                              [](auto x, auto, auto, auto, auto) { return x == 1 ? nan : 1.0; });
     const io::MemoryImage nothing = convolve<FourierConvolution2d>(image, broken, BorderPolicy::MIRROR);
