@@ -3,7 +3,8 @@
 //
 // The second three numbers are milliseconds of processor time, which a busy machine does not lengthen.
 //
-// usage: measure_cancellation [CANCELS [MEGAVOXELS [SEED]]]    (1000, 32 and 1)
+// usage: measure_cancellation [CANCELS [MEGAVOXELS [SEED [NAME]]]]    (1000, 32, 1 and all; else cases with NAME in
+// their names)
 
 #include <algorithm>
 #include <atomic>
@@ -188,10 +189,15 @@ void print(const String& name, double milliseconds, const std::vector<Latency>& 
     std::fflush(stdout);
 }
 
-void measure(std::size_t cancels, double megavoxels, std::uint64_t seed) {
+void measure(std::size_t cancels, double megavoxels, std::uint64_t seed, const String& part) {
     std::vector<Case> cases;
     appendRegistry(megavoxels, cases);
     appendLabels(megavoxels, cases);  // the slowest last
+    std::erase_if(cases, [&](const Case& each) { return each.name.find(part) == String::npos; });
+    if (cases.empty()) {
+        std::fprintf(stderr, "no case has \"%s\" in its name\n", part.c_str());
+        std::exit(2);
+    }
     const std::size_t ofCase = (cancels + cases.size() - 1) / cases.size();
     std::printf("%zu cancels a case, images of %.0f megavoxels, %zu processors; milliseconds\n", ofCase, megavoxels,
                 devices::Cpu::logicalProcessors());
@@ -226,6 +232,6 @@ void measure(std::size_t cancels, double megavoxels, std::uint64_t seed) {
 int main(int argc, char** argv) {
     const auto argument = [&](int index, double usual) { return argc > index ? std::atof(argv[index]) : usual; };
     rix::test::measure(static_cast<std::size_t>(argument(1, 1000)), argument(2, 32),
-                       static_cast<std::uint64_t>(argument(3, 1)));
+                       static_cast<std::uint64_t>(argument(3, 1)), argc > 4 ? argv[4] : "");
     return 0;
 }
