@@ -49,7 +49,9 @@ io::MemoryImage convolve(const ImageModel& image, const ImageModel& kernel, Bord
     filter.setBorderPolicy(policy);
     filter.setBorderValue(7);
     filter.setOutputImage(&output);
+    const std::size_t stated = filter.describe().extraMemory;
     filter.run();
+    EXPECT_LE(filter.getPeakExtraMemory(), stated);
     return output;
 }
 
