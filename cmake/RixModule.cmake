@@ -104,14 +104,16 @@ function(rix_list_classes)
   set(RIX_LISTED_OBJECTS "${objects}" PARENT_SCOPE)
 endfunction()
 
-# rix_add_tests(NAME SOURCES file... [LIBRARIES target...])
+# rix_add_tests(NAME SOURCES file... [LIBRARIES target...] [SHARDS n])
 # One test program. It links the archive of all modules, so that tests reach what the shared library hides; the archive
 # is made of the very objects of the shared library.
+# SHARDS: under the sanitizers the tests run in so many processes instead of one each, because to start and end one takes
+# longer there than most tests.
 function(rix_add_tests NAME)
   if(NOT RIX_BUILD_TESTS)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;LIBRARIES" ${ARGN})
   set(target test_${NAME})
   add_executable(${target} ${ARG_SOURCES})
   target_include_directories(${target} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/Core/internal
@@ -124,7 +126,16 @@ function(rix_add_tests NAME)
     # Once in thousands of runs the search for leaks at the end of a program crashes itself.
     list(APPEND properties SKIP_REGULAR_EXPRESSION "Tracer caught signal")
   endif()
-  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+  if(RIX_SANITIZE AND ARG_SHARDS)
+    math(EXPR last "${ARG_SHARDS} - 1")
+    foreach(shard RANGE ${last})
+      add_test(NAME ${target}.${shard} COMMAND ${target} --gtest_brief=1)
+      set_tests_properties(${target}.${shard} PROPERTIES ${properties} TIMEOUT 1200
+                           ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${shard}")
+    endforeach()
+  else()
+    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+  endif()
 endfunction()
 
 if(RIX_BUILD_TESTS)
