@@ -10,10 +10,12 @@
 
 #include <rix/analysis/ImageStatistics.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/StridedImage.h>
 
 #include "ImageFactories.h"
 #include "ImageSamples.h"
 #include "Levels.h"
+#include "Sanitizers.h"
 
 namespace rix::analysis {
 namespace {
@@ -237,6 +239,37 @@ TEST(ImageStatistics, AreThoseOfTheDefinitionForEveryGroupMaskAndLevel) {
                 }
             }
         }
+    }
+}
+
+TEST(ImageStatistics, OfMoreElementsThan32BitsCountAreThoseOfWhatRepeats) {
+    if (test::sanitized) {
+        GTEST_SKIP() << "too slow with a sanitizer";
+    }
+    constexpr std::size_t frames = 8192;
+    const io::MemoryImage tile = test::makeImage({.extents = {1024, 1024, 1, 1, 1}}, [](auto x, auto y, auto...) {
+        return 250 + static_cast<int>(scattered(x + 1024 * y) * 5.5);  // a small deviation of a large mean
+    });
+    ImageHeader header = helper::headerOf(tile);
+    header.extents[SEQUENCE] = frames;  // 2^33 elements
+    const StridedImage repeated(static_cast<const void*>(tile.getInternalBuffer()), header, {1, 1024, 0, 0, 0});
+    const auto statisticsOf = [](const ImageModel& image) {
+        ImageStatistics algorithm;
+        algorithm.setInputImage(&image);
+        algorithm.setQuantiles("0.3");
+        algorithm.run();
+        return *algorithm.getOutputMeasurement();
+    };
+    const ImageStatisticsMsr one = statisticsOf(tile);
+    const ImageStatisticsMsr all = statisticsOf(repeated);
+    EXPECT_EQ(all.count[0], std::int64_t{1} << 33);
+    EXPECT_EQ(all.sum[0], one.sum[0] * frames);
+    EXPECT_EQ(all.mean[0], one.mean[0]);
+    EXPECT_EQ(all.mode[0], one.mode[0]);
+    EXPECT_EQ(all.quantiles.front()[0], one.quantiles.front()[0]);
+    for (const auto column : {&ImageStatisticsMsr::variance, &ImageStatisticsMsr::skewness,
+                              &ImageStatisticsMsr::kurtosis, &ImageStatisticsMsr::entropy}) {
+        expectNear((all.*column)[0], (one.*column)[0], std::fabs(static_cast<Real>((one.*column)[0])), "of moments");
     }
 }
 
