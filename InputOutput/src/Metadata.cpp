@@ -253,6 +253,9 @@ String formatOwnKeys(const ImageFileInfo& info) {
     const auto put = [&](const char* key, const String& value) { text += String(key) + '=' + value + '\n'; };
     put("rix_size", sizeText(info));
     put("rix_interpretation", helper::interpretationsToString(info.interpretation));
+    if (info.interpretation == RIX_LABEL && info.labelScope != usual.labelScope) {
+        put("rix_labels", helper::labelScopeToString(info.labelScope));
+    }
     put("rix_color", helper::colorInterpretationToString(info.colorInterpretation));
     if (info.spacing != usual.spacing) {
         put("rix_spacing", joinNumbers(info.spacing));
@@ -281,6 +284,8 @@ void applyOwnKeys(const MetadataKeys& keys, ImageFileInfo& info) {
     }
     applyLabel(keys, "rix_interpretation", {RIX_BINARY, RIX_LABEL, RIX_VALUE}, helper::interpretationsToString,
                info.interpretation);
+    applyLabel(keys, "rix_labels", {LabelScope::Volume, LabelScope::Plane}, helper::labelScopeToString,
+               info.labelScope);
     applyLabel(keys, "rix_color", {UNKNOWN, RGB, HSL, YIQ, NRGB}, helper::colorInterpretationToString,
                info.colorInterpretation);
     // Absent means default here, whatever the fields of the format have to say with less precision.

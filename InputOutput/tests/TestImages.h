@@ -88,9 +88,11 @@ Image randomImage(VoxelTypes type, const Extents& n, unsigned seed = 1) {
     return image;
 }
 
-/// Gives an image a meaning; as a binary one it gets samples of 0 and 1, which are all that files keep of those.
+/// Gives an image a meaning; as a binary one it gets samples of 0 and 1, which are all that files keep of those, as one
+/// of labels those of planes.
 inline void interpret(MemoryImage& image, Interpretations interpretation) {
     image.setInterpretation(interpretation);
+    helper::setLabelScope(image, LabelScope::Plane);
     std::size_t count = 0;
     if (interpretation == RIX_BINARY && helper::getElementCount(image, count)) {
         access::dispatch(access::AllTypes{}, image.getVoxelType(), [&](auto tag) {
@@ -117,6 +119,9 @@ inline Extents extentsOf(const ImageModel& image) {
 inline std::string difference(const ImageModel& expected, const ImageModel& actual) {
     if (helper::describeImage(expected) != helper::describeImage(actual)) {
         return helper::describeImage(expected) + " became " + helper::describeImage(actual);
+    }
+    if (helper::getLabelScope(expected) != helper::getLabelScope(actual)) {
+        return "scope of labels " + helper::labelScopeToString(helper::getLabelScope(actual));
     }
     if (expected.getColorInterpretation() != actual.getColorInterpretation()) {
         return "colour interpretation " + std::to_string(actual.getColorInterpretation());

@@ -215,6 +215,8 @@ void compareShapes(const ImageModel& expected, const ImageModel& actual, HeaderC
 void compareMeanings(const ImageModel& expected, const ImageModel& actual, HeaderComparison& header) {
     header.compare("interpretation", helper::interpretationsToString(expected.getInterpretation()),
                    helper::interpretationsToString(actual.getInterpretation()));
+    header.compare("scope of labels", helper::labelScopeToString(helper::getLabelScope(expected)),
+                   helper::labelScopeToString(helper::getLabelScope(actual)));
     header.compare("colour interpretation", helper::colorInterpretationToString(expected.getColorInterpretation()),
                    helper::colorInterpretationToString(actual.getColorInterpretation()));
     for (int i = RIX_COMPONENTS_FIRST; i < RIX_COMPONENTS_SIZE; ++i) {

@@ -22,6 +22,7 @@ struct AlgoInfoPrivate {
     String deprecationVersion;
     std::vector<std::shared_ptr<Runnable>> runners;
     AlgoInfo::WrapCounter wrapCounter;
+    AlgoInfo::Notes notes;
 };
 
 namespace {
@@ -60,7 +61,7 @@ private:
 AlgoInfo::AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
                    const String& deprecationVersion)
     : m_private(std::make_unique<AlgoInfoPrivate>(
-          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}, {}})) {}
+          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}, {}, {}})) {}
 
 AlgoInfo::~AlgoInfo() = default;
 
@@ -132,6 +133,14 @@ void AlgoInfo::setWrapCounter(WrapCounter counter) {
 
 std::uint64_t AlgoInfo::countWrapped(const BaseAlgorithm& algorithm, access::ExecutionContext& context) const {
     return m_private->wrapCounter ? m_private->wrapCounter(algorithm, context) : 0;
+}
+
+void AlgoInfo::setNotes(Notes notes) {
+    m_private->notes = std::move(notes);
+}
+
+std::vector<String> AlgoInfo::notesOn(const BaseAlgorithm& algorithm) const {
+    return m_private->notes ? m_private->notes(algorithm) : std::vector<String>();
 }
 
 std::size_t AlgoInfo::getNumOfAlgorithm() {

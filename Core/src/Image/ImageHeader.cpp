@@ -35,6 +35,7 @@ ImageHeader headerOf(const ImageModel& image) {
     header.sequenceUnitName = image.getSequenceUnitName();
     header.spatialDirections = image.getSpatialDirections();
     header.spatialFrame = getSpatialFrame(image);
+    header.labelScope = getLabelScope(image);
     return header;
 }
 
@@ -49,8 +50,9 @@ bool applyHeader(const ImageHeader& header, ImageModel& image) {
         done = done && image.setSpacingOf(axis, header.spacing[indexOf(axis)]) &&
                image.setOriginOf(axis, header.origin[indexOf(axis)]);
     }
-    // Not every image has a place for this one.
+    // Not every image has a place for these.
     static_cast<void>(setSpatialFrame(image, header.spatialFrame));
+    static_cast<void>(setLabelScope(image, header.labelScope));
     return done;
 }
 
@@ -132,6 +134,7 @@ Interpretations ImageModelWithHeader::getInterpretation() const {
 
 bool ImageModelWithHeader::setInterpretation(const Interpretations& interpretation) {
     m_header.interpretation = interpretation;
+    m_header.labelScope = interpretation == RIX_LABEL ? m_header.labelScope : LabelScope::Volume;
     return true;
 }
 
@@ -150,6 +153,15 @@ std::optional<SpatialFrame> ImageModelWithHeader::getSpatialFrame() const {
 
 bool ImageModelWithHeader::setSpatialFrame(const std::optional<SpatialFrame>& frame) {
     m_header.spatialFrame = frame;
+    return true;
+}
+
+LabelScope ImageModelWithHeader::getLabelScope() const {
+    return m_header.labelScope;
+}
+
+bool ImageModelWithHeader::setLabelScope(LabelScope scope) {
+    m_header.labelScope = scope;
     return true;
 }
 

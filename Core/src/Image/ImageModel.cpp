@@ -3,9 +3,9 @@
 #include <cstdint>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/ImageDetails.h>
 #include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
-#include <rix/image/SpatialFrame.h>
 
 #include "Image/LostSamples.h"
 
@@ -77,6 +77,14 @@ void matchCalibration(ImageModel& image, const ImageModel& reference) {
     }
 }
 
+void matchInterpretation(ImageModel& image, const ImageModel& reference) {
+    const Interpretations interpretation = reference.getInterpretation();
+    if (image.getInterpretation() != interpretation) {
+        require(image.setInterpretation(interpretation), "Cannot set the image interpretation.");
+    }
+    static_cast<void>(helper::setLabelScope(image, helper::getLabelScope(reference)));  // where there is a place
+}
+
 }  // namespace
 
 ImageModel::~ImageModel() = default;
@@ -95,8 +103,8 @@ void ImageModel::enforceSameCharacteristics(const ImageModel* reference, const i
         if ((characteristics & CALIBRATION) != 0) {
             matchCalibration(*this, *reference);
         }
-        if ((characteristics & INTERPRETATION) != 0 && getInterpretation() != reference->getInterpretation()) {
-            require(setInterpretation(reference->getInterpretation()), "Cannot set the image interpretation.");
+        if ((characteristics & INTERPRETATION) != 0) {
+            matchInterpretation(*this, *reference);
         }
     } catch (RuleException& exception) {
         exception.addInfoLevel("Image " + helper::describeImage(*this) + " cannot match image " +

@@ -249,6 +249,9 @@ bool ImageModelFromView::setInterpretation(const Interpretations& interpretation
         return false;
     }
     detail::writeInterpretation(*m_private->writable, interpretation);
+    if (interpretation != RIX_LABEL) {
+        detail::writeLabelScope(*m_private->writable, LabelScope::Volume);
+    }
     return true;
 }
 
@@ -273,6 +276,18 @@ bool ImageModelFromView::setSpatialFrame(const std::optional<SpatialFrame>& fram
         return false;
     }
     detail::writeSpatialFrame(*m_private->writable, frame);
+    return true;
+}
+
+LabelScope ImageModelFromView::getLabelScope() const {
+    return detail::readLabelScope(*m_private->view);
+}
+
+bool ImageModelFromView::setLabelScope(LabelScope scope) {
+    if (m_private->writable == nullptr) {
+        return false;
+    }
+    detail::writeLabelScope(*m_private->writable, scope);
     return true;
 }
 

@@ -82,6 +82,14 @@ bool ImageModelSizeProxyBase::setSpatialFrame(const std::optional<SpatialFrame>&
     return helper::setSpatialFrame(*m_realImage, frame);
 }
 
+LabelScope ImageModelSizeProxyBase::getLabelScope() const {
+    return helper::getLabelScope(*m_realImage);
+}
+
+bool ImageModelSizeProxyBase::setLabelScope(LabelScope scope) {
+    return helper::setLabelScope(*m_realImage, scope);
+}
+
 bool ImageModelSizeProxyBase::getPreferedSize(std::size_t& columns, std::size_t& rows, std::size_t& planes,
                                               std::size_t& sequence, std::size_t& spectral) {
     return m_realImage->getPreferedSize(columns, rows, planes, sequence, spectral);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/ImageDetails.h>
 
 #include "Image/ViewBridge.h"
 
@@ -83,6 +84,7 @@ ImageViewFromModel::ImageViewFromModel(std::shared_ptr<const ImageModel> model, 
     detail::writeInterpretation(*this, model->getInterpretation());
     detail::writeColorInterpretation(*this, model->getColorInterpretation());
     detail::writeSpatialFrame(*this, helper::getSpatialFrame(*model));
+    detail::writeLabelScope(*this, helper::getLabelScope(*model));
     m_private->writable = writable;
     m_private->model = std::move(model);
 }
@@ -175,7 +177,8 @@ bool ImageViewFromModel::applyMetadata() {
     return m_private->writable != nullptr &&
            m_private->writable->setInterpretation(detail::readInterpretation(*this)) &&
            m_private->writable->setColorInterpretation(detail::readColorInterpretation(*this)) &&
-           helper::setSpatialFrame(*m_private->writable, detail::readSpatialFrame(*this));
+           helper::setSpatialFrame(*m_private->writable, detail::readSpatialFrame(*this)) &&
+           helper::setLabelScope(*m_private->writable, detail::readLabelScope(*this));
 }
 
 }  // namespace rix

@@ -126,6 +126,7 @@ void MemoryImage::Init() {
     m_spatialDirections = vessel::SpatialDirections();
     m_spatialFrame.reset();
     m_interpretation = RIX_VALUE;
+    m_labelScope = LabelScope::Volume;
     m_colorInterpretation = UNKNOWN;
 }
 
@@ -210,6 +211,7 @@ Interpretations MemoryImage::getInterpretation() const {
 
 bool MemoryImage::setInterpretation(const Interpretations& interpretation) {
     m_interpretation = interpretation;
+    m_labelScope = interpretation == RIX_LABEL ? m_labelScope : LabelScope::Volume;
     return true;
 }
 
@@ -228,6 +230,15 @@ std::optional<SpatialFrame> MemoryImage::getSpatialFrame() const {
 
 bool MemoryImage::setSpatialFrame(const std::optional<SpatialFrame>& frame) {
     m_spatialFrame = frame;
+    return true;
+}
+
+LabelScope MemoryImage::getLabelScope() const {
+    return m_labelScope;
+}
+
+bool MemoryImage::setLabelScope(LabelScope scope) {
+    m_labelScope = scope;
     return true;
 }
 
@@ -387,6 +398,7 @@ void MemoryImage::copyCharacteristics(const MemoryImage& other) {
     m_spatialDirections = other.m_spatialDirections;
     m_spatialFrame = other.m_spatialFrame;
     m_interpretation = other.m_interpretation;
+    m_labelScope = other.m_labelScope;
     m_colorInterpretation = other.m_colorInterpretation;
 }
 

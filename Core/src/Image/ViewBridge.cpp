@@ -12,6 +12,7 @@ namespace {
 
 constexpr const char* interpretationKey = "interpretation";
 constexpr const char* colorInterpretationKey = "color_interpretation";
+constexpr const char* labelScopeKey = "label_scope";
 constexpr const char* spatialFrameKey = "spatial_frame";
 constexpr const char* columnsKey = "columns";
 constexpr std::array<const char*, 3> originKeys{"origin_x", "origin_y", "origin_z"};
@@ -156,6 +157,18 @@ void writeSpatialFrame(vessel::ImageView& view, const std::optional<SpatialFrame
     for (std::size_t i = 0; i < frame->origin.size(); ++i) {
         entry[originKeys[i]].setValue(frame->origin[i]);
         entry[spacingKeys[i]].setValue(frame->spacing[i]);
+    }
+}
+
+LabelScope readLabelScope(const vessel::ImageView& view) {
+    return readText(view, labelScopeKey, 2, LabelScope::Volume, helper::labelScopeToString);
+}
+
+void writeLabelScope(vessel::ImageView& view, LabelScope scope) {
+    if (scope == LabelScope::Volume) {
+        view.metadata().remove(labelScopeKey);
+    } else {
+        helper::addMetadata(view, labelScopeKey, helper::labelScopeToString(scope));
     }
 }
 

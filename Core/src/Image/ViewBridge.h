@@ -6,6 +6,7 @@
 #include <vessel/ImageView.h>
 
 #include <rix/image/ImageTypes.h>
+#include <rix/image/LabelScope.h>
 #include <rix/image/SpatialFrame.h>
 
 /// What images and image views call the same things.
@@ -35,5 +36,9 @@ void writeColorInterpretation(vessel::ImageView& view, ColorInterpretation inter
 std::optional<SpatialFrame> readSpatialFrame(const vessel::ImageView& view);
 /// Nothing removes the entry.
 void writeSpatialFrame(vessel::ImageView& view, const std::optional<SpatialFrame>& frame);
+
+/// The metadata entry "label_scope", which is there for `LabelScope::Plane` alone.
+LabelScope readLabelScope(const vessel::ImageView& view);
+void writeLabelScope(vessel::ImageView& view, LabelScope scope);
 
 }  // namespace rix::detail

@@ -1,5 +1,6 @@
 #include <rix/rules/ImageEnforcements.h>
 
+#include <rix/image/ImageDetails.h>
 #include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
 
@@ -243,6 +244,12 @@ void EnforceImage::apply(const OutputOperand& output) const {
         refuse(String("The model image cannot be re-interpreted into \"") +
                    interpretationLabel(*m_check.interpretation) + "\".",
                describeOperand(output) + ".");
+    }
+    if (m_check.interpretation.has_value()) {
+        const bool hasPlanes = model->getNumOf(PLANS) > 1;
+        const LabelScope scope = m_check.labelScope.value_or(helper::getLabelScope(*model));
+        // Not every image has a place for it.
+        static_cast<void>(helper::setLabelScope(output.image, hasPlanes ? scope : LabelScope::Volume));
     }
 }
 

@@ -18,7 +18,8 @@ RuleEnforceLike::~RuleEnforceLike() = default;
 ImageCheck RuleEnforceLike::check(const ImageModel& model) const {
     return {m_own.chosenType ? m_own.chosenType() : m_own.voxelType.value_or(model.getVoxelType()), m_model,
             m_own.chosenInterpretation ? m_own.chosenInterpretation()
-                                       : m_own.interpretation.value_or(model.getInterpretation())};
+                                       : m_own.interpretation.value_or(model.getInterpretation()),
+            m_own.labelScope};
 }
 
 void RuleEnforceLike::apply(Property<ImageModel*>& property) {

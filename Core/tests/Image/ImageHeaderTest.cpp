@@ -15,6 +15,7 @@ TEST(HeaderImage, IsAnImageWithoutSamples) {
     io::MemoryImage image = test::makeCounted({4, 3, 2, 1, 2});
     test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
+    image.setLabelScope(LabelScope::Plane);
     image.setColorInterpretation(HSL);
     HeaderImage header(helper::headerOf(image));
     io::MemoryImage back;
@@ -24,6 +25,14 @@ TEST(HeaderImage, IsAnImageWithoutSamples) {
         EXPECT_EQ(ImageCalibration(*made), ImageCalibration(image));
         EXPECT_EQ(made->getSpatialDirections(), image.getSpatialDirections());
         EXPECT_EQ(made->getColorInterpretation(), HSL);
+        EXPECT_EQ(helper::getLabelScope(*made), LabelScope::Plane);
+    }
+    // What is no label image any more forgets it, whoever keeps it.
+    for (ImageModel* const made : std::initializer_list<ImageModel*>{&header, &back}) {
+        EXPECT_TRUE(made->setInterpretation(RIX_VALUE));
+        EXPECT_FALSE(helper::setLabelScope(*made, LabelScope::Plane));
+        EXPECT_TRUE(made->setInterpretation(RIX_LABEL));
+        EXPECT_EQ(helper::getLabelScope(*made), LabelScope::Volume);
     }
     std::uint8_t buffer[8] = {};
     ConstRawData row = nullptr;

@@ -193,6 +193,7 @@ TEST(MemoryImage, CopiesCarryEverythingAndShareNothing) {
     MemoryImage image = makeCounted({6, 5, 2, 1, 2});
     test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
+    image.setLabelScope(LabelScope::Plane);
     image.setColorInterpretation(HSL);
     const auto check = [&](const MemoryImage& copy) {
         EXPECT_TRUE(test::imagesEqual(image, copy));

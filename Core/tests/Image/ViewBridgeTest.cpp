@@ -97,6 +97,7 @@ TEST(ViewBridge, CalibrationAndInterpretationBothWays) {
     io::MemoryImage image = makeCounted({4, 3, 2, 2, 1});
     test::setDistinctCalibration(image);
     image.setInterpretation(RIX_LABEL);
+    image.setLabelScope(LabelScope::Plane);
     image.setColorInterpretation(NRGB);
     const SpatialFrame frame{.columns = 7, .origin = {0.1, -2, 3}, .spacing = {0.3, 0, 5}};
     image.setSpatialFrame(frame);
@@ -110,6 +111,7 @@ TEST(ViewBridge, CalibrationAndInterpretationBothWays) {
 
     // And back into the image, through both.
     io::MemoryImage plain = makeCounted({4, 3, 2, 2, 1});
+    plain.setInterpretation(RIX_LABEL);
     plain.setSpatialUnitName("um");
     plain.setColorInterpretation(HSL);
     test::copyMeaning(plain, back);

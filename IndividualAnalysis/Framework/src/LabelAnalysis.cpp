@@ -6,6 +6,7 @@
 #include <memory>
 
 #include <rix/algorithms/Definition.h>
+#include <rix/image/ImageDetails.h>
 #include <rix/rules/When.h>
 
 #include "LabelAnalysisMemory.h"
@@ -77,7 +78,7 @@ private:
 void declare(LabelAnalysis& analysis, algorithms::Properties& properties) {
     properties.input(analysis.inputLabelImage,
                      "The labels of the objects; 0 is background. In an image of several planes a label is one body in "
-                     "space, also where each plane was labelled by itself.",
+                     "space, also where each plane was labelled by itself (then a note says so).",
                      AddRulesForImageOf({RIX_UINT8, RIX_UINT16, RIX_UINT32}),
                      AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused));
     analysis.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
@@ -100,6 +101,15 @@ void process(LabelAnalysis& analysis, OptimLevelType level) {
                   requestOf(analysis), *analysis.getOutputMeasurement());
 }
 
+std::vector<String> notesOn(const LabelAnalysis& analysis) {
+    if (!helper::areLabelsOfPlanes(*analysis.getInputLabelImage())) {
+        return {};
+    }
+    return {"The objects of " + analysis.inputLabelImage.getName() +
+            " were told apart plane by plane, as Labeling2d does. Each row measures all voxels of its label in all "
+            "planes as one body, which they are not: number bodies with Labeling3d, or measure each plane by itself."};
+}
+
 constexpr algorithms::Definition<LabelAnalysis> definition{
     .summary = "Measures the objects of a label image.",
     .kind = AlgorithmKind::Reduction,
@@ -111,6 +121,7 @@ constexpr algorithms::Definition<LabelAnalysis> definition{
                                        *requestOf(analysis), analysis.getMaximumThreads());
         },
     .memoryIsExact = false,
+    .notes = &notesOn,
 };
 
 }  // namespace

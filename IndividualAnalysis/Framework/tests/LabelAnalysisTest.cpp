@@ -12,8 +12,11 @@
 #include <gtest/gtest.h>
 
 #include <rix/access/BlockScheduler.h>
+#include <rix/algorithms/AlgoInfo.h>
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/ImageDetails.h>
+#include <rix/image/ImageModelFull2d.h>
 
 #include "ReferenceObjects.h"
 #include "Sanitizers.h"
@@ -93,6 +96,21 @@ TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {
                                    "BoundingBoxMinY", "BoundingBoxMaxX", "BoundingBoxMaxY", "BoundingBoxSizeX",
                                    "BoundingBoxSizeY", "TouchesBorder"));
     EXPECT_THAT(units, ElementsAre("", "", "mm^2", "mm", "mm", "", "", "", "", "mm", "mm", ""));
+}
+
+TEST(LabelAnalysis, SaysThatLabelsOfPlanesAreNoBodies) {
+    io::MemoryImage labels = patches(RIX_UINT8, {9, 8, 3, 1, 1}, 1);
+    LabelAnalysis algorithm;
+    const auto notes = [&] { return algorithm.getClassInfo().notesOn(algorithm); };
+    EXPECT_THAT(notes(), ElementsAre()) << "without an image the run will refuse";
+    algorithm.setInputLabelImage(&labels);
+    EXPECT_THAT(notes(), ElementsAre());
+    helper::setLabelScope(labels, LabelScope::Plane);
+    EXPECT_THAT(notes(), ElementsAre(HasSubstr("plane by plane")));
+    // One plane of it holds areas.
+    const ImageModelFull2d plane(&labels, 0, 0, 0);
+    algorithm.setInputLabelImage(&plane);
+    EXPECT_THAT(notes(), ElementsAre());
 }
 
 TEST(LabelAnalysis, GivesNoRowWithoutObjects) {

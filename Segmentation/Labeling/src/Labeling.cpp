@@ -79,6 +79,14 @@ VoxelTypes typeAtFirst(const Labeling& labeling) {
     return stays ? output->getVoxelType() : asked;
 }
 
+LabelScope scopeOf(const Labeling2d& /*labeling*/) {
+    return LabelScope::Plane;
+}
+
+LabelScope scopeOf(const Labeling3d& /*labeling*/) {
+    return LabelScope::Volume;
+}
+
 template <class Labeling>
 void declare(Labeling& labeling, algorithms::Properties& properties) {
     properties.input(labeling.inputObjectImage, "The image whose objects, the voxels that are not 0, are numbered.",
@@ -95,8 +103,9 @@ void declare(Labeling& labeling, algorithms::Properties& properties) {
         "The number of the object that a voxel belongs to, or 0; every plane (2d) or volume (3d) counts from 1.",
         AddRuleAssertNotNull(), AddRuleCompare(CompareRelation::NotEqual, labeling.inputObjectImage),
         AddRuleDisjointFrom(labeling.inputObjectImage),
-        AddRuleEnforceLike(labeling.inputObjectImage,
-                           {.interpretation = RIX_LABEL, .chosenType = [&labeling] { return typeAtFirst(labeling); }}));
+        AddRuleEnforceLike(labeling.inputObjectImage, {.interpretation = RIX_LABEL,
+                                                       .chosenType = [&labeling] { return typeAtFirst(labeling); },
+                                                       .labelScope = scopeOf(labeling)}));
 }
 
 Connectivity connectivityOf(const Labeling2d& labeling) {

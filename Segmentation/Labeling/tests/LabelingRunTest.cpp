@@ -13,6 +13,7 @@
 
 #include <rix/access/BlockSize.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/ImageDetails.h>
 #include <rix/image/ImageModelFull2d.h>
 
 #include "Failures.h"
@@ -70,6 +71,23 @@ TEST(LabelingRun, ShapesItsOutput) {
     EXPECT_EQ(description.outputs[0].extents, helper::getExtents(outcome.image));
     // At least one word of bits and 4 bytes for each row and for each of 10 possible runs of it.
     EXPECT_GE(description.extraMemory, 21U * (8 + 4 + 4 * 10));
+}
+
+TEST(LabelingRun, TellsWhetherLabelsAreThoseOfPlanes) {
+    const io::MemoryImage volume = imageOf(randomVolume(20, 10, 2, 40, 4));
+    const io::MemoryImage plane = imageOf(randomVolume(20, 10, 1, 40, 4));
+    io::MemoryImage output;
+    const auto label = [&](auto run, const ImageModel& input) {
+        run.algorithm.setInputObjectImage(&input);
+        run.algorithm.setOutputLabelImage(&output);
+        run.algorithm.run();
+        return helper::areLabelsOfPlanes(output);
+    };
+    EXPECT_TRUE(label(Run2d({}), volume));
+    EXPECT_FALSE(label(Run3d({}), volume)) << "into the image that held labels of planes";
+    EXPECT_TRUE(label(Run2d({}), volume));
+    EXPECT_FALSE(label(Run2d({}), plane));
+    EXPECT_EQ(helper::getLabelScope(output), LabelScope::Volume) << "a plane is all that there is";
 }
 
 TEST(LabelingRun, ShowsItsRunsInRasterOrder) {

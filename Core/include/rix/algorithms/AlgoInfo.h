@@ -78,6 +78,15 @@ public:
     /// context is cancelled.
     std::uint64_t countWrapped(const BaseAlgorithm& algorithm, access::ExecutionContext& context) const;
 
+    /// What a user may not expect of a run of an instance on its present inputs, a sentence each, told from properties
+    /// and headers alone: "The labels of ...". Front ends say it at every run.
+    using Notes = std::function<std::vector<String>(const BaseAlgorithm& algorithm)>;
+    /// None, which is the default, has nothing to say.
+    void setNotes(Notes notes);
+    /// The notes on a run of `algorithm`, an instance of this class, on its present inputs; nothing where the run will
+    /// refuse them. To be asked before the run, which may change its inputs.
+    std::vector<String> notesOn(const BaseAlgorithm& algorithm) const;
+
     /// Number of algorithm classes in the registry.
     static std::size_t getNumOfAlgorithm();
     /// @throws BadIndex when `index` is not below the number of classes.

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <rix/access/Blocks.h>
 #include <rix/access/ExecutionContext.h>
@@ -106,6 +107,9 @@ struct Definition {
     /// How many voxels of the output wrap, counted in the inputs before a run (see `AlgoInfo::countWrapped`); null
     /// where none can. Asked only when the rules of the inputs hold.
     std::uint64_t (*wrapped)(const Algorithm& algorithm, access::ExecutionContext& context) = nullptr;
+    /// What a user may not expect of the run (see `AlgoInfo::notesOn`); null where there is nothing. Asked only when
+    /// the rules of the inputs hold.
+    std::vector<String> (*notes)(const Algorithm& algorithm) = nullptr;
     const char* library = "lumora_rix";  ///< the name of the library or plug-in that has the class
 };
 
@@ -180,6 +184,12 @@ AlgoInfo& recordOf(const char* name, const Definition<Algorithm>& definition) {
             info.setWrapCounter([&definition](const BaseAlgorithm& algorithm, access::ExecutionContext& context) {
                 return inputsHold(algorithm) ? definition.wrapped(static_cast<const Algorithm&>(algorithm), context)
                                              : std::uint64_t{0};
+            });
+        }
+        if (definition.notes != nullptr) {
+            info.setNotes([&definition](const BaseAlgorithm& algorithm) {
+                return inputsHold(algorithm) ? definition.notes(static_cast<const Algorithm&>(algorithm))
+                                             : std::vector<String>();
             });
         }
         return true;

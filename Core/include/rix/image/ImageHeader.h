@@ -8,8 +8,8 @@
 
 #include <rix/Export.h>
 #include <rix/String.h>
+#include <rix/image/ImageDetails.h>
 #include <rix/image/ImageModel.h>
-#include <rix/image/SpatialFrame.h>
 
 namespace rix {
 
@@ -26,6 +26,7 @@ struct ImageHeader {
     String sequenceUnitName{};
     vessel::SpatialDirections spatialDirections{};
     std::optional<SpatialFrame> spatialFrame{};
+    LabelScope labelScope = LabelScope::Volume;  ///< of labels; of other images it says nothing
 };
 
 namespace helper {
@@ -38,7 +39,7 @@ RIX_EXPORT ImageHeader headerOf(const ImageModel& image);
 }  // namespace helper
 
 /// Base of the images that keep their characteristics in a header, where all but shape and types can be set.
-class RIX_EXPORT ImageModelWithHeader : public ImageModel, public KeepsSpatialFrame {
+class RIX_EXPORT ImageModelWithHeader : public ImageModel, public KeepsImageDetails {
 public:
     ~ImageModelWithHeader() override;
 
@@ -66,6 +67,8 @@ public:
                          std::size_t& spectral) override;
     std::optional<SpatialFrame> getSpatialFrame() const override;
     bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
+    LabelScope getLabelScope() const override;
+    bool setLabelScope(LabelScope scope) override;
     bool isOnDisk() const override;
     bool isOnGpu() const override;
     /// The full form for elements of one sample.

@@ -8,8 +8,8 @@
 
 #include <vessel/ImageView.h>
 
+#include <rix/image/ImageDetails.h>
 #include <rix/image/ImageModel.h>
-#include <rix/image/SpatialFrame.h>
 
 namespace rix {
 
@@ -26,7 +26,7 @@ struct ImageModelFromViewPrivate;
 ///
 /// A view can't be reshaped: `reserve` succeeds only for the shape and types that it has, and leaves the samples alone.
 /// An image over a const view is read-only: everything that would change it returns false.
-class RIX_EXPORT ImageModelFromView : public ImageModel, public KeepsSpatialFrame {
+class RIX_EXPORT ImageModelFromView : public ImageModel, public KeepsImageDetails {
 public:
     /// The view stays alive as long as the image does.
     /// @throws InvalidCall for a null view, for a type that images do not have (64-bit integers) and for a size in
@@ -73,6 +73,8 @@ public:
                                      std::size_t firstSpectralSeries) const override;
     std::optional<SpatialFrame> getSpatialFrame() const override;
     bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
+    LabelScope getLabelScope() const override;
+    bool setLabelScope(LabelScope scope) override;
     bool isOnDisk() const override;
     bool isOnGpu() const override;
 

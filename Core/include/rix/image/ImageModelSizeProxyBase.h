@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
+#include <rix/image/ImageDetails.h>
 #include <rix/image/ImageModel.h>
-#include <rix/image/SpatialFrame.h>
 
 namespace rix {
 
@@ -14,7 +14,7 @@ namespace rix {
 ///
 /// A view does not own the real image and must not outlive it. Origins are those of the real image, too: a view does
 /// not shift them by its first element.
-class RIX_EXPORT ImageModelSizeProxyBase : public ImageModel, public KeepsSpatialFrame {
+class RIX_EXPORT ImageModelSizeProxyBase : public ImageModel, public KeepsImageDetails {
 public:
     ~ImageModelSizeProxyBase() override;
 
@@ -39,6 +39,8 @@ public:
                          std::size_t& spectral) override;
     std::optional<SpatialFrame> getSpatialFrame() const override;
     bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
+    LabelScope getLabelScope() const override;
+    bool setLabelScope(LabelScope scope) override;
     bool isOnDisk() const override;
     bool isOnGpu() const override;
 

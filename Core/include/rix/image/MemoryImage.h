@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <optional>
 
+#include <rix/image/ImageDetails.h>
 #include <rix/image/ImageModel.h>
-#include <rix/image/SpatialFrame.h>
 
 namespace rix::io {
 
@@ -21,7 +21,7 @@ namespace rix::io {
 /// `RIX_MEMORY_IMAGE_CONSUMPTION_TRACE` every allocation and every destruction writes a line to standard output.
 ///
 /// Cost: row access is constant; `reserve` allocates only when the buffer is too small or `exactSize` is set.
-class RIX_EXPORT MemoryImage : public ImageModel, public KeepsSpatialFrame {
+class RIX_EXPORT MemoryImage : public ImageModel, public KeepsImageDetails {
 public:
     /// @param exactSize true reallocates at every `reserve`, so that the buffer is never larger than the image; false
     ///        keeps a buffer that is large enough, so that an output can be reserved again at every run.
@@ -83,6 +83,8 @@ public:
 
     std::optional<SpatialFrame> getSpatialFrame() const override;
     bool setSpatialFrame(const std::optional<SpatialFrame>& frame) override;
+    LabelScope getLabelScope() const override;
+    bool setLabelScope(LabelScope scope) override;
 
 protected:
     VoxelTypes m_voxelType;
@@ -101,6 +103,7 @@ protected:
     std::size_t m_realBufferSize;  ///< bytes allocated; 0 after a failed allocation
     RawData m_rawData;
     ColorInterpretation m_colorInterpretation;
+    LabelScope m_labelScope;
 
 private:
     /// Drops the buffer through the virtual operation and records that there is none.

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include <rix/image/LabelScope.h>
 #include <rix/rules/ImageAssertions.h>
 
 /// Rules that shape output images. They change the image, never the property, so a locked property does not stop them.
@@ -17,6 +18,8 @@ struct ImageCheck {
     VoxelTypes voxelType;
     rules::ImageReference model;
     std::optional<Interpretations> interpretation = std::nullopt;  ///< none leaves the output's own
+    /// Of an output whose interpretation becomes `RIX_LABEL`; none takes the model's.
+    std::optional<LabelScope> labelScope = std::nullopt;
 };
 
 namespace rules {

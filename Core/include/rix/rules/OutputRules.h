@@ -20,6 +20,7 @@ struct OwnShape {
     std::optional<Interpretations> interpretation = std::nullopt;
     std::function<VoxelTypes()> chosenType = {};
     std::function<Interpretations()> chosenInterpretation = {};
+    std::optional<LabelScope> labelScope = std::nullopt;  ///< of an output that holds labels
 };
 
 /// What an output will be.
