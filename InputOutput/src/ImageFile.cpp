@@ -142,6 +142,14 @@ std::unique_ptr<MemoryImage> greyOf(const MemoryImage& image) {
 
 }  // namespace
 
+const std::vector<NamedCompression>& getCompressions() {
+    static const std::vector<NamedCompression> all{{"none", Compression::None},
+                                                   {"deflate", Compression::Deflate},
+                                                   {"lzw", Compression::Lzw},
+                                                   {"zstd", Compression::Zstd}};
+    return all;
+}
+
 std::vector<ImageFormat> getImageFormats() {
     std::vector<ImageFormat> formats;
     for (const Codec* codec : codecs()) {

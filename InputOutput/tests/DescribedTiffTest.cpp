@@ -115,6 +115,7 @@ TEST_F(DescribedTiff, OmeIsWrittenUnderItsExtension) {
         image.setSpatialDirections({{0.6, 0.8, 0.0}, {-0.8, 0.6, 0.0}, {0.0, 0.0, -1.0}});
         writeImage(path, image);
         EXPECT_EQ(difference(image, *readImage(path)), "");
+        EXPECT_EQ(readImageInfo(path).format, "OME-TIFF");
         const RawTiff raw(path, "r");
         const char* description = nullptr;
         ASSERT_EQ(TIFFGetField(raw.get(), TIFFTAG_IMAGEDESCRIPTION, &description), 1);

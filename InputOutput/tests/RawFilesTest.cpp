@@ -20,6 +20,7 @@ TEST(RawFiles, AreReadBackWithTheWordsThatWritingTells) {
                                      Extents{6, 5, 4, 3, 2}, Extents{1, 1, 1, 1, 1}}) {
             MemoryImage image = randomImage(type, shape, ++seed);
             interpret(image, seed % 3 == 0 ? RIX_BINARY : seed % 3 == 1 ? RIX_LABEL : RIX_VALUE);
+            helper::setLabelScope(image, LabelScope::Volume);  // there is no word for the other
             image.setColorInterpretation(shape[4] == 3 ? RGB : UNKNOWN);
             if (seed % 2 == 0) {
                 image.setSpacingOf(ROWS, 0.1);

@@ -137,7 +137,7 @@ TEST(Selections, ArePartsOfTheImageInEveryFormatOfEveryType) {
 TEST(Selections, ArePartsOfForeignFiles) {
     unsigned seed = 0;
     int files = 0;
-    for (const char* folder : {"tiff", "png"}) {
+    for (const char* folder : {"tiff", "png", "nrrd", "meta_image", "nifti", "npy", "jpeg", "bmp", "pnm"}) {
         for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(RIX_FUZZ_CORPUS) / folder)) {
             try {
                 readImage(entry.path(), {.warn = [](const String&) {}});
@@ -148,7 +148,7 @@ TEST(Selections, ArePartsOfForeignFiles) {
             ++files;
         }
     }
-    EXPECT_GT(files, 15);
+    EXPECT_GT(files, 70);
     const TemporaryFolder folder;
     const auto path = folder / "image.tif";
     for (const int orientation :

@@ -170,7 +170,7 @@ TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const Rea
         arrangeDescribed(handle, fileBytes, description, options, layout);
     }
     countPages(layout);
-    info.format = "TIFF";
+    info.format = (layout.ome ? omeTiffCodec : tiffCodec).name;
     info.storage = describeStorage(handle, page);
     info.fileBytes = fileBytes;
     info.voxelType = page.voxelType;

@@ -31,15 +31,6 @@ GivenOptions& given() {
     return options;
 }
 
-/// The names as they are listed in messages.
-const std::vector<std::pair<std::string, io::Compression>>& compressions() {
-    static const std::vector<std::pair<std::string, io::Compression>> all{{"none", io::Compression::None},
-                                                                          {"deflate", io::Compression::Deflate},
-                                                                          {"lzw", io::Compression::Lzw},
-                                                                          {"zstd", io::Compression::Zstd}};
-    return all;
-}
-
 }  // namespace
 
 void addReadingOptions(CLI::App& command) {
@@ -66,21 +57,21 @@ void addReadingOptions(CLI::App& command) {
         .add_option("--max-image-size", options.maximumImageSize,
                     "Refuse files whose images take more memory, in bytes or with K, M, G; the setting "
                     "RIX_MAXIMUM_IMAGE_SIZE is the same in bytes")
-        ->transform(CLI::AsSizeValue(false))
+        ->transform(CLI::AsSizeValue(false).description(""))
         ->type_name("SIZE");
 }
 
 void addWritingOptions(CLI::App& command) {
     GivenOptions& options = given();
     std::vector<std::string> names;
-    for (const auto& [name, compression] : compressions()) {
+    for (const auto& [name, compression] : io::getCompressions()) {
         names.push_back(name);
     }
     command
         .add_option_function<std::string>(
             "--compress",
             [](const std::string& text) {
-                for (const auto& [name, compression] : compressions()) {
+                for (const auto& [name, compression] : io::getCompressions()) {
                     if (name == text) {
                         given().writing.compression = compression;
                     }
@@ -88,7 +79,7 @@ void addWritingOptions(CLI::App& command) {
             },
             "Compress the images that are written; unless given, as is usual for the format (TIFF: none)")
         ->check(CLI::IsMember(names).description(""))
-        ->type_name("none|deflate|lzw|zstd");
+        ->type_name(description::join(names, "|"));
     command
         .add_option("--quality", options.writing.quality,
                     "Of JPEG files, from 1 to 100: less makes smaller files that differ more (90)")

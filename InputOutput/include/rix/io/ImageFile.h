@@ -25,6 +25,15 @@ enum class Compression {
     Zstd,     ///< TIFF only
 };
 
+/// A compression that can be asked for, and its name: "none", "deflate", "lzw", "zstd".
+struct NamedCompression {
+    String name;
+    Compression compression;
+};
+
+/// All but the usual one of the format.
+RIX_EXPORT const std::vector<NamedCompression>& getCompressions();
+
 /// Whether a TIFF file gets 64-bit offsets, which some readers don't know.
 enum class BigTiff {
     WhenNeeded,  ///< when the samples could pass 4 GiB
