@@ -58,16 +58,19 @@ nlohmann::json toJson(const FileFacts& facts) {
                             {"origin", description::numberToJson(file.origin[i])},
                             {"unit", unitOf(file, axis)}});
     }
-    nlohmann::json object = {{"path", facts.path},
-                             {"format", file.format},
-                             {"storage", file.storage},
-                             {"fileBytes", file.fileBytes},
-                             {"series", file.series},
-                             {"voxelType", helper::voxelTypesToString(file.voxelType)},
-                             {"elementType", helper::elementTypesToString(file.elementType)},
-                             {"interpretation", helper::interpretationsToString(file.interpretation)},
-                             {"colorInterpretation", helper::colorInterpretationToString(file.colorInterpretation)},
-                             {"axes", axisList}};
+    nlohmann::json object = {
+        {"path", facts.path},
+        {"format", file.format},
+        {"storage", file.storage},
+        {"fileBytes", file.fileBytes},
+        {"series", file.series},
+        {"voxelType", helper::voxelTypesToString(file.voxelType)},
+        {"elementType", helper::elementTypesToString(file.elementType)},
+        {"interpretation", helper::interpretationsToString(file.interpretation)},
+        {"labelScope", file.interpretation == RIX_LABEL ? nlohmann::json(helper::labelScopeToString(file.labelScope))
+                                                        : nlohmann::json()},
+        {"colorInterpretation", helper::colorInterpretationToString(file.colorInterpretation)},
+        {"axes", axisList}};
     if (facts.statistics) {
         object["statistics"] = facts.statistics->toJson();
     }
@@ -85,7 +88,9 @@ std::string toText(const FileFacts& told) {
     }
     facts.add(
         {"type:", helper::elementTypesToString(file.elementType) + ' ' + helper::voxelTypesToString(file.voxelType)});
-    facts.add({"interpretation:", helper::interpretationsToString(file.interpretation)});
+    const bool ofPlanes = file.interpretation == RIX_LABEL && file.labelScope == LabelScope::Plane;
+    facts.add({"interpretation:", helper::interpretationsToString(file.interpretation) +
+                                      (ofPlanes ? ", each plane by itself (no bodies)" : "")});
     if (file.colorInterpretation != UNKNOWN) {
         facts.add({"colour:", helper::colorInterpretationToString(file.colorInterpretation)});
     }

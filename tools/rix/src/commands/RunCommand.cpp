@@ -66,7 +66,9 @@ void report(const FileRun& run, const RunOptions& options) {
         writeJson(run.toJson());
         return;
     }
-    writeMessage(run.note());
+    for (const std::string& note : run.notes()) {
+        writeMessage(note);
+    }
     for (const Result& result : results) {
         if (result.table == nullptr || options.csv.empty()) {
             run.usesStandardOutput() ? writeMessage(result.toText()) : writeData(result.toText());
@@ -178,8 +180,10 @@ private:
         for (const Result& result : results) {
             lines += result.table == nullptr ? result.toText(m_batch.files()[file].string() + "  ") : "";
         }
-        if (const std::string note = run.note(); !note.empty() && !m_options.json) {
-            m_batch.tell(m_batch.files()[file].string() + "  " + note);
+        if (!m_options.json) {
+            for (const std::string& note : run.notes()) {
+                m_batch.tell(m_batch.files()[file].string() + "  " + note);
+            }
         }
         const std::lock_guard lock(m_mutex);
         if (table != nullptr && request.table.empty()) {

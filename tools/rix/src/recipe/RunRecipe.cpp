@@ -1,7 +1,6 @@
 #include "RunRecipe.h"
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -16,8 +15,8 @@
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
+#include "../RunNotes.h"
 #include "../TableFiles.h"
-#include "../Wrapping.h"
 #include "DryRun.h"
 #include "PreparedRun.h"
 #include "Record.h"
@@ -29,7 +28,7 @@ namespace {
 constexpr std::size_t gapBetweenPictures = 8;
 constexpr std::size_t mostRowsShown = 40;
 
-nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, std::uint64_t wrapped) {
+nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, const RunNotes& notes) {
     nlohmann::json properties = nlohmann::json::object();
     for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
         if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
@@ -47,14 +46,15 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
         results[result.name] = result.toJson();
     }
     const auto level = run.algorithm->getLastRunLevel();
-    return {{"run", step.className},
-            {"version", run.algorithm->getVersion()},
-            {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
-            {"seconds", seconds},
-            {"properties", std::move(properties)},
-            {"images", std::move(images)},
-            {"results", std::move(results)},
-            {"wrappedVoxels", wrapped}};
+    nlohmann::json record = {{"run", step.className},
+                             {"version", run.algorithm->getVersion()},
+                             {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
+                             {"seconds", seconds},
+                             {"properties", std::move(properties)},
+                             {"images", std::move(images)},
+                             {"results", std::move(results)}};
+    notes.addTo(record);
+    return record;
 }
 
 /// The share of one step in the progress of all.
@@ -133,13 +133,13 @@ private:
             run.algorithm->settings().setMaximumNumberOfThreads(*m_surroundings.threads);
         }
         StepInteraction interaction(m_surroundings.interaction, m_step, m_recipe.steps.size());
-        const std::uint64_t wrapped = countWrapped(*run.algorithm);
+        const RunNotes notes(*run.algorithm);
         const auto start = std::chrono::steady_clock::now();
         run.algorithm->run(&interaction);
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        m_record.addStep(describeRun(run, step, seconds.count(), wrapped));
+        m_record.addStep(describeRun(run, step, seconds.count(), notes));
         m_surroundings.say("ran     " + step.className + '\n');
-        if (const std::string note = wrappingNote(*run.algorithm, wrapped); !note.empty()) {
+        for (const std::string& note : notes.lines(*run.algorithm)) {
             m_surroundings.note("step " + std::to_string(m_step + 1) + "  " + note);
         }
         for (const Result& result : readResults(*run.algorithm)) {

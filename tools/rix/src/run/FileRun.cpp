@@ -124,7 +124,7 @@ void FileRun::readInputs() {
 
 void FileRun::run(InteractionInterface& interaction) {
     readInputs();
-    m_wrapped = countWrapped(*m_algorithm);
+    m_notes = RunNotes(*m_algorithm);
     const auto start = std::chrono::steady_clock::now();
     m_algorithm->run(&interaction);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -152,12 +152,13 @@ nlohmann::json FileRun::toJson() const {
         values[result.name] = result.toJson();
     }
     const auto level = m_algorithm->getLastRunLevel();
-    return {{"class", m_algorithm->getClassInfo().getName()},
-            {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
-            {"seconds", m_seconds},
-            {"images", images},
-            {"results", values},
-            {"wrappedVoxels", m_wrapped}};
+    nlohmann::json record = {{"class", m_algorithm->getClassInfo().getName()},
+                             {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
+                             {"seconds", m_seconds},
+                             {"images", images},
+                             {"results", values}};
+    m_notes.addTo(record);
+    return record;
 }
 
 }  // namespace rix::cli

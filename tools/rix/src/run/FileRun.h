@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -18,8 +17,8 @@
 #include "../Each.h"
 #include "../ImageFiles.h"
 #include "../Results.h"
+#include "../RunNotes.h"
 #include "../Targets.h"
-#include "../Wrapping.h"
 
 namespace rix::cli {
 
@@ -57,9 +56,9 @@ public:
     void writeImages(const std::function<void(const std::string&)>& tell) const;
     const std::vector<Output>& outputs() const { return m_outputs; }
     std::vector<Result> results() const { return readResults(*m_algorithm); }
-    /// A line about voxels that wrapped; empty when none did.
-    std::string note() const { return wrappingNote(*m_algorithm, m_wrapped); }
-    /// Class, level, seconds, images, results, and how many voxels wrapped.
+    /// Lines about what may not be expected; see `RunNotes`.
+    std::vector<std::string> notes() const { return m_notes.lines(*m_algorithm); }
+    /// Class, level, seconds, images, results and notes.
     nlohmann::json toJson() const;
 
 private:
@@ -81,7 +80,7 @@ private:
     ImageInputs m_inputs;
     std::vector<Output> m_outputs;
     double m_seconds = 0;
-    std::uint64_t m_wrapped = 0;
+    RunNotes m_notes;
 };
 
 /// The table among results; null when there is none.
