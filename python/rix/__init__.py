@@ -28,7 +28,7 @@ from . import _rix
 from ._algorithms import Algorithm, Description, Listed, describe, find as _find, list_all as list, names as _names
 from ._errors import CancelledError, DataTypeError, Error, FileError, OutOfMemoryError, RuleError, RunError
 from ._files import imread, imwrite, overlay
-from ._image import ColorInterpretation, Image, Interpretation, SpatialFrame
+from ._image import ColorInterpretation, Image, Interpretation, LabelScope, SpatialFrame
 from ._table import Table
 
 __version__: str = _rix.version()

@@ -7,7 +7,7 @@ import numpy as np
 import numpy.typing as npt
 
 from ._errors import DataTypeError, RuleError
-from ._image import WORLD_AXES, Image, Interpretation
+from ._image import WORLD_AXES, Image, Interpretation, LabelScope
 
 # What people call the axes.
 AXES_BY_NAME = {
@@ -75,8 +75,10 @@ def _open_data_array(array: Any, axes: str) -> Tuple[Image, Callable[[Image], An
     arguments: Dict[str, Any] = {}
     _calibrate(array, letters, arguments)
     meaning = str(array.attrs.get("interpretation", ""))
+    scope = str(array.attrs.get("label_scope", ""))
     image = Image(np.asarray(array.data), letters,
-                  interpretation=meaning if meaning.upper() in Interpretation.__members__ else None, **arguments)
+                  interpretation=meaning if meaning.upper() in Interpretation.__members__ else None,
+                  label_scope=scope if scope.upper() in LabelScope.__members__ else LabelScope.VOLUME, **arguments)
 
     def wrap(result: Image) -> Any:
         names = dict(zip(letters, array.dims))
@@ -84,9 +86,11 @@ def _open_data_array(array: Any, axes: str) -> Tuple[Image, Callable[[Image], An
         sizes = dict(zip(dims, result.shape))
         coords = {name: coord for name, coord in array.coords.items()
                   if all(sizes.get(dim) == array.sizes[dim] for dim in coord.dims)}
-        attrs = {key: value for key, value in array.attrs.items() if key != "interpretation"}
+        attrs = {key: value for key, value in array.attrs.items() if key not in ("interpretation", "label_scope")}
         if result.interpretation != Interpretation.VALUE:
             attrs["interpretation"] = result.interpretation.name.lower()
+        if result.label_scope != LabelScope.VOLUME:
+            attrs["label_scope"] = result.label_scope.name.lower()
         return type(array)(result.array, dims=dims, coords=coords, attrs=attrs, name=array.name)
 
     return image, wrap

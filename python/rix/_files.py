@@ -52,7 +52,7 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
     if unknown:
         raise RuleError(f"calibration: there is no {', '.join(sorted(unknown))}; there are {', '.join(names)}")
     return Image(image.array, **{**image.calibration, **instead}, interpretation=image.interpretation,
-                 color_interpretation=image.color_interpretation)
+                 color_interpretation=image.color_interpretation, label_scope=image.label_scope)
 
 
 def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: Optional[str] = None,
@@ -83,7 +83,7 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
     if color_interpretation is not None:
         given: Dict[str, Any] = {"axes": axes}
         if isinstance(image, Image):
-            given = {**image.calibration, "interpretation": image.interpretation}
+            given = {**image.calibration, "interpretation": image.interpretation, "label_scope": image.label_scope}
         image = Image(image, color_interpretation=color_interpretation, **given)
     if quality is not None and not 1 <= quality <= 100:
         raise RuleError(f"quality={quality}: it is a number from 1 to 100")

@@ -33,6 +33,13 @@ class ColorInterpretation(IntEnum):
     NRGB = 4
 
 
+class LabelScope(IntEnum):
+    """In what part of a label image equal labels are one object."""
+
+    VOLUME = 0  #: in a frame and channel, through all planes; also where nothing is known
+    PLANE = 1  #: in a plane: the same label in the next one is another object
+
+
 class SpatialFrame(NamedTuple):
     """Where the samples of a spectrum lay before the transform: what the inverse cannot tell from frequencies."""
 
@@ -95,10 +102,13 @@ class Image:
         What the channels are: "unknown", "rgb", "hsl", "yiq", "nrgb".
     spatial_frame
         Of a spectrum, where the samples lay before the transform.
+    label_scope
+        Of a label image, whether a label is one object in all planes ("volume") or in each plane another ("plane", as
+        `labeling_2d` makes them).
     """
 
     __slots__ = ("array", "axes", "spacing", "origin", "spatial_unit", "sequence_unit", "directions",
-                 "interpretation", "color_interpretation", "spatial_frame", "__weakref__")
+                 "interpretation", "color_interpretation", "spatial_frame", "label_scope", "__weakref__")
 
     array: npt.NDArray[Any]
     axes: str
@@ -110,13 +120,15 @@ class Image:
     interpretation: Interpretation
     color_interpretation: ColorInterpretation
     spatial_frame: Optional[SpatialFrame]
+    label_scope: LabelScope
 
     def __init__(self, array: npt.ArrayLike, axes: Optional[str] = None, *, spacing: PerAxis = 1.0,
                  origin: PerAxis = 0.0, spatial_unit: str = "", sequence_unit: str = "",
                  directions: Sequence[Sequence[float]] = WORLD_AXES,
                  interpretation: Union[Interpretation, str, None] = None,
                  color_interpretation: Union[ColorInterpretation, str] = ColorInterpretation.UNKNOWN,
-                 spatial_frame: Optional[SpatialFrame] = None) -> None:
+                 spatial_frame: Optional[SpatialFrame] = None,
+                 label_scope: Union[LabelScope, str] = LabelScope.VOLUME) -> None:
         self.array = np.asarray(array)
         self.axes = _rix.axes_of_array(self.array.ndim, axes or "")
         if axes is not None and len(axes) != self.array.ndim:
@@ -133,11 +145,12 @@ class Image:
         self.interpretation = _member(Interpretation, interpretation)
         self.color_interpretation = _member(ColorInterpretation, color_interpretation)
         self.spatial_frame = spatial_frame
+        self.label_scope = _member(LabelScope, label_scope)
 
     @classmethod
     def _make(cls, array: npt.NDArray[Any], axes: str, spacing: Tuple[float, ...], origin: Tuple[float, ...],
               spatial_unit: str, sequence_unit: str, directions: Directions, interpretation: int,
-              color_interpretation: int, spatial_frame: Optional[SpatialFrame]) -> "Image":
+              color_interpretation: int, spatial_frame: Optional[SpatialFrame], label_scope: int) -> "Image":
         """From parts that are known to be right."""
         image = cls.__new__(cls)
         image.array, image.axes, image.spacing, image.origin = array, axes, spacing, origin
@@ -145,6 +158,7 @@ class Image:
         image.interpretation = Interpretation(interpretation)
         image.color_interpretation = ColorInterpretation(color_interpretation)
         image.spatial_frame = spatial_frame
+        image.label_scope = LabelScope(label_scope)
         return image
 
     def _take(self, other: "Image") -> None:

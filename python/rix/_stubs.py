@@ -33,6 +33,8 @@ from ._files import overlay as overlay
 from ._image import ColorInterpretation as ColorInterpretation
 from ._image import Image as Image
 from ._image import Interpretation as Interpretation
+from ._image import LabelScope as LabelScope
+from ._image import SpatialFrame as SpatialFrame
 from ._rix import Algorithm as Algorithm
 from ._table import Table as Table
 

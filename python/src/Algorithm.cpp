@@ -269,6 +269,9 @@ py::tuple Algorithm::run(const RunOptions& options) {
         OpenImages images = openImages(options.axes);
         applyThreads(options.threads, images);
         makeObjects();
+        for (const String& note : m_facts.info->notesOn(*m_algorithm)) {
+            warn(m_facts.name + ": " + note);
+        }
         execute(options.progress, images);
         try {
             takeResults(images);

@@ -122,6 +122,7 @@ ImageHeader headerOfImage(py::handle image, const py::array& array, const std::s
     header.spatialDirections = {directions[0], directions[1], directions[2]};
     header.interpretation = static_cast<Interpretations>(image.attr("interpretation").cast<int>());
     header.colorInterpretation = static_cast<ColorInterpretation>(image.attr("color_interpretation").cast<int>());
+    header.labelScope = static_cast<LabelScope>(image.attr("label_scope").cast<int>());
     const py::object frame = image.attr("spatial_frame");
     if (!frame.is_none()) {
         header.spatialFrame = SpatialFrame{.columns = frame.attr("columns").cast<std::size_t>(),
@@ -143,13 +144,9 @@ void warnOfColours(const py::array& array, const std::string& named) {
     if (!isUnnamed || (array.shape(2) != 3 && array.shape(2) != 4)) {
         return;
     }
-    const std::string text = "an array of the shape " + py::str(array.attr("shape")).cast<std::string>() +
-                             " without named axes is (planes, rows, columns), so that it has only " +
-                             std::to_string(array.shape(2)) +
-                             " columns. A colour picture has axes=\"yxc\", a volume of that shape axes=\"zyx\"";
-    if (PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 2) != 0) {
-        throw py::error_already_set();
-    }
+    warn("an array of the shape " + py::str(array.attr("shape")).cast<std::string>() +
+         " without named axes is (planes, rows, columns), so that it has only " + std::to_string(array.shape(2)) +
+         " columns. A colour picture has axes=\"yxc\", a volume of that shape axes=\"zyx\"");
 }
 
 GivenImage open(py::handle object, const std::string& axes, Access access) {
@@ -246,7 +243,7 @@ py::object makeImage(const py::array& array, const std::string& axes, const Imag
     return module.attr("Image").attr("_make")(
         array, axes, spacing, origin, header.spatialUnitName, header.sequenceUnitName,
         py::make_tuple(vector(column), vector(row), vector(slice)), static_cast<int>(header.interpretation),
-        static_cast<int>(header.colorInterpretation), frame);
+        static_cast<int>(header.colorInterpretation), frame, static_cast<int>(header.labelScope));
 }
 
 }  // namespace

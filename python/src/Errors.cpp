@@ -88,6 +88,12 @@ void rethrowShortage(py::error_already_set& error) {
     throw;
 }
 
+void warn(const std::string& text) {
+    if (PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 2) != 0) {
+        throw py::error_already_set();
+    }
+}
+
 std::string describeObject(py::handle object) {
     if (py::isinstance<py::array>(object)) {
         const auto array = py::reinterpret_borrow<py::array>(object);

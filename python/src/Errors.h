@@ -31,6 +31,10 @@ void registerErrors();
 /// Throws what is in flight again: a shortage of memory that NumPy met as one of the library.
 [[noreturn]] void rethrowShortage(pybind11::error_already_set& error);
 
+/// A warning of the kind UserWarning, told where the package was called.
+/// @throws error_already_set where the program makes errors of warnings
+void warn(const std::string& text);
+
 /// "uint16 array of shape (3, 4)" of whatever Python gave, for messages.
 std::string describeObject(pybind11::handle object);
 

@@ -19,19 +19,17 @@ namespace rix::python {
 namespace {
 
 io::Compression compressionOf(const std::string& name) {
-    constexpr std::array<std::pair<const char*, io::Compression>, 5> compressions{
-        {{"", io::Compression::FormatDefault},
-         {"none", io::Compression::None},
-         {"lzw", io::Compression::Lzw},
-         {"deflate", io::Compression::Deflate},
-         {"zstd", io::Compression::Zstd}}};
-    for (const auto& [known, compression] : compressions) {
+    if (name.empty()) {
+        return io::Compression::FormatDefault;
+    }
+    std::string all;
+    for (const auto& [known, compression] : io::getCompressions()) {
         if (name == known) {
             return compression;
         }
+        all += (all.empty() ? "" : ", ") + known;
     }
-    throw RefusedError("compression='" + name +
-                       "': it is none, deflate, lzw or zstd, or unless given that of the format");
+    throw RefusedError("compression='" + name + "': it is one of " + all + ", or unless given that of the format");
 }
 
 io::Calibration calibrationOf(const std::string& name) {
@@ -81,9 +79,7 @@ py::object readFile(const std::string& path, const std::string& calibration, std
         throw;
     }
     for (const std::string& text : warnings) {
-        if (PyErr_WarnEx(PyExc_UserWarning, (path + ": " + text).c_str(), 2) != 0) {
-            throw py::error_already_set();
-        }
+        warn(path + ": " + text);
     }
     return imageOf(image, axesOfResult(helper::getExtents(*image), "yx"));
 }

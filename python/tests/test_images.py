@@ -264,6 +264,23 @@ assert loaded()
     run_script(code)
 
 
+def test_labels_of_planes_are_no_bodies(tmp_path):
+    stack = rix.Image(np.array([[[1, 0, 1]], [[0, 1, 1]]], dtype=bool), axes="zyx")
+    labels = rix.labeling_2d(stack)
+    assert labels.label_scope == rix.LabelScope.PLANE
+    rix.imwrite(tmp_path / "labels.tif", labels)
+    read = rix.imread(tmp_path / "labels.tif", calibration=0.5)
+    with pytest.warns(UserWarning, match="LabelAnalysis.*plane by plane") as told:
+        rix.label_analysis(read)
+    assert told[0].filename == __file__
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        rix.label_analysis(rix.labeling_3d(stack))
+        with pytest.raises(UserWarning):
+            rix.label_analysis(read)
+    assert rix.labeling_3d(stack, out=read).label_scope == rix.LabelScope.VOLUME
+
+
 def test_what_may_be_a_colour_picture_is_warned_of():
     picture = random_array(np.uint8, (6, 8, 3))
     with pytest.warns(UserWarning, match='only 3 columns.*axes="yxc"') as told:
