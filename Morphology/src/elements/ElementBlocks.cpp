@@ -31,7 +31,7 @@ Work workOf(const Element& element) {
     const access::Reach reach = element.reach();
     double steps = 2.0;
     for (const std::size_t more : {reach.columns.sum(), reach.rows.sum(), reach.planes.sum()}) {
-        steps += static_cast<double>(std::bit_width(more));
+        steps += static_cast<double>(std::bit_width(more)) / 2;
     }
     return {steps, 1.0};
 }

@@ -37,7 +37,8 @@ struct Shared {
           element(job.element),
           chords(element.isBox() ? std::vector<Chord>() : element.chords()),
           reach(element.reach()),
-          kernels(elementKernels<T>(job.extremum, level)) {}
+          kernels(elementKernels<T>(job.extremum, level)),
+          keysAreVoxels(std::is_unsigned_v<T> && job.extremum == Extremum::Minimum) {}
 
     static access::BorderPolicy policyOf(ElementBorderPolicy policy) {
         return policy == ElementBorderPolicy::MIRROR     ? access::BorderPolicy::MIRROR
@@ -53,7 +54,31 @@ struct Shared {
     std::vector<Chord> chords;
     access::Reach reach;
     ElementKernels<T> kernels;
+    bool keysAreVoxels;
 };
+
+/// One pass over the keys of an axis: the least of each and of those at some distances further on.
+struct Pass {
+    std::array<std::size_t, 4> offsets{};
+    std::size_t count = 0;
+    std::size_t reach() const { return offsets[count - 1]; }
+};
+
+/// The passes that take the least of `length` neighbours, each of up to four times as many as the one before.
+std::vector<Pass> passesOf(std::size_t length) {
+    std::vector<Pass> passes;
+    for (std::size_t done = 1; done < length;) {
+        const std::size_t next = std::min(4 * done, length);
+        Pass pass;
+        for (std::size_t offset = 0; offset + done < next; offset += done) {
+            pass.offsets[pass.count++] = offset;
+        }
+        pass.offsets[pass.count++] = next - done;
+        passes.push_back(pass);
+        done = next;
+    }
+    return passes;
+}
 
 /// The extrema of the voxels of a block.
 template <class T>
@@ -73,18 +98,30 @@ public:
         load();
         if (shared.element.isBox()) {
             takeBox();
-        } else {
-            makeTables();
         }
     }
 
     /// Of a row of the block, counted from its first.
     void results(std::size_t row, std::size_t plane, T* voxels) {
-        const Key* keys = at(0, row, plane);
         if (!m_shared.element.isBox()) {
-            takeChords(row, plane, m_row.template as<Key>());
-            keys = m_row.template as<Key>();
+            gatherChords(row, plane);
+        } else if (m_last.count > 0) {
+            gather(m_last, [&](std::size_t offset) {
+                return m_lastAxis == ROWS ? at(0, row + offset, plane) : at(0, row, plane + offset);
+            });
+        } else {
+            m_shared.kernels.decode(at(0, row, plane), voxels, m_voxels[0]);
+            return;
         }
+        m_looks.add(m_sourceCount * m_voxels[0] * sizeof(Key) / 64);
+        if constexpr (std::is_same_v<T, Key>) {
+            if (m_shared.keysAreVoxels) {
+                m_shared.kernels.minimum(m_sources.data(), m_sourceCount, voxels, m_voxels[0]);
+                return;
+            }
+        }
+        Key* const keys = m_row.template as<Key>();
+        m_shared.kernels.minimum(m_sources.data(), m_sourceCount, keys, m_voxels[0]);
         m_shared.kernels.decode(keys, voxels, m_voxels[0]);
     }
 
@@ -104,145 +141,163 @@ private:
         }
     }
 
+    /// @param rowAt gives the keys at a distance
+    template <class RowAt>
+    void gather(const Pass& pass, const RowAt& rowAt) {
+        m_sources.resize(std::max<std::size_t>(m_sources.size(), pass.count));
+        for (m_sourceCount = 0; m_sourceCount < pass.count; ++m_sourceCount) {
+            m_sources[m_sourceCount] = rowAt(pass.offsets[m_sourceCount]);
+        }
+    }
+
+    template <class RowAt>
+    void take(const Pass& pass, const RowAt& rowAt, Key* out, std::size_t count) {
+        gather(pass, rowAt);
+        m_shared.kernels.minimum(m_sources.data(), m_sourceCount, out, count);
+    }
+
     void load() {
         const auto first = [](const access::Interval& voxels, const access::Reach::Axis& axis) {
             return static_cast<std::int64_t>(voxels.begin) - static_cast<std::int64_t>(axis.before);
         };
         const std::int64_t column = first(m_at.columns(), m_shared.reach.columns);
+        const std::vector<Pass> passes =
+            m_shared.element.isBox() ? passesOf(m_shared.reach.columns.sum() + 1) : std::vector<Pass>();
         forEachRow(m_block.extents[1], m_block.extents[2], [&](std::size_t row, std::size_t plane) {
             const std::int64_t y = first(m_at.rows(), m_shared.reach.rows) + static_cast<std::int64_t>(row);
             const std::int64_t z = first(m_at.planes(), m_shared.reach.planes) + static_cast<std::int64_t>(plane);
+            Key* const keys = at(0, row, plane);
+            const Key* from = keys;
             if (m_shared.border != nullptr) {
                 T* const voxels = m_row.template as<T>();
                 m_shared.border->getData(m_shared.proxy, voxels, voxels + m_block.extents[0], column, y, z,
                                          static_cast<std::int64_t>(m_at.sequence()),
                                          static_cast<std::int64_t>(m_at.spectral()));
-                m_shared.kernels.encode(voxels, at(0, row, plane), m_block.extents[0]);
+                m_shared.kernels.encode(voxels, keys, m_block.extents[0]);
             } else {
-                loadInside(column, y, z, at(0, row, plane));
+                from = loadInside(column, y, z, keys, !passes.empty());
             }
+            std::size_t left = m_block.extents[0];
+            for (const Pass& pass : passes) {
+                left -= pass.reach();
+                take(pass, [&](std::size_t offset) { return from + offset; }, keys, left);
+                from = keys;
+            }
+            makeTables(row, plane);
         });
     }
 
-    void loadInside(std::int64_t column, std::int64_t y, std::int64_t z, Key* keys) {
+    /// @param inPlace whether the keys may stay where the image has them
+    /// @return where they are
+    const Key* loadInside(std::int64_t column, std::int64_t y, std::int64_t z, Key* keys, bool inPlace) {
         const auto end = column + static_cast<std::int64_t>(m_block.extents[0]);
         const auto columns = static_cast<std::int64_t>(m_shared.extents[COLUMNS]);
         const bool inside = y >= 0 && y < static_cast<std::int64_t>(m_shared.extents[ROWS]) && z >= 0 &&
                             z < static_cast<std::int64_t>(m_shared.extents[PLANS]);
-        const std::int64_t from = inside ? std::max<std::int64_t>(column, 0) : end;
-        const std::int64_t to = inside ? std::min(end, columns) : end;
-        std::fill(keys, keys + (from - column), nothing<Key>);
+        const std::int64_t from = inside ? std::clamp<std::int64_t>(column, 0, columns) : end;
+        const std::int64_t to = inside ? std::max(std::min(end, columns), from) : end;
         if (from < to) {
+            const auto count = static_cast<std::size_t>(to - from);
             const T* const voxels = m_reader.read({{static_cast<std::size_t>(from), static_cast<std::size_t>(y),
                                                     static_cast<std::size_t>(z), m_at.sequence(), m_at.spectral()},
-                                                   static_cast<std::size_t>(to - from)});
-            m_shared.kernels.encode(voxels, keys + (from - column), static_cast<std::size_t>(to - from));
+                                                   count});
+            if constexpr (std::is_same_v<T, Key>) {
+                if (inPlace && m_shared.keysAreVoxels && count == m_block.extents[0]) {
+                    return voxels;
+                }
+            }
+            m_shared.kernels.encode(voxels, keys + (from - column), count);
         }
+        std::fill(keys, keys + (from - column), nothing<Key>);
         std::fill(keys + (to - column), keys + (end - column), nothing<Key>);
+        return keys;
     }
 
-    /// Minima of `length` neighbours by doubling, in place: `pair(step)` makes of all elements the least of it and that
-    /// `step` further on.
-    template <class Pair>
-    static void doubling(std::size_t length, const Pair& pair) {
-        std::size_t done = 1;
-        for (; 2 * done <= length; done *= 2) {
-            pair(done);
-        }
-        if (done < length) {
-            pair(length - done);
-        }
-    }
-
-    void takeLess(Key* row, const Key* other, std::size_t count) const {
-        const Key* const rows[] = {row, other};
-        m_shared.kernels.minimum(rows, 2, row, count);
-    }
-
+    /// All but the columns, which were taken as the rows came, and the last pass, whose results are voxels.
     void takeBox() {
-        const auto& n = m_block.extents;
-        forEachRow(n[1], n[2], [&](std::size_t row, std::size_t plane) {
-            Key* const keys = at(0, row, plane);
-            std::size_t left = n[0];
-            doubling(m_shared.reach.columns.sum() + 1, [&](std::size_t step) {
-                left -= step;
-                takeLess(keys, keys + step, left);
+        std::vector<Pass> rowPasses = passesOf(m_shared.reach.rows.sum() + 1);
+        std::vector<Pass> planePasses = passesOf(m_shared.reach.planes.sum() + 1);
+        std::vector<Pass>& last = planePasses.empty() ? rowPasses : planePasses;
+        if (!last.empty()) {
+            m_last = last.back();
+            m_lastAxis = planePasses.empty() ? ROWS : PLANS;
+            last.pop_back();
+        }
+        std::size_t rows = m_block.extents[1];
+        for (const Pass& pass : rowPasses) {
+            rows -= pass.reach();
+            forEachRow(rows, m_block.extents[2], [&](std::size_t row, std::size_t plane) {
+                take(
+                    pass, [&](std::size_t offset) { return at(0, row + offset, plane); }, at(0, row, plane),
+                    m_voxels[0]);
             });
-        });
-        std::size_t rows = n[1];
-        doubling(m_shared.reach.rows.sum() + 1, [&](std::size_t step) {
-            rows -= step;
-            forEachRow(rows, n[2], [&](std::size_t row, std::size_t plane) {
-                takeLess(at(0, row, plane), at(0, row + step, plane), m_voxels[0]);
-            });
-        });
-        std::size_t planes = n[2];
-        doubling(m_shared.reach.planes.sum() + 1, [&](std::size_t step) {
-            planes -= step;
+        }
+        std::size_t planes = m_block.extents[2];
+        for (const Pass& pass : planePasses) {
+            planes -= pass.reach();
             forEachRow(m_voxels[1], planes, [&](std::size_t row, std::size_t plane) {
-                takeLess(at(0, row, plane), at(0, row, plane + step), m_voxels[0]);
+                take(
+                    pass, [&](std::size_t offset) { return at(0, row, plane + offset); }, at(0, row, plane),
+                    m_voxels[0]);
             });
-        });
+        }
     }
 
     /// Table k has the minima of 2^k neighbours in a row.
-    void makeTables() {
+    void makeTables(std::size_t row, std::size_t plane) {
         for (std::size_t table = 1; table < m_block.tables; ++table) {
             const std::size_t step = std::size_t{1} << (table - 1);
-            const std::size_t count = m_block.extents[0] - 2 * step + 1;
-            forEachRow(m_block.extents[1], m_block.extents[2], [&](std::size_t row, std::size_t plane) {
-                const Key* const below = at(table - 1, row, plane);
-                const Key* const rows[] = {below, below + step};
-                m_shared.kernels.minimum(rows, 2, at(table, row, plane), count);
-            });
+            const Key* const below = at(table - 1, row, plane);
+            const Key* const rows[] = {below, below + step};
+            m_shared.kernels.minimum(rows, 2, at(table, row, plane), m_block.extents[0] - 2 * step + 1);
         }
     }
 
-    void takeChords(std::size_t row, std::size_t plane, Key* least) {
+    void gatherChords(std::size_t row, std::size_t plane) {
         const auto moved = [](std::size_t voxel, const access::Reach::Axis& axis, std::int64_t offset) {
             return static_cast<std::size_t>(static_cast<std::int64_t>(voxel + axis.before) + offset);
         };
-        std::size_t sources = 0;
+        m_sourceCount = 0;
         for (const Chord& chord : m_shared.chords) {
             const auto length = static_cast<std::size_t>(chord.length);
             const auto table = static_cast<std::size_t>(std::bit_width(length)) - 1;
             const Key* const from = at(table, moved(row, m_shared.reach.rows, chord.first[1]),
                                        moved(plane, m_shared.reach.planes, chord.first[2])) +
                                     moved(0, m_shared.reach.columns, chord.first[0]);
-            m_sources[sources++] = from;
+            m_sources[m_sourceCount++] = from;
             if (const std::size_t done = std::size_t{1} << table; done < length) {
-                m_sources[sources++] = from + (length - done);
+                m_sources[m_sourceCount++] = from + (length - done);
             }
         }
-        m_shared.kernels.minimum(m_sources.data(), sources, least, m_voxels[0]);
-        m_looks.add(sources * m_voxels[0] * sizeof(Key) / 16);
     }
 
     const Shared<T>& m_shared;
     const Block& m_at;
     std::array<std::size_t, 3> m_voxels;
     ElementBlock m_block;
-    Scratch m_memory;
-    Scratch m_row;
+    access::Scratch m_memory;
+    access::Scratch m_row;
     access::RowReader<T> m_reader;
-    std::vector<const Key*> m_sources;
+    std::vector<const Key*> m_sources;  ///< of which the least is taken
+    std::size_t m_sourceCount = 0;
+    Pass m_last;
+    Components m_lastAxis = ROWS;
     access::Looks m_looks;
 };
 
-/// @param finish makes of a row of results what is written: (position, results, out, count)
+/// @param open makes what brings the results of a row, given by `take(T*)`, into a row of the output
 template <class T, class Out, class Open>
 void run(access::ExecutionContext& context, const Shared<T>& shared, ImageModel& output, const Open& open) {
     const access::Plan plan = planElement(shared.image, shared.element, sizeof(T));
     access::run(context, plan, [&](const Block& block, BlockProgress& progress) {
         BlockExtrema<T> extrema(shared, block);
-        auto finish = open();
+        auto write = open(block.columns().length());
         const std::size_t count = block.columns().length();
-        const Scratch results(count * sizeof(T));
         access::RowWriter<Out> writer(output);
         block.forEachRow([&](const Position& at) {
-            extrema.results(at.row - block.rows().begin, at.plane - block.planes().begin, results.as<T>());
-            Out* const row = writer.open({at, count});
-            finish(at, results.as<T>(), row, count);
+            write(access::RowSegment{at, count}, writer.open({at, count}), [&](T* voxels) {
+                extrema.results(at.row - block.rows().begin, at.plane - block.planes().begin, voxels);
+            });
             writer.flush();
             progress.add(count);
         });
@@ -258,25 +313,26 @@ void takeExtrema(access::ExecutionContext& context, const ImageModel& input, Ima
         using T = typename decltype(tag)::type;
         const Shared<T> shared(input, job, level);
         if (difference == Difference::None) {
-            run<T, T>(context, shared, output, [&] {
-                return [&](const Position&, const T* results, T* out, std::size_t count) {
-                    if (isBinary) {  // what sees nothing is the last voxel of the type
-                        std::transform(results, results + count, out, [](T voxel) { return voxel != 0 ? T{1} : T{0}; });
-                    } else {
-                        std::copy_n(results, count, out);
+            run<T, T>(context, shared, output, [&](std::size_t /*count*/) {
+                return [&](const access::RowSegment& segment, T* out, const auto& take) {
+                    take(out);
+                    for (std::size_t i = 0; isBinary && i < segment.count; ++i) {
+                        out[i] = out[i] != 0 ? T{1} : T{0};  // what sees nothing is the last voxel of the type
                     }
                 };
             });
             return;
         }
         const DifferenceRow<T> subtract = differenceRow<T>(level);
-        run<T, DifferenceOf<T>>(context, shared, output, [&] {
-            return [&, reader = access::RowReader<T>(*image)](const Position& at, const T* results,
-                                                              DifferenceOf<T>* out, std::size_t count) mutable {
-                const T* const voxels = reader.read({at, count});
-                const bool fromImage = difference == Difference::ImageLessResult;
-                subtract(fromImage ? voxels : results, fromImage ? results : voxels, out, count);
-                for (std::size_t i = 0; isBinary && i < count; ++i) {
+        const bool fromImage = difference == Difference::ImageLessResult;
+        run<T, DifferenceOf<T>>(context, shared, output, [&](std::size_t count) {
+            return [&, reader = access::RowReader<T>(*image), results = Scratch(count * sizeof(T))](
+                       const access::RowSegment& segment, DifferenceOf<T>* out, const auto& take) mutable {
+                T* const row = results.template as<T>();
+                take(row);
+                const T* const voxels = reader.read(segment);
+                subtract(fromImage ? voxels : row, fromImage ? row : voxels, out, segment.count);
+                for (std::size_t i = 0; isBinary && i < segment.count; ++i) {
                     out[i] = out[i] != 0 ? 1 : 0;
                 }
             };
