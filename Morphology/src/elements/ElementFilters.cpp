@@ -28,6 +28,17 @@ namespace rix::morphology {
 
 namespace {
 
+/// What a run remembers from before its output is shaped, which may be one of its inputs.
+struct ElementState : algorithms::InputMeaning {
+    std::optional<Element> drawn;  ///< the element of an image
+};
+
+template <class Filter>
+void rememberInputs(Filter& filter) {
+    algorithms::rememberMeaning(filter);
+    algorithms::stateOf<ElementState>(filter).drawn = drawnElement(filter);
+}
+
 /// What an operation takes of its image.
 struct Passes {
     std::optional<Extremum> first;  ///< into a temporary image; none: the image itself
@@ -101,7 +112,6 @@ void declare(Filter& filter, algorithms::Properties& properties) {
         properties.input(filter.gradient, "What is taken from what.");
     }
     properties.output(filter.outputImage, "The result.", AddRuleAssertNotNull(),
-                      AddRuleWhenSet(filter.inputElementImage, AddRuleDisjointFrom(filter.inputElementImage)),
                       AddRuleEnforceLike(filter.inputImage, {.chosenType = [&filter] { return outputType(filter); }}));
 }
 
@@ -114,7 +124,8 @@ template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const Passes passes = passesOf(filter);
-    const Element element = elementOf(filter, spacingOf(filter));
+    const std::optional<Element>& drawn = algorithms::stateOf<ElementState>(filter).drawn;
+    const Element element = drawn ? *drawn : elementOf(filter, spacingOf(filter));
     const auto take = [&](const ImageModel& from, ImageModel& to, Extremum extremum, Difference difference,
                           const ImageModel* other) {
         const Element around = elementFor(extremum, element);
@@ -185,7 +196,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
-        .prepare = &algorithms::rememberMeaning<Filter>,
+        .prepare = &rememberInputs<Filter>,
         .influence = &reachOf<Filter>,
         .memory = &memoryOf<Filter>,
     };
@@ -198,11 +209,11 @@ const EnumInfo& getInfoMorphologicalGradientType() {
     return info;
 }
 
-#define RIX_DEFINE_PAIR(Name, text)                                                                      \
-    static constexpr auto definitionOf##Name##2d = definitionOf<Name##2d>(text " plane.");               \
-    static constexpr auto definitionOf##Name##3d = definitionOf<Name##3d>(text " volume.");              \
-    RIX_DEFINE_ALGORITHM_ON(ElementFilter2d, Name##2d, algorithms::InputMeaning, definitionOf##Name##2d) \
-    RIX_DEFINE_ALGORITHM_ON(ElementFilter3d, Name##3d, algorithms::InputMeaning, definitionOf##Name##3d)
+#define RIX_DEFINE_PAIR(Name, text)                                                          \
+    static constexpr auto definitionOf##Name##2d = definitionOf<Name##2d>(text " plane.");   \
+    static constexpr auto definitionOf##Name##3d = definitionOf<Name##3d>(text " volume.");  \
+    RIX_DEFINE_ALGORITHM_ON(ElementFilter2d, Name##2d, ElementState, definitionOf##Name##2d) \
+    RIX_DEFINE_ALGORITHM_ON(ElementFilter3d, Name##3d, ElementState, definitionOf##Name##3d)
 
 RIX_DEFINE_PAIR(Erosion, "Takes the smallest value under a structuring element in each")
 RIX_DEFINE_PAIR(Dilation, "Takes the largest value under a structuring element in each")

@@ -1,10 +1,9 @@
 #include "ElementProperties.h"
 
 #include <cmath>
-#include <functional>
 #include <utility>
 
-#include <rix/access/Rows.h>
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/SpacingRules.h>
 #include <rix/rules/ValueRules.h>
@@ -166,6 +165,21 @@ Element elementFor(const Owner& owner, const SpacingOf& spacingOf) {
     return isLine ? Element::ofLine(numbers) : Element::ofBox(numbers);
 }
 
+template <class Owner>
+std::optional<Element> drawnFor(const Owner& owner) {
+    const ImageModel* const image = owner.getInputElementImage();
+    if (owner.getStructuringElement() != Choices<Owner>::image || image == nullptr ||
+        image->getElementType() != SINGLE || !access::contains(access::Reals{}, image->getVoxelType())) {
+        return std::nullopt;
+    }
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        if (image->getNumOf(axis) > static_cast<std::size_t>(largestSize)) {
+            return std::nullopt;
+        }
+    }
+    return Element::ofImage(*image);
+}
+
 }  // namespace
 
 const EnumInfo& getInfoStructuringElement2DType() {
@@ -208,6 +222,13 @@ void addRadiusRule(ElementOwner2d& owner, SpacingOf spacingOf) {
 }
 void addRadiusRule(ElementOwner3d& owner, SpacingOf spacingOf) {
     owner.radius.getImpl()->addRule(std::make_shared<RuleRadius<ElementOwner3d>>(owner, std::move(spacingOf)));
+}
+
+std::optional<Element> drawnElement(const ElementOwner2d& owner) {
+    return drawnFor(owner);
+}
+std::optional<Element> drawnElement(const ElementOwner3d& owner) {
+    return drawnFor(owner);
 }
 
 Element elementOf(const ElementOwner2d& owner, const SpacingOf& spacingOf) {

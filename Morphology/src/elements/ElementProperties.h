@@ -2,6 +2,8 @@
 
 // The properties of an element, for classes of planes and of volumes alike.
 
+#include <functional>
+#include <optional>
 #include <type_traits>
 
 #include <rix/algorithms/Definition.h>
@@ -19,7 +21,7 @@ constexpr bool ofVolumes = std::is_base_of_v<ElementOwner3d, Owner>;
 template <class Owner>
 using OwnerOf = std::conditional_t<ofVolumes<Owner>, ElementOwner3d, ElementOwner2d>;
 
-/// Names the properties of the element. @param checkRadius attaches the rules of the radius
+/// Names the properties of the element.
 void declareElement(ElementOwner2d& owner, algorithms::Properties& properties);
 void declareElement(ElementOwner3d& owner, algorithms::Properties& properties);
 
@@ -32,5 +34,9 @@ void addRadiusRule(ElementOwner3d& owner, SpacingOf spacingOf);
 /// The element that was chosen; the rules hold.
 Element elementOf(const ElementOwner2d& owner, const SpacingOf& spacingOf);
 Element elementOf(const ElementOwner3d& owner, const SpacingOf& spacingOf);
+
+/// The element of an image, where one was chosen and is set; none where the rules would refuse it.
+std::optional<Element> drawnElement(const ElementOwner2d& owner);
+std::optional<Element> drawnElement(const ElementOwner3d& owner);
 
 }  // namespace rix::morphology

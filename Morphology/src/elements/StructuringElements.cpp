@@ -1,6 +1,7 @@
 // Structuring elements as images.
 
 #include <algorithm>
+#include <optional>
 
 #include <rix/access/Blocks.h>
 #include <rix/access/Rows.h>
@@ -34,6 +35,22 @@ ImageHeader headerOf(const Owner& owner) {
     return header;
 }
 
+/// The element of an image that may be the output, from before that is shaped.
+struct DrawnState : algorithms::AbstractPrivateImplementation {
+    std::optional<Element> drawn;
+};
+
+template <class Owner>
+void prepare(Owner& owner) {
+    algorithms::stateOf<DrawnState>(owner).drawn = drawnElement(owner);
+}
+
+template <class Owner>
+Element elementFor(const Owner& owner) {
+    const std::optional<Element>& drawn = algorithms::stateOf<DrawnState>(owner).drawn;
+    return drawn ? *drawn : elementOf(owner, spacingOf(owner));
+}
+
 template <class Owner>
 void declare(Owner& owner, algorithms::Properties& properties) {
     declareElement(owner, properties);
@@ -42,7 +59,7 @@ void declare(Owner& owner, algorithms::Properties& properties) {
                      AddRuleInRangeVector<double, math::Vector3<double>>(1e-9, 1e9, Bound::Included, Bound::Included));
     addRadiusRule(owner, spacingOf(owner));
     properties.output(owner.outputImage, "The element.", AddRuleAssertNotNull(),
-                      AddRuleWhenSet(owner.inputElementImage, AddRuleDisjointFrom(owner.inputElementImage)),
+
                       AddRuleEnforceHeader([&owner] { return headerOf(owner); }, "extents that hold the element"));
 }
 
@@ -50,7 +67,7 @@ template <class Owner>
 void process(Owner& owner, OptimLevelType /*level*/) {
     ImageModel& output = *owner.getOutputImage();
     const auto extents = helper::getExtents(output);
-    const std::vector<Chord> chords = elementOf(owner, spacingOf(owner)).chords();
+    const std::vector<Chord> chords = elementFor(owner).chords();
     access::Plan plan(extents, access::JoinedAxes::None);
     auto chord = chords.begin();
     access::run(owner.executionContext(), plan, [&](const access::Block& block, access::BlockProgress& progress) {
@@ -79,9 +96,10 @@ template <class Owner>
 constexpr algorithms::Definition<Owner> definitionOf(const char* summary) {
     return {
         .summary = summary,
-        .kind = AlgorithmKind::Point,
+        .kind = AlgorithmKind::Reduction,  // no part of the image can be made by itself
         .declare = &declare<Owner>,
         .process = &process<Owner>,
+        .prepare = &prepare<Owner>,
     };
 }
 
@@ -90,7 +108,7 @@ constexpr auto inVolumes = definitionOf<StructuringElement3d>("Draws a structuri
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_ON(ElementOwner2d, StructuringElement2d, algorithms::NoState, inPlanes)
-RIX_DEFINE_ALGORITHM_ON(ElementOwner3d, StructuringElement3d, algorithms::NoState, inVolumes)
+RIX_DEFINE_ALGORITHM_ON(ElementOwner2d, StructuringElement2d, DrawnState, inPlanes)
+RIX_DEFINE_ALGORITHM_ON(ElementOwner3d, StructuringElement3d, DrawnState, inVolumes)
 
 }  // namespace rix::morphology

@@ -129,8 +129,8 @@ protected:
 /// on Image Processing 17(1), 2008), in blocks that stay in the cache.
 ///
 /// @throws RuleException from `run` for an unset or empty image, a complex or vector image, an unknown choice, a
-///         `borderValue` of NaN, an output that shares samples with the element image, and what the element is refused
-///         for; ResizeImageError or MemoryError when there is no memory.
+///         `borderValue` of NaN, and what the element is refused for; ResizeImageError or MemoryError when there is no
+///         memory.
 class RIX_EXPORT ElementFilter2d : public ElementOwner2d {
 public:
     /// What lies beyond the edges.
