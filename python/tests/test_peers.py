@@ -148,3 +148,18 @@ def test_colour(tmp_path):
     grey = rix.imread(tmp_path / "cube.png", grey=True)
     assert grey.shape == cube.shape[:2] and grey.dtype == np.uint8
     np.testing.assert_allclose(grey.array, cube @ (0.299, 0.587, 0.114), atol=0.5001, rtol=0)
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32"])
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_erosion_and_dilation(shape, dtype):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    image = random_array(dtype, shape)
+    axes = np.meshgrid(*[np.arange(-3, 4)] * len(shape), indexing="ij")
+    ball = sum(axis ** 2 for axis in axes) <= 3.2 ** 2
+    element = {"structuring_element": "DISK" if flat else "BALL", "radius": 3.2}
+    # What is reflected at the edges lies inside a round element already.
+    erode, dilate = (rix.erosion_2d, rix.dilation_2d) if flat else (rix.erosion_3d, rix.dilation_3d)
+    np.testing.assert_array_equal(erode(image, **element), ndimage.minimum_filter(image, footprint=ball))
+    np.testing.assert_array_equal(dilate(image, **element), ndimage.maximum_filter(image, footprint=ball))

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <rix/morphology/ElementFilter.h>
+
+namespace rix::morphology {
+
+/// Erodes each plane: every voxel becomes the smallest value under the structuring element, min { f(x + b) }.
+/// Bright objects shrink.
+///
+/// Element, border, values and failures: see `ElementFilter2d`. Cost: log2 of the extents and 2 minima a voxel for a
+/// box, two minima a row of the element for others.
+class RIX_EXPORT Erosion2d : public ElementFilter2d {
+    RIX_ALGORITHM(Erosion2d)
+};
+
+}  // namespace rix::morphology

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+
+#include <rix/access/ExecutionContext.h>
+#include <rix/algorithms/OptimLevel.h>
+#include <rix/image/ImageModel.h>
+#include <rix/morphology/ElementFilter.h>
+
+#include "Element.h"
+#include "ElementKernels.h"
+
+namespace rix::morphology {
+
+/// An erosion or a dilation.
+struct ElementJob {
+    Extremum extremum = Extremum::Minimum;
+    /// Around each voxel; for a dilation reflected already.
+    const Element& element;
+    ElementBorderPolicy border = ElementBorderPolicy::NEUTRAL;
+    double borderValue = 0.0;
+};
+
+/// What becomes of the results.
+enum class Difference : std::uint8_t {
+    None,             ///< they are written as they are
+    ResultLessImage,  ///< less the voxels of another image
+    ImageLessResult   ///< taken from those
+};
+
+/// @param output shares no memory with `input`; of differences the type is that of `DifferenceOf`
+/// @param image of the differences, with the type and extents of `input`, else null; may be `output` if that has its
+/// type
+void takeExtrema(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const ElementJob& job,
+                 Difference difference, const ImageModel* image, OptimLevelType level);
+
+/// The most bytes that such a run holds.
+std::size_t extremaBytes(const ImageModel& input, const Element& element, bool takesDifference, std::size_t threads);
+
+/// The type that holds all differences of two voxels of a type.
+VoxelTypes differenceTypeOf(VoxelTypes type);
+
+}  // namespace rix::morphology

@@ -1,0 +1,42 @@
+#pragma once
+
+// The properties of an element, for classes of planes and of volumes alike.
+
+#include <functional>
+#include <optional>
+#include <type_traits>
+
+#include <rix/algorithms/Definition.h>
+#include <rix/morphology/ElementFilter.h>
+#include <rix/rules/When.h>
+
+#include "Element.h"
+
+namespace rix::morphology {
+
+template <class Owner>
+constexpr bool ofVolumes = std::is_base_of_v<ElementOwner3d, Owner>;
+
+/// The base of a class that has the element.
+template <class Owner>
+using OwnerOf = std::conditional_t<ofVolumes<Owner>, ElementOwner3d, ElementOwner2d>;
+
+/// Names the properties of the element.
+void declareElement(ElementOwner2d& owner, algorithms::Properties& properties);
+void declareElement(ElementOwner3d& owner, algorithms::Properties& properties);
+
+/// Radius per spacing, checked like the lengths of other filters.
+/// @param spacingOf what a length in the world is divided by; asked for `WORLD` only
+using SpacingOf = std::function<double(Components)>;
+void addRadiusRule(ElementOwner2d& owner, SpacingOf spacingOf);
+void addRadiusRule(ElementOwner3d& owner, SpacingOf spacingOf);
+
+/// The element that was chosen; the rules hold.
+Element elementOf(const ElementOwner2d& owner, const SpacingOf& spacingOf);
+Element elementOf(const ElementOwner3d& owner, const SpacingOf& spacingOf);
+
+/// The element of an image, where one was chosen and is set; none where the rules would refuse it.
+std::optional<Element> drawnElement(const ElementOwner2d& owner);
+std::optional<Element> drawnElement(const ElementOwner3d& owner);
+
+}  // namespace rix::morphology

@@ -1,0 +1,128 @@
+// Erosion and opening with elements of growing extents, 1 and 2 threads, beside OpenCV, and the roof of copying the
+// image.
+
+#include <string>
+
+#include <benchmark/benchmark.h>
+#ifdef RIX_HAVE_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
+
+#include <rix/image/StridedImage.h>
+#include <rix/morphology/Erosion2d.h>
+#include <rix/morphology/Erosion3d.h>
+#include <rix/morphology/Opening2d.h>
+#include <rix/settings/Settings.h>
+
+#include "Yardstick.h"
+
+namespace rix::bench {
+namespace {
+
+constexpr std::size_t side = 4096;
+constexpr std::size_t depth = 256;
+
+const char* nameOf(VoxelTypes type) {
+    return type == RIX_UINT8 ? "u8" : type == RIX_UINT16 ? "u16" : "f32";
+}
+
+/// A square of that extent, or a disc of that radius.
+struct Element {
+    bool isRound;
+    int size;
+};
+
+std::string rowName(const char* library, const char* operation, VoxelTypes type, Element element, int threads) {
+    return std::string(library) + '/' + operation + '/' + nameOf(type) + (element.isRound ? "/disc:" : "/box:") +
+           std::to_string(element.size) + "/threads:" + std::to_string(threads);
+}
+
+template <class Filter>
+void registerOurs(const char* operation, VoxelTypes type, Element element, bool inSpace, int threads) {
+    benchmark::RegisterBenchmark(
+        rowName("rix", operation, type, element, threads).c_str(),
+        [=](benchmark::State& state) {
+            const io::MemoryImage plane = randomImage(type, inSpace ? depth : side, inSpace ? depth * depth : side);
+            ImageHeader header = helper::headerOf(plane);
+            if (inSpace) {
+                header.extents = {depth, depth, depth, 1, 1};
+            }
+            const StridedImage image(static_cast<const void*>(plane.getInternalBuffer()), header);
+            io::MemoryImage output;
+            Filter filter;
+            filter.settings().setMaximumNumberOfThreads(threads);
+            filter.setStructuringElement(static_cast<typename Filter::StructuringElement>(element.isRound ? 1 : 0));
+            filter.setKernelSizeX(element.size);
+            filter.setKernelSizeY(element.size);
+            if constexpr (requires { filter.setKernelSizeZ(1); }) {
+                filter.setKernelSizeZ(element.size);
+            }
+            filter.setRadius(element.size);
+            filter.setInputImage(&image);
+            filter.setOutputImage(&output);
+            filter.run();
+            for (auto _ : state) {
+                filter.run();
+            }
+        })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+#ifdef RIX_HAVE_OPENCV
+void registerOpenCv(const char* operation, VoxelTypes type, Element element, int threads) {
+    benchmark::RegisterBenchmark(
+        rowName("opencv", operation, type, element, threads).c_str(),
+        [=](benchmark::State& state) {
+            io::MemoryImage image = randomImage(type, side, side);
+            const int depthOf = type == RIX_UINT8 ? CV_8U : type == RIX_UINT16 ? CV_16U : CV_32F;
+            const cv::Mat source(static_cast<int>(side), static_cast<int>(side), depthOf, image.getInternalBuffer());
+            const int extent = element.isRound ? 2 * element.size + 1 : element.size;
+            cv::Mat kernel(extent, extent, CV_8U, cv::Scalar(1));
+            for (int y = 0; element.isRound && y < extent; ++y) {
+                for (int x = 0; x < extent; ++x) {
+                    const int dx = x - element.size;
+                    const int dy = y - element.size;
+                    kernel.at<unsigned char>(y, x) = dx * dx + dy * dy <= element.size * element.size ? 1 : 0;
+                }
+            }
+            cv::Mat output;
+            cv::setNumThreads(threads);
+            const int kind = std::string(operation) == "opening" ? cv::MORPH_OPEN : cv::MORPH_ERODE;
+            for (auto _ : state) {
+                cv::morphologyEx(source, output, kind, kernel);
+            }
+        })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+#else
+void registerOpenCv(const char*, VoxelTypes, Element, int) {}
+#endif
+
+void registerAll() {
+    using morphology::Erosion2d;
+    using morphology::Erosion3d;
+    using morphology::Opening2d;
+    for (const int threads : {1, 2}) {
+        for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_FLOAT32}) {
+            for (const Element element : {Element{false, 3}, {false, 15}, {false, 51}, {true, 7}, {true, 25}}) {
+                registerOurs<Erosion2d>("erosion", type, element, false, threads);
+                registerOpenCv("erosion", type, element, threads);
+            }
+        }
+        registerOurs<Opening2d>("opening", RIX_UINT8, {false, 15}, false, threads);
+        registerOpenCv("opening", RIX_UINT8, {false, 15}, threads);
+        for (const Element element : {Element{false, 3}, {false, 15}, {true, 3}, {true, 10}}) {
+            registerOurs<Erosion3d>("erosion3d", RIX_UINT8, element, true, threads);
+        }
+        registerRoof("copy", side * side, side * side, threads);
+    }
+}
+
+}  // namespace
+}  // namespace rix::bench
+
+int main(int argc, char** argv) {
+    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
+}
