@@ -22,6 +22,8 @@ namespace {
 
 constexpr double nanosecondsPerVoxel = 0.5;
 constexpr std::size_t classes = 256;
+/// Tables that take turns in counting: neighbours are often alike, and a count waits for the one before of its class.
+constexpr std::size_t classTables = 4;
 
 using SmallTypes = access::TypeList<std::uint8_t, std::int8_t, std::uint16_t, std::int16_t>;
 using Images = std::initializer_list<const ImageModel*>;
@@ -31,24 +33,25 @@ struct SummaryLeaf {
     Summary summary;
 };
 
+template <class T>
 Summary summarise(access::ExecutionContext& context, OptimLevelType level, const Group& group) {
-    const StatisticKernels kernels = statisticKernels(level);
+    const StatisticKernels<T> kernels = statisticKernels<T>(level);
     const auto open = [&](const access::Plan& plan) {
-        return [rows = ParticipatingRows<double>(*group.image, group.mask, plan), kernels](
+        return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), kernels](
                    SummaryLeaf& leaf, const access::RowSegment& segment, std::size_t first) mutable {
             Summary piece;
             rows.open(segment);
-            rows.forEachPiece([&](std::span<const double> samples) {
+            rows.forEachPiece([&](std::span<const T> samples) {
                 kernels.addSums(samples.data(), samples.size(), leaf.sums);
                 kernels.findExtremes(samples.data(), samples.size(), piece.minimum, piece.maximum);
             });
             piece.nanCount = rows.nanCount;
             piece.infiniteCount = rows.infiniteCount;
             if (piece.minimum < leaf.summary.minimum) {
-                piece.minimumAt = first + rows.find(piece.minimum);
+                piece.minimumAt = first + rows.find(static_cast<T>(piece.minimum));
             }
             if (piece.maximum > leaf.summary.maximum) {
-                piece.maximumAt = first + rows.find(piece.maximum);
+                piece.maximumAt = first + rows.find(static_cast<T>(piece.maximum));
             }
             leaf.summary.join(piece);
         };
@@ -112,25 +115,32 @@ Counts countsOfValues(access::ExecutionContext& context, const Group& group) {
 }
 
 /// How many samples fall into each of the classes of equal width between the extremes.
+template <class T>
 Counts countsOfClasses(access::ExecutionContext& context, OptimLevelType level, const Group& group, double minimum,
                        double maximum) {
     const double first = minimum / 2;  // halves: twice the largest real is none
     const double scale = classes / (maximum / 2 - first);
     const double finiteScale = std::isfinite(scale) ? scale : 0.0;
-    const auto classify = statisticKernels(level).classify;
-    const auto add = [&](std::uint64_t* counts, std::span<const double> samples) {
-        std::uint8_t classOf[ParticipatingRows<double>::pieceSamples];
+    const auto classify = statisticKernels<T>(level).classify;
+    const auto add = [&](std::uint64_t* counts, std::span<const T> samples) {
+        std::int32_t classOf[ParticipatingRows<T>::pieceSamples];
         classify(samples.data(), samples.size(), first, finiteScale, classOf);
-        // Neighbours are often alike, and a count waits for the one before of the same class.
-        std::uint32_t tables[4][classes] = {};
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            ++tables[i % 4][classOf[i]];
+        std::size_t i = 0;
+        for (; i + classTables <= samples.size(); i += classTables) {
+            for (std::size_t table = 0; table < classTables; ++table) {
+                ++counts[table * classes + static_cast<std::size_t>(classOf[i + table])];
+            }
         }
-        for (std::size_t i = 0; i < classes; ++i) {
-            counts[i] += std::uint64_t{tables[0][i]} + tables[1][i] + tables[2][i] + tables[3][i];
+        for (; i < samples.size(); ++i) {
+            ++counts[static_cast<std::size_t>(classOf[i])];
         }
     };
-    return countSamples<double>(context, *group.image, group.mask, nanosecondsPerVoxel, classes, add);
+    Counts counts = countSamples<T>(context, *group.image, group.mask, nanosecondsPerVoxel, classTables * classes, add);
+    for (std::size_t i = classes; i < counts.size(); ++i) {
+        counts[i % classes] += counts[i];
+    }
+    counts.resize(classes);
+    return counts;
 }
 
 /// Entropy and mode of classes: `valueOf(index)` is the value that stands for one.
@@ -241,16 +251,17 @@ void selectQuantiles(access::ExecutionContext& context, const Group& group, std:
     setQuantiles(quantiles, atRank, result);
 }
 
-/// Of samples of more than 16 bits.
+/// Of samples of more than 16 bits, read as `T`.
+template <class T>
 void measureSums(access::ExecutionContext& context, OptimLevelType level, const Group& group,
                  std::span<const double> quantiles, GroupStatistics& result) {
-    static_cast<Summary&>(result) = summarise(context, level, group);
+    static_cast<Summary&>(result) = summarise<T>(context, level, group);
     if (result.moments.count == 0) {
         return;
     }
     result.minimum += 0.0;  // of the two zeros, +0
     result.maximum += 0.0;
-    const Counts counts = countsOfClasses(context, level, group, result.minimum, result.maximum);
+    const Counts counts = countsOfClasses<T>(context, level, group, result.minimum, result.maximum);
     const auto valueOf = [&](std::size_t index) {
         const double share = (static_cast<double>(index) + 0.5) / classes;
         return result.minimum * (1 - share) + result.maximum * share;
@@ -285,8 +296,10 @@ GroupStatistics measureGroup(access::ExecutionContext& context, OptimLevelType l
         access::dispatch(SmallTypes{}, type, [&](auto tag) {
             measureCounts<typename decltype(tag)::type>(context, group, quantiles, result);
         });
+    } else if (type == RIX_FLOAT32) {
+        measureSums<float>(context, level, group, quantiles, result);
     } else {
-        measureSums(context, level, group, quantiles, result);
+        measureSums<double>(context, level, group, quantiles, result);
     }
     if (result.moments.count == 0) {
         constexpr double none = std::numeric_limits<double>::quiet_NaN();
@@ -305,7 +318,8 @@ std::size_t groupMemory(VoxelTypes type, std::size_t voxels, std::size_t threads
     if (isSmall) {
         tables = (sizeof(std::uint64_t) << (8 * helper::getSizeOf(type))) + countingMemory(threads);
     } else {
-        tables = withQuantiles ? selectionMemory(threads) : (threads + 1) * classes * sizeof(std::uint64_t);
+        tables =
+            withQuantiles ? selectionMemory(threads) : (threads + 1) * classTables * classes * sizeof(std::uint64_t);
     }
     return (voxels / access::leafElements + 1) * sizeof(Summary) + threads * (rows + 2 * access::Scratch::granularity) +
            tables;

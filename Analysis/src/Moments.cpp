@@ -28,16 +28,26 @@ inline void addSample(double sample, std::size_t lane, LaneSums& sums) {
     sums.power[3][lane] += square * square;
 }
 
-void addSamples(const double* samples, std::size_t count, LaneSums& sums) {
+template <class D>
+HWY_INLINE hn::Vec<D> loadDoubles(D d, const double* samples) {
+    return hn::LoadU(d, samples);
+}
+template <class D>
+HWY_INLINE hn::Vec<D> loadDoubles(D d, const float* samples) {
+    return hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, D>(), samples));
+}
+
+template <class T>
+void addSamples(const T* samples, std::size_t count, LaneSums& sums) {
     if (count == 0) {
         return;
     }
     if (sums.count == 0) {
-        sums.first = samples[0];
+        sums.first = static_cast<double>(samples[0]);
     }
     std::size_t begin = 0;
     for (; begin < count && (sums.count + begin) % LaneSums::lanes != 0; ++begin) {
-        addSample(samples[begin], (sums.count + begin) % LaneSums::lanes, sums);
+        addSample(static_cast<double>(samples[begin]), (sums.count + begin) % LaneSums::lanes, sums);
     }
     const std::size_t groups = (count - begin) / LaneSums::lanes;
     const hn::CappedTag<double, LaneSums::lanes> d;
@@ -51,9 +61,9 @@ void addSamples(const double* samples, std::size_t count, LaneSums& sums) {
         auto second = hn::LoadU(d, sums.power[1] + lane);
         auto third = hn::LoadU(d, sums.power[2] + lane);
         auto fourth = hn::LoadU(d, sums.power[3] + lane);
-        const double* at = samples + begin + lane;
+        const T* at = samples + begin + lane;
         for (std::size_t i = 0; i < groups; ++i, at += LaneSums::lanes) {
-            const auto sample = hn::LoadU(d, at);
+            const auto sample = loadDoubles(d, at);
             const auto after = hn::Add(sum, sample);
             const auto taken = hn::Sub(after, sum);
             rest = hn::Add(rest, hn::Add(hn::Sub(sum, hn::Sub(after, taken)), hn::Sub(sample, taken)));
@@ -73,40 +83,53 @@ void addSamples(const double* samples, std::size_t count, LaneSums& sums) {
         hn::StoreU(fourth, d, sums.power[3] + lane);
     }
     for (std::size_t i = begin + groups * LaneSums::lanes; i < count; ++i) {
-        addSample(samples[i], (sums.count + i) % LaneSums::lanes, sums);
+        addSample(static_cast<double>(samples[i]), (sums.count + i) % LaneSums::lanes, sums);
     }
     sums.count += count;
 }
 
-void findExtremes(const double* samples, std::size_t count, double& low, double& high) {
-    const hn::ScalableTag<double> d;
+// Two vectors of each: a minimum waits for the one before.
+template <class T>
+void findExtremes(const T* samples, std::size_t count, double& low, double& high) {
+    const hn::ScalableTag<T> d;
     const std::size_t n = hn::Lanes(d);
-    auto lowest = hn::Set(d, low);
-    auto highest = hn::Set(d, high);
+    T lowest = static_cast<T>(low);
+    T highest = static_cast<T>(high);
+    auto low0 = hn::Set(d, lowest);
+    auto low1 = low0;
+    auto high0 = hn::Set(d, highest);
+    auto high1 = high0;
     std::size_t i = 0;
-    for (; i + n <= count; i += n) {
-        const auto sample = hn::LoadU(d, samples + i);
-        lowest = hn::Min(lowest, sample);
-        highest = hn::Max(highest, sample);
+    for (; i + 2 * n <= count; i += 2 * n) {
+        const auto first = hn::LoadU(d, samples + i);
+        const auto second = hn::LoadU(d, samples + i + n);
+        low0 = hn::Min(low0, first);
+        low1 = hn::Min(low1, second);
+        high0 = hn::Max(high0, first);
+        high1 = hn::Max(high1, second);
     }
-    low = hn::GetLane(hn::MinOfLanes(d, lowest));
-    high = hn::GetLane(hn::MaxOfLanes(d, highest));
+    lowest = hn::GetLane(hn::MinOfLanes(d, hn::Min(low0, low1)));
+    highest = hn::GetLane(hn::MaxOfLanes(d, hn::Max(high0, high1)));
     for (; i < count; ++i) {
-        low = samples[i] < low ? samples[i] : low;
-        high = samples[i] > high ? samples[i] : high;
+        lowest = samples[i] < lowest ? samples[i] : lowest;
+        highest = samples[i] > highest ? samples[i] : highest;
     }
+    low = static_cast<double>(lowest);
+    high = static_cast<double>(highest);
 }
 
 // A plain loop: the compiler makes vectors of it.
-void classify(const double* samples, std::size_t count, double first, double scale, std::uint8_t* classes) {
+template <class T>
+void classify(const T* samples, std::size_t count, double first, double scale, std::int32_t* classes) {
     for (std::size_t i = 0; i < count; ++i) {
-        const double place = (samples[i] / 2 - first) * scale;
-        classes[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>(place < 255 ? place : 255));
+        const double place = (static_cast<double>(samples[i]) / 2 - first) * scale;
+        classes[i] = static_cast<std::int32_t>(place < 255 ? place : 255);
     }
 }
 
-inline StatisticKernels kernels() {
-    return {&addSamples, &findExtremes, &classify};
+template <class T>
+StatisticKernels<T> kernels() {
+    return {&addSamples<T>, &findExtremes<T>, &classify<T>};
 }
 
 }  // namespace rix::analysis::HWY_NAMESPACE
@@ -115,9 +138,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace rix::analysis {
 
-StatisticKernels statisticKernels(OptimLevelType level) {
-    return RIX_SELECT_KERNELS(level, kernels());
+template <class T>
+StatisticKernels<T> statisticKernels(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, kernels<T>());
 }
+template StatisticKernels<float> statisticKernels<float>(OptimLevelType);
+template StatisticKernels<double> statisticKernels<double>(OptimLevelType);
 
 Moments LaneSums::moments() const {
     Moments result;

@@ -52,15 +52,18 @@ struct LaneSums {
     Moments moments() const;
 };
 
-/// The row functions of statistics.
+/// The row functions of statistics, of samples that are finite.
+/// @tparam T float or double
+template <class T>
 struct StatisticKernels {
-    /// Adds `count` samples, finite ones, to the sums.
-    void (*addSums)(const double* samples, std::size_t count, LaneSums& sums);
-    /// Takes the extremes of finite samples into `low` and `high`.
-    void (*findExtremes)(const double* samples, std::size_t count, double& low, double& high);
+    /// Adds `count` samples to the sums.
+    void (*addSums)(const T* samples, std::size_t count, LaneSums& sums);
+    /// Takes the extremes of samples into `low` and `high`, which are samples or infinite.
+    void (*findExtremes)(const T* samples, std::size_t count, double& low, double& high);
     /// (sample / 2 - first) * scale without its fraction, at most 255.
-    void (*classify)(const double* samples, std::size_t count, double first, double scale, std::uint8_t* classes);
+    void (*classify)(const T* samples, std::size_t count, double first, double scale, std::int32_t* classes);
 };
-StatisticKernels statisticKernels(OptimLevelType level);
+template <class T>
+StatisticKernels<T> statisticKernels(OptimLevelType level);
 
 }  // namespace rix::analysis

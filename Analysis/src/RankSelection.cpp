@@ -1,6 +1,7 @@
 #include "RankSelection.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <limits>
 #include <memory>
@@ -10,6 +11,7 @@
 #include <rix/access/MemoryAccount.h>
 #include <rix/access/VoxelTypeLists.h>
 
+#include "KeyCounter.h"
 #include "ParticipatingRows.h"
 
 namespace rix::analysis {
@@ -36,7 +38,9 @@ KeyOf<T> keyOf(T value) {
         return static_cast<Key>(value) ^ sign;
     } else {
         const Key bits = std::bit_cast<Key>(value);
-        return (bits & sign) != 0 ? ~bits : bits | sign;
+        const auto allOfNegative =
+            static_cast<Key>(static_cast<std::make_signed_t<Key>>(bits) >> (8 * sizeof(Key) - 1));
+        return bits ^ (allOfNegative | sign);
     }
 }
 
@@ -65,7 +69,6 @@ public:
     Selection(access::ExecutionContext& context, const ImageModel& image, const ImageModel* mask)
         : m_context(context), m_image(image), m_mask(mask) {}
 
-    /// The values of at most `mostSlots` ranks.
     std::vector<double> values(std::span<const std::uint64_t> ranks) const {
         std::vector<Search> searches;
         for (const std::uint64_t rank : ranks) {
@@ -90,53 +93,89 @@ private:
                 prefixes.push_back(search.prefix);  // ranks ascend, and so do prefixes
             }
         }
-        const Counts counts = countDigits(prefixes, shift);
-        for (Search& search : searches) {
-            const auto slot =
-                static_cast<std::size_t>(std::find(prefixes.begin(), prefixes.end(), search.prefix) - prefixes.begin());
-            const std::uint64_t* const table = counts.data() + slot * digits;
-            std::uint64_t digit = 0;
-            while (search.rank >= table[digit]) {
-                search.rank -= table[digit];
-                ++digit;
+        auto search = searches.begin();
+        for (std::size_t first = 0; first < prefixes.size(); first += mostSlots) {
+            const auto some =
+                std::span<const std::uint64_t>(prefixes).subspan(first, std::min(mostSlots, prefixes.size() - first));
+            const Counts counts = shift + digitBits == keyBits ? countFirstDigits() : countDigits(some, shift);
+            for (std::size_t slot = 0; slot < some.size(); ++slot) {
+                for (; search != searches.end() && search->prefix == some[slot]; ++search) {
+                    descend(*search, counts.data() + slot * digits);
+                }
             }
-            search.prefix = search.prefix << digitBits | digit;
         }
+    }
+
+    /// Adds to a search the digit at which its rank lies, of the counts of those that follow.
+    static void descend(Search& search, const std::uint64_t* table) {
+        std::uint64_t digit = 0;
+        while (search.rank >= table[digit]) {
+            search.rank -= table[digit];
+            ++digit;
+        }
+        search.prefix = search.prefix << digitBits | digit;
+    }
+
+    using Digits = std::array<std::uint16_t, ParticipatingRows<T>::pieceSamples>;
+
+    static void setFirstDigits(std::span<const T> samples, Digits& first) {
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            first[i] = static_cast<std::uint16_t>(keyOf(samples[i]) >> (keyBits - digitBits));
+        }
+    }
+
+    /// How often each digit is the first.
+    Counts countFirstDigits() const {
+        Counts joined(digits);
+        const auto open = [&](const access::Plan& plan) {
+            return [rows = ParticipatingRows<T>(m_image, m_mask, plan)](KeyCounter& counter,
+                                                                        const access::RowSegment& segment) mutable {
+                rows.open(segment);
+                rows.forEachPiece([&](std::span<const T> samples) {
+                    Digits first;
+                    setFirstDigits(samples, first);
+                    counter.count(reinterpret_cast<const std::uint8_t*>(first.data()), samples.size());
+                });
+            };
+        };
+        const auto join = [&](const KeyCounter& counter) {
+            for (std::size_t digit = 0; digit < digits; ++digit) {
+                joined[digit] += counter[digit];
+            }
+        };
+        withMask(m_image, m_mask, [&](std::initializer_list<const ImageModel*> images) {
+            access::accumulateRows<KeyCounter>(
+                m_context, images, nanosecondsPerVoxel, [] { return std::make_unique<KeyCounter>(); }, open, join);
+        });
+        return joined;
     }
 
     /// How often each digit follows each of the prefixes.
     Counts countDigits(std::span<const std::uint64_t> prefixes, unsigned shift) const {
-        constexpr unsigned keyBits = 8 * sizeof(T);
-        const auto count = [&](std::size_t slots, const auto& add) {
-            return countSamples<T>(m_context, m_image, m_mask, nanosecondsPerVoxel, slots * digits, add);
-        };
-        if (shift + digitBits == keyBits) {
-            return count(1, [&](std::uint64_t* table, std::span<const T> samples) {
-                for (const T value : samples) {
-                    ++table[keyOf(value) >> shift];
-                }
-            });
-        }
         // Most samples have none of the prefixes, which the first digits tell.
         access::CountedVector<std::uint8_t> mayMatch(digits);
         for (const std::uint64_t prefix : prefixes) {
             mayMatch[(prefix << (shift + digitBits)) >> (keyBits - digitBits)] = 1;
         }
-        return count(prefixes.size(), [&](std::uint64_t* tables, std::span<const T> samples) {
-            for (const T value : samples) {
-                const std::uint64_t key = keyOf(value);
-                if (mayMatch[key >> (keyBits - digitBits)] == 0) {
+        const auto add = [&](std::uint64_t* tables, std::span<const T> samples) {
+            Digits first;
+            setFirstDigits(samples, first);
+            for (std::size_t i = 0; i < samples.size(); ++i) {
+                if (mayMatch[first[i]] == 0) {
                     continue;
                 }
+                const std::uint64_t key = keyOf(samples[i]);
                 for (std::size_t slot = 0; slot < prefixes.size(); ++slot) {
                     if (prefixes[slot] == key >> (shift + digitBits)) {
                         ++tables[slot * digits + (key >> shift) % digits];
                     }
                 }
             }
-        });
+        };
+        return countSamples<T>(m_context, m_image, m_mask, nanosecondsPerVoxel, prefixes.size() * digits, add);
     }
 
+    static constexpr unsigned keyBits = 8 * sizeof(T);
     access::ExecutionContext& m_context;
     const ImageModel& m_image;
     const ImageModel* m_mask;
@@ -182,11 +221,7 @@ std::vector<double> selectRanks(access::ExecutionContext& context, const ImageMo
     std::vector<double> values;
     access::dispatch(WideTypes{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
-        const Selection<T> selection(context, image, mask);
-        for (std::size_t i = 0; i < ranks.size(); i += mostSlots) {
-            const std::vector<double> some = selection.values(ranks.subspan(i, std::min(mostSlots, ranks.size() - i)));
-            values.insert(values.end(), some.begin(), some.end());
-        }
+        values = Selection<T>(context, image, mask).values(ranks);
     });
     return values;
 }

@@ -7,6 +7,7 @@
 #include <rix/simd/KernelTargets.h>
 
 #include <hwy/highway.h>
+#include <rix/access/Stores-inl.h>
 #include <rix/simd/DoubleMath-inl.h>
 #include <rix/simd/Trigonometry-inl.h>
 
@@ -71,6 +72,35 @@ BinaryRow<T> row(BinaryOperation operation, RowOperands rows) {
                                         : rowOf<RowOperands::Both, T>(operation);
 }
 
+template <class Operation, RowOperands rows, class T>
+void stream(const T* left, const T* right, T* out, std::size_t count) {
+    const T first = *left;
+    const T second = *right;
+    const auto value = [=](std::size_t i) HWY_ATTR {
+        return Operation::of(rows == RowOperands::Right ? first : left[i],
+                             rows == RowOperands::Left ? second : right[i]);
+    };
+    access::HWY_NAMESPACE::storeRow<access::Stores::Streaming, T>(out, count, value);
+}
+
+template <RowOperands rows, class T>
+BinaryRow<T> streamingRowOf(BinaryOperation operation) {
+    switch (operation) {
+        case BinaryOperation::Add: return &stream<Sum, rows, T>;
+        case BinaryOperation::Subtract: return &stream<Difference, rows, T>;
+        case BinaryOperation::Multiply: return &stream<Product, rows, T>;
+        case BinaryOperation::Divide: return &stream<Quotient, rows, T>;
+        default: return nullptr;
+    }
+}
+
+template <class T>
+BinaryRow<T> streamingRow(BinaryOperation operation, RowOperands rows) {
+    return rows == RowOperands::Left    ? streamingRowOf<RowOperands::Left, T>(operation)
+           : rows == RowOperands::Right ? streamingRowOf<RowOperands::Right, T>(operation)
+                                        : streamingRowOf<RowOperands::Both, T>(operation);
+}
+
 template <class T>
 void negate(const T* in, T* out, std::size_t count) {
     RIX_INDEPENDENT_ITERATIONS
@@ -104,6 +134,13 @@ BinaryRow<T> binaryRow(BinaryOperation operation, RowOperands rows, OptimLevelTy
 }
 template BinaryRow<float> binaryRow<float>(BinaryOperation, RowOperands, OptimLevelType);
 template BinaryRow<double> binaryRow<double>(BinaryOperation, RowOperands, OptimLevelType);
+
+template <class T>
+BinaryRow<T> streamingBinaryRow(BinaryOperation operation, RowOperands rows, OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, streamingRow<T>(operation, rows));
+}
+template BinaryRow<float> streamingBinaryRow<float>(BinaryOperation, RowOperands, OptimLevelType);
+template BinaryRow<double> streamingBinaryRow<double>(BinaryOperation, RowOperands, OptimLevelType);
 
 template <class T>
 UnaryRow<T> unaryRow(UnaryOperation operation, OptimLevelType level) {

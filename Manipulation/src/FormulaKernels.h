@@ -39,6 +39,10 @@ enum class RowOperands : std::uint8_t { Both, Left, Right };
 template <class T>
 BinaryRow<T> binaryRow(BinaryOperation operation, RowOperands rows, OptimLevelType level);
 
+/// The same past the caches; null for operations that take so long that it makes no difference.
+template <class T>
+BinaryRow<T> streamingBinaryRow(BinaryOperation operation, RowOperands rows, OptimLevelType level);
+
 /// The negative, and 1 where a value is 0, else 0.
 enum class UnaryOperation : std::uint8_t { Negate, Not };
 template <class T>

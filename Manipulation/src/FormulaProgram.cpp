@@ -160,7 +160,7 @@ double FormulaProgram::costOf(const Step& step) {
 }
 
 template <class T>
-BoundProgram<T>::BoundProgram(const FormulaProgram& program, OptimLevelType level) : m_program(program) {
+BoundProgram<T>::BoundProgram(const FormulaProgram& program, OptimLevelType level, bool streams) : m_program(program) {
     using Kind = FormulaProgram::Kind;
     using StepKind = FormulaProgram::StepKind;
     for (const double number : program.m_numbers) {
@@ -175,7 +175,12 @@ BoundProgram<T>::BoundProgram(const FormulaProgram& program, OptimLevelType leve
                 const RowOperands rows = step.left.kind == Kind::Number    ? RowOperands::Right
                                          : step.right.kind == Kind::Number ? RowOperands::Left
                                                                            : RowOperands::Both;
-                bound.binary = binaryRow<T>(static_cast<BinaryOperation>(step.operation), rows, level);
+                const auto operation = static_cast<BinaryOperation>(step.operation);
+                const bool isLast = &step == &program.m_steps.back();
+                const BinaryRow<T> streaming =
+                    streams && isLast ? streamingBinaryRow<T>(operation, rows, level) : nullptr;
+                m_streams = streaming != nullptr;
+                bound.binary = m_streams ? streaming : binaryRow<T>(operation, rows, level);
                 break;
             }
         }

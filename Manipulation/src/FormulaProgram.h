@@ -69,7 +69,11 @@ private:
 template <class T>
 class BoundProgram {
 public:
-    BoundProgram(const FormulaProgram& program, OptimLevelType level);
+    /// @param streams results go past the caches, if the last step can do that
+    BoundProgram(const FormulaProgram& program, OptimLevelType level, bool streams);
+
+    /// Whether they do.
+    bool streams() const { return m_streams; }
 
     /// @param images rows of the images that the formula names, by their place; others are not looked at
     /// @param registers working memory of `registers()` rows of `capacity`
@@ -85,6 +89,7 @@ private:
     const FormulaProgram& m_program;
     std::vector<BoundStep> m_steps;
     std::vector<T> m_numbers;
+    bool m_streams = false;
 };
 
 }  // namespace rix::manipulation

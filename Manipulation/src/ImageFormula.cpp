@@ -120,11 +120,14 @@ void process(ImageFormula& algorithm, OptimLevelType level) {
         }
     }
     const auto compute = [&]<class T>(T /*precision*/) {
-        const BoundProgram<T> bound(program, level);
+        const bool streams =
+            computedAs == output.getVoxelType() && access::storesFor(output) == access::Stores::Streaming;
+        const BoundProgram<T> bound(program, level, streams);
         const PieceWork work{.inputs = inputs,
                              .computedAs = computedAs,
                              .workingBytesPerSample = program.registers() * sizeof(T),
-                             .nanosecondsPerVoxel = program.nanoseconds()};
+                             .nanosecondsPerVoxel = program.nanoseconds(),
+                             .streamsItself = bound.streams()};
         computePieces(algorithm.executionContext(), work, output, level, [&](const Piece& piece) {
             std::array<ConstRawData, mostImages> rows{};
             for (std::size_t i = 0; i < rows.size(); ++i) {

@@ -28,7 +28,8 @@ void computePieces(access::ExecutionContext& context, const PieceWork& work, Ima
                    access::FunctionRef<void(const Piece&)> compute) {
     const access::Plan plan = planOf(work, output);
     const access::Stores stores = access::storesFor(output);
-    const bool streams = stores == access::Stores::Streaming;
+    const bool streams =
+        stores == access::Stores::Streaming && !(work.streamsItself && work.computedAs == output.getVoxelType());
     const VoxelTypes outputType = output.getVoxelType();
     const std::size_t outputBytes = helper::getSizeOf(outputType);
     const std::size_t computedBytes = helper::getSizeOf(work.computedAs);

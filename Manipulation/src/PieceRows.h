@@ -24,6 +24,7 @@ struct PieceWork {
     VoxelTypes computedAs;                       ///< the type of `out`: the output's, or a real one
     std::size_t workingBytesPerSample = 0;
     double nanosecondsPerVoxel = 0.1;
+    bool streamsItself = false;  ///< what is computed of the output's type goes past the caches where the output does
 };
 
 /// Calls `compute(piece)` for all pieces of the rows of images, in parallel blocks. Results of another type than the

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include <rix/access/RoundingKernels.h>
 #include <rix/access/Rows.h>
@@ -9,43 +10,41 @@
 #include <rix/access/Scratch.h>
 
 #include "GreyMap.h"
+#include "TileKernels.h"
 
 namespace rix::manipulation {
 
 namespace {
 
-constexpr std::size_t classes = 256;
-/// Shares at the lower ends of the classes, and 1; of values, shares up to each, and one that is not looked at.
-constexpr std::size_t entries = classes + 1;
-constexpr double nanosecondsPerCount = 2.0;
-constexpr double nanosecondsPerVoxel = 8.0;
+constexpr std::size_t classes = TileClasses::count;
+constexpr std::size_t entries = TileClasses::entries;
+constexpr double nanosecondsPerCount = 1.0;
+constexpr double nanosecondsPerVoxel = 3.0;
+constexpr std::size_t pieceLength = TileKernels::mostValues;
 
-using Shares = access::CountedVector<float>;
+using Shares = access::CountedVector<SharePair>;
 
-/// The place of a grey value among the classes.
-class Classes {
-public:
-    Classes(const analysis::GreyRange& range, bool areValues)
-        : m_range(range), m_length(range.maximum * 0.5 - range.minimum * 0.5), m_areValues(areValues) {}
+/// Neighbours are often alike, and a count waits for the one before of its class: two tables take turns.
+constexpr std::size_t countTables = 2;
+/// Tables of so many tiles lie in the first-level cache.
+constexpr std::size_t tilesAtATime = 8;
 
-    /// From 0 to the number of classes; NaN for NaN.
-    double placeOf(double value) const {
-        if (m_areValues) {
-            return value - m_range.minimum;
-        }
-        if (!(value > m_range.minimum)) {
-            return value == value ? 0.0 : value;
-        }
-        return value < m_range.maximum ? (value * 0.5 - m_range.minimum * 0.5) / m_length * classes : double{classes};
+/// As many values as whole vectors hold.
+std::size_t inVectors(std::size_t count) {
+    return (count + TileKernels::vector - 1) / TileKernels::vector * TileKernels::vector;
+}
+
+/// Calls `use(first, values, n)` for pieces of a row, whose values fill whole vectors up.
+template <class Use>
+void inPieces(const double* row, std::size_t count, const Use& use) {
+    double values[pieceLength];
+    for (std::size_t first = 0; first < count; first += pieceLength) {
+        const std::size_t n = std::min(pieceLength, count - first);
+        std::copy_n(row + first, n, values);
+        std::fill(values + n, values + inVectors(n), 0.0);
+        use(first, values, n);
     }
-    static std::size_t classAt(double place) { return std::min(static_cast<std::size_t>(place), classes - 1); }
-    bool areValues() const { return m_areValues; }
-
-private:
-    analysis::GreyRange m_range;
-    double m_length;
-    bool m_areValues;
-};
+}
 
 /// The shares of a tile from the counts of its classes.
 void setShares(const std::uint32_t* counts, double clipLimit, bool areValues, float* shares) {
@@ -68,72 +67,62 @@ void setShares(const std::uint32_t* counts, double clipLimit, bool areValues, fl
     shares[classes] = 1.0F;
 }
 
+/// Counts the finite values of a row of a tile.
+void countValues(const double* row, std::size_t count, const TileClasses& of, const TileKernels& kernels,
+                 std::uint32_t* counts) {
+    inPieces(row, count, [&](std::size_t /*first*/, const double* values, std::size_t n) {
+        std::int32_t classOf[pieceLength];
+        kernels.classesOf(values, inVectors(n), of, classOf);
+        for (std::size_t i = 0; i < n; ++i) {
+            const bool isCounted = of.areValues || std::isfinite(values[i]);
+            counts[i % countTables * classes + static_cast<std::size_t>(classOf[i])] += isCounted ? 1U : 0U;
+        }
+    });
+}
+
 /// The shares of all tiles, those of a row of tiles one behind the other.
-Shares sharesOf(access::ExecutionContext& context, const ImageModel& input, const Classes& place,
-                const std::array<TileAxis, 3>& axes, double clipLimit) {
+Shares sharesOf(access::ExecutionContext& context, const ImageModel& input, const TileClasses& of,
+                const TileKernels& kernels, const std::array<TileAxis, 3>& axes, double clipLimit) {
     const auto& [columns, rows, planes] = axes;
     Shares shares(columns.tiles() * rows.tiles() * planes.tiles() * entries);
-    const std::size_t width = input.getNumOf(COLUMNS);
-    const double voxels = static_cast<double>(width) * static_cast<double>(rows.end(0) * planes.end(0));
+    const double voxels =
+        static_cast<double>(input.getNumOf(COLUMNS)) * static_cast<double>(rows.end(0) * planes.end(0));
     access::forEachPart(context, rows.tiles() * planes.tiles(), voxels * nanosecondsPerCount, [&](std::size_t part) {
-        access::CountedVector<std::uint32_t> counts(columns.tiles() * classes);
         access::RowReader<double> reader(input);
         const std::size_t tileRow = part % rows.tiles();
         const std::size_t tilePlane = part / rows.tiles();
-        access::RowSegment segment;
-        segment.count = width;
-        for (segment.plane = planes.begin(tilePlane); segment.plane < planes.end(tilePlane); ++segment.plane) {
-            for (segment.row = rows.begin(tileRow); segment.row < rows.end(tileRow); ++segment.row) {
-                const double* const row = reader.read(segment);
-                for (std::size_t tile = 0; tile < columns.tiles(); ++tile) {
-                    std::uint32_t* const ofTile = counts.data() + tile * classes;
-                    for (std::size_t x = columns.begin(tile); x < columns.end(tile); ++x) {
-                        if (std::isfinite(row[x])) {
-                            ++ofTile[Classes::classAt(place.placeOf(row[x]))];
-                        }
+        for (std::size_t first = 0; first < columns.tiles(); first += tilesAtATime) {
+            const std::size_t end = std::min(first + tilesAtATime, columns.tiles());
+            std::uint32_t counts[tilesAtATime][countTables * classes] = {};
+            access::RowSegment segment;
+            segment.column = columns.begin(first);
+            segment.count = columns.end(end - 1) - segment.column;
+            for (segment.plane = planes.begin(tilePlane); segment.plane < planes.end(tilePlane); ++segment.plane) {
+                for (segment.row = rows.begin(tileRow); segment.row < rows.end(tileRow); ++segment.row) {
+                    const double* const row = reader.read(segment);
+                    for (std::size_t tile = first; tile < end; ++tile) {
+                        const std::size_t begin = columns.begin(tile);
+                        countValues(row + (begin - segment.column), columns.end(tile) - begin, of, kernels,
+                                    counts[tile - first]);
+                    }
+                }
+            }
+            for (std::size_t tile = first; tile < end; ++tile) {
+                std::uint32_t* const ofTile = counts[tile - first];
+                std::transform(ofTile, ofTile + classes, ofTile + classes, ofTile, std::plus<>());
+                float ofClasses[entries];
+                setShares(ofTile, clipLimit, of.areValues, ofClasses);
+                SharePair* const pairs = shares.data() + (part * columns.tiles() + tile) * entries;
+                for (std::size_t k = 0; k < entries; ++k) {
+                    pairs[k].ofTile = ofClasses[k];
+                    if (tile > 0) {
+                        (pairs + k - entries)->ofNext = ofClasses[k];
                     }
                 }
             }
         }
-        for (std::size_t tile = 0; tile < columns.tiles(); ++tile) {
-            setShares(counts.data() + tile * classes, clipLimit, place.areValues(),
-                      shares.data() + (part * columns.tiles() + tile) * entries);
-        }
     });
     return shares;
-}
-
-/// A row of shares of tiles, of which the tiles around a voxel are looked up, and its weight.
-struct TileRow {
-    const float* shares;
-    float weight;
-};
-
-/// Replaces a row of values by their shares.
-void mapRow(double* row, std::size_t firstColumn, std::size_t count, const Classes& classesOf, const TileAxis& columns,
-            const std::array<TileRow, 4>& tileRows, const analysis::GreyRange& full) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const double place = classesOf.placeOf(row[i]);
-        if (place != place) {
-            continue;
-        }
-        const std::size_t k = Classes::classAt(place);
-        const auto way = classesOf.areValues() ? 0.0F : static_cast<float>(place - static_cast<double>(k));
-        const TileAxis::Between between = columns.at(firstColumn + i);
-        float share = 0.0F;
-        for (const TileRow& tileRow : tileRows) {
-            if (tileRow.weight == 0.0F) {
-                continue;
-            }
-            const float* const first = tileRow.shares + between.first * entries + k;
-            const float* const second = tileRow.shares + between.second * entries + k;
-            const float ofFirst = first[0] + (first[1] - first[0]) * way;
-            const float ofSecond = second[0] + (second[1] - second[0]) * way;
-            share += tileRow.weight * (ofFirst + (ofSecond - ofFirst) * between.share);
-        }
-        const double bounded = std::min(static_cast<double>(share), 1.0);
-        row[i] = full.minimum * (1.0 - bounded) + full.maximum * bounded;
-    }
 }
 
 }  // namespace
@@ -169,34 +158,50 @@ void TileEqualization::run(BaseAlgorithm& algorithm, OptimLevelType level, const
         range = {0.0, 0.0};
     }
     const analysis::GreyRange full = fullRangeOf(input, range);
-    const Classes place(range, areValues);
+    const TileClasses of{range.minimum, range.maximum, areValues};
+    const TileKernels kernels = tileKernels(level);
     const std::array<TileAxis, 3> axes{TileAxis(input.getNumOf(COLUMNS), m_sizes[0]),
                                        TileAxis(input.getNumOf(ROWS), m_sizes[1]),
                                        TileAxis(input.getNumOf(PLANS), m_sizes[2])};
-    const Shares shares = sharesOf(context, input, place, axes, m_clipLimit);
+    const Shares shares = sharesOf(context, input, of, kernels, axes, m_clipLimit);
     const auto& [columns, rows, planes] = axes;
+    const std::size_t width = input.getNumOf(COLUMNS);
+    access::CountedVector<std::int32_t> tiles(width + TileKernels::vector);
+    access::CountedVector<float> ways(tiles.size());
+    for (std::size_t x = 0; x < tiles.size(); ++x) {
+        const TileAxis::Between between = columns.at(std::min(x, width - 1));
+        tiles[x] = static_cast<std::int32_t>(between.first);
+        ways[x] = between.share;
+    }
     const access::RoundingRow round = access::roundingRow(RIX_FLOAT64, output.getVoxelType(), level);
+    const std::size_t outputBytes = helper::getElementSize(output);
     const access::Plan plan =
         access::cutBoxes({&input}, {&output}, {.reach = {}, .nanosecondsPerVoxel = nanosecondsPerVoxel});
     access::run(context, plan, [&](const access::Block& block) {
         access::RowReader<double> reader(input, plan);
         access::RawRowWriter writer(output, plan);
-        const access::Scratch values(block.columns().length() * sizeof(double));
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             const double* const in = reader.read(segment);
-            std::copy_n(in, segment.count, values.as<double>());
             const TileAxis::Between y = rows.at(segment.row);
             const TileAxis::Between z = planes.at(segment.plane);
-            const auto rowOf = [&](std::size_t tileRow, std::size_t tilePlane, float weight) {
-                return TileRow{shares.data() + (tilePlane * rows.tiles() + tileRow) * columns.tiles() * entries,
-                               weight};
+            TileRow tileRows[4];
+            TileMap map{of, full.minimum, full.maximum, tileRows, 0};
+            const auto add = [&](std::size_t tileRow, std::size_t tilePlane, float weight) {
+                if (weight != 0.0F) {
+                    const std::size_t first = (tilePlane * rows.tiles() + tileRow) * columns.tiles() * entries;
+                    tileRows[map.numberOfTileRows++] = {shares.data() + first, weight};
+                }
             };
-            const std::array<TileRow, 4> tileRows{rowOf(y.first, z.first, (1.0F - y.share) * (1.0F - z.share)),
-                                                  rowOf(y.second, z.first, y.share * (1.0F - z.share)),
-                                                  rowOf(y.first, z.second, (1.0F - y.share) * z.share),
-                                                  rowOf(y.second, z.second, y.share * z.share)};
-            mapRow(values.as<double>(), segment.column, segment.count, place, columns, tileRows, full);
-            round(values.data(), writer.open(segment), segment.count);
+            add(y.first, z.first, (1.0F - y.share) * (1.0F - z.share));
+            add(y.second, z.first, y.share * (1.0F - z.share));
+            add(y.first, z.second, (1.0F - y.share) * z.share);
+            add(y.second, z.second, y.share * z.share);
+            const RawData out = writer.open(segment);
+            inPieces(in, segment.count, [&](std::size_t first, double* values, std::size_t n) {
+                const std::size_t column = segment.column + first;
+                kernels.map(values, inVectors(n), map, tiles.data() + column, ways.data() + column);
+                round(values, out + first * outputBytes, n);
+            });
             writer.flush();
         });
     });
@@ -206,10 +211,10 @@ std::size_t TileEqualization::memory(const std::array<std::size_t, 3>& extents, 
     const std::array<TileAxis, 3> axes{TileAxis(extents[0], m_sizes[0]), TileAxis(extents[1], m_sizes[1]),
                                        TileAxis(extents[2], m_sizes[2])};
     const std::size_t tiles = axes[0].tiles() * axes[1].tiles() * axes[2].tiles();
-    // Rows as they are, in double precision, their results, and those in the output's type.
-    const std::size_t rows = 4 * access::Scratch::held(extents[0] * sizeof(double));
-    const std::size_t counts = axes[0].tiles() * classes * sizeof(std::uint32_t);
-    return tiles * entries * sizeof(float) + threads * (rows + counts);
+    // Rows as they are, in double precision, and in the output's type.
+    const std::size_t rows = 3 * access::Scratch::held(extents[0] * sizeof(double));
+    const std::size_t columns = (extents[0] + TileKernels::vector) * (sizeof(std::int32_t) + sizeof(float));
+    return tiles * entries * sizeof(SharePair) + columns + threads * rows;
 }
 
 }  // namespace rix::manipulation

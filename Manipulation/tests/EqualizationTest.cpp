@@ -271,9 +271,9 @@ void referenceTiles(const std::vector<double>& in, std::vector<Real>& out, const
 }
 
 template <class Filter>
-void expectTiles(const std::array<std::size_t, 3>& sizes, double clipLimit) {
+void expectTiles(const std::array<std::size_t, 3>& sizes, double clipLimit,
+                 const Extents& extents = {53, 38, 5, 2, 1}) {
     constexpr bool hasPlanes = requires(Filter& filter) { filter.kernelSizeZ; };
-    const Extents extents{53, 38, 5, 2, 1};
     for (const VoxelTypes type : realTypes) {
         const io::MemoryImage image = grayImage(type, extents);
         std::vector<Real> aims;
@@ -322,6 +322,8 @@ void expectTiles(const std::array<std::size_t, 3>& sizes, double clipLimit) {
 TEST(ContrastLimitedEqualization, InterpolatesBetweenTheTilesOfPlanes) {
     expectTiles<ContrastLimitedEqualization2d>({16, 9, 1}, 0.03);
     expectTiles<ContrastLimitedEqualization2d>({100, 64, 1}, 1.0);
+    // More columns and tiles than are looked at together.
+    expectTiles<ContrastLimitedEqualization2d>({61, 8, 1}, 0.05, {1043, 9, 1, 1, 1});
 }
 
 TEST(ContrastLimitedEqualization, InterpolatesBetweenTheTilesOfVolumes) {

@@ -17,49 +17,84 @@ using Reals = hn::Rebind<float, Words>;
 using Integers = hn::Rebind<std::int32_t, Words>;
 using WordVector = hn::Vec<Words>;
 using RealVector = hn::Vec<Reals>;
+using Wides = hn::CappedTag<std::uint64_t, blockLanes / 2>;
+using WideVector = hn::Vec<Wides>;
 
-/// The high and the low words of the products of all lanes with a number.
-HWY_INLINE void multiply(WordVector a, std::uint32_t factor, WordVector& high, WordVector& low) {
-    const Words d;
+/// A word of as many blocks as a vector has words: those of even blocks in the low halves of wide lanes, and those of
+/// odd ones. So words stay where products leave them. High halves hold anything.
+struct WordPair {
+    WideVector even;
+    WideVector odd;
+};
+
+/// The products of the low halves of all lanes with a number.
+HWY_INLINE WideVector multiply(WideVector a, std::uint32_t factor) {
 #if HWY_TARGET == HWY_SCALAR
-    const std::uint64_t product = std::uint64_t{hn::GetLane(a)} * factor;
-    high = hn::Set(d, static_cast<std::uint32_t>(product >> 32U));
-    low = hn::Set(d, static_cast<std::uint32_t>(product));
+    return hn::Set(Wides(), (hn::GetLane(a) & 0xffffffffU) * factor);
 #else
-    const hn::RepartitionToWide<Words> wide;
-    const auto by = hn::Set(d, factor);
-    const auto even = hn::MulEven(a, by);
-    const auto odd = hn::MulEven(hn::BitCast(d, hn::ShiftRight<32>(hn::BitCast(wide, a))), by);
-    high = hn::OddEven(hn::BitCast(d, odd), hn::BitCast(d, hn::ShiftRight<32>(even)));
-    low = hn::OddEven(hn::BitCast(d, hn::ShiftLeft<32>(odd)), hn::BitCast(d, even));
+    const Words d;
+    return hn::MulEven(hn::BitCast(d, a), hn::Set(d, factor));
+#endif
+}
+HWY_INLINE WordPair multiply(const WordPair& a, std::uint32_t factor) {
+    return {multiply(a.even, factor), multiply(a.odd, factor)};
+}
+
+/// The high words of products, each with a word and a number by exclusive or.
+HWY_INLINE WordPair mixed(const WordPair& products, const WordPair& words, std::uint32_t number) {
+    const auto key = hn::Set(Wides(), std::uint64_t{number});
+    return {hn::Xor(hn::ShiftRight<32>(products.even), hn::Xor(words.even, key)),
+            hn::Xor(hn::ShiftRight<32>(products.odd), hn::Xor(words.odd, key))};
+}
+HWY_INLINE WordPair mixed(const WordPair& words, std::uint32_t number) {
+    const auto key = hn::Set(Wides(), std::uint64_t{number});
+    return {hn::Xor(words.even, key), hn::Xor(words.odd, key)};
+}
+
+HWY_INLINE void store(const WordPair& words, std::uint32_t* out) {
+#if HWY_TARGET == HWY_SCALAR
+    out[0] = static_cast<std::uint32_t>(hn::GetLane(words.even));
+    out[1] = static_cast<std::uint32_t>(hn::GetLane(words.odd));
+#else
+    const Words d;
+    hn::StoreU(hn::OddEven(hn::BitCast(d, hn::ShiftLeft<32>(words.odd)), hn::BitCast(d, words.even)), d, out);
 #endif
 }
 
-/// The four words of the blocks from `block` on, a block a lane.
-HWY_INLINE void blocks(const NoiseRow& row, std::uint32_t block, WordVector& w0, WordVector& w1, WordVector& w2,
-                       WordVector& w3) {
-    const Words d;
-    w0 = hn::Iota(d, block);
-    w1 = hn::Set(d, row.row);
-    w2 = hn::Set(d, row.plane);
-    w3 = hn::Set(d, row.frame);
-    std::uint32_t key0 = row.key0;
-    std::uint32_t key1 = row.key1;
-    HWY_UNROLL(10)
-    for (int round = 0; round < philox::rounds; ++round) {
-        WordVector high0;
-        WordVector low0;
-        WordVector high1;
-        WordVector low1;
-        multiply(w0, philox::multiplier0, high0, low0);
-        multiply(w2, philox::multiplier1, high1, low1);
-        w0 = hn::Xor(high1, hn::Xor(w1, hn::Set(d, key0)));
-        w2 = hn::Xor(high0, hn::Xor(w3, hn::Set(d, key1)));
-        w1 = low1;
-        w3 = low0;
+/// The four words of the blocks from `block` on, a group's width apart in `out`.
+HWY_INLINE void storeBlocks(const NoiseRow& row, std::uint32_t block, std::uint32_t* out) {
+    const Wides d;
+    const auto number = hn::Add(hn::Set(d, std::uint64_t{block}), hn::ShiftLeft<1>(hn::Iota(d, 0)));
+    // Blocks differ in word 0, and after the first round in words 2 and 3: half of the products of the first two rounds
+    // are those of numbers.
+    const std::uint64_t ofPlane = std::uint64_t{row.plane} * philox::multiplier1;
+    const std::uint32_t second = static_cast<std::uint32_t>(ofPlane >> 32U) ^ row.row ^ row.key0;
+    const std::uint64_t ofSecond = std::uint64_t{second} * philox::multiplier0;
+    std::uint32_t key0 = row.key0 + philox::step0;
+    std::uint32_t key1 = row.key1 + philox::step1;
+    const WordPair first = multiply({number, hn::Add(number, hn::Set(d, std::uint64_t{1}))}, philox::multiplier0);
+    const auto zero = hn::Zero(d);
+    const WordPair next = multiply(mixed(first, {zero, zero}, row.frame ^ row.key1), philox::multiplier1);
+    WordPair w0 = mixed(next, {zero, zero}, static_cast<std::uint32_t>(ofPlane) ^ key0);
+    WordPair w1 = next;
+    WordPair w2 = mixed(first, static_cast<std::uint32_t>(ofSecond >> 32U) ^ key1);
+    const auto last = hn::Set(d, ofSecond & 0xffffffffU);
+    WordPair w3 = {last, last};
+    HWY_UNROLL(8)
+    for (int round = 2; round < philox::rounds; ++round) {
         key0 += philox::step0;
         key1 += philox::step1;
+        const WordPair product0 = multiply(w0, philox::multiplier0);
+        const WordPair product1 = multiply(w2, philox::multiplier1);
+        w0 = mixed(product1, w1, key0);
+        w2 = mixed(product0, w3, key1);
+        w1 = product1;
+        w3 = product0;
     }
+    store(w0, out);
+    store(w1, out + blockLanes);
+    store(w2, out + 2 * blockLanes);
+    store(w3, out + 3 * blockLanes);
 }
 
 HWY_INLINE RealVector multiplyAdd(RealVector a, RealVector b, float c) {
@@ -126,48 +161,37 @@ HWY_INLINE void normals(WordVector radiusWord, WordVector angleWord, RealVector&
 }
 
 void words(const NoiseRow& row, std::uint32_t firstGroup, std::size_t groups, std::uint32_t* out) {
-    const Words d;
+    constexpr std::size_t step = 2 * hn::MaxLanes(Wides());
     for (std::size_t group = 0; group < groups; ++group) {
         const std::uint32_t block = (firstGroup + static_cast<std::uint32_t>(group)) * blockLanes;
-        for (std::size_t i = 0; i < blockLanes; i += hn::Lanes(d)) {
-            WordVector w0;
-            WordVector w1;
-            WordVector w2;
-            WordVector w3;
-            blocks(row, block + static_cast<std::uint32_t>(i), w0, w1, w2, w3);
-            hn::StoreU(w0, d, out + i);
-            hn::StoreU(w1, d, out + blockLanes + i);
-            hn::StoreU(w2, d, out + 2 * blockLanes + i);
-            hn::StoreU(w3, d, out + 3 * blockLanes + i);
+        for (std::size_t i = 0; i < blockLanes; i += step) {
+            storeBlocks(row, block + static_cast<std::uint32_t>(i), out + i);
         }
         out += groupVoxels;
     }
 }
 
+/// Some groups' words first, then their deviates: short loops, of which the processor has several turns under way.
 void gaussians(const NoiseRow& row, std::uint32_t firstGroup, std::size_t groups, float mean, float deviation,
                float* out) {
-    const Reals d;
-    const auto scale = hn::Set(d, deviation);
-    for (std::size_t group = 0; group < groups; ++group) {
-        const std::uint32_t block = (firstGroup + static_cast<std::uint32_t>(group)) * blockLanes;
-        for (std::size_t i = 0; i < blockLanes; i += hn::Lanes(d)) {
-            WordVector w0;
-            WordVector w1;
-            WordVector w2;
-            WordVector w3;
-            blocks(row, block + static_cast<std::uint32_t>(i), w0, w1, w2, w3);
-            RealVector n0;
-            RealVector n1;
-            RealVector n2;
-            RealVector n3;
-            normals(w0, w1, n0, n1);
-            normals(w2, w3, n2, n3);
-            hn::StoreU(multiplyAdd(n0, scale, mean), d, out + i);
-            hn::StoreU(multiplyAdd(n1, scale, mean), d, out + blockLanes + i);
-            hn::StoreU(multiplyAdd(n2, scale, mean), d, out + 2 * blockLanes + i);
-            hn::StoreU(multiplyAdd(n3, scale, mean), d, out + 3 * blockLanes + i);
+    constexpr std::size_t most = 8;
+    const Words d;
+    const Reals reals;
+    const auto scale = hn::Set(reals, deviation);
+    for (std::size_t group = 0; group < groups; group += most) {
+        const std::size_t some = groups - group < most ? groups - group : most;
+        std::uint32_t drawn[most * groupVoxels];
+        words(row, firstGroup + static_cast<std::uint32_t>(group), some, drawn);
+        for (std::size_t half = 0; half < some * groupVoxels; half += 2 * blockLanes) {
+            for (std::size_t i = half; i < half + blockLanes; i += hn::Lanes(d)) {
+                RealVector first;
+                RealVector second;
+                normals(hn::LoadU(d, drawn + i), hn::LoadU(d, drawn + blockLanes + i), first, second);
+                hn::StoreU(multiplyAdd(first, scale, mean), reals, out + i);
+                hn::StoreU(multiplyAdd(second, scale, mean), reals, out + blockLanes + i);
+            }
         }
-        out += groupVoxels;
+        out += some * groupVoxels;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <deque>
+#include <numeric>
 #include <vector>
 
 #include <rix/access/Pieces.h>
@@ -84,11 +85,27 @@ private:
     std::array<Sample*, mostImages> m_rows{};
 };
 
+/// What each byte stands for: colours of 8 bits pass the curve of sRGB by 256 numbers.
+template <class Real>
+using ByteTable = std::array<Real, 256>;
+
+template <class Real>
+void lookUp(const ByteTable<Real>& table, const Real* bytes, Real* out, std::size_t count) {
+    const auto* const in = reinterpret_cast<const std::uint8_t*>(bytes);
+    for (std::size_t i = 0; i < count; ++i) {
+        out[i] = table[in[i]];
+    }
+}
+
 template <class Real>
 class Conversion {
 public:
     Conversion(OptimLevelType level, const ImageModel& input, ImageModel& output, const ColorWork& work)
         : m_level(level),
+          m_decode(decodeRow<Real>(level)),
+          m_encode(encodeRow<Real>(level)),
+          m_round(access::roundingRow(access::voxelTypeOf<Real>, output.getVoxelType(), level)),
+          m_stream(access::streamRow(level)),
           m_inputs(channelViews(input)),
           m_output(output),
           m_outputs(channelViews(output)),
@@ -100,7 +117,23 @@ public:
           m_outputCode(codeOf(work.to, work.largestOut)),
           m_decodes(access::contains(access::Integers{}, input.getVoxelType())),
           m_encodes(access::contains(access::Integers{}, output.getVoxelType())),
-          m_outputType(output.getVoxelType()) {}
+          m_outputType(output.getVoxelType()) {
+        const auto toLinear = stepFromRgb<Real>(ConvertColorSpace::LINEAR_RGB, level);
+        m_looksUp = input.getVoxelType() == RIX_UINT8 && !work.inputIsBinary && work.from == ConvertColorSpace::RGB &&
+                    !m_steps.empty() && m_steps.front() == toLinear;
+        if (m_looksUp) {
+            std::iota(m_opacities.begin(), m_opacities.end(), Real(0));
+            m_decode(m_opacities.data(), m_linear.data(), m_linear.size(), m_inputCode[0]);
+            ByteTable<Real> others = m_linear;
+            ByteTable<Real> more = m_linear;
+            Real* const rows[] = {m_linear.data(), others.data(), more.data()};
+            toLinear(rows, rows, m_linear.size());
+            m_steps.erase(m_steps.begin());
+            if (m_work.largestIn != m_work.largestOut) {
+                m_decode(m_opacities.data(), m_opacities.data(), m_opacities.size(), opacityCode());
+            }
+        }
+    }
 
     void run(access::ExecutionContext& context) {
         const auto image = [](auto& channels, std::size_t i) { return &channels[std::min(i, channels.size() - 1)]; };
@@ -150,13 +183,20 @@ public:
 
 private:
     access::PieceInput pieceInput(std::size_t channel) const {
-        return {m_inputs[channel], access::voxelTypeOf<Real>, m_work.inputIsBinary};
+        return {m_inputs[channel], m_looksUp ? RIX_UINT8 : access::voxelTypeOf<Real>, m_work.inputIsBinary};
     }
+    ChannelCode opacityCode() const { return {m_work.largestIn / m_work.largestOut, 0.0, 0.0}; }
 
-    /// @param in rows of the input's samples, which stay as they are @param out rows for those of the output
+    /// @param in rows of the input's samples, bytes where these are looked up; they stay as they are @param out rows
+    /// for those of the output
     void compute(const Real* const* in, Real* const* out, std::size_t count) const {
         const Real* const* values = in;
-        if (m_decodes || m_steps.empty()) {
+        if (m_looksUp) {
+            for (std::size_t i = 0; i < m_colorsIn; ++i) {
+                lookUp(m_linear, in[i], out[i], count);
+            }
+            values = out;
+        } else if (m_decodes || m_steps.empty()) {
             for (std::size_t i = 0; i < m_colorsIn; ++i) {
                 decodeOr(m_decodes, in[i], out[i], count, m_inputCode[i]);
             }
@@ -167,16 +207,17 @@ private:
             values = out;
         }
         for (std::size_t i = 0; i < m_colorsOut && m_encodes; ++i) {
-            encodeRow<Real>(m_level)(out[i], out[i], count, m_outputCode[i]);
+            m_encode(out[i], out[i], count, m_outputCode[i]);
         }
-        if (m_inputs.size() > m_colorsIn) {
-            const ChannelCode opacity{m_work.largestIn / m_work.largestOut, 0.0, 0.0};
-            decodeOr(m_work.largestIn != m_work.largestOut, in[m_colorsIn], out[m_colorsOut], count, opacity);
+        if (m_inputs.size() > m_colorsIn && m_looksUp) {
+            lookUp(m_opacities, in[m_colorsIn], out[m_colorsOut], count);
+        } else if (m_inputs.size() > m_colorsIn) {
+            decodeOr(m_work.largestIn != m_work.largestOut, in[m_colorsIn], out[m_colorsOut], count, opacityCode());
         }
     }
     void decodeOr(bool decodes, const Real* in, Real* out, std::size_t count, const ChannelCode& code) const {
         if (decodes) {
-            decodeRow<Real>(m_level)(in, out, count, code);
+            m_decode(in, out, count, code);
         } else {
             std::memcpy(out, in, count * sizeof(Real));
         }
@@ -184,13 +225,17 @@ private:
 
     void store(const Real* values, std::uint8_t* streamed, RawData out, std::size_t count) const {
         const RawData target = streamed != nullptr ? streamed : out;
-        access::roundingRow(access::voxelTypeOf<Real>, m_outputType, m_level)(values, target, count);
+        m_round(values, target, count);
         if (streamed != nullptr) {
-            access::streamRow(m_level)(out, target, count * helper::getSizeOf(m_outputType));
+            m_stream(out, target, count * helper::getSizeOf(m_outputType));
         }
     }
 
     OptimLevelType m_level;
+    CodeRow<Real> m_decode;
+    CodeRow<Real> m_encode;
+    access::RoundingRow m_round;
+    access::StreamRow m_stream;
     std::deque<ImageModelSizeProxy> m_inputs;
     const ImageModel& m_output;
     std::deque<ImageModelSizeProxy> m_outputs;
@@ -203,6 +248,9 @@ private:
     bool m_decodes;
     bool m_encodes;
     VoxelTypes m_outputType;
+    bool m_looksUp = false;
+    ByteTable<Real> m_linear{};
+    ByteTable<Real> m_opacities{};
 };
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <array>
 #include <complex>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include <rix/access/Rows.h>
 #include <rix/access/Scratch.h>
@@ -20,38 +22,51 @@ inline constexpr std::size_t linesAbreast = 16;
 /// Rows that are gathered together, so that each line gets a line of the cache at a time.
 inline constexpr std::size_t rowsAbreast = 8;
 
-/// to[l][i] = from[i][l] for some rows.
+/// target(column)[row] = source(row)[column]. Elements of eight bytes are moved two by two in vectors that every
+/// processor has.
+template <class T, class Source, class Target>
+void transpose(std::size_t rows, std::size_t columns, const Source& source, const Target& target) {
+    using Two = std::uint64_t __attribute__((vector_size(16)));
+    const std::size_t even = sizeof(T) == sizeof(std::uint64_t) && rows % 2 == 0 ? columns & ~std::size_t{1} : 0;
+    for (std::size_t column = 0; column < even; column += 2) {
+        for (std::size_t row = 0; row < rows; row += 2) {
+            Two first;
+            Two second;
+            std::memcpy(&first, source(row) + column, sizeof first);
+            std::memcpy(&second, source(row + 1) + column, sizeof second);
+            const Two left = __builtin_shufflevector(first, second, 0, 2);
+            const Two right = __builtin_shufflevector(first, second, 1, 3);
+            std::memcpy(static_cast<void*>(target(column) + row), &left, sizeof left);
+            std::memcpy(static_cast<void*>(target(column + 1) + row), &right, sizeof right);
+        }
+    }
+    for (std::size_t column = even; column < columns; ++column) {
+        for (std::size_t row = 0; row < rows; ++row) {
+            target(column)[row] = source(row)[column];
+        }
+    }
+}
+
+/// to[l][i] = from[i][l] for some rows. The usual number is a constant to the compiler.
 template <class T>
 void gather(const T* const* from, std::size_t rows, std::size_t lines, T* to, std::size_t pitch) {
+    const auto source = [=](std::size_t row) { return from[row]; };
+    const auto target = [=](std::size_t line) { return to + line * pitch; };
     if (rows == rowsAbreast) {
-        for (std::size_t l = 0; l < lines; ++l) {
-            for (std::size_t i = 0; i < rowsAbreast; ++i) {
-                to[l * pitch + i] = from[i][l];
-            }
-        }
-        return;
-    }
-    for (std::size_t l = 0; l < lines; ++l) {
-        for (std::size_t i = 0; i < rows; ++i) {
-            to[l * pitch + i] = from[i][l];
-        }
+        transpose<T>(rowsAbreast, lines, source, target);
+    } else {
+        transpose<T>(rows, lines, source, target);
     }
 }
 
 template <class T>
 void scatter(const T* from, std::size_t pitch, std::size_t rows, std::size_t lines, T* const* to) {
+    const auto source = [=](std::size_t line) { return from + line * pitch; };
+    const auto target = [=](std::size_t row) { return to[row]; };
     if (lines == linesAbreast) {
-        for (std::size_t i = 0; i < rows; ++i) {
-            for (std::size_t l = 0; l < linesAbreast; ++l) {
-                to[i][l] = from[l * pitch + i];
-            }
-        }
-        return;
-    }
-    for (std::size_t i = 0; i < rows; ++i) {
-        for (std::size_t l = 0; l < lines; ++l) {
-            to[i][l] = from[l * pitch + i];
-        }
+        transpose<T>(linesAbreast, rows, source, target);
+    } else {
+        transpose<T>(lines, rows, source, target);
     }
 }
 
