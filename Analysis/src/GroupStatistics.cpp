@@ -9,6 +9,7 @@
 #include <rix/access/BlockSize.h>
 #include <rix/access/Joins.h>
 #include <rix/access/MemoryAccount.h>
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "Int128.h"
@@ -191,6 +192,7 @@ void measureCounts(access::ExecutionContext& context, const Group& group, std::s
                    GroupStatistics& result) {
     constexpr int lowest = std::numeric_limits<T>::min();
     constexpr std::size_t values = std::size_t{1} << (8 * sizeof(T));
+    const access::Steps steps(context, {1.0, 0.5, 0.5});
     const Counts counts = countsOfValues<T>(context, group);
     const auto valueOf = [](std::size_t index) { return static_cast<double>(index) + lowest; };
     Moments& moments = result.moments;
@@ -255,6 +257,7 @@ void selectQuantiles(access::ExecutionContext& context, const Group& group, std:
 template <class T>
 void measureSums(access::ExecutionContext& context, OptimLevelType level, const Group& group,
                  std::span<const double> quantiles, GroupStatistics& result) {
+    const access::Steps steps(context, {1.0, 1.0, quantiles.empty() ? 0.0 : 2.0});
     static_cast<Summary&>(result) = summarise<T>(context, level, group);
     if (result.moments.count == 0) {
         return;

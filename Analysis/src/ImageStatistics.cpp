@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 
+#include <rix/access/Steps.h>
 #include <rix/algorithms/Definition.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/properties/EnumInfo.h>
@@ -128,6 +129,7 @@ void process(ImageStatistics& algorithm, OptimLevelType level) {
     ImageStatisticsMsr& table = *algorithm.getOutputMeasurement();
     table.reset(planes * frames * channels, request.texts);
     table.groupColumns = {planes > 1, frames > 1, channels > 1};
+    const access::Steps groups(algorithm.executionContext(), table.count.size());
     for (std::size_t row = 0; row < table.count.size(); ++row) {
         const Position origin{0, 0, row % planes, row / planes % frames, row / planes / frames};
         std::optional<ImageModelSizeProxy> part;

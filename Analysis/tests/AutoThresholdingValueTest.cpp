@@ -1,21 +1,8 @@
 // The algorithm against histograms and criteria written from their definitions, and what it does at the edges.
 
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <rix/analysis/AutoThresholdingValue.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/ImageModelSizeProxy.h>
-#include <rix/settings/Settings.h>
 
-#include "Failures.h"
-#include "ImageFactories.h"
-#include "ImageSamples.h"
-#include "Levels.h"
 #include "ReferenceThresholds.h"
-#include "Storages.h"
 
 namespace rix::analysis {
 namespace {
@@ -223,34 +210,6 @@ TEST(AutoThresholdingValue, FailsWhereNoVoxelIsFiniteButNotWhereAFrameHasNone) {
         EXPECT_THAT(exception->getMessage(), HasSubstr("inputGrayImage"));
         EXPECT_THAT(exception->getMessage(), HasSubstr("no finite value"));
     }
-}
-
-TEST(AutoThresholdingValue, ReportsAStepForTheRangeAndOneForEachFrame) {
-    io::MemoryImage image = heaps(RIX_FLOAT32, {60, 40, 1, 3, 1}, 1);
-    Value algorithm;
-    std::vector<double> progress;  // when a frame begins to be read
-    const auto note = [&, elements = std::size_t{0}](std::size_t count) mutable {
-        if (elements % (60 * 40) == 0) {
-            progress.push_back(algorithm.getProgress());
-        }
-        elements += count;
-        return true;
-    };
-    test::OpaqueImage watched(&image, {note, {}});
-    algorithm.settings().setMaximumNumberOfThreads(1);
-    AutoThresholdingMsr measurement;
-    algorithm.setInputGrayImage(&watched);
-    algorithm.setOutputMeasurement(&measurement);
-    algorithm.run();
-    // The frames are read for the range and again for their histograms: at the start of the run's second step, and on.
-    ASSERT_EQ(progress.size(), 6U);
-    EXPECT_NEAR(progress[3], 0.25, 1e-9);
-    EXPECT_NEAR(progress[4], 0.50, 1e-9);
-    EXPECT_NEAR(progress[5], 0.75, 1e-9);
-    EXPECT_EQ(measurement.getDescription(),
-              "This object contains the threshold of binarization computed by automatic method.");
-    EXPECT_EQ(measurement.getArray(0).getName(), "threshold");
-    EXPECT_EQ(measurement.getArray(0).getDescription(), "The threshold computed by the algorithm.");
 }
 
 }  // namespace

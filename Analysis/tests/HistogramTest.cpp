@@ -1,11 +1,6 @@
-#include <cmath>
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
 #include <rix/math/Histogram.h>
+
+#include "Testing.h"
 
 namespace rix::math {
 namespace {
@@ -13,12 +8,7 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 String failureOf(const Histogram& histogram, std::size_t index) {
-    try {
-        static_cast<void>(histogram.getClassStart(index));
-    } catch (const InvalidCall& exception) {
-        return exception.getMessage();
-    }
-    return "none";
+    return test::messageOf<InvalidCall>([&] { static_cast<void>(histogram.getClassStart(index)); });
 }
 
 TEST(Histogram, AnswersNothingBeforeItHasClasses) {

@@ -1,21 +1,9 @@
 // Statistics against the definitions, computed in extended precision from sorted values.
 
-#include <algorithm>
-#include <bit>
-#include <cmath>
-#include <limits>
-#include <map>
-
-#include <gtest/gtest.h>
-
 #include <rix/analysis/ImageStatistics.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/image/StridedImage.h>
 
-#include "ImageFactories.h"
-#include "ImageSamples.h"
-#include "Levels.h"
-#include "Sanitizers.h"
+#include "Testing.h"
 
 namespace rix::analysis {
 namespace {

@@ -1,19 +1,9 @@
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <rix/analysis/IntensityExtrema.h>
 
-#include "ImageFactories.h"
-#include "ImageSamples.h"
-#include "Levels.h"
+#include "Testing.h"
 
 namespace rix::analysis {
 namespace {
-
-constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,
-                                    RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
 
 void expectExtremaOf(const std::vector<double>& values, const IntensityExtremaMsr& actual) {
     double minimum = std::numeric_limits<double>::infinity();
@@ -33,7 +23,7 @@ void expectExtremaOf(const std::vector<double>& values, const IntensityExtremaMs
 }
 
 TEST(IntensityExtrema, AreThoseOfTheFiniteVoxelsForEveryTypeLevelAndWidth) {
-    for (const VoxelTypes type : realTypes) {
+    for (const VoxelTypes type : test::realTypes) {
         for (const std::size_t width : {1U, 2U, 3U, 7U, 15U, 16U, 17U, 33U, 64U, 67U, 131U, 260U}) {
             const io::MemoryImage image =
                 test::makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 2, 2}}, width, test::Extremes::All);

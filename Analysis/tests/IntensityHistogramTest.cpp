@@ -1,18 +1,8 @@
 // Counts of classes against counting voxel by voxel.
 
-#include <cmath>
-#include <numeric>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/VoxelTypeLists.h>
 #include <rix/analysis/IntensityHistogram.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
 
-#include "ImageFactories.h"
-#include "ImageSamples.h"
-#include "Levels.h"
+#include "Testing.h"
 
 namespace rix::analysis {
 namespace {
@@ -33,8 +23,7 @@ Counts counted(const std::vector<double>& values, double start, double end, std:
 }
 
 TEST(IntensityHistogram, CountsTheVoxelsOfEachClass) {
-    for (const VoxelTypes type :
-         {RIX_UINT8, RIX_INT8, RIX_UINT16, RIX_INT16, RIX_UINT32, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64}) {
+    for (const VoxelTypes type : test::realTypes) {
         SCOPED_TRACE(helper::voxelTypesToString(type));
         const bool isReal = type == RIX_FLOAT32 || type == RIX_FLOAT64;
         const io::MemoryImage image = test::makeRandomImage({.voxelType = type, .extents = {67, 31, 3, 2, 2}}, 3,

@@ -1,13 +1,7 @@
 // Counting is exact whatever the counter takes the data for.
 
-#include <cstring>
-#include <functional>
-#include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "KeyCounter.h"
+#include "Testing.h"
 
 namespace rix::analysis {
 namespace {

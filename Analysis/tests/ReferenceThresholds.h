@@ -2,13 +2,7 @@
 
 // The threshold criteria written down from their formulas, in long double and without any of the library's shortcuts.
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <stdexcept>
-#include <vector>
-
-#include <rix/image/ImageModel.h>
+#include "Testing.h"
 
 namespace rix::test {
 

@@ -1,17 +1,8 @@
 // The criteria on histograms made by the tests, against their formulas.
 
-#include <functional>
-#include <random>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <rix/access/PlainContext.h>
 #include <rix/analysis/ThresholdCriteria.h>
-#include <rix/exceptions/Exception.h>
 
-#include "Failures.h"
-#include "ImageFactories.h"
 #include "ReferenceThresholds.h"
 
 namespace rix::analysis {

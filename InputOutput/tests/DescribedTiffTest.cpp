@@ -10,18 +10,6 @@ using testing::HasSubstr;
 
 class DescribedTiff : public ForeignTiff {
 protected:
-    /// Pages of one pixel, each with its number as value.
-    void writePages(int pages, const std::string& description) const {
-        RawTiff raw(m_path);
-        for (int page = 0; page < pages; ++page) {
-            raw.page(1, 1, 8).block(0, Bytes{static_cast<std::uint8_t>(page)});
-            if (page == 0) {
-                raw.set(TIFFTAG_IMAGEDESCRIPTION, description.c_str());
-            }
-            raw.endPage();
-        }
-    }
-
     /// The warning about the file, which is refused with the same text where nobody is told.
     std::string warningOf(int pages) const {
         std::string warning;

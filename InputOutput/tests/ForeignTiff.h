@@ -1,8 +1,5 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "RawTiff.h"
 #include "TestImages.h"
 
@@ -17,6 +14,18 @@ protected:
         const std::string text = textOf<LoadingError>([&] { readImage(m_path); });
         EXPECT_EQ(text, textOf<LoadingError>([&] { readImageInfo(m_path); }));
         return text;
+    }
+
+    /// Pages of one pixel, each with its number as value.
+    void writePages(int pages, const std::string& description) const {
+        RawTiff raw(m_path);
+        for (int page = 0; page < pages; ++page) {
+            raw.page(1, 1, 8).block(0, Bytes{static_cast<std::uint8_t>(page)});
+            if (page == 0) {
+                raw.set(TIFFTAG_IMAGEDESCRIPTION, description.c_str());
+            }
+            raw.endPage();
+        }
     }
 
     template <class Sample>

@@ -1,10 +1,5 @@
 // TIFF files as other programs write them.
 
-#include <cmath>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "ForeignTiff.h"
 
 namespace rix::io::test {

@@ -28,16 +28,7 @@ TEST_F(ImageJ, Stacks) {
              Case{"channels=12\n", 12, {1, 1, 12, 1, 1}},                       // not ImageJ's
              Case{"ImageJ=1\nslices=4294967296\nframes=4294967296\nchannels=12", 12, {1, 1, 12, 1, 1}},
          }) {
-        {
-            RawTiff raw(m_path);
-            for (int page = 0; page < c.pages; ++page) {
-                raw.page(1, 1, 8).block(0, Bytes{static_cast<std::uint8_t>(page)});
-                if (page == 0) {
-                    raw.set(TIFFTAG_IMAGEDESCRIPTION, c.description);
-                }
-                raw.endPage();
-            }
-        }
+        writePages(c.pages, c.description);
         const auto image = readImage(m_path);
         EXPECT_EQ(extentsOf(*image), c.extents) << c.description;
         if (c.extents[2] == 6) {  // page = slice + 6 * channel

@@ -1,10 +1,5 @@
 // JPEG, the only format that changes samples.
 
-#include <cmath>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "TestImages.h"
 
 namespace rix::io::test {

@@ -1,7 +1,5 @@
 #include <cstdio>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <png.h>
 
 #include "../src/Units.h"

@@ -1,8 +1,5 @@
 // Files without a header: words that tell what they hold.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "TestImages.h"
 
 namespace rix::io::test {
@@ -15,7 +12,7 @@ using testing::HasSubstr;
 TEST(RawFiles, AreReadBackWithTheWordsThatWritingTells) {
     const TemporaryFolder folder;
     unsigned seed = 0;
-    for (const VoxelTypes type : AllVoxelTypes) {
+    for (const VoxelTypes type : rix::test::allTypes) {
         for (const Extents& shape : {Extents{7, 5, 1, 1, 1}, Extents{7, 5, 4, 1, 1}, Extents{7, 5, 1, 1, 3},
                                      Extents{6, 5, 4, 3, 2}, Extents{1, 1, 1, 1, 1}}) {
             MemoryImage image = randomImage(type, shape, ++seed);

@@ -1,8 +1,5 @@
 // NRRD, MetaImage, NIfTI, NumPy and PNM: what they keep, and files as other programs write them.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "TestImages.h"
 
 namespace rix::io::test {
@@ -29,7 +26,7 @@ TEST(RawFormats, KeepEveryBitOfAllTypesAxesAndMeanings) {
     const TemporaryFolder folder;
     unsigned seed = 1;
     for (const char* name : {"a.nrrd", "a.nhdr", "a.mha", "a.mhd", "a.nii", "a.nii.gz"}) {
-        for (const VoxelTypes type : AllVoxelTypes) {
+        for (const VoxelTypes type : rix::test::allTypes) {
             for (const Extents& shape : {Extents{1, 1, 1, 1, 1}, Extents{37, 23, 1, 1, 1}, Extents{5, 4, 3, 1, 1},
                                          Extents{6, 5, 1, 4, 1}, Extents{3, 7, 1, 1, 3}, Extents{4, 3, 2, 5, 4}}) {
                 for (const Interpretations interpretation : {RIX_BINARY, RIX_LABEL, RIX_VALUE}) {
@@ -53,7 +50,7 @@ TEST(RawFormats, KeepEveryBitOfAllTypesAxesAndMeanings) {
 TEST(RawFormats, NumPyKeepsSamplesAndPnmPictures) {
     const TemporaryFolder folder;
     unsigned seed = 1;
-    for (const VoxelTypes type : AllVoxelTypes) {
+    for (const VoxelTypes type : rix::test::allTypes) {
         for (const Extents& shape : {Extents{1, 1, 1, 1, 1}, Extents{37, 23, 1, 1, 1}, Extents{5, 4, 3, 1, 1}}) {
             const MemoryImage image = randomImage(type, shape, ++seed);
             writeImage(folder / "a.npy", image);

@@ -1,8 +1,4 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <png.h>
-
-#include <rix/settings/Settings.h>
 
 #include "TestImages.h"
 

@@ -11,16 +11,6 @@ using testing::HasSubstr;
 
 class NamedAxes : public ForeignTiff {
 protected:
-    void writePages(int pages, const std::string& description) const {
-        RawTiff raw(m_path);
-        for (int page = 0; page < pages; ++page) {
-            raw.page(1, 1, 8).block(0, Bytes{static_cast<std::uint8_t>(page)});
-            if (page == 0) {
-                raw.set(TIFFTAG_IMAGEDESCRIPTION, description.c_str());
-            }
-            raw.endPage();
-        }
-    }
     Bytes read(const std::string& selection, const Extents& extents, int warnings = 0) const {
         int told = 0;
         ReadOptions options = selecting(selection);

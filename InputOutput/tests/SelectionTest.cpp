@@ -1,10 +1,5 @@
 // Parts of images: what a text selects, and that it is what is read, and no more.
 
-#include <random>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "ForeignTiff.h"
 
 namespace rix::io::test {
@@ -102,7 +97,7 @@ TEST(Selections, ArePartsOfTheImageInEveryFormatOfEveryType) {
         WriteOptions options{};
     };
     unsigned seed = 0;
-    for (const VoxelTypes type : AllVoxelTypes) {
+    for (const VoxelTypes type : rix::test::allTypes) {
         for (const Extents& shape :
              {Extents{37, 23, 1, 1, 1}, Extents{19, 33, 1, 1, 3}, Extents{18, 9, 5, 1, 1}, Extents{6, 5, 4, 3, 2}}) {
             MemoryImage image = randomImage(type, shape, ++seed);

@@ -2,29 +2,16 @@
 
 #include <stdlib.h>
 
-#include <algorithm>
-#include <array>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <random>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/io/ImageFile.h>
+
+#include "Testing.h"
 
 namespace rix::io::test {
 
 using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
-
-inline constexpr std::array<VoxelTypes, 10> AllVoxelTypes{
-    RIX_UINT8,   RIX_UINT16,  RIX_UINT32,          RIX_INT8,           RIX_INT16, RIX_INT32,
-    RIX_FLOAT32, RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
 
 /// A folder that goes with all that is in it.
 class TemporaryFolder {
@@ -181,16 +168,8 @@ std::vector<Sample> samplesOf(const MemoryImage& image) {
 /// Runs `action`, which must throw just this class, and returns all levels of the exception.
 template <class Expected, class Action>
 std::string textOf(Action&& action) {
-    try {
-        action();
-    } catch (const Expected& exception) {
-        return exception.what();
-    } catch (const std::exception& exception) {
-        ADD_FAILURE() << "another exception: " << exception.what();
-        return {};
-    }
-    ADD_FAILURE() << "no exception";
-    return {};
+    const auto failure = rix::test::failureOf<Expected>(action);
+    return failure ? failure->what() : "";
 }
 
 }  // namespace rix::io::test

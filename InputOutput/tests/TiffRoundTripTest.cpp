@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "RawTiff.h"
 #include "TestImages.h"
 
@@ -34,7 +31,7 @@ TEST(TiffRoundTrip, KeepsEveryBitOfAllTypesAxesAndStorages) {
     const std::vector<Extents> shapes{{1, 1, 1, 1, 1},   {37, 23, 1, 1, 1}, {5, 4, 3, 1, 1}, {16, 16, 1, 4, 1},
                                       {33, 17, 1, 1, 5}, {7, 5, 2, 3, 2},   {1, 50, 2, 1, 2}};
     unsigned seed = 1;
-    for (const VoxelTypes type : AllVoxelTypes) {
+    for (const VoxelTypes type : rix::test::allTypes) {
         for (const Extents& shape : shapes) {
             for (const Storage& storage : storages()) {
                 const MemoryImage image = randomImage(type, shape, ++seed);

@@ -6,11 +6,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstring>
-#include <thread>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <rix/io/TextFile.h>
 

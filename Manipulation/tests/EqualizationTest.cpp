@@ -1,8 +1,5 @@
 // Equalisation, matching and equalisation in tiles against references written from their definitions.
 
-#include <algorithm>
-#include <map>
-
 #include <rix/manipulation/ContrastLimitedEqualization2d.h>
 #include <rix/manipulation/ContrastLimitedEqualization3d.h>
 #include <rix/manipulation/HistogramEqualization.h>
@@ -22,10 +19,6 @@ struct Range {
 
 bool isSmall(VoxelTypes type) {
     return helper::getSizeOf(type) <= 2;
-}
-
-bool isFloating(VoxelTypes type) {
-    return type == RIX_FLOAT32 || type == RIX_FLOAT64;
 }
 
 Range rangeOfType(VoxelTypes type) {
@@ -159,8 +152,7 @@ TEST(HistogramMatching, GivesTheSharesOfTheReference) {
                     EXPECT_TRUE(imagesEqual(expected, output));
                     return;
                 }
-                const std::vector<double> results =
-                    finiteValues(samplesOf<double>(output)).empty() ? std::vector<double>() : samplesOf<double>(output);
+                const std::vector<double> results = samplesOf<double>(output);
                 const std::vector<double> aims = samplesOf<double>(expected);
                 ASSERT_EQ(results.size(), aims.size());
                 for (std::size_t i = 0; i < results.size(); ++i) {

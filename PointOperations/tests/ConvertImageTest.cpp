@@ -94,28 +94,8 @@ TEST(ConvertImage, EqualsTheDefinitionForEveryPairOfTypesAndLevel) {
                     io::MemoryImage output;
                     convert(input, kind.type, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output))
-                        << helper::voxelTypesToString(type) << " to " << kind.type << " level " << kernels;
+                        << helper::voxelTypesToString(type) << " to " << kind.type << ", " << kernels;
                 }
-            }
-        }
-    }
-}
-
-TEST(ConvertImage, HandlesEveryWidthAndOddOffsets) {
-    for (const auto& [from, to] : {std::pair{RIX_UINT8, ConvertImage::FLOAT_32_BIT},
-                                   std::pair{RIX_FLOAT32, ConvertImage::UNSIGNED_INTEGER_8_BIT},
-                                   std::pair{RIX_FLOAT64, ConvertImage::UNSIGNED_INTEGER_32_BIT},
-                                   std::pair{RIX_UINT16, ConvertImage::SIGNED_INTEGER_8_BIT},
-                                   std::pair{RIX_COMPLEX_FLOAT32, ConvertImage::FLOAT_64_BIT},
-                                   std::pair{RIX_COMPLEX_FLOAT64, ConvertImage::BINARY}}) {
-        const io::MemoryImage image = makeRandomImage({.voxelType = from, .extents = {90, 5, 1, 1, 1}}, 6);
-        for (std::size_t width = 1; width <= 70; ++width) {
-            const ImageModelSizeProxy view(&image, {width % 5, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
-            const io::MemoryImage expected = reference(view, kinds[to]);
-            for (const Kernels& kernels : runnableKernels()) {
-                io::MemoryImage output;
-                convert(view, to, output, kernels);
-                ASSERT_TRUE(imagesEqual(expected, output)) << width << " columns to " << to << " level " << kernels;
             }
         }
     }

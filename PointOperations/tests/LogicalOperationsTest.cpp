@@ -94,7 +94,7 @@ TEST(LogicalOperations, FollowTheTruthTablesForEveryTypeInterpretationAndLevel) 
                 const io::MemoryImage expected = reference(first, &second, 0, table);
                 for (const Kernels& kernels : runnableKernels()) {
                     SCOPED_TRACE(testing::Message()
-                                 << helper::voxelTypesToString(type) << ' ' << table.op << " level " << kernels);
+                                 << helper::voxelTypesToString(type) << ' ' << table.op << ", " << kernels);
                     io::MemoryImage output;
                     combine(first, second, table.op, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output));
@@ -106,40 +106,6 @@ TEST(LogicalOperations, FollowTheTruthTablesForEveryTypeInterpretationAndLevel) 
             }
         }
     }
-}
-
-TEST(LogicalOperations, HandleEveryWidthAndOddOffsets) {
-    const io::MemoryImage first = makeRandomImage({.voxelType = RIX_UINT16, .extents = {91, 5, 1, 1, 1}}, 5);
-    const io::MemoryImage second = makeRandomImage({.voxelType = RIX_UINT16, .extents = {91, 5, 1, 1, 1}}, 6);
-    const Table& nand = tables[3];
-    for (const Kernels& kernels : runnableKernels()) {
-        for (std::size_t width = 1; width <= 70; ++width) {
-            const ImageModelSizeProxy a(&first, {width % 3, 1, 0, 0, 0}, {width, 3, 1, 1, 1});
-            const ImageModelSizeProxy b(&second, {5, 2, 0, 0, 0}, {width, 3, 1, 1, 1});
-            io::MemoryImage output;
-            combine(a, b, nand.op, output, kernels);
-            ASSERT_TRUE(imagesEqual(reference(a, &b, 0, nand), output)) << width << " columns, level " << kernels;
-            combine(a, 77, nand.op, output, kernels);
-            ASSERT_TRUE(imagesEqual(reference(a, nullptr, 77, nand), output)) << width << " columns, level " << kernels;
-        }
-    }
-}
-
-TEST(LogicalOperations, GiveTheDocumentedResults) {
-    const auto filled = [](int value, Interpretations interpretation) {
-        return rix::test::makeImage({.interpretation = interpretation}, [&](auto...) { return value; });
-    };
-    io::MemoryImage output;
-    combine(filled(0, RIX_VALUE), filled(0, RIX_VALUE), OfImages::NAND, output, SCALAR);
-    EXPECT_TRUE(imagesEqual(filled(255, RIX_VALUE), output));
-    combine(filled(6, RIX_VALUE), filled(3, RIX_VALUE), OfImages::SUBTRACT, output, SCALAR);
-    EXPECT_TRUE(imagesEqual(filled(4, RIX_VALUE), output));
-    combine(filled(0, RIX_BINARY), filled(0, RIX_BINARY), OfImages::NAND, output, SCALAR);
-    EXPECT_TRUE(imagesEqual(filled(1, RIX_BINARY), output));
-    combine(filled(0, RIX_BINARY), 4, OfImages::OR, output, SCALAR);
-    EXPECT_TRUE(imagesEqual(filled(1, RIX_BINARY), output));
-    combine(filled(1, RIX_BINARY), filled(1, RIX_BINARY), OfImages::NAND, output, SCALAR);
-    EXPECT_TRUE(imagesEqual(filled(0, RIX_BINARY), output));
 }
 
 }  // namespace

@@ -1,82 +1,25 @@
 #pragma once
 
-// What the tests of point operations share: the levels, whole images as vectors, and a reference of the conversions
+// What the tests of point operations share: whole images as vectors, and a reference of the conversions
 // that is written from their definition.
 
-#include <cmath>
-#include <complex>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <memory>
-#include <ostream>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/access/ForcedStores.h>
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/devices/Cpu.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/ImageModelSizeProxy.h>
-#include <rix/image/MemoryImage.h>
-#include <rix/settings/Settings.h>
-
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "ImageSamples.h"
-#include "Levels.h"
+#include "Kernels.h"
 
 namespace rix::point_operations::test {
 
+using rix::test::allTypes;
 using rix::test::Extents;
 using rix::test::Extremes;
 using rix::test::imagesEqual;
+using rix::test::integerTypes;
+using rix::test::Kernels;
 using rix::test::makeRandomImage;
+using rix::test::runnableKernels;
+using rix::test::runOn;
 using rix::test::samplesOf;
-
-inline constexpr VoxelTypes allTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
-                                          RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
-                                          RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
-inline constexpr VoxelTypes integerTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32};
 
 inline bool isComplexType(VoxelTypes type) {
     return type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
-}
-
-/// The kernels that a run uses: those of a level, with a policy of stores.
-struct Kernels {
-    Kernels(OptimLevelType kernelLevel, access::Stores kernelStores = access::Stores::Cached)
-        : level(kernelLevel), stores(kernelStores) {}
-
-    OptimLevelType level;
-    access::Stores stores;
-};
-
-inline std::ostream& operator<<(std::ostream& out, const Kernels& kernels) {
-    return out << kernels.level << (kernels.stores == access::Stores::Streaming ? ", streaming" : "");
-}
-
-inline std::vector<Kernels> runnableKernels() {
-    std::vector<Kernels> all;
-    for (const OptimLevelType level : rix::test::runnableLevels()) {
-        all.insert(all.end(), {{level, access::Stores::Cached}, {level, access::Stores::Streaming}});
-    }
-    return all;
-}
-
-/// Runs on one level and asserts that this level answered.
-inline void runOn(BaseAlgorithm& algorithm, const Kernels& kernels) {
-    const access::ForcedStores forced(kernels.stores);
-    algorithm.settings().setMaximumNumberOfThreads(1);
-    algorithm.setAutoCpuDispatch(false);
-    algorithm.setOptimLevel(kernels.level);
-    algorithm.run();
-    EXPECT_EQ(algorithm.getLastRunLevel(), kernels.level);
 }
 
 /// A memory image of type T like another image, with given samples in storage order.

@@ -1,14 +1,6 @@
 // Noise: its generator against published words, its distributions by moments and tests with fixed seeds, its
 // independence of everything but seed and index.
 
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <numbers>
-
-#include <gtest/gtest.h>
-
-#include <rix/devices/Cpu.h>
 #include <rix/synthesis/AddNoise.h>
 #include <rix/synthesis/ConstantImage.h>
 #include <rix/synthesis/NoiseImage.h>

@@ -1,13 +1,5 @@
 // Images that follow from positions by a formula.
 
-#include <cmath>
-#include <limits>
-#include <numbers>
-
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
 #include <rix/synthesis/CheckerboardImage.h>
 #include <rix/synthesis/ConstantImage.h>
 #include <rix/synthesis/CoordinateImage.h>
@@ -59,21 +51,12 @@ TEST(Generators, ShapeAndCalibrateTheImage) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         EXPECT_EQ(values[i], 0.25 * static_cast<double>(i / 20 % 3));
     }
-    const AlgorithmDescription description = generator.describe();
-    ASSERT_EQ(description.outputs.size(), 1U);
-    EXPECT_EQ(description.outputs[0].extents, helper::getExtents(image));
-    EXPECT_EQ(description.outputs[0].voxelType, RIX_FLOAT32);
 }
 
 TEST(Generators, RefuseSizesThatMemoryDoesNotHold) {
     ConstantImage generator;
     const auto refusal = [&](const std::array<std::int64_t, 5>& extents) -> String {
-        try {
-            static_cast<void>(madeBy(generator, extents));
-        } catch (const RuleException& exception) {
-            return exception.getMessage() + '\n' + exception.getInfo();
-        }
-        return "none";
+        return infoOf<RuleException>([&] { static_cast<void>(madeBy(generator, extents)); });
     };
     EXPECT_NE(refusal({1L << 40, 1L << 40, 1, 1, 1}).find("(sizeX, sizeY, sizeZ, sizeT, sizeC) is too large"),
               String::npos);
@@ -82,7 +65,7 @@ TEST(Generators, RefuseSizesThatMemoryDoesNotHold) {
     globalSettings().setValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 399);
     EXPECT_NE(refusal({10, 10, 1, 1, 1}).find("399 bytes are allowed"), String::npos);
     globalSettings().setValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 400);
-    EXPECT_EQ(refusal({10, 10, 1, 1, 1}), "none");
+    EXPECT_NO_THROW(static_cast<void>(madeBy(generator, {10, 10, 1, 1, 1})));
     globalSettings().remove("RIX_MAXIMUM_IMAGE_SIZE");
 }
 

@@ -1,11 +1,5 @@
 // Phantoms: objects keep their rules, and picture, labels and table tell of the same ones.
 
-#include <algorithm>
-#include <cmath>
-#include <set>
-
-#include <gtest/gtest.h>
-
 #include <rix/synthesis/PhantomImage.h>
 
 #include "SynthesisTestSupport.h"

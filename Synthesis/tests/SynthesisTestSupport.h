@@ -1,10 +1,8 @@
 #pragma once
 
-#include <vector>
-
-#include <rix/access/SampleCast.h>
-#include <rix/image/MemoryImage.h>
 #include <rix/synthesis/ImageGenerator.h>
+
+#include "Testing.h"
 
 namespace rix::test {
 

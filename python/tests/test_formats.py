@@ -12,49 +12,31 @@ DTYPES = [bool, np.uint8, np.int8, np.uint16, np.int16, np.uint32, np.int32, np.
           np.complex128]
 
 
-def movie(dtype, pages):
-    """An image of so many pages, several axes of them where that goes."""
-    shape = {2: (2, 7, 9), 3: (3, 7, 9), 48: (4, 2, 6, 7, 9)}[pages]
-    axes = {2: "zyx", 3: "tyx", 48: "tczyx"}[pages]
-    array = random_array(np.uint8, shape)
-    return rix.Image(array > 50 if dtype == bool else array.astype(dtype), axes, spacing={"x": 0.25, "y": 0.5})
-
-
-@pytest.mark.parametrize("compression", ["none", "deflate", "lzw", "zstd"])
+@pytest.mark.parametrize("compression", ["deflate", "lzw", "zstd"])
 @pytest.mark.parametrize("name", ["a.tif", "a.ome.tif"])
 def test_pages_of_tiff_in_tifffile(tmp_path, name, compression):
+    """Packed; the matrix of formats has the others."""
     tifffile = pytest.importorskip("tifffile")
     if compression in ("lzw", "zstd"):
         pytest.importorskip("imagecodecs")  # tifffile unpacks these with it
     for dtype in DTYPES:
-        for pages in (2, 3, 48):
-            image = movie(dtype, pages)
-            rix.imwrite(tmp_path / name, image, compression=compression)
-            with tifffile.TiffFile(tmp_path / name) as file:
-                assert len(file.pages) == pages
-                series = file.series[0]
-                read, axes = series.asarray(), series.axes.lower()
-                single = file.pages[pages - 1].asarray()
-            read = np.transpose(read, [axes.index(axis) for axis in image.axes if axis in axes]).reshape(image.shape)
-            np.testing.assert_array_equal(read, image.array, err_msg=f"{np.dtype(dtype)} {pages}")
-            np.testing.assert_array_equal(single, read.reshape(-1, 7, 9)[-1] if pages < 48 else image.array[-1, -1, -1])
+        array = random_array(dtype, (4, 2, 6, 7, 9))
+        rix.imwrite(tmp_path / name, rix.Image(array, "tczyx", spacing=0.5), compression=compression)
+        with tifffile.TiffFile(tmp_path / name) as file:
+            assert len(file.pages) == 48
+            series = file.series[0]
+            read = np.transpose(series.asarray(), [series.axes.lower().index(axis) for axis in "tczyx"])
+            np.testing.assert_array_equal(read, array, err_msg=str(np.dtype(dtype)))
+            np.testing.assert_array_equal(file.pages[47].asarray(), array[-1, -1, -1])
 
 
-def test_tiff_of_tifffile(tmp_path):
+def test_tiff_of_tifffile_with_doubts(tmp_path):
     tifffile = pytest.importorskip("tifffile")
     path = tmp_path / "a.tif"
     array = random_array(np.uint16, (3, 2, 5, 7, 9))
-    for options in ({"imagej": True, "metadata": {"axes": "TZCYX", "spacing": 2.5, "unit": "um"}},
-                    {"ome": True, "metadata": {"axes": "TZCYX", "PhysicalSizeZ": 2.5, "PhysicalSizeZUnit": "um"}},
-                    {"metadata": {"axes": "TZCYX", "spacing": 2.5, "unit": "um"}},
-                    {"metadata": {"axes": "TZCYX", "truncated": True}}):
-        given = array
-        tifffile.imwrite(path, given, **options)
-        image = rix.imread(path)
-        assert sorted(image.axes) == sorted("tzcyx")
-        np.testing.assert_array_equal(image.array.transpose([image.axes.index(axis) for axis in "tzcyx"]), array)
-        if "truncated" not in options["metadata"]:
-            assert image.spacing[image.axes.index("z")] == 2.5 and image.spatial_unit == "um"
+    tifffile.imwrite(path, array, metadata={"axes": "TZCYX", "truncated": True})
+    image = rix.imread(path)
+    np.testing.assert_array_equal(image.array.transpose([image.axes.index(axis) for axis in "tzcyx"]), array)
     tifffile.imwrite(path, array)
     with pytest.warns(UserWarning, match="doesn't tell what its 3 axes"):
         assert rix.imread(path).shape == (30, 7, 9)
@@ -83,33 +65,21 @@ def test_nifti_of_nibabel(tmp_path):
                                    rtol=1e-6)
 
 
-def test_numpy_and_pictures(tmp_path):
+def test_arrays_and_pictures(tmp_path):
     imageio = pytest.importorskip("imageio")
     for dtype in DTYPES:
         array = random_array(dtype, (4, 5, 6))
-        rix.imwrite(tmp_path / "a.npy", array)
-        np.testing.assert_array_equal(np.load(tmp_path / "a.npy"), array)
-        assert np.load(tmp_path / "a.npy").dtype == dtype
         np.save(tmp_path / "b.npy", np.asfortranarray(array).astype(np.dtype(dtype).newbyteorder(">")))
         np.testing.assert_array_equal(rix.imread(tmp_path / "b.npy").array, array)
     mask = random_array(bool)
-    for name in ("a.png", "a.pbm", "a.bmp", "a.tif"):
+    for name in ("a.pbm", "a.tif"):
         rix.imwrite(tmp_path / name, mask)
         np.testing.assert_array_equal(np.asarray(imageio.imread(tmp_path / name)) > 0, mask, err_msg=name)
-        assert np.asarray(imageio.imread(tmp_path / name)).max() in (True, 255)
-    colour = random_array(np.uint8, (24, 32, 3))
-    rix.imwrite(tmp_path / "a.ppm", colour, axes="yxc", color_interpretation="rgb")
-    np.testing.assert_array_equal(imageio.imread(tmp_path / "a.ppm"), colour)
     smooth = np.repeat(np.arange(0, 240, 10, dtype=np.uint8)[:, None], 32, axis=1)
-    imageio.imwrite(tmp_path / "a.jpg", smooth)
-    assert np.abs(rix.imread(tmp_path / "a.jpg").array.astype(int) - smooth).max() < 8
-    for picture, options in ((smooth, {}), (np.dstack([smooth, smooth[::-1], smooth // 2]),
-                                            {"axes": "yxc", "color_interpretation": "rgb"})):
-        rix.imwrite(tmp_path / "b.jpg", picture, **options)
-        assert np.abs(np.asarray(imageio.imread(tmp_path / "b.jpg")).astype(int) - picture).max() < 8
-        size = (tmp_path / "b.jpg").stat().st_size
-        rix.imwrite(tmp_path / "b.jpg", picture, quality=20, **options)
-        assert (tmp_path / "b.jpg").stat().st_size < size
+    rix.imwrite(tmp_path / "b.jpg", smooth)
+    size = (tmp_path / "b.jpg").stat().st_size
+    rix.imwrite(tmp_path / "b.jpg", smooth, quality=20)
+    assert (tmp_path / "b.jpg").stat().st_size < size
     with pytest.raises(rix.RuleError, match="quality=0"):
         rix.imwrite(tmp_path / "b.jpg", smooth, quality=0)
     with pytest.raises(rix.FileError, match="greys of a binary image"):
@@ -118,21 +88,13 @@ def test_numpy_and_pictures(tmp_path):
 
 def test_files_without_header(tmp_path):
     path = tmp_path / "a.raw"
-    for dtype in DTYPES:
-        image = rix.Image(random_array(dtype, (3, 4, 5)), "tyx", spacing={"x": 0.5}, spatial_unit="mm")
-        words = rix.imwrite(path, image)
-        np.testing.assert_array_equal(np.fromfile(path, dtype).reshape(3, 4, 5), image.array)
-        back = rix.imread(path, select=words)
-        np.testing.assert_array_equal(back.array, image.array)
-        assert (back.array.dtype, back.axes, back.spacing, back.spatial_unit) == (dtype, "tyx", image.spacing, "mm")
+    image = rix.Image(random_array(np.complex64, (3, 4, 5)), "tyx", spacing={"x": 0.5}, spatial_unit="mm")
+    back = rix.imread(path, select=rix.imwrite(path, image))
+    np.testing.assert_array_equal(back.array, image.array)
+    assert (back.axes, back.spacing, back.spatial_unit) == ("tyx", image.spacing, "mm")
     assert rix.imwrite(tmp_path / "a.tif", image) is None
-    colour = random_array(np.uint8, (24, 32, 3))
-    path.write_bytes(b"header" + colour.tobytes())
-    read = rix.imread(f"{path}[type=uint8,axes=y24x32c3,offset=6,color=rgb]")
-    assert read.color_interpretation == rix.ColorInterpretation.RGB
-    np.testing.assert_array_equal(read.array.transpose([read.axes.index(axis) for axis in "yxc"]), colour)
-    with pytest.raises(rix.FileError, match="in 3072 bytes; the file has 2304 bytes from byte 6 on"):
-        rix.imread(path, select="type=uint8,axes=y32x32c3,offset=6")
+    with pytest.raises(rix.FileError, match="in 600 bytes; the file has 480 bytes"):
+        rix.imread(path, select="type=uint8,axes=y20x30")
     with pytest.raises(rix.RuleError, match="leaves the sizes open"):
         rix.imread(path, select="type=uint8")
 
@@ -187,11 +149,9 @@ def test_series_of_tifffile(tmp_path):
         with tifffile.TiffWriter(tmp_path / name, ome=ome) as file:
             file.write(stacks[0], photometric="minisblack", metadata={"axes": "TYX"})
             file.write(stacks[1], photometric="minisblack", metadata={"axes": "ZCYX"})
-        for series, axes in enumerate(("tyx", "czyx")):
-            image = rix.imread(tmp_path / name, select=f"series={series}")
-            expected = stacks[series] if series == 0 else stacks[series].transpose(1, 0, 2, 3)
-            assert image.axes == axes
-            np.testing.assert_array_equal(image.array, expected)
+        np.testing.assert_array_equal(rix.imread(tmp_path / name, select="series=0").array, stacks[0])
+        np.testing.assert_array_equal(rix.imread(tmp_path / name, select="series=1").array,
+                                      stacks[1].transpose(1, 0, 2, 3))
         with pytest.raises(rix.FileError, match="2 images: the selection series=0"):
             rix.imread(tmp_path / name)
     stack = random_array(np.uint8, (6, 7, 9))

@@ -1,11 +1,7 @@
 // Each request for memory of a run may fail: the run then ends with an exception of the library, loses nothing, and the
 // next run is right.
 
-#include <array>
 #include <exception>
-
-#include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
 
 #include "FailingAllocations.h"
 #include "GenericTest.h"

@@ -4,18 +4,13 @@
 // be refused. What they leave open may be accepted, but then the run must give the same result on every level and
 // thread.
 
-#include <array>
 #include <chrono>
-#include <cmath>
-#include <limits>
 #include <sstream>
 
 #include <rix/algorithms/InteractionInterface.h>
 #include <rix/properties/EnumInfo.h>
-#include <rix/settings/Settings.h>
 
 #include "GenericTest.h"
-#include "ImageComparison.h"
 #include "Properties.h"
 
 namespace rix::test {
@@ -31,12 +26,14 @@ private:
 };
 
 bool saysRule(const BaseProperty* property, const String& words) {
-    for (const String& rule : property->getImpl()->describeRules()) {
-        if (rule.find(words) != String::npos) {
-            return true;
-        }
-    }
-    return false;
+    const auto rules = property->getImpl()->describeRules();
+    return std::any_of(rules.begin(), rules.end(),
+                       [&](const String& rule) { return rule.find(words) != String::npos; });
+}
+
+bool saysExactRule(const BaseProperty* property, const String& words) {
+    const auto rules = property->getImpl()->describeRules();
+    return std::find(rules.begin(), rules.end(), words) != rules.end();
 }
 
 class BadProperties : public GenericTest {
@@ -186,8 +183,7 @@ std::vector<WrongImage> wrongImages(const ImageTraits& good) {
         traits.extents[axis] = good.extents[axis] + 3;
         add("an image with more on axis " + std::to_string(axis), traits, {});
     }
-    for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32,
-                                  RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
+    for (const VoxelTypes type : allTypes) {
         const bool complex = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;
         const bool real = type == RIX_FLOAT32 || type == RIX_FLOAT64;
         std::vector<String> ruledOutBy;
@@ -226,15 +222,6 @@ private:
     VoxelTypes m_voxelType;
     ElementTypes m_elementType;
 };
-
-bool saysExactRule(const BaseProperty* property, const String& words) {
-    for (const String& rule : property->getImpl()->describeRules()) {
-        if (rule == words) {
-            return true;
-        }
-    }
-    return false;
-}
 
 TEST_P(BadProperties, InputImages) {
     std::size_t slot = 0;

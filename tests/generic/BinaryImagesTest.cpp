@@ -1,10 +1,5 @@
 // What a binary image holds beside 0 counts as 1, whatever algorithm reads it, and binary results are 0 and 1.
 
-#include <cstring>
-
-#include <rix/access/SampleCast.h>
-#include <rix/access/VoxelTypeLists.h>
-
 #include "GenericTest.h"
 #include "Properties.h"
 

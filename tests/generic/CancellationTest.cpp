@@ -1,13 +1,9 @@
 // A run can be cancelled at any moment, and the object runs again afterwards.
 
-#include <atomic>
 #include <chrono>
-#include <random>
-#include <thread>
 
 #include <rix/access/Blocks.h>
 #include <rix/algorithms/InteractionInterface.h>
-#include <rix/settings/Settings.h>
 
 #include "GenericTest.h"
 #include "WatchedScheduler.h"
@@ -81,6 +77,20 @@ TEST_P(Cancellation, AtABlock) {
             expectNextRunIsRight(subject);
         }
     }
+}
+
+/// The end of the progress is the end of the run, whatever steps and other algorithms it is made of.
+TEST_P(Cancellation, IsPossibleUntilTheProgressIsComplete) {
+    Subject subject(large());
+    BaseAlgorithm& algorithm = subject.algorithm();
+    std::vector<double> progress;
+    algorithm.settings().setMaximumNumberOfThreads(1);
+    algorithm.setBlockScheduler(std::make_shared<WatchedScheduler>(
+        sharedSerialScheduler(), [&](std::size_t) { progress.push_back(algorithm.getProgress()); }));
+    ASSERT_TRUE(runOnce(algorithm).succeeded);
+    EXPECT_EQ(algorithm.getProgress(), 1.0);
+    EXPECT_TRUE(std::is_sorted(progress.begin(), progress.end()));
+    EXPECT_TRUE(progress.empty() || progress.back() < 1.0) << "work was left when the progress was complete";
 }
 
 TEST_P(Cancellation, AtARandomMomentFromAnotherThread) {

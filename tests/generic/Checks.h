@@ -1,9 +1,5 @@
 #pragma once
 
-#include <cstddef>
-
-#include <gtest/gtest.h>
-
 #include "Subject.h"
 
 /// Checks of one example each, for the tests over the registry and for the proof that they see what they are for.

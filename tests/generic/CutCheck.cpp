@@ -1,7 +1,5 @@
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/BlockSize.h>
 #include <rix/access/Plan.h>
-#include <rix/settings/Settings.h>
 
 #include "Checks.h"
 #include "WatchedScheduler.h"

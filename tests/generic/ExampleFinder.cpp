@@ -1,22 +1,11 @@
 #include "ExampleFinder.h"
 
-#include <algorithm>
-#include <cstring>
-#include <iterator>
-#include <map>
-#include <set>
-
 #include "Properties.h"
-#include "Sanitizers.h"
 #include "WatchedScheduler.h"
 
 namespace rix::test {
 
 namespace {
-
-constexpr VoxelTypes allVoxelTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
-                                        RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
-                                        RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
 
 /// Input images worth trying, likeliest first. Their extents are those of the search.
 const ImageRecipe candidateImages[] = {
@@ -72,7 +61,7 @@ bool isTelling(const Results& results) {
 /// All images of a type, and each of several alone.
 std::vector<Example> withEveryType(const Example& example) {
     std::vector<Example> examples;
-    for (const VoxelTypes type : allVoxelTypes) {
+    for (const VoxelTypes type : allTypes) {
         examples.push_back(example.withVoxelType(type));
         for (std::size_t i = 0; i < example.images.size() && example.images.size() > 1; ++i) {
             examples.push_back(example);

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "Subject.h"
 
 /// Good inputs for algorithms that no test knows: found by trying, since an algorithm says itself what it takes.

@@ -1,14 +1,8 @@
 // Images of every shape: thin ones, ones with frames and channels, empty ones, and one of more than 2^31 elements.
 
-#include <algorithm>
-#include <cstring>
 #include <fstream>
-#include <limits>
-
-#include <rix/settings/Settings.h>
 
 #include "GenericTest.h"
-#include "ImageComparison.h"
 #include "Properties.h"
 
 namespace rix::test {
@@ -20,11 +14,16 @@ protected:
     static Outcome runOn(const Example& example, const Storage storage, Results& results) {
         const InputImages images = makeInputs(example);
         const auto subject = Subject::make(example, images, storage);
+        const AlgorithmDescription description = subject->algorithm().describe();
         const Outcome outcome = runOnce(subject->algorithm());
         EXPECT_TRUE(isReady(subject->algorithm()));
         EXPECT_TRUE(subject->outputsAreReadable());
         if (outcome.succeeded) {
             results = subject->results();
+            for (const OutputDescription& output : description.outputs) {
+                EXPECT_EQ(output.voxelType, results.images.at(output.name).getVoxelType()) << output.name;
+                EXPECT_EQ(output.extents, helper::getExtents(results.images.at(output.name))) << output.name;
+            }
         }
         return outcome;
     }

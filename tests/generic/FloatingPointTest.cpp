@@ -2,7 +2,6 @@
 // thread that happened to start the library's.
 
 #include <rix/Library.h>
-#include <rix/settings/Settings.h>
 
 #include "FloatingPointStates.h"
 #include "GenericTest.h"

@@ -1,7 +1,5 @@
 #include "GenericTest.h"
 
-#include <rix/settings/Settings.h>
-
 namespace rix::test {
 
 bool isRefusedByRunners(const BaseAlgorithm& algorithm, const Outcome& outcome) {

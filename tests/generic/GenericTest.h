@@ -1,9 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "ExampleFinder.h"
-#include "Sanitizers.h"
 #include "Tally.h"
 
 namespace rix::test {

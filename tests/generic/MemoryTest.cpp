@@ -3,10 +3,6 @@
 // With RIX_PRINT_MEMORY set, the test prints a table of stated and measured peaks.
 
 #include <cstdio>
-#include <cstdlib>
-#include <map>
-
-#include <rix/settings/Settings.h>
 
 #include "GenericTest.h"
 #include "Properties.h"

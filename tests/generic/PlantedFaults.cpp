@@ -1,17 +1,10 @@
 #include "PlantedFaults.h"
+#include "Testing.h"
 
-#include <numeric>
-#include <vector>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/BorderConditions.h>
-#include <rix/access/Joins.h>
 #include <rix/access/WindowFilters.h>
 #include <rix/algorithms/Declaration.h>
 #include <rix/algorithms/Definition.h>
-#include <rix/image/ImageModelSizeProxy.h>
-
-#include "Storages.h"
 
 namespace rix::test::planted {
 
@@ -112,11 +105,6 @@ void filterWindows(ExecutionContext& context, const ImageModel& input, ImageMode
                                              windowWork, meanOfWindows);
 }
 
-void filterWindowsOfACopy(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
-    const io::MemoryImage copy = copyOf(input);
-    filterWindows(context, copy, output);
-}
-
 void filterBlocksAsImages(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
     const auto border = access::MirrorBorderCondition<double>::New();
     const Plan plan = access::cutBoxes({&input}, {&output}, windowWork);
@@ -143,14 +131,13 @@ void filterBlocksAsImages(ExecutionContext& context, const ImageModel& input, Im
 
 // Points --------------------------------------------------------------------------------------------------------------
 
-template <bool losesRows>
-void copyRows(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
+void copyRowsButTheLast(ExecutionContext& context, const ImageModel& input, ImageModel& output) {
     const Plan plan = access::cutBoxes({&input}, {&output}, {access::Reach(), 100.0});
     access::run(context, plan, [&](const Block& block) {
         access::RowReader<double> in(input);
         RowWriter<double> out(output);
         plan.forEachSegment(block, [&](const RowSegment& segment) {
-            if (losesRows && segment.row + 1 == block.rows().end && block.rows().end < input.getNumOf(ROWS)) {
+            if (segment.row + 1 == block.rows().end && block.rows().end < input.getNumOf(ROWS)) {
                 return;
             }
             const double* const samples = in.read(segment);
@@ -167,15 +154,6 @@ double addHundredths(double sum, const double* samples, std::size_t count) {
     return std::accumulate(samples, samples + count, sum, [](double all, double sample) { return all + sample / 100; });
 }
 
-double sumLeaves(ExecutionContext& context, const ImageModel& image) {
-    return access::reduceLeaves<double, double>(
-        context, image, 100.0,
-        [](double& sum, const double* samples, std::size_t count, std::size_t /*index*/) {
-            sum = addHundredths(sum, samples, count);
-        },
-        [](double& left, double right) { left += right; });
-}
-
 double sumBlocks(ExecutionContext& context, const ImageModel& image) {
     const Plan plan = access::cutBoxes({&image}, {}, {access::Reach(), 100.0});
     std::vector<double> sums(plan.blockCount());
@@ -190,23 +168,14 @@ double sumBlocks(ExecutionContext& context, const ImageModel& image) {
 
 }  // namespace
 
-AlgoInfo& windowMean() {
-    return Filter<&filterWindowsOfACopy>::getInfo();
-}
 AlgoInfo& windowMeanOfBlocks() {
     return Filter<&filterBlocksAsImages>::getInfo();
 }
 AlgoInfo& windowMeanOnSharedSamples() {
     return Filter<&filterWindows>::getInfo();
 }
-AlgoInfo& copyOfRows() {
-    return Filter<&copyRows<false>>::getInfo();
-}
 AlgoInfo& copyOfRowsButTheLast() {
-    return Filter<&copyRows<true>>::getInfo();
-}
-AlgoInfo& sumOfLeaves() {
-    return Sum<&sumLeaves>::getInfo();
+    return Filter<&copyRowsButTheLast>::getInfo();
 }
 AlgoInfo& sumOfBlocks() {
     return Sum<&sumBlocks>::getInfo();

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <cstddef>
-#include <optional>
-#include <vector>
-
 #include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/image/ImageModel.h>
 #include <rix/properties/EnumInfo.h>
 #include <rix/properties/Property.h>
+
+#include "Testing.h"
 
 /// How tests that know no algorithm by name reach the properties of all of them.
 namespace rix::test {

@@ -1,10 +1,5 @@
 // Each row that is read or written may fail: the run then says so, and the next run is right.
 
-#include <algorithm>
-#include <atomic>
-
-#include <rix/settings/Settings.h>
-
 #include "GenericTest.h"
 
 namespace rix::test {

@@ -1,8 +1,5 @@
 // A result does not depend on the level, the number of threads or the storage of the images.
 
-#include <rix/devices/Cpu.h>
-#include <rix/settings/Settings.h>
-
 #include "GenericTest.h"
 #include "Properties.h"
 
@@ -95,6 +92,31 @@ TEST_P(SameResult, ForEveryTypeAndEveryChoice) {
             for (const OptimLevelType level : levels) {
                 SCOPED_TRACE(describe(variant, level, -1, nameOf(storage)));
                 runAndCompare(*subject, level, expected);
+            }
+        }
+    }
+}
+
+/// What is left of a row behind the last whole vector is of every length, and rows begin at any address.
+TEST_P(SameResult, AtEveryWidth) {
+    for (const Example& variant : variantsOf(example())) {
+        Extents extents = variant.extents();
+        extents[ROWS] = 3;
+        for (extents[COLUMNS] = 1; extents[COLUMNS] <= 70; extents[COLUMNS] += sanitized ? 9 : 1) {
+            const Example narrow = variant.withExtents(extents);
+            if (!isAccepted(narrow)) {
+                continue;
+            }
+            const InputImages images = makeInputs(narrow);
+            const Results expected = referenceResults(narrow);
+            const auto subject = makeStored(narrow, images, expected, Storage::SizeProxy);
+            ASSERT_NE(subject, nullptr);
+            for (const OptimLevelType level : levels) {
+                SCOPED_TRACE(describe(narrow, level, -1, "size proxy"));
+                runAndCompare(*subject, level, expected);
+            }
+            if (HasFailure()) {
+                return;
             }
         }
     }

@@ -1,8 +1,5 @@
 // What a block gives does not depend on where it ends, and no run reads what it has written.
 
-#include <algorithm>
-#include <random>
-
 #include "Checks.h"
 #include "GenericTest.h"
 

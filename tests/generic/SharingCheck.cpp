@@ -1,13 +1,7 @@
-#include <algorithm>
-#include <cstring>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/BlockSize.h>
 #include <rix/access/ImageModelProxy.h>
-#include <rix/image/ImageModelSizeProxy.h>
 
 #include "Checks.h"
-#include "ImageComparison.h"
 #include "Properties.h"
 #include "WatchedScheduler.h"
 

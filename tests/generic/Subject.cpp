@@ -1,15 +1,11 @@
 #include "Subject.h"
 
-#include <algorithm>
-#include <array>
 #include <sstream>
 #include <typeinfo>
 
-#include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <vessel/DataFrameView.h>
 
-#include "ImageComparison.h"
 #include "Properties.h"
 #include "Tally.h"
 

@@ -1,18 +1,9 @@
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <optional>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
 
-#include "ImageFactories.h"
-#include "Storages.h"
+#include "Testing.h"
 
 /// An algorithm that is known by its registry entry only, with values to run it with.
 namespace rix::test {

@@ -1,13 +1,11 @@
 #include "ImageComparison.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
 #include <iomanip>
 #include <limits>
-#include <optional>
 #include <sstream>
 #include <vector>
 
@@ -18,8 +16,6 @@
 namespace rix::test {
 
 namespace {
-
-using Position = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
 template <class T>
 String textOf(T value) {
@@ -83,102 +79,40 @@ double distance(T expected, T actual) {
     }
 }
 
+/// What differs in the samples, in words; empty when nothing does.
 template <class T>
-class SampleComparison {
-public:
-    SampleComparison(const ImageModel& expected, const ImageModel& actual, const ComparisonOptions& options)
-        : m_expected(expected),
-          m_actual(actual),
-          m_options(options),
-          m_extents(helper::getExtents(expected)),
-          m_samplesAnElement(helper::getElementNumber(expected.getElementType())),
-          m_rowOfExpected(m_extents[COLUMNS] * m_samplesAnElement),
-          m_rowOfActual(m_rowOfExpected.size()) {}
-
-    /// What differs, in words; empty when nothing does.
-    String run() {
-        String failure;
-        forEachRow(m_expected, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
-            const Position p{0, y, z, t, s};
-            if (!readRows(p)) {
-                failure = "a row can't be read at " + describe(p) + "\n";
+String compareSamples(const ImageModel& expected, const ImageModel& actual, const ComparisonOptions& options) {
+    const Extents n = helper::getExtents(expected);
+    const std::size_t samples = helper::getElementNumber(expected.getElementType());
+    std::vector<T> a(n[COLUMNS] * samples);
+    std::vector<T> b(a.size());
+    std::size_t compared = 0;
+    std::size_t different = 0;
+    double largest = 0.0;
+    std::ostringstream first;
+    const bool areRead = forEachRow(expected, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
+        for (std::size_t i = 0; i < a.size(); ++i, ++compared) {
+            if (i == 0 && !(expected.readRowAt(n[COLUMNS], reinterpret_cast<RawData>(a.data()), 0, y, z, t, s) &&
+                            actual.readRowAt(n[COLUMNS], reinterpret_cast<RawData>(b.data()), 0, y, z, t, s))) {
                 return false;
             }
-            compareRows(p);
-            return true;
-        });
-        if (!failure.empty()) {
-            return failure;
-        }
-        return m_first ? describeDifferences() : String();
-    }
-
-private:
-    bool readRows(const Position& p) {
-        const auto read = [&](const ImageModel& image, std::vector<T>& row) {
-            return image.readRowAt(m_extents[COLUMNS], reinterpret_cast<RawData>(row.data()), 0, p[ROWS], p[PLANS],
-                                   p[SEQUENCE], p[SPECTRAL_SERIES]);
-        };
-        return read(m_expected, m_rowOfExpected) && read(m_actual, m_rowOfActual);
-    }
-
-    void compareRows(const Position& p) {
-        for (std::size_t i = 0; i < m_rowOfExpected.size(); ++i) {
-            ++m_compared;
-            const T expected = m_rowOfExpected[i];
-            const T actual = m_rowOfActual[i];
-            if (accepted(expected, actual, m_options)) {
+            if (accepted(a[i], b[i], options)) {
                 continue;
             }
-            ++m_different;
-            Position position = p;
-            position[COLUMNS] = i / m_samplesAnElement;
-            if (!m_first) {
-                m_first = position;
-                m_firstText = describe(position, i % m_samplesAnElement) + ": expected " + textOf(expected) + ", got " +
-                              textOf(actual);
-            }
-            // Written so that a difference that is no number, as that of an infinity, counts as the largest.
-            if (const double d = distance(expected, actual); !(d <= m_largest)) {
-                m_largest = std::isnan(d) ? std::numeric_limits<double>::infinity() : d;
-                m_largestText = describe(position, i % m_samplesAnElement) + ": expected " + textOf(expected) +
-                                ", got " + textOf(actual);
+            largest = std::fmax(largest, distance(a[i], b[i]));
+            if (different++ == 0) {
+                first << "column " << i / samples << ", row " << y << ", plane " << z << ", sequence " << t
+                      << ", spectral " << s << (samples > 1 ? ", sample " + std::to_string(i % samples) : String())
+                      << ": expected " << textOf(a[i]) << ", got " << textOf(b[i]);
             }
         }
-    }
-
-    String describe(const Position& p, std::size_t sample = 0) const {
-        std::ostringstream text;
-        text << "column " << p[COLUMNS] << ", row " << p[ROWS] << ", plane " << p[PLANS] << ", sequence " << p[SEQUENCE]
-             << ", spectral " << p[SPECTRAL_SERIES];
-        if (m_samplesAnElement > 1) {
-            text << ", sample " << sample;
-        }
-        return text.str();
-    }
-
-    String describeDifferences() {
-        std::ostringstream text;
-        text << m_different << " of " << m_compared << " samples differ\n"
-             << "  first at " << m_firstText << "\n"
-             << "  largest difference " << textOf(m_largest) << " at " << m_largestText << "\n";
-        return text.str();
-    }
-
-    const ImageModel& m_expected;
-    const ImageModel& m_actual;
-    const ComparisonOptions& m_options;
-    const Position m_extents;
-    const std::size_t m_samplesAnElement;
-    std::vector<T> m_rowOfExpected;
-    std::vector<T> m_rowOfActual;
-    std::size_t m_compared = 0;
-    std::size_t m_different = 0;
-    std::optional<Position> m_first;
-    String m_firstText;
-    double m_largest = -1.0;
-    String m_largestText;
-};
+        return true;
+    });
+    return !areRead         ? "a row can't be read\n"
+           : different == 0 ? String()
+                            : std::to_string(different) + " of " + std::to_string(compared) +
+                                  " samples differ by up to " + textOf(largest) + "\n  first at " + first.str() + "\n";
+}
 
 /// Collects the differences of two headers, one a line.
 class HeaderComparison {
@@ -243,7 +177,7 @@ void compareMeanings(const ImageModel& expected, const ImageModel& actual, Heade
     String differences = header.text();
     if (comparable) {
         access::dispatch(access::AllTypes{}, expected.getVoxelType(), [&](auto tag) {
-            differences += SampleComparison<typename decltype(tag)::type>(expected, actual, options).run();
+            differences += compareSamples<typename decltype(tag)::type>(expected, actual, options);
         });
     }
     if (differences.empty()) {

@@ -24,8 +24,8 @@ struct ComparisonOptions {
 
 /// Compares two images of any storage: `EXPECT_TRUE(imagesEqual(expected, actual))`.
 ///
-/// The failure tells every difference of the headers; and of the samples how many differ, the position and the values
-/// of the first, and the largest difference.
+/// The failure tells every difference of the headers; and of the samples how many differ and by how much, and the
+/// position and the values of the first.
 ::testing::AssertionResult imagesEqual(const ImageModel& expected, const ImageModel& actual,
                                        const ComparisonOptions& options = {});
 

@@ -13,6 +13,13 @@
 
 namespace rix::test {
 
+inline constexpr VoxelTypes integerTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32};
+inline constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,
+                                           RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
+inline constexpr VoxelTypes allTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
+                                          RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
+                                          RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
+
 /// Columns, rows, planes, sequence, spectral series.
 using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 

@@ -1,17 +1,8 @@
 #pragma once
 
-#include <array>
-#include <atomic>
-#include <cstring>
-#include <limits>
-#include <type_traits>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/PlainContext.h>
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/image/MemoryImage.h>
+
+#include "Testing.h"
 
 namespace rix::test {
 

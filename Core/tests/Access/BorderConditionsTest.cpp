@@ -1,24 +1,9 @@
 // Border conditions against their definitions: the oracles know no periods and no rows, they move one coordinate at a
 // time.
 
-#include <array>
-#include <cmath>
-#include <complex>
-#include <functional>
-#include <limits>
-#include <memory>
-#include <numbers>
-#include <optional>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/BorderConditions.h>
-#include <rix/exceptions/Exception.h>
 
 #include "AccessTestTools.h"
-#include "Failures.h"
-#include "ImageFactories.h"
 
 namespace rix::access {
 namespace {
@@ -176,9 +161,6 @@ TYPED_TEST(Borders, FollowTheirDefinitionsOnAllAxes) {
     this->comparePolicies({.voxelType = this->type, .extents = {1, 1, 1, 1, 1}}, 4);
     this->comparePolicies({.voxelType = this->type, .extents = {1, 3, 1, 2, 1}}, 5);
     this->comparePolicies({.voxelType = this->type, .extents = {4, 1, 2, 1, 3}}, 2);
-}
-
-TYPED_TEST(Borders, KeepTheSamplesOfAnElementTogether) {
     this->comparePolicies({.voxelType = this->type, .extents = {3, 2, 2, 1, 1}, .elementType = VECTOR_3}, 7);
 }
 
@@ -224,15 +206,7 @@ TEST(DirectionalMirror, TurnsAtHalfARightAngle) {
 TEST(ComputeCoord, ReflectsWithTheEdgeTwice) {
     constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
     constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
-    const std::int64_t cases[][3] = {{-1, 5, 0},
-                                     {-2, 5, 1},
-                                     {5, 5, 4},
-                                     {6, 5, 3},
-                                     {-7, 3, 0},
-                                     {9, 5, 0},
-                                     {10, 5, 0},
-                                     {11, 5, 1},
-                                     {lowest, 1, 0},
+    const std::int64_t cases[][3] = {{lowest, 1, 0},
                                      {highest, 1, 0},
                                      {lowest, highest, highest - 1},
                                      {highest, highest, highest - 1},
@@ -327,13 +301,9 @@ TEST(NoBorder, ReadsInsideAndNowhereElse) {
     border->getData(image, read.data(), read.data() + 6, 0, 3, 1, 1, 1);
     const float* const last = reinterpret_cast<const float*>(image.getImageBuffer()) + 6 * 4 * 2 * 2 * 2 - 6;
     EXPECT_EQ(read, std::vector<float>(last, last + 6));
-    for (const Position& p : std::initializer_list<Position>{{1, 0, 0, 0, 0},
-                                                             {-1, 0, 0, 0, 0},
-                                                             {0, 4, 0, 0, 0},
-                                                             {0, -1, 0, 0, 0},
-                                                             {0, 0, 2, 0, 0},
-                                                             {0, 0, 0, -1, 0},
-                                                             {0, 0, 0, 0, 2}}) {
+    for (const auto& [axis, place] : {std::pair{0U, 1}, {0U, -1}, {1U, 4}, {1U, -1}, {2U, 2}, {3U, -1}, {4U, 2}}) {
+        Position p{};
+        p[axis] = place;
         const auto readIt = [&] { border->getData(image, read.data(), read.data() + 6, p[0], p[1], p[2], p[3], p[4]); };
 #ifdef NDEBUG
         EXPECT_THROW(readIt(), BadIndex);

@@ -1,14 +1,7 @@
 // Work that spreads from tile to tile until nothing changes: the order of visits. What a flood gives is tested with
 // the filling of holes.
 
-#include <set>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/Exchange.h>
-#include <rix/exceptions/Exception.h>
 
 #include "AccessTestTools.h"
 

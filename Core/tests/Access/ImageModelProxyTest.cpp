@@ -1,21 +1,9 @@
 // Images presented as images of another type, in both directions and from any storage; the conversions themselves are
 // tested with the kernels.
 
-#include <complex>
-#include <cstdint>
-#include <limits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/ImageModelProxy.h>
-#include <rix/access/SampleCast.h>
-#include <rix/exceptions/Exception.h>
 
 #include "AccessTestTools.h"
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "Storages.h"
 
 namespace rix {
 namespace {

@@ -1,16 +1,8 @@
 // Reductions: sums of reals that no cut, schedule or storage changes.
 
-#include <bit>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/Joins.h>
-#include <rix/settings/Settings.h>
 
 #include "AccessTestTools.h"
-#include "ImageFactories.h"
-#include "Sanitizers.h"
 
 namespace rix::access {
 namespace {

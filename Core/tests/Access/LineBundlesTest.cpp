@@ -1,17 +1,8 @@
 // Bundles of lines: every line of every axis once and whole. Their borders are tested with the filters along lines.
 
-#include <algorithm>
-#include <cstdint>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/LineBundles.h>
-#include <rix/exceptions/Exception.h>
 
 #include "AccessTestTools.h"
-#include "ImageComparison.h"
-#include "ImageFactories.h"
 
 namespace rix::access {
 namespace {

@@ -1,16 +1,9 @@
 // The account of a run's memory: who charges it, and that all of it comes back to where it was charged.
 
-#include <optional>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/MemoryAccount.h>
 #include <rix/access/Scratch.h>
-#include <rix/exceptions/Exception.h>
 
-#include "Failures.h"
+#include "Testing.h"
 
 namespace rix::access {
 namespace {

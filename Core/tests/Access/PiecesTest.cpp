@@ -1,9 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <rix/access/Pieces.h>
-#include <rix/image/ImageModelSizeProxy.h>
 
-#include "ImageFactories.h"
+#include "Testing.h"
 
 namespace rix::access {
 namespace {

@@ -1,20 +1,10 @@
 // The cut of images into blocks: every voxel once, whatever the cutter, the settings and the size of blocks.
 
-#include <algorithm>
-#include <functional>
-#include <limits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/Plan.h>
 #include <rix/access/Run.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/properties/EnumInfo.h>
 
 #include "AccessTestTools.h"
-#include "ImageFactories.h"
-#include "Sanitizers.h"
 
 namespace rix::access {
 namespace {

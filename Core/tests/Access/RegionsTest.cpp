@@ -1,16 +1,8 @@
 // The part of an input that a part of a resampled output reads, against the reads of every element.
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/Regions.h>
-#include <rix/exceptions/Exception.h>
 
-#include "ImageFactories.h"
+#include "Testing.h"
 
 namespace rix::access {
 namespace {

@@ -1,23 +1,9 @@
 // Typed rows: the same samples, whatever the storage.
 
-#include <complex>
-#include <limits>
-#include <map>
-#include <thread>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <rix/access/Rows.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull3d.h>
-#include <rix/image/MemoryImage.h>
 
 #include "AccessTestTools.h"
-#include "Failures.h"
 
 namespace rix::access {
 namespace {
@@ -25,45 +11,6 @@ namespace {
 using test::CopyOnly;
 using test::imageOf;
 using testing::HasSubstr;
-
-TEST(Cast, FollowsTheRulesOfTheLibrary) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    struct Case {
-        double from;
-        int u8;
-        int i16;
-        std::int32_t i32;
-        std::uint32_t u32;
-    };
-    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-    const Case cases[] = {
-        {2.9, 2, 2, 2, 2},
-        {-1.5, 255, -1, -1, 4294967295U},
-        {300.7, 44, 300, 300, 300},
-        {65536.0 * 40000, 0, 0, lowest, 2621440000U},
-        {2147483647.5, 255, -1, 2147483647, 2147483647U},
-        {-2147483648.9, 0, 0, lowest, 2147483648U},
-        {4294967296.0 + 5, 0, 0, lowest, 5},
-        {1e30, 0, 0, lowest, 0},
-        {infinity, 0, 0, lowest, 0},
-        {-infinity, 0, 0, lowest, 0},
-        {nan, 0, 0, lowest, 0},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(castSample<std::uint8_t>(c.from), c.u8) << c.from;
-        EXPECT_EQ(castSample<std::int16_t>(c.from), c.i16) << c.from;
-        EXPECT_EQ(castSample<std::int32_t>(c.from), c.i32) << c.from;
-        EXPECT_EQ(castSample<std::uint32_t>(c.from), c.u32) << c.from;
-        EXPECT_EQ(castSample<std::uint8_t>(std::complex<double>(c.from, 9.0)), c.u8) << c.from;
-    }
-    EXPECT_EQ(castSample<std::int32_t>(-2147483648.0F), lowest);
-    EXPECT_EQ(castSample<std::int32_t>(2147483648.0F), lowest);
-    EXPECT_EQ(castSample<std::int8_t>(std::uint32_t{0x12345680}), -128);
-    EXPECT_EQ(castSample<float>(std::int32_t{16777217}), 16777216.0F);
-    EXPECT_EQ(castSample<std::complex<float>>(0.1), std::complex<float>(0.1F, 0.0F));
-    EXPECT_EQ(castSample<std::complex<float>>(std::complex<double>(0.1, 0.2)), std::complex<float>(0.1F, 0.2F));
-}
 
 /// Writes 10 * row + column through a writer of type T and reads it back through a reader of type T.
 template <class T>

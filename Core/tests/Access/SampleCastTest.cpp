@@ -1,21 +1,7 @@
 // Rows of samples between all types: the kernels of every level do what the conversion of one sample does.
 
-#include <algorithm>
-#include <cmath>
-#include <complex>
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/SampleCast.h>
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/exceptions/Exception.h>
-
 #include "Access/CastKernels.h"
 #include "AccessTestTools.h"
-#include "ImageFactories.h"
 
 namespace rix::access {
 namespace {
@@ -24,8 +10,7 @@ using test::sameSample;
 
 template <class F>
 void forEachType(F&& function) {
-    for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32,
-                                  RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
+    for (const VoxelTypes type : test::allTypes) {
         dispatch(AllTypes{}, type, function);
     }
 }

@@ -1,16 +1,9 @@
 // Distribution of blocks: every block once, failures out of blocks.
 
-#include <atomic>
-#include <numeric>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_group.h>
 
-#include <rix/access/BlockScheduler.h>
+#include "Testing.h"
 
 namespace rix::access {
 namespace {

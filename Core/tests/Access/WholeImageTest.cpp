@@ -1,16 +1,9 @@
 // Whole images as arrays: the image's own memory where it is one, else a copy that comes back.
 
-#include <cstdint>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/WholeImage.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull3d.h>
 
 #include "AccessTestTools.h"
-#include "ImageFactories.h"
 
 namespace rix::access {
 namespace {

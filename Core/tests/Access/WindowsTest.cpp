@@ -1,19 +1,11 @@
 // The rows around the voxels of a block: every row as the border condition has it, in place where it can be.
 
-#include <algorithm>
-#include <cstdint>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/access/BorderConditions.h>
 #include <rix/access/ImageModelProxy.h>
 #include <rix/access/WindowFilters.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
 
 #include "AccessTestTools.h"
-#include "ImageFactories.h"
 
 namespace rix::access {
 namespace {

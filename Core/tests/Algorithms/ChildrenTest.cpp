@@ -1,11 +1,7 @@
 // Algorithms made of others.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <rix/access/Steps.h>
 #include <rix/algorithms/Children.h>
-#include <rix/exceptions/Exception.h>
 
 #include "TestAlgorithms.h"
 
@@ -42,12 +38,8 @@ TEST(Children, TakeTheirPartOfTheProgressAndTheLevelOfTheirParent) {
 template <class SetUp>
 String failureOf(const String& className, const SetUp& setUp) {
     ScriptedAlgorithm parent([&](BaseAlgorithm& self) { algorithms::runChild(self, className, setUp); });
-    try {
-        parent.run();
-    } catch (const InvalidCall& exception) {
-        return exception.getInfo(false);
-    }
-    return "no failure";
+    const auto failure = rix::test::failureOf<InvalidCall>([&] { parent.run(); });
+    return failure ? failure->getInfo(false) : String();
 }
 
 TEST(Children, AreFoundByNameAndSetByName) {

@@ -1,13 +1,5 @@
 // Runs over the sequence and spectral axes through views.
 
-#include <numeric>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/image/MemoryImage.h>
-
 #include "TestAlgorithms.h"
 
 namespace rix::test {

@@ -1,10 +1,7 @@
 // The arithmetic of progress: steps inside steps, weights, children.
 
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "Algorithms/Progression.h"
+#include "Testing.h"
 
 namespace rix::algorithms {
 namespace {

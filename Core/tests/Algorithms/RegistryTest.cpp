@@ -1,24 +1,12 @@
 // The registry of classes, starting and stopping the library, plug-ins.
 
-#include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <set>
-#include <thread>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <rix/Library.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/ObjectInfo.h>
-#include <rix/devices/Cpu.h>
-#include <rix/image/MemoryImage.h>
-#include <rix/settings/Settings.h>
 
-#include "Failures.h"
 #include "TestAlgorithms.h"
 
 namespace rix::test {

@@ -1,11 +1,5 @@
 #pragma once
 
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <vector>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/AlgoInfo.h>
@@ -14,7 +8,8 @@
 #include <rix/properties/Property.h>
 #include <rix/rules/ImageEnforcements.h>
 #include <rix/rules/ValueRules.h>
-#include <rix/settings/Settings.h>
+
+#include "Testing.h"
 
 namespace rix::test {
 

@@ -1,7 +1,4 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
+#include "Testing.h"
 
 namespace rix {
 namespace {

@@ -1,13 +1,5 @@
 #include "Image/BufferAllocation.h"
-
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <new>
-#include <thread>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 namespace rix::buffer {
 namespace {

@@ -1,12 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <limits>
-#include <vector>
-
-#include <rix/image/MemoryImage.h>
-
-#include "ImageFactories.h"
+#include "Testing.h"
 
 namespace rix::test {
 

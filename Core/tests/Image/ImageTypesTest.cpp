@@ -1,77 +1,39 @@
-#include <rix/image/ImageTypes.h>
-
-#include <rix/exceptions/Exception.h>
-
-#include <gtest/gtest.h>
+#include "Testing.h"
 
 namespace rix {
 namespace {
 
-TEST(ImageTypes, VoxelTypes) {
-    struct Case {
-        int code;
-        std::size_t size;
-        const char* text;
-    };
-    const char* const undefined = "undefined voxel type string equivalence";
-    const Case cases[] = {
-        {0, 1, "uint8"},
-        {1, 2, "uint16"},
-        {2, 4, "uint32"},
-        {3, 0, undefined},
-        {4, 1, "int8"},
-        {5, 2, "int16"},
-        {6, 4, "int32"},
-        {7, 0, undefined},
-        {8, 4, "float32"},
-        {9, 8, "float64"},
-        {10, 8, "complex float32"},
-        {11, 16, "complex float64"},
-        {12, 0, undefined},
-        {-1, 0, undefined},
-        {1 << 30, 0, undefined},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(helper::getSizeOf(static_cast<VoxelTypes>(c.code)), c.size) << c.code;
-        EXPECT_EQ(helper::voxelTypesToString(static_cast<VoxelTypes>(c.code)), c.text) << c.code;
+TEST(ImageTypes, HaveSizesAndTexts) {
+    const std::pair<std::size_t, const char*> none{0, "undefined voxel type string equivalence"};
+    const std::pair<std::size_t, const char*> voxels[] = {
+        {1, "uint8"},   {2, "uint16"},  {4, "uint32"},          none,
+        {1, "int8"},    {2, "int16"},   {4, "int32"},           none,
+        {4, "float32"}, {8, "float64"}, {8, "complex float32"}, {16, "complex float64"}};
+    for (const int code : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, -1, 1 << 30}) {
+        const auto& [size, text] = code >= 0 && code < 12 ? voxels[code] : none;
+        EXPECT_EQ(helper::getSizeOf(static_cast<VoxelTypes>(code)), size) << code;
+        EXPECT_EQ(helper::voxelTypesToString(static_cast<VoxelTypes>(code)), text) << code;
     }
-    EXPECT_EQ(RIX_INT8, 4);
-    EXPECT_EQ(RIX_FLOAT32, 8);
-    EXPECT_EQ(RIX_COMPLEX_FLOAT64, 11);
-}
-
-TEST(ImageTypes, ElementTypes) {
-    struct Case {
-        int code;
-        std::size_t samples;
-        const char* text;
-    };
-    const Case cases[] = {
-        {0, 1, "scalar"},
-        {16, 2, "2-Vector"},
-        {32, 3, "3-Vector"},
-        {256, 3, "Symmetric Matrix 2x2"},
-        {512, 6, "Symmetric Matrix 3x3"},
-        {1, 0, ""},
-        {-1, 0, ""},
-        {768, 0, ""},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(helper::getElementNumber(static_cast<ElementTypes>(c.code)), c.samples) << c.code;
-        EXPECT_EQ(helper::elementTypesToString(static_cast<ElementTypes>(c.code)), c.text) << c.code;
+    EXPECT_TRUE(RIX_INT8 == 4 && RIX_FLOAT32 == 8 && RIX_COMPLEX_FLOAT64 == 11);
+    const std::tuple<int, std::size_t, const char*> elements[] = {{0, 1, "scalar"},
+                                                                  {16, 2, "2-Vector"},
+                                                                  {32, 3, "3-Vector"},
+                                                                  {256, 3, "Symmetric Matrix 2x2"},
+                                                                  {512, 6, "Symmetric Matrix 3x3"},
+                                                                  {1, 0, ""},
+                                                                  {-1, 0, ""},
+                                                                  {768, 0, ""}};
+    for (const auto& [code, samples, text] : elements) {
+        EXPECT_EQ(helper::getElementNumber(static_cast<ElementTypes>(code)), samples) << code;
+        EXPECT_EQ(helper::elementTypesToString(static_cast<ElementTypes>(code)), text) << code;
     }
-}
-
-TEST(ImageTypes, OtherTexts) {
     const char* const interpretations[] = {"binary", "label", "value"};
-    for (int i = -1; i <= 3; ++i) {
-        EXPECT_EQ(helper::interpretationsToString(static_cast<Interpretations>(i)),
-                  i >= 0 && i < 3 ? interpretations[i] : "undefined interpretation string equivalence");
-    }
     const char* const components[] = {"columns", "rows", "plans", "sequence", "spectral series"};
     const char* const colors[] = {"unknown", "RGB", "HSL", "YIQ", "NRGB"};
     for (int i = -1; i <= 5; ++i) {
         const bool isDefined = i >= 0 && i < 5;
+        EXPECT_EQ(helper::interpretationsToString(static_cast<Interpretations>(i)),
+                  i >= 0 && i < 3 ? interpretations[i] : "undefined interpretation string equivalence");
         EXPECT_EQ(helper::componentToString(static_cast<Components>(i)),
                   isDefined ? components[i] : "undefined component string equivalence");
         EXPECT_EQ(helper::colorInterpretationToString(static_cast<ColorInterpretation>(i)),

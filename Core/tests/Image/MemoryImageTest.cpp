@@ -1,17 +1,7 @@
-#include <rix/image/MemoryImage.h>
+#include <rix/image/ImageCalibration.h>
 
-#include <cstdint>
-#include <cstring>
-#include <new>
-#include <optional>
 #include <sstream>
 
-#include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
-
-#include <gtest/gtest.h>
-
-#include "ImageComparison.h"
 #include "ImageTestTools.h"
 
 namespace rix {
@@ -26,16 +16,10 @@ using test::readRow;
 
 TEST(MemoryImage, NewImageIsEmpty) {
     MemoryImage image;
-    for (int i = RIX_COMPONENTS_FIRST; i < RIX_COMPONENTS_SIZE; ++i) {
-        const auto axis = static_cast<Components>(i);
-        EXPECT_EQ(image.getNumOf(axis), 0U);
-        EXPECT_EQ(image.getOriginOf(axis), 0.0);
-        EXPECT_EQ(image.getSpacingOf(axis), 0.0);
-    }
     EXPECT_EQ(helper::describeImage(image), "(0, 0, 0, 0, 0, scalar, uint8, value)");
+    EXPECT_EQ(ImageCalibration(image), ImageCalibration());
     EXPECT_EQ(image.getColorInterpretation(), UNKNOWN);
     EXPECT_EQ(image.getImageBuffer(), nullptr);
-    EXPECT_EQ(image.getSpatialUnitName() + image.getSequenceUnitName(), "");
     EXPECT_EQ(image.getSpatialDirections(), vessel::SpatialDirections());
     EXPECT_EQ(image.getImageId(), "Image_" + std::to_string(reinterpret_cast<std::uintptr_t>(&image)));
     RawData row = nullptr;
@@ -220,70 +204,34 @@ TEST(MemoryImage, CopiesCarryEverythingAndShareNothing) {
 TEST(MemoryImage, InitKeepsTheBuffer) {
     MemoryImage image = makeCounted({6, 5, 1, 1, 1});
     const ConstRawData buffer = image.getInternalBuffer();
-    image.setSpacingOf(ROWS, 2.0);
-    image.setSpatialUnitName("mm");
+    test::setDistinctCalibration(image);
     image.setInterpretation(RIX_BINARY);
     image.Init();
     EXPECT_EQ(helper::describeImage(image), "(0, 0, 0, 0, 0, scalar, uint8, value)");
-    EXPECT_EQ(image.getSpacingOf(ROWS), 0.0);
-    EXPECT_EQ(image.getSpatialUnitName(), "");
+    EXPECT_EQ(ImageCalibration(image), ImageCalibration());
     EXPECT_EQ(image.getInternalBuffer(), buffer);
     ASSERT_TRUE(image.reserve(RIX_UINT16, 6, 5, 1, 1, 1));
     EXPECT_EQ(image.getInternalBuffer(), buffer);
 }
 
-class MemoryImageTrace : public testing::Test {
-protected:
-    static constexpr const char* key = "RIX_MEMORY_IMAGE_CONSUMPTION_TRACE";
-    void SetUp() override {
-        m_before = globalSettings().getValue(key);
-        globalSettings().setValueAsBool(key, true);
-        testing::internal::CaptureStdout();
-    }
-    void TearDown() override {
-        if (m_isCapturing) {
-            testing::internal::GetCapturedStdout();
-        }
-        globalSettings().setValue(key, m_before);
-    }
-    String captured() {
-        m_isCapturing = false;
-        return testing::internal::GetCapturedStdout();
-    }
-    static String addressOf(const void* image) {
-        std::ostringstream text;
-        text << std::hex << reinterpret_cast<std::uintptr_t>(image);
-        return text.str();
-    }
-
-    String m_before;
-    bool m_isCapturing = true;
-};
-
-TEST_F(MemoryImageTrace, OneLineAnEvent) {
-    std::optional<MemoryImage> image(true);
-    const String prefix = "MemoryImage(#" + addressOf(&*image) + "): ";
-    ASSERT_TRUE(image->reserve(RIX_UINT16, 10, 20, 3, 1, 1));
-    ASSERT_TRUE(image->reserve(VECTOR_2, RIX_FLOAT32, 10, 20, 1, 2, 1));
-    ASSERT_TRUE(image->reserve(RIX_UINT8, 10, 1, 1, 1, 1));
-    image.reset();
-    EXPECT_EQ(captured(), prefix + "        1200\t(10, 20, 3, 1, 1, scalar, uint16)\n" + prefix +
-                              "        2000\t(10, 20, 1, 2, 1, 2-Vector, float32)\n" + prefix +
-                              "18446744073709548426\t(10, 1, 1, 1, 1, scalar, uint8)\n" + prefix + "-         10\n");
-}
-
-TEST_F(MemoryImageTrace, ReuseIsSilentAndSoIsWhatIsNotTraced) {
+TEST(MemoryImage, TracesWhatItTakesAndGivesBackInOneLineAnEvent) {
+    constexpr const char* key = "RIX_MEMORY_IMAGE_CONSUMPTION_TRACE";
+    const String before = globalSettings().getValue(key);
+    globalSettings().setValueAsBool(key, true);
+    testing::internal::CaptureStdout();
     std::optional<MemoryImage> image(false);
-    const String prefix = "MemoryImage(#" + addressOf(&*image) + "): ";
-    ASSERT_TRUE(image->reserve(RIX_UINT8, 30, 1, 1, 1, 1));
-    ASSERT_TRUE(image->reserve(RIX_UINT8, 20, 1, 1, 1, 1));
-    ASSERT_TRUE(image->reserve(RIX_UINT8, 40, 1, 1, 1, 1));
+    std::ostringstream prefix;
+    prefix << "MemoryImage(#" << std::hex << reinterpret_cast<std::uintptr_t>(&*image) << "): ";
+    EXPECT_TRUE(image->reserve(VECTOR_2, RIX_FLOAT32, 10, 20, 1, 2, 1));
+    EXPECT_TRUE(image->reserve(RIX_UINT8, 20, 1, 1, 1, 1)) << "which reuses the buffer silently";
+    EXPECT_TRUE(image->reserve(RIX_UINT16, 2000, 1, 1, 1, 1));
     EXPECT_FALSE(image->reserve(RIX_UINT8, huge, 2, 1, 1, 1));
     image.reset();
-    globalSettings().setValueAsBool(key, false);
+    globalSettings().setValue(key, before);
     EXPECT_TRUE(MemoryImage(true).reserve(RIX_UINT8, 30, 1, 1, 1, 1));
-    EXPECT_EQ(captured(), prefix + "          30\t(30, 1, 1, 1, 1, scalar, uint8)\n" + prefix +
-                              "          10\t(40, 1, 1, 1, 1, scalar, uint8)\n" + prefix + "-          0\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              prefix.str() + "        3200\t(10, 20, 1, 2, 1, 2-Vector, float32)\n" + prefix.str() +
+                  "         800\t(2000, 1, 1, 1, 1, scalar, uint16)\n" + prefix.str() + "-          0\n");
 }
 
 }  // namespace

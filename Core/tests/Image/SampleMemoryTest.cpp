@@ -1,22 +1,12 @@
 #include <rix/image/SampleMemory.h>
 
-#include <algorithm>
-#include <memory>
-#include <random>
-#include <set>
-#include <vector>
-
 #include <rix/access/ImageModelProxy.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
-#include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/StridedImage.h>
 
-#include <gtest/gtest.h>
-
 #include "ImageTestTools.h"
-#include "Storages.h"
 
 namespace rix {
 namespace {

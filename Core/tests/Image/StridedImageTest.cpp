@@ -1,15 +1,5 @@
 #include <rix/image/StridedImage.h>
 
-#include <functional>
-#include <limits>
-#include <numeric>
-
-#include <rix/exceptions/Exception.h>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "Failures.h"
 #include "ImageTestTools.h"
 
 namespace rix {

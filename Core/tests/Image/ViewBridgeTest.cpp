@@ -1,21 +1,11 @@
 #include <rix/image/ImageMetadata.h>
 #include <rix/image/ImageModelFromView.h>
 #include <rix/image/ImageModelFull2d.h>
-#include <rix/image/ImageModelSizeProxy.h>
 #include <rix/image/ImageViewFromModel.h>
-
-#include <cstring>
-#include <functional>
 
 #include <vessel/MemoryImageView.h>
 
-#include <rix/exceptions/Exception.h>
-
-#include <gtest/gtest.h>
-
-#include "ImageComparison.h"
 #include "ImageTestTools.h"
-#include "Storages.h"
 
 namespace rix {
 namespace {
@@ -33,17 +23,13 @@ using vessel::SampleType;
 
 TEST(ImageMetadata, NameUidAndOtherEntries) {
     MemoryImageView view({}, {{AxisName::COLUMN, 1, {}}});
-    EXPECT_EQ(helper::getImageName(view), "");
     EXPECT_EQ(helper::getImageUid(view), "");
     helper::setImageName(view, "first");
     helper::setImageName(view, "second");
     EXPECT_EQ(helper::getImageName(view), "second");
     EXPECT_EQ(view.metadata().getChildCount(), 1U);
-    EXPECT_EQ(view.metadata().find("name")->getText(), "second");
     helper::addMetadata(view, LUMORA_UID_FIELD_NAME, std::int64_t{1234});
-    EXPECT_EQ(view.metadata().find("lumora_uid")->getText(), "1234");
     EXPECT_EQ(helper::getImageUid(view), "1234") << "an identifier that is a number reads as text";
-
     vessel::PropertyTree::Value value = true;
     EXPECT_FALSE(helper::readMetadata(view, "absent", value));
     view.metadata()["group"]["inner"].setValue(1.5);
@@ -51,8 +37,7 @@ TEST(ImageMetadata, NameUidAndOtherEntries) {
     EXPECT_EQ(value, vessel::PropertyTree::Value(true));
     EXPECT_TRUE(helper::readMetadata(view, LUMORA_UID_FIELD_NAME, value));
     EXPECT_EQ(value, vessel::PropertyTree::Value(std::int64_t{1234}));
-    EXPECT_TRUE(helper::isMemoryImage(view));
-    EXPECT_FALSE(helper::isDiskImage(view));
+    EXPECT_TRUE(helper::isMemoryImage(view) && !helper::isDiskImage(view));
 }
 
 void fill(RawData bytes, std::size_t count) {
@@ -62,11 +47,8 @@ void fill(RawData bytes, std::size_t count) {
 }
 
 TEST(ViewBridge, RoundTripOfAllTypes) {
-    const VoxelTypes voxelTypes[] = {RIX_UINT8,           RIX_UINT16,         RIX_UINT32,  RIX_INT8,
-                                     RIX_INT16,           RIX_INT32,          RIX_FLOAT32, RIX_FLOAT64,
-                                     RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64};
     const ElementTypes elementTypes[] = {SINGLE, VECTOR_2, VECTOR_3, MATRIX_2X2_SYM, MATRIX_3X3_SYM};
-    for (const VoxelTypes voxelType : voxelTypes) {
+    for (const VoxelTypes voxelType : test::allTypes) {
         for (const ElementTypes elementType : elementTypes) {
             io::MemoryImage image;
             ASSERT_TRUE(image.reserve(elementType, voxelType, 5, 4, 3, 2, 2));

@@ -1,18 +1,12 @@
 // Result objects as tools see them: through their base and the property that holds them, never by class.
 
-#include <cstdint>
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/measurement/TableText.h>
 #include <rix/rules/RuleSupport.h>
 
-#include "Failures.h"
+#include "Testing.h"
 
 namespace rix {
 namespace {

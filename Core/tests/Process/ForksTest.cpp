@@ -2,23 +2,13 @@
 
 #include "Process/Forks.h"
 
-#include <algorithm>
-#include <atomic>
-#include <thread>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <rix/Library.h>
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/ObjectInfo.h>
-#include <rix/devices/Cpu.h>
-#include <rix/image/MemoryImage.h>
-#include <rix/settings/Settings.h>
 
 #include "TestAlgorithms.h"
 

@@ -1,25 +1,16 @@
 // What hosts do with the threads of runs: end them, have none to give, destroy an algorithm beneath one.
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <thread>
 
 #include <dlfcn.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <unistd.h>
 
 #include <rix/Library.h>
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/InteractionInterface.h>
-#include <rix/devices/Cpu.h>
-#include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
 
-#include "Failures.h"
 #include "TestAlgorithms.h"
 
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)

@@ -1,11 +1,7 @@
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
 #include <rix/properties/PropertyMultipleChoices.h>
 #include <rix/properties/PropertySingleChoice.h>
+
+#include "Testing.h"
 
 namespace rix {
 namespace {

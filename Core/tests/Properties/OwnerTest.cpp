@@ -1,16 +1,10 @@
-#include <cmath>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/BaseAlgorithm.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/properties/PropertyMultipleChoices.h>
 #include <rix/properties/PropertySingleChoice.h>
+
+#include "Testing.h"
 
 namespace rix {
 namespace {

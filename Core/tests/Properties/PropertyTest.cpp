@@ -1,14 +1,6 @@
-#include <limits>
-#include <memory>
-#include <string>
-#include <type_traits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include <rix/properties/RarePropertyInstances.h>
 
-#include "Failures.h"
+#include "Testing.h"
 
 namespace rix {
 namespace {
@@ -202,15 +194,13 @@ TEST(Property, ExistsForEveryValueType) {
 }
 
 TEST(SmallValues, KeepTheirElementsInOrder) {
-    math::Vector4<int> vector{1, 2, 3, 4};
-    vector[3] = 9;
-    EXPECT_EQ(vector, (math::Vector4<int>{1, 2, 3, 9}));
+    math::Vector4<int> four{1, 2, 3, 4};
     math::Vector3<int> three{1, 2, 3};
-    three[2] = 5;
-    EXPECT_EQ(three, (math::Vector3<int>{1, 2, 5}));
     math::Vector2<int> two{1, 2};
-    two[1] = 7;
-    EXPECT_EQ(two, (math::Vector2<int>{1, 7}));
+    four[3] = three[2] = two[1] = 9;
+    EXPECT_EQ(four, (math::Vector4<int>{1, 2, 3, 9}));
+    EXPECT_EQ(three, (math::Vector3<int>{1, 2, 9}));
+    EXPECT_EQ(two, (math::Vector2<int>{1, 9}));
     math::Matrix3<double> matrix;
     matrix(1, 2) = 6;
     EXPECT_EQ(matrix.values[5], 6);

@@ -1,7 +1,3 @@
-#include <functional>
-#include <new>
-
-#include <rix/image/ImageModelSizeProxy.h>
 #include <rix/rules/ImageEnforcements.h>
 
 #include "RuleTestSupport.h"
@@ -180,13 +176,6 @@ TEST(Enforcements, NameWhatFailsAndStopThere) {
         {"origin columns",
          false,
          {"Cannot set the image origin.", "The origin on the axis \"columns\" cannot be set to 10" + end}},
-        {"spatial unit",
-         false,
-         {"Cannot set the spatial unit name.", "The spatial unit name cannot be set to \"mm\"" + end}},
-        {"directions", false, {"Cannot set the spatial axis system.", "The spatial axis system cannot be set" + end}},
-        {"sequence unit",
-         false,
-         {"Cannot set the sequence unit name.", "The sequence unit name cannot be set to \"s\"" + end}},
         {"color",
          true,
          {"The color interpretation of the model image cannot be updated.",

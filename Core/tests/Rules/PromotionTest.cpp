@@ -1,11 +1,7 @@
-#include <cmath>
-#include <limits>
-#include <map>
 #include <sstream>
 
 #include <rix/rules/Promotion.h>
 
-#include "Failures.h"
 #include "RuleTestSupport.h"
 
 namespace rix::test {

@@ -1,14 +1,9 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <rix/properties/Property.h>
 
 #include "RecordingImage.h"
+#include "Testing.h"
 
 namespace rix::test {
 
@@ -42,30 +37,31 @@ inline Levels refused(Levels levels) {
     return levels;
 }
 
-/// A value, and the levels that a rule refuses it with; none when it accepts the value.
-template <class T>
-struct Case {
-    T value;
-    Levels levels;
-};
-
-/// Attaches one rule to a property named "p" and shows it every value.
+/// Attaches one rule to a property named "p" and shows it values. Those that it refuses are refused by that name, the
+/// first one with the levels given.
 template <class T, class Adder>
-void expectRule(const Adder& adder, const String& description, const std::vector<Case<T>>& cases) {
+void expectRule(const Adder& adder, const String& description, const std::vector<T>& accepted,
+                const std::vector<T>& refusedValues = {}, const Levels& levels = {}) {
     NamedProperty<T> property("p");
     const auto rule = adder(property);
     EXPECT_EQ(rule->describe(), description);
     ASSERT_EQ(property.getImpl()->m_rules.size(), 1u);
     EXPECT_EQ(property.getImpl()->m_rules.front(), rule);
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        SCOPED_TRACE(description + ", case " + std::to_string(i));
-        property.getImpl()->m_value = cases[i].value;
-        EXPECT_EQ(applyRules(property), cases[i].levels.empty() ? Levels{} : refused(cases[i].levels));
+    for (std::size_t i = 0; i < accepted.size(); ++i) {
+        property.getImpl()->m_value = accepted[i];
+        EXPECT_EQ(applyRules(property), Levels{}) << description << ", accepted value " << i;
+    }
+    for (std::size_t i = 0; i < refusedValues.size(); ++i) {
+        property.getImpl()->m_value = refusedValues[i];
+        const Levels found = applyRules(property);
+        ASSERT_FALSE(found.empty()) << description << ", refused value " << i;
+        EXPECT_EQ(found.back(), "Rule error in property p");
+        EXPECT_TRUE(i > 0 || levels.empty() || found == refused(levels)) << testing::PrintToString(found);
     }
 }
 
 /// Shape and types of a test image; the rest is that of a new image.
-struct ImageTraits {
+struct ImageKind {
     std::array<std::size_t, 5> extents{4, 3, 1, 1, 1};
     VoxelTypes voxelType = RIX_UINT8;
     ElementTypes elementType = SINGLE;
@@ -75,7 +71,7 @@ struct ImageTraits {
 
 /// Gives `image` the described shape, types and calibration. Works on any image that does not refuse.
 template <class Image>
-void shape(Image& image, const ImageTraits& traits) {
+void shape(Image& image, const ImageKind& traits) {
     const auto& n = traits.extents;
     ASSERT_TRUE(image.reserve(traits.elementType, traits.voxelType, n[0], n[1], n[2], n[3], n[4]));
     ASSERT_TRUE(image.setInterpretation(traits.interpretation));

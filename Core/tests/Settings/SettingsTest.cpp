@@ -1,9 +1,4 @@
-#include <cstdlib>
-#include <limits>
-
-#include <gtest/gtest.h>
-
-#include <rix/settings/Settings.h>
+#include "Testing.h"
 
 namespace rix {
 namespace {

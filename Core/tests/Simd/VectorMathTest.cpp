@@ -1,11 +1,6 @@
 // Products and quotients of complex numbers, and what the vector-math library leaves alone; its results are compared
 // with those of the other kernels where operations use it.
 
-#include <limits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #ifdef RIX_HAVE_MKL
 #include <mkl_service.h>
 #include <mkl_vml.h>
@@ -13,6 +8,8 @@
 
 #include <rix/simd/ComplexMath.h>
 #include <rix/simd/VectorMath.h>
+
+#include "Testing.h"
 
 namespace rix::simd {
 namespace {

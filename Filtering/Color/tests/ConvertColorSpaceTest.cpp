@@ -1,26 +1,11 @@
 // Colours against the definitions in double precision, written with the functions of the language, and against
 // published values.
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/ForcedStores.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/filtering/color/ConvertColorSpace.h>
-#include <rix/image/MemoryImage.h>
 #include <rix/properties/EnumInfo.h>
-#include <rix/settings/Settings.h>
 
-#include "ImageComparison.h"
 #include "ImageOfSamples.h"
-#include "ImageSamples.h"
-#include "Levels.h"
+#include "Kernels.h"
 
 namespace rix::filtering::color::test {
 namespace {
@@ -137,21 +122,13 @@ io::MemoryImage converted(const ImageModel& image, Convert::ColorSpace from, Con
     convert.setToSpace(to);
     convert.setOutputType(type);
     convert.setOutputImage(&output);
-    convert.settings().setMaximumNumberOfThreads(1);
-    convert.setAutoCpuDispatch(false);
     io::MemoryImage portable;
-    for (const OptimLevelType level : rix::test::runnableLevels()) {
-        for (const access::Stores stores : {access::Stores::Cached, access::Stores::Streaming}) {
-            const access::ForcedStores forced(stores);
-            convert.setOptimLevel(level);
-            convert.run();
-            EXPECT_EQ(convert.getLastRunLevel(), level);
-            if (portable.getNumOf(COLUMNS) == 0) {
-                portable = output;
-            }
-            EXPECT_TRUE(rix::test::imagesEqual(portable, output)) << "level " << level;
+    rix::test::onEveryLevel(convert, [&] {
+        if (portable.getNumOf(COLUMNS) == 0) {
+            portable = output;
         }
-    }
+        EXPECT_TRUE(rix::test::imagesEqual(portable, output));
+    });
     return output;
 }
 

@@ -1,18 +1,6 @@
 // What all box filters promise beside the sums themselves: types, the same result on every path, runs in place,
 // refusals.
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <memory>
-#include <type_traits>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/filtering/smoothing/BoxFilterWorkType.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
@@ -21,10 +9,6 @@
 #include "BoxPairKernels.h"
 #include "BoxReference.h"
 #include "BoxRuns.h"
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "Sanitizers.h"
-#include "Storages.h"
 
 namespace rix::test {
 namespace {
@@ -180,8 +164,7 @@ TEST(BoxFilter, GivesTheValuesOfItsDescription) {
         ASSERT_EQ(sums[i], touched ? 16 : 0) << i % 24 << ", " << i / 24;
     }
 
-    for (const VoxelTypes type :
-         {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32, RIX_FLOAT64}) {
+    for (const VoxelTypes type : realTypes) {
         const io::MemoryImage input =
             makeRandomImage({.voxelType = type, .extents = {37, 9, 2, 1, 1}}, 4, Extremes::All);
         for (const OptimLevelType level : runnableLevels()) {
@@ -270,20 +253,14 @@ TEST(BoxFilter, BordersInPlaceByWhatTheInputMeant) {
     EXPECT_TRUE(imagesEqual(expected, image));
 }
 
-TEST(BoxFilter, DescribesItsResult) {
+TEST(BoxFilter, TellsHowFarItReaches) {
     const io::MemoryImage input = makeRandomImage({.extents = {30, 20, 4, 1, 1}}, 1);
     BoxFilter3d algorithm;
     io::MemoryImage output;
     setSizes(algorithm, {{3, 4, 7}, Result::Sum, Dimension::Three});
     algorithm.setInputImage(&input);
     algorithm.setOutputImage(&output);
-    const AlgorithmDescription description = algorithm.describe();
-    EXPECT_EQ(description.borderInfluence, (BorderInfluence{{1, 2, 3}, {1, 1, 3}}));
-    EXPECT_FALSE(description.inPlace);
-    ASSERT_EQ(description.outputs.size(), 1U);
-    algorithm.run();
-    EXPECT_EQ(description.outputs[0].voxelType, output.getVoxelType());
-    EXPECT_EQ(description.outputs[0].extents, helper::getExtents(output));
+    EXPECT_EQ(algorithm.describe().borderInfluence, (BorderInfluence{{1, 2, 3}, {1, 1, 3}}));
 }
 
 }  // namespace

@@ -1,18 +1,8 @@
 // Box filters of reals: their error is bounded by what is in the window alone, whatever the image's size, and they are
 // the same bit for bit on every path.
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "BoxReference.h"
 #include "BoxRuns.h"
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "Sanitizers.h"
 
 namespace rix::test {
 namespace {

@@ -1,26 +1,13 @@
 // Box filters of integers against the definition.
 
-#include <cstdint>
-#include <memory>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
-#include <rix/access/SampleCast.h>
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 
 #include "BoxReference.h"
 #include "BoxRuns.h"
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "Sanitizers.h"
 
 namespace rix::test {
 namespace {
-
-constexpr VoxelTypes integerTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32};
 
 io::MemoryImage reference(const ImageModel& input, const BoxCase& c, VoxelTypes outputType) {
     const bool zero = c.result == Result::Sum && input.getInterpretation() == RIX_BINARY;

@@ -1,16 +1,6 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <type_traits>
-#include <vector>
-
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/image/ImageModel.h>
-#include <rix/image/MemoryImage.h>
-
-#include "ImageSamples.h"
+#include "Testing.h"
 
 namespace rix::test {
 

@@ -1,20 +1,9 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <ostream>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/devices/Cpu.h>
 #include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/BoxFilter3d.h>
-#include <rix/image/MemoryImage.h>
-#include <rix/settings/Settings.h>
 
-#include "Levels.h"
+#include "Testing.h"
 
 namespace rix::test {
 

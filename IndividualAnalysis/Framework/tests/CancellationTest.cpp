@@ -1,22 +1,12 @@
 // A request to cancel is looked for all along: work on tables and corners, which no image knows of, too.
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
 #include <variant>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
 #include <rix/access/Looks.h>
 #include <rix/access/PlainContext.h>
-#include <rix/exceptions/Exception.h>
 
 #include "LabelAnalysisRun.h"
 #include "ReferenceObjects.h"
-#include "Sanitizers.h"
 #include "formula/MeasureRequest.h"
 #include "gathering/ObjectTable.h"
 #include "geometry/HullMeasures.h"

@@ -1,16 +1,6 @@
 // Measures of discs, balls, ellipses, ellipsoids and boxes beside what geometry says of them: the bias that the
 // measures publish is what is tested here, with equal and unequal spacing, at all places between the pixels.
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <functional>
-#include <numbers>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "ReferenceObjects.h"
 
 namespace rix::individual_analysis {

@@ -1,18 +1,5 @@
 // Requests: what they may say, what formulas give, and what is refused before any pixel is read.
 
-#include <cmath>
-#include <limits>
-#include <numbers>
-#include <set>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
-
-#include "Failures.h"
 #include "ReferenceObjects.h"
 
 namespace rix::individual_analysis {

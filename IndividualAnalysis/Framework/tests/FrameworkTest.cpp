@@ -1,17 +1,8 @@
 // The life of measures: statuses, dependencies, failures, with measures that only record what happens to them.
 
-#include <algorithm>
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
 #include <rix/individual_analysis/MeasureSet.h>
+
+#include "Testing.h"
 
 namespace rix::individual_analysis {
 namespace {
@@ -240,56 +231,40 @@ TEST_F(Framework, RunsThroughAllStatusesWithTheirSlots) {
 }
 
 TEST_F(Framework, RefusesCallsOutOfOrderAndChangesNothing) {
-    struct Call {
-        std::function<void(BaseMeasure&)> call;
-        const char* text;
-        std::vector<Status> allowed;
-    };
-    const char* const start = "InvalidCall: Can't start measure processing, invalid measure status";
-    const char* const final = "InvalidCall: Can't finalize measure, invalid measure status for finalization";
-    const std::vector<Call> calls{
-        {[](BaseMeasure& m) { m.setDependencies({}); },
-         "InvalidCall: Can't set measure dependencies, invalid measure status",
-         {Status::Undefined}},
-        {[](BaseMeasure& m) { static_cast<void>(m.canBeInitialized()); },
-         "InvalidCall: Can't initialize measure, invalid measure status",
-         {Status::Created}},
-        {[](BaseMeasure& m) { m.init(); },
-         "InvalidCall: Can't initialize measure, invalid measure status",
-         {Status::Created}},
-        {[](BaseMeasure& m) { m.dependencyResultsCreated(); }, start, {Status::Initialized}},
-        {[](BaseMeasure& m) { static_cast<void>(m.canStartParallelProcessing()); },
-         start,
-         {Status::ReadyForProcessing}},
-        {[](BaseMeasure& m) { m.startParallelProcessing(); }, start, {Status::ReadyForProcessing}},
-        {[](BaseMeasure& m) { m.endParallelProcessing(); },
-         "InvalidCall: Can't end measure processing, invalid measure status",
-         {Status::Processing}},
-        {[](BaseMeasure& m) { static_cast<void>(m.canBeFinalized()); }, final, {Status::ReadyForFinalization}},
-        {[](BaseMeasure& m) { m.startFinalization(); }, final, {Status::ReadyForFinalization}},
-        {[](BaseMeasure& m) { m.finalize(0, 0, 0); }, final, {Status::Finalizing}},
-        {[](BaseMeasure& m) { m.endFinalization(); }, final, {Status::Finalizing}},
-    };
-    const std::vector<std::function<void(BaseMeasure&)>> life{
-        [](BaseMeasure& m) { m.setDependencies({}); },        [](BaseMeasure& m) { m.init(); },
-        [](BaseMeasure& m) { m.dependencyResultsCreated(); }, [](BaseMeasure& m) { m.startParallelProcessing(); },
-        [](BaseMeasure& m) { m.endParallelProcessing(); },    [](BaseMeasure& m) { m.startFinalization(); },
-        [](BaseMeasure& m) { m.endFinalization(); },
+    using Call = std::function<void(BaseMeasure&)>;
+    const std::string init = "Can't initialize measure, invalid measure status";
+    const std::string start = "Can't start measure processing, invalid measure status";
+    const std::string final = "Can't finalize measure, invalid measure status for finalization";
+    // Calls with what they say of a measure that is in another status than the one given.
+    const std::tuple<Call, std::string, Status> calls[] = {
+        {[](BaseMeasure& m) { m.setDependencies({}); }, "Can't set measure dependencies, invalid measure status",
+         Status::Undefined},
+        {[](BaseMeasure& m) { m.init(); }, init, Status::Created},
+        {[](BaseMeasure& m) { m.dependencyResultsCreated(); }, start, Status::Initialized},
+        {[](BaseMeasure& m) { m.startParallelProcessing(); }, start, Status::ReadyForProcessing},
+        {[](BaseMeasure& m) { m.endParallelProcessing(); }, "Can't end measure processing, invalid measure status",
+         Status::Processing},
+        {[](BaseMeasure& m) { m.startFinalization(); }, final, Status::ReadyForFinalization},
+        {[](BaseMeasure& m) { m.endFinalization(); }, final, Status::Finalizing},
+        {[](BaseMeasure& m) { m.finalize(0, 0, 0); }, final, Status::Finalizing},
+        {[](BaseMeasure& m) { static_cast<void>(m.canBeInitialized()); }, init, Status::Created},
+        {[](BaseMeasure& m) { static_cast<void>(m.canStartParallelProcessing()); }, start, Status::ReadyForProcessing},
+        {[](BaseMeasure& m) { static_cast<void>(m.canBeFinalized()); }, final, Status::ReadyForFinalization},
     };
     const auto set = makeSet({{"A", {}, {}, MeasureProcessingType::Runs}}, {"A"});
     const auto id = set->getMeasureGroup()->getMeasures().front();
     const auto measure = id->createMeasure(set->getMeasureGroup()->getNamesHandler(), *set);
     for (int status = 0; status <= 7; ++status) {
         ASSERT_EQ(measure->getProcessingStatus(), static_cast<Status>(status));
-        for (const Call& call : calls) {
-            if (std::find(call.allowed.begin(), call.allowed.end(), static_cast<Status>(status)) ==
-                call.allowed.end()) {
-                EXPECT_EQ(failure([&] { call.call(*measure); }), call.text) << "in status " << status;
+        for (const auto& [call, text, allowed] : calls) {
+            if (allowed != static_cast<Status>(status)) {
+                EXPECT_EQ(failure([&, &given = call] { given(*measure); }), "InvalidCall: " + text)
+                    << "status " << status;
                 EXPECT_EQ(measure->getProcessingStatus(), static_cast<Status>(status));
             }
         }
         if (status < 7) {
-            life[static_cast<std::size_t>(status)](*measure);
+            std::get<0>(calls[status])(*measure);  // the first ones are the life of a measure
         }
     }
 }

@@ -1,16 +1,5 @@
 // Measures that a program adds, with quantities of its own; and that nothing is gathered that no measure needs.
 
-#include <algorithm>
-#include <functional>
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
 #include <rix/individual_analysis/MeasureDefinition.h>
 
 #include "ReferenceObjects.h"
@@ -89,7 +78,8 @@ const MeasureDefinition covered{.name = "Covered",
 
 TEST(Quantities, OfAProgramAreGatheredLikeThoseOfTheLibrary) {
     registerMeasure(covered);
-    for (const test::Extents& extents : {test::Extents{301, 2003, 1, 1, 2}, test::Extents{61, 83, 120, 2, 1}}) {
+    for (const test::Extents& extents : {test::Extents{301, test::sanitized ? 403U : 2003U, 1, 1, 2},
+                                         test::Extents{61, 83, test::sanitized ? 30U : 120U, 2, 1}}) {
         test::Extents ofLabels = extents;
         ofLabels[SPECTRAL_SERIES] = 1;
         const io::MemoryImage labels = test::makeImage(
@@ -159,15 +149,8 @@ TEST(Quantities, OfMeasuresThatCannotWorkAreRefused) {
     const auto failure = [](const std::function<void(MeasureDefinition&)>& spoil) {
         MeasureDefinition definition = covered;
         spoil(definition);
-        try {
-            registerMeasure(definition);
-            unregisterMeasure(definition.name);
-        } catch (const InvalidCall& refusal) {
-            return refusal.getMessage();
-        }
-        return String("none");
+        return test::messageOf<InvalidCall>([&] { registerMeasure(definition); });
     };
-    EXPECT_EQ(failure([](auto&) {}), "none");
     EXPECT_THAT(failure([](auto& d) { d.name = "Area"; }), HasSubstr("something else"));
     EXPECT_THAT(failure([](auto& d) { d.name = "Fer", d.values = {{"etMinimum", "", {}}}; }),
                 HasSubstr("something else"));

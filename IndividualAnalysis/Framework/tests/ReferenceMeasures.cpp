@@ -1,7 +1,5 @@
 #include "ReferenceMeasures.h"
-
-#include <map>
-#include <numeric>
+#include "Testing.h"
 
 namespace rix::individual_analysis::test_tools {
 

@@ -2,16 +2,6 @@
 
 // The definitions of the measures of shape and intensity, followed pixel by pixel.
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <functional>
-#include <limits>
-#include <set>
-#include <vector>
-
-#include <rix/image/ImageModel.h>
-
 #include "ReferenceObjects.h"
 
 namespace rix::individual_analysis::test_tools {

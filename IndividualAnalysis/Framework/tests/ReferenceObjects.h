@@ -2,22 +2,9 @@
 
 // Objects as plain lists of their pixels: what the references of the tests are computed from.
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/image/ImageModel.h>
 #include <rix/individual_analysis/LabelAnalysis.h>
-#include <rix/settings/Settings.h>
 
-#include "ImageSamples.h"
+#include "Testing.h"
 
 namespace rix::individual_analysis::test_tools {
 

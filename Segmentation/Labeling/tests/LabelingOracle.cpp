@@ -1,9 +1,5 @@
 #include "LabelingOracle.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <optional>
-
 namespace rix::segmentation::oracle {
 
 namespace {

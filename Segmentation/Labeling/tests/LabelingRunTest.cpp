@@ -1,24 +1,11 @@
 // What a run takes, refuses and leaves behind.
 
-#include <algorithm>
-#include <functional>
-#include <memory>
 #include <mutex>
-#include <tuple>
-#include <utility>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <rix/access/BlockSize.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageDetails.h>
 #include <rix/image/ImageModelFull2d.h>
 
-#include "Failures.h"
-#include "ImageComparison.h"
-#include "ImageFactories.h"
 #include "LabelingWays.h"
 
 namespace rix::segmentation {
@@ -62,15 +49,6 @@ TEST(LabelingRun, ShapesItsOutput) {
     expected.setInterpretation(RIX_LABEL);
     std::copy_n(outcome.image.getInternalBuffer(), 20 * 10 * 2 * 2, expected.getInternalBuffer());
     EXPECT_TRUE(test::imagesEqual(expected, outcome.image));
-
-    Run3d run({.labelType = 1});
-    run.algorithm.setInputObjectImage(&input);
-    const AlgorithmDescription description = run.algorithm.describe();
-    ASSERT_EQ(description.outputs.size(), 1U);
-    EXPECT_EQ(description.outputs[0].voxelType, RIX_UINT16);
-    EXPECT_EQ(description.outputs[0].extents, helper::getExtents(outcome.image));
-    // At least one word of bits and 4 bytes for each row and for each of 10 possible runs of it.
-    EXPECT_GE(description.extraMemory, 21U * (8 + 4 + 4 * 10));
 }
 
 TEST(LabelingRun, TellsWhetherLabelsAreThoseOfPlanes) {
@@ -128,81 +106,20 @@ TEST(LabelingRun, ShowsItsRunsInRasterOrder) {
     }
 }
 
-/// Calls back after each part of the run.
-class WatchingScheduler : public access::BlockScheduler {
-public:
-    explicit WatchingScheduler(std::function<void()> after) : m_after(std::move(after)) {}
-    void forEach(std::size_t count, access::FunctionRef<void(std::size_t)> block) override {
-        for (std::size_t i = 0; i < count; ++i) {
-            block(i);
-            m_after();
-        }
-    }
-
-private:
-    std::function<void()> m_after;
-};
-
-TEST(LabelingRun, ReportsProgressThatNeverFalls) {
-    const access::ScopedBlockBytes blocks(64);  // so small that no work is too small for the scheduler
-    const io::MemoryImage input = imageOf(randomVolume(100, 60, 1, 50, 3));
-    for (const int labelType : {0, 1, 2}) {
-        Way way{.labelType = labelType};
-        way.tuning.voxelsPerBand = 500;
-        Run2d run(way);
-        io::MemoryImage output;
-        run.algorithm.setInputObjectImage(&input);
-        run.algorithm.setOutputLabelImage(&output);
-        std::vector<double> seen;
-        run.algorithm.setBlockScheduler(
-            std::make_shared<WatchingScheduler>([&] { seen.push_back(run.algorithm.getProgress()); }));
-        run.algorithm.run();
-        EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
-        // One of the declared steps holds all the work.
-        EXPECT_DOUBLE_EQ(seen.back(), 1.0 / (4 - labelType));
-        EXPECT_EQ(run.algorithm.getProgress(), 1.0);
-    }
-}
-
-TEST(LabelingRun, RefusesBadChoicesAndTypesWithItsOwnTexts) {
+TEST(LabelingRun, RefusesBadTypesOfLabelsAndOfObjects) {
     const io::MemoryImage good = test::makeRandomImage({.extents = {9, 9, 2, 1, 1}}, 1);
     const io::MemoryImage wide = test::makeRandomImage({.voxelType = RIX_INT32, .extents = {9, 9, 2, 1, 1}}, 1);
-    struct Case {
-        const ImageModel* input;
-        int labelType;
-        int neighborhood;
-        const char* cause;
-        std::vector<const char*> texts;
-    };
-    const Case cases[] = {
-        {&good,
-         3,
-         0,
-         "bad value of labelType parameter.",
-         {"labelType", "3", "LABEL_8_BIT, LABEL_16_BIT, LABEL_32_BIT"}},
-        {&good, -1, 0, "bad value of labelType parameter.", {"labelType", "-1"}},
-        {&good, 0, 3, "The value of the parameter \"neighborhood\" is not valid", {"3", "CONNECTIVITY_"}},
-        {&wide,
-         0,
-         0,
-         nullptr,
-         {"inputObjectImage", "uint8, uint16, uint32, int8, int16", "ConvertImage", "thresholding"}},
-    };
-    for (const Case& c : cases) {
-        Labeling3d algorithm;
-        io::MemoryImage output;
-        algorithm.setInputObjectImage(c.input);
-        algorithm.setLabelType(static_cast<Labeling3d::LabelType>(c.labelType));
-        algorithm.setNeighborhood(static_cast<Labeling3d::Neighborhood3DType>(c.neighborhood));
-        algorithm.setOutputLabelImage(&output);
-        if (const auto exception = test::failureOf<RuleException>([&] { algorithm.run(); })) {
-            for (const char* const text : c.texts) {
-                EXPECT_THAT(exception->getInfo(), HasSubstr(text));
-            }
-            if (c.cause != nullptr) {
-                EXPECT_EQ(exception->getMessage(), c.cause);
-            }
-        }
+    Labeling3d algorithm;
+    io::MemoryImage output;
+    algorithm.setOutputLabelImage(&output);
+    algorithm.setInputObjectImage(&good);
+    algorithm.setLabelType(static_cast<Labeling3d::LabelType>(3));
+    EXPECT_EQ(test::messageOf<RuleException>([&] { algorithm.run(); }), "bad value of labelType parameter.");
+    algorithm.setLabelType(Labeling3d::LABEL_8_BIT);
+    algorithm.setInputObjectImage(&wide);
+    const String info = test::infoOf<RuleException>([&] { algorithm.run(); });
+    for (const char* const text : {"inputObjectImage", "uint8, uint16, uint32, int8, int16", "ConvertImage"}) {
+        EXPECT_THAT(info, HasSubstr(text));
     }
 }
 

@@ -1,17 +1,8 @@
 // The type of the output, against the provisional labels that a scan pixel by pixel opens.
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/properties/EnumInfo.h>
 
-#include "Failures.h"
 #include "LabelingWays.h"
 
 namespace rix::segmentation {

@@ -1,26 +1,10 @@
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <random>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/devices/Cpu.h>
-#include <rix/image/MemoryImage.h>
 #include <rix/segmentation/Labeling2d.h>
 #include <rix/segmentation/Labeling3d.h>
-#include <rix/settings/Settings.h>
 
 #include "LabelingOracle.h"
 #include "LabelingState.h"
-#include "Levels.h"
 
 /// Running the labeling in all the ways that a user cannot see.
 namespace rix::segmentation {

@@ -1,26 +1,14 @@
 // The two classes that choose a threshold and apply it, and how generic callers reach their result object.
 
-#include <limits>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <rix/access/BlockScheduler.h>
-#include <rix/access/SampleCast.h>
 #include <rix/analysis/AutoThresholdingValue.h>
-#include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/segmentation/AutoThresholdingBright.h>
 #include <rix/segmentation/AutoThresholdingDark.h>
 
-#include "ImageComparison.h"
-#include "ImageFactories.h"
+#include "Testing.h"
 
 namespace rix::segmentation {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
 
 constexpr AutoThresholding::ThresholdCriterionType allCriteria[] = {
     AutoThresholding::ENTROPY, AutoThresholding::FACTORISATION, AutoThresholding::MOMENTS, AutoThresholding::ISODATA};
@@ -40,16 +28,9 @@ io::MemoryImage sideOf(const ImageModel& input, double threshold, bool bright) {
     side.enforceSameCharacteristics(&input, SIZE | CALIBRATION);
     EXPECT_TRUE(side.setColorInterpretation(input.getColorInterpretation()));
     EXPECT_TRUE(side.setInterpretation(RIX_BINARY));
-    const auto n = helper::getExtents(input);
-    std::vector<std::uint8_t> row(n[COLUMNS] * helper::getElementSize(input));
-    std::vector<double> values(n[COLUMNS]);
-    test::fillImage(side, [&](auto c, auto y, auto z, auto t, auto s, auto) {
-        if (c == 0) {
-            EXPECT_TRUE(input.readRowAt(n[COLUMNS], row.data(), 0, y, z, t, s));
-            access::castRowFrom(input.getVoxelType(), row.data(), values.data(), n[COLUMNS]);
-        }
-        return (bright ? values[c] >= threshold : values[c] < threshold) ? 1 : 0;
-    });
+    const std::vector<double> values = test::samplesOf<double>(input);
+    std::transform(values.begin(), values.end(), side.getInternalBuffer(),
+                   [&](double value) { return (bright ? value >= threshold : value < threshold) ? 1 : 0; });
     return side;
 }
 
@@ -132,44 +113,6 @@ TEST(AutoThresholding, PartsEachFrameByItsOwnThresholdWhenIterated) {
     bright.enableIterationOnSequenceAxis(false);
     run(bright, input, all);
     EXPECT_EQ(all.toDataFrame().getColumnCount(), 1U);
-}
-
-TEST(AutoThresholding, TellsThroughAllLevelsThatAConstantImageHasNothingToSeparate) {
-    const io::MemoryImage input = test::makeImage({.extents = {9, 9, 1, 1, 1}}, [](auto...) { return 3; });
-    AutoThresholdingBright bright;
-    analysis::AutoThresholdingMsr measurement;
-    try {
-        run(bright, input, measurement);
-        ADD_FAILURE() << "accepted";
-    } catch (const InvalidCall& exception) {
-        EXPECT_EQ(exception.getMessage(), "The class index must be less than the number of classes 1");
-        EXPECT_EQ(exception.getLevels().size(), 4U);
-        EXPECT_THAT(exception.getInfo(), HasSubstr("nothing to separate"));
-        EXPECT_THAT(exception.getInfo(), HasSubstr("Error in algorithm AutoThresholdingBright of library lumora_rix"));
-    }
-    const io::MemoryImage good = heaps(RIX_UINT8, {9, 9, 1, 1, 1});
-    EXPECT_NO_THROW(run(bright, good, measurement));
-}
-
-TEST(AutoThresholding, ReportsProgressOfBothParts) {
-    // Looks at the progress when either part gives its blocks to the scheduler.
-    class Watching : public access::BlockScheduler {
-    public:
-        explicit Watching(const BaseAlgorithm& watched) : algorithm(watched) {}
-        void forEach(std::size_t count, access::FunctionRef<void(std::size_t)> block) override {
-            progress.push_back(algorithm.getProgress());
-            access::serialScheduler().forEach(count, block);
-        }
-        const BaseAlgorithm& algorithm;
-        std::vector<double> progress;
-    };
-    AutoThresholdingBright bright;
-    const auto scheduler = std::make_shared<Watching>(bright);
-    bright.setBlockScheduler(scheduler);
-    analysis::AutoThresholdingMsr measurement;
-    run(bright, heaps(RIX_UINT8, {1500, 1200, 1, 1, 1}), measurement);
-    EXPECT_THAT(scheduler->progress, ElementsAre(0.0, testing::DoubleEq(0.5)));
-    EXPECT_EQ(bright.getProgress(), 1.0);
 }
 
 }  // namespace

@@ -1,24 +1,10 @@
 // Thresholding against a reference that follows the definition: the value's smallest type and the voxel's type meet in
 // a common type, both are converted to it and compared there.
 
-#include <cmath>
-#include <complex>
-#include <limits>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <rix/access/SampleCast.h>
-#include <rix/access/VoxelTypeLists.h>
-#include <rix/devices/Cpu.h>
 #include <rix/properties/Scalar.h>
 #include <rix/segmentation/ThresholdingByCriterion.h>
 
-#include "ImageComparison.h"
-#include "ImageFactories.h"
-#include "Levels.h"
+#include "Testing.h"
 
 namespace rix::segmentation {
 namespace {
@@ -28,8 +14,6 @@ constexpr ThresholdingByCriterion::CriterionType allCriteria[] = {
     ThresholdingByCriterion::EQUAL_TO,     ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO,
     ThresholdingByCriterion::GREATER_THAN, ThresholdingByCriterion::NOT_EQUAL_TO,
 };
-constexpr VoxelTypes realTypes[] = {RIX_UINT8, RIX_UINT16, RIX_UINT32,  RIX_INT8,
-                                    RIX_INT16, RIX_INT32,  RIX_FLOAT32, RIX_FLOAT64};
 
 template <class T>
 bool compare(T voxel, T value, ThresholdingByCriterion::CriterionType criterion) {
@@ -72,18 +56,11 @@ io::MemoryImage reference(const ImageModel& input, double value, ThresholdingByC
     io::MemoryImage result;
     result.enforceSameCharacteristics(&input, SIZE | CALIBRATION);
     result.setInterpretation(RIX_BINARY);
-    const auto n = helper::getExtents(input);
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        std::vector<T> row(n[0]);
-        std::vector<std::uint8_t> out(n[0]);
-        EXPECT_TRUE(test::forEachRow(input, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t s) {
-            EXPECT_TRUE(input.readRowAt(n[0], reinterpret_cast<RawData>(row.data()), 0, y, z, t, s));
-            for (std::size_t x = 0; x < n[0]; ++x) {
-                out[x] = referenceVoxel(row[x], value, criterion) ? 1 : 0;
-            }
-            return result.writeRowAt(n[0], out.data(), 0, y, z, t, s);
-        }));
+        std::uint8_t* out = result.getInternalBuffer();
+        for (const auto sample : test::samplesOf<typename decltype(tag)::type>(input)) {
+            *out++ = referenceVoxel(sample, value, criterion) ? 1 : 0;
+        }
     });
     return result;
 }
@@ -110,7 +87,7 @@ TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) 
                              0.1,        -0.5,         99.5,     2147483647, 2147483648,  -2147483648.0, -2147483649.0,
                              4294967295, 4294967296.0, 16777217, 1e10,       -1e10,       1e-45,         3.5e38,
                              1e300,      -1e300,       infinity, -infinity,  std::nan("")};
-    for (const VoxelTypes type : realTypes) {
+    for (const VoxelTypes type : test::realTypes) {
         const io::MemoryImage input =
             test::makeRandomImage({.voxelType = type, .extents = {67, 5, 1, 1, 1}}, 11, test::Extremes::All);
         for (const double value : values) {
@@ -120,21 +97,6 @@ TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) 
                     ASSERT_TRUE(test::imagesEqual(expected, threshold(input, value, criterion, level)))
                         << helper::voxelTypesToString(type) << ' ' << criterion << ' ' << value << " level " << level;
                 }
-            }
-        }
-    }
-}
-
-TEST(ThresholdingByCriterion, HandlesEveryWidthUpToSeveralVectors) {
-    for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT32, RIX_FLOAT64}) {
-        for (std::size_t width = 1; width <= 140; ++width) {
-            const io::MemoryImage input =
-                test::makeRandomImage({.voxelType = type, .extents = {width, 2, 1, 1, 1}}, width);
-            const io::MemoryImage expected = reference(input, 3, ThresholdingByCriterion::GREATER_THAN);
-            for (const OptimLevelType level : test::runnableLevels()) {
-                ASSERT_TRUE(
-                    test::imagesEqual(expected, threshold(input, 3, ThresholdingByCriterion::GREATER_THAN, level)))
-                    << width << " columns, level " << level;
             }
         }
     }
