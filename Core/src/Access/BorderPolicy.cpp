@@ -21,6 +21,12 @@ std::shared_ptr<const BorderCondition<T>> borderOf(BorderPolicy policy, double v
     return MirrorBorderCondition<T>::New();
 }
 
+template std::shared_ptr<const BorderCondition<std::uint8_t>> borderOf<std::uint8_t>(BorderPolicy, double);
+template std::shared_ptr<const BorderCondition<std::uint16_t>> borderOf<std::uint16_t>(BorderPolicy, double);
+template std::shared_ptr<const BorderCondition<std::uint32_t>> borderOf<std::uint32_t>(BorderPolicy, double);
+template std::shared_ptr<const BorderCondition<std::int8_t>> borderOf<std::int8_t>(BorderPolicy, double);
+template std::shared_ptr<const BorderCondition<std::int16_t>> borderOf<std::int16_t>(BorderPolicy, double);
+template std::shared_ptr<const BorderCondition<std::int32_t>> borderOf<std::int32_t>(BorderPolicy, double);
 template std::shared_ptr<const BorderCondition<float>> borderOf<float>(BorderPolicy, double);
 template std::shared_ptr<const BorderCondition<double>> borderOf<double>(BorderPolicy, double);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include <rix/Export.h>
@@ -26,6 +27,12 @@ RIX_EXPORT const EnumInfo& getInfoBorderPolicy();
 template <class T>
 std::shared_ptr<const BorderCondition<T>> borderOf(BorderPolicy policy, double value);
 
+extern template std::shared_ptr<const BorderCondition<std::uint8_t>> borderOf<std::uint8_t>(BorderPolicy, double);
+extern template std::shared_ptr<const BorderCondition<std::uint16_t>> borderOf<std::uint16_t>(BorderPolicy, double);
+extern template std::shared_ptr<const BorderCondition<std::uint32_t>> borderOf<std::uint32_t>(BorderPolicy, double);
+extern template std::shared_ptr<const BorderCondition<std::int8_t>> borderOf<std::int8_t>(BorderPolicy, double);
+extern template std::shared_ptr<const BorderCondition<std::int16_t>> borderOf<std::int16_t>(BorderPolicy, double);
+extern template std::shared_ptr<const BorderCondition<std::int32_t>> borderOf<std::int32_t>(BorderPolicy, double);
 extern template std::shared_ptr<const BorderCondition<float>> borderOf<float>(BorderPolicy, double);
 extern template std::shared_ptr<const BorderCondition<double>> borderOf<double>(BorderPolicy, double);
 
