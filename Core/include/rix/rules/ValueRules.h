@@ -59,8 +59,10 @@ struct Range {
                (maximumBound == Bound::Included ? value <= maximum : value < maximum);
     }
     String toText() const {
-        return (minimumBound == Bound::Included ? "[" : "]") + valueToText(minimum) + " ; " + valueToText(maximum) +
-               (maximumBound == Bound::Included ? "]" : "[");
+        String text(1, minimumBound == Bound::Included ? '[' : ']');
+        text += valueToText(minimum) + " ; " + valueToText(maximum);
+        text += maximumBound == Bound::Included ? ']' : '[';
+        return text;
     }
 };
 
