@@ -94,6 +94,8 @@ TEST_F(OutputsTest, GoToStandardOutputAndPipes) {
     const auto info = nlohmann::json::parse(ending.output);
     EXPECT_EQ(info["format"], "PNG");
     EXPECT_EQ(info["statistics"]["mean"], 0.25);
+    ending = shell("rix convert labels.tif --drop-metadata -- -.npy | rix info - | grep -c NumPy");
+    EXPECT_EQ(ending.output, "1\n") << ending.messages;
     ending = shell("rix render labels.tif - | rix info - | grep -c TIFF");
     EXPECT_EQ(ending.output, "1\n") << ending.messages;
     ending = shell("mkfifo pipe.tif; cat labels.tif > pipe.tif & rix info pipe.tif --statistics | grep maximum");
@@ -136,6 +138,23 @@ TEST_F(OutputsTest, OfEachFrameAndChannel) {
     EXPECT_EQ(ending.output, "outputLabelImage  4 objects in 2 planes: 3, 1\n") << ending.messages;
     ending = shell("rix run Labeling3d inputObjectImage=planes.tif outputLabelImage=l.tif");
     EXPECT_EQ(ending.output, "outputLabelImage  3 objects\n") << ending.messages;
+}
+
+TEST_F(OutputsTest, TellThatLabelsOfPlanesAreMeasuredAsBodies) {
+    io::writeImage(folder() / "planes.tif", makeImage<std::uint8_t>({5, 1, 2, 1, 1}, {1, 0, 1, 0, 1, 0, 0, 0, 1, 1}));
+    shell("rix run Labeling2d inputObjectImage=planes.tif outputLabelImage=labels.nrrd");
+    shell("rix run ConvertImage inputImage=labels.nrrd outputType=LABEL_16_BIT outputImage=wide.tif");
+    EXPECT_THAT(shell("rix info wide.tif").output, HasSubstr("label, each plane by itself"));
+    EXPECT_THAT(shell("rix info wide.tif --json").output, HasSubstr("\"labelScope\": \"plane\""));
+    const std::string analyse = "rix run LabelAnalysis inputLabelImage=";
+    const std::string note = "note: The objects of inputLabelImage were told apart plane by plane";
+    EXPECT_THAT(shell(analyse + "wide.tif").messages, HasSubstr(note));
+    EXPECT_THAT(shell(analyse + "wide.tif --json").output, HasSubstr(note.substr(6)));
+    EXPECT_THAT(shell(analyse + "'wide.tif[axes=tyx]'").messages, Not(HasSubstr("note")));
+    EXPECT_THAT(shell(analyse + "'wide.tif[z=1]'").messages, Not(HasSubstr("note")));
+    // What is computed of labels is none.
+    shell("rix run ArithmeticOperationWithValue inputImage=wide.tif value=1 arithmeticOperator=ADD outputImage=s.tif");
+    EXPECT_THAT(shell("rix info s.tif --json").output, HasSubstr("\"labelScope\": null"));
 }
 
 TEST_F(OutputsTest, TellHowManyVoxelsWrapped) {

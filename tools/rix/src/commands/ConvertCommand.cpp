@@ -101,11 +101,13 @@ void addConvertCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<ConvertOptions>();
     CLI::App* command = program.add_subcommand(
         "convert", "Write an image file, or a part of it, in another format or with another type of samples");
-    command->add_option(
+    auto* const paths = command->add_option(
         "IN... OUT", options->paths,
         "The image, and the file to write, in the format of its extension; \"-\" is standard input and, "
-        "as TIFF, standard output. Brackets behind IN select a part, as in a.tif[c=0,z=10:20,x=100:300]; "
+        "as TIFF, standard output, \"-- -.npy\" that as NPY. Brackets behind IN select a part, as in "
+        "a.tif[c=0,z=10:20,x=100:300]; "
         "docs/selections.md tells what. Several images, or a pattern, need an OUT with {stem} or its like");
+    paths->expected(2, CLI::detail::expected_max_vector_size);  // that OUT is still to come behind "--"
     command
         ->add_option("--type", options->type,
                      "Convert samples as the algorithm ConvertImage does: integers keep their low bits, reals are "

@@ -14,6 +14,7 @@
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../Output.h"
+#include "../Streams.h"
 
 namespace rix::cli {
 namespace {
@@ -28,8 +29,8 @@ struct RenderOptions {
 };
 
 void report(const std::string& path, const rendering::Picture& picture) {
-    writeMessage("written to " + path + " (" + std::to_string(picture.width()) + " x " +
-                 std::to_string(picture.height()) + ")\n");
+    writeMessage("written to " + (isStandardStream(path) ? "standard output" : path) + " (" +
+                 std::to_string(picture.width()) + " x " + std::to_string(picture.height()) + ")\n");
 }
 
 int runRender(const RenderOptions& options) {
