@@ -51,6 +51,11 @@ Plan cutBundles(const ImageModel& input, const ImageModel& output, Components ax
     return plan;
 }
 
+std::size_t widestBundle(const Plan& plan, Components axis, std::size_t workBytes, std::size_t samples) {
+    const std::size_t width = plan.largestPart(innerAxis(axis)) * plan.largestPart(nextAxis(axis)) * samples;
+    return ceilDivide(width * workBytes, cacheLine) * cacheLine / workBytes;
+}
+
 std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t workBytes, const BundleNeeds& needs,
                          std::size_t threads) {
     const Plan plan = cutBundles(input, input, axis, workBytes, needs);

@@ -144,7 +144,9 @@ TEST(GaussianFilter, IsItsDefinitionOnEveryTypeBorderAndLevel) {
         {{0.8, 1.5, 1.2}},
         {{1, 0, 2}, BorderPolicy::FIXED, 20, algorithms::OutputType::FLOAT_32_BIT},
         {{0, 0, 3}, BorderPolicy::CONTINUE},
-        {{12, 9, 0}},  // wider than the image several times
+        {{12, 9, 0}},  // recursive, and wider than the image several times
+        {{0.3, 31, 5}, BorderPolicy::FIXED, 30},
+        {{60, 0, 4}, BorderPolicy::CONTINUE, 0, algorithms::OutputType::FLOAT_32_BIT},
     };
     struct Type {
         VoxelTypes type;
