@@ -31,6 +31,10 @@ access::BundleNeeds needsOf(const GaussianJob& job, Components axis, std::size_t
     return {{reach, reach}, job.border, job.borderValue, nanosecondsPerElement * walked};
 }
 
+VoxelTypes workTypeOf(VoxelTypes input, const GaussianJob& job, Components axis) {
+    return job.deviations[axis] > largestFloatDeviation ? RIX_FLOAT64 : gaussianWorkType(input, job);
+}
+
 template <class T>
 class RecursiveLines {
 public:
@@ -103,15 +107,11 @@ bool isRecursive(double deviation) {
     return deviation >= smallestRecursiveDeviation;
 }
 
-VoxelTypes recursiveWorkType(VoxelTypes input, double deviation) {
-    return deviation > largestFloatDeviation ? RIX_FLOAT64 : gaussianWorkType(input);
-}
-
 void smoothRecursively(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                        const GaussianJob& job, Components axis, bool mayBeWild, OptimLevelType level) {
     const access::BundleNeeds needs = needsOf(job, axis, helper::getExtents(input)[axis]);
     const double deviation = job.deviations[axis];
-    if (recursiveWorkType(input.getVoxelType(), deviation) == RIX_FLOAT64) {
+    if (workTypeOf(input.getVoxelType(), job, axis) == RIX_FLOAT64) {
         access::forEachBundle<double>(context, input, output, axis, needs,
                                       RecursiveLines<double>(deviation, output, mayBeWild, level));
     } else {
@@ -122,7 +122,7 @@ void smoothRecursively(access::ExecutionContext& context, const ImageModel& inpu
 
 std::size_t recursiveWorkingBytes(const ImageModel& input, VoxelTypes inputType, const GaussianJob& job,
                                   Components axis, bool mayBeWild, std::size_t threads) {
-    const std::size_t workBytes = helper::getSizeOf(recursiveWorkType(inputType, job.deviations[axis]));
+    const std::size_t workBytes = helper::getSizeOf(workTypeOf(inputType, job, axis));
     const std::size_t length = helper::getExtents(input)[axis];
     const access::BundleNeeds needs = needsOf(job, axis, length);
     const access::Plan plan = access::cutBundles(input, input, axis, workBytes, needs);

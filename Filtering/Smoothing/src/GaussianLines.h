@@ -23,7 +23,4 @@ void smoothRecursively(access::ExecutionContext& context, const ImageModel& inpu
 std::size_t recursiveWorkingBytes(const ImageModel& narrowest, VoxelTypes inputType, const GaussianJob& job,
                                   Components axis, bool mayBeWild, std::size_t threads);
 
-/// `float64` where the input or the deviation needs it, else `float32`.
-VoxelTypes recursiveWorkType(VoxelTypes input, double deviation);
-
 }  // namespace rix::filtering::smoothing

@@ -51,6 +51,11 @@ private:
     Scratch m_memory;
 };
 
+/// Integers hold nothing that is not finite, nor does what is made of them.
+bool mayBeWild(const ImageModel& input, const GaussianJob& job) {
+    return access::contains(access::Floatings{}, input.getVoxelType()) || job.border == access::BorderPolicy::FIXED;
+}
+
 /// The reach of the finite sums along an axis; 0 where there are none.
 std::size_t finiteReach(double deviation) {
     return isRecursive(deviation) ? 0 : gaussianReach(deviation);
@@ -93,9 +98,10 @@ private:
 template <class T>
 class Smoothing {
 public:
-    Smoothing(access::ExecutionContext& context, const GaussianJob& job, OptimLevelType level)
+    Smoothing(access::ExecutionContext& context, const GaussianJob& job, bool mayBeWild, OptimLevelType level)
         : m_context(context),
           m_job(job),
+          m_mayBeWild(mayBeWild),
           m_level(level),
           m_kernels(gaussianKernels<T>(level)),
           m_x(isRecursive(job.deviations[0]) ? 0.0 : job.deviations[0]),
@@ -116,18 +122,17 @@ public:
 
 private:
     void runOne(Pass pass, const ImageModel& input, ImageModel& output) const {
-        // Integers hold nothing wild, nor does what is made of them.
-        const bool mayBeWild =
-            access::contains(access::Floatings{}, input.getVoxelType()) || m_job.border == access::BorderPolicy::FIXED;
         switch (pass) {
             case Pass::Planes: smoothPlanes(input, output); return;
             case Pass::FiniteZ: smoothAlong(input, output); return;
             case Pass::RecursiveX:
-                smoothRecursively(m_context, input, output, m_job, COLUMNS, mayBeWild, m_level);
+                smoothRecursively(m_context, input, output, m_job, COLUMNS, m_mayBeWild, m_level);
                 return;
-            case Pass::RecursiveY: smoothRecursively(m_context, input, output, m_job, ROWS, mayBeWild, m_level); return;
+            case Pass::RecursiveY:
+                smoothRecursively(m_context, input, output, m_job, ROWS, m_mayBeWild, m_level);
+                return;
             case Pass::RecursiveZ:
-                smoothRecursively(m_context, input, output, m_job, PLANS, mayBeWild, m_level);
+                smoothRecursively(m_context, input, output, m_job, PLANS, m_mayBeWild, m_level);
                 return;
         }
     }
@@ -206,6 +211,7 @@ private:
 
     access::ExecutionContext& m_context;
     const GaussianJob& m_job;
+    bool m_mayBeWild;
     OptimLevelType m_level;
     GaussianKernels<T> m_kernels;
     GaussianTaps<T> m_x;
@@ -231,16 +237,24 @@ std::size_t planeWorkingBytes(const ImageModel& input, std::size_t workBytes, co
 
 void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                     const GaussianJob& job, bool inPlace, OptimLevelType level) {
-    if (gaussianWorkType(input.getVoxelType()) == RIX_FLOAT64) {
-        Smoothing<double>(context, job, level).run(input, output, inPlace);
+    if (gaussianWorkType(input.getVoxelType(), job) == RIX_FLOAT64) {
+        Smoothing<double>(context, job, mayBeWild(input, job), level).run(input, output, inPlace);
     } else {
-        Smoothing<float>(context, job, level).run(input, output, inPlace);
+        Smoothing<float>(context, job, mayBeWild(input, job), level).run(input, output, inPlace);
     }
+}
+
+access::Reach gaussianInfluence(const GaussianJob& job) {
+    const auto axis = [&](std::size_t i) {
+        const std::size_t reach = gaussianReach(job.deviations[i]);
+        return access::Reach::Axis{reach, reach};
+    };
+    return {axis(0), axis(1), axis(2)};
 }
 
 std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job, bool inPlace,
                                  std::size_t threads) {
-    const VoxelTypes workType = gaussianWorkType(input.getVoxelType());
+    const VoxelTypes workType = gaussianWorkType(input.getVoxelType(), job);
     const std::size_t workBytes = helper::getSizeOf(workType);
     const Passes passes(job);
     // The passes between the first and the last go from samples of the work to such; the widest bundles are those with
@@ -250,12 +264,11 @@ std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType,
         header.voxelType = outputType;
     }
     const HeaderImage narrowest(header);
-    const bool mayBeWild =
-        access::contains(access::Floatings{}, input.getVoxelType()) || job.border == access::BorderPolicy::FIXED;
+    const bool wild = mayBeWild(input, job);
     std::size_t bytes = 0;
     for (std::size_t i = 0; i < passes.count; ++i) {
         const auto recursive = [&](Components axis) {
-            return recursiveWorkingBytes(narrowest, input.getVoxelType(), job, axis, mayBeWild, threads);
+            return recursiveWorkingBytes(narrowest, input.getVoxelType(), job, axis, wild, threads);
         };
         std::size_t here = 0;
         switch (passes.passes[i]) {
@@ -276,6 +289,13 @@ std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType,
         bytes += access::TemporaryImage::bytes(input, outputType);
     }
     return bytes;
+}
+
+std::size_t gaussianWorkingBytesInDoubles(const ImageModel& like, const GaussianJob& job, std::size_t threads) {
+    ImageHeader header = helper::headerOf(like);
+    header.voxelType = RIX_FLOAT64;
+    header.interpretation = RIX_VALUE;
+    return gaussianWorkingBytes(HeaderImage(header), RIX_FLOAT64, job, false, threads);
 }
 
 }  // namespace rix::filtering::smoothing
