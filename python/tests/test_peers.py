@@ -35,6 +35,33 @@ def test_statistics(dtype):
             np.testing.assert_allclose(table[column][0], value, rtol=1e-10, err_msg=column)
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32", "float64"])
+@pytest.mark.parametrize("shape,deviations", [((90, 70), (1.3, 3)), ((200, 61), (12, 6)), ((14, 40, 17), (0.7, 5, 1.1))])
+def test_gaussian(dtype, shape, deviations):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    gaussian = rix.gaussian_filter_2d if len(shape) == 2 else rix.gaussian_filter_3d
+    image = random_array(dtype, shape)
+    widths = {f"standard_deviation_{axis}": value for axis, value in zip("xyz", reversed(deviations))}
+    exact = image.astype(np.float64)
+    largest = np.abs(exact).max()
+    for policy, mode in [("MIRROR", "reflect"), ("CONTINUE", "nearest")]:
+        expected = ndimage.gaussian_filter(exact, deviations, mode=mode, truncate=6)
+        result = gaussian(image, **widths, border_policy=policy)
+        assert result.dtype == image.dtype
+        rounding = 0.5 if image.dtype.kind in "iu" else 0
+        assert np.abs(result - expected).max() <= rounding + 2 * 2e-5 * largest
+
+
+def test_local_contrast():
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = random_array(np.float64, (60, 45))
+    mean = ndimage.gaussian_filter(image, 2, truncate=6)
+    sharp = rix.unsharp_mask_2d(image, standard_deviation=2, amount=0.7)
+    np.testing.assert_allclose(sharp, image + 0.7 * (image - mean), atol=2e-5 * np.abs(image).max())
+    deviation = np.sqrt(ndimage.gaussian_filter(image**2, 2, truncate=6) - mean**2)
+    np.testing.assert_allclose(rix.local_normalization_2d(image), (image - mean) / deviation, atol=1e-4)
+
+
 @pytest.mark.parametrize("shape", [(24, 31), (17, 22, 9)])
 def test_transforms(shape):
     ways = (rix.fourier_transform_2d, rix.inverse_fourier_transform_2d) if len(shape) == 2 else \

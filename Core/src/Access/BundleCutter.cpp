@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t cacheLine = 64;
 constexpr std::size_t page = Scratch::granularity;
-/// Rows that a bundle reads or writes at a time: several when it transposes them.
+/// Rows that a bundle reads or writes at a time.
 constexpr double rowsAtOnce = 16.0;
 
 }  // namespace
@@ -41,7 +41,8 @@ Plan cutBundles(const ImageModel& input, const ImageModel& output, Components ax
     for (int other = COLUMNS; other <= SPECTRAL_SERIES; ++other) {
         const auto component = static_cast<Components>(other);
         if (component == inner) {
-            plan.cut(component, {ceilDivide(ceilDivide(extents[inner], least), lines / least), 0, least});
+            // Rounded, not cut off: of long lines one cache line of samples would be left where two nearly fit.
+            plan.cut(component, {ceilDivide(ceilDivide(extents[inner], least), (lines + least / 2) / least), 0, least});
         } else if (component == next) {
             plan.cut(component, {ceilDivide(extents[next], std::max<std::size_t>(lines / extents[inner], 1)), 0, 1});
         } else if (component != axis) {
@@ -49,6 +50,11 @@ Plan cutBundles(const ImageModel& input, const ImageModel& output, Components ax
         }
     }
     return plan;
+}
+
+std::size_t widestBundle(const Plan& plan, Components axis, std::size_t workBytes, std::size_t samples) {
+    const std::size_t width = plan.largestPart(innerAxis(axis)) * plan.largestPart(nextAxis(axis)) * samples;
+    return ceilDivide(width * workBytes, cacheLine) * cacheLine / workBytes;
 }
 
 std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t workBytes, const BundleNeeds& needs,
@@ -64,7 +70,7 @@ std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t w
                         static_cast<double>(needs.reach.after);
     const bool inPlace = input.getImageBuffer() != nullptr && input.getInterpretation() != RIX_BINARY &&
                          helper::getSizeOf(input.getVoxelType()) == workBytes;
-    const double buffers = (axis == COLUMNS ? rowsAtOnce : 1.0) * (bytesOf(plan.largestPart(COLUMNS)) + page);
+    const double buffers = rowsAtOnce * (bytesOf(plan.largestPart(COLUMNS)) + page);
     const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
     constexpr double most = 9e18;
     return static_cast<std::size_t>(

@@ -1,6 +1,7 @@
 #include <rix/access/LineBundles.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 
@@ -17,6 +18,12 @@ namespace {
 constexpr std::size_t cacheLine = 64;
 /// Lines that are transposed together: a row of the bundle gets a whole line of the cache of most types at a time.
 constexpr std::size_t linesAbreast = 16;
+/// Pieces of rows that are asked for at once, where each is in a page of its own.
+constexpr std::size_t piecesAhead = 16;
+/// Elements of each of them that are taken at once: a line of the cache of most types. The lines of an image whose rows
+/// are a power of two apart fall into the same few places of the first-level cache, where none would wait for its next
+/// element.
+constexpr std::size_t elementsAbreast = 16;
 
 constexpr std::size_t Position::*coordinates[] = {&Position::column, &Position::row, &Position::plane,
                                                   &Position::sequence, &Position::spectral};
@@ -48,14 +55,26 @@ Position beginOf(const Block& block) {
     return position;
 }
 
+/// Asks for samples that are far apart in memory before they are needed.
+template <bool forWriting, class Work>
+void fetch(const Work* samples, std::size_t count) {
+    const auto* const bytes = reinterpret_cast<const char*>(samples);
+    for (std::size_t i = 0; i < count * sizeof(Work); i += cacheLine) {
+        __builtin_prefetch(bytes + i, forWriting ? 1 : 0);
+    }
+}
+
 /// to[i * stride + l * samples + s] = from[l][i * samples + s], for `count` elements of `lines` lines.
 template <class Work>
 void transposeIn(const Work* const* from, std::size_t lines, std::size_t samples, std::size_t count, Work* to,
                  std::size_t stride) {
     if (lines == linesAbreast && samples == 1) {
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; i += elementsAbreast) {
+            const std::size_t elements = std::min(elementsAbreast, count - i);
             for (std::size_t l = 0; l < linesAbreast; ++l) {
-                to[i * stride + l] = from[l][i];
+                for (std::size_t k = 0; k < elements; ++k) {
+                    to[(i + k) * stride + l] = from[l][i + k];
+                }
             }
         }
         return;
@@ -71,9 +90,12 @@ template <class Work>
 void transposeOut(const Work* from, std::size_t stride, std::size_t lines, std::size_t samples, std::size_t count,
                   Work* const* to) {
     if (lines == linesAbreast && samples == 1) {
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; i += elementsAbreast) {
+            const std::size_t elements = std::min(elementsAbreast, count - i);
             for (std::size_t l = 0; l < linesAbreast; ++l) {
-                to[l][i] = from[i * stride + l];
+                for (std::size_t k = 0; k < elements; ++k) {
+                    to[l][i + k] = from[(i + k) * stride + l];
+                }
             }
         }
         return;
@@ -142,10 +164,29 @@ void Bundle<Work>::load(const ImageModel& input) {
     if (m_axis == COLUMNS) {
         loadAcross(input);
     } else {
-        RowReader<Work> reader(input);
+        RowReader<Work, piecesAhead> reader(input);
+        struct Piece {
+            const Work* from;
+            Work* to;
+            std::size_t count;
+        };
+        std::array<Piece, piecesAhead> pieces{};
+        std::size_t waiting = 0;
+        const auto copyAll = [&] {
+            for (std::size_t i = 0; i < waiting; ++i) {
+                std::copy_n(pieces[i].from, pieces[i].count, pieces[i].to);
+            }
+            waiting = 0;
+        };
         forEachPiece([&](const RowSegment& segment, std::int64_t element, std::size_t offset) {
-            std::copy_n(reader.read(segment), segment.count * m_samples, row(element) + offset);
+            const std::size_t count = segment.count * m_samples;
+            pieces[waiting] = {reader.read(segment, waiting), row(element) + offset, count};
+            fetch<false>(pieces[waiting].from, count);
+            if (++waiting == piecesAhead) {
+                copyAll();
+            }
         });
+        copyAll();
     }
     for (std::int64_t i = 0; i < static_cast<std::int64_t>(m_length) && m_width < m_paddedWidth; ++i) {
         std::fill(row(i) + m_width, row(i) + m_paddedWidth, Work{});
@@ -197,11 +238,30 @@ void Bundle<Work>::store(ImageModel& output) {
         storeAcross(output);
         return;
     }
-    RowWriter<Work> writer(output);
+    RowWriter<Work, piecesAhead> writer(output);
+    struct Piece {
+        const Work* from;
+        Work* to;
+        std::size_t count;
+    };
+    std::array<Piece, piecesAhead> pieces{};
+    std::size_t waiting = 0;
+    const auto copyAll = [&] {
+        for (std::size_t i = 0; i < waiting; ++i) {
+            std::copy_n(pieces[i].from, pieces[i].count, pieces[i].to);
+            writer.flush(i);
+        }
+        waiting = 0;
+    };
     forEachPiece([&](const RowSegment& segment, std::int64_t element, std::size_t offset) {
-        std::copy_n(row(element + m_result) + offset, segment.count * m_samples, writer.open(segment));
-        writer.flush();
+        const std::size_t count = segment.count * m_samples;
+        pieces[waiting] = {row(element + m_result) + offset, writer.open(segment, waiting), count};
+        fetch<true>(pieces[waiting].to, count);
+        if (++waiting == piecesAhead) {
+            copyAll();
+        }
     });
+    copyAll();
 }
 
 template <class Work>

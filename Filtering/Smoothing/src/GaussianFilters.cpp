@@ -9,15 +9,12 @@
 #include <rix/filtering/smoothing/GaussianFilter3d.h>
 
 #include "GaussianJob.h"
+#include "GaussianRows.h"
 #include "GaussianSums.h"
-#include "GaussianTaps.h"
 
 namespace rix::filtering::smoothing {
 
 namespace {
-
-/// A kernel of 10001 taps.
-constexpr double largestDeviation = 1000.0;
 
 template <class Filter>
 algorithms::RuleLength::Measure along(const Filter& filter, Components axis) {
@@ -73,16 +70,6 @@ void process(Filter& filter, OptimLevelType level) {
 }
 
 template <class Filter>
-access::Reach reachOf(const Filter& filter) {
-    const auto deviations = jobOf(filter).deviations;
-    const auto axis = [&](std::size_t i) {
-        const std::size_t reach = gaussianReach(deviations[i]);
-        return access::Reach::Axis{reach, reach};
-    };
-    return {axis(0), axis(1), axis(2)};
-}
-
-template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
     return gaussianWorkingBytes(*filter.getInputImage(), outputType(filter), jobOf(filter),
                                 access::isOverwritten(*filter.getInputImage(), filter.getOutputImage()),
@@ -97,7 +84,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .declare = &declare<Filter>,
         .process = &process<Filter>,
         .prepare = &algorithms::rememberMeaning<Filter>,
-        .influence = &reachOf<Filter>,
+        .influence = [](const Filter& filter) { return gaussianInfluence(jobOf(filter)); },
         .memory = &memoryOf<Filter>,
     };
 }

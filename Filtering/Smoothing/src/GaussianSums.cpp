@@ -1,7 +1,10 @@
 #include "GaussianSums.h"
 
 #include <algorithm>
-#include <limits>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
 
 #include <rix/access/LineBundles.h>
 #include <rix/access/Scratch.h>
@@ -9,8 +12,11 @@
 #include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/access/WindowFilters.h>
+#include <rix/image/ImageHeader.h>
 
 #include "GaussianKernels.h"
+#include "GaussianLines.h"
+#include "GaussianRounding.h"
 #include "GaussianTaps.h"
 
 namespace rix::filtering::smoothing {
@@ -21,11 +27,6 @@ using access::Scratch;
 
 /// Rough cost, for deciding whether threads pay and how long blocks take.
 constexpr double nanosecondsPerTap = 0.1;
-
-/// 32-bit integers and doubles hold more than a float.
-VoxelTypes workTypeOf(VoxelTypes input) {
-    return input == RIX_FLOAT64 || input == RIX_INT32 || input == RIX_UINT32 ? RIX_FLOAT64 : RIX_FLOAT32;
-}
 
 access::BoxNeeds planeNeeds(std::size_t reachX, std::size_t reachY) {
     access::BoxNeeds needs;
@@ -50,74 +51,113 @@ private:
     Scratch m_memory;
 };
 
-template <class T>
-class Smoothing {
-public:
-    Smoothing(access::ExecutionContext& context, const GaussianJob& job, OptimLevelType level)
-        : m_context(context),
-          m_job(job),
-          m_kernels(gaussianKernels<T>(level)),
-          m_x(job.deviations[0]),
-          m_y(job.deviations[1]),
-          m_z(job.deviations[2]) {}
+/// Integers hold nothing that is not finite, nor does what is made of them.
+bool mayBeWild(const ImageModel& input, const GaussianJob& job) {
+    return access::contains(access::Floatings{}, input.getVoxelType()) || job.border == access::BorderPolicy::FIXED;
+}
 
-    void run(const ImageModel& input, ImageModel& output, bool inPlace) const {
-        const bool along = m_z.reach() > 0;
-        if (along && (m_x.reach() > 0 || m_y.reach() > 0)) {
-            runBoth(input, output, inPlace);
-        } else if (inPlace) {
-            access::writeThroughTemporary(m_context, output, [&](ImageModel& target) { runOne(input, target, along); });
-        } else {
-            runOne(input, output, along);
+/// The reach of the finite sums along an axis; 0 where there are none.
+std::size_t finiteReach(double deviation) {
+    return isRecursive(deviation) ? 0 : gaussianReach(deviation);
+}
+
+/// What is done, pass after pass: columns and rows by finite sums in one, every other axis in one of its own.
+enum class Pass : std::uint8_t { Planes, RecursiveX, RecursiveY, FiniteZ, RecursiveZ };
+
+struct Passes {
+    std::array<Pass, 4> passes{};
+    std::array<double, 4> costs{};
+    std::size_t count = 0;
+
+    explicit Passes(const GaussianJob& job) {
+        const auto& [x, y, z] = job.deviations;
+        if (finiteReach(x) > 0 || finiteReach(y) > 0 || (x == 0 && y == 0 && z == 0)) {
+            add(Pass::Planes, static_cast<double>(finiteReach(x) + finiteReach(y) + 2));
+        }
+        if (isRecursive(x)) {
+            add(Pass::RecursiveX, recursiveCost);
+        }
+        if (isRecursive(y)) {
+            add(Pass::RecursiveY, recursiveCost);
+        }
+        if (z > 0) {
+            add(isRecursive(z) ? Pass::RecursiveZ : Pass::FiniteZ,
+                isRecursive(z) ? recursiveCost : static_cast<double>(finiteReach(z) + 1));
         }
     }
 
 private:
-    /// How results become samples of the output.
-    struct Rounding {
-        bool rounds = false;
-        T lowest{};
-        T highest{};
-    };
+    static constexpr double recursiveCost = 20.0;
 
-    static Rounding roundingOf(const ImageModel& output) {
-        Rounding rounding;
-        if (access::contains(access::Integers{}, output.getVoxelType())) {
-            access::dispatch(access::Integers{}, output.getVoxelType(), [&](auto tag) {
-                using Limits = std::numeric_limits<typename decltype(tag)::type>;
-                rounding = {true, static_cast<T>(Limits::lowest()), static_cast<T>(Limits::max())};
-            });
-        }
-        return rounding;
+    void add(Pass pass, double cost) {
+        passes[count] = pass;
+        costs[count++] = cost;
     }
+};
 
-    void runOne(const ImageModel& input, ImageModel& output, bool along) const {
-        if (along) {
-            smoothAlong(input, output);
+template <class T>
+class Smoothing {
+public:
+    Smoothing(access::ExecutionContext& context, const GaussianJob& job, bool mayBeWild, OptimLevelType level)
+        : m_context(context),
+          m_job(job),
+          m_mayBeWild(mayBeWild),
+          m_level(level),
+          m_kernels(gaussianKernels<T>(level)),
+          m_x(isRecursive(job.deviations[0]) ? 0.0 : job.deviations[0]),
+          m_y(isRecursive(job.deviations[1]) ? 0.0 : job.deviations[1]),
+          m_z(isRecursive(job.deviations[2]) ? 0.0 : job.deviations[2]) {}
+
+    void run(const ImageModel& input, ImageModel& output, bool inPlace) const {
+        const Passes passes(m_job);
+        if (passes.count > 1) {
+            runSeveral(passes, input, output, inPlace);
+        } else if (inPlace) {
+            access::writeThroughTemporary(m_context, output,
+                                          [&](ImageModel& target) { runOne(passes.passes[0], input, target); });
         } else {
-            smoothPlanes(input, output);
+            runOne(passes.passes[0], input, output);
         }
     }
 
-    /// The planes first, into the output where it can hold what the second pass needs.
-    void runBoth(const ImageModel& input, ImageModel& output, bool inPlace) const {
-        const access::Steps steps(
-            m_context, {static_cast<double>(m_x.reach() + m_y.reach() + 2), static_cast<double>(m_z.reach() + 1)});
-        if (!inPlace && output.getVoxelType() == access::voxelTypeOf<T>) {
-            smoothPlanes(input, output);
-            smoothAlong(output, output);
-            return;
+private:
+    void runOne(Pass pass, const ImageModel& input, ImageModel& output) const {
+        switch (pass) {
+            case Pass::Planes: smoothPlanes(input, output); return;
+            case Pass::FiniteZ: smoothAlong(input, output); return;
+            case Pass::RecursiveX:
+                smoothRecursively(m_context, input, output, m_job, COLUMNS, m_mayBeWild, m_level);
+                return;
+            case Pass::RecursiveY:
+                smoothRecursively(m_context, input, output, m_job, ROWS, m_mayBeWild, m_level);
+                return;
+            case Pass::RecursiveZ:
+                smoothRecursively(m_context, input, output, m_job, PLANS, m_mayBeWild, m_level);
+                return;
         }
-        access::TemporaryImage temporary(output, access::voxelTypeOf<T>);
-        smoothPlanes(input, temporary.image());
-        smoothAlong(temporary.image(), output);
+    }
+
+    /// In the output, where it can hold what the later passes need, else in a temporary image.
+    void runSeveral(const Passes& passes, const ImageModel& input, ImageModel& output, bool inPlace) const {
+        const access::Steps steps(m_context, std::span(passes.costs.data(), passes.count));
+        std::optional<access::TemporaryImage> temporary;
+        if (inPlace || output.getVoxelType() != access::voxelTypeOf<T>) {
+            temporary.emplace(output, access::voxelTypeOf<T>);
+        }
+        ImageModel& between = temporary.has_value() ? temporary->image() : output;
+        const std::size_t last = passes.count - 1;
+        runOne(passes.passes[0], input, between);
+        for (std::size_t i = 1; i < last; ++i) {
+            runOne(passes.passes[i], between, between);
+        }
+        runOne(passes.passes[last], between, output);
     }
 
     /// Down the columns of each window, then along the row that this gives.
     void smoothPlanes(const ImageModel& input, ImageModel& output) const {
         const std::size_t reachX = m_x.reach();
         const std::size_t reachY = m_y.reach();
-        const Rounding rounding = roundingOf(output);
+        const GaussianRounding<T> rounding(output);
         const auto border = access::borderOf<T>(m_job.border, m_job.borderValue);
         const auto smoothRow = [&](access::WindowRows<T>& window, const access::RowSegment& segment, T* out) {
             const RowList<T> rows(2 * std::max(reachX, reachY) + 1);
@@ -150,7 +190,7 @@ private:
 
     void smoothAlong(const ImageModel& input, ImageModel& output) const {
         const std::size_t reach = m_z.reach();
-        const Rounding rounding = roundingOf(output);
+        const GaussianRounding<T> rounding(output);
         access::forEachBundle<T>(m_context, input, output, PLANS, alongNeeds(m_job, reach),
                                  [&](access::Bundle<T>& bundle) {
                                      const RowList<T> rows(2 * reach + 1);
@@ -171,53 +211,91 @@ private:
 
     access::ExecutionContext& m_context;
     const GaussianJob& m_job;
+    bool m_mayBeWild;
+    OptimLevelType m_level;
     GaussianKernels<T> m_kernels;
     GaussianTaps<T> m_x;
     GaussianTaps<T> m_y;
     GaussianTaps<T> m_z;
 };
 
+std::size_t planeWorkingBytes(const ImageModel& input, std::size_t workBytes, const GaussianJob& job,
+                              std::size_t threads) {
+    constexpr std::size_t pages = std::size_t{6} * 4096;  // the rounding of buffers, and small tables
+    const std::size_t reachX = finiteReach(job.deviations[0]);
+    const std::size_t reachY = finiteReach(job.deviations[1]);
+    // The ring of the windows, the row between both directions, rows on their way from one type to another.
+    access::BoxNeeds needs = planeNeeds(reachX, reachY);
+    needs.heldBytesPerVoxel = workBytes;
+    const access::Plan plan = access::cutBoxes({&input}, {&input}, needs);
+    const std::size_t atOnce = plan.isSmall() ? std::size_t{1} : std::min(threads, plan.blockCount());
+    const std::size_t row = (plan.largestPart(COLUMNS) + 2 * reachX) * workBytes + 128;
+    return atOnce * ((2 * reachY + 4) * row + pages);
+}
+
 }  // namespace
 
 void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                     const GaussianJob& job, bool inPlace, OptimLevelType level) {
-    if (workTypeOf(input.getVoxelType()) == RIX_FLOAT64) {
-        Smoothing<double>(context, job, level).run(input, output, inPlace);
+    if (gaussianWorkType(input.getVoxelType(), job) == RIX_FLOAT64) {
+        Smoothing<double>(context, job, mayBeWild(input, job), level).run(input, output, inPlace);
     } else {
-        Smoothing<float>(context, job, level).run(input, output, inPlace);
+        Smoothing<float>(context, job, mayBeWild(input, job), level).run(input, output, inPlace);
     }
+}
+
+access::Reach gaussianInfluence(const GaussianJob& job) {
+    const auto axis = [&](std::size_t i) {
+        const std::size_t reach = gaussianReach(job.deviations[i]);
+        return access::Reach::Axis{reach, reach};
+    };
+    return {axis(0), axis(1), axis(2)};
 }
 
 std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job, bool inPlace,
                                  std::size_t threads) {
-    constexpr std::size_t pages = std::size_t{6} * 4096;  // the rounding of buffers, and small tables
-    const VoxelTypes workType = workTypeOf(input.getVoxelType());
+    const VoxelTypes workType = gaussianWorkType(input.getVoxelType(), job);
     const std::size_t workBytes = helper::getSizeOf(workType);
-    const std::size_t reachX = gaussianReach(job.deviations[0]);
-    const std::size_t reachY = gaussianReach(job.deviations[1]);
-    const std::size_t reachZ = gaussianReach(job.deviations[2]);
-    const auto atOnce = [&](const access::Plan& plan) {
-        return plan.isSmall() ? std::size_t{1} : std::min(threads, plan.blockCount());
-    };
+    const Passes passes(job);
+    // The passes between the first and the last go from samples of the work to such; the widest bundles are those with
+    // the smallest samples.
+    ImageHeader header = helper::headerOf(input);
+    if (helper::getSizeOf(outputType) < helper::getSizeOf(input.getVoxelType())) {
+        header.voxelType = outputType;
+    }
+    const HeaderImage narrowest(header);
+    const bool wild = mayBeWild(input, job);
     std::size_t bytes = 0;
-    const bool planes = reachX > 0 || reachY > 0;
-    if (planes || reachZ == 0) {
-        // The ring of the windows, the row between both directions, rows on their way from one type to another.
-        access::BoxNeeds needs = planeNeeds(reachX, reachY);
-        needs.heldBytesPerVoxel = workBytes;
-        const access::Plan plan = access::cutBoxes({&input}, {&input}, needs);
-        const std::size_t row = (plan.largestPart(COLUMNS) + 2 * reachX) * workBytes + 128;
-        bytes = atOnce(plan) * ((2 * reachY + 4) * row + pages);
+    for (std::size_t i = 0; i < passes.count; ++i) {
+        const auto recursive = [&](Components axis) {
+            return recursiveWorkingBytes(narrowest, input.getVoxelType(), job, axis, wild, threads);
+        };
+        std::size_t here = 0;
+        switch (passes.passes[i]) {
+            case Pass::Planes: here = planeWorkingBytes(input, workBytes, job, threads); break;
+            case Pass::FiniteZ:
+                here = access::bundleMemory(narrowest, PLANS, workBytes,
+                                            alongNeeds(job, gaussianReach(job.deviations[2])), threads);
+                break;
+            case Pass::RecursiveX: here = recursive(COLUMNS); break;
+            case Pass::RecursiveY: here = recursive(ROWS); break;
+            case Pass::RecursiveZ: here = recursive(PLANS); break;
+        }
+        bytes = std::max(bytes, here);
     }
-    if (reachZ > 0) {
-        bytes = std::max(bytes, access::bundleMemory(input, PLANS, workBytes, alongNeeds(job, reachZ), threads));
-    }
-    if (reachZ > 0 && planes) {
+    if (passes.count > 1) {
         bytes += inPlace || outputType != workType ? access::TemporaryImage::bytes(input, workType) : 0;
     } else if (inPlace) {
         bytes += access::TemporaryImage::bytes(input, outputType);
     }
     return bytes;
+}
+
+std::size_t gaussianWorkingBytesInDoubles(const ImageModel& like, const GaussianJob& job, std::size_t threads) {
+    ImageHeader header = helper::headerOf(like);
+    header.voxelType = RIX_FLOAT64;
+    header.interpretation = RIX_VALUE;
+    return gaussianWorkingBytes(HeaderImage(header), RIX_FLOAT64, job, false, threads);
 }
 
 }  // namespace rix::filtering::smoothing

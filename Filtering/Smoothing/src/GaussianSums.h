@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include <rix/access/Blocks.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
@@ -15,8 +16,14 @@ namespace rix::filtering::smoothing {
 void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                     const GaussianJob& job, bool inPlace, OptimLevelType level);
 
+/// ceil(5 s) voxels a side: beyond, what a recursion weighs is not of the Gaussian.
+access::Reach gaussianInfluence(const GaussianJob& job);
+
 /// Most bytes that a run takes beyond its images.
 std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job, bool inPlace,
                                  std::size_t threads);
+
+/// The same from an image of `float64`, of the extents of another, to one like it.
+std::size_t gaussianWorkingBytesInDoubles(const ImageModel& like, const GaussianJob& job, std::size_t threads);
 
 }  // namespace rix::filtering::smoothing

@@ -22,6 +22,7 @@
 #include "BoxReference.h"
 #include "BoxRuns.h"
 #include "Failures.h"
+#include "GaussianReference.h"
 #include "ImageComparison.h"
 #include "ImageFactories.h"
 
@@ -75,42 +76,6 @@ io::MemoryImage runGaussian(const ImageModel& input, const GaussianCase& c, cons
     return output;
 }
 
-/// One axis of a volume from the definition.
-std::vector<double> smoothAlong(const std::vector<double>& in, const std::array<std::size_t, 3>& n, std::size_t axis,
-                                const GaussianCase& c) {
-    const double s = c.deviations[axis];
-    if (s == 0) {
-        return in;
-    }
-    const auto reach = static_cast<std::int64_t>(std::ceil(5 * s));
-    const auto length = static_cast<std::int64_t>(n[axis]);
-    const auto step = static_cast<std::int64_t>(axis == 0 ? 1 : axis == 1 ? n[0] : n[0] * n[1]);
-    std::vector<double> weights;
-    for (std::int64_t k = -reach; k <= reach; ++k) {
-        weights.push_back(std::exp(-static_cast<double>(k * k) / (2 * s * s)));
-    }
-    const double total = std::accumulate(weights.begin(), weights.end(), 0.0);
-    std::vector<double> out(in.size(), 0.0);
-    for (std::int64_t v = 0; v < static_cast<std::int64_t>(in.size()); ++v) {
-        const std::int64_t i = v / step % length;
-        for (std::int64_t k = -reach; k <= reach; ++k) {
-            std::int64_t j = i + k;
-            double value = c.borderValue;
-            if (c.border == BorderPolicy::CONTINUE) {
-                j = std::clamp<std::int64_t>(j, 0, length - 1);
-            } else if (c.border == BorderPolicy::MIRROR) {
-                j = (j % (2 * length) + 2 * length) % (2 * length);
-                j = j < length ? j : 2 * length - 1 - j;
-            }
-            if (j >= 0 && j < length) {
-                value = in[static_cast<std::size_t>(v + (j - i) * step)];
-            }
-            out[static_cast<std::size_t>(v)] += weights[static_cast<std::size_t>(k + reach)] / total * value;
-        }
-    }
-    return out;
-}
-
 /// Compares every voxel of a result with the definition; `range` is that of the input.
 void compareWithDefinition(const io::MemoryImage& input, const io::MemoryImage& output, const GaussianCase& c,
                            double range) {
@@ -124,7 +89,8 @@ void compareWithDefinition(const io::MemoryImage& input, const io::MemoryImage& 
                 const auto samples = volumeOf<In>(input, volume % n[3], volume / n[3]);
                 std::vector<double> expected(samples.begin(), samples.end());
                 for (std::size_t axis = 0; axis < 3; ++axis) {
-                    expected = smoothAlong(expected, {n[0], n[1], n[2]}, axis, c);
+                    expected =
+                        gaussianAlong(expected, {n[0], n[1], n[2]}, axis, c.deviations[axis], c.border, c.borderValue);
                 }
                 const auto actual = volumeOf<Out>(output, volume % n[3], volume / n[3]);
                 for (std::size_t i = 0; i < actual.size(); ++i) {
@@ -133,6 +99,15 @@ void compareWithDefinition(const io::MemoryImage& input, const io::MemoryImage& 
                 }
             }
         });
+}
+
+std::vector<double> volumeAs(const io::MemoryImage& image) {
+    std::vector<double> values;
+    access::dispatch(access::Floatings{}, image.getVoxelType(), [&](auto tag) {
+        const auto samples = volumeOf<typename decltype(tag)::type>(image, 0, 0);
+        values.assign(samples.begin(), samples.end());
+    });
+    return values;
 }
 
 TEST(GaussianFilter, IsItsDefinitionOnEveryTypeBorderAndLevel) {
@@ -144,7 +119,9 @@ TEST(GaussianFilter, IsItsDefinitionOnEveryTypeBorderAndLevel) {
         {{0.8, 1.5, 1.2}},
         {{1, 0, 2}, BorderPolicy::FIXED, 20, algorithms::OutputType::FLOAT_32_BIT},
         {{0, 0, 3}, BorderPolicy::CONTINUE},
-        {{12, 9, 0}},  // wider than the image several times
+        {{12, 9, 0}},  // recursive, and wider than the image several times
+        {{0.3, 31, 5}, BorderPolicy::FIXED, 30},
+        {{60, 0, 4}, BorderPolicy::CONTINUE, 0, algorithms::OutputType::FLOAT_32_BIT},
     };
     struct Type {
         VoxelTypes type;
@@ -205,6 +182,50 @@ TEST(GaussianFilter, GivesTheKernelForAnImpulseAndKeepsConstants) {
         makeRandomImage({.voxelType = RIX_FLOAT32, .extents = {40, 9, 3, 1, 1}}, 9, Extremes::All);
     EXPECT_TRUE(imagesEqual(wild, runGaussian(wild, {{0, 0, 0}})));
     EXPECT_TRUE(imagesEqual(wild, runGaussian(wild, {{0.01, std::numeric_limits<double>::denorm_min(), 0.01}})));
+}
+
+TEST(GaussianFilter, IsItsDefinitionAtEveryWidthAndNeverDriftsAlongLongLines) {
+    for (const double deviation : {0.3, 0.7, 1.9, 3.9, 4.0, 7.0, 30.0, 31.0, 60.0}) {
+        for (const std::size_t columns : {1U, 5U, 16384U}) {
+            // Steps and noise: recursions and their stretches show at steps, drift where it is flat.
+            const io::MemoryImage input =
+                makeImage({.voxelType = RIX_FLOAT32, .extents = {columns, 2, 1, 1, 1}},
+                          [](std::size_t x, std::size_t y, auto...) {
+                              const std::size_t noise = (x * 7919 + y * 104729) % 997;
+                              return x % 5000 < 2100 ? 1000.0 : y == 0 ? 0.0 : static_cast<double>(noise);
+                          });
+            const GaussianCase c{{deviation, 0, 0}};
+            ASSERT_NO_FATAL_FAILURE(compareWithDefinition(input, runGaussian(input, c), c, 1000)) << deviation;
+        }
+    }
+}
+
+TEST(GaussianFilter, KeepsWhatIsNotFiniteWithinItsWindows) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64}) {
+        for (const double deviation : {2.0, 6.0}) {
+            const auto reach = static_cast<std::size_t>(5 * deviation);
+            const auto make = [&](double a, double b) {
+                return makeImage({.voxelType = type, .extents = {300, 3, 1, 1, 1}}, [=](std::size_t x, auto...) {
+                    return x == 100 ? a : x == 220 ? b : static_cast<double>(x % 17);
+                });
+            };
+            const GaussianCase c{{deviation, 0, 0}};
+            const auto tame = volumeAs(runGaussian(make(0, 0), c));
+            const auto wild = volumeAs(runGaussian(make(nan, infinity), c));
+            for (std::size_t i = 0; i < wild.size(); ++i) {
+                const std::size_t x = i % 300;
+                if (x + reach >= 100 && x <= 100 + reach) {
+                    ASSERT_TRUE(std::isnan(wild[i])) << x;
+                } else if (x + reach >= 220 && x <= 220 + reach) {
+                    ASSERT_EQ(wild[i], infinity) << x;
+                } else {
+                    ASSERT_EQ(wild[i], tame[i]) << x;
+                }
+            }
+        }
+    }
 }
 
 TEST(GaussianFilter, MeasuresInTheWorld) {

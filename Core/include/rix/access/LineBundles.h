@@ -41,6 +41,10 @@ RIX_EXPORT Plan cutBundles(const ImageModel& input, const ImageModel& output, Co
 RIX_EXPORT std::size_t bundleMemory(const ImageModel& input, Components axis, std::size_t workBytes,
                                     const BundleNeeds& needs, std::size_t threads);
 
+/// The most samples that a row of a plan's bundles has, in whole cache lines (`Bundle::paddedWidth`). @param samples an
+/// element
+RIX_EXPORT std::size_t widestBundle(const Plan& plan, Components axis, std::size_t workBytes, std::size_t samples = 1);
+
 /// A bundle of neighbouring lines, as rows of samples: one row for each element of the axis, which holds that element
 /// of all lines.
 template <class Work>

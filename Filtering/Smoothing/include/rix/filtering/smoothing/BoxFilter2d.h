@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cstdint>
 #include <rix/algorithms/Declaration.h>
+#include <cstdint>
 
 namespace rix::filtering::smoothing {
 

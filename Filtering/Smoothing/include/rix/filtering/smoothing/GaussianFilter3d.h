@@ -11,9 +11,9 @@ namespace rix::filtering::smoothing {
 /// The three-dimensional form of `GaussianFilter2d`, with which it shares formula, types, units, borders, exactness and
 /// failures. Frames and channels are volumes of their own. Planes are smoothed first, then lines along z.
 ///
-/// Cost: 5 (s_X + s_Y + s_Z) multiplications and twice as many additions a voxel. Memory: the rows of a window or a
-/// bundle of lines a thread; and a volume of `float32` (`float64` where sums are) unless the output is of that type and
-/// not the input; see `describe`.
+/// Cost: as that of `GaussianFilter2d`, for three axes. Memory: the rows of a window or a bundle of lines a thread; and
+/// a volume of `float32` (`float64` where sums are) unless the output is of that type and not the input; see
+/// `describe`.
 class RIX_EXPORT GaussianFilter3d : public BaseAlgorithm {
     RIX_ALGORITHM(GaussianFilter3d)
 
