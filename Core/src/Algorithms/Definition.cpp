@@ -6,6 +6,7 @@
 #include <rix/access/BlockSize.h>
 #include <rix/access/Scratch.h>
 #include <rix/image/ImageModel.h>
+#include <rix/rules/When.h>
 
 namespace rix::algorithms {
 
@@ -56,6 +57,13 @@ std::size_t binaryRowMemory(const BaseAlgorithm& algorithm) {
     return bytes;
 }
 
+/// Whether a rule refuses an output that is an input, or does so under a condition.
+bool keepsApart(const Rules<Property<ImageModel*>>& rule) {
+    const auto* const conditional = dynamic_cast<const rules::RuleWhen<ImageModel*>*>(&rule);
+    return dynamic_cast<const RuleDisjointFrom<ImageModel*>*>(&rule) != nullptr ||
+           (conditional != nullptr && keepsApart(conditional->rule()));
+}
+
 }  // namespace
 
 namespace detail {
@@ -84,9 +92,7 @@ void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmD
         }
         bool inPlace = true;
         for (const auto& rule : output->getImpl()->m_rules) {
-            if (dynamic_cast<const RuleDisjointFrom<ImageModel*>*>(rule.get()) != nullptr) {
-                inPlace = false;
-            }
+            inPlace = inPlace && !keepsApart(*rule);
             const auto* const shape = dynamic_cast<const rules::ShapesOutput*>(rule.get());
             if (inputsHold && shape != nullptr) {
                 const rules::ExpectedShape expected = shape->expected();

@@ -74,7 +74,8 @@ TEST_F(ConvertTest, WritesPartsInOtherFormatsAndTypes) {
              {2, {"stack.tif[5]", "x.tif"}, "The selection '5' means nothing"},
              {4, {"missing.tif[z=1]", "x.tif"}, "'missing.tif'"},
              {2, {"stack.tif", "x.tif", "--type", "unit8"}, "did you mean uint8"},
-             {2, {"stack.tif"}, "needs the name"},
+             {2, {}, "needs the name"},
+             {2, {"stack.tif"}, "At least 2 required"},
              {2, {"stack.tif", "{stem}.png"}, "names a part of a file of --files"}}) {
         auto all = arguments;
         all.insert(all.begin(), "convert");

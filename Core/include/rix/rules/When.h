@@ -33,6 +33,8 @@ public:
     }
     String describe() const override { return m_text() + ", " + m_rule->describe(); }
 
+    const Rules<Property<T>>& rule() const { return *m_rule; }
+
 private:
     Text m_text;
     Condition m_condition;
