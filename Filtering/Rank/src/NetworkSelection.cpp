@@ -109,7 +109,7 @@ std::optional<RankNetwork> networkFor(const RankJob& job, std::size_t keyBytes) 
     }
     RankNetwork network(job.window, indexOfRank(job.rank, job.window.voxels()));
     // Where counting begins to win: measured for boxes; for discs and balls it costs more.
-    const std::size_t most = std::size_t{keyBytes == 1 ? 900U : 5000U} * (job.window.isRound ? 2U : 1U);
+    const std::size_t most = std::size_t{keyBytes == 1 ? 1400U : 5000U} * (job.window.isRound ? 2U : 1U);
     return network.operations() * keyBytes > most ? std::nullopt : std::optional(std::move(network));
 }
 
@@ -134,7 +134,7 @@ std::size_t networkBytes(const ImageModel& input, const RankJob& job, const Rank
     const access::Plan plan = cutForNetwork(input, job, network, sizeof(T));
     const access::Block largest = largestBlock(plan);
     const TileExtents extents(largest, job.window);
-    constexpr std::size_t pages = 10 * access::Scratch::granularity;  // buffers are whole pages
+    constexpr std::size_t pages = 4 * access::Scratch::granularity;  // what is left of buffers
     const std::size_t bytes = pages + KeyTile<T>::bytes(extents, false) +
                               network.lines() * LineSize(network, sizeof(T)).strideBytes +
                               network.inputs() * sizeof(void*) +

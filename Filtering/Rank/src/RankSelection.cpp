@@ -178,7 +178,7 @@ template <class T>
 std::size_t tileBytes(const ImageModel& input, const RankJob& job, std::size_t threads) {
     const access::Plan plan = cutTiles(input, job.window, sizeof(T));
     const access::Block largest = largestBlock(plan);
-    constexpr std::size_t pages = 20 * access::Scratch::granularity;  // buffers are whole pages
+    constexpr std::size_t pages = 4 * access::Scratch::granularity;  // what is left of buffers
     const TileExtents extents(largest, job.window);
     std::size_t bytes = pages + RankTile<T>::bytes(extents, job.mask != nullptr) +
                         largest.columns().length() * (2 * sizeof(std::uint32_t) + 1 + sizeof(T));
