@@ -2,18 +2,17 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
 #include <type_traits>
 
+#include <rix/access/AllFinite.h>
 #include <rix/access/Joins.h>
 #include <rix/access/MemoryAccount.h>
 #include <rix/access/Rows.h>
@@ -49,7 +48,7 @@ public:
     void forEachPiece(const Add& add) {
         for (std::size_t begin = 0; begin < m_count; begin += pieceSamples) {
             const std::size_t end = std::min(begin + pieceSamples, m_count);
-            if (m_maskRow == nullptr && allFinite(begin, end)) {
+            if (m_maskRow == nullptr && access::allFinite(m_row + begin, end - begin)) {
                 add(std::span<const T>(m_row + begin, end - begin));
             } else {
                 add(std::span<const T>(m_kept.data(), keep(begin, end)));
@@ -71,22 +70,6 @@ public:
     std::size_t infiniteCount = 0;
 
 private:
-    bool allFinite(std::size_t begin, std::size_t end) const {
-        if constexpr (std::is_floating_point_v<T>) {
-            // Where all bits of the exponent are set, one more runs over into the sign. Plain integers, which the
-            // compiler makes vectors of.
-            using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
-            constexpr Bits sign = Bits{1} << (8 * sizeof(T) - 1);
-            constexpr Bits one = Bits{1} << (std::numeric_limits<T>::digits - 1);
-            Bits carries = 0;
-            for (std::size_t i = begin; i < end; ++i) {
-                carries |= (std::bit_cast<Bits>(m_row[i]) & ~sign) + one;
-            }
-            return (carries & sign) == 0;
-        }
-        return true;
-    }
-
     /// Copies the samples that have a part, and counts those that are not finite. @return how many were copied
     std::size_t keep(std::size_t begin, std::size_t end) {
         std::size_t kept = 0;

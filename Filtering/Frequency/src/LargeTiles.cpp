@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 
+#include <rix/access/AllFinite.h>
 #include <rix/access/Looks.h>
 #include <rix/access/Run.h>
 #include <rix/access/Steps.h>
@@ -80,7 +81,7 @@ private:
         forEachRow(tile[0], tile[1], tile[2], [&] {
             return [&](std::size_t row, std::size_t plane) {
                 m_rows.load(block, row, plane, m_tile);
-                if (!areFinite(m_tile + m_rows.offsetOf(row, plane), tile[0])) {
+                if (!access::allFinite(m_tile + m_rows.offsetOf(row, plane), tile[0])) {
                     found = true;
                 }
             };
@@ -146,7 +147,7 @@ template <class Real>
 void convolveLargeTiles(access::ExecutionContext& context, const ImageModel& input, const ImageModel& kernel,
                         ImageModel& output, const ConvolutionJob& job) {
     const Plan& plan = job.tiles.plan;
-    const access::Steps steps(context, 1 + 2 * plan.blockCount());
+    const access::Steps steps(context, 1 + plan.blockCount());
     LargeTiles<Real> tiles(context, input, job);
     tiles.setKernel(kernel);
     for (std::size_t i = 0; i < plan.blockCount(); ++i) {

@@ -2,27 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include <rix/access/AllFinite.h>
 #include <rix/access/Looks.h>
 
 namespace rix::filtering::frequency {
 
 template <class Real>
-bool areFinite(const Real* row, std::size_t count) {
-    bool found = false;
-    for (std::size_t i = 0; i < count; ++i) {
-        found |= !(std::abs(row[i]) <= std::numeric_limits<Real>::max());
-    }
-    return !found;
-}
-
-template bool areFinite<float>(const float*, std::size_t);
-template bool areFinite<double>(const double*, std::size_t);
-
-template <class Real>
 void NotFinite::takeOut(Real* row, std::size_t offset, std::size_t count) {
-    if (areFinite(row, count)) {
+    if (access::allFinite(row, count)) {
         return;
     }
     if (!any()) {

@@ -9,10 +9,6 @@
 
 namespace rix::filtering::frequency {
 
-/// Whether all samples of a row are finite.
-template <class Real>
-bool areFinite(const Real* row, std::size_t count);
-
 /// The voxels of a tile that are not finite: one NaN would spread over all of its spectrum.
 class NotFinite {
 public:
