@@ -25,8 +25,8 @@ constexpr std::size_t piecesAhead = 16;
 /// element.
 constexpr std::size_t elementsAbreast = 16;
 
-constexpr std::size_t Position::*coordinates[] = {&Position::column, &Position::row, &Position::plane,
-                                                  &Position::sequence, &Position::spectral};
+constexpr std::size_t Position::* coordinates[] = {&Position::column, &Position::row, &Position::plane,
+                                                   &Position::sequence, &Position::spectral};
 
 std::size_t checkedProduct(std::size_t a, std::size_t b) {
     std::size_t product = 0;
@@ -107,6 +107,43 @@ void transposeOut(const Work* from, std::size_t stride, std::size_t lines, std::
     }
 }
 
+/// Pieces of rows that are copied some at a time, when all of them were asked for.
+template <class Work>
+class PiecesAhead {
+public:
+    /// Where the next piece waits.
+    std::size_t slot() const { return m_waiting; }
+
+    /// @param copied is called with each slot when its piece was copied
+    template <bool forWriting, class Copied>
+    void add(const Work* from, Work* to, std::size_t count, const Copied& copied) {
+        m_pieces[m_waiting++] = {from, to, count};
+        fetch<forWriting>(forWriting ? to : from, count);
+        if (m_waiting == piecesAhead) {
+            copyAll(copied);
+        }
+    }
+
+    template <class Copied>
+    void copyAll(const Copied& copied) {
+        for (std::size_t i = 0; i < m_waiting; ++i) {
+            std::copy_n(m_pieces[i].from, m_pieces[i].count, m_pieces[i].to);
+            copied(i);
+        }
+        m_waiting = 0;
+    }
+
+private:
+    struct Piece {
+        const Work* from;
+        Work* to;
+        std::size_t count;
+    };
+
+    std::array<Piece, piecesAhead> m_pieces{};
+    std::size_t m_waiting = 0;
+};
+
 }  // namespace
 
 template <class Work>
@@ -165,28 +202,13 @@ void Bundle<Work>::load(const ImageModel& input) {
         loadAcross(input);
     } else {
         RowReader<Work, piecesAhead> reader(input);
-        struct Piece {
-            const Work* from;
-            Work* to;
-            std::size_t count;
-        };
-        std::array<Piece, piecesAhead> pieces{};
-        std::size_t waiting = 0;
-        const auto copyAll = [&] {
-            for (std::size_t i = 0; i < waiting; ++i) {
-                std::copy_n(pieces[i].from, pieces[i].count, pieces[i].to);
-            }
-            waiting = 0;
-        };
+        PiecesAhead<Work> pieces;
+        const auto copied = [](std::size_t /*slot*/) {};
         forEachPiece([&](const RowSegment& segment, std::int64_t element, std::size_t offset) {
-            const std::size_t count = segment.count * m_samples;
-            pieces[waiting] = {reader.read(segment, waiting), row(element) + offset, count};
-            fetch<false>(pieces[waiting].from, count);
-            if (++waiting == piecesAhead) {
-                copyAll();
-            }
+            pieces.template add<false>(reader.read(segment, pieces.slot()), row(element) + offset,
+                                       segment.count * m_samples, copied);
         });
-        copyAll();
+        pieces.copyAll(copied);
     }
     for (std::int64_t i = 0; i < static_cast<std::int64_t>(m_length) && m_width < m_paddedWidth; ++i) {
         std::fill(row(i) + m_width, row(i) + m_paddedWidth, Work{});
@@ -239,29 +261,13 @@ void Bundle<Work>::store(ImageModel& output) {
         return;
     }
     RowWriter<Work, piecesAhead> writer(output);
-    struct Piece {
-        const Work* from;
-        Work* to;
-        std::size_t count;
-    };
-    std::array<Piece, piecesAhead> pieces{};
-    std::size_t waiting = 0;
-    const auto copyAll = [&] {
-        for (std::size_t i = 0; i < waiting; ++i) {
-            std::copy_n(pieces[i].from, pieces[i].count, pieces[i].to);
-            writer.flush(i);
-        }
-        waiting = 0;
-    };
+    PiecesAhead<Work> pieces;
+    const auto copied = [&](std::size_t slot) { writer.flush(slot); };
     forEachPiece([&](const RowSegment& segment, std::int64_t element, std::size_t offset) {
-        const std::size_t count = segment.count * m_samples;
-        pieces[waiting] = {row(element + m_result) + offset, writer.open(segment, waiting), count};
-        fetch<true>(pieces[waiting].to, count);
-        if (++waiting == piecesAhead) {
-            copyAll();
-        }
+        pieces.template add<true>(row(element + m_result) + offset, writer.open(segment, pieces.slot()),
+                                  segment.count * m_samples, copied);
     });
-    copyAll();
+    pieces.copyAll(copied);
 }
 
 template <class Work>
