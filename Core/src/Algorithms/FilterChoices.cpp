@@ -48,18 +48,29 @@ const EnumInfo& getInfoNeighborhood3DType() {
     return info;
 }
 
-double lengthInVoxels(const Property<double>& length, LengthUnit unit, const ImageModel& image, Components axis) {
-    const double value = length.get();
-    if (unit == LengthUnit::VOXEL || value == 0) {
-        return value;
-    }
-    const double spacing = image.getSpacingOf(axis);
+void assertSpacingFor(const Property<double>& length, double spacing) {
     if (!rules::isDivisor(spacing)) {
         rules::refuse(
             rules::parameterText(length) +
                 " is a length in the unit of the image: the image needs spacings that are finite and not 0.",
             "The spacing is " + rules::valueToText(spacing) + ". Set the spacing, or give the length in voxels.");
     }
+}
+
+void assertVoxelsOf(const Property<double>& length, double voxels, double largest) {
+    if (voxels > largest) {
+        rules::refuse(rules::parameterText(length) + " must be at most " + rules::valueToText(largest) + " voxels.",
+                      "It is " + rules::valueToText(voxels) + " voxels. Reduce the image first.");
+    }
+}
+
+double lengthInVoxels(const Property<double>& length, LengthUnit unit, const ImageModel& image, Components axis) {
+    const double value = length.get();
+    if (unit == LengthUnit::VOXEL || value == 0) {
+        return value;
+    }
+    const double spacing = image.getSpacingOf(axis);
+    assertSpacingFor(length, spacing);
     return value / std::fabs(spacing);
 }
 
@@ -72,11 +83,7 @@ RuleLength::~RuleLength() = default;
 void RuleLength::apply(Property<double>& property) {
     RuleAssertFinite<double>().apply(property);
     RuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL).apply(property);
-    const double voxels = m_measure.voxels(property);
-    if (voxels > m_largest) {
-        rules::refuse(rules::parameterText(property) + " must be at most " + rules::valueToText(m_largest) + " voxels.",
-                      "It is " + rules::valueToText(voxels) + " voxels. Reduce the image first.");
-    }
+    assertVoxelsOf(property, m_measure.voxels(property), m_largest);
 }
 
 String RuleLength::describe() const {

@@ -1,5 +1,6 @@
 // The flat operations of planes and volumes: each is an erosion or a dilation, or both in turn.
 
+#include <algorithm>
 #include <optional>
 
 #include <rix/access/Steps.h>
@@ -28,24 +29,12 @@ namespace rix::morphology {
 
 namespace {
 
-/// What a run remembers from before its output is shaped, which may be one of its inputs.
-struct ElementState : algorithms::InputMeaning {
-    std::optional<Element> drawn;  ///< the element of an image
-};
-
-template <class Filter>
-void rememberInputs(Filter& filter) {
-    algorithms::rememberMeaning(filter);
-    algorithms::stateOf<ElementState>(filter).drawn = drawnElement(filter);
-}
-
 /// What an operation takes of its image.
 struct Passes {
     std::optional<Extremum> first;  ///< into a temporary image; none: the image itself
     Extremum last;                  ///< of what the first made
     Difference difference = Difference::None;
-    bool lastOfInput = false;  ///< the last one is taken of the image as well
-    bool lessFirst = false;    ///< the difference is from what the first made, not from the image
+    bool lessFirst = false;  ///< the last one is taken of the image, too, and the difference of both
 };
 
 constexpr auto erosion = Extremum::Minimum;
@@ -65,11 +54,7 @@ Passes passesOf(const Filter& filter) {
             case Filter::EXTERNAL: return {{}, dilation, Difference::ResultLessImage};
             case Filter::BOTH: break;
         }
-        return {.first = erosion,
-                .last = dilation,
-                .difference = Difference::ResultLessImage,
-                .lastOfInput = true,
-                .lessFirst = true};
+        return {erosion, dilation, Difference::ResultLessImage, true};
     } else if constexpr (isOneOf<Filter, Erosion2d, Erosion3d>) {
         return {{}, erosion};
     } else if constexpr (isOneOf<Filter, Dilation2d, Dilation3d>) {
@@ -124,8 +109,7 @@ template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const Passes passes = passesOf(filter);
-    const std::optional<Element>& drawn = algorithms::stateOf<ElementState>(filter).drawn;
-    const Element element = drawn ? *drawn : elementOf(filter, spacingOf(filter));
+    const Element element = elementOfRun(filter, spacingOf(filter));
     const auto take = [&](const ImageModel& from, ImageModel& to, Extremum extremum, Difference difference,
                           const ImageModel* other) {
         const Element around = elementFor(extremum, element);
@@ -139,7 +123,7 @@ void process(Filter& filter, OptimLevelType level) {
             first.emplace(input);
             take(input, first->image(), *passes.first, Difference::None, nullptr);
         }
-        const ImageModel& from = passes.first && !passes.lastOfInput ? first->image() : input;
+        const ImageModel& from = passes.first && !passes.lessFirst ? first->image() : input;
         const ImageModel& other = passes.lessFirst ? first->image() : input;
         const bool readsInput = &from == &input || passes.difference != Difference::None;
         const auto last = [&](ImageModel& target) { take(from, target, passes.last, passes.difference, &other); };
@@ -160,7 +144,7 @@ access::Reach reachOf(const Filter& filter) {
         const access::Reach more = elementFor(*passes.first, element).reach();
         const auto join = [&](access::Reach::Axis& axis, const access::Reach::Axis& other) {
             // One of what the other made, or both of the image.
-            axis = passes.lastOfInput
+            axis = passes.lessFirst
                        ? access::Reach::Axis{std::max(axis.before, other.before), std::max(axis.after, other.after)}
                        : access::Reach::Axis{axis.before + other.before, axis.after + other.after};
         };
@@ -176,10 +160,9 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
     const ImageModel* const output = filter.getOutputImage();
     const Passes passes = passesOf(filter);
-    const Element element = elementOf(filter, spacingOf(filter));
-    const std::size_t threads = filter.getMaximumThreads();
-    std::size_t bytes = std::max(extremaBytes(input, element, takesDifference(filter), threads),
-                                 extremaBytes(input, element.reflected(), takesDifference(filter), threads));
+    // As much for the reflected element.
+    std::size_t bytes =
+        extremaBytes(input, elementOf(filter, spacingOf(filter)), takesDifference(filter), filter.getMaximumThreads());
     if (passes.first) {
         bytes += access::TemporaryImage::bytes(input, input.getVoxelType());
     }
@@ -196,7 +179,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
-        .prepare = &rememberInputs<Filter>,
+        .prepare = &rememberElement<Filter>,
         .influence = &reachOf<Filter>,
         .memory = &memoryOf<Filter>,
     };

@@ -22,15 +22,20 @@ using access::Scratch;
 template <class T, class Out, class Open>
 void run(access::ExecutionContext& context, const Shared<T>& shared, ImageModel& output, const Open& open) {
     const access::Plan plan = planElement(shared.image, shared.element, sizeof(T));
+    const bool isBinary = output.getInterpretation() == RIX_BINARY;
     access::run(context, plan, [&](const Block& block, BlockProgress& progress) {
         BlockExtrema<T> extrema(shared, block);
         auto write = open(block.columns().length());
         const std::size_t count = block.columns().length();
         access::RowWriter<Out> writer(output);
         block.forEachRow([&](const Position& at) {
-            write(access::RowSegment{at, count}, writer.open({at, count}), [&](T* voxels) {
+            Out* const out = writer.open({at, count});
+            write(access::RowSegment{at, count}, out, [&](T* voxels) {
                 extrema.results(at.row - block.rows().begin, at.plane - block.planes().begin, voxels);
             });
+            for (std::size_t i = 0; isBinary && i < count; ++i) {
+                out[i] = out[i] != 0 ? Out{1} : Out{0};  // what sees nothing is the last voxel of the type
+            }
             writer.flush();
             progress.add(count);
         });
@@ -41,18 +46,12 @@ void run(access::ExecutionContext& context, const Shared<T>& shared, ImageModel&
 
 void takeExtrema(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const ElementJob& job,
                  Difference difference, const ImageModel* image, OptimLevelType level) {
-    const bool isBinary = output.getInterpretation() == RIX_BINARY;
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const Shared<T> shared(input, job, level);
         if (difference == Difference::None) {
             run<T, T>(context, shared, output, [&](std::size_t /*count*/) {
-                return [&](const access::RowSegment& segment, T* out, const auto& take) {
-                    take(out);
-                    for (std::size_t i = 0; isBinary && i < segment.count; ++i) {
-                        out[i] = out[i] != 0 ? T{1} : T{0};  // what sees nothing is the last voxel of the type
-                    }
-                };
+                return [](const access::RowSegment& /*segment*/, T* out, const auto& take) { take(out); };
             });
             return;
         }
@@ -65,9 +64,6 @@ void takeExtrema(access::ExecutionContext& context, const ImageModel& input, Ima
                 take(row);
                 const T* const voxels = reader.read(segment);
                 subtract(fromImage ? voxels : row, fromImage ? row : voxels, out, segment.count);
-                for (std::size_t i = 0; isBinary && i < segment.count; ++i) {
-                    out[i] = out[i] != 0 ? 1 : 0;
-                }
             };
         });
     });

@@ -5,7 +5,6 @@
 
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/properties/EnumInfo.h>
-#include <rix/rules/SpacingRules.h>
 #include <rix/rules/ValueRules.h>
 
 namespace rix::morphology {
@@ -53,19 +52,10 @@ public:
         RuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL).apply(property);
         for (std::size_t axis = 0; axis < axesOf<Owner>; ++axis) {
             const auto component = static_cast<Components>(axis);
-            if (m_owner.getLengthUnit() == Owner::WORLD && !rules::isDivisor(m_spacingOf(component))) {
-                rules::refuse(rules::parameterText(property) +
-                                  " is a length in the unit of the image: the image needs spacings that are finite and "
-                                  "not 0.",
-                              "The spacing is " + rules::valueToText(m_spacingOf(component)) +
-                                  ". Set the spacing, or give the length in voxels.");
+            if (m_owner.getLengthUnit() == Owner::WORLD) {
+                algorithms::assertSpacingFor(property, m_spacingOf(component));
             }
-            const double voxels = voxelsOf(m_owner, m_spacingOf, component);
-            if (voxels > largestRadius) {
-                rules::refuse(rules::parameterText(property) + " must be at most " + rules::valueToText(largestRadius) +
-                                  " voxels.",
-                              "It is " + rules::valueToText(voxels) + " voxels. Reduce the image first.");
-            }
+            algorithms::assertVoxelsOf(property, voxelsOf(m_owner, m_spacingOf, component), largestRadius);
         }
     }
     String describe() const override {

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include <rix/algorithms/Definition.h>
+#include <rix/algorithms/InputMeaning.h>
 #include <rix/morphology/ElementFilter.h>
 #include <rix/rules/When.h>
 
@@ -38,5 +39,26 @@ Element elementOf(const ElementOwner3d& owner, const SpacingOf& spacingOf);
 /// The element of an image, where one was chosen and is set; none where the rules would refuse it.
 std::optional<Element> drawnElement(const ElementOwner2d& owner);
 std::optional<Element> drawnElement(const ElementOwner3d& owner);
+
+/// What a run remembers from before its output is shaped, which may be one of its inputs.
+struct ElementState : algorithms::InputMeaning {
+    std::optional<Element> drawn;  ///< the element of an image
+};
+
+/// Its `prepare`.
+template <class Owner>
+void rememberElement(Owner& owner) {
+    algorithms::stateOf<ElementState>(owner).drawn = drawnElement(owner);
+    if constexpr (requires { owner.getInputImage(); }) {
+        algorithms::rememberMeaning(owner);
+    }
+}
+
+/// The element of a run.
+template <class Owner>
+Element elementOfRun(const Owner& owner, const SpacingOf& spacingOf) {
+    const std::optional<Element>& drawn = algorithms::stateOf<ElementState>(owner).drawn;
+    return drawn ? *drawn : elementOf(owner, spacingOf);
+}
 
 }  // namespace rix::morphology

@@ -1,7 +1,6 @@
 // Structuring elements as images.
 
 #include <algorithm>
-#include <optional>
 
 #include <rix/access/Blocks.h>
 #include <rix/access/Rows.h>
@@ -35,22 +34,6 @@ ImageHeader headerOf(const Owner& owner) {
     return header;
 }
 
-/// The element of an image that may be the output, from before that is shaped.
-struct DrawnState : algorithms::AbstractPrivateImplementation {
-    std::optional<Element> drawn;
-};
-
-template <class Owner>
-void prepare(Owner& owner) {
-    algorithms::stateOf<DrawnState>(owner).drawn = drawnElement(owner);
-}
-
-template <class Owner>
-Element elementFor(const Owner& owner) {
-    const std::optional<Element>& drawn = algorithms::stateOf<DrawnState>(owner).drawn;
-    return drawn ? *drawn : elementOf(owner, spacingOf(owner));
-}
-
 template <class Owner>
 void declare(Owner& owner, algorithms::Properties& properties) {
     declareElement(owner, properties);
@@ -59,7 +42,6 @@ void declare(Owner& owner, algorithms::Properties& properties) {
                      AddRuleInRangeVector<double, math::Vector3<double>>(1e-9, 1e9, Bound::Included, Bound::Included));
     addRadiusRule(owner, spacingOf(owner));
     properties.output(owner.outputImage, "The element.", AddRuleAssertNotNull(),
-
                       AddRuleEnforceHeader([&owner] { return headerOf(owner); }, "extents that hold the element"));
 }
 
@@ -67,7 +49,7 @@ template <class Owner>
 void process(Owner& owner, OptimLevelType /*level*/) {
     ImageModel& output = *owner.getOutputImage();
     const auto extents = helper::getExtents(output);
-    const std::vector<Chord> chords = elementFor(owner).chords();
+    const std::vector<Chord> chords = elementOfRun(owner, spacingOf(owner)).chords();
     access::Plan plan(extents, access::JoinedAxes::None);
     auto chord = chords.begin();
     access::run(owner.executionContext(), plan, [&](const access::Block& block, access::BlockProgress& progress) {
@@ -99,7 +81,7 @@ constexpr algorithms::Definition<Owner> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Reduction,  // no part of the image can be made by itself
         .declare = &declare<Owner>,
         .process = &process<Owner>,
-        .prepare = &prepare<Owner>,
+        .prepare = &rememberElement<Owner>,
     };
 }
 
@@ -108,7 +90,7 @@ constexpr auto inVolumes = definitionOf<StructuringElement3d>("Draws a structuri
 
 }  // namespace
 
-RIX_DEFINE_ALGORITHM_ON(ElementOwner2d, StructuringElement2d, DrawnState, inPlanes)
-RIX_DEFINE_ALGORITHM_ON(ElementOwner3d, StructuringElement3d, DrawnState, inVolumes)
+RIX_DEFINE_ALGORITHM_ON(ElementOwner2d, StructuringElement2d, ElementState, inPlanes)
+RIX_DEFINE_ALGORITHM_ON(ElementOwner3d, StructuringElement3d, ElementState, inVolumes)
 
 }  // namespace rix::morphology

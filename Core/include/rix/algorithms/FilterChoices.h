@@ -50,6 +50,12 @@ RIX_EXPORT const EnumInfo& getInfoNeighborhood3DType();
 RIX_EXPORT double lengthInVoxels(const Property<double>& length, LengthUnit unit, const ImageModel& image,
                                  Components axis);
 
+/// For lengths with rules of their own: the checks of `RuleLength`.
+/// @throws RuleException, which names the property of the length, when the spacing is 0 or not finite
+RIX_EXPORT void assertSpacingFor(const Property<double>& length, double spacing);
+/// @throws RuleException, which names the property of the length, when it has more voxels than the largest
+RIX_EXPORT void assertVoxelsOf(const Property<double>& length, double voxels, double largest);
+
 /// A length along an axis of an image: finite, not negative, at most so many voxels, and with a spacing to divide it by
 /// when the unit is `WORLD`. The rule follows those of the image.
 class RIX_EXPORT RuleLength : public Rules<Property<double>> {
