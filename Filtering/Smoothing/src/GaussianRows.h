@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <tuple>
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/Rows.h>
@@ -28,18 +29,22 @@ GaussianJob roundJobOf(const Filter& filter, bool isVolume) {
 
 inline constexpr double nanosecondsPerCombination = 1.0;
 
-/// Calls `row(in, between, out, count)` for every piece of a row: of an image, of what was made of it, and of the
-/// output, which may be the very input.
-template <class In, class Between, class Out, class RowFunction>
-void combineRows(access::ExecutionContext& context, const ImageModel& input, const ImageModel& between,
-                 ImageModel& output, const RowFunction& row) {
-    const access::Plan plan = access::cutLines({&input, &between, &output}, nanosecondsPerCombination);
+/// An image that is read as `In`.
+template <class In>
+struct ReadAs {
+    const ImageModel& image;
+};
+
+/// Calls `row(in..., out, count)` for every piece of a row of some images and of the output, which may be one of them.
+template <class Out, class RowFunction, class... In>
+void combineRows(access::ExecutionContext& context, ImageModel& output, const RowFunction& row,
+                 const ReadAs<In>&... inputs) {
+    const access::Plan plan = access::cutLines({&inputs.image..., &output}, nanosecondsPerCombination);
     access::run(context, plan, [&](const access::Block& block) {
-        access::RowReader<In> in(input, plan);
-        access::RowReader<Between> made(between, plan);
+        std::tuple<access::RowReader<In>...> readers(access::RowReader<In>(inputs.image, plan)...);
         access::RowWriter<Out> out(output, plan);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-            row(in.read(segment), made.read(segment), out.open(segment), segment.count);
+            std::apply([&](auto&... in) { row(in.read(segment)..., out.open(segment), segment.count); }, readers);
             out.flush();
         });
     });

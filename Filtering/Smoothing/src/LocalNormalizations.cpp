@@ -56,27 +56,18 @@ void declare(Filter& filter, algorithms::Properties& properties) {
 template <class Out>
 void normalize(access::ExecutionContext& context, const ImageModel& input, const ImageModel& means,
                const ImageModel& squares, ImageModel& output) {
-    const access::Plan plan = access::cutLines({&input, &means, &squares, &output}, nanosecondsPerCombination);
-    access::run(context, plan, [&](const access::Block& block) {
-        access::RowReader<double> in(input, plan);
-        access::RowReader<double> meanRows(means, plan);
-        access::RowReader<double> squareRows(squares, plan);
-        access::RowWriter<Out> out(output, plan);
-        plan.forEachSegment(block, [&](const access::RowSegment& segment) {
-            const double* const values = in.read(segment);
-            const double* const mean = meanRows.read(segment);
-            const double* const square = squareRows.read(segment);
-            Out* const results = out.open(segment);
-            for (std::size_t x = 0; x < segment.count; ++x) {
+    combineRows<Out>(
+        context, output,
+        [](const double* values, const double* mean, const double* square, Out* results, std::size_t count) {
+            for (std::size_t x = 0; x < count; ++x) {
                 const double variance = square[x] - mean[x] * mean[x];
                 const double deviation = std::sqrt(variance > 0.0 ? variance : 0.0);
                 const double quotient = (values[x] - mean[x]) / deviation;
                 // NaN stays: only a comparison that holds makes a 0.
                 results[x] = static_cast<Out>(variance <= leastVariance * square[x] ? 0.0 : quotient);
             }
-            out.flush();
-        });
-    });
+        },
+        ReadAs<double>{input}, ReadAs<double>{means}, ReadAs<double>{squares});
 }
 
 template <class Filter>

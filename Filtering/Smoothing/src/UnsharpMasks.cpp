@@ -52,15 +52,16 @@ void process(Filter& filter, OptimLevelType level) {
                          [&](auto tagT, auto tagOut) {
                              using T = typename decltype(tagT)::type;
                              using Out = typename decltype(tagOut)::type;
-                             combineRows<T, T, Out>(
-                                 context, input, smooth.image(), output,
+                             combineRows<Out>(
+                                 context, output,
                                  [amount](const T* in, const T* mean, Out* out, std::size_t count) {
                                      for (std::size_t x = 0; x < count; ++x) {
                                          const double value = in[x];
                                          out[x] = access::roundedSample<Out>(
                                              value + amount * (value - static_cast<double>(mean[x])));
                                      }
-                                 });
+                                 },
+                                 ReadAs<T>{input}, ReadAs<T>{smooth.image()});
                          });
     });
 }
