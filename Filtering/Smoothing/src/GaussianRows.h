@@ -50,14 +50,17 @@ void combineRows(access::ExecutionContext& context, ImageModel& output, const Ro
     });
 }
 
-/// What readers of the rows of an input hold, where they convert them. @param workBytes of a sample that they give
+/// What readers of the rows of an input hold, where they convert them. The images beside it may cut it into more and
+/// shorter pieces than it alone would be, never into longer ones.
 inline std::size_t convertedRowBytes(const ImageModel& input, VoxelTypes workType, std::size_t threads) {
     if (input.getVoxelType() == workType && input.getInterpretation() != RIX_BINARY) {
         return 0;
     }
     const access::Plan plan = access::cutLines({&input}, nanosecondsPerCombination);
-    const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
-    return atOnce * access::Scratch::held(plan.largestPart(COLUMNS) * helper::getSizeOf(workType));
+    const std::size_t workBytes = helper::getSizeOf(workType);
+    const std::size_t atOnce = plan.isSmall() ? 1 : threads;
+    return std::min(atOnce * access::Scratch::held(plan.largestPart(COLUMNS) * workBytes),
+                    plan.voxelCount() * workBytes + atOnce * access::Scratch::granularity);
 }
 
 }  // namespace rix::filtering::smoothing
