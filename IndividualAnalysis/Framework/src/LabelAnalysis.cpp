@@ -80,7 +80,10 @@ void declare(LabelAnalysis& analysis, algorithms::Properties& properties) {
                      "The labels of the objects; 0 is background. In an image of several planes a label is one body in "
                      "space, also where each plane was labelled by itself (then a note says so).",
                      AddRulesForImageOf({RIX_UINT8, RIX_UINT16, RIX_UINT32}),
-                     AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused));
+                     AddRuleWhen(
+                         "unless each channel is a run of its own",
+                         [&analysis] { return !analysis.isIterationOnSpectralAxisEnabled(); },
+                         AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused)));
     analysis.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
     properties.input(analysis.inputIntensityImage, "The grey values of the objects, when they are measured.",
                      AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),

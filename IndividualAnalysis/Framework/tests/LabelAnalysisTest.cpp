@@ -210,6 +210,21 @@ TEST(LabelAnalysis, IterationOverChannelsNamesTheChannelOfEachRow) {
     EXPECT_THAT(column(table, "Mean"), ElementsAre(10, 20, 60, 70, 110, 120, 160, 170));
 }
 
+TEST(LabelAnalysis, TakesLabelsOfSeveralChannelsOnlyOneByOne) {
+    const io::MemoryImage labels =
+        makeImage({.extents = {4, 1, 1, 1, 2}},
+                  [](std::size_t x, std::size_t, std::size_t, std::size_t, std::size_t s) { return x >= 2 * s; });
+    LabelAnalysis algorithm;
+    algorithm.setInputLabelImage(&labels);
+    algorithm.setMeasures("PixelCount");
+    EXPECT_THAT([&] { algorithm.run(); }, testing::ThrowsMessage<RuleException>(HasSubstr("multispectral")));
+    algorithm.enableIterationOnSpectralAxis(true);
+    algorithm.run();
+    const vessel::DataFrame table = algorithm.getOutputMeasurement()->toDataFrame();
+    EXPECT_THAT(column(table, "Channel"), ElementsAre(0, 1));
+    EXPECT_THAT(column(table, "PixelCount"), ElementsAre(4, 2));
+}
+
 TEST(LabelAnalysis, MeasuresEachChannel) {
     const io::MemoryImage labels = makeImage({.extents = {3, 1, 1, 1, 1}}, [](std::size_t x, auto...) { return x; });
     const io::MemoryImage grey =
