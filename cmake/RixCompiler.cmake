@@ -124,10 +124,10 @@ function(rix_run_fast)
 endfunction()
 
 # rix_compile_together(TARGET FILE...)
-# Under the sanitizers these files of the target are compiled as one: they share headers that take longer than what the
-# files say themselves. Everywhere else each is compiled alone, and has to include what it uses.
+# These files of the target are compiled as one: they share headers that take longer than what the files say themselves.
+# With clang, which the checks compile everything with, each is compiled alone, and has to include what it uses.
 function(rix_compile_together target)
-  if(RIX_SANITIZE)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     set_source_files_properties(${ARGN} PROPERTIES UNITY_GROUP together)
   endif()

@@ -28,9 +28,11 @@ const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}, {37, 2
 
 /// One of each kind of shape, in growing order: the first whose work is cut is taken.
 std::vector<Extents> largeExtents(const Extents& small) {
-    constexpr std::ptrdiff_t steps = sanitized ? 2 : 3;
-    const Extents planar[] = {{401, 301, 1, 1, 1}, {1201, 1001, 1, 1, 1}, {2401, 2003, 1, 1, 1}};
-    const Extents spatial[] = {{201, 101, 6, 1, 1}, {601, 401, 5, 1, 1}, {1201, 801, 5, 1, 1}};
+    constexpr std::ptrdiff_t steps = sanitized ? 3 : 5;
+    const Extents planar[] = {
+        {401, 301, 1, 1, 1}, {801, 501, 1, 1, 1}, {1201, 1001, 1, 1, 1}, {1601, 1203, 1, 1, 1}, {2401, 2003, 1, 1, 1}};
+    const Extents spatial[] = {
+        {201, 101, 6, 1, 1}, {401, 301, 5, 1, 1}, {601, 401, 5, 1, 1}, {801, 601, 5, 1, 1}, {1201, 801, 5, 1, 1}};
     const auto* const sizes = small[PLANS] == 1 ? planar : spatial;
     std::vector<Extents> large(sizes, sizes + steps);
     for (Extents& extents : large) {

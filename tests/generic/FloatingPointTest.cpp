@@ -51,13 +51,11 @@ TEST_P(FloatingPoint, OfTheHostDoesNotReachTheResult) {
         }
         const Results expected = subject->results();
         for (const FloatingPointState& state : floatingPointStates()) {
-            for (const int threads : {1, 3}) {
+            runAndCompare(*subject, state, 1, expected);  // in the thread of this state
+            if (!sanitized) {
                 finish();  // ends the idle workers: the next ones are started in this state
-                runAndCompare(*subject, state, threads, expected);
-                if (sanitized) {
-                    break;
-                }
-                runAndCompare(*subject, {"default"}, threads, expected);
+                runAndCompare(*subject, state, 3, expected);
+                runAndCompare(*subject, {"default"}, 3, expected);  // by those very workers
             }
         }
     }

@@ -98,11 +98,14 @@ TEST_P(SameResult, ForEveryTypeAndEveryChoice) {
 }
 
 /// What is left of a row behind the last whole vector is of every length, and rows begin at any address.
+/// The example itself has all widths, its variants each every third, so that three of them have all.
 TEST_P(SameResult, AtEveryWidth) {
+    std::size_t first = 1;
+    std::size_t step = 1;
     for (const Example& variant : variantsOf(example())) {
         Extents extents = variant.extents();
         extents[ROWS] = 3;
-        for (extents[COLUMNS] = 1; extents[COLUMNS] <= 70; extents[COLUMNS] += sanitized ? 9 : 1) {
+        for (extents[COLUMNS] = first; extents[COLUMNS] <= 70; extents[COLUMNS] += sanitized ? 9 : step) {
             const Example narrow = variant.withExtents(extents);
             if (!isAccepted(narrow)) {
                 continue;
@@ -119,6 +122,8 @@ TEST_P(SameResult, AtEveryWidth) {
                 return;
             }
         }
+        first = first % 3 + 1;
+        step = 3;
     }
 }
 

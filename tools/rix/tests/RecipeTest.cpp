@@ -183,10 +183,11 @@ TEST_F(RecipeTest, WritesWhatAnImageWasAtTheStep) {
 }
 
 TEST_F(RecipeTest, PassesTablesInMemoryAndWritesThem) {
-    const std::string measure = R"({"run": "LabelAnalysis", "with": {"inputLabelImage": "in.png", "measures": "Area",)"
-                                R"( "outputMeasurement": "%"}})";
+    const std::string labelAnalysis =
+        R"({"run": "LabelAnalysis", "with": {"inputLabelImage": "in.png", "measures": "Area",)"
+        R"( "outputMeasurement": "%"}})";
     const auto into = [&](const std::string& target) {
-        return std::string(measure).replace(measure.find('%'), 1, target);
+        return std::string(labelAnalysis).replace(labelAnalysis.find('%'), 1, target);
     };
     write("table.json", recipeOf(into("direct.csv") + ", " + into("@sizes") +
                                  R"(, {"write": "@sizes", "to": "a.csv"}, {"write": "@sizes", "to": "a.json"})"));
