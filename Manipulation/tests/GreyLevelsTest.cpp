@@ -49,21 +49,21 @@ TEST(Invert, IsTheRestToTheLargestValueOrTheNegative) {
 }
 
 TEST(ClampIntensity, KeepsWhatIsWithinAndRoundsItsBounds) {
-    struct Range {
+    struct Bounds {
         double minimum, maximum;
     };
     const double infinity = std::numeric_limits<double>::infinity();
     for (const VoxelTypes type : realTypes) {
         const io::MemoryImage image = extremeImage(type);
-        for (const Range& range : {Range{-3, 100}, {0.5, 2.5}, {-1e300, 1e300}, {7, 7}, {-infinity, 40000.7}}) {
+        for (const Bounds& bounds : {Bounds{-3, 100}, {0.5, 2.5}, {-1e300, 1e300}, {7, 7}, {-infinity, 40000.7}}) {
             ClampIntensity algorithm;
-            algorithm.setMinimum(range.minimum);
-            algorithm.setMaximum(range.maximum);
+            algorithm.setMinimum(bounds.minimum);
+            algorithm.setMaximum(bounds.maximum);
             io::MemoryImage expected;
             access::dispatch(access::Reals{}, type, [&](auto tag) {
                 using T = typename decltype(tag)::type;
-                const Real low = sampleOf<T>(range.minimum);
-                const Real high = sampleOf<T>(range.maximum);
+                const Real low = sampleOf<T>(bounds.minimum);
+                const Real high = sampleOf<T>(bounds.maximum);
                 expected = mapped(image, type, [&](Real v) { return v < low ? low : v > high ? high : v; });
             });
             expectMapped(algorithm, image, expected);

@@ -15,13 +15,13 @@ Real signOf(Real v) {
     return v > 0 ? 1 : v < 0 ? -1 : v;
 }
 
-struct Case {
+struct FunctionCase {
     UnaryFunction::Function function;
     Real (*value)(Real);
     double unitsOfDouble;  ///< that the results may be off; 0.5 is correct rounding
 };
 
-const Case cases[] = {
+const FunctionCase functionCases[] = {
     {UnaryFunction::ABSOLUTE, [](Real v) { return std::abs(v); }, 0.5},
     {UnaryFunction::SQUARE_ROOT, [](Real v) { return std::sqrt(v); }, 0.51},
     {UnaryFunction::EXPONENTIAL, [](Real v) { return std::exp(v); }, 2},
@@ -108,7 +108,7 @@ std::vector<T> hardValues() {
 }
 
 template <class T>
-void expectWithinUnits(const std::vector<T>& values, const Case& each, double units) {
+void expectWithinUnits(const std::vector<T>& values, const FunctionCase& each, double units) {
     std::vector<T> reference;
     for (const OptimLevelType level : rix::test::runnableLevels()) {
         std::vector<T> results(values.size());
@@ -139,7 +139,7 @@ void expectWithinUnits(const std::vector<T>& values, const Case& each, double un
 TEST(UnaryFunction, IsWithinItsErrorAndTheSameOnEveryLevel) {
     const std::vector<float> floats = hardValues<float>();
     const std::vector<double> doubles = hardValues<double>();
-    for (const Case& each : cases) {
+    for (const FunctionCase& each : functionCases) {
         SCOPED_TRACE(UnaryFunction::getInfoFunction().getLabelFromValue(each.function));
         expectWithinUnits(floats, each, each.unitsOfDouble > 1 ? 1.0 : each.unitsOfDouble);
         expectWithinUnits(doubles, each, each.unitsOfDouble);
@@ -180,7 +180,7 @@ TEST(UnaryFunction, KeepsIntegerTypesWhereResultsAreIntegers) {
     for (const VoxelTypes type : realTypes) {
         const bool throughTable = type == RIX_UINT16;
         const io::MemoryImage image = extremeImage(type, {throughTable ? 60000U : 331U, 7, 1, 1, 1});
-        for (const Case& each : cases) {
+        for (const FunctionCase& each : functionCases) {
             const bool keeps = each.unitsOfDouble == 0.5;
             const VoxelTypes output = keeps || type == RIX_FLOAT64 ? type : RIX_FLOAT32;
             UnaryFunction algorithm;

@@ -8,21 +8,21 @@
 namespace rix::point_operations::test {
 namespace {
 
-using OfImages = LogicalOperationWithImage;
-using OfValue = LogicalOperationWithValue;
-using Op = LogicalOperators::LogicalOperatorType;
+using BitsOfImages = LogicalOperationWithImage;
+using BitsOfValue = LogicalOperationWithValue;
+using BitOp = LogicalOperators::LogicalOperatorType;
 
 /// The result bit for the bits (a, b) = 00, 01, 10, 11.
 struct Table {
-    Op op;
+    BitOp op;
     bool bits[4];
 };
 
 constexpr Table tables[] = {
-    {OfImages::AND, {false, false, false, true}},      {OfImages::OR, {false, true, true, true}},
-    {OfImages::XOR, {false, true, true, false}},       {OfImages::NAND, {true, true, true, false}},
-    {OfImages::NOR, {true, false, false, false}},      {OfImages::NXOR, {true, false, false, true}},
-    {OfImages::SUBTRACT, {false, false, true, false}},
+    {BitsOfImages::AND, {false, false, false, true}},      {BitsOfImages::OR, {false, true, true, true}},
+    {BitsOfImages::XOR, {false, true, true, false}},       {BitsOfImages::NAND, {true, true, true, false}},
+    {BitsOfImages::NOR, {true, false, false, false}},      {BitsOfImages::NXOR, {true, false, false, true}},
+    {BitsOfImages::SUBTRACT, {false, false, true, false}},
 };
 
 template <class T>
@@ -62,8 +62,9 @@ io::MemoryImage reference(const ImageModel& first, const ImageModel* second, lon
     return result;
 }
 
-void combine(const ImageModel& first, const ImageModel& second, Op op, ImageModel& output, const Kernels& kernels) {
-    OfImages algorithm;
+void combineBits(const ImageModel& first, const ImageModel& second, BitOp op, ImageModel& output,
+                 const Kernels& kernels) {
+    BitsOfImages algorithm;
     algorithm.setInputImage1(&first);
     algorithm.setInputImage2(&second);
     algorithm.setLogicalOperator(op);
@@ -71,8 +72,8 @@ void combine(const ImageModel& first, const ImageModel& second, Op op, ImageMode
     runOn(algorithm, kernels);
 }
 
-void combine(const ImageModel& image, long value, Op op, ImageModel& output, const Kernels& kernels) {
-    OfValue algorithm;
+void combineBits(const ImageModel& image, long value, BitOp op, ImageModel& output, const Kernels& kernels) {
+    BitsOfValue algorithm;
     algorithm.setInputImage(&image);
     algorithm.setValue(value);
     algorithm.setLogicalOperator(op);
@@ -96,10 +97,10 @@ TEST(LogicalOperations, FollowTheTruthTablesForEveryTypeInterpretationAndLevel) 
                     SCOPED_TRACE(testing::Message()
                                  << helper::voxelTypesToString(type) << ' ' << table.op << ", " << kernels);
                     io::MemoryImage output;
-                    combine(first, second, table.op, output, kernels);
+                    combineBits(first, second, table.op, output, kernels);
                     ASSERT_TRUE(imagesEqual(expected, output));
                     for (const long value : {0L, 1L, 6L, -1L, 0x123456789abcL, std::numeric_limits<long>::min()}) {
-                        combine(first, value, table.op, output, kernels);
+                        combineBits(first, value, table.op, output, kernels);
                         ASSERT_TRUE(imagesEqual(reference(first, nullptr, value, table), output)) << "value " << value;
                     }
                 }

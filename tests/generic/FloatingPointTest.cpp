@@ -42,6 +42,9 @@ protected:
 };
 
 TEST_P(FloatingPoint, OfTheHostDoesNotReachTheResult) {
+    if (sanitized) {
+        GTEST_SKIP() << "A state reaches results in the code that is shipped, if anywhere.";
+    }
     const Example large = largeExample(example());
     for (const Example& typed : {large, large.withVoxelType(RIX_FLOAT32), large.withVoxelType(RIX_FLOAT64)}) {
         const InputImages images = sensitiveInputs(typed);
@@ -52,11 +55,9 @@ TEST_P(FloatingPoint, OfTheHostDoesNotReachTheResult) {
         const Results expected = subject->results();
         for (const FloatingPointState& state : floatingPointStates()) {
             runAndCompare(*subject, state, 1, expected);  // in the thread of this state
-            if (!sanitized) {
-                finish();  // ends the idle workers: the next ones are started in this state
-                runAndCompare(*subject, state, 3, expected);
-                runAndCompare(*subject, {"default"}, 3, expected);  // by those very workers
-            }
+            finish();  // ends the idle workers: the next ones are started in this state
+            runAndCompare(*subject, state, 3, expected);
+            runAndCompare(*subject, {"default"}, 3, expected);  // by those very workers
         }
     }
 }

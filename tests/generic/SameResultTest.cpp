@@ -63,7 +63,10 @@ TEST_P(SameResult, AtEveryLevelWithEveryNumberOfThreadsInEveryStorage) {
     int ran = 0;
     for (const Storage storage : allStorages) {
         for (const int threads : {1, 2, 3, 7}) {
-            if ((sanitized || storage != Storage::Memory) && threads != 1 && threads != 3) {
+            const bool isTaken = sanitized                    ? threads == (storage == Storage::Memory ? 3 : 1)
+                                 : storage != Storage::Memory ? threads == 1 || threads == 3
+                                                              : true;
+            if (!isTaken) {
                 continue;
             }
             const auto subject = makeStored(large, images, expected, storage);
@@ -77,7 +80,7 @@ TEST_P(SameResult, AtEveryLevelWithEveryNumberOfThreadsInEveryStorage) {
             }
         }
     }
-    EXPECT_GE(ran, sanitized ? 6 : 12) << "hardly anything was compared";
+    EXPECT_GE(ran, sanitized ? 3 : 12) << "hardly anything was compared";
 }
 
 TEST_P(SameResult, ForEveryTypeAndEveryChoice) {

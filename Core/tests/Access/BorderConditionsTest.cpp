@@ -11,10 +11,10 @@ namespace {
 using test::CopyOnly;
 using test::Extents;
 using test::sameSample;
-using Position = std::array<std::int64_t, 5>;
+using AnyPosition = std::array<std::int64_t, 5>;
 
 /// The element inside the image that a position reads; none for one that reads a fixed value.
-using Reference = std::function<std::optional<Position>(Position, const Position& extents)>;
+using Reference = std::function<std::optional<AnyPosition>(AnyPosition, const AnyPosition& extents)>;
 
 std::int64_t referenceMirror(std::int64_t c, std::int64_t n) {
     while (c < 0 || c >= n) {
@@ -23,21 +23,21 @@ std::int64_t referenceMirror(std::int64_t c, std::int64_t n) {
     return c;
 }
 
-std::optional<Position> mirrorReference(Position p, const Position& n) {
+std::optional<AnyPosition> mirrorReference(AnyPosition p, const AnyPosition& n) {
     for (std::size_t i = 0; i < p.size(); ++i) {
         p[i] = referenceMirror(p[i], n[i]);
     }
     return p;
 }
 
-std::optional<Position> continueReference(Position p, const Position& n) {
+std::optional<AnyPosition> continueReference(AnyPosition p, const AnyPosition& n) {
     for (std::size_t i = 0; i < p.size(); ++i) {
         p[i] = p[i] < 0 ? 0 : p[i] >= n[i] ? n[i] - 1 : p[i];
     }
     return p;
 }
 
-std::optional<Position> fixedReference(Position p, const Position& n) {
+std::optional<AnyPosition> fixedReference(AnyPosition p, const AnyPosition& n) {
     for (std::size_t i = 0; i < p.size(); ++i) {
         if (p[i] < 0 || p[i] >= n[i]) {
             return std::nullopt;
@@ -48,11 +48,11 @@ std::optional<Position> fixedReference(Position p, const Position& n) {
 
 /// Reflects a point in the plane across the line through the nearest point of the outline, in coordinates in which an
 /// element is a square of side 1 around its index.
-std::optional<Position> directionalReference(double angle, Position p, const Position& n) {
+std::optional<AnyPosition> directionalReference(double angle, AnyPosition p, const AnyPosition& n) {
     const std::array<double, 2> direction = {std::cos(angle), std::sin(angle)};
     std::array<double, 2> outline{};
     std::array<double, 2> away{};
-    Position edge = p;
+    AnyPosition edge = p;
     bool isOutside = false;
     for (std::size_t i = 0; i < 2; ++i) {
         const double place = static_cast<double>(p[i]);
@@ -82,8 +82,8 @@ class Borders : public testing::Test {
 protected:
     static constexpr VoxelTypes type = voxelTypeOf<T>;
 
-    static Position extentsOf(const ImageModel& image) {
-        Position n{};
+    static AnyPosition extentsOf(const ImageModel& image) {
+        AnyPosition n{};
         for (std::size_t i = 0; i < n.size(); ++i) {
             n[i] = static_cast<std::int64_t>(image.getNumOf(static_cast<Components>(i)));
         }
@@ -94,7 +94,7 @@ protected:
     /// to `width` beyond, at `outer` places of the other axes.
     static void compare(const io::MemoryImage& image, const BorderCondition<T>& border, const Reference& reference,
                         T fixed, std::int64_t width) {
-        const Position n = extentsOf(image);
+        const AnyPosition n = extentsOf(image);
         const std::size_t samples = helper::getElementNumber(image.getElementType());
         const T* const stored = reinterpret_cast<const T*>(image.getImageBuffer());
         const auto length = static_cast<std::size_t>(n[0] + 2 * width);
@@ -113,7 +113,7 @@ protected:
                     for (std::size_t k = 0; k < samples; ++k) {
                         expected[i * samples + k] = fixed;
                         if (source) {
-                            const Position& p = *source;
+                            const AnyPosition& p = *source;
                             const std::int64_t element =
                                 (((p[4] * n[3] + p[3]) * n[2] + p[2]) * n[1] + p[1]) * n[0] + p[0];
                             expected[i * samples + k] = stored[static_cast<std::size_t>(element) * samples + k];
@@ -170,7 +170,7 @@ TYPED_TEST(Borders, ReflectAcrossALineAtAnAngle) {
     for (const double angle : {0.0, pi / 2, -pi, pi / 4, 3 * pi / 4, pi / 6, 1.0, -2.3, 100.0}) {
         SCOPED_TRACE(angle);
         const auto border = DirectionalMirrorBorderCondition<T>::New(angle);
-        const Reference reference = [angle](Position p, const Position& n) {
+        const Reference reference = [angle](AnyPosition p, const AnyPosition& n) {
             return directionalReference(angle, p, n);
         };
         for (const test::ImageTraits& traits : std::initializer_list<test::ImageTraits>{
@@ -235,7 +235,7 @@ TEST(Border, AnswersAtTheEndsOfTheRange) {
     for (const auto& policy : extendingPolicies()) {
         for (const std::int64_t c : {lowest, lowest + 1, std::int64_t{1} << 60, highest - 2}) {
             for (std::size_t axis = 0; axis < 5; ++axis) {
-                Position p{0, 0, 0, 0, 0};
+                AnyPosition p{0, 0, 0, 0, 0};
                 p[axis] = c;
                 std::array<float, 2> read{};
                 policy->getData(image, read.data(), read.data() + 2, p[0], p[1], p[2], p[3], p[4]);
@@ -302,7 +302,7 @@ TEST(NoBorder, ReadsInsideAndNowhereElse) {
     const float* const last = reinterpret_cast<const float*>(image.getImageBuffer()) + 6 * 4 * 2 * 2 * 2 - 6;
     EXPECT_EQ(read, std::vector<float>(last, last + 6));
     for (const auto& [axis, place] : {std::pair{0U, 1}, {0U, -1}, {1U, 4}, {1U, -1}, {2U, 2}, {3U, -1}, {4U, 2}}) {
-        Position p{};
+        AnyPosition p{};
         p[axis] = place;
         const auto readIt = [&] { border->getData(image, read.data(), read.data() + 6, p[0], p[1], p[2], p[3], p[4]); };
 #ifdef NDEBUG

@@ -36,7 +36,7 @@ TEST(Children, TakeTheirPartOfTheProgressAndTheLevelOfTheirParent) {
 
 /// What the parent's run says of a child that is known by name.
 template <class SetUp>
-String failureOf(const String& className, const SetUp& setUp) {
+String failureOfChild(const String& className, const SetUp& setUp) {
     ScriptedAlgorithm parent([&](BaseAlgorithm& self) { algorithms::runChild(self, className, setUp); });
     const auto failure = rix::test::failureOf<InvalidCall>([&] { parent.run(); });
     return failure ? failure->getInfo(false) : String();
@@ -58,12 +58,13 @@ TEST(Children, AreFoundByNameAndSetByName) {
     });
     parent.run();
     EXPECT_EQ(parent.getLastRunLevel(), SCALAR);
-    EXPECT_THAT(failureOf("ForChildrenTest", [](BaseAlgorithm& made) { algorithms::propertyOf(made, "count"); }),
+    EXPECT_THAT(failureOfChild("ForChildrenTest", [](BaseAlgorithm& made) { algorithms::propertyOf(made, "count"); }),
                 HasSubstr("has no property named count"));
-    EXPECT_THAT(failureOf("ForChildrenTest", [](BaseAlgorithm& made) { algorithms::propertyOf<int>(made, "number"); }),
-                HasSubstr("The property number holds values of the type number, not integer."));
+    EXPECT_THAT(
+        failureOfChild("ForChildrenTest", [](BaseAlgorithm& made) { algorithms::propertyOf<int>(made, "number"); }),
+        HasSubstr("The property number holds values of the type number, not integer."));
     AlgoInfo::unregisterClass(info);
-    EXPECT_THAT(failureOf("ForChildrenTest", [](BaseAlgorithm&) {}),
+    EXPECT_THAT(failureOfChild("ForChildrenTest", [](BaseAlgorithm&) {}),
                 HasSubstr("ScriptedAlgorithm needs the algorithm ForChildrenTest"));
 }
 

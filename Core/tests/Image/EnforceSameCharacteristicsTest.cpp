@@ -8,7 +8,7 @@ namespace {
 
 using test::RecordingImage;
 
-void shape(RecordingImage& image, ElementTypes elementType, VoxelTypes voxelType, const test::Extents& e) {
+void setShape(RecordingImage& image, ElementTypes elementType, VoxelTypes voxelType, const test::Extents& e) {
     ASSERT_TRUE(image.io::MemoryImage::reserve(elementType, voxelType, e[0], e[1], e[2], e[3], e[4]));
     image.m_calls.clear();
 }
@@ -85,7 +85,7 @@ TEST(EnforceSameCharacteristics, SizeAndTypeAlone) {
     };
     for (const Case& c : cases) {
         RecordingImage image;
-        shape(image, c.elementType, c.voxelType, c.extents);
+        setShape(image, c.elementType, c.voxelType, c.extents);
         image.enforceSameCharacteristics(&reference, c.characteristics);
         EXPECT_EQ(image.m_calls, c.calls) << c.characteristics;
         EXPECT_EQ(helper::describeImage(image), c.result);
@@ -99,7 +99,7 @@ TEST(EnforceSameCharacteristics, StopsAtWhatTheImageRefuses) {
     calls.insert(calls.end(), calibrationCalls.begin(), calibrationCalls.end());
     for (const String& refused : calls) {
         RecordingImage image;
-        shape(image, SINGLE, RIX_UINT8, {2, 2, 1, 1, 1});
+        setShape(image, SINGLE, RIX_UINT8, {2, 2, 1, 1, 1});
         image.m_refused = {refused};
         EXPECT_THROW(image.enforceSameCharacteristics(&reference, ALL_CHARACTERISTICS), RuleException) << refused;
         EXPECT_EQ(image.m_calls.back(), refused);
@@ -124,7 +124,7 @@ TEST(EnforceSameCharacteristics, NanDiffersFromEverything) {
 
 TEST(EnforceSameCharacteristics, AnImageAlwaysMatchesItself) {
     RecordingImage image;
-    shape(image, VECTOR_2, RIX_FLOAT32, {7, 6, 1, 1, 1});
+    setShape(image, VECTOR_2, RIX_FLOAT32, {7, 6, 1, 1, 1});
     image.setSpacingOf(ROWS, std::numeric_limits<double>::quiet_NaN());
     image.m_calls.clear();
     image.enforceSameCharacteristics(&image, ALL_CHARACTERISTICS);

@@ -14,7 +14,7 @@ using test::huge;
 using test::makeCounted;
 using test::readRow;
 
-const Extents shape{5, 4, 3, 2, 3};
+const Extents whole{5, 4, 3, 2, 3};
 
 /// Reads and writes every element of `view` through all four operations and compares with the real image.
 void checkAgainst(MemoryImage& real, ImageModel& view, const Extents& extents, const Extents& first) {
@@ -24,7 +24,7 @@ void checkAgainst(MemoryImage& real, ImageModel& view, const Extents& extents, c
         for (std::size_t i = 0; i < 5; ++i) {
             inReal[i] = first[i] + p[i];
         }
-        const std::uint16_t value = countedValue(shape, inReal);
+        const std::uint16_t value = countedValue(whole, inReal);
         ASSERT_EQ(readRow(view, 1, p), std::vector{value});
         RawData row = nullptr;
         ConstRawData constRow = nullptr;
@@ -77,24 +77,24 @@ void checkRefusals(ImageModel& view, const std::vector<BadRow>& cases) {
 const char* const columnText = "( nbElement + firstCols ) <= m_numOfColumns";
 
 TEST(ImageViews, Full2dPresentsEveryPlane) {
-    MemoryImage real = makeCounted(shape);
+    MemoryImage real = makeCounted(whole);
     ImageModelFull2d view(&real, 0, 0, 0);
-    for (std::size_t s = 0; s < shape[4]; ++s) {
+    for (std::size_t s = 0; s < whole[4]; ++s) {
         view.changeCurrentSpectral(s);
-        for (std::size_t t = 0; t < shape[3]; ++t) {
+        for (std::size_t t = 0; t < whole[3]; ++t) {
             view.changeCurrentSequence(t);
-            for (std::size_t z = 0; z < shape[2]; ++z) {
+            for (std::size_t z = 0; z < whole[2]; ++z) {
                 view.changeCurrentPlane(z);
                 checkAgainst(real, view, {5, 4, 1, 1, 1}, {0, 0, z, t, s});
                 EXPECT_EQ(view.firstElement(), (std::vector<std::size_t>{0, 0, z, t, s}));
-                const std::size_t offset = 2U * (countedValue(shape, {0, 0, z, t, s}) - 1U);
+                const std::size_t offset = 2U * (countedValue(whole, {0, 0, z, t, s}) - 1U);
                 EXPECT_EQ(view.getImageBuffer(), real.getImageBuffer() + offset);
                 EXPECT_EQ(std::as_const(view).getImageBuffer(), real.getImageBuffer() + offset);
             }
         }
     }
     const ImageModelFull2d other(static_cast<const ImageModel*>(&real), 2, 1, 1);
-    EXPECT_EQ(readRow(other, 1, {1, 2, 0, 0, 0}), std::vector{countedValue(shape, {1, 2, 2, 1, 1})});
+    EXPECT_EQ(readRow(other, 1, {1, 2, 0, 0, 0}), std::vector{countedValue(whole, {1, 2, 2, 1, 1})});
     checkRefusals(view, {{6, {0, 0, 0, 0, 0}, columnText},
                          {huge, {2, 0, 0, 0, 0}, columnText},
                          {1, {0, 4, 0, 0, 0}, "firstRows < m_numOfRows"},
@@ -104,7 +104,7 @@ TEST(ImageViews, Full2dPresentsEveryPlane) {
 }
 
 TEST(ImageViews, Full3dPresentsEveryVolume) {
-    MemoryImage real = makeCounted(shape);
+    MemoryImage real = makeCounted(whole);
     ImageModelFull3d view(&real, 1, 2);
     checkAgainst(real, view, {5, 4, 3, 1, 1}, {0, 0, 0, 1, 2});
     view.changeCurrentSequence(0);
@@ -121,7 +121,7 @@ TEST(ImageViews, Full3dPresentsEveryVolume) {
 }
 
 TEST(ImageViews, SlabStartsAtItsFirstPlane) {
-    MemoryImage real = makeCounted(shape);
+    MemoryImage real = makeCounted(whole);
     ImageModel3dWithFull2d view(&real, 1, 2, 1, 0);
     checkAgainst(real, view, {5, 4, 2, 1, 1}, {0, 0, 1, 1, 0});
     view.changeCurrentSpectral(2);
@@ -140,7 +140,7 @@ TEST(ImageViews, SlabStartsAtItsFirstPlane) {
 }
 
 TEST(ImageViews, AnIndexEqualToTheExtentFailsAtTheFirstRowOnly) {
-    MemoryImage real = makeCounted(shape);
+    MemoryImage real = makeCounted(whole);
     std::uint8_t buffer[2] = {};
     ImageModelFull2d plane(&real, 3, 2, 3);
     EXPECT_FALSE(plane.readRowAt(1, buffer, 0, 0, 0, 0, 0));
@@ -159,12 +159,12 @@ TEST(ImageViews, AnIndexEqualToTheExtentFailsAtTheFirstRowOnly) {
 }
 
 TEST(ImageViews, ViewsReachThroughAndCannotBeReshaped) {
-    MemoryImage real = makeCounted(shape);
+    MemoryImage real = makeCounted(whole);
     ImageModelFull2d view(&real, 1, 0, 0);
     test::setDistinctCalibration(view);
     EXPECT_TRUE(view.setInterpretation(RIX_LABEL));
     EXPECT_TRUE(view.setColorInterpretation(YIQ));
-    MemoryImage expected = makeCounted(shape);
+    MemoryImage expected = makeCounted(whole);
     test::setDistinctCalibration(expected);
     expected.setInterpretation(RIX_LABEL);
     expected.setColorInterpretation(YIQ);
@@ -174,12 +174,12 @@ TEST(ImageViews, ViewsReachThroughAndCannotBeReshaped) {
     EXPECT_EQ(view.realImageReadOnly(), &real);
     EXPECT_FALSE(view.reserve(RIX_UINT16, 5, 4, 1, 1, 1));
     EXPECT_FALSE(view.reserve(SINGLE, RIX_UINT8, 1, 1, 1, 1, 1));
-    EXPECT_EQ(helper::getExtents(real), shape);
+    EXPECT_EQ(helper::getExtents(real), whole);
 
     // A view of a view, as an iteration inside an iteration makes them.
     ImageModelFull3d volume(&real, 1, 2);
     ImageModelFull2d nested(&volume, 2, 0, 0);
-    EXPECT_EQ(readRow(nested, 1, {4, 3, 0, 0, 0}), std::vector{countedValue(shape, {4, 3, 2, 1, 2})});
+    EXPECT_EQ(readRow(nested, 1, {4, 3, 0, 0, 0}), std::vector{countedValue(whole, {4, 3, 2, 1, 2})});
 
     MemoryImage empty;
     ImageModelFull2d none(&empty, 0, 0, 0);
@@ -187,7 +187,7 @@ TEST(ImageViews, ViewsReachThroughAndCannotBeReshaped) {
 }
 
 TEST(ImageViews, SizeProxyPresentsAnyBox) {
-    MemoryImage real = makeCounted(shape);
+    MemoryImage real = makeCounted(whole);
     ImageModelSizeProxy view(&real, {1, 2, 1, 0, 2}, {3, 2, 2, 2, 1});
     checkAgainst(real, view, {3, 2, 2, 2, 1}, {1, 2, 1, 0, 2});
     EXPECT_EQ(view.firstElement(), (std::vector<std::size_t>{1, 2, 1, 0, 2}));

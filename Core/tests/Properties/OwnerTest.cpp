@@ -9,7 +9,7 @@
 namespace rix {
 namespace {
 
-const EnumInfo& axes() {
+const EnumInfo& choices() {
     static const EnumInfo info("Axes", "NONE = 0, BY_PLANE = 1, BY_CHANEL=2, BY_TIME_STEP=4");
     return info;
 }
@@ -41,8 +41,8 @@ public:
 
     Property<double> number;
     Property<String> text;
-    PropertySingleChoice single{&axes()};
-    PropertyMultipleChoices multiple{&axes()};
+    PropertySingleChoice single{&choices()};
+    PropertyMultipleChoices multiple{&choices()};
     Property<double> result;
     std::vector<BaseProperty*> changed;
 };

@@ -42,7 +42,7 @@ void expectWithinBound(const ImageModel& input, const BoxCase& c, const ImageMod
     }
 }
 
-void expectDefinition(const ImageModel& input, const BoxCase& c) {
+void expectDefinitionOfReals(const ImageModel& input, const BoxCase& c) {
     static Sampling sampling(5);
     if (!sampling.takesNext()) {
         return;
@@ -75,8 +75,8 @@ TEST(BoxFilterOfReals, EqualsTheDefinitionForEverySizeAndLevel) {
             const io::MemoryImage volumes = makeRandomImage(volume, 6, Extremes::None);
             for (const auto& size : sizes) {
                 for (const Result result : {Result::Sum, Result::Mean}) {
-                    expectDefinition(planes, {size, result, Dimension::Two});
-                    expectDefinition(volumes, {size, result, Dimension::Three});
+                    expectDefinitionOfReals(planes, {size, result, Dimension::Two});
+                    expectDefinitionOfReals(volumes, {size, result, Dimension::Three});
                 }
             }
         }
@@ -89,8 +89,8 @@ TEST(BoxFilterOfReals, HandlesEveryWidthUpToSeveralVectors) {
             const io::MemoryImage input =
                 makeRandomImage({.voxelType = type, .extents = {width, 3, 1, 1, 1}}, width, Extremes::None);
             for (const std::size_t k : {1U, 3U, 7U, 8U, 9U, 16U, 17U, 90U}) {
-                expectDefinition(input, {{k, 3, 1}, Result::Mean, Dimension::Two});
-                expectDefinition(input, {{3, k, k}, Result::Sum, Dimension::Three});
+                expectDefinitionOfReals(input, {{k, 3, 1}, Result::Mean, Dimension::Two});
+                expectDefinitionOfReals(input, {{3, k, k}, Result::Sum, Dimension::Three});
             }
         }
     }
@@ -147,7 +147,7 @@ TEST(BoxFilterOfReals, CarriesNoErrorAlongLongRows) {
             for (const std::size_t k : {3U, 15U, 101U, 301U}) {
                 const BoxCase c{alongRows ? std::array<std::size_t, 3>{k, 1, 1} : std::array<std::size_t, 3>{1, k, 1},
                                 Result::Mean, Dimension::Two};
-                expectDefinition(input, c);
+                expectDefinitionOfReals(input, c);
             }
         }
     }

@@ -58,9 +58,9 @@ io::MemoryImage patches(VoxelTypes type, const test::Extents& extents, std::uint
 
 /// Everything that exists for the images' dimension.
 std::string everything(const ImageModel& labels) {
-    const std::string measures =
+    const std::string both =
         "Basic, Shape, Convexity, Intensity, SecondMoments, Median, Percentile(10), Mean/PixelCount";
-    return labels.getNumOf(PLANS) > 1 ? measures : measures + ", ConvexHull, Area/PixelCount";
+    return labels.getNumOf(PLANS) > 1 ? both : both + ", ConvexHull, Area/PixelCount";
 }
 
 TEST(LabelAnalysis, GivesARowForEachObjectOfEachFrame) {

@@ -9,7 +9,7 @@
 namespace rix::segmentation {
 namespace {
 
-constexpr ThresholdingByCriterion::CriterionType allCriteria[] = {
+constexpr ThresholdingByCriterion::CriterionType allComparisons[] = {
     ThresholdingByCriterion::LESS_THAN,    ThresholdingByCriterion::LESS_THAN_OR_EQUAL_TO,
     ThresholdingByCriterion::EQUAL_TO,     ThresholdingByCriterion::GREATER_THAN_OR_EQUAL_TO,
     ThresholdingByCriterion::GREATER_THAN, ThresholdingByCriterion::NOT_EQUAL_TO,
@@ -91,7 +91,7 @@ TEST(ThresholdingByCriterion, EqualsTheDefinitionForEveryTypeCriterionAndLevel) 
         const io::MemoryImage input =
             test::makeRandomImage({.voxelType = type, .extents = {67, 5, 1, 1, 1}}, 11, test::Extremes::All);
         for (const double value : values) {
-            for (const auto criterion : allCriteria) {
+            for (const auto criterion : allComparisons) {
                 const io::MemoryImage expected = reference(input, value, criterion);
                 for (const OptimLevelType level : test::runnableLevels()) {
                     ASSERT_TRUE(test::imagesEqual(expected, threshold(input, value, criterion, level)))
