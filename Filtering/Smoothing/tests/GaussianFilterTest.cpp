@@ -25,6 +25,7 @@
 #include "GaussianReference.h"
 #include "ImageComparison.h"
 #include "ImageFactories.h"
+#include "ImageSamples.h"
 
 namespace rix::test {
 namespace {
@@ -239,6 +240,34 @@ TEST(GaussianFilter, MeasuresInTheWorld) {
         world.deviations[0] *= 0.5;
         world.deviations[1] *= 2;
         EXPECT_TRUE(imagesEqual(runGaussian(image, c), runGaussian(image, world)));
+    }
+}
+
+TEST(GaussianFilter, IsRoundInTheWorldWhateverTheSpacing) {
+    for (const double deviation : {3.0, 7.0}) {  // by taps along the widest axis, recursively along all
+        io::MemoryImage image = makeImage({.voxelType = RIX_FLOAT32, .extents = {121, 121, 61, 1, 1}},
+                                          [](std::size_t x, std::size_t y, std::size_t z, auto...) {
+                                              return x == 60 && y == 60 && z == 30 ? 1e6 : 0;
+                                          });
+        image.setSpacingOf(COLUMNS, 1);
+        image.setSpacingOf(ROWS, 1);
+        image.setSpacingOf(PLANS, 2);
+        const std::vector<double> smoothed = volumeOf<double>(
+            runGaussian(image,
+                        {.deviations = {deviation, deviation, deviation}, .unit = algorithms::LengthUnit::WORLD}),
+            0, 0);
+        const auto at = [&](std::size_t x, std::size_t y, std::size_t z) { return smoothed[(z * 121 + y) * 121 + x]; };
+        const double peak = at(60, 60, 30);
+        for (std::size_t steps = 1; steps <= 15; ++steps) {
+            SCOPED_TRACE(steps);
+            const double alongZ = at(60, 60, 30 + steps);
+            EXPECT_NEAR(at(60 + 2 * steps, 60, 30), alongZ, 1e-4 * peak);
+            EXPECT_NEAR(at(60, 60 - 2 * steps, 30), alongZ, 1e-4 * peak);
+        }
+        // (6, 6, 0) and (6, 0, 6) and (0, 6, 6) in the world lie equally far, (8, 2, 2) does, too.
+        EXPECT_NEAR(at(66, 66, 30), at(66, 60, 33), 1e-4 * peak);
+        EXPECT_NEAR(at(66, 66, 30), at(60, 54, 27), 1e-4 * peak);
+        EXPECT_NEAR(at(66, 66, 30), at(68, 62, 31), 1e-4 * peak);
     }
 }
 
