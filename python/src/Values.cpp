@@ -243,6 +243,17 @@ struct Form<math::SquareMatrix<T, N>> : MatrixForm<T, N, math::SquareMatrix<T, N
 template <class T, std::size_t N>
 struct Form<vessel::Matrix<T, N>> : MatrixForm<T, N, vessel::Matrix<T, N>> {};
 
+using KernelArray = py::array_t<double, static_cast<int>(py::array::c_style) | static_cast<int>(py::array::forcecast)>;
+
+KernelArray kernelArray(py::handle value, int axes, const char* what) {
+    auto array = KernelArray::ensure(value);
+    if (!array || array.ndim() != axes) {
+        PyErr_Clear();
+        refuseType(value, what);
+    }
+    return array;
+}
+
 template <>
 struct Form<kernel::Kernel2D> {
     static std::string annotation() { return "npt.ArrayLike"; }
@@ -250,14 +261,22 @@ struct Form<kernel::Kernel2D> {
         return py::array_t<double>({value.getSizeY(), value.getSizeX()}, value.getValues().data());
     }
     static kernel::Kernel2D fromPython(py::handle value) {
-        using Values =
-            py::array_t<double, static_cast<int>(py::array::c_style) | static_cast<int>(py::array::forcecast)>;
-        const auto array = Values::ensure(value);
-        if (!array || array.ndim() != 2) {
-            PyErr_Clear();
-            refuseType(value, "a matrix of rows and columns");
-        }
+        const auto array = kernelArray(value, 2, "a matrix of rows and columns");
         return {static_cast<std::size_t>(array.shape(1)), static_cast<std::size_t>(array.shape(0)),
+                std::vector<double>(array.data(), array.data() + array.size())};
+    }
+};
+
+template <>
+struct Form<kernel::Kernel3D> {
+    static std::string annotation() { return "npt.ArrayLike"; }
+    static py::object toPython(const kernel::Kernel3D& value) {
+        return py::array_t<double>({value.getSizeZ(), value.getSizeY(), value.getSizeX()}, value.getValues().data());
+    }
+    static kernel::Kernel3D fromPython(py::handle value) {
+        const auto array = kernelArray(value, 3, "an array of planes, rows and columns");
+        return {static_cast<std::size_t>(array.shape(2)), static_cast<std::size_t>(array.shape(1)),
+                static_cast<std::size_t>(array.shape(0)),
                 std::vector<double>(array.data(), array.data() + array.size())};
     }
 };
@@ -290,7 +309,7 @@ std::vector<ValueKind> makeKinds() {
              math::Matrix3<double>, vessel::Matrix<double, 3>, vessel::Matrix<double, 4>, container::Vector<double>,
              container::Vector<int>, container::Vector<long>, container::Vector<unsigned char>,
              container::Vector<unsigned int>, container::Vector<unsigned long>, container::Vector<math::Vector2<int>>,
-             container::Vector<math::Vector3<int>>, kernel::Kernel2D>(kinds);
+             container::Vector<math::Vector3<int>>, kernel::Kernel2D, kernel::Kernel3D>(kinds);
     return kinds;
 }
 

@@ -52,6 +52,42 @@ def test_gaussian(dtype, shape, deviations):
         assert np.abs(result - expected).max() <= rounding + 2 * 2e-5 * largest
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32", "float64"])
+@pytest.mark.parametrize("shape,kernel", [((50, 41), (3, 4)), ((50, 41), (16, 15)), ((9, 20, 17), (2, 3, 5))])
+def test_convolution(dtype, shape, kernel):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    ours = rix.convolution_2d if len(shape) == 2 else rix.convolution_3d
+    image = random_array(dtype, shape)
+    weights = random_array(np.float64, kernel)
+    for mode, theirs in [("CONVOLUTION", ndimage.convolve), ("CORRELATION", ndimage.correlate)]:
+        for policy, border in [("MIRROR", "reflect"), ("CONTINUE", "nearest")]:
+            expected = theirs(image.astype(np.float64), weights, mode=border)
+            bound = (6e-6 if dtype != "float64" else 1e-7) * np.abs(image).max() * np.abs(weights).sum()
+            options = dict(mode=mode, border_policy=policy)
+            np.testing.assert_allclose(ours(image, weights, **options), expected, rtol=0, atol=bound)
+            if len(shape) == 2:
+                np.testing.assert_array_equal(ours(image, input_kernel_image=weights, **options),
+                                              ours(image, weights, **options))
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "uint32", "float32", "float64"])
+@pytest.mark.parametrize("shape,sizes", [((50, 41), (3, 8)), ((9, 20, 17), (5, 3, 4))])
+def test_local_statistics(dtype, shape, sizes):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    ours = rix.local_statistics_2d if len(shape) == 2 else rix.local_statistics_3d
+    image = random_array(dtype, shape)
+    exact = image.astype(np.longdouble)
+    window = {f"kernel_size_{axis}": size for axis, size in zip("xyz", reversed(sizes))}
+    for policy, border in [("MIRROR", "reflect"), ("CONTINUE", "nearest")]:
+        mean = ndimage.uniform_filter(exact.astype(np.float64), sizes, mode=border)
+        square = ndimage.uniform_filter((exact ** 2).astype(np.float64), sizes, mode=border)
+        for statistic, expected in [("MEAN", mean), ("VARIANCE", square - mean ** 2),
+                                    ("STANDARD_DEVIATION", np.sqrt(square - mean ** 2))]:
+            result = ours(image, statistic=statistic, border_policy=policy, **window)
+            np.testing.assert_allclose(result, expected, rtol=1e-6 if dtype != "float64" else 1e-9,
+                                       atol=1e-6 * np.abs(mean).max())
+
+
 def test_local_contrast():
     ndimage = pytest.importorskip("scipy.ndimage")
     image = random_array(np.float64, (60, 45))

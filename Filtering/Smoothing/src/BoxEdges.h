@@ -30,7 +30,7 @@ public:
             return;
         }
         const std::size_t direct = m_behind - m_before;
-        if (m_before <= direct && elements - m_behind <= direct) {
+        if (axis.border == BoxBorder::Mirror && m_before <= direct && elements - m_behind <= direct) {
             m_copies = Copies::Reflected;
             return;
         }

@@ -9,6 +9,7 @@
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 
+#include "BoxAhead.h"
 #include "BoxDealt.h"
 #include "BoxEdges.h"
 #include "BoxNeeds.h"
@@ -43,7 +44,7 @@ public:
 
     void run(access::BlockProgress& progress) {
         if (m_job.axes[ROWS].border == BoxBorder::Zero) {
-            std::fill_n(m_noSamples.reserve(m_width), m_width, T{0});
+            std::fill_n(m_noSamples.reserve(m_width), m_width, static_cast<T>(m_job.origin));
             rowsOf(m_noSums, m_width, 1);
         }
         const bool volume = !m_job.axes[PLANS].isIdentity();
@@ -199,7 +200,7 @@ private:
     Dealt m_column{};    ///< the source columns inside it
     access::Buffer<Sum> m_planeSums;
     access::Buffer<Sum> m_periods;
-    access::Buffer<T> m_noSamples;  ///< zeros, for rows outside
+    access::Buffer<T> m_noSamples;  ///< for rows outside
     access::Buffer<Sum> m_noSums;
 };
 

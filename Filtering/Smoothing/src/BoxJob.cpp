@@ -12,6 +12,11 @@ BoxAxis::BoxAxis(std::size_t axisExtent, std::size_t kernelSize, BoxBorder axisB
         window = reach + 1 + std::min(kernelSize - 1 - lower, extent - 1);
         return;
     }
+    if (border == BoxBorder::Continue) {
+        reach = lower;
+        window = kernelSize;
+        return;
+    }
     const std::size_t period = 2 * extent;
     periods = (kernelSize - 1) / period;
     window = kernelSize - periods * period;
@@ -21,6 +26,9 @@ BoxAxis::BoxAxis(std::size_t axisExtent, std::size_t kernelSize, BoxBorder axisB
 std::size_t BoxAxis::source(std::size_t element) const {
     if (border == BoxBorder::Zero) {
         return element >= reach && element - reach < extent ? element - reach : outside;
+    }
+    if (border == BoxBorder::Continue) {
+        return element < reach ? 0 : std::min(element - reach, extent - 1);
     }
     const std::size_t period = 2 * extent;
     const std::size_t position = (element + period - reach) % period;

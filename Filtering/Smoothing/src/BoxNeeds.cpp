@@ -25,6 +25,7 @@ WideInteger largestMagnitude(VoxelTypes voxelType) {
 }
 
 /// Rough costs, for deciding whether threads pay.
+constexpr double nanosecondsOfOther = 2;
 double nanosecondsPerVoxel(BoxSums sums) {
     switch (sums) {
         case BoxSums::Bits16: return 0.2;
@@ -60,6 +61,9 @@ access::Interval sourceRange(const BoxAxis& axis, access::Interval outputs) {
     if (axis.border == BoxBorder::Zero) {
         return {first > axis.reach ? first - axis.reach : 0, std::min(last - axis.reach, axis.extent)};
     }
+    if (axis.border == BoxBorder::Continue) {
+        return {axis.source(first), axis.source(last - 1) + 1};
+    }
     // Mirrored parts lie inside the rest unless the window is large against the block.
     const std::size_t below = axis.reach > first ? axis.reach - first : 0;
     const std::size_t above = last > axis.extent + axis.reach ? last - axis.extent - axis.reach : 0;
@@ -89,10 +93,11 @@ access::BoxNeeds boxNeeds(const ImageModel& input, const BoxJob& job) {
     carried.group = boxGroup;
     carried.piece = carried.axis == PLANS && real ? 512 : 8192;
     carried.voxels = std::size_t{1} << (carried.axis == PLANS ? 19 : real ? 17 : 18);
-    carried.bandVoxels = real ? 32768 : 131072;
+    const bool isOther = !real && job.bytesOfSum > 0;
+    carried.bandVoxels = real ? 32768 : isOther ? 131072 * sizeof(std::uint32_t) / job.bytesOfSum : 131072;
     access::BoxNeeds needs;
     needs.reach = {reachOf(COLUMNS), reachOf(ROWS), reachOf(PLANS)};
-    needs.nanosecondsPerVoxel = nanosecondsPerVoxel(sums);
+    needs.nanosecondsPerVoxel = isOther ? nanosecondsOfOther : nanosecondsPerVoxel(sums);
     needs.carried = carried;
     return needs;
 }
@@ -131,6 +136,10 @@ std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan
     const BoxSums sums = chooseSums(type, job);
     const std::size_t width = source[COLUMNS] + job.axes[COLUMNS].window + 2 * boxGroup;
     const bool volume = !job.axes[PLANS].isIdentity();
+    if (sums != BoxSums::Real && job.bytesOfSum > 0) {
+        const std::size_t rowOfPlane = BoxDealt<std::uint64_t, 1>::sizeFor(source[COLUMNS]);
+        return margins + (3 * width + (volume ? rowOfPlane * source[ROWS] : 0)) * job.bytesOfSum;
+    }
     if (sums != BoxSums::Real) {
         const std::size_t sum = bytesOfSum(sums);
         const std::size_t rowOfPlane = sums == BoxSums::Bits16 ? BoxPairs::sizeFor(source[COLUMNS])
@@ -140,19 +149,29 @@ std::size_t bytesOfThread(VoxelTypes type, const BoxJob& job, const access::Plan
     const auto kept = [](const BoxAxis& axis) { return 3 + axis.window / boxGroup; };
     const std::size_t rowSums = 8 * (boxGroup * width + kept(job.axes[ROWS]) * width);
     const std::size_t planeSums = volume ? 8 * source[COLUMNS] * source[ROWS] * (boxGroup + kept(job.axes[PLANS])) : 0;
-    return margins + rowSums + planeSums;
+    const std::size_t differences = job.hasDifferences() ? 2 * boxGroup * width * sizeof(double) : 0;
+    return margins + rowSums + planeSums + differences;
+}
+
+/// Peak working memory of a run. @param copied bytes of a sample that is read as something else, or 0
+std::size_t workingBytes(const ImageModel& input, const BoxJob& job, std::size_t threads, std::size_t copied) {
+    const access::Plan plan = access::cutBoxes({&input}, {}, boxNeeds(input, job));
+    const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
+    // As many rows as are held at a time.
+    const std::size_t copies = copied == 0 ? 0 : 2 * boxGroup * access::Scratch::held(input.getNumOf(COLUMNS) * copied);
+    return atOnce * (bytesOfThread(input.getVoxelType(), job, plan) + copies);
 }
 
 }  // namespace
 
 std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job, std::size_t threads) {
-    const access::Plan plan = access::cutBoxes({&input}, {}, boxNeeds(input, job));
-    const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
-    std::size_t copies = 0;
-    if (input.getInterpretation() == RIX_BINARY) {  // as many rows as are held at a time
-        copies = 2 * boxGroup * access::Scratch::held(input.getNumOf(COLUMNS) * helper::getElementSize(input));
-    }
-    return atOnce * (bytesOfThread(input.getVoxelType(), job, plan) + copies);
+    const std::size_t copied = input.getInterpretation() == RIX_BINARY ? helper::getElementSize(input) : 0;
+    return workingBytes(input, job, threads, copied);
+}
+
+std::size_t boxWorkingBytesInDoubles(const ImageModel& input, const BoxJob& job, std::size_t threads) {
+    const bool copies = input.getVoxelType() != RIX_FLOAT64 || input.getInterpretation() == RIX_BINARY;
+    return workingBytes(input, job, threads, copies ? sizeof(double) : 0);
 }
 
 }  // namespace rix::filtering::smoothing

@@ -25,5 +25,7 @@ access::BoxNeeds boxNeeds(const ImageModel& input, const BoxJob& job);
 
 /// Peak working memory of a run on images in memory, in bytes.
 std::size_t boxWorkingBytes(const ImageModel& input, const BoxJob& job, std::size_t threads);
+/// The same of `sumBoxesInDoubles`.
+std::size_t boxWorkingBytesInDoubles(const ImageModel& input, const BoxJob& job, std::size_t threads);
 
 }  // namespace rix::filtering::smoothing

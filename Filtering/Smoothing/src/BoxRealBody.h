@@ -74,7 +74,16 @@ private:
         if (row == BoxAxis::outside || plane == BoxAxis::outside) {
             return m_noSamples.data();
         }
-        return m_input.read(segment(m_columns, row, plane), slot);
+        const T* const samples = m_input.read(segment(m_columns, row, plane), slot);
+        if (!m_job.hasDifferences()) {
+            return samples;
+        }
+        T* const differences = m_differences.reserve(2 * boxGroup * m_width) + slot * m_width;
+        for (std::size_t x = 0; x < m_width; ++x) {
+            const T difference = samples[x] - static_cast<T>(m_job.origin);
+            differences[x] = m_job.squares ? difference * difference : difference;
+        }
+        return differences;
     }
 
     /// The element that row `i` of a group holds; elements behind the last window of the block are not there, and the
@@ -284,7 +293,8 @@ private:
     access::Buffer<double> m_planes;
     access::Buffer<double> m_commonDown;
     access::Buffer<double> m_commonThrough;
-    access::Buffer<T> m_unused;     ///< takes results behind the last row
+    access::Buffer<T> m_unused;  ///< takes results behind the last row
+    access::Buffer<T> m_differences;
     access::Buffer<T> m_noSamples;  ///< zeros, for rows outside
     access::Buffer<double> m_noSums;
 };

@@ -66,14 +66,17 @@ void runWide(const BoxRun& run) {
     });
 }
 
-void runReals(const BoxRun& run) {
+template <class T>
+void runRealsAs(const BoxRun& run) {
     const access::Plan plan = access::cutBoxes({&run.input}, {&run.output}, boxNeeds(run.input, run.job));
-    access::dispatch(access::Floatings{}, run.input.getVoxelType(), [&](auto tag) {
-        using T = typename decltype(tag)::type;
-        access::run(run.context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
-            BoxRealBody<T>(run.input, run.output, run.job, run.level, block).run(progress);
-        });
+    access::run(run.context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
+        BoxRealBody<T>(run.input, run.output, run.job, run.level, block).run(progress);
     });
+}
+
+void runReals(const BoxRun& run) {
+    access::dispatch(access::Floatings{}, run.input.getVoxelType(),
+                     [&](auto tag) { runRealsAs<typename decltype(tag)::type>(run); });
 }
 
 }  // namespace
@@ -88,6 +91,11 @@ void sumBoxes(access::ExecutionContext& context, const ImageModel& input, ImageM
         case BoxSums::Bits128: runWide<WideInteger, WideUnsigned>(run); return;
         case BoxSums::Real: runReals(run); return;
     }
+}
+
+void sumBoxesInDoubles(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
+                       const BoxJob& job, OptimLevelType level) {
+    runRealsAs<double>({context, input, output, job, level});
 }
 
 }  // namespace rix::filtering::smoothing

@@ -13,4 +13,8 @@ namespace rix::filtering::smoothing {
 void sumBoxes(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const BoxJob& job,
               OptimLevelType level);
 
+/// The same of reals, as `float64`, whatever reals the input has.
+void sumBoxesInDoubles(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
+                       const BoxJob& job, OptimLevelType level);
+
 }  // namespace rix::filtering::smoothing
