@@ -236,7 +236,7 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
     const VoxelTypes type = outputType(filter);
     const std::size_t ofSums =
-        tapSumBytes(input, job, filter.getMaximumThreads()) +
+        tapSumBytes(input, type, job, filter.getMaximumThreads()) +
         (job.hasPassAlongPlanes() ? 0 : access::writeApartMemory(input, filter.getOutputImage(), type));
     if (!isForFourier(filter, job)) {
         return ofSums;

@@ -219,16 +219,23 @@ private:
     WeightedSum<T> m_sum;
 };
 
-/// Most bytes of a pass.
-std::size_t passBytes(const ImageModel& input, const access::BoxNeeds& needs, std::size_t pointers,
-                      std::size_t threads) {
-    const std::size_t workBytes = needs.heldBytesPerVoxel;
-    const access::Plan plan = access::cutBoxes({&input}, {}, needs);
-    const std::size_t columns = plan.largestPart(COLUMNS) + needs.reach.columns.sum();
+/// Most bytes of a pass from an image to one of another type.
+std::size_t passBytes(const ImageModel& input, VoxelTypes outputType, const access::BoxNeeds& needs,
+                      std::size_t pointers, std::size_t threads) {
+    ImageHeader header = helper::headerOf(input);
+    header.voxelType = outputType;
+    const HeaderImage output(header);
+    const access::Plan plan = access::cutBoxes({&input}, {&output}, needs);
     const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
-    // The row between both directions, and that before rounding.
-    return access::windowMemory(input, needs, workBytes, atOnce) +
-           atOnce * (2 * Scratch::held(columns * workBytes) + Scratch::held(pointers * sizeof(const void*)));
+    const access::Reach& reach = needs.reach;
+    const bool holdsBlock = plan.largestPart(PLANS) > 1 && reach.planes.sum() > 0;
+    const std::size_t rows = (reach.rows.sum() + (holdsBlock ? plan.largestPart(ROWS) : 1)) * (reach.planes.sum() + 1);
+    const std::size_t row = (plan.largestPart(COLUMNS) + reach.columns.sum()) * needs.heldBytesPerVoxel +
+                            2 * access::readableBytesBehindWindow;
+    constexpr std::size_t placeOfRow = 24;
+    // Beside the windows the row between both directions, that before rounding, and two on their way to the storage.
+    return atOnce * (Scratch::held(rows * row) + Scratch::held(rows * placeOfRow) + 4 * Scratch::held(row) +
+                     Scratch::held(pointers * sizeof(const void*)));
 }
 
 }  // namespace
@@ -242,14 +249,17 @@ void sumTaps(access::ExecutionContext& context, const ImageModel& input, ImageMo
     }
 }
 
-std::size_t tapSumBytes(const ImageModel& input, const ConvolutionJob& job, std::size_t threads) {
+std::size_t tapSumBytes(const ImageModel& input, VoxelTypes outputType, const ConvolutionJob& job,
+                        std::size_t threads) {
     const VoxelTypes workType = job.workType(input.getVoxelType());
     const std::size_t workBytes = helper::getSizeOf(workType);
     if (!job.factors) {
-        return passBytes(input, needsOf(job.kernel.reach(), job.products, workBytes), job.products, threads);
+        return passBytes(input, outputType, needsOf(job.kernel.reach(), job.products, workBytes), job.products,
+                         threads);
     }
     const auto places = [&](std::size_t axis) { return nonZeros(job.factors->lines[axis]); };
-    const std::size_t inPlanes = passBytes(input, needsOf(reachInPlanes(job.kernel), places(0) + places(1), workBytes),
+    const std::size_t inPlanes = passBytes(input, job.hasPassAlongPlanes() ? workType : outputType,
+                                           needsOf(reachInPlanes(job.kernel), places(0) + places(1), workBytes),
                                            std::max(places(0), places(1)), threads);
     if (!job.hasPassAlongPlanes()) {
         return inPlanes;
@@ -258,7 +268,8 @@ std::size_t tapSumBytes(const ImageModel& input, const ConvolutionJob& job, std:
     header.voxelType = workType;
     header.interpretation = RIX_VALUE;
     const std::size_t alongPlanes =
-        passBytes(HeaderImage(header), needsOf(reachAlongPlanes(job.kernel), places(2), workBytes), places(2), threads);
+        passBytes(HeaderImage(header), outputType, needsOf(reachAlongPlanes(job.kernel), places(2), workBytes),
+                  places(2), threads);
     return access::TemporaryImage::bytes(input, workType) + std::max(inPlanes, alongPlanes);
 }
 

@@ -168,7 +168,10 @@ void process(Filter& filter, OptimLevelType level) {
     algorithms::readAsItWas(filter, [&](const ImageModel& input) {
         const BoxJob job = jobOf(filter);
         if (isInteger(input.getVoxelType())) {
-            tellOfIntegers(filter.executionContext(), input, *filter.getOutputImage(), job, statisticOf(filter), level);
+            access::ExecutionContext& context = filter.executionContext();
+            access::writeApart(context, input, *filter.getOutputImage(), [&](ImageModel& target) {
+                tellOfIntegers(context, input, target, job, statisticOf(filter), level);
+            });
         } else {
             tellOfReals(filter, input, job, level);
         }
@@ -188,10 +191,7 @@ std::size_t memoryOf(const Filter& filter) {
     BoxJob job = jobOf(filter);
     const std::size_t threads = filter.getMaximumThreads();
     const bool ofMeans = filter.getStatistic() == Filter::MEAN;
-    if (isInteger(input.getVoxelType())) {
-        return boxWorkingBytes(input, job, threads);
-    }
-    if (ofMeans && !job.hasDifferences()) {
+    if (isInteger(input.getVoxelType()) || (ofMeans && !job.hasDifferences())) {
         return boxWorkingBytes(input, job, threads) +
                access::writeApartMemory(input, filter.getOutputImage(), outputType(filter));
     }
