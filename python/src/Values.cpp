@@ -281,6 +281,38 @@ struct Form<kernel::Kernel3D> {
     }
 };
 
+template <>
+struct Form<kernel::RecursiveKernel1D> {
+    static std::string annotation() { return "dict[str, list[float]]"; }
+    static py::object toPython(const kernel::RecursiveKernel1D& value) {
+        py::dict lists;
+        lists["causal"] = value.causal;
+        lists["anticausal"] = value.anticausal;
+        lists["feedback"] = value.feedback;
+        return lists;
+    }
+    static kernel::RecursiveKernel1D fromPython(py::handle value) {
+        constexpr const char* what = "a dict of the lists \"causal\", \"anticausal\" and \"feedback\"";
+        if (!py::isinstance<py::dict>(value)) {
+            refuseType(value, what);
+        }
+        kernel::RecursiveKernel1D kernel;
+        for (const auto& [name, list] : py::reinterpret_borrow<py::dict>(value)) {
+            const auto key = py::str(name).cast<std::string>();
+            std::vector<double>* const target = key == "causal"       ? &kernel.causal
+                                                : key == "anticausal" ? &kernel.anticausal
+                                                : key == "feedback"   ? &kernel.feedback
+                                                                      : nullptr;
+            if (target == nullptr) {
+                refuseType(name, what);
+            }
+            const auto array = kernelArray(list, 1, "a list of numbers");
+            target->assign(array.data(), array.data() + array.size());
+        }
+        return kernel;
+    }
+};
+
 template <class T>
 ValueKind kindOf() {
     return {
@@ -309,7 +341,8 @@ std::vector<ValueKind> makeKinds() {
              math::Matrix3<double>, vessel::Matrix<double, 3>, vessel::Matrix<double, 4>, container::Vector<double>,
              container::Vector<int>, container::Vector<long>, container::Vector<unsigned char>,
              container::Vector<unsigned int>, container::Vector<unsigned long>, container::Vector<math::Vector2<int>>,
-             container::Vector<math::Vector3<int>>, kernel::Kernel2D, kernel::Kernel3D>(kinds);
+             container::Vector<math::Vector3<int>>, kernel::Kernel2D, kernel::Kernel3D, kernel::RecursiveKernel1D>(
+        kinds);
     return kinds;
 }
 

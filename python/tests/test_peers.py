@@ -70,6 +70,22 @@ def test_convolution(dtype, shape, kernel):
                                               ours(image, weights, **options))
 
 
+def test_recursive_filter():
+    signal = pytest.importorskip("scipy.signal")
+    image = random_array(np.float64, (13, 40))
+    causal, anticausal, feedback = [0.5, -0.25, 0.1], [0.3, 0.2], [-1.2, 0.45]
+    pole = [1, *feedback]
+    for axis, lines in [("COLUMNS", image), ("ROWS", image.T)]:
+        expected = np.zeros_like(lines)
+        for weights, way in [(causal, 1), ([0, *anticausal], -1)]:
+            state = signal.lfilter_zi(weights, pole)
+            for line, result in zip(lines[:, ::way], expected[:, ::way]):
+                result += signal.lfilter(weights, pole, line, zi=state * line[0])[0]
+        kernel = {"causal": causal, "anticausal": anticausal, "feedback": feedback}
+        result = rix.recursive_filter(image, kernel, axis=axis)
+        np.testing.assert_allclose(result if axis == "COLUMNS" else result.T, expected, rtol=0, atol=1e-12 * 100)
+
+
 @pytest.mark.parametrize("dtype", ["uint8", "int16", "uint32", "float32", "float64"])
 @pytest.mark.parametrize("shape,sizes", [((50, 41), (3, 8)), ((9, 20, 17), (5, 3, 4))])
 def test_local_statistics(dtype, shape, sizes):

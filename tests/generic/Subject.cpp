@@ -72,7 +72,7 @@ namespace {
 
 /// Kernels are small, whatever they are laid on.
 Extents extentsOfKernel(const Extents& extents) {
-    constexpr Extents largest{7, 5, 3, 1, 1};
+    constexpr Extents largest{5, 4, 3, 1, 1};
     Extents kernel{};
     std::transform(extents.begin(), extents.end(), largest.begin(), kernel.begin(),
                    [](std::size_t extent, std::size_t most) { return std::min(extent, most); });

@@ -103,7 +103,7 @@ TEST(LocalStatistics, AreTheirFormulas) {
             makeRandomImage({.voxelType = type, .extents = {31, 12, 2, 1, 2}}, 3, Extremes::None);
         const io::MemoryImage volume =
             makeRandomImage({.voxelType = type, .extents = {13, 6, 7, 2, 1}}, 4, Extremes::None);
-        for (const std::array<int, 3>& window : {std::array{3, 3, 1}, {1, 1, 1}, {8, 5, 1}, {20, 30, 1}, {70, 2, 1}}) {
+        for (const std::array<int, 3>& window : {std::array{3, 3, 1}, {1, 1, 1}, {8, 5, 1}, {4, 26, 1}, {70, 2, 1}}) {
             SCOPED_TRACE("type " + std::to_string(type) + ", window " + std::to_string(window[0]));
             expectTheFormulas<LocalStatistics2d>(plane, window, 1e6);
         }
