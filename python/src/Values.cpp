@@ -245,9 +245,10 @@ struct Form<vessel::Matrix<T, N>> : MatrixForm<T, N, vessel::Matrix<T, N>> {};
 
 using KernelArray = py::array_t<double, static_cast<int>(py::array::c_style) | static_cast<int>(py::array::forcecast)>;
 
+/// The coefficients of a kernel; a list without any is one of a kernel without coefficients.
 KernelArray kernelArray(py::handle value, int axes, const char* what) {
     auto array = KernelArray::ensure(value);
-    if (!array || array.ndim() != axes) {
+    if (!array || (array.ndim() != axes && array.size() > 0)) {
         PyErr_Clear();
         refuseType(value, what);
     }
@@ -262,6 +263,9 @@ struct Form<kernel::Kernel2D> {
     }
     static kernel::Kernel2D fromPython(py::handle value) {
         const auto array = kernelArray(value, 2, "a matrix of rows and columns");
+        if (array.size() == 0) {
+            return {};
+        }
         return {static_cast<std::size_t>(array.shape(1)), static_cast<std::size_t>(array.shape(0)),
                 std::vector<double>(array.data(), array.data() + array.size())};
     }
@@ -275,6 +279,9 @@ struct Form<kernel::Kernel3D> {
     }
     static kernel::Kernel3D fromPython(py::handle value) {
         const auto array = kernelArray(value, 3, "an array of planes, rows and columns");
+        if (array.size() == 0) {
+            return {};
+        }
         return {static_cast<std::size_t>(array.shape(2)), static_cast<std::size_t>(array.shape(1)),
                 static_cast<std::size_t>(array.shape(0)),
                 std::vector<double>(array.data(), array.data() + array.size())};

@@ -16,7 +16,6 @@ void sumTaps(access::ExecutionContext& context, const ImageModel& input, ImageMo
              OptimLevelType level);
 
 /// Most bytes that this takes beyond its images.
-std::size_t tapSumBytes(const ImageModel& input, VoxelTypes outputType, const ConvolutionJob& job,
-                        std::size_t threads);
+std::size_t tapSumBytes(const ImageModel& input, VoxelTypes outputType, const ConvolutionJob& job, std::size_t threads);
 
 }  // namespace rix::filtering::linear
