@@ -38,33 +38,6 @@ struct ColumnStep {
     const std::uint8_t* leaveMask = nullptr;
 };
 
-/// Windows that are rows of another length each, as offsets from the row of the result.
-struct ChordTable {
-    std::size_t count = 0;
-    const std::ptrdiff_t* begin = nullptr;  ///< the first voxel of the window of voxel 0
-    const std::ptrdiff_t* end = nullptr;    ///< behind the last
-};
-
-/// The voxels of a tile in ascending order, and where each of them is.
-struct RankedVoxels {
-    std::size_t count = 0;
-    std::size_t classSize = 0;  ///< class c begins at c * classSize
-    const std::uint16_t* columns = nullptr;
-    const std::uint16_t* rows = nullptr;
-    const std::uint16_t* planes = nullptr;
-};
-
-/// Where the windows of a row lie in the tile, for `resolve`.
-struct RowWindows {
-    std::size_t row = 0;  ///< of the first voxel of the window of voxel 0
-    std::size_t plane = 0;
-    std::size_t columns = 1;
-    std::size_t rows = 1;
-    std::size_t planes = 1;
-    bool isRound = false;
-    std::size_t radius = 0;
-};
-
 /// Kernels that count. Portable levels and vectors give the same.
 /// @tparam Count holds the voxels of a window
 template <class Count>
@@ -77,16 +50,5 @@ struct HistogramKernels {
 /// `Count` is `int16_t` or `int32_t`.
 template <class Count>
 HistogramKernels<Count> histogramKernels(OptimLevelType level);
-
-/// Finds by moving a histogram along a row. @param row,mask the first voxel of the tile that stands for voxel 0; the
-/// mask
-///        may be null
-void findInChords(const std::uint8_t* row, const std::uint8_t* mask, const ChordTable& chords, std::size_t count,
-                  const Wanted& wanted, const Found& found);
-
-/// Of what was found among ranks, the voxels themselves: their places in the order.
-using ResolveKernel = void (*)(const RankedVoxels& voxels, const RowWindows& windows, std::size_t count,
-                               const Found& found, std::uint32_t* places);
-ResolveKernel resolveKernel(OptimLevelType level);
 
 }  // namespace rix::filtering::rank

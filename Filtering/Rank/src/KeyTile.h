@@ -15,6 +15,11 @@ namespace rix::filtering::rank {
 
 /// The extents of the voxels that the windows of a block look at.
 struct TileExtents {
+    /// So that 32 bits tell a voxel of a tile: see `VoxelPlace`.
+    static constexpr std::size_t mostColumns = 2048;
+    static constexpr std::size_t mostRows = 2048;
+    static constexpr std::size_t mostPlanes = 1024;
+
     TileExtents(const access::Block& block, const RankWindow& window);
     std::size_t voxels() const { return columns * rows * planes; }
 
@@ -42,6 +47,7 @@ public:
         return (plane * m_extents.rows + row) * m_extents.columns;
     }
 
+    /// The most bytes that a tile holds, while it is made too.
     static std::size_t bytes(const TileExtents& extents, bool isMasked);
 
 private:
@@ -50,7 +56,21 @@ private:
     access::Buffer<std::uint8_t> m_mask;
 };
 
-/// The largest block of a plan, at the beginning of its image.
-access::Block largestBlock(const access::Plan& plan);
+/// The voxels of a block, where the image has so many.
+struct TileSize {
+    std::size_t columns;
+    std::size_t rows;
+    std::size_t planes;
+};
+
+/// The cut of an image into the blocks of tiles. @param nanosecondsPerVoxel rough cost of the work
+access::Plan cutTiles(const ImageModel& input, const RankWindow& window, const TileSize& size,
+                      double nanosecondsPerVoxel);
+
+/// The tile of the largest block of a plan.
+TileExtents largestTile(const access::Plan& plan, const RankWindow& window);
+
+/// The most bytes that a run holds. @param tileBytes that a thread needs for a block
+std::size_t workingBytes(const access::Plan& plan, std::size_t tileBytes, std::size_t sampleBytes, std::size_t threads);
 
 }  // namespace rix::filtering::rank

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include <rix/access/BlockSize.h>
 #include <rix/access/Buffer.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
@@ -36,22 +35,12 @@ struct LineSize {
 
 access::Plan cutForNetwork(const ImageModel& input, const RankJob& job, const RankNetwork& network,
                            std::size_t keyBytes) {
-    access::Plan plan(helper::getExtents(input), access::JoinedAxes::None);
-    if (plan.voxelCount() == 0) {
-        return plan;
-    }
     const bool ofVolumes = job.window.planes > 1;
-    const auto part = [](std::size_t extent) { return access::AxisCut{1, access::scaledToBlocks(extent), 1}; };
     // Half a nanosecond an operation on a vector, and the copy of the tile.
     const double nanoseconds =
         0.2 + 0.5 * static_cast<double>(network.operations() * keyBytes) / static_cast<double>(vectorBytes);
-    plan.setSmall(static_cast<double>(plan.voxelCount()) * nanoseconds < access::smallWorkNanoseconds());
-    plan.cut(COLUMNS, part(std::size_t{ofVolumes ? 512U : 2048U} / std::max<std::size_t>(keyBytes / 2, 1)));
-    plan.cut(ROWS, part(ofVolumes ? 32U : 64U));
-    plan.cut(PLANS, part(ofVolumes ? 8U : 1U));
-    plan.cut(SEQUENCE, {1, 1, 1});
-    plan.cut(SPECTRAL_SERIES, {1, 1, 1});
-    return plan;
+    const std::size_t columns = std::size_t{ofVolumes ? 512U : 1024U} / std::max<std::size_t>(keyBytes / 4, 1);
+    return cutTiles(input, job.window, ofVolumes ? TileSize{columns, 32, 8} : TileSize{columns, 64, 1}, nanoseconds);
 }
 
 template <class T>
@@ -132,14 +121,11 @@ void selectByNetwork(access::ExecutionContext& context, const ImageModel& input,
 template <class T>
 std::size_t networkBytes(const ImageModel& input, const RankJob& job, const RankNetwork& network, std::size_t threads) {
     const access::Plan plan = cutForNetwork(input, job, network, sizeof(T));
-    const access::Block largest = largestBlock(plan);
-    const TileExtents extents(largest, job.window);
-    constexpr std::size_t pages = 4 * access::Scratch::granularity;  // what is left of buffers
-    const std::size_t bytes = pages + KeyTile<T>::bytes(extents, false) +
-                              network.lines() * LineSize(network, sizeof(T)).strideBytes +
-                              network.inputs() * sizeof(void*) +
-                              6 * extents.columns * sizeof(T);  // rows that a border mirrors, or that are converted
-    return bytes * (plan.isSmall() ? 1 : std::min(threads, plan.blockCount()));
+    using access::Scratch;
+    const std::size_t bytes = KeyTile<T>::bytes(largestTile(plan, job.window), false) +
+                              Scratch::held(network.lines() * LineSize(network, sizeof(T)).strideBytes) +
+                              Scratch::held(network.inputs() * sizeof(void*));
+    return workingBytes(plan, bytes, sizeof(T), threads);
 }
 
 #define RIX_INSTANTIATE(T)                                                                                      \

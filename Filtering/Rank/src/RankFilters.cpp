@@ -100,6 +100,9 @@ void declare(Filter& filter, algorithms::Properties& properties) {
 template <class Filter>
 RankJob jobOf(const Filter& filter) {
     RankJob job{windowOf(filter), 0.5, filter.getBorderPolicy(), filter.getBorderValue(), filter.getInputMaskImage()};
+    if (filter.getInputImage()->getInterpretation() == RIX_BINARY) {
+        job.borderValue = job.borderValue != 0 ? 1 : 0;
+    }
     if constexpr (hasRank<Filter>) {
         job.rank = filter.getRank();
     }

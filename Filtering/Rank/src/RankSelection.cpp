@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <limits>
 
+#include <rix/access/Looks.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 #include <rix/access/VoxelTypeLists.h>
 
+#include "ChordHistogram.h"
+#include "HistogramKernels.h"
 #include "NetworkSelection.h"
 #include "RankTile.h"
+#include "ResolveKernels.h"
 
 namespace rix::filtering::rank {
 
@@ -44,6 +48,10 @@ public:
         }
     }
     const ChordTable& table() const { return m_table; }
+
+    static std::size_t bytes(const RankWindow& window) {
+        return 2 * window.rows * window.planes * sizeof(std::ptrdiff_t);
+    }
 
 private:
     Buffer<std::ptrdiff_t> m_offsets;
@@ -122,41 +130,42 @@ private:
 /// Boxes: the histograms of columns move down, and that of the window along.
 template <class T, class Count>
 void selectInBoxes(TileRows<T>& rows, access::RowWriter<T>& writer, const access::Plan& plan, const RankWindow& window,
-                   access::BlockProgress& progress, const HistogramKernels<Count>& kernels) {
+                   const HistogramKernels<Count>& kernels) {
     const RankTile<T>& tile = rows.tile();
     const std::size_t width = tile.extents().columns;
     const std::size_t count = width - window.columns + 1;
     Buffer<Count> columns;
     columns.reserve(width * columnCounts);
-    const auto enter = [&](std::size_t row, std::size_t plane, bool leaves) {
-        for (std::size_t z = plane; z < plane + window.planes; ++z) {
-            const std::size_t last = row + window.rows - 1;
-            ColumnStep step{tile.classesOf(last, z), nullptr, tile.maskOf(last, z), nullptr};
-            if (leaves) {
-                step.leave = tile.classesOf(row - 1, z);
-                step.leaveMask = tile.maskOf(row - 1, z);
-            }
-            kernels.step(step, columns.data(), width);
-        }
+    access::Looks looks;
+    const auto take = [&](const ColumnStep& step) {
+        kernels.step(step, columns.data(), width);
+        looks.add(width / 8);
     };
     rows.forEachRow(writer, plan, [&](std::size_t row, std::size_t plane, const Found& found) {
         if (row == 0) {
             std::fill_n(columns.data(), width * columnCounts, Count{0});
             for (std::size_t z = plane; z < plane + window.planes; ++z) {
                 for (std::size_t y = 0; y + 1 < window.rows; ++y) {
-                    kernels.step({tile.classesOf(y, z), nullptr, tile.maskOf(y, z), nullptr}, columns.data(), width);
+                    take({tile.classesOf(y, z), nullptr, tile.maskOf(y, z), nullptr});
                 }
             }
-            progress.add(0);
         }
-        enter(row, plane, row > 0);
+        const std::size_t last = row + window.rows - 1;
+        for (std::size_t z = plane; z < plane + window.planes; ++z) {
+            ColumnStep step{tile.classesOf(last, z), nullptr, tile.maskOf(last, z), nullptr};
+            if (row > 0) {
+                step.leave = tile.classesOf(row - 1, z);
+                step.leaveMask = tile.maskOf(row - 1, z);
+            }
+            take(step);
+        }
         kernels.findInColumns(columns.data(), window.columns, count, rows.wanted(), found);
     });
 }
 
 template <class T>
 void selectTile(const ImageModel& input, ImageModel& output, const RankJob& job, const access::Plan& plan,
-                const access::Block& block, access::BlockProgress& progress, OptimLevelType level) {
+                const access::Block& block, OptimLevelType level) {
     access::RowWriter<T> writer(output, plan);
     TileRows<T> rows(input, job, block, level);
     if (job.window.isRound) {
@@ -168,27 +177,24 @@ void selectTile(const ImageModel& input, ImageModel& output, const RankJob& job,
                          rows.wanted(), found);
         });
     } else if (needsWideCounts(job.window)) {
-        selectInBoxes(rows, writer, plan, job.window, progress, histogramKernels<std::int32_t>(level));
+        selectInBoxes(rows, writer, plan, job.window, histogramKernels<std::int32_t>(level));
     } else {
-        selectInBoxes(rows, writer, plan, job.window, progress, histogramKernels<std::int16_t>(level));
+        selectInBoxes(rows, writer, plan, job.window, histogramKernels<std::int16_t>(level));
     }
 }
 
 template <class T>
-std::size_t tileBytes(const ImageModel& input, const RankJob& job, std::size_t threads) {
-    const access::Plan plan = cutTiles(input, job.window, sizeof(T));
-    const access::Block largest = largestBlock(plan);
-    constexpr std::size_t pages = 4 * access::Scratch::granularity;  // what is left of buffers
-    const TileExtents extents(largest, job.window);
-    std::size_t bytes = pages + RankTile<T>::bytes(extents, job.mask != nullptr) +
-                        largest.columns().length() * (2 * sizeof(std::uint32_t) + 1 + sizeof(T));
-    bytes += extents.columns * sizeof(T) * 4;  // a row that a border mirrors
-    if (job.window.isRound) {
-        bytes += 2 * job.window.rows * job.window.planes * sizeof(std::ptrdiff_t);
-    } else {
-        bytes += extents.columns * columnCounts * (needsWideCounts(job.window) ? 4 : 2);
-    }
-    return bytes * (plan.isSmall() ? 1 : std::min(threads, plan.blockCount()));
+std::size_t countingBytes(const ImageModel& input, const RankJob& job, std::size_t threads) {
+    using access::Scratch;
+    const access::Plan plan = cutForCounting(input, job.window, sizeof(T));
+    const TileExtents extents = largestTile(plan, job.window);
+    const std::size_t columns = plan.largestPart(COLUMNS);
+    const std::size_t counts = job.window.isRound
+                                   ? Chords::bytes(job.window)
+                                   : extents.columns * columnCounts * (needsWideCounts(job.window) ? 4 : 2);
+    const std::size_t bytes = RankTile<T>::bytes(extents, job.mask != nullptr) + Scratch::held(columns) +
+                              2 * Scratch::held(columns * sizeof(std::uint32_t)) + Scratch::held(counts);
+    return workingBytes(plan, bytes, sizeof(T), threads);
 }
 
 }  // namespace
@@ -201,10 +207,9 @@ void selectRanks(access::ExecutionContext& context, const ImageModel& input, Ima
             selectByNetwork<T>(context, input, output, job, *network, level);
             return;
         }
-        const access::Plan plan = cutTiles(input, job.window, sizeof(T));
-        access::run(context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
-            selectTile<T>(input, output, job, plan, block, progress, level);
-        });
+        const access::Plan plan = cutForCounting(input, job.window, sizeof(T));
+        access::run(context, plan,
+                    [&](const access::Block& block) { selectTile<T>(input, output, job, plan, block, level); });
     });
 }
 
@@ -213,7 +218,7 @@ std::size_t rankWorkingBytes(const ImageModel& input, const RankJob& job, std::s
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const auto network = networkFor(job, sizeof(T));
-        bytes = network ? networkBytes<T>(input, job, *network, threads) : tileBytes<T>(input, job, threads);
+        bytes = network ? networkBytes<T>(input, job, *network, threads) : countingBytes<T>(input, job, threads);
     });
     return bytes;
 }

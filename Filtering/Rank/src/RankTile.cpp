@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <rix/access/BlockSize.h>
+#include <rix/access/Looks.h>
 
 namespace rix::filtering::rank {
 
@@ -11,11 +11,28 @@ namespace {
 
 /// Vectors are read to their end.
 constexpr std::size_t positionPadding = 64;
+constexpr std::uint16_t outside = 0x6000;  // squares of its distances stay below 2^31 in sum
 
-/// Columns, rows and planes of a voxel of a tile in one number. Tiles stay below these extents.
-constexpr unsigned columnBits = 11;
-constexpr unsigned rowBits = 11;
-constexpr std::size_t mostPlanes = std::size_t{1} << (32 - columnBits - rowBits);
+/// Numbers that tell where a voxel is.
+std::size_t positionsOf(const TileExtents& extents) {
+    return extents.planes > 1 ? 3 : 2;
+}
+
+/// The column, row and plane of a voxel of a tile in one number.
+struct VoxelPlace {
+    static constexpr std::size_t columns = TileExtents::mostColumns;
+    static constexpr std::size_t rows = TileExtents::mostRows;
+    static_assert(columns * rows * TileExtents::mostPlanes <= std::size_t{1} << 32);
+
+    static std::uint32_t ofRow(std::size_t row, std::size_t plane) {
+        return static_cast<std::uint32_t>((plane * rows + row) * columns);
+    }
+    std::size_t column() const { return place % columns; }
+    std::size_t row() const { return place / columns % rows; }
+    std::size_t plane() const { return place / (columns * rows); }
+
+    std::uint32_t place;
+};
 
 template <class Key>
 struct Digits {
@@ -31,6 +48,7 @@ struct Digits {
 /// @return which of the two buffers holds the result
 template <class Key>
 std::size_t sortByDigits(Key* const (&keys)[2], std::uint32_t* const (&values)[2], std::size_t count) {
+    access::Looks looks;
     using D = Digits<Key>;
     std::uint32_t begins[D::count][D::values] = {};
     for (std::size_t i = 0; i < count; ++i) {
@@ -54,46 +72,33 @@ std::size_t sortByDigits(Key* const (&keys)[2], std::uint32_t* const (&values)[2
             values[1 - from][to] = values[from][i];
         }
         from = 1 - from;
+        looks.add(count / 32);
     }
     return from;
 }
 
 }  // namespace
 
-access::Plan cutTiles(const ImageModel& input, const RankWindow& window, std::size_t keyBytes) {
-    const auto clamp = [](std::size_t extent, std::size_t factor, std::size_t least, std::size_t most) {
-        return std::clamp(extent * factor, least, most);
-    };
+access::Plan cutForCounting(const ImageModel& input, const RankWindow& window, std::size_t keyBytes) {
     // Long enough that what tiles read twice stays small, and small enough for the level-2 cache.
     const bool ofVolumes = window.planes > 1;
-    std::size_t columns = 0;
-    std::size_t rows = 0;
-    std::size_t planes = 1;
+    const auto times = [](std::size_t factor, std::size_t extent, std::size_t least, std::size_t most) {
+        return std::clamp(factor * extent, least, most);
+    };
+    TileSize size{};
     if (keyBytes == 1) {
-        columns = ofVolumes ? clamp(window.columns, 3, 256, 512) : 512;
-        rows = ofVolumes ? clamp(window.rows, 3, 64, 512) : clamp(window.rows, 4, 256, 1024);
-        planes = ofVolumes ? clamp(window.planes, 2, 4, 32) : 1;
+        size = ofVolumes ? TileSize{times(3, window.columns, 256, 512), times(3, window.rows, 64, 512),
+                                    times(2, window.planes, 4, 32)}
+                         : TileSize{512, times(4, window.rows, 256, 1024), 1};
     } else {
-        columns = ofVolumes ? clamp(window.columns, 2, 64, 256) : clamp(window.columns, 3, 236, 512);
-        rows = ofVolumes ? clamp(window.rows, 2, 48, 256) : clamp(window.rows, 3, 236, 512);
-        planes = ofVolumes ? clamp(window.planes, 2, 16, 64) : 1;
+        size = ofVolumes ? TileSize{times(2, window.columns, 64, 256), times(2, window.rows, 48, 256),
+                                    times(2, window.planes, 16, 64)}
+                         : TileSize{times(3, window.columns, 236, 512), times(3, window.rows, 236, 512), 1};
     }
-    planes = std::min(planes, mostPlanes - window.planes);
-    // Rough cost of a voxel: histograms, and the ranks where they are needed.
+    // Histograms, and the ranks where they are needed.
     const double nanoseconds = 15.0 + static_cast<double>(window.planes) + (keyBytes > 1 ? 40.0 : 0.0) +
                                (window.isRound ? static_cast<double>(2 * window.rows * window.planes) : 0.0);
-    const auto part = [](std::size_t extent) { return access::AxisCut{1, access::scaledToBlocks(extent), 1}; };
-    access::Plan plan(helper::getExtents(input), access::JoinedAxes::None);
-    if (plan.voxelCount() == 0) {
-        return plan;
-    }
-    plan.setSmall(static_cast<double>(plan.voxelCount()) * nanoseconds < access::smallWorkNanoseconds());
-    plan.cut(COLUMNS, part(columns));
-    plan.cut(ROWS, part(rows));
-    plan.cut(PLANS, part(planes));
-    plan.cut(SEQUENCE, {1, 1, 1});
-    plan.cut(SPECTRAL_SERIES, {1, 1, 1});
-    return plan;
+    return cutTiles(input, window, size, nanoseconds);
 }
 
 template <class T>
@@ -115,10 +120,10 @@ void RankTile<T>::rank() {
         for (std::size_t row = 0; row < extents.rows; ++row) {
             const Key* const from = this->keysOf(row, plane);
             const std::uint8_t* const mask = this->maskOf(row, plane);
-            const std::size_t place = plane << (columnBits + rowBits) | row << columnBits;
+            const std::uint32_t place = VoxelPlace::ofRow(row, plane);
             for (std::size_t x = 0; x < extents.columns; ++x) {
                 keys[0][m_count] = from[x];
-                places[0][m_count] = static_cast<std::uint32_t>(place | x);
+                places[0][m_count] = place + static_cast<std::uint32_t>(x);
                 m_count += mask == nullptr || mask[x] != 0 ? 1 : 0;
             }
         }
@@ -126,26 +131,28 @@ void RankTile<T>::rank() {
     const std::size_t sorted = sortByDigits(keys, places, m_count);
     m_sorted = keys[sorted];
     m_positionStride = voxels + positionPadding;
-    std::uint16_t* const columns = m_positions.reserve(3 * m_positionStride);
+    std::uint16_t* const columns = m_positions.reserve(positionsOf(extents) * m_positionStride);
     std::uint16_t* const rows = columns + m_positionStride;
-    std::uint16_t* const planes = rows + m_positionStride;
+    std::uint16_t* const planes = extents.planes > 1 ? rows + m_positionStride : nullptr;
     std::uint8_t* const classesOfVoxels = m_classes.reserve(voxels);
     const std::size_t classSize = rankedVoxels().classSize;
     std::size_t i = 0;
     for (std::size_t c = 0; i < m_count; ++c) {
         for (const std::size_t end = std::min(m_count, i + classSize); i < end; ++i) {
-            const std::uint32_t place = places[sorted][i];
-            const std::size_t x = place & ((1U << columnBits) - 1);
-            const std::size_t y = place >> columnBits & ((1U << rowBits) - 1);
-            const std::size_t z = place >> (columnBits + rowBits);
-            columns[i] = static_cast<std::uint16_t>(x);
-            rows[i] = static_cast<std::uint16_t>(y);
-            planes[i] = static_cast<std::uint16_t>(z);
-            classesOfVoxels[this->offset(y, z) + x] = static_cast<std::uint8_t>(c);
+            const VoxelPlace at{places[sorted][i]};
+            columns[i] = static_cast<std::uint16_t>(at.column());
+            rows[i] = static_cast<std::uint16_t>(at.row());
+            if (planes != nullptr) {
+                planes[i] = static_cast<std::uint16_t>(at.plane());
+            }
+            classesOfVoxels[this->offset(at.row(), at.plane()) + at.column()] = static_cast<std::uint8_t>(c);
         }
     }
-    for (std::size_t pad = 0; pad < positionPadding; ++pad) {
-        columns[m_count + pad] = rows[m_count + pad] = planes[m_count + pad] = 0xffff;  // in no window
+    // In no window.
+    std::fill_n(columns + m_count, positionPadding, outside);
+    std::fill_n(rows + m_count, positionPadding, outside);
+    if (planes != nullptr) {
+        std::fill_n(planes + m_count, positionPadding, outside);
     }
 }
 
@@ -160,9 +167,11 @@ template <class T>
 std::size_t RankTile<T>::bytes(const TileExtents& extents, bool isMasked) {
     std::size_t bytes = KeyTile<T>::bytes(extents, isMasked);
     if (!isOwnClass<T>) {
-        constexpr std::size_t positions = 3 * sizeof(std::uint16_t);
-        bytes += extents.voxels() * (1 + 2 * (sizeof(Key) + sizeof(std::uint32_t)) + positions) +
-                 positionPadding * positions;
+        using access::Scratch;
+        const std::size_t voxels = extents.voxels();
+        bytes += Scratch::held(voxels) + 2 * Scratch::held(voxels * sizeof(Key)) +
+                 2 * Scratch::held(voxels * sizeof(std::uint32_t)) +
+                 Scratch::held(positionsOf(extents) * (voxels + positionPadding) * sizeof(std::uint16_t));
     }
     return bytes;
 }

@@ -8,13 +8,13 @@
 #include <rix/access/Plan.h>
 #include <rix/image/ImageModel.h>
 
-#include "HistogramKernels.h"
 #include "KeyTile.h"
+#include "ResolveKernels.h"
 
 namespace rix::filtering::rank {
 
 /// The cut of an image into tiles whose voxels have few enough ranks. @param keyBytes of a sample
-access::Plan cutTiles(const ImageModel& input, const RankWindow& window, std::size_t keyBytes);
+access::Plan cutForCounting(const ImageModel& input, const RankWindow& window, std::size_t keyBytes);
 
 /// Whether a sample is its own class: of 8 bits there are not more values than classes.
 template <class T>
@@ -27,7 +27,7 @@ class RankTile : public KeyTile<T> {
 public:
     using Key = KeyOf<T>;
 
-    /// Reads the voxels of a block of `cutTiles`.
+    /// Reads the voxels of a block of `cutForCounting`.
     RankTile(const ImageModel& input, const RankJob& job, const access::Block& block);
 
     /// The classes of a row.

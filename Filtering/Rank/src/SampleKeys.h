@@ -7,30 +7,11 @@
 
 namespace rix::filtering::rank {
 
-namespace detail {
-template <std::size_t bytes>
-struct KeyOfSize;
-template <>
-struct KeyOfSize<1> {
-    using type = std::uint8_t;
-};
-template <>
-struct KeyOfSize<2> {
-    using type = std::uint16_t;
-};
-template <>
-struct KeyOfSize<4> {
-    using type = std::uint32_t;
-};
-template <>
-struct KeyOfSize<8> {
-    using type = std::uint64_t;
-};
-}  // namespace detail
-
 /// Unsigned integers in the order of samples.
 template <class T>
-using KeyOf = typename detail::KeyOfSize<sizeof(T)>::type;
+using KeyOf = std::conditional_t<sizeof(T) == 1, std::uint8_t,
+                                 std::conditional_t<sizeof(T) == 2, std::uint16_t,
+                                                    std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
 
 /// Whether samples are their own keys.
 template <class T>

@@ -154,12 +154,14 @@ void expectSorting(const ImageModel& image, const ImageModel* mask, const RankCa
         ASSERT_TRUE(imagesEqual(expected, filterBy(image, mask, c, ofVolumes, {level}), samplesOnly))
             << text() << ", level " << level;
     }
-    const access::ScopedBlockBytes blocks(4096);
-    ASSERT_TRUE(imagesEqual(expected,
-                            filterBy(image, mask, c, ofVolumes,
-                                     {runnableLevels().back(), 2, std::make_shared<access::ShuffledScheduler>(7)}),
-                            samplesOnly))
-        << text() << ", in small blocks";
+    for (const std::size_t bytes : {std::size_t{4096}, std::size_t{1} << 40}) {
+        const access::ScopedBlockBytes blocks(bytes);
+        ASSERT_TRUE(imagesEqual(expected,
+                                filterBy(image, mask, c, ofVolumes,
+                                         {runnableLevels().back(), 2, std::make_shared<access::ShuffledScheduler>(7)}),
+                                samplesOnly))
+            << text() << ", in blocks of " << bytes << " bytes";
+    }
 }
 
 const RankCase planar[] = {
@@ -206,7 +208,7 @@ TEST(RankFilter, IsSortingOnEveryTypeWindowBorderAndLevel) {
 TEST(RankFilter, IsSortingInLargeWindows) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT32}) {
         const io::MemoryImage plane =
-            makeRandomImage({.voxelType = type, .extents = {43, 21, 1, 1, 1}}, 5, Extremes::All);
+            makeRandomImage({.voxelType = type, .extents = {31, 9, 1, 1, 1}}, 5, Extremes::All);
         for (const RankCase& c : {RankCase{{31, 31}}, RankCase{{101, 101}}, RankCase{{190, 180}, -1, 0.4},
                                   RankCase{{}, 31, 0.5, BorderPolicy::CONTINUE}}) {
             ASSERT_NO_FATAL_FAILURE(expectSorting(plane, nullptr, c, false));
@@ -241,6 +243,21 @@ TEST(RankFilter, TakesImagesOfFewValues) {
                 ASSERT_NO_FATAL_FAILURE(expectSorting(image, nullptr, c, false));
             }
         }
+    }
+}
+
+TEST(RankFilter, KeepsBinaryImagesBinary) {
+    const ImageTraits traits{.voxelType = RIX_INT16, .extents = {31, 12, 3, 1, 1}};
+    const auto sample = [](auto x, auto y, auto z, auto...) { return (x * x + 3 * y + z) % 3 == 0 ? 1 : 0; };
+    const io::MemoryImage values = makeImage(traits, sample);
+    io::MemoryImage binary = values;
+    binary.setInterpretation(RIX_BINARY);
+    for (const RankCase& c :
+         {RankCase{{3, 3, 3}, -1, 0.3, BorderPolicy::FIXED, 1}, RankCase{{}, 3, 0.5, BorderPolicy::FIXED, 1}}) {
+        RankCase negative = c;
+        negative.borderValue = -7;
+        EXPECT_TRUE(
+            imagesEqual(filterBy(values, nullptr, c, true), filterBy(binary, nullptr, negative, true), samplesOnly));
     }
 }
 

@@ -20,7 +20,7 @@ namespace rix::filtering::rank {
 /// along an axis (a radius of 511), and 2^20 in all.
 ///
 /// **Border.** Beyond its edges the image is mirrored with the edge voxel repeated (`MIRROR`), goes on with the edge
-/// voxel (`CONTINUE`), or has the value `borderValue` (`FIXED`).
+/// voxel (`CONTINUE`), or has the value `borderValue` (`FIXED`; of a binary image 1 unless that is 0).
 ///
 /// **Mask** `inputMaskImage`: optional; a `uint8` image of the same extents. Voxels where it is 0 don't count, in the
 /// window of whichever voxel; n is the number of those that do. Where a window has none, the input's voxel is kept.
@@ -34,9 +34,8 @@ namespace rix::filtering::rank {
 /// Results are exact: the same, bit for bit, on every level of optimisation and for every number of threads.
 ///
 /// @throws RuleException from `run` for an unset or empty image, a complex or vector image, a window without extent or
-/// too
-///         large, a rank outside [0, 1], a mask of another type or other extents, an unknown choice and a `borderValue`
-///         of NaN; ResizeImageError or MemoryError when there is no memory.
+///         too large, a rank outside [0, 1], a mask of another type or other extents, an unknown choice and a
+///         `borderValue` of NaN; ResizeImageError or MemoryError when there is no memory.
 /// Cost: small windows are sorted with networks of minima and maxima, whole vectors at a time. Large ones are counted
 /// in histograms of columns; that costs nearly the same for every size of a rectangle, in proportion to the radius for
 /// discs. Samples of more than 8 bits are replaced by their ranks within a tile for it. Memory: a tile a thread; see
