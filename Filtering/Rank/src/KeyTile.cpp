@@ -84,10 +84,10 @@ access::Plan cutTiles(const ImageModel& input, const RankWindow& window, const T
         plan.cut(axis, {(input.getNumOf(axis) + part - 1) / part});
     };
     // A tile is read with all that its windows reach, so even the smallest are more than some voxels.
-    cut(COLUMNS, size.columns, 16, TileExtents::mostColumns + 1 - window.columns);
-    cut(ROWS, size.rows, 8, TileExtents::mostRows + 1 - window.rows);
+    cut(COLUMNS, size.columns, 24, TileExtents::mostColumns + 1 - window.columns);
+    cut(ROWS, size.rows, 12, TileExtents::mostRows + 1 - window.rows);
     // Windows of one plane share no voxels with those of another.
-    cut(PLANS, size.planes, 1, window.planes == 1 ? 1 : TileExtents::mostPlanes + 1 - window.planes);
+    cut(PLANS, size.planes, 3, window.planes == 1 ? 1 : TileExtents::mostPlanes + 1 - window.planes);
     plan.cut(SEQUENCE, {.step = 1});
     plan.cut(SPECTRAL_SERIES, {.step = 1});
     return plan;
