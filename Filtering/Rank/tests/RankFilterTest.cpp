@@ -269,6 +269,29 @@ TEST(RankFilter, MediansAreRankOneHalf) {
     }
 }
 
+TEST(RankFilter, HoldsWhatItSaysWithoutAMask) {
+    for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT32}) {
+        const io::MemoryImage plane = makeRandomImage({.voxelType = type, .extents = {700, 400, 1, 1, 1}}, 5);
+        const io::MemoryImage narrow = makeRandomImage({.voxelType = type, .extents = {5, 400, 3, 1, 1}}, 5);
+        for (const ImageModel* const image : {&plane, &narrow}) {
+            for (const int extent : {3, 7, 15, 101}) {
+                MedianFilter2d filter;
+                io::MemoryImage output;
+                filter.settings().setMaximumNumberOfThreads(1);
+                filter.setInputImage(image);
+                filter.setKernelSizeX(extent);
+                filter.setKernelSizeY(extent);
+                filter.setOutputImage(&output);
+                const std::size_t stated = filter.describe().extraMemory;
+                filter.run();
+                EXPECT_LE(filter.getPeakExtraMemory(), stated) << helper::describeImage(*image) << ' ' << extent;
+                EXPECT_LE(stated, filter.getPeakExtraMemory() + 100000)
+                    << helper::describeImage(*image) << ' ' << extent;
+            }
+        }
+    }
+}
+
 TEST(RankFilter, RefusesWindowsThatItCannotCount) {
     const io::MemoryImage image = makeRandomImage({.extents = {9, 9, 2, 1, 1}}, 5);
     for (const RankCase& c : {RankCase{{0, 3, 1}}, RankCase{{3, 1024, 1}}, RankCase{{}, 512}}) {
