@@ -236,7 +236,7 @@ TEST(RankFilter, TakesImagesOfFewValues) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_FLOAT32}) {
         for (const int values : {1, 2}) {
             const io::MemoryImage image =
-                makeImage({.voxelType = type, .extents = {300, 60, 1, 1, 1}}, [&](auto x, auto y, auto...) {
+                makeImage({.voxelType = type, .extents = {150, 40, 1, 1, 1}}, [&](auto x, auto y, auto...) {
                     return values == 1 ? 7 : static_cast<int>((x * x + 3 * y) % 5 < 2 ? 200 : 3);
                 });
             for (const RankCase& c : {RankCase{{3, 3}}, RankCase{{15, 11}}, RankCase{{}, 4}}) {
