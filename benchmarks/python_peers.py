@@ -75,6 +75,13 @@ def families():
         lambda threads: rix.label_analysis(objects.view(np.uint32), bytes_, ALL_MEASURES, threads=threads),
         lambda: measure.regionprops_table(objects, bytes_, ALL_PROPERTIES, extra_properties=(made_of_values,)))
 
+    words = np.random.default_rng(3).integers(0, 65536, (2048, 2048), dtype=np.uint16)
+    for image, side in ((bytes_, 21), (bytes_, 101), (words, 5), (words, 21), (words, 101)):
+        window = np.ones((side, side), np.uint8)
+        yield "ranks", f"{image.dtype} {side}x{side}", "skimage.filters.rank.median", (
+            lambda threads, image=image, side=side: rix.median_filter_2d(image, "RECTANGLE", side, side, threads=threads),
+            lambda image=image, window=window: filters.rank.median(image, window))
+
     for shape in ((2048, 2048), (256, 256, 256)):
         dimensions = len(shape)
         mask, grey = blobs(shape)
@@ -102,6 +109,10 @@ def families():
         yield "uniform", text, "scipy.ndimage.uniform_filter", (
             lambda threads: box(grey, *sizes, auto_scale=True, threads=threads),
             lambda: ndimage.uniform_filter(grey, sizes))
+        median = rix.median_filter_2d if dimensions == 2 else rix.median_filter_3d
+        extents = {f"kernel_size_{axis}": 3 for axis in "xyz"[:dimensions]}
+        yield "median", text + " 3", "scipy.ndimage.median_filter", (
+            lambda threads: median(grey, **extents, threads=threads), lambda: ndimage.median_filter(grey, 3))
         yield "otsu", text, "skimage.filters.threshold_otsu", (
             lambda threads: rix.auto_thresholding_value(grey, threshold_criterion="FACTORISATION", threads=threads),
             lambda: filters.threshold_otsu(grey))
@@ -145,7 +156,7 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, labeling, uniform, otsu, regions; unless given, all")
+                        help="measures, ranks, labeling, uniform, median, otsu, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

@@ -159,3 +159,23 @@ def test_erosion_and_dilation(shape, dtype):
     erode, dilate = (rix.erosion_2d, rix.dilation_2d) if flat else (rix.erosion_3d, rix.dilation_3d)
     np.testing.assert_array_equal(erode(image, **element), ndimage.minimum_filter(image, footprint=ball))
     np.testing.assert_array_equal(dilate(image, **element), ndimage.maximum_filter(image, footprint=ball))
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "uint16", "float32", "float64"])
+@pytest.mark.parametrize("shape,sizes", [((90, 70), (5, 3)), ((61, 80), (21, 33)), ((14, 20, 17), (3, 5, 3))])
+def test_ranks(dtype, shape, sizes):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    median, rank = (rix.median_filter_2d, rix.rank_filter_2d) if flat else (rix.median_filter_3d, rix.rank_filter_3d)
+    image = random_array(dtype, shape)
+    extents = {f"kernel_size_{axis}": size for axis, size in zip("xyz", reversed(sizes))}
+    count = np.prod(sizes)
+    for policy, mode in [("MIRROR", "reflect"), ("CONTINUE", "nearest")]:
+        np.testing.assert_array_equal(median(image, **extents, border_policy=policy),
+                                      ndimage.median_filter(image, sizes, mode=mode))
+        for k in (0, count // 3, count - 1):
+            np.testing.assert_array_equal(rank(image, **extents, rank=k / (count - 1), border_policy=policy),
+                                          ndimage.rank_filter(image, k, sizes, mode=mode))
+    disc = sum(axis ** 2 for axis in np.meshgrid(*[np.arange(-4, 5)] * len(shape), indexing="ij")) <= 16
+    np.testing.assert_array_equal(median(image, window_shape="DISK" if flat else "BALL", radius=4),
+                                  ndimage.median_filter(image, footprint=disc))
