@@ -99,7 +99,7 @@ access::BoxNeeds needsOf(const Filter& filter) {
     const access::Reach::Axis axis{r, r};
     const double side = 2.0 * static_cast<double>(r) + 1.0;
     const double voxels = side * side * (ofVolumes<Filter> ? side : 1.0) * 0.7;
-    return {{axis, axis, ofVolumes<Filter> ? axis : access::Reach::Axis{}}, 0.8 * voxels};
+    return {{axis, axis, ofVolumes<Filter> ? axis : access::Reach::Axis{}}, 2.0 * voxels};  // at the portable level
 }
 
 /// Calls `average(rows, center, out, count)` for every row with the rows of its neighbours.

@@ -41,7 +41,8 @@ void declare(Filter& filter, algorithms::Properties& properties) {
                                                              .chosenType = [&filter] { return chosenType(filter); }}));
 }
 
-/// How images are cut: results do not depend on it. What lies around a block is summed for it as well.
+/// How images are cut: results do not depend on it. What lies around a block is summed for it as well, so that blocks
+/// are as large as that at least.
 access::Plan cutTiles(const ImageModel& input, std::size_t radius, bool isVolume) {
     access::Plan plan(helper::getExtents(input), access::JoinedAxes::None);
     if (plan.voxelCount() == 0) {
@@ -50,7 +51,8 @@ access::Plan cutTiles(const ImageModel& input, std::size_t radius, bool isVolume
     constexpr double nanoseconds = 10.0;
     plan.setSmall(static_cast<double>(plan.voxelCount()) * nanoseconds < access::smallWorkNanoseconds());
     const auto part = [&](std::size_t least, std::size_t radii) {
-        return access::AxisCut{1, access::scaledToBlocks(std::max(least, radii * radius)), 1};
+        const std::size_t scaled = access::scaledToBlocks(std::max(least, radii * radius));
+        return access::AxisCut{1, std::max(scaled, 4 * (radius + 1)), 1};
     };
     plan.cut(COLUMNS, isVolume ? part(128, 8) : part(512, 8));
     plan.cut(ROWS, isVolume ? part(32, 8) : part(256, 16));

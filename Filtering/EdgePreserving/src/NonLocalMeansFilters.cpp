@@ -55,7 +55,7 @@ access::BoxNeeds needsOf(const Filter& filter) {
     const auto side = static_cast<double>(2 * windows.search + 1);
     const double searched = side * side * static_cast<double>(2 * windows.searchPlanes + 1);
     return {{inPlane, inPlane, axis(windows.patchPlanes + windows.searchPlanes)},
-            searched * (1.0 + 0.2 * static_cast<double>(windows.patchRows()))};
+            searched * (4.0 + static_cast<double>(windows.patchRows()))};  // at the portable level
 }
 
 constexpr std::size_t vectorBytes = 64;
