@@ -179,3 +179,25 @@ def test_ranks(dtype, shape, sizes):
     disc = sum(axis ** 2 for axis in np.meshgrid(*[np.arange(-4, 5)] * len(shape), indexing="ij")) <= 16
     np.testing.assert_array_equal(median(image, window_shape="DISK" if flat else "BALL", radius=4),
                                   ndimage.median_filter(image, footprint=disc))
+
+
+@pytest.mark.parametrize("dtype", ["uint16", "float64"])
+@pytest.mark.parametrize("shape", [(40, 50), (13, 20, 17)])
+def test_guided_filter(shape, dtype):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = random_array(dtype, shape)
+    sharp = random_array(dtype, shape, seed=4)
+    contrast = 0.3 * np.abs(sharp.astype(np.float64)).max()
+    guided = rix.guided_filter_2d if len(shape) == 2 else rix.guided_filter_3d
+
+    def mean(values):
+        return ndimage.uniform_filter(values, 5)  # mirrors as ours does
+
+    for guide in (None, sharp):
+        v = image.astype(np.float64)
+        g = v if guide is None else guide.astype(np.float64)
+        slope = (mean(g * v) - mean(g) * mean(v)) / (mean(g * g) - mean(g) ** 2 + contrast ** 2)
+        expected = mean(slope) * g + mean(mean(v) - slope * mean(g))
+        result = guided(image, guide, kernel_radius=2, contrast=contrast)
+        off = 0.5001 if image.dtype.kind == "u" else 1e-9 * np.abs(v).max()
+        np.testing.assert_allclose(result, expected, rtol=0, atol=off)

@@ -21,7 +21,8 @@ const ImageRecipe candidateImages[] = {
 const std::optional<double> candidateNumbers[] = {std::nullopt, 3.0, 1.0, 0.5};
 
 /// In place of defaults with which a run takes long: most tests run an example many times.
-const std::map<String, double> quickNumbers{{"numberOfObjects", 6.0}};
+const std::map<String, double> quickNumbers{
+    {"numberOfObjects", 6.0}, {"searchRadius", 1.0}, {"kernelRadius", 2.0}, {"numberOfIterations", 3.0}};
 
 /// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less, colours last.
 const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}, {37, 21, 1, 1, 3}};

@@ -26,6 +26,12 @@ namespace {
 constexpr std::size_t rowAlignment = 64;
 constexpr std::size_t page = 4096;
 
+/// From row to row of the ring. @param bytes of a row's samples
+std::size_t ringRowBytes(std::size_t bytes) {
+    const std::size_t row = (bytes + rowAlignment - 1) / rowAlignment * rowAlignment + readableBytesBehindWindow;
+    return row + (row % page == 0 ? rowAlignment : 0);
+}
+
 std::size_t checkedBytes(std::size_t a, std::size_t b) {
     std::size_t product = 0;
     if (!helper::checkedMultiply(a, b, product)) {
@@ -74,9 +80,7 @@ WindowRows<T>::WindowRows(const ImageModel& image, const BorderCondition<T>* bor
     const std::size_t slots = checkedBytes(m_heldRows, m_heldPlanes);
     m_slots = Scratch(checkedBytes(slots, sizeof(Slot)));
     std::uninitialized_fill_n(m_slots.template as<Slot>(), slots, Slot{});
-    const std::size_t bytes = checkedBytes(m_columns, checkedBytes(m_samples, sizeof(T)));
-    m_rowBytes = (bytes + rowAlignment - 1) / rowAlignment * rowAlignment + readableBytesBehindWindow;
-    m_rowBytes += m_rowBytes % page == 0 ? rowAlignment : 0;
+    m_rowBytes = ringRowBytes(checkedBytes(m_columns, checkedBytes(m_samples, sizeof(T))));
 }
 
 template <class T>
@@ -197,13 +201,18 @@ std::size_t windowMemory(const ImageModel& input, const BoxNeeds& needs, std::si
     const bool holdsRows = plan.largestPart(PLANS) > 1 && sum(needs.reach.planes) > 0;
     const double rows = sum(needs.reach.rows) + (holdsRows ? static_cast<double>(plan.largestPart(ROWS)) : 1.0);
     const double columns = static_cast<double>(plan.largestPart(COLUMNS)) + sum(needs.reach.columns);
-    const double rowBytes =
-        columns * static_cast<double>(sampleBytes * helper::getElementNumber(input.getElementType())) +
-        2.0 * static_cast<double>(page);
-    const double slot = sizeof(std::int64_t) * 3.0;
-    const double bytes = static_cast<double>(threads) * (rows * (sum(needs.reach.planes) + 1) * (rowBytes + slot) +
-                                                         3 * rowBytes + 2.0 * static_cast<double>(page));
+    const double bytesOfSamples =
+        columns * static_cast<double>(sampleBytes * helper::getElementNumber(input.getElementType()));
     constexpr double most = 9e18;
+    if (bytesOfSamples >= most) {
+        return static_cast<std::size_t>(most);
+    }
+    const auto rowBytes = static_cast<double>(ringRowBytes(static_cast<std::size_t>(bytesOfSamples)));
+    constexpr double slot = sizeof(std::int64_t) * 3.0;
+    // Beside the ring and its slots a row of results, one on its way between types and one that is read; whole pages.
+    constexpr double pages = 5.0 * static_cast<double>(page);
+    const double bytes = static_cast<double>(threads) *
+                         (rows * (sum(needs.reach.planes) + 1) * (rowBytes + slot) + 3 * rowBytes + pages);
     return static_cast<std::size_t>(std::min(bytes, most));
 }
 

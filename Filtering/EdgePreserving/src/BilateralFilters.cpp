@@ -1,0 +1,233 @@
+// Both bilateral filters: the disc is a ball of one plane.
+
+#include <rix/filtering/smoothing/BilateralFilter2d.h>
+#include <rix/filtering/smoothing/BilateralFilter3d.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "EdgeFilter.h"
+
+namespace rix::filtering::smoothing {
+
+namespace {
+
+template <class Filter>
+constexpr bool ofVolumes = std::is_same_v<Filter, BilateralFilter3d>;
+
+template <class Filter>
+constexpr std::int32_t largestRadius = ofVolumes<Filter> ? 20 : 64;
+
+/// A voxel of the disc or ball.
+struct Neighbour {
+    std::int64_t x;
+    std::int64_t y;
+    std::int64_t z;
+    double squaredDistance;
+};
+
+/// Within the bounds that rules keep, also where they were not asked yet.
+template <class Filter>
+std::int64_t radiusOf(const Filter& filter) {
+    const std::int32_t radius = filter.getKernelRadius();
+    const double computed = std::ceil(3.0 * filter.getSpatialStandardDeviation());
+    const std::int32_t wanted =
+        computed < largestRadius<Filter> ? static_cast<std::int32_t>(std::max(computed, 1.0)) : largestRadius<Filter>;
+    return radius > 0 ? std::min(radius, largestRadius<Filter>) : wanted;
+}
+
+template <class Filter>
+std::vector<Neighbour> neighboursOf(const Filter& filter) {
+    const std::int64_t r = radiusOf(filter);
+    const std::int64_t planes = ofVolumes<Filter> ? r : 0;
+    std::vector<Neighbour> neighbours;
+    for (std::int64_t z = -planes; z <= planes; ++z) {
+        for (std::int64_t y = -r; y <= r; ++y) {
+            for (std::int64_t x = -r; x <= r; ++x) {
+                if (const std::int64_t square = x * x + y * y + z * z; square <= r * r) {
+                    neighbours.push_back({x, y, z, static_cast<double>(square)});
+                }
+            }
+        }
+    }
+    return neighbours;
+}
+
+/// A radius of 0 is computed, and may become too large; stands on the deviation that it follows from.
+template <class Filter>
+class RuleRadius : public Rules<Property<double>> {
+public:
+    explicit RuleRadius(const Filter& filter) : m_filter(filter) {}
+    void apply(Property<double>& property) override {
+        if (m_filter.getKernelRadius() == 0 && property.get() > largestRadius<Filter> / 3.0) {
+            String text = rules::parameterText(property);
+            text += " makes a radius above ";
+            text += std::to_string(largestRadius<Filter>);
+            text += '.';
+            rules::refuse(text);
+        }
+    }
+    String describe() const override {
+        String text("must not be above ");
+        text += std::to_string(largestRadius<Filter>);
+        text += " / 3 where the radius follows from it";
+        return text;
+    }
+
+private:
+    const Filter& m_filter;
+};
+
+template <class Filter>
+void declare(Filter& filter, algorithms::Properties& properties) {
+    properties.input(filter.inputImage, "The image that is smoothed.", AddRulesForRealImage());
+    declareRadius(properties, filter.kernelRadius, 0, largestRadius<Filter>,
+                  "Radius of the disc or ball; 0: ceil(3 s).");
+    declarePositive(properties, filter.spatialStandardDeviation, 1.0, "How fast weights fall with the distance.");
+    filter.spatialStandardDeviation.getImpl()->addRule(std::make_shared<RuleRadius<Filter>>(filter));
+    declarePositive(properties, filter.intensityStandardDeviation, 10.0, "How fast weights fall with the difference.");
+    declareResult(filter, properties);
+}
+
+template <class Filter>
+access::BoxNeeds needsOf(const Filter& filter) {
+    const auto r = static_cast<std::size_t>(radiusOf(filter));
+    const access::Reach::Axis axis{r, r};
+    const double side = 2.0 * static_cast<double>(r) + 1.0;
+    const double voxels = side * side * (ofVolumes<Filter> ? side : 1.0) * 0.7;
+    return {{axis, axis, ofVolumes<Filter> ? axis : access::Reach::Axis{}}, 2.0 * voxels};  // at the portable level
+}
+
+/// Calls `average(rows, center, out, count)` for every row with the rows of its neighbours.
+template <class Filter, class In, class Out, class Average>
+void averageRows(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level,
+                 const std::vector<Neighbour>& neighbours, const Average& average) {
+    const EdgeKernels<Out> kernels = edgeKernels<Out>(level);
+    const Rounding<Out> round(target, kernels);
+    const auto border = access::borderOf<In>(filter.getBorderPolicy(), filter.getBorderValue());
+    access::transformWindows<In, Out>(filter.executionContext(), input, *border, target, needsOf(filter),
+                                      [&](access::WindowRows<In>& window, const access::RowSegment& segment, Out* out) {
+                                          const RowArray<const In*> rows(neighbours.size());
+                                          const auto rowAt = [&](std::int64_t y, std::int64_t z) {
+                                              return window.row(static_cast<std::int64_t>(segment.row) + y,
+                                                                static_cast<std::int64_t>(segment.plane) + z);
+                                          };
+                                          for (std::size_t i = 0; i < neighbours.size(); ++i) {
+                                              rows[i] = rowAt(neighbours[i].y, neighbours[i].z) + neighbours[i].x;
+                                          }
+                                          average(rows.data(), rowAt(0, 0), out, segment.count);
+                                          round(out, segment.count);
+                                      });
+}
+
+template <class Filter, class T>
+void smooth(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level) {
+    const std::vector<Neighbour> neighbours = neighboursOf(filter);
+    const EdgeKernels<T> kernels = edgeKernels<T>(level);
+    const double s = filter.getSpatialStandardDeviation();
+    const double t = filter.getIntensityStandardDeviation();
+    const T factor = logarithmOfWeight<T>(0.5 / t / t);
+    std::vector<T> weights;
+    for (const Neighbour& each : neighbours) {
+        weights.push_back(logarithmOfWeight<T>(0.5 * each.squaredDistance / s / s));
+    }
+    averageRows<Filter, T, T>(filter, input, target, level, neighbours,
+                              [&](const T* const* rows, const T* center, T* out, std::size_t count) {
+                                  kernels.average({neighbours.size(), rows, weights.data()}, center, factor, out,
+                                                  count);
+                              });
+}
+
+/// Whether all differences are whole numbers of at most 8 bits, what lies beyond the edges included.
+template <class Filter>
+bool takesTable(const Filter& filter, const ImageModel& input) {
+    const double value = filter.getBorderValue();
+    const bool isByte = input.getVoxelType() == RIX_UINT8;
+    return (isByte || input.getVoxelType() == RIX_INT8) &&
+           (filter.getBorderPolicy() != access::BorderPolicy::FIXED ||
+            (value >= (isByte ? 0.0 : -128.0) && value <= (isByte ? 255.0 : 127.0) && std::floor(value) == value));
+}
+
+/// exp(-x / 2) of each, without those that count for nothing.
+std::vector<float> weightsOf(std::vector<double> x) {
+    constexpr std::size_t vector = 8;  // kernels read whole ones
+    const std::size_t count = x.size();
+    for (double& each : x) {
+        each = logarithmOfWeight<double>(0.5 * each);
+    }
+    x.resize(count + vector);
+    edgeKernels<double>(SCALAR).power(x.data(), count);
+    std::vector<float> weights(count);
+    std::transform(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(count), weights.begin(),
+                   [](double each) { return each < 1e-30 ? 0.0F : static_cast<float>(each); });
+    return weights;
+}
+
+/// The same of 8 bits: weights are looked up.
+template <class Filter>
+void smoothBytes(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level) {
+    const std::vector<Neighbour> neighbours = neighboursOf(filter);
+    const double s = filter.getSpatialStandardDeviation();
+    const double t = filter.getIntensityStandardDeviation();
+    std::vector<double> squares;
+    for (const Neighbour& each : neighbours) {
+        squares.push_back(each.squaredDistance / s / s);
+    }
+    const std::vector<float> weights = weightsOf(squares);
+    squares.clear();
+    for (int difference = 0; difference < 256; ++difference) {
+        squares.push_back(difference / t * (difference / t));
+    }
+    const std::vector<float> table = weightsOf(squares);
+    const AverageBytes average = averageBytes(level);
+    averageRows<Filter, std::int32_t, float>(
+        filter, input, target, level, neighbours,
+        [&](const std::int32_t* const* rows, const std::int32_t* center, float* out, std::size_t count) {
+            average({neighbours.size(), rows, weights.data()}, center, table.data(), out, count);
+        });
+}
+
+template <class Filter>
+void process(Filter& filter, OptimLevelType level) {
+    runApart(filter, [&](const ImageModel& input, ImageModel& target) {
+        if (takesTable(filter, input)) {
+            smoothBytes(filter, input, target, level);
+            return;
+        }
+        inWorkType(input,
+                   [&](auto tag) { smooth<Filter, typename decltype(tag)::type>(filter, input, target, level); });
+    });
+}
+
+template <class Filter>
+std::size_t memoryOf(const Filter& filter) {
+    return edgeMemory(*filter.getInputImage(), filter.getOutputImage(), chosenType(filter), needsOf(filter),
+                      filter.getMaximumThreads(), neighboursOf(filter).size() * sizeof(void*));
+}
+
+template <class Filter>
+constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
+    return {
+        .summary = summary,
+        .kind = AlgorithmKind::Neighbourhood,
+        .declare = &declare<Filter>,
+        .process = &process<Filter>,
+        .prepare = &algorithms::rememberMeaning<Filter>,
+        .influence = [](const Filter& filter) { return needsOf(filter).reach; },
+        .memory = &memoryOf<Filter>,
+    };
+}
+
+constexpr auto inPlanes = definitionOf<BilateralFilter2d>("Averages near voxels that are alike, plane by plane.");
+constexpr auto inVolumes = definitionOf<BilateralFilter3d>("Averages near voxels of a volume that are alike.");
+
+}  // namespace
+
+RIX_DEFINE_ALGORITHM_WITH(BilateralFilter2d, algorithms::InputMeaning, inPlanes)
+RIX_DEFINE_ALGORITHM_WITH(BilateralFilter3d, algorithms::InputMeaning, inVolumes)
+
+}  // namespace rix::filtering::smoothing

@@ -1,0 +1,173 @@
+#include "EdgeKernels.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "EdgeKernels.cpp"
+#include <rix/simd/KernelTargets.h>
+
+#include <cstdint>
+
+#include <hwy/highway.h>
+
+#include "Exponential-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::filtering::smoothing::HWY_NAMESPACE {
+
+/// Calls `compute(x)` for every vector of a row and writes what it gives; of the last as much as belongs to the row.
+template <class T, class Compute>
+HWY_INLINE void forEachVector(T* out, std::size_t count, const Compute& compute) {
+    const hn::ScalableTag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        hn::StoreU(compute(x), d, out + x);
+    }
+    if (x < count) {
+        HWY_ALIGN T last[HWY_LANES(T)];
+        hn::Store(compute(x), d, last);
+        for (std::size_t i = 0; x + i < count; ++i) {
+            out[x + i] = last[i];
+        }
+    }
+}
+
+template <class T>
+void average(const Taps<T>& taps, const T* center, T factor, T* out, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    const auto scale = hn::Set(d, factor);
+    forEachVector(out, count, [&](std::size_t x) HWY_ATTR {
+        const auto middle = hn::LoadU(d, center + x);
+        auto sum = hn::Zero(d);
+        auto weights = hn::Zero(d);
+        for (std::size_t i = 0; i < taps.count; ++i) {
+            const auto difference = hn::Sub(hn::LoadU(d, taps.rows[i] + x), middle);
+            const auto logarithm =
+                hn::Add(hn::Mul(hn::Mul(difference, difference), scale), hn::Set(d, taps.weights[i]));
+            const auto weight = powerOfTwo(d, logarithm);
+            sum = hn::Add(sum, hn::Mul(weight, difference));
+            weights = hn::Add(weights, weight);
+        }
+        return hn::Add(middle, hn::Div(sum, weights));
+    });
+}
+
+template <class T>
+void addPatch(const PatchPair<T>& pair, T* squares, T* sums, T* weights, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    for (std::size_t x = 0; x < count + 2 * pair.reach; x += lanes) {
+        auto sum = hn::Zero(d);
+        for (std::size_t i = 0; i < pair.rows; ++i) {
+            const auto difference = hn::Sub(hn::LoadU(d, pair.here[i] + x), hn::LoadU(d, pair.there[i] + x));
+            sum = hn::Add(sum, hn::Mul(difference, difference));
+        }
+        hn::StoreU(sum, d, squares + x);
+    }
+    const auto factor = hn::Set(d, pair.factor);
+    for (std::size_t x = 0; x < count; x += lanes) {
+        auto sum = hn::LoadU(d, squares + x);
+        for (std::size_t i = 1; i <= 2 * pair.reach; ++i) {
+            sum = hn::Add(sum, hn::LoadU(d, squares + x + i));
+        }
+        const auto weight = powerOfTwo(d, hn::Mul(sum, factor));
+        const auto difference = hn::Sub(hn::LoadU(d, pair.voxel + x), hn::LoadU(d, pair.center + x));
+        hn::StoreU(hn::Add(hn::LoadU(d, sums + x), hn::Mul(weight, difference)), d, sums + x);
+        // What a power makes of NaN is up to the processor; a patch that holds one shows in its weight.
+        const auto marked = hn::IfThenElse(hn::Eq(sum, sum), weight, sum);
+        hn::StoreU(hn::Add(hn::LoadU(d, weights + x), marked), d, weights + x);
+    }
+}
+
+template <class T>
+void divide(const T* sums, const T* weights, const T* center, T* out, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    forEachVector(out, count, [&](std::size_t x) HWY_ATTR {
+        return hn::Add(hn::LoadU(d, center + x), hn::Div(hn::LoadU(d, sums + x), hn::LoadU(d, weights + x)));
+    });
+}
+
+template <bool exponential, class T>
+void flow(const Flows<T>& flows, const T* center, T* out, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    forEachVector(out, count, [&](std::size_t x) HWY_ATTR {
+        const auto middle = hn::LoadU(d, center + x);
+        auto sum = hn::Zero(d);
+        for (std::size_t i = 0; i < flows.count; ++i) {
+            const auto difference = hn::Sub(hn::LoadU(d, flows.rows[i] + x), middle);
+            const auto square = hn::Mul(hn::Mul(difference, difference), hn::Set(d, flows.square[i]));
+            const auto driven = hn::Mul(difference, hn::Set(d, flows.step[i]));
+            if constexpr (exponential) {
+                sum = hn::Add(sum, hn::Mul(driven, powerOfTwo(d, square)));
+            } else {
+                sum = hn::Add(sum, hn::Div(driven, hn::Add(hn::Set(d, T{1}), square)));
+            }
+        }
+        return hn::Add(middle, sum);
+    });
+}
+
+template <class T>
+void round(T* row, std::size_t count, T lowest, T highest) {
+    const hn::ScalableTag<T> d;
+    forEachVector(row, count, [&](std::size_t x) HWY_ATTR {
+        const auto value = hn::LoadU(d, row + x);
+        const auto known = hn::IfThenElseZero(hn::Eq(value, value), value);
+        return hn::Min(hn::Max(hn::Round(known), hn::Set(d, lowest)), hn::Set(d, highest));
+    });
+}
+
+template <class T>
+void power(T* values, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    forEachVector(values, count, [&](std::size_t x) HWY_ATTR { return powerOfTwo(d, hn::LoadU(d, values + x)); });
+}
+
+template <class T>
+EdgeKernels<T> kernels() {
+    return {&average<T>, &addPatch<T>, &divide<T>, &flow<true, T>, &flow<false, T>, &round<T>, &power<T>};
+}
+
+void averageOfBytes(const ByteTaps& taps, const std::int32_t* center, const float* table, float* out,
+                    std::size_t count) {
+    const hn::ScalableTag<float> d;
+    const hn::ScalableTag<std::int32_t> di;
+    const auto last = hn::Set(di, 255);
+    forEachVector(out, count, [&](std::size_t x) HWY_ATTR {
+        const auto middle = hn::LoadU(di, center + x);
+        auto sum = hn::Zero(d);
+        auto weights = hn::Zero(d);
+        for (std::size_t i = 0; i < taps.count; ++i) {
+            const auto difference = hn::Sub(hn::LoadU(di, taps.rows[i] + x), middle);
+            // Behind the rows there is no telling; what is looked up has to be there.
+            const auto index = hn::And(hn::Abs(difference), last);
+            const auto weight = hn::Mul(hn::GatherIndex(d, table, index), hn::Set(d, taps.weights[i]));
+            sum = hn::Add(sum, hn::Mul(weight, hn::ConvertTo(d, difference)));
+            weights = hn::Add(weights, weight);
+        }
+        return hn::Add(hn::ConvertTo(d, middle), hn::Div(sum, weights));
+    });
+}
+AverageBytes bytes() {
+    return &averageOfBytes;
+}
+
+}  // namespace rix::filtering::smoothing::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rix::filtering::smoothing {
+
+template <class T>
+EdgeKernels<T> edgeKernels(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, kernels<T>());
+}
+
+AverageBytes averageBytes(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, bytes());
+}
+
+template EdgeKernels<float> edgeKernels<float>(OptimLevelType);
+template EdgeKernels<double> edgeKernels<double>(OptimLevelType);
+
+}  // namespace rix::filtering::smoothing
+#endif
