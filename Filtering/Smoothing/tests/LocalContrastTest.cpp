@@ -31,7 +31,7 @@ io::MemoryImage imageOf(VoxelTypes type) {
                      });
 }
 
-Volume samplesOf(const io::MemoryImage& image) {
+Volume volumeSamplesOf(const io::MemoryImage& image) {
     Volume values;
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         const auto samples = volumeOf<typename decltype(tag)::type>(image, 0, 0);
@@ -66,9 +66,9 @@ void checkUnsharpMask(VoxelTypes type, double deviation, bool isVolume) {
     const io::MemoryImage input = imageOf(type);
     const io::MemoryImage output = run(filter, input, deviation);
     EXPECT_EQ(output.getVoxelType(), type);
-    const Volume in = samplesOf(input);
+    const Volume in = volumeSamplesOf(input);
     const Volume mean = smooth(in, deviation, isVolume, 3);
-    const Volume out = samplesOf(output);
+    const Volume out = volumeSamplesOf(output);
     const bool isInteger = access::contains(access::Integers{}, type);
     for (std::size_t i = 0; i < in.size(); ++i) {
         double expected = in[i] + 1.7 * (in[i] - mean[i]);
@@ -94,12 +94,12 @@ void checkNormalization(VoxelTypes type, double deviation, bool isVolume, double
     const io::MemoryImage input = imageOf(type);
     const io::MemoryImage output = run(filter, input, deviation);
     EXPECT_EQ(output.getVoxelType(), type == RIX_FLOAT64 ? RIX_FLOAT64 : RIX_FLOAT32);
-    const Volume in = samplesOf(input);
+    const Volume in = volumeSamplesOf(input);
     Volume squares = in;
     std::transform(in.begin(), in.end(), squares.begin(), [](double value) { return value * value; });
     squares = smooth(squares, deviation, isVolume, 9);
     const Volume mean = smooth(in, deviation, isVolume, 3);
-    const Volume out = samplesOf(output);
+    const Volume out = volumeSamplesOf(output);
     for (std::size_t i = 0; i < in.size(); ++i) {
         ASSERT_NEAR(out[i], (in[i] - mean[i]) / std::sqrt(squares[i] - mean[i] * mean[i]), tolerance) << i;
     }
