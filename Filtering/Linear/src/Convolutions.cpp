@@ -34,7 +34,7 @@ namespace {
 
 /// From so many products a voxel on the Fourier transform is faster, in planes and in volumes.
 constexpr std::size_t mostProductsInPlanes = 180;
-constexpr std::size_t mostProductsInVolumes = 450;
+constexpr std::size_t mostProductsInVolumes = 125;
 
 constexpr double nanosecondsPerCheck = 0.3;
 constexpr double nanosecondsPerRounding = 1.0;

@@ -65,9 +65,9 @@ void expectTheFormulas(const io::MemoryImage& image, const std::array<int, 3>& w
         filter.setBorderPolicy(policy);
         filter.setBorderValue(9);
         const auto expectedOf = [&](bool isVariance) {
-            return samplesOf<double>(windowReference(image, RIX_FLOAT64, policy, 9, [&](const Neighbours& around) {
-                return formula(around, window, isVariance);
-            }));
+            return test::samplesOf<double>(
+                windowReference(image, RIX_FLOAT64, policy, 9,
+                                [&](const Neighbours& around) { return formula(around, window, isVariance); }));
         };
         const auto means = expectedOf(false);
         const auto variances = expectedOf(true);
@@ -76,7 +76,7 @@ void expectTheFormulas(const io::MemoryImage& image, const std::array<int, 3>& w
             const io::MemoryImage output = run(filter, image);
             const bool isDouble = image.getVoxelType() == RIX_FLOAT64;
             ASSERT_EQ(output.getVoxelType(), isDouble ? RIX_FLOAT64 : RIX_FLOAT32);
-            const auto results = samplesOf<double>(output);
+            const auto results = test::samplesOf<double>(output);
             const double e = isInteger ? 0.0 : (window[0] + window[1] + window[2] + 4) * 0x1p-52;
             const double last = isDouble ? 0x1p-52 : 0x1p-23;
             for (std::size_t i = 0; i < results.size(); ++i) {
@@ -128,9 +128,9 @@ TEST(LocalStatistics, AreExactAtTheEndsOfIntegers) {
                 const double low = Limits::min();
                 const double high = Limits::max();
                 filter.setStatistic(LocalStatistics2d::STANDARD_DEVIATION);
-                ASSERT_EQ(samplesOf<float>(run(filter, image))[1050], static_cast<float>((high - low) / 2));
+                ASSERT_EQ(test::samplesOf<float>(run(filter, image))[1050], static_cast<float>((high - low) / 2));
                 filter.setStatistic(LocalStatistics2d::MEAN);
-                ASSERT_EQ(samplesOf<float>(run(filter, image))[1050], static_cast<float>((high + low) / 2));
+                ASSERT_EQ(test::samplesOf<float>(run(filter, image))[1050], static_cast<float>((high + low) / 2));
             }
         });
     }
@@ -146,7 +146,7 @@ TEST(LocalStatistics, DoNotDrift) {
             LocalStatistics2d filter;
             setWindow(filter, {size, 3, 1});
             filter.setStatistic(LocalStatistics2d::VARIANCE);
-            const auto variances = samplesOf<double>(run(filter, image));
+            const auto variances = test::samplesOf<double>(run(filter, image));
             const auto reach = static_cast<std::size_t>(size / 2);
             for (std::size_t i = 0; i < variances.size(); ++i) {
                 const std::size_t x = i % 400;

@@ -12,7 +12,7 @@ namespace rix::filtering::linear {
 ///
 /// The three-dimensional form of `Convolution2d`, with which it shares formula, origin, types, border, exactness and
 /// failures; a kernel image may have several planes, and a kernel that is the product of three lines is applied as
-/// these. More than 450 products a voxel (as of 8 x 8 x 8 coefficients) go through the Fourier transform of
+/// these. More than 125 products a voxel (5 x 5 x 5 coefficients) go through the Fourier transform of
 /// `FourierConvolution3d`. Frames and channels are volumes of their own.
 ///
 /// Memory: the rows of all planes of a window, and for a product of three lines an image of `float32` (`float64` where
