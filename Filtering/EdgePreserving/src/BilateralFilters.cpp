@@ -102,32 +102,11 @@ access::BoxNeeds needsOf(const Filter& filter) {
     return {{axis, axis, ofVolumes<Filter> ? axis : access::Reach::Axis{}}, 2.0 * voxels};  // at the portable level
 }
 
-/// Calls `average(rows, center, out, count)` for every row with the rows of its neighbours.
-template <class Filter, class In, class Out, class Average>
-void averageRows(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level,
-                 const std::vector<Neighbour>& neighbours, const Average& average) {
-    const EdgeKernels<Out> kernels = edgeKernels<Out>(level);
-    const Rounding<Out> round(target, kernels);
-    const auto border = access::borderOf<In>(filter.getBorderPolicy(), filter.getBorderValue());
-    access::transformWindows<In, Out>(filter.executionContext(), input, *border, target, needsOf(filter),
-                                      [&](access::WindowRows<In>& window, const access::RowSegment& segment, Out* out) {
-                                          const RowArray<const In*> rows(neighbours.size());
-                                          const auto rowAt = [&](std::int64_t y, std::int64_t z) {
-                                              return window.row(static_cast<std::int64_t>(segment.row) + y,
-                                                                static_cast<std::int64_t>(segment.plane) + z);
-                                          };
-                                          for (std::size_t i = 0; i < neighbours.size(); ++i) {
-                                              rows[i] = rowAt(neighbours[i].y, neighbours[i].z) + neighbours[i].x;
-                                          }
-                                          average(rows.data(), rowAt(0, 0), out, segment.count);
-                                          round(out, segment.count);
-                                      });
-}
-
 template <class Filter, class T>
 void smooth(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level) {
     const std::vector<Neighbour> neighbours = neighboursOf(filter);
     const EdgeKernels<T> kernels = edgeKernels<T>(level);
+    const Rounding<T> round(target, kernels);
     const double s = filter.getSpatialStandardDeviation();
     const double t = filter.getIntensityStandardDeviation();
     const T factor = logarithmOfWeight<T>(0.5 / t / t);
@@ -135,69 +114,26 @@ void smooth(Filter& filter, const ImageModel& input, ImageModel& target, OptimLe
     for (const Neighbour& each : neighbours) {
         weights.push_back(logarithmOfWeight<T>(0.5 * each.squaredDistance / s / s));
     }
-    averageRows<Filter, T, T>(filter, input, target, level, neighbours,
-                              [&](const T* const* rows, const T* center, T* out, std::size_t count) {
-                                  kernels.average({neighbours.size(), rows, weights.data()}, center, factor, out,
-                                                  count);
-                              });
-}
-
-/// Whether all differences are whole numbers of at most 8 bits, what lies beyond the edges included.
-template <class Filter>
-bool takesTable(const Filter& filter, const ImageModel& input) {
-    const double value = filter.getBorderValue();
-    const bool isByte = input.getVoxelType() == RIX_UINT8;
-    return (isByte || input.getVoxelType() == RIX_INT8) &&
-           (filter.getBorderPolicy() != access::BorderPolicy::FIXED ||
-            (value >= (isByte ? 0.0 : -128.0) && value <= (isByte ? 255.0 : 127.0) && std::floor(value) == value));
-}
-
-/// exp(-x / 2) of each, without those that count for nothing.
-std::vector<float> weightsOf(std::vector<double> x) {
-    constexpr std::size_t vector = 8;  // kernels read whole ones
-    const std::size_t count = x.size();
-    for (double& each : x) {
-        each = logarithmOfWeight<double>(0.5 * each);
-    }
-    x.resize(count + vector);
-    edgeKernels<double>(SCALAR).power(x.data(), count);
-    std::vector<float> weights(count);
-    std::transform(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(count), weights.begin(),
-                   [](double each) { return each < 1e-30 ? 0.0F : static_cast<float>(each); });
-    return weights;
-}
-
-/// The same of 8 bits: weights are looked up.
-template <class Filter>
-void smoothBytes(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level) {
-    const std::vector<Neighbour> neighbours = neighboursOf(filter);
-    const double s = filter.getSpatialStandardDeviation();
-    const double t = filter.getIntensityStandardDeviation();
-    std::vector<double> squares;
-    for (const Neighbour& each : neighbours) {
-        squares.push_back(each.squaredDistance / s / s);
-    }
-    const std::vector<float> weights = weightsOf(squares);
-    squares.clear();
-    for (int difference = 0; difference < 256; ++difference) {
-        squares.push_back(difference / t * (difference / t));
-    }
-    const std::vector<float> table = weightsOf(squares);
-    const AverageBytes average = averageBytes(level);
-    averageRows<Filter, std::int32_t, float>(
-        filter, input, target, level, neighbours,
-        [&](const std::int32_t* const* rows, const std::int32_t* center, float* out, std::size_t count) {
-            average({neighbours.size(), rows, weights.data()}, center, table.data(), out, count);
-        });
+    const auto border = access::borderOf<T>(filter.getBorderPolicy(), filter.getBorderValue());
+    access::transformWindows<T, T>(filter.executionContext(), input, *border, target, needsOf(filter),
+                                   [&](access::WindowRows<T>& window, const access::RowSegment& segment, T* out) {
+                                       const RowArray<const T*> rows(neighbours.size());
+                                       const auto rowAt = [&](std::int64_t y, std::int64_t z) {
+                                           return window.row(static_cast<std::int64_t>(segment.row) + y,
+                                                             static_cast<std::int64_t>(segment.plane) + z);
+                                       };
+                                       for (std::size_t i = 0; i < neighbours.size(); ++i) {
+                                           rows[i] = rowAt(neighbours[i].y, neighbours[i].z) + neighbours[i].x;
+                                       }
+                                       kernels.average({neighbours.size(), rows.data(), weights.data()}, rowAt(0, 0),
+                                                       factor, out, segment.count);
+                                       round(out, segment.count);
+                                   });
 }
 
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     runApart(filter, [&](const ImageModel& input, ImageModel& target) {
-        if (takesTable(filter, input)) {
-            smoothBytes(filter, input, target, level);
-            return;
-        }
         inWorkType(input,
                    [&](auto tag) { smooth<Filter, typename decltype(tag)::type>(filter, input, target, level); });
     });

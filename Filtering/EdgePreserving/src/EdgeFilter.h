@@ -123,7 +123,7 @@ inline std::size_t edgeMemory(const ImageModel& input, const ImageModel* output,
                               access::BoxNeeds needs, std::size_t threads, std::size_t more) {
     const std::size_t sample = worksInDouble(input) ? sizeof(double) : sizeof(float);
     needs.heldBytesPerVoxel = sample;
-    constexpr std::size_t pages = 6 * access::Scratch::granularity;  // buffers are whole pages
+    constexpr std::size_t pages = 7 * access::Scratch::granularity;  // buffers are whole pages
     return access::windowMemory(input, needs, sample, threads) + threads * (more + pages) +
            access::writeApartMemory(input, output, outputType);
 }

@@ -4,8 +4,6 @@
 #define HWY_TARGET_INCLUDE "EdgeKernels.cpp"
 #include <rix/simd/KernelTargets.h>
 
-#include <cstdint>
-
 #include <hwy/highway.h>
 
 #include "Exponential-inl.h"
@@ -117,38 +115,8 @@ void round(T* row, std::size_t count, T lowest, T highest) {
 }
 
 template <class T>
-void power(T* values, std::size_t count) {
-    const hn::ScalableTag<T> d;
-    forEachVector(values, count, [&](std::size_t x) HWY_ATTR { return powerOfTwo(d, hn::LoadU(d, values + x)); });
-}
-
-template <class T>
 EdgeKernels<T> kernels() {
-    return {&average<T>, &addPatch<T>, &divide<T>, &flow<true, T>, &flow<false, T>, &round<T>, &power<T>};
-}
-
-void averageOfBytes(const ByteTaps& taps, const std::int32_t* center, const float* table, float* out,
-                    std::size_t count) {
-    const hn::ScalableTag<float> d;
-    const hn::ScalableTag<std::int32_t> di;
-    const auto last = hn::Set(di, 255);
-    forEachVector(out, count, [&](std::size_t x) HWY_ATTR {
-        const auto middle = hn::LoadU(di, center + x);
-        auto sum = hn::Zero(d);
-        auto weights = hn::Zero(d);
-        for (std::size_t i = 0; i < taps.count; ++i) {
-            const auto difference = hn::Sub(hn::LoadU(di, taps.rows[i] + x), middle);
-            // Behind the rows there is no telling; what is looked up has to be there.
-            const auto index = hn::And(hn::Abs(difference), last);
-            const auto weight = hn::Mul(hn::GatherIndex(d, table, index), hn::Set(d, taps.weights[i]));
-            sum = hn::Add(sum, hn::Mul(weight, hn::ConvertTo(d, difference)));
-            weights = hn::Add(weights, weight);
-        }
-        return hn::Add(hn::ConvertTo(d, middle), hn::Div(sum, weights));
-    });
-}
-AverageBytes bytes() {
-    return &averageOfBytes;
+    return {&average<T>, &addPatch<T>, &divide<T>, &flow<true, T>, &flow<false, T>, &round<T>};
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE
@@ -160,10 +128,6 @@ namespace rix::filtering::smoothing {
 template <class T>
 EdgeKernels<T> edgeKernels(OptimLevelType level) {
     return RIX_SELECT_KERNELS(level, kernels<T>());
-}
-
-AverageBytes averageBytes(OptimLevelType level) {
-    return RIX_SELECT_KERNELS(level, bytes());
 }
 
 template EdgeKernels<float> edgeKernels<float>(OptimLevelType);

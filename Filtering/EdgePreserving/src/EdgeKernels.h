@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
 #include <rix/algorithms/OptimLevel.h>
 
@@ -13,13 +12,6 @@ struct Taps {
     std::size_t count;
     const T* const* rows;
     const T* weights;  ///< binary logarithms
-};
-
-/// The same of voxels of 8 bits. What lies behind the rows may be anything.
-struct ByteTaps {
-    std::size_t count;
-    const std::int32_t* const* rows;
-    const float* weights;
 };
 
 /// Two patches a voxel apart everywhere in a row, as pairs of rows that are `reach` voxels longer at both ends.
@@ -61,16 +53,9 @@ struct EdgeKernels {
     void (*flowRational)(const Flows<T>& flows, const T* center, T* out, std::size_t count);
     /// To the nearest integer, ties to even, within bounds; NaN becomes 0. Rows have room for a whole last vector.
     void (*round)(T* row, std::size_t count, T lowest, T highest);
-    /// values = 2^values, of values from 0 down.
-    void (*power)(T* values, std::size_t count);
 };
 
 template <class T>
 EdgeKernels<T> edgeKernels(OptimLevelType level);
-
-/// out = the mean of the taps weighted by weight * table[|tap - center|], a table of 256 weights.
-using AverageBytes = void (*)(const ByteTaps& taps, const std::int32_t* center, const float* table, float* out,
-                              std::size_t count);
-AverageBytes averageBytes(OptimLevelType level);
 
 }  // namespace rix::filtering::smoothing

@@ -36,6 +36,10 @@ struct Windows {
     std::int64_t searchPlanes;
 
     std::size_t patchRows() const { return static_cast<std::size_t>((2 * patch + 1) * (2 * patchPlanes + 1)); }
+    /// How far rows and planes are looked at.
+    std::int64_t reach() const { return patch + search; }
+    std::int64_t planeReach() const { return patchPlanes + searchPlanes; }
+    std::size_t rows() const { return static_cast<std::size_t>((2 * reach() + 1) * (2 * planeReach() + 1)); }
 };
 
 template <class Filter>
@@ -60,12 +64,15 @@ access::BoxNeeds needsOf(const Filter& filter) {
 
 constexpr std::size_t vectorBytes = 64;
 
-/// What a row needs beside its window.
+/// The rows that a row is compared with, and what it needs beside them.
 template <class T>
 class PatchSums {
 public:
-    PatchSums(const Windows& windows, std::size_t count)
+    /// @param rowAt gives the row at a distance from that of the result
+    template <class RowAt>
+    PatchSums(const Windows& windows, std::size_t count, const RowAt& rowAt)
         : m_windows(windows),
+          m_rows(windows.rows()),
           m_here(windows.patchRows()),
           m_there(windows.patchRows()),
           m_squares(padded(count + static_cast<std::size_t>(2 * windows.patch))),
@@ -73,35 +80,54 @@ public:
           m_weights(padded(count)) {
         std::fill_n(m_sums.data(), padded(count), T{0});
         std::fill_n(m_weights.data(), padded(count), T{0});
-    }
-
-    /// Adds the voxels at an offset. @param rowAt gives the row at a distance from that of the result
-    template <class RowAt>
-    void add(const EdgeKernels<T>& kernels, const RowAt& rowAt, std::int64_t dx, std::int64_t dy, std::int64_t dz,
-             T factor, std::size_t count) {
-        std::size_t i = 0;
-        for (std::int64_t z = -m_windows.patchPlanes; z <= m_windows.patchPlanes; ++z) {
-            for (std::int64_t y = -m_windows.patch; y <= m_windows.patch; ++y, ++i) {
-                m_here[i] = rowAt(y, z) - m_windows.patch;
-                m_there[i] = rowAt(y + dy, z + dz) + dx - m_windows.patch;
+        const std::int64_t planes = windows.planeReach();
+        for (std::int64_t z = -planes; z <= planes; ++z) {
+            for (std::int64_t y = -windows.reach(); y <= windows.reach(); ++y) {
+                m_rows[indexOf(y, z)] = rowAt(y, z);
             }
         }
-        kernels.addPatch({i, m_here.data(), m_there.data(), static_cast<std::size_t>(m_windows.patch), factor,
-                          rowAt(dy, dz) + dx, rowAt(0, 0)},
+        forEachPatchRow([&](std::size_t i, std::int64_t y, std::int64_t z) { m_here[i] = row(y, z) - windows.patch; });
+    }
+
+    /// Adds the voxels at an offset.
+    void add(const EdgeKernels<T>& kernels, std::int64_t dx, std::int64_t dy, std::int64_t dz, T factor,
+             std::size_t count) {
+        forEachPatchRow([&](std::size_t i, std::int64_t y, std::int64_t z) {
+            m_there[i] = row(y + dy, z + dz) + dx - m_windows.patch;
+        });
+        kernels.addPatch({m_windows.patchRows(), m_here.data(), m_there.data(),
+                          static_cast<std::size_t>(m_windows.patch), factor, row(dy, dz) + dx, row(0, 0)},
                          m_squares.data(), m_sums.data(), m_weights.data(), count);
     }
+    const T* row(std::int64_t y, std::int64_t z) const { return m_rows[indexOf(y, z)]; }
     const T* sums() const { return m_sums.data(); }
     const T* weights() const { return m_weights.data(); }
 
     static std::size_t bytes(const Windows& windows, std::size_t count) {
-        return 2 * windows.patchRows() * sizeof(const T*) +
+        return (windows.rows() + 2 * windows.patchRows()) * sizeof(const T*) +
                (3 * padded(count) + static_cast<std::size_t>(2 * windows.patch)) * sizeof(T);
     }
 
 private:
     static std::size_t padded(std::size_t count) { return count + vectorBytes / sizeof(T); }
 
+    std::size_t indexOf(std::int64_t y, std::int64_t z) const {
+        return static_cast<std::size_t>((z + m_windows.planeReach()) * (2 * m_windows.reach() + 1) + y +
+                                        m_windows.reach());
+    }
+
+    template <class Use>
+    void forEachPatchRow(const Use& use) const {
+        std::size_t i = 0;
+        for (std::int64_t z = -m_windows.patchPlanes; z <= m_windows.patchPlanes; ++z) {
+            for (std::int64_t y = -m_windows.patch; y <= m_windows.patch; ++y, ++i) {
+                use(i, y, z);
+            }
+        }
+    }
+
     const Windows& m_windows;
+    RowArray<const T*> m_rows;
     RowArray<const T*> m_here;
     RowArray<const T*> m_there;
     RowArray<T> m_squares;
@@ -124,19 +150,19 @@ void smooth(Filter& filter, const ImageModel& input, ImageModel& target, OptimLe
                                            return window.row(static_cast<std::int64_t>(segment.row) + y,
                                                              static_cast<std::int64_t>(segment.plane) + z);
                                        };
-                                       PatchSums<T> sums(windows, segment.count);
+                                       PatchSums<T> sums(windows, segment.count, rowAt);
                                        access::Looks looks;
                                        const std::size_t hundredsOfNanoseconds =
                                            segment.count * (windows.patchRows() + 8) / 300 + 1;
                                        for (std::int64_t z = -windows.searchPlanes; z <= windows.searchPlanes; ++z) {
                                            for (std::int64_t y = -windows.search; y <= windows.search; ++y) {
                                                for (std::int64_t x = -windows.search; x <= windows.search; ++x) {
-                                                   sums.add(kernels, rowAt, x, y, z, factor, segment.count);
+                                                   sums.add(kernels, x, y, z, factor, segment.count);
                                                    looks.add(hundredsOfNanoseconds);
                                                }
                                            }
                                        }
-                                       kernels.divide(sums.sums(), sums.weights(), rowAt(0, 0), out, segment.count);
+                                       kernels.divide(sums.sums(), sums.weights(), sums.row(0, 0), out, segment.count);
                                        round(out, segment.count);
                                    });
 }
