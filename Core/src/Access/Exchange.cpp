@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <rix/access/BlockScheduler.h>
+#include <rix/access/Looks.h>
 #include <rix/access/MemoryAccount.h>
 
 #include "Access/Cutting.h"
@@ -141,6 +142,7 @@ void exchangeUntilStable(ExecutionContext& context, const Plan& tiles, std::size
             const double each = share / static_cast<double>(grid.colours() * std::max<std::size_t>(waiting.size(), 1));
             scheduler.forEach(waiting.size(), [&](std::size_t i) {
                 context.throwIfCancelled();
+                const RunOfThread runOfThread(context);
                 given[i] = body(tiles.block(waiting[i]), isFirst);
                 context.blockDone(each);
             });
