@@ -167,7 +167,7 @@ public:
         if (isFirst) {
             frame.forEachRowOfVoxels([&](std::size_t cell, std::size_t) {
                 m_kernels.compare(tile.grounds() + cell, rows.data(), rows.size(), std::is_floating_point_v<T>,
-                                  tile.levels() + cell, frame.columns());
+                                  tile.rowOfKeys(0), tile.rowOfKeys(1), tile.levels() + cell, frame.columns());
             });
             frame.forEachRowOfVoxels([&](std::size_t cell, std::size_t) {
                 if (m_kernels.settleStates(tile.levels() + cell, tile.grounds() + cell, rows.data(), rows.size(),

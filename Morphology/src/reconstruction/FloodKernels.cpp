@@ -90,17 +90,56 @@ bool settle(Key* levels, const Key* grounds, const NeighbourRow* rows, std::size
     return any != 0;
 }
 
-/// Adds what a neighbour at a distance tells. The state is the lowest of what the neighbours tell.
-template <class Key, bool hasNaN>
-HWY_INLINE void compareWith(const Key* keys, const Key* others, std::uint8_t* states, std::size_t count) {
-    constexpr Key nan = static_cast<Key>(nothing<Key> - 1);
+/// The keys that count for a neighbour: those of NaN for none.
+template <bool hasNaN, class Key>
+HWY_INLINE Key numberOr(Key key, Key other) {
+    return hasNaN && key == static_cast<Key>(nothing<Key> - 1) ? other : key;
+}
+
+/// Adds the neighbours in a row, three of which lie around each voxel or one beside it.
+template <bool hasNaN, bool isWide, class Key>
+HWY_INLINE void takeLimits(const Key* keys, const Key* others, Key* least, Key* largest, std::size_t count) {
     RIX_INDEPENDENT_ITERATIONS
     for (std::size_t x = 0; x < count; ++x) {
-        const bool isNumber = !hasNaN || others[x] != nan;
-        const std::uint8_t told = others[x] < keys[x]               ? LowerBeside
-                                  : others[x] > keys[x] && isNumber ? HigherBeside
-                                                                    : NothingBeside;
-        states[x] = told < states[x] ? told : states[x];
+        const Key own = keys[x];
+        const Key centre = numberOr<hasNaN>(others[x], own);
+        Key low = lower(least[x], centre);
+        Key high = higher(largest[x], centre);
+        if constexpr (isWide) {
+            const Key before = numberOr<hasNaN>(*(others + x - 1), own);
+            const Key behind = numberOr<hasNaN>(others[x + 1], own);
+            low = lower(lower(before, behind), low);
+            high = higher(higher(before, behind), high);
+        }
+        least[x] = low;
+        largest[x] = high;
+    }
+}
+
+template <bool hasNaN, class Key>
+HWY_INLINE void compareAll(const Key* keys, const NeighbourRow* rows, std::size_t rowCount, Key* least, Key* largest,
+                           std::uint8_t* states, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        least[x] = keys[x];
+        largest[x] = keys[x];
+    }
+    takeLimits<hasNaN, true>(keys, keys, least, largest, count);
+    for (std::size_t row = 0; row < rowCount; ++row) {
+        const Key* const others = keys + rows[row].offset;
+        if (rows[row].isWide) {
+            takeLimits<hasNaN, true>(keys, others, least, largest, count);
+        } else {
+            takeLimits<hasNaN, false>(keys, others, least, largest, count);
+        }
+    }
+    RIX_INDEPENDENT_ITERATIONS
+    for (std::size_t x = 0; x < count; ++x) {
+        constexpr std::uint8_t lowerBeside = LowerBeside;
+        constexpr std::uint8_t higherBeside = HigherBeside;
+        constexpr std::uint8_t nothingBeside = NothingBeside;
+        const bool isNaN = hasNaN && keys[x] == static_cast<Key>(nothing<Key> - 1);
+        const std::uint8_t state = largest[x] > keys[x] ? higherBeside : nothingBeside;
+        states[x] = least[x] < keys[x] || isNaN ? lowerBeside : state;
     }
 }
 
@@ -119,23 +158,12 @@ HWY_INLINE void forEachNeighbour(const NeighbourRow* rows, std::size_t rowCount,
 }
 
 template <class Key>
-void compare(const Key* keys, const NeighbourRow* rows, std::size_t rowCount, bool hasNaN, std::uint8_t* states,
-             std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-        states[x] = NothingBeside;
-    }
-    forEachNeighbour(rows, rowCount, [&](std::ptrdiff_t offset) HWY_ATTR {
-        if (hasNaN) {
-            compareWith<Key, true>(keys, keys + offset, states, count);
-        } else {
-            compareWith<Key, false>(keys, keys + offset, states, count);
-        }
-    });
+void compare(const Key* keys, const NeighbourRow* rows, std::size_t rowCount, bool hasNaN, Key* least, Key* largest,
+             std::uint8_t* states, std::size_t count) {
     if (hasNaN) {
-        constexpr Key nan = static_cast<Key>(nothing<Key> - 1);
-        for (std::size_t x = 0; x < count; ++x) {
-            states[x] = keys[x] == nan ? static_cast<std::uint8_t>(LowerBeside) : states[x];
-        }
+        compareAll<true>(keys, rows, rowCount, least, largest, states, count);
+    } else {
+        compareAll<false>(keys, rows, rowCount, least, largest, states, count);
     }
 }
 

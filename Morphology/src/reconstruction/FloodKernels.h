@@ -31,8 +31,9 @@ struct FloodKernels {
                    std::uint8_t* marks, std::size_t count);
 
     /// The states of voxels by their neighbours. A key of NaN has none and counts for none.
-    void (*compare)(const Key* keys, const NeighbourRow* rows, std::size_t rowCount, bool hasNaN, std::uint8_t* states,
-                    std::size_t count);
+    /// @param least, largest room for rows
+    void (*compare)(const Key* keys, const NeighbourRow* rows, std::size_t rowCount, bool hasNaN, Key* least,
+                    Key* largest, std::uint8_t* states, std::size_t count);
     /// Tells voxels once what neighbours of the same key know; like `settle`.
     bool (*settleStates)(std::uint8_t* states, const Key* keys, const NeighbourRow* rows, std::size_t rowCount,
                          std::uint8_t* least, std::uint8_t* marks, std::size_t count);

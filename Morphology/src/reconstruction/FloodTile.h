@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 #include <rix/access/Exchange.h>
@@ -141,7 +142,7 @@ public:
           m_grounds(frame.cells() * sizeof(Key)),
           m_places(frame.cells()),
           m_queue((frame.voxels() + 1) * sizeof(std::uint32_t)),
-          m_row(frame.pitch() * (sizeof(Level) + 1)) {
+          m_row(frame.pitch() * bytesInRows) {
         std::uint8_t* const places = m_places.as<std::uint8_t>();
         std::fill_n(places, frame.cells(), rim);
         frame.forEachRowOfVoxels(
@@ -152,21 +153,28 @@ public:
         using access::Scratch;
         return Scratch::held(frame.cells() * sizeof(Level)) + Scratch::held(frame.cells() * sizeof(Key)) +
                Scratch::held(frame.cells()) + Scratch::held((frame.voxels() + 1) * sizeof(std::uint32_t)) +
-               Scratch::held(frame.pitch() * (sizeof(Level) + 1));
+               Scratch::held(frame.pitch() * bytesInRows);
     }
 
     Level* levels() const { return m_levels.template as<Level>(); }
     Key* grounds() const { return m_grounds.template as<Key>(); }
-    /// Room for a row of levels, and for one of marks.
-    Level* rowOfLevels() const { return m_row.template as<Level>(); }
+    /// Room for two rows of keys, one of levels and one of marks.
+    Key* rowOfKeys(std::size_t row) const { return m_row.template as<Key>() + row * m_frame.pitch(); }
+    Level* rowOfLevels() const { return reinterpret_cast<Level*>(rowOfKeys(2)); }
     std::uint8_t* rowOfMarks() const { return reinterpret_cast<std::uint8_t*>(rowOfLevels() + m_frame.pitch()); }
 
     /// Lets the marked cells of a row wait.
     void pushMarked(std::size_t cell, const std::uint8_t* marks) {
         const std::size_t count = m_frame.columns();
-        for (std::size_t x = 0; x < count; ++x) {
-            if (marks[x] != 0) {
-                push(cell + x);
+        std::uint64_t eight = 0;
+        for (std::size_t x = 0; x < count; x += sizeof eight) {
+            const std::size_t some = std::min(count - x, sizeof eight);
+            eight = 0;
+            std::memcpy(&eight, marks + x, some);
+            for (std::size_t i = 0; eight != 0 && i < some; ++i) {
+                if (marks[x + i] != 0) {
+                    push(cell + x + i);
+                }
             }
         }
     }
@@ -235,6 +243,8 @@ private:
     static constexpr std::uint8_t idle = 0;
     static constexpr std::uint8_t waiting = 1;
     static constexpr std::uint8_t rim = 2;
+
+    static constexpr std::size_t bytesInRows = 2 * sizeof(Key) + sizeof(Level) + 1;
 
     std::uint8_t* places() const { return m_places.template as<std::uint8_t>(); }
 
