@@ -147,9 +147,11 @@ void process(Filter& filter, OptimLevelType level) {
             removeEdgeLabels<T>(context, input, output, space.axes);
             return;
         }
+        // Levels that begin no farther away than they have to, have a shorter way.
+        const T limit = input.getInterpretation() == RIX_BINARY ? T{isFiller<Filter> ? 1 : 0} : floodLimit<T>(extremum);
         reconstruct<T>(
             context, input, output, extremum, space, level,
-            [&](const FloodImages<T>& images) { startFromEdges(context, images, extremum, space); },
+            [&](const FloodImages<T>& images) { startFromEdges(context, images, limit, space); },
             [&](const FloodImages<T>& images) {
                 if constexpr (!isFiller<Filter>) {
                     takeFromGround(context, images);
@@ -170,7 +172,7 @@ std::size_t memoryOf(const Filter& filter) {
         return wholeInputBytes(input, output) + wholeOutputBytes(input, output, input.getVoxelType()) +
                std::min(threads, parts) * edgeVoxels(n, space.axes) * helper::getSizeOf(input.getVoxelType());
     }
-    return reconstructionBytes(input, output, space, threads);
+    return reconstructionBytes(input, output, space, threads) + wholeOutputBytes(input, output, input.getVoxelType());
 }
 
 template <class Filter>

@@ -78,11 +78,13 @@ public:
         Tile tile(frame);
         loadKeys(m_elements, frame, m_images.ground, tile.grounds(), &nothing<Key>);
         loadKeys(m_elements, frame, m_images.levels, tile.levels(), &nothing<Key>);
-        if (isFirst) {
+        const auto taken = isFirst ? typename Tile::Taken() : tile.take();
+        if (!isFirst && taken.lowered == 0) {
+            return 0;
+        }
+        if (isFirst || taken.lowered * 4 > taken.voxels) {  // what comes from all sides goes far
             sweep(frame, tile);
             settle(frame, tile);
-        } else if (!tile.take()) {
-            return 0;
         }
         tile.spread();
         frame.forEachRowOfVoxels([&](std::size_t cell, std::size_t offset) {
@@ -175,7 +177,7 @@ public:
                     tile.pushMarked(cell, tile.rowOfMarks());
                 }
             });
-        } else if (!tile.take()) {
+        } else if (tile.take().lowered == 0) {
             return 0;
         }
         tile.spread();

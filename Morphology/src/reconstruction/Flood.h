@@ -79,10 +79,9 @@ void forEachRowOf(access::ExecutionContext& context, const Extents& extents, std
     });
 }
 
-/// Levels that are the ground on the edges of planes or volumes, and the limit inside: a step of the run.
+/// Levels that are the ground on the edges of planes or volumes, and a limit of all ground inside: a step of the run.
 template <class T>
-void startFromEdges(access::ExecutionContext& context, const FloodImages<T>& images, Extremum extremum,
-                    const FloodSpace& space) {
+void startFromEdges(access::ExecutionContext& context, const FloodImages<T>& images, T limit, const FloodSpace& space) {
     const Extents& extents = images.extents;
     const auto isEdge = [&](std::size_t axis, std::size_t index) { return index == 0 || index + 1 == extents[axis]; };
     forEachRowOf(context, extents, sizeof(T), [&](const access::RowSegment& segment, std::size_t offset) {
@@ -93,7 +92,7 @@ void startFromEdges(access::ExecutionContext& context, const FloodImages<T>& ima
             return;
         }
         for (std::size_t x = 0; x < segment.count; ++x) {
-            levels[x] = isNaN(ground[x]) ? ground[x] : floodLimit<T>(extremum);
+            levels[x] = isNaN(ground[x]) ? ground[x] : limit;
         }
         for (const std::size_t x : {std::size_t{0}, segment.count - 1}) {
             levels[x] = isEdge(COLUMNS, segment.column + x) ? ground[x] : levels[x];

@@ -87,12 +87,13 @@ inline std::size_t wholeOutputBytes(const ImageModel& input, const ImageModel* o
                : 0;
 }
 
-/// The most bytes that `reconstruct` holds.
+/// The most bytes that `reconstruct` holds, but for a temporary for its output.
+/// @param output that may share memory with the ground
 inline std::size_t reconstructionBytes(const ImageModel& ground, const ImageModel* output, const FloodSpace& space,
                                        std::size_t threads) {
-    const VoxelTypes type = ground.getVoxelType();
-    return wholeInputBytes(ground, output) + wholeOutputBytes(ground, output, type) +
-           std::max(convertedRowBytes(ground, threads), floodBytes(helper::getExtents(ground), type, space, threads));
+    return wholeInputBytes(ground, output) +
+           std::max(convertedRowBytes(ground, threads),
+                    floodBytes(helper::getExtents(ground), ground.getVoxelType(), space, threads));
 }
 
 }  // namespace rix::morphology

@@ -1,7 +1,5 @@
 #include "reconstruction/FloodTile.h"
 
-#include <cstdlib>
-
 namespace rix::morphology {
 
 TileFrame::TileFrame(const access::Block& block, const Extents& extents, const FloodSpace& space)

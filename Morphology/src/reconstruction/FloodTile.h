@@ -52,7 +52,6 @@ public:
                 static_cast<std::ptrdiff_t>(pitch()) +
             place.x + 1);
     }
-    bool isInRim(const TilePlace& place) const { return sideOf(place) != access::neighbourAt(0, 0, 0); }
     /// The tile in which a place lies.
     access::NeighbourSet sideOf(const TilePlace& place) const {
         const auto side = [](std::ptrdiff_t at, std::size_t length) {
@@ -142,7 +141,8 @@ public:
           m_grounds(frame.cells() * sizeof(Key)),
           m_places(frame.cells()),
           m_queue((frame.voxels() + 1) * sizeof(std::uint32_t)),
-          m_row(frame.pitch() * bytesInRows) {
+          m_row(frame.pitch() * bytesInRows),
+          m_last(frame.voxels()) {
         std::uint8_t* const places = m_places.as<std::uint8_t>();
         std::fill_n(places, frame.cells(), rim);
         frame.forEachRowOfVoxels(
@@ -179,9 +179,14 @@ public:
         }
     }
 
-    /// Lowers what lies at the sides to what the rim leaves of it. @return whether that changed anything
-    bool take() {
-        bool any = false;
+    /// How many voxels at the sides were lowered, and how many there are.
+    struct Taken {
+        std::size_t lowered = 0;
+        std::size_t voxels = 0;
+    };
+    /// Lowers what lies at the sides to what the rim leaves of it.
+    Taken take() {
+        Taken taken;
         m_frame.forEachAtSides([&](const TilePlace& place) {
             const std::size_t cell = m_frame.cellAt(place);
             Level least = levels()[cell];
@@ -191,34 +196,52 @@ public:
                     least = std::min(least, Rule::offered(levels()[other], grounds()[other], grounds()[cell]));
                 }
             }
+            ++taken.voxels;
             if (least < levels()[cell]) {
                 levels()[cell] = least;
                 push(cell);
-                any = true;
+                ++taken.lowered;
             }
         });
-        return any;
+        return taken;
     }
 
     /// @throws ExceptionCancelation when the run was asked to stop
     void spread() {
-        const std::span<const std::ptrdiff_t> offsets = m_frame.offsets();
+        // Copies, which no level that is stored could change.
+        std::array<std::ptrdiff_t, 26> offsets{};
+        const std::size_t neighbours = m_frame.offsets().size();
+        std::copy_n(m_frame.offsets().begin(), neighbours, offsets.begin());
         Level* const level = levels();
         const Key* const ground = grounds();
+        std::uint8_t* const place = places();
+        std::uint32_t* const queue = m_queue.template as<std::uint32_t>();
+        const std::size_t last = m_last;
+        std::size_t begin = m_begin;
+        std::size_t end = m_end;
         access::Looks looks;
-        while (m_begin != m_end) {
-            const std::size_t cell = pop();
+        while (begin != end) {
+            const std::size_t cell = queue[begin];
+            begin = begin == last ? 0 : begin + 1;
+            place[cell] = idle;
             looks.add(1);
             const Level own = level[cell];
-            for (const std::ptrdiff_t offset : offsets) {
-                const std::size_t other = cell + static_cast<std::size_t>(offset);
-                const Level offered = Rule::offered(own, ground[cell], ground[other]);
-                if (offered < level[other] && places()[other] != rim) {
+            const Key from = ground[cell];
+            for (std::size_t i = 0; i < neighbours; ++i) {
+                const std::size_t other = cell + static_cast<std::size_t>(offsets[i]);
+                const Level offered = Rule::offered(own, from, ground[other]);
+                if (offered < level[other] && place[other] != rim) {
                     level[other] = offered;
-                    push(other);
+                    if (place[other] == idle) {
+                        place[other] = waiting;
+                        queue[end] = static_cast<std::uint32_t>(other);
+                        end = end == last ? 0 : end + 1;
+                    }
                 }
             }
         }
+        m_begin = begin;
+        m_end = end;
     }
 
     /// The tiles around this one that can be lowered by it.
@@ -254,14 +277,7 @@ private:
         }
         places()[cell] = waiting;
         m_queue.template as<std::uint32_t>()[m_end] = static_cast<std::uint32_t>(cell);
-        m_end = m_end == m_frame.voxels() ? 0 : m_end + 1;
-    }
-
-    std::size_t pop() {
-        const std::size_t cell = m_queue.template as<std::uint32_t>()[m_begin];
-        m_begin = m_begin == m_frame.voxels() ? 0 : m_begin + 1;
-        places()[cell] = idle;
-        return cell;
+        m_end = m_end == m_last ? 0 : m_end + 1;
     }
 
     const TileFrame& m_frame;
@@ -270,6 +286,7 @@ private:
     access::Scratch m_places;
     access::Scratch m_queue;
     access::Scratch m_row;
+    std::size_t m_last;  ///< place of the queue, which goes round
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
 };

@@ -165,7 +165,7 @@ std::size_t memoryOf(const Filter& filter) {
     const Extents extents = helper::getExtents(input);
     const VoxelTypes type = input.getVoxelType();
     if constexpr (!isBinaryResult<Filter>) {
-        return reconstructionBytes(input, output, space, threads);
+        return reconstructionBytes(input, output, space, threads) + wholeOutputBytes(input, output, type);
     }
     const std::size_t search =
         wholeOutputBytes(input, output, RIX_UINT8) +
@@ -173,8 +173,9 @@ std::size_t memoryOf(const Filter& filter) {
     if constexpr (!hasContrast<Filter>) {
         return wholeInputBytes(input, output) + search;
     }
+    // An input that is the output has another meaning by then, and is read through a copy.
     return access::TemporaryImage::bytes(input, type) +
-           std::max(reconstructionBytes(input, nullptr, space, threads), search);
+           std::max(reconstructionBytes(input, output, space, threads), search);
 }
 
 template <class Filter>

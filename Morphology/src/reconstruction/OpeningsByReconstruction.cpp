@@ -68,11 +68,13 @@ void process(Filter& filter, OptimLevelType level) {
 template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
+    const ImageModel* const output = filter.getOutputImage();
     const std::size_t threads = filter.getMaximumThreads();
+    const FloodSpace space = floodSpaceOf(filter.getNeighborhood());
     return access::TemporaryImage::bytes(input, input.getVoxelType()) +
-           std::max(
-               extremaBytes(input, elementOf(filter, spacingOf(filter)), false, threads),
-               reconstructionBytes(input, filter.getOutputImage(), floodSpaceOf(filter.getNeighborhood()), threads));
+           std::max(extremaBytes(input, elementOf(filter, spacingOf(filter)), false, threads),
+                    reconstructionBytes(input, output, space, threads) +
+                        wholeOutputBytes(input, output, input.getVoxelType()));
 }
 
 template <class Filter>

@@ -1,5 +1,4 @@
 #include <rix/algorithms/AbstractPrivateImplementation.h>
-#include <rix/algorithms/InputMeaning.h>
 #include <rix/morphology/ReconstructionByDilation2d.h>
 #include <rix/morphology/ReconstructionByDilation3d.h>
 #include <rix/morphology/ReconstructionByErosion2d.h>
