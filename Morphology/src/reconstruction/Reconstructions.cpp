@@ -47,7 +47,10 @@ void process(Filter& filter, OptimLevelType level) {
     access::dispatch(access::Reals{}, mask.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const auto start = [&](const FloodImages<T>& images) {
-            const Interpretations meaning = algorithms::stateOf<MarkerMeaning>(filter).meaning;
+            // Beside a binary mask any marker counts as 0 and 1, as the result has to.
+            const Interpretations meaning = mask.getInterpretation() == RIX_BINARY
+                                                ? RIX_BINARY
+                                                : algorithms::stateOf<MarkerMeaning>(filter).meaning;
             const access::Steps steps(context, 2);
             access::readAsItWas(*filter.getInputMarkerImage(), meaning, [&](const ImageModel& marker) {
                 const access::WholeInput<T> whole(context, marker, sharingBeside(marker, output));
@@ -67,9 +70,11 @@ std::size_t memoryOf(const Filter& filter) {
     const VoxelTypes type = mask.getVoxelType();
     const std::size_t tiles =
         floodBytes(helper::getExtents(mask), type, floodSpaceOf(filter.getNeighborhood()), threads);
-    return wholeInputBytes(mask, output) + wholeOutputBytes(mask, output, type) +
-           std::max({tiles, convertedRowBytes(mask, threads),
-                     wholeInputBytes(marker, output) + convertedRowBytes(marker, threads)});
+    const std::size_t markerCopy = mask.getInterpretation() == RIX_BINARY
+                                       ? access::Scratch::held(access::TemporaryImage::bytes(marker, type))
+                                       : wholeInputBytes(marker, output);
+    const std::size_t rows = std::max(convertedRowBytes(mask, threads), convertedRowBytes(marker, threads));
+    return wholeInputBytes(mask, output) + wholeOutputBytes(mask, output, type) + std::max(tiles, markerCopy + rows);
 }
 
 template <class Filter>

@@ -14,8 +14,8 @@ namespace rix::morphology {
 /// between neighbours.
 ///
 /// **Input** `inputMarkerImage`, `inputImage` (the mask): the same extents on all five axes and the same type, any real
-/// one (`uint8` to `float64`), scalar elements. Binary images count as 0 and 1. Every plane, for every sequence and
-/// spectral index, is reconstructed by itself.
+/// one (`uint8` to `float64`), scalar elements. Binary images count as 0 and 1, and so does any marker beside a binary
+/// mask. Every plane, for every sequence and spectral index, is reconstructed by itself.
 /// **Output** `outputImage`: takes extents, type, calibration and interpretation of the mask. It may be one of the
 /// inputs; the run then needs a copy of it.
 ///
