@@ -10,30 +10,30 @@ namespace rix::test {
 namespace {
 
 /// Which voxels touch.
-struct Connection {
+struct Touching {
     std::size_t axes;
     int neighborhood;
     int farthest;  ///< squared distance
 };
 
-constexpr Connection connections[] = {{2, 0, 1}, {2, 1, 2}, {3, 0, 1}, {3, 1, 2}, {3, 2, 3}};
+constexpr Touching touchings[] = {{2, 0, 1}, {2, 1, 2}, {3, 0, 1}, {3, 1, 2}, {3, 2, 3}};
 
 /// An operation of the family, by the name of its class.
 struct Operation {
     String name;
-    const Connection& connection;
+    const Touching& touching;
     std::map<String, const ImageModel*> inputs;
     double contrast = 0.0;
 
     io::MemoryImage run(int threads = 1, const std::shared_ptr<access::BlockScheduler>& scheduler = nullptr) const {
-        const String suffix = connection.axes == 2 ? "2d" : "3d";
+        const String suffix = touching.axes == 2 ? "2d" : "3d";
         const auto algorithm = AlgoInfo::fromName(name + suffix).createInstance(nullptr);
         algorithm->settings().setMaximumNumberOfThreads(threads);
         algorithm->setBlockScheduler(scheduler);
         for (const auto& [property, image] : inputs) {
             algorithms::propertyOf<const ImageModel*>(*algorithm, property) = image;
         }
-        algorithms::propertyOf<int>(*algorithm, "neighborhood") = connection.neighborhood;
+        algorithms::propertyOf<int>(*algorithm, "neighborhood") = touching.neighborhood;
         if (algorithm->getPropertyfromName("contrast") != nullptr) {
             algorithms::propertyOf<double>(*algorithm, "contrast") = contrast;
         }
@@ -68,28 +68,27 @@ io::MemoryImage imageOf(const Values& values, const ImageModel& like, VoxelTypes
 }
 
 /// -0 before +0.
-bool isBelow(double a, double b) {
+bool isUnder(double a, double b) {
     return a < b || (a == b && std::signbit(a) && !std::signbit(b));
 }
 
 /// Calls `use(q)` for the neighbours of a voxel that are no NaN.
 template <class Use>
-void forEachNeighbour(const Values& values, const Extents& n, const Connection& connection, std::size_t p,
-                      const Use& use) {
+void forEachNeighbour(const Values& values, const Extents& n, const Touching& touching, std::size_t p, const Use& use) {
     const auto at = [&](std::size_t axis, std::size_t stride) {
         return static_cast<std::int64_t>(p / stride % n[axis]);
     };
     const std::int64_t x = at(0, 1);
     const std::int64_t y = at(1, n[0]);
     const std::int64_t z = at(2, n[0] * n[1]);
-    for (int dz = connection.axes == 3 ? -1 : 0; dz <= (connection.axes == 3 ? 1 : 0); ++dz) {
+    for (int dz = touching.axes == 3 ? -1 : 0; dz <= (touching.axes == 3 ? 1 : 0); ++dz) {
         for (int dy = -1; dy <= 1; ++dy) {
             for (int dx = -1; dx <= 1; ++dx) {
                 const auto isInside = [](std::int64_t c, std::size_t length) {
                     return c >= 0 && c < static_cast<std::int64_t>(length);
                 };
                 const int distance = dx * dx + dy * dy + dz * dz;
-                if (distance == 0 || distance > connection.farthest || !isInside(x + dx, n[0]) ||
+                if (distance == 0 || distance > touching.farthest || !isInside(x + dx, n[0]) ||
                     !isInside(y + dy, n[1]) || !isInside(z + dz, n[2])) {
                     continue;
                 }
@@ -105,10 +104,10 @@ void forEachNeighbour(const Values& values, const Extents& n, const Connection& 
 }
 
 /// By dilation; of the negative values by erosion.
-Values reconstructed(const Values& mask, Values marker, const Extents& n, const Connection& connection) {
+Values reconstructed(const Values& mask, Values marker, const Extents& n, const Touching& touching) {
     for (std::size_t p = 0; p < mask.size(); ++p) {
         const double start = marker[p] == marker[p] ? marker[p] : -std::numeric_limits<double>::infinity();
-        marker[p] = mask[p] != mask[p] ? mask[p] : isBelow(start, mask[p]) ? start : mask[p];
+        marker[p] = mask[p] != mask[p] ? mask[p] : isUnder(start, mask[p]) ? start : mask[p];
     }
     for (bool changed = true; changed;) {
         changed = false;
@@ -116,10 +115,10 @@ Values reconstructed(const Values& mask, Values marker, const Extents& n, const 
             if (mask[p] != mask[p]) {
                 continue;
             }
-            forEachNeighbour(mask, n, connection, p, [&](std::size_t q) {
-                const double level = isBelow(marker[q], mask[p]) ? marker[q] : mask[p];
-                changed = changed || isBelow(marker[p], level);
-                marker[p] = isBelow(marker[p], level) ? level : marker[p];
+            forEachNeighbour(mask, n, touching, p, [&](std::size_t q) {
+                const double level = isUnder(marker[q], mask[p]) ? marker[q] : mask[p];
+                changed = changed || isUnder(marker[p], level);
+                marker[p] = isUnder(marker[p], level) ? level : marker[p];
             });
         }
     }
@@ -127,7 +126,7 @@ Values reconstructed(const Values& mask, Values marker, const Extents& n, const 
 }
 
 /// Of maxima; of the negative values of minima.
-Values marked(const Values& values, const Extents& n, const Connection& connection) {
+Values marked(const Values& values, const Extents& n, const Touching& touching) {
     Values marks(values.size(), 0.0);
     std::vector<bool> isDone(values.size(), false);
     for (std::size_t first = 0; first < values.size(); ++first) {
@@ -139,10 +138,10 @@ Values marked(const Values& values, const Extents& n, const Connection& connecti
         bool hasHigher = false;
         bool hasLower = false;
         for (std::size_t i = 0; i < plateau.size(); ++i) {
-            forEachNeighbour(values, n, connection, plateau[i], [&](std::size_t q) {
-                hasHigher = hasHigher || isBelow(values[first], values[q]);
-                hasLower = hasLower || isBelow(values[q], values[first]);
-                if (!isBelow(values[q], values[first]) && !isBelow(values[first], values[q]) && !isDone[q]) {
+            forEachNeighbour(values, n, touching, plateau[i], [&](std::size_t q) {
+                hasHigher = hasHigher || isUnder(values[first], values[q]);
+                hasLower = hasLower || isUnder(values[q], values[first]);
+                if (!isUnder(values[q], values[first]) && !isUnder(values[first], values[q]) && !isDone[q]) {
                     isDone[q] = true;
                     plateau.push_back(q);
                 }
@@ -184,9 +183,9 @@ VoxelTypes unsignedOf(VoxelTypes type) {
 }
 
 /// The result of an operation of a pair: `isDual` is the one by erosion, of minima, of dark.
-io::MemoryImage referenceOf(const Operation& operation, const io::MemoryImage& image, bool isDual) {
+io::MemoryImage expectedOf(const Operation& operation, const io::MemoryImage& image, bool isDual) {
     const Extents n = helper::getExtents(image);
-    const Connection& connection = operation.connection;
+    const Touching& touching = operation.touching;
     const bool isReal = image.getVoxelType() == RIX_FLOAT32 || image.getVoxelType() == RIX_FLOAT64;
     Values own = isDual ? negative(valuesOf(image)) : valuesOf(image);
     for (double& value : own) {
@@ -211,18 +210,18 @@ io::MemoryImage referenceOf(const Operation& operation, const io::MemoryImage& i
                         ? value
                         : std::max(value - (isReal ? operation.contrast : std::ceil(operation.contrast)), lowest);
         }
-        return reconstructed(own, rounded(marker, image), n, connection);
+        return reconstructed(own, rounded(marker, image), n, touching);
     };
     if (operation.name.find("ReconstructionBy") == 0) {
         const auto& marker = dynamic_cast<const io::MemoryImage&>(*operation.inputs.at("inputMarkerImage"));
         const Values start = isDual ? negative(valuesOf(marker)) : valuesOf(marker);
-        return like(back(reconstructed(own, start, n, connection)), image.getVoxelType());
+        return like(back(reconstructed(own, start, n, touching)), image.getVoxelType());
     }
     if (operation.name.find("Extended") == 0) {
-        return imageOf(marked(flattened(), n, connection), image, RIX_UINT8, RIX_BINARY);
+        return imageOf(marked(flattened(), n, touching), image, RIX_UINT8, RIX_BINARY);
     }
     if (operation.name.find("Regional") == 0) {
-        return imageOf(marked(own, n, connection), image, RIX_UINT8, RIX_BINARY);
+        return imageOf(marked(own, n, touching), image, RIX_UINT8, RIX_BINARY);
     }
     if (operation.name.find("RemoveBorderObjects") == 0) {
         Values start(own.size(), -std::numeric_limits<double>::infinity());
@@ -231,11 +230,11 @@ io::MemoryImage referenceOf(const Operation& operation, const io::MemoryImage& i
             const std::size_t y = p / n[0] % n[1];
             const std::size_t z = p / n[0] / n[1] % n[2];
             if (x == 0 || x + 1 == n[0] || y == 0 || y + 1 == n[1] ||
-                (connection.axes == 3 && (z == 0 || z + 1 == n[2]))) {
+                (touching.axes == 3 && (z == 0 || z + 1 == n[2]))) {
                 start[p] = own[p];
             }
         }
-        Values result = reconstructed(own, start, n, connection);
+        Values result = reconstructed(own, start, n, touching);
         for (std::size_t p = 0; p < own.size(); ++p) {
             result[p] = own[p] == result[p] ? 0.0 : own[p] - result[p];
         }
@@ -263,20 +262,20 @@ void compareFamily(const io::MemoryImage& image, const io::MemoryImage& marker, 
                                                          {"ExtendedMaxima", "ExtendedMinima"},
                                                          {"RegionalMaxima", "RegionalMinima"},
                                                          {"RemoveBorderObjects", nullptr}};
-    for (const Connection& connection : connections) {
+    for (const Touching& touching : touchings) {
         for (const auto& [first, second] : pairs) {
             for (const char* const name : {first, second}) {
                 if (name == nullptr || !sampling.takesNext()) {
                     continue;
                 }
                 SCOPED_TRACE(String(name) + " of " + helper::describeImage(image) + ", " +
-                             std::to_string(connection.axes) + " axes, neighborhood " +
-                             std::to_string(connection.neighborhood));
-                Operation operation{name, connection, {{"inputImage", &image}}, contrast};
+                             std::to_string(touching.axes) + " axes, neighborhood " +
+                             std::to_string(touching.neighborhood));
+                Operation operation{name, touching, {{"inputImage", &image}}, contrast};
                 if (String(name).find("ReconstructionBy") == 0) {
                     operation.inputs["inputMarkerImage"] = &marker;
                 }
-                expectOnAllWays(operation, referenceOf(operation, image, name == second));
+                expectOnAllWays(operation, expectedOf(operation, image, name == second));
             }
         }
     }
@@ -359,19 +358,19 @@ TEST(Reconstruction, TakesThinAndFlatImages) {
 
 TEST(Reconstruction, OpensAndClosesFromErosionsAndDilations) {
     const io::MemoryImage image = makeRandomImage({.voxelType = RIX_INT16, .extents = {40, 31, 7, 1, 1}}, 21);
-    for (const Connection& connection : connections) {
+    for (const Touching& touching : touchings) {
         for (const bool opens : {true, false}) {
-            const String suffix = connection.axes == 2 ? "2d" : "3d";
+            const String suffix = touching.axes == 2 ? "2d" : "3d";
             const auto first = AlgoInfo::fromName((opens ? "Erosion" : "Dilation") + suffix).createInstance(nullptr);
             io::MemoryImage marker;
             algorithms::propertyOf<const ImageModel*>(*first, "inputImage") = &image;
             algorithms::propertyOf<ImageModel*>(*first, "outputImage") = &marker;
             first->run();
             const Operation then{opens ? "ReconstructionByDilation" : "ReconstructionByErosion",
-                                 connection,
+                                 touching,
                                  {{"inputMarkerImage", &marker}, {"inputImage", &image}}};
             const Operation both{
-                opens ? "OpeningByReconstruction" : "ClosingByReconstruction", connection, {{"inputImage", &image}}};
+                opens ? "OpeningByReconstruction" : "ClosingByReconstruction", touching, {{"inputImage", &image}}};
             expectOnAllWays(both, then.run());
         }
     }
@@ -394,10 +393,8 @@ TEST(RemoveBorderObjects, TakesOutWholeLabels) {
     // A volume of two planes is nothing but faces.
     const io::MemoryImage inPlanes = draw("3", "123", false);
     const io::MemoryImage inVolumes = draw("3", "123", true);
-    EXPECT_TRUE(
-        imagesEqual(inPlanes, Operation{"RemoveBorderObjects", connections[0], {{"inputImage", &input}}}.run()));
-    EXPECT_TRUE(
-        imagesEqual(inVolumes, Operation{"RemoveBorderObjects", connections[2], {{"inputImage", &input}}}.run()));
+    EXPECT_TRUE(imagesEqual(inPlanes, Operation{"RemoveBorderObjects", touchings[0], {{"inputImage", &input}}}.run()));
+    EXPECT_TRUE(imagesEqual(inVolumes, Operation{"RemoveBorderObjects", touchings[2], {{"inputImage", &input}}}.run()));
 }
 
 }  // namespace
