@@ -1,6 +1,8 @@
 // Erosion and opening with elements of growing extents, 1 and 2 threads, beside OpenCV, and the roof of copying the
-// image.
+// image; then what floods: on hills with noise, and holes on smoothed noise. benchmarks/python_peers.py measures that
+// beside scikit-image and SciPy.
 
+#include <cmath>
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -11,9 +13,16 @@
 #include <rix/image/StridedImage.h>
 #include <rix/morphology/Erosion2d.h>
 #include <rix/morphology/Erosion3d.h>
+#include <rix/morphology/FillHoles2d.h>
+#include <rix/morphology/FillHoles3d.h>
+#include <rix/morphology/HMaxima2d.h>
+#include <rix/morphology/HMaxima3d.h>
 #include <rix/morphology/Opening2d.h>
+#include <rix/morphology/RegionalMaxima2d.h>
+#include <rix/morphology/RegionalMaxima3d.h>
 #include <rix/settings/Settings.h>
 
+#include "LabelingImages.h"
 #include "Yardstick.h"
 
 namespace rix::bench {
@@ -100,6 +109,53 @@ void registerOpenCv(const char* operation, VoxelTypes type, Element element, int
 void registerOpenCv(const char*, VoxelTypes, Element, int) {}
 #endif
 
+/// Hills some 200 pixels apart with noise of 32 levels, as photographs have it.
+io::MemoryImage hills(bool inSpace) {
+    io::MemoryImage image = randomImage(RIX_UINT8, inSpace ? depth : side, inSpace ? depth * depth : side);
+    const std::size_t columns = inSpace ? depth : side;
+    auto* const samples = image.getInternalBuffer();
+    for (std::size_t i = 0; i < side * side; ++i) {
+        const auto x = static_cast<double>(i % columns);
+        const auto y = static_cast<double>(i / columns % (inSpace ? depth : side));
+        const auto z = static_cast<double>(inSpace ? i / depth / depth : 0);
+        const double hill = 120 + 60 * std::sin(x / 37 + z / 29) * std::cos(y / 53);
+        samples[i] = static_cast<std::uint8_t>(hill + samples[i] % 32);
+    }
+    return image;
+}
+
+template <class Filter>
+void registerFlood(const char* operation, bool isBinary, bool inSpace, int threads) {
+    benchmark::RegisterBenchmark(
+        (std::string("rix/") + operation + "/u8/threads:" + std::to_string(threads)).c_str(),
+        [=](benchmark::State& state) {
+            const io::MemoryImage samples = isBinary ? imageNamed(inSpace ? "blobs3" : "blobs") : hills(inSpace);
+            ImageHeader header = helper::headerOf(samples);
+            if (inSpace) {
+                header.extents = {depth, depth, depth, 1, 1};
+            }
+            const StridedImage image(static_cast<const void*>(samples.getInternalBuffer()), header);
+            io::MemoryImage output;
+            Filter filter;
+            filter.settings().setMaximumNumberOfThreads(threads);
+            if constexpr (requires { filter.setContrast(20.0); }) {
+                filter.setContrast(20.0);
+            }
+            filter.setInputImage(&image);
+            if constexpr (requires { filter.setOutputBinaryImage(&output); }) {
+                filter.setOutputBinaryImage(&output);
+            } else {
+                filter.setOutputImage(&output);
+            }
+            filter.run();
+            for (auto _ : state) {
+                filter.run();
+            }
+        })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
 void registerAll() {
     using morphology::Erosion2d;
     using morphology::Erosion3d;
@@ -116,6 +172,12 @@ void registerAll() {
         for (const Element element : {Element{false, 3}, {false, 15}, {true, 3}, {true, 10}}) {
             registerOurs<Erosion3d>("erosion3d", RIX_UINT8, element, true, threads);
         }
+        registerFlood<morphology::HMaxima2d>("h_maxima", false, false, threads);
+        registerFlood<morphology::HMaxima3d>("h_maxima3d", false, true, threads);
+        registerFlood<morphology::RegionalMaxima2d>("regional_maxima", false, false, threads);
+        registerFlood<morphology::RegionalMaxima3d>("regional_maxima3d", false, true, threads);
+        registerFlood<morphology::FillHoles2d>("fill_holes", true, false, threads);
+        registerFlood<morphology::FillHoles3d>("fill_holes3d", true, true, threads);
         registerRoof("copy", side * side, side * side, threads);
     }
 }

@@ -42,6 +42,13 @@ def blobs(shape):
     return smooth > np.median(smooth) + 4, noise
 
 
+def hills(shape):
+    """Hills some 200 pixels apart with noise of 32 levels, as uint8."""
+    grid = np.indices(shape, sparse=True)
+    hill = 120 + 60 * np.sin(grid[-1] / 37 + (grid[0] / 29 if len(shape) == 3 else 0)) * np.cos(grid[-2] / 53)
+    return (hill + np.random.default_rng(4).integers(0, 32, shape)).astype(np.uint8)
+
+
 def discs(side, cell):
     """Labelled discs of several sizes, one in each square."""
     at = np.arange(side)
@@ -68,7 +75,7 @@ def made_of_values(region, grey):
 
 def families():
     from scipy import ndimage
-    from skimage import filters, measure
+    from skimage import filters, measure, morphology
 
     objects, bytes_ = discs(4096, 40), np.random.default_rng(2).integers(1, 255, (4096, 4096), dtype=np.uint8)
     yield "measures", "4096x4096, 10404", "skimage.measure.regionprops_table, the same list", (
@@ -116,6 +123,17 @@ def families():
         yield "otsu", text, "skimage.filters.threshold_otsu", (
             lambda threads: rix.auto_thresholding_value(grey, threshold_criterion="FACTORISATION", threads=threads),
             lambda: filters.threshold_otsu(grey))
+        maxima = rix.regional_maxima_2d if dimensions == 2 else rix.regional_maxima_3d
+        yield "maxima", text, "skimage.morphology.local_maxima", (
+            lambda threads: maxima(grey, threads=threads), lambda: morphology.local_maxima(grey))
+        lower = hills(shape)
+        flatten = rix.h_maxima_2d if dimensions == 2 else rix.h_maxima_3d
+        yield "flood", text, "skimage.morphology.reconstruction", (
+            lambda threads: flatten(lower, 20, threads=threads),
+            lambda: morphology.reconstruction(lower - 20, lower, footprint=ones))
+        fill = rix.fill_holes_2d if dimensions == 2 else rix.fill_holes_3d
+        yield "holes", text, "scipy.ndimage.binary_fill_holes", (
+            lambda threads: fill(mask, threads=threads), lambda: ndimage.binary_fill_holes(mask))
         yield "regions", text, "skimage.measure.regionprops_table", (
             lambda threads: rix.label_analysis(labels.view(np.uint32), grey, measures, threads=threads),
             lambda: regions(labels, grey))

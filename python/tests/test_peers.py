@@ -201,3 +201,43 @@ def test_guided_filter(shape, dtype):
         result = guided(image, guide, kernel_radius=2, contrast=contrast)
         off = 0.5001 if image.dtype.kind == "u" else 1e-9 * np.abs(v).max()
         np.testing.assert_allclose(result, expected, rtol=0, atol=off)
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32"])
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_reconstruction(shape, dtype):
+    morphology = pytest.importorskip("skimage.morphology")
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    family = {name: getattr(rix, f"{name}_{'2d' if flat else '3d'}") for name in (
+        "reconstruction_by_dilation", "reconstruction_by_erosion", "h_maxima", "regional_maxima", "regional_minima",
+        "fill_holes")}
+    image = random_array(dtype, shape)
+    seed = np.minimum(random_array(dtype, shape, seed=2), image)
+    for few, touching in [(1, "CONNECTIVITY_4" if flat else "CONNECTIVITY_6"),
+                          (len(shape), "CONNECTIVITY_8" if flat else "CONNECTIVITY_26")]:
+        ones = ndimage.generate_binary_structure(len(shape), few)
+        near = {"neighborhood": touching}
+        grown = family["reconstruction_by_dilation"](seed, image, **near)
+        np.testing.assert_array_equal(grown, morphology.reconstruction(seed, image, footprint=ones))
+        shrunk = family["reconstruction_by_erosion"](100 - seed, 100 - image, **near)
+        np.testing.assert_array_equal(shrunk, morphology.reconstruction(100 - seed, 100 - image, "erosion", ones))
+        # Their h_maxima is a mask with a rounding of its own; the definition is the reconstruction.
+        expected = morphology.reconstruction(image.astype(np.float64) - 20, image, footprint=ones)
+        expected = np.maximum(expected, 0) if dtype == "uint8" else expected
+        np.testing.assert_array_equal(family["h_maxima"](image, 20, **near), expected)
+        coarse = (image // 25).astype(dtype)
+        np.testing.assert_array_equal(family["regional_maxima"](coarse, **near), morphology.local_maxima(coarse, ones))
+        np.testing.assert_array_equal(family["regional_minima"](coarse, **near), morphology.local_minima(coarse, ones))
+        holes = ndimage.generate_binary_structure(len(shape), len(shape) if few == 1 else 1)
+        objects = image > 40
+        np.testing.assert_array_equal(family["fill_holes"](objects, **near),
+                                      ndimage.binary_fill_holes(objects, holes))
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_objects_at_the_border(shape):
+    segmentation = pytest.importorskip("skimage.segmentation")
+    remove = rix.remove_border_objects_2d if len(shape) == 2 else rix.remove_border_objects_3d
+    objects = blobs(shape)
+    np.testing.assert_array_equal(remove(objects), segmentation.clear_border(objects))

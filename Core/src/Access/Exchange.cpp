@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <rix/access/BlockScheduler.h>
+#include <rix/access/Looks.h>
 #include <rix/access/MemoryAccount.h>
 
 #include "Access/Cutting.h"
@@ -12,6 +13,9 @@
 namespace rix::access {
 
 namespace {
+
+/// Rows of tiles that are long enough hold a multiple of this: whole vectors, also of bytes.
+constexpr std::size_t vectorColumns = 64;
 
 /// The blocks of a plan as a grid of the axes on which work spreads.
 class Tiles {
@@ -114,8 +118,13 @@ Plan cutTiles(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents, const
     for (auto axis = order.begin(); axis != end; ++axis, --left) {
         const double edge = std::max(std::pow(voxels, 1.0 / static_cast<double>(left)), 1.0);
         const std::size_t extent = extents[*axis];
-        const std::size_t length = edge >= static_cast<double>(extent) ? extent : static_cast<std::size_t>(edge);
-        plan.cut(*axis, {ceilDivide(extent, length), 0, 1});
+        std::size_t length = edge >= static_cast<double>(extent) ? extent : static_cast<std::size_t>(edge);
+        std::size_t group = 1;
+        if (*axis == COLUMNS && 2 * length > vectorColumns && length < extent) {
+            group = vectorColumns;
+            length = std::max<std::size_t>((length + group / 2) / group, 1) * group;
+        }
+        plan.cut(*axis, {ceilDivide(extent, length), 0, group});
         voxels /= static_cast<double>(length);
     }
     for (std::size_t axis = needs.axes; axis < extents.size(); ++axis) {
@@ -141,6 +150,7 @@ void exchangeUntilStable(ExecutionContext& context, const Plan& tiles, std::size
             const double each = share / static_cast<double>(grid.colours() * std::max<std::size_t>(waiting.size(), 1));
             scheduler.forEach(waiting.size(), [&](std::size_t i) {
                 context.throwIfCancelled();
+                const RunOfThread runOfThread(context);
                 given[i] = body(tiles.block(waiting[i]), isFirst);
                 context.blockDone(each);
             });

@@ -32,9 +32,9 @@ namespace rix::morphology {
 /// @throws RuleException from `run` for an unset or empty image, a complex or vector image and an unknown
 /// neighbourhood;
 ///         MemoryError when there is no memory.
-/// Cost: some 40 to 70 ns a voxel of a binary image (blobs, two threads); up to ten times that for grey noise, whose
-/// levels fall many times before they are final. Memory: a queue of a few bytes a voxel of a tile a thread, and copies
-/// of images that are not one array in memory; see `describe`.
+/// Cost: some 15 ns a voxel of a binary image (blobs, one thread); three times that for hills with noise, whose levels
+/// fall many times before they are final. Memory: some bytes a voxel of a tile a thread, and copies of images that are
+/// not one array in memory; see `describe`.
 class RIX_EXPORT FillHoles2d : public BaseAlgorithm {
     RIX_ALGORITHM(FillHoles2d)
 
