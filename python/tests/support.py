@@ -47,7 +47,7 @@ def _example_inputs(name: str, image: Callable[[int], Any]) -> Dict[str, Any]:
     inputs: Dict[str, Any] = {}
     for item in rix.describe(name)["properties"]:
         # A kernel may be given in two ways, of which none is required by itself.
-        is_kernel = item["role"] == "image" and "Kernel" in item["name"]
+        is_kernel = item["role"] == "image" and "kernel" in item["name"]
         if item["direction"] == "out" or not (item["required"] or is_kernel):
             continue
         # Other values are sizes, mostly: zero was refused.
