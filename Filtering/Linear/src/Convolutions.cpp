@@ -1,12 +1,14 @@
 // Both convolutions: that of planes has no third axis.
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <memory>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include <rix/access/AllFinite.h>
 #include <rix/access/PointFilters.h>
@@ -54,10 +56,30 @@ VoxelTypes outputType(const Filter& filter) {
     return algorithms::voxelTypeOf(filter.getOutputType(), filter.getInputImage()->getVoxelType());
 }
 
+/// Binomial coefficients along each axis, divided by their sum.
+template <class Filter>
+KernelOf<Filter> defaultKernel() {
+    constexpr std::array<double, 3> weights{0.25, 0.5, 0.25};
+    std::vector<double> values;
+    for (const double ofPlane : ofVolumes<Filter> ? std::vector(weights.begin(), weights.end()) : std::vector{1.0}) {
+        for (const double ofRow : weights) {
+            for (const double ofColumn : weights) {
+                values.push_back(ofPlane * ofRow * ofColumn);
+            }
+        }
+    }
+    if constexpr (ofVolumes<Filter>) {
+        return {3, 3, 3, std::move(values)};
+    } else {
+        return {3, 3, std::move(values)};
+    }
+}
+
 template <class Filter>
 void declare(Filter& filter, algorithms::Properties& properties) {
     constexpr ImageDimension dimension = ofVolumes<Filter> ? ImageDimension::Any : ImageDimension::Only2d;
     properties.input(filter.inputImage, "The image that is convolved.", AddRulesForRealImage());
+    filter.kernel = defaultKernel<Filter>();
     properties.input(filter.kernel, "The coefficients; their origin is the element at half of each extent.",
                      AddRuleKernel<KernelOf<Filter>>());
     properties.input(filter.inputKernelImage, "The coefficients as an image, in place of the kernel.",

@@ -45,24 +45,19 @@ public:
 template <class Kernel>
 using AddRuleKernel = rules::RuleAdder<RuleKernel<Kernel>>;
 
-/// Of the kernel as an image: there where the value has no coefficients, and nowhere else; not too large, and finite.
+/// Of the kernel as an image: there where the value has no coefficients; not too large, and finite.
 template <class Kernel>
 class RuleKernelImage : public Rules<Property<const ImageModel*>> {
 public:
     explicit RuleKernelImage(const Property<Kernel>& kernel) : m_kernel(kernel) {}
     void apply(Property<const ImageModel*>& property) override {
         const ImageModel* const image = property.get();
-        const bool hasValues = !m_kernel.get().getValues().empty();
         if (image == nullptr) {
-            if (!hasValues) {
+            if (m_kernel.get().getValues().empty()) {
                 rules::refuse(rules::parameterText(property) + " must be set where " + rules::quotedName(m_kernel) +
                               " has no coefficients.");
             }
             return;
-        }
-        if (hasValues) {
-            rules::refuse(rules::parameterText(property) + " must not be set where " + rules::quotedName(m_kernel) +
-                          " has coefficients.");
         }
         std::size_t count = 1;
         for (const Components axis : {COLUMNS, ROWS, PLANS}) {
@@ -74,7 +69,7 @@ public:
     }
     String describe() const override {
         return "must be set where " + rules::quotedName(m_kernel) +
-               " has no coefficients, and nowhere else, and have finite ones, at most 2^18";
+               " has no coefficients, and have finite ones, at most 2^18";
     }
 
 private:

@@ -168,9 +168,12 @@ TEST(Convolution, TakesTheKernelFromAnImage) {
     Convolution2d ofImage;
     ofImage.setInputKernelImage(&kernel);
     EXPECT_EQ(samplesOf<float>(run(ofImage, image)), samplesOf<float>(run(ofValue, image)));
-    setKernel(ofImage, weights);
+    setKernel(ofImage, {{1, 1, 1}, {7}});
+    EXPECT_EQ(samplesOf<float>(run(ofImage, image)), samplesOf<float>(run(ofValue, image))) << "in place of the value";
+    ofImage.setInputKernelImage(nullptr);
+    ofImage.setKernel({});
     EXPECT_EQ(messageOf<RuleException>([&] { run(ofImage, image); }),
-              "The parameter \"inputKernelImage\" must not be set where \"kernel\" has coefficients.");
+              "The parameter \"inputKernelImage\" must be set where \"kernel\" has no coefficients.");
     ofValue.setKernel({1, 2, {1, nan}});
     EXPECT_EQ(messageOf<RuleException>([&] { run(ofValue, image); }),
               "The parameter \"kernel\" must have finite coefficients.");

@@ -164,6 +164,38 @@ Element Element::reflected() const {
     return element;
 }
 
+Element Element::within(const ImageModel& image) const {
+    const auto extents = helper::getExtents(image);
+    Offset farthest{};
+    for (std::size_t axis = 0; axis < farthest.size(); ++axis) {
+        farthest[axis] = static_cast<std::int64_t>(extents[axis]) - 1;
+    }
+    Element seen = *this;
+    if (m_isBox) {
+        for (std::size_t axis = 0; axis < farthest.size(); ++axis) {
+            seen.m_lowest[axis] = std::max(m_lowest[axis], -farthest[axis]);
+            seen.m_highest[axis] = std::min(m_highest[axis], farthest[axis]);
+            if (seen.m_lowest[axis] > seen.m_highest[axis]) {
+                return *this;
+            }
+        }
+        return seen;
+    }
+    seen.m_chords.clear();
+    for (const Chord& chord : m_chords) {
+        const std::int64_t begin = std::max(chord.first[0], -farthest[0]);
+        const std::int64_t end = std::min(chord.first[0] + chord.length, farthest[0] + 1);
+        if (begin < end && std::abs(chord.first[1]) <= farthest[1] && std::abs(chord.first[2]) <= farthest[2]) {
+            seen.m_chords.push_back({{begin, chord.first[1], chord.first[2]}, end - begin});
+        }
+    }
+    if (seen.m_chords.empty()) {
+        return *this;
+    }
+    seen.takeBounds();
+    return seen;
+}
+
 std::vector<Chord> Element::chords() const {
     if (!m_isBox) {
         return m_chords;

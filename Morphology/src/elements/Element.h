@@ -34,6 +34,9 @@ public:
 
     /// Turned around its origin.
     Element reflected() const;
+    /// What voxels of an image can see of that image through it: no offset is longer than from edge to edge. Elements
+    /// that see nothing stay as they are.
+    Element within(const ImageModel& image) const;
 
     bool isBox() const { return m_isBox; }
     /// Of a box, too.

@@ -105,11 +105,18 @@ Element elementFor(Extremum extremum, const Element& element) {
     return extremum == erosion ? element : element.reflected();
 }
 
+/// What a run takes of the element: where nothing lies beyond the edges, no more than the image can show, so that large
+/// elements cost no more in small or thin images.
+template <class Filter>
+Element neededOf(const Filter& filter, const Element& element) {
+    return filter.getBorderPolicy() == ElementBorderPolicy::NEUTRAL ? element.within(*filter.getInputImage()) : element;
+}
+
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const Passes passes = passesOf(filter);
-    const Element element = elementOfRun(filter, spacingOf(filter));
+    const Element element = neededOf(filter, elementOfRun(filter, spacingOf(filter)));
     const auto take = [&](const ImageModel& from, ImageModel& to, Extremum extremum, Difference difference,
                           const ImageModel* other) {
         const Element around = elementFor(extremum, element);
@@ -161,8 +168,8 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel* const output = filter.getOutputImage();
     const Passes passes = passesOf(filter);
     // As much for the reflected element.
-    std::size_t bytes =
-        extremaBytes(input, elementOf(filter, spacingOf(filter)), takesDifference(filter), filter.getMaximumThreads());
+    std::size_t bytes = extremaBytes(input, neededOf(filter, elementOf(filter, spacingOf(filter))),
+                                     takesDifference(filter), filter.getMaximumThreads());
     if (passes.first) {
         bytes += access::TemporaryImage::bytes(input, input.getVoxelType());
     }

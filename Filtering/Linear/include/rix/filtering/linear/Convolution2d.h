@@ -19,8 +19,8 @@ namespace rix::filtering::linear {
 ///
 /// **Input** `inputImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`). The
 /// coefficients are those of `kernel`, or the voxels of `inputKernelImage`: one plane, one frame, one channel, scalar,
-/// of any real type. One of both is set; there are 1 to 2^18 finite coefficients. The kernel may be larger than the
-/// image.
+/// of any real type. An image of them takes the place of the kernel; there are 1 to 2^18 finite coefficients. The
+/// kernel may be larger than the image.
 /// **Output** `outputImage`: the input's extents, calibration and colour interpretation; interpretation value;
 /// `float32`, or with `outputType` `SAME_AS_INPUT` the input's type. It may be the input image when the type stays; the
 /// run may then need a temporary image.
@@ -41,10 +41,10 @@ namespace rix::filtering::linear {
 /// optimisation, for every number of threads and every storage; through the Fourier transform they may depend on the
 /// processor. NaN and infinities reach the windows that hold them, where the coefficient is not 0.
 ///
-/// @throws RuleException from `run` for an unset or empty image, a complex or vector image, a kernel that is unset, set
-///         twice, not finite, too large, of several planes, frames or channels, an unknown choice, a `borderValue` of
-///         NaN, an in-place output of another type, and an output that is the kernel image; ResizeImageError or
-///         MemoryError when there is no memory.
+/// @throws RuleException from `run` for an unset or empty image, a complex or vector image, a kernel that has no
+///         coefficients, is not finite, too large, of several planes, frames or channels, an unknown choice, a
+///         `borderValue` of NaN, an in-place output of another type, and an output that is the kernel image;
+///         ResizeImageError or MemoryError when there is no memory.
 /// Cost: a multiplication and an addition a product; at most that of `FourierConvolution2d` in images that are finite.
 /// Memory: the rows of a window and the coefficients a thread; see `describe`.
 class RIX_EXPORT Convolution2d : public BaseAlgorithm {
@@ -64,7 +64,7 @@ class RIX_EXPORT Convolution2d : public BaseAlgorithm {
     using enum algorithms::OutputType;
 
     RIX_INPUT(const ImageModel*, InputImage, inputImage)
-    /// Default none: then there is an image of them.
+    /// Default: binomial coefficients, 3 x 3, with the sum 1.
     RIX_INPUT(kernel::Kernel2D, Kernel, kernel)
     RIX_INPUT(const ImageModel*, InputKernelImage, inputKernelImage)
     /// Default `CONVOLUTION`.

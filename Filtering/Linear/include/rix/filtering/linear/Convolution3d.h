@@ -34,7 +34,7 @@ class RIX_EXPORT Convolution3d : public BaseAlgorithm {
     using enum algorithms::OutputType;
 
     RIX_INPUT(const ImageModel*, InputImage, inputImage)
-    /// Default none: then there is an image of them.
+    /// Default: binomial coefficients, 3 x 3 x 3, with the sum 1.
     RIX_INPUT(kernel::Kernel3D, Kernel, kernel)
     RIX_INPUT(const ImageModel*, InputKernelImage, inputKernelImage)
     /// Default `CONVOLUTION`.
