@@ -30,7 +30,7 @@ struct Shared {
           border(job.border == ElementBorderPolicy::NEUTRAL
                      ? nullptr
                      : access::borderOf<T>(policyOf(job.border), job.borderValue)),
-          element(job.element),
+          element(neededOf(job.element, input, job.border)),
           chords(element.isBox() ? std::vector<Chord>() : element.chords()),
           reach(element.reach()),
           kernels(elementKernels<T>(job.extremum, level)),
@@ -46,7 +46,7 @@ struct Shared {
     std::array<std::size_t, RIX_COMPONENTS_SIZE> extents;
     ImageModelProxy proxy;
     std::shared_ptr<const access::BorderCondition<T>> border;  ///< null where nothing lies beyond the edges
-    const Element& element;
+    Element element;
     std::vector<Chord> chords;
     access::Reach reach;
     ElementKernels<T> kernels;

@@ -24,6 +24,7 @@
 
 #include "ElementMinimum.h"
 #include "ElementProperties.h"
+#include "IsOneOf.h"
 
 namespace rix::morphology {
 
@@ -39,9 +40,6 @@ struct Passes {
 
 constexpr auto erosion = Extremum::Minimum;
 constexpr auto dilation = Extremum::Maximum;
-
-template <class Filter, class... Classes>
-constexpr bool isOneOf = (std::is_same_v<Filter, Classes> || ...);
 
 template <class Filter>
 constexpr bool isGradient = isOneOf<Filter, MorphologicalGradient2d, MorphologicalGradient3d>;
@@ -68,11 +66,6 @@ Passes passesOf(const Filter& filter) {
     } else {
         return {dilation, erosion, Difference::ResultLessImage};
     }
-}
-
-template <class Filter>
-SpacingOf spacingOf(const Filter& filter) {
-    return [&filter](Components axis) { return filter.getInputImage()->getSpacingOf(axis); };
 }
 
 template <class Filter>
@@ -105,18 +98,11 @@ Element elementFor(Extremum extremum, const Element& element) {
     return extremum == erosion ? element : element.reflected();
 }
 
-/// What a run takes of the element: where nothing lies beyond the edges, no more than the image can show, so that large
-/// elements cost no more in small or thin images.
-template <class Filter>
-Element neededOf(const Filter& filter, const Element& element) {
-    return filter.getBorderPolicy() == ElementBorderPolicy::NEUTRAL ? element.within(*filter.getInputImage()) : element;
-}
-
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const Passes passes = passesOf(filter);
-    const Element element = neededOf(filter, elementOfRun(filter, spacingOf(filter)));
+    const Element element = elementOfRun(filter, spacingOf(filter));
     const auto take = [&](const ImageModel& from, ImageModel& to, Extremum extremum, Difference difference,
                           const ImageModel* other) {
         const Element around = elementFor(extremum, element);
@@ -168,7 +154,7 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel* const output = filter.getOutputImage();
     const Passes passes = passesOf(filter);
     // As much for the reflected element.
-    std::size_t bytes = extremaBytes(input, neededOf(filter, elementOf(filter, spacingOf(filter))),
+    std::size_t bytes = extremaBytes(input, elementOf(filter, spacingOf(filter)), filter.getBorderPolicy(),
                                      takesDifference(filter), filter.getMaximumThreads());
     if (passes.first) {
         bytes += access::TemporaryImage::bytes(input, input.getVoxelType());

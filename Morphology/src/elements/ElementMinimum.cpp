@@ -69,7 +69,13 @@ void takeExtrema(access::ExecutionContext& context, const ImageModel& input, Ima
     });
 }
 
-std::size_t extremaBytes(const ImageModel& input, const Element& element, bool takesDifference, std::size_t threads) {
+Element neededOf(const Element& element, const ImageModel& input, ElementBorderPolicy border) {
+    return border == ElementBorderPolicy::NEUTRAL ? element.within(input) : element;
+}
+
+std::size_t extremaBytes(const ImageModel& input, const Element& chosen, ElementBorderPolicy border,
+                         bool takesDifference, std::size_t threads) {
+    const Element element = neededOf(chosen, input, border);
     const std::size_t keyBytes = helper::getSizeOf(input.getVoxelType());
     const access::Plan plan = planElement(input, element, keyBytes);
     const ElementBlock block =

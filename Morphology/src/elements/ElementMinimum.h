@@ -34,8 +34,13 @@ enum class Difference : std::uint8_t {
 void takeExtrema(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const ElementJob& job,
                  Difference difference, const ImageModel* image, OptimLevelType level);
 
+/// What such a run takes of an element: where nothing lies beyond the edges, no more than the image can show, so that
+/// large elements cost no more in small or thin images.
+Element neededOf(const Element& element, const ImageModel& input, ElementBorderPolicy border);
+
 /// The most bytes that such a run holds.
-std::size_t extremaBytes(const ImageModel& input, const Element& element, bool takesDifference, std::size_t threads);
+std::size_t extremaBytes(const ImageModel& input, const Element& element, ElementBorderPolicy border,
+                         bool takesDifference, std::size_t threads);
 
 /// The type that holds all differences of two voxels of a type.
 VoxelTypes differenceTypeOf(VoxelTypes type);

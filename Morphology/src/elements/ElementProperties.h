@@ -22,13 +22,24 @@ constexpr bool ofVolumes = std::is_base_of_v<ElementOwner3d, Owner>;
 template <class Owner>
 using OwnerOf = std::conditional_t<ofVolumes<Owner>, ElementOwner3d, ElementOwner2d>;
 
+using SpacingOf = std::function<double(Components)>;
+
+/// The spacing of the image that an owner reads; of one that reads none its own.
+template <class Owner>
+SpacingOf spacingOf(const Owner& owner) {
+    if constexpr (requires { owner.getInputImage(); }) {
+        return [&owner](Components axis) { return owner.getInputImage()->getSpacingOf(axis); };
+    } else {
+        return [&owner](Components axis) { return owner.getSpacing()[static_cast<std::size_t>(axis)]; };
+    }
+}
+
 /// Names the properties of the element.
 void declareElement(ElementOwner2d& owner, algorithms::Properties& properties);
 void declareElement(ElementOwner3d& owner, algorithms::Properties& properties);
 
 /// Radius per spacing, checked like the lengths of other filters.
 /// @param spacingOf what a length in the world is divided by; asked for `WORLD` only
-using SpacingOf = std::function<double(Components)>;
 void addRadiusRule(ElementOwner2d& owner, SpacingOf spacingOf);
 void addRadiusRule(ElementOwner3d& owner, SpacingOf spacingOf);
 

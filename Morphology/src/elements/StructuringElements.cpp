@@ -16,11 +16,6 @@ namespace rix::morphology {
 
 namespace {
 
-template <class Owner>
-SpacingOf spacingOf(const Owner& owner) {
-    return [&owner](Components axis) { return owner.getSpacing()[static_cast<std::size_t>(axis)]; };
-}
-
 /// Just large enough with the origin at half of each extent.
 template <class Owner>
 ImageHeader headerOf(const Owner& owner) {

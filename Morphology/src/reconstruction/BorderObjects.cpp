@@ -9,6 +9,7 @@
 #include <rix/morphology/RemoveBorderObjects3d.h>
 #include <rix/simd/Loops.h>
 
+#include "IsOneOf.h"
 #include "elements/ElementMinimum.h"
 #include "reconstruction/FloodRun.h"
 
@@ -17,7 +18,7 @@ namespace rix::morphology {
 namespace {
 
 template <class Filter>
-constexpr bool isFiller = std::is_same_v<Filter, FillHoles2d> || std::is_same_v<Filter, FillHoles3d>;
+constexpr bool isFiller = isOneOf<Filter, FillHoles2d, FillHoles3d>;
 
 template <class Filter>
 FloodSpace spaceOf(const Filter& filter) {

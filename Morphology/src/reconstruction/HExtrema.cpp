@@ -18,14 +18,12 @@
 #include <rix/morphology/RegionalMinima3d.h>
 #include <rix/simd/Loops.h>
 
+#include "IsOneOf.h"
 #include "reconstruction/FloodRun.h"
 
 namespace rix::morphology {
 
 namespace {
-
-template <class Filter, class... Classes>
-constexpr bool isOneOf = (std::is_same_v<Filter, Classes> || ...);
 
 template <class Filter>
 constexpr bool isOfMaxima =

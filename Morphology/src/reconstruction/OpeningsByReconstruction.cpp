@@ -5,6 +5,7 @@
 #include <rix/morphology/OpeningByReconstruction2d.h>
 #include <rix/morphology/OpeningByReconstruction3d.h>
 
+#include "IsOneOf.h"
 #include "elements/ElementMinimum.h"
 #include "elements/ElementProperties.h"
 #include "reconstruction/FloodRun.h"
@@ -17,16 +18,9 @@ namespace {
 /// What makes the marker; the reconstruction goes the other way.
 template <class Filter>
 constexpr Extremum markerOf =
-    std::is_same_v<Filter, OpeningByReconstruction2d> || std::is_same_v<Filter, OpeningByReconstruction3d>
-        ? Extremum::Minimum
-        : Extremum::Maximum;
+    isOneOf<Filter, OpeningByReconstruction2d, OpeningByReconstruction3d> ? Extremum::Minimum : Extremum::Maximum;
 template <class Filter>
 constexpr Extremum extremumOf = markerOf<Filter> == Extremum::Minimum ? Extremum::Maximum : Extremum::Minimum;
-
-template <class Filter>
-SpacingOf spacingOf(const Filter& filter) {
-    return [&filter](Components axis) { return filter.getInputImage()->getSpacingOf(axis); };
-}
 
 template <class Filter>
 void declare(Filter& filter, algorithms::Properties& properties) {
@@ -72,9 +66,10 @@ std::size_t memoryOf(const Filter& filter) {
     const std::size_t threads = filter.getMaximumThreads();
     const FloodSpace space = floodSpaceOf(filter.getNeighborhood());
     return access::TemporaryImage::bytes(input, input.getVoxelType()) +
-           std::max(extremaBytes(input, elementOf(filter, spacingOf(filter)), false, threads),
-                    reconstructionBytes(input, output, space, threads) +
-                        wholeOutputBytes(input, output, input.getVoxelType()));
+           std::max(
+               extremaBytes(input, elementOf(filter, spacingOf(filter)), ElementBorderPolicy::NEUTRAL, false, threads),
+               reconstructionBytes(input, output, space, threads) +
+                   wholeOutputBytes(input, output, input.getVoxelType()));
 }
 
 template <class Filter>

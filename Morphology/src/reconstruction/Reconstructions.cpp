@@ -4,6 +4,7 @@
 #include <rix/morphology/ReconstructionByErosion2d.h>
 #include <rix/morphology/ReconstructionByErosion3d.h>
 
+#include "IsOneOf.h"
 #include "reconstruction/FloodRun.h"
 #include "reconstruction/MarkerCut.h"
 
@@ -12,8 +13,7 @@ namespace rix::morphology {
 namespace {
 
 template <class Filter>
-constexpr bool isByDilation =
-    std::is_same_v<Filter, ReconstructionByDilation2d> || std::is_same_v<Filter, ReconstructionByDilation3d>;
+constexpr bool isByDilation = isOneOf<Filter, ReconstructionByDilation2d, ReconstructionByDilation3d>;
 template <class Filter>
 constexpr Extremum extremumOf = isByDilation<Filter> ? Extremum::Maximum : Extremum::Minimum;
 
