@@ -7,6 +7,7 @@
 #include <limits>
 #include <numbers>
 
+#include <rix/access/RoundingRange.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
@@ -46,27 +47,16 @@ T logarithmOfWeight(double x) {
 template <class T>
 class Rounding {
 public:
-    Rounding(const ImageModel& output, const EdgeKernels<T>& kernels) : m_round(kernels.round) {
-        if (access::contains(access::Integers{}, output.getVoxelType())) {
-            access::dispatch(access::Integers{}, output.getVoxelType(), [&](auto tag) {
-                using Limits = std::numeric_limits<typename decltype(tag)::type>;
-                m_isNeeded = true;
-                m_lowest = static_cast<T>(Limits::lowest());
-                m_highest = static_cast<T>(Limits::max());
-            });
-        }
-    }
+    Rounding(const ImageModel& output, const EdgeKernels<T>& kernels) : m_round(kernels.round), m_range(output) {}
     void operator()(T* row, std::size_t count) const {
-        if (m_isNeeded) {
-            m_round(row, count, m_lowest, m_highest);
+        if (m_range.rounds) {
+            m_round(row, count, m_range.lowest, m_range.highest);
         }
     }
 
 private:
     void (*m_round)(T*, std::size_t, T, T);
-    bool m_isNeeded = false;
-    T m_lowest{};
-    T m_highest{};
+    access::RoundingRange<T> m_range;
 };
 
 /// An array of a row; scratch memory of a thread.

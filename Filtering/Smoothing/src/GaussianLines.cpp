@@ -5,12 +5,12 @@
 #include <algorithm>
 
 #include <rix/access/LineBundles.h>
+#include <rix/access/RoundingRange.h>
 #include <rix/access/Scratch.h>
 
 #include "GaussianKernels.h"
 #include "GaussianRecursion.h"
 #include "GaussianRecursionKernels.h"
-#include "GaussianRounding.h"
 #include "GaussianTaps.h"
 #include "WildSamples.h"
 
@@ -97,7 +97,7 @@ private:
     GaussianRecursion<T> m_recursion;
     GaussianRecursionKernels<T> m_kernels;
     void (*m_round)(T* row, std::size_t count, T lowest, T highest);
-    GaussianRounding<T> m_rounding;
+    access::RoundingRange<T> m_rounding;
     bool m_mayBeWild;
 };
 

@@ -7,6 +7,7 @@
 #include <span>
 
 #include <rix/access/LineBundles.h>
+#include <rix/access/RoundingRange.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/Steps.h>
 #include <rix/access/TemporaryImage.h>
@@ -16,7 +17,6 @@
 
 #include "GaussianKernels.h"
 #include "GaussianLines.h"
-#include "GaussianRounding.h"
 #include "GaussianTaps.h"
 
 namespace rix::filtering::smoothing {
@@ -157,7 +157,7 @@ private:
     void smoothPlanes(const ImageModel& input, ImageModel& output) const {
         const std::size_t reachX = m_x.reach();
         const std::size_t reachY = m_y.reach();
-        const GaussianRounding<T> rounding(output);
+        const access::RoundingRange<T> rounding(output);
         const auto border = access::borderOf<T>(m_job.border, m_job.borderValue);
         const auto smoothRow = [&](access::WindowRows<T>& window, const access::RowSegment& segment, T* out) {
             const RowList<T> rows(2 * std::max(reachX, reachY) + 1);
@@ -190,7 +190,7 @@ private:
 
     void smoothAlong(const ImageModel& input, ImageModel& output) const {
         const std::size_t reach = m_z.reach();
-        const GaussianRounding<T> rounding(output);
+        const access::RoundingRange<T> rounding(output);
         access::forEachBundle<T>(m_context, input, output, PLANS, alongNeeds(m_job, reach),
                                  [&](access::Bundle<T>& bundle) {
                                      const RowList<T> rows(2 * reach + 1);

@@ -5,18 +5,18 @@
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/image/ImageModel.h>
 
-namespace rix::filtering::smoothing {
+namespace rix::access {
 
-/// How sums of type `T` become samples of an image.
+/// How results of type `T` become samples of an image: those of integers are rounded, and kept within their type.
 template <class T>
-struct GaussianRounding {
+struct RoundingRange {
     bool rounds = false;  ///< to integers, within these
     T lowest{};
     T highest{};
 
-    explicit GaussianRounding(const ImageModel& output) {
-        if (access::contains(access::Integers{}, output.getVoxelType())) {
-            access::dispatch(access::Integers{}, output.getVoxelType(), [&](auto tag) {
+    explicit RoundingRange(const ImageModel& output) {
+        if (contains(Integers{}, output.getVoxelType())) {
+            dispatch(Integers{}, output.getVoxelType(), [&](auto tag) {
                 using Limits = std::numeric_limits<typename decltype(tag)::type>;
                 rounds = true;
                 lowest = static_cast<T>(Limits::lowest());
@@ -26,4 +26,4 @@ struct GaussianRounding {
     }
 };
 
-}  // namespace rix::filtering::smoothing
+}  // namespace rix::access
