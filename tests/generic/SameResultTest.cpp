@@ -50,6 +50,15 @@ protected:
         return subject;
     }
 
+    /// How storages are read is a matter of a thread; how threads share the work is that of memory.
+    static std::vector<int> threadCountsFor(Storage storage) {
+        const bool isMemory = storage == Storage::Memory;
+        if (sanitized) {
+            return {isMemory ? 3 : 1};
+        }
+        return isMemory ? std::vector{1, 2, 3, 7} : std::vector{1, 3};
+    }
+
     static String describe(const Example& example, OptimLevelType level, int threads, const char* storage) {
         return example.toText() + ", level " + std::to_string(level) + ", " + std::to_string(threads) + " threads, " +
                storage;
@@ -62,13 +71,7 @@ TEST_P(SameResult, AtEveryLevelWithEveryNumberOfThreadsInEveryStorage) {
     const Results expected = referenceResults(large);
     int ran = 0;
     for (const Storage storage : allStorages) {
-        for (const int threads : {1, 2, 3, 7}) {
-            const bool isTaken = sanitized                    ? threads == (storage == Storage::Memory ? 3 : 1)
-                                 : storage != Storage::Memory ? threads == 1 || threads == 3
-                                                              : true;
-            if (!isTaken) {
-                continue;
-            }
+        for (const int threads : threadCountsFor(storage)) {
             const auto subject = makeStored(large, images, expected, storage);
             if (subject == nullptr) {
                 continue;

@@ -13,6 +13,7 @@
 
 #include "Failures.h"
 #include "ImageFactories.h"
+#include "RunFilter.h"
 #include "WindowReference.h"
 
 namespace rix::test {
@@ -42,17 +43,11 @@ io::MemoryImage makeKernel(const Extents& extents) {
 
 template <class Filter>
 io::MemoryImage convolve(const ImageModel& image, const ImageModel& kernel, BorderPolicy policy) {
-    io::MemoryImage output;
     Filter filter;
-    filter.setInputImage(&image);
     filter.setInputKernelImage(&kernel);
     filter.setBorderPolicy(policy);
     filter.setBorderValue(7);
-    filter.setOutputImage(&output);
-    const std::size_t stated = filter.describe().extraMemory;
-    filter.run();
-    EXPECT_LE(filter.getPeakExtraMemory(), stated);
-    return output;
+    return runFilter(filter, image);
 }
 
 io::MemoryImage reference(const ImageModel& image, const io::MemoryImage& kernel, BorderPolicy policy) {

@@ -15,6 +15,7 @@
 #include "Failures.h"
 #include "ImageSamples.h"
 #include "KernelFactors.h"
+#include "RunFilter.h"
 #include "WindowReference.h"
 
 namespace rix::test {
@@ -60,17 +61,6 @@ void setKernel(Convolution3d& filter, const Weights& weights) {
     filter.setKernel({weights.extents[0], weights.extents[1], weights.extents[2], weights.values});
 }
 
-template <class Filter>
-io::MemoryImage run(Filter& filter, const ImageModel& input) {
-    io::MemoryImage output;
-    filter.setInputImage(&input);
-    filter.setOutputImage(&output);
-    const std::size_t stated = filter.describe().extraMemory;
-    filter.run();
-    EXPECT_LE(filter.getPeakExtraMemory(), stated);
-    return output;
-}
-
 /// What the definition gives, and the sums of the magnitudes of the products.
 std::array<io::MemoryImage, 2> reference(const ImageModel& image, const Weights& weights, ConvolutionMode mode,
                                          BorderPolicy policy, double divisor) {
@@ -113,7 +103,7 @@ void expectTheDefinition(const Extents& extents, const Weights& weights, bool is
             filter.setBorderPolicy(static_cast<BorderPolicy>(variant));
             filter.setBorderValue(7);
             filter.setOutputType(variant == 0 ? Filter::FLOAT_32_BIT : Filter::SAME_AS_INPUT);
-            const io::MemoryImage output = run(filter, image);
+            const io::MemoryImage output = runFilter(filter, image);
             const double sum = std::accumulate(weights.values.begin(), weights.values.end(), 0.0);
             const auto expected = reference(image, weights, filter.getMode(), filter.getBorderPolicy(),
                                             variant == 2 && sum != 0 ? sum : 1.0);
@@ -167,15 +157,16 @@ TEST(Convolution, TakesTheKernelFromAnImage) {
     setKernel(ofValue, weights);
     Convolution2d ofImage;
     ofImage.setInputKernelImage(&kernel);
-    EXPECT_EQ(samplesOf<float>(run(ofImage, image)), samplesOf<float>(run(ofValue, image)));
+    EXPECT_EQ(samplesOf<float>(runFilter(ofImage, image)), samplesOf<float>(runFilter(ofValue, image)));
     setKernel(ofImage, {{1, 1, 1}, {7}});
-    EXPECT_EQ(samplesOf<float>(run(ofImage, image)), samplesOf<float>(run(ofValue, image))) << "in place of the value";
+    EXPECT_EQ(samplesOf<float>(runFilter(ofImage, image)), samplesOf<float>(runFilter(ofValue, image)))
+        << "in place of the value";
     ofImage.setInputKernelImage(nullptr);
     ofImage.setKernel({});
-    EXPECT_EQ(messageOf<RuleException>([&] { run(ofImage, image); }),
+    EXPECT_EQ(messageOf<RuleException>([&] { runFilter(ofImage, image); }),
               "The parameter \"inputKernelImage\" must be set where \"kernel\" has no coefficients.");
     ofValue.setKernel({1, 2, {1, nan}});
-    EXPECT_EQ(messageOf<RuleException>([&] { run(ofValue, image); }),
+    EXPECT_EQ(messageOf<RuleException>([&] { runFilter(ofValue, image); }),
               "The parameter \"kernel\" must have finite coefficients.");
 }
 
@@ -206,7 +197,7 @@ TEST(Convolution, LetsNothingThroughZeros) {
         Convolution2d filter;
         setKernel(filter, weights);
         filter.setMode(Convolution2d::CORRELATION);
-        const auto results = samplesOf<float>(run(filter, image));
+        const auto results = samplesOf<float>(runFilter(filter, image));
         const auto [m, n, p] = weights.extents;
         for (std::size_t i = 0; i < results.size(); ++i) {
             const std::size_t x = 20 + m / 2 - i % 40;

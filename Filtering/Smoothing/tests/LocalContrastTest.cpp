@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <rix/access/VoxelTypeLists.h>
 #include <rix/filtering/smoothing/LocalNormalization2d.h>
 #include <rix/filtering/smoothing/LocalNormalization3d.h>
 #include <rix/filtering/smoothing/UnsharpMask2d.h>
@@ -15,6 +14,7 @@
 #include "BoxReference.h"
 #include "GaussianReference.h"
 #include "ImageFactories.h"
+#include "ImageSamples.h"
 
 namespace rix::test {
 namespace {
@@ -29,15 +29,6 @@ io::MemoryImage imageOf(VoxelTypes type) {
                      [](std::size_t x, std::size_t y, std::size_t z, auto...) {
                          return (x * 7919 + y * 104729 + z * 1299709) % 97 + (x < 9 ? 20 : 0);
                      });
-}
-
-Volume volumeSamplesOf(const io::MemoryImage& image) {
-    Volume values;
-    access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
-        const auto samples = volumeOf<typename decltype(tag)::type>(image, 0, 0);
-        values.assign(samples.begin(), samples.end());
-    });
-    return values;
 }
 
 Volume smooth(Volume values, double deviation, bool isVolume, double borderValue) {
@@ -66,9 +57,9 @@ void checkUnsharpMask(VoxelTypes type, double deviation, bool isVolume) {
     const io::MemoryImage input = imageOf(type);
     const io::MemoryImage output = run(filter, input, deviation);
     EXPECT_EQ(output.getVoxelType(), type);
-    const Volume in = volumeSamplesOf(input);
+    const Volume in = volumeOf<double>(input, 0, 0);
     const Volume mean = smooth(in, deviation, isVolume, 3);
-    const Volume out = volumeSamplesOf(output);
+    const Volume out = volumeOf<double>(output, 0, 0);
     const bool isInteger = access::contains(access::Integers{}, type);
     for (std::size_t i = 0; i < in.size(); ++i) {
         double expected = in[i] + 1.7 * (in[i] - mean[i]);
@@ -94,12 +85,12 @@ void checkNormalization(VoxelTypes type, double deviation, bool isVolume, double
     const io::MemoryImage input = imageOf(type);
     const io::MemoryImage output = run(filter, input, deviation);
     EXPECT_EQ(output.getVoxelType(), type == RIX_FLOAT64 ? RIX_FLOAT64 : RIX_FLOAT32);
-    const Volume in = volumeSamplesOf(input);
+    const Volume in = volumeOf<double>(input, 0, 0);
     Volume squares = in;
     std::transform(in.begin(), in.end(), squares.begin(), [](double value) { return value * value; });
     squares = smooth(squares, deviation, isVolume, 9);
     const Volume mean = smooth(in, deviation, isVolume, 3);
-    const Volume out = volumeSamplesOf(output);
+    const Volume out = volumeOf<double>(output, 0, 0);
     for (std::size_t i = 0; i < in.size(); ++i) {
         ASSERT_NEAR(out[i], (in[i] - mean[i]) / std::sqrt(squares[i] - mean[i] * mean[i]), tolerance) << i;
     }

@@ -10,6 +10,7 @@
 #include <rix/filtering/smoothing/LocalStatistics3d.h>
 
 #include "ImageSamples.h"
+#include "RunFilter.h"
 #include "WindowReference.h"
 
 namespace rix::test {
@@ -17,17 +18,6 @@ namespace {
 
 using access::BorderPolicy;
 using namespace filtering::smoothing;
-
-template <class Filter>
-io::MemoryImage run(Filter& filter, const ImageModel& input) {
-    io::MemoryImage output;
-    filter.setInputImage(&input);
-    filter.setOutputImage(&output);
-    const std::size_t stated = filter.describe().extraMemory;
-    filter.run();
-    EXPECT_LE(filter.getPeakExtraMemory(), stated);
-    return output;
-}
 
 template <class Filter>
 void setWindow(Filter& filter, const std::array<int, 3>& window) {
@@ -73,7 +63,7 @@ void expectTheFormulas(const io::MemoryImage& image, const std::array<int, 3>& w
         const auto variances = expectedOf(true);
         for (const auto statistic : {Filter::MEAN, Filter::VARIANCE, Filter::STANDARD_DEVIATION}) {
             filter.setStatistic(statistic);
-            const io::MemoryImage output = run(filter, image);
+            const io::MemoryImage output = runFilter(filter, image);
             const bool isDouble = image.getVoxelType() == RIX_FLOAT64;
             ASSERT_EQ(output.getVoxelType(), isDouble ? RIX_FLOAT64 : RIX_FLOAT32);
             const auto results = test::samplesOf<double>(output);
@@ -128,9 +118,9 @@ TEST(LocalStatistics, AreExactAtTheEndsOfIntegers) {
                 const double low = Limits::min();
                 const double high = Limits::max();
                 filter.setStatistic(LocalStatistics2d::STANDARD_DEVIATION);
-                ASSERT_EQ(test::samplesOf<float>(run(filter, image))[1050], static_cast<float>((high - low) / 2));
+                ASSERT_EQ(test::samplesOf<float>(runFilter(filter, image))[1050], static_cast<float>((high - low) / 2));
                 filter.setStatistic(LocalStatistics2d::MEAN);
-                ASSERT_EQ(test::samplesOf<float>(run(filter, image))[1050], static_cast<float>((high + low) / 2));
+                ASSERT_EQ(test::samplesOf<float>(runFilter(filter, image))[1050], static_cast<float>((high + low) / 2));
             }
         });
     }
@@ -146,7 +136,7 @@ TEST(LocalStatistics, DoNotDrift) {
             LocalStatistics2d filter;
             setWindow(filter, {size, 3, 1});
             filter.setStatistic(LocalStatistics2d::VARIANCE);
-            const auto variances = test::samplesOf<double>(run(filter, image));
+            const auto variances = test::samplesOf<double>(runFilter(filter, image));
             const auto reach = static_cast<std::size_t>(size / 2);
             for (std::size_t i = 0; i < variances.size(); ++i) {
                 const std::size_t x = i % 400;
