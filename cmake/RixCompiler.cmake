@@ -44,8 +44,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(rix_compile_options INTERFACE -Wno-null-dereference -Wno-restrict -Wno-stringop-overflow)
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # clang reports what g++'s standard library itself deprecates and uses (the buffer of std::stable_sort), and that an
-  # enumerator, which may be negative by its type, is an index.
-  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations -Wno-sign-conversion)
+  # enumerator, which may be negative by its type, is an index; and loops that it leaves as they are where nothing is
+  # optimised, although they may be made vectors.
+  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations -Wno-sign-conversion -Wno-pass-failed)
 endif()
 if(RIX_WARNINGS_AS_ERRORS)
   target_compile_options(rix_compile_options INTERFACE -Werror)

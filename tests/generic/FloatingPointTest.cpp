@@ -46,19 +46,23 @@ TEST_P(FloatingPoint, OfTheHostDoesNotReachTheResult) {
         GTEST_SKIP() << "A state reaches results in the code that is shipped, if anywhere.";
     }
     const Example large = largeExample(example());
-    for (const Example& typed : {large, large.withVoxelType(RIX_FLOAT32), large.withVoxelType(RIX_FLOAT64)}) {
+    // The first one accepted, on whose type most states tell, meets each state; the others meet all in one.
+    std::vector<FloatingPointState> states = floatingPointStates();
+    std::set<String> seen;
+    for (const Example& typed : {large.withVoxelType(RIX_FLOAT32), large.withVoxelType(RIX_FLOAT64), large}) {
         const InputImages images = sensitiveInputs(typed);
         const auto subject = Subject::make(typed, images, Storage::Memory);
-        if (subject == nullptr || !runOnce(subject->algorithm()).succeeded) {
-            continue;  // a type that the algorithm does not take
+        if (!seen.insert(typed.toText()).second || subject == nullptr || !runOnce(subject->algorithm()).succeeded) {
+            continue;  // a type that the algorithm does not take, or none to choose
         }
         const Results expected = subject->results();
-        for (const FloatingPointState& state : floatingPointStates()) {
+        for (const FloatingPointState& state : states) {
             runAndCompare(*subject, state, 1, expected);  // in the thread of this state
             finish();  // ends the idle workers: the next ones are started in this state
             runAndCompare(*subject, state, 3, expected);
             runAndCompare(*subject, {"default"}, 3, expected);  // by those very workers
         }
+        states.erase(states.begin(), states.end() - 1);
     }
 }
 

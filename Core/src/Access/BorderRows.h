@@ -94,7 +94,8 @@ void readInside(const Source& source, T* buffer, std::int64_t column, std::int64
         return;
     }
     const auto size = [](std::int64_t value) { return static_cast<std::size_t>(value); };
-    const RowSegment segment{size(column), size(outer[0]), size(outer[1]), size(outer[2]), size(outer[3]), size(count)};
+    const RowSegment segment{{size(column), size(outer[0]), size(outer[1]), size(outer[2]), size(outer[3])},
+                             size(count)};
     if (!source.image.readRowAt(segment.count, reinterpret_cast<RawData>(buffer), segment.column, segment.row,
                                 segment.plane, segment.sequence, segment.spectral)) {
         throwRowError("readRowAt", source.image, segment);

@@ -141,11 +141,8 @@ const T* WindowRows<T>::load(std::size_t index, std::int64_t row, std::int64_t p
                           static_cast<std::int64_t>(m_block.sequence()), static_cast<std::int64_t>(m_block.spectral()));
         return out + before * m_samples;
     }
-    const RowSegment segment{static_cast<std::size_t>(m_firstColumn),
-                             static_cast<std::size_t>(row),
-                             static_cast<std::size_t>(plane),
-                             m_block.sequence(),
-                             m_block.spectral(),
+    const RowSegment segment{{static_cast<std::size_t>(m_firstColumn), static_cast<std::size_t>(row),
+                              static_cast<std::size_t>(plane), m_block.sequence(), m_block.spectral()},
                              m_columns};
     if (!source.readRowAt(segment.count, reinterpret_cast<RawData>(out), segment.column, segment.row, segment.plane,
                           segment.sequence, segment.spectral)) {
