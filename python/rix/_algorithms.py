@@ -1,7 +1,6 @@
 """Classes and functions, made of what the registry tells when they are first used."""
 
 import collections
-import difflib
 import re
 import textwrap
 from typing import Any, Callable, Dict, Iterable, List, NamedTuple, Optional, Tuple, Type, Union
@@ -95,7 +94,8 @@ def describe(algorithm: Union[str, type, Callable[..., Any]]) -> Description:
 
 def find(name: str) -> Any:
     """The class, the function or the type of the results of a name."""
-    for entry in _rix.list():
+    entries = _rix.list()
+    for entry in entries:
         title = entry["name"]
         if name == title:
             return _make_class(_facts(title))
@@ -103,8 +103,8 @@ def find(name: str) -> Any:
             return _make_function(_facts(title))
         if name == title + "Result" and len(results_of(_facts(title))) > 1:
             return _result_type(_facts(title))
-    similar = difflib.get_close_matches(name, names(), 1)
-    meant = f". Did you mean: '{similar[0]}'?" if similar else ""
+    similar = _rix.suggest(name, [entry["name" if name[:1].isupper() else "function"] for entry in entries])
+    meant = f". Did you mean: {' or '.join(map(repr, similar))}?" if similar else ""
     raise AttributeError(f"module 'rix' has no attribute '{name}'{meant}")
 
 
@@ -220,7 +220,7 @@ def _make_class(facts: Description) -> Any:
         _rix.Algorithm.__init__(self, title)
         for name, value in values.items():
             if name not in fields:
-                similar = difflib.get_close_matches(name, fields, 1)
+                similar = _rix.suggest(name, fields)
                 raise RuleError(f"{title} has no property '{name}'" +
                                 (f"; did you mean '{similar[0]}'?" if similar else f"; it has {', '.join(fields)}"))
             setattr(self, name, value)

@@ -9,6 +9,7 @@
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/description/Algorithms.h>
 #include <rix/description/Suggestions.h>
+#include <rix/description/Text.h>
 #include <rix/properties/Property.h>
 #include <rix/properties/PropertyMultipleChoices.h>
 
@@ -24,12 +25,10 @@ bool isCombined(const BaseProperty& property) {
 }
 
 std::string describeLabels(const EnumInfo& enumeration, const std::string& given) {
-    std::string text;
-    for (const auto& label : description::labelsOf(enumeration)) {
-        text += (text.empty() ? "" : ", ") + label;
-    }
-    const auto similar = description::suggest(given, description::labelsOf(enumeration));
-    return "'" + given + "' is none of " + text + (similar.empty() ? "" : "; did you mean " + similar.front() + "?");
+    const auto labels = description::labelsOf(enumeration);
+    const auto similar = description::suggest(given, labels);
+    return "'" + given + "' is no value" + (similar.empty() ? "" : "; did you mean " + similar.front() + '?') +
+           (similar.empty() ? ": " : " It takes ") + description::join(labels);
 }
 
 /// Whether a number is a value, or consists of the bits of values where these are combined.

@@ -5,6 +5,7 @@
 
 #include <rix/Library.h>
 #include <rix/algorithms/AlgoInfo.h>
+#include <rix/description/Suggestions.h>
 #include <rix/settings/Settings.h>
 
 #include "Algorithm.h"
@@ -47,6 +48,9 @@ PYBIND11_MODULE(_rix, module) {
     });
     module.def("describe", &rix::python::describeClass);
     module.def("list", &rix::python::listClasses);
+    module.def("suggest", [](const std::string& name, const std::vector<std::string>& candidates) {
+        return rix::description::suggest(name, candidates);
+    });
     module.def("version", &rix::version);
     module.def("axes_of_array", &rix::python::axesOfArray);
     module.def("read_image", &rix::python::readFile);

@@ -1,8 +1,11 @@
 #include <rix/description/Suggestions.h>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <utility>
+
+#include <rix/description/Synonyms.h>
 
 namespace rix::description {
 namespace {
@@ -16,6 +19,20 @@ std::string lower(std::string_view text) {
     std::string result(text);
     std::transform(text.begin(), text.end(), result.begin(), [](char letter) { return lower(letter); });
     return result;
+}
+
+/// Those of the candidates that a word of the field means, of a class the ones for planes and for volumes, in whichever
+/// spelling the front end has.
+std::vector<std::string> meantBy(std::string_view word, const std::vector<std::string>& candidates) {
+    std::vector<std::string> meant;
+    for (const std::string& name : namesOf(word)) {
+        for (const char* const dimensions : {"", "2d", "3d"}) {
+            const std::string plain = plainWord(name + dimensions);
+            std::ranges::copy_if(candidates, std::back_inserter(meant),
+                                 [&](const std::string& candidate) { return plainWord(candidate) == plain; });
+        }
+    }
+    return meant;
 }
 
 }  // namespace
@@ -63,13 +80,17 @@ std::vector<std::string> suggest(std::string_view name, const std::vector<std::s
     }
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const auto& left, const auto& right) { return left.first < right.first; });
+    std::vector<std::string> names = meantBy(name, candidates);
     if (!ranked.empty() && ranked.front().first == 0) {
+        names.clear();
         limit = 1;  // wrong in its capitals only: nothing else was meant
     }
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < std::min(limit, ranked.size()); ++i) {
-        names.push_back(std::move(ranked[i].second));
+    for (auto& [rank, candidate] : ranked) {
+        if (std::ranges::find(names, candidate) == names.end()) {
+            names.push_back(std::move(candidate));
+        }
     }
+    names.resize(std::min(limit, names.size()));
     return names;
 }
 

@@ -1,6 +1,12 @@
 #include <rix/description/Suggestions.h>
 
+#include <set>
+
 #include <gtest/gtest.h>
+
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/description/Algorithms.h>
+#include <rix/description/Synonyms.h>
 
 namespace rix::description {
 namespace {
@@ -33,6 +39,36 @@ TEST(Suggestions, offersTheNearestFirstAndNothingFarFetched) {
     EXPECT_EQ(suggest("Erosion", names), Names{});
     EXPECT_EQ(suggest("", names), Names{});
     EXPECT_EQ(suggest("x", Names{"y"}), Names{"y"});
+}
+
+TEST(Suggestions, knowTheWordsOfTheField) {
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(suggest("otsu", Names{"ENTROPY", "FACTORISATION", "MOMENTS", "ISODATA"}), Names{"FACTORISATION"});
+    EXPECT_EQ(suggest("gaussian_blur", Names{"BoxFilter2d", "GaussianFilter3d", "GaussianFilter2d"}),
+              (Names{"GaussianFilter2d", "GaussianFilter3d"}));
+    EXPECT_EQ(suggest("sigma", Names{"input_image", "standard_deviation_x"}), Names{"standard_deviation_x"});
+    EXPECT_EQ(suggest("Box", Names{"BOX", "BALL"}), Names{"BOX"}) << "the name itself, in other letters";
+}
+
+/// A word that leads to nothing would stay unnoticed: whatever is renamed is renamed here, too.
+TEST(Suggestions, ofTheFieldsWordsExist) {
+    std::set<std::string> known{"Mean", "StandardDeviation"};  // measures
+    for (const AlgoInfo* const info : listedClasses()) {
+        known.insert(info->getName());
+        const auto algorithm = createAlgorithm(*info);
+        for (const BaseProperty* const property : listProperties(*algorithm)) {
+            known.insert(property->getName());
+            if (const EnumInfo* const enumeration = enumerationOf(*property)) {
+                const auto labels = labelsOf(*enumeration);
+                known.insert(labels.begin(), labels.end());
+            }
+        }
+    }
+    for (const std::string& word : allSynonyms()) {
+        for (const std::string& name : namesOf(word)) {
+            EXPECT_TRUE(known.contains(name) || known.contains(name + "2d")) << word << " means " << name;
+        }
+    }
 }
 
 }  // namespace

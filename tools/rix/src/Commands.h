@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "ExitCode.h"
 
@@ -24,5 +26,8 @@ void addRenderCommand(CLI::App& program, Action& chosen);
 void addRecipeCommand(CLI::App& program, Action& chosen);
 void addCompletionCommand(CLI::App& program, Action& chosen);
 void addDemoCommand(CLI::App& program, Action& chosen);
+
+/// All that were added, in that order.
+std::vector<std::string> commandNames(const CLI::App& program);
 
 }  // namespace rix::cli

@@ -93,15 +93,16 @@ nlohmann::json toJson(const Failure& failure) {
 }
 
 std::string toText(const Failure& failure) {
-    std::string text;
-    for (const auto& level : failure.levels()) {
-        text += (text.empty() ? "rix: " : "  ") + level + '\n';
-    }
+    std::string text = "rix: " + failure.levels().front() + '\n';
     const auto& suggestions = failure.suggestions();
     for (std::size_t i = 0; i < suggestions.size(); ++i) {
         text += (i == 0 ? "  did you mean " : i + 1 == suggestions.size() ? " or " : ", ") + suggestions[i];
     }
-    return suggestions.empty() ? text : text + "?\n";
+    text += suggestions.empty() ? "" : "?\n";
+    for (std::size_t i = 1; i < failure.levels().size(); ++i) {
+        text += "  " + failure.levels()[i] + '\n';
+    }
+    return text;
 }
 
 }  // namespace rix::cli

@@ -45,7 +45,7 @@ const char* exitCodeToString(int exitCode);
 /// {"error": {"code": 2, "kind": "wrong usage", "message": CAUSE, "levels": [CAUSE, ...], "suggestions": [...]}}
 nlohmann::json toJson(const Failure& failure);
 
-/// "rix: CAUSE", below it where that happened, level by level outwards, and "did you mean ...?".
+/// "rix: CAUSE", below it "did you mean ...?", and where it happened, level by level outwards.
 std::string toText(const Failure& failure);
 
 }  // namespace rix::cli

@@ -1,5 +1,6 @@
 #include "Program.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <sstream>
@@ -30,6 +31,12 @@ constexpr const char* footer =
     "Environment:\n"
     "  RIX_PLUGIN_DIRECTORY  folder of plug-ins, whose algorithms and runners are used beside those of the library\n"
     "\n"
+    "Used most:\n"
+    "  rix list [WORD...]                    all algorithms, or those that words are about\n"
+    "  rix help CLASS                        what an algorithm takes, with an example\n"
+    "  rix info IMAGE                        what is in a file\n"
+    "  rix run CLASS inputImage=FILE PROPERTY=VALUE... outputImage=FILE\n"
+    "\n"
     "Example:\n"
     "  rix demo";
 
@@ -50,21 +57,31 @@ bool wantsJson(const std::vector<std::string>& arguments) {
     return false;
 }
 
+bool isCommand(const CLI::App& program, const std::string& name) {
+    return std::ranges::count(commandNames(program), name) > 0;
+}
+
 /// CLI11 only says that an unknown command is one word too many.
 void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string>& arguments) {
-    if (arguments.empty() || arguments.front().starts_with('-')) {
-        return;
+    if (!arguments.empty() && !arguments.front().starts_with('-') && !isCommand(program, arguments.front())) {
+        throw Failure(WRONG_USAGE,
+                      "there is no command " + description::inQuotes(arguments.front()) + " ('rix --help' names all)",
+                      description::suggest(arguments.front(), commandNames(program)));
     }
-    std::vector<std::string> names;
-    for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
-        if (command->get_name() == arguments.front()) {
-            return;
-        }
-        names.push_back(command->get_name());
+}
+
+/// "rix help", "rix help run" and "rix help GaussianFilter2d" in the words of the program.
+std::vector<std::string> withoutHelpCommand(std::vector<std::string> arguments, const CLI::App& program) {
+    if (arguments.empty() || arguments.front() != "help") {
+        return arguments;
     }
-    throw Failure(WRONG_USAGE,
-                  "there is no command " + description::inQuotes(arguments.front()) + " ('rix --help' names all)",
-                  description::suggest(arguments.front(), names));
+    arguments.erase(arguments.begin());
+    if (arguments.empty() || isCommand(program, arguments.front())) {
+        arguments.emplace_back("--help");
+    } else {
+        arguments.insert(arguments.begin(), "describe");
+    }
+    return arguments;
 }
 
 /// CLI11 takes "[ab].tif[z=1]" for a list in brackets. With its folder before it, the path is the same and begins
@@ -78,7 +95,7 @@ std::vector<std::string> withoutLists(std::vector<std::string> arguments) {
     return arguments;
 }
 
-int parseAndRun(const std::vector<std::string>& arguments) {
+int parseAndRun(const std::vector<std::string>& given) {
     CLI::App program("rix: 2D and 3D image processing on files", "rix");
     program.get_formatter()->label("SUBCOMMAND", "COMMAND");
     program.get_formatter()->label("Subcommands", "Commands");
@@ -97,6 +114,11 @@ int parseAndRun(const std::vector<std::string>& arguments) {
     program.require_subcommand(1);
     program.footer(footer);
 
+    if (given.empty()) {
+        writeMessage(program.help());
+        return WRONG_USAGE;
+    }
+    const std::vector<std::string> arguments = withoutHelpCommand(given, program);
     refuseUnknownCommand(program, arguments);
     try {
         const std::vector<std::string> words = withoutLists(arguments);
@@ -122,6 +144,14 @@ int parseAndRun(const std::vector<std::string>& arguments) {
 }
 
 }  // namespace
+
+std::vector<std::string> commandNames(const CLI::App& program) {
+    std::vector<std::string> names;
+    for (const CLI::App* const command : program.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
 
 int runProgram(int argc, const char* const* argv) noexcept {
     bool json = false;

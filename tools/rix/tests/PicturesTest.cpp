@@ -120,9 +120,9 @@ TEST_F(ProgramTest, examplesOfTheHelpWorkAsTheyStand) {
     std::filesystem::create_directory_symlink(RIX_EXAMPLES, folder() / "examples");
     EXPECT_EQ(rix({"--version"}).output.rfind("rix ", 0), 0U);
     for (const char* command : {"", "list", "describe", "run", "info", "render", "demo"}) {
-        std::vector<std::string> arguments{"--help"};
+        std::vector<std::string> arguments{"help"};
         if (*command != '\0') {
-            arguments.insert(arguments.begin(), command);
+            arguments.emplace_back(command);
         }
         const auto help = rix(arguments);
         EXPECT_EQ(help.exitCode, 0);

@@ -28,7 +28,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         const char* message;  ///< what standard error has to tell
         std::vector<std::string> arguments;
     } cases[] = {
-        {2, "command is required", {}},
+        {2, "Usage: rix", {}},
         {2, "did you mean list?", {"lst"}},
         {2, "--frobnicate", {"list", "--frobnicate"}},
         {2, "CLASS is required", {"describe"}},

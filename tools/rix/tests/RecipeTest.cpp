@@ -242,15 +242,25 @@ TEST_F(RecipeTest, CompletionKnowsTheRegistry) {
     }
     EXPECT_EQ(rix({"completion", "fish"}).exitCode, 2);
     // What the script offers, asked of a real shell.
-    const std::string command =
-        std::string("bash -c 'source <(") + RIX_PROGRAM +
-        " completion bash); COMP_LINE=\"rix run ThresholdingByCriterion comparisonCriterion=GR\";"
-        " COMP_POINT=${#COMP_LINE}; _rix; echo ${COMPREPLY[@]}'";
-    FILE* const pipe = ::popen(command.c_str(), "r");
-    char offered[200] = {};
-    EXPECT_NE(std::fgets(offered, sizeof(offered), pipe), nullptr);
-    ::pclose(pipe);
-    EXPECT_STREQ(offered, "GREATER_THAN_OR_EQUAL_TO GREATER_THAN\n");
+    const auto offered = [](const std::string& line) {
+        const std::string command = std::string("bash -c 'source <(") + RIX_PROGRAM +
+                                    " completion bash); COMP_LINE=\"" + line +
+                                    "\"; COMP_POINT=${#COMP_LINE}; _rix 2>/dev/null; echo ${COMPREPLY[@]}'";
+        FILE* const pipe = ::popen(command.c_str(), "r");
+        char words[200] = {};
+        EXPECT_NE(std::fgets(words, sizeof(words), pipe), nullptr);
+        ::pclose(pipe);
+        return std::string(words);
+    };
+    EXPECT_EQ(offered("rix run ThresholdingByCriterion comparisonCriterion=GR"),
+              "GREATER_THAN_OR_EQUAL_TO GREATER_THAN\n");
+    EXPECT_EQ(offered("rix help Threshold"), "ThresholdingByCriterion\n");
+    EXPECT_EQ(offered("rix run ConvertImage --js"), "--json\n");
+    const std::string begun = (folder() / "a").string();
+    std::ofstream(begun + ".TIF") << "any";
+    std::ofstream(begun + ".txt") << "any";
+    EXPECT_EQ(offered("rix run ConvertImage inputImage=" + begun), begun + ".TIF\n");
+    EXPECT_EQ(offered("rix info " + begun + ".tx"), begun + ".txt\n") << "no image: all files";
 }
 
 }  // namespace

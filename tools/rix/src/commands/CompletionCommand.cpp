@@ -8,6 +8,7 @@
 #include <rix/description/Algorithms.h>
 #include <rix/description/Suggestions.h>
 #include <rix/description/Text.h>
+#include <rix/io/ImageFile.h>
 
 #include "../Commands.h"
 #include "../Failure.h"
@@ -48,12 +49,30 @@ std::string propertyBranches() {
     return branches;
 }
 
-std::string commandNames(const CLI::App& program) {
-    std::vector<std::string> names;
-    for (const CLI::App* const command : program.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(command->get_name());
+/// The branches of a shell's "case" that give the options of each command.
+std::string optionBranches(const CLI::App& program) {
+    std::string branches;
+    for (const std::string& name : commandNames(program)) {
+        std::vector<std::string> options;
+        for (const CLI::Option* const option : program.get_subcommand(name)->get_options()) {
+            for (const std::string& longName : option->get_lnames()) {
+                options.push_back("--" + longName);
+            }
+        }
+        branches += "    " + name + ") options=\"" + words(options) + "\" ;;\n";
     }
-    return words(names);
+    return branches;
+}
+
+/// The extensions of image files, a pattern of the shell: "png|tif|tiff".
+std::string imageExtensions() {
+    std::string pattern;
+    for (const io::ImageFormat& format : io::getImageFormats()) {
+        for (const std::string& extension : format.extensions) {
+            pattern += (pattern.empty() ? "" : "|") + extension;
+        }
+    }
+    return pattern;
 }
 
 std::string classNames() {
@@ -66,12 +85,26 @@ std::string classNames() {
 
 /// One function serves both shells: it looks at the words typed so far and sets what may come next.
 std::string script(const CLI::App& program, const std::string& shell) {
-    const std::string table =
-        "_rix_properties() {\n  names= values=\n  case \"$1:$2\" in\n" + propertyBranches() + "  esac\n}\n";
+    const std::string table = "_rix_properties() {\n  names= values=\n  case \"$1:$2\" in\n" + propertyBranches() +
+                              "  esac\n}\n"
+                              "_rix_options() {\n  options=\n  case \"$1\" in\n" +
+                              optionBranches(program) + "  esac\n}\n";
+    const std::string commands = words(commandNames(program)) + " help";
     if (shell == "bash") {
         return "# rix completion for bash: source <(rix completion bash)\n" + table +
+               "# Image files and folders; all files where there are none of these.\n"
+               "_rix_images() {\n"
+               "  local file\n"
+               "  compopt -o filenames 2>/dev/null\n"
+               "  while IFS= read -r file; do\n"
+               "    [[ -d $file || ${file,,} =~ \\.(" +
+               imageExtensions() +
+               ")$ ]] && COMPREPLY+=(\"$file\")\n"
+               "  done < <(compgen -f -- \"$1\")\n"
+               "  ((${#COMPREPLY[@]})) || COMPREPLY=($(compgen -f -- \"$1\"))\n"
+               "}\n"
                "_rix() {\n"
-               "  local current names values line=${COMP_LINE:0:COMP_POINT}\n"
+               "  local current names values options line=${COMP_LINE:0:COMP_POINT}\n"
                "  local -a typed\n"
                "  read -ra typed <<<\"$line\"\n"
                "  [[ $line == *' ' ]] && typed+=('')\n"
@@ -79,44 +112,58 @@ std::string script(const CLI::App& program, const std::string& shell) {
                "  COMPREPLY=()\n"
                "  if ((${#typed[@]} == 2)); then\n"
                "    COMPREPLY=($(compgen -W '" +
-               commandNames(program) +
+               commands +
                "' -- \"$current\"))\n"
-               "  elif ((${#typed[@]} == 3)) && [[ ${typed[1]} == run || ${typed[1]} == describe ]]; then\n"
+               "  elif [[ $current == -* ]]; then\n"
+               "    _rix_options \"${typed[1]}\"\n"
+               "    COMPREPLY=($(compgen -W \"$options\" -- \"$current\"))\n"
+               "  elif ((${#typed[@]} == 3)) && [[ ${typed[1]} =~ ^(run|describe|help)$ ]]; then\n"
                "    COMPREPLY=($(compgen -W '" +
                classNames() +
                "' -- \"$current\"))\n"
                "  elif [[ ${typed[1]} == run && $current == *=* ]]; then\n"
                "    _rix_properties \"${typed[2]}\" \"${current%%=*}\"\n"
                "    if [[ $values ]]; then COMPREPLY=($(compgen -W \"$values\" -- \"${current#*=}\"))\n"
-               "    else compopt -o filenames; COMPREPLY=($(compgen -f -- \"${current#*=}\")); fi\n"
+               "    else _rix_images \"${current#*=}\"; fi\n"
                "  elif [[ ${typed[1]} == run ]]; then\n"
                "    _rix_properties \"${typed[2]}\" ''\n"
                "    COMPREPLY=($(compgen -W \"$names\" -- \"$current\"))\n"
                "    compopt -o nospace\n"
-               "  else\n"
+               "  elif [[ ${typed[1]} == recipe ]]; then\n"
                "    compopt -o filenames\n"
-               "    COMPREPLY=($(compgen -f -- \"$current\"))\n"
+               "    COMPREPLY=($(compgen -f -X '!*.json' -- \"$current\") $(compgen -d -- \"$current\"))\n"
+               "  else\n"
+               "    _rix_images \"$current\"\n"
                "  fi\n"
                "}\n"
                "complete -F _rix rix\n";
     }
+    const std::string images = "_files -g '*.(" + imageExtensions() + ")'";
     return "#compdef rix\n# rix completion for zsh: source <(rix completion zsh)\n" + table +
            "_rix() {\n"
-           "  local names values current=${words[CURRENT]}\n"
+           "  local names values options current=${words[CURRENT]}\n"
            "  if ((CURRENT == 2)); then compadd -- " +
-           commandNames(program) +
+           commands +
            "\n"
-           "  elif ((CURRENT == 3)) && [[ ${words[2]} == (run|describe) ]]; then compadd -- " +
+           "  elif [[ $current == -* ]]; then\n"
+           "    _rix_options \"${words[2]}\"\n"
+           "    compadd -- ${=options}\n"
+           "  elif ((CURRENT == 3)) && [[ ${words[2]} == (run|describe|help) ]]; then compadd -- " +
            classNames() +
            "\n"
            "  elif [[ ${words[2]} == run && $current == *=* ]]; then\n"
            "    _rix_properties \"${words[3]}\" \"${current%%=*}\"\n"
            "    compset -P '*='\n"
-           "    if [[ -n $values ]]; then compadd -- ${=values}; else _files; fi\n"
+           "    if [[ -n $values ]]; then compadd -- ${=values}; else " +
+           images +
+           "; fi\n"
            "  elif [[ ${words[2]} == run ]]; then\n"
            "    _rix_properties \"${words[3]}\" ''\n"
            "    compadd -S '' -- ${=names}\n"
-           "  else _files; fi\n"
+           "  elif [[ ${words[2]} == recipe ]]; then _files -g '*.json'\n"
+           "  else " +
+           images +
+           "; fi\n"
            "}\n"
            "compdef _rix rix\n";
 }

@@ -1,10 +1,14 @@
+#include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <rix/description/Algorithms.h>
 #include <rix/description/Facts.h>
+#include <rix/description/Synonyms.h>
 #include <rix/description/Tables.h>
 
 #include "../Commands.h"
@@ -14,8 +18,17 @@ namespace rix::cli {
 namespace {
 
 struct ListOptions {
+    std::vector<std::string> about;
     bool json = false;
 };
+
+/// Whether a word, or what the library calls it, stands in the name, the area or the summary of a class.
+bool isAbout(const std::string& text, const std::string& word) {
+    std::vector<std::string> names = description::namesOf(word);
+    names.push_back(word);
+    return std::ranges::any_of(
+        names, [&](const std::string& name) { return text.find(description::plainWord(name)) != std::string::npos; });
+}
 
 int runList(const ListOptions& options) {
     nlohmann::json list = nlohmann::json::array();
@@ -23,6 +36,10 @@ int runList(const ListOptions& options) {
     for (const AlgoInfo* info : description::listedClasses()) {
         const auto facts = description::describeAlgorithm(*description::createAlgorithm(*info));
         const std::string& summary = facts.description.summary;
+        const std::string text = description::plainWord(facts.name + '\n' + facts.area + '\n' + summary);
+        if (!std::ranges::all_of(options.about, [&](const std::string& word) { return isAbout(text, word); })) {
+            continue;
+        }
         list.push_back({{"name", facts.name},
                         {"area", facts.area},
                         {"library", facts.library},
@@ -46,8 +63,10 @@ int runList(const ListOptions& options) {
 void addListCommand(CLI::App& program, Action& chosen) {
     auto options = std::make_shared<ListOptions>();
     CLI::App* command = program.add_subcommand("list", "List the algorithms: name, area, one line on each");
+    command->add_option("WORD", options->about,
+                        "Only those whose name, area or summary has all these words, or what the field means by them");
     command->add_flag("--json", options->json, "Print a JSON array");
-    command->footer("Example:\n  rix list");
+    command->footer("Example:\n  rix list smoothing edges");
     command->callback([&chosen, options] { chosen = [options] { return runList(*options); }; });
 }
 
