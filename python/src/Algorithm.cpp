@@ -173,7 +173,8 @@ Algorithm::OpenImages Algorithm::openImages(const std::string& axes) {
         if (!m_given[place] || (role != PropertyRole::InputImage && role != PropertyRole::InPlaceImage)) {
             continue;
         }
-        open(place, role == PropertyRole::InputImage ? &openInput : &openOutput, axes);
+        const auto opener = properties[place].isLabels() ? &openLabels : &openInput;
+        open(place, role == PropertyRole::InputImage ? opener : &openOutput, axes);
         images.reference = images.reference != nullptr ? images.reference : &images.given[place];
     }
     // Results that are given have the axes of the input that they are made from.

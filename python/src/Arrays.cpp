@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <numeric>
 #include <utility>
 #include <vector>
@@ -207,6 +209,30 @@ GivenImage open(py::handle object, const std::string& axes, Access access) {
 
 GivenImage openInput(py::handle object, const std::string& axes) {
     return open(object, axes, Access::ReadOnly);
+}
+
+GivenImage openLabels(py::handle object, const std::string& axes) {
+    if (!py::isinstance<py::array>(object)) {
+        return open(object, axes, Access::ReadOnly);
+    }
+    const auto array = py::reinterpret_borrow<py::array>(object);
+    const char kind = array.dtype().kind();
+    if ((kind != 'i' && (kind != 'u' || array.itemsize() <= 4)) || array.size() == 0) {
+        return open(object, axes, Access::ReadOnly);
+    }
+    const py::object lowest = array.attr("min")();
+    const py::object highest = array.attr("max")();
+    if (lowest < py::int_(0) || highest > py::int_(std::numeric_limits<std::uint32_t>::max())) {
+        throw WrongTypeError("labels are whole numbers from 0 to 4294967295, 0 for the background; this " +
+                             describeObject(array) + " holds " + py::str(lowest).cast<std::string>() + " to " +
+                             py::str(highest).cast<std::string>() +
+                             ". Where negative numbers are no objects, numpy.maximum(labels, 0) makes them background");
+    }
+    try {
+        return open(array.attr("astype")(dtypeOf(RIX_UINT32, false)), axes, Access::ReadOnly);
+    } catch (py::error_already_set& error) {
+        rethrowShortage(error);
+    }
 }
 
 GivenImage openOutput(py::handle object, const std::string& axes) {

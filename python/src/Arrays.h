@@ -34,6 +34,10 @@ struct GivenImage {
 /// @throws WrongTypeError for what is no image or has a type that images don't have, RefusedError for its axes
 GivenImage openInput(pybind11::handle object, const std::string& axes);
 
+/// The same for an image of labels: arrays of signed and of 64-bit integers, as SciPy and scikit-image number objects,
+/// are taken as uint32 where every value fits. @throws WrongTypeError where one does not
+GivenImage openLabels(pybind11::handle object, const std::string& axes);
+
 /// Opens what a user gave for a result. Nothing is copied: an array that would need it is refused.
 /// @param axes names the axes of bare arrays; those of the image that the result is made from
 GivenImage openOutput(pybind11::handle object, const std::string& axes);

@@ -42,6 +42,8 @@ struct PropertyFacts {
         return role == PropertyRole::InputImage || role == PropertyRole::OutputImage ||
                role == PropertyRole::InPlaceImage;
     }
+    /// An input whose voxels are numbers of objects.
+    bool isLabels() const { return role == PropertyRole::InputImage && name.ends_with("LabelImage"); }
     /// Part of what a run gives back.
     bool isResult() const { return isOutput || role == PropertyRole::InPlaceImage; }
 };

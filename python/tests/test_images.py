@@ -152,6 +152,17 @@ def test_types_that_images_do_not_have(dtype, advice):
         rix.box_filter_2d(np.zeros((3, 3), dtype), 3, 3)
 
 
+def test_labels_of_others():
+    labels = np.array([[0, 70000, 70000], [2, 0, 0]])
+    wanted = rix.label_analysis(labels.astype(np.uint32), measures="PixelCount")
+    for dtype in (np.int32, np.int64, np.uint64):
+        assert rix.label_analysis(labels.astype(dtype), measures="PixelCount")["PixelCount"].tolist() == [1, 2]
+    np.testing.assert_array_equal(rix.label_analysis(labels, measures="PixelCount")["Label"], wanted["Label"])
+    for wrong in (-labels, labels + 2**32, np.array([[2**64 - 1]], np.uint64)):
+        with pytest.raises(rix.DataTypeError, match="input_label_image: labels are whole numbers from 0 to 4294967295"):
+            rix.label_analysis(wrong, measures="PixelCount")
+
+
 def test_what_is_no_image():
     masked = np.ma.masked_equal(random_array(np.uint8), 3)
     for wrong, text in [(masked, "mask"), ("coins.png", "str"), (3, "int")]:

@@ -171,8 +171,9 @@ private:
         } else if (const String similar = similarName(name); !similar.empty()) {
             hint = "; perhaps \"" + similar + "\" is meant";
         }
-        rules::refuse("There is no measure \"" + name + '"' + hint + '.',
-                      "Measures are " + known + " with p from 0 to 100; presets are " + presets + '.');
+        // One text: what is meant stands before the long list, whichever end a front end begins to tell at.
+        rules::refuse("There is no measure \"" + name + '"' + hint + ". Measures are " + known +
+                      " with p from 0 to 100; presets are " + presets + '.');
     }
 
     /// The name of a measure, a value or a formula that differs least, without regard to case; empty when none is near.
