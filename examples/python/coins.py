@@ -21,7 +21,7 @@ print(coins)
 # %% The light falls from one side: take away what varies slowly. The difference of unsigned images is signed.
 smooth = rix.box_filter_2d(coins, 5, 5, auto_scale=True)
 light = rix.box_filter_2d(smooth, 151, 151, auto_scale=True)
-even = rix.arithmetic_operation_with_image(smooth, light, "SUBTRACT")
+even = smooth - light
 
 # %% Threshold. Several results come by name: a binary image, and the threshold that was chosen.
 bright = rix.auto_thresholding_bright(even, threshold_criterion="FACTORISATION")
@@ -42,5 +42,4 @@ is_wide = np.concatenate([[False], table["EquivalentDiameter"] > 9])
 wide = rix.Image(np.where(is_wide[labels], labels, 0).astype(np.uint8), interpretation="label", **labels.calibration)
 
 # %% Look at them.
-rix.imwrite(folder / "python-coins-wide.png", rix.overlay(coins, wide, numbers=True), axes="yxc",
-            color_interpretation="rgb")
+rix.imwrite(folder / "python-coins-wide.png", rix.overlay(coins, wide, numbers=True))

@@ -3,9 +3,6 @@
 import os
 from typing import Any, Dict, Mapping, Optional, Union
 
-import numpy as np
-import numpy.typing as npt
-
 from . import _rix
 from ._errors import RuleError, RunError
 from ._image import ColorInterpretation, Image, PerAxis
@@ -92,18 +89,19 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
 
 
 def overlay(image: Any, labels: Any, *, axes: Optional[str] = None, plane: Optional[int] = None,
-            frame: Optional[int] = None, numbers: bool = False) -> npt.NDArray[np.uint8]:
+            frame: Optional[int] = None, numbers: bool = False) -> Image:
     """Draws the outlines of labels, or of the objects of a binary image, over a picture.
 
     Grey images are shown in an automatic window, RGB as it is. Of a volume, one plane is drawn: `plane`, or the middle
     one; of a sequence, `frame` or the first. With `numbers` each label is written on its object; a picture in which they
     would not fit is enlarged a whole number of times.
 
-    Returns an array of (rows, columns, 3) of uint8, as picture libraries want it. Needs the library cairo.
+    Returns an RGB image with the axes "yxc", of uint8: `imwrite`, notebooks and matplotlib's `imshow` take it as it is.
+    Needs the library cairo.
     """
     try:
         from . import _rendering
     except ImportError as error:
         raise RunError(f"overlay() needs the drawing library cairo, which can't be loaded ({error})") from None
-    picture: npt.NDArray[np.uint8] = _rendering.overlay(image, labels, axes or "", plane, frame, numbers)
-    return picture
+    return Image(_rendering.overlay(image, labels, axes or "", plane, frame, numbers), "yxc",
+                 color_interpretation=ColorInterpretation.RGB)

@@ -8,6 +8,7 @@ import numpy.typing as npt
 
 from . import _rix
 from ._errors import DataTypeError, Error, RuleError
+from ._operators import Operators
 
 PerAxis = Union[float, Sequence[float], Mapping[str, float]]
 Directions = Tuple[Tuple[float, float, float], Tuple[float, float, float], Tuple[float, float, float]]
@@ -79,8 +80,11 @@ def _member(kind: Any, value: Any) -> Any:
         raise RuleError(f"'{value}' is none of {', '.join(kind.__members__)}") from None
 
 
-class Image:
+class Image(Operators):
     """An array with its axes, calibration and interpretation. The array is not copied.
+
+    Parts by the names of axes (`image[{"z": 3}]`, `image.plane(3)`), `+ - * / & | ^ ~ < <= > >=`, `astype`, `mean`, `std`,
+    `min`, `max` and `sum` give what the library's operations give. Notebooks show the image as a picture.
 
     Parameters
     ----------

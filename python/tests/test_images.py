@@ -242,13 +242,16 @@ def test_overlay(tmp_path):
     grey = np.full((40, 50), 90, np.uint8)
     labels = np.zeros((40, 50), np.int32)
     labels[10:20, 10:30] = 1
-    picture = rix.overlay(grey, labels)
+    drawn = rix.overlay(grey, labels)
+    picture = drawn.array
+    rix.imwrite(tmp_path / "drawn.png", drawn)
+    np.testing.assert_array_equal(rix.imread(tmp_path / "drawn.png").transpose("yxc"), picture)
     assert picture.shape == (40, 50, 3) and picture.dtype == np.uint8
     drawn = (picture != picture[0, 0]).any(axis=2)
     outline = labels == 1
     outline[11:19, 11:29] = False
     np.testing.assert_array_equal(drawn, outline)
-    np.testing.assert_array_equal((rix.overlay(grey, labels > 0) != picture[0, 0]).any(axis=2), outline)
+    np.testing.assert_array_equal((rix.overlay(grey, labels > 0).array != picture[0, 0]).any(axis=2), outline)
     colour = np.dstack([grey, grey, grey])
     assert rix.overlay(rix.Image(colour, "yxc", color_interpretation="rgb"), labels).shape == picture.shape
     rix.imwrite(tmp_path / "o.png", picture, axes="yxc", color_interpretation="rgb")
