@@ -19,7 +19,7 @@ GreyRange extremesOf(access::ExecutionContext& context, OptimLevelType level, co
 
 std::vector<double> quantilesOf(access::ExecutionContext& context, OptimLevelType level, const ImageModel& image,
                                 std::span<const double> shares) {
-    return measureGroup(context, level, {&image, nullptr}, shares).quantiles;
+    return measureGroup(context, level, {&image, nullptr}, {{}, shares}).quantiles;
 }
 
 std::size_t quantilesMemory(const ImageModel& image, std::size_t shares, std::size_t threads) {

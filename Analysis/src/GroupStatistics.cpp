@@ -1,10 +1,10 @@
 #include "GroupStatistics.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
+#include <vector>
 
 #include <rix/access/BlockSize.h>
 #include <rix/access/Joins.h>
@@ -12,9 +12,10 @@
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 
-#include "Int128.h"
+#include "ClassStatistics.h"
 #include "ParticipatingRows.h"
 #include "RankSelection.h"
+#include "SmallIntegerStatistics.h"
 #include "ValueCounts.h"
 
 namespace rix::analysis {
@@ -35,24 +36,41 @@ struct SummaryLeaf {
 };
 
 template <class T>
-Summary summarise(access::ExecutionContext& context, OptimLevelType level, const Group& group) {
+Summary summarise(access::ExecutionContext& context, OptimLevelType level, const Group& group,
+                  const StatisticRequest& request) {
     const StatisticKernels<T> kernels = statisticKernels<T>(level);
+    const auto addSums = kernels.addSums[request.powers()];
+    const bool needsSums = request.needsSums();
+    const bool needsExtremes = request.needsExtremes() || request.needsClasses();
+    const bool needsPositions = request.needsPositions();
     const auto open = [&](const access::Plan& plan) {
-        return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), kernels](
+        return [=, rows = ParticipatingRows<T>(*group.image, group.mask, plan)](
                    SummaryLeaf& leaf, const access::RowSegment& segment, std::size_t first) mutable {
             Summary piece;
+            std::size_t lowFrom = 0;  // where the pieces with the extremes begin
+            std::size_t highFrom = 0;
             rows.open(segment);
-            rows.forEachPiece([&](std::span<const T> samples) {
-                kernels.addSums(samples.data(), samples.size(), leaf.sums);
-                kernels.findExtremes(samples.data(), samples.size(), piece.minimum, piece.maximum);
+            const auto look = [&](std::span<const T> samples) { return kernels.look(samples.data(), samples.size()); };
+            rows.forEachPieceSeen(look, [&](std::span<const T> samples, const Magnitudes& seen, std::size_t begin) {
+                if (needsSums) {
+                    addSums(samples.data(), samples.size(), seen, leaf.sums);
+                } else {
+                    leaf.sums.count += samples.size();
+                }
+                if (needsExtremes) {
+                    const Summary before = piece;
+                    kernels.findExtremes(samples.data(), samples.size(), piece.minimum, piece.maximum);
+                    lowFrom = piece.minimum < before.minimum ? begin : lowFrom;
+                    highFrom = piece.maximum > before.maximum ? begin : highFrom;
+                }
             });
             piece.nanCount = rows.nanCount;
             piece.infiniteCount = rows.infiniteCount;
-            if (piece.minimum < leaf.summary.minimum) {
-                piece.minimumAt = first + rows.find(static_cast<T>(piece.minimum));
+            if (needsPositions && piece.minimum < leaf.summary.minimum) {
+                piece.minimumAt = first + rows.find(static_cast<T>(piece.minimum), lowFrom);
             }
-            if (piece.maximum > leaf.summary.maximum) {
-                piece.maximumAt = first + rows.find(static_cast<T>(piece.maximum));
+            if (needsPositions && piece.maximum > leaf.summary.maximum) {
+                piece.maximumAt = first + rows.find(static_cast<T>(piece.maximum), highFrom);
             }
             leaf.summary.join(piece);
         };
@@ -65,54 +83,6 @@ Summary summarise(access::ExecutionContext& context, OptimLevelType level, const
     return withMask(*group.image, group.mask, [&](Images images) {
         return access::reduceRows<SummaryLeaf>(context, images, nanosecondsPerVoxel, open, finish, join);
     });
-}
-
-/// Lowers `first` to `place`.
-void lower(std::atomic<std::uint64_t>& first, std::uint64_t place) {
-    std::uint64_t known = first.load(std::memory_order_relaxed);
-    while (place < known && !first.compare_exchange_weak(known, place, std::memory_order_relaxed)) {
-    }
-}
-
-/// The first place of a value that occurs. Blocks behind a place where it was found don't search.
-template <class T>
-std::uint64_t placeOf(access::ExecutionContext& context, const Group& group, double value) {
-    struct Nothing {};
-    std::atomic<std::uint64_t> found{std::numeric_limits<std::uint64_t>::max()};
-    const auto open = [&](const access::Plan& plan) {
-        return [rows = ParticipatingRows<T>(*group.image, group.mask, plan), wanted = static_cast<T>(value), &found](
-                   Nothing&, const access::RowSegment& segment, std::size_t first) mutable {
-            if (first >= found.load(std::memory_order_relaxed)) {
-                return;
-            }
-            rows.open(segment);
-            if (const std::size_t at = rows.find(wanted); at < segment.count) {
-                lower(found, first + at);
-            }
-        };
-    };
-    withMask(*group.image, group.mask, [&](Images images) {
-        access::reduceRows<Nothing>(
-            context, images, nanosecondsPerVoxel, open, [](Nothing nothing) { return nothing; },
-            [](Nothing&, const Nothing&) {});
-    });
-    return found;
-}
-
-/// How often each value of an image of 8 or 16 bits occurs where the mask is not 0.
-template <class T>
-Counts countsOfValues(access::ExecutionContext& context, const Group& group) {
-    constexpr std::size_t values = std::size_t{1} << (8 * sizeof(T));
-    if (group.mask == nullptr && hasCountableRange(*group.image)) {
-        return std::move(countValues(context, *group.image).counts);
-    }
-    const auto add = [](std::uint64_t* counts, std::span<const T> samples) {
-        constexpr int lowest = std::numeric_limits<T>::min();
-        for (const T sample : samples) {
-            ++counts[static_cast<int>(sample) - lowest];
-        }
-    };
-    return countSamples<T>(context, *group.image, group.mask, nanosecondsPerVoxel, values, add);
 }
 
 /// How many samples fall into each of the classes of equal width between the extremes.
@@ -144,98 +114,6 @@ Counts countsOfClasses(access::ExecutionContext& context, OptimLevelType level, 
     return counts;
 }
 
-/// Entropy and mode of classes: `valueOf(index)` is the value that stands for one.
-template <class ValueOf>
-void describeClasses(const Counts& counts, double total, const ValueOf& valueOf, GroupStatistics& result) {
-    double entropy = 0;
-    double rest = 0;
-    std::size_t most = 0;
-    for (std::size_t i = 0; i < counts.size(); ++i) {
-        if (counts[i] > 0) {
-            const double share = static_cast<double>(counts[i]) / total;
-            addExactly(entropy, rest, -share * std::log(share));
-        }
-        most = counts[i] > counts[most] ? i : most;
-    }
-    result.entropy = entropy + rest + 0.0;
-    result.mode = valueOf(most);
-}
-
-/// The rank at or below the place of a quantile among `count` sorted values, and the next.
-struct Bracket {
-    std::uint64_t below;
-    std::uint64_t above;
-    double share;  ///< of the way between them
-
-    Bracket(double quantile, std::uint64_t count) {
-        const double place = quantile * static_cast<double>(count - 1);
-        below = std::min(static_cast<std::uint64_t>(place), count - 1);
-        above = std::min(below + 1, count - 1);
-        share = place - static_cast<double>(below);
-    }
-};
-
-/// `atRank(rank)` is the value of a rank.
-template <class AtRank>
-void setQuantiles(std::span<const double> quantiles, const AtRank& atRank, GroupStatistics& result) {
-    for (const double quantile : quantiles) {
-        const Bracket bracket(quantile, static_cast<std::uint64_t>(result.moments.count));
-        const double low = atRank(bracket.below);
-        const double high = atRank(bracket.above);
-        result.quantiles.push_back(bracket.share == 0 || low == high ? low : low + (high - low) * bracket.share);
-    }
-}
-
-/// Of samples of 8 or 16 bits: all follows from the counts of their values.
-template <class T>
-void measureCounts(access::ExecutionContext& context, const Group& group, std::span<const double> quantiles,
-                   GroupStatistics& result) {
-    constexpr int lowest = std::numeric_limits<T>::min();
-    constexpr std::size_t values = std::size_t{1} << (8 * sizeof(T));
-    const access::Steps steps(context, {1.0, 0.5, 0.5});
-    const Counts counts = countsOfValues<T>(context, group);
-    const auto valueOf = [](std::size_t index) { return static_cast<double>(index) + lowest; };
-    Moments& moments = result.moments;
-    Int128 sum = 0;
-    for (std::size_t i = 0; i < values; ++i) {
-        moments.count += static_cast<double>(counts[i]);
-        sum += static_cast<Int128>(counts[i]) * (static_cast<Int128>(i) + lowest);
-    }
-    moments.sum = static_cast<double>(sum);
-    moments.sumRest = static_cast<double>(sum - static_cast<Int128>(moments.sum));
-    if (moments.count == 0) {
-        return;
-    }
-    moments.mean = moments.total() / moments.count;
-    double rests[3] = {};
-    for (std::size_t i = 0; i < values; ++i) {
-        const double distance = valueOf(i) - moments.mean;
-        const double square = static_cast<double>(counts[i]) * distance * distance;
-        addExactly(moments.second, rests[0], square);
-        addExactly(moments.third, rests[1], square * distance);
-        addExactly(moments.fourth, rests[2], square * distance * distance);
-    }
-    moments.second += rests[0];
-    moments.third += rests[1];
-    moments.fourth += rests[2];
-    const auto occurs = [](std::uint64_t count) { return count > 0; };
-    result.minimum =
-        valueOf(static_cast<std::size_t>(std::find_if(counts.begin(), counts.end(), occurs) - counts.begin()));
-    result.maximum =
-        valueOf(static_cast<std::size_t>(counts.rend() - std::find_if(counts.rbegin(), counts.rend(), occurs)) - 1);
-    describeClasses(counts, moments.count, valueOf, result);
-    const auto atRank = [&](std::uint64_t rank) {
-        std::size_t i = 0;
-        while (rank >= counts[i]) {
-            rank -= counts[i++];
-        }
-        return valueOf(i);
-    };
-    setQuantiles(quantiles, atRank, result);
-    result.minimumAt = placeOf<T>(context, group, result.minimum);
-    result.maximumAt = placeOf<T>(context, group, result.maximum);
-}
-
 void selectQuantiles(access::ExecutionContext& context, const Group& group, std::span<const double> quantiles,
                      GroupStatistics& result) {
     const auto count = static_cast<std::uint64_t>(result.moments.count);
@@ -255,27 +133,37 @@ void selectQuantiles(access::ExecutionContext& context, const Group& group, std:
 
 /// Of samples of more than 16 bits, read as `T`.
 template <class T>
-void measureSums(access::ExecutionContext& context, OptimLevelType level, const Group& group,
-                 std::span<const double> quantiles, GroupStatistics& result) {
-    const access::Steps steps(context, {1.0, 1.0, quantiles.empty() ? 0.0 : 2.0});
-    static_cast<Summary&>(result) = summarise<T>(context, level, group);
+void measureReals(access::ExecutionContext& context, OptimLevelType level, const Group& group,
+                  const StatisticRequest& request, GroupStatistics& result) {
+    const access::Steps steps(context,
+                              {1.0, request.needsClasses() ? 1.0 : 0.0, request.quantiles.empty() ? 0.0 : 2.0});
+    static_cast<Summary&>(result) = summarise<T>(context, level, group, request);
     if (result.moments.count == 0) {
         return;
     }
     result.minimum += 0.0;  // of the two zeros, +0
     result.maximum += 0.0;
-    const Counts counts = countsOfClasses<T>(context, level, group, result.minimum, result.maximum);
-    const auto valueOf = [&](std::size_t index) {
-        const double share = (static_cast<double>(index) + 0.5) / classes;
-        return result.minimum * (1 - share) + result.maximum * share;
-    };
-    describeClasses(counts, result.moments.count, valueOf, result);
-    if (!quantiles.empty()) {
-        selectQuantiles(context, group, quantiles, result);
+    if (request.needsClasses()) {
+        const Counts counts = countsOfClasses<T>(context, level, group, result.minimum, result.maximum);
+        const auto valueOf = [&](std::size_t index) {
+            const double share = (static_cast<double>(index) + 0.5) / classes;
+            return result.minimum * (1 - share) + result.maximum * share;
+        };
+        describeClasses(counts, result.moments.count, valueOf, result);
+    }
+    if (!request.quantiles.empty()) {
+        selectQuantiles(context, group, request.quantiles, result);
     }
 }
 
 }  // namespace
+
+int StatisticRequest::powers() const {
+    if (measures.hasAny(Statistic::Skewness, Statistic::Kurtosis)) {
+        return 4;
+    }
+    return measures.hasAny(Statistic::Variance, Statistic::StandardDeviation) ? 2 : 0;
+}
 
 void Summary::join(const Summary& right) {
     moments.join(right.moments);
@@ -292,22 +180,22 @@ void Summary::join(const Summary& right) {
 }
 
 GroupStatistics measureGroup(access::ExecutionContext& context, OptimLevelType level, const Group& group,
-                             std::span<const double> quantiles) {
+                             const StatisticRequest& request) {
     GroupStatistics result;
     const VoxelTypes type = group.image->getVoxelType();
     if (access::contains(SmallTypes{}, type)) {
         access::dispatch(SmallTypes{}, type, [&](auto tag) {
-            measureCounts<typename decltype(tag)::type>(context, group, quantiles, result);
+            measureSmallIntegers<typename decltype(tag)::type>(context, level, group, request, result);
         });
     } else if (type == RIX_FLOAT32) {
-        measureSums<float>(context, level, group, quantiles, result);
+        measureReals<float>(context, level, group, request, result);
     } else {
-        measureSums<double>(context, level, group, quantiles, result);
+        measureReals<double>(context, level, group, request, result);
     }
     if (result.moments.count == 0) {
         constexpr double none = std::numeric_limits<double>::quiet_NaN();
         result.minimum = result.maximum = result.moments.mean = result.entropy = result.mode = none;
-        result.quantiles.assign(quantiles.size(), none);
+        result.quantiles.assign(request.quantiles.size(), none);
     }
     return result;
 }

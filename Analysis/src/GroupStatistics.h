@@ -7,6 +7,7 @@
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/OptimLevel.h>
+#include <rix/analysis/ImageStatisticsMsr.h>
 #include <rix/image/ImageModel.h>
 
 #include "Moments.h"
@@ -33,16 +34,29 @@ struct Summary {
     void join(const Summary& right);
 };
 
-/// What `ImageStatistics` tells of a group of voxels.
+/// What is asked of groups.
+struct StatisticRequest {
+    StatisticSet measures;
+    std::span<const double> quantiles;  ///< from 0 to 1
+
+    /// The highest power of distances to the mean that is needed, at least: 0, 2 or 4.
+    int powers() const;
+    /// The sum or a power.
+    bool needsSums() const { return powers() > 0 || measures.hasAny(Statistic::Sum, Statistic::Mean); }
+    bool needsClasses() const { return measures.hasAny(Statistic::Entropy, Statistic::Mode); }
+    bool needsPositions() const { return measures.hasAny(Statistic::MinimumPosition, Statistic::MaximumPosition); }
+    bool needsExtremes() const { return needsPositions() || measures.hasAny(Statistic::Minimum, Statistic::Maximum); }
+};
+
+/// What `ImageStatistics` tells of a group of voxels. What was not asked for is anything.
 struct GroupStatistics : Summary {
     double entropy = 0;
     double mode = 0;
     std::vector<double> quantiles;
 };
 
-/// @param quantiles from 0 to 1
 GroupStatistics measureGroup(access::ExecutionContext& context, OptimLevelType level, const Group& group,
-                             std::span<const double> quantiles);
+                             const StatisticRequest& request);
 
 /// Peak bytes of working memory for groups of at most `voxels` voxels.
 std::size_t groupMemory(VoxelTypes type, std::size_t voxels, std::size_t threads, bool withQuantiles);

@@ -1,9 +1,13 @@
 #include <rix/analysis/ImageStatistics.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <optional>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 #include <rix/access/Steps.h>
 #include <rix/algorithms/Definition.h>
@@ -22,30 +26,37 @@ struct QuantileRequest {
     std::vector<String> texts;
 };
 
+std::string_view trimmed(std::string_view part) {
+    const std::size_t begin = part.find_first_not_of(" \t");
+    return begin == std::string_view::npos ? std::string_view()
+                                           : part.substr(begin, part.find_last_not_of(" \t") - begin + 1);
+}
+
+/// Calls `use(part)` for the parts of a text between commas, without spaces around them. @return whether all were used
+template <class Use>
+bool forEachPart(std::string_view text, const Use& use) {
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        if (!use(trimmed(text.substr(begin, end - begin)))) {
+            return false;
+        }
+        begin = end + 1;
+    }
+    return true;
+}
+
 /// Numbers from 0 to 1, separated by commas; nothing when a text is none.
 std::optional<QuantileRequest> readQuantiles(std::string_view text) {
     QuantileRequest request;
-    const auto trimmed = [](std::string_view part) {
-        const std::size_t begin = part.find_first_not_of(" \t");
-        return begin == std::string_view::npos ? std::string_view()
-                                               : part.substr(begin, part.find_last_not_of(" \t") - begin + 1);
-    };
-    if (trimmed(text).empty()) {
-        return request;
-    }
-    for (std::size_t begin = 0; begin <= text.size();) {
-        const std::size_t end = std::min(text.find(',', begin), text.size());
-        const std::string_view part = trimmed(text.substr(begin, end - begin));
-        double value = 0;
-        const auto [next, error] = std::from_chars(part.data(), part.data() + part.size(), value);
-        if (error != std::errc() || next != part.data() + part.size() || !(value >= 0 && value <= 1)) {
-            return std::nullopt;
-        }
-        request.values.push_back(value);
-        request.texts.emplace_back(part);
-        begin = end + 1;
-    }
-    return request;
+    const bool areQuantiles =
+        trimmed(text).empty() || forEachPart(text, [&](std::string_view part) {
+            double value = 0;
+            const auto [next, error] = std::from_chars(part.data(), part.data() + part.size(), value);
+            request.values.push_back(value);
+            request.texts.emplace_back(part);
+            return error == std::errc() && next == part.data() + part.size() && value >= 0 && value <= 1;
+        });
+    return areQuantiles ? std::optional(std::move(request)) : std::nullopt;
 }
 
 class RuleQuantiles : public Rules<Property<String>> {
@@ -59,6 +70,51 @@ public:
     String describe() const override { return "must be numbers from 0 to 1, separated by commas"; }
 };
 
+constexpr std::string_view everything = "All";
+constexpr std::array<std::string_view, statisticsSize> names{
+    "Count",    "Minimum", "Maximum", "Sum",      "Mean",          "Variance",        "StandardDeviation", "Skewness",
+    "Kurtosis", "Entropy", "Mode",    "NanCount", "InfiniteCount", "MinimumPosition", "MaximumPosition"};
+
+/// The statistics that a text names; nothing when one is none, which `unknown` then is.
+std::optional<StatisticSet> readMeasures(std::string_view text, std::string_view& unknown) {
+    StatisticSet statistics;
+    const bool areKnown = forEachPart(text, [&](std::string_view part) {
+        const auto* const found = std::find(names.begin(), names.end(), part);
+        if (part == everything) {
+            statistics.addAll();
+        } else if (found != names.end()) {
+            statistics.add(static_cast<Statistic>(found - names.begin()));
+        } else {
+            unknown = part;
+            return false;
+        }
+        return true;
+    });
+    return areKnown ? std::optional(statistics) : std::nullopt;
+}
+
+class RuleMeasures : public Rules<Property<String>> {
+public:
+    void apply(Property<String>& property) override {
+        const String text = property.get();
+        std::string_view unknown;
+        if (!readMeasures(text, unknown)) {
+            rules::refuse(rules::parameterText(property) + " names \"" + String(unknown) + "\", which is no measure.",
+                          "Measures are " + known() + ". It is \"" + text + "\".");
+        }
+    }
+    String describe() const override { return "must be names of measures, separated by commas: " + known(); }
+
+private:
+    static String known() {
+        String all(everything);
+        for (const std::string_view name : names) {
+            all += ", " + String(name);
+        }
+        return all;
+    }
+};
+
 using Position = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
 void declare(ImageStatistics& algorithm, algorithms::Properties& properties) {
@@ -70,15 +126,10 @@ void declare(ImageStatistics& algorithm, algorithms::Properties& properties) {
     algorithm.quantiles = String();
     properties.input(algorithm.quantiles, "Shares of the values, for a column each: \"0.05, 0.5\".");
     algorithm.quantiles.getImpl()->addRule(std::make_shared<RuleQuantiles>());
+    algorithm.measures = String(everything);
+    properties.input(algorithm.measures, "What is told: names of columns, separated by commas, or \"All\".");
+    algorithm.measures.getImpl()->addRule(std::make_shared<RuleMeasures>());
     properties.output(algorithm.outputMeasurement, "A row for each group of voxels.", AddRuleCreateMeasurement());
-}
-
-void setPlaces(std::array<measurement::MeasurementArray<std::int64_t>, RIX_COMPONENTS_SIZE>& arrays, std::size_t row,
-               const Position& origin, std::uint64_t element, const Position& extents) {
-    for (std::size_t axis = 0; axis < arrays.size(); ++axis) {
-        arrays[axis][row] = static_cast<std::int64_t>(origin[axis] + element % extents[axis]);
-        element /= extents[axis];
-    }
 }
 
 void setRow(ImageStatisticsMsr& table, std::size_t row, const GroupStatistics& group, const Position& origin,
@@ -87,36 +138,45 @@ void setRow(ImageStatisticsMsr& table, std::size_t row, const GroupStatistics& g
     table.plane[row] = static_cast<std::int64_t>(origin[PLANS]);
     table.frame[row] = static_cast<std::int64_t>(origin[SEQUENCE]);
     table.channel[row] = static_cast<std::int64_t>(origin[SPECTRAL_SERIES]);
-    table.count[row] = static_cast<std::int64_t>(moments.count);
-    table.nanCount[row] = static_cast<std::int64_t>(group.nanCount);
-    table.infiniteCount[row] = static_cast<std::int64_t>(group.infiniteCount);
-    table.minimum[row] = group.minimum;
-    table.maximum[row] = group.maximum;
-    table.sum[row] = moments.total();
-    table.mean[row] = moments.mean;
-    table.variance[row] = moments.variance();
-    table.standardDeviation[row] = std::sqrt(moments.variance());
-    table.skewness[row] = moments.skewness();
-    table.kurtosis[row] = moments.kurtosis();
-    table.entropy[row] = group.entropy;
-    table.mode[row] = group.mode;
+    const auto tell = [&](Statistic statistic, auto& array, auto value) {
+        if (table.told().has(statistic)) {
+            using Value = typename std::remove_reference_t<decltype(array)>::value_type;
+            array[row] = static_cast<Value>(value);
+        }
+    };
+    tell(Statistic::Count, table.count, moments.count);
+    tell(Statistic::NanCount, table.nanCount, group.nanCount);
+    tell(Statistic::InfiniteCount, table.infiniteCount, group.infiniteCount);
+    tell(Statistic::Minimum, table.minimum, group.minimum);
+    tell(Statistic::Maximum, table.maximum, group.maximum);
+    tell(Statistic::Sum, table.sum, moments.total());
+    tell(Statistic::Mean, table.mean, moments.mean);
+    tell(Statistic::Variance, table.variance, moments.variance());
+    tell(Statistic::StandardDeviation, table.standardDeviation, std::sqrt(moments.variance()));
+    tell(Statistic::Skewness, table.skewness, moments.skewness());
+    tell(Statistic::Kurtosis, table.kurtosis, moments.kurtosis());
+    tell(Statistic::Entropy, table.entropy, group.entropy);
+    tell(Statistic::Mode, table.mode, group.mode);
     for (std::size_t i = 0; i < group.quantiles.size(); ++i) {
         table.quantiles[i][row] = group.quantiles[i];
     }
-    if (moments.count > 0) {
-        setPlaces(table.minimumAt, row, origin, group.minimumAt, extents);
-        setPlaces(table.maximumAt, row, origin, group.maximumAt, extents);
-        return;
-    }
-    for (std::size_t axis = 0; axis < extents.size(); ++axis) {
-        table.minimumAt[axis][row] = table.maximumAt[axis][row] = -1;
-    }
+    const auto tellPlace = [&](Statistic statistic, auto& arrays, std::uint64_t element) {
+        for (std::size_t axis = 0; axis < extents.size(); ++axis) {
+            tell(statistic, arrays[axis],
+                 moments.count > 0 ? static_cast<std::int64_t>(origin[axis] + element % extents[axis]) : -1);
+            element /= extents[axis];
+        }
+    };
+    tellPlace(Statistic::MinimumPosition, table.minimumAt, group.minimumAt);
+    tellPlace(Statistic::MaximumPosition, table.maximumAt, group.maximumAt);
 }
 
 void process(ImageStatistics& algorithm, OptimLevelType level) {
     const ImageModel& image = *algorithm.getInputImage();
     const ImageModel* const mask = algorithm.getInputMaskImage();
-    const QuantileRequest request = *readQuantiles(algorithm.getQuantiles());
+    const QuantileRequest quantiles = *readQuantiles(algorithm.getQuantiles());
+    std::string_view unknown;
+    const StatisticSet measures = *readMeasures(algorithm.getMeasures(), unknown);
     const ImageStatistics::GroupBy by = algorithm.getGroupBy();
     const Position all = helper::getExtents(image);
     Position extents = all;  // of a group
@@ -127,10 +187,11 @@ void process(ImageStatistics& algorithm, OptimLevelType level) {
     const std::size_t frames = all[SEQUENCE] / extents[SEQUENCE];
     const std::size_t channels = all[SPECTRAL_SERIES] / extents[SPECTRAL_SERIES];
     ImageStatisticsMsr& table = *algorithm.getOutputMeasurement();
-    table.reset(planes * frames * channels, request.texts);
+    const std::size_t rows = planes * frames * channels;
+    table.reset(rows, measures, quantiles.texts);
     table.groupColumns = {planes > 1, frames > 1, channels > 1};
-    const access::Steps groups(algorithm.executionContext(), table.count.size());
-    for (std::size_t row = 0; row < table.count.size(); ++row) {
+    const access::Steps groups(algorithm.executionContext(), rows);
+    for (std::size_t row = 0; row < rows; ++row) {
         const Position origin{0, 0, row % planes, row / planes % frames, row / planes / frames};
         std::optional<ImageModelSizeProxy> part;
         std::optional<ImageModelSizeProxy> maskPart;
@@ -142,7 +203,8 @@ void process(ImageStatistics& algorithm, OptimLevelType level) {
                                 std::vector<std::size_t>(extents.begin(), extents.end()));
         };
         const Group group{view(part, &image), view(maskPart, mask)};
-        setRow(table, row, measureGroup(algorithm.executionContext(), level, group, request.values), origin, extents);
+        setRow(table, row, measureGroup(algorithm.executionContext(), level, group, {measures, quantiles.values}),
+               origin, extents);
     }
 }
 

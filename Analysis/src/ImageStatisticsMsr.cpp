@@ -18,6 +18,30 @@ Places places(const String& name, const String& what) {
     return {place("X", "Column"), place("Y", "Row"), place("Z", "Plane"), place("T", "Frame"), place("C", "Channel")};
 }
 
+/// Calls `use(statistic, array)` for the arrays of a table in the order of its columns, but for places and quantiles.
+template <class Table, class Use>
+void forEachArray(Table& table, const Use& use) {
+    use(Statistic::Count, table.count);
+    use(Statistic::Minimum, table.minimum);
+    use(Statistic::Maximum, table.maximum);
+    use(Statistic::Sum, table.sum);
+    use(Statistic::Mean, table.mean);
+    use(Statistic::Variance, table.variance);
+    use(Statistic::StandardDeviation, table.standardDeviation);
+    use(Statistic::Skewness, table.skewness);
+    use(Statistic::Kurtosis, table.kurtosis);
+    use(Statistic::Entropy, table.entropy);
+    use(Statistic::Mode, table.mode);
+    use(Statistic::NanCount, table.nanCount);
+    use(Statistic::InfiniteCount, table.infiniteCount);
+    for (auto& array : table.minimumAt) {
+        use(Statistic::MinimumPosition, array);
+    }
+    for (auto& array : table.maximumAt) {
+        use(Statistic::MaximumPosition, array);
+    }
+}
+
 std::shared_ptr<measurement::MeasurementObject> make() {
     return std::make_shared<ImageStatisticsMsr>();
 }
@@ -42,7 +66,9 @@ ImageStatisticsMsr::ImageStatisticsMsr()
       entropy("Entropy", "The entropy of the distribution, in nats."),
       mode("Mode", "The most frequent value, or the centre of the most frequent class."),
       minimumAt(places("Minimum", "smallest value")),
-      maximumAt(places("Maximum", "greatest value")) {}
+      maximumAt(places("Maximum", "greatest value")) {
+    m_told.addAll();
+}
 
 const ObjectInfo& ImageStatisticsMsr::getInfo() {
     static const ObjectInfo info("ImageStatisticsMsr", &make);
@@ -57,18 +83,12 @@ String ImageStatisticsMsr::getDescription() const {
     return "This object contains statistics of the values of an image.";
 }
 
-void ImageStatisticsMsr::reset(std::size_t rows, const std::vector<String>& quantileTexts) {
-    for (auto* const array : {&plane, &frame, &channel, &count, &nanCount, &infiniteCount}) {
+void ImageStatisticsMsr::reset(std::size_t rows, const StatisticSet& told, const std::vector<String>& quantileTexts) {
+    m_told = told;
+    for (auto* const array : {&plane, &frame, &channel}) {
         array->reset(rows);
     }
-    for (auto* const array :
-         {&minimum, &maximum, &sum, &mean, &variance, &standardDeviation, &skewness, &kurtosis, &entropy, &mode}) {
-        array->reset(rows);
-    }
-    for (std::size_t axis = 0; axis < minimumAt.size(); ++axis) {
-        minimumAt[axis].reset(rows);
-        maximumAt[axis].reset(rows);
-    }
+    forEachArray(*this, [&](Statistic statistic, auto& array) { array.reset(told.has(statistic) ? rows : 0); });
     quantiles.clear();
     for (const String& text : quantileTexts) {
         quantiles.emplace_back("Quantile(" + text + ")", "The value that this share of the values lies below.");
@@ -84,17 +104,16 @@ std::vector<const measurement::BaseMeasurementArray*> ImageStatisticsMsr::arrays
             all.push_back(groups[i]);
         }
     }
-    all.insert(all.end(), {&count, &minimum, &maximum, &sum, &mean, &variance, &standardDeviation, &skewness, &kurtosis,
-                           &entropy, &mode});
-    for (const auto& array : quantiles) {
-        all.push_back(&array);
-    }
-    all.insert(all.end(), {&nanCount, &infiniteCount});
-    for (const auto* const at : {&minimumAt, &maximumAt}) {
-        for (const auto& array : *at) {
+    forEachArray(*this, [&](Statistic statistic, const auto& array) {
+        if (statistic == Statistic::NanCount) {  // quantiles follow the mode
+            for (const auto& quantile : quantiles) {
+                all.push_back(&quantile);
+            }
+        }
+        if (m_told.has(statistic)) {
             all.push_back(&array);
         }
-    }
+    });
     return all;
 }
 

@@ -14,7 +14,8 @@ namespace rix::analysis::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-inline void addSample(double sample, std::size_t lane, LaneSums& sums) {
+template <int powers>
+HWY_INLINE void addSample(double sample, std::size_t lane, LaneSums& sums) {
     const double before = sums.sum[lane];
     const double after = before + sample;
     const double taken = after - before;
@@ -22,10 +23,14 @@ inline void addSample(double sample, std::size_t lane, LaneSums& sums) {
     sums.rest[lane] += (before - (after - taken)) + (sample - taken);
     const double distance = sample - sums.first;
     const double square = distance * distance;
-    sums.power[0][lane] += distance;
-    sums.power[1][lane] += square;
-    sums.power[2][lane] += square * distance;
-    sums.power[3][lane] += square * square;
+    if constexpr (powers >= 2) {
+        sums.power[0][lane] += distance;
+        sums.power[1][lane] += square;
+    }
+    if constexpr (powers >= 4) {
+        sums.power[2][lane] += square * distance;
+        sums.power[3][lane] += square * square;
+    }
 }
 
 template <class D>
@@ -37,43 +42,94 @@ HWY_INLINE hn::Vec<D> loadDoubles(D d, const float* samples) {
     return hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, D>(), samples));
 }
 
-template <class T>
-void addSamples(const T* samples, std::size_t count, LaneSums& sums) {
-    if (count == 0) {
-        return;
+/// Two to the power of what a double holds without being subnormal.
+HWY_INLINE double powerOfTwo(int exponent) {
+    return __builtin_bit_cast(double, static_cast<std::int64_t>(exponent + 1023) << 52);
+}
+HWY_INLINE double larger(double a, double b) {
+    const double magnitude = b < 0 ? -b : b;
+    return magnitude > a ? magnitude : a;
+}
+
+// Plain loops: the compiler makes vectors of them.
+inline Magnitudes look(const float* samples, std::size_t count) {
+    std::uint32_t largest = 0;
+    std::uint32_t smallest = ~std::uint32_t{0};  // less one, so that 0 is the largest
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint32_t magnitude = __builtin_bit_cast(std::uint32_t, samples[i]) & 0x7fffffffU;
+        largest = magnitude > largest ? magnitude : largest;
+        smallest = magnitude - 1 < smallest ? magnitude - 1 : smallest;
     }
-    if (sums.count == 0) {
-        sums.first = static_cast<double>(samples[0]);
+    return {largest < 0x7f800000U, smallest + 1, largest};
+}
+inline Magnitudes look(const double* samples, std::size_t count) {
+    constexpr std::uint64_t sign = std::uint64_t{1} << 63;
+    std::uint64_t carries = 0;  // a full exponent and one more runs over into the sign
+    for (std::size_t i = 0; i < count; ++i) {
+        carries |= (__builtin_bit_cast(std::uint64_t, samples[i]) & ~sign) + (std::uint64_t{1} << 52);
     }
-    std::size_t begin = 0;
-    for (; begin < count && (sums.count + begin) % LaneSums::lanes != 0; ++begin) {
-        addSample(static_cast<double>(samples[begin]), (sums.count + begin) % LaneSums::lanes, sums);
+    return {(carries & sign) == 0, 0, 0};
+}
+
+/// Whether samples can be added to the sums without any rounding. Takes their unit.
+HWY_INLINE bool staysExact(std::size_t count, const Magnitudes& magnitudes, LaneSums& sums) {
+    const auto exponentOf = [](std::uint32_t magnitude) {
+        const int field = static_cast<int>(magnitude >> 23);
+        return field > 0 ? field : 1;
+    };
+    const int unit = exponentOf(magnitudes.smallest) - 150;
+    sums.unit = magnitudes.largest > 0 && unit < sums.unit ? unit : sums.unit;
+    const double largestSample = powerOfTwo(exponentOf(magnitudes.largest) - 126);
+    double largestSum = 0;
+    double largestDistance = 0;
+    for (std::size_t lane = 0; lane < LaneSums::lanes; ++lane) {
+        largestSum = larger(largestSum, sums.sum[lane]);
+        largestDistance = larger(largestDistance, sums.power[0][lane]);
     }
-    const std::size_t groups = (count - begin) / LaneSums::lanes;
+    const auto n = static_cast<double>(count / LaneSums::lanes + 1);  // in a lane
+    const double limit = powerOfTwo(53 + sums.unit);
+    return largestSum + n * largestSample < limit &&
+           largestDistance + n * (largestSample + larger(0, sums.first)) < limit;
+}
+
+/// @tparam isExact nothing is rounded: then rests stay, and the sums of distances follow from those of samples
+template <class T, int powers, bool isExact>
+HWY_INLINE void addGroups(const T* samples, std::size_t groups, LaneSums& sums) {
     const hn::CappedTag<double, LaneSums::lanes> d;
     const std::size_t n = hn::Lanes(d);
     const auto origin = hn::Set(d, sums.first);
     // Lanes beside each other as many as a vector has; the samples, a piece of a row, stay in the cache meanwhile.
     for (std::size_t lane = 0; lane < LaneSums::lanes; lane += n) {
-        auto sum = hn::LoadU(d, sums.sum + lane);
+        const auto start = hn::LoadU(d, sums.sum + lane);
+        auto sum = start;
         auto rest = hn::LoadU(d, sums.rest + lane);
         auto first = hn::LoadU(d, sums.power[0] + lane);
         auto second = hn::LoadU(d, sums.power[1] + lane);
         auto third = hn::LoadU(d, sums.power[2] + lane);
         auto fourth = hn::LoadU(d, sums.power[3] + lane);
-        const T* at = samples + begin + lane;
+        const T* at = samples + lane;
         for (std::size_t i = 0; i < groups; ++i, at += LaneSums::lanes) {
             const auto sample = loadDoubles(d, at);
             const auto after = hn::Add(sum, sample);
-            const auto taken = hn::Sub(after, sum);
-            rest = hn::Add(rest, hn::Add(hn::Sub(sum, hn::Sub(after, taken)), hn::Sub(sample, taken)));
+            if constexpr (!isExact) {
+                const auto taken = hn::Sub(after, sum);
+                rest = hn::Add(rest, hn::Add(hn::Sub(sum, hn::Sub(after, taken)), hn::Sub(sample, taken)));
+            }
             sum = after;
             const auto distance = hn::Sub(sample, origin);
             const auto square = hn::Mul(distance, distance);
-            first = hn::Add(first, distance);
-            second = hn::Add(second, square);
-            third = hn::Add(third, hn::Mul(square, distance));
-            fourth = hn::Add(fourth, hn::Mul(square, square));
+            if constexpr (powers >= 2) {
+                first = isExact ? first : hn::Add(first, distance);
+                second = hn::Add(second, square);
+            }
+            if constexpr (powers >= 4) {
+                third = hn::Add(third, hn::Mul(square, distance));
+                fourth = hn::Add(fourth, hn::Mul(square, square));
+            }
+        }
+        if constexpr (isExact && powers >= 2) {
+            const auto origins = hn::Mul(hn::Set(d, static_cast<double>(groups)), origin);
+            first = hn::Add(first, hn::Sub(hn::Sub(sum, start), origins));
         }
         hn::StoreU(sum, d, sums.sum + lane);
         hn::StoreU(rest, d, sums.rest + lane);
@@ -82,8 +138,33 @@ void addSamples(const T* samples, std::size_t count, LaneSums& sums) {
         hn::StoreU(third, d, sums.power[2] + lane);
         hn::StoreU(fourth, d, sums.power[3] + lane);
     }
+}
+
+template <class T, int powers>
+void addSamples(const T* samples, std::size_t count, const Magnitudes& magnitudes, LaneSums& sums) {
+    if (count == 0) {
+        return;
+    }
+    if (sums.count == 0) {
+        sums.first = static_cast<double>(samples[0]);
+    }
+    if constexpr (sizeof(T) == sizeof(float)) {
+        sums.mayBeExact = sums.mayBeExact && staysExact(count, magnitudes, sums);
+    } else {
+        sums.mayBeExact = false;
+    }
+    std::size_t begin = 0;
+    for (; begin < count && (sums.count + begin) % LaneSums::lanes != 0; ++begin) {
+        addSample<powers>(static_cast<double>(samples[begin]), (sums.count + begin) % LaneSums::lanes, sums);
+    }
+    const std::size_t groups = (count - begin) / LaneSums::lanes;
+    if (sums.mayBeExact) {
+        addGroups<T, powers, true>(samples + begin, groups, sums);
+    } else {
+        addGroups<T, powers, false>(samples + begin, groups, sums);
+    }
     for (std::size_t i = begin + groups * LaneSums::lanes; i < count; ++i) {
-        addSample(static_cast<double>(samples[i]), (sums.count + i) % LaneSums::lanes, sums);
+        addSample<powers>(static_cast<double>(samples[i]), (sums.count + i) % LaneSums::lanes, sums);
     }
     sums.count += count;
 }
@@ -129,7 +210,10 @@ void classify(const T* samples, std::size_t count, double first, double scale, s
 
 template <class T>
 StatisticKernels<T> kernels() {
-    return {&addSamples<T>, &findExtremes<T>, &classify<T>};
+    return {&look,
+            {&addSamples<T, 0>, nullptr, &addSamples<T, 2>, nullptr, &addSamples<T, 4>},
+            &findExtremes<T>,
+            &classify<T>};
 }
 
 }  // namespace rix::analysis::HWY_NAMESPACE

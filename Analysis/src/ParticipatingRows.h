@@ -46,19 +46,47 @@ public:
     /// Calls `add(samples)` for those of the segment, in order, in pieces that stay in the first-level cache.
     template <class Add>
     void forEachPiece(const Add& add) {
+        struct Seen {
+            bool areFinite;
+        };
+        const auto look = [](std::span<const T> samples) {
+            return Seen{access::allFinite(samples.data(), samples.size())};
+        };
+        forEachPieceSeen(look, [&](std::span<const T> samples, const Seen&, std::size_t) { add(samples); });
+    }
+
+    /// The same after a look at them: calls `add(samples, look(samples), begin)`. What a look gives tells whether all
+    /// samples `areFinite`; `begin` is the place in the segment where the piece was taken from.
+    template <class Look, class Add>
+    void forEachPieceSeen(const Look& look, const Add& add) {
         for (std::size_t begin = 0; begin < m_count; begin += pieceSamples) {
             const std::size_t end = std::min(begin + pieceSamples, m_count);
-            if (m_maskRow == nullptr && access::allFinite(m_row + begin, end - begin)) {
-                add(std::span<const T>(m_row + begin, end - begin));
-            } else {
-                add(std::span<const T>(m_kept.data(), keep(begin, end)));
+            if (m_maskRow == nullptr) {
+                const std::span<const T> samples(m_row + begin, end - begin);
+                if (const auto seen = look(samples); seen.areFinite) {
+                    add(samples, seen, begin);
+                    continue;
+                }
             }
+            const std::span<const T> samples(m_kept.data(), keep(begin, end));
+            add(samples, look(samples), begin);
         }
     }
 
-    /// The place in the segment of the first sample of a value that has a part; the segment's length without one.
-    std::size_t find(T value) const {
-        std::size_t i = 0;
+    /// The same in one piece where all samples have a part: for what reads them only once.
+    template <class Add>
+    void forEachStretch(const Add& add) {
+        if (std::is_integral_v<T> && m_maskRow == nullptr) {
+            add(std::span<const T>(m_row, m_count));
+        } else {
+            forEachPiece(add);
+        }
+    }
+
+    /// The place in the segment of the first sample of a value that has a part, at or behind a place; the segment's
+    /// length without one.
+    std::size_t find(T value, std::size_t from = 0) const {
+        std::size_t i = from;
         while (i < m_count && (m_row[i] != value || (m_maskRow != nullptr && m_maskRow[i] == 0))) {
             ++i;
         }

@@ -230,6 +230,102 @@ TEST(ImageStatistics, AreThoseOfTheDefinitionForEveryGroupMaskAndLevel) {
     }
 }
 
+/// The values of the columns of a table as bits, by their names.
+std::map<String, std::vector<std::uint64_t>> bitsOf(const ImageStatisticsMsr& statistics) {
+    const vessel::DataFrame table = statistics.toDataFrame();
+    std::map<String, std::vector<std::uint64_t>> columns;
+    for (std::size_t i = 0; i < table.getColumnCount(); ++i) {
+        std::vector<std::uint64_t>& bits = columns[table.getColumnInfo(i).name];
+        const bool isReal = table.getColumnType(i) == vessel::ColumnType::REAL;
+        for (std::size_t row = 0; row < table.getRowCount(); ++row) {
+            bits.push_back(isReal ? std::bit_cast<std::uint64_t>(table.getReals(i)[row])
+                                  : static_cast<std::uint64_t>(table.getIntegers(i)[row]));
+        }
+    }
+    return columns;
+}
+
+TEST(ImageStatistics, TellWhatIsAskedForAsTheyDoBesideEverythingElse) {
+    for (const Case& tested : cases) {
+        const Extents& n = tested.extents;
+        std::size_t next = 0;
+        const io::MemoryImage image =
+            test::makeImage({.voxelType = tested.type, .extents = n}, [&](auto...) { return tested.sample(next++); });
+        const io::MemoryImage mask = test::makeImage({.extents = n, .interpretation = RIX_BINARY},
+                                                     [&](auto x, auto y, auto...) { return (x + y) % 3 != 0; });
+        ImageStatistics algorithm;
+        algorithm.setInputImage(&image);
+        for (const io::MemoryImage* const part : {&mask, static_cast<const io::MemoryImage*>(nullptr)}) {
+            algorithm.setInputMaskImage(part);
+            algorithm.setMeasures("All");
+            algorithm.run();
+            const auto all = bitsOf(*algorithm.getOutputMeasurement());
+            std::size_t columns = 0;
+            for (const char* const measure :
+                 {"Count", "Minimum", "Maximum", "Sum", "Mean", "Variance", "StandardDeviation", "Skewness", "Kurtosis",
+                  "Entropy", "Mode", "NanCount", "InfiniteCount", "MinimumPosition", "MaximumPosition"}) {
+                algorithm.setMeasures(measure);
+                algorithm.run();
+                for (const auto& [name, bits] : bitsOf(*algorithm.getOutputMeasurement())) {
+                    SCOPED_TRACE(String(tested.name) + ' ' + name);
+                    ASSERT_TRUE(all.contains(name));
+                    ++columns;
+                    const auto& expected = all.at(name);
+                    if (helper::getSizeOf(tested.type) <= 2 && (name == "Variance" || name == "StandardDeviation")) {
+                        for (std::size_t row = 0; row < bits.size(); ++row) {
+                            EXPECT_LE(std::max(bits[row], expected[row]) - std::min(bits[row], expected[row]), 3U);
+                        }
+                    } else {
+                        EXPECT_EQ(bits, expected);
+                    }
+                }
+            }
+            EXPECT_EQ(columns, all.size());
+        }
+    }
+}
+
+TEST(ImageStatistics, OfSinglePrecisionHaveTheBitsOfTheSameValuesInDoublePrecision) {
+    // Where sums of floats are known to be exact, what rounding takes is not computed; of doubles it always is.
+    std::mt19937_64 generator(5);
+    std::normal_distribution<double> normal;
+    std::vector<std::function<double(std::size_t)>> kinds{
+        [](std::size_t i) { return std::floor(scattered(i) * 4096) / 16; },
+        [](std::size_t i) { return scattered(i); },
+        [&](std::size_t) { return normal(generator); },
+        [&](std::size_t) { return 1e-42 * normal(generator); },
+        [](std::size_t i) { return std::exp(60 * scattered(i) - 30); },
+        [](std::size_t i) { return i < 70000 ? (i % 3 == 0 ? -0.0 : 0.0) : scattered(i) * 1e-30; },
+        [](std::size_t i) { return i == 40000 ? 1e30 : std::floor(scattered(i) * 100); },
+        [](std::size_t i) { return i % 40000 == 9 ? std::nan("") : 3e38 * scattered(i) - 1e38; },
+    };
+    for (int exponent = -12; exponent > -24; --exponent) {  // around where sums of so many begin to be rounded
+        kinds.push_back([=](std::size_t i) { return std::ldexp(1 + scattered(i), i % 40 == 3 ? exponent : 0); });
+    }
+    for (const auto& kind : kinds) {
+        std::vector<float> values(301 * 500);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = static_cast<float>(kind(i));
+        }
+        std::map<String, std::vector<std::uint64_t>> expected;
+        for (const VoxelTypes type : {RIX_FLOAT64, RIX_FLOAT32}) {
+            std::size_t next = 0;
+            const io::MemoryImage image = test::makeImage({.voxelType = type, .extents = {301, 500, 1, 1, 1}},
+                                                          [&](auto...) { return values[next++]; });
+            for (const OptimLevelType level : test::runnableLevels()) {
+                ImageStatistics algorithm;
+                algorithm.setAutoCpuDispatch(false);
+                algorithm.setOptimLevel(level);
+                algorithm.setInputImage(&image);
+                algorithm.run();
+                const auto bits = bitsOf(*algorithm.getOutputMeasurement());
+                EXPECT_TRUE(expected.empty() || bits == expected) << (&kind - kinds.data()) << ' ' << level;
+                expected = bits;
+            }
+        }
+    }
+}
+
 TEST(ImageStatistics, OfMoreElementsThan32BitsCountAreThoseOfWhatRepeats) {
     if (test::sanitized) {
         GTEST_SKIP() << "too slow with a sanitizer";
@@ -261,7 +357,7 @@ TEST(ImageStatistics, OfMoreElementsThan32BitsCountAreThoseOfWhatRepeats) {
     }
 }
 
-TEST(ImageStatistics, RefuseMasksAndQuantilesThatAreNone) {
+TEST(ImageStatistics, RefuseMasksMeasuresAndQuantilesThatAreNone) {
     const io::MemoryImage image = test::makeImage({.extents = {8, 4, 1, 1, 1}}, [](auto...) { return 1; });
     const io::MemoryImage other = test::makeImage({.extents = {8, 3, 1, 1, 1}}, [](auto...) { return 1; });
     const io::MemoryImage wide =
@@ -278,8 +374,15 @@ TEST(ImageStatistics, RefuseMasksAndQuantilesThatAreNone) {
         EXPECT_THROW(algorithm.run(), RuleException) << text;
     }
     algorithm.setQuantiles(" ");
+    for (const char* const text : {"", "Median", "Mean,", "mean", "Mean;Sum"}) {
+        algorithm.setMeasures(text);
+        EXPECT_THROW(algorithm.run(), RuleException) << text;
+    }
+    algorithm.setMeasures(" Mean ,Count, Mean");
     algorithm.run();
     EXPECT_TRUE(algorithm.getOutputMeasurement()->quantiles.empty());
+    EXPECT_EQ(algorithm.getOutputMeasurement()->mean.size(), 1U);
+    EXPECT_EQ(algorithm.getOutputMeasurement()->sum.size(), 0U);
 }
 
 }  // namespace

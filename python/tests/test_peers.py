@@ -33,6 +33,10 @@ def test_statistics(dtype):
                     **{f"Quantile({q})": np.quantile(values, q) for q in quantiles}}
         for column, value in expected.items():
             np.testing.assert_allclose(table[column][0], value, rtol=1e-10, err_msg=column)
+        alone = rix.image_statistics(image, inside, measures="Mean, StandardDeviation")
+        assert list(alone) == ["Mean", "StandardDeviation"]
+        for column in alone:
+            np.testing.assert_allclose(alone[column][0], expected[column], rtol=1e-10, err_msg=column)
 
 
 @pytest.mark.parametrize("dtype", ["uint8", "int16", "float32", "float64"])

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <deque>
 #include <numeric>
@@ -92,7 +93,17 @@ using ByteTable = std::array<Real, 256>;
 template <class Real>
 void lookUp(const ByteTable<Real>& table, const Real* bytes, Real* out, std::size_t count) {
     const auto* const in = reinterpret_cast<const std::uint8_t*>(bytes);
-    for (std::size_t i = 0; i < count; ++i) {
+    std::size_t i = 0;
+    for (; i + sizeof(std::uint64_t) <= count; i += sizeof(std::uint64_t)) {  // eight with one load
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, in + i, sizeof(eight));
+        for (std::size_t k = 0; k < sizeof(eight); ++k) {
+            constexpr std::size_t last = sizeof(eight) - 1;
+            const std::size_t shift = 8 * (std::endian::native == std::endian::little ? k : last - k);
+            out[i + k] = table[(eight >> shift) & 255U];
+        }
+    }
+    for (; i < count; ++i) {
         out[i] = table[in[i]];
     }
 }

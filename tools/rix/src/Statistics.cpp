@@ -61,6 +61,7 @@ SampleStatistics::SampleStatistics(const ImageModel& image)
     auto table = std::make_shared<analysis::ImageStatisticsMsr>();
     analysis::ImageStatistics algorithm;
     algorithm.setInputImage(reals != nullptr ? reals.get() : &image);
+    algorithm.setMeasures("Count, NanCount, InfiniteCount, Minimum, Maximum, Mean, StandardDeviation");
     algorithm.setQuantiles("0.5");
     algorithm.setOutputMeasurement(table.get());
     ConsoleInteraction interaction(ProgressDisplay::None);

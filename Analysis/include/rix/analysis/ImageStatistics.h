@@ -17,6 +17,9 @@ namespace rix::analysis {
 /// **Choice** `groupBy`: `IMAGE` gives one row, `PLANE` a row for each plane, `VOLUME` for each frame and channel,
 /// `CHANNEL` for each channel.
 /// **Input** `quantiles`: a text such as "0.05, 0.5"; a column for each number, between 0 and 1, in that order.
+/// **Input** `measures`: what is told, as a text: names of columns, separated by commas, or `All`; `MinimumPosition`
+/// and `MaximumPosition` stand for a column for each axis. Columns keep their order. What is not named is not computed:
+/// the mean and the deviation of 8 or 16 bits are a pass at the speed of memory then, instead of a count of all values.
 /// **Output** `outputMeasurement`: the table. When it is unset the algorithm makes one, which lives as long as the
 /// algorithm.
 ///
@@ -36,10 +39,10 @@ namespace rix::analysis {
 /// their value relative to the definition. The bits do not depend on threads, level, cuts or storage.
 ///
 /// @throws RuleException from `run` for an unset or empty image, a complex or vector image, a mask of another type or
-///         size, and a text of quantiles that is none.
-/// Cost: one pass for extremes and moments, one for the positions (8 and 16 bits) or for the classes (others), and two
-/// (four for `float64`) for up to eight quantiles. Extra memory: some 100 bytes for each 65536 voxels, and tables of 4
-/// MiB for each thread where quantiles of wide types are asked for.
+///         size, a text of measures that names another or none, and a text of quantiles that is none.
+/// Cost: one pass for extremes and moments, one for the positions (8 and 16 bits) or for the classes of entropy and
+/// mode (others), and two (four for `float64`) for up to eight quantiles. Extra memory: some 100 bytes for each 65536
+/// voxels, and tables of 4 MiB for each thread where quantiles of wide types are asked for.
 class RIX_EXPORT ImageStatistics : public BaseAlgorithm {
     RIX_ALGORITHM(ImageStatistics)
 
@@ -53,6 +56,8 @@ class RIX_EXPORT ImageStatistics : public BaseAlgorithm {
     RIX_CHOICE(GroupBy, GroupBy, groupBy, getInfoGroupBy)
     /// Default "": none.
     RIX_INPUT(String, Quantiles, quantiles)
+    /// Default "All".
+    RIX_INPUT(String, Measures, measures)
     RIX_RESULT(ImageStatisticsMsr, OutputMeasurement, outputMeasurement)
 };
 

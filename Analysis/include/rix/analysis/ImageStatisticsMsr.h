@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <vector>
 
@@ -10,7 +11,43 @@
 
 namespace rix::analysis {
 
-/// The table of `ImageStatistics`: a row for each group of voxels.
+/// What `ImageStatistics` can tell, in the order of its columns; a position has a column for each axis.
+enum class Statistic : std::uint8_t {
+    Count = 0,
+    Minimum,
+    Maximum,
+    Sum,
+    Mean,
+    Variance,
+    StandardDeviation,
+    Skewness,
+    Kurtosis,
+    Entropy,
+    Mode,
+    NanCount,
+    InfiniteCount,
+    MinimumPosition,
+    MaximumPosition
+};
+inline constexpr std::size_t statisticsSize = 15;
+
+/// Some of them, by their numbers.
+class StatisticSet {
+public:
+    bool has(Statistic statistic) const { return m_bits[static_cast<std::size_t>(statistic)]; }
+    template <class... Others>
+    bool hasAny(Statistic first, Others... others) const {
+        return (has(first) || ... || has(others));
+    }
+    void add(Statistic statistic) { m_bits.set(static_cast<std::size_t>(statistic)); }
+    void addAll() { m_bits.set(); }
+
+private:
+    std::bitset<statisticsSize> m_bits;
+};
+
+/// The table of `ImageStatistics`: a row for each group of voxels. What was not asked for is no column of it, and its
+/// array is empty.
 class RIX_EXPORT ImageStatisticsMsr : public measurement::MeasurementObject {
 public:
     ImageStatisticsMsr();
@@ -47,11 +84,17 @@ public:
     /// Which of `plane`, `frame` and `channel` are columns.
     std::array<bool, 3> groupColumns{};
 
-    /// Empties the arrays for so many rows, and makes those of quantiles.
-    void reset(std::size_t rows, const std::vector<String>& quantileTexts);
+    /// What the table tells beside quantiles; of a new one everything.
+    const StatisticSet& told() const { return m_told; }
+
+    /// Makes the arrays of what is told, for so many rows, and those of quantiles; the others are empty then.
+    void reset(std::size_t rows, const StatisticSet& told, const std::vector<String>& quantileTexts);
 
 protected:
     std::vector<const measurement::BaseMeasurementArray*> arrays() const override;
+
+private:
+    StatisticSet m_told;
 };
 
 }  // namespace rix::analysis

@@ -1,4 +1,4 @@
-// Sums of integers of 8 and 16 bits, in vectors. Included once a pass by IntensityKernels.cpp.
+// Sums of runs of integers of 8 and 16 bits, in vectors. Included once a pass by IntensityKernels.cpp.
 
 #if defined(RIX_INTEGER_RUN_SUMS) == defined(HWY_TARGET_TOGGLE)
 #ifdef RIX_INTEGER_RUN_SUMS
@@ -8,7 +8,8 @@
 #endif
 
 #include <cstdint>
-#include <type_traits>
+
+#include <rix/simd/IntegerSums-inl.h>
 
 #include "RunSums-inl.h"
 
@@ -19,143 +20,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
 
-/// What is known of the values of a run of bytes; signed bytes are seen as unsigned ones, 128 higher.
-template <unsigned Parts>
-struct ByteSums {
-    using D = hn::ScalableTag<std::uint8_t>;
-    using D32 = hn::Repartition<std::int32_t, D>;
-    static constexpr std::int64_t bias(std::int8_t) { return 128; }
-    static constexpr std::int64_t bias(std::uint8_t) { return 0; }
-    /// So many squares, a pair in each of up to 16 lanes at a step, fit 31 bits together.
-    static constexpr std::size_t mostSteps = 512;
-
-    D d;
-    hn::Vec<hn::Repartition<std::uint64_t, D>> sum;
-    hn::Vec<D32> squares;
-    hn::Vec<D> minimum;
-    hn::Vec<D> maximum;
-    std::uint64_t allSquares = 0;
-
-    // Written out: what the compiler makes by itself is not of the pass's instruction set.
-    HWY_INLINE ByteSums()
-        : sum(hn::Zero(hn::Repartition<std::uint64_t, D>())),
-          squares(hn::Zero(D32())),
-          minimum(hn::Set(d, 255)),
-          maximum(hn::Zero(d)) {}
-    HWY_INLINE hn::Vec<D> load(const std::uint8_t* values) const { return hn::LoadU(d, values); }
-    HWY_INLINE hn::Vec<D> load(const std::int8_t* values) const {
-        return hn::Xor(hn::LoadU(d, reinterpret_cast<const std::uint8_t*>(values)), hn::Set(d, 128));
-    }
-    /// @param zeroed the values, 0 where they are dead
-    HWY_INLINE void add(hn::Vec<D> zeroed, hn::Vec<D> forMinimum, hn::Vec<D> forMaximum) {
-        if constexpr (makesSum<Parts>) {
-            sum = hn::Add(sum, hn::SumsOf8(zeroed));
-        }
-        if constexpr (makesSquares<Parts>) {
-            const hn::Repartition<std::int16_t, D> d16;
-            auto unused = hn::Zero(D32());
-            const auto lower = hn::BitCast(d16, hn::InterleaveLower(d, zeroed, hn::Zero(d)));
-            const auto upper = hn::BitCast(d16, hn::InterleaveUpper(d, zeroed, hn::Zero(d)));
-            squares = hn::ReorderWidenMulAccumulate(D32(), lower, lower, squares, unused);
-            squares = hn::ReorderWidenMulAccumulate(D32(), upper, upper, squares, unused);
-        }
-        if constexpr (makesExtrema<Parts>) {
-            minimum = hn::Min(minimum, forMinimum);
-            maximum = hn::Max(maximum, forMaximum);
-        }
-    }
-    HWY_INLINE void addAll(hn::Vec<D> values) { add(values, values, values); }
-    HWY_INLINE void addAlive(hn::Vec<D> values, hn::Mask<D> dead) {
-        const auto zeroed = hn::IfThenZeroElse(dead, values);
-        add(zeroed, hn::IfThenElse(dead, hn::Set(d, 255), values), zeroed);
-    }
-    HWY_INLINE void flush() {
-        if constexpr (makesSquares<Parts>) {
-            allSquares += static_cast<std::uint64_t>(hn::GetLane(hn::SumOfLanes(D32(), squares)));
-            squares = hn::Zero(D32());
-        }
-    }
-    HWY_INLINE std::int64_t total() const {
-        const hn::Repartition<std::uint64_t, D> d64;
-        return static_cast<std::int64_t>(hn::GetLane(hn::SumOfLanes(d64, sum)));
-    }
-    HWY_INLINE std::int64_t lowest() const {
-        const hn::Repartition<std::uint16_t, D> d16;
-        const auto pairs = hn::BitCast(d16, minimum);
-        const auto smaller = hn::Min(hn::And(pairs, hn::Set(d16, 255)), hn::ShiftRight<8>(pairs));
-        return hn::GetLane(hn::MinOfLanes(d16, smaller));
-    }
-    HWY_INLINE std::int64_t highest() const {
-        const hn::Repartition<std::uint16_t, D> d16;
-        const auto pairs = hn::BitCast(d16, maximum);
-        const auto larger = hn::Max(hn::And(pairs, hn::Set(d16, 255)), hn::ShiftRight<8>(pairs));
-        return hn::GetLane(hn::MaxOfLanes(d16, larger));
-    }
-};
-
-/// The same for 16 bits; unsigned values are seen as signed ones, 32768 lower.
-template <unsigned Parts>
-struct WordSums {
-    using D = hn::ScalableTag<std::int16_t>;
-    using D32 = hn::Repartition<std::int32_t, D>;
-    using D64 = hn::Repartition<std::uint64_t, D>;
-    static constexpr std::int64_t bias(std::int16_t) { return 0; }
-    static constexpr std::int64_t bias(std::uint16_t) { return -32768; }
-    /// A pair of values in each of up to 16 lanes at a step stays in 31 bits.
-    static constexpr std::size_t mostSteps = 512;
-
-    D d;
-    hn::Vec<D32> sum;
-    hn::Vec<D64> squares;
-    hn::Vec<D> minimum;
-    hn::Vec<D> maximum;
-    std::int64_t allSum = 0;
-    std::uint64_t allSquares = 0;
-
-    HWY_INLINE WordSums()
-        : sum(hn::Zero(D32())), squares(hn::Zero(D64())), minimum(hn::Set(d, 32767)), maximum(hn::Set(d, -32768)) {}
-    HWY_INLINE hn::Vec<D> load(const std::int16_t* values) const { return hn::LoadU(d, values); }
-    HWY_INLINE hn::Vec<D> load(const std::uint16_t* values) const {
-        return hn::Xor(hn::LoadU(d, reinterpret_cast<const std::int16_t*>(values)), hn::Set(d, -32768));
-    }
-    HWY_INLINE void add(hn::Vec<D> zeroed, hn::Vec<D> forMinimum, hn::Vec<D> forMaximum) {
-        auto unused = hn::Zero(D32());
-        if constexpr (makesSum<Parts>) {
-            sum = hn::ReorderWidenMulAccumulate(D32(), zeroed, hn::Set(d, 1), sum, unused);
-        }
-        if constexpr (makesSquares<Parts>) {
-            // Two squares have at most 2^31 together: 32 bits without a sign.
-            const auto pairs = hn::BitCast(D64(), hn::ReorderWidenMulAccumulate(D32(), zeroed, zeroed, unused, unused));
-            squares = hn::Add(squares, hn::Add(hn::And(pairs, hn::Set(D64(), 0xffffffffU)), hn::ShiftRight<32>(pairs)));
-        }
-        if constexpr (makesExtrema<Parts>) {
-            minimum = hn::Min(minimum, forMinimum);
-            maximum = hn::Max(maximum, forMaximum);
-        }
-    }
-    HWY_INLINE void addAll(hn::Vec<D> values) { add(values, values, values); }
-    HWY_INLINE void addAlive(hn::Vec<D> values, hn::Mask<D> dead) {
-        add(hn::IfThenZeroElse(dead, values), hn::IfThenElse(dead, hn::Set(d, 32767), values),
-            hn::IfThenElse(dead, hn::Set(d, -32768), values));
-    }
-    HWY_INLINE void flush() {
-        if constexpr (makesSum<Parts>) {
-            allSum += hn::GetLane(hn::SumOfLanes(D32(), sum));
-            sum = hn::Zero(D32());
-        }
-        if constexpr (makesSquares<Parts>) {
-            allSquares += hn::GetLane(hn::SumOfLanes(D64(), squares));
-            squares = hn::Zero(D64());
-        }
-    }
-    HWY_INLINE std::int64_t total() const { return allSum; }
-    HWY_INLINE std::int64_t lowest() const { return hn::GetLane(hn::MinOfLanes(d, minimum)); }
-    HWY_INLINE std::int64_t highest() const { return hn::GetLane(hn::MaxOfLanes(d, maximum)); }
-};
-
 template <class T, unsigned Parts>
 void sumSmallIntegers(const T* row, const Run* runs, std::size_t count, const double* shifts, RunSums* sums) {
-    using Sums = std::conditional_t<sizeof(T) == 1, ByteSums<Parts>, WordSums<Parts>>;
+    using Sums = simd::HWY_NAMESPACE::SmallSums<T, makesSum<Parts>, makesSquares<Parts>, makesExtrema<Parts>>;
     const typename Sums::D d;
     const std::size_t width = hn::Lanes(d);
     for (std::size_t i = 0; i < count; ++i) {
