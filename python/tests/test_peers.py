@@ -114,6 +114,19 @@ def test_local_contrast():
     np.testing.assert_allclose(rix.local_normalization_2d(image), (image - mean) / deviation, atol=1e-4)
 
 
+@pytest.mark.parametrize("shape", [(60, 45), (14, 20, 17)])
+def test_rolling_ball(shape):
+    restoration = pytest.importorskip("skimage.restoration")
+    correct = rix.background_correction_2d if len(shape) == 2 else rix.background_correction_3d
+    image = random_array(np.float64, shape)
+    for sign, side in [(1, "DARK"), (-1, "BRIGHT")]:
+        # Theirs is where the top of the ball gets to; the same from above gives what its surface touches.
+        tops = restoration.rolling_ball(sign * image, radius=6)
+        expected = np.minimum(-restoration.rolling_ball(-tops, radius=6), sign * image)
+        result = correct(image, radius=6, background=side)
+        np.testing.assert_allclose(result, sign * image - expected, atol=1e-10)
+
+
 @pytest.mark.parametrize("shape", [(24, 31), (17, 22, 9)])
 def test_transforms(shape):
     ways = (rix.fourier_transform_2d, rix.inverse_fourier_transform_2d) if len(shape) == 2 else \
