@@ -75,7 +75,7 @@ def made_of_values(region, grey):
 
 def families():
     from scipy import ndimage
-    from skimage import filters, measure, morphology
+    from skimage import filters, measure, morphology, restoration
 
     objects, bytes_ = discs(4096, 40), np.random.default_rng(2).integers(1, 255, (4096, 4096), dtype=np.uint8)
     yield "measures", "4096x4096, 10404", "skimage.measure.regionprops_table, the same list", (
@@ -88,6 +88,13 @@ def families():
         yield "ranks", f"{image.dtype} {side}x{side}", "skimage.filters.rank.median", (
             lambda threads, image=image, side=side: rix.median_filter_2d(image, "RECTANGLE", side, side, threads=threads),
             lambda image=image, window=window: filters.rank.median(image, window))
+
+    for picture, text in ((hills((512, 512)), "hills"), (bytes_[:512, :512], "noise")):
+        for radius in (10, 50):
+            yield "background", f"512^2 {text} {radius}", "skimage.restoration.rolling_ball, half of the work", (
+                lambda threads, picture=picture, radius=radius: rix.background_correction_2d(
+                    picture, radius=radius, threads=threads),
+                lambda picture=picture, radius=radius: restoration.rolling_ball(picture, radius=radius, num_threads=1))
 
     for shape in ((2048, 2048), (256, 256, 256)):
         dimensions = len(shape)
@@ -143,12 +150,12 @@ def families():
 
 
 def print_peers(wanted, seconds):
-    print(f"{'operation':10}{'image':14}{'ours 1T':>10}{'ours':>10}{'peer':>10}{'peer/1T':>9}{'peer/ours':>10}  peer (ms)")
+    print(f"{'operation':10}{'image':16}{'ours 1T':>10}{'ours':>10}{'peer':>10}{'peer/1T':>9}{'peer/ours':>10}  peer (ms)")
     for family, text, peer, (ours, theirs) in families():
         if wanted and family not in wanted:
             continue
         one, many, other = (1e3 * best(call, seconds) for call in (lambda: ours(1), lambda: ours(None), theirs))
-        print(f"{family:10}{text:14}{one:10.2f}{many:10.2f}{other:10.1f}{other / one:9.1f}{other / many:10.1f}  {peer}",
+        print(f"{family:10}{text:16}{one:10.2f}{many:10.2f}{other:10.1f}{other / one:9.1f}{other / many:10.1f}  {peer}",
               flush=True)
 
 
@@ -174,7 +181,7 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, ranks, labeling, uniform, median, otsu, regions; unless given, all")
+                        help="measures, ranks, background, labeling, uniform, median, otsu, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

@@ -118,6 +118,19 @@ def test_local_contrast():
     np.testing.assert_allclose(rix.local_normalization_2d(image), (image - mean) / deviation, atol=1e-4)
 
 
+@pytest.mark.parametrize("shape", [(60, 45), (14, 20, 17)])
+def test_rolling_ball(shape):
+    restoration = pytest.importorskip("skimage.restoration")
+    correct = rix.background_correction_2d if len(shape) == 2 else rix.background_correction_3d
+    image = random_array(np.float64, shape)
+    for sign, side in [(1, "DARK"), (-1, "BRIGHT")]:
+        # Theirs is where the top of the ball gets to; the same from above gives what its surface touches.
+        tops = restoration.rolling_ball(sign * image, radius=6)
+        expected = np.minimum(-restoration.rolling_ball(-tops, radius=6), sign * image)
+        result = correct(image, radius=6, background=side)
+        np.testing.assert_allclose(result.output_image, sign * image - expected, atol=1e-10)
+
+
 @pytest.mark.parametrize("shape", [(24, 31), (17, 22, 9)])
 def test_transforms(shape):
     ways = (rix.fourier_transform_2d, rix.inverse_fourier_transform_2d) if len(shape) == 2 else \
@@ -183,6 +196,50 @@ def test_ranks(dtype, shape, sizes):
     disc = sum(axis ** 2 for axis in np.meshgrid(*[np.arange(-4, 5)] * len(shape), indexing="ij")) <= 16
     np.testing.assert_array_equal(median(image, window_shape="DISK" if flat else "BALL", radius=4),
                                   ndimage.median_filter(image, footprint=disc))
+
+
+def offsets(reach, dimensions):
+    """Of the voxels of a box from its middle."""
+    for offset in np.ndindex(*(2 * reach + 1,) * dimensions):
+        yield np.array(offset) - reach
+
+
+def moved(padded, margin, offset, shape):
+    return padded[tuple(slice(margin + o, margin + o + n) for o, n in zip(offset, shape))]
+
+
+# The formulas in NumPy: the bilateral filter of scikit-image reads its spatial weights from a table of other width, and
+# its non-local means weigh the voxels of a patch, or take patches of an even width.
+@pytest.mark.parametrize("shape", [(40, 31), (15, 16, 14)])
+def test_bilateral_filter(shape):
+    bilateral = rix.bilateral_filter_2d if len(shape) == 2 else rix.bilateral_filter_3d
+    image = random_array(np.float64, shape) / 100
+    deviation = image.std()
+    padded = np.pad(image, 4, mode="symmetric")
+    total, weights = np.zeros(shape), np.zeros(shape)
+    for offset in offsets(4, len(shape)):
+        if (squares := offset @ offset) <= 16:
+            there = moved(padded, 4, offset, shape)
+            weight = np.exp(-squares / (2 * 1.7**2) - (there - image) ** 2 / (2 * deviation**2))
+            total, weights = total + weight * there, weights + weight
+    result = bilateral(image, kernel_radius=4, spatial_standard_deviation=1.7, intensity_standard_deviation=deviation)
+    np.testing.assert_allclose(result, total / weights, rtol=0, atol=1e-6 * np.abs(image).max())
+
+
+@pytest.mark.parametrize("shape", [(30, 21), (11, 10, 12)])
+def test_non_local_means(shape):
+    means = rix.non_local_means_filter_2d if len(shape) == 2 else rix.non_local_means_filter_3d
+    image = random_array(np.float64, shape) / 100
+    strength = image.std()
+    padded = np.pad(image, 4, mode="symmetric")
+    total, weights = np.zeros(shape), np.zeros(shape)
+    for offset in offsets(3, len(shape)):
+        patches = [(moved(padded, 4, p, shape) - moved(padded, 4, p + offset, shape)) ** 2
+                   for p in offsets(1, len(shape))]
+        weight = np.exp(-np.mean(patches, axis=0) / strength**2)
+        total, weights = total + weight * moved(padded, 4, offset, shape), weights + weight
+    result = means(image, patch_radius=1, search_radius=3, strength=strength)
+    np.testing.assert_allclose(result, total / weights, rtol=0, atol=1e-6 * np.abs(image).max())
 
 
 @pytest.mark.parametrize("dtype", ["uint16", "float64"])

@@ -23,6 +23,9 @@ ImageCheck RuleEnforceLike::check(const ImageModel& model) const {
 }
 
 void RuleEnforceLike::apply(Property<ImageModel*>& property) {
+    if (property.get() == nullptr) {
+        return;
+    }
     RuleEnforceImage<ImageModel*>(check(*m_model.open())).apply(property);
 }
 

@@ -13,6 +13,7 @@
 #include "NetworkSelection.h"
 #include "RankTile.h"
 #include "ResolveKernels.h"
+#include "SquareMedianSelection.h"
 
 namespace rix::filtering::rank {
 
@@ -203,6 +204,10 @@ void selectRanks(access::ExecutionContext& context, const ImageModel& input, Ima
                  OptimLevelType level) {
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
+        if (isSquareMedian<T>(job)) {
+            selectSquareMedian<T>(context, input, output, job, level);
+            return;
+        }
         if (const auto network = networkFor(job, sizeof(T))) {
             selectByNetwork<T>(context, input, output, job, *network, level);
             return;
@@ -217,6 +222,10 @@ std::size_t rankWorkingBytes(const ImageModel& input, const RankJob& job, std::s
     std::size_t bytes = 0;
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
+        if (isSquareMedian<T>(job)) {
+            bytes = squareMedianBytes<T>(input, job, threads);
+            return;
+        }
         const auto network = networkFor(job, sizeof(T));
         bytes = network ? networkBytes<T>(input, job, *network, threads) : countingBytes<T>(input, job, threads);
     });

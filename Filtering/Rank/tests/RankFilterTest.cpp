@@ -11,6 +11,7 @@
 
 #include <rix/access/BlockScheduler.h>
 #include <rix/access/BlockSize.h>
+#include <rix/access/ForcedStores.h>
 #include <rix/filtering/rank/MedianFilter2d.h>
 #include <rix/filtering/rank/MedianFilter3d.h>
 #include <rix/filtering/rank/RankFilter2d.h>
@@ -201,6 +202,30 @@ TEST(RankFilter, IsSortingOnEveryTypeWindowBorderAndLevel) {
             makeRandomImage({.voxelType = type, .extents = {37, 13, 6, 2, 1}}, 6, Extremes::All);
         for (const RankCase& c : spatial) {
             ASSERT_NO_FATAL_FAILURE(expectSorting(volume, nullptr, c, true));
+        }
+    }
+}
+
+TEST(RankFilter, IsSortingInSquaresOfImagesOfAnyWidth) {
+    const auto check = [](const Extents& extents, VoxelTypes type) {
+        const io::MemoryImage plane = makeRandomImage({.voxelType = type, .extents = extents}, 5, Extremes::All);
+        for (const int side : {3, 5}) {
+            for (const BorderPolicy border : {BorderPolicy::MIRROR, BorderPolicy::CONTINUE, BorderPolicy::FIXED}) {
+                ASSERT_NO_FATAL_FAILURE(expectSorting(plane, nullptr, {{side, side}, -1, 0.5, border, 9}, false));
+            }
+        }
+    };
+    for (const access::Stores stores : {access::Stores::Cached, access::Stores::Streaming}) {
+        const access::ForcedStores forced(stores);
+        for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_UINT32}) {
+            const std::size_t vector = 64 / helper::getSizeOf(type);
+            for (const std::size_t width :
+                 {std::size_t{1}, std::size_t{4}, vector + 1, vector + 2, vector + 3, vector + 4, 2 * vector + 5,
+                  9 * vector + 3, 10 * vector + 4, 11 * vector + 60, 23 * vector}) {
+                ASSERT_NO_FATAL_FAILURE(check({width, 3, 1, 1, 1}, type));
+            }
+            ASSERT_NO_FATAL_FAILURE(check({vector + 9, 300, 1, 1, 1}, type));
+            ASSERT_NO_FATAL_FAILURE(check({7, 260, 1, 1, 1}, type));
         }
     }
 }

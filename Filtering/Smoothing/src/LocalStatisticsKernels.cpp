@@ -11,6 +11,10 @@
 HWY_BEFORE_NAMESPACE();
 namespace rix::filtering::smoothing::HWY_NAMESPACE {
 
+template <class Sum>
+using TotalRow = void (*)(const Sum* columns, std::size_t count, std::size_t window, const Sum& first, float* out,
+                          const LocalResult& result);
+
 /// Holds all differences of two samples.
 template <std::size_t bytes>
 struct DifferenceOf {
@@ -149,11 +153,148 @@ void total(const Sum* columns, std::size_t count, std::size_t window, const Sum&
     }
 }
 
+template <class Sum>
+constexpr TotalRow<Sum> totalRow = &total<Sum>;
+
+#if HWY_TARGET != HWY_SCALAR
+namespace hn = hwy::HWY_NAMESPACE;
+
+using NarrowSum = TwinSum<std::uint32_t, std::uint32_t>;
+using Pairs = hn::ScalableTag<std::uint64_t>;
+using PairVector = hn::Vec<Pairs>;
+
+/// Adds both sums of pairs.
+HWY_INLINE PairVector addPairs(PairVector a, PairVector b) {
+    const hn::Repartition<std::uint32_t, Pairs> halves;
+    return hn::BitCast(Pairs(), hn::Add(hn::BitCast(halves, a), hn::BitCast(halves, b)));
+}
+
+/// The running sums of the pairs of a vector, by adding those 1, 2, 4 ... further before.
+class PairScan {
+public:
+    HWY_INLINE PairScan() {
+        const Pairs d;
+        const std::size_t lanes = hn::Lanes(d);
+        HWY_ALIGN std::uint64_t from[HWY_LANES(std::uint64_t)];
+        for (std::size_t step = 0; step < steps; ++step) {
+            for (std::size_t i = 0; i < lanes; ++i) {
+                from[i] = i < (std::size_t{1} << step) ? 0 : i - (std::size_t{1} << step);
+            }
+            m_from[step] = hn::Load(d, from);
+            for (std::size_t i = 0; i < lanes; ++i) {
+                from[i] = i < (std::size_t{1} << step) ? 0 : ~std::uint64_t{0};
+            }
+            m_kept[step] = hn::Load(d, from);
+        }
+        m_last = hn::Set(d, lanes - 1);
+    }
+
+    HWY_INLINE PairVector sums(PairVector pairs) const {
+        const Pairs d;
+        HWY_UNROLL(3)
+        for (std::size_t step = 0; step < steps; ++step) {
+            const auto before = hn::TableLookupLanes(pairs, hn::IndicesFromVec(d, m_from[step]));
+            pairs = addPairs(pairs, hn::And(before, m_kept[step]));
+        }
+        return pairs;
+    }
+    HWY_INLINE PairVector last(PairVector pairs) const {
+        return hn::TableLookupLanes(pairs, hn::IndicesFromVec(Pairs(), m_last));
+    }
+
+private:
+    static constexpr std::size_t steps = HWY_LANES(std::uint64_t) == 8 ? 3 : HWY_LANES(std::uint64_t) == 4 ? 2 : 1;
+
+    PairVector m_from[steps];
+    PairVector m_kept[steps];
+    PairVector m_last;
+};
+
+/// `total` for pairs of 32 bits in vectors: every step up to a quotient or a root is exact in both. Of means the
+/// numerators fit a float (`hasNarrowMeans`).
+template <LocalStatistic statistic>
+void totalPairs(const NarrowSum* columns, std::size_t count, std::size_t window, const NarrowSum& first, float* out,
+                const LocalResult& result) {
+    const Pairs d;
+    const hn::RebindToFloat<Pairs> ofReals;
+    const hn::Rebind<float, Pairs> ofResults;
+    const hn::Repartition<std::int32_t, Pairs> ofSums;
+    const hn::Repartition<std::uint32_t, Pairs> halves;
+    const std::size_t lanes = hn::Lanes(d);
+    const auto* const pairs = reinterpret_cast<const std::uint64_t*>(columns);
+    const auto number = static_cast<double>(result.voxels);
+    const auto voxels = hn::Set(halves, static_cast<std::uint32_t>(result.voxels));
+    const auto factor = hn::Set(ofReals, 1.0 / (number * number));
+    constexpr double magic = 0x1p52;  // whole numbers below it are the last bits of their sum with it
+    const auto whole = hn::Set(ofReals, magic);
+    constexpr std::uint64_t half = std::uint64_t{1} << 31;  // makes signed sums positive
+    const auto bias = hn::Set(d, half);
+    const auto lowHalf = hn::Set(d, 2 * half - 1);
+    const auto origin =
+        hn::Set(ofReals, magic + static_cast<double>(half) - static_cast<double>(result.origin * result.voxels));
+    const auto divisor = hn::Set(ofResults, static_cast<float>(result.voxels));
+    const PairScan scan;
+    total<NarrowSum>(columns, 1, window, first, out, result);
+    auto carry = hn::Set(d, std::uint64_t{first.squares} << 32 | first.sum);
+    std::size_t x = 1;
+    for (; x + lanes <= count; x += lanes) {
+        const auto leaving = hn::BitCast(halves, hn::LoadU(d, pairs + x - 1));
+        const auto entering = hn::BitCast(halves, hn::LoadU(d, pairs + x - 1 + window));
+        const auto sums = scan.sums(hn::BitCast(d, hn::Sub(entering, leaving)));
+        const auto totals = addPairs(sums, carry);
+        carry = addPairs(carry, scan.last(sums));
+        if constexpr (statistic == LocalStatistic::Mean) {
+            const auto positive = hn::And(hn::Add(totals, bias), lowHalf);
+            const auto reals = hn::Sub(hn::BitCast(ofReals, hn::Or(positive, hn::BitCast(d, whole))), origin);
+            hn::StoreU(hn::Div(hn::DemoteTo(ofResults, reals), divisor), ofResults, out + x);
+        } else {
+            const auto ofSamples = hn::BitCast(ofSums, totals);
+            const auto squareOfSum = hn::BitCast(d, hn::MulEven(ofSamples, ofSamples));
+            const auto squares = hn::MulEven(hn::BitCast(halves, hn::ShiftRight<32>(totals)), voxels);
+            const auto numerators = hn::Sub(squares, squareOfSum);
+            const auto reals = hn::Sub(hn::BitCast(ofReals, hn::Or(numerators, hn::BitCast(d, whole))), whole);
+            const auto variances = hn::DemoteTo(ofResults, hn::Mul(reals, factor));
+            hn::StoreU(statistic == LocalStatistic::Variance ? variances : hn::Sqrt(variances), ofResults, out + x);
+        }
+    }
+    if (x < count) {
+        HWY_ALIGN std::uint64_t last[HWY_LANES(std::uint64_t)];
+        hn::Store(carry, d, last);
+        auto* const next = reinterpret_cast<NarrowSum*>(last);
+        next->sum += columns[x - 1 + window].sum - columns[x - 1].sum;
+        next->squares += columns[x - 1 + window].squares - columns[x - 1].squares;
+        total<NarrowSum>(columns + x, count - x, window, *next, out + x, result);
+    }
+}
+
+/// Whether sums of 8-bit samples are exact in a float: then their quotient by the voxels is the same as that in
+/// doubles, rounded (S. A. Figueroa, When is double rounding innocuous?, 1995).
+HWY_INLINE bool hasNarrowMeans(const LocalResult& result) {
+    return result.voxels * 255 <= std::int64_t{1} << 24;
+}
+
+void totalNarrow(const NarrowSum* columns, std::size_t count, std::size_t window, const NarrowSum& first, float* out,
+                 const LocalResult& result) {
+    if (result.statistic == LocalStatistic::Variance) {
+        totalPairs<LocalStatistic::Variance>(columns, count, window, first, out, result);
+    } else if (result.statistic == LocalStatistic::StandardDeviation) {
+        totalPairs<LocalStatistic::StandardDeviation>(columns, count, window, first, out, result);
+    } else if (hasNarrowMeans(result)) {
+        totalPairs<LocalStatistic::Mean>(columns, count, window, first, out, result);
+    } else {
+        total<NarrowSum>(columns, count, window, first, out, result);
+    }
+}
+
+template <>
+constexpr TotalRow<NarrowSum> totalRow<NarrowSum> = &totalNarrow;
+#endif
+
 template <class Twin>
 LocalStatisticsKernels<Twin> kernels() {
     using T = typename Twin::Sample;
     using Sum = typename Twin::Sum;
-    return {&addSamples<T, Sum>, &slideSamples<T, Sum>, &addSums<Sum>, &slideSums<Sum>, &total<Sum>};
+    return {&addSamples<T, Sum>, &slideSamples<T, Sum>, &addSums<Sum>, &slideSums<Sum>, totalRow<Sum>};
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE

@@ -43,6 +43,7 @@ public:
 /// The output takes extents, element type, voxel type, calibration, interpretation and colour interpretation of an
 /// image, but for what it has of its own. An output that is this image itself is never reshaped or retyped: its samples
 /// are an input of the same run.
+/// An unset output is left alone; where it must not be, `AddRuleAssertNotNull` comes before.
 ///
 /// What the rule says of an output stands for its description, too.
 class RIX_EXPORT RuleEnforceLike : public Rules<Property<ImageModel*>>, public rules::ShapesOutput {
