@@ -14,19 +14,37 @@ using D = hn::ScalableTag<float>;
 using V = hn::Vec<D>;
 constexpr std::size_t lanes = hn::MaxLanes(D());
 
-void takeSteps(float* row, const ChamferSteps* steps, std::size_t kinds, std::size_t count) {
+template <std::size_t count>
+HWY_INLINE V leastOf(D d, const float* const* from, std::size_t x) {
+    V least = hn::LoadU(d, from[0] + x);
+    for (std::size_t i = 1; i < count; ++i) {
+        least = hn::Min(least, hn::LoadU(d, from[i] + x));
+    }
+    return least;
+}
+
+/// As many rows as there are steps of a kind.
+template <std::size_t steps>
+HWY_INLINE void takeKind(float* row, const ChamferSteps& all, std::size_t count) {
     const D d;
+    const float* from[steps];
+    for (std::size_t i = 0; i < steps; ++i) {
+        from[i] = all.from[i];
+    }
+    const V price = hn::Set(d, all.price);
     for (std::size_t x = 0; x < count; x += lanes) {
-        V lowest = hn::LoadU(d, row + x);
-        for (std::size_t kind = 0; kind < kinds; ++kind) {
-            const ChamferSteps& all = steps[kind];
-            V least = hn::LoadU(d, all.from[0] + x);
-            for (std::size_t i = 1; i < all.count; ++i) {
-                least = hn::Min(least, hn::LoadU(d, all.from[i] + x));
-            }
-            lowest = hn::Min(lowest, hn::Add(least, hn::Set(d, all.price)));
+        hn::StoreU(hn::Min(hn::LoadU(d, row + x), hn::Add(leastOf<steps>(d, from, x), price)), d, row + x);
+    }
+}
+
+void takeSteps(float* row, const ChamferSteps* steps, std::size_t kinds, std::size_t count) {
+    for (std::size_t kind = 0; kind < kinds; ++kind) {
+        switch (steps[kind].count) {
+            case 1: takeKind<1>(row, steps[kind], count); break;
+            case 2: takeKind<2>(row, steps[kind], count); break;
+            case 4: takeKind<4>(row, steps[kind], count); break;
+            default: takeKind<ChamferSteps::most>(row, steps[kind], count); break;
         }
-        hn::StoreU(lowest, d, row + x);
     }
 }
 

@@ -8,7 +8,7 @@ namespace rix::morphology {
 
 /// Places in rows beside one, from which steps of the same price lead to the places above each other.
 struct ChamferSteps {
-    static constexpr std::size_t most = 6;  ///< the rows of a volume hold no more of a kind
+    static constexpr std::size_t most = 6;  ///< one, two, four or six there are of a kind
     float price = 0;
     std::size_t count = 0;
     const float* from[most]{};

@@ -151,6 +151,9 @@ HWY_INLINE void fillPlaces(const Height* heights, std::int64_t begin, std::int64
     }
 }
 
+/// A search through so many places is not made shorter.
+constexpr std::int64_t shortSearch = 64;
+
 /// Finds the place that the lowest at x comes from, between those of two places around it. As costs are convex, and
 /// alike from everywhere, the order of places is that of where theirs come from.
 template <bool takesMaximum, class Height>
@@ -159,9 +162,9 @@ HWY_INLINE std::int64_t boundAt(const Height* heights, std::int64_t x, std::int6
     const Height* const ofSteps = costs.ofSteps - x;
     const auto at = [&](std::int64_t j)
                         HWY_ATTR { return takesMaximum ? HWY_MAX(heights[j], ofSteps[j]) : heights[j] + ofSteps[j]; };
-    // What is known to be reached needs no steps that cost more.
-    const Height known = HWY_MIN(heights[x], HWY_MIN(at(first), at(last)));
-    if (known < noHeight<Height>) {
+    if (last - first > shortSearch) {
+        // What is known to be reached needs no steps that cost more.
+        const Height known = HWY_MIN(heights[x], HWY_MIN(at(first), at(last)));
         double units = static_cast<double>(known);
         if (costs.isSquared) {
             units = __builtin_sqrt(units);
@@ -178,25 +181,21 @@ template <bool takesMaximum, class Height>
 HWY_INLINE void transformRun(const Height* heights, std::int64_t begin, std::int64_t end,
                              const LineCosts<Height>& costs, std::uint32_t* bounds, Height* out) {
     const std::int64_t blocks = (end - begin + abreast - 1) / abreast;
-    if (blocks == 1) {
-        fillPlaces<takesMaximum>(heights, begin, begin - 1, end, costs.ofSteps, out);
-        return;
-    }
-    // Bounds count from the place before the run, so that they are never negative.
+    // Bounds count from the place before the run, so that they are never negative. Those of its ends are not looked
+    // for: where another class lies beyond them they are no more than a step away.
     const std::int64_t base = begin - 1;
-    const auto place = [&](std::int64_t k) HWY_ATTR { return k == blocks ? end - 1 : begin + k * abreast; };
-    const auto take = [&](std::int64_t k, std::int64_t first, std::int64_t last) HWY_ATTR {
-        bounds[k] = static_cast<std::uint32_t>(boundAt<takesMaximum>(heights, place(k), first, last, costs) - base);
-    };
-    take(0, base, end);
-    take(blocks, base + bounds[0], end);
+    bounds[0] = 0;
+    bounds[blocks] = static_cast<std::uint32_t>(end - base);
     std::int64_t stride = 1;
     while (2 * stride < blocks) {
         stride *= 2;
     }
     for (; stride > 0; stride /= 2) {
         for (std::int64_t k = stride; k < blocks; k += 2 * stride) {
-            take(k, base + bounds[k - stride], base + bounds[HWY_MIN(k + stride, blocks)]);
+            const std::int64_t first = base + bounds[k - stride];
+            const std::int64_t last = base + bounds[HWY_MIN(k + stride, blocks)];
+            bounds[k] = static_cast<std::uint32_t>(
+                boundAt<takesMaximum>(heights, begin + k * abreast, first, last, costs) - base);
         }
     }
     for (std::int64_t k = 0; k < blocks; ++k) {
@@ -256,7 +255,9 @@ void toDistances(const double* heights, bool isSquared, float* distances, std::s
     std::size_t x = 0;
     // One by one Highway clamps infinities.
     for (; isSquared && lanes > 1 && x + lanes <= count; x += lanes) {
-        hn::StoreU(hn::DemoteTo(df, hn::Sqrt(hn::LoadU(d, heights + x))), df, distances + x);
+        const auto height = hn::LoadU(d, heights + x);
+        const bool isZero = hn::AllTrue(d, hn::Eq(height, hn::Zero(d)));  // roots take long
+        hn::StoreU(hn::DemoteTo(df, isZero ? height : hn::Sqrt(height)), df, distances + x);
     }
     for (; x < count; ++x) {
         distances[x] = static_cast<float>(isSquared ? __builtin_sqrt(heights[x]) : heights[x]);

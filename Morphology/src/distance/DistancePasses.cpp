@@ -41,7 +41,12 @@ template <class Class, class Height>
 class AcrossPlanes {
 public:
     AcrossPlanes(const ImageModel& image, const DistanceTask& task, OptimLevelType level)
-        : m_image(image), m_task(task), m_level(level), m_costs(task, PLANS), m_plan(planOf(task)) {}
+        : m_image(image),
+          m_task(task),
+          m_level(level),
+          m_heightsTellClasses(!task.ofLabels && task.side != DistanceSide::SIGNED),
+          m_costs(task, PLANS),
+          m_plan(planOf(task)) {}
 
     static access::Plan planOf(const DistanceTask& task) {
         constexpr double nanosecondsPerVoxel = 4.0;
@@ -64,8 +69,17 @@ public:
             LineTransform<Class, Height> transform(m_task, m_costs.costs(), planes, m_level);
             load(block, heights, tile);
             for (std::size_t column = 0; column < columns; ++column) {
-                std::copy_n(tile.heightLine(column), planes, transform.heights());
-                const Height* const found = transform(tile.classLine(column), planes);
+                const Height* const line = tile.heightLine(column);
+                std::copy_n(line, planes, transform.heights());
+                Class* const classes = tile.classLine(column);
+                if (m_heightsTellClasses) {
+                    const Class measured = m_task.ofObjects() ? 1 : 0;
+                    const auto other = static_cast<Class>(1 - measured);
+                    for (std::size_t plane = 0; plane < planes; ++plane) {
+                        classes[plane] = line[plane] != 0 ? measured : other;
+                    }
+                }
+                const Height* const found = transform(classes, planes);
                 transform.finish(found, tile.distanceLine(column), planes);
             }
             store(block, tile, distances);
@@ -109,13 +123,15 @@ private:
         const std::size_t planePitch = m_task.extents[COLUMNS] * m_task.extents[ROWS];
         for (std::size_t first = 0; first < planes; first += abreast) {
             const std::size_t count = std::min(abreast, planes - first);
-            for (std::size_t i = 0; i < count; ++i) {
+            for (std::size_t i = 0; i < count && !m_heightsTellClasses; ++i) {
                 reader->read(
                     {{block.columns().begin, block.rows().begin, first + i, block.sequence(), block.spectral()},
                      columns},
                     tile.classRow(i));
             }
-            transposeInto(tile.classRow(0), tile.rowPitch, count, columns, tile.classLine(0) + first, tile.pitch);
+            if (!m_heightsTellClasses) {
+                transposeInto(tile.classRow(0), tile.rowPitch, count, columns, tile.classLine(0) + first, tile.pitch);
+            }
             transposeInto(heights + placeOf(block, m_task.extents, 0, first), planePitch, count, columns,
                           tile.heightLine(0) + first, tile.pitch);
         }
@@ -136,6 +152,7 @@ private:
     const ImageModel& m_image;
     const DistanceTask& m_task;
     OptimLevelType m_level;
+    bool m_heightsTellClasses;  ///< only one class has heights above 0
     StepCosts<Height> m_costs;
     access::Plan m_plan;
 };
