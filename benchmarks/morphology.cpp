@@ -1,6 +1,7 @@
 // Erosion and opening with elements of growing extents, 1 and 2 threads, beside OpenCV, and the roof of copying the
 // image; then what floods: on hills with noise, and holes on smoothed noise. benchmarks/python_peers.py measures that
-// beside scikit-image and SciPy.
+// beside scikit-image and SciPy. Distances in the objects of smoothed noise, beside OpenCV, and by
+// benchmarks/python_peers.py.
 
 #include <cmath>
 #include <string>
@@ -11,6 +12,8 @@
 #endif
 
 #include <rix/image/StridedImage.h>
+#include <rix/morphology/DistanceMap2d.h>
+#include <rix/morphology/DistanceMap3d.h>
 #include <rix/morphology/Erosion2d.h>
 #include <rix/morphology/Erosion3d.h>
 #include <rix/morphology/FillHoles2d.h>
@@ -30,6 +33,7 @@ namespace {
 
 constexpr std::size_t side = 4096;
 constexpr std::size_t depth = 256;
+using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
 
 const char* nameOf(VoxelTypes type) {
     return type == RIX_UINT8 ? "u8" : type == RIX_UINT16 ? "u16" : "f32";
@@ -156,6 +160,69 @@ void registerFlood(const char* operation, bool isBinary, bool inSpace, int threa
         ->Unit(benchmark::kMillisecond);
 }
 
+template <class Filter>
+void registerDistances(const char* operation, typename Filter::Metric metric, bool inSpace, bool inWorld, int threads) {
+    benchmark::RegisterBenchmark((std::string("rix/") + operation + "/threads:" + std::to_string(threads)).c_str(),
+                                 [=](benchmark::State& state) {
+                                     const io::MemoryImage samples = imageNamed(inSpace ? "blobs3" : "blobs");
+                                     ImageHeader header = helper::headerOf(samples);
+                                     header.extents =
+                                         inSpace ? Extents{depth, depth, depth, 1, 1} : Extents{side, side, 1, 1, 1};
+                                     StridedImage image(static_cast<const void*>(samples.getInternalBuffer()), header);
+                                     image.setSpacingOf(COLUMNS, 0.7);
+                                     image.setSpacingOf(ROWS, 0.8);
+                                     image.setSpacingOf(PLANS, 2.5);
+                                     io::MemoryImage output;
+                                     Filter filter;
+                                     filter.settings().setMaximumNumberOfThreads(threads);
+                                     filter.setMetric(metric);
+                                     filter.setLengthUnit(inWorld ? Filter::WORLD : Filter::VOXEL);
+                                     filter.setInputObjectImage(&image);
+                                     filter.setOutputDistanceImage(&output);
+                                     filter.run();
+                                     for (auto _ : state) {
+                                         filter.run();
+                                     }
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+#ifdef RIX_HAVE_OPENCV
+void registerOpenCvDistances(const char* operation, int metric, int mask, int threads) {
+    benchmark::RegisterBenchmark((std::string("opencv/") + operation + "/threads:" + std::to_string(threads)).c_str(),
+                                 [=](benchmark::State& state) {
+                                     io::MemoryImage image = imageNamed("blobs");
+                                     const cv::Mat source(static_cast<int>(side), static_cast<int>(side), CV_8U,
+                                                          image.getInternalBuffer());
+                                     cv::Mat output;
+                                     cv::setNumThreads(threads);
+                                     for (auto _ : state) {
+                                         cv::distanceTransform(source, output, metric, mask);
+                                     }
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+#endif
+
+void registerAllDistances(int threads) {
+    using Planes = morphology::DistanceMap2d;
+    using Volumes = morphology::DistanceMap3d;
+    registerDistances<Planes>("distance", Planes::EUCLIDEAN, false, false, threads);
+    registerDistances<Planes>("distance_world", Planes::EUCLIDEAN, false, true, threads);
+    registerDistances<Planes>("city_block", Planes::CITY_BLOCK, false, false, threads);
+    registerDistances<Planes>("chamfer", Planes::CHAMFER, false, false, threads);
+    registerDistances<Volumes>("distance3d", Volumes::EUCLIDEAN, true, false, threads);
+    registerDistances<Volumes>("distance3d_world", Volumes::EUCLIDEAN, true, true, threads);
+    registerDistances<Volumes>("chessboard3d", Volumes::CHESSBOARD, true, false, threads);
+#ifdef RIX_HAVE_OPENCV
+    registerOpenCvDistances("distance", cv::DIST_L2, cv::DIST_MASK_PRECISE, threads);
+    registerOpenCvDistances("city_block", cv::DIST_L1, cv::DIST_MASK_3, threads);
+    registerOpenCvDistances("chamfer", cv::DIST_L2, cv::DIST_MASK_5, threads);
+#endif
+}
+
 void registerAll() {
     using morphology::Erosion2d;
     using morphology::Erosion3d;
@@ -178,6 +245,7 @@ void registerAll() {
         registerFlood<morphology::RegionalMaxima3d>("regional_maxima3d", false, true, threads);
         registerFlood<morphology::FillHoles2d>("fill_holes", true, false, threads);
         registerFlood<morphology::FillHoles3d>("fill_holes3d", true, true, threads);
+        registerAllDistances(threads);
         registerRoof("copy", side * side, side * side, threads);
     }
 }

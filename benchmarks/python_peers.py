@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""How fast the Python package is beside SciPy and scikit-image, in one process, and what a call costs beside C++.
+"""How fast the Python package is beside SciPy, scikit-image and OpenCV, in one process, and what a call costs beside C++.
 
     PYTHONPATH=build/release/python benchmarks/python_peers.py [--calls build/bench/bin/bench_small_runs] [FAMILY...]
 
@@ -9,6 +9,7 @@ a call on 64x64 in Python and of the run in C++.
 """
 
 import argparse
+import importlib.util
 import json
 import subprocess
 import time
@@ -141,6 +142,29 @@ def families():
         fill = rix.fill_holes_2d if dimensions == 2 else rix.fill_holes_3d
         yield "holes", text, "scipy.ndimage.binary_fill_holes", (
             lambda threads: fill(mask, threads=threads), lambda: ndimage.binary_fill_holes(mask))
+        measure_distances = rix.distance_map_2d if dimensions == 2 else rix.distance_map_3d
+        spaced = rix.Image(mask, spacing=dict(zip("xyz"[:dimensions], (0.7, 0.8, 2.5))))
+        far = {"out": {"output_nearest_image": False}}
+        yield "distances", text, "scipy.ndimage.distance_transform_edt", (
+            lambda threads: measure_distances(mask, threads=threads, **far),
+            lambda: ndimage.distance_transform_edt(mask))
+        yield "distances", text + " world", "scipy.ndimage.distance_transform_edt", (
+            lambda threads: measure_distances(spaced, length_unit="WORLD", threads=threads, **far),
+            lambda: ndimage.distance_transform_edt(mask, (2.5, 0.8, 0.7)[-dimensions:]))
+        yield "distances", text + " cdt", "scipy.ndimage.distance_transform_cdt", (
+            lambda threads: measure_distances(mask, "CHESSBOARD", threads=threads, **far),
+            lambda: ndimage.distance_transform_cdt(mask))
+        yield "distances", text + " nearest", "scipy.ndimage.distance_transform_edt, indices", (
+            lambda threads: measure_distances(mask, threads=threads),
+            lambda: ndimage.distance_transform_edt(mask, return_indices=True))
+        if dimensions == 2 and importlib.util.find_spec("cv2"):
+            cv2 = importlib.import_module("cv2")
+            bytes_of_mask = mask.astype(np.uint8)
+            for kind, metric, size in (("EUCLIDEAN", cv2.DIST_L2, cv2.DIST_MASK_PRECISE), ("CHAMFER", cv2.DIST_L2, 5),
+                                       ("CITY_BLOCK", cv2.DIST_L1, 3)):
+                yield "distances", text + " " + kind.lower(), "cv2.distanceTransform", (
+                    lambda threads, kind=kind: measure_distances(mask, kind, threads=threads, **far),
+                    lambda metric=metric, size=size: cv2.distanceTransform(bytes_of_mask, metric, size))
         yield "regions", text, "skimage.measure.regionprops_table", (
             lambda threads: rix.label_analysis(labels.view(np.uint32), grey, measures, threads=threads),
             lambda: regions(labels, grey))
@@ -181,7 +205,8 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, ranks, background, labeling, uniform, median, otsu, regions; unless given, all")
+                        help="measures, ranks, background, labeling, uniform, median, otsu, maxima, flood, holes, distances, "
+                             "regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

@@ -137,7 +137,8 @@ def _result_type(facts: Description) -> type:
 
 RUN_PARAMETERS = {
     "out": "An image of the result's shape and type that takes the samples, for several results a tuple in their\n"
-           "order or a dict by name. An input may be given where the algorithm may work in place.",
+           "order or a dict by name. An input may be given where the algorithm may work in place.\n"
+           "An optional result for which it is False is not made.",
     "axes": "The axes of arrays that have other than two or three dimensions, or other axes, \"tczyx\" style; it\n"
             "speaks for arrays of as many dimensions as it has letters.",
     "each": "\"t\" to run once for each frame, \"c\" for each channel, \"tc\" for both, instead of once on all.",

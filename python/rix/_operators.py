@@ -202,7 +202,7 @@ class Operators:
     # Statistics ------------------------------------------------------------------------------------------------------
 
     def _statistic(self, name: str) -> float:
-        return float(_function("image_statistics")(self)[name][0])
+        return float(_function("image_statistics")(self, measures=name)[name][0])
 
     def mean(self) -> float:
         """The mean of all finite samples."""

@@ -74,6 +74,7 @@ struct Algorithm::OpenImages {
 Algorithm::Algorithm(const std::string& name)
     : m_facts(factsOf(name)),
       m_algorithm(description::createAlgorithm(*m_facts.info)),
+      m_declined(m_facts.properties.size()),
       m_given(m_facts.properties.size()),
       m_results(m_facts.properties.size()),
       m_made(m_facts.properties.size()),
@@ -105,6 +106,11 @@ void Algorithm::set(std::size_t place, py::handle value) {
     refuseWhileRunning();
     if (property.isImage()) {
         m_results[place] = py::object();
+        m_declined[place] = property.optional && value.ptr() == Py_False;
+        if (m_declined[place]) {
+            m_given[place] = py::object();
+            return;
+        }
         m_given[place] = value.is_none() ? py::object() : py::reinterpret_borrow<py::object>(value);
         return;
     }
@@ -195,7 +201,7 @@ Algorithm::OpenImages Algorithm::openImages(const std::string& axes) {
             static_cast<Property<const ImageModel*>&>(property.of(*m_algorithm)).set(images.given[place].image.get());
         } else if (property.isImage()) {
             ImageModel* target = image;
-            if (property.role == PropertyRole::OutputImage && target == nullptr) {
+            if (property.role == PropertyRole::OutputImage && target == nullptr && !m_declined[place]) {
                 m_results[place] = py::object();  // unless somebody else has it, its memory is used again
                 auto& made = m_made[place];
                 if (made == nullptr || made.use_count() > 1) {
@@ -252,7 +258,9 @@ void Algorithm::takeResults(OpenImages& images) {
         if (!property.isResult()) {
             continue;
         }
-        if (images.given[place].image != nullptr) {
+        if (m_declined[place]) {
+            m_results[place] = py::none();
+        } else if (images.given[place].image != nullptr) {
             updateHeader(images.given[place]);
             m_results[place] = images.given[place].object;
         } else if (property.role == PropertyRole::OutputImage) {

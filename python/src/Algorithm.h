@@ -53,6 +53,7 @@ private:
 
     const ClassFacts& m_facts;
     std::unique_ptr<BaseAlgorithm> m_algorithm;
+    std::vector<bool> m_declined;                          ///< by place: optional results that nobody wants
     std::vector<pybind11::object> m_given;                 ///< by place: images as the user gave them
     std::vector<pybind11::object> m_results;               ///< by place: of the last run
     std::vector<std::shared_ptr<io::MemoryImage>> m_made;  ///< by place: images of earlier runs, to be used again

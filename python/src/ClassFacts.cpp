@@ -31,9 +31,11 @@ ClassFacts makeFacts(AlgoInfo& info) {
             return;
         }
         const ValueKind* const kind = findValueKind(*property);
-        const bool required = !isOutput && description::isRequired(*property);
-        facts.properties.push_back({property->getName(), toSnakeCase(property->getName()), index, isOutput,
-                                    roleOf(*property, kind), required, kind});
+        const bool required = description::isRequired(*property);
+        const PropertyRole role = roleOf(*property, kind);
+        const bool optional = role == PropertyRole::OutputImage && !required;
+        facts.properties.push_back({property->getName(), toSnakeCase(property->getName()), index, isOutput, role,
+                                    !isOutput && required, optional, kind});
     };
     for (std::size_t i = 0; i < algorithm->getNumOfInputProperties(); ++i) {
         add(i, algorithm->getInputProperty(i), false);

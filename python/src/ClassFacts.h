@@ -33,6 +33,7 @@ struct PropertyFacts {
     bool isOutput;
     PropertyRole role;
     bool required;  ///< as an input: its rules refuse it as it is at first
+    bool optional;  ///< as a result: a run does without it
     const ValueKind* kind;
 
     BaseProperty& of(const BaseAlgorithm& algorithm) const {

@@ -302,3 +302,52 @@ def test_objects_at_the_border(shape):
     remove = rix.remove_border_objects_2d if len(shape) == 2 else rix.remove_border_objects_3d
     objects = blobs(shape)
     np.testing.assert_array_equal(remove(objects), segmentation.clear_border(objects))
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_distances(shape):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    function = rix.distance_map_2d if flat else rix.distance_map_3d
+    objects = blobs(shape)
+
+    def measure(image, **values):
+        found = function(image, out={"output_nearest_image": False}, **values)
+        assert found.output_nearest_image is None
+        return np.asarray(found.output_distance_image)
+
+    exact = ndimage.distance_transform_edt(objects)
+    np.testing.assert_array_equal(measure(objects), exact.astype(np.float32))
+    signed = measure(objects, side="SIGNED")
+    np.testing.assert_array_equal(signed, (exact - ndimage.distance_transform_edt(~objects)).astype(np.float32))
+    for metric, theirs in (("CITY_BLOCK", "taxicab"), ("CHESSBOARD", "chessboard")):
+        np.testing.assert_array_equal(measure(objects, metric=metric),
+                                      ndimage.distance_transform_cdt(objects, theirs))
+    spacing = (2.5, 0.4, 1.1)[-len(shape):]
+    calibrated = rix.Image(objects, spacing=dict(zip("zyx"[-len(shape):], spacing)))
+    np.testing.assert_array_max_ulp(measure(calibrated, length_unit="WORLD"),
+                                    ndimage.distance_transform_edt(objects, spacing).astype(np.float32), 1)
+    # What lies beyond the edges is background where the image has a frame of it.
+    framed = ndimage.distance_transform_edt(np.pad(objects, 1))[(slice(1, -1),) * len(shape)]
+    np.testing.assert_array_equal(measure(objects, border_is_background="YES"),
+                                  framed.astype(np.float32))
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_distances_of_labels(shape):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    measure = rix.distance_map_2d if flat else rix.distance_map_3d
+    labels = ndimage.label(blobs(shape))[0].astype(np.uint16)
+    marked = rix.Image(labels, interpretation="label")
+    # Where each voxel is the nearest one, all of them are labels: zones that touch.
+    found = measure(marked, side="OUTSIDE")
+    zones = np.asarray(found.output_nearest_image)
+    assert np.array_equal(zones[labels != 0], labels[labels != 0]) and zones.all()
+    each = np.stack([ndimage.distance_transform_edt(labels != label) for label in range(1, labels.max() + 1)])
+    np.testing.assert_array_equal(np.take_along_axis(each, zones[None].astype(int) - 1, 0)[0], each.min(0))
+    np.testing.assert_array_equal(np.asarray(found.output_distance_image), each.min(0).astype(np.float32))
+    own = np.asarray(measure(rix.Image(zones, interpretation="label")).output_distance_image)
+    for label in np.unique(zones):
+        alone = ndimage.distance_transform_edt(zones == label)
+        np.testing.assert_array_equal(own[zones == label], alone[zones == label].astype(np.float32))

@@ -64,6 +64,13 @@ bool keepsApart(const Rules<Property<ImageModel*>>& rule) {
            (conditional != nullptr && keepsApart(conditional->rule()));
 }
 
+/// The rule that tells what an output will be; also one for an optional output that is set. Null for other rules.
+const rules::ShapesOutput* shapeOf(const Rules<Property<ImageModel*>>& rule, const ImageModel* output) {
+    const auto* const conditional = dynamic_cast<const rules::RuleWhen<ImageModel*>*>(&rule);
+    return conditional != nullptr && output != nullptr ? shapeOf(conditional->rule(), output)
+                                                       : dynamic_cast<const rules::ShapesOutput*>(&rule);
+}
+
 }  // namespace
 
 namespace detail {
@@ -93,7 +100,7 @@ void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmD
         bool inPlace = true;
         for (const auto& rule : output->getImpl()->m_rules) {
             inPlace = inPlace && !keepsApart(*rule);
-            const auto* const shape = dynamic_cast<const rules::ShapesOutput*>(rule.get());
+            const rules::ShapesOutput* const shape = shapeOf(*rule, output->get());
             if (inputsHold && shape != nullptr) {
                 const rules::ExpectedShape expected = shape->expected();
                 description.outputs.push_back({output->getName(), expected.voxelType, expected.extents});

@@ -22,6 +22,7 @@
 #include <rix/morphology/WhiteTopHat3d.h>
 #include <rix/properties/EnumInfo.h>
 
+#include "BallByDistance.h"
 #include "ElementMinimum.h"
 #include "ElementProperties.h"
 #include "IsOneOf.h"
@@ -98,6 +99,15 @@ Element elementFor(Extremum extremum, const Element& element) {
     return extremum == erosion ? element : element.reflected();
 }
 
+/// The square of the radius, where a binary image meets a ball and the settings ask for distances.
+template <class Filter>
+std::optional<std::int64_t> measuredBall(const Filter& filter, const ImageModel& image, const Element& element) {
+    return image.getInterpretation() == RIX_BINARY && filter.getBorderPolicy() == Filter::NEUTRAL &&
+                   isDistanceForced(filter.settings())
+               ? squareOfBall(element, image, ofVolumes<Filter> ? 3 : 2)
+               : std::nullopt;
+}
+
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
@@ -105,6 +115,10 @@ void process(Filter& filter, OptimLevelType level) {
     const Element element = elementOfRun(filter, spacingOf(filter));
     const auto take = [&](const ImageModel& from, ImageModel& to, Extremum extremum, Difference difference,
                           const ImageModel* other) {
+        if (const auto square = measuredBall(filter, from, element); square && difference == Difference::None) {
+            takeBallByDistance(context, from, to, extremum, *square, ofVolumes<Filter> ? 3 : 2, level);
+            return;
+        }
         const Element around = elementFor(extremum, element);
         takeExtrema(context, from, to, {extremum, around, filter.getBorderPolicy(), filter.getBorderValue()},
                     difference, other, level);
@@ -156,6 +170,9 @@ std::size_t memoryOf(const Filter& filter) {
     // As much for the reflected element.
     std::size_t bytes = extremaBytes(input, elementOf(filter, spacingOf(filter)), filter.getBorderPolicy(),
                                      takesDifference(filter), filter.getMaximumThreads());
+    if (measuredBall(filter, input, elementOf(filter, spacingOf(filter)))) {
+        bytes = std::max(bytes, ballByDistanceBytes(input, ofVolumes<Filter> ? 3 : 2, filter.getMaximumThreads()));
+    }
     if (passes.first) {
         bytes += access::TemporaryImage::bytes(input, input.getVoxelType());
     }

@@ -146,6 +146,10 @@ const std::map<std::string, std::vector<std::string>, std::less<>>& synonyms() {
         {"denoise", {"NonLocalMeansFilter", "BilateralFilter", "MedianFilter", "AnisotropicDiffusion"}},
         {"nlmeans", {"NonLocalMeansFilter"}},
         {"peronamalik", {"AnisotropicDiffusion"}},
+        {"rollingball", {"BackgroundCorrection"}},
+        {"flatfield", {"BackgroundCorrection"}},
+        {"edt", {"DistanceMap"}},
+        {"distancetransform", {"DistanceMap"}},
         {"imhist", {"IntensityHistogram"}},
         {"histogram", {"IntensityHistogram"}},
     };

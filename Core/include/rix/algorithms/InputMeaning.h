@@ -13,7 +13,7 @@ inline bool isBinary(const ImageModel* image) {
     return image != nullptr && image->getInterpretation() == RIX_BINARY;
 }
 
-/// The state of such an algorithm, which has `inputImage` or `inputGrayImage`.
+/// The state of such an algorithm, which has `inputImage`, `inputGrayImage` or `inputObjectImage`.
 struct RIX_EXPORT InputMeaning : AbstractPrivateImplementation {
     ~InputMeaning() override;
 
@@ -26,6 +26,8 @@ template <class Algorithm>
 const ImageModel* inputOf(const Algorithm& algorithm) {
     if constexpr (requires { algorithm.getInputGrayImage(); }) {
         return algorithm.getInputGrayImage();
+    } else if constexpr (requires { algorithm.getInputObjectImage(); }) {
+        return algorithm.getInputObjectImage();
     } else {
         return algorithm.getInputImage();
     }
