@@ -44,9 +44,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(rix_compile_options INTERFACE -Wno-null-dereference -Wno-restrict -Wno-stringop-overflow)
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # clang reports what g++'s standard library itself deprecates and uses (the buffer of std::stable_sort), and that an
-  # enumerator, which may be negative by its type, is an index; and loops that it leaves as they are where nothing is
-  # optimised, although they may be made vectors.
-  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations -Wno-sign-conversion -Wno-pass-failed)
+  # enumerator, which may be negative by its type, is an index; loops that it leaves as they are where nothing is
+  # optimised, although they may be made vectors; and that the members of a base have no braces of their own.
+  target_compile_options(rix_compile_options INTERFACE -Wno-deprecated-declarations -Wno-sign-conversion
+    -Wno-pass-failed -Wno-missing-braces)
 endif()
 if(RIX_WARNINGS_AS_ERRORS)
   target_compile_options(rix_compile_options INTERFACE -Werror)

@@ -4,6 +4,8 @@
 
 include(CMakePackageConfigHelpers)
 
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)  # of what says nothing else
+
 set(rix_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/lumora_rix)
 set(rix_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH rix_prefix_from_pkgconfig /prefix/${rix_pkgconfig_dir} /prefix)
@@ -48,9 +50,10 @@ install(FILES ${PROJECT_BINARY_DIR}/lumora_rix-config.cmake ${PROJECT_BINARY_DIR
 
 # The pages with their pictures and code, laid out as in the source, so that their links lead somewhere; the examples lie
 # where the command line looks for them.
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  COMPONENT documentation)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 file(RELATIVE_PATH rix_examples_from_doc /prefix/${CMAKE_INSTALL_DOCDIR}
   /prefix/${CMAKE_INSTALL_DATADIR}/lumora_rix/examples)
 install(CODE "file(CREATE_LINK ${rix_examples_from_doc}
-  \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}/examples\" SYMBOLIC)")
+  \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}/examples\" SYMBOLIC)" COMPONENT documentation)
