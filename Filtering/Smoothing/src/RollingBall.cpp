@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -230,7 +231,9 @@ BallSurface<T>::BallSurface(const BallShape& shape, const ImageModel& image) {
         }
     }
     // Whole planes stay together within a distance.
-    std::stable_sort(all.begin(), all.end(), [](const Distant& a, const Distant& b) { return a.share < b.share; });
+    std::sort(all.begin(), all.end(), [](const Distant& a, const Distant& b) {
+        return std::tie(a.share, a.row.plane, a.row.row) < std::tie(b.share, b.row.plane, b.row.row);
+    });
     std::vector<Ring> rings;
     std::vector<T> heights;
     for (std::size_t i = 0; i < all.size();) {
