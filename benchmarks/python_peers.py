@@ -174,12 +174,12 @@ def families():
 
 
 def print_peers(wanted, seconds):
-    print(f"{'operation':10}{'image':16}{'ours 1T':>10}{'ours':>10}{'peer':>10}{'peer/1T':>9}{'peer/ours':>10}  peer (ms)")
+    print(f"{'operation':11}{'image':16}{'ours 1T':>10}{'ours':>10}{'peer':>10}{'peer/1T':>9}{'peer/ours':>10}  peer (ms)")
     for family, text, peer, (ours, theirs) in families():
         if wanted and family not in wanted:
             continue
         one, many, other = (1e3 * best(call, seconds) for call in (lambda: ours(1), lambda: ours(None), theirs))
-        print(f"{family:10}{text:16}{one:10.2f}{many:10.2f}{other:10.1f}{other / one:9.1f}{other / many:10.1f}  {peer}",
+        print(f"{family:11}{text:16}{one:10.2f}{many:10.2f}{other:10.1f}{other / one:9.1f}{other / many:10.1f}  {peer}",
               flush=True)
 
 

@@ -54,8 +54,8 @@ access::Plan cutTiles(const ImageModel& input, std::size_t radius, bool isVolume
         const std::size_t scaled = access::scaledToBlocks(std::max(least, radii * radius));
         return access::AxisCut{1, std::max(scaled, 4 * (radius + 1)), 1};
     };
-    plan.cut(COLUMNS, isVolume ? part(128, 8) : part(512, 8));
-    plan.cut(ROWS, isVolume ? part(32, 8) : part(256, 16));
+    plan.cut(COLUMNS, isVolume ? part(128, 8) : part(512, 16));
+    plan.cut(ROWS, isVolume ? part(32, 8) : part(256, 24));
     plan.cut(PLANS, isVolume ? part(32, 8) : access::AxisCut{1, 1, 1});
     plan.cut(SEQUENCE, {1, 1, 1});
     plan.cut(SPECTRAL_SERIES, {1, 1, 1});

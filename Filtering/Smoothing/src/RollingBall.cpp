@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -46,15 +47,65 @@ double shareOf(double squaredOffset, double radius) {
 /// here is found by few comparisons.
 constexpr std::size_t stripColumns = 256;
 
+/// An image of prepared rows, and the least samples of strips of them.
+template <class T>
+class Strips {
+public:
+    Strips(access::ExecutionContext& context, const io::MemoryImage& image, const RollingBallKernels<T>& kernels)
+        : m_extents(helper::getExtents(image)),
+          m_samples(reinterpret_cast<const T*>(image.getInternalBuffer())),
+          m_perRow(stripsOf(m_extents[COLUMNS])),
+          m_least(rowsOf(m_extents) * m_perRow) {
+        const std::size_t columns = m_extents[COLUMNS];
+        const double nanoseconds = 0.1 * static_cast<double>(columns);
+        access::forEachPart(context, rowsOf(m_extents), nanoseconds, [&](std::size_t row) {
+            for (std::size_t strip = 0; strip < m_perRow; ++strip) {
+                const std::size_t first = strip * stripColumns;
+                m_least[row * m_perRow + strip] =
+                    kernels.least(m_samples + row * columns + first, std::min(stripColumns, columns - first));
+            }
+        });
+        m_leastOfAll = kernels.least(m_least.data(), m_least.size());
+    }
+
+    const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents() const { return m_extents; }
+    const T* row(std::size_t row) const { return m_samples + row * m_extents[COLUMNS]; }
+    T leastOfAll() const { return m_leastOfAll; }
+    /// Not above the least sample of some columns of a row.
+    T leastOf(std::size_t row, std::size_t first, std::size_t end) const {
+        const T* const strips = m_least.data() + row * m_perRow;
+        T found = strips[first / stripColumns];
+        for (std::size_t strip = first / stripColumns + 1; strip * stripColumns < end; ++strip) {
+            found = std::min(found, strips[strip]);
+        }
+        return found;
+    }
+
+    static std::size_t bytes(const ImageModel& image) {
+        const auto extents = helper::getExtents(image);
+        return rowsOf(extents) * stripsOf(extents[COLUMNS]) * sizeof(T);
+    }
+
+private:
+    static std::size_t rowsOf(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents) {
+        return extents[ROWS] * extents[PLANS] * extents[SEQUENCE] * extents[SPECTRAL_SERIES];
+    }
+    static std::size_t stripsOf(std::size_t columns) { return (columns + stripColumns - 1) / stripColumns; }
+
+    std::array<std::size_t, RIX_COMPONENTS_SIZE> m_extents;
+    const T* m_samples;
+    std::size_t m_perRow;
+    access::CountedVector<T> m_least;
+    T m_leastOfAll{};
+};
+
 /// Presses a ball against the rows of an image.
 template <class T>
 class Press {
 public:
-    /// @param image in memory, of prepared rows
-    Press(const BallSurface<T>& surface, const io::MemoryImage& image, const RollingBallKernels<T>& kernels)
+    Press(const BallSurface<T>& surface, const Strips<T>& image, const RollingBallKernels<T>& kernels)
         : m_surface(surface),
-          m_extents(helper::getExtents(image)),
-          m_samples(reinterpret_cast<const T*>(image.getInternalBuffer())),
+          m_image(image),
           m_kernels(kernels),
           m_joined(joinedSamples(surface) * sizeof(T)),
           m_rows(surface.mostRows() * sizeof(void*)) {}
@@ -80,14 +131,18 @@ private:
     }
 
     void pressStrip(const access::RowSegment& at, std::size_t column, T* out, std::size_t count) {
-        access::Looks looks;
         T* const joined = m_joined.template as<T>();
         std::fill_n(out, count, nothing<T>);
         T largest = nothing<T>;
         for (const Ring& ring : m_surface.rings()) {
+            const T* const heights = m_surface.heightsOf(ring);
+            if (!(m_image.leastOfAll() - heights[0] < largest)) {
+                break;  // the rings behind it are lower
+            }
             const std::size_t first = column - std::min(column, ring.reach);
-            const std::size_t end = std::min(column + count + ring.reach, m_extents[COLUMNS]);
-            const std::size_t rows = gather(at, first, ring);
+            const std::size_t end = std::min(column + count + ring.reach, m_image.extents()[COLUMNS]);
+            const std::size_t rows = gather(at, first, end, ring, largest);
+            m_looks.add(ring.rows / 16 + 1);
             if (rows == 0) {
                 continue;
             }
@@ -95,12 +150,11 @@ private:
             T* const inside = joined + before;
             const T least = m_kernels.join(m_rows.template as<const T*>(), rows, inside, end - first);
             // Heights fall from the middle on: from where even the least sample lies too high, none can be touched.
-            const T* const heights = m_surface.heightsOf(ring);
             std::size_t touched = 0;
             while (touched <= ring.reach && least - heights[touched] < largest) {
                 ++touched;
             }
-            looks.add(count * (rows + touched) / 64 + 1);
+            m_looks.add(count * (rows + touched) / 64 + 1);
             if (touched == 0) {
                 continue;
             }
@@ -110,32 +164,36 @@ private:
         }
     }
 
-    /// The rows of a ring that the image has, from a column on.
-    std::size_t gather(const access::RowSegment& at, std::size_t column, const Ring& ring) {
+    /// The rows of a ring that the image has, from a column on, and that the ball may touch where it lies lower than
+    /// the largest of the results so far.
+    std::size_t gather(const access::RowSegment& at, std::size_t first, std::size_t end, const Ring& ring, T largest) {
         const T** const rows = m_rows.template as<const T*>();
-        const std::size_t volume = at.spectral * m_extents[SEQUENCE] + at.sequence;
-        std::size_t count = 0;
+        const auto& extents = m_image.extents();
+        const std::size_t volume = at.spectral * extents[SEQUENCE] + at.sequence;
+        const T height = m_surface.heightsOf(ring)[0];
         const auto* const offsets = m_surface.rowsOf(ring);
+        std::size_t count = 0;
         for (std::size_t i = 0; i < ring.rows; ++i) {
             // Before the first one they are larger than any index.
             const std::size_t row = at.row + static_cast<std::size_t>(static_cast<std::ptrdiff_t>(offsets[i].row));
             const std::size_t plane =
                 at.plane + static_cast<std::size_t>(static_cast<std::ptrdiff_t>(offsets[i].plane));
-            if (row < m_extents[ROWS] && plane < m_extents[PLANS]) {
-                rows[count++] =
-                    m_samples +
-                    (((volume * m_extents[PLANS] + plane) * m_extents[ROWS] + row) * m_extents[COLUMNS] + column);
+            if (row < extents[ROWS] && plane < extents[PLANS]) {
+                const std::size_t line = (volume * extents[PLANS] + plane) * extents[ROWS] + row;
+                if (m_image.leastOf(line, first, end) - height < largest) {
+                    rows[count++] = m_image.row(line) + first;
+                }
             }
         }
         return count;
     }
 
     const BallSurface<T>& m_surface;
-    std::array<std::size_t, RIX_COMPONENTS_SIZE> m_extents;
-    const T* m_samples;
-    RollingBallKernels<T> m_kernels;
+    const Strips<T>& m_image;
+    const RollingBallKernels<T>& m_kernels;
     access::Scratch m_joined;
     access::Scratch m_rows;
+    access::Looks m_looks;
 };
 
 /// A row of results, with room for a whole last vector.
@@ -173,7 +231,9 @@ BallSurface<T>::BallSurface(const BallShape& shape, const ImageModel& image) {
         }
     }
     // Whole planes stay together within a distance.
-    std::stable_sort(all.begin(), all.end(), [](const Distant& a, const Distant& b) { return a.share < b.share; });
+    std::sort(all.begin(), all.end(), [](const Distant& a, const Distant& b) {
+        return std::tie(a.share, a.row.plane, a.row.row) < std::tie(b.share, b.row.plane, b.row.row);
+    });
     std::vector<Ring> rings;
     std::vector<T> heights;
     for (std::size_t i = 0; i < all.size();) {
@@ -221,8 +281,9 @@ void forEachPressedRow(access::ExecutionContext& context, const BallSurface<T>& 
                        const RollingBallKernels<T>& kernels, const io::MemoryImage& image, const ImageModel& output,
                        const Open& open) {
     const access::Plan plan = planOf(image, output, surface);
+    const Strips<T> strips(context, image, kernels);
     access::run(context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
-        Press<T> press(surface, image, kernels);
+        Press<T> press(surface, strips, kernels);
         const access::Scratch memory(resultBytes<T>(block.columns().length()));
         auto use = open(plan);
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
@@ -293,7 +354,7 @@ std::size_t bytesOf(const ImageModel& input, const BallShape& shape, std::size_t
     const std::size_t pressing =
         (rows + Press<T>::bytes(surface)) * (plan.isSmall() ? 1 : std::min(threads, plan.blockCount()));
     return surface.bytes() + 2 * access::TemporaryImage::bytes(input, access::voxelTypeOf<T>) +
-           std::max(pressing, convertedRowBytes(input, access::voxelTypeOf<T>, threads));
+           std::max(pressing + Strips<T>::bytes(input), convertedRowBytes(input, access::voxelTypeOf<T>, threads));
 }
 
 }  // namespace

@@ -27,11 +27,25 @@ void prepare(const T* row, T factor, T* out, std::size_t count) {
 }
 
 template <class T>
-T join(const T* const* rows, std::size_t rowCount, T* out, std::size_t count) {
-    constexpr T nothing = std::numeric_limits<T>::infinity();
+T least(const T* row, std::size_t count) {
     const hn::ScalableTag<T> d;
     const std::size_t lanes = hn::Lanes(d);
-    auto least = hn::Set(d, nothing);
+    auto found = hn::Set(d, std::numeric_limits<T>::infinity());
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        found = hn::Min(found, hn::LoadU(d, row + x));
+    }
+    T all = hn::GetLane(hn::MinOfLanes(d, found));
+    for (; x < count; ++x) {
+        all = row[x] < all ? row[x] : all;
+    }
+    return all;
+}
+
+template <class T>
+T join(const T* const* rows, std::size_t rowCount, T* out, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
     std::size_t x = 0;
     for (; x + lanes <= count; x += lanes) {
         auto here = hn::LoadU(d, rows[0] + x);
@@ -39,18 +53,15 @@ T join(const T* const* rows, std::size_t rowCount, T* out, std::size_t count) {
             here = hn::Min(here, hn::LoadU(d, rows[i] + x));
         }
         hn::StoreU(here, d, out + x);
-        least = hn::Min(least, here);
     }
-    T all = hn::GetLane(hn::MinOfLanes(d, least));
     for (; x < count; ++x) {
         T here = rows[0][x];
         for (std::size_t i = 1; i < rowCount; ++i) {
             here = rows[i][x] < here ? rows[i][x] : here;
         }
         out[x] = here;
-        all = here < all ? here : all;
     }
-    return all;
+    return least(out, count);
 }
 
 /// `vectors` vectors side by side: each height is loaded once for them all.
@@ -105,7 +116,7 @@ T press(const T* row, const T* heights, std::size_t reach, T* least, std::size_t
 
 template <class T>
 RollingBallKernels<T> kernels() {
-    return {&prepare<T>, &join<T>, &press<T>};
+    return {&prepare<T>, &least<T>, &join<T>, &press<T>};
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE

@@ -11,6 +11,8 @@ template <class T>
 struct RollingBallKernels {
     /// out[x] = factor row[x], or where that is NaN infinite. A zero is positive. `out` may be `row`.
     void (*prepare)(const T* row, T factor, T* out, std::size_t count);
+    /// The least sample of a prepared row.
+    T (*least)(const T* row, std::size_t count);
     /// out[x] = the least of rows[0][x], rows[1][x] ..., which are prepared. @return the least of all
     T (*join)(const T* const* rows, std::size_t rowCount, T* out, std::size_t count);
     /// least[x] = the least of itself and row[x + d] - heights[|d|] for all |d| <= reach. Rows are prepared and hold
