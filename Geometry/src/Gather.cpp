@@ -158,6 +158,9 @@ void gatherRows(access::ExecutionContext& context, const Work& work) {
 
 /// The most rows of either image that a block has.
 constexpr std::size_t mostRows = 1024;
+/// Lines of the cache in a row of a box of the output, if it has so many: what goes to memory is long, and on the other
+/// side what comes from there is foreseen.
+constexpr std::size_t linesOfBox = 8;
 
 /// The rows of a box of an image, as addresses: in place, or in a copy.
 /// @tparam Data ConstRawData for reading, RawData for writing
@@ -201,9 +204,9 @@ Plan cutSquares(const Work& work, Components across) {
     Plan plan(n, access::JoinedAxes::None);
     const std::size_t line = elementsOfLine(work.size);
     const std::size_t elements = std::max(access::blockBytes() / (2 * work.size), line * line);
-    // The rows of the input are read along, which the processor foresees, so that the box is long on that side.
     const auto inLines = [line](std::size_t length) { return (length + line - 1) / line * line; };
-    const std::size_t rows = std::min({n[across], inLines(elements / line), mostRows});
+    const std::size_t fewest = std::min(n[COLUMNS], linesOfBox * line);
+    const std::size_t rows = std::min({n[across], inLines(elements / fewest), mostRows});
     const std::size_t columns = std::min({n[COLUMNS], inLines(elements / rows), mostRows});
     plan.setSmall(static_cast<double>(plan.voxelCount()) * transposeCost < access::smallWorkNanoseconds());
     plan.cut(COLUMNS, {1, columns});

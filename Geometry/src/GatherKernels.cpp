@@ -151,73 +151,7 @@ HWY_INLINE void shuffleRows(D d, V* rows) {
     }
 }
 
-/// Transposes the parts of as many vectors as a vector has parts.
-template <class D, class V>
-HWY_INLINE void transposeParts(D d, V* rows) {
-    if constexpr (vectorParts == 2) {
-        const V lower = hn::ConcatLowerLower(d, rows[1], rows[0]);
-        rows[1] = hn::ConcatUpperUpper(d, rows[1], rows[0]);
-        rows[0] = lower;
-    } else if constexpr (vectorParts == 4) {
-        // Halves of rows 0 and 2, and of 1 and 3; then every other part of both.
-        const V even[] = {hn::ConcatLowerLower(d, rows[2], rows[0]), hn::ConcatUpperUpper(d, rows[2], rows[0])};
-        const V odd[] = {hn::ConcatLowerLower(d, rows[3], rows[1]), hn::ConcatUpperUpper(d, rows[3], rows[1])};
-        for (std::size_t half = 0; half < 2; ++half) {
-            rows[2 * half] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(odd[half]), even[half]);
-            rows[2 * half + 1] = hn::OddEvenBlocks(odd[half], hn::SwapAdjacentBlocks(even[half]));
-        }
-    }
-}
-
-/// Whether a square fits the registers.
-template <std::size_t size>
-constexpr bool staysInRegisters = size >= 4;
-
-/// A whole square from line to line, in registers.
-template <std::size_t size, Stores stores>
-HWY_INLINE void transposeLines(const ConstRawData* from, std::size_t fromOffset, const RawData* to,
-                               std::size_t toOffset) {
-    constexpr std::size_t side = partBytes / size;
-    constexpr std::size_t groups = partsOfLine / vectorParts;
-    using Lane = typename Element<size>::Lane;
-    const hn::ScalableTag<Lane> d;
-    using V = decltype(hn::Zero(d));
-    for (std::size_t slice = 0; slice < groups; ++slice) {
-        V square[groups][vectorParts][side];
-        for (std::size_t group = 0; group < groups; ++group) {
-            for (std::size_t i = 0; i < side; ++i) {
-                V rows[vectorParts];
-                for (std::size_t part = 0; part < vectorParts; ++part) {
-                    const ConstRawData line = from[(group * vectorParts + part) * side + i] + fromOffset;
-                    rows[part] = hn::LoadU(d, reinterpret_cast<const Lane*>(line + slice * vectorParts * partBytes));
-                }
-                transposeParts(d, rows);
-                for (std::size_t part = 0; part < vectorParts; ++part) {
-                    square[group][part][i] = rows[part];
-                }
-            }
-        }
-        for (std::size_t part = 0; part < vectorParts; ++part) {
-            for (std::size_t group = 0; group < groups; ++group) {
-                shuffleRows<side>(d, square[group][part]);
-            }
-            for (std::size_t i = 0; i < side; ++i) {
-                const RawData line = to[(slice * vectorParts + part) * side + i] + toOffset;
-                const bool streams =
-                    stores == Stores::Streaming && reinterpret_cast<std::uintptr_t>(line) % lineBytes == 0;
-                for (std::size_t group = 0; group < groups; ++group) {
-                    auto* const target = reinterpret_cast<Lane*>(line + group * vectorParts * partBytes);
-                    if (streams) {
-                        hn::Stream(square[group][part][i], d, target);
-                    } else {
-                        hn::StoreU(square[group][part][i], d, target);
-                    }
-                }
-            }
-        }
-    }
-}
-
+/// Of squares as `keepRow` keeps them.
 template <std::size_t size>
 HWY_INLINE void transposeSquare(const std::uint8_t* in, std::uint8_t* out) {
     constexpr std::size_t side = partBytes / size;
@@ -260,9 +194,6 @@ HWY_INLINE void keepRow(const std::uint8_t* line, std::size_t row, std::uint8_t*
 #else
 
 template <std::size_t size>
-constexpr bool staysInRegisters = false;
-
-template <std::size_t size>
 HWY_INLINE void transposeSquare(const std::uint8_t* in, std::uint8_t* out) {
     constexpr std::size_t side = lineBytes / size;
     for (std::size_t i = 0; i < side; ++i) {
@@ -279,43 +210,56 @@ HWY_INLINE void keepRow(const std::uint8_t* line, std::size_t row, std::uint8_t*
 
 #endif
 
+/// Squares beside each other in the output, which are transposed before those below them: what goes to memory is then
+/// longer than a line.
+constexpr std::size_t squaresAbreast = 4;
+/// How far ahead in the rows of the input lines are asked for.
+constexpr std::size_t bytesAhead = 4 * lineBytes;
+
+/// A square, or what there is of it at the ends of the piece.
+template <std::size_t size, Stores stores>
+HWY_INLINE void transposeAt(const TransposeJob& job, std::size_t x, std::size_t y, std::uint8_t* in,
+                            std::uint8_t* out) {
+    constexpr std::size_t side = lineBytes / size;
+    const std::size_t columns = job.width - x < side ? job.width - x : side;
+    const std::size_t rows = job.height - y < side ? job.height - y : side;
+    for (std::size_t i = 0; i < columns; ++i) {
+        const ConstRawData line = job.from[x + i] + y * size;
+        if (rows == side) {
+            __builtin_prefetch(line + bytesAhead);
+            keepRow<size>(line, i, in);
+        } else {
+            std::uint8_t part[lineBytes] = {};
+            std::memcpy(part, line, rows * size);
+            keepRow<size>(part, i, in);
+        }
+    }
+    transposeSquare<size>(in, out);
+    if (job.isBinary) {
+        access::makeZeroOrOne(job.voxelType, out, rows * side);
+    }
+    for (std::size_t i = 0; i < rows; ++i) {
+        const RawData line = job.to[y + i] + x * size;
+        if (columns == side) {
+            storeLine<stores>(line, out + i * lineBytes);
+        } else {
+            std::memcpy(line, out + i * lineBytes, columns * size);
+        }
+    }
+}
+
 template <std::size_t size, Stores stores>
 void transposePiece(const TransposeJob& job) {
     constexpr std::size_t side = lineBytes / size;
+    constexpr std::size_t abreast = squaresAbreast * side;
     alignas(lineBytes) std::uint8_t in[side * lineBytes];
     alignas(lineBytes) std::uint8_t out[side * lineBytes];
     std::memset(in, 0, sizeof(in));
-    for (std::size_t x = 0; x < job.width; x += side) {
-        const std::size_t columns = job.width - x < side ? job.width - x : side;
+    for (std::size_t first = 0; first < job.width; first += abreast) {
+        const std::size_t end = job.width - first < abreast ? job.width : first + abreast;
         for (std::size_t y = 0; y < job.height; y += side) {
-            const std::size_t rows = job.height - y < side ? job.height - y : side;
-            if constexpr (staysInRegisters<size>) {
-                if (rows == side && columns == side && !job.isBinary) {
-                    transposeLines<size, stores>(job.from + x, y * size, job.to + y, x * size);
-                    continue;
-                }
-            }
-            for (std::size_t i = 0; i < columns; ++i) {
-                const ConstRawData line = job.from[x + i] + y * size;
-                if (rows == side) {
-                    keepRow<size>(line, i, in);
-                } else {
-                    std::uint8_t part[lineBytes] = {};
-                    std::memcpy(part, line, rows * size);
-                    keepRow<size>(part, i, in);
-                }
-            }
-            transposeSquare<size>(in, out);
-            if (job.isBinary) {
-                access::makeZeroOrOne(job.voxelType, out, rows * side);
-            }
-            for (std::size_t i = 0; i < rows; ++i) {
-                const RawData line = job.to[y + i] + x * size;
-                if (columns == side) {
-                    storeLine<stores>(line, out + i * lineBytes);
-                } else {
-                    std::memcpy(line, out + i * lineBytes, columns * size);
-                }
+            for (std::size_t x = first; x < end; x += side) {
+                transposeAt<size, stores>(job, x, y, in, out);
             }
         }
     }
