@@ -2,12 +2,10 @@
 
 #include <array>
 
-#include <unistd.h>
-
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/OutputRules.h>
+#include <rix/rules/SizeRules.h>
 #include <rix/rules/VectorRules.h>
-#include <rix/settings/Settings.h>
 
 #include "Generation.h"
 
@@ -19,48 +17,21 @@ std::array<const Property<std::int64_t>*, RIX_COMPONENTS_SIZE> sizesOf(const Ima
     return {&generator.sizeX, &generator.sizeY, &generator.sizeZ, &generator.sizeT, &generator.sizeC};
 }
 
-/// The most bytes that a generated image may have.
-struct Limit {
-    std::size_t bytes;
-    const char* what;
-};
-
-Limit limitOf(const ImageGenerator& generator) {
-    constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
-    if (const std::size_t set = globalSettings().getValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 0); set != 0) {
-        return {set, "bytes are allowed (RIX_MAXIMUM_IMAGE_SIZE)."};
-    }
-    if (const ImageModel* const output = generator.getOutputImage(); output != nullptr && output->isOnDisk()) {
-        return {none, "bytes can be counted."};
-    }
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageBytes = ::sysconf(_SC_PAGESIZE);
-    return {pages > 0 && pageBytes > 0 ? static_cast<std::size_t>(pages) * static_cast<std::size_t>(pageBytes) : none,
-            "bytes are the memory of this machine."};
-}
-
 /// On the last of the inputs that an image's size follows from: the image can be counted and is within the limit.
 class RuleImageFits : public Rules<Property<int>> {
 public:
     explicit RuleImageFits(const ImageGenerator& generator) : m_generator(generator) {}
 
     void apply(Property<int>& property) override {
-        std::size_t bytes =
-            helper::getSizeOf(algorithms::voxelTypeOf(static_cast<ImageGenerator::OutputType>(property.get())));
-        bool counts = true;
-        String extents;
+        std::array<std::size_t, RIX_COMPONENTS_SIZE> extents{};
         String names;
-        for (const Property<std::int64_t>* const size : sizesOf(m_generator)) {
-            counts = counts && helper::checkedMultiply(bytes, static_cast<std::size_t>(size->get()), bytes);
-            extents += (extents.empty() ? "" : " x ") + std::to_string(size->get());
-            names += (names.empty() ? "" : ", ") + size->getName();
+        const auto sizes = sizesOf(m_generator);
+        for (std::size_t axis = 0; axis < sizes.size(); ++axis) {
+            extents[axis] = static_cast<std::size_t>(sizes[axis]->get());
+            names += (names.empty() ? "" : ", ") + sizes[axis]->getName();
         }
-        const Limit limit = limitOf(m_generator);
-        if (!counts || bytes > limit.bytes) {
-            rules::refuse("The image (" + names + ") is too large: " + extents + " voxels take " +
-                              (counts ? std::to_string(bytes) : String("more than 2^64")) + " bytes.",
-                          std::to_string(limit.bytes) + ' ' + limit.what);
-        }
+        const VoxelTypes type = algorithms::voxelTypeOf(static_cast<ImageGenerator::OutputType>(property.get()));
+        rules::assertImageFits(extents, type, m_generator.getOutputImage(), names);
     }
     String describe() const override { return "must give an image that memory holds"; }
 

@@ -351,3 +351,25 @@ def test_distances_of_labels(shape):
     for label in np.unique(zones):
         alone = ndimage.distance_transform_edt(zones == label)
         np.testing.assert_array_equal(own[zones == label], alone[zones == label].astype(np.float32))
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32", "float64", "complex64", "complex128"])
+def test_geometry(dtype):
+    a = random_array(dtype, (5, 19, 33))  # planes, rows, columns
+    for axis, name in enumerate(("PLANS", "ROWS", "COLUMNS")):
+        np.testing.assert_array_equal(rix.flip(a, name), np.flip(a, axis))
+    # Turns from the first axis to the second, where the last axis of an array is our first.
+    for plane, axes in {"XY": (2, 1), "XZ": (2, 0), "YZ": (1, 0)}.items():
+        for turns in (-1, 1, 2, 3):
+            np.testing.assert_array_equal(rix.rotate_90(a, turns, plane), np.rot90(a, turns, axes))
+    for order in ("yxz", "zxy", "zyx", "xzy", "yzx"):
+        axes = ["zyx".index(letter) for letter in reversed(order)]
+        np.testing.assert_array_equal(rix.permute_axes(a, order + "tc"), a.transpose(axes))
+    np.testing.assert_array_equal(rix.shift(a, 7, -3, 11), np.roll(a, (11, -3, 7), (0, 1, 2)))
+    np.testing.assert_array_equal(rix.crop(a, first_column=4, first_row=2, columns=20), a[:, 2:, 4:24])
+    for policy, mode in {"MIRROR": "symmetric", "CONTINUE": "edge", "FIXED": "constant"}.items():
+        margins = dict(before_columns=40, after_columns=1, before_rows=3, after_rows=50, before_planes=2, after_planes=12)
+        np.testing.assert_array_equal(rix.pad(a, **margins, border_policy=policy),
+                                      np.pad(a, ((2, 12), (3, 50), (40, 1)), mode))
+    for axis, name in enumerate(("PLANS", "ROWS", "COLUMNS")):
+        np.testing.assert_array_equal(rix.concatenate_images(a, a, axis=name), np.concatenate((a, a), axis))

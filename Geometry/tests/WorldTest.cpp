@@ -1,0 +1,263 @@
+// Whatever is done to an image, the same object is at the same place in the world: every voxel is a marker that has a
+// number of its own, and lies where it lay. The test has a case for every class of the area.
+
+#include <Eigen/Geometry>
+
+#include <rix/algorithms/AlgoInfo.h>
+#include <rix/geometry/ConcatenateImages.h>
+#include <rix/geometry/Crop.h>
+#include <rix/geometry/Flip.h>
+#include <rix/geometry/MergeChannels.h>
+#include <rix/geometry/Pad.h>
+#include <rix/geometry/PermuteAxes.h>
+#include <rix/geometry/Rotate90.h>
+#include <rix/geometry/Shift.h>
+#include <rix/geometry/SplitChannels.h>
+
+#include "RunFilter.h"
+#include "Testing.h"
+
+namespace rix::test {
+namespace {
+
+using namespace geometry;
+
+/// World position, time, and place on the spectral axis.
+using Marker = std::array<double, 5>;
+
+Marker markerAt(const ImageModel& image, const Extents& index) {
+    const vessel::SpatialDirections directions = image.getSpatialDirections();
+    const vessel::Vector3d* const axes[] = {&directions.columnDirection, &directions.rowDirection,
+                                            &directions.sliceDirection};
+    std::array<double, 5> along{};
+    for (std::size_t axis = 0; axis < along.size(); ++axis) {
+        along[axis] = static_cast<double>(index[axis]) * image.getSpacingOf(static_cast<Components>(axis));
+    }
+    Marker marker{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        marker[i] = image.getOriginOf(static_cast<Components>(i));
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            marker[i] += along[axis] * (*axes[axis])[i];
+        }
+    }
+    marker[3] = image.getOriginOf(SEQUENCE) + along[3];
+    marker[4] = image.getOriginOf(SPECTRAL_SERIES) + along[4];
+    return marker;
+}
+
+/// The markers of an image by their numbers; 0 is none.
+std::map<std::uint32_t, Marker> markersOf(const ImageModel& image) {
+    std::map<std::uint32_t, Marker> markers;
+    const auto numbers = samplesOf<std::uint32_t>(image);
+    std::size_t next = 0;
+    forEachPosition(helper::getExtents(image), [&](const Extents& p) {
+        if (const std::uint32_t number = numbers[next++]; number != 0) {
+            EXPECT_TRUE(markers.emplace(number, markerAt(image, p)).second) << number << " is there twice";
+        }
+    });
+    return markers;
+}
+
+/// An image of markers with unequal spacings, oblique directions and origins.
+io::MemoryImage markedImage(const Extents& extents) {
+    std::uint32_t number = 0;
+    io::MemoryImage image =
+        makeImage({.voxelType = RIX_UINT32, .extents = extents},
+                  [&](std::size_t, std::size_t, std::size_t, std::size_t, std::size_t) { return ++number; });
+    const double spacings[] = {0.7, 1.9, -3.3, 0.25, 11.0};
+    const double origins[] = {12.5, -340.0, 81.0, 5.0, 400.0};
+    for (int axis = 0; axis < 5; ++axis) {
+        EXPECT_TRUE(image.setSpacingOf(static_cast<Components>(axis), spacings[axis]));
+        EXPECT_TRUE(image.setOriginOf(static_cast<Components>(axis), origins[axis]));
+    }
+    const Eigen::Matrix3d turn =
+        (Eigen::AngleAxisd(0.4, Eigen::Vector3d::UnitX()) * Eigen::AngleAxisd(-1.1, Eigen::Vector3d::UnitY()) *
+         Eigen::AngleAxisd(2.3, Eigen::Vector3d::UnitZ()))
+            .toRotationMatrix();
+    const auto column = [&](int i) { return vessel::Vector3d{turn(0, i), turn(1, i), turn(2, i)}; };
+    EXPECT_TRUE(image.setSpatialDirections({column(0), column(1), column(2)}));
+    return image;
+}
+
+bool isNear(const Marker& a, const Marker& b) {
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (!(std::abs(a[i] - b[i]) <= 1e-9 * std::max({std::abs(a[i]), std::abs(b[i]), 1.0}))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Markers of the output that lie elsewhere than in the input, and how many are there at all.
+struct Moved {
+    std::size_t moved = 0;
+    std::size_t all = 0;
+};
+
+Moved movedMarkers(const ImageModel& input, const ImageModel& output) {
+    const auto before = markersOf(input);
+    Moved moved;
+    for (const auto& [number, marker] : markersOf(output)) {
+        ++moved.all;
+        moved.moved += isNear(before.at(number), marker) ? 0U : 1U;
+    }
+    return moved;
+}
+
+template <class Operation, class Set>
+io::MemoryImage runWith(const ImageModel& input, const Set& set) {
+    Operation operation;
+    set(operation);
+    return runFilter(operation, input);
+}
+
+template <class Joining>
+io::MemoryImage join(const ImageModel& first, const ImageModel& second) {
+    io::MemoryImage output;
+    Joining joining;
+    joining.setInputImage1(&first);
+    joining.setInputImage2(&second);
+    joining.setOutputImage(&output);
+    joining.run();
+    return output;
+}
+
+/// What is done to an image, and how many of its markers are left; cyclic shifts take some to where no image was.
+struct Case {
+    String className;
+    std::function<io::MemoryImage(const ImageModel&)> run;
+    std::size_t all;
+    std::size_t moved = 0;
+};
+
+constexpr Extents extents{9, 6, 5, 2, 3};
+constexpr std::size_t count = 9 * 6 * 5 * 2 * 3;
+
+std::vector<Case> cases() {
+    std::vector<Case> all;
+    const auto add = [&]<class Operation>(Operation*, std::size_t left, auto set, std::size_t moved = 0) {
+        all.push_back({Operation::getInfo().getName(),
+                       [set](const ImageModel& image) { return runWith<Operation>(image, set); }, left, moved});
+    };
+    add(static_cast<Crop*>(nullptr), 6U * 5 * 3, [](Crop& crop) {
+        crop.setFirstColumn(3);
+        crop.setFirstRow(1);
+        crop.setFirstPlane(2);
+        crop.setFirstFrame(1);
+        crop.setFirstChannel(2);
+    });
+    add(static_cast<Pad*>(nullptr), count, [](Pad& pad) {
+        pad.setBeforeColumns(4);
+        pad.setBeforeRows(2);
+        pad.setBeforePlanes(1);
+        pad.setAfterPlanes(3);
+    });
+    for (const auto axis : {Flip::COLUMNS, Flip::ROWS, Flip::PLANS}) {
+        add(static_cast<Flip*>(nullptr), count, [axis](Flip& flip) { flip.setAxis(axis); });
+    }
+    for (const auto plane : {Rotate90::XY, Rotate90::XZ, Rotate90::YZ}) {
+        for (const int turns : {1, 2, 3}) {
+            add(static_cast<Rotate90*>(nullptr), count, [=](Rotate90& rotation) {
+                rotation.setPlane(plane);
+                rotation.setQuarterTurns(turns);
+            });
+        }
+    }
+    for (const char* const order : {"yxztc", "zxytc", "zyxtc", "xzytc", "yzxtc"}) {
+        add(static_cast<PermuteAxes*>(nullptr), count,
+            [order](PermuteAxes& permutation) { permutation.setOrder(order); });
+    }
+    // Two columns of nine, a row of six and a plane of five come in at the other end.
+    add(
+        static_cast<Shift*>(nullptr), count,
+        [](Shift& shift) {
+            shift.setOffsetX(2);
+            shift.setOffsetY(-1);
+            shift.setOffsetZ(6);
+        },
+        count - 7U * 5 * 4 * 2 * 3);
+    add(static_cast<SplitChannels*>(nullptr), count / 3, [](SplitChannels& split) { split.setChannel(2); });
+    const auto half = [](const ImageModel& image, std::int64_t first, std::int64_t number, bool channels) {
+        return runWith<Crop>(image, [=](Crop& crop) {
+            (crop.*(channels ? &Crop::setFirstChannel : &Crop::setFirstColumn))(first);
+            (crop.*(channels ? &Crop::setChannels : &Crop::setColumns))(number);
+        });
+    };
+    all.push_back({"MergeChannels",
+                   [half](const ImageModel& image) {
+                       return join<MergeChannels>(half(image, 0, 1, true), half(image, 1, 2, true));
+                   },
+                   count});
+    all.push_back({"ConcatenateImages",
+                   [half](const ImageModel& image) {
+                       return join<ConcatenateImages>(half(image, 0, 4, false), half(image, 4, 5, false));
+                   },
+                   count});
+    return all;
+}
+
+TEST(GeometryInTheWorld, EveryObjectStaysWhereItIs) {
+    const io::MemoryImage input = markedImage(extents);
+    std::set<String> seen;
+    for (const Case& each : cases()) {
+        SCOPED_TRACE(each.className);
+        seen.insert(each.className);
+        const Moved result = movedMarkers(input, each.run(input));
+        EXPECT_EQ(result.all, each.all);
+        EXPECT_EQ(result.moved, each.moved);
+    }
+    for (std::size_t i = 0; i < AlgoInfo::getNumOfAlgorithm(); ++i) {
+        const AlgoInfo& info = AlgoInfo::getAlgorithmsInfoByIndex(i);
+        EXPECT_TRUE(info.getArea() != "geometry" || seen.count(info.getName()) == 1) << info.getName() << " is missing";
+    }
+}
+
+TEST(GeometryInTheWorld, WithoutSpacingsCountsVoxels) {
+    io::MemoryImage input = markedImage(extents);
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        input.setSpacingOf(axis, 0.0);
+    }
+    io::MemoryImage unit = input;
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        unit.setSpacingOf(axis, 1.0);
+    }
+    for (const Case& each : cases()) {
+        EXPECT_TRUE(imagesEqual(each.run(unit), each.run(input))) << each.className;
+    }
+    input.setSpacingOf(ROWS, 2.0);
+    for (const Case& each : cases()) {
+        EXPECT_THROW(each.run(input), RuleException) << each.className;
+    }
+}
+
+TEST(GeometryInTheWorld, AxesThatComeIntoSpaceTakeTheDirectionOfThoseThatLeaveIt) {
+    const io::MemoryImage input = markedImage(extents);
+    const auto run = [](const ImageModel& image, const char* order) {
+        return runWith<PermuteAxes>(image, [order](PermuteAxes& permutation) { permutation.setOrder(order); });
+    };
+    // Planes become frames: what was the time of a marker is its place along the planes' direction, and the reverse.
+    const io::MemoryImage output = run(input, "xytzc");
+    const auto slice = input.getSpatialDirections().sliceDirection;
+    const auto alongSlice = [&](const Marker& marker) {
+        return marker[0] * slice[0] + marker[1] * slice[1] + marker[2] * slice[2];
+    };
+    const auto before = markersOf(input);
+    for (const auto& [number, marker] : markersOf(output)) {
+        Marker expected = before.at(number);
+        const double place = alongSlice(expected);
+        for (std::size_t i = 0; i < 3; ++i) {
+            expected[i] += (expected[3] - place) * slice[i];
+        }
+        expected[3] = place;
+        ASSERT_TRUE(isNear(expected, marker)) << number;
+    }
+    // Whatever was exchanged, the inverse order puts all of it back.
+    for (const auto& [order, inverse] : {std::pair{"xytzc", "xytzc"}, {"txyzc", "yztxc"}, {"ctzxy", "tczyx"}}) {
+        const io::MemoryImage there = run(input, order);
+        const io::MemoryImage back = run(there, inverse);
+        EXPECT_EQ(movedMarkers(input, back).moved, 0U) << order;
+    }
+}
+
+}  // namespace
+}  // namespace rix::test
