@@ -16,11 +16,11 @@
 #include <rix/morphology/DistanceMap2d.h>
 #include <rix/morphology/DistanceMap3d.h>
 #include <rix/properties/EnumInfo.h>
-#include <rix/rules/SpacingRules.h>
 #include <rix/rules/When.h>
 
 #include "distance/ChamferScans.h"
 #include "distance/DistancePasses.h"
+#include "distance/SpacingRule.h"
 
 namespace rix::morphology {
 
@@ -54,33 +54,6 @@ public:
 
 private:
     std::size_t m_axes;
-};
-
-/// Lengths in the world need spacings, of axes along which there is a way.
-template <class Filter>
-class RuleSpacings : public Rules<Property<int>> {
-public:
-    explicit RuleSpacings(const Filter& filter) : m_filter(filter) {}
-    void apply(Property<int>& /*property*/) override {
-        if (m_filter.getLengthUnit() != Filter::WORLD || m_filter.getMetric() == Filter::CHAMFER) {
-            return;
-        }
-        const ImageModel& image = *m_filter.getInputObjectImage();
-        for (std::size_t axis = 0; axis < axesOf<Filter>; ++axis) {
-            const auto component = static_cast<Components>(axis);
-            const bool hasWay = image.getNumOf(component) > 1 || m_filter.getBorderIsBackground() == Filter::YES;
-            if (hasWay && !rules::isDivisor(image.getSpacingOf(component))) {
-                rules::refuse(rules::parameterText(m_filter.inputObjectImage) +
-                                  " must have spacings that are finite and not 0 where lengthUnit is WORLD.",
-                              String("That of its ") + axisNames[axis] + " is " +
-                                  rules::valueToText(image.getSpacingOf(component)) + '.');
-            }
-        }
-    }
-    String describe() const override { return "for WORLD, the spacings must be finite and not 0"; }
-
-private:
-    const Filter& m_filter;
 };
 
 template <class Filter>
@@ -173,7 +146,10 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.metric, "How distances are measured.");
     properties.input(filter.side, "Which voxels get a distance.");
     properties.input(filter.lengthUnit, "Whether lengths are in voxels or in the image's unit.");
-    addRule<RuleSpacings>(filter.lengthUnit, filter);
+    filter.lengthUnit.getImpl()->addRule(std::make_shared<RuleSpacings>(
+        filter.inputObjectImage, axesOf<Filter>,
+        [&filter] { return filter.getLengthUnit() == Filter::WORLD && filter.getMetric() != Filter::CHAMFER; },
+        [&filter] { return filter.getBorderIsBackground() == Filter::YES; }));
     properties.input(filter.borderIsBackground, "Whether background lies beyond the edges.");
     filter.chamferWeights = axesOf<Filter> == 2 ? "5,7,11" : "3,4,5";
     properties.input(filter.chamferWeights, "The prices of the steps of CHAMFER, separated by commas.");

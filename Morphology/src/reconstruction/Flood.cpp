@@ -33,20 +33,6 @@ struct Telling {
     }
 };
 
-template <class Rule>
-std::size_t bytesFor(const access::Plan& tiles, const FloodSpace& space, std::size_t threads) {
-    // Tiles of one colour run together.
-    std::size_t together = 1;
-    for (std::size_t axis = 0; axis < RIX_COMPONENTS_SIZE; ++axis) {
-        const std::size_t parts = tiles.parts(static_cast<Components>(axis));
-        together *= axis < space.axes ? (parts + 1) / 2 : parts;
-    }
-    constexpr std::size_t perTile = 64;  // in the lists of tiles
-    return (tiles.isSmall() ? 1 : std::min(threads, together)) *
-               FloodTile<Rule>::bytes(TileFrame::ofLargest(tiles, space)) +
-           tiles.blockCount() * perTile;
-}
-
 /// Brings keys into a tile, with its rim. @param beyond the key outside the image; none: that of the nearest voxel
 template <class T>
 void loadKeys(const ElementKernels<T>& kernels, const TileFrame& frame, const T* samples, KeyOf<T>* cells,
@@ -232,7 +218,7 @@ std::size_t floodBytes(const Extents& extents, VoxelTypes type, const FloodSpace
     std::size_t bytes = 0;
     access::dispatch(access::Reals{}, type, [&](auto tag) {
         using T = typename decltype(tag)::type;
-        bytes = bytesFor<Sinking<KeyOf<T>>>(floodTiles(extents, sizeof(T), space), space, threads);
+        bytes = floodTileBytes<Sinking<KeyOf<T>>>(floodTiles(extents, sizeof(T), space), space, threads);
     });
     return bytes;
 }
@@ -241,7 +227,7 @@ std::size_t extremaSearchBytes(const Extents& extents, VoxelTypes type, const Fl
     std::size_t bytes = 0;
     access::dispatch(access::Reals{}, type, [&](auto tag) {
         using T = typename decltype(tag)::type;
-        bytes = bytesFor<Telling<KeyOf<T>>>(floodTiles(extents, sizeof(T), space), space, threads);
+        bytes = floodTileBytes<Telling<KeyOf<T>>>(floodTiles(extents, sizeof(T), space), space, threads);
     });
     return bytes;
 }

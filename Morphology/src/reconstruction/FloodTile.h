@@ -128,15 +128,17 @@ private:
 };
 
 /// A tile that is flooded: levels over a ground, and the cells whose neighbours are still to be lowered, first in,
-/// first out, each at most once. What a neighbour leaves of a level is `Rule::offered`.
+/// first out, each at most once. What a neighbour leaves of a level is `offered` of the rule, which may ask on which of
+/// the steps it lies.
 template <class Rule>
 class FloodTile {
 public:
     using Level = typename Rule::Level;
     using Key = typename Rule::Key;
 
-    explicit FloodTile(const TileFrame& frame)
-        : m_frame(frame),
+    explicit FloodTile(const TileFrame& frame, const Rule& rule = {})
+        : m_rule(rule),
+          m_frame(frame),
           m_levels(frame.cells() * sizeof(Level)),
           m_grounds(frame.cells() * sizeof(Key)),
           m_places(frame.cells()),
@@ -179,6 +181,16 @@ public:
         }
     }
 
+    /// Lets a cell wait.
+    void push(std::size_t cell) {
+        if (places()[cell] != idle) {
+            return;
+        }
+        places()[cell] = waiting;
+        m_queue.template as<std::uint32_t>()[m_end] = static_cast<std::uint32_t>(cell);
+        m_end = m_end == m_last ? 0 : m_end + 1;
+    }
+
     /// How many voxels at the sides were lowered, and how many there are.
     struct Taken {
         std::size_t lowered = 0;
@@ -190,10 +202,10 @@ public:
         m_frame.forEachAtSides([&](const TilePlace& place) {
             const std::size_t cell = m_frame.cellAt(place);
             Level least = levels()[cell];
-            for (const std::ptrdiff_t offset : m_frame.offsets()) {
-                const std::size_t other = cell + static_cast<std::size_t>(offset);
+            for (std::size_t i = 0; i < m_frame.offsets().size(); ++i) {
+                const std::size_t other = cell + static_cast<std::size_t>(m_frame.offsets()[i]);
                 if (places()[other] == rim) {
-                    least = std::min(least, Rule::offered(levels()[other], grounds()[other], grounds()[cell]));
+                    least = std::min(least, offered(m_rule, levels()[other], grounds()[other], grounds()[cell], i));
                 }
             }
             ++taken.voxels;
@@ -216,6 +228,7 @@ public:
         const Key* const ground = grounds();
         std::uint8_t* const place = places();
         std::uint32_t* const queue = m_queue.template as<std::uint32_t>();
+        const Rule rule = m_rule;
         const std::size_t last = m_last;
         std::size_t begin = m_begin;
         std::size_t end = m_end;
@@ -229,9 +242,9 @@ public:
             const Key from = ground[cell];
             for (std::size_t i = 0; i < neighbours; ++i) {
                 const std::size_t other = cell + static_cast<std::size_t>(offsets[i]);
-                const Level offered = Rule::offered(own, from, ground[other]);
-                if (offered < level[other] && place[other] != rim) {
-                    level[other] = offered;
+                const Level left = offered(rule, own, from, ground[other], i);
+                if (left < level[other] && place[other] != rim) {
+                    level[other] = left;
                     if (place[other] == idle) {
                         place[other] = waiting;
                         queue[end] = static_cast<std::uint32_t>(other);
@@ -252,7 +265,7 @@ public:
             for (std::size_t i = 0; i < m_frame.offsets().size(); ++i) {
                 const std::size_t other = cell + static_cast<std::size_t>(m_frame.offsets()[i]);
                 if (places()[other] == rim &&
-                    Rule::offered(levels()[cell], grounds()[cell], grounds()[other]) < levels()[other]) {
+                    offered(m_rule, levels()[cell], grounds()[cell], grounds()[other], i) < levels()[other]) {
                     const TilePlace& step = m_frame.steps()[i];
                     given |= m_frame.sideOf({place.x + step.x, place.y + step.y, place.z + step.z});
                 }
@@ -271,15 +284,15 @@ private:
 
     std::uint8_t* places() const { return m_places.template as<std::uint8_t>(); }
 
-    void push(std::size_t cell) {
-        if (places()[cell] != idle) {
-            return;
+    static Level offered(const Rule& rule, Level level, Key from, Key to, std::size_t step) {
+        if constexpr (requires { rule.offered(level, from, to, step); }) {
+            return rule.offered(level, from, to, step);
+        } else {
+            return Rule::offered(level, from, to);
         }
-        places()[cell] = waiting;
-        m_queue.template as<std::uint32_t>()[m_end] = static_cast<std::uint32_t>(cell);
-        m_end = m_end == m_last ? 0 : m_end + 1;
     }
 
+    Rule m_rule;
     const TileFrame& m_frame;
     access::Scratch m_levels;
     access::Scratch m_grounds;
@@ -290,5 +303,20 @@ private:
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
 };
+
+/// The most bytes of the tiles of a flood.
+template <class Rule>
+std::size_t floodTileBytes(const access::Plan& tiles, const FloodSpace& space, std::size_t threads) {
+    // Tiles of one colour run together.
+    std::size_t together = 1;
+    for (std::size_t axis = 0; axis < RIX_COMPONENTS_SIZE; ++axis) {
+        const std::size_t parts = tiles.parts(static_cast<Components>(axis));
+        together *= axis < space.axes ? (parts + 1) / 2 : parts;
+    }
+    constexpr std::size_t perTile = 64;  // in the lists of tiles
+    return (tiles.isSmall() ? 1 : std::min(threads, together)) *
+               FloodTile<Rule>::bytes(TileFrame::ofLargest(tiles, space)) +
+           tiles.blockCount() * perTile;
+}
 
 }  // namespace rix::morphology
