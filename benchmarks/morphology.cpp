@@ -12,6 +12,8 @@
 #endif
 
 #include <rix/image/StridedImage.h>
+#include <rix/morphology/AreaOpening2d.h>
+#include <rix/morphology/AreaOpening3d.h>
 #include <rix/morphology/DistanceMap2d.h>
 #include <rix/morphology/DistanceMap3d.h>
 #include <rix/morphology/Erosion2d.h>
@@ -243,6 +245,8 @@ void registerAll() {
         registerFlood<morphology::HMaxima3d>("h_maxima3d", false, true, threads);
         registerFlood<morphology::RegionalMaxima2d>("regional_maxima", false, false, threads);
         registerFlood<morphology::RegionalMaxima3d>("regional_maxima3d", false, true, threads);
+        registerFlood<morphology::AreaOpening2d>("area_opening", false, false, threads);
+        registerFlood<morphology::AreaOpening3d>("area_opening3d", false, true, threads);
         registerFlood<morphology::FillHoles2d>("fill_holes", true, false, threads);
         registerFlood<morphology::FillHoles3d>("fill_holes3d", true, true, threads);
         registerAllDistances(threads);

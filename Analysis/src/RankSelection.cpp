@@ -9,6 +9,7 @@
 
 #include <rix/access/Joins.h>
 #include <rix/access/MemoryAccount.h>
+#include <rix/access/OrderedKeys.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "KeyCounter.h"
@@ -24,38 +25,8 @@ constexpr unsigned digitBits = 16;
 /// Tables that a thread counts in at a time.
 constexpr std::size_t mostSlots = 8;
 
-template <class T>
-using KeyOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
-
-/// Unsigned integers in the order of the values.
-template <class T>
-KeyOf<T> keyOf(T value) {
-    using Key = KeyOf<T>;
-    constexpr Key sign = Key{1} << (8 * sizeof(Key) - 1);
-    if constexpr (std::is_unsigned_v<T>) {
-        return value;
-    } else if constexpr (std::is_integral_v<T>) {
-        return static_cast<Key>(value) ^ sign;
-    } else {
-        const Key bits = std::bit_cast<Key>(value);
-        const auto allOfNegative =
-            static_cast<Key>(static_cast<std::make_signed_t<Key>>(bits) >> (8 * sizeof(Key) - 1));
-        return bits ^ (allOfNegative | sign);
-    }
-}
-
-template <class T>
-T valueOf(KeyOf<T> key) {
-    using Key = KeyOf<T>;
-    constexpr Key sign = Key{1} << (8 * sizeof(Key) - 1);
-    if constexpr (std::is_unsigned_v<T>) {
-        return key;
-    } else if constexpr (std::is_integral_v<T>) {
-        return static_cast<T>(key ^ sign);
-    } else {
-        return std::bit_cast<T>((key & sign) != 0 ? key ^ sign : ~key);
-    }
-}
+using access::KeyOf;
+using access::keyOf;
 
 /// A rank whose value is known down to its leading digits.
 struct Search {
@@ -79,7 +50,7 @@ public:
         }
         std::vector<double> found;
         for (const Search& search : searches) {
-            found.push_back(static_cast<double>(valueOf<T>(static_cast<KeyOf<T>>(search.prefix))) + 0.0);
+            found.push_back(static_cast<double>(access::valueOfKey<T>(static_cast<KeyOf<T>>(search.prefix))) + 0.0);
         }
         return found;
     }

@@ -296,6 +296,26 @@ def test_reconstruction(shape, dtype):
                                       ndimage.binary_fill_holes(objects, holes))
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32"])
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_area_openings(shape, dtype):
+    morphology = pytest.importorskip("skimage.morphology")
+    flat = len(shape) == 2
+    opening, closing = (getattr(rix, f"area_{name}_{'2d' if flat else '3d'}") for name in ("opening", "closing"))
+    image = random_array(dtype, shape)
+    coarse = (image // 25).astype(dtype)
+    objects = image > 70
+    for few, touching in [(1, "CONNECTIVITY_4" if flat else "CONNECTIVITY_6"),
+                          (len(shape), "CONNECTIVITY_8" if flat else "CONNECTIVITY_26")]:
+        near = {"neighborhood": touching}
+        for size in (2, 12, 200):
+            for grey in (image, coarse):
+                np.testing.assert_array_equal(opening(grey, size, **near), morphology.area_opening(grey, size, few))
+                np.testing.assert_array_equal(closing(grey, size, **near), morphology.area_closing(grey, size, few))
+            np.testing.assert_array_equal(opening(objects, size, **near),
+                                          morphology.remove_small_objects(objects, size, few))
+
+
 @pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
 def test_objects_at_the_border(shape):
     segmentation = pytest.importorskip("skimage.segmentation")
