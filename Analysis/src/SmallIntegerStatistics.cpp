@@ -74,11 +74,13 @@ Counts countsOfValues(access::ExecutionContext& context, const Group& group) {
     return countSamples<T>(context, *group.image, group.mask, nanosecondsPerVoxel, values, add);
 }
 
-/// The sum in two parts, and the mean.
-void setSum(Int128 sum, Moments& moments) {
+/// The sum in two parts, the mean, and the sum of the squared distances to it: from exact sums, so that they have the
+/// same bits whatever else is asked for.
+void setSums(std::uint64_t count, Int128 sum, Int128 squares, Moments& moments) {
     moments.sum = static_cast<double>(sum);
     moments.sumRest = static_cast<double>(sum - static_cast<Int128>(moments.sum));
     moments.mean = moments.total() / moments.count;
+    moments.second = static_cast<double>(static_cast<Int128>(count) * squares - sum * sum) / moments.count;
 }
 
 /// Of samples of 8 or 16 bits: all follows from the counts of their values.
@@ -90,26 +92,29 @@ void measureCounts(access::ExecutionContext& context, const Group& group, const 
     const Counts counts = countsOfValues<T>(context, group);
     const auto valueOf = [](std::size_t index) { return static_cast<double>(index) + lowest; };
     Moments& moments = result.moments;
+    std::uint64_t count = 0;
     Int128 sum = 0;
+    Int128 squares = 0;
     for (std::size_t i = 0; i < values; ++i) {
-        moments.count += static_cast<double>(counts[i]);
-        sum += static_cast<Int128>(counts[i]) * (static_cast<Int128>(i) + lowest);
+        const Int128 value = static_cast<Int128>(i) + lowest;
+        count += counts[i];
+        sum += static_cast<Int128>(counts[i]) * value;
+        squares += static_cast<Int128>(counts[i]) * value * value;
     }
-    if (moments.count == 0) {
+    moments.count = static_cast<double>(count);
+    if (count == 0) {
         return;
     }
-    setSum(sum, moments);
-    double rests[3] = {};
+    setSums(count, sum, squares, moments);
+    double rests[2] = {};
     for (std::size_t i = 0; i < values; ++i) {
         const double distance = valueOf(i) - moments.mean;
-        const double square = static_cast<double>(counts[i]) * distance * distance;
-        addExactly(moments.second, rests[0], square);
-        addExactly(moments.third, rests[1], square * distance);
-        addExactly(moments.fourth, rests[2], square * distance * distance);
+        const double cube = static_cast<double>(counts[i]) * distance * distance * distance;
+        addExactly(moments.third, rests[0], cube);
+        addExactly(moments.fourth, rests[1], cube * distance);
     }
-    moments.second += rests[0];
-    moments.third += rests[1];
-    moments.fourth += rests[2];
+    moments.third += rests[0];
+    moments.fourth += rests[1];
     const auto occurs = [](std::uint64_t count) { return count > 0; };
     result.minimum =
         valueOf(static_cast<std::size_t>(std::find_if(counts.begin(), counts.end(), occurs) - counts.begin()));
@@ -174,9 +179,7 @@ void measureSums(access::ExecutionContext& context, OptimLevelType level, const 
     if (all.count == 0) {
         return;
     }
-    setSum(all.sum, moments);
-    const Int128 spread = static_cast<Int128>(all.count) * all.squares - all.sum * all.sum;
-    moments.second = static_cast<double>(spread) / moments.count;
+    setSums(all.count, all.sum, all.squares, moments);
     result.minimum = static_cast<double>(all.extremes.lowest);
     result.maximum = static_cast<double>(all.extremes.highest);
 }
