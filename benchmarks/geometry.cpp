@@ -61,6 +61,9 @@ void registerOurs(const char* name, const Sample& sample, const std::array<std::
                                      for (auto _ : state) {
                                          operation.run();
                                      }
+                                     std::size_t count = 0;
+                                     static_cast<void>(helper::getElementCount(output, count));
+                                     setBytes(state, 2 * count * helper::getElementSize(output));
                                  })
         ->UseRealTime()
         ->Unit(benchmark::kMillisecond);
@@ -85,6 +88,7 @@ void registerOpenCv(const char* name, const Sample& sample, int threads, const C
                                      for (auto _ : state) {
                                          compute(source, output);
                                      }
+                                     setBytes(state, 2 * output.total() * output.elemSize());
                                  })
         ->UseRealTime()
         ->Unit(benchmark::kMillisecond);
@@ -94,18 +98,18 @@ void registerOpenCv(const char* name, const Sample& sample, int threads, const C
 void registerSample(const Sample& sample, int threads) {
     const auto input = [](auto& operation, const ImageModel& image) { operation.setInputImage(&image); };
     registerOurs<PermuteAxes>("transpose", sample, plane, threads, input);
-    registerOurs<Flip>("flip x", sample, plane, threads, input);
-    registerOurs<Flip>("flip y", sample, plane, threads, [=](Flip& flip, const ImageModel& image) {
+    registerOurs<Flip>("flip_x", sample, plane, threads, input);
+    registerOurs<Flip>("flip_y", sample, plane, threads, [=](Flip& flip, const ImageModel& image) {
         input(flip, image);
         flip.setAxis(Flip::ROWS);
     });
-    registerOurs<Rotate90>("rotate 90", sample, plane, threads, input);
+    registerOurs<Rotate90>("rotate_90", sample, plane, threads, input);
     registerOurs<Crop>("crop", sample, plane, threads, [=](Crop& crop, const ImageModel& image) {
         input(crop, image);
         crop.setFirstColumn(100);
         crop.setFirstRow(100);
     });
-    registerOurs<Pad>("pad mirror", sample, plane, threads, [=](Pad& pad, const ImageModel& image) {
+    registerOurs<Pad>("pad_mirror", sample, plane, threads, [=](Pad& pad, const ImageModel& image) {
         input(pad, image);
         pad.setBorderPolicy(Pad::MIRROR);
         for (const auto set :
@@ -119,18 +123,18 @@ void registerSample(const Sample& sample, int threads) {
         shift.setOffsetY(-700);
     });
     for (const char* const order : {"yxztc", "zxytc", "zyxtc", "xzytc"}) {
-        registerOurs<PermuteAxes>((std::string("volume ") + order).c_str(), sample, volume, threads,
+        registerOurs<PermuteAxes>((std::string("volume_") + order).c_str(), sample, volume, threads,
                                   [=](PermuteAxes& permutation, const ImageModel& image) {
                                       input(permutation, image);
                                       permutation.setOrder(order);
                                   });
     }
-    registerOurs<PermuteAxes>("channels apart", sample, {4, 2048, 2048, 1, 1}, threads,
+    registerOurs<PermuteAxes>("channels_apart", sample, {4, 2048, 2048, 1, 1}, threads,
                               [=](PermuteAxes& permutation, const ImageModel& image) {
                                   input(permutation, image);
                                   permutation.setOrder("yzctx");
                               });
-    registerOurs<PermuteAxes>("channels together", sample, {2048, 2048, 1, 1, 4}, threads,
+    registerOurs<PermuteAxes>("channels_together", sample, {2048, 2048, 1, 1, 4}, threads,
                               [=](PermuteAxes& permutation, const ImageModel& image) {
                                   input(permutation, image);
                                   permutation.setOrder("cxytz");
@@ -151,11 +155,11 @@ void registerSample(const Sample& sample, int threads) {
                                     });
 #ifdef RIX_HAVE_OPENCV
     registerOpenCv("transpose", sample, threads, [](const cv::Mat& in, cv::Mat& out) { cv::transpose(in, out); });
-    registerOpenCv("flip x", sample, threads, [](const cv::Mat& in, cv::Mat& out) { cv::flip(in, out, 1); });
-    registerOpenCv("flip y", sample, threads, [](const cv::Mat& in, cv::Mat& out) { cv::flip(in, out, 0); });
-    registerOpenCv("rotate 90", sample, threads,
+    registerOpenCv("flip_x", sample, threads, [](const cv::Mat& in, cv::Mat& out) { cv::flip(in, out, 1); });
+    registerOpenCv("flip_y", sample, threads, [](const cv::Mat& in, cv::Mat& out) { cv::flip(in, out, 0); });
+    registerOpenCv("rotate_90", sample, threads,
                    [](const cv::Mat& in, cv::Mat& out) { cv::rotate(in, out, cv::ROTATE_90_CLOCKWISE); });
-    registerOpenCv("pad mirror", sample, threads, [](const cv::Mat& in, cv::Mat& out) {
+    registerOpenCv("pad_mirror", sample, threads, [](const cv::Mat& in, cv::Mat& out) {
         cv::copyMakeBorder(in, out, 64, 64, 64, 64, cv::BORDER_REFLECT);
     });
 #endif

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""How fast the Python package is beside SciPy, scikit-image and OpenCV, in one process, and what a call costs beside C++.
+"""How fast the Python package is beside NumPy, SciPy, scikit-image and OpenCV, in one process, and what a call costs
+beside C++.
 
     PYTHONPATH=build/release/python benchmarks/python_peers.py [--calls build/bench/bin/bench_small_runs] [FAMILY...]
 
@@ -82,6 +83,19 @@ def families():
     yield "measures", "4096x4096, 10404", "skimage.measure.regionprops_table, the same list", (
         lambda threads: rix.label_analysis(objects.view(np.uint32), bytes_, ALL_MEASURES, threads=threads),
         lambda: measure.regionprops_table(objects, bytes_, ALL_PROPERTIES, extra_properties=(made_of_values,)))
+
+    for image in (bytes_, bytes_.astype(np.float32)):
+        moved = {
+            "numpy.transpose, copied": (rix.permute_axes, lambda a: np.ascontiguousarray(a.T), {}),
+            "numpy.flip, copied": (rix.flip, lambda a: np.ascontiguousarray(np.flip(a, 1)), {}),
+            "numpy.roll": (rix.shift, lambda a: np.roll(a, (-700, 1000), (0, 1)), dict(offset_x=1000, offset_y=-700)),
+            "numpy.pad, symmetric": (rix.pad, lambda a: np.pad(a, ((64, 0), (64, 0)), "symmetric"),
+                                     dict(before_columns=64, before_rows=64, border_policy="MIRROR")),
+        }
+        for peer, (ours, theirs, options) in moved.items():
+            yield "geometry", f"{image.dtype} 4096", peer, (
+                lambda threads, image=image, ours=ours, options=options: ours(image, **options, threads=threads),
+                lambda image=image, theirs=theirs: theirs(image))
 
     words = np.random.default_rng(3).integers(0, 65536, (2048, 2048), dtype=np.uint16)
     for image, side in ((bytes_, 21), (bytes_, 101), (words, 5), (words, 21), (words, 101)):
@@ -205,8 +219,8 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, ranks, background, labeling, uniform, median, otsu, maxima, flood, holes, distances, "
-                             "regions; unless given, all")
+                        help="measures, geometry, ranks, background, labeling, uniform, median, otsu, maxima, flood, holes, "
+                             "distances, ways, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()
