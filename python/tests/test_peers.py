@@ -393,3 +393,20 @@ def test_geometry(dtype):
                                       np.pad(a, ((2, 12), (3, 50), (40, 1)), mode))
     for axis, name in enumerate(("PLANS", "ROWS", "COLUMNS")):
         np.testing.assert_array_equal(rix.concatenate_images(a, a, axis=name), np.concatenate((a, a), axis))
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_ways(shape):
+    graph = pytest.importorskip("skimage.graph")
+    flat = len(shape) == 2
+    measure = rix.geodesic_distance_map_2d if flat else rix.geodesic_distance_map_3d
+    mask = ~blobs(shape)
+    starts = np.argwhere(mask)[[0, 40, -1]]
+    marker = np.zeros(shape, np.uint8)
+    marker[tuple(starts.T)] = 1
+    spacing = (2.5, 0.4, 1.1)[-len(shape):]
+    calibrated = rix.Image(mask, spacing=dict(zip("zyx"[-len(shape):], spacing)))
+    for length_unit, sampling in (("VOXEL", None), ("WORLD", spacing)):
+        theirs = graph.MCP_Geometric(np.where(mask, 1.0, np.inf), sampling=sampling).find_costs(starts)[0]
+        ours = np.asarray(measure(marker, calibrated, length_unit=length_unit))
+        np.testing.assert_allclose(ours, np.where(mask, theirs, np.inf), rtol=1e-6)

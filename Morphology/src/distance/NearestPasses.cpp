@@ -76,7 +76,7 @@ public:
     static std::size_t bytes(std::size_t length) { return LineRows<Class>(length).bytes(); }
 
     const LineRows<Class>& rows() const { return m_rows; }
-    const HeightKernels<double>& heights() const { return m_heights; }
+    const HeightKernels<double>& kernels() const { return m_heights; }
 
     void operator()(const Class* classes, std::uint32_t firstVoxel, std::uint32_t voxelStep) {
         m_runCount = m_classes.findRuns(classes, m_length, m_rows.runs());
@@ -130,7 +130,7 @@ void findInPlanes(access::ExecutionContext& context, const ImageModel& image, co
             const auto firstVoxel =
                 static_cast<std::uint32_t>((plane * task.extents[ROWS] + segment.row) * segment.count);
             const NearestRow in = transform.rows().in();
-            transform.heights().fromCounts(forth, back, task.spacing[ROWS], task.isSquared(), in.heights,
+            transform.kernels().fromCounts(forth, back, task.spacing[ROWS], task.isSquared(), in.heights,
                                            segment.count);
             findInColumns(forth, back, segment, task, firstVoxel, in.voxels);
             transform(classes, firstVoxel, 1);

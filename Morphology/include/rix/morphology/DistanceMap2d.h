@@ -15,14 +15,15 @@ namespace rix::morphology {
 ///
 /// In a label image each object has its own distance, to any other value; elsewhere all voxels but 0 are one object.
 ///
-/// **Input** `inputObjectImage`: binary, labels, or any other whose 0 is background; any extents up to 2^28 on all five
-/// axes, scalar elements, any real type (`uint8` to `float64`). Every plane, for every sequence and spectral index, by
-/// itself.
+/// **Input** `inputObjectImage`: binary, labels, or any other whose 0 is background; any extents on all five axes, of
+/// columns and rows up to 2^28, scalar elements, any real type (`uint8` to `float64`). Every plane, for every sequence
+/// and spectral index, by itself.
 /// **Output** `outputDistanceImage`: `float32` of the input's extents and calibration. It may be the input image where
 /// that has the type; the run then needs a copy of it.
 /// **Output** `outputNearestImage`, optional: the raster index y * columns + x of the nearest voxel plus 1, `uint32`;
-/// of a label image its label, in the type of the input. Of several at the same distance that of the lowest index.
-/// Voxels that get no distance are nearest to themselves. 0 where there is none, or it lies beyond the edge.
+/// of a label image its label, in the type of the input. Of several at the same distance that of the lowest index; with
+/// `WORLD` roundings decide. Voxels that get no distance are nearest to themselves. 0 where there is none, or it lies
+/// beyond the edge.
 ///
 /// **Metric** `EUCLIDEAN`, the root of dx^2 + dy^2; `CITY_BLOCK`, |dx| + |dy|; `CHESSBOARD`, the larger of both;
 /// `CHAMFER`, the cheapest chain of steps, whose prices are the `chamferWeights`: to the neighbours across edges and
@@ -33,9 +34,8 @@ namespace rix::morphology {
 /// other value, the distance is infinite.
 ///
 /// **Exactness.** With voxels as unit the root of the exact integer, rounded correctly (of squares below 2^50), and
-/// integers for other metrics; with `WORLD` sums of `float64`, in the order x, y, rounded to `float32` at the end. Two
-/// chains of chamfer steps cost the same in any order. The same bits on every level, for every number of threads and
-/// every storage.
+/// integers for other metrics; with `WORLD` sums of `float64`, in the order x, y, rounded to `float32` at the end.
+/// The same bits on every level, for every number of threads and every storage.
 ///
 /// Method: on columns steps are counted; along rows the least of one more axis is taken between the places that the
 /// neighbours' came from, whose order is that of the neighbours, because costs are convex (after Hirata, A unified
