@@ -38,7 +38,7 @@ void process(ConcatenateImages& concatenation, OptimLevelType level) {
 
 constexpr algorithms::Definition<ConcatenateImages> definition{
     .summary = "Puts images one behind the other along an axis.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &process,
 };

@@ -52,7 +52,7 @@ void declare(Crop& crop, algorithms::Properties& properties) {
 
 constexpr algorithms::Definition<Crop> definition{
     .summary = "Cuts a box out of an image.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &Image::process,
 };

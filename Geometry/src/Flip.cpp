@@ -24,7 +24,7 @@ void declare(Flip& flip, algorithms::Properties& properties) {
 
 constexpr algorithms::Definition<Flip> definition{
     .summary = "Reverses an axis of an image.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &Image::process,
 };

@@ -39,7 +39,7 @@ void process(MergeChannels& merge, OptimLevelType level) {
 
 constexpr algorithms::Definition<MergeChannels> definition{
     .summary = "Puts images together as the channels of one.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &process,
 };

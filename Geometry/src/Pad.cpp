@@ -110,7 +110,7 @@ void process(Pad& pad, OptimLevelType level) {
 
 constexpr algorithms::Definition<Pad> definition{
     .summary = "Puts elements around an image.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &process,
 };

@@ -50,7 +50,7 @@ void declare(PermuteAxes& permutation, algorithms::Properties& properties) {
 
 constexpr algorithms::Definition<PermuteAxes> definition{
     .summary = "Exchanges the axes of an image.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &Image::process,
 };

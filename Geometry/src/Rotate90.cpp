@@ -36,7 +36,7 @@ void declare(Rotate90& rotation, algorithms::Properties& properties) {
 
 constexpr algorithms::Definition<Rotate90> definition{
     .summary = "Turns an image by quarter turns.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &Image::process,
 };

@@ -28,7 +28,7 @@ void declare(Shift& shift, algorithms::Properties& properties) {
 
 constexpr algorithms::Definition<Shift> definition{
     .summary = "Shifts an image cyclically.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &Image::process,
 };

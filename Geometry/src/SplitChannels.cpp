@@ -24,7 +24,7 @@ void declare(SplitChannels& split, algorithms::Properties& properties) {
 
 constexpr algorithms::Definition<SplitChannels> definition{
     .summary = "Takes one channel out of an image.",
-    .kind = AlgorithmKind::Neighbourhood,
+    .kind = AlgorithmKind::Geometry,
     .declare = &declare,
     .process = &Image::process,
 };

@@ -32,6 +32,7 @@ String algorithmKindToString(AlgorithmKind kind) {
         case AlgorithmKind::Reduction: return "reduction";
         case AlgorithmKind::Labeling: return "labeling";
         case AlgorithmKind::Composite: return "composite";
+        case AlgorithmKind::Geometry: return "geometry";
     }
     return {};
 }

@@ -18,9 +18,10 @@ enum class AlgorithmKind : std::uint8_t {
     Reduction,      ///< the result depends on all voxels
     Labeling,       ///< connected sets
     Composite,      ///< a chain of other algorithms
+    Geometry,       ///< a voxel of the output comes from elsewhere in the inputs
 };
 
-/// "point", "neighbourhood", "reduction", "labeling", "composite"
+/// "point", "neighbourhood", "reduction", "labeling", "composite", "geometry"
 RIX_EXPORT String algorithmKindToString(AlgorithmKind kind);
 
 /// How far the window of a voxel reaches to either side, in voxels, for columns, rows and planes.
