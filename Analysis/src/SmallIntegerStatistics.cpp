@@ -115,7 +115,7 @@ void measureCounts(access::ExecutionContext& context, const Group& group, const 
     }
     moments.third += rests[0];
     moments.fourth += rests[1];
-    const auto occurs = [](std::uint64_t count) { return count > 0; };
+    const auto occurs = [](std::uint64_t times) { return times > 0; };
     result.minimum =
         valueOf(static_cast<std::size_t>(std::find_if(counts.begin(), counts.end(), occurs) - counts.begin()));
     result.maximum =
