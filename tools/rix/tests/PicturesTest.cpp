@@ -139,6 +139,10 @@ TEST_F(ProgramTest, examplesOfTheHelpWorkAsTheyStand) {
     }
     EXPECT_TRUE(std::filesystem::exists(folder() / "coins-binary.tif"));
     EXPECT_TRUE(std::filesystem::exists(folder() / "cell-view.png"));
+    // Algorithms by what they are about, in the words of the field.
+    EXPECT_EQ(rix({"list", "rolling", "ball"}).output.rfind("BackgroundCorrection2d ", 0), 0U);
+    EXPECT_EQ(rix({"help", "otsu"}).exitCode, 2);
+    EXPECT_EQ(rix({"list", "nothing like this"}).exitCode, 2);
 }
 
 }  // namespace

@@ -10,8 +10,10 @@
 #include <rix/description/Facts.h>
 #include <rix/description/Synonyms.h>
 #include <rix/description/Tables.h>
+#include <rix/description/Text.h>
 
 #include "../Commands.h"
+#include "../Failure.h"
 #include "../Output.h"
 
 namespace rix::cli {
@@ -30,6 +32,12 @@ bool isAbout(const std::string& text, const std::string& word) {
         names, [&](const std::string& name) { return text.find(description::plainWord(name)) != std::string::npos; });
 }
 
+/// Whether all words are in the text, or what they mean together ("rolling ball") is.
+bool isAboutAll(const std::string& text, const std::vector<std::string>& words) {
+    return isAbout(text, description::join(words, " ")) ||
+           std::ranges::all_of(words, [&](const std::string& word) { return isAbout(text, word); });
+}
+
 int runList(const ListOptions& options) {
     nlohmann::json list = nlohmann::json::array();
     description::TextTable table;
@@ -37,7 +45,7 @@ int runList(const ListOptions& options) {
         const auto facts = description::describeAlgorithm(*description::createAlgorithm(*info));
         const std::string& summary = facts.description.summary;
         const std::string text = description::plainWord(facts.name + '\n' + facts.area + '\n' + summary);
-        if (!std::ranges::all_of(options.about, [&](const std::string& word) { return isAbout(text, word); })) {
+        if (!isAboutAll(text, options.about)) {
             continue;
         }
         list.push_back({{"name", facts.name},
@@ -49,6 +57,11 @@ int runList(const ListOptions& options) {
         table.add(
             {facts.name, facts.area,
              summary + (facts.deprecatedSince.empty() ? "" : " (deprecated since " + facts.deprecatedSince + ")")});
+    }
+    if (list.empty()) {
+        throw Failure(WRONG_USAGE, "no algorithm is about " +
+                                       description::inQuotes(description::join(options.about, " ")) +
+                                       " ('rix list' names all)");
     }
     if (options.json) {
         writeJson(list);
