@@ -18,8 +18,10 @@ find_program(RIX_CCACHE ccache)
 find_program(RIX_ENV env)
 if(RIX_CCACHE AND RIX_ENV AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   # What one clone compiled serves every other, wherever it lies: the cache sees paths below the tree relative to the
-  # build folder. Precompiled headers are cached, too, which needs the two allowances.
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${RIX_ENV} CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}
+  # build folder. Precompiled headers are cached, too, which needs the two allowances, and that files are compared as
+  # they are and not as preprocessed: g++ knows the headers inside by their bytes, and would read those again of which
+  # the comments alone have changed.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${RIX_ENV} CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_DEPEND=1
     CCACHE_SLOPPINESS=pch_defines,time_macros)
   if(RIX_SANITIZE OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     list(APPEND CMAKE_CXX_COMPILER_LAUNCHER CCACHE_NOHASHDIR=1)  # for debuggers the build folder is in the object
