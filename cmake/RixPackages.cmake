@@ -1,4 +1,4 @@
-# Packages of an installation: four for Debian and one archive that runs wherever it is unpacked. scripts/package builds
+# Packages of an installation: five for Debian (without Python four) and one archive that runs wherever it is unpacked. scripts/package builds
 # and tries them.
 
 set(CPACK_PACKAGE_NAME lumora-rix)
@@ -7,9 +7,6 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "2D and 3D image processing")
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_GENERATOR DEB TGZ)
-
-set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
-set(CPACK_ARCHIVE_FILE_NAME lumora-rix-${PROJECT_VERSION}-${CMAKE_SYSTEM_PROCESSOR})
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include <rix/access/OrderedKeys.h>
 #include <rix/access/SampleCast.h>
 #include <rix/access/StreamKernels.h>
 
@@ -38,36 +39,16 @@ HWY_INLINE void storeLine(RawData to, const std::uint8_t* from) {
     }
 }
 
-// Elements as plain integers of their size; those of 16 bytes as pairs.
+/// Elements as plain integers of their size; those of 16 bytes as pairs.
 template <std::size_t size>
-struct Element;
-template <>
-struct Element<1> {
-    using Lane = std::uint8_t;
-};
-template <>
-struct Element<2> {
-    using Lane = std::uint16_t;
-};
-template <>
-struct Element<4> {
-    using Lane = std::uint32_t;
-};
-template <>
-struct Element<8> {
-    using Lane = std::uint64_t;
-};
-template <>
-struct Element<16> {
-    using Lane = std::uint64_t;
-};
+using LaneOf = typename access::UnsignedOfBytes<(size < 8 ? size : 8)>::Type;
 
 /// A line of elements, last to first.
 template <std::size_t size>
 HWY_INLINE void reverseLine(const std::uint8_t* from, std::uint8_t* to) {
 #if RIX_GEOMETRY_VECTORS
     // Bytes as pairs, which are then swapped.
-    using Lane = std::conditional_t<size == 1, std::uint16_t, typename Element<size>::Lane>;
+    using Lane = std::conditional_t<size == 1, std::uint16_t, LaneOf<size>>;
     const hn::ScalableTag<Lane> d;
     constexpr std::size_t vector = hn::MaxLanes(hn::ScalableTag<std::uint8_t>());
     for (std::size_t at = 0; at < lineBytes; at += vector) {
@@ -82,7 +63,7 @@ HWY_INLINE void reverseLine(const std::uint8_t* from, std::uint8_t* to) {
         hn::StoreU(v, d, reinterpret_cast<Lane*>(to + at));
     }
 #else
-    using Lane = typename Element<size>::Lane;
+    using Lane = LaneOf<size>;
     constexpr std::size_t parts = size / sizeof(Lane);
     Lane in[lineBytes / sizeof(Lane)];
     Lane out[lineBytes / sizeof(Lane)];
@@ -155,9 +136,9 @@ HWY_INLINE void shuffleRows(D d, V* rows) {
 template <std::size_t size>
 HWY_INLINE void transposeSquare(const std::uint8_t* in, std::uint8_t* out) {
     constexpr std::size_t side = partBytes / size;
-    const hn::ScalableTag<typename Element<size>::Lane> d;
+    const hn::ScalableTag<LaneOf<size>> d;
     using V = decltype(hn::Zero(d));
-    using Lane = typename Element<size>::Lane;
+    using Lane = LaneOf<size>;
     for (std::size_t group = 0; group < partsOfLine / vectorParts; ++group) {
         for (std::size_t part = 0; part < partsOfLine; ++part) {
             V rows[side];

@@ -1,13 +1,14 @@
 """What can be done with a rix.Image itself: parts by the names of axes, arithmetic, comparisons, statistics, pictures."""
 
 import os
+import sys
 import tempfile
 from typing import TYPE_CHECKING, Any, Dict, Mapping, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
 
-from . import _algorithms, _rix
+from . import _rix
 from ._errors import DataTypeError, RuleError
 
 if TYPE_CHECKING:
@@ -18,7 +19,8 @@ SPATIAL = "xyz"
 
 
 def _function(name: str) -> Any:
-    return _algorithms.find(name)
+    """A function of the package, which makes each at its first use and keeps it."""
+    return getattr(sys.modules[__package__], name)
 
 
 def _shifted(image: "Image", begins: Mapping[str, int]) -> Dict[str, float]:

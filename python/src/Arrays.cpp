@@ -205,20 +205,11 @@ GivenImage open(py::handle object, const std::string& axes, Access access) {
     return given;
 }
 
-}  // namespace
-
-GivenImage openInput(py::handle object, const std::string& axes) {
-    return open(object, axes, Access::ReadOnly);
-}
-
-GivenImage openLabels(py::handle object, const std::string& axes) {
-    if (!py::isinstance<py::array>(object)) {
-        return open(object, axes, Access::ReadOnly);
-    }
-    const auto array = py::reinterpret_borrow<py::array>(object);
+/// The array as uint32 where its type is one that only others number objects in, else as it is.
+py::array asLabels(py::array array) {
     const char kind = array.dtype().kind();
     if ((kind != 'i' && (kind != 'u' || array.itemsize() <= 4)) || array.size() == 0) {
-        return open(object, axes, Access::ReadOnly);
+        return array;
     }
     const py::object lowest = array.attr("min")();
     const py::object highest = array.attr("max")();
@@ -229,10 +220,22 @@ GivenImage openLabels(py::handle object, const std::string& axes) {
                              ". Where negative numbers are no objects, numpy.maximum(labels, 0) makes them background");
     }
     try {
-        return open(array.attr("astype")(dtypeOf(RIX_UINT32, false)), axes, Access::ReadOnly);
+        return array.attr("astype")(dtypeOf(RIX_UINT32, false));
     } catch (py::error_already_set& error) {
         rethrowShortage(error);
     }
+}
+
+}  // namespace
+
+GivenImage openInput(py::handle object, const std::string& axes) {
+    return open(object, axes, Access::ReadOnly);
+}
+
+GivenImage openLabels(py::handle object, const std::string& axes) {
+    return openInput(py::isinstance<py::array>(object) ? asLabels(py::reinterpret_borrow<py::array>(object))
+                                                       : py::reinterpret_borrow<py::object>(object),
+                     axes);
 }
 
 GivenImage openOutput(py::handle object, const std::string& axes) {

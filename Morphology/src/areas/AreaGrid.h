@@ -20,18 +20,12 @@ public:
         m_planeCells = m_rowCells * withMargin(m_rows);
         m_margin = 1 + m_rowCells + m_planeCells;
         m_cells = m_planeCells * m_planes + 2 * m_margin;
-        const auto reach = [](std::size_t extent) { return extent > 1 ? 1 : 0; };
-        for (int z = -reach(m_planes); z <= reach(m_planes); ++z) {
-            for (int y = -reach(m_rows); y <= reach(m_rows); ++y) {
-                for (int x = -reach(m_columns); x <= reach(m_columns); ++x) {
-                    const int distance = x * x + y * y + z * z;
-                    if (distance > 0 && distance <= space.farthest) {
-                        m_neighbors[m_count++] = static_cast<std::ptrdiff_t>(m_planeCells) * z +
-                                                 static_cast<std::ptrdiff_t>(m_rowCells) * y + x;
-                    }
-                }
+        forEachStep(space, [&](const TilePlace& step) {
+            if ((step.x == 0 || m_columns > 1) && (step.y == 0 || m_rows > 1) && (step.z == 0 || m_planes > 1)) {
+                m_neighbors[m_count++] = static_cast<std::ptrdiff_t>(m_planeCells) * step.z +
+                                         static_cast<std::ptrdiff_t>(m_rowCells) * step.y + step.x;
             }
-        }
+        });
     }
 
     std::size_t cells() const { return m_cells; }

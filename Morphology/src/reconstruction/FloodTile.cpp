@@ -26,23 +26,16 @@ TileFrame TileFrame::ofLargest(const access::Plan& tiles, const FloodSpace& spac
 }
 
 void TileFrame::findNeighbours(const FloodSpace& space) {
-    const auto rim = static_cast<int>(m_rimPlanes);
     const auto row = static_cast<std::ptrdiff_t>(pitch());
     const auto plane = row * static_cast<std::ptrdiff_t>(rows() + 2);
-    for (int z = -rim; z <= rim; ++z) {
-        for (int y = -1; y <= 1; ++y) {
-            const int distance = y * y + z * z;
-            if (distance > 0 && distance <= space.farthest) {
-                m_rows[m_rowCount++] = {z * plane + y * row, distance < space.farthest};
-            }
-            for (int x = -1; x <= 1; ++x) {
-                if (const int length = distance + x * x; length > 0 && length <= space.farthest) {
-                    m_offsets[m_neighbours] = z * plane + y * row + x;
-                    m_steps[m_neighbours++] = {x, y, z};
-                }
-            }
+    forEachStep(space, [&](const TilePlace& step) {
+        const std::ptrdiff_t offset = step.z * plane + step.y * row + step.x;
+        if (step.x == 0) {
+            m_rows[m_rowCount++] = {offset, step.y * step.y + step.z * step.z < space.farthest};
         }
-    }
+        m_offsets[m_neighbours] = offset;
+        m_steps[m_neighbours++] = step;
+    });
 }
 
 TileFrame::Row TileFrame::rowAt(std::ptrdiff_t y, std::ptrdiff_t z, bool clamped) const {

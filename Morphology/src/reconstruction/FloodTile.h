@@ -31,6 +31,22 @@ struct TilePlace {
     std::ptrdiff_t z;
 };
 
+/// Calls `use(step)` for the steps from a voxel to its neighbours, in the order of storage.
+template <class Use>
+void forEachStep(const FloodSpace& space, const Use& use) {
+    const std::ptrdiff_t reach = space.axes == 3 ? 1 : 0;
+    for (std::ptrdiff_t z = -reach; z <= reach; ++z) {
+        for (std::ptrdiff_t y = -1; y <= 1; ++y) {
+            for (std::ptrdiff_t x = -1; x <= 1; ++x) {
+                const std::ptrdiff_t length = x * x + y * y + z * z;
+                if (length > 0 && length <= space.farthest) {
+                    use(TilePlace{x, y, z});
+                }
+            }
+        }
+    }
+}
+
 /// The cells of a tile: its voxels and around them a rim of one cell, which holds voxels of other tiles or lies beyond
 /// the image. So the work in a tile asks for no edges.
 class TileFrame {

@@ -6,18 +6,14 @@
 #include <utility>
 
 #include <rix/description/Synonyms.h>
+#include <rix/description/Text.h>
 
 namespace rix::description {
 namespace {
 
-// Names are ASCII; the locale has no say.
-char lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 std::string lower(std::string_view text) {
     std::string result(text);
-    std::transform(text.begin(), text.end(), result.begin(), [](char letter) { return lower(letter); });
+    std::transform(text.begin(), text.end(), result.begin(), lowerCase);
     return result;
 }
 
@@ -45,7 +41,7 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     for (std::size_t i = 1; i <= a.size(); ++i) {
         current[0] = i;
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            const auto equal = [&](std::size_t p, std::size_t q) { return lower(a[p - 1]) == lower(b[q - 1]); };
+            const auto equal = [&](std::size_t p, std::size_t q) { return lowerCase(a[p - 1]) == lowerCase(b[q - 1]); };
             current[j] = std::min({last[j] + 1, current[j - 1] + 1, last[j - 1] + (equal(i, j) ? 0 : 1)});
             if (i > 1 && j > 1 && equal(i, j - 1) && equal(i - 1, j)) {
                 current[j] = std::min(current[j], beforeLast[j - 2] + 1);

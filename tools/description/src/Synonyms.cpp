@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include <rix/description/Text.h>
+
 namespace rix::description {
 namespace {
 
@@ -173,7 +175,7 @@ std::string plainWord(std::string_view word) {
     std::string plain;
     for (const char letter : word) {
         if (letter != '_' && letter != '-' && letter != ' ') {
-            plain += letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+            plain += lowerCase(letter);
         }
     }
     return plain;

@@ -63,7 +63,7 @@ bool isCommand(const CLI::App& program, const std::string& name) {
 
 /// CLI11 only says that an unknown command is one word too many.
 void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string>& arguments) {
-    if (!arguments.empty() && !arguments.front().starts_with('-') && !isCommand(program, arguments.front())) {
+    if (!arguments.front().starts_with('-') && !isCommand(program, arguments.front())) {
         throw Failure(WRONG_USAGE,
                       "there is no command " + description::inQuotes(arguments.front()) + " ('rix --help' names all)",
                       description::suggest(arguments.front(), commandNames(program)));
@@ -72,7 +72,7 @@ void refuseUnknownCommand(const CLI::App& program, const std::vector<std::string
 
 /// "rix help", "rix help run" and "rix help GaussianFilter2d" in the words of the program.
 std::vector<std::string> withoutHelpCommand(std::vector<std::string> arguments, const CLI::App& program) {
-    if (arguments.empty() || arguments.front() != "help") {
+    if (arguments.front() != "help") {
         return arguments;
     }
     arguments.erase(arguments.begin());
