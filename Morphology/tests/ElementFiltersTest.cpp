@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <rix/access/BlockSize.h>
 #include <rix/access/SampleCast.h>
 #include <rix/morphology/BlackTopHat2d.h>
 #include <rix/morphology/Closing2d.h>
@@ -188,23 +189,37 @@ void expectSame(const io::MemoryImage& result, const std::vector<double>& expect
     }
 }
 
+/// In binary images windows that see nothing give 0 or 1, not the ends of the type.
+void takeBinary(const ImageModel& image, std::vector<double>& expected) {
+    for (double& sample : expected) {
+        sample = image.getInterpretation() == RIX_BINARY ? std::clamp(sample, 0.0, 1.0) : sample;
+    }
+}
+
 template <class Erosion, class Dilation, class Drawer>
-void expectTheDefinition(const Shape& shape, const Extents& extents, VoxelTypes type) {
+void expectTheDefinition(const Shape& shape, const ImageModel& image) {
     const Offsets element = offsetsOf<Drawer>(shape);
-    io::MemoryImage image = test::makeRandomImage({.voxelType = type, .extents = extents}, 17, test::Extremes::All);
     for (const ElementBorderPolicy border : {ElementBorderPolicy::NEUTRAL, ElementBorderPolicy::MIRROR,
                                              ElementBorderPolicy::CONTINUE, ElementBorderPolicy::FIXED}) {
         const Reference reference(image, border);
-        const auto least = reference.extrema(element, false);
-        const auto largest = reference.extrema(element, true);
+        auto least = reference.extrema(element, false);
+        auto largest = reference.extrema(element, true);
+        takeBinary(image, least);
+        takeBinary(image, largest);
         for (const OptimLevelType level : test::runnableLevels()) {
-            const std::string what = "kind " + std::to_string(shape.kind) + ", type " + std::to_string(type) +
-                                     ", border " + std::to_string(static_cast<int>(border)) + ", level " +
-                                     std::to_string(level);
+            const std::string what = "kind " + std::to_string(shape.kind) + ", type " +
+                                     std::to_string(image.getVoxelType()) + ", border " +
+                                     std::to_string(static_cast<int>(border)) + ", level " + std::to_string(level);
             expectSame(take<Erosion>(image, shape, border, level), least, "erosion, " + what);
             expectSame(take<Dilation>(image, shape, border, level), largest, "dilation, " + what);
         }
     }
+}
+
+template <class Erosion, class Dilation, class Drawer>
+void expectTheDefinition(const Shape& shape, const Extents& extents, VoxelTypes type) {
+    expectTheDefinition<Erosion, Dilation, Drawer>(
+        shape, test::makeRandomImage({.voxelType = type, .extents = extents}, 17, test::Extremes::All));
 }
 
 constexpr VoxelTypes allTypes[] = {RIX_UINT8,  RIX_INT8,  RIX_UINT16,  RIX_INT16,
@@ -273,6 +288,44 @@ TEST(ElementFilters, OfVolumesFollowTheirDefinition) {
             if (sampling.takesNext()) {
                 expectTheDefinition<Erosion3d, Dilation3d, StructuringElement3d>(shape, {17, 9, 8, 1, 2}, type);
             }
+        }
+    }
+}
+
+/// At one bit a voxel: windows that begin and end anywhere in words, rows of less than a word and of many, some blocks.
+TEST(ElementFilters, OfBinaryImagesFollowTheirDefinition) {
+    const io::MemoryImage scattered = randomElement({6, 5, 1, 1, 1}, 3);
+    const io::MemoryImage aside = test::makeImage({.extents = {200, 3, 1, 1, 1}, .interpretation = RIX_BINARY},
+                                                  [](auto x, auto...) { return x % 100 >= 97 ? 1 : 0; });
+    const io::MemoryImage inSpace = randomElement({3, 4, 5, 1, 1}, 9);
+    const auto image = [](const Extents& extents, VoxelTypes type, unsigned share) {
+        std::mt19937_64 random(extents[0]);
+        return test::makeImage({.voxelType = type, .extents = extents, .interpretation = RIX_BINARY},
+                               [&](auto...) { return random() % 64 < share ? 1 : 0; });
+    };
+    const Shape planes[] = {
+        {.sizes = {3, 3, 1}},         {.sizes = {1, 8, 1}},         {.sizes = {64, 1, 1}},
+        {.sizes = {65, 2, 1}},        {.sizes = {131, 5, 1}},      {.kind = 1, .radius = 0},
+        {.kind = 1, .radius = 7.5},   {.kind = 1, .radius = 12},    {.kind = 2, .radius = 5},
+        {.kind = 3, .line = {-9, 4}}, {.kind = 3, .line = {70, 0}}, {.kind = 4, .image = &scattered},
+        {.kind = 4, .image = &aside}};
+    const access::ScopedBlockBytes manyBlocks(1 << 14);
+    test::Sampling sampling(5);
+    for (const Shape& shape : planes) {
+        for (const std::size_t columns : {1U, 63U, 64U, 200U}) {
+            for (const unsigned share : {2U, 60U}) {  // objects, and holes, that windows meet and miss
+                if (sampling.takesNext()) {
+                    expectTheDefinition<Erosion2d, Dilation2d, StructuringElement2d>(
+                        shape, image({columns, 9, 1, 2, 1}, share == 2 ? RIX_UINT8 : RIX_INT16, share));
+                }
+            }
+        }
+    }
+    for (const Shape& shape : {Shape{.sizes = {5, 2, 3}}, Shape{.kind = 1, .radius = 3},
+                               Shape{.kind = 3, .line = {2, -3, 5}}, Shape{.kind = 4, .image = &inSpace}}) {
+        for (const unsigned share : {2U, 60U}) {
+            expectTheDefinition<Erosion3d, Dilation3d, StructuringElement3d>(shape,
+                                                                             image({70, 9, 8, 1, 1}, RIX_UINT8, share));
         }
     }
 }

@@ -9,7 +9,6 @@
 #include <type_traits>
 #include <vector>
 
-#include <rix/access/BorderPolicy.h>
 #include <rix/access/ImageModelProxy.h>
 #include <rix/access/Looks.h>
 #include <rix/access/Rows.h>
@@ -17,6 +16,7 @@
 
 #include "ElementBlocks.h"
 #include "ElementMinimum.h"
+#include "Passes.h"
 
 namespace rix::morphology {
 
@@ -36,12 +36,6 @@ struct Shared {
           kernels(elementKernels<T>(job.extremum, level)),
           keysAreVoxels(std::is_unsigned_v<T> && job.extremum == Extremum::Minimum) {}
 
-    static access::BorderPolicy policyOf(ElementBorderPolicy policy) {
-        return policy == ElementBorderPolicy::MIRROR     ? access::BorderPolicy::MIRROR
-               : policy == ElementBorderPolicy::CONTINUE ? access::BorderPolicy::CONTINUE
-                                                         : access::BorderPolicy::FIXED;
-    }
-
     const ImageModel& image;
     std::array<std::size_t, RIX_COMPONENTS_SIZE> extents;
     ImageModelProxy proxy;
@@ -52,29 +46,6 @@ struct Shared {
     ElementKernels<T> kernels;
     bool keysAreVoxels;
 };
-
-/// One pass over the keys of an axis: the least of each and of those at some distances further on.
-struct Pass {
-    std::array<std::size_t, 4> offsets{};
-    std::size_t count = 0;
-    std::size_t reach() const { return offsets[count - 1]; }
-};
-
-/// The passes that take the least of `length` neighbours, each of up to four times as many as the one before.
-inline std::vector<Pass> passesOf(std::size_t length) {
-    std::vector<Pass> passes;
-    for (std::size_t done = 1; done < length;) {
-        const std::size_t next = std::min(4 * done, length);
-        Pass pass;
-        for (std::size_t offset = 0; offset + done < next; offset += done) {
-            pass.offsets[pass.count++] = offset;
-        }
-        pass.offsets[pass.count++] = next - done;
-        passes.push_back(pass);
-        done = next;
-    }
-    return passes;
-}
 
 /// The extrema of the voxels of a block.
 template <class T>

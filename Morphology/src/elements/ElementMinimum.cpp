@@ -8,6 +8,7 @@
 #include <rix/access/VoxelTypeLists.h>
 
 #include "BlockExtrema.h"
+#include "PackedExtrema.h"
 
 namespace rix::morphology {
 
@@ -22,7 +23,6 @@ using access::Scratch;
 template <class T, class Out, class Open>
 void run(access::ExecutionContext& context, const Shared<T>& shared, ImageModel& output, const Open& open) {
     const access::Plan plan = planElement(shared.image, shared.element, sizeof(T));
-    const bool isBinary = output.getInterpretation() == RIX_BINARY;
     access::run(context, plan, [&](const Block& block, BlockProgress& progress) {
         BlockExtrema<T> extrema(shared, block);
         auto write = open(block.columns().length());
@@ -33,9 +33,6 @@ void run(access::ExecutionContext& context, const Shared<T>& shared, ImageModel&
             write(access::RowSegment{at, count}, out, [&](T* voxels) {
                 extrema.results(at.row - block.rows().begin, at.plane - block.planes().begin, voxels);
             });
-            for (std::size_t i = 0; isBinary && i < count; ++i) {
-                out[i] = out[i] != 0 ? Out{1} : Out{0};  // what sees nothing is the last voxel of the type
-            }
             writer.flush();
             progress.add(count);
         });
@@ -46,6 +43,10 @@ void run(access::ExecutionContext& context, const Shared<T>& shared, ImageModel&
 
 void takeExtrema(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const ElementJob& job,
                  Difference difference, const ImageModel* image, OptimLevelType level) {
+    if (input.getInterpretation() == RIX_BINARY) {
+        takePackedExtrema(context, input, output, job, difference, image, level);
+        return;
+    }
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const Shared<T> shared(input, job, level);
@@ -76,6 +77,9 @@ Element neededOf(const Element& element, const ImageModel& input, ElementBorderP
 std::size_t extremaBytes(const ImageModel& input, const Element& chosen, ElementBorderPolicy border,
                          bool takesDifference, std::size_t threads) {
     const Element element = neededOf(chosen, input, border);
+    if (input.getInterpretation() == RIX_BINARY) {
+        return packedExtremaBytes(input, element, takesDifference, threads);
+    }
     const std::size_t keyBytes = helper::getSizeOf(input.getVoxelType());
     const access::Plan plan = planElement(input, element, keyBytes);
     const ElementBlock block =

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include <rix/access/BorderPolicy.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
@@ -20,6 +21,13 @@ struct ElementJob {
     ElementBorderPolicy border = ElementBorderPolicy::NEUTRAL;
     double borderValue = 0.0;
 };
+
+/// What lies beyond the edges, where something does.
+constexpr access::BorderPolicy policyOf(ElementBorderPolicy policy) {
+    return policy == ElementBorderPolicy::MIRROR     ? access::BorderPolicy::MIRROR
+           : policy == ElementBorderPolicy::CONTINUE ? access::BorderPolicy::CONTINUE
+                                                     : access::BorderPolicy::FIXED;
+}
 
 /// What becomes of the results.
 enum class Difference : std::uint8_t {

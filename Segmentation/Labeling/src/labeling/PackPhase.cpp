@@ -1,9 +1,10 @@
 #include "labeling/PackPhase.h"
 
+#include <rix/access/PackedRows.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 
-#include "labeling/PackKernels.h"
+#include "labeling/CountKernels.h"
 
 namespace rix::segmentation {
 
@@ -16,7 +17,7 @@ void packBands(access::ExecutionContext& context, RunTable<Node>& table, const I
                OptimLevelType level) {
     const LabelGeometry& geometry = table.geometry();
     const access::Plan lines = access::cutLines({&input}, 1.0);
-    const PackRow<T> pack = packRow<T>(level);
+    const access::PackRow<T> pack = access::packRow<T>(level);
     const CountKernels& counts = countKernels(level);
     const std::size_t words = table.words();
     const std::uint64_t* const none = table.bits(geometry.lines());

@@ -8,7 +8,7 @@
 
 #include "labeling/ContactKernels.h"
 #include "labeling/NodeKernels.h"
-#include "labeling/PackKernels.h"
+#include "labeling/CountKernels.h"
 
 namespace rix::segmentation {
 

@@ -7,14 +7,6 @@
 
 namespace rix::segmentation {
 
-/// Sets bit i of the words where sample i is not 0; the bits after the last sample are 0.
-template <class T>
-using PackRow = void (*)(const T* in, std::size_t count, std::uint64_t* words);
-
-/// The packing kernel of a level.
-template <class T>
-PackRow<T> packRow(OptimLevelType level);
-
 /// The rows that a scan has visited before it comes to a row, as far as they hold neighbours. A missing row is a row of
 /// zeros.
 struct VisitedRows {
