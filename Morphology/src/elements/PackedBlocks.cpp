@@ -66,10 +66,11 @@ access::Plan planPacked(const ImageModel& image, const Element& element) {
     const std::vector<Pattern> found = patternsOf(element);
     const auto patterns = static_cast<double>(found.size());
     const auto doublings = static_cast<double>(std::bit_width(found.back().length));
-    constexpr double perWord = 8;       // to load 64 voxels and to write them: nanoseconds
-    constexpr double perShift = 0.5;    // of words
-    constexpr double perMeeting = 0.2;  // of words
-    constexpr double perRow = 300;      // to begin one where it is in memory
+    constexpr double perWord = 8;                             // to load 64 voxels and to write them: nanoseconds
+    constexpr double perShift = 0.5;                          // of words
+    constexpr double perMeeting = 0.2;                        // of words
+    constexpr std::size_t mostVoxels = std::size_t{1} << 20;  // so that there is work for many threads
+    constexpr double perRow = 300;                            // to begin one where it is in memory
     std::array<std::size_t, 3> best{};
     double lowestCost = std::numeric_limits<double>::infinity();
     const auto candidate = [&](std::size_t axis, std::size_t step) {
@@ -84,6 +85,10 @@ access::Plan planPacked(const ImageModel& image, const Element& element) {
                 const PackedBlock block = packedBlockOf(voxels, element);
                 const auto results = static_cast<double>(wordsOf(voxels[0]) * voxels[1] * voxels[2]);
                 const auto seenPlanes = static_cast<double>(voxels[2] + reach.planes.sum());
+                if (voxels[0] * voxels[1] * voxels[2] > mostVoxels &&
+                    lowestCost < std::numeric_limits<double>::infinity()) {
+                    continue;
+                }
                 const double words = seenPlanes * static_cast<double>(block.planeWords());
                 const double bytes =
                     8 * static_cast<double>(block.tableWords() + block.planeWords() + block.keptWords());
