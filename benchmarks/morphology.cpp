@@ -45,11 +45,18 @@ const char* nameOf(VoxelTypes type) {
 struct Element {
     bool isRound;
     int size;
+    bool isBinary = false;  ///< of the image: blobs
 };
 
 std::string rowName(const char* library, const char* operation, VoxelTypes type, Element element, int threads) {
-    return std::string(library) + '/' + operation + '/' + nameOf(type) + (element.isRound ? "/disc:" : "/box:") +
-           std::to_string(element.size) + "/threads:" + std::to_string(threads);
+    return std::string(library) + '/' + operation + '/' + (element.isBinary ? "binary" : nameOf(type)) +
+           (element.isRound ? "/disc:" : "/box:") + std::to_string(element.size) +
+           "/threads:" + std::to_string(threads);
+}
+
+io::MemoryImage imageOf(VoxelTypes type, Element element, bool inSpace) {
+    return element.isBinary ? imageNamed(inSpace ? "blobs3" : "blobs")
+                            : randomImage(type, inSpace ? depth : side, inSpace ? depth * depth : side);
 }
 
 template <class Filter>
@@ -57,8 +64,9 @@ void registerOurs(const char* operation, VoxelTypes type, Element element, bool 
     benchmark::RegisterBenchmark(
         rowName("rix", operation, type, element, threads).c_str(),
         [=](benchmark::State& state) {
-            const io::MemoryImage plane = randomImage(type, inSpace ? depth : side, inSpace ? depth * depth : side);
+            const io::MemoryImage plane = imageOf(type, element, inSpace);
             ImageHeader header = helper::headerOf(plane);
+            header.interpretation = element.isBinary ? RIX_BINARY : RIX_VALUE;
             if (inSpace) {
                 header.extents = {depth, depth, depth, 1, 1};
             }
@@ -89,7 +97,7 @@ void registerOpenCv(const char* operation, VoxelTypes type, Element element, int
     benchmark::RegisterBenchmark(
         rowName("opencv", operation, type, element, threads).c_str(),
         [=](benchmark::State& state) {
-            io::MemoryImage image = randomImage(type, side, side);
+            io::MemoryImage image = imageOf(type, element, false);
             const int depthOf = type == RIX_UINT8 ? CV_8U : type == RIX_UINT16 ? CV_16U : CV_32F;
             const cv::Mat source(static_cast<int>(side), static_cast<int>(side), depthOf, image.getInternalBuffer());
             const int extent = element.isRound ? 2 * element.size + 1 : element.size;
@@ -235,6 +243,13 @@ void registerAll() {
                 registerOurs<Erosion2d>("erosion", type, element, false, threads);
                 registerOpenCv("erosion", type, element, threads);
             }
+        }
+        for (const Element element : {Element{false, 15, true}, {true, 7, true}, {true, 25, true}}) {
+            registerOurs<Erosion2d>("erosion", RIX_UINT8, element, false, threads);
+            registerOpenCv("erosion", RIX_UINT8, element, threads);
+        }
+        for (const Element element : {Element{false, 15, true}, {true, 10, true}}) {
+            registerOurs<Erosion3d>("erosion3d", RIX_UINT8, element, true, threads);
         }
         registerOurs<Opening2d>("opening", RIX_UINT8, {false, 15}, false, threads);
         registerOpenCv("opening", RIX_UINT8, {false, 15}, threads);

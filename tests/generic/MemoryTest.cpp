@@ -18,6 +18,7 @@ struct WorstCase {
     ImageTraits traits;
     /// The sample at a column and an element that is counted in storage order.
     std::int64_t (*sample)(std::size_t column, std::size_t element);
+    bool isEveryInput = false;           ///< else of the first, and the other images are left out
     std::map<String, double> numbers{};  ///< values of inputs that make it so
 };
 
@@ -41,6 +42,38 @@ std::int64_t hundredValues(std::size_t /*column*/, std::size_t element) {
 const WorstCase worstCases[] = {
     {"Labeling2d", {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
     {"Labeling3d", {.extents = {400, 300, 40, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
+    {"FillHoles2d", {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
+    {"FillHoles3d", {.extents = {400, 300, 40, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
+    {"RemoveBorderObjects2d",
+     {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY},
+     &stripes,
+     false,
+     {{"neighborhood", 0.0}}},
+    {"RemoveBorderObjects3d",
+     {.extents = {400, 300, 40, 1, 1}, .interpretation = RIX_BINARY},
+     &stripes,
+     false,
+     {{"neighborhood", 0.0}}},
+    {"ReconstructionByDilation2d",
+     {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY},
+     &stripes,
+     true,
+     {{"neighborhood", 0.0}}},
+    {"ReconstructionByDilation3d",
+     {.extents = {400, 300, 40, 1, 1}, .interpretation = RIX_BINARY},
+     &stripes,
+     true,
+     {{"neighborhood", 0.0}}},
+    {"ReconstructionByErosion2d",
+     {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY},
+     &stripes,
+     true,
+     {{"neighborhood", 0.0}}},
+    {"ReconstructionByErosion3d",
+     {.extents = {400, 300, 40, 1, 1}, .interpretation = RIX_BINARY},
+     &stripes,
+     true,
+     {{"neighborhood", 0.0}}},
     {"LabelAnalysis",
      {.voxelType = RIX_UINT32, .extents = {500, 1000, 1, 1, 1}, .interpretation = RIX_LABEL},
      &everyLabel},
@@ -51,6 +84,7 @@ const WorstCase worstCases[] = {
     {"IntensityRescale",
      {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}},
      &hundredValues,
+     false,
      {{"rangeMode", 1.0}, {"inputMinimum", 0.1}, {"inputMaximum", 0.9}}},
 };
 
@@ -65,9 +99,8 @@ std::unique_ptr<Subject> makeWorstCase(const Example& example) {
                 return worst.sample(column, element++);
             }));
         setDistinctCalibration(*image);
-        // All other images are left out: they are optional.
         InputImages images(example.images.size());
-        images.at(0) = image;
+        std::fill_n(images.begin(), worst.isEveryInput ? images.size() : 1, image);
         Example changed = example;
         for (const auto& [name, value] : worst.numbers) {
             changed = changed.withNumber(name, value);

@@ -7,6 +7,7 @@
 #include <rix/morphology/FillHoles3d.h>
 #include <rix/morphology/RemoveBorderObjects2d.h>
 #include <rix/morphology/RemoveBorderObjects3d.h>
+#include <rix/segmentation/MarkedSets.h>
 #include <rix/simd/Loops.h>
 
 #include "IsOneOf.h"
@@ -135,12 +136,22 @@ void removeEdgeLabels(access::ExecutionContext& context, const ImageModel& input
     result.commit(context);
 }
 
+/// Holes are what of the background meets no edge.
+template <class Filter>
+segmentation::MarkedSetsTask setsOf(const ImageModel& image, const FloodSpace& space) {
+    return {image, isFiller<Filter>, nullptr, isFiller<Filter>, space.axes, space.farthest};
+}
+
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const ImageModel& input = *filter.getInputImage();
     ImageModel& output = *filter.getOutputImage();
     const FloodSpace space = spaceOf(filter);
+    if (input.getInterpretation() == RIX_BINARY) {
+        segmentation::takeMarkedSets(context, setsOf<Filter>(input, space), output, level);
+        return;
+    }
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         constexpr Extremum extremum = isFiller<Filter> ? Extremum::Minimum : Extremum::Maximum;
@@ -148,8 +159,7 @@ void process(Filter& filter, OptimLevelType level) {
             removeEdgeLabels<T>(context, input, output, space.axes);
             return;
         }
-        // Levels that begin no farther away than they have to, have a shorter way.
-        const T limit = input.getInterpretation() == RIX_BINARY ? T{isFiller<Filter> ? 1 : 0} : floodLimit<T>(extremum);
+        const T limit = floodLimit<T>(extremum);
         reconstruct<T>(
             context, input, output, extremum, space, level,
             [&](const FloodImages<T>& images) { startFromEdges(context, images, limit, space); },
@@ -167,6 +177,9 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel* const output = filter.getOutputImage();
     const FloodSpace space = spaceOf(filter);
     const std::size_t threads = filter.getMaximumThreads();
+    if (input.getInterpretation() == RIX_BINARY) {
+        return segmentation::markedSetsMemory(setsOf<Filter>(input, space), threads);
+    }
     if (!isFiller<Filter> && input.getInterpretation() == RIX_LABEL) {
         const Extents n = helper::getExtents(input);
         const std::size_t parts = n[SPECTRAL_SERIES] * n[SEQUENCE] * (space.axes == 3 ? 1 : n[PLANS]);
@@ -184,6 +197,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .declare = &declare<Filter>,
         .process = &process<Filter>,
         .memory = &memoryOf<Filter>,
+        .memoryIsExact = false,  // of binary images it depends on the number of runs
     };
 }
 

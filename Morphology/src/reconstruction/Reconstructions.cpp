@@ -3,6 +3,7 @@
 #include <rix/morphology/ReconstructionByDilation3d.h>
 #include <rix/morphology/ReconstructionByErosion2d.h>
 #include <rix/morphology/ReconstructionByErosion3d.h>
+#include <rix/segmentation/MarkedSets.h>
 
 #include "IsOneOf.h"
 #include "reconstruction/FloodRun.h"
@@ -40,17 +41,27 @@ void rememberMarker(Filter& filter) {
 }
 
 template <class Filter>
+segmentation::MarkedSetsTask setsOf(const Filter& filter, const ImageModel& mask, const ImageModel* marker) {
+    const FloodSpace space = floodSpaceOf(filter.getNeighborhood());
+    return {mask, !isByDilation<Filter>, marker, true, space.axes, space.farthest};
+}
+
+template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const ImageModel& mask = *filter.getInputImage();
     ImageModel& output = *filter.getOutputImage();
+    if (mask.getInterpretation() == RIX_BINARY) {
+        // Any marker counts as 0 and 1 then, as the result has to.
+        access::readAsItWas(*filter.getInputMarkerImage(), RIX_BINARY, [&](const ImageModel& marker) {
+            segmentation::takeMarkedSets(context, setsOf(filter, mask, &marker), output, level);
+        });
+        return;
+    }
     access::dispatch(access::Reals{}, mask.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const auto start = [&](const FloodImages<T>& images) {
-            // Beside a binary mask any marker counts as 0 and 1, as the result has to.
-            const Interpretations meaning = mask.getInterpretation() == RIX_BINARY
-                                                ? RIX_BINARY
-                                                : algorithms::stateOf<MarkerMeaning>(filter).meaning;
+            const Interpretations meaning = algorithms::stateOf<MarkerMeaning>(filter).meaning;
             const access::Steps steps(context, 2);
             access::readAsItWas(*filter.getInputMarkerImage(), meaning, [&](const ImageModel& marker) {
                 const access::WholeInput<T> whole(context, marker, sharingBeside(marker, output));
@@ -68,11 +79,12 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel* const output = filter.getOutputImage();
     const std::size_t threads = filter.getMaximumThreads();
     const VoxelTypes type = mask.getVoxelType();
+    if (mask.getInterpretation() == RIX_BINARY) {
+        return segmentation::markedSetsMemory(setsOf(filter, mask, &marker), threads);
+    }
     const std::size_t tiles =
         floodBytes(helper::getExtents(mask), type, floodSpaceOf(filter.getNeighborhood()), threads);
-    const std::size_t markerCopy = mask.getInterpretation() == RIX_BINARY
-                                       ? access::Scratch::held(access::TemporaryImage::bytes(marker, type))
-                                       : wholeInputBytes(marker, output);
+    const std::size_t markerCopy = wholeInputBytes(marker, output);
     const std::size_t rows = std::max(convertedRowBytes(mask, threads), convertedRowBytes(marker, threads));
     return wholeInputBytes(mask, output) + wholeOutputBytes(mask, output, type) + std::max(tiles, markerCopy + rows);
 }
@@ -86,6 +98,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .process = &process<Filter>,
         .prepare = &rememberMarker<Filter>,
         .memory = &memoryOf<Filter>,
+        .memoryIsExact = false,  // of binary images it depends on the number of runs
     };
 }
 

@@ -21,12 +21,7 @@ namespace {
 /// Pairs of rows are taken as nodes when that leaves less than this part of the runs: finding their contacts costs
 /// more.
 constexpr double pairsPay = 0.7;
-/// The last value of `LabelType`.
-constexpr int widestType = 2;
-
-std::uint64_t largestLabelOf(int labelType, const LabelingTuning& tuning) {
-    return labelType == widestType ? tuning.largestLabel : (std::uint64_t{1} << (8U << labelType)) - 1;
-}
+}  // namespace
 
 template <class Node>
 NodeRows chooseNodeRows(const RunTable<Node>& table, const LabelingTuning& tuning) {
@@ -44,6 +39,18 @@ NodeRows chooseNodeRows(const RunTable<Node>& table, const LabelingTuning& tunin
         pairRuns += static_cast<double>(table.band(i).pairRuns);
     }
     return pairRuns < pairsPay * runs ? NodeRows::Pairs : NodeRows::Single;
+}
+
+template NodeRows chooseNodeRows<std::uint32_t>(const RunTable<std::uint32_t>&, const LabelingTuning&);
+template NodeRows chooseNodeRows<std::uint64_t>(const RunTable<std::uint64_t>&, const LabelingTuning&);
+
+namespace {
+
+/// The last value of `LabelType`.
+constexpr int widestType = 2;
+
+std::uint64_t largestLabelOf(int labelType, const LabelingTuning& tuning) {
+    return labelType == widestType ? tuning.largestLabel : (std::uint64_t{1} << (8U << labelType)) - 1;
 }
 
 /// The narrowest type from the requested one on that holds the final and the provisional labels.
@@ -87,13 +94,12 @@ std::uint64_t labelWith(const LabelingTask& task, const LabelGeometry& geometry)
     return labels;
 }
 
-/// Whether 32-bit nodes can name every possible run of a volume.
+}  // namespace
+
 bool fitsNarrowNodes(const LabelGeometry& geometry) {
     const std::size_t runsOfRow = geometry.columns / 2 + 1;
     return geometry.rows * geometry.planes <= (std::size_t{1} << 31) / runsOfRow - 1;
 }
-
-}  // namespace
 
 std::uint64_t labelObjects(const LabelingTask& task) {
     const LabelGeometry geometry = geometryOf(task.input, task.connectivity);

@@ -54,6 +54,13 @@ struct LabelingTask {
     const RunVisitor& visitRun;  ///< empty: runs are not visited
 };
 
+/// What the nodes are to be, once the runs of all bands are counted.
+template <class Node>
+NodeRows chooseNodeRows(const RunTable<Node>& table, const LabelingTuning& tuning);
+
+/// Whether 32-bit nodes can name every possible run of a volume.
+bool fitsNarrowNodes(const LabelGeometry& geometry);
+
 /// Labels every volume of the input. The type of the output is decided before the first label is written: it is widened
 /// as often as a scan in its place would have had to begin again.
 /// @return the largest number of labels of a volume

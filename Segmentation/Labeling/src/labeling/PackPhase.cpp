@@ -12,9 +12,20 @@ namespace {
 
 using ObjectTypes = access::TypeList<std::uint8_t, std::uint16_t, std::uint32_t, std::int8_t, std::int16_t>;
 
+/// The bits after the last pixel stay 0.
+void complement(std::uint64_t* bits, std::size_t columns) {
+    const std::size_t words = access::wordsOf(columns);
+    for (std::size_t i = 0; i < words; ++i) {
+        bits[i] = ~bits[i];
+    }
+    if (columns % 64 != 0) {
+        bits[words - 1] &= (std::uint64_t{1} << columns % 64) - 1;
+    }
+}
+
 template <class Node, class T>
-void packBands(access::ExecutionContext& context, RunTable<Node>& table, const ImageModel& input,
-               OptimLevelType level) {
+void packBands(access::ExecutionContext& context, RunTable<Node>& table, const ImageModel& input, OptimLevelType level,
+               PackedVoxels voxels) {
     const LabelGeometry& geometry = table.geometry();
     const access::Plan lines = access::cutLines({&input}, 1.0);
     const access::PackRow<T> pack = access::packRow<T>(level);
@@ -32,6 +43,9 @@ void packBands(access::ExecutionContext& context, RunTable<Node>& table, const I
                 const std::size_t line = plane * geometry.rows + y;
                 std::uint64_t* const bits = table.bits(line);
                 pack(reader.read(lines.lineAt(line)), geometry.columns, bits);
+                if (voxels == PackedVoxels::Zeros) {
+                    complement(bits, geometry.columns);
+                }
                 table.firstOfRow(plane, y) = static_cast<Node>(band.runs);
                 band.runs += counts.runs(bits, words);
                 if (countsPairs && (y % 2 == 1 || y + 1 == band.lastRow)) {
@@ -50,15 +64,17 @@ bool isObjectType(VoxelTypes type) {
 }
 
 template <class Node>
-void packImage(access::ExecutionContext& context, RunTable<Node>& table, const ImageModel& input,
-               OptimLevelType level) {
-    access::dispatch(ObjectTypes{}, input.getVoxelType(),
-                     [&](auto tag) { packBands<Node, typename decltype(tag)::type>(context, table, input, level); });
+void packImage(access::ExecutionContext& context, RunTable<Node>& table, const ImageModel& input, OptimLevelType level,
+               PackedVoxels voxels) {
+    const VoxelTypes type = isObjectType(input.getVoxelType()) ? input.getVoxelType() : RIX_UINT8;
+    access::dispatch(ObjectTypes{}, type, [&](auto tag) {
+        packBands<Node, typename decltype(tag)::type>(context, table, input, level, voxels);
+    });
 }
 
 template void packImage<std::uint32_t>(access::ExecutionContext&, RunTable<std::uint32_t>&, const ImageModel&,
-                                       OptimLevelType);
+                                       OptimLevelType, PackedVoxels);
 template void packImage<std::uint64_t>(access::ExecutionContext&, RunTable<std::uint64_t>&, const ImageModel&,
-                                       OptimLevelType);
+                                       OptimLevelType, PackedVoxels);
 
 }  // namespace rix::segmentation

@@ -99,6 +99,10 @@ public:
     /// Decides what the nodes are, once every band knows its runs, and makes room for them.
     void makeNodes(NodeRows nodeRows);
 
+    std::size_t nodeCount() const { return m_volumeFirstNode.back(); }
+    /// The number of a band's first node, counted over all volumes.
+    std::size_t firstNodeOf(const Band& band) const { return m_volumeFirstNode[band.volume] + band.firstNode; }
+
     /// Rows of a node row.
     std::size_t rowStep() const { return m_nodeRows == NodeRows::Pairs ? 2 : 1; }
     std::size_t nodeRowsOfPlane() const { return (m_geometry.rows + rowStep() - 1) / rowStep(); }
@@ -117,6 +121,15 @@ public:
         const std::uint64_t* const bottom =
             rowStep() == 1 ? top : bits(y + 1 < m_geometry.rows ? line + 1 : m_geometry.lines());
         return {top, bottom, static_cast<Node>(nameOf(band.firstNode) + firstOfRow(plane, nodeRow))};
+    }
+
+    /// The name after that of the last node of a row.
+    Node endOfRow(const Band& band, std::size_t plane, std::size_t nodeRow) const {
+        const std::size_t firstRow = band.firstRow / rowStep();
+        const bool endsPlane = (nodeRow + 1) * rowStep() >= band.lastRow;
+        const bool endsBand = endsPlane && plane + 1 == band.lastPlane;
+        return endsBand ? nameOf(band.firstNode + band.nodeCount)
+                        : row(band, endsPlane ? plane + 1 : plane, endsPlane ? firstRow : nodeRow + 1).name;
     }
 
     static Node nameOf(std::size_t number) { return static_cast<Node>(firstNodeName<Node> + number); }

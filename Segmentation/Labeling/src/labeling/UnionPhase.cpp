@@ -7,8 +7,8 @@
 #include <rix/access/Run.h>
 
 #include "labeling/ContactKernels.h"
-#include "labeling/NodeKernels.h"
 #include "labeling/CountKernels.h"
+#include "labeling/NodeKernels.h"
 
 namespace rix::segmentation {
 
