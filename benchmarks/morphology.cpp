@@ -145,6 +145,7 @@ void registerFlood(const char* operation, bool isBinary, bool inSpace, int threa
         [=](benchmark::State& state) {
             const io::MemoryImage samples = isBinary ? imageNamed(inSpace ? "blobs3" : "blobs") : hills(inSpace);
             ImageHeader header = helper::headerOf(samples);
+            header.interpretation = isBinary ? RIX_BINARY : RIX_VALUE;
             if (inSpace) {
                 header.extents = {depth, depth, depth, 1, 1};
             }
