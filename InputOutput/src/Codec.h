@@ -60,15 +60,16 @@ Part applyOptions(const ReadOptions& options, ImageFileInfo& info);
 /// @throws LoadingError
 void warnOrRefuse(const ReadOptions& options, const String& text);
 
-/// Asks about every MiB whether reading shall end.
+/// Asks about every MiB whether reading or writing shall end.
 class InterruptPoint {
 public:
-    explicit InterruptPoint(const ReadOptions& options) : m_options(options) {}
+    explicit InterruptPoint(const ReadOptions& options) : InterruptPoint(options.interrupted) {}
+    explicit InterruptPoint(const std::function<bool()>& interrupted) : m_interrupted(interrupted) {}
     /// @throws UserCancelException
     void pass(std::size_t bytes);
 
 private:
-    const ReadOptions& m_options;
+    const std::function<bool()>& m_interrupted;
     std::size_t m_bytes = 0;
 };
 

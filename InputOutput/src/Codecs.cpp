@@ -110,8 +110,8 @@ void InterruptPoint::pass(std::size_t bytes) {
     m_bytes += bytes;
     if (m_bytes >= interval) {
         m_bytes = 0;
-        if (m_options.interrupted && m_options.interrupted()) {
-            throw UserCancelException("Reading was interrupted.");
+        if (m_interrupted && m_interrupted()) {
+            throw UserCancelException(ExceptionCancelation().what());
         }
     }
 }

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include <rix/access/ImageModelProxy.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/filtering/color/ConvertColorSpace.h>
@@ -19,6 +20,24 @@
 
 namespace rix::io {
 namespace {
+
+/// An image whose rows can't be had any more once the writing is to end: all codecs read rows.
+class InterruptibleImage : public ImageModelProxy {
+public:
+    InterruptibleImage(const ImageModel& image, const std::function<bool()>& interrupted)
+        : ImageModelProxy(&image, image.getVoxelType()), m_interrupt(interrupted) {}
+
+    [[nodiscard]] bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
+                                 std::size_t firstPlans, std::size_t firstSequence,
+                                 std::size_t firstSpectralSeries) const override {
+        m_interrupt.pass(nbElement * helper::getSizeOf(getVoxelType()));
+        return realImageReadOnly()->readRowAt(nbElement, buffer, firstCols, firstRows, firstPlans, firstSequence,
+                                              firstSpectralSeries);
+    }
+
+private:
+    mutable InterruptPoint m_interrupt;
+};
 
 const Codec& codecOf(InputFile& file, const ReadOptions& options) {
     if (options.selection.raw) {
@@ -202,7 +221,7 @@ void writeImage(const std::filesystem::path& path, const ImageModel& image, cons
         const Codec& codec = codecOfName(path);
         refuseWhatDoesNotFit(codec, image, options);
         OutputFile file(path);
-        codec.write(file, path, image, options);
+        codec.write(file, path, InterruptibleImage(image, options.interrupted), options);
         file.commit();
     });
 }

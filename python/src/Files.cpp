@@ -91,9 +91,16 @@ std::string writeFile(const std::string& path, py::handle image, const std::stri
     options.compression = compressionOf(compression);
     options.dropMetadata = dropMetadata;
     options.quality = quality;
-    const py::gil_scoped_release unlocked;
-    io::writeImage(path, *given.image, options);
-    return io::neededSelection(path, *given.image);
+    Interaction interaction{py::none()};
+    options.interrupted = [&] { return interaction.isCancelRequested(); };
+    try {
+        const py::gil_scoped_release unlocked;
+        io::writeImage(path, *given.image, options);
+        return io::neededSelection(path, *given.image);
+    } catch (const UserCancelException&) {
+        interaction.rethrow();
+        throw;
+    }
 }
 
 }  // namespace rix::python

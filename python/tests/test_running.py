@@ -40,6 +40,14 @@ def test_interrupts(threads):
     assert_usable()
 
 
+def test_writing_is_interrupted(tmp_path):
+    timer = threading.Timer(0.2, lambda: os.kill(os.getpid(), signal.SIGINT))
+    timer.start()
+    with pytest.raises(KeyboardInterrupt):
+        rix.imwrite(tmp_path / "long.nrrd", LONG, axes="tzyx", compression="none")
+    assert list(tmp_path.iterdir()) == []
+
+
 def test_other_threads_run():
     ticks = []
     stop = threading.Event()

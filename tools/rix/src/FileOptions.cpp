@@ -104,8 +104,10 @@ io::ReadOptions readingOptions(const std::filesystem::path& path) {
     return reading;
 }
 
-const io::WriteOptions& writingOptions() {
-    return given().writing;
+io::WriteOptions writingOptions() {
+    io::WriteOptions writing = given().writing;
+    writing.interrupted = &Interrupts::requested;
+    return writing;
 }
 
 void calibrate(ImageModel& image) {

@@ -17,7 +17,7 @@ void addWritingOptions(CLI::App& command);
 
 /// How files are read as the command line says: Ctrl-C ends it, doubts about a file are told on standard error.
 io::ReadOptions readingOptions(const std::filesystem::path& path);
-const io::WriteOptions& writingOptions();
+io::WriteOptions writingOptions();
 
 /// Gives an image that was read the spacing and the unit of the command line, if it has them.
 void calibrate(ImageModel& image);

@@ -113,6 +113,8 @@ void saveImage(const fs::path& path, const ImageModel& image) {
         } else {
             io::writeImage(path, image, writingOptions());
         }
+    } catch (const UserCancelException&) {
+        throw;
     } catch (const MemoryError&) {
         throw;
     } catch (const Exception& exception) {

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <csignal>
 
+#include <rix/exceptions/Exception.h>
+
 #include "Failure.h"
 
 namespace rix::cli {
@@ -43,7 +45,7 @@ int Interrupts::exitCode() {
 
 void Interrupts::throwIfRequested() {
     if (requested()) {
-        throw Failure(exitCode(), "interrupted");
+        throw Failure(exitCode(), ExceptionCancelation().what());
     }
 }
 

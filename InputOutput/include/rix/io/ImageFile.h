@@ -52,6 +52,8 @@ struct WriteOptions {
     /// Of JPEG, the only format that changes samples: 1 to 100, of which less makes smaller files that differ more; 0
     /// for the usual 90.
     int quality = 0;
+    /// Asked between rows, about every MiB; true ends the writing with `UserCancelException`, and no file appears.
+    std::function<bool()> interrupted{};
 };
 
 /// What of the calibration in a file counts.
@@ -171,6 +173,7 @@ RIX_EXPORT ImageFileInfo readImageInfo(const std::filesystem::path& path, const 
 /// @throws WritingError the extension is unknown, the format cannot hold the image, the image fails to give a row, or
 ///         the file system refuses (the disk is full, the folder is missing or read-only, ...). The first level says
 ///         what is wrong, the outermost names the file.
+/// @throws UserCancelException the options' `interrupted` said so.
 ///
 /// Cost: one pass over the image by rows; beside it one strip or row of tiles is held.
 RIX_EXPORT void writeImage(const std::filesystem::path& path, const ImageModel& image,
