@@ -13,6 +13,7 @@
 #include <rix/algorithms/Definition.h>
 #include <rix/image/ImageModelSizeProxy.h>
 #include <rix/properties/EnumInfo.h>
+#include <rix/rules/KnownWords.h>
 #include <rix/rules/When.h>
 
 #include "GroupStatistics.h"
@@ -93,7 +94,7 @@ std::optional<StatisticSet> readMeasures(std::string_view text, std::string_view
     return areKnown ? std::optional(statistics) : std::nullopt;
 }
 
-class RuleMeasures : public Rules<Property<String>> {
+class RuleMeasures : public Rules<Property<String>>, public KnownWords {
 public:
     void apply(Property<String>& property) override {
         const String text = property.get();
@@ -104,6 +105,11 @@ public:
         }
     }
     String describe() const override { return "must be names of measures, separated by commas: " + known(); }
+    std::vector<String> words() const override {
+        std::vector<String> all{String(everything)};
+        all.insert(all.end(), names.begin(), names.end());
+        return all;
+    }
 
 private:
     static String known() {

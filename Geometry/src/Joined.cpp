@@ -51,7 +51,7 @@ void assertJoinable(std::span<const ImageProperty* const> images, Components axi
     if (axis <= PLANS && count > 1 && !rules::isDivisor(spacing)) {
         rules::refuse(rules::parameterText(first) + " must have a spacing on " + axisText(axis) +
                           ", along which others are to follow.",
-                      "It is " + rules::valueToText(spacing) + ". Set the spacing.");
+                      "It is " + rules::valueToText(spacing) + ". " + rules::spacingCure);
     }
 }
 

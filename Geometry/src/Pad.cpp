@@ -67,7 +67,7 @@ public:
                                   "The spacing on the axis \"" +
                                       helper::componentToString(static_cast<Components>(axis)) + "\" of " +
                                       rules::quotedName(m_pad.inputImage) + " is " + rules::valueToText(spacing[axis]) +
-                                      ". Set the spacing.");
+                                      ". " + rules::spacingCure);
                 }
                 if (__builtin_add_overflow(extents[axis], static_cast<std::size_t>(margin->get()), &extents[axis])) {
                     extents[axis] = std::numeric_limits<std::size_t>::max();

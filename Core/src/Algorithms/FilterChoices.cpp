@@ -50,10 +50,10 @@ const EnumInfo& getInfoNeighborhood3DType() {
 
 void assertSpacingFor(const Property<double>& length, double spacing) {
     if (!rules::isDivisor(spacing)) {
-        rules::refuse(
-            rules::parameterText(length) +
-                " is a length in the unit of the image: the image needs spacings that are finite and not 0.",
-            "The spacing is " + rules::valueToText(spacing) + ". Set the spacing, or give the length in voxels.");
+        rules::refuse(rules::parameterText(length) +
+                          " is a length in the unit of the image: the image needs spacings that are finite and not 0.",
+                      "The spacing is " + rules::valueToText(spacing) + ". " + rules::spacingCure +
+                          " Or give the length in voxels.");
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <rix/exceptions/Exception.h>
 #include <rix/properties/RealToInt.h>
 
 namespace rix {
@@ -19,6 +20,15 @@ BaseProperty::~BaseProperty() = default;
 
 String BaseProperty::getName() const {
     return getImpl()->m_name;
+}
+
+void BaseProperty::applyNamed(const std::function<void()>& rules) const {
+    try {
+        rules();
+    } catch (RuleException& exception) {
+        exception.addInfoLevel("Rule error in property " + getName());
+        throw;
+    }
 }
 
 String BaseProperty::getDescription() const {

@@ -26,7 +26,7 @@ void AssertSpacing::apply(const ImageOperand& operand) const {
         const double spacing = operand.image.getSpacingOf(component);
         if (operand.image.getNumOf(component) > 1 && !isDivisor(spacing)) {
             refuse(parameterText(operand.property) + " must have spacings that are finite and not 0.",
-                   String("The spacing along ") + name + " is " + valueToText(spacing) + ". Set the spacing.");
+                   String("The spacing along ") + name + " is " + valueToText(spacing) + ". " + spacingCure);
         }
     }
 }

@@ -13,6 +13,7 @@
 #include <rix/access/Scratch.h>
 #include <rix/algorithms/Children.h>
 #include <rix/algorithms/InteractionInterface.h>
+#include <rix/algorithms/TryRun.h>
 
 #include "TestAlgorithms.h"
 
@@ -62,6 +63,27 @@ TEST(Run, HappensInAWorkerUnlessTheSettingsAllowOneThread) {
         EXPECT_DOUBLE_EQ(algorithm.getProgress(), 1.0);
         expectReady(algorithm);
     }
+}
+
+TEST(Run, TellsHowItWentInsteadOfThrowing) {
+    ScriptedAlgorithm fine([](BaseAlgorithm&) {});
+    const RunOutcome success = tryRun(fine);
+    EXPECT_TRUE(success);
+    EXPECT_EQ(success.message() + success.info() + success.className(), "");
+    ScriptedAlgorithm failing([](BaseAlgorithm&) { throw MemoryError("No room."); });
+    const RunOutcome failure = tryRun(failing);
+    EXPECT_FALSE(failure);
+    EXPECT_EQ(failure.message(), "No room.");
+    EXPECT_THAT(failure.info(), testing::StartsWith(outerLevel));
+    EXPECT_STREQ(failure.className(), "MemoryError");
+    EXPECT_TRUE(failure.wasOutOfMemory());
+    EXPECT_FALSE(failure.wasCancelled());
+    ScriptedAlgorithm stopped([](BaseAlgorithm& self) {
+        self.cancelExecution();
+        self.executionContext().throwIfCancelled();
+    });
+    EXPECT_TRUE(tryRun(stopped).wasCancelled());
+    expectReady(stopped);
 }
 
 TEST(Run, InAWorkerHasTheThreadsOfTheWorkerNotOfTheCallersArena) {

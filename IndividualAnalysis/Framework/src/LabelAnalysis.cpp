@@ -7,6 +7,8 @@
 
 #include <rix/algorithms/Definition.h>
 #include <rix/image/ImageDetails.h>
+#include <rix/rules/KnownWords.h>
+#include <rix/rules/SpacingRules.h>
 #include <rix/rules/When.h>
 
 #include "LabelAnalysisMemory.h"
@@ -31,8 +33,8 @@ public:
             const double spacing = image.getSpacingOf(axis);
             if (!(spacing > 0.0) || !std::isfinite(spacing)) {
                 rules::refuse(rules::parameterText(property) + " has the spacing " + rules::numberToText(spacing) +
-                              " on the " + helper::componentToString(axis) +
-                              " axis; it must be positive, and 1 where no scale is known.");
+                              " on the " + helper::componentToString(axis) + " axis; it must be positive. " +
+                              rules::spacingCure);
             }
             if (image.getNumOf(axis) > std::numeric_limits<std::uint32_t>::max()) {
                 rules::refuse(rules::parameterText(property) + " has " + std::to_string(image.getNumOf(axis)) + ' ' +
@@ -62,13 +64,22 @@ std::shared_ptr<const MeasureGroup> requestOf(const LabelAnalysis& analysis) {
                               useOf(analysis.getInputIntensityImage()));
 }
 
-class RuleReadRequest : public Rules<Property<String>> {
+class RuleReadRequest : public Rules<Property<String>>, public KnownWords {
 public:
     explicit RuleReadRequest(const LabelAnalysis& analysis) : m_analysis(analysis) {}
     void apply(Property<String>& /*property*/) override { static_cast<void>(requestOf(m_analysis)); }
     String describe() const override {
         return "must be names of measures (" + joined(knownMeasures()->getNames()) + "), presets (" +
                joined(presetNames()) + ") and formulas";
+    }
+    std::vector<String> words() const override {
+        std::vector<String> all = presetNames();
+        for (const String& name : knownMeasures()->getNames()) {
+            if (name.find('(') == String::npos) {
+                all.push_back(name);
+            }
+        }
+        return all;
     }
 
 private:

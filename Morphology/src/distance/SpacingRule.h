@@ -31,7 +31,8 @@ public:
             if ((image.getNumOf(component) > 1 || m_leadsBeyond()) && !rules::isDivisor(spacing)) {
                 rules::refuse(rules::parameterText(m_image) +
                                   " must have spacings that are finite and not 0 where lengthUnit is WORLD.",
-                              String("That of its ") + names[axis] + " is " + rules::valueToText(spacing) + '.');
+                              String("That of its ") + names[axis] + " is " + rules::valueToText(spacing) + ". " +
+                                  rules::spacingCure);
             }
         }
     }

@@ -11,6 +11,7 @@
 #include <rix/properties/Property.h>
 #include <rix/properties/PropertyMultipleChoices.h>
 #include <rix/properties/PropertySingleChoice.h>
+#include <rix/rules/KnownWords.h>
 
 namespace rix::description {
 namespace {
@@ -116,6 +117,17 @@ const EnumInfo* enumerationOf(const BaseProperty& property) {
         return choices->getEnumInfo();
     }
     return nullptr;
+}
+
+std::vector<String> wordsOf(const BaseProperty& property) {
+    if (const auto* const text = dynamic_cast<const Property<String>*>(&property)) {
+        for (const auto& rule : text->getImpl()->m_rules) {
+            if (const auto* const known = dynamic_cast<const KnownWords*>(rule.get())) {
+                return known->words();
+            }
+        }
+    }
+    return {};
 }
 
 std::vector<std::string> labelsOf(const EnumInfo& enumeration) {

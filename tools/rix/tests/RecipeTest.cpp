@@ -254,6 +254,8 @@ TEST_F(RecipeTest, CompletionKnowsTheRegistry) {
     };
     EXPECT_EQ(offered("rix run ThresholdingByCriterion comparisonCriterion=GR"),
               "GREATER_THAN_OR_EQUAL_TO GREATER_THAN\n");
+    EXPECT_EQ(offered("rix run LabelAnalysis measures=Conv"), "Convexity ConvexArea ConvexVolume ConvexHull\n");
+    EXPECT_EQ(offered("rix run ImageStatistics measures=Mean,Sk"), "Mean,Skewness\n");
     EXPECT_EQ(offered("rix help Threshold"), "ThresholdingByCriterion\n");
     EXPECT_EQ(offered("rix run ConvertImage --js"), "--json\n");
     const std::string begun = (folder() / "a").string();

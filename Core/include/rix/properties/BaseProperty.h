@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -103,6 +104,10 @@ protected:
     BaseProperty() = default;
     BaseProperty(const BaseProperty&) = delete;
     BaseProperty& operator=(const BaseProperty&) = delete;
+
+    /// Calls what applies rules; a refusal gets a level that names the property. Not in a header, so that programs may
+    /// be built without exceptions.
+    void applyNamed(const std::function<void()>& rules) const;
 };
 
 }  // namespace rix

@@ -90,7 +90,7 @@ public:
         if (!m_private->m_enabled) {
             return;
         }
-        try {
+        applyNamed([&] {
             // By index: a rule of one pass may be attached by another rule.
             for (std::size_t i = 0; i < m_private->m_rules.size(); ++i) {
                 const auto rule = m_private->m_rules[i];
@@ -98,10 +98,7 @@ public:
                     rule->apply(*this);
                 }
             }
-        } catch (RuleException& exception) {
-            exception.addInfoLevel("Rule error in property " + getName());
-            throw;
-        }
+        });
     }
 
     void setFromBase(BaseProperty* other) override { set(helper::safe_cast<Property<T>>(other)->get()); }

@@ -10,6 +10,9 @@ namespace rules {
 /// True for a spacing that one can divide by: finite and not 0. It may be negative, where an axis runs backwards.
 RIX_EXPORT bool isDivisor(double spacing);
 
+/// What refusals of spacings advise: images that programs fill have the spacing 0 until it is set.
+inline constexpr const char* spacingCure = "Set it (ImageModel::setSpacingOf), to 1 where no scale is known.";
+
 /// The spacings of the first axes (2 for planes, 3 for volumes) are finite and not 0. An axis with one element has
 /// neighbours in no direction, so that its spacing may be anything.
 class RIX_EXPORT AssertSpacing {

@@ -26,8 +26,8 @@ std::string words(const std::vector<std::string>& list) {
     return text;
 }
 
-/// The branches of a shell's "case" that give what may follow `rix run CLASS`: names of properties with "=", and for
-/// a choice its labels.
+/// The branches of a shell's "case" that give what may follow `rix run CLASS`: names of properties with "=", for a
+/// choice its labels, for a list its words.
 std::string propertyBranches() {
     std::string branches;
     for (const AlgoInfo* const info : description::listedClasses()) {
@@ -42,6 +42,10 @@ std::string propertyBranches() {
             if (const EnumInfo* const enumeration = description::enumerationOf(*property)) {
                 labels += "      " + info->getName() + ':' + property->getName() + ") values=\"" +
                           words(description::labelsOf(*enumeration)) + "\" ;;\n";
+            }
+            if (const std::vector<String> listed = description::wordsOf(*property); !listed.empty()) {
+                labels += "      " + info->getName() + ':' + property->getName() + ") values=\"" + words(listed) +
+                          "\" list=1 ;;\n";
             }
         }
         branches += labels + "      " + info->getName() + ":) names=\"" + words(names) + "\" ;;\n";
@@ -85,7 +89,8 @@ std::string classNames() {
 
 /// One function serves both shells: it looks at the words typed so far and sets what may come next.
 std::string script(const CLI::App& program, const std::string& shell) {
-    const std::string table = "_rix_properties() {\n  names= values=\n  case \"$1:$2\" in\n" + propertyBranches() +
+    const std::string table = "_rix_properties() {\n  names= values= list=\n  case \"$1:$2\" in\n" +
+                              propertyBranches() +
                               "  esac\n}\n"
                               "_rix_options() {\n  options=\n  case \"$1\" in\n" +
                               optionBranches(program) + "  esac\n}\n";
@@ -104,7 +109,7 @@ std::string script(const CLI::App& program, const std::string& shell) {
                "  ((${#COMPREPLY[@]})) || COMPREPLY=($(compgen -f -- \"$1\"))\n"
                "}\n"
                "_rix() {\n"
-               "  local current names values options line=${COMP_LINE:0:COMP_POINT}\n"
+               "  local current names values list options line=${COMP_LINE:0:COMP_POINT}\n"
                "  local -a typed\n"
                "  read -ra typed <<<\"$line\"\n"
                "  [[ $line == *' ' ]] && typed+=('')\n"
@@ -123,8 +128,11 @@ std::string script(const CLI::App& program, const std::string& shell) {
                "' -- \"$current\"))\n"
                "  elif [[ ${typed[1]} == run && $current == *=* ]]; then\n"
                "    _rix_properties \"${typed[2]}\" \"${current%%=*}\"\n"
-               "    if [[ $values ]]; then COMPREPLY=($(compgen -W \"$values\" -- \"${current#*=}\"))\n"
-               "    else _rix_images \"${current#*=}\"; fi\n"
+               "    current=${current#*=}\n"
+               "    if [[ $list && $current == *,* ]]; then\n"
+               "      COMPREPLY=($(compgen -W \"$values\" -P \"${current%,*},\" -- \"${current##*,}\"))\n"
+               "    elif [[ $values ]]; then COMPREPLY=($(compgen -W \"$values\" -- \"$current\"))\n"
+               "    else _rix_images \"$current\"; fi\n"
                "  elif [[ ${typed[1]} == run ]]; then\n"
                "    _rix_properties \"${typed[2]}\" ''\n"
                "    COMPREPLY=($(compgen -W \"$names\" -- \"$current\"))\n"
@@ -141,7 +149,7 @@ std::string script(const CLI::App& program, const std::string& shell) {
     const std::string images = "_files -g '*.(" + imageExtensions() + ")'";
     return "#compdef rix\n# rix completion for zsh: source <(rix completion zsh)\n" + table +
            "_rix() {\n"
-           "  local names values options current=${words[CURRENT]}\n"
+           "  local names values list options current=${words[CURRENT]}\n"
            "  if ((CURRENT == 2)); then compadd -- " +
            commands +
            "\n"
@@ -154,6 +162,7 @@ std::string script(const CLI::App& program, const std::string& shell) {
            "  elif [[ ${words[2]} == run && $current == *=* ]]; then\n"
            "    _rix_properties \"${words[3]}\" \"${current%%=*}\"\n"
            "    compset -P '*='\n"
+           "    [[ -n $list ]] && compset -P '*,'\n"
            "    if [[ -n $values ]]; then compadd -- ${=values}; else " +
            images +
            "; fi\n"

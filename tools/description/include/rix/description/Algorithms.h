@@ -47,6 +47,9 @@ std::string directionOf(const BaseProperty& property);
 /// The enumeration that a choice takes its values from; null for other properties.
 const EnumInfo* enumerationOf(const BaseProperty& property);
 
+/// The words that a text may list, separated by commas; none where they are not known.
+std::vector<String> wordsOf(const BaseProperty& property);
+
 /// The labels of an enumeration, in ascending order of their values.
 std::vector<std::string> labelsOf(const EnumInfo& enumeration);
 
