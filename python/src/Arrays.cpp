@@ -233,9 +233,20 @@ GivenImage openInput(py::handle object, const std::string& axes) {
 }
 
 GivenImage openLabels(py::handle object, const std::string& axes) {
-    return openInput(py::isinstance<py::array>(object) ? asLabels(py::reinterpret_borrow<py::array>(object))
-                                                       : py::reinterpret_borrow<py::object>(object),
-                     axes);
+    if (py::isinstance<py::array>(object)) {
+        return openInput(asLabels(py::reinterpret_borrow<py::array>(object)), axes);
+    }
+    if (py::hasattr(object, "array") && py::hasattr(object, "calibration")) {  // a rix.Image
+        const py::object array = object.attr("array");
+        const py::object labels = asLabels(array);
+        if (!labels.is(array)) {
+            const py::dict calibration = object.attr("calibration");
+            return openInput(py::type::of(object)(labels, **calibration, py::arg("interpretation") = "label",
+                                                  py::arg("label_scope") = object.attr("label_scope")),
+                             axes);
+        }
+    }
+    return openInput(object, axes);
 }
 
 GivenImage openOutput(py::handle object, const std::string& axes) {

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # usage: check_install.sh CMAKE COMPILER BUILD_FOLDER WORK_FOLDER [PYTHON]
 # Installs the library into an empty prefix, moves the prefix, and builds and runs a stranger's program against it: once
-# through the CMake package, once through pkg-config, and so a program with a measure of its own, the example of the page
-# on measures. Then does the same with the example of the README, which also reads and writes files, and with plug-ins,
+# through the CMake package, once through pkg-config, and so the examples of the pages on measures and on buffers, and a
+# program without exceptions. Then does the same with the example of the README, which also reads and writes files, and with plug-ins,
 # which a program and the command line load. Where the Python package was built, imports and uses it as well.
 set -euo pipefail
 cmake=$1 compiler=$2 build=$3 work=$4 python=${5:-}
@@ -41,6 +41,21 @@ awk '/^```cpp$/ {inside = 1; next} /^```$/ && inside {exit} inside' "$source_fol
 "$compiler" -std=c++20 "$work/measure.cpp" $flags -Wl,-rpath,"$(dirname "$pc_folder")" -o "$work/measure"
 expected=$'1: 0.5, 1\n2: 1, 1\n3: 1.5, 1'
 run "measure of its own" "$work/measure"
+
+# The example of the page on buffers, as it stands there.
+awk '/^```cpp$/ {inside = 1; next} /^```$/ && inside {exit} inside' "$source_folder/docs/own-buffers.md" >"$work/buffers.cpp"
+# shellcheck disable=SC2086
+"$compiler" -std=c++20 "$work/buffers.cpp" $flags -I/usr/include/eigen3 -I/usr/include/opencv4 -lopencv_core \
+  -Wl,-rpath,"$(dirname "$pc_folder")" -o "$work/buffers"
+expected=$'bright: 10\nblurred: 100\nsum: 12'
+run "own buffers" "$work/buffers"
+
+# A program that is built without exceptions.
+# shellcheck disable=SC2086
+"$compiler" -std=c++20 -fno-exceptions "$here/consumer/without_exceptions.cpp" $flags \
+  -Wl,-rpath,"$(dirname "$pc_folder")" -o "$work/without_exceptions"
+expected='The parameter "outputBinaryImage" must be set.'
+run "without exceptions" "$work/without_exceptions"
 
 # The example of the README, as it stands there.
 mkdir -p "$work/readme"
@@ -95,6 +110,11 @@ import numpy, rix
 threshold = rix.thresholding_by_criterion(numpy.arange(5000, dtype=numpy.uint16).reshape(50, 100), "LESS_THAN", 2500)
 print("Python package:", threshold.sum(), "foreground pixels of", rix.__version__)
 assert threshold.sum() == 2500')
+  # The examples of the reference, which are in three languages.
+  # shellcheck disable=SC2046
+  PYTHONDONTWRITEBYTECODE=1 PYTHONPATH="${package%/rix}" "$python" "$source_folder/tools/reference/check_examples.py" \
+    "$prefix/bin/rix" "$work/reference" "$compiler" \
+    $(PKG_CONFIG_PATH=$pc_folder pkg-config --cflags --libs lumora_rix_io) -Wl,-rpath,"$(dirname "$pc_folder")"
 fi
 
 # The pages find their pictures, their code and each other.
