@@ -133,7 +133,7 @@ void registerItk(int) {}
 void registerAll() {
     for (const int threads : {1, 2}) {
         for (const Type& type : {u8, u16, f32}) {
-            for (const int extent : {3, 5, 7, 9, 13, 21, 51, 101}) {
+            for (const int extent : {3, 5, 7, 9, 11, 13, 15, 21, 51, 101}) {
                 registerSquare(type, extent, threads);
                 if (extent <= 5 || type.type == RIX_UINT8) {
                     registerOpenCv(type, extent, threads);
