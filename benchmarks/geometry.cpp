@@ -1,8 +1,10 @@
-// What moves voxels without interpolation, 1 and 2 threads, beside OpenCV where it has it, and the roof of copying the
-// image. benchmarks/python_peers.py measures some of it beside NumPy.
+// What moves voxels without interpolation, and projections, 1 and 2 threads, beside OpenCV where it has it, and the
+// roof of copying the image. benchmarks/python_peers.py measures some of it beside NumPy.
 
+#include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 #include <benchmark/benchmark.h>
 #ifdef RIX_HAVE_OPENCV
@@ -15,6 +17,7 @@
 #include <rix/geometry/MergeChannels.h>
 #include <rix/geometry/Pad.h>
 #include <rix/geometry/PermuteAxes.h>
+#include <rix/geometry/Projection.h>
 #include <rix/geometry/Rotate90.h>
 #include <rix/geometry/Shift.h>
 #include <rix/image/StridedImage.h>
@@ -61,9 +64,12 @@ void registerOurs(const char* name, const Sample& sample, const std::array<std::
                                      for (auto _ : state) {
                                          operation.run();
                                      }
-                                     std::size_t count = 0;
-                                     static_cast<void>(helper::getElementCount(output, count));
-                                     setBytes(state, 2 * count * helper::getElementSize(output));
+                                     const auto bytesOf = [](const ImageModel& of) {
+                                         std::size_t count = 0;
+                                         static_cast<void>(helper::getElementCount(of, count));
+                                         return count * helper::getElementSize(of);
+                                     };
+                                     setBytes(state, std::max(bytesOf(image), bytesOf(output)) + bytesOf(output));
                                  })
         ->UseRealTime()
         ->Unit(benchmark::kMillisecond);
@@ -122,6 +128,23 @@ void registerSample(const Sample& sample, int threads) {
         shift.setOffsetX(1000);
         shift.setOffsetY(-700);
     });
+    for (const auto& [axis, name] :
+         {std::pair{Projection::COLUMNS, "project_max_x"}, {Projection::ROWS, "project_max_y"}}) {
+        registerOurs<Projection>(name, sample, plane, threads,
+                                 [=, axis = axis](Projection& projection, const ImageModel& image) {
+                                     input(projection, image);
+                                     projection.setAxis(axis);
+                                 });
+    }
+    for (const auto& [statistic, name] : {std::pair{Projection::MAXIMUM, "project_max_z"},
+                                          {Projection::STANDARD_DEVIATION, "project_deviation_z"},
+                                          {Projection::MEDIAN, "project_median_z"}}) {
+        registerOurs<Projection>(name, sample, volume, threads,
+                                 [=, statistic = statistic](Projection& projection, const ImageModel& image) {
+                                     input(projection, image);
+                                     projection.setStatistic(statistic);
+                                 });
+    }
     for (const char* const order : {"yxztc", "zxytc", "zyxtc", "xzytc"}) {
         registerOurs<PermuteAxes>((std::string("volume_") + order).c_str(), sample, volume, threads,
                                   [=](PermuteAxes& permutation, const ImageModel& image) {
@@ -159,6 +182,10 @@ void registerSample(const Sample& sample, int threads) {
     registerOpenCv("flip_y", sample, threads, [](const cv::Mat& in, cv::Mat& out) { cv::flip(in, out, 0); });
     registerOpenCv("rotate_90", sample, threads,
                    [](const cv::Mat& in, cv::Mat& out) { cv::rotate(in, out, cv::ROTATE_90_CLOCKWISE); });
+    registerOpenCv("project_max_x", sample, threads,
+                   [](const cv::Mat& in, cv::Mat& out) { cv::reduce(in, out, 1, cv::REDUCE_MAX); });
+    registerOpenCv("project_max_y", sample, threads,
+                   [](const cv::Mat& in, cv::Mat& out) { cv::reduce(in, out, 0, cv::REDUCE_MAX); });
     registerOpenCv("pad_mirror", sample, threads, [](const cv::Mat& in, cv::Mat& out) {
         cv::copyMakeBorder(in, out, 64, 64, 64, 64, cv::BORDER_REFLECT);
     });

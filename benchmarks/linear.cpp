@@ -14,6 +14,7 @@
 #include <rix/filtering/frequency/FourierConvolution2d.h>
 #include <rix/filtering/linear/Convolution2d.h>
 #include <rix/filtering/linear/Convolution3d.h>
+#include <rix/filtering/smoothing/BoxFilter2d.h>
 #include <rix/filtering/smoothing/LocalStatistics2d.h>
 #include <rix/settings/Settings.h>
 
@@ -24,6 +25,7 @@ namespace {
 
 using filtering::linear::Convolution2d;
 using filtering::linear::Convolution3d;
+using filtering::smoothing::BoxFilter2d;
 using filtering::smoothing::LocalStatistics2d;
 
 constexpr std::size_t side = 4096;
@@ -175,6 +177,26 @@ void registerDeviation(VoxelTypes type, int size, int threads) {
 #endif
 }
 
+/// What deviations are measured by.
+void registerMean(VoxelTypes type, int size, int threads) {
+    const std::string name = std::string(type == RIX_UINT8 ? "/box/u8/" : "/box/f32/") + std::to_string(size);
+    add("rix" + name, threads, [=](benchmark::State& state) {
+        const io::MemoryImage image = randomImage(type, side, side);
+        io::MemoryImage output;
+        BoxFilter2d algorithm;
+        algorithm.settings().setMaximumNumberOfThreads(threads);
+        algorithm.setInputImage(&image);
+        algorithm.setKernelSizeX(size);
+        algorithm.setKernelSizeY(size);
+        algorithm.setAutoScale(BoxFilter2d::YES);
+        algorithm.setOutputImage(&output);
+        algorithm.run();
+        for (auto _ : state) {
+            algorithm.run();
+        }
+    });
+}
+
 void registerAll() {
     for (const int threads : {1, 2}) {
         for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT32}) {
@@ -184,8 +206,9 @@ void registerAll() {
             for (const std::size_t extent : {5U, 15U, 51U}) {
                 registerConvolution(type, extent, true, threads);
             }
-            for (const int size : {3, 15, 101}) {
+            for (const int size : {3, 7, 15, 31, 101}) {
                 registerDeviation(type, size, threads);
+                registerMean(type, size, threads);
             }
         }
         for (const std::size_t extent : {13U, 31U}) {

@@ -1,5 +1,5 @@
-// Medians of squares, discs and cubes of growing extents, 1 and 2 threads, beside OpenCV's medianBlur where it has the
-// type (16 bits and reals: up to 5x5), ITK's for cubes, and the roof of copying the image.
+// Medians of squares, discs and cubes of growing extents, and a lower rank of squares, 1 and 2 threads, beside OpenCV's
+// medianBlur where it has the type (16 bits and reals: up to 5x5), ITK's for cubes, and the roof of copying the image.
 
 #include <algorithm>
 #include <string>
@@ -12,6 +12,7 @@
 
 #include <rix/filtering/rank/MedianFilter2d.h>
 #include <rix/filtering/rank/MedianFilter3d.h>
+#include <rix/filtering/rank/RankFilter2d.h>
 #include <rix/settings/Settings.h>
 
 #ifdef RIX_HAVE_ITK
@@ -33,8 +34,10 @@ constexpr Type u8{"u8", RIX_UINT8};
 constexpr Type u16{"u16", RIX_UINT16};
 constexpr Type f32{"f32", RIX_FLOAT32};
 
-std::string nameOf(const char* library, const Type& type, const std::string& window, int threads) {
-    return std::string(library) + "/median/" + type.name + '/' + window + "/threads:" + std::to_string(threads);
+std::string nameOf(const char* library, const Type& type, const std::string& window, int threads,
+                   const char* operation = "median") {
+    return std::string(library) + '/' + operation + '/' + type.name + '/' + window +
+           "/threads:" + std::to_string(threads);
 }
 
 io::MemoryImage randomCube(VoxelTypes type) {
@@ -47,8 +50,9 @@ io::MemoryImage randomCube(VoxelTypes type) {
 }
 
 template <class Filter, class Set>
-void registerOurs(const Type& type, const std::string& window, int threads, const Set& set) {
-    benchmark::RegisterBenchmark(nameOf("rix", type, window, threads).c_str(),
+void registerOurs(const Type& type, const std::string& window, int threads, const Set& set,
+                  const char* operation = "median") {
+    benchmark::RegisterBenchmark(nameOf("rix", type, window, threads, operation).c_str(),
                                  [=](benchmark::State& state) {
                                      constexpr bool cube = std::is_same_v<Filter, filtering::rank::MedianFilter3d>;
                                      const io::MemoryImage image =
@@ -74,6 +78,18 @@ void registerSquare(const Type& type, int extent, int threads) {
         filter.setKernelSizeX(extent);
         filter.setKernelSizeY(extent);
     });
+}
+
+/// Away from the middle, where medians have kernels of their own.
+void registerRank(const Type& type, int extent, int threads) {
+    registerOurs<filtering::rank::RankFilter2d>(
+        type, std::to_string(extent), threads,
+        [=](auto& filter) {
+            filter.setKernelSizeX(extent);
+            filter.setKernelSizeY(extent);
+            filter.setRank(0.1);
+        },
+        "rank 0.1");
 }
 
 void registerDisc(const Type& type, int radius, int threads) {
@@ -133,8 +149,9 @@ void registerItk(int) {}
 void registerAll() {
     for (const int threads : {1, 2}) {
         for (const Type& type : {u8, u16, f32}) {
-            for (const int extent : {3, 5, 7, 9, 13, 21, 51, 101}) {
+            for (const int extent : {3, 5, 7, 9, 11, 13, 15, 21, 51, 101}) {
                 registerSquare(type, extent, threads);
+                registerRank(type, extent, threads);
                 if (extent <= 5 || type.type == RIX_UINT8) {
                     registerOpenCv(type, extent, threads);
                 }

@@ -10,6 +10,7 @@
 #include <rix/geometry/MergeChannels.h>
 #include <rix/geometry/Pad.h>
 #include <rix/geometry/PermuteAxes.h>
+#include <rix/geometry/Projection.h>
 #include <rix/geometry/Rotate90.h>
 #include <rix/geometry/Shift.h>
 #include <rix/geometry/SplitChannels.h>
@@ -176,6 +177,14 @@ std::vector<Case> cases() {
             shift.setOffsetZ(6);
         },
         count - 7U * 5 * 4 * 2 * 3);
+    // The least number of a line is that of its first voxel.
+    for (const auto axis : {Projection::COLUMNS, Projection::PLANS, Projection::SPECTRAL_SERIES}) {
+        add(static_cast<Projection*>(nullptr), count / extents[static_cast<std::size_t>(axis)],
+            [axis](Projection& projection) {
+                projection.setAxis(axis);
+                projection.setStatistic(Projection::MINIMUM);
+            });
+    }
     add(static_cast<SplitChannels*>(nullptr), count / 3, [](SplitChannels& split) { split.setChannel(2); });
     const auto half = [](const ImageModel& image, std::int64_t first, std::int64_t number, bool channels) {
         return runWith<Crop>(image, [=](Crop& crop) {

@@ -373,6 +373,17 @@ def test_distances_of_labels(shape):
         np.testing.assert_array_equal(own[zones == label], alone[zones == label].astype(np.float32))
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "uint32", "float32", "float64"])
+def test_projections(dtype):
+    a = random_array(dtype, (6, 9, 13))
+    for axis, name in enumerate(("PLANS", "ROWS", "COLUMNS")):
+        for statistic, peer in {"MAXIMUM": np.max, "MINIMUM": np.min, "INDEX_OF_MAXIMUM": np.argmax}.items():
+            np.testing.assert_array_equal(np.squeeze(rix.projection(a, name, statistic), axis), peer(a, axis))
+        for statistic, peer in {"MEAN": np.mean, "SUM": np.sum, "MEDIAN": np.median, "STANDARD_DEVIATION": np.std}.items():
+            expected = peer(a.astype(np.float64), axis)
+            np.testing.assert_allclose(np.squeeze(rix.projection(a, name, statistic), axis), expected, rtol=1e-6)
+
+
 @pytest.mark.parametrize("dtype", ["uint8", "int16", "float32", "float64", "complex64", "complex128"])
 def test_geometry(dtype):
     a = random_array(dtype, (5, 19, 33))  # planes, rows, columns

@@ -50,29 +50,33 @@ void average(const Taps<T>& taps, const T* center, T factor, T* out, std::size_t
 }
 
 template <class T>
-void addPatch(const PatchPair<T>& pair, T* squares, T* sums, T* weights, std::size_t count) {
+void squareDifferences(const T* a, const T* b, T* out, std::size_t count) {
     const hn::ScalableTag<T> d;
-    const std::size_t lanes = hn::Lanes(d);
-    for (std::size_t x = 0; x < count + 2 * pair.reach; x += lanes) {
-        auto sum = hn::Zero(d);
-        for (std::size_t i = 0; i < pair.rows; ++i) {
-            const auto difference = hn::Sub(hn::LoadU(d, pair.here[i] + x), hn::LoadU(d, pair.there[i] + x));
-            sum = hn::Add(sum, hn::Mul(difference, difference));
-        }
-        hn::StoreU(sum, d, squares + x);
+    for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
+        const auto difference = hn::Sub(hn::LoadU(d, a + x), hn::LoadU(d, b + x));
+        hn::StoreU(hn::Mul(difference, difference), d, out + x);
     }
-    const auto factor = hn::Set(d, pair.factor);
-    for (std::size_t x = 0; x < count; x += lanes) {
-        auto sum = hn::LoadU(d, squares + x);
-        for (std::size_t i = 1; i <= 2 * pair.reach; ++i) {
-            sum = hn::Add(sum, hn::LoadU(d, squares + x + i));
-        }
-        const auto weight = powerOfTwo(d, hn::Mul(sum, factor));
-        const auto difference = hn::Sub(hn::LoadU(d, pair.voxel + x), hn::LoadU(d, pair.center + x));
+}
+
+template <class T>
+void weigh(const T* distances, T factor, T* weights, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
+        const auto distance = hn::LoadU(d, distances + x);
+        const auto weight = powerOfTwo(d, hn::Mul(distance, hn::Set(d, factor)));
+        // What a power makes of NaN is up to the processor.
+        hn::StoreU(hn::IfThenElse(hn::Eq(distance, distance), weight, distance), d, weights + x);
+    }
+}
+
+template <class T>
+void accumulate(const T* weights, const T* voxels, const T* center, T* sums, T* totals, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
+        const auto weight = hn::LoadU(d, weights + x);
+        const auto difference = hn::Sub(hn::LoadU(d, voxels + x), hn::LoadU(d, center + x));
         hn::StoreU(hn::Add(hn::LoadU(d, sums + x), hn::Mul(weight, difference)), d, sums + x);
-        // What a power makes of NaN is up to the processor; a patch that holds one shows in its weight.
-        const auto marked = hn::IfThenElse(hn::Eq(sum, sum), weight, sum);
-        hn::StoreU(hn::Add(hn::LoadU(d, weights + x), marked), d, weights + x);
+        hn::StoreU(hn::Add(hn::LoadU(d, totals + x), weight), d, totals + x);
     }
 }
 
@@ -116,7 +120,8 @@ void round(T* row, std::size_t count, T lowest, T highest) {
 
 template <class T>
 EdgeKernels<T> kernels() {
-    return {&average<T>, &addPatch<T>, &divide<T>, &flow<true, T>, &flow<false, T>, &round<T>};
+    return {&average<T>, &squareDifferences<T>, &weigh<T>,       &accumulate<T>,
+            &divide<T>,  &flow<true, T>,        &flow<false, T>, &round<T>};
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE

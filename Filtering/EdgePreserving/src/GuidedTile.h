@@ -17,7 +17,7 @@ class Tile {
 public:
     /// @param extents of the block @param memory null to find out how much is needed
     Tile(const std::array<std::size_t, 3>& extents, std::size_t radius, bool isVolume, bool hasGuide,
-         const GuidedKernels& kernels, double* memory)
+         const GuidedKernels& kernels, const SumKernels<double>& sums, double* memory)
         : m_radius(radius),
           m_isVolume(isVolume),
           m_hasGuide(hasGuide),
@@ -33,12 +33,9 @@ public:
           m_offsets(m_parts.take(m_columns + 2 * radius)),
           m_held(m_parts.take(m_columns * m_rows * (isVolume ? 2 * radius + 1 : 1))),
           m_moments({2 * radius + 1, hasGuide ? 4U : 2U, m_columns + 2 * radius, extents[1] + 2 * radius, isVolume},
-                    m_parts, kernels),
-          m_fits({2 * radius + 1, 2, m_columns, extents[1], isVolume}, m_parts, kernels) {}
+                    m_parts, sums),
+          m_fits({2 * radius + 1, 2, m_columns, extents[1], isVolume}, m_parts, sums) {}
 
-    static std::array<std::size_t, 3> extentsOf(const access::Block& block) {
-        return {block.columns().length(), block.rows().length(), block.planes().length()};
-    }
     std::size_t doubles() const { return m_parts.taken(); }
     /// One by the voxels of a window.
     double share() const {
@@ -109,7 +106,7 @@ private:
     std::size_t m_columns;
     std::size_t m_rows;  ///< of the guide that wait, of a plane
     const GuidedKernels& m_kernels;
-    Parts m_parts;
+    Parts<double> m_parts;
     double* m_guide;
     double* m_image;
     double* m_square;
@@ -117,8 +114,8 @@ private:
     double* m_slopes;
     double* m_offsets;
     double* m_held;
-    SlidingSums m_moments;
-    SlidingSums m_fits;
+    SlidingSums<double> m_moments;
+    SlidingSums<double> m_fits;
 };
 
 }  // namespace rix::filtering::smoothing

@@ -4,17 +4,18 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "GuidedKernels.h"
+#include "SumKernels.h"
 
 /// Sums over windows of a tile, one after another, of several fields of values at once.
 namespace rix::filtering::smoothing {
 
 /// Hands out the parts of one array. Without an array it only counts.
+template <class T>
 class Parts {
 public:
-    explicit Parts(double* memory) : m_memory(memory) {}
-    double* take(std::size_t count) {
-        constexpr std::size_t line = 8;  // of the cache
+    explicit Parts(T* memory) : m_memory(memory) {}
+    T* take(std::size_t count) {
+        constexpr std::size_t line = 64 / sizeof(T);  // of the cache
         const std::size_t begin = m_taken;
         m_taken += (count + line - 1) / line * line;
         return m_memory != nullptr ? m_memory + begin : nullptr;
@@ -22,7 +23,7 @@ public:
     std::size_t taken() const { return m_taken; }
 
 private:
-    double* m_memory;
+    T* m_memory;
     std::size_t m_taken = 0;
 };
 
@@ -32,9 +33,10 @@ private:
 /// the beginning of the next: a sum from within the one to its end, made when that is complete, and one from the
 /// beginning of the other. So each costs three additions whatever its length, nothing is ever subtracted, and a sum is
 /// the same wherever the first element was.
+template <class T>
 class SectionSums {
 public:
-    SectionSums(std::size_t window, std::size_t entries, Parts& parts, const GuidedKernels& kernels)
+    SectionSums(std::size_t window, std::size_t entries, Parts<T>& parts, const SumKernels<T>& kernels)
         : m_window(window),
           m_entries(entries),
           m_ring(parts.take(window * entries)),
@@ -47,11 +49,11 @@ public:
         m_place = static_cast<std::size_t>((index % window + window) % window);
         m_firstKept = m_place;
         m_seen = 0;
-        std::fill_n(m_running, m_entries, 0.0);
+        std::fill_n(m_running, m_entries, T{0});
     }
 
     /// Takes the next element. @return whether there were enough for `sums` to be made
-    bool add(const double* values, double* sums) {
+    bool add(const T* values, T* sums) {
         const bool isWhole = ++m_seen >= m_window;
         const std::size_t last = m_window - 1;
         m_kernels.advance(values, m_running, kept(m_place), m_place < last ? kept(m_place + 1) : nullptr,
@@ -60,7 +62,7 @@ public:
             for (std::size_t place = last; place > m_firstKept; --place) {
                 m_kernels.add(kept(place - 1), kept(place), m_entries);
             }
-            std::fill_n(m_running, m_entries, 0.0);
+            std::fill_n(m_running, m_entries, T{0});
             m_place = 0;
             m_firstKept = 0;
         }
@@ -69,13 +71,13 @@ public:
 
 private:
     /// Elements of the present section, and behind them sums from there to the end of the one before.
-    double* kept(std::size_t place) const { return m_ring + place * m_entries; }
+    T* kept(std::size_t place) const { return m_ring + place * m_entries; }
 
     std::size_t m_window;
     std::size_t m_entries;
-    double* m_ring;
-    double* m_running;
-    const GuidedKernels& m_kernels;
+    T* m_ring;
+    T* m_running;
+    const SumKernels<T>& m_kernels;
     std::size_t m_place = 0;
     std::size_t m_firstKept = 0;  ///< of the present section
     std::size_t m_seen = 0;
@@ -91,9 +93,10 @@ struct SumShape {
 };
 
 /// Sums over squares or cubes of values that come row by row and plane by plane.
+template <class T>
 class SlidingSums {
 public:
-    SlidingSums(const SumShape& shape, Parts& parts, const GuidedKernels& kernels)
+    SlidingSums(const SumShape& shape, Parts<T>& parts, const SumKernels<T>& kernels)
         : m_shape(shape),
           m_entries(shape.fields * shape.columns),
           m_scratch(parts.take(shape.columns + shape.window)),
@@ -113,7 +116,7 @@ public:
     /// Takes a row of every field, `window` - 1 longer than sums. In planes it calls `use(row, sums)` for the row of
     /// sums that is complete with it, if any, with the fields one behind the other.
     template <class Use>
-    void addRow(const double* const* fields, const Use& use) {
+    void addRow(const T* const* fields, const Use& use) {
         for (std::size_t i = 0; i < m_shape.fields; ++i) {
             m_kernels.sumAlong(fields[i], m_shape.window, m_scratch, m_along + i * m_shape.columns, m_shape.columns);
         }
@@ -142,13 +145,13 @@ public:
 private:
     SumShape m_shape;
     std::size_t m_entries;  ///< of a row of sums
-    double* m_scratch;
-    double* m_along;
-    double* m_planeSums;
-    double* m_sums;
-    SectionSums m_down;
-    SectionSums m_through;
-    const GuidedKernels& m_kernels;
+    T* m_scratch;
+    T* m_along;
+    T* m_planeSums;
+    T* m_sums;
+    SectionSums<T> m_down;
+    SectionSums<T> m_through;
+    const SumKernels<T>& m_kernels;
     std::size_t m_row = 0;
 };
 

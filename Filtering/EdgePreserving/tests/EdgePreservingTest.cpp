@@ -177,6 +177,15 @@ TEST(NonLocalMeansFilter, IsItsDefinition) {
             filter.setStrength(40);
         },
         nonLocalMeans(2, 2, false, 40));
+    const auto radii = [](int patch, int search) {
+        return [=](auto& filter) {
+            filter.setPatchRadius(patch);
+            filter.setSearchRadius(search);
+        };
+    };
+    expectTheDefinition<NonLocalMeansFilter2d>({13, 7, 1, 1, 1}, 2e-3, radii(6, 1), nonLocalMeans(6, 1, false, 10));
+    expectTheDefinition<NonLocalMeansFilter2d>({5, 3, 1, 1, 1}, 2e-3, radii(0, 8), nonLocalMeans(0, 8, false, 10));
+    expectTheDefinition<NonLocalMeansFilter3d>({7, 4, 6, 1, 1}, 2e-3, radii(2, 2), nonLocalMeans(2, 2, true, 10));
     expectTheDefinition<NonLocalMeansFilter3d>(
         {20, 6, 5, 1, 1}, 2e-3, [](auto& filter) { filter.setSearchRadius(1); }, nonLocalMeans(1, 1, true, 10));
 }

@@ -97,8 +97,13 @@ std::optional<RankNetwork> networkFor(const RankJob& job, std::size_t keyBytes) 
         return std::nullopt;
     }
     RankNetwork network(job.window, indexOfRank(job.rank, job.window.voxels()));
-    // Where counting begins to win: measured for boxes; for discs and balls it costs more.
-    const std::size_t most = std::size_t{keyBytes == 1 ? 1400U : 5000U} * (job.window.isRound ? 2U : 1U);
+    // Where counting begins to win, measured: later for boxes of several planes, of which each is counted, and later
+    // still for discs and balls, which are counted chord by chord.
+    const bool isFlat = job.window.planes == 1 && !job.window.isRound;
+    const std::size_t most = (keyBytes == 1 ? (isFlat ? 1000U : 1400U)
+                              : isFlat      ? 2600U
+                                            : 5000U) *
+                             (job.window.isRound ? std::size_t{2} : std::size_t{1});
     return network.operations() * keyBytes > most ? std::nullopt : std::optional(std::move(network));
 }
 

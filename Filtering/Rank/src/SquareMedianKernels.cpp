@@ -1,6 +1,7 @@
 #include "SquareMedianKernels.h"
 
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "ExchangeNetwork.h"
@@ -12,11 +13,15 @@
 #include <hwy/highway.h>
 
 #include <rix/access/Stores-inl.h>
+#include <rix/simd/Loops.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::filtering::rank::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
+
+template <class T>
+using KeysOf = typename SquareMedian<T>::Key;
 
 template <class V>
 HWY_INLINE void exchange(V& low, V& high) {
@@ -33,6 +38,35 @@ HWY_INLINE void apply(V* values, std::index_sequence<i...> /*exchanges*/) {
 template <const ExchangeNetwork& network, class V>
 HWY_INLINE void apply(V* values) {
     apply<network>(values, std::make_index_sequence<network.count>());
+}
+
+/// The samples of keys; integers are their own.
+template <class T, class V>
+HWY_INLINE hn::Vec<hn::ScalableTag<T>> samplesOf(V keys) {
+    if constexpr (std::is_integral_v<T>) {
+        return keys;
+    } else {
+        const hn::ScalableTag<T> d;
+        const hn::RebindToUnsigned<decltype(d)> ofKeys;
+        const hn::RebindToSigned<decltype(d)> ofBits;
+        constexpr int signBit = 8 * sizeof(T) - 1;
+        const auto ofPositive = hn::BitCast(ofKeys, hn::ShiftRight<signBit>(hn::BitCast(ofBits, keys)));
+        const auto sign = hn::ShiftLeft<signBit>(hn::Set(ofKeys, 1));
+        return hn::BitCast(d, hn::Xor(keys, hn::Or(hn::Not(ofPositive), sign)));
+    }
+}
+
+/// As `keyOf`.
+void keysOfFloats(const float* samples, KeyOf<float>* keys, std::size_t count) {
+    constexpr KeyOf<float> sign = KeyOf<float>{1} << 31;
+    constexpr KeyOf<float> keyOfNan = 0xFFC00000;
+    RIX_INDEPENDENT_ITERATIONS
+    for (std::size_t i = 0; i < count; ++i) {
+        const float sample = samples[i];
+        const auto bits = __builtin_bit_cast(std::uint32_t, sample);
+        const auto allOfNegative = static_cast<std::uint32_t>(static_cast<std::int32_t>(bits) >> 31);
+        keys[i] = sample == sample ? bits ^ (allOfNegative | sign) : keyOfNan;
+    }
 }
 
 /// Calls `compute(x)` for the vectors of a row and stores what it gives. The vectors at both ends may overlap others,
@@ -58,11 +92,11 @@ HWY_INLINE void forEachVector(T* out, std::size_t count, const Compute& compute)
 }
 
 template <access::Stores stores, class T>
-void median3(const T* const* rows, T* /*lines*/, T* out, std::size_t count) {
-    const hn::ScalableTag<T> d;
-    const T* const a = rows[0];
-    const T* const b = rows[1];
-    const T* const c = rows[2];
+void median3(const KeysOf<T>* const* rows, KeysOf<T>* /*lines*/, T* out, std::size_t count) {
+    const hn::ScalableTag<KeysOf<T>> d;
+    const KeysOf<T>* const a = rows[0];
+    const KeysOf<T>* const b = rows[1];
+    const KeysOf<T>* const c = rows[2];
     // The median of nine is that of the largest of the columns' least, the median of their medians and the least of
     // their largest (A. W. Paeth, Graphics Gems, 1990).
     forEachVector<stores>(out, count, [&](std::size_t x) HWY_ATTR {
@@ -82,22 +116,22 @@ void median3(const T* const* rows, T* /*lines*/, T* out, std::size_t count) {
         apply<sort3>(middle);
         last[1] = middle[order[1]];
         apply<sort3>(last);
-        return last[order[1]];
+        return samplesOf<T>(last[order[1]]);
     });
 }
 
 /// Columns are sorted once for all windows that see them, and neighbouring ones merged once for all that see both.
 /// The lines are their results: the ranks of a column, then those of a pair.
 template <access::Stores stores, class T>
-void median5(const T* const* rows, T* lines, T* out, std::size_t count) {
-    const hn::ScalableTag<T> d;
+void median5(const KeysOf<T>* const* rows, KeysOf<T>* lines, T* out, std::size_t count) {
+    const hn::ScalableTag<KeysOf<T>> d;
     using V = hn::Vec<decltype(d)>;
     const std::size_t lanes = hn::Lanes(d);
     constexpr std::size_t behind = 2 * 64 / sizeof(T);
     constexpr std::size_t stride = 5 * 128 / sizeof(T) + 64 / sizeof(T);
     constexpr std::size_t strip = stride - behind;
     static_assert(15 * stride <= SquareMedian<T>::lineSamples);
-    T* const pairs = lines + 5 * stride;
+    KeysOf<T>* const pairs = lines + 5 * stride;
     for (std::size_t first = 0; first < count;) {
         // The last strip overlaps the one before, so that it has a vector at least; the others end with a line.
         constexpr std::size_t least = SquareMedian<T>::leastCount;
@@ -149,7 +183,7 @@ void median5(const T* const* rows, T* lines, T* out, std::size_t count) {
             for (std::size_t i = 0; i < 5; ++i) {
                 median = hn::Min(median, hn::Max(v[order[11 - i]], hn::LoadU(d, lines + i * stride + x + 4)));
             }
-            return median;
+            return samplesOf<T>(median);
         });
         first = begin + windows;
     }
@@ -175,6 +209,10 @@ typename SquareMedian<T>::Row squareMedianRow(std::size_t side, access::Stores s
     return RIX_SELECT_KERNELS(level, rowOf<T>(side, stores));
 }
 
+FloatKeys floatKeys(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, keysOfFloats);
+}
+
 #define RIX_INSTANTIATE(T) \
     template SquareMedian<T>::Row squareMedianRow<T>(std::size_t, access::Stores, OptimLevelType);
 RIX_INSTANTIATE(std::uint8_t)
@@ -183,6 +221,7 @@ RIX_INSTANTIATE(std::uint32_t)
 RIX_INSTANTIATE(std::int8_t)
 RIX_INSTANTIATE(std::int16_t)
 RIX_INSTANTIATE(std::int32_t)
+RIX_INSTANTIATE(float)
 #undef RIX_INSTANTIATE
 
 }  // namespace rix::filtering::rank

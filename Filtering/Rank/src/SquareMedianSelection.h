@@ -10,7 +10,7 @@
 
 namespace rix::filtering::rank {
 
-/// Whether a job is a median that has a kernel of its own: of 3x3 or 5x5 integers, without a mask.
+/// Whether a job is a median that has a kernel of its own: of 3x3 or 5x5 integers or `float`, without a mask.
 template <class T>
 bool isSquareMedian(const RankJob& job);
 

@@ -217,7 +217,7 @@ TEST(RankFilter, IsSortingInSquaresOfImagesOfAnyWidth) {
     };
     for (const access::Stores stores : {access::Stores::Cached, access::Stores::Streaming}) {
         const access::ForcedStores forced(stores);
-        for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_UINT32}) {
+        for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_UINT32, RIX_FLOAT32}) {
             const std::size_t vector = 64 / helper::getSizeOf(type);
             for (const std::size_t width :
                  {std::size_t{1}, std::size_t{4}, vector + 1, vector + 2, vector + 3, vector + 4, 2 * vector + 5,

@@ -59,6 +59,10 @@ void sum(const T* const* rows, const T* taps, std::size_t reach, T* out, std::si
     for (; x + lanes <= count; x += lanes) {
         sumAt<1>(rows, taps, reach, out, x);
     }
+    if (x < count && count >= lanes && out != rows[0]) {
+        sumAt<1>(rows, taps, reach, out, count - lanes);  // some of them again
+        return;
+    }
     for (; x < count; ++x) {
         T total = 0;
         if (reach > 0) {

@@ -39,15 +39,17 @@ access::BundleNeeds alongNeeds(const GaussianJob& job, std::size_t reach) {
     return {{reach, reach}, job.border, job.borderValue, nanosecondsPerTap * static_cast<double>(reach + 5)};
 }
 
-/// The pointers to the rows of a window; scratch memory of a thread.
-template <class T>
+/// Some values of a thread: scratch memory, or where they are few this object's own, as rows may be short and many.
+template <class V>
 class RowList {
 public:
-    explicit RowList(std::size_t count) : m_memory(count * sizeof(const T*)) {}
-    const T*& operator[](std::size_t i) const { return m_memory.as<const T*>()[i]; }
-    const T* const* data() const { return m_memory.as<const T*>(); }
+    explicit RowList(std::size_t count) : m_memory(count > own ? Scratch(count * sizeof(V)) : Scratch()) {}
+    V& operator[](std::size_t i) { return data()[i]; }
+    V* data() { return m_memory.data() != nullptr ? m_memory.template as<V>() : m_own; }
 
 private:
+    static constexpr std::size_t own = 4096 / sizeof(V);
+    alignas(64) V m_own[own];
     Scratch m_memory;
 };
 
@@ -160,9 +162,9 @@ private:
         const access::RoundingRange<T> rounding(output);
         const auto border = access::borderOf<T>(m_job.border, m_job.borderValue);
         const auto smoothRow = [&](access::WindowRows<T>& window, const access::RowSegment& segment, T* out) {
-            const RowList<T> rows(2 * std::max(reachX, reachY) + 1);
+            RowList<const T*> rows(2 * std::max(reachX, reachY) + 1);
             const std::size_t extended = segment.count + 2 * reachX;
-            const Scratch memory(reachX > 0 ? extended * sizeof(T) : 0);
+            RowList<T> summed(reachX > 0 ? extended : 0);
             const auto row = static_cast<std::int64_t>(segment.row);
             for (std::size_t k = 0; k <= 2 * reachY; ++k) {
                 rows[k] = window.row(row + static_cast<std::int64_t>(k) - static_cast<std::int64_t>(reachY),
@@ -171,9 +173,9 @@ private:
             }
             const T* line = rows[0];
             if (reachY > 0 || reachX == 0) {
-                T* const summed = reachX > 0 ? memory.template as<T>() : out;
-                m_kernels.sum(rows.data(), m_y.data(), reachY, summed, extended);
-                line = summed;
+                T* const sums = reachX > 0 ? summed.data() : out;
+                m_kernels.sum(rows.data(), m_y.data(), reachY, sums, extended);
+                line = sums;
             }
             if (reachX > 0) {
                 for (std::size_t k = 0; k <= 2 * reachX; ++k) {
@@ -193,7 +195,7 @@ private:
         const access::RoundingRange<T> rounding(output);
         access::forEachBundle<T>(m_context, input, output, PLANS, alongNeeds(m_job, reach),
                                  [&](access::Bundle<T>& bundle) {
-                                     const RowList<T> rows(2 * reach + 1);
+                                     RowList<const T*> rows(2 * reach + 1);
                                      const auto before = static_cast<std::int64_t>(reach);
                                      for (std::int64_t i = 0; i < static_cast<std::int64_t>(bundle.length()); ++i) {
                                          for (std::size_t k = 0; k <= 2 * reach; ++k) {

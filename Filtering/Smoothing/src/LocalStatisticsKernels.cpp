@@ -8,6 +8,8 @@
 
 #include <hwy/highway.h>
 
+#include <rix/access/Stores-inl.h>
+
 HWY_BEFORE_NAMESPACE();
 namespace rix::filtering::smoothing::HWY_NAMESPACE {
 
@@ -153,7 +155,7 @@ void total(const Sum* columns, std::size_t count, std::size_t window, const Sum&
     }
 }
 
-template <class Sum>
+template <class Sum, access::Stores>
 constexpr TotalRow<Sum> totalRow = &total<Sum>;
 
 #if HWY_TARGET != HWY_SCALAR
@@ -210,14 +212,29 @@ private:
     PairVector m_last;
 };
 
+/// Results of a line of the cache.
+constexpr std::size_t lineResults = access::lineBytes / sizeof(float);
+
+/// In every lane by how much a window's sums change in so many steps.
+HWY_INLINE PairVector sumOfSteps(const std::uint64_t* pairs, std::size_t steps, std::size_t window) {
+    const hn::Repartition<std::uint32_t, Pairs> halves;
+    auto sum = hn::Zero(halves);
+    for (std::size_t i = 0; i < steps; ++i) {
+        const auto entering = hn::BitCast(halves, hn::Set(Pairs(), pairs[i + window]));
+        sum = hn::Add(sum, hn::Sub(entering, hn::BitCast(halves, hn::Set(Pairs(), pairs[i]))));
+    }
+    return hn::BitCast(Pairs(), sum);
+}
+
 /// `total` for pairs of 32 bits in vectors: every step up to a quotient or a root is exact in both. Of means the
 /// numerators fit a float (`hasNarrowMeans`).
-template <LocalStatistic statistic>
+template <LocalStatistic statistic, access::Stores stores>
 void totalPairs(const NarrowSum* columns, std::size_t count, std::size_t window, const NarrowSum& first, float* out,
                 const LocalResult& result) {
     const Pairs d;
     const hn::RebindToFloat<Pairs> ofReals;
-    const hn::Rebind<float, Pairs> ofResults;
+    const hn::Rebind<float, Pairs> ofHalf;
+    const hn::ScalableTag<float> ofResults;
     const hn::Repartition<std::int32_t, Pairs> ofSums;
     const hn::Repartition<std::uint32_t, Pairs> halves;
     const std::size_t lanes = hn::Lanes(d);
@@ -234,10 +251,9 @@ void totalPairs(const NarrowSum* columns, std::size_t count, std::size_t window,
         hn::Set(ofReals, magic + static_cast<double>(half) - static_cast<double>(result.origin * result.voxels));
     const auto divisor = hn::Set(ofResults, static_cast<float>(result.voxels));
     const PairScan scan;
-    total<NarrowSum>(columns, 1, window, first, out, result);
     auto carry = hn::Set(d, std::uint64_t{first.squares} << 32 | first.sum);
-    std::size_t x = 1;
-    for (; x + lanes <= count; x += lanes) {
+    // What follows on the sum of the result before: a vector of numerators, or of variances.
+    const auto next = [&](std::size_t x) HWY_ATTR {
         const auto leaving = hn::BitCast(halves, hn::LoadU(d, pairs + x - 1));
         const auto entering = hn::BitCast(halves, hn::LoadU(d, pairs + x - 1 + window));
         const auto sums = scan.sums(hn::BitCast(d, hn::Sub(entering, leaving)));
@@ -245,25 +261,39 @@ void totalPairs(const NarrowSum* columns, std::size_t count, std::size_t window,
         carry = addPairs(carry, scan.last(sums));
         if constexpr (statistic == LocalStatistic::Mean) {
             const auto positive = hn::And(hn::Add(totals, bias), lowHalf);
-            const auto reals = hn::Sub(hn::BitCast(ofReals, hn::Or(positive, hn::BitCast(d, whole))), origin);
-            hn::StoreU(hn::Div(hn::DemoteTo(ofResults, reals), divisor), ofResults, out + x);
+            return hn::DemoteTo(ofHalf, hn::Sub(hn::BitCast(ofReals, hn::Or(positive, hn::BitCast(d, whole))), origin));
         } else {
             const auto ofSamples = hn::BitCast(ofSums, totals);
             const auto squareOfSum = hn::BitCast(d, hn::MulEven(ofSamples, ofSamples));
             const auto squares = hn::MulEven(hn::BitCast(halves, hn::ShiftRight<32>(totals)), voxels);
             const auto numerators = hn::Sub(squares, squareOfSum);
             const auto reals = hn::Sub(hn::BitCast(ofReals, hn::Or(numerators, hn::BitCast(d, whole))), whole);
-            const auto variances = hn::DemoteTo(ofResults, hn::Mul(reals, factor));
-            hn::StoreU(statistic == LocalStatistic::Variance ? variances : hn::Sqrt(variances), ofResults, out + x);
+            return hn::DemoteTo(ofHalf, hn::Mul(reals, factor));
         }
+    };
+    std::size_t x = 1;
+    if constexpr (stores == access::Stores::Streaming) {
+        x = access::samplesBeforeLine(out, sizeof(float), count);
+        x = x == 0 ? lineResults : x;
+    }
+    if (x + 2 * lanes > count) {
+        total<NarrowSum>(columns, count, window, first, out, result);
+        return;
+    }
+    total<NarrowSum>(columns, x, window, first, out, result);
+    carry = addPairs(carry, sumOfSteps(pairs, x - 1, window));
+    for (; x + 2 * lanes <= count; x += 2 * lanes) {
+        const auto low = next(x);
+        const auto both = hn::Combine(ofResults, next(x + lanes), low);
+        access::HWY_NAMESPACE::storeTo<stores>(statistic == LocalStatistic::Mean       ? hn::Div(both, divisor)
+                                               : statistic == LocalStatistic::Variance ? both
+                                                                                       : hn::Sqrt(both),
+                                               ofResults, out + x);
     }
     if (x < count) {
         HWY_ALIGN std::uint64_t last[HWY_LANES(std::uint64_t)];
-        hn::Store(carry, d, last);
-        auto* const next = reinterpret_cast<NarrowSum*>(last);
-        next->sum += columns[x - 1 + window].sum - columns[x - 1].sum;
-        next->squares += columns[x - 1 + window].squares - columns[x - 1].squares;
-        total<NarrowSum>(columns + x, count - x, window, *next, out + x, result);
+        hn::Store(addPairs(carry, sumOfSteps(pairs + x - 1, 1, window)), d, last);
+        total<NarrowSum>(columns + x, count - x, window, *reinterpret_cast<const NarrowSum*>(last), out + x, result);
     }
 }
 
@@ -273,28 +303,33 @@ HWY_INLINE bool hasNarrowMeans(const LocalResult& result) {
     return result.voxels * 255 <= std::int64_t{1} << 24;
 }
 
+template <access::Stores stores>
 void totalNarrow(const NarrowSum* columns, std::size_t count, std::size_t window, const NarrowSum& first, float* out,
                  const LocalResult& result) {
     if (result.statistic == LocalStatistic::Variance) {
-        totalPairs<LocalStatistic::Variance>(columns, count, window, first, out, result);
+        totalPairs<LocalStatistic::Variance, stores>(columns, count, window, first, out, result);
     } else if (result.statistic == LocalStatistic::StandardDeviation) {
-        totalPairs<LocalStatistic::StandardDeviation>(columns, count, window, first, out, result);
+        totalPairs<LocalStatistic::StandardDeviation, stores>(columns, count, window, first, out, result);
     } else if (hasNarrowMeans(result)) {
-        totalPairs<LocalStatistic::Mean>(columns, count, window, first, out, result);
+        totalPairs<LocalStatistic::Mean, stores>(columns, count, window, first, out, result);
     } else {
         total<NarrowSum>(columns, count, window, first, out, result);
     }
 }
 
 template <>
-constexpr TotalRow<NarrowSum> totalRow<NarrowSum> = &totalNarrow;
+constexpr TotalRow<NarrowSum> totalRow<NarrowSum, access::Stores::Cached> = &totalNarrow<access::Stores::Cached>;
+template <>
+constexpr TotalRow<NarrowSum> totalRow<NarrowSum, access::Stores::Streaming> = &totalNarrow<access::Stores::Streaming>;
 #endif
 
 template <class Twin>
-LocalStatisticsKernels<Twin> kernels() {
+LocalStatisticsKernels<Twin> kernels(access::Stores stores) {
     using T = typename Twin::Sample;
     using Sum = typename Twin::Sum;
-    return {&addSamples<T, Sum>, &slideSamples<T, Sum>, &addSums<Sum>, &slideSums<Sum>, totalRow<Sum>};
+    using access::Stores;
+    return {&addSamples<T, Sum>, &slideSamples<T, Sum>, &addSums<Sum>, &slideSums<Sum>,
+            stores == Stores::Streaming ? totalRow<Sum, Stores::Streaming> : totalRow<Sum, Stores::Cached>};
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE
@@ -304,12 +339,13 @@ HWY_AFTER_NAMESPACE();
 namespace rix::filtering::smoothing {
 
 template <class Twin>
-LocalStatisticsKernels<Twin> localStatisticsKernels(OptimLevelType level) {
-    return RIX_SELECT_KERNELS(level, kernels<Twin>());
+LocalStatisticsKernels<Twin> localStatisticsKernels(OptimLevelType level, access::Stores stores) {
+    return RIX_SELECT_KERNELS(level, kernels<Twin>(stores));
 }
 
-#define RIX_INSTANTIATE(...) \
-    template LocalStatisticsKernels<TwinOf<__VA_ARGS__>> localStatisticsKernels<TwinOf<__VA_ARGS__>>(OptimLevelType);
+#define RIX_INSTANTIATE(...)                                                                                         \
+    template LocalStatisticsKernels<TwinOf<__VA_ARGS__>> localStatisticsKernels<TwinOf<__VA_ARGS__>>(OptimLevelType, \
+                                                                                                     access::Stores);
 RIX_INSTANTIATE(std::uint8_t, true)
 RIX_INSTANTIATE(std::int8_t, true)
 RIX_INSTANTIATE(std::uint8_t, false)

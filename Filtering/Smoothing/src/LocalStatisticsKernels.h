@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include <rix/access/Plan.h>
 #include <rix/algorithms/OptimLevel.h>
 
 #include "BoxJob.h"
@@ -63,7 +64,8 @@ struct LocalStatisticsKernels {
                   const LocalResult& result);
 };
 
+/// @param stores how pairs of 32 bits are written; others are through the caches
 template <class Twin>
-LocalStatisticsKernels<Twin> localStatisticsKernels(OptimLevelType level);
+LocalStatisticsKernels<Twin> localStatisticsKernels(OptimLevelType level, access::Stores stores);
 
 }  // namespace rix::filtering::smoothing

@@ -1,7 +1,9 @@
 #include "LocalSums.h"
 
+#include <rix/access/Pieces.h>
 #include <rix/access/Run.h>
 #include <rix/access/SampleCast.h>
+#include <rix/access/StreamKernels.h>
 #include <rix/access/VoxelTypeLists.h>
 
 #include "BoxAhead.h"
@@ -20,8 +22,10 @@ public:
     using Sum = typename Twin::Sum;
     using Row = BoxDealt<Sum, 1>;
 
-    TwinArithmetic(OptimLevelType level, const BoxJob& job, const LocalResult& result)
-        : m_kernels(localStatisticsKernels<Twin>(level)), m_origin(static_cast<T>(job.origin)), m_result(result) {}
+    TwinArithmetic(OptimLevelType level, access::Stores stores, const BoxJob& job, const LocalResult& result)
+        : m_kernels(localStatisticsKernels<Twin>(level, stores)),
+          m_origin(static_cast<T>(job.origin)),
+          m_result(result) {}
 
     void add(const T* const* in, std::size_t rows, const Row& sums, std::size_t count) const {
         for (std::size_t row = 0; row < rows; ++row) {
@@ -77,10 +81,14 @@ template <class Twin>
 void tell(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const BoxJob& job,
           const LocalResult& result, OptimLevelType level) {
     using Arithmetic = TwinArithmetic<Twin>;
-    const Arithmetic arithmetic(level, job, result);
+    const access::Stores stores = access::storesFor(output);
+    const Arithmetic arithmetic(level, stores, job, result);
     const access::Plan plan = access::cutBoxes({&input}, {&output}, boxNeeds(input, job));
     access::run(context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
         BoxIntegerBody<typename Twin::Sample, float, Arithmetic>(input, output, job, arithmetic, block).run(progress);
+        if (stores == access::Stores::Streaming) {
+            access::finishStreaming();
+        }
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <rix/access/ForcedStores.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/filtering/smoothing/LocalStatistics2d.h>
 #include <rix/filtering/smoothing/LocalStatistics3d.h>
@@ -100,6 +101,18 @@ TEST(LocalStatistics, AreTheirFormulas) {
         for (const std::array<int, 3>& window : {std::array{3, 3, 3}, {2, 9, 4}, {1, 3, 17}}) {
             SCOPED_TRACE("type " + std::to_string(type) + ", window " + std::to_string(window[0]));
             expectTheFormulas<LocalStatistics3d>(volume, window, 1e6);
+        }
+    }
+}
+
+/// Rows of bytes begin and end within lines of the cache, where they are written past it.
+TEST(LocalStatistics, AreTheirFormulasHoweverTheyAreStored) {
+    for (const access::Stores stores : {access::Stores::Cached, access::Stores::Streaming}) {
+        const access::ForcedStores forced(stores);
+        for (const std::size_t width : {std::size_t{15}, std::size_t{48}, std::size_t{67}}) {
+            const io::MemoryImage plane = makeRandomImage(
+                {.voxelType = width == 48 ? RIX_INT8 : RIX_UINT8, .extents = {width, 9, 1, 1, 1}}, 5, Extremes::None);
+            expectTheFormulas<LocalStatistics2d>(plane, {4, 3, 1}, 1e6);
         }
     }
 }

@@ -35,8 +35,10 @@ namespace rix::filtering::smoothing {
 ///         a search radius outside [0, 50], a strength that is not positive and finite, an unknown
 ///         choice, a `borderValue` of NaN, and an in-place output of another type; ResizeImageError or MemoryError when
 ///         there is no memory.
-/// Cost: an exponential and some differences a voxel of the searched square and voxel. Memory: the rows that are
-/// searched a thread; see `describe`.
+/// Cost: half an exponential and some additions a voxel of the searched square and voxel, as two voxels weigh for each
+/// other what the other one weighs for them (B. Goossens, H. Luong, A. Pizurica and W. Philips, 2008); squared
+/// differences are summed over patches that neighbours share (J. Darbon et al., 2008), by additions alone. Memory: a
+/// tile and what is searched around it a thread; see `describe`.
 class RIX_EXPORT NonLocalMeansFilter2d : public BaseAlgorithm {
     RIX_ALGORITHM(NonLocalMeansFilter2d)
 

@@ -14,8 +14,8 @@ namespace rix::filtering::smoothing {
 /// failures; squares become cubes, of a search radius of at most 10 and a patch radius of at most 5. Frames and
 /// channels are volumes of their own.
 ///
-/// Cost: an exponential and some differences a voxel of the searched cube and voxel. Memory: the rows that are searched
-/// a thread; see `describe`.
+/// Cost: half an exponential and some additions a voxel of the searched cube and voxel. Memory: a tile and what is
+/// searched around it a thread; see `describe`.
 class RIX_EXPORT NonLocalMeansFilter3d : public BaseAlgorithm {
     RIX_ALGORITHM(NonLocalMeansFilter3d)
 
