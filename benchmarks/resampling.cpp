@@ -1,5 +1,5 @@
-// Images of other extents and the coefficients of splines, 1 and 2 threads, beside OpenCV where it has them.
-// benchmarks/python_peers.py measures some of it beside SciPy.
+// Images of other extents, turned images and the coefficients of splines, 1 and 2 threads, beside OpenCV where it has
+// them. benchmarks/python_peers.py measures some of it beside SciPy.
 
 #include <array>
 #include <string>
@@ -9,6 +9,8 @@
 #include <opencv2/imgproc.hpp>
 #endif
 
+#include <rix/geometry/AffineTransform2d.h>
+#include <rix/geometry/AffineTransform3d.h>
 #include <rix/geometry/BSplineCoefficients2d.h>
 #include <rix/geometry/BSplineCoefficients3d.h>
 #include <rix/geometry/Rescale2d.h>
@@ -83,6 +85,13 @@ void registerOpenCv(const std::string& name, const Sample& sample, int threads, 
         ->Unit(benchmark::kMillisecond);
 }
 
+auto turnBy(double degrees, int interpolation) {
+    return [=](const cv::Mat& in, cv::Mat& out) {
+        const cv::Point2f center(static_cast<float>(in.cols - 1) / 2, static_cast<float>(in.rows - 1) / 2);
+        cv::warpAffine(in, out, cv::getRotationMatrix2D(center, -degrees, 1.0), in.size(), interpolation);
+    };
+}
+
 auto resizeBy(double factor, int interpolation) {
     return [=](const cv::Mat& in, cv::Mat& out) { cv::resize(in, out, cv::Size(), factor, factor, interpolation); };
 }
@@ -117,7 +126,27 @@ void registerSample(const Sample& sample, int threads) {
     registerOurs<Rescale3d>("volume_halved/area", sample, volume, threads, by<Rescale3d>(0.5, AREA));
     registerOurs<BSplineCoefficients2d>("coefficients", sample, plane, threads, [](BSplineCoefficients2d&) {});
     registerOurs<BSplineCoefficients3d>("volume_coefficients", sample, volume, threads, [](BSplineCoefficients3d&) {});
+    const std::pair<const char*, PlaceInterpolation> places[] = {{"nearest", PlaceInterpolation::NEAREST},
+                                                                 {"linear", PlaceInterpolation::LINEAR},
+                                                                 {"cubic", PlaceInterpolation::CUBIC_BSPLINE},
+                                                                 {"quintic", PlaceInterpolation::QUINTIC_BSPLINE}};
+    for (const auto& [name, interpolation] : places) {
+        registerOurs<AffineTransform2d>(std::string("turned/") + name, sample, plane, threads,
+                                        [=](AffineTransform2d& transform) {
+                                            transform.setAngle(10);
+                                            transform.setInterpolation(interpolation);
+                                        });
+        registerOurs<AffineTransform3d>(std::string("volume_turned/") + name, sample, volume, threads,
+                                        [=](AffineTransform3d& transform) {
+                                            transform.setAngleX(10);
+                                            transform.setAngleZ(10);
+                                            transform.setInterpolation(interpolation);
+                                        });
+    }
 #ifdef RIX_HAVE_OPENCV
+    registerOpenCv("turned/nearest", sample, threads, turnBy(10, cv::INTER_NEAREST));
+    registerOpenCv("turned/linear", sample, threads, turnBy(10, cv::INTER_LINEAR));
+    registerOpenCv("turned/cubic", sample, threads, turnBy(10, cv::INTER_CUBIC));
     registerOpenCv("by_1.5/nearest", sample, threads, resizeBy(1.5, cv::INTER_NEAREST));
     registerOpenCv("by_1.5/linear", sample, threads, resizeBy(1.5, cv::INTER_LINEAR));
     registerOpenCv("by_1.5/cubic", sample, threads, resizeBy(1.5, cv::INTER_CUBIC));
