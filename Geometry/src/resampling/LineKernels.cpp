@@ -16,6 +16,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 template <class T>
 using Tag = hn::ScalableTag<T>;
 
+template <class T>
+using Index = hwy::SignedFromSize<sizeof(T)>;
+
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
 template <class T>
@@ -35,9 +38,6 @@ void along(const T* row, const RowTaps<T>& taps, std::size_t count, T* out) {
 
 #else
 
-template <class T>
-using Index = hwy::SignedFromSize<sizeof(T)>;
-
 /// The indices of a vector as integers of the samples' size.
 HWY_INLINE hn::Vec<Tag<std::int32_t>> loadIndices(Tag<float> /*d*/, const std::int32_t* from) {
     return hn::LoadU(Tag<std::int32_t>(), from);
@@ -46,6 +46,9 @@ HWY_INLINE hn::Vec<Tag<std::int64_t>> loadIndices(Tag<double> /*d*/, const std::
     const Tag<std::int64_t> wide;
     return hn::PromoteTo(wide, hn::LoadU(hn::Rebind<std::int32_t, decltype(wide)>(), from));
 }
+
+/// Twice as much fits 31 bits.
+constexpr std::int32_t farthestVector = std::int32_t{1} << 30;
 
 template <class T>
 void place(const RowTaps<T>& taps, std::size_t count, std::size_t length, std::int32_t* at) {
@@ -61,10 +64,12 @@ void place(const RowTaps<T>& taps, std::size_t count, std::size_t length, std::i
                 least = HWY_MIN(least, indices[lane]);
                 most = HWY_MAX(most, indices[lane]);
             }
-            const auto both = static_cast<std::int32_t>(2 * lanes);
-            const auto last = static_cast<std::int32_t>(length) - both;
+            const auto one = static_cast<std::int32_t>(lanes);
+            const std::int32_t last = static_cast<std::int32_t>(length) - 2 * one;
             const std::int32_t begin = HWY_MIN(least - taps.first, last);
-            *at = begin >= 0 && most - taps.first - begin < both ? begin : -1;
+            const std::int32_t reach = most - taps.first - begin;
+            const bool isNear = begin >= 0 && begin < farthestVector && reach < 2 * one;
+            *at = isNear ? 2 * begin + (reach < one ? 0 : 1) : -1;
         }
     }
 }
@@ -78,10 +83,14 @@ HWY_INLINE hn::Vec<Tag<T>> elements(const T* row, const std::int32_t* indices, s
     if (at < 0) {
         return hn::Load(d, gathered);
     }
-    const auto within = hn::Sub(loadIndices(d, indices), hn::Set(di, static_cast<Index<T>>(first + at)));
+    const std::int32_t begin = at / 2;
+    const auto within = hn::Sub(loadIndices(d, indices), hn::Set(di, static_cast<Index<T>>(first + begin)));
     const auto lane = hn::IndicesFromVec(d, hn::And(within, hn::Set(di, static_cast<Index<T>>(lanes - 1))));
-    const auto low = hn::TableLookupLanes(hn::LoadU(d, row + at), lane);
-    const auto high = hn::TableLookupLanes(hn::LoadU(d, row + at + lanes), lane);
+    const auto low = hn::TableLookupLanes(hn::LoadU(d, row + begin), lane);
+    if (at % 2 == 0) {
+        return low;
+    }
+    const auto high = hn::TableLookupLanes(hn::LoadU(d, row + begin + lanes), lane);
     const auto isHigh = hn::Gt(within, hn::Set(di, static_cast<Index<T>>(lanes - 1)));
     return hn::IfThenElse(hn::RebindMask(d, isHigh), high, low);
 }
@@ -158,6 +167,15 @@ void across(const T* const* rows, const T* weights, std::size_t taps, const T* c
 
 template <class T>
 void divide(T* row, T divisor, std::size_t count) {
+    const T inverse = T(1) / divisor;
+    if (__builtin_bit_cast(hwy::UnsignedFromSize<sizeof(T)>, inverse) << (sizeof(T) == 4 ? 9 : 12) == 0) {
+        // A power of two, by which a product is the same as a quotient.
+        RIX_INDEPENDENT_ITERATIONS
+        for (std::size_t i = 0; i < count; ++i) {
+            row[i] = row[i] * inverse;
+        }
+        return;
+    }
     RIX_INDEPENDENT_ITERATIONS
     for (std::size_t i = 0; i < count; ++i) {
         row[i] = row[i] / divisor;
@@ -166,7 +184,7 @@ void divide(T* row, T divisor, std::size_t count) {
 
 template <class T>
 LineKernels<T> kernels() {
-    return {hn::Lanes(Tag<T>()), &place<T>, &along<T>, &across<T>, &divide<T>};
+    return {&place<T>, &along<T>, &across<T>, &divide<T>};
 }
 
 }  // namespace rix::geometry::HWY_NAMESPACE

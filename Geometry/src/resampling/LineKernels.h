@@ -23,9 +23,9 @@ struct RowTaps {
 /// up to the next multiple of 16.
 template <class T>
 struct LineKernels {
-    std::size_t lanes;  ///< results of a vector
-    /// Finds where vectors of results read a row: where the elements of a tap lie within two vectors, the first of
-    /// these, else -1. `at` gets an entry for every tap of every vector of `count` results.
+    /// Finds where vectors of results read a row: where the elements of a tap lie within two vectors, twice the first
+    /// element of these, and one more where the second is needed; else -1. `at` gets an entry for every tap of every
+    /// vector of `count` results.
     void (*place)(const RowTaps<T>& taps, std::size_t count, std::size_t length, std::int32_t* at);
     /// out[i] = sum over k of weight(k)[i] row[index(k)[i] - first], then + constant[i]
     void (*along)(const T* row, const RowTaps<T>& taps, std::size_t count, T* out);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include <rix/access/BorderConditions.h>
 #include <rix/access/Plan.h>
 #include <rix/access/RoundedCast.h>
 #include <rix/access/RoundingKernels.h>
@@ -16,9 +15,9 @@
 #include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/image/ImageHeader.h>
-#include <rix/image/SampleMemory.h>
 
 #include "resampling/PlaceKernels.h"
+#include "resampling/PlaceRegions.h"
 #include "resampling/SplineCoefficients.h"
 
 namespace rix::geometry {
@@ -70,16 +69,6 @@ Plan cutTiles(const Extents& extents, const PlaceJob& job) {
     return plan;
 }
 
-/// The elements of an input that places read, which may lie beyond it; on each axis from `begin` on.
-struct Region {
-    std::array<std::int64_t, 3> begin{};
-    std::array<std::size_t, 3> count{};
-
-    double samples() const {
-        return static_cast<double>(count[0]) * static_cast<double>(count[1]) * static_cast<double>(count[2]);
-    }
-};
-
 /// The smallest place of a block on an axis, and the greatest: those of corners.
 std::pair<double, double> placesOf(const Block& block, const access::RegionMap& map, std::size_t axis) {
     double low = std::numeric_limits<double>::infinity();
@@ -94,128 +83,6 @@ std::pair<double, double> placesOf(const Block& block, const access::RegionMap& 
     }
     return {low, high};
 }
-
-/// Samples as they are in a region: of the image itself where it can give them, else copied from it, mirrored beyond.
-template <class Sample>
-class RegionReader {
-public:
-    RegionReader(const ImageModel& input, std::size_t room)
-        : m_input(input),
-          m_extents(helper::getExtents(input)),
-          m_samples(samplesOf(input)),
-          m_reader(input),
-          m_room(std::max<std::size_t>(room / sizeof(Sample), leastRoom)),
-          m_memory(bytes(room)) {}
-
-    /// What it holds. @param room bytes of a region, if it may be so large
-    static std::size_t bytes(std::size_t room) {
-        return (std::max<std::size_t>(room / sizeof(Sample), leastRoom) + tapsRead) * sizeof(Sample);
-    }
-
-    bool fits(const Region& region) const { return region.samples() <= static_cast<double>(m_room); }
-
-    /// Whether the image has all of a region in memory; tells the kernels where.
-    bool find(const Region& region, const Position& at, std::size_t axes, PlaceRow& row) const {
-        if (m_samples == nullptr) {
-            return false;
-        }
-        for (std::size_t axis = 0; axis < axes; ++axis) {
-            // Vectors of taps read behind the last of them.
-            const auto end =
-                region.begin[axis] + static_cast<std::int64_t>(region.count[axis] + (axis == 0 ? tapsRead : 0));
-            if (region.begin[axis] < 0 || end > static_cast<std::int64_t>(m_extents[axis])) {
-                return false;
-            }
-        }
-        const double plane = static_cast<double>(m_extents[COLUMNS]) * static_cast<double>(m_extents[ROWS]);
-        if (plane * static_cast<double>(region.count[PLANS]) > 0x1p30) {
-            return false;
-        }
-        const std::size_t z = axes == 3 ? static_cast<std::size_t>(region.begin[PLANS]) : at.plane;
-        const std::size_t first =
-            (((at.spectral * m_extents[SEQUENCE] + at.sequence) * m_extents[PLANS] + z) * m_extents[ROWS] +
-             static_cast<std::size_t>(region.begin[ROWS])) *
-                m_extents[COLUMNS] +
-            static_cast<std::size_t>(region.begin[COLUMNS]);
-        place(region, m_samples + first, static_cast<double>(m_extents[COLUMNS]), plane, row);
-        return true;
-    }
-
-    /// Copies a region that fits.
-    void copy(const Region& region, const Position& at, std::size_t axes, PlaceRow& row) {
-        auto* to = m_memory.template as<Sample>();
-        const auto [least, most] = columnsOf(region);
-        for (std::size_t z = 0; z < region.count[PLANS]; ++z) {
-            RowSegment segment{at, most - least};
-            segment.column = least;
-            segment.plane = axes == 3 ? inside(region.begin[PLANS], z, PLANS) : at.plane;
-            for (std::size_t y = 0; y < region.count[ROWS]; ++y, to += region.count[COLUMNS]) {
-                segment.row = inside(region.begin[ROWS], y, ROWS);
-                const Sample* const samples = m_reader.read(segment);
-                if (most - least == region.count[COLUMNS] &&
-                    region.begin[COLUMNS] == static_cast<std::int64_t>(least)) {
-                    std::copy_n(samples, region.count[COLUMNS], to);
-                    continue;
-                }
-                for (std::size_t x = 0; x < region.count[COLUMNS]; ++x) {
-                    to[x] = samples[inside(region.begin[COLUMNS], x, COLUMNS) - least];
-                }
-            }
-        }
-        std::fill_n(to, tapsRead, Sample{});
-        place(region, m_memory.template as<Sample>(), static_cast<double>(region.count[COLUMNS]),
-              static_cast<double>(region.count[COLUMNS] * region.count[ROWS]), row);
-    }
-
-private:
-    static constexpr std::size_t leastRoom = 4096;
-
-    static const Sample* samplesOf(const ImageModel& input) {
-        const ConstRawData samples = helper::contiguousSamples(input);
-        return samples != nullptr && input.getVoxelType() == access::voxelTypeOf<Sample> &&
-                       input.getInterpretation() != RIX_BINARY && access::isAligned(samples, input.getVoxelType())
-                   ? reinterpret_cast<const Sample*>(samples)
-                   : nullptr;
-    }
-
-    std::size_t inside(std::int64_t begin, std::size_t i, Components axis) const {
-        return static_cast<std::size_t>(
-            access::computeCoord(begin + static_cast<std::int64_t>(i), static_cast<std::int64_t>(m_extents[axis])));
-    }
-
-    /// The columns of the image that a region reads: from, and to one behind.
-    std::pair<std::size_t, std::size_t> columnsOf(const Region& region) const {
-        const std::int64_t end = region.begin[COLUMNS] + static_cast<std::int64_t>(region.count[COLUMNS]);
-        if (region.begin[COLUMNS] >= 0 && end <= static_cast<std::int64_t>(m_extents[COLUMNS])) {
-            return {static_cast<std::size_t>(region.begin[COLUMNS]), static_cast<std::size_t>(end)};
-        }
-        std::size_t least = std::numeric_limits<std::size_t>::max();
-        std::size_t most = 0;
-        for (std::size_t x = 0; x < region.count[COLUMNS]; ++x) {
-            const std::size_t column = inside(region.begin[COLUMNS], x, COLUMNS);
-            least = std::min(least, column);
-            most = std::max(most, column);
-        }
-        return {least, most + 1};
-    }
-
-    static void place(const Region& region, const Sample* samples, double line, double plane, PlaceRow& row) {
-        row.region = samples;
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            row.begin[axis] = static_cast<double>(region.begin[axis]);
-        }
-        row.stride[0] = 1.0;
-        row.stride[1] = line;
-        row.stride[2] = plane;
-    }
-
-    const ImageModel& m_input;
-    Extents m_extents;
-    const Sample* m_samples;
-    access::RowReader<Sample> m_reader;
-    std::size_t m_room;
-    Scratch m_memory;
-};
 
 /// Goes through the elements of a tile, in parts whose regions fit.
 template <class Sample>
@@ -235,13 +102,11 @@ public:
         at.spectral = block.spectral();
         const Region region = regionOf(block);
         PlaceRow row = rowOf(block);
-        if (!m_reader.find(region, at, m_job.axes, row)) {
-            if (!m_reader.fits(region) && block.voxels() > 1) {
-                split(block, use);
-                return;
-            }
-            m_reader.copy(region, at, m_job.axes, row);
+        if (!m_reader.fits(region) && block.voxels() > 1) {
+            split(block, use);
+            return;
         }
+        m_reader.copy(region, at, m_job.axes, row);
         block.forEachRow([&](const Position& place) {
             row.first = static_cast<double>(place.column);
             row.count = block.columns().length();

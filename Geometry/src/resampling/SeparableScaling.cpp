@@ -29,8 +29,9 @@ using access::Scratch;
 
 /// Rough cost of an element, for deciding whether threads pay.
 constexpr double nanosecondsPerElement = 0.5;
-/// Elements read or written between two looks at a request to cancel, and in a block.
-constexpr std::size_t elementsOfBlock = std::size_t{1} << 17;
+/// Elements read or written in a block, and between two looks at a request to cancel.
+constexpr std::size_t elementsOfBlock = std::size_t{1} << 19;
+constexpr std::size_t elementsBetweenLooks = std::size_t{1} << 17;
 /// Columns of a block are a multiple of this: whole vectors of every level.
 constexpr std::size_t columnGroup = 64;
 
@@ -275,7 +276,7 @@ private:
         segment.row = row;
         segment.plane = plane;
         m_read += segment.count;
-        if (m_read > elementsOfBlock) {
+        if (m_read > elementsBetweenLooks) {
             m_read = 0;
             m_progress.tell();
         }
