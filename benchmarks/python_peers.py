@@ -97,6 +97,31 @@ def families():
                 lambda threads, image=image, ours=ours, options=options: ours(image, **options, threads=threads),
                 lambda image=image, theirs=theirs: theirs(image))
 
+    plane, volume = bytes_[:2048, :2048].astype(np.float32), np.resize(bytes_, (128, 128, 128)).astype(np.float32)
+    for image, suffix in ((plane, "2d"), (volume, "3d")):
+        turn = np.eye(image.ndim)
+        turn[-2:, -2:] = [[np.cos(0.2), np.sin(0.2)], [-np.sin(0.2), np.cos(0.2)]]
+        text = ";".join(",".join(map(repr, [*row, 0.0])) for row in turn[::-1, ::-1].tolist())
+        factors = {f"factor_{axis}": 1.5 for axis in "xyz"[:image.ndim]}
+        for order, name in ((1, "LINEAR"), (3, "CUBIC_BSPLINE")):
+            rows = {
+                f"scipy.ndimage.zoom 1.5, order {order}": (
+                    f"rescale_{suffix}", dict(mode="FACTORS", **factors, interpolation=name),
+                    lambda a, order=order: ndimage.zoom(a, 1.5, order=order, mode="reflect", grid_mode=True)),
+                f"scipy.ndimage.affine_transform, order {order}": (
+                    f"affine_transform_{suffix}", dict(matrix=text, direction="BACKWARD", interpolation=name),
+                    lambda a, order=order, turn=turn: ndimage.affine_transform(a, turn, order=order)),
+            }
+            for peer, (ours, options, theirs) in rows.items():
+                yield "resampling", f"float32 {image.shape[0]}^{image.ndim}", peer, (
+                    lambda threads, image=image, ours=ours, options=options:
+                        getattr(rix, ours)(image, **options, threads=threads),
+                    lambda image=image, theirs=theirs: theirs(image))
+        yield "resampling", f"float32 {image.shape[0]}^{image.ndim}", "scipy.ndimage.spline_filter", (
+            lambda threads, image=image, suffix=suffix:
+                getattr(rix, f"b_spline_coefficients_{suffix}")(image, threads=threads),
+            lambda image=image: ndimage.spline_filter(image, 3, np.float32, "reflect"))
+
     words = np.random.default_rng(3).integers(0, 65536, (2048, 2048), dtype=np.uint16)
     for image, side in ((bytes_, 21), (bytes_, 101), (words, 5), (words, 21), (words, 101)):
         window = np.ones((side, side), np.uint8)
@@ -219,8 +244,8 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, geometry, ranks, background, labeling, uniform, median, otsu, maxima, flood, holes, "
-                             "distances, ways, regions; unless given, all")
+                        help="measures, geometry, resampling, ranks, background, labeling, uniform, median, otsu, maxima, "
+                             "flood, holes, distances, ways, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

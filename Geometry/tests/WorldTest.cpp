@@ -4,6 +4,10 @@
 #include <Eigen/Geometry>
 
 #include <rix/algorithms/AlgoInfo.h>
+#include <rix/geometry/AffineTransform2d.h>
+#include <rix/geometry/AffineTransform3d.h>
+#include <rix/geometry/BSplineCoefficients2d.h>
+#include <rix/geometry/BSplineCoefficients3d.h>
 #include <rix/geometry/ConcatenateImages.h>
 #include <rix/geometry/Crop.h>
 #include <rix/geometry/Flip.h>
@@ -11,9 +15,12 @@
 #include <rix/geometry/Pad.h>
 #include <rix/geometry/PermuteAxes.h>
 #include <rix/geometry/Projection.h>
+#include <rix/geometry/Rescale2d.h>
+#include <rix/geometry/Rescale3d.h>
 #include <rix/geometry/Rotate90.h>
 #include <rix/geometry/Shift.h>
 #include <rix/geometry/SplitChannels.h>
+#include <rix/image/ImageHeader.h>
 
 #include "RunFilter.h"
 #include "Testing.h"
@@ -202,6 +209,40 @@ std::vector<Case> cases() {
                        return join<ConcatenateImages>(half(image, 0, 4, false), half(image, 4, 5, false));
                    },
                    count});
+    // The middles of every three columns and rows, and of five planes.
+    const auto toThirds = [](auto& rescaling) {
+        rescaling.setInterpolation(geometry::ScalingInterpolation::NEAREST);
+        rescaling.setSizeX(3);
+        rescaling.setSizeY(2);
+    };
+    add(static_cast<Rescale2d*>(nullptr), 3U * 2 * 5 * 2 * 3, toThirds);
+    add(static_cast<Rescale3d*>(nullptr), 3U * 2 * 1 * 2 * 3, [toThirds](Rescale3d& rescaling) {
+        toThirds(rescaling);
+        rescaling.setSizeZ(1);
+    });
+    // Nothing moves, and the grid is found again.
+    const auto toFit = [](auto& transform) {
+        transform.setInterpolation(geometry::PlaceInterpolation::NEAREST);
+        transform.setGrid(geometry::TransformGrid::FIT);
+    };
+    add(static_cast<AffineTransform2d*>(nullptr), count, toFit);
+    add(static_cast<AffineTransform3d*>(nullptr), count, toFit);
+    // Coefficients are no markers: these get the place of the coefficients.
+    const auto addCoefficients = [&]<class Coefficients>(Coefficients*) {
+        all.push_back({Coefficients::getInfo().getName(),
+                       [](const ImageModel& image) {
+                           ImageHeader header = helper::headerOf(runWith<Coefficients>(image, [](Coefficients&) {}));
+                           header.voxelType = RIX_UINT32;
+                           io::MemoryImage placed;
+                           EXPECT_TRUE(helper::applyHeader(header, placed));
+                           const auto numbers = samplesOf<std::uint32_t>(image);
+                           std::memcpy(placed.getInternalBuffer(), numbers.data(), 4 * numbers.size());
+                           return placed;
+                       },
+                       count});
+    };
+    addCoefficients(static_cast<BSplineCoefficients2d*>(nullptr));
+    addCoefficients(static_cast<BSplineCoefficients3d*>(nullptr));
     return all;
 }
 

@@ -406,6 +406,77 @@ def test_geometry(dtype):
         np.testing.assert_array_equal(rix.concatenate_images(a, a, axis=name), np.concatenate((a, a), axis))
 
 
+@pytest.mark.parametrize("dtype", ["uint8", "float32", "float64"])
+@pytest.mark.parametrize("shape", [(40, 61), (9, 17, 25)])
+def test_rescale(dtype, shape):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    rescale = rix.rescale_2d if len(shape) == 2 else rix.rescale_3d
+    image = random_array(dtype, shape)
+    exact = image.astype(np.float64)
+    largest = np.abs(exact).max()
+    bound = {"u": 0.5 + 1e-3, "f": 4e-6 * largest}[image.dtype.kind]
+    for sizes in [(61, 92, 30)[-len(shape):], (7, 13, 20)[-len(shape):]]:
+        size = {f"size_{axis}": n for axis, n in zip("xyz", reversed(sizes))}
+        factors = [m / n for n, m in zip(shape, sizes)]
+        deviations = [max(0.0, (1 / f - 1) / 2) for f in factors]
+        for anti_aliasing in ("YES", "NO"):
+            smooth = ndimage.gaussian_filter(exact, deviations, mode="reflect") if anti_aliasing == "YES" else exact
+            for interpolation, order in {"LINEAR": 1, "CUBIC_BSPLINE": 3}.items():
+                expected = ndimage.zoom(smooth, factors, order=order, mode="reflect", grid_mode=True)
+                result = rescale(image, **size, interpolation=interpolation, anti_aliasing=anti_aliasing)
+                if image.dtype.kind == "u":
+                    expected = expected.clip(0, 255)
+                assert np.abs(result - expected).max() <= bound, (sizes, interpolation, anti_aliasing)
+    # Means of whole blocks.
+    blocks = exact[tuple(slice(0, n // 3 * 3) for n in shape)]
+    thirds = [n // 3 for n in blocks.shape]
+    expected = blocks.reshape([part for n in thirds for part in (n, 3)]).mean(tuple(range(1, 2 * len(shape), 2)))
+    result = rescale(blocks.astype(dtype), **{f"size_{axis}": n for axis, n in zip("xyz", reversed(thirds))})
+    np.testing.assert_allclose(result, np.rint(expected) if dtype == "uint8" else expected, rtol=0, atol=bound % 0.5)
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "float32", "float64"])
+@pytest.mark.parametrize("shape", [(40, 61), (24, 26, 31)])
+def test_affine_transform(dtype, shape):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = random_array(dtype, shape)
+    exact = image.astype(np.float64)
+    bound = {"u": 0.5 + 3e-3, "f": 1e-5 * np.abs(exact).max()}[image.dtype.kind]
+    axes = len(shape)
+    transform = rix.affine_transform_2d if axes == 2 else rix.affine_transform_3d
+    matrix = np.array([[0.9, -0.3, 0.1], [0.25, 1.1, -0.2], [-0.05, 0.15, 0.95]])[:axes, :axes]
+    shift = np.array([3.25, -4.5, 1.0])[:axes]
+    text = ";".join(",".join(map(repr, [*row, t])) for row, t in zip(matrix.tolist(), shift.tolist()))
+    # SciPy's axes are in the other order, and its matrix leads backwards.
+    backward = dict(matrix=matrix[::-1, ::-1], offset=shift[::-1], mode="reflect")
+    names = {1: "LINEAR", 2: "QUADRATIC_BSPLINE", 3: "CUBIC_BSPLINE", 4: "QUARTIC_BSPLINE", 5: "QUINTIC_BSPLINE"}
+    for order, name in names.items():
+        expected = ndimage.affine_transform(exact, order=order, **backward)
+        result = transform(image, matrix=text, direction="BACKWARD", interpolation=name, border_policy="MIRROR")
+        if dtype == "uint8":
+            expected = expected.clip(0, 255)
+        assert np.abs(result - expected).max() <= bound, name
+        if dtype == "float64":
+            inverse = np.linalg.inv(matrix)
+            forward = ";".join(",".join(map(repr, [*row, t]))
+                               for row, t in zip(inverse.tolist(), (-inverse @ shift).tolist()))
+            np.testing.assert_allclose(
+                transform(image, matrix=forward, interpolation=name, border_policy="MIRROR"), expected,
+                rtol=0, atol=1e-6)
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "float32", "float64"])
+def test_spline_coefficients(dtype):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    for shape, coefficients in [((31, 40), rix.b_spline_coefficients_2d), ((30, 28, 33), rix.b_spline_coefficients_3d)]:
+        image = random_array(dtype, shape)
+        for degree in (2, 3, 4, 5):
+            expected = ndimage.spline_filter(image.astype(np.float64), degree, mode="reflect")
+            result = coefficients(image, degree=degree)
+            # On lines much shorter than these SciPy's own begin with less than the exact sums.
+            np.testing.assert_allclose(result, expected, atol=np.abs(expected).max() * (1e-8 if dtype == "float64" else 2e-6))
+
+
 @pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
 def test_ways(shape):
     graph = pytest.importorskip("skimage.graph")

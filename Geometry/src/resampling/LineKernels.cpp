@@ -1,0 +1,205 @@
+#include "resampling/LineKernels.h"
+
+#include <rix/simd/Loops.h>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "resampling/LineKernels.cpp"
+#include <rix/simd/KernelTargets.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::geometry::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+template <class T>
+using Tag = hn::ScalableTag<T>;
+
+template <class T>
+using Index = hwy::SignedFromSize<sizeof(T)>;
+
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+template <class T>
+void place(const RowTaps<T>& /*taps*/, std::size_t /*count*/, std::size_t /*length*/, std::int32_t* /*at*/) {}
+
+template <class T>
+void along(const T* row, const RowTaps<T>& taps, std::size_t count, T* out) {
+    const T* const origin = row - taps.first;
+    for (std::size_t i = 0; i < count; ++i) {
+        T sum = taps.weights[i] * origin[taps.indices[i]];
+        for (std::size_t k = 1; k < taps.taps; ++k) {
+            sum += taps.weights[k * taps.stride + i] * origin[taps.indices[k * taps.stride + i]];
+        }
+        out[i] = taps.constants != nullptr ? sum + taps.constants[i] : sum;
+    }
+}
+
+#else
+
+/// The indices of a vector as integers of the samples' size.
+HWY_INLINE hn::Vec<Tag<std::int32_t>> loadIndices(Tag<float> /*d*/, const std::int32_t* from) {
+    return hn::LoadU(Tag<std::int32_t>(), from);
+}
+HWY_INLINE hn::Vec<Tag<std::int64_t>> loadIndices(Tag<double> /*d*/, const std::int32_t* from) {
+    const Tag<std::int64_t> wide;
+    return hn::PromoteTo(wide, hn::LoadU(hn::Rebind<std::int32_t, decltype(wide)>(), from));
+}
+
+/// Twice as much fits 31 bits.
+constexpr std::int32_t farthestVector = std::int32_t{1} << 30;
+
+template <class T>
+void place(const RowTaps<T>& taps, std::size_t count, std::size_t length, std::int32_t* at) {
+    const std::size_t lanes = hn::Lanes(Tag<T>());
+    for (std::size_t i = 0; i < count; i += lanes) {
+        for (std::size_t k = 0; k < taps.taps; ++k, ++at) {
+            const std::int32_t* const indices = taps.indices + k * taps.stride + i;
+            std::int32_t least = indices[0];
+            std::int32_t most = indices[0];
+            // Those behind the last result may be any: what they read is nobody's.
+            const std::size_t used = HWY_MIN(lanes, count - i);
+            for (std::size_t lane = 1; lane < used; ++lane) {
+                least = HWY_MIN(least, indices[lane]);
+                most = HWY_MAX(most, indices[lane]);
+            }
+            const auto one = static_cast<std::int32_t>(lanes);
+            const std::int32_t last = static_cast<std::int32_t>(length) - 2 * one;
+            const std::int32_t begin = HWY_MIN(least - taps.first, last);
+            const std::int32_t reach = most - taps.first - begin;
+            const bool isNear = begin >= 0 && begin < farthestVector && reach < 2 * one;
+            *at = isNear ? 2 * begin + (reach < one ? 0 : 1) : -1;
+        }
+    }
+}
+
+template <class T>
+HWY_INLINE hn::Vec<Tag<T>> elements(const T* row, const std::int32_t* indices, std::int32_t first, std::int32_t at,
+                                    const T* gathered) {
+    const Tag<T> d;
+    const hn::RebindToSigned<Tag<T>> di;
+    const std::size_t lanes = hn::Lanes(d);
+    if (at < 0) {
+        return hn::Load(d, gathered);
+    }
+    const std::int32_t begin = at / 2;
+    const auto within = hn::Sub(loadIndices(d, indices), hn::Set(di, static_cast<Index<T>>(first + begin)));
+    const auto lane = hn::IndicesFromVec(d, hn::And(within, hn::Set(di, static_cast<Index<T>>(lanes - 1))));
+    const auto low = hn::TableLookupLanes(hn::LoadU(d, row + begin), lane);
+    if (at % 2 == 0) {
+        return low;
+    }
+    const auto high = hn::TableLookupLanes(hn::LoadU(d, row + begin + lanes), lane);
+    const auto isHigh = hn::Gt(within, hn::Set(di, static_cast<Index<T>>(lanes - 1)));
+    return hn::IfThenElse(hn::RebindMask(d, isHigh), high, low);
+}
+
+template <class T>
+void along(const T* row, const RowTaps<T>& taps, std::size_t count, T* out) {
+    const Tag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    HWY_ALIGN T gathered[HWY_MAX_BYTES / sizeof(T)] = {};
+    const std::int32_t* at = taps.at;
+    for (std::size_t i = 0; i < count; i += lanes) {
+        auto sum = hn::Zero(d);
+        for (std::size_t k = 0; k < taps.taps; ++k, ++at) {
+            const std::size_t tap = k * taps.stride + i;
+            if (*at < 0) {
+                const std::size_t used = HWY_MIN(lanes, count - i);
+                for (std::size_t lane = 0; lane < used; ++lane) {
+                    gathered[lane] = row[taps.indices[tap + lane] - taps.first];
+                }
+            }
+            const auto product =
+                hn::Mul(hn::LoadU(d, taps.weights + tap), elements(row, taps.indices + tap, taps.first, *at, gathered));
+            sum = k == 0 ? product : hn::Add(sum, product);
+        }
+        if (taps.constants != nullptr) {
+            sum = hn::Add(sum, hn::LoadU(d, taps.constants + i));
+        }
+        hn::StoreU(sum, d, out + i);
+    }
+}
+
+#endif
+
+/// The sums of `vectors` vectors from x on, kept in registers through all taps.
+template <std::size_t vectors, class D, class T>
+HWY_INLINE void acrossAt(D d, const T* const* rows, const T* weights, std::size_t taps, const T* constant, T* out,
+                         std::size_t x) {
+    const std::size_t lanes = hn::Lanes(d);
+    hn::Vec<D> sums[vectors];
+    const auto first = hn::Set(d, weights[0]);
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        sums[v] = hn::Mul(first, hn::LoadU(d, rows[0] + x + v * lanes));
+    }
+    for (std::size_t k = 1; k < taps; ++k) {
+        const auto weight = hn::Set(d, weights[k]);
+        const T* const row = rows[k] + x;
+        HWY_UNROLL(4)
+        for (std::size_t v = 0; v < vectors; ++v) {
+            sums[v] = hn::Add(sums[v], hn::Mul(weight, hn::LoadU(d, row + v * lanes)));
+        }
+    }
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        hn::StoreU(constant != nullptr ? hn::Add(sums[v], hn::Set(d, *constant)) : sums[v], d, out + x + v * lanes);
+    }
+}
+
+template <class T>
+void across(const T* const* rows, const T* weights, std::size_t taps, const T* constant, T* out, std::size_t count) {
+    const Tag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + 4 * lanes <= count; x += 4 * lanes) {
+        acrossAt<4>(d, rows, weights, taps, constant, out, x);
+    }
+    for (; x + lanes <= count; x += lanes) {
+        acrossAt<1>(d, rows, weights, taps, constant, out, x);
+    }
+    for (; x < count; ++x) {
+        acrossAt<1>(hn::CappedTag<T, 1>(), rows, weights, taps, constant, out, x);
+    }
+}
+
+template <class T>
+void divide(T* row, T divisor, std::size_t count) {
+    const T inverse = T(1) / divisor;
+    if (__builtin_bit_cast(hwy::UnsignedFromSize<sizeof(T)>, inverse) << (sizeof(T) == 4 ? 9 : 12) == 0) {
+        // A power of two, by which a product is the same as a quotient.
+        RIX_INDEPENDENT_ITERATIONS
+        for (std::size_t i = 0; i < count; ++i) {
+            row[i] = row[i] * inverse;
+        }
+        return;
+    }
+    RIX_INDEPENDENT_ITERATIONS
+    for (std::size_t i = 0; i < count; ++i) {
+        row[i] = row[i] / divisor;
+    }
+}
+
+template <class T>
+LineKernels<T> kernels() {
+    return {&place<T>, &along<T>, &across<T>, &divide<T>};
+}
+
+}  // namespace rix::geometry::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rix::geometry {
+
+template <class T>
+LineKernels<T> lineKernels(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, kernels<T>());
+}
+
+template LineKernels<float> lineKernels<float>(OptimLevelType);
+template LineKernels<double> lineKernels<double>(OptimLevelType);
+
+}  // namespace rix::geometry
+#endif

@@ -1,0 +1,303 @@
+#include "resampling/PlaceSampling.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <rix/access/Plan.h>
+#include <rix/access/RoundedCast.h>
+#include <rix/access/RoundingKernels.h>
+#include <rix/access/Rows.h>
+#include <rix/access/Run.h>
+#include <rix/access/SampleCast.h>
+#include <rix/access/Scratch.h>
+#include <rix/access/Steps.h>
+#include <rix/access/TemporaryImage.h>
+#include <rix/access/VoxelTypeLists.h>
+#include <rix/image/ImageHeader.h>
+
+#include "resampling/PlaceKernels.h"
+#include "resampling/PlaceRegions.h"
+#include "resampling/SplineCoefficients.h"
+
+namespace rix::geometry {
+
+namespace {
+
+using access::Block;
+using access::Interval;
+using access::Plan;
+using access::Position;
+using access::RowSegment;
+using access::Scratch;
+using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
+
+/// The tiles of an output: of so many elements that what they read of the input fits the caches.
+constexpr std::size_t tileColumns = 128;
+constexpr std::size_t tileRows = 64;
+constexpr std::size_t brickColumns = 64;
+constexpr std::size_t brickRows = 16;
+constexpr std::size_t brickPlanes = 16;
+
+/// The bytes of a region that is copied, if it need not be larger.
+std::size_t regionBytes() {
+    return std::min(access::blockBytes(), access::usualBlockBytes);
+}
+
+/// Rows of results have space for whole vectors.
+constexpr std::size_t vectorSpace = 16;
+
+Plan cutTiles(const Extents& extents, const PlaceJob& job) {
+    Plan plan(extents, access::JoinedAxes::None);
+    const bool isPlanar = job.axes == 2;
+    const auto step = [&](Components axis, std::size_t planar, std::size_t spatial) {
+        const std::size_t usual = isPlanar ? planar : spatial;
+        plan.cut(axis, {1, std::min(extents[axis],
+                                    std::max(access::scaledToBlocks(usual), std::min<std::size_t>(usual, 4)))});
+    };
+    step(COLUMNS, tileColumns, brickColumns);
+    step(ROWS, tileRows, brickRows);
+    if (isPlanar) {
+        plan.cut(PLANS, {1, 1});  // each reads a plane of its own
+    } else {
+        step(PLANS, brickPlanes, brickPlanes);
+    }
+    plan.cut(SEQUENCE, {1, 1});
+    plan.cut(SPECTRAL_SERIES, {1, 1});
+    const double nanoseconds = std::pow(job.degree + 1.0, static_cast<double>(job.axes)) * 0.5 + 1.0;
+    plan.setSmall(static_cast<double>(plan.voxelCount()) * nanoseconds < access::smallWorkNanoseconds());
+    return plan;
+}
+
+/// The smallest place of a block on an axis, and the greatest: those of corners.
+std::pair<double, double> placesOf(const Block& block, const access::RegionMap& map, std::size_t axis) {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+        const auto index = [&](Components i) {
+            return (corner >> i & 1U) != 0 ? block.axes[i].end - 1 : block.axes[i].begin;
+        };
+        const double place = map.place(axis, index(COLUMNS), index(ROWS), index(PLANS));
+        low = std::min(low, place);
+        high = std::max(high, place);
+    }
+    return {low, high};
+}
+
+/// Goes through the elements of a tile, in parts whose regions fit.
+template <class Sample>
+class TileSampler {
+public:
+    TileSampler(const ImageModel& input, const PlaceJob& job)
+        : m_job(job), m_extents(helper::getExtents(input)), m_reader(input, regionBytes()) {}
+
+    static std::size_t bytes() { return Scratch::held(RegionReader<Sample>::bytes(regionBytes())); }
+
+    /// Calls `use(row, position)` for rows of elements.
+    template <class Use>
+    void forEachRow(const Block& block, const Use& use) {
+        Position at;
+        at.plane = block.planes().begin;
+        at.sequence = block.sequence();
+        at.spectral = block.spectral();
+        const Region region = regionOf(block);
+        PlaceRow row = rowOf(block);
+        if (!m_reader.fits(region) && block.voxels() > 1) {
+            split(block, use);
+            return;
+        }
+        m_reader.copy(region, at, m_job.axes, row);
+        block.forEachRow([&](const Position& place) {
+            row.first = static_cast<double>(place.column);
+            row.count = block.columns().length();
+            for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
+                row.row[axis] = m_job.map.matrix[axis][ROWS] * static_cast<double>(place.row);
+                row.plane[axis] = m_job.map.matrix[axis][PLANS] * static_cast<double>(place.plane);
+            }
+            use(row, place);
+        });
+    }
+
+private:
+    template <class Use>
+    void split(const Block& block, const Use& use) {
+        Components longest = COLUMNS;
+        for (const Components axis : {ROWS, PLANS}) {
+            longest = block.axes[axis].length() > block.axes[longest].length() ? axis : longest;
+        }
+        Block half = block;
+        const std::size_t middle = block.axes[longest].begin + block.axes[longest].length() / 2;
+        half.axes[longest].end = middle;
+        forEachRow(half, use);
+        half.axes[longest] = {middle, block.axes[longest].end};
+        forEachRow(half, use);
+    }
+
+    bool clamps() const { return m_job.border != access::BorderPolicy::MIRROR; }
+
+    /// What is the same for all rows of a block.
+    PlaceRow rowOf(const Block& block) const {
+        PlaceRow row{};
+        row.axes = m_job.axes;
+        bool isInside = true;
+        for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
+            row.slope[axis] = m_job.map.matrix[axis][COLUMNS];
+            row.shift[axis] = m_job.map.matrix[axis][3];
+            row.last[axis] = static_cast<double>(m_extents[axis] - 1);
+            const auto [low, high] = placesOf(block, m_job.map, axis);
+            isInside = isInside && low >= 0.0 && high <= row.last[axis];
+        }
+        row.clamps = clamps() && !isInside;
+        row.mixes = row.clamps && m_job.border == access::BorderPolicy::FIXED;
+        return row;
+    }
+
+    Region regionOf(const Block& block) const {
+        Region region;
+        region.count = {1, 1, 1};
+        for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
+            auto [low, high] = placesOf(block, m_job.map, axis);
+            const auto last = static_cast<double>(m_extents[axis] - 1);
+            if (clamps()) {
+                low = std::clamp(low, 0.0, last);
+                high = std::clamp(high, 0.0, last);
+            }
+            const double offset = m_job.degree % 2 == 0 ? 0.5 : 0.0;
+            region.begin[axis] = static_cast<std::int64_t>(std::floor(low + offset)) - tapsBefore(m_job.degree);
+            const auto end = static_cast<std::int64_t>(std::floor(high + offset)) + tapsAfter(m_job.degree) + 1;
+            region.count[axis] = static_cast<std::size_t>(end - region.begin[axis]);
+        }
+        return region;
+    }
+
+    const PlaceJob& m_job;
+    Extents m_extents;
+    RegionReader<Sample> m_reader;
+};
+
+template <class T>
+void interpolatePlaces(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
+                       const PlaceJob& job, OptimLevelType level) {
+    const Plan plan = cutTiles(helper::getExtents(output), job);
+    const PlaceKernels<T> kernels = placeKernels<T>(level);
+    const access::RoundingRow round = access::roundingRow(access::voxelTypeOf<T>, output.getVoxelType(), level);
+    const auto value = static_cast<T>(job.borderValue);
+    access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
+        TileSampler<T> sampler(input, job);
+        access::RawRowWriter writer(output, plan);
+        const Scratch results((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T));
+        sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
+            kernels.interpolate(row, job.degree, value, results.as<T>());
+            round(results.as<T>(), writer.open({at, row.count}), row.count);
+            writer.flush();
+            progress.add(row.count);
+        });
+    });
+}
+
+template <class T>
+void pickNearest(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const PlaceJob& job,
+                 OptimLevelType level) {
+    const Plan plan = cutTiles(helper::getExtents(output), job);
+    const NearestRow nearest = nearestRow(sizeof(T), level);
+    T value = access::roundedSample<T>(job.borderValue);
+    if (input.getInterpretation() == RIX_BINARY) {
+        value = value != T(0) ? T(1) : T(0);
+    }
+    access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
+        TileSampler<T> sampler(input, job);
+        access::RawRowWriter writer(output, plan);
+        sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
+            nearest(row, &value, writer.open({at, row.count}));
+            writer.flush();
+            progress.add(row.count);
+        });
+    });
+}
+
+SplineAxes splineAxesOf(const PlaceJob& job) {
+    return {true, true, job.axes == 3};
+}
+
+template <class T>
+std::size_t bytesOfTiles(const ImageModel& input, const Extents& extents, const PlaceJob& job, std::size_t threads) {
+    const Plan plan = cutTiles(extents, job);
+    const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
+    // A row of a region that is converted is as long as the image at most.
+    const bool isConverted = input.getVoxelType() != access::voxelTypeOf<T> || input.getInterpretation() == RIX_BINARY;
+    const std::size_t converted = std::min(input.getNumOf(COLUMNS) * sizeof(T), RegionReader<T>::bytes(regionBytes()));
+    return atOnce * (TileSampler<T>::bytes() + (isConverted ? Scratch::held(converted) : 0) +
+                     (job.degree > 0 ? Scratch::held((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T)) : 0));
+}
+
+}  // namespace
+
+bool placesAreNear(const access::RegionMap& map, const Extents& extents) {
+    Block all;
+    for (std::size_t axis = 0; axis < extents.size(); ++axis) {
+        all.axes[axis] = {0, extents[axis]};
+    }
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const auto [low, high] = placesOf(all, map, axis);
+        if (!(low >= -farthestPlace && high <= farthestPlace)) {
+            return false;
+        }
+        for (const double part : map.matrix[axis]) {
+            if (!std::isfinite(part)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+void samplePlaces(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const PlaceJob& job,
+                  OptimLevelType level) {
+    if (job.degree == 0) {
+        access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
+            pickNearest<typename decltype(tag)::type>(context, input, output, job, level);
+        });
+        return;
+    }
+    const VoxelTypes work = splineWorkType(input.getVoxelType());
+    const auto sample = [&](const ImageModel& from) {
+        if (work == RIX_FLOAT64) {
+            interpolatePlaces<double>(context, from, output, job, level);
+        } else {
+            interpolatePlaces<float>(context, from, output, job, level);
+        }
+    };
+    if (job.degree == 1) {
+        sample(input);
+        return;
+    }
+    const access::Steps steps(context, {1.0, 2.0});
+    access::TemporaryImage coefficients(input, work);
+    computeSplineCoefficients(context, input, coefficients.image(), job.degree, splineAxesOf(job), level);
+    sample(coefficients.image());
+}
+
+std::size_t placeSamplingMemory(const ImageModel& input, const Extents& extents, const PlaceJob& job,
+                                std::size_t threads) {
+    if (job.degree == 0) {
+        std::size_t bytes = 0;
+        access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
+            bytes = bytesOfTiles<typename decltype(tag)::type>(input, extents, job, threads);
+        });
+        return bytes;
+    }
+    const VoxelTypes work = splineWorkType(input.getVoxelType());
+    const auto tiles = [&](const ImageModel& from) {
+        return work == RIX_FLOAT64 ? bytesOfTiles<double>(from, extents, job, threads)
+                                   : bytesOfTiles<float>(from, extents, job, threads);
+    };
+    if (job.degree == 1) {
+        return tiles(input);
+    }
+    ImageHeader header = helper::headerOf(input);
+    header.voxelType = work;
+    return access::TemporaryImage::bytes(input, work) +
+           std::max(splineCoefficientsMemory(input, work, splineAxesOf(job), threads), tiles(HeaderImage(header)));
+}
+
+}  // namespace rix::geometry
