@@ -33,7 +33,8 @@ namespace rix::segmentation {
 ///         integers, images of different extents, an unknown choice, and an output in the memory of an input;
 ///         MemoryError when there is no memory.
 /// Cost: each voxel waits once; values of more than 16 bits are sorted before. Memory: 10 bytes a voxel of a plane for
-/// 8 bits, 12 for 16 bits, 16 for 32 bits and 20 for 64 bits; see `describe`.
+/// 8 bits, 12 for 16 bits, 16 for 32 bits and 20 for 64 bits; of 8 bits some megabytes more
+/// where threads share the work; see `describe`.
 class RIX_EXPORT MarkerBasedWatershed2d : public BaseAlgorithm {
     RIX_ALGORITHM(MarkerBasedWatershed2d)
 

@@ -10,8 +10,9 @@ namespace rix::segmentation {
 ///
 /// The markers of a flood, as `MarkerBasedWatershed2d` tells, are the regional minima: plateaus that lie lower than all
 /// around them. Left out are those of a depth of at most `minimumDepth`: the depth of a minimum is how far one has to
-/// climb from it to get to a lower one. Where a connected part of the image would have no minimum it is one basin; so
-/// is a constant image. Basins are numbered 1, 2, 3, ... in the raster order of the first voxels of their minima.
+/// climb from it to get to a lower one. They are filled before (see `HMinima2d`), so that equal ones with no more
+/// between them become one. Where a connected part of the image would have no minimum it is one basin; so is a constant
+/// image. Basins are numbered 1, 2, 3, ... in the raster order of the first voxels of their minima.
 ///
 /// Basins of less than `minimumArea` voxels, those on lines not counted, lose their minima, all of them at once, and
 /// the flood is repeated, until there is none. The others are numbered anew. So nothing but 0 is left where no basin is
