@@ -134,6 +134,19 @@ def families():
         lambda threads: rix.hysteresis_thresholding_2d(hills((2048, 2048)), 140, 190, "CONNECTIVITY_4", threads=threads),
         lambda: filters.apply_hysteresis_threshold(hills((2048, 2048)), 139, 189))
 
+    specks = ndimage.label(ndimage.gaussian_filter(np.random.default_rng(5).standard_normal((2048, 2048)), 4) > 0.15)[0]
+    specks = specks.astype(np.int32) * 3
+    tools = {
+        "skimage.segmentation.expand_labels": (lambda threads: rix.expand_labels_2d(specks, 10, threads=threads),
+                                               lambda: segmentation.expand_labels(specks, 10)),
+        "skimage.segmentation.find_boundaries": (lambda threads: rix.label_boundaries_2d(specks, threads=threads),
+                                                 lambda: segmentation.find_boundaries(specks, 2, "inner")),
+        "skimage.segmentation.relabel_sequential": (lambda threads: rix.relabel_sequential(specks, threads=threads),
+                                                    lambda: segmentation.relabel_sequential(specks)),
+    }
+    for peer, calls in tools.items():
+        yield "labels", "int32 2048x2048", peer, calls
+
     for picture, text in ((hills((512, 512)), "hills"), (bytes_[:512, :512], "noise")):
         for radius in (10, 50):
             yield "background", f"512^2 {text} {radius}", "skimage.restoration.rolling_ball, half of the work", (
