@@ -77,7 +77,7 @@ def made_of_values(region, grey):
 
 def families():
     from scipy import ndimage
-    from skimage import filters, measure, morphology, restoration
+    from skimage import filters, measure, morphology, restoration, segmentation
 
     objects, bytes_ = discs(4096, 40), np.random.default_rng(2).integers(1, 255, (4096, 4096), dtype=np.uint8)
     yield "measures", "4096x4096, 10404", "skimage.measure.regionprops_table, the same list", (
@@ -128,6 +128,49 @@ def families():
         yield "ranks", f"{image.dtype} {side}x{side}", "skimage.filters.rank.median", (
             lambda threads, image=image, side=side: rix.median_filter_2d(image, "RECTANGLE", side, side, threads=threads),
             lambda image=image, window=window: filters.rank.median(image, window))
+
+    for shape, cell in (((2048, 2048), 40), ((160, 160, 160), 16)):
+        relief = (ndimage.gaussian_filter(np.random.default_rng(5).standard_normal(shape), 4) * 400 + 128)
+        markers = np.zeros(shape, np.int32)
+        centres = (slice(cell // 2, None, cell),) * len(shape)
+        markers[centres] = 1 + np.arange(markers[centres].size).reshape(markers[centres].shape)
+        flat = len(shape) == 2
+        flood = rix.marker_based_watershed_2d if flat else rix.marker_based_watershed_3d
+        near = {} if flat else {"neighborhood": "CONNECTIVITY_6"}
+        for dtype in ((np.uint8, np.uint16, np.float32) if flat else (np.uint8,)):
+            image = (relief.clip(0, 255) * (200 if dtype == np.uint16 else 1)).astype(dtype)
+            yield "watershed", f"{image.dtype} {'x'.join(map(str, shape))}", "skimage.segmentation.watershed", (
+                lambda threads, image=image, flood=flood, markers=markers, near=near: flood(
+                    image, markers, threads=threads, **near),
+                lambda image=image, markers=markers, flat=flat: segmentation.watershed(
+                    image, markers, connectivity=2 if flat else 1))
+    touching = discs(2048, 40) > 0
+    for _ in range(4):
+        touching = ndimage.binary_dilation(touching, np.ones((3, 3)))
+
+    def chain():
+        distance = ndimage.distance_transform_edt(touching)
+        seeds = measure.label(morphology.h_maxima(distance, 1))
+        return segmentation.watershed(-distance, seeds, connectivity=2, mask=touching)
+
+    yield "splitting", "discs 2048x2048", "edt, h_maxima, label, watershed", (
+        lambda threads: rix.split_touching_objects_2d(touching, threads=threads), chain)
+    yield "hysteresis", "uint8 2048x2048", "skimage.filters.apply_hysteresis_threshold", (
+        lambda threads: rix.hysteresis_thresholding_2d(hills((2048, 2048)), 140, 190, "CONNECTIVITY_4", threads=threads),
+        lambda: filters.apply_hysteresis_threshold(hills((2048, 2048)), 139, 189))
+
+    specks = ndimage.label(ndimage.gaussian_filter(np.random.default_rng(5).standard_normal((2048, 2048)), 4) > 0.15)[0]
+    specks = specks.astype(np.int32) * 3
+    tools = {
+        "skimage.segmentation.expand_labels": (lambda threads: rix.expand_labels_2d(specks, 10, threads=threads),
+                                               lambda: segmentation.expand_labels(specks, 10)),
+        "skimage.segmentation.find_boundaries": (lambda threads: rix.label_boundaries_2d(specks, threads=threads),
+                                                 lambda: segmentation.find_boundaries(specks, 2, "inner")),
+        "skimage.segmentation.relabel_sequential": (lambda threads: rix.relabel_sequential(specks, threads=threads),
+                                                    lambda: segmentation.relabel_sequential(specks)),
+    }
+    for peer, calls in tools.items():
+        yield "labels", "int32 2048x2048", peer, calls
 
     for picture, text in ((hills((512, 512)), "hills"), (bytes_[:512, :512], "noise")):
         for radius in (10, 50):

@@ -492,3 +492,78 @@ def test_ways(shape):
         theirs = graph.MCP_Geometric(np.where(mask, 1.0, np.inf), sampling=sampling).find_costs(starts)[0]
         ours = np.asarray(measure(marker, calibrated, length_unit=length_unit))
         np.testing.assert_allclose(ours, np.where(mask, theirs, np.inf), rtol=1e-6)
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_watershed(shape):
+    segmentation = pytest.importorskip("skimage.segmentation")
+    flat = len(shape) == 2
+    flood = rix.marker_based_watershed_2d if flat else rix.marker_based_watershed_3d
+    random = np.random.default_rng(11)
+    markers = np.where(random.random(shape) < 0.02, random.integers(1, 9, shape), 0).astype(np.int32)
+    mask = random.random(shape) < 0.9
+    order = random.permutation(markers.size).reshape(shape)
+    # Where no two values are equal both definitions are one.
+    for relief in (order.astype(np.uint16), order.astype(np.float32), -order.astype(np.float64)):
+        for neighborhood, connectivity in ([("CONNECTIVITY_4", 1), ("CONNECTIVITY_8", 2)] if flat else
+                                           [("CONNECTIVITY_6", 1), ("CONNECTIVITY_18", 2), ("CONNECTIVITY_26", 3)]):
+            for within in (None, mask):
+                theirs = segmentation.watershed(relief, markers, connectivity=connectivity, mask=within)
+                seen = markers if within is None else np.where(within, markers, 0)
+                ours = flood(relief, seen, within, neighborhood=neighborhood)
+                np.testing.assert_array_equal(np.asarray(ours), theirs)
+    # Of equal values theirs takes them by their own level alone; ours by that from which they are reached, too.
+    coarse = (order * 40 // order.size).astype(np.uint8)
+    theirs = segmentation.watershed(coarse, markers, connectivity=len(shape))
+    assert (np.asarray(flood(coarse, markers)) != theirs).mean() < 0.25
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_connected_thresholds(shape):
+    filters = pytest.importorskip("skimage.filters")
+    segmentation = pytest.importorskip("skimage.segmentation")
+    flat = len(shape) == 2
+    hysteresis = rix.hysteresis_thresholding_2d if flat else rix.hysteresis_thresholding_3d
+    connected = rix.connected_threshold_2d if flat else rix.connected_threshold_3d
+    image = np.random.default_rng(12).integers(0, 256, shape, dtype=np.uint8)
+    nearest = "CONNECTIVITY_4" if flat else "CONNECTIVITY_6"
+    theirs = filters.apply_hysteresis_threshold(image, 149, 249)  # above, not from
+    np.testing.assert_array_equal(np.asarray(hysteresis(image, 150, 250, nearest)) != 0, theirs)
+    seed = tuple(extent // 2 for extent in shape)
+    marker = np.zeros(shape, np.uint8)
+    marker[seed] = 1
+    for tolerance in (20, 80, 120):
+        low, high = int(image[seed]) - tolerance, int(image[seed]) + tolerance
+        np.testing.assert_array_equal(np.asarray(connected(image, marker, low, high)) != 0,
+                                      segmentation.flood(image, seed, tolerance=tolerance))
+
+
+def test_splitting():
+    """Discs that overlap by a third of their radius are told apart."""
+    ndimage = pytest.importorskip("scipy.ndimage")
+    centres = [(y, x) for y in range(20, 180, 34) for x in range(20, 180, 34)]
+    at = np.indices((190, 190))
+    discs = np.zeros((190, 190), bool)
+    for y, x in centres:
+        discs |= np.hypot(at[0] - y, at[1] - x) <= 20
+    assert ndimage.label(discs)[1] == 1
+    labels = np.asarray(rix.split_touching_objects_2d(discs, contrast=1.5))
+    assert labels.max() == len(centres) == len({labels[centre] for centre in centres})
+    assert ((labels != 0) == discs).all()
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_label_tools(shape):
+    segmentation = pytest.importorskip("skimage.segmentation")
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    boundaries = rix.label_boundaries_2d if flat else rix.label_boundaries_3d
+    expand = rix.expand_labels_2d if flat else rix.expand_labels_3d
+    labels = ndimage.label(blobs(shape))[0].astype(np.uint16) * 7
+    np.testing.assert_array_equal(np.asarray(rix.relabel_sequential(labels)), segmentation.relabel_sequential(labels)[0])
+    full = "CONNECTIVITY_8" if flat else "CONNECTIVITY_26"
+    np.testing.assert_array_equal(np.asarray(boundaries(labels, "INNER", full)) != 0,
+                                  segmentation.find_boundaries(labels, connectivity=len(shape), mode="inner"))
+    grown = np.asarray(expand(labels, distance=2.5))
+    np.testing.assert_array_equal(grown != 0, segmentation.expand_labels(labels, 2.5) != 0)
+    np.testing.assert_array_equal(grown[labels != 0], labels[labels != 0])
