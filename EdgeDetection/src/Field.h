@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include <rix/access/Blocks.h>
+#include <rix/access/ExecutionContext.h>
+#include <rix/access/FunctionRef.h>
+#include <rix/access/TemporaryImage.h>
+#include <rix/algorithms/OptimLevel.h>
+#include <rix/image/ImageModel.h>
+
+#include "FieldRows.h"
+
+namespace rix::edge_detection {
+
+/// A channel of an image that results go to; the first voxel of a row of the input's channel c to channel `channel` +
+/// c.
+struct FieldOutput {
+    ImageModel* image;
+    std::size_t channel = 0;
+};
+
+/// In what sums are taken: 32-bit integers and doubles hold more than a float.
+VoxelTypes fieldWorkType(VoxelTypes input);
+/// Of derivatives.
+VoxelTypes derivativeType(VoxelTypes input);
+
+/// Sums along z that are taken before, and the images that windows then look at.
+template <class T>
+class FieldImages {
+public:
+    /// One step of the run for each temporary image.
+    FieldImages(access::ExecutionContext& context, const std::vector<const ImageModel*>& sources, const FieldJob& job,
+                const FieldPlan<T>& plan, OptimLevelType level);
+    const std::vector<FieldSource<T>>& sources() const { return m_sources; }
+
+private:
+    std::vector<access::TemporaryImage> m_temporaries;
+    std::vector<FieldSource<T>> m_sources;
+};
+
+/// Computes the components of a job for every voxel, and lets `row(components, outs, segment)` make rows of results of
+/// them.
+/// @param sources the filter's images, of the same extents
+template <class T>
+void computeField(access::ExecutionContext& context, const std::vector<const ImageModel*>& sources, const FieldJob& job,
+                  const std::vector<FieldOutput>& outputs, OptimLevelType level,
+                  access::FunctionRef<void(const T* const*, T* const*, const access::RowSegment&)> row);
+
+/// The needs of the cut into blocks.
+template <class T>
+access::BoxNeeds fieldNeeds(const FieldPlan<T>& plan);
+
+/// Most bytes that this takes beside its images. @param outputs how many rows of results there are at a time
+std::size_t fieldBytes(const ImageModel& input, const FieldJob& job, VoxelTypes workType, std::size_t outputs,
+                       std::size_t threads);
+/// How far the components look.
+access::Reach fieldReach(const FieldJob& job);
+
+}  // namespace rix::edge_detection
