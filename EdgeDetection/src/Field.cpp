@@ -4,7 +4,6 @@
 
 #include <rix/access/BorderConditions.h>
 #include <rix/access/BorderPolicy.h>
-#include <rix/access/LineBundles.h>
 #include <rix/access/Looks.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
@@ -22,29 +21,98 @@ constexpr double nanosecondsPerProduct = 0.15;
 /// Results that count as one step of `Looks`: a million are written between two.
 constexpr std::size_t voxelsOfStep = 8;
 
-template <class Kernel>
-access::BundleNeeds alongNeeds(const FieldJob& job, const Kernel& kernel) {
-    const std::size_t reach = kernel.reach();
-    return {{reach, reach}, job.border, job.borderValue, nanosecondsPerProduct * static_cast<double>(reach + 5)};
+/// Sums along z of an image by some kernels, and the temporary images that they go to.
+template <class T>
+struct AlongPlanes {
+    std::size_t source;
+    std::vector<const typename FieldPlan<T>::Kernel*> kernels;
+    std::vector<std::size_t> windows;  ///< of the plan, that look at them
+};
+
+template <class T>
+std::vector<AlongPlanes<T>> alongPlanes(const FieldPlan<T>& plan) {
+    std::vector<AlongPlanes<T>> passes;
+    for (std::size_t i = 0; i < plan.windows.size(); ++i) {
+        const auto& window = plan.windows[i];
+        if (window.kernel == FieldPlan<T>::none) {
+            continue;
+        }
+        auto pass = std::find_if(passes.begin(), passes.end(),
+                                 [&](const AlongPlanes<T>& each) { return each.source == window.source; });
+        if (pass == passes.end()) {
+            pass = passes.insert(passes.end(), {window.source, {}, {}});
+        }
+        pass->kernels.push_back(&plan.kernels[window.kernel]);
+        pass->windows.push_back(i);
+    }
+    return passes;
 }
 
 template <class T>
-void sumAlongPlanes(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const FieldJob& job,
-                    const typename FieldPlan<T>::Kernel& kernel, const FieldKernels<T>& kernels) {
-    const std::size_t reach = kernel.reach();
-    const auto sum = kernel.isOdd ? kernels.sumOdd : kernels.sumEven;
-    access::forEachBundle<T>(context, input, output, PLANS, alongNeeds(job, kernel), [&](access::Bundle<T>& bundle) {
-        const Scratch memory((2 * reach + 1) * sizeof(const T*));
-        const auto rows = memory.template as<const T*>();
-        const auto before = static_cast<std::int64_t>(reach);
-        for (std::int64_t i = 0; i < static_cast<std::int64_t>(bundle.length()); ++i) {
-            for (std::size_t k = 0; k <= 2 * reach; ++k) {
-                rows[k] = bundle.row(i - before + static_cast<std::int64_t>(k));
-            }
-            sum(rows, kernel.half.data(), reach, bundle.row(i - before), bundle.paddedWidth());
+access::BoxNeeds needsAlongPlanes(const AlongPlanes<T>& pass) {
+    access::BoxNeeds needs;
+    std::size_t products = 0;
+    for (const auto* const kernel : pass.kernels) {
+        needs.reach.planes.before = std::max(needs.reach.planes.before, kernel->reach());
+        products += kernel->half.size();
+    }
+    needs.reach.planes.after = needs.reach.planes.before;
+    needs.nanosecondsPerVoxel = nanosecondsPerProduct * static_cast<double>(products + 4);
+    needs.heldBytesPerVoxel = sizeof(T);
+    return needs;
+}
+
+template <class T>
+void sumAlongPlanes(access::ExecutionContext& context, const ImageModel& input, const std::vector<ImageModel*>& outputs,
+                    const FieldJob& job, const AlongPlanes<T>& pass, const FieldKernels<T>& kernels) {
+    const access::BoxNeeds needs = needsAlongPlanes(pass);
+    const auto reach = static_cast<std::int64_t>(needs.reach.planes.before);
+    const auto border = access::borderOf<T>(job.border, job.borderValue);
+    const access::Plan plan = access::cutBoxes({&input}, {}, needs);
+    access::run(context, plan, [&](const access::Block& block) {
+        std::vector<access::RowWriter<T>> writers;
+        writers.reserve(outputs.size());
+        for (ImageModel* const output : outputs) {
+            writers.emplace_back(*output);
         }
-        bundle.setResult(-before);
+        std::vector<KernelSum<T>> sums(outputs.size());
+        const auto length = static_cast<std::size_t>(2 * reach + 1);
+        std::vector<const T*> lists(length * block.rows().length());  // of each row, around a plane
+        access::WindowRows<T> window(input, border.get(), block, needs.reach);
+        access::Looks looks;
+        plan.forEachSegment(block, [&](const access::RowSegment& segment) {
+            const auto plane = static_cast<std::int64_t>(segment.plane);
+            const auto row = static_cast<std::int64_t>(segment.row);
+            const T** const rows = lists.data() + (segment.row - block.rows().begin) * length;
+            if (segment.plane == block.planes().begin) {
+                for (std::int64_t k = -reach; k < reach; ++k) {
+                    rows[k + reach + 1] = window.row(row, plane + k);
+                }
+            }
+            std::copy(rows + 1, rows + length, rows);
+            rows[length - 1] = window.row(row, plane + reach);
+            for (std::size_t i = 0; i < sums.size(); ++i) {
+                sums[i] = {pass.kernels[i], writers[i].open(segment)};
+            }
+            takeSums<T>(kernels, rows + reach, sums, segment.count);
+            looks.add(segment.count * sums.size() / voxelsOfStep);
+            for (access::RowWriter<T>& writer : writers) {
+                writer.flush();
+            }
+        });
     });
+}
+
+/// The columns of a part of a block whose rows stay in the caches.
+template <class T>
+std::size_t tileColumns(const FieldPlan<T>& plan) {
+    constexpr std::size_t cache = 131072;
+    constexpr std::size_t least = 256;
+    std::size_t rows = plan.lines.size() + 2 * plan.components.size();
+    for (const auto& window : plan.windows) {
+        rows += 2 * window.reachY + 1;
+    }
+    return std::max(cache / (rows * sizeof(T)) / 64 * 64, std::max(least, 8 * plan.reachX));
 }
 
 template <class T>
@@ -55,7 +123,7 @@ std::size_t bytesOf(const ImageModel& input, const FieldJob& job, std::size_t ou
         return 0;
     }
     const std::size_t atOnce = blocks.isSmall() ? 1 : std::min(threads, blocks.blockCount());
-    const std::size_t columns = blocks.largestPart(COLUMNS);
+    const std::size_t columns = std::min(blocks.largestPart(COLUMNS), tileColumns(plan));
     const std::size_t row = (columns + 2 * plan.reachX) * sizeof(T) + 2 * access::readableBytesBehindWindow;
     std::size_t inWindows = FieldRows<T>::bytes(plan, columns) + 2 * outputs * Scratch::held(columns * sizeof(T));
     for (const auto& window : plan.windows) {
@@ -65,16 +133,27 @@ std::size_t bytesOf(const ImageModel& input, const FieldJob& job, std::size_t ou
         constexpr std::size_t placeOfRow = 24;
         inWindows += Scratch::held(rows * row) + Scratch::held(rows * placeOfRow) + Scratch::held(row);
     }
-    std::size_t alongPlanes = 0;
-    for (const auto& window : plan.windows) {
-        if (window.kernel != FieldPlan<T>::none) {
-            alongPlanes = std::max(
-                alongPlanes,
-                access::bundleMemory(input, PLANS, sizeof(T), alongNeeds(job, plan.kernels[window.kernel]), threads));
-        }
+    std::size_t sums = 0;
+    for (const AlongPlanes<T>& pass : alongPlanes(plan)) {
+        sums = std::max(sums, access::windowMemory(input, needsAlongPlanes(pass), sizeof(T), threads));
     }
     return plan.temporaries() * access::TemporaryImage::bytes(input, access::voxelTypeOf<T>) +
-           std::max(atOnce * inWindows, alongPlanes);
+           std::max(atOnce * inWindows, sums);
+}
+
+/// Calls `use` for parts of spans that have at most so many columns.
+template <class Use>
+void forEachTile(const access::WindowSpans& spans, std::size_t columns, const Use& use) {
+    for (std::size_t i = 0; i < spans.count; ++i) {
+        access::Block tile = spans.parts[i];
+        const access::Interval all = tile.columns();
+        const std::size_t parts = (all.length() + columns - 1) / columns;
+        const std::size_t each = parts > 1 ? columns : all.length();
+        for (std::size_t begin = all.begin; begin < all.end; begin += each) {
+            tile.axes[COLUMNS] = {begin, std::min(begin + each, all.end)};
+            use(tile);
+        }
+    }
 }
 
 }  // namespace
@@ -92,19 +171,24 @@ FieldImages<T>::FieldImages(access::ExecutionContext& context, const std::vector
                             const FieldJob& job, const FieldPlan<T>& plan, OptimLevelType level) {
     m_temporaries.reserve(plan.temporaries());
     const FieldKernels<T> kernels = fieldKernels<T>(level);
-    for (const auto& window : plan.windows) {
-        const ImageModel* image = sources[window.source];
-        double beyond = job.borderValue;
-        if (window.kernel != FieldPlan<T>::none) {
-            const auto& kernel = plan.kernels[window.kernel];
-            m_temporaries.emplace_back(*image, access::voxelTypeOf<T>);
-            io::MemoryImage& sums = m_temporaries.back().image();
-            static_cast<void>(sums.setInterpretation(RIX_VALUE));
-            sumAlongPlanes<T>(context, *image, sums, job, kernel, kernels);
-            image = &sums;
-            beyond = static_cast<double>(kernel.ofConstant(static_cast<T>(beyond)));
+    m_sources.resize(plan.windows.size());
+    for (const AlongPlanes<T>& pass : alongPlanes(plan)) {
+        const ImageModel& image = *sources[pass.source];
+        std::vector<ImageModel*> sums;
+        for (std::size_t i = 0; i < pass.kernels.size(); ++i) {
+            m_temporaries.emplace_back(image, access::voxelTypeOf<T>);
+            io::MemoryImage& sum = m_temporaries.back().image();
+            static_cast<void>(sum.setInterpretation(RIX_VALUE));
+            sums.push_back(&sum);
+            const T beyond = pass.kernels[i]->ofConstant(static_cast<T>(job.borderValue));
+            m_sources[pass.windows[i]] = {&sum, access::borderOf<T>(job.border, static_cast<double>(beyond))};
         }
-        m_sources.push_back({image, access::borderOf<T>(job.border, beyond)});
+        sumAlongPlanes(context, image, sums, job, pass, kernels);
+    }
+    for (std::size_t i = 0; i < plan.windows.size(); ++i) {
+        if (plan.windows[i].kernel == FieldPlan<T>::none) {
+            m_sources[i] = {sources[plan.windows[i].source], access::borderOf<T>(job.border, job.borderValue)};
+        }
     }
 }
 
@@ -128,7 +212,7 @@ void computeField(access::ExecutionContext& context, const std::vector<const Ima
                   const std::vector<FieldOutput>& outputs, OptimLevelType level,
                   access::FunctionRef<void(const T* const*, T* const*, const access::RowSegment&)> row) {
     const FieldPlan<T> plan(job);
-    const access::Steps steps(context, plan.temporaries() + 1);
+    const access::Steps steps(context, alongPlanes(plan).size() + 1);
     const FieldImages<T> images(context, sources, job, plan, level);
     const FieldKernels<T> kernels = fieldKernels<T>(level);
     const access::Plan blocks = access::cutBoxes({sources[0]}, {}, fieldNeeds(plan));
@@ -142,9 +226,10 @@ void computeField(access::ExecutionContext& context, const std::vector<const Ima
         access::Looks looks;
         const access::WindowSpans spans =
             access::spansOf(*images.sources()[0].image, access::voxelTypeOf<T>, block, fieldNeeds(plan).reach);
-        for (std::size_t i = 0; i < spans.count; ++i) {
-            FieldRows<T> rows(plan, images.sources(), spans.parts[i], kernels);
-            blocks.forEachSegment(spans.parts[i], [&](const access::RowSegment& segment) {
+        const std::size_t atOnce = tileColumns(plan);
+        forEachTile(spans, atOnce, [&](const access::Block& tile) {
+            FieldRows<T> rows(plan, images.sources(), tile, kernels);
+            blocks.forEachSegment(tile, [&](const access::RowSegment& segment) {
                 const T* const* const components =
                     rows.compute(static_cast<std::int64_t>(segment.row), static_cast<std::int64_t>(segment.plane));
                 for (std::size_t k = 0; k < outs.size(); ++k) {
@@ -158,7 +243,7 @@ void computeField(access::ExecutionContext& context, const std::vector<const Ima
                     writer.flush();
                 }
             });
-        }
+        });
     });
 }
 

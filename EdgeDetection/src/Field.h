@@ -30,7 +30,7 @@ VoxelTypes derivativeType(VoxelTypes input);
 template <class T>
 class FieldImages {
 public:
-    /// One step of the run for each temporary image.
+    /// One step of the run for each image that is summed along z.
     FieldImages(access::ExecutionContext& context, const std::vector<const ImageModel*>& sources, const FieldJob& job,
                 const FieldPlan<T>& plan, OptimLevelType level);
     const std::vector<FieldSource<T>>& sources() const { return m_sources; }

@@ -65,8 +65,68 @@ void sumRows(const T* const* rows, const T* half, std::size_t reach, T* out, std
     for (; x + lanes <= count; x += lanes) {
         sumAt<isOdd, 1>(d, rows, half, reach, out, x);
     }
+    if (x < count && count >= lanes) {  // some of it again, with the same results
+        sumAt<isOdd, 1>(d, rows, half, reach, out, count - lanes);
+        return;
+    }
     for (; x < count; ++x) {
         sumAt<isOdd, 1>(hn::CappedTag<T, 1>(), rows, half, reach, out, x);
+    }
+}
+
+/// Two sums of the same rows, which are loaded once.
+template <bool isOdd, std::size_t vectors, class D, class T>
+HWY_INLINE void sumBothAt(D d, const T* const* rows, const T* const* halves, std::size_t reach, T* const* outs,
+                          std::size_t x) {
+    const std::size_t lanes = hn::Lanes(d);
+    hn::Vec<D> first[vectors];
+    hn::Vec<D> second[vectors];
+    const auto add = [&](std::size_t k, bool isFirst) HWY_ATTR {
+        const auto tap = hn::Set(d, halves[0][reach - k]);
+        const auto other = hn::Set(d, halves[1][reach - k]);
+        HWY_UNROLL(2)
+        for (std::size_t v = 0; v < vectors; ++v) {
+            const auto after = hn::LoadU(d, rows[2 * reach - k] + x + v * lanes);
+            const auto before = hn::LoadU(d, rows[k] + x + v * lanes);
+            const auto ofFirst = hn::Mul(tap, hn::Add(after, before));
+            const auto ofSecond = hn::Mul(other, paired<isOdd>(after, before));
+            first[v] = isFirst ? ofFirst : hn::Add(first[v], ofFirst);
+            second[v] = isFirst ? ofSecond : hn::Add(second[v], ofSecond);
+        }
+    };
+    add(0, true);
+    for (std::size_t k = 1; k < reach; ++k) {
+        add(k, false);
+    }
+    HWY_UNROLL(2)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        const std::size_t at = x + v * lanes;
+        const auto middle = hn::LoadU(d, rows[reach] + at);
+        hn::StoreU(hn::Add(first[v], hn::Mul(hn::Set(d, halves[0][0]), middle)), d, outs[0] + at);
+        if (!isOdd) {
+            second[v] = hn::Add(second[v], hn::Mul(hn::Set(d, halves[1][0]), middle));
+        }
+        hn::StoreU(second[v], d, outs[1] + at);
+    }
+}
+
+template <bool isOdd, class T>
+void sumBoth(const T* const* rows, const T* const* halves, std::size_t reach, T* const* outs, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + 2 * lanes <= count; x += 2 * lanes) {
+        sumBothAt<isOdd, 2>(d, rows, halves, reach, outs, x);
+    }
+    for (; x + lanes <= count; x += lanes) {
+        sumBothAt<isOdd, 1>(d, rows, halves, reach, outs, x);
+    }
+    if (x < count && count >= lanes) {
+        sumBothAt<isOdd, 1>(d, rows, halves, reach, outs, count - lanes);
+        return;
+    }
+    for (; x < count; ++x) {
+        sumBothAt<isOdd, 1>(hn::CappedTag<T, 1>(), rows, halves, reach, outs, x);
     }
 }
 
@@ -135,7 +195,8 @@ void orientation(const T* const* components, T* out, std::size_t count) {
 
 template <class T>
 FieldKernels<T> kernels() {
-    return {&sumRows<false, T>, &sumRows<true, T>, &sum<T>, &magnitude<T>, &orientation<T>};
+    return {&sumRows<false, T>, &sumRows<true, T>, &sumBoth<false, T>, &sumBoth<true, T>, &sum<T>,
+            &magnitude<T>,      &orientation<T>};
 }
 
 }  // namespace rix::edge_detection::HWY_NAMESPACE

@@ -14,6 +14,11 @@ struct FieldKernels {
     /// the outer pairs to the middle.
     void (*sumEven)(const T* const* rows, const T* half, std::size_t reach, T* out, std::size_t count);
     void (*sumOdd)(const T* const* rows, const T* half, std::size_t reach, T* out, std::size_t count);
+    /// Two such sums of the same rows: even and even, even and odd.
+    void (*sumEvenEven)(const T* const* rows, const T* const* halves, std::size_t reach, T* const* outs,
+                        std::size_t count);
+    void (*sumEvenOdd)(const T* const* rows, const T* const* halves, std::size_t reach, T* const* outs,
+                       std::size_t count);
 
     /// Of 1 to 3 components, as results: their sum, the root of the sum of their squares, the angle of the first two.
     void (*sum)(const T* const* components, std::size_t n, T* out, std::size_t count, access::Stores stores);

@@ -10,6 +10,7 @@
 
 #include "FieldKernels.h"
 #include "FieldPlan.h"
+#include "KernelSums.h"
 
 namespace rix::edge_detection {
 
@@ -27,18 +28,18 @@ public:
     FieldRows(const FieldPlan<T>& plan, const std::vector<FieldSource<T>>& sources, const access::Block& block,
               const FieldKernels<T>& kernels);
 
-    /// The components of a row of the block or its margin, from its first column on and as far as the margin reaches on
-    /// both sides; valid until the next call.
+    /// The components of a row of the block or its margin: cheapest for the row behind the last one; from its first
+    /// column on and as far as the margin reaches on both sides; valid until the next call.
     const T* const* compute(std::int64_t row, std::int64_t plane);
 
     /// Samples of a row with its margin.
     std::size_t count() const { return m_count; }
 
-    /// Bytes of scratch memory for blocks of so many columns. @param rowBytes out: of the rows alone
+    /// Bytes of scratch memory for blocks of so many columns.
     static std::size_t bytes(const FieldPlan<T>& plan, std::size_t columns);
 
 private:
-    void computePlane(std::size_t index, std::int64_t row, std::int64_t z);
+    void computePlane(std::size_t index, std::int64_t row, std::int64_t z, bool goesOn);
     T* rowAt(std::size_t index) const;
 
     const FieldPlan<T>& m_plan;
@@ -49,9 +50,12 @@ private:
     std::size_t m_stride;
     access::Scratch m_memory;
     std::vector<const T*> m_rows;  ///< of a sum
+    std::vector<KernelSum<T>> m_sums;
     std::vector<const T*> m_lines;
     std::vector<const T*> m_components;
     std::vector<std::vector<const T*>> m_planeRows;  ///< of each plane, around a row
+    std::int64_t m_row = 0;                          ///< that they are around
+    std::int64_t m_plane = -1;                       ///< -1: none yet
 };
 
 }  // namespace rix::edge_detection
