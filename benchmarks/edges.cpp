@@ -57,6 +57,22 @@ const std::vector<Row>& rows() {
          {"outputMagnitudeImage"}},
         {"log_s2/plane", "LaplacianOfGaussian2d", RIX_FLOAT32, false, {{"standardDeviation", 2}}, {}, {"outputImage"}},
         {"log_s2/volume", "LaplacianOfGaussian3d", RIX_FLOAT32, true, {{"standardDeviation", 2}}, {}, {"outputImage"}},
+        {"canny_s0/u8",
+         "CannyEdgeDetector2d",
+         RIX_UINT8,
+         false,
+         {{"standardDeviation", 0}, {"lowerThreshold", 12}, {"upperThreshold", 25}},
+         {},
+         {"outputBinaryImage"}},
+        {"canny_s1.4/u8",
+         "CannyEdgeDetector2d",
+         RIX_UINT8,
+         false,
+         {{"standardDeviation", 1.4}, {"lowerThreshold", 4}, {"upperThreshold", 8}},
+         {},
+         {"outputBinaryImage"}},
+        {"structure_tensor", "StructureTensor2d", RIX_FLOAT32, false, {}, {}, {"outputEigenvaluesImage"}},
+        {"hessian/volume", "HessianAnalysis3d", RIX_FLOAT32, true, {}, {}, {"outputEigenvaluesImage"}},
     };
     return all;
 }
@@ -127,6 +143,11 @@ void registerPeers(int threads) {
     enter("sobel_x/f32", RIX_FLOAT32, [](const cv::Mat& source) { cv::Sobel(source, x, CV_32F, 1, 0); });
     enter("sobel/u8", RIX_UINT8, magnitude);
     enter("sobel/f32", RIX_FLOAT32, magnitude);
+    enter("canny_s0/u8", RIX_UINT8, [](const cv::Mat& source) { cv::Canny(source, result, 96, 200, 3, true); });
+    enter("canny_s1.4/u8", RIX_UINT8, [](const cv::Mat& source) {
+        cv::GaussianBlur(source, x, cv::Size(15, 15), 1.4, 1.4, cv::BORDER_REFLECT);
+        cv::Canny(x, result, 32, 64, 3, true);
+    });
     enter("log_s2/plane", RIX_FLOAT32, [](const cv::Mat& source) {
         cv::GaussianBlur(source, x, cv::Size(21, 21), 2, 2, cv::BORDER_REFLECT);
         cv::Laplacian(x, result, CV_32F, 3);

@@ -1,7 +1,5 @@
 #include "EdgeProperties.h"
 
-#include <algorithm>
-
 namespace rix::edge_detection {
 
 void RuleDeviation::apply(Property<double>& property) {
@@ -37,16 +35,6 @@ void RuleDivisors::apply(Property<int>& property) {
 
 String RuleDivisors::describe() const {
     return "for WORLD, the spacings must be finite and not 0";
-}
-
-void RuleAnyOutput::apply(Property<ImageModel*>& property) {
-    if (std::all_of(m_outputs.begin(), m_outputs.end(), [](const auto* output) { return output->get() == nullptr; })) {
-        rules::refuse(rules::parameterText(property) + " or another output must be set.");
-    }
-}
-
-String RuleAnyOutput::describe() const {
-    return "one of the outputs is needed";
 }
 
 void RuleOneChannel::apply(Property<const ImageModel*>& property) {

@@ -54,17 +54,6 @@ private:
     std::size_t m_axes;
 };
 
-/// Of outputs of which each may be missing, but not all; stands on the last.
-class RuleAnyOutput : public Rules<Property<ImageModel*>> {
-public:
-    explicit RuleAnyOutput(std::vector<const Property<ImageModel*>*> outputs) : m_outputs(std::move(outputs)) {}
-    void apply(Property<ImageModel*>& property) override;
-    String describe() const override;
-
-private:
-    std::vector<const Property<ImageModel*>*> m_outputs;
-};
-
 /// The image has one channel.
 class RuleOneChannel : public Rules<Property<const ImageModel*>> {
 public:

@@ -18,8 +18,8 @@ using access::Scratch;
 /// Rough cost, for deciding whether threads pay and how long blocks take.
 constexpr double nanosecondsPerProduct = 0.15;
 
-/// Results that count as one step of `Looks`: a million are written between two.
-constexpr std::size_t voxelsOfStep = 8;
+/// Results that count as one step of `Looks`: a quarter of a million are written between two.
+constexpr std::size_t voxelsOfStep = 4;
 
 /// Sums along z of an image by some kernels, and the temporary images that they go to.
 template <class T>
@@ -103,18 +103,6 @@ void sumAlongPlanes(access::ExecutionContext& context, const ImageModel& input, 
     });
 }
 
-/// The columns of a part of a block whose rows stay in the caches.
-template <class T>
-std::size_t tileColumns(const FieldPlan<T>& plan) {
-    constexpr std::size_t cache = 131072;
-    constexpr std::size_t least = 256;
-    std::size_t rows = plan.lines.size() + 2 * plan.components.size();
-    for (const auto& window : plan.windows) {
-        rows += 2 * window.reachY + 1;
-    }
-    return std::max(cache / (rows * sizeof(T)) / 64 * 64, std::max(least, 8 * plan.reachX));
-}
-
 template <class T>
 std::size_t bytesOf(const ImageModel& input, const FieldJob& job, std::size_t outputs, std::size_t threads) {
     const FieldPlan<T> plan(job);
@@ -139,21 +127,6 @@ std::size_t bytesOf(const ImageModel& input, const FieldJob& job, std::size_t ou
     }
     return plan.temporaries() * access::TemporaryImage::bytes(input, access::voxelTypeOf<T>) +
            std::max(atOnce * inWindows, sums);
-}
-
-/// Calls `use` for parts of spans that have at most so many columns.
-template <class Use>
-void forEachTile(const access::WindowSpans& spans, std::size_t columns, const Use& use) {
-    for (std::size_t i = 0; i < spans.count; ++i) {
-        access::Block tile = spans.parts[i];
-        const access::Interval all = tile.columns();
-        const std::size_t parts = (all.length() + columns - 1) / columns;
-        const std::size_t each = parts > 1 ? columns : all.length();
-        for (std::size_t begin = all.begin; begin < all.end; begin += each) {
-            tile.axes[COLUMNS] = {begin, std::min(begin + each, all.end)};
-            use(tile);
-        }
-    }
 }
 
 }  // namespace
@@ -208,6 +181,17 @@ access::BoxNeeds fieldNeeds(const FieldPlan<T>& plan) {
 }
 
 template <class T>
+std::size_t tileColumns(const FieldPlan<T>& plan) {
+    constexpr std::size_t cache = 131072;
+    constexpr std::size_t least = 256;
+    std::size_t rows = plan.lines.size() + 2 * plan.components.size();
+    for (const auto& window : plan.windows) {
+        rows += 2 * window.reachY + 1;
+    }
+    return std::max(cache / (rows * sizeof(T)) / 64 * 64, std::max(least, 8 * plan.reachX));
+}
+
+template <class T>
 void computeField(access::ExecutionContext& context, const std::vector<const ImageModel*>& sources, const FieldJob& job,
                   const std::vector<FieldOutput>& outputs, OptimLevelType level,
                   access::FunctionRef<void(const T* const*, T* const*, const access::RowSegment&)> row) {
@@ -224,10 +208,7 @@ void computeField(access::ExecutionContext& context, const std::vector<const Ima
         }
         std::vector<T*> outs(outputs.size());
         access::Looks looks;
-        const access::WindowSpans spans =
-            access::spansOf(*images.sources()[0].image, access::voxelTypeOf<T>, block, fieldNeeds(plan).reach);
-        const std::size_t atOnce = tileColumns(plan);
-        forEachTile(spans, atOnce, [&](const access::Block& tile) {
+        forEachTile(plan, *images.sources()[0].image, block, [&](const access::Block& tile) {
             FieldRows<T> rows(plan, images.sources(), tile, kernels);
             blocks.forEachSegment(tile, [&](const access::RowSegment& segment) {
                 const T* const* const components =
@@ -265,6 +246,8 @@ access::Reach fieldReach(const FieldJob& job) {
 
 template class FieldImages<float>;
 template class FieldImages<double>;
+template std::size_t tileColumns<float>(const FieldPlan<float>&);
+template std::size_t tileColumns<double>(const FieldPlan<double>&);
 template access::BoxNeeds fieldNeeds<float>(const FieldPlan<float>&);
 template access::BoxNeeds fieldNeeds<double>(const FieldPlan<double>&);
 template void computeField<float>(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/FunctionRef.h>
 #include <rix/access/TemporaryImage.h>
+#include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
@@ -51,6 +53,25 @@ void computeField(access::ExecutionContext& context, const std::vector<const Ima
 /// The needs of the cut into blocks.
 template <class T>
 access::BoxNeeds fieldNeeds(const FieldPlan<T>& plan);
+
+/// The most columns of a part of a block, whose rows the caches hold.
+template <class T>
+std::size_t tileColumns(const FieldPlan<T>& plan);
+
+/// Calls `use` for the parts of a block of an image that windows look at.
+template <class T, class Use>
+void forEachTile(const FieldPlan<T>& plan, const ImageModel& image, const access::Block& block, const Use& use) {
+    const access::WindowSpans spans = access::spansOf(image, access::voxelTypeOf<T>, block, fieldNeeds(plan).reach);
+    const std::size_t columns = tileColumns(plan);
+    for (std::size_t i = 0; i < spans.count; ++i) {
+        access::Block tile = spans.parts[i];
+        const access::Interval all = tile.columns();
+        for (std::size_t begin = all.begin; begin < all.end; begin += columns) {
+            tile.axes[COLUMNS] = {begin, std::min(begin + columns, all.end)};
+            use(tile);
+        }
+    }
+}
 
 /// Most bytes that this takes beside its images. @param outputs how many rows of results there are at a time
 std::size_t fieldBytes(const ImageModel& input, const FieldJob& job, VoxelTypes workType, std::size_t outputs,

@@ -22,13 +22,11 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     declareUnit(filter, properties, "Whether lengths are in voxels or in the image's unit.");
     properties.border(filter.borderPolicy, filter.borderValue);
     std::vector<const Property<ImageModel*>*> before;
-    Property<ImageModel*>* last = nullptr;
     const auto output = [&](Property<ImageModel*>& property, const char* description) {
         properties.output(property, description);
         declareDisjoint(property, filter.inputImage, before);
         addRules(property, AddRuleWhenSet(likeDerivative(filter)));
         before.push_back(&property);
-        last = &property;
     };
     output(filter.outputImageX, "Optional: the derivative by x.");
     output(filter.outputImageY, "Optional: the derivative by y.");
@@ -39,7 +37,6 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     if constexpr (!ofVolumes<Filter>) {
         output(filter.outputOrientationImage, "Optional: the angle of the gradient in radians.");
     }
-    last->getImpl()->addRule(std::make_shared<RuleAnyOutput>(before));
 }
 
 /// What is computed, and which of it goes where.
@@ -55,7 +52,7 @@ struct Outputs {
         if constexpr (!ofVolumes<Filter>) {
             orientation = rows(filter.getOutputOrientationImage());
         }
-        if (magnitude != none || orientation != none || images.empty()) {
+        if (magnitude != none || orientation != none) {
             for (bool& each : isNeeded) {
                 each = true;
             }
@@ -107,6 +104,9 @@ template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     const ImageModel& input = *filter.getInputImage();
     const Outputs<Filter> outputs(filter);
+    if (outputs.images.empty()) {
+        return;
+    }
     const FieldJob job = jobOf(filter, outputs);
     inWorkType(input, [&](auto tag) {
         using T = typename decltype(tag)::type;
@@ -135,6 +135,9 @@ template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputImage();
     const Outputs<Filter> outputs(filter);
+    if (outputs.images.empty()) {
+        return 0;
+    }
     return fieldBytes(input, jobOf(filter, outputs), fieldWorkType(input.getVoxelType()), outputs.images.size(),
                       filter.getMaximumThreads());
 }

@@ -157,7 +157,7 @@ TEST(GradientOperators, ARampOfThreeAMillimetreReadsThree) {
     }
     GradientOperator2d none;
     none.setInputImage(&image);
-    EXPECT_THROW(none.run(), RuleException);
+    EXPECT_NO_THROW(none.run()) << "nothing is asked for";
 }
 
 /// x^power / power! of a coordinate, around the middle of 61 voxels.

@@ -22,8 +22,8 @@ namespace rix::edge_detection {
 /// and channels are images of their own.
 /// **Output** `outputImageX`, `outputImageY`: the derivatives. `outputMagnitudeImage`: the root of the sum of their
 /// squares. `outputOrientationImage`: the angle of the gradient in radians, from the x axis toward the y axis, from -pi
-/// to pi; 0 where there is no gradient. Each is optional, one is needed; `float32`, for a `float64` input `float64`,
-/// with the input's extents and calibration. They share no samples with the input nor with each other.
+/// to pi; 0 where there is no gradient. Each is optional, without any nothing is done; `float32`, for a `float64` input
+/// `float64`, with the input's extents and calibration. They share no samples with the input nor with each other.
 ///
 /// **Border.** Beyond its edges the image is mirrored with the edge voxel repeated (`MIRROR`), goes on with the edge
 /// voxel (`CONTINUE`), or has the value `borderValue` (`FIXED`).
