@@ -77,7 +77,7 @@ def made_of_values(region, grey):
 
 def families():
     from scipy import ndimage
-    from skimage import filters, measure, morphology, restoration, segmentation
+    from skimage import feature, filters, measure, morphology, restoration, segmentation
 
     objects, bytes_ = discs(4096, 40), np.random.default_rng(2).integers(1, 255, (4096, 4096), dtype=np.uint8)
     yield "measures", "4096x4096, 10404", "skimage.measure.regionprops_table, the same list", (
@@ -121,6 +121,35 @@ def families():
             lambda threads, image=image, suffix=suffix:
                 getattr(rix, f"b_spline_coefficients_{suffix}")(image, threads=threads),
             lambda image=image: ndimage.spline_filter(image, 3, np.float32, "reflect"))
+
+    cube = np.random.default_rng(4).random((256, 256, 256), dtype=np.float32)
+    derived = {
+        "scipy.ndimage.gaussian_gradient_magnitude": (
+            lambda image, threads: rix.gradient_operator_3d(image, method="GAUSSIAN", standard_deviation=2, threads=threads,
+                                                            out={"output_image_x": False, "output_image_y": False,
+                                                                 "output_image_z": False}),
+            lambda image: ndimage.gaussian_gradient_magnitude(image, 2)),
+        "scipy.ndimage.gaussian_laplace": (
+            lambda image, threads: rix.laplacian_of_gaussian_3d(image, standard_deviation=2, threads=threads),
+            lambda image: ndimage.gaussian_laplace(image, 2)),
+        "skimage.feature.hessian_matrix_eigvals, 64 planes": (
+            lambda image, threads: rix.hessian_analysis_3d(image[:64], out={"output_eigenvectors_image": False},
+                                                           threads=threads),
+            lambda image: feature.hessian_matrix_eigvals(feature.hessian_matrix(image[:64], 1, order="xy"))),
+    }
+    for peer, (ours, theirs) in derived.items():
+        yield "edges", "float32 256^3", peer, (lambda threads, ours=ours: ours(cube, threads),
+                                               lambda theirs=theirs: theirs(cube))
+    flat = bytes_.astype(np.float32)
+    yield "edges", "float32 4096^2", "scipy.ndimage.gaussian_gradient_magnitude", (
+        lambda threads: rix.gradient_operator_2d(flat, method="GAUSSIAN", standard_deviation=2, threads=threads,
+                                                 out={"output_image_x": False, "output_image_y": False,
+                                                      "output_orientation_image": False}),
+        lambda: ndimage.gaussian_gradient_magnitude(flat, 2))
+    yield "edges", "float32 4096^2", "skimage.feature.structure_tensor, eigenvalues", (
+        lambda threads: rix.structure_tensor_2d(flat, threads=threads, out={
+            "output_eigenvectors_image": False, "output_coherence_image": False, "output_orientation_image": False}),
+        lambda: feature.structure_tensor_eigenvalues(feature.structure_tensor(flat, 3, order="xy")))
 
     words = np.random.default_rng(3).integers(0, 65536, (2048, 2048), dtype=np.uint16)
     for image, side in ((bytes_, 21), (bytes_, 101), (words, 5), (words, 21), (words, 101)):

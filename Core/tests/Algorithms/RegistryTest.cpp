@@ -37,7 +37,7 @@ TEST(Registry, EveryClassIsFoundByItsExactNameAndMakesWorkingObjects) {
                   "The className " + otherCase + " does not exist");
     }
     EXPECT_THAT(areas, testing::ElementsAre("point_operations", "manipulation", "smoothing", "rank", "frequency",
-                                            "linear", "color", "morphology", "geometry", "analysis",
+                                            "linear", "color", "morphology", "edge_detection", "geometry", "analysis",
                                             "segmentation", "individual_analysis", "synthesis"));
     EXPECT_EQ(messageOf<BadIndex>([&] { AlgoInfo::getAlgorithmsInfoByIndex(count); }),
               "index <" + std::to_string(count) + "> must be less than " + std::to_string(count));

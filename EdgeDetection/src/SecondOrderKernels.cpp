@@ -1,0 +1,141 @@
+#include "SecondOrderKernels.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "SecondOrderKernels.cpp"
+#include <rix/simd/KernelTargets.h>
+
+#include <hwy/highway.h>
+
+#include <rix/simd/Trigonometry-inl.h>
+
+#include "EigenSystems-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace rix::edge_detection::HWY_NAMESPACE {
+
+template <std::size_t axes, class T>
+HWY_INLINE EigenSystem systemAt(const T* const* components, std::size_t x) {
+    double m[6] = {};
+    for (std::size_t i = 0; i < (axes == 3 ? 6 : 3); ++i) {
+        m[i] = static_cast<double>(components[i][x]);
+    }
+    return axes == 3 ? eigenSystem3(m) : eigenSystem2(m[0], m[1], m[2]);
+}
+
+template <std::size_t axes, class T>
+void tensors(const T* const* components, const TensorRows<T>& rows, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        const EigenSystem system = systemAt<axes>(components, x);
+        for (std::size_t i = 0; i < axes; ++i) {
+            if (rows.values[i] != nullptr) {
+                rows.values[i][x] = static_cast<T>(system.values[i]);
+            }
+            if (rows.vectors[0] != nullptr) {
+                for (std::size_t a = 0; a < axes; ++a) {
+                    rows.vectors[i * axes + a][x] = static_cast<T>(system.vectors[i][a]);
+                }
+            }
+        }
+        if (rows.coherence != nullptr) {
+            const double greatest = system.values[axes - 1];
+            const double next = system.values[axes - 2];
+            const double sum = greatest + next;
+            const double ratio = (greatest - next) / sum;
+            // Of the rounding of nothing there is no direction; NaN stays.
+            rows.coherence[x] = static_cast<T>(sum <= 0.0 ? 0.0 : ratio * ratio);
+        }
+        if (rows.orientation != nullptr) {
+            const double* const v = system.vectors[axes - 1];
+            const double angle = simd::HWY_NAMESPACE::arcTangent2Of(v[1], v[0]);
+            rows.orientation[x] = static_cast<T>(angle);
+        }
+    }
+}
+
+template <class T>
+void products(const T* const* components, std::size_t axes, T* const* outs, std::size_t count) {
+    std::size_t k = 0;
+    for (std::size_t i = 0; i < axes; ++i) {
+        for (std::size_t j = i; j < axes; ++j) {
+            const T* const a = components[i];
+            const T* const b = components[j];
+            T* const out = outs[k++];
+            for (std::size_t x = 0; x < count; ++x) {
+                out[x] = a[x] * b[x];
+            }
+        }
+    }
+}
+
+HWY_INLINE double bell(double x) {
+    return simd::HWY_NAMESPACE::expOf(-0.5 * x * x, 0.0);
+}
+
+/// A. Frangi et al., "Multiscale vessel enhancement filtering", 1998. @param v eigenvalues that ascend by magnitude
+template <std::size_t axes>
+HWY_INLINE double frangi(const double* v, const RidgeMeasure& measure) {
+    if (axes == 2) {
+        const double structure = __builtin_sqrt(v[0] * v[0] + v[1] * v[1]);
+        return v[1] < 0.0 ? bell(v[0] / v[1] / measure.beta) * (1.0 - bell(structure / measure.gamma)) : 0.0;
+    }
+    const double structure = __builtin_sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+    const double plate = v[1] / v[2];
+    const double blob = v[0] / __builtin_sqrt(v[1] * v[2]);
+    return v[1] < 0.0 && v[2] < 0.0 ? (1.0 - bell(plate / measure.alpha)) * bell(blob / measure.beta) *
+                                          (1.0 - bell(structure / measure.gamma))
+                                    : 0.0;
+}
+
+/// Y. Sato et al., "Three-dimensional multi-scale line filter", 1998; in planes what falls off across a line.
+template <std::size_t axes>
+HWY_INLINE double sato(const double* v, const RidgeMeasure& measure) {
+    const double low = v[0] < v[1] ? v[0] : v[1];
+    const double high = v[0] < v[1] ? v[1] : v[0];
+    if (axes == 2) {
+        return low < 0.0 ? -low : 0.0;
+    }
+    const double greatest = v[2] > high ? v[2] : high;
+    const double middle = v[2] > high ? high : (v[2] > low ? v[2] : low);
+    const double across = -middle;
+    const double along = greatest / across / (measure.alpha * (greatest > 0.0 ? 4.0 : 1.0));
+    return across > 0.0 ? across * bell(along) : 0.0;
+}
+
+template <std::size_t axes, class T>
+void ridges(const T* const* components, const RidgeMeasure& measure, const T* before, T* out, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        const EigenSystem system = systemAt<axes>(components, x);
+        double v[3];
+        bool isNumber = true;
+        for (std::size_t i = 0; i < axes; ++i) {
+            v[i] = measure.sign * measure.square * system.values[i];
+            isNumber = isNumber && v[i] == v[i];
+        }
+        const double value = measure.method == RidgeMethod::Frangi ? frangi<axes>(v, measure) : sato<axes>(v, measure);
+        const T known = static_cast<T>(isNumber ? value : v[0] + v[1]);
+        const T old = before != nullptr ? before[x] : known;
+        out[x] = old > known || old != old ? old : known;
+    }
+}
+
+template <class T>
+SecondOrderKernels<T> kernels() {
+    return {&tensors<2, T>, &tensors<3, T>, &products<T>, &ridges<2, T>, &ridges<3, T>};
+}
+
+}  // namespace rix::edge_detection::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace rix::edge_detection {
+
+template <class T>
+SecondOrderKernels<T> secondOrderKernels(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, kernels<T>());
+}
+
+template SecondOrderKernels<float> secondOrderKernels<float>(OptimLevelType);
+template SecondOrderKernels<double> secondOrderKernels<double>(OptimLevelType);
+
+}  // namespace rix::edge_detection
+#endif
