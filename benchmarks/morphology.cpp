@@ -25,6 +25,8 @@
 #include <rix/morphology/Opening2d.h>
 #include <rix/morphology/RegionalMaxima2d.h>
 #include <rix/morphology/RegionalMaxima3d.h>
+#include <rix/morphology/Skeleton2d.h>
+#include <rix/morphology/Skeleton3d.h>
 #include <rix/settings/Settings.h>
 
 #include "LabelingImages.h"
@@ -156,7 +158,11 @@ void registerFlood(const char* operation, bool isBinary, bool inSpace, int threa
             if constexpr (requires { filter.setContrast(20.0); }) {
                 filter.setContrast(20.0);
             }
-            filter.setInputImage(&image);
+            if constexpr (requires { filter.setInputObjectImage(&image); }) {
+                filter.setInputObjectImage(&image);
+            } else {
+                filter.setInputImage(&image);
+            }
             if constexpr (requires { filter.setOutputBinaryImage(&output); }) {
                 filter.setOutputBinaryImage(&output);
             } else {
@@ -265,6 +271,8 @@ void registerAll() {
         registerFlood<morphology::AreaOpening3d>("area_opening3d", false, true, threads);
         registerFlood<morphology::FillHoles2d>("fill_holes", true, false, threads);
         registerFlood<morphology::FillHoles3d>("fill_holes3d", true, true, threads);
+        registerFlood<morphology::Skeleton2d>("skeleton", true, false, threads);
+        registerFlood<morphology::Skeleton3d>("skeleton3d", true, true, threads);
         registerAllDistances(threads);
         registerRoof("copy", side * side, side * side, threads);
     }

@@ -253,6 +253,10 @@ def families():
         fill = rix.fill_holes_2d if dimensions == 2 else rix.fill_holes_3d
         yield "holes", text, "scipy.ndimage.binary_fill_holes", (
             lambda threads: fill(mask, threads=threads), lambda: ndimage.binary_fill_holes(mask))
+        thin, peer = ((rix.skeleton_2d, morphology.skeletonize) if dimensions == 2
+                      else (rix.skeleton_3d, morphology.skeletonize_3d))
+        yield "skeletons", text, f"skimage.morphology.{peer.__name__}", (
+            lambda threads: thin(mask, threads=threads), lambda: peer(mask))
         measure_distances = rix.distance_map_2d if dimensions == 2 else rix.distance_map_3d
         spaced = rix.Image(mask, spacing=dict(zip("xyz"[:dimensions], (0.7, 0.8, 2.5))))
         far = {"out": {"output_nearest_image": False}}
@@ -317,7 +321,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
                         help="measures, geometry, resampling, ranks, background, labeling, uniform, median, otsu, maxima, "
-                             "flood, holes, distances, ways, regions; unless given, all")
+                             "flood, holes, skeletons, distances, ways, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

@@ -635,3 +635,22 @@ def test_second_order():
     ridges = rix.ridge_filter_2d(image, method="SATO", minimum_scale=2, number_of_scales=1)
     np.testing.assert_allclose(ridges, 4 * np.maximum(-np.linalg.eigvalsh(hessian)[..., 0], 0), rtol=0,
                                atol=1e-3 * np.abs(values).max())
+
+
+def test_skeletons():
+    morphology = pytest.importorskip("skimage.morphology")
+    measure = pytest.importorskip("skimage.measure")
+    ndimage = pytest.importorskip("scipy.ndimage")
+    for shape, thin in (((150, 190), rix.skeleton_2d), ((40, 44, 52), rix.skeleton_3d)):
+        full = np.ones((3,) * len(shape))
+        noise = ndimage.gaussian_filter(np.random.default_rng(2).standard_normal(shape), 3)
+        objects = noise > 0
+        skeleton = np.asarray(thin(objects)).astype(bool)
+        # Pixels depend on the rule; what every skeleton keeps does not.
+        peer = (morphology.skeletonize if len(shape) == 2 else morphology.skeletonize_3d)(objects)
+        assert not (skeleton & ~objects).any()
+        # The Euler number of the peer takes what lies beyond the edges as it comes.
+        before, after = (measure.euler_number(np.pad(image, 1), len(shape)) for image in (objects, skeleton))
+        assert before == after
+        assert ndimage.label(skeleton, full)[1] == ndimage.label(objects, full)[1]
+        assert skeleton.sum() < 1.3 * (peer > 0).sum()
