@@ -1,9 +1,9 @@
 #include "bits/BitImage.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
+#include <rix/access/PackedRows.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 #include <rix/access/VoxelTypeLists.h>
@@ -13,8 +13,6 @@ namespace rix::morphology {
 
 namespace {
 
-constexpr std::uint64_t ones = 0x0101010101010101U;
-constexpr std::uint64_t sevens = 0x7f7f7f7f7f7f7f7fU;
 constexpr double nanosecondsPerVoxel = 0.3;
 
 std::size_t chunksOf(std::size_t columns) {
@@ -23,43 +21,6 @@ std::size_t chunksOf(std::size_t columns) {
 
 std::size_t rowsOf(const Extents& n) {
     return n[ROWS] * n[PLANS] * n[SEQUENCE] * n[SPECTRAL_SERIES];
-}
-
-/// The lowest bit of each byte, where the byte is not 0.
-std::uint64_t lowBits(std::uint64_t bytes) {
-    return (((bytes & sevens) + sevens) | bytes) >> 7 & ones;
-}
-
-/// Packs a row of bytes, of which those that are not 0 are set. Bytes are taken as little-endian words.
-void packRow(const std::uint8_t* bytes, std::size_t count, std::uint64_t* words, std::size_t wordCount) {
-    constexpr std::uint64_t gather = 0x0102040810204080U;  // brings bit 8 i to bit 56 + i
-    std::size_t word = 0;
-    for (; (word + 1) * BitImage::bitsPerWord <= count; ++word) {
-        std::uint64_t bits = 0;
-        for (unsigned part = 0; part < 8; ++part) {
-            std::uint64_t eight = 0;
-            std::memcpy(&eight, bytes + word * BitImage::bitsPerWord + part * 8UL, sizeof eight);
-            bits |= (lowBits(eight) * gather >> 56) << (part * 8);
-        }
-        words[word] = bits;
-    }
-    std::fill(words + word, words + wordCount, std::uint64_t{0});
-    for (std::size_t x = word * BitImage::bitsPerWord; x < count; ++x) {
-        words[word] |= std::uint64_t{bytes[x] != 0 ? 1U : 0U} << (x % BitImage::bitsPerWord);
-    }
-}
-
-void unpackRow(const std::uint64_t* words, std::uint8_t* bytes, std::size_t count) {
-    constexpr std::uint64_t bitOfByte = 0x8040201008040201U;
-    std::size_t x = 0;
-    for (; x + 8 <= count; x += 8) {
-        const std::uint64_t eight = words[x / BitImage::bitsPerWord] >> (x % BitImage::bitsPerWord) & 0xffU;
-        const std::uint64_t spread = lowBits(eight * ones & bitOfByte);
-        std::memcpy(bytes + x, &spread, sizeof spread);
-    }
-    for (; x < count; ++x) {
-        bytes[x] = static_cast<std::uint8_t>(words[x / BitImage::bitsPerWord] >> (x % BitImage::bitsPerWord) & 1U);
-    }
 }
 
 access::Plan planOf(const Extents& extents) {
@@ -88,8 +49,10 @@ BitImage::BitImage(const Extents& extents)
     std::fill_n(row(m_rows), words() + 1, std::uint64_t{0});
 }
 
-void BitImage::pack(access::ExecutionContext& context, const ImageModel& image) const {
+void BitImage::pack(access::ExecutionContext& context, const ImageModel& image, OptimLevelType level) const {
     const access::Plan plan = planOf(m_extents);
+    const access::PackRow<std::uint8_t> packRow = access::packRow<std::uint8_t>(level);
+    const std::size_t packed = access::wordsOf(m_extents[COLUMNS]);
     const std::size_t columns = m_extents[COLUMNS];
     access::dispatch(access::Reals{}, image.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
@@ -99,26 +62,28 @@ void BitImage::pack(access::ExecutionContext& context, const ImageModel& image) 
             for (std::size_t line = block.rows().begin; line < block.rows().end; ++line) {
                 const T* const samples = reader.read(plan.lineAt(line));
                 if constexpr (sizeof(T) == 1) {
-                    packRow(reinterpret_cast<const std::uint8_t*>(samples), columns, row(line), words());
+                    packRow(reinterpret_cast<const std::uint8_t*>(samples), columns, row(line));
                 } else {
                     auto* const isSet = bytes.template as<std::uint8_t>();
                     for (std::size_t x = 0; x < columns; ++x) {
                         isSet[x] = samples[x] != T{0} ? 1 : 0;
                     }
-                    packRow(isSet, columns, row(line), words());
+                    packRow(isSet, columns, row(line));
                 }
+                std::fill(row(line) + packed, row(line) + words(), std::uint64_t{0});
                 progress.add(columns);
             }
         });
     });
 }
 
-void BitImage::unpack(access::ExecutionContext& context, ImageModel& image) const {
+void BitImage::unpack(access::ExecutionContext& context, ImageModel& image, OptimLevelType level) const {
     const access::Plan plan = planOf(m_extents);
+    const access::UnpackRow unpackRow = access::unpackRow(level);
     access::run(context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
         access::RowWriter<std::uint8_t> writer(image, plan);
         for (std::size_t line = block.rows().begin; line < block.rows().end; ++line) {
-            unpackRow(row(line), writer.open(plan.lineAt(line)), m_extents[COLUMNS]);
+            unpackRow(row(line), m_extents[COLUMNS], writer.open(plan.lineAt(line)));
             writer.flush();
             progress.add(m_extents[COLUMNS]);
         }

@@ -72,9 +72,9 @@ public:
     }
 
     /// Sets the bits of what is not 0 in an image of these extents: a step of the run.
-    void pack(access::ExecutionContext& context, const ImageModel& image) const;
+    void pack(access::ExecutionContext& context, const ImageModel& image, OptimLevelType level) const;
     /// Writes 0 and 1 into an image of these extents, of type `uint8`: a step of the run.
-    void unpack(access::ExecutionContext& context, ImageModel& image) const;
+    void unpack(access::ExecutionContext& context, ImageModel& image, OptimLevelType level) const;
 
     /// The bytes of rows on their way from and to images.
     static std::size_t rowBytes(const ImageModel& image, std::size_t threads);

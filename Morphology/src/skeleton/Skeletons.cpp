@@ -58,16 +58,16 @@ void process(Filter& filter, OptimLevelType level) {
         const BitImage objects(helper::getExtents(input));
         if constexpr (isSkeleton<Filter>) {
             const access::Steps steps(context, {0.1, 0.1});
-            objects.pack(context, input);
+            objects.pack(context, input, level);
             thinObjects(context, objects, axesOf<Filter>, level);
-            objects.unpack(context, output);
+            objects.unpack(context, output, level);
         } else {
             const access::Steps steps(context, {0.4, 0.2, 0.4});
-            objects.pack(context, input);
+            objects.pack(context, input, level);
             const BitImage found(objects.extents());
             const SkeletonKernels kernels = skeletonKernels(level, axesOf<Filter>);
             findInRows(context, objects, found, axesOf<Filter>, isOfEnds<Filter> ? kernels.ends : kernels.branches);
-            found.unpack(context, output);
+            found.unpack(context, output, level);
         }
     });
 }
