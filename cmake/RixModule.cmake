@@ -108,9 +108,10 @@ endfunction()
 # One test program. It links the archive of all modules, so that tests reach what the shared library hides; the archive
 # is made of the very objects of the shared library. Its sources are compiled eight at a time, which takes half as long:
 # names in them must not clash. With clang each is compiled alone, and has to include what it uses.
-# SHARDS: under the sanitizers the tests run in so many processes (4) instead of one each, because to start and end one
-# takes longer there than most tests. COUNTING: tests that count what the others do as well (bytes, looks at a flag, steps
-# of progress). They touch no memory of their own and are left out under the address sanitizer.
+# SHARDS: the tests run in so many processes instead of one each, because to start and end one takes as long as many a
+# test; under the sanitizers, where it takes longer than most, those of all programs do (4). COUNTING: tests that count
+# what the others do as well (bytes, looks at a flag, steps of progress). They touch no memory of their own and are left
+# out under the address sanitizer.
 function(rix_add_tests NAME)
   if(NOT RIX_BUILD_TESTS)
     return()
@@ -131,7 +132,7 @@ function(rix_add_tests NAME)
     # Once in thousands of runs the search for leaks at the end of a program crashes itself.
     list(APPEND properties SKIP_REGULAR_EXPRESSION "Tracer caught signal")
   endif()
-  if(RIX_SANITIZE)
+  if(RIX_SANITIZE OR ARG_SHARDS)
     set(shards 4)
     if(ARG_SHARDS)
       set(shards ${ARG_SHARDS})
