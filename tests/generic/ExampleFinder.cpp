@@ -17,8 +17,8 @@ const ImageRecipe candidateImages[] = {
     std::nullopt,
 };
 
-/// For all numbers of an algorithm at once; none leaves the defaults.
-const std::optional<double> candidateNumbers[] = {std::nullopt, 3.0, 1.0, 0.5};
+/// For all numbers of an algorithm at once; none leaves the defaults, at first but for the quick numbers below.
+const std::optional<double> candidateNumbers[] = {std::nullopt, std::nullopt, 3.0, 1.0, 0.5};
 
 /// In place of defaults with which a run takes long, most tests running an example many times, or with which it leaves
 /// images as they are: extents of a scaled image of which one grows, one shrinks and one changes little, and turns.
@@ -157,11 +157,12 @@ std::optional<Example> findExample(AlgoInfo& info) {
     std::set<String> refusals;
     std::optional<Example> dull;
     for (const std::optional<double>& number : candidateNumbers) {
+        const bool isFirst = &number == std::begin(candidateNumbers);
         example.numbers.clear();
         for (const String& name : numberNames) {
             if (number.has_value()) {
                 example.numbers[name] = *number;
-            } else if (const auto quick = quickNumbers.find(name); quick != quickNumbers.end()) {
+            } else if (const auto quick = quickNumbers.find(name); isFirst && quick != quickNumbers.end()) {
                 example.numbers[name] = quick->second;
             }
         }
