@@ -83,7 +83,7 @@ def test_first_uses_from_many_threads_make_one_enumeration():
         import sys, threading, rix
         sys.setswitchinterval(1e-6)
         names = [entry.name for entry in rix.list()]
-        for name in names:
+        for name in names[::STEP]:
             barrier = threading.Barrier(6)
             found = []
             def use():
@@ -99,7 +99,8 @@ def test_first_uses_from_many_threads_make_one_enumeration():
             assert all(kinds == found[0] for kinds in found) and len(found) == 6, name
         print("one each")
     """
-    assert run_script(text).strip() == "one each"
+    # Under the sanitizers a class takes most of a second.
+    assert run_script(text.replace("STEP", "6" if SANITIZED else "1")).strip() == "one each"
 
 
 def test_shortage_of_memory_is_told_as_such():

@@ -147,6 +147,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .process = &process<Filter>,
         .prepare = &algorithms::rememberMeaning<Filter>,
         .memory = &memoryOf<Filter>,
+        .memoryIsExact = false,  // it depends on the number of runs
     };
 }
 

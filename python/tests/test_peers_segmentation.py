@@ -1,0 +1,174 @@
+"""Objects, floods, edges and what is measured of them: scikit-image and SciPy beside ours, where both define the same."""
+
+import numpy as np
+import pytest
+
+import rix
+from support import EXAMPLES, blobs, random_array
+
+IMAGES = sorted((EXAMPLES / "images").glob("*.png"))
+
+
+def test_otsu():
+    filters = pytest.importorskip("skimage.filters")
+    pictures = [random_array(np.uint8, (50, 50), seed) for seed in range(3)]
+    pictures += [image.array for image in map(rix.imread, IMAGES) if image.ndim == 2 and image.dtype == np.uint8]
+    for picture in pictures:
+        threshold = rix.auto_thresholding_value(picture, threshold_criterion="FACTORISATION")["threshold"][0]
+        # By convention ours is the first value of the bright class, theirs the last of the dark one.
+        np.testing.assert_array_equal(picture >= threshold, picture > filters.threshold_otsu(picture))
+
+
+def test_region_properties():
+    measure = pytest.importorskip("skimage.measure")
+    labels = rix.labeling_2d(blobs((120, 150)))
+    grey = random_array(np.uint8, labels.shape)
+    expected = measure.regionprops_table(labels.astype(np.int32), grey, properties=(
+        "label", "area", "centroid", "intensity_mean", "intensity_max", "eccentricity"))
+    table = rix.label_analysis(labels, grey, measures="Area, Barycenter, Mean, Maximum")
+    for ours, theirs in [("Label", "label"), ("Area", "area"), ("BarycenterX", "centroid-1"),
+                         ("BarycenterY", "centroid-0"), ("Mean", "intensity_mean"), ("Maximum", "intensity_max")]:
+        np.testing.assert_allclose(table[ours], expected[theirs], rtol=1e-12, err_msg=ours)
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_watershed(shape):
+    segmentation = pytest.importorskip("skimage.segmentation")
+    flat = len(shape) == 2
+    flood = rix.marker_based_watershed_2d if flat else rix.marker_based_watershed_3d
+    random = np.random.default_rng(11)
+    markers = np.where(random.random(shape) < 0.02, random.integers(1, 9, shape), 0).astype(np.int32)
+    mask = random.random(shape) < 0.9
+    order = random.permutation(markers.size).reshape(shape)
+    # Where no two values are equal both definitions are one.
+    for relief in (order.astype(np.uint16), order.astype(np.float32), -order.astype(np.float64)):
+        for neighborhood, connectivity in ([("CONNECTIVITY_4", 1), ("CONNECTIVITY_8", 2)] if flat else
+                                           [("CONNECTIVITY_6", 1), ("CONNECTIVITY_18", 2), ("CONNECTIVITY_26", 3)]):
+            for within in (None, mask):
+                theirs = segmentation.watershed(relief, markers, connectivity=connectivity, mask=within)
+                seen = markers if within is None else np.where(within, markers, 0)
+                ours = flood(relief, seen, within, neighborhood=neighborhood)
+                np.testing.assert_array_equal(np.asarray(ours), theirs)
+    # Of equal values theirs takes them by their own level alone; ours by that from which they are reached, too.
+    coarse = (order * 40 // order.size).astype(np.uint8)
+    theirs = segmentation.watershed(coarse, markers, connectivity=len(shape))
+    assert (np.asarray(flood(coarse, markers)) != theirs).mean() < 0.25
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_connected_thresholds(shape):
+    filters = pytest.importorskip("skimage.filters")
+    segmentation = pytest.importorskip("skimage.segmentation")
+    flat = len(shape) == 2
+    hysteresis = rix.hysteresis_thresholding_2d if flat else rix.hysteresis_thresholding_3d
+    connected = rix.connected_threshold_2d if flat else rix.connected_threshold_3d
+    image = np.random.default_rng(12).integers(0, 256, shape, dtype=np.uint8)
+    nearest = "CONNECTIVITY_4" if flat else "CONNECTIVITY_6"
+    theirs = filters.apply_hysteresis_threshold(image, 149, 249)  # above, not from
+    np.testing.assert_array_equal(np.asarray(hysteresis(image, 150, 250, nearest)) != 0, theirs)
+    seed = tuple(extent // 2 for extent in shape)
+    marker = np.zeros(shape, np.uint8)
+    marker[seed] = 1
+    for tolerance in (20, 80, 120):
+        low, high = int(image[seed]) - tolerance, int(image[seed]) + tolerance
+        np.testing.assert_array_equal(np.asarray(connected(image, marker, low, high)) != 0,
+                                      segmentation.flood(image, seed, tolerance=tolerance))
+
+
+def test_splitting():
+    """Discs that overlap by a third of their radius are told apart."""
+    ndimage = pytest.importorskip("scipy.ndimage")
+    centres = [(y, x) for y in range(20, 180, 34) for x in range(20, 180, 34)]
+    at = np.indices((190, 190))
+    discs = np.zeros((190, 190), bool)
+    for y, x in centres:
+        discs |= np.hypot(at[0] - y, at[1] - x) <= 20
+    assert ndimage.label(discs)[1] == 1
+    labels = np.asarray(rix.split_touching_objects_2d(discs, contrast=1.5))
+    assert labels.max() == len(centres) == len({labels[centre] for centre in centres})
+    assert ((labels != 0) == discs).all()
+
+
+@pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
+def test_label_tools(shape):
+    segmentation = pytest.importorskip("skimage.segmentation")
+    ndimage = pytest.importorskip("scipy.ndimage")
+    flat = len(shape) == 2
+    boundaries = rix.label_boundaries_2d if flat else rix.label_boundaries_3d
+    expand = rix.expand_labels_2d if flat else rix.expand_labels_3d
+    labels = ndimage.label(blobs(shape))[0].astype(np.uint16) * 7
+    np.testing.assert_array_equal(np.asarray(rix.relabel_sequential(labels)), segmentation.relabel_sequential(labels)[0])
+    full = "CONNECTIVITY_8" if flat else "CONNECTIVITY_26"
+    np.testing.assert_array_equal(np.asarray(boundaries(labels, "INNER", full)) != 0,
+                                  segmentation.find_boundaries(labels, connectivity=len(shape), mode="inner"))
+    grown = np.asarray(expand(labels, distance=2.5))
+    np.testing.assert_array_equal(grown != 0, segmentation.expand_labels(labels, 2.5) != 0)
+    np.testing.assert_array_equal(grown[labels != 0], labels[labels != 0])
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "int16", "float32", "float64"])
+def test_derivatives(dtype):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    plane, volume = random_array(dtype, (60, 45)), random_array(dtype, (23, 20, 17))
+    for image, suffix in ((plane, "2d"), (volume, "3d")):
+        exact = image.astype(np.float64)
+        bound = 2e-5 * np.abs(exact).max()
+        gradient, laplacian = getattr(rix, f"gradient_operator_{suffix}"), getattr(rix, f"laplacian_{suffix}")
+        for policy, mode in [("MIRROR", "reflect"), ("CONTINUE", "nearest")]:
+            result = gradient(image, method="GAUSSIAN", standard_deviation=2, border_policy=policy)
+            expected = ndimage.gaussian_gradient_magnitude(exact, 2, mode=mode, truncate=6)
+            np.testing.assert_allclose(result.output_magnitude_image, expected, rtol=0, atol=bound)
+            expected = ndimage.gaussian_filter(exact, 2, order=1, mode=mode, truncate=6)
+            orders = {f"order_{axis}": 1 for axis in "xyz"[:image.ndim]}
+            widths = {f"standard_deviation_{axis}": 2 for axis in "xyz"[:image.ndim]}
+            result = getattr(rix, f"gaussian_derivative_{suffix}")(image, **widths, **orders, border_policy=policy)
+            np.testing.assert_allclose(result, expected, rtol=0, atol=bound)
+            result = getattr(rix, f"laplacian_of_gaussian_{suffix}")(image, standard_deviation=2, border_policy=policy)
+            expected = ndimage.gaussian_laplace(exact, 2, mode=mode, truncate=6)
+            np.testing.assert_allclose(result, expected, rtol=0, atol=bound)
+            np.testing.assert_allclose(laplacian(image, border_policy=policy), ndimage.laplace(exact, mode=mode),
+                                       rtol=1e-6, atol=1e-6 * np.abs(exact).max())
+            for method, theirs in [("SOBEL", ndimage.sobel), ("PREWITT", ndimage.prewitt)]:
+                result = gradient(image, method=method, border_policy=policy).output_image_x
+                np.testing.assert_allclose(result, theirs(exact, axis=-1, mode=mode), rtol=1e-6,
+                                           atol=1e-5 * np.abs(exact).max())
+
+
+def test_canny():
+    feature = pytest.importorskip("skimage.feature")
+    for path in IMAGES:
+        picture = rix.imread(path).array
+        if picture.ndim == 2 and picture.dtype == np.uint8:
+            ours = rix.canny_edge_detector_2d(picture, standard_deviation=2, lower_threshold=3,
+                                              upper_threshold=8).output_binary_image != 0
+            # Their weights of Sobel add up to 8 times the gradient.
+            theirs = feature.canny(picture.astype(np.float64), sigma=2, low_threshold=24, high_threshold=64)
+            # They compare where the gradient leaves the square of neighbours, we one voxel away; of two that are equal
+            # both are theirs.
+            assert np.mean(ours[3:-3, 3:-3] == theirs[3:-3, 3:-3]) > 0.99
+
+
+def test_second_order():
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = ndimage.gaussian_filter(random_array(np.float64, (60, 45)), 1.5)
+
+    def derived(order, width):
+        return ndimage.gaussian_filter(image, width, order=order, mode="reflect", truncate=6)
+
+    hessian = np.moveaxis(np.array([[derived((0, 2), 2), derived((1, 1), 2)], [derived((1, 1), 2), derived((2, 0), 2)]]),
+                          (0, 1), (2, 3))
+    values = np.linalg.eigvalsh(hessian)
+    values = np.take_along_axis(values, np.argsort(np.abs(values), axis=-1), axis=-1)
+    result = rix.hessian_analysis_2d(image, standard_deviation=2).output_eigenvalues_image
+    np.testing.assert_allclose(np.moveaxis(result, 0, -1) if result.shape[0] == 2 else result, values, rtol=0,
+                               atol=1e-4 * np.abs(values).max())
+    x, y = derived((0, 1), 1), derived((1, 0), 1)
+    entries = [ndimage.gaussian_filter(each, 3, mode="reflect", truncate=6) for each in (x * x, x * y, y * y)]
+    tensor = rix.structure_tensor_2d(image)
+    expected = 0.5 * np.arctan2(2 * entries[1], entries[0] - entries[2])
+    difference = np.angle(np.exp(2j * (tensor.output_orientation_image - expected))) / 2
+    sure = tensor.output_coherence_image > 0.01
+    assert np.abs(difference[sure]).max() < 1e-2
+    ridges = rix.ridge_filter_2d(image, method="SATO", minimum_scale=2, number_of_scales=1)
+    np.testing.assert_allclose(ridges, 4 * np.maximum(-np.linalg.eigvalsh(hessian)[..., 0], 0), rtol=0,
+                               atol=1e-3 * np.abs(values).max())
