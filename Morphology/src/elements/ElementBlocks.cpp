@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
 
 #include <rix/access/BlockSize.h>
+
+#include "CheapestBlocks.h"
 
 namespace rix::morphology {
 
@@ -56,52 +57,24 @@ ElementBlock blockOf(const std::array<std::size_t, 3>& voxels, const Element& el
 }
 
 access::Plan planElement(const ImageModel& image, const Element& element, std::size_t keyBytes) {
-    const auto extents = helper::getExtents(image);
-    access::Plan plan(extents, access::JoinedAxes::None);
     const Work work = workOf(element);
     const bool deep = element.reach().planes.sum() > 0;
-    std::array<std::size_t, 3> best{};
-    double lowestCost = std::numeric_limits<double>::infinity();
-    const auto candidate = [&](std::size_t axis, std::size_t step) {
-        return std::min(access::scaledToBlocks(step), extents[axis]);
-    };
-    // The block that costs least: rows take a while to begin, and beyond the cache everything takes longer.
-    constexpr double perRow = 300;  // nanoseconds
-    constexpr double perDoubling = 0.06;
+    constexpr double perDoubling = 0.06;  // beyond the cache everything takes longer
     constexpr double mostExcess = 16;
-    constexpr std::size_t mostVoxels = std::size_t{1} << 20;  // so that there is work for many threads
-    const auto isNew = [&](std::size_t axis, std::size_t step, std::size_t first) {
-        return step == first || access::scaledToBlocks(step / 2) < extents[axis];
-    };
-    for (std::size_t columns = 128; columns <= 16384 && isNew(0, columns, 128); columns *= 2) {
-        for (std::size_t rows = 8; rows <= 1024 && isNew(1, rows, 8); rows *= 2) {
-            for (std::size_t planes = 1; planes <= (deep ? 128U : 1U) && isNew(2, planes, 1); planes *= 2) {
-                const std::array<std::size_t, 3> voxels{candidate(0, columns), candidate(1, rows),
-                                                        deep ? candidate(2, planes) : 1};
-                const ElementBlock block = blockOf(voxels, element, keyBytes);
-                const double bytes = static_cast<double>(block.tableLength() * block.tables * keyBytes);
-                const auto windows = static_cast<double>(block.extents[0] * block.extents[1] * block.extents[2]);
-                const auto results = static_cast<double>(voxels[0] * voxels[1] * voxels[2]);
-                const double rowStarts = perRow * static_cast<double>(block.extents[1] * block.extents[2]);
-                const double excess = std::max(1.0, bytes / static_cast<double>(access::blockBytes()));
-                const bool isLarge = excess > mostExcess || voxels[0] * voxels[1] * voxels[2] > mostVoxels;
-                if (isLarge && lowestCost < std::numeric_limits<double>::infinity()) {
-                    continue;
-                }
-                const double minima = nanosecondsOf(windows * work.ofWindows + results * work.ofResults, keyBytes);
-                const double cost = (minima * (1 + perDoubling * std::log2(excess)) + rowStarts) / results;
-                if (cost < lowestCost) {
-                    lowestCost = cost;
-                    best = voxels;
-                }
-            }
-        }
-    }
-    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-        plan.cut(axis, {.step = best[axis]});
-    }
-    plan.cut(SEQUENCE, {.step = 1});
-    plan.cut(SPECTRAL_SERIES, {.step = 1});
+    access::Plan plan = cutIntoCheapest(
+        helper::getExtents(image), {{128, 8, 1}, {16384, 1024, deep ? 128U : 1U}},
+        [&](const std::array<std::size_t, 3>& voxels) {
+            const ElementBlock block = blockOf(voxels, element, keyBytes);
+            const double bytes = static_cast<double>(block.tableLength() * block.tables * keyBytes);
+            const auto windows = static_cast<double>(block.extents[0] * block.extents[1] * block.extents[2]);
+            const std::size_t count = voxels[0] * voxels[1] * voxels[2];
+            const auto results = static_cast<double>(count);
+            const double rowStarts = perRowStart * static_cast<double>(block.extents[1] * block.extents[2]);
+            const double excess = std::max(1.0, bytes / static_cast<double>(access::blockBytes()));
+            const double minima = nanosecondsOf(windows * work.ofWindows + results * work.ofResults, keyBytes);
+            return BlockCost{(minima * (1 + perDoubling * std::log2(excess)) + rowStarts) / results,
+                             excess > mostExcess || count > mostBlockVoxels};
+        });
     plan.setSmall(static_cast<double>(plan.voxelCount()) * nanosecondsOf(work.ofWindows + work.ofResults, keyBytes) <
                   access::smallWorkNanoseconds());
     return plan;

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
 #include <map>
 
 #include <rix/access/BlockSize.h>
 #include <rix/access/PackedRows.h>
+
+#include "CheapestBlocks.h"
 
 namespace rix::morphology {
 
@@ -57,61 +58,30 @@ PackedBlock packedBlockOf(const std::array<std::size_t, 3>& voxels, const Elemen
     return block;
 }
 
-access::Plan planPacked(const ImageModel& image, const Element& element) {
-    const auto extents = helper::getExtents(image);
-    access::Plan plan(extents, access::JoinedAxes::None);
+access::Plan planPacked(const ImageModel& image, const Element& element, const std::vector<Pattern>& patterns) {
     const access::Reach reach = element.reach();
     const bool deep = reach.planes.sum() > 0;
     const double meetings = meetingsOf(element);
-    const std::vector<Pattern> found = patternsOf(element);
-    const auto patterns = static_cast<double>(found.size());
-    const auto doublings = static_cast<double>(std::bit_width(found.back().length));
-    constexpr double perWord = 8;                             // to load 64 voxels and to write them: nanoseconds
-    constexpr double perShift = 0.5;                          // of words
-    constexpr double perMeeting = 0.2;                        // of words
-    constexpr std::size_t mostVoxels = std::size_t{1} << 20;  // so that there is work for many threads
-    constexpr double perRow = 300;                            // to begin one where it is in memory
-    std::array<std::size_t, 3> best{};
-    double lowestCost = std::numeric_limits<double>::infinity();
-    const auto candidate = [&](std::size_t axis, std::size_t step) {
-        return std::min(access::scaledToBlocks(step), extents[axis]);
-    };
-    for (std::size_t columns = 512; columns <= 16384; columns *= 2) {
-        for (std::size_t rows = 16; rows <= 1024; rows *= 2) {
-            for (std::size_t planes = 1; planes <= (deep ? 64U : 1U); planes *= 2) {
-                const std::array<std::size_t, 3> voxels{
-                    std::min(64 * access::wordsOf(candidate(0, columns)), 64 * access::wordsOf(extents[0])),
-                    candidate(1, rows), candidate(2, planes)};
-                const PackedBlock block = packedBlockOf(voxels, element);
-                const auto results = static_cast<double>(wordsOf(voxels[0]) * voxels[1] * voxels[2]);
-                const auto seenPlanes = static_cast<double>(voxels[2] + reach.planes.sum());
-                if (voxels[0] * voxels[1] * voxels[2] > mostVoxels &&
-                    lowestCost < std::numeric_limits<double>::infinity()) {
-                    continue;
-                }
-                const double words = seenPlanes * static_cast<double>(block.planeWords());
-                const double bytes =
-                    8 * static_cast<double>(block.tableWords() + block.planeWords() + block.keptWords());
-                const double excess = std::max(1.0, bytes / static_cast<double>(access::blockBytes()));
-                const double cost =
-                    (words * (perWord + (doublings + patterns) * perShift * excess) +
-                     seenPlanes * static_cast<double>(block.seenRows) * perRow +
-                     static_cast<double>(block.row * voxels[1] * voxels[2]) * meetings * perMeeting * excess) /
-                    results;
-                if (cost < lowestCost) {
-                    lowestCost = cost;
-                    best = voxels;
-                }
-            }
-        }
-    }
-    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-        plan.cut(axis, {.step = best[axis]});
-    }
-    plan.cut(SEQUENCE, {.step = 1});
-    plan.cut(SPECTRAL_SERIES, {.step = 1});
-    plan.setSmall(static_cast<double>(plan.voxelCount()) / 64 *
-                      (perWord + patterns * perShift + meetings * perMeeting) <
+    const auto taken = static_cast<double>(patterns.size());
+    const auto doublings = static_cast<double>(std::bit_width(patterns.back().length));
+    constexpr double perWord = 8;       // to load 64 voxels and to write them: nanoseconds
+    constexpr double perShift = 0.5;    // of words
+    constexpr double perMeeting = 0.2;  // of words
+    access::Plan plan = cutIntoCheapest(
+        helper::getExtents(image), {{512, 16, 1}, {16384, 1024, deep ? 64U : 1U}, 64},
+        [&](const std::array<std::size_t, 3>& voxels) {
+            const PackedBlock block = packedBlockOf(voxels, element);
+            const auto results = static_cast<double>(wordsOf(voxels[0]) * voxels[1] * voxels[2]);
+            const auto seenPlanes = static_cast<double>(voxels[2] + reach.planes.sum());
+            const double words = seenPlanes * static_cast<double>(block.planeWords());
+            const double bytes = 8 * static_cast<double>(block.tableWords() + block.planeWords() + block.keptWords());
+            const double excess = std::max(1.0, bytes / static_cast<double>(access::blockBytes()));
+            const double shifts = words * (perWord + (doublings + taken) * perShift * excess);
+            const double rowStarts = seenPlanes * static_cast<double>(block.seenRows) * perRowStart;
+            const double met = static_cast<double>(block.row * voxels[1] * voxels[2]) * meetings * perMeeting * excess;
+            return BlockCost{(shifts + rowStarts + met) / results, voxels[0] * voxels[1] * voxels[2] > mostBlockVoxels};
+        });
+    plan.setSmall(static_cast<double>(plan.voxelCount()) / 64 * (perWord + taken * perShift + meetings * perMeeting) <
                   access::smallWorkNanoseconds());
     return plan;
 }

@@ -45,6 +45,7 @@ struct PackedBlock {
 PackedBlock packedBlockOf(const std::array<std::size_t, 3>& voxels, const Element& element);
 
 /// How images are cut for an element, from their extents alone; along rows at whole words.
-access::Plan planPacked(const ImageModel& image, const Element& element);
+/// @param patterns those of the element
+access::Plan planPacked(const ImageModel& image, const Element& element, const std::vector<Pattern>& patterns);
 
 }  // namespace rix::morphology

@@ -39,7 +39,7 @@ struct SharedBits {
                      : access::borderOf<std::uint8_t>(policyOf(job.border), job.borderValue)),
           element(neededOf(job.element, input, job.border)),
           patterns(patternsOf(element)),
-          plan(planPacked(input, element)),
+          plan(planPacked(input, element, patterns)),
           reach(element.reach()),
           flip(job.extremum == Extremum::Maximum ? allBits : Word{0}),
           pack(access::packRow<std::uint8_t>(level)),
@@ -273,7 +273,7 @@ void takePackedExtrema(access::ExecutionContext& context, const ImageModel& inpu
 
 std::size_t packedExtremaBytes(const ImageModel& input, const Element& element, bool takesDifference,
                                std::size_t threads) {
-    const access::Plan plan = planPacked(input, element);
+    const access::Plan plan = planPacked(input, element, patternsOf(element));
     const PackedBlock block =
         packedBlockOf({plan.largestPart(COLUMNS), plan.largestPart(ROWS), plan.largestPart(PLANS)}, element);
     const auto held = [](std::size_t words) { return Scratch::held(words * sizeof(Word)); };

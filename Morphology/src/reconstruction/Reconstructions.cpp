@@ -85,7 +85,7 @@ std::size_t memoryOf(const Filter& filter) {
     const std::size_t tiles =
         floodBytes(helper::getExtents(mask), type, floodSpaceOf(filter.getNeighborhood()), threads);
     const std::size_t markerCopy = wholeInputBytes(marker, output);
-    const std::size_t rows = std::max(convertedRowBytes(mask, threads), convertedRowBytes(marker, threads));
+    const std::size_t rows = convertedRowBytes(marker, threads);
     return wholeInputBytes(mask, output) + wholeOutputBytes(mask, output, type) + std::max(tiles, markerCopy + rows);
 }
 

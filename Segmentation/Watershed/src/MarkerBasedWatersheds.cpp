@@ -2,11 +2,10 @@
 
 #include <rix/algorithms/Definition.h>
 #include <rix/properties/EnumInfo.h>
-#include <rix/rules/CompareRules.h>
-#include <rix/rules/When.h>
 #include <rix/segmentation/MarkerBasedWatershed2d.h>
 #include <rix/segmentation/MarkerBasedWatershed3d.h>
 
+#include "MarkerProperties.h"
 #include "WatershedFlood.h"
 
 namespace rix::segmentation {
@@ -18,21 +17,11 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.inputGrayImage, "What is flooded.", AddRulesForRealImage());
     properties.input(filter.inputMarkerImage, "Where floods begin: the labels, and 0 elsewhere.",
                      AddRulesForIntegerImage(), AddRuleAssertSameSize(filter.inputGrayImage));
-    properties.input(filter.inputMaskImage, "Optional: no flood comes where it is 0.",
-                     AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
-                     AddRuleWhenSet(AddRuleAssertSameSize(filter.inputGrayImage)));
+    declareFloodMask(filter, properties, "Optional: no flood comes where it is 0.");
     takeAllNeighbors(filter);
     properties.input(filter.neighborhood, "Which voxels touch.");
     properties.input(filter.watershedLines, "Whether lines lie between basins.");
-    constexpr bool ofVolumes = std::is_same_v<Filter, MarkerBasedWatershed3d>;
-    properties.output(
-        filter.outputLabelImage, "The labels of the markers whose floods came.", AddRuleAssertNotNull(),
-        AddRuleDisjointFrom(filter.inputGrayImage), AddRuleDisjointFrom(filter.inputMarkerImage),
-        AddRuleWhenSet(filter.inputMaskImage, AddRuleDisjointFrom(filter.inputMaskImage)),
-        AddRuleEnforceLike(filter.inputGrayImage,
-                           {.interpretation = RIX_LABEL,
-                            .chosenType = [&filter] { return filter.getInputMarkerImage()->getVoxelType(); },
-                            .labelScope = ofVolumes ? LabelScope::Volume : LabelScope::Plane}));
+    declareMarkerLabels(filter, properties, "The labels of the markers whose floods came.");
 }
 
 template <class Filter>

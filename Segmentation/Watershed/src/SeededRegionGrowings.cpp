@@ -5,13 +5,12 @@
 #include <rix/access/Steps.h>
 #include <rix/access/ValueRanks.h>
 #include <rix/algorithms/Definition.h>
-#include <rix/rules/CompareRules.h>
-#include <rix/rules/When.h>
 #include <rix/segmentation/SeededRegionGrowing2d.h>
 #include <rix/segmentation/SeededRegionGrowing3d.h>
 
 #include "GridRows.h"
 #include "GrowingQueue.h"
+#include "MarkerProperties.h"
 #include "PartSizeRule.h"
 
 namespace rix::segmentation {
@@ -27,19 +26,10 @@ void declare(Filter& filter, algorithms::Properties& properties) {
                      AddRulePartSize(ofVolumes ? 3 : 2));
     properties.input(filter.inputMarkerImage, "Where the regions begin: the labels, and 0 elsewhere.",
                      AddRulesForIntegerImage(), AddRuleAssertSameSize(filter.inputGrayImage));
-    properties.input(filter.inputMaskImage, "Optional: no region comes where it is 0.",
-                     AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
-                     AddRuleWhenSet(AddRuleAssertSameSize(filter.inputGrayImage)));
+    declareFloodMask(filter, properties, "Optional: no region comes where it is 0.");
     takeAllNeighbors(filter);
     properties.input(filter.neighborhood, "Which voxels touch.");
-    properties.output(
-        filter.outputLabelImage, "The labels of the regions.", AddRuleAssertNotNull(),
-        AddRuleDisjointFrom(filter.inputGrayImage), AddRuleDisjointFrom(filter.inputMarkerImage),
-        AddRuleWhenSet(filter.inputMaskImage, AddRuleDisjointFrom(filter.inputMaskImage)),
-        AddRuleEnforceLike(filter.inputGrayImage,
-                           {.interpretation = RIX_LABEL,
-                            .chosenType = [&filter] { return filter.getInputMarkerImage()->getVoxelType(); },
-                            .labelScope = ofVolumes ? LabelScope::Volume : LabelScope::Plane}));
+    declareMarkerLabels(filter, properties, "The labels of the regions.");
 }
 
 /// A plane or volume whose regions grow. Regions are the ranks of labels among those of all markers.

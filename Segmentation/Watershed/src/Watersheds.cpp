@@ -21,6 +21,7 @@
 #include <rix/segmentation/Watershed3d.h>
 #include <rix/settings/Settings.h>
 
+#include "MarkerProperties.h"
 #include "PartSizeRule.h"
 #include "RegionNumbers.h"
 #include "WatershedFlood.h"
@@ -42,9 +43,7 @@ template <class Filter>
 void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.inputGrayImage, "What is divided into basins.", AddRulesForRealImage(),
                      AddRulePartSize(ofVolumes<Filter> ? 3 : 2));
-    properties.input(filter.inputMaskImage, "Optional: there are no basins where it is 0.",
-                     AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
-                     AddRuleWhenSet(AddRuleAssertSameSize(filter.inputGrayImage)));
+    declareFloodMask(filter, properties, "Optional: there are no basins where it is 0.");
     const auto notNegative = [&](Property<double>& property, const char* description) {
         property = 0.0;
         properties.input(property, description, AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL),

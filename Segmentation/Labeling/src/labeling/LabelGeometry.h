@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <rix/access/PackedRows.h>
 #include <rix/access/Plan.h>
 #include <rix/image/ImageModel.h>
 
@@ -29,7 +30,7 @@ struct LabelGeometry {
     std::size_t volumes = 0;
     Connectivity connectivity = Connectivity::Edges;
 
-    std::size_t words() const { return columns / 64 + (columns % 64 != 0 ? 1 : 0); }  ///< 64 pixels each
+    std::size_t words() const { return access::wordsOf(columns); }  ///< 64 pixels each
     std::size_t lines() const { return rows * planes * volumes; }
     std::size_t planeCount() const { return planes * volumes; }
     std::size_t voxelsOfVolume() const { return columns * rows * planes; }
