@@ -51,13 +51,15 @@ protected:
         GenericTest::SetUp();
     }
 
-    /// The failing requests to try: all of a small run, a selection of a large one.
-    static std::size_t after(std::size_t request) { return request < 150 ? request + 1 : request + request / 20; }
+    /// The failing requests to try: all of a run of few, a selection of one of many.
+    static std::size_t after(std::size_t request, std::size_t few) {
+        return request < few ? request + 1 : request + request / 20 + 1;
+    }
 
-    void failEachRequest(const Example& example, int threads, Shortage shortage);
+    void failEachRequest(const Example& example, int threads, Shortage shortage, std::size_t few = 150);
 };
 
-void AllocationFailure::failEachRequest(const Example& example, int threads, Shortage shortage) {
+void AllocationFailure::failEachRequest(const Example& example, int threads, Shortage shortage, std::size_t few) {
     // Before each failing run the outputs are small, so that they too are requested anew.
     const Example small = example.withExtents({11, 7, example.extents()[PLANS], 1, example.extents()[SPECTRAL_SERIES]});
     const Results expected = referenceResults(example);
@@ -75,7 +77,7 @@ void AllocationFailure::failEachRequest(const Example& example, int threads, Sho
     };
 
     bool failed = true;
-    for (std::size_t request = 1; failed; request = after(request)) {
+    for (std::size_t request = 1; failed; request = after(request, few)) {
         SCOPED_TRACE(example.toText() + ", " + std::to_string(threads) + " threads: request " +
                      std::to_string(request) + (shortage == Shortage::Once ? " fails" : " and all later ones fail"));
         ASSERT_LT(request, 100000U) << "no run needs so much";
@@ -118,7 +120,7 @@ TEST_P(AllocationFailure, OnOneThreadAndNeverAgain) {
 }
 
 TEST_P(AllocationFailure, OnManyThreads) {
-    failEachRequest(largeExample(example()), 3, Shortage::Once);
+    failEachRequest(largeExample(example()), 3, Shortage::Once, 20);
 }
 
 TEST_P(AllocationFailure, LosesNothing) {
@@ -133,7 +135,7 @@ TEST_P(AllocationFailure, LosesNothing) {
         return liveAllocations();
     };
     std::size_t requests = 0;
-    for (std::size_t request = 1;; request = after(request)) {
+    for (std::size_t request = 1;; request = after(request, 150)) {
         std::array<long, 4> live{};
         for (long& each : live) {
             each = liveAfter(request, requests);

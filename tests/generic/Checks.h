@@ -12,6 +12,9 @@ namespace rix::test {
 /// the settings know, run in order, in another order and by threads.
 ::testing::AssertionResult isSameHoweverCut(const Example& example);
 
+/// The same in one of the storages at one of the levels: which is a matter of the number.
+::testing::AssertionResult isSameHoweverCutOnce(const Example& example, std::size_t number);
+
 /// Blocks that the example consists of when it is cut; 1 when its work is not cut.
 std::size_t blocksWhenCut(const Example& example);
 

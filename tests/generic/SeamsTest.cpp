@@ -22,9 +22,13 @@ std::vector<Example> someCombinations(const Example& example, std::size_t count)
 
 class Seams : public GenericTest {};
 
+/// The example itself in every storage at every level, its combinations each in one of these: seams that show only on
+/// a type show whatever holds it.
 TEST_P(Seams, DoNotShow) {
+    std::size_t number = 0;
     for (const Example& each : someCombinations(example(), sanitized ? 4 : 24)) {
-        EXPECT_TRUE(isSameHoweverCut(each));
+        EXPECT_TRUE(number == 0 ? isSameHoweverCut(each) : isSameHoweverCutOnce(each, number));
+        ++number;
     }
 }
 
@@ -47,7 +51,7 @@ TEST_P(Seams, DoNotShowInImagesOfOtherProportions) {
 }
 
 TEST_P(Seams, DoNotShowWhereOutputsShareSamplesWithInputs) {
-    for (const Example& each : someCombinations(example(), sanitized ? 2 : 8)) {
+    for (const Example& each : someCombinations(example(), sanitized ? 2 : 5)) {
         EXPECT_TRUE(isSafeOnSharedSamples(each));
     }
 }
