@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/RowRefusals.h>
 #include <rix/image/SampleMemory.h>
 
 namespace rix::access {
@@ -43,6 +44,9 @@ void throwRowError(const char* operation, const ImageModel& image, const RowSegm
     where << segment.count << " elements at column " << segment.column << ", row " << segment.row << ", plane "
           << segment.plane << ", sequence " << segment.sequence << ", spectral " << segment.spectral << " of "
           << image.getImageId() << ' ' << helper::describeImage(image);
+    if (const String reason = helper::takeRowRefusal(); !reason.empty()) {
+        error.addInfoLevel(reason);
+    }
     error.addInfoLevel(where.str());
     throw error;
 }

@@ -26,6 +26,7 @@ enum class Lock : std::size_t {
     Arenas,          ///< the idle ones
     Settings,        ///< the global ones
     Processor,       ///< what is known of it
+    DiskCache,       ///< the chunks of images on disk that are in memory
     RecycledMemory,  ///< big buffers that wait for reuse
     Count
 };
