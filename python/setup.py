@@ -1,7 +1,7 @@
 """A wheel from the source tree: python3 -m build --wheel --no-isolation python
 
-CMake builds and installs, setuptools packs. The libraries go into the package, where the compiled module finds them;
-those of the distribution (oneTBB, libtiff, ...) stay where they are.
+CMake builds and installs, setuptools packs. The libraries go into the package, where the compiled module finds them, and
+so do those of the distribution (oneTBB, libtiff, ...): the wheel needs the C and C++ runtimes and NumPy.
 """
 
 import os
@@ -14,6 +14,9 @@ from setuptools import Extension, setup
 from setuptools.command.build_ext import build_ext
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE))  # where a build without isolation does not look
+from bundle_libraries import bundle  # noqa: E402
+
 ROOT = HERE.parent
 VERSION = re.search(r"VERSION (\d+\.\d+\.\d+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
 
@@ -29,13 +32,14 @@ class CMakeBuild(build_ext):
         for command in (configure,
                         ["cmake", "--build", str(build), "--parallel", jobs, "--target", "rix_python_stubs",
                          "lumora_rix", "lumora_rix_io", "vessel"],
-                        ["cmake", "--install", str(build), "--prefix", str(target), "--component", "libraries"],
-                        ["cmake", "--install", str(build), "--prefix", str(target), "--component", "python"]):
+                        *(["cmake", "--install", str(build), "--strip", "--prefix", str(target), "--component", component]
+                          for component in ("libraries", "python"))):
             subprocess.run(command, check=True)
         # A wheel has no links: each library gets the name by which it is looked for.
         for link in (target / "rix").glob("*.so.*"):
             if link.is_symlink():
                 link.resolve().replace(link)
+        bundle(target / "rix")
 
 
 setup(

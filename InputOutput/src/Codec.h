@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 
+#include <rix/image/InterruptPoint.h>
 #include <rix/io/ImageFile.h>
 
 #include "InputFile.h"
@@ -11,6 +12,8 @@
 #include "Part.h"
 
 namespace rix::io {
+
+using helper::InterruptPoint;
 
 /// One file format. To add a format is to write one file that defines a record like this, and to name the record in
 /// the table of Codecs.cpp.
@@ -59,19 +62,6 @@ Part applyOptions(const ReadOptions& options, ImageFileInfo& info);
 /// Tells the caller of something that is not understood, or refuses the file when nobody is told.
 /// @throws LoadingError
 void warnOrRefuse(const ReadOptions& options, const String& text);
-
-/// Asks about every MiB whether reading or writing shall end.
-class InterruptPoint {
-public:
-    explicit InterruptPoint(const ReadOptions& options) : InterruptPoint(options.interrupted) {}
-    explicit InterruptPoint(const std::function<bool()>& interrupted) : m_interrupted(interrupted) {}
-    /// @throws UserCancelException
-    void pass(std::size_t bytes);
-
-private:
-    const std::function<bool()>& m_interrupted;
-    std::size_t m_bytes = 0;
-};
 
 /// Refuses samples that the file cannot hold, before anything is allocated for them.
 /// @param decodedBytes what the header promises

@@ -105,17 +105,6 @@ void warnOrRefuse(const ReadOptions& options, const String& text) {
     options.warn(text);
 }
 
-void InterruptPoint::pass(std::size_t bytes) {
-    constexpr std::size_t interval = std::size_t{1} << 20U;
-    m_bytes += bytes;
-    if (m_bytes >= interval) {
-        m_bytes = 0;
-        if (m_interrupted && m_interrupted()) {
-            throw UserCancelException(ExceptionCancelation().what());
-        }
-    }
-}
-
 void checkPromise(std::uint64_t decodedBytes, std::uint64_t fileBytes, std::uint64_t ratio, const String& compression) {
     // Divided, not multiplied: the product could overflow.
     if (decodedBytes / ratio + (decodedBytes % ratio != 0 ? 1 : 0) <= fileBytes) {

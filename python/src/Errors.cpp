@@ -60,7 +60,8 @@ void translate(std::exception_ptr error) {
         }
         raise(errorNameOf(exception), exception.getInfo(), levels);
     } catch (const description::WrongInput& wrong) {
-        raise("RuleError", wrong.what(), {wrong.what()});
+        const std::string text = wrong.what() + (wrong.choices().empty() ? "" : "; " + wrong.choices());
+        raise("RuleError", text, {text});
     } catch (const RefusedError& refused) {
         raise("RuleError", refused.what(), {refused.what()});
     } catch (const WrongTypeError& wrong) {

@@ -68,16 +68,10 @@ py::object readFile(const std::string& path, const std::string& calibration, std
     options.grey = grey;
     std::vector<std::string> warnings;
     options.warn = [&](const String& text) { warnings.push_back(text); };
-    Interaction interaction{py::none()};
-    options.interrupted = [&] { return interaction.isCancelRequested(); };
-    std::shared_ptr<io::MemoryImage> image;
-    try {
-        const py::gil_scoped_release unlocked;
-        image = io::readImage(file.path, options);
-    } catch (const UserCancelException&) {
-        interaction.rethrow();
-        throw;
-    }
+    const std::shared_ptr<io::MemoryImage> image = interruptibly([&](const std::function<bool()>& interrupted) {
+        options.interrupted = interrupted;
+        return io::readImage(file.path, options);
+    });
     for (const std::string& text : warnings) {
         warn(path + ": " + text);
     }
@@ -91,16 +85,11 @@ std::string writeFile(const std::string& path, py::handle image, const std::stri
     options.compression = compressionOf(compression);
     options.dropMetadata = dropMetadata;
     options.quality = quality;
-    Interaction interaction{py::none()};
-    options.interrupted = [&] { return interaction.isCancelRequested(); };
-    try {
-        const py::gil_scoped_release unlocked;
+    return interruptibly([&](const std::function<bool()>& interrupted) {
+        options.interrupted = interrupted;
         io::writeImage(path, *given.image, options);
         return io::neededSelection(path, *given.image);
-    } catch (const UserCancelException&) {
-        interaction.rethrow();
-        throw;
-    }
+    });
 }
 
 }  // namespace rix::python

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 
 #include <pybind11/pybind11.h>
 
 #include <rix/algorithms/InteractionInterface.h>
+#include <rix/exceptions/Exception.h>
 
 namespace rix::python {
 
@@ -29,5 +31,19 @@ private:
     std::exception_ptr m_error;  ///< a Python error: touched with the lock only
     bool m_failed = false;
 };
+
+/// Calls `work` with what it may ask whether to end, without the interpreter's lock, and raises what Ctrl-C has ended.
+template <class Work>
+auto interruptibly(const Work& work) {
+    Interaction interaction{pybind11::none()};
+    const std::function<bool()> interrupted = [&] { return interaction.isCancelRequested(); };
+    try {
+        const pybind11::gil_scoped_release unlocked;
+        return work(interrupted);
+    } catch (const UserCancelException&) {
+        interaction.rethrow();
+        throw;
+    }
+}
 
 }  // namespace rix::python

@@ -13,6 +13,7 @@
 
 #include "Arrays.h"
 #include "Errors.h"
+#include "Interaction.h"
 
 namespace py = pybind11;
 
@@ -37,19 +38,18 @@ py::array samplesOf(const rendering::Picture& picture) {
 
 py::array draw(const GivenImage& image, const GivenImage* base, const rendering::SliceChoice& slice,
                rendering::LabelNumbers numbers) {
-    std::optional<rendering::Picture> picture;
     try {
-        const py::gil_scoped_release unlocked;
-        picture = rendering::onWhite(
-            rendering::renderView(*image.image, base != nullptr ? base->image.get() : nullptr, slice, numbers));
+        return samplesOf(interruptibly([&](const std::function<bool()>& interrupted) {
+            return rendering::onWhite(rendering::renderView(*image.image, base != nullptr ? base->image.get() : nullptr,
+                                                            slice, numbers, interrupted));
+        }));
     } catch (const rendering::NotDrawable& refused) {
         throw RefusedError(refused.what());
     }
-    return samplesOf(*picture);
 }
 
-/// The outlines of labels on a picture of `base`, on wish with the label on each object, enlarged where the numbers would
-/// not fit otherwise.
+/// The outlines of labels on a picture of `base`, on wish with the label on each object, enlarged where the numbers
+/// would not fit otherwise.
 py::array overlay(py::handle base, py::handle labels, const std::string& axes, std::optional<std::size_t> plane,
                   std::optional<std::size_t> frame, bool numbers) {
     const GivenImage under = openInput(base, axes);

@@ -48,6 +48,18 @@ def test_writing_is_interrupted(tmp_path):
     assert list(tmp_path.iterdir()) == []
 
 
+def test_drawing_is_interrupted():
+    # Half a minute of numbers, one on each voxel.
+    labels = np.arange(1, 500 * 500 + 1, dtype=np.uint32).reshape(500, 500)
+    timer = threading.Timer(0.2, lambda: os.kill(os.getpid(), signal.SIGINT))
+    timer.start()
+    begun = time.monotonic()
+    with pytest.raises(KeyboardInterrupt):
+        rix.overlay(labels, labels, numbers=True)
+    assert time.monotonic() - begun < 5
+    assert rix.overlay(labels, labels).shape == (500, 500, 3)
+
+
 def test_other_threads_run():
     ticks = []
     stop = threading.Event()

@@ -115,7 +115,7 @@ std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
     const auto source = openSource(file, header.position, false);
     source->skip(firstLine * header.rowBytes);
     std::vector<std::uint8_t> line(header.rowBytes);
-    InterruptPoint interrupt(options);
+    InterruptPoint interrupt(options.interrupted);
     const bool binary = header.info.interpretation == RIX_BINARY;
     for (std::size_t i = firstLine; i < firstLine + kept.count; ++i) {
         source->read(line.data(), line.size());

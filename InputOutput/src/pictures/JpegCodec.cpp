@@ -121,7 +121,7 @@ std::unique_ptr<MemoryImage> read(InputFile& file, const ReadOptions& options) {
     JpegSession session(file);
     const ImageFileInfo info = describe(session, file, options);
     PartialImage image(info, options);
-    InterruptPoint interrupt(options);
+    InterruptPoint interrupt(options.interrupted);
     jpeg_decompress_struct& jpeg = session.jpeg();
     const std::size_t channels = info.extents[SPECTRAL_SERIES];
     std::vector<std::uint8_t> line(info.extents[COLUMNS] * channels);

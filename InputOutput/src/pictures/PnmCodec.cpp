@@ -131,7 +131,7 @@ std::unique_ptr<MemoryImage> readBits(InputFile& file, const RawLayout& layout, 
     PartialImage image(layout.info, options);
     const std::size_t columns = layout.info.extents[COLUMNS];
     std::vector<std::uint8_t> bytes((columns - 1) / 8 + 1);
-    InterruptPoint interrupt(options);
+    InterruptPoint interrupt(options.interrupted);
     const auto source = openSource(file, layout.position, false);
     const Indices& kept = image.kept(ROWS);
     source->skip(kept.first * bytes.size());

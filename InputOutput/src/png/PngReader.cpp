@@ -174,7 +174,7 @@ std::unique_ptr<MemoryImage> readPng(InputFile& file, const ReadOptions& options
     const PngHeader header = readHeader(session, file.size());
     const ImageFileInfo info = describeHeader(header, file.size(), options);
     PartialImage image(info, options);
-    InterruptPoint interrupt(options);
+    InterruptPoint interrupt(options.interrupted);
     const std::size_t channels = header.channels();
     const std::size_t sampleBytes = helper::getSizeOf(info.voxelType);
     const std::size_t rowBytes = header.columns * channels * sampleBytes;

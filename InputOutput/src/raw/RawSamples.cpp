@@ -93,7 +93,7 @@ std::unique_ptr<MemoryImage> readRaw(InputFile& header, const RawLayout& layout,
     PartialImage image(layout.info, options);
     const auto source = openSource(data ? *data : header, layout.position, layout.compressed);
     Placer placer(image.image(), layout.axes);
-    InterruptPoint interrupt(options);
+    InterruptPoint interrupt(options.interrupted);
     const std::size_t bytes = bytesOf(layout.stored);
     std::vector<std::uint8_t> stored(partSamples * bytes);
     std::vector<std::uint8_t> converted(partSamples *

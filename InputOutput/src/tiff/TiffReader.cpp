@@ -157,7 +157,7 @@ std::unique_ptr<MemoryImage> readTiff(InputFile& file, const ReadOptions& option
     TiffHandle handle(file);
     const TiffLayout layout = readTiffLayout(handle, file.size(), options);
     PartialImage image(layout.info, options);
-    InterruptPoint interrupt(options);
+    InterruptPoint interrupt(options.interrupted);
     if (layout.rawPages != 0) {
         readRawPages(handle, file, layout, image, interrupt);
         return image.release();

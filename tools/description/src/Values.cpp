@@ -118,14 +118,14 @@ std::optional<std::string> componentsOf(const BaseProperty& property, const Kind
 }
 
 [[noreturn]] void refuse(const BaseProperty& property, const std::string& text) {
-    const std::string complaint = property.getName() + " can't be " + inQuotes(text) + ": it takes ";
+    const std::string complaint = property.getName() + " can't be " + inQuotes(text);
     if (const EnumInfo* const enumeration = enumerationOf(property)) {
         const auto labels = labelsOf(*enumeration);
-        throw WrongInput(complaint + join(labels), suggestLabels(text, labels));
+        throw WrongInput(complaint, suggestLabels(text, labels), "it takes " + join(labels));
     }
     const Kind* const kind = findKind(property);
     const auto example = kind != nullptr ? componentsOf(property, *kind) : std::nullopt;
-    throw WrongInput(complaint + "a value of type " + property.getImpl()->describeType() +
+    throw WrongInput(complaint + ": it takes a value of type " + property.getImpl()->describeType() +
                      (example ? ", such as " + *example : ""));
 }
 

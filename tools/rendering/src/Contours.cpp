@@ -16,13 +16,15 @@ void checkContours(const PictureSize& labels, const PictureSize& base) {
     }
 }
 
-void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf) {
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf,
+                  helper::InterruptPoint interrupt) {
     const std::size_t factor = labels.width == 0 ? 1 : std::max<std::size_t>(1, picture.width() / labels.width);
     checkContours({labels.width * factor, labels.height * factor}, {picture.width(), picture.height()});
     const auto side = static_cast<double>(factor);
     const auto thickness = static_cast<double>((factor + 2) / 3);
     Canvas canvas(picture);
     for (std::size_t y = 0; y < labels.height; ++y) {
+        interrupt.pass(labels.width * sizeof(std::uint32_t));
         for (std::size_t x = 0; x < labels.width; ++x) {
             const std::uint32_t label = labels.at(x, y);
             if (label == 0) {

@@ -15,6 +15,7 @@ namespace {
 
 constexpr double smallestFont = 11;  // pixels; below it digits run together
 constexpr double largestFont = 40;
+constexpr std::size_t bytesOfNumber = std::size_t{1} << 14U;  ///< of work in memory, which takes as long as a number
 
 /// What numbers have to know of an object, in pixels of the labels.
 struct Object {
@@ -30,10 +31,11 @@ struct Object {
     double distance = std::numeric_limits<double>::infinity();  ///< of that place from the centre, squared
 };
 
-std::map<std::uint32_t, Object> objectsOf(const LabelSlice& labels) {
+std::map<std::uint32_t, Object> objectsOf(const LabelSlice& labels, helper::InterruptPoint interrupt) {
     std::map<std::uint32_t, Object> objects;
-    const auto forEachPixel = [&labels, &objects](const auto& visit) {
+    const auto forEachPixel = [&](const auto& visit) {
         for (std::size_t y = 0; y < labels.height; ++y) {
+            interrupt.pass(labels.width * sizeof(std::uint32_t));
             for (std::size_t x = 0; x < labels.width; ++x) {
                 if (const std::uint32_t label = labels.at(x, y); label != 0) {
                     visit(objects[label], x, y);
@@ -70,12 +72,13 @@ TextStyle styleOf(double size) {
 }
 
 /// How many times the objects have to be enlarged for the smallest numbers to fit into nine of ten; 0 without objects.
-double neededEnlargement(const std::map<std::uint32_t, Object>& objects) {
+double neededEnlargement(const std::map<std::uint32_t, Object>& objects, helper::InterruptPoint interrupt) {
     constexpr double share = 0.9;
     std::vector<double> factors;
     Canvas canvas(Picture(1, 1));
     const TextStyle style = styleOf(smallestFont);
     for (const auto& [label, object] : objects) {
+        interrupt.pass(bytesOfNumber);
         const TextSize text = canvas.measure(std::to_string(label), style);
         factors.push_back(std::max(text.width / static_cast<double>(object.right - object.left + 1),
                                    text.height / static_cast<double>(object.bottom - object.top + 1)));
@@ -97,22 +100,25 @@ double fontSizeFor(double longerSide, double enlargement, double needed) {
 
 }  // namespace
 
-std::size_t enlargementForNumbers(const LabelSlice& labels) {
+std::size_t enlargementForNumbers(const LabelSlice& labels, helper::InterruptPoint interrupt) {
     constexpr std::size_t largestPicture = 2048;
     const std::size_t longerSide = std::max(labels.width, labels.height);
     const std::size_t most = longerSide == 0 ? 1 : std::max<std::size_t>(1, largestPicture / longerSide);
-    return std::clamp<std::size_t>(static_cast<std::size_t>(std::ceil(neededEnlargement(objectsOf(labels)))), 1, most);
+    return std::clamp<std::size_t>(
+        static_cast<std::size_t>(std::ceil(neededEnlargement(objectsOf(labels, interrupt), interrupt))), 1, most);
 }
 
-void drawNumbers(Picture& picture, const LabelSlice& labels) {
+void drawNumbers(Picture& picture, const LabelSlice& labels, helper::InterruptPoint interrupt) {
     const auto width = static_cast<double>(picture.width());
     const auto height = static_cast<double>(picture.height());
     const double factor = labels.width == 0 ? 1.0 : width / static_cast<double>(labels.width);
-    const std::map<std::uint32_t, Object> objects = objectsOf(labels);
-    const TextStyle style = styleOf(fontSizeFor(std::max(width, height), factor, neededEnlargement(objects)));
+    const std::map<std::uint32_t, Object> objects = objectsOf(labels, interrupt);
+    const TextStyle style =
+        styleOf(fontSizeFor(std::max(width, height), factor, neededEnlargement(objects, interrupt)));
     const double edge = style.size / 8;
     Canvas canvas(picture);
     for (const auto& [label, object] : objects) {
+        interrupt.pass(bytesOfNumber);
         const std::string text = std::to_string(label);
         const TextSize size = canvas.measure(text, style);
         // Inside the picture, also where the object is at its edge.

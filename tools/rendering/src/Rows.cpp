@@ -33,11 +33,14 @@ std::uint32_t toLabel(T sample) {
 
 }  // namespace
 
-RowReader::RowReader(const ImageModel& image)
-    : m_image(image), m_samples(product(image.getNumOf(COLUMNS), helper::getElementNumber(image.getElementType()))) {}
+RowReader::RowReader(const ImageModel& image, helper::InterruptPoint interrupt)
+    : m_image(image),
+      m_interrupt(interrupt),
+      m_samples(product(image.getNumOf(COLUMNS), helper::getElementNumber(image.getElementType()))) {}
 
 ConstRawData RowReader::read(const RowPosition& position) {
     const auto columns = m_image.getNumOf(COLUMNS);
+    m_interrupt.pass(m_samples * sizeof(double));
     ConstRawData row = nullptr;
     if (m_image.getConstRowAt(columns, row, 0, position.row, position.plane, position.frame, position.channel)) {
         return row;

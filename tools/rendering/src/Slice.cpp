@@ -39,10 +39,11 @@ RowPosition resolve(const ImageModel& image, const SliceChoice& choice) {
 
 /// The window over a slice, from about a million values at most: every row gives some, at columns that move from row
 /// to row so that a pattern of the image can't hide between them.
-Window windowOf(const ImageModel& image, RowPosition at, const std::vector<std::size_t>& channels) {
+Window windowOf(const ImageModel& image, RowPosition at, const std::vector<std::size_t>& channels,
+                helper::InterruptPoint interrupt) {
     constexpr std::size_t enoughValues = std::size_t{1} << 20;
     constexpr std::size_t scatter = 40503;  // 2^16 / golden ratio: spreads the rows' offsets evenly
-    RowReader reader(image);
+    RowReader reader(image, interrupt);
     const std::size_t rows = image.getNumOf(ROWS);
     const std::size_t wantedOfRow = std::max<std::size_t>(1, enoughValues / std::max<std::size_t>(1, rows));
     const std::size_t step = std::max<std::size_t>(1, image.getNumOf(COLUMNS) / wantedOfRow);
@@ -61,9 +62,9 @@ Window windowOf(const ImageModel& image, RowPosition at, const std::vector<std::
 
 /// Colours a slice by a function of the sample's value.
 template <class ColourOf>
-Picture paintReals(const ImageModel& image, RowPosition at, ColourOf colourOf) {
+Picture paintReals(const ImageModel& image, RowPosition at, helper::InterruptPoint interrupt, ColourOf colourOf) {
     Picture picture(image.getNumOf(COLUMNS), image.getNumOf(ROWS));
-    RowReader reader(image);
+    RowReader reader(image, interrupt);
     for (at.row = 0; at.row < picture.height(); ++at.row) {
         const auto& row = reader.readReals(at);
         std::transform(row.begin(), row.end(), picture.row(at.row), colourOf);
@@ -71,9 +72,9 @@ Picture paintReals(const ImageModel& image, RowPosition at, ColourOf colourOf) {
     return picture;
 }
 
-LabelSlice readLabels(const ImageModel& image, RowPosition at) {
+LabelSlice readLabels(const ImageModel& image, RowPosition at, helper::InterruptPoint interrupt) {
     LabelSlice slice{image.getNumOf(COLUMNS), image.getNumOf(ROWS), {}};
-    RowReader reader(image);
+    RowReader reader(image, interrupt);
     for (at.row = 0; at.row < slice.height; ++at.row) {
         const auto& row = reader.readLabels(at);
         slice.labels.insert(slice.labels.end(), row.begin(), row.end());
@@ -92,15 +93,15 @@ Picture paintLabels(const LabelSlice& slice) {
 }
 
 /// RGB, or RGB with the opacity as a fourth channel.
-Picture paintRgb(const ImageModel& image, RowPosition at) {
+Picture paintRgb(const ImageModel& image, RowPosition at, helper::InterruptPoint interrupt) {
     constexpr std::array<std::uint8_t Colour::*, 4> members{&Colour::red, &Colour::green, &Colour::blue,
                                                             &Colour::opacity};
     const VoxelTypes type = image.getVoxelType();
     const Window window = type == RIX_UINT8    ? Window{0, 255}
                           : type == RIX_UINT16 ? Window{0, 65535}
-                                               : windowOf(image, at, {0, 1, 2});
+                                               : windowOf(image, at, {0, 1, 2}, interrupt);
     Picture picture(image.getNumOf(COLUMNS), image.getNumOf(ROWS));
-    RowReader reader(image);
+    RowReader reader(image, interrupt);
     // Opacity has a range of its own: that of the type, from 0 to 1 where it is real. Other types know none.
     const bool isReal = type == RIX_FLOAT32 || type == RIX_FLOAT64;
     const Window opacity = isReal ? Window{0, 1} : window;
@@ -118,20 +119,20 @@ Picture paintRgb(const ImageModel& image, RowPosition at) {
 
 }  // namespace
 
-Picture renderSlice(const ImageModel& image, const SliceChoice& choice) {
+Picture renderSlice(const ImageModel& image, const SliceChoice& choice, helper::InterruptPoint interrupt) {
     const RowPosition at = resolve(image, choice);
     if (image.getInterpretation() == RIX_LABEL) {
-        return paintLabels(readLabels(image, at));
+        return paintLabels(readLabels(image, at, interrupt));
     }
     if (image.getInterpretation() == RIX_BINARY) {
-        return paintReals(image, at, [](double value) { return value == 0 ? grey(0) : grey(255); });
+        return paintReals(image, at, interrupt, [](double value) { return value == 0 ? grey(0) : grey(255); });
     }
     const std::size_t channels = image.getNumOf(SPECTRAL_SERIES);
     if (image.getColorInterpretation() == RGB && (channels == 3 || channels == 4) && !choice.channel) {
-        return paintRgb(image, at);
+        return paintRgb(image, at, interrupt);
     }
-    const Window window = windowOf(image, at, {at.channel});
-    return paintReals(image, at, [&](double value) { return grey(toGreyLevel(value, window)); });
+    const Window window = windowOf(image, at, {at.channel}, interrupt);
+    return paintReals(image, at, interrupt, [&](double value) { return grey(toGreyLevel(value, window)); });
 }
 
 void checkSlice(const ImageModel& image, const SliceChoice& choice) {
@@ -145,10 +146,10 @@ void checkLabels(const ImageModel& image) {
     }
 }
 
-LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice) {
+LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice, helper::InterruptPoint interrupt) {
     const RowPosition at = resolve(image, choice);
     checkLabels(image);
-    return readLabels(image, at);
+    return readLabels(image, at, interrupt);
 }
 
 SliceChoice matchingSlice(const ImageModel& over, const ImageModel& base, const SliceChoice& choice) {

@@ -17,25 +17,27 @@ void checkView(const ImageModel& image, const ImageModel* base, const SliceChoic
     }
 }
 
-Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers) {
-    Picture picture =
-        base == nullptr ? renderSlice(image, choice) : onWhite(renderSlice(*base, matchingSlice(image, *base, choice)));
+Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers,
+                   const std::function<bool()>& interrupted) {
+    const helper::InterruptPoint interrupt(interrupted);
+    Picture picture = base == nullptr ? renderSlice(image, choice, interrupt)
+                                      : onWhite(renderSlice(*base, matchingSlice(image, *base, choice), interrupt));
     if (base == nullptr && numbers == LabelNumbers::None) {
         return picture;
     }
-    const LabelSlice labels = readLabelSlice(image, choice);
+    const LabelSlice labels = readLabelSlice(image, choice, interrupt);
     checkContours({labels.width, labels.height}, {picture.width(), picture.height()});
     if (numbers == LabelNumbers::Drawn) {
-        picture = enlarged(picture, enlargementForNumbers(labels));
+        picture = enlarged(picture, enlargementForNumbers(labels, interrupt));
     }
     if (base != nullptr && image.getInterpretation() == RIX_BINARY) {
         // Yellow is rare in photographs, and seen on dark and on light.
-        drawContours(picture, labels, [](std::uint32_t) { return Colour{255, 220, 0}; });
+        drawContours(picture, labels, [](std::uint32_t) { return Colour{255, 220, 0}; }, interrupt);
     } else if (base != nullptr) {
-        drawContours(picture, labels, LabelColours(labels));
+        drawContours(picture, labels, LabelColours(labels), interrupt);
     }
     if (numbers == LabelNumbers::Drawn) {
-        drawNumbers(picture, labels);
+        drawNumbers(picture, labels, interrupt);
     }
     return picture;
 }

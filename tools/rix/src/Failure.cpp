@@ -53,7 +53,8 @@ Failure failureOfCurrentException() {
     } catch (const Failure& failure) {
         return failure;
     } catch (const description::WrongInput& input) {
-        return Failure(WRONG_USAGE, input.what(), input.suggestions());
+        const Failure failure(WRONG_USAGE, input.what(), input.suggestions());
+        return input.choices().empty() ? failure : failure.within(input.choices());
     } catch (const rendering::NotDrawable& refusal) {
         return Failure(WRONG_USAGE, refusal.what());
     } catch (const RuleException& exception) {

@@ -35,7 +35,7 @@ TEST_F(ProgramTest, refusesWithTheRightCodeAndLeavesNothing) {
         {2, "did you mean Sample?", {"describe", "sampel"}},
         {2, "did you mean ThresholdingByCriterion?", {"run", "ThresholdingByCriterio"}},
         {2, "did you mean inputImage?", {"run", "Sample", "inputimage=in.png"}},
-        {2, "did you mean WAIT?", {"run", "Sample", "inputImage=in.png", "behaviour=WIAT"}},
+        {2, "did you mean WAIT?\n  it takes ", {"run", "Sample", "inputImage=in.png", "behaviour=WIAT"}},
         {2, "RUN_OUT_OF_MEMORY", {"run", "Sample", "behaviour=17"}},
         {2, "count can't be '3x': it takes a value of type", {"run", "Sample", "count=3x"}},
         {2, "count is given twice", {"run", "Sample", "count=1", "count=1"}},

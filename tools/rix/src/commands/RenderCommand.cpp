@@ -62,9 +62,9 @@ int runRender(const RenderOptions& options) {
     checkCanWrite(options.picturePath);
     const auto image = loadImage(options.imagePath);
     const auto base = options.basePath.empty() ? nullptr : loadImage(options.basePath);
-    const rendering::Picture picture =
-        rendering::renderView(*image, base.get(), options.slice,
-                              options.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None);
+    const rendering::Picture picture = rendering::renderView(
+        *image, base.get(), options.slice,
+        options.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None, &Interrupts::requested);
     saveImage(options.picturePath, rendering::toImage(picture));
     report(options.picturePath, picture);
     return DONE;

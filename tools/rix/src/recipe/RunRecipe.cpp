@@ -165,9 +165,9 @@ private:
         std::unique_ptr<rendering::Picture> picture;
         for (const Recipe::View& view : step.views) {
             const ImageModel* const base = view.over.empty() ? nullptr : &m_workspace.input(view.over);
-            rendering::Picture next =
-                rendering::renderView(m_workspace.input(view.image), base, {},
-                                      view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None);
+            rendering::Picture next = rendering::renderView(
+                m_workspace.input(view.image), base, {},
+                view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None, &Interrupts::requested);
             picture = std::make_unique<rendering::Picture>(
                 picture == nullptr ? std::move(next) : rendering::sideBySide(*picture, next, gapBetweenPictures));
         }

@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#include <rix/image/InterruptPoint.h>
+
 #include <rix/rendering/Picture.h>
 #include <rix/rendering/Slice.h>
 
@@ -20,6 +22,7 @@ void checkContours(const PictureSize& labels, const PictureSize& base);
 /// are the pixels of which one of the four neighbours is not the same label. The edge of the image is no border, so an
 /// object that leaves the image stays open there.
 /// @throws NotDrawable when the sizes don't go together.
-void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf);
+void drawContours(Picture& picture, const LabelSlice& labels, const std::function<Colour(std::uint32_t)>& colourOf,
+                  helper::InterruptPoint interrupt = {});
 
 }  // namespace rix::rendering

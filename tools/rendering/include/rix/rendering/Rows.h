@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <rix/image/ImageModel.h>
+#include <rix/image/InterruptPoint.h>
 
 namespace rix::rendering {
 
@@ -36,7 +37,8 @@ void forEachRow(const ImageModel& image, const Use& use) {
 /// Reads whole rows of an image, in place where the storage allows it.
 class RowReader {
 public:
-    explicit RowReader(const ImageModel& image);
+    /// @throws UserCancelException while rows are read, when the caller wants no more
+    explicit RowReader(const ImageModel& image, helper::InterruptPoint interrupt = {});
 
     /// Number of samples in a row: columns times samples of an element.
     std::size_t samplesOfRow() const { return m_samples; }
@@ -50,6 +52,7 @@ private:
     ConstRawData read(const RowPosition& position);
 
     const ImageModel& m_image;
+    helper::InterruptPoint m_interrupt;
     std::size_t m_samples;
     std::vector<std::uint8_t> m_bytes;
     std::vector<double> m_reals;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <rix/image/ImageModel.h>
+#include <rix/image/InterruptPoint.h>
 
 #include <rix/rendering/Picture.h>
 #include <rix/rendering/Window.h>
@@ -38,11 +39,11 @@ void checkLabels(const ImageModel& image);
 /// automatic window over the slice; binary images in black and white; labels in `LabelColours`, on nothing. Complex
 /// samples are shown by their magnitude.
 /// @throws NotDrawable when the choice is not inside the image, or an element has several samples.
-Picture renderSlice(const ImageModel& image, const SliceChoice& choice);
+Picture renderSlice(const ImageModel& image, const SliceChoice& choice, helper::InterruptPoint interrupt = {});
 
 /// The labels of a slice; every integer image will do, whatever its interpretation.
 /// @throws NotDrawable for images of other types and choices outside the image.
-LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice);
+LabelSlice readLabelSlice(const ImageModel& image, const SliceChoice& choice, helper::InterruptPoint interrupt = {});
 
 /// The plane of `base` that lies under a plane of `over`: the same, or the only one.
 SliceChoice matchingSlice(const ImageModel& over, const ImageModel& base, const SliceChoice& choice);

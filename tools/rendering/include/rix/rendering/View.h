@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <rix/image/ImageModel.h>
 
 #include <rix/rendering/Picture.h>
@@ -16,7 +18,10 @@ void checkView(const ImageModel& image, const ImageModel* base, const SliceChoic
 /// A picture of an image; with a base, the outlines of its labels (or of its objects, when it is binary) drawn on a
 /// picture of the base. Nothing shines through a base. With numbers the picture is enlarged a whole number of times
 /// where they would not fit into the objects otherwise.
+/// @param interrupted asked now and then whether to end; empty for never
 /// @throws NotDrawable when the choice is not inside the image, or labels are wanted of what has none.
-Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers);
+/// @throws UserCancelException `interrupted` said so.
+Picture renderView(const ImageModel& image, const ImageModel* base, const SliceChoice& choice, LabelNumbers numbers,
+                   const std::function<bool()>& interrupted = {});
 
 }  // namespace rix::rendering
