@@ -2,6 +2,8 @@
 // them. benchmarks/python_peers.py measures some of it beside SciPy.
 
 #include <array>
+#include <cmath>
+#include <cstdlib>
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -13,8 +15,10 @@
 #include <rix/geometry/AffineTransform3d.h>
 #include <rix/geometry/BSplineCoefficients2d.h>
 #include <rix/geometry/BSplineCoefficients3d.h>
+#include <rix/geometry/PolarTransform2d.h>
 #include <rix/geometry/Rescale2d.h>
 #include <rix/geometry/Rescale3d.h>
+#include <rix/geometry/WarpByDisplacement2d.h>
 #include <rix/image/StridedImage.h>
 #include <rix/settings/Settings.h>
 
@@ -110,6 +114,24 @@ auto by(double factor, ScalingInterpolation interpolation) {
     };
 }
 
+/// Displacements of some pixels, smooth over the plane.
+const io::MemoryImage& smoothField() {
+    static const io::MemoryImage field = [] {
+        io::MemoryImage image;
+        if (!image.reserve(SINGLE, RIX_FLOAT32, side, side, 1, 1, 2)) {
+            std::abort();
+        }
+        auto* const samples = reinterpret_cast<float*>(image.getInternalBuffer());
+        for (std::size_t i = 0; i < 2 * side * side; ++i) {
+            const auto x = static_cast<float>(i % side);
+            const auto y = static_cast<float>(i / side % side);
+            samples[i] = 5.0F * std::sin(0.01F * x) * std::cos(0.013F * y + static_cast<float>(i / (side * side)));
+        }
+        return image;
+    }();
+    return field;
+}
+
 void registerSample(const Sample& sample, int threads) {
     using enum ScalingInterpolation;
     const std::pair<const char*, ScalingInterpolation> kinds[] = {
@@ -143,7 +165,35 @@ void registerSample(const Sample& sample, int threads) {
                                             transform.setInterpolation(interpolation);
                                         });
     }
+    registerOurs<WarpByDisplacement2d>("warped/linear", sample, plane, threads, [](WarpByDisplacement2d& warp) {
+        warp.setInputDisplacementImage(&smoothField());
+    });
+    registerOurs<PolarTransform2d>("polar/linear", sample, plane, threads, [](PolarTransform2d& polar) {
+        polar.setRadius(static_cast<double>(side) / 2);
+        polar.setSizeX(side);
+        polar.setSizeY(side);
+    });
 #ifdef RIX_HAVE_OPENCV
+    registerOpenCv("warped/linear", sample, threads, [](const cv::Mat& in, cv::Mat& out) {
+        // OpenCV takes places: they are made of the field once.
+        static const std::array<cv::Mat, 2> places = [] {
+            std::array<cv::Mat, 2> maps;
+            for (std::size_t axis = 0; axis < 2; ++axis) {
+                maps[axis].create(static_cast<int>(side), static_cast<int>(side), CV_32F);
+                const auto* const field = reinterpret_cast<const float*>(smoothField().getInternalBuffer());
+                for (std::size_t i = 0; i < side * side; ++i) {
+                    reinterpret_cast<float*>(maps[axis].data)[i] =
+                        field[axis * side * side + i] + static_cast<float>(axis == 0 ? i % side : i / side);
+                }
+            }
+            return maps;
+        }();
+        cv::remap(in, out, places[0], places[1], cv::INTER_LINEAR);
+    });
+    registerOpenCv("polar/linear", sample, threads, [](const cv::Mat& in, cv::Mat& out) {
+        const cv::Point2f center(static_cast<float>(in.cols - 1) / 2, static_cast<float>(in.rows - 1) / 2);
+        cv::warpPolar(in, out, in.size(), center, static_cast<double>(side) / 2, cv::INTER_LINEAR);
+    });
     registerOpenCv("turned/nearest", sample, threads, turnBy(10, cv::INTER_NEAREST));
     registerOpenCv("turned/linear", sample, threads, turnBy(10, cv::INTER_LINEAR));
     registerOpenCv("turned/cubic", sample, threads, turnBy(10, cv::INTER_CUBIC));

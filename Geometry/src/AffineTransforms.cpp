@@ -8,6 +8,7 @@
 #include <rix/rules/SizeRules.h>
 
 #include "Mapped.h"
+#include "PlaceProperties.h"
 #include "World.h"
 #include "WorldTransform.h"
 #include "resampling/PlaceSampling.h"
@@ -54,12 +55,6 @@ TransformJob jobOf(const Transform& transform) {
     return job;
 }
 
-ImageHeader placedHeader(const ImageModel& image) {
-    ImageHeader header = helper::headerOf(image);
-    header.spacing = spacingsOf(header);
-    return header;
-}
-
 /// The header of the output.
 template <class Transform>
 ImageHeader gridOf(const Transform& transform) {
@@ -81,19 +76,13 @@ ImageHeader gridOf(const Transform& transform) {
     return header;
 }
 
-bool isOfClasses(const ImageModel& image) {
-    return image.getInterpretation() == RIX_LABEL || image.getInterpretation() == RIX_BINARY;
-}
-
 template <class Transform>
 PlaceJob placesOf(const Transform& transform) {
     const ImageModel& input = *transform.getInputImage();
     PlaceJob job;
     job.map = placesIn(placedHeader(input), gridOf(transform), jobOf(transform));
     job.axes = axesOf<Transform>;
-    const auto interpolation = transform.getInterpolation();
-    job.degree = interpolation == PlaceInterpolation::AUTOMATIC ? (isOfClasses(input) ? 0 : 1)
-                                                                : static_cast<int>(interpolation) - 1;
+    job.degree = degreeOf(transform.getInterpolation(), input);
     job.border = transform.getBorderPolicy();
     job.borderValue = transform.getBorderValue();
     return job;
@@ -136,7 +125,7 @@ public:
     void apply(Property<const ImageModel*>& property) override {
         const ImageModel& input = *m_transform.getInputImage();
         const ImageHeader header = placedHeader(input);
-        assertSpans(header, m_transform.inputImage);
+        assertSpans(input, m_transform.inputImage, axesOf<Transform>);
         if (!isInvertible(jobOf(m_transform).transform)) {
             rules::refuse(namesOf(m_transform) + " must make a finite transform that has an inverse.");
         }
@@ -145,7 +134,7 @@ public:
                 rules::refuse(rules::parameterText(property) + " must be set when " +
                               rules::quotedName(m_transform.grid) + " is REFERENCE.");
             }
-            assertSpans(placedHeader(*property.get()), property);
+            assertSpans(*property.get(), property, axesOf<Transform>);
             if (!isOfVolumes<Transform> && property.get()->getNumOf(PLANS) != header.extents[PLANS]) {
                 rules::refuse(rules::parameterText(property) + " must have as many planes as " +
                                   rules::quotedName(m_transform.inputImage) + ", whose planes are moved by themselves.",
@@ -168,42 +157,6 @@ public:
                                "what makes the transform: " + namesOf(m_transform));
     }
     String describe() const override { return "must be set when grid is REFERENCE"; }
-
-private:
-    void assertSpans(const ImageHeader& header, const Property<const ImageModel*>& property) const {
-        if (!spansWorld(header, axesOf<Transform>)) {
-            rules::refuse(rules::parameterText(property) + " must have directions that span " +
-                          (isOfVolumes<Transform> ? "space." : "a plane."));
-        }
-    }
-
-    const Transform& m_transform;
-};
-
-template <class Transform>
-class RuleSamplesMeaning : public Rules<Property<int>> {
-public:
-    explicit RuleSamplesMeaning(const Transform& transform) : m_transform(transform) {}
-
-    void apply(Property<int>& property) override {
-        const ImageModel& input = *m_transform.getInputImage();
-        const PlaceInterpolation interpolation = m_transform.getInterpolation();
-        if (isOfClasses(input) && interpolation != PlaceInterpolation::AUTOMATIC &&
-            interpolation != PlaceInterpolation::NEAREST) {
-            rules::refuse(rules::parameterText(property) +
-                              " must be AUTOMATIC or NEAREST for labels and binary images: what is between labels is "
-                              "none.",
-                          "It is " + getInfoPlaceInterpolation().getLabelFromValue(property.get()) + "; " +
-                              rules::quotedName(m_transform.inputImage) + " is a " +
-                              helper::interpretationsToString(input.getInterpretation()) + " image.");
-        }
-        if (isOfVolumes<Transform> && helper::areLabelsOfPlanes(input)) {
-            rules::refuse(rules::parameterText(m_transform.inputImage) + " must not have labels of planes.",
-                          "Its labels count plane by plane: the same label in the next plane is another object. Label "
-                          "it in 3D, or convert it to values.");
-        }
-    }
-    String describe() const override { return "must be AUTOMATIC or NEAREST for label and binary images"; }
 
 private:
     const Transform& m_transform;
@@ -246,7 +199,8 @@ void declare(Transform& transform, algorithms::Properties& properties) {
                      AddRuleWhenSet(AddRuleAssertImageNotEmpty()), AddRuleWhenSet(AddRuleAssertPlaced()));
     transform.inputReferenceImage.getImpl()->addRule(std::make_shared<RuleTransformsImage<Transform>>(transform));
     properties.input(transform.interpolation, "How samples between elements are found.");
-    transform.interpolation.getImpl()->addRule(std::make_shared<RuleSamplesMeaning<Transform>>(transform));
+    transform.interpolation.getImpl()->addRule(
+        std::make_shared<RuleSamplesMeaning>(transform.inputImage, isOfVolumes<Transform>));
     transform.setBorderPolicy(access::BorderPolicy::FIXED);
     properties.border(transform.borderPolicy, transform.borderValue);
     properties.output(transform.outputImage, "The moved image.", AddRuleAssertNotNull(),

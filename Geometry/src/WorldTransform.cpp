@@ -100,7 +100,20 @@ Backwards transformInPlane(const ImageHeader& input, const Grid& grid, const Tra
     return {matrix, shift};
 }
 
-/// The cosine and sine of an angle in degrees.
+}  // namespace
+
+ElementGrid elementGridOf(const ImageHeader& header) {
+    ElementGrid grid;
+    grid.vectors = elementVectors(header);
+    grid.inverse = grid.vectors.inverse();
+    grid.origin = {header.origin[0], header.origin[1], header.origin[2]};
+    return grid;
+}
+
+Matrix elementsPerWorld(const ImageHeader& header, std::size_t axes) {
+    return gridOf(header, axes, planeAxes(header)).matrix.inverse();
+}
+
 std::pair<double, double> turnOf(double degrees) {
     const double turn = std::remainder(degrees, 360.0);
     const double quarters = std::nearbyint(turn / 90.0);
@@ -115,8 +128,6 @@ std::pair<double, double> turnOf(double degrees) {
         default: return {c, s};
     }
 }
-
-}  // namespace
 
 WorldTransform transformOf(const TurnAndScale& parts) {
     WorldTransform transform;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <Eigen/Core>
 
@@ -13,6 +14,24 @@
 
 /// Transforms of the world, and what they make of grids in it.
 namespace rix::geometry {
+
+/// The elements of an image in the world, whose axes span it. Spacings are those of `spacingsOf`; of axes with one
+/// element, any are taken as 1 that none can divide by.
+struct ElementGrid {
+    Eigen::Matrix3d vectors = Eigen::Matrix3d::Identity();  ///< from an element to the next, along each axis
+    Eigen::Matrix3d inverse = Eigen::Matrix3d::Identity();
+    Eigen::Vector3d origin = Eigen::Vector3d::Zero();
+
+    Eigen::Vector3d worldOf(const Eigen::Vector3d& place) const { return vectors * place + origin; }
+    Eigen::Vector3d placeOf(const Eigen::Vector3d& world) const { return inverse * (world - origin); }
+};
+ElementGrid elementGridOf(const ImageHeader& header);
+
+/// How far a step in the world leads in elements; in planes, a step along the axes of these, the third being planes.
+Eigen::Matrix3d elementsPerWorld(const ImageHeader& header, std::size_t axes);
+
+/// The cosine and the sine of an angle in degrees; those of quarters are exact.
+std::pair<double, double> turnOf(double degrees);
 
 /// p' = matrix p + shift; of planes by the first two coordinates.
 struct WorldTransform {

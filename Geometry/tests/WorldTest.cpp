@@ -9,17 +9,25 @@
 #include <rix/geometry/BSplineCoefficients2d.h>
 #include <rix/geometry/BSplineCoefficients3d.h>
 #include <rix/geometry/ConcatenateImages.h>
+#include <rix/geometry/ContourLines2d.h>
 #include <rix/geometry/Crop.h>
 #include <rix/geometry/Flip.h>
+#include <rix/geometry/IsoSurface3d.h>
 #include <rix/geometry/MergeChannels.h>
 #include <rix/geometry/Pad.h>
 #include <rix/geometry/PermuteAxes.h>
+#include <rix/geometry/PolarTransform2d.h>
+#include <rix/geometry/ProfileAlongLine.h>
 #include <rix/geometry/Projection.h>
 #include <rix/geometry/Rescale2d.h>
 #include <rix/geometry/Rescale3d.h>
+#include <rix/geometry/Reslice3d.h>
 #include <rix/geometry/Rotate90.h>
+#include <rix/geometry/SampleAtPoints.h>
 #include <rix/geometry/Shift.h>
 #include <rix/geometry/SplitChannels.h>
+#include <rix/geometry/WarpByDisplacement2d.h>
+#include <rix/geometry/WarpByDisplacement3d.h>
 #include <rix/image/ImageHeader.h>
 
 #include "RunFilter.h"
@@ -227,6 +235,45 @@ std::vector<Case> cases() {
     };
     add(static_cast<AffineTransform2d*>(nullptr), count, toFit);
     add(static_cast<AffineTransform3d*>(nullptr), count, toFit);
+    // A field without displacements, and a row of a plane through the volume.
+    const auto addStill = [&]<class Warp>(Warp*, std::size_t channels) {
+        all.push_back({Warp::getInfo().getName(),
+                       [channels](const ImageModel& image) {
+                           ImageHeader header = helper::headerOf(image);
+                           header.voxelType = RIX_FLOAT32;
+                           header.extents[SEQUENCE] = 1;
+                           header.extents[SPECTRAL_SERIES] = channels;
+                           io::MemoryImage field;
+                           EXPECT_TRUE(helper::applyHeader(header, field));
+                           fillImage(field, [](auto...) { return 0; });
+                           return runWith<Warp>(image, [&](Warp& warp) {
+                               warp.setInputDisplacementImage(&field);
+                               warp.setInterpolation(PlaceInterpolation::NEAREST);
+                           });
+                       },
+                       count});
+    };
+    addStill(static_cast<WarpByDisplacement2d*>(nullptr), 2);
+    addStill(static_cast<WarpByDisplacement3d*>(nullptr), 3);
+    all.push_back({"Reslice3d",
+                   [](const ImageModel& image) {
+                       return runWith<Reslice3d>(image, [&](Reslice3d& reslice) {
+                           const Marker first = markerAt(image, {0, 0, 0, 0, 0});
+                           const vessel::SpatialDirections d = image.getSpatialDirections();
+                           reslice.setOriginX(first[0]);
+                           reslice.setOriginY(first[1]);
+                           reslice.setOriginZ(first[2]);
+                           reslice.setDirectionX1(d.columnDirection[0]);
+                           reslice.setDirectionY1(d.columnDirection[1]);
+                           reslice.setDirectionZ1(d.columnDirection[2]);
+                           reslice.setDirectionX2(d.rowDirection[0]);
+                           reslice.setDirectionY2(d.rowDirection[1]);
+                           reslice.setDirectionZ2(d.rowDirection[2]);
+                           reslice.setRows(1);
+                           reslice.setInterpolation(Reslice3d::NEAREST);
+                       });
+                   },
+                   9U * 2 * 3});
     // Coefficients are no markers: these get the place of the coefficients.
     const auto addCoefficients = [&]<class Coefficients>(Coefficients*) {
         all.push_back({Coefficients::getInfo().getName(),
@@ -248,7 +295,8 @@ std::vector<Case> cases() {
 
 TEST(GeometryInTheWorld, EveryObjectStaysWhereItIs) {
     const io::MemoryImage input = markedImage(extents);
-    std::set<String> seen;
+    // These have tests of their own below.
+    std::set<String> seen{"ContourLines2d", "IsoSurface3d", "PolarTransform2d", "ProfileAlongLine", "SampleAtPoints"};
     for (const Case& each : cases()) {
         SCOPED_TRACE(each.className);
         seen.insert(each.className);
@@ -277,6 +325,141 @@ TEST(GeometryInTheWorld, WithoutSpacingsCountsVoxels) {
     input.setSpacingOf(ROWS, 2.0);
     for (const Case& each : cases()) {
         EXPECT_THROW(each.run(input), RuleException) << each.className;
+    }
+}
+
+TEST(GeometryInTheWorld, PolarImagesTellRadiiAndAnglesAndLeadBack) {
+    const Extents planes{41, 31, 2, 1, 1};
+    const io::MemoryImage input = markedImage(planes);
+    PolarTransform2d there;
+    there.setInterpolation(PlaceInterpolation::NEAREST);
+    const io::MemoryImage polar = runFilter(there, input);
+    const auto before = markersOf(input);
+    const auto numbers = samplesOf<std::uint32_t>(polar);
+    const vessel::SpatialDirections d = input.getSpatialDirections();
+    std::size_t next = 0;
+    std::size_t seen = 0;
+    // Half an element of the image along both axes.
+    const double reach = std::hypot(0.7, 1.9) / 2 + 1e-9;
+    forEachPosition(helper::getExtents(polar), [&](const Extents& p) {
+        const std::uint32_t number = numbers[next++];
+        if (number == 0) {
+            return;
+        }
+        const double radius = polar.getOriginOf(COLUMNS) + static_cast<double>(p[0]) * polar.getSpacingOf(COLUMNS);
+        const double angle =
+            (polar.getOriginOf(ROWS) + static_cast<double>(p[1]) * polar.getSpacingOf(ROWS)) * std::numbers::pi / 180;
+        const Marker middle = markerAt(input, {20, 15, p[2], 0, 0});
+        double square = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const double at =
+                middle[i] + radius * (std::cos(angle) * d.columnDirection[i] + std::sin(angle) * d.rowDirection[i]);
+            square += (at - before.at(number)[i]) * (at - before.at(number)[i]);
+        }
+        EXPECT_LE(std::sqrt(square), reach);
+        ++seen;
+    });
+    EXPECT_GT(seen, 5000U);
+    PolarTransform2d back;
+    back.setDirection(PolarTransform2d::FROM_POLAR);
+    back.setInterpolation(PlaceInterpolation::NEAREST);
+    back.setInputReferenceImage(&input);
+    const io::MemoryImage output = runFilter(back, polar);
+    EXPECT_TRUE(isNear(markerAt(output, {3, 7, 1, 0, 0}), markerAt(input, {3, 7, 1, 0, 0})));
+    const auto after = samplesOf<std::uint32_t>(output);
+    next = 0;
+    forEachPosition(planes, [&](const Extents& p) {
+        const std::uint32_t number = after[next++];
+        const Marker here = markerAt(input, p);
+        double square = 0;
+        for (std::size_t i = 0; i < 3 && number != 0; ++i) {
+            square += std::pow(here[i] - before.at(number)[i], 2);
+        }
+        // Half a step of radii and of angles more.
+        EXPECT_LE(std::sqrt(square), reach + 0.35 + 35 * std::numbers::pi / 360);
+    });
+}
+
+TEST(GeometryInTheWorld, TablesTellWhereThingsAre) {
+    const io::MemoryImage input = markedImage(extents);
+    // Each marker is found where it is.
+    std::vector<std::array<double, 3>> points;
+    forEachPosition({9, 6, 5, 1, 1}, [&](const Extents& p) {
+        const Marker marker = markerAt(input, p);
+        points.push_back({marker[0], marker[1], marker[2]});
+    });
+    SampleAtPoints sampling;
+    PointValuesMsr values;
+    sampling.setInputImage(&input);
+    sampling.setPoints(points);
+    sampling.setOutputMeasurement(&values);
+    sampling.run();
+    const auto numbers = samplesOf<double>(input);
+    ASSERT_EQ(values.value.size(), numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        // Rows of the table go frame by frame in each channel, as the image is stored.
+        ASSERT_NEAR(values.value[i], numbers[i], 1e-9 * 9 * 6 * 5) << i;
+    }
+    // Those of a row follow each other along a line between them.
+    ProfileAlongLine profile;
+    ProfileMsr along;
+    const Marker first = markerAt(input, {0, 2, 1, 0, 0});
+    const Marker last = markerAt(input, {8, 2, 1, 0, 0});
+    profile.setInputImage(&input);
+    profile.setLengthUnit(ProfileAlongLine::WORLD);
+    profile.setX1(first[0]);
+    profile.setY1(first[1]);
+    profile.setZ1(first[2]);
+    profile.setX2(last[0]);
+    profile.setY2(last[1]);
+    profile.setZ2(last[2]);
+    profile.setWidth(0.0);
+    profile.setOutputMeasurement(&along);
+    profile.run();
+    ASSERT_EQ(along.value.size(), 9U * 6);
+    for (std::size_t i = 0; i < 9; ++i) {
+        EXPECT_NEAR(along.value[i], numbers[(6 + 2) * 9 + i], 1e-6);
+        EXPECT_NEAR(along.distance[i], 0.7 * static_cast<double>(i), 1e-9);
+    }
+    // Lines and surfaces about a bright voxel have it in their middle.
+    io::MemoryImage spot = input;
+    fillImage(spot, [](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t, std::size_t) {
+        return x == 6 && y == 2 && z == 3 ? 1 : 0;
+    });
+    const Marker center = markerAt(spot, {6, 2, 3, 0, 0});
+    ContourLines2d contours;
+    ContoursMsr lines;
+    contours.setInputImage(&spot);
+    contours.setOutputMeasurement(&lines);
+    contours.run();
+    ASSERT_EQ(lines.line.size(), 5U * 6);
+    IsoSurface3d surfaces;
+    SurfaceMsr triangles;
+    surfaces.setInputImage(&spot);
+    surfaces.setOutputMeasurement(&triangles);
+    surfaces.run();
+    std::map<std::int64_t, Marker> corners;
+    for (std::size_t i = 0; i < triangles.vertex1.size(); ++i) {
+        corners[triangles.vertex1[i]] = {triangles.x1[i], triangles.y1[i], triangles.z1[i]};
+        corners[triangles.vertex2[i]] = {triangles.x2[i], triangles.y2[i], triangles.z2[i]};
+        corners[triangles.vertex3[i]] = {triangles.x3[i], triangles.y3[i], triangles.z3[i]};
+    }
+    Marker ofLines{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        ofLines[0] += lines.x[i] / 4;
+        ofLines[1] += lines.y[i] / 4;
+        ofLines[2] += lines.z[i] / 4;
+    }
+    Marker ofSurface{};
+    for (const auto& [number, corner] : corners) {
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            ofSurface[axis] += corner[axis] / static_cast<double>(corners.size());
+        }
+    }
+    ASSERT_EQ(corners.size(), 14U * 6) << "an edge to each of 14 neighbours";
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        EXPECT_NEAR(ofLines[axis], center[axis], 1e-9 * 400);
+        EXPECT_NEAR(ofSurface[axis], center[axis], 1e-9 * 400);
     }
 }
 

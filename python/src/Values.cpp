@@ -72,13 +72,28 @@ struct Form<T> {
 
 template <>
 struct Form<String> {
-    static std::string annotation() { return "str"; }
+    static std::string annotation() { return "Union[str, npt.ArrayLike]"; }
     static py::object toPython(const String& value) { return py::str(value); }
     static String fromPython(py::handle value) {
-        if (!PyUnicode_Check(value.ptr())) {
-            refuseType(value, "a text");
+        return PyUnicode_Check(value.ptr()) ? value.cast<String>() : textOfRows(value);
+    }
+
+private:
+    /// Points and matrices are texts of numbers by rows, "1,2,3;4,5,6".
+    static String textOfRows(py::handle value) {
+        const auto rows = py::array_t<double, static_cast<int>(py::array::forcecast)>::ensure(value);
+        if (PyBytes_Check(value.ptr()) || !rows || rows.ndim() != 2) {
+            PyErr_Clear();
+            refuseType(value, "a text, or numbers by rows");
         }
-        return value.cast<String>();
+        String text;
+        for (py::ssize_t row = 0; row < rows.shape(0); ++row) {
+            for (py::ssize_t column = 0; column < rows.shape(1); ++column) {
+                text += column > 0 ? "," : row > 0 ? ";" : "";
+                text += py::repr(py::float_(rows.at(row, column))).cast<String>();
+            }
+        }
+        return text;
     }
 };
 

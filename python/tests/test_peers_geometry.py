@@ -109,3 +109,83 @@ def test_spline_coefficients(dtype):
             result = coefficients(image, degree=degree)
             # On lines much shorter than these SciPy's own begin with less than the exact sums.
             np.testing.assert_allclose(result, expected, atol=np.abs(expected).max() * (1e-8 if dtype == "float64" else 2e-6))
+
+
+def grid_of(shape):
+    return np.meshgrid(*(np.arange(n, dtype=np.float64) for n in shape), indexing="ij")
+
+
+@pytest.mark.parametrize("dtype", ["uint8", "float64"])
+@pytest.mark.parametrize("shape", [(30, 41), (14, 20, 17)])
+def test_warp_by_displacement(dtype, shape):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = random_array(dtype, shape)
+    random = np.random.default_rng(3)
+    field = random.uniform(-4, 4, (len(shape), *shape))  # x, y, z: SciPy's axes are in the other order
+    warp = rix.warp_by_displacement_2d if len(shape) == 2 else rix.warp_by_displacement_3d
+    places = [axis + d for axis, d in zip(grid_of(shape), field[::-1])]
+    for order, name in {1: "LINEAR", 3: "CUBIC_BSPLINE"}.items():
+        expected = ndimage.map_coordinates(image.astype(np.float64), places, order=order, mode="reflect")
+        result = warp(image, rix.Image(field, axes="cyx" if len(shape) == 2 else "czyx"), name, "MIRROR")
+        if dtype == "uint8":
+            expected = expected.clip(0, 255)
+        bound = 0.5 + 3e-3 if dtype == "uint8" else 1e-6 * np.abs(expected).max()
+        assert np.abs(np.asarray(result) - expected).max() <= bound
+
+
+def test_sample_at_points_and_profiles():
+    ndimage = pytest.importorskip("scipy.ndimage")
+    measure = pytest.importorskip("skimage.measure")
+    volume = random_array("float64", (9, 17, 25))
+    random = np.random.default_rng(4)
+    points = random.uniform(-2, 25, (200, 3))
+    for order, name in {1: "LINEAR", 3: "CUBIC_BSPLINE"}.items():
+        table = rix.sample_at_points(volume, points, name, "MIRROR")
+        expected = ndimage.map_coordinates(volume, points.T[::-1], order=order, mode="reflect")
+        np.testing.assert_allclose(table["Value"], expected, rtol=0, atol=1e-6 * np.abs(expected).max())
+    image = random_array("float64", (60, 80))
+    for (x1, y1, x2, y2), width in [((10, 12, 50, 42), 1), ((60, 50, 20, 15), 4), ((30, 10, 30, 45), 5)]:
+        table = rix.profile_along_line(image, x1=x1, y1=y1, x2=x2, y2=y2, width=width)
+        expected = measure.profile_line(image, (y1, x1), (y2, x2), linewidth=width, order=1, mode="reflect")
+        np.testing.assert_allclose(table["Value"], expected, rtol=0, atol=1e-9 * np.abs(expected).max())
+
+
+def test_polar_transform():
+    transform = pytest.importorskip("skimage.transform")
+    y, x = grid_of((61, 81))
+    image = np.sin(0.2 * x) * np.cos(0.17 * y)
+    for scale, scaling in {"LINEAR": "linear", "LOGARITHMIC": "log"}.items():
+        result = rix.polar_transform_2d(image, radial_scale=scale, radius=28, size_x=40, size_y=180)
+        expected = transform.warp_polar(image, (30, 40), radius=28, output_shape=(180, 40), scaling=scaling, order=1)
+        np.testing.assert_allclose(np.asarray(result), expected, rtol=0, atol=1e-9)
+
+
+def test_contours_and_surfaces():
+    measure = pytest.importorskip("skimage.measure")
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = ndimage.gaussian_filter(random_array("float64", (70, 90)), 3)
+    level = float(image.mean())
+    table = rix.contour_lines_2d(image, level)
+    ours = np.unique(np.round(np.stack([table["Y"], table["X"]], 1), 6), axis=0)
+    theirs = np.unique(np.round(np.concatenate(measure.find_contours(image, level)), 6), axis=0)
+    np.testing.assert_allclose(ours, theirs, atol=2e-6)  # the same points, in whatever order
+    z, y, x = grid_of((40, 44, 48))
+    ball = 15 - np.sqrt((x - 23.3) ** 2 + (y - 21.8) ** 2 + (z - 19.6) ** 2)
+    table = rix.iso_surface_3d(ball, 0.0)
+    vertices = np.stack([np.stack([table[f"{axis}{i}"] for axis in "XYZ"], 1) for i in (1, 2, 3)], 1)
+    area = np.linalg.norm(np.cross(vertices[:, 1] - vertices[:, 0], vertices[:, 2] - vertices[:, 0]), axis=1).sum() / 2
+    corners, faces, _, _ = measure.marching_cubes(ball, 0.0)
+    assert abs(area / measure.mesh_surface_area(corners, faces) - 1) < 5e-3
+
+
+def test_reslice():
+    ndimage = pytest.importorskip("scipy.ndimage")
+    volume = random_array("float32", (20, 24, 28))
+    u, v = np.array([1, 0.5, 0.25]), np.array([-0.25, 0.5, 1])
+    u, v = u / np.linalg.norm(u), v / np.linalg.norm(v)
+    origin = np.array([4, 3, 5.0])
+    result = rix.reslice_3d(volume, *origin, *u, *v, spacing=0.75, columns=20, rows=15, border_policy="MIRROR")
+    j, i = grid_of((15, 20))
+    places = [origin[k] + 0.75 * (i * u[k] + j * v[k]) for k in (2, 1, 0)]
+    expected = ndimage.map_coordinates(volume.astype(np.float64), places, order=1, mode="reflect")
+    np.testing.assert_allclose(np.asarray(result).reshape(15, 20), expected, rtol=0, atol=1e-5 * np.abs(expected).max())

@@ -38,6 +38,10 @@ std::int64_t everyClass(std::size_t /*column*/, std::size_t element) {
 std::int64_t hundredValues(std::size_t /*column*/, std::size_t element) {
     return static_cast<std::int64_t>(element % 100);
 }
+/// Of an image with an odd number of columns, no two neighbours are alike.
+std::int64_t chequers(std::size_t /*column*/, std::size_t element) {
+    return static_cast<std::int64_t>(element % 2);
+}
 
 const WorstCase worstCases[] = {
     {"Labeling2d", {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
@@ -97,6 +101,7 @@ const WorstCase worstCases[] = {
     {"LabelAnalysis",
      {.voxelType = RIX_UINT32, .extents = {500, 1000, 1, 1, 1}, .interpretation = RIX_LABEL},
      &everyLabel},
+    {"ContourLines2d", {.extents = {501, 400, 1, 1, 1}}, &chequers},
     {"AutoThresholdingValue", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
     {"AutoThresholdingBright", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},
     {"AutoThresholdingDark", {.voxelType = RIX_FLOAT32, .extents = {1000, 300, 1, 1, 1}}, &everyClass},

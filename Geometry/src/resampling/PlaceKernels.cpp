@@ -41,8 +41,13 @@ HWY_INLINE void findPlaces(const PlaceRow& row, int degree, std::size_t first, s
         auto offset = zero;
         auto share = one;
         for (std::size_t axis = 0; axis < row.axes; ++axis) {
-            auto place = hn::Add(hn::Mul(hn::Set(d, row.slope[axis]), column), hn::Set(d, row.row[axis]));
-            place = hn::Add(hn::Add(place, hn::Set(d, row.plane[axis])), hn::Set(d, row.shift[axis]));
+            auto place = zero;
+            if (row.table[axis] != nullptr) {
+                place = hn::LoadU(d, row.table[axis] + first + i);
+            } else {
+                place = hn::Add(hn::Mul(hn::Set(d, row.slope[axis]), column), hn::Set(d, row.row[axis]));
+                place = hn::Add(hn::Add(place, hn::Set(d, row.plane[axis])), hn::Set(d, row.shift[axis]));
+            }
             if (row.clamps && degree > 0) {
                 const auto inside = hn::Min(hn::Max(place, zero), hn::Set(d, row.last[axis]));
                 const auto distance = hn::Abs(hn::Sub(place, inside));

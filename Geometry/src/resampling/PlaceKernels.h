@@ -8,7 +8,7 @@
 namespace rix::geometry {
 
 /// Elements of a row of an output, and where they lie in the samples of a region of an input. Element i lies, on each
-/// axis, at the place ((slope (first + i) + row) + plane) + shift.
+/// axis, at the place ((slope (first + i) + row) + plane) + shift, or where a table tells.
 struct PlaceRow {
     double first;
     std::size_t count;
@@ -16,13 +16,14 @@ struct PlaceRow {
     double row[3];
     double plane[3];
     double shift[3];
-    double last[3];      ///< the greatest index of the input
-    bool clamps;         ///< places beyond the outermost elements are those of these
-    bool mixes;          ///< and take more and more of a value, as do all of them beyond half an element out
-    const void* region;  ///< its first sample
-    double begin[3];     ///< the element of the input that this is
-    double stride[3];    ///< in samples
-    std::size_t axes;    ///< 2 or 3
+    const double* table[3];  ///< the place of each element, with numbers behind for whole vectors; or null
+    double last[3];          ///< the greatest index of the input
+    bool clamps;             ///< places beyond the outermost elements are those of these
+    bool mixes;              ///< and take more and more of a value, as do all of them beyond half an element out
+    const void* region;      ///< its first sample
+    double begin[3];         ///< the element of the input that this is
+    double stride[3];        ///< in samples
+    std::size_t axes;        ///< 2 or 3
 };
 
 /// Kernels for `float` and `double`; every level computes the same bits. Rows of results have space for whole vectors,

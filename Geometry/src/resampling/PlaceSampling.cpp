@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include <rix/access/Plan.h>
 #include <rix/access/RoundedCast.h>
@@ -18,6 +19,7 @@
 
 #include "resampling/PlaceKernels.h"
 #include "resampling/PlaceRegions.h"
+#include "resampling/PlaceTable.h"
 #include "resampling/SplineCoefficients.h"
 
 namespace rix::geometry {
@@ -43,9 +45,6 @@ constexpr std::size_t brickPlanes = 16;
 std::size_t regionBytes() {
     return std::min(access::blockBytes(), access::usualBlockBytes);
 }
-
-/// Rows of results have space for whole vectors.
-constexpr std::size_t vectorSpace = 16;
 
 Plan cutTiles(const Extents& extents, const PlaceJob& job) {
     Plan plan(extents, access::JoinedAxes::None);
@@ -88,21 +87,42 @@ std::pair<double, double> placesOf(const Block& block, const access::RegionMap& 
 template <class Sample>
 class TileSampler {
 public:
-    TileSampler(const ImageModel& input, const PlaceJob& job)
-        : m_job(job), m_extents(helper::getExtents(input)), m_reader(input, regionBytes()) {}
+    TileSampler(const ImageModel& input, const PlaceJob& job, const Plan& plan)
+        : m_job(job), m_extents(helper::getExtents(input)), m_reader(input, regionBytes()) {
+        if (job.makeFinder) {
+            m_table.emplace(job, largestTile(plan));
+        }
+    }
 
-    static std::size_t bytes() { return Scratch::held(RegionReader<Sample>::bytes(regionBytes())); }
+    static std::size_t bytes(const PlaceJob& job, const Plan& plan) {
+        return Scratch::held(RegionReader<Sample>::bytes(regionBytes())) +
+               (job.makeFinder ? Scratch::held(PlaceTable::bytes(job, largestTile(plan))) + job.finderBytes : 0);
+    }
 
     /// Calls `use(row, position)` for rows of elements.
     template <class Use>
     void forEachRow(const Block& block, const Use& use) {
+        if (m_table) {
+            m_table->fill(block);
+        }
+        forEachRowOf(block, use);
+    }
+
+private:
+    static std::size_t largestTile(const Plan& plan) {
+        return plan.largestPart(COLUMNS) * plan.largestPart(ROWS) * plan.largestPart(PLANS);
+    }
+
+    template <class Use>
+    void forEachRowOf(const Block& block, const Use& use) {
         Position at;
         at.plane = block.planes().begin;
         at.sequence = block.sequence();
         at.spectral = block.spectral();
-        const Region region = regionOf(block);
-        PlaceRow row = rowOf(block);
-        if (!m_reader.fits(region) && block.voxels() > 1) {
+        const Ranges ranges = rangesOf(block);
+        const Region region = regionOf(ranges);
+        PlaceRow row = rowOf(ranges);
+        if (block.voxels() > 1 && (!m_reader.fits(region) || isScattered(region, block))) {
             split(block, use);
             return;
         }
@@ -113,12 +133,12 @@ public:
             for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
                 row.row[axis] = m_job.map.matrix[axis][ROWS] * static_cast<double>(place.row);
                 row.plane[axis] = m_job.map.matrix[axis][PLANS] * static_cast<double>(place.plane);
+                row.table[axis] = m_table ? m_table->at(place, axis) : nullptr;
             }
             use(row, place);
         });
     }
 
-private:
     template <class Use>
     void split(const Block& block, const Use& use) {
         Components longest = COLUMNS;
@@ -128,15 +148,31 @@ private:
         Block half = block;
         const std::size_t middle = block.axes[longest].begin + block.axes[longest].length() / 2;
         half.axes[longest].end = middle;
-        forEachRow(half, use);
+        forEachRowOf(half, use);
         half.axes[longest] = {middle, block.axes[longest].end};
-        forEachRow(half, use);
+        forEachRowOf(half, use);
+    }
+
+    /// Places that come from everywhere are read one by one rather than with all that lies between them.
+    bool isScattered(const Region& region, const Block& block) const {
+        constexpr double mostSamplesOfPlace = 256;
+        return m_table && region.samples() > mostSamplesOfPlace * static_cast<double>(block.voxels());
     }
 
     bool clamps() const { return m_job.border != access::BorderPolicy::MIRROR; }
 
+    /// The smallest places of a block, and the greatest.
+    using Ranges = std::array<std::pair<double, double>, 3>;
+    Ranges rangesOf(const Block& block) const {
+        Ranges ranges{};
+        for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
+            ranges[axis] = m_table ? m_table->range(block, axis) : placesOf(block, m_job.map, axis);
+        }
+        return ranges;
+    }
+
     /// What is the same for all rows of a block.
-    PlaceRow rowOf(const Block& block) const {
+    PlaceRow rowOf(const Ranges& ranges) const {
         PlaceRow row{};
         row.axes = m_job.axes;
         bool isInside = true;
@@ -144,19 +180,18 @@ private:
             row.slope[axis] = m_job.map.matrix[axis][COLUMNS];
             row.shift[axis] = m_job.map.matrix[axis][3];
             row.last[axis] = static_cast<double>(m_extents[axis] - 1);
-            const auto [low, high] = placesOf(block, m_job.map, axis);
-            isInside = isInside && low >= 0.0 && high <= row.last[axis];
+            isInside = isInside && ranges[axis].first >= 0.0 && ranges[axis].second <= row.last[axis];
         }
         row.clamps = clamps() && !isInside;
         row.mixes = row.clamps && m_job.border == access::BorderPolicy::FIXED;
         return row;
     }
 
-    Region regionOf(const Block& block) const {
+    Region regionOf(const Ranges& ranges) const {
         Region region;
         region.count = {1, 1, 1};
         for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
-            auto [low, high] = placesOf(block, m_job.map, axis);
+            auto [low, high] = ranges[axis];
             const auto last = static_cast<double>(m_extents[axis] - 1);
             if (clamps()) {
                 low = std::clamp(low, 0.0, last);
@@ -173,6 +208,7 @@ private:
     const PlaceJob& m_job;
     Extents m_extents;
     RegionReader<Sample> m_reader;
+    std::optional<PlaceTable> m_table;
 };
 
 template <class T>
@@ -183,7 +219,7 @@ void interpolatePlaces(access::ExecutionContext& context, const ImageModel& inpu
     const access::RoundingRow round = access::roundingRow(access::voxelTypeOf<T>, output.getVoxelType(), level);
     const auto value = static_cast<T>(job.borderValue);
     access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
-        TileSampler<T> sampler(input, job);
+        TileSampler<T> sampler(input, job, plan);
         access::RawRowWriter writer(output, plan);
         const Scratch results((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T));
         sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
@@ -205,7 +241,7 @@ void pickNearest(access::ExecutionContext& context, const ImageModel& input, Ima
         value = value != T(0) ? T(1) : T(0);
     }
     access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
-        TileSampler<T> sampler(input, job);
+        TileSampler<T> sampler(input, job, plan);
         access::RawRowWriter writer(output, plan);
         sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
             nearest(row, &value, writer.open({at, row.count}));
@@ -226,11 +262,19 @@ std::size_t bytesOfTiles(const ImageModel& input, const Extents& extents, const 
     // A row of a region that is converted is as long as the image at most.
     const bool isConverted = input.getVoxelType() != access::voxelTypeOf<T> || input.getInterpretation() == RIX_BINARY;
     const std::size_t converted = std::min(input.getNumOf(COLUMNS) * sizeof(T), RegionReader<T>::bytes(regionBytes()));
-    return atOnce * (TileSampler<T>::bytes() + (isConverted ? Scratch::held(converted) : 0) +
+    // Where parts are cut by what is found there, a longer row takes the place of a shorter one that is still held.
+    const std::size_t rows = job.makeFinder ? 2 : 1;
+    return atOnce * (TileSampler<T>::bytes(job, plan) + (isConverted ? rows * Scratch::held(converted) : 0) +
                      (job.degree > 0 ? Scratch::held((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T)) : 0));
 }
 
 }  // namespace
+
+std::size_t placeTileColumns(const Extents& extents, std::size_t axes) {
+    PlaceJob job;
+    job.axes = axes;
+    return cutTiles(extents, job).largestPart(COLUMNS);
+}
 
 bool placesAreNear(const access::RegionMap& map, const Extents& extents) {
     Block all;

@@ -2,7 +2,10 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
+#include <memory>
 
+#include <rix/access/Blocks.h>
 #include <rix/access/BorderPolicy.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/Regions.h>
@@ -11,11 +14,26 @@
 
 namespace rix::geometry {
 
+/// Finds the places of elements that lie on no even grid. Made by the thread that uses it, once a block.
+class PlaceFinder {
+public:
+    PlaceFinder() = default;
+    PlaceFinder(const PlaceFinder&) = delete;
+    PlaceFinder& operator=(const PlaceFinder&) = delete;
+    virtual ~PlaceFinder() = default;
+    /// Writes, for each axis of the job, the place of each element of a segment of an output. What is no number counts
+    /// as far before the first element.
+    virtual void find(const access::RowSegment& segment, const std::array<double*, 3>& places) = 0;
+};
+
 /// Where the elements of an output lie in the input, and how its samples there are found.
 struct PlaceJob {
     access::RegionMap map;
-    std::size_t axes = 3;  ///< 2: planes by themselves, each place in the plane of its element
-    int degree = 1;        ///< 0: the nearest element; 1: linear; 2 to 5: splines
+    /// Finds the places where they follow no map.
+    std::function<std::unique_ptr<PlaceFinder>()> makeFinder{};
+    std::size_t finderBytes = 0;  ///< that a finder holds, for rows of so many elements as a tile has
+    std::size_t axes = 3;         ///< 2: planes by themselves, each place in the plane of its element
+    int degree = 1;               ///< 0: the nearest element; 1: linear; 2 to 5: splines
     access::BorderPolicy border = access::BorderPolicy::FIXED;
     double borderValue = 0.0;
 };
@@ -31,6 +49,9 @@ bool placesAreNear(const access::RegionMap& map, const std::array<std::size_t, R
 ///        share no samples
 void samplePlaces(access::ExecutionContext& context, const ImageModel& input, ImageModel& output, const PlaceJob& job,
                   OptimLevelType level);
+
+/// The most columns that a row has whose places are found together.
+std::size_t placeTileColumns(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents, std::size_t axes);
 
 /// The most bytes that it holds. @param extents of the output
 std::size_t placeSamplingMemory(const ImageModel& input, const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents,

@@ -1,6 +1,7 @@
 #include "TableFiles.h"
 
 #include <rix/description/Text.h>
+#include <rix/io/TableFile.h>
 #include <rix/io/TextFile.h>
 #include <rix/measurement/TableText.h>
 
@@ -13,25 +14,24 @@ namespace rix::cli {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-bool isJson(const fs::path& path) {
-    return path.extension() == ".json";
-}
-
-}  // namespace
-
 void checkCanWriteTable(const fs::path& path) {
-    const fs::path extension = path.extension();
-    if (path != "-" && extension != ".csv" && !isJson(path)) {
+    if (path != "-" && !io::isTableFile(path)) {
         throw Failure(UNWRITABLE_OUTPUT, "the table " + description::inQuotes(path.string()) +
-                                             " can't be written: its extension is none of .csv, .json");
+                                             " can't be written: its extension is none of " + io::tableExtensions());
     }
     checkCanWriteFile(path);
 }
 
 void saveTable(const fs::path& path, const vessel::DataFrameView& table) {
-    saveText(path, isJson(path) ? measurement::tableToJson(table) : measurement::tableToCsv(table));
+    if (isStandardStream(path) || !io::isTableFile(path)) {
+        saveText(path, measurement::tableToCsv(table));
+        return;
+    }
+    try {
+        io::writeTable(path, table);
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
 }
 
 void saveText(const fs::path& path, const std::string& text) {

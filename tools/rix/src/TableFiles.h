@@ -7,7 +7,7 @@
 
 namespace rix::cli {
 
-/// Writes a table in the format of the extension: .json, else comma-separated values.
+/// Writes a table in the format of the extension, see `rix/io/TableFile.h`; as comma-separated values to "-".
 /// @throws Failure (unwritable output).
 void saveTable(const std::filesystem::path& path, const vessel::DataFrameView& table);
 
