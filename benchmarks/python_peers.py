@@ -188,6 +188,38 @@ def families():
         lambda threads: rix.hysteresis_thresholding_2d(hills((2048, 2048)), 140, 190, "CONNECTIVITY_4", threads=threads),
         lambda: filters.apply_hysteresis_threshold(hills((2048, 2048)), 139, 189))
 
+    page = hills((2048, 2048))
+    local = {
+        ("cv2.adaptiveThreshold", "MEAN"): None,
+        ("skimage.filters.threshold_niblack", "NIBLACK"): lambda: page > filters.threshold_niblack(page, 15, 0.2),
+        ("skimage.filters.threshold_sauvola", "SAUVOLA"): lambda: page > filters.threshold_sauvola(page, 15, 0.2),
+        ("skimage.filters.threshold_local, gaussian", "GAUSSIAN"): lambda: page > filters.threshold_local(page, 15),
+        ("skimage.filters.threshold_local, median", "MEDIAN"): lambda: page > filters.threshold_local(page, 15, "median"),
+        ("rix.box_filter_2d", "PHANSALKAR"): lambda: rix.box_filter_2d(page, 15, 15, auto_scale=True, threads=1),
+        ("rix.box_filter_2d", "BERNSEN"): lambda: rix.box_filter_2d(page, 15, 15, auto_scale=True, threads=1),
+    }
+    if importlib.util.find_spec("cv2"):
+        cv2 = importlib.import_module("cv2")
+        local["cv2.adaptiveThreshold", "MEAN"] = lambda: cv2.adaptiveThreshold(
+            page, 1, cv2.ADAPTIVE_THRESH_MEAN_C, cv2.THRESH_BINARY, 15, 0)
+    for (peer, method), theirs in local.items():
+        if theirs is not None:
+            yield "local", f"uint8 2048 {method.lower()}", peer, (
+                lambda threads, method=method: rix.local_thresholding_2d(page, method, threads=threads), theirs)
+    yield "multi", "uint8 2048 4", "skimage.filters.threshold_multiotsu", (
+        lambda threads: rix.multi_level_thresholding(page, 4, threads=threads),
+        lambda: np.digitize(page, filters.threshold_multiotsu(page, 4)))
+    for shape, channels in (((1024, 1024), 1), ((1024, 1024), 3), ((100, 100, 100), 1)):
+        grey = hills(shape)
+        colours = np.stack([np.roll(grey, 40 * i, 0) for i in range(channels)], -1) if channels > 1 else grey
+        ours = colours if channels == 1 else rix.Image(np.ascontiguousarray(np.moveaxis(colours, -1, 0)), axes="cyx")
+        divide = rix.superpixels_2d if len(shape) == 2 else rix.superpixels_3d
+        yield "slic", "x".join(map(str, shape)) + f" c{channels}", "skimage.segmentation.slic", (
+            lambda threads, ours=ours, divide=divide: divide(ours, 500, threads=threads),
+            lambda colours=colours, channels=channels: segmentation.slic(
+                colours.astype(np.float32), 500, 10, 10, channel_axis=-1 if channels > 1 else None, convert2lab=False,
+                start_label=1))
+
     specks = ndimage.label(ndimage.gaussian_filter(np.random.default_rng(5).standard_normal((2048, 2048)), 4) > 0.15)[0]
     specks = specks.astype(np.int32) * 3
     tools = {
@@ -320,7 +352,7 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, geometry, resampling, ranks, background, labeling, uniform, median, otsu, maxima, "
+                        help="measures, geometry, resampling, ranks, local, multi, slic, background, labeling, uniform, median, otsu, maxima, "
                              "flood, holes, skeletons, distances, ways, regions; unless given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")

@@ -89,6 +89,45 @@ def test_splitting():
     assert ((labels != 0) == discs).all()
 
 
+def test_local_thresholds():
+    filters = pytest.importorskip("skimage.filters")
+    image = (random_array(np.uint8, (60, 80)) * 2.5).astype(np.uint8)
+    inside = (slice(10, -10), slice(10, -10))  # borders are mirrored without the edge voxel there
+    for method, threshold in (("NIBLACK", filters.threshold_niblack(image, 15, 0.2)),
+                              ("SAUVOLA", filters.threshold_sauvola(image, 15, 0.2)),
+                              ("MEAN", filters.threshold_local(image, 15, "mean")),
+                              ("MEDIAN", filters.threshold_local(image, 15, "median")),
+                              ("GAUSSIAN", filters.threshold_local(image, 15, "gaussian"))):
+        bright = np.asarray(rix.local_thresholding_2d(image, method))
+        sure = np.abs(image - threshold) > (0.01 if method == "GAUSSIAN" else 1e-3)
+        if method == "SAUVOLA":  # half of 255 there, too
+            sure &= np.abs(image - threshold) > 0.5
+        assert sure[inside].mean() > 0.9
+        assert (bright == (image > threshold))[inside][sure[inside]].all(), method
+
+
+def test_multi_level_thresholds():
+    filters = pytest.importorskip("skimage.filters")
+    image = random_array(np.uint8, (90, 70)) + np.arange(70, dtype=np.uint8)
+    for classes in (2, 3, 4):
+        theirs = filters.threshold_multiotsu(image, classes)
+        labels, table = rix.multi_level_thresholding(image, classes)
+        # What is equal to a threshold belongs to the class below it there, and the next value is ours.
+        assert np.array_equal(np.asarray(table["Threshold"]), theirs + 1)
+        assert np.array_equal(np.asarray(labels), np.digitize(image, theirs, right=True))
+
+
+def test_superpixels_are_connected_and_flat():
+    measure = pytest.importorskip("skimage.measure")
+    image = np.add.outer(np.arange(60) // 20 * 60, np.arange(90) // 15 * 20).astype(np.uint8)
+    labels = np.asarray(rix.superpixels_2d(image, 54, 1))
+    assert len(np.unique(labels)) == labels.max() == measure.label(labels, connectivity=1).max()
+    assert all(image[labels == label].std() == 0 for label in range(1, labels.max() + 1))
+    merged = np.asarray(rix.region_merging_2d(labels, image, 0))
+    assert len(np.unique(merged)) == 18  # the fields
+
+
+
 @pytest.mark.parametrize("shape", [(60, 70), (14, 20, 17)])
 def test_label_tools(shape):
     segmentation = pytest.importorskip("skimage.segmentation")

@@ -10,6 +10,7 @@
 #include <rix/access/PaddedGrid.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
+#include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/algorithms/FilterChoices.h>
 #include <rix/image/ImageModel.h>
@@ -128,5 +129,31 @@ private:
     const access::PaddedGrid& m_grid;
     bool m_isAlone;
 };
+
+/// Calls `work(part, rows, inBlock)` for all planes or volumes: for a single one with rows that are shared by all
+/// threads, else for several at the same time. What is one thread's work is given to `inBlock`, as a function of the
+/// progress. With a single part each use of the rows is a step of the run, and so is what `inBlock` is given; there are
+/// to be three, of which the one in the middle takes longest.
+template <class Work>
+void forEachPartAlone(access::ExecutionContext& context, const access::PaddedGrid& grid, std::size_t parts,
+                      double nanosecondsPerVoxel, const Work& work) {
+    if (parts == 1) {
+        const access::Steps steps(context, {0.05, 0.9, 0.05});
+        const access::Plan whole({grid.voxels(), 1, 1, 1, 1}, access::JoinedAxes::None);
+        work(0, PartRows(context, grid, true), [&](const auto& alone) {
+            access::run(context, whole,
+                        [&](const access::Block&, access::BlockProgress& progress) { alone(progress); });
+        });
+        return;
+    }
+    // The parts as rows.
+    const access::Plan plan =
+        access::cutBands({grid.voxels(), parts, 1, 1, 1}, {.nanosecondsPerVoxel = nanosecondsPerVoxel});
+    access::run(context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
+        for (std::size_t part = block.rows().begin; part < block.rows().end; ++part) {
+            work(part, PartRows(context, grid, false), [&](const auto& alone) { alone(progress); });
+        }
+    });
+}
 
 }  // namespace rix::segmentation

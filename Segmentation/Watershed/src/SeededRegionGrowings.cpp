@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include <rix/access/Steps.h>
 #include <rix/access/ValueRanks.h>
 #include <rix/algorithms/Definition.h>
 #include <rix/segmentation/SeededRegionGrowing2d.h>
@@ -208,23 +207,7 @@ void process(Filter& filter, OptimLevelType /*level*/) {
                 growing.write(*filter.getOutputLabelImage(), rowOfPart(extents, neighbors.axes, part, row), row);
             });
         };
-        if (parts == 1) {
-            const access::Steps steps(context, {0.05, 0.9, 0.05});
-            const access::Plan whole({grid.voxels(), 1, 1, 1, 1}, access::JoinedAxes::None);
-            growPart(0, PartRows(context, grid, true), [&](const auto& work) {
-                access::run(context, whole,
-                            [&](const access::Block&, access::BlockProgress& progress) { work(progress); });
-            });
-            return;
-        }
-        // The parts as rows.
-        const access::Plan plan =
-            access::cutBands({grid.voxels(), parts, 1, 1, 1}, {.nanosecondsPerVoxel = nanosecondsPerVoxel});
-        access::run(context, plan, [&](const access::Block& block, access::BlockProgress& progress) {
-            for (std::size_t part = block.rows().begin; part < block.rows().end; ++part) {
-                growPart(part, PartRows(context, grid, false), [&](const auto& work) { work(progress); });
-            }
-        });
+        forEachPartAlone(context, grid, parts, nanosecondsPerVoxel, growPart);
     });
 }
 
