@@ -1,15 +1,11 @@
 #include <rix/individual_analysis/LabelAnalysis.h>
 
-#include <cmath>
-#include <cstddef>
-#include <limits>
 #include <memory>
 
 #include <rix/algorithms/Definition.h>
 #include <rix/image/ImageDetails.h>
+#include <rix/individual_analysis/ObjectValues.h>
 #include <rix/rules/KnownWords.h>
-#include <rix/rules/SpacingRules.h>
-#include <rix/rules/When.h>
 
 #include "LabelAnalysisMemory.h"
 #include "LabelAnalysisRun.h"
@@ -21,35 +17,6 @@ namespace rix::individual_analysis {
 
 namespace {
 
-/// Lengths need a scale, and positions in a row 32 bits.
-class RuleMeasurable : public Rules<Property<const ImageModel*>> {
-public:
-    bool isIndividual() const override { return true; }
-    void apply(Property<const ImageModel*>& property) override {
-        const ImageModel& image = *property.get();
-        const int axes = modeOf(image) == DimensionalMode::Mode3d ? 3 : 2;
-        for (int i = 0; i < axes; ++i) {
-            const auto axis = static_cast<Components>(i);
-            const double spacing = image.getSpacingOf(axis);
-            if (!(spacing > 0.0) || !std::isfinite(spacing)) {
-                rules::refuse(rules::parameterText(property) + " has the spacing " + rules::numberToText(spacing) +
-                              " on the " + helper::componentToString(axis) + " axis; it must be positive. " +
-                              rules::spacingCure);
-            }
-            if (image.getNumOf(axis) > std::numeric_limits<std::uint32_t>::max()) {
-                rules::refuse(rules::parameterText(property) + " has " + std::to_string(image.getNumOf(axis)) + ' ' +
-                              helper::componentToString(axis) + "; at most " +
-                              std::to_string(std::numeric_limits<std::uint32_t>::max()) + " are accepted.");
-            }
-        }
-    }
-    String describe() const override { return "must have positive spacings"; }
-};
-
-IntensityUse useOf(const ImageModel* intensity) {
-    return intensity != nullptr ? IntensityUse::Present : IntensityUse::Absent;
-}
-
 String joined(const std::vector<String>& names) {
     String text;
     for (const String& name : names) {
@@ -60,8 +27,9 @@ String joined(const std::vector<String>& names) {
 
 /// What the property "measures" asks for. @throws RuleException for a request that cannot be served
 std::shared_ptr<const MeasureGroup> requestOf(const LabelAnalysis& analysis) {
-    return readMeasureRequest(analysis.getMeasures(), modeOf(*analysis.getInputLabelImage()),
-                              useOf(analysis.getInputIntensityImage()));
+    return readMeasureRequest(
+        analysis.getMeasures(), modeOf(*analysis.getInputLabelImage()),
+        analysis.getInputIntensityImage() != nullptr ? IntensityUse::Present : IntensityUse::Absent);
 }
 
 class RuleReadRequest : public Rules<Property<String>>, public KnownWords {
@@ -89,20 +57,10 @@ private:
 void declare(LabelAnalysis& analysis, algorithms::Properties& properties) {
     properties.input(analysis.inputLabelImage,
                      "The labels of the objects; 0 is background. In an image of several planes a label is one body in "
-                     "space, also where each plane was labelled by itself (then a note says so).",
-                     AddRulesForImageOf({RIX_UINT8, RIX_UINT16, RIX_UINT32}),
-                     AddRuleWhen(
-                         "unless each channel is a run of its own",
-                         [&analysis] { return !analysis.isIterationOnSpectralAxisEnabled(); },
-                         AddRuleAssertDimension(ImageDimension::Any, AxisUse::Refused)));
-    analysis.inputLabelImage.getImpl()->addRule(std::make_shared<RuleMeasurable>());
-    properties.input(analysis.inputIntensityImage, "The grey values of the objects, when they are measured.",
-                     AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
-                     AddRuleWhenSet(AddRuleAssertImageNotEmpty()));
-    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE}) {
-        addRules(analysis.inputIntensityImage,
-                 AddRuleWhenSet(AddRuleAssertDimensionImage(axis, analysis.inputLabelImage)));
-    }
+                     "space, also where each plane was labelled by itself (then a note says so).");
+    addRulesForObjects(analysis, analysis.inputLabelImage);
+    properties.input(analysis.inputIntensityImage, "The grey values of the objects, when they are measured.");
+    addRulesForGreyValues(analysis.inputLabelImage, analysis.inputIntensityImage);
     analysis.measures = String("Basic");
     properties.input(analysis.measures, "What is measured: names, presets and formulas, separated by commas.");
     analysis.measures.getImpl()->addRule(std::make_shared<RuleReadRequest>(analysis));

@@ -66,6 +66,9 @@ TEST(Formulas, GiveValuesWithUnits) {
          ""},
         {"Large = (Area >= 2*Area - Area) * 3 or 0", "Large", 1, ""},
         {"1 < 2", "1<2", 1, ""},
+        // Numbers without a unit are in that of what they are compared with.
+        {"Area > 11.9 and -(3 + 1) < EquivalentDiameter", "Area>11.9 and-(3+1)<EquivalentDiameter", 1, ""},
+        {"Area > 12.1 or not 12 == Area", "Area>12.1 or not 12==Area", 0, ""},
         {"PixelCount != 8", "PixelCount!=8", 0, ""},
         {"order = 2, orbit = order + 1", "orbit", 3, ""},
         {sum.c_str(), sum.c_str(), 8000, ""},
@@ -140,6 +143,7 @@ TEST(Formulas, AreRefusedBeforeAnyPixelIsRead) {
         {"Area + FeretMaximum", {"units", "length is added to length^2"}},
         {"2^Area", {"an exponent is length^2"}},
         {"Area < FeretMaximum", {"units", "length^2 is compared with length"}},
+        {"Area < PixelCount", {"units", "length^2 is compared with a plain number"}},
         {"Area and 1", {"an operand of and is length^2"}},
         {"not Area", {"an operand of not is length^2"}},
         {"1 < 2 < 3", {"position 7"}},

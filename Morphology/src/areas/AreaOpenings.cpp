@@ -1,13 +1,11 @@
 // What is small goes: bright for openings, dark for closings.
 
-#include <cmath>
-
 #include <rix/access/OrderedKeys.h>
+#include <rix/algorithms/LeastSize.h>
 #include <rix/morphology/AreaClosing2d.h>
 #include <rix/morphology/AreaClosing3d.h>
 #include <rix/morphology/AreaOpening2d.h>
 #include <rix/morphology/AreaOpening3d.h>
-#include <rix/rules/ValueRules.h>
 
 #include "IsOneOf.h"
 #include "areas/AreaLevels.h"
@@ -22,64 +20,19 @@ constexpr double nanosecondsPerVoxel = 60.0;
 template <class Filter>
 constexpr bool isOpening = isOneOf<Filter, AreaOpening2d, AreaOpening3d>;
 
-/// The size of a voxel: 1, or the product of the spacings.
-template <class Filter>
-double voxelSize(const Filter& filter) {
-    double size = 1.0;
-    if (filter.getLengthUnit() == algorithms::LengthUnit::WORLD) {
-        for (std::size_t axis = 0; axis < floodSpaceOf(filter.getNeighborhood()).axes; ++axis) {
-            size *= std::fabs(filter.getInputImage()->getSpacingOf(static_cast<Components>(axis)));
-        }
-    }
-    return size;
-}
-
-template <class Filter>
-class RuleSize : public Rules<Property<double>> {
-public:
-    explicit RuleSize(const Filter& filter) : m_filter(filter) {}
-
-    void apply(Property<double>& property) override {
-        RuleAssertFinite<double>().apply(property);
-        RuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL).apply(property);
-        if (m_filter.getLengthUnit() != algorithms::LengthUnit::WORLD) {
-            return;
-        }
-        for (std::size_t axis = 0; axis < floodSpaceOf(m_filter.getNeighborhood()).axes; ++axis) {
-            algorithms::assertSpacingFor(property,
-                                         m_filter.getInputImage()->getSpacingOf(static_cast<Components>(axis)));
-        }
-    }
-    String describe() const override { return "must be finite and at least 0"; }
-
-private:
-    const Filter& m_filter;
-};
-
 template <class Filter>
 void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.inputImage, "The image.", AddRulesForRealImage());
     filter.setMinimumSize(64.0);
     properties.input(filter.minimumSize, isOpening<Filter> ? "The least size of what is bright and stays."
                                                            : "The least size of what is dark and stays.");
-    filter.minimumSize.getImpl()->addRule(std::make_shared<RuleSize<Filter>>(filter));
+    algorithms::addRuleLeastSize(filter.minimumSize, filter.inputImage, filter.lengthUnit,
+                                 floodSpaceOf(filter.getNeighborhood()).axes);
     properties.input(filter.lengthUnit, "Whether that is in voxels, or in the image's unit to the power of the axes.");
     takeAllNeighbours(filter);
     properties.input(filter.neighborhood, "Which voxels touch.");
     properties.output(filter.outputImage, "The image without what is too small.", AddRuleAssertNotNull(),
                       AddRuleEnforceLike(filter.inputImage));
-}
-
-/// The least number of voxels of a size, at most `most`.
-std::size_t leastVoxels(double size, double voxelSize, std::size_t most) {
-    const auto isEnough = [=](double voxels) { return voxels * voxelSize >= size; };
-    if (size <= 0.0) {
-        return 0;  // also where a voxel has none
-    }
-    double voxels = std::ceil(size / voxelSize);
-    voxels += isEnough(voxels) ? 0.0 : 1.0;
-    voxels -= voxels > 0 && isEnough(voxels - 1.0) ? 1.0 : 0.0;
-    return voxels < static_cast<double>(most) ? static_cast<std::size_t>(voxels) : most;
 }
 
 /// Calls `use(tag)` with the type of indices of a grid: twice the number of cells fits, one less.
@@ -187,7 +140,8 @@ void process(Filter& filter, OptimLevelType /*level*/) {
     const AreaGrid grid(helper::getExtents(input), space);
     const AreaWork work{.opens = isOpening<Filter>,
                         .isBinary = input.getInterpretation() == RIX_BINARY,
-                        .least = leastVoxels(filter.getMinimumSize(), voxelSize(filter), grid.voxels() + 1)};
+                        .least = algorithms::leastVoxels(filter.getMinimumSize(), filter.getLengthUnit(), input,
+                                                         space.axes, grid.voxels() + 1)};
     access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const access::Steps steps(context, {0.05, 0.9, 0.05});

@@ -87,7 +87,10 @@ private:
             default: break;
         }
         if (formulas::isTruth(operation)) {
-            if (!left.dimension.isSameAs(right.dimension)) {
+            // A bare number is in the unit of what it is compared with.
+            const bool isBare = (left.constant && left.dimension.isPlainNumber()) ||
+                                (right.constant && right.dimension.isPlainNumber());
+            if (!isBare && !left.dimension.isSameAs(right.dimension)) {
                 refuse(left.dimension.describe() + " is compared with " + right.dimension.describe());
             }
             return {};

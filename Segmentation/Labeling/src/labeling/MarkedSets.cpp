@@ -1,5 +1,6 @@
 #include <rix/segmentation/MarkedSets.h>
 
+#include <algorithm>
 #include <atomic>
 #include <bit>
 
@@ -96,6 +97,26 @@ private:
     access::Scratch m_words;
 };
 
+/// Calls `use(name, voxels)` for the pieces of the nodes of a row.
+template <class Node, class Use>
+void forEachPiece(const NodeRow<Node>& row, std::size_t words, const Use& use) {
+    const bool isPair = row.top != row.bottom;
+    auto name = static_cast<Node>(row.name - 1);
+    bool continues = false;
+    for (std::size_t i = 0; i < words; ++i) {
+        const std::uint64_t covered = row.top[i] | row.bottom[i];
+        for (std::uint64_t left = covered; left != 0;) {
+            const int first = std::countr_zero(left);
+            const int length = std::countr_one(left >> first);
+            const std::uint64_t piece = ~std::uint64_t{0} >> (64 - length) << first;
+            name = static_cast<Node>(name + (first == 0 && continues ? 0 : 1));
+            use(name, std::popcount(row.top[i] & piece) + (isPair ? std::popcount(row.bottom[i] & piece) : 0));
+            left &= ~piece;
+        }
+        continues = covered >> 63 != 0;
+    }
+}
+
 template <class Node>
 Node rootOf(const Node* entries, Node node) {
     while (entries[node] != node) {
@@ -104,50 +125,119 @@ Node rootOf(const Node* entries, Node node) {
     return node;
 }
 
-template <class Node>
-void takeWith(access::ExecutionContext& context, const MarkedSetsTask& task, const LabelGeometry& geometry,
-              ImageModel& output, OptimLevelType level) {
-    RunTable<Node> table(geometry, cutIntoBands(geometry, 0));
-    const access::Steps steps(context, {0.25, 0.3, 0.15, 0.3});
-    packImage(context, table, task.image, level, task.ofZeros ? PackedVoxels::Zeros : PackedVoxels::NotZero);
-    table.makeNodes(chooseNodeRows(table, {}));
-    joinNodes(context, table, level);
+/// The sets of an image: what is known of each of them decides whether it is taken.
+/// @tparam Known of a root; at first 0
+template <class Node, class Known>
+class SetsOfImage {
+public:
+    SetsOfImage(access::ExecutionContext& context, const MarkedSetsTask& task, const LabelGeometry& geometry,
+                OptimLevelType level)
+        : m_context(context), m_task(task), m_table(geometry, cutIntoBands(geometry, 0)), m_level(level) {
+        packImage(context, m_table, task.image, level, task.ofZeros ? PackedVoxels::Zeros : PackedVoxels::NotZero);
+        m_table.makeNodes(chooseNodeRows(m_table, {}));
+        joinNodes(context, m_table, level);
+        m_memory = access::Scratch(m_table.nodeCount() * sizeof(Known));
+        forEachBand(
+            [&](const auto& band) { std::fill_n(known() + m_table.firstNodeOf(band), band.nodeCount, Known{0}); });
+    }
 
-    // Of each root whether its set is marked; sets reach across bands.
-    const access::Scratch flagMemory(table.nodeCount());
-    auto* const flags = flagMemory.template as<std::uint8_t>();
-    access::forEachPart(context, table.bandCount(), table.nanosecondsPerBand(), [&](std::size_t i) {
-        std::fill_n(flags + table.firstNodeOf(table.band(i)), table.band(i).nodeCount, std::uint8_t{0});
-    });
+    const RunTable<Node>& table() const { return m_table; }
+
+    /// Calls `use(band, knownOf, progress)` for each band: a step of the run. Sets reach across bands, so that several
+    /// may change what is known at a time.
+    template <class Use>
+    void gather(const Use& use) {
+        access::run(m_context, m_table.plan(), [&](const access::Block& block, access::BlockProgress& progress) {
+            const auto& band = m_table.band(block.index);
+            const Node* const entries = m_table.entries(band.volume);
+            Known* const ofVolume = known() + (m_table.firstNodeOf(band) - band.firstNode);
+            const auto knownOf = [&](Node node) {
+                return std::atomic_ref(ofVolume[rootOf(entries, node) - firstNodeName<Node>]);
+            };
+            use(band, knownOf, progress);
+        });
+    }
+
+    /// Writes where the taken sets are: a step of the run.
+    template <class IsTaken>
+    void paint(ImageModel& output, const IsTaken& isTaken) {
+        forEachBand([&](const auto& band) {
+            Node* const entries = m_table.entries(band.volume) + RunTable<Node>::nameOf(band.firstNode);
+            const Known* const ofBand = known() + m_table.firstNodeOf(band);
+            for (std::size_t node = 0; node < band.nodeCount; ++node) {
+                if (entries[node] == RunTable<Node>::nameOf(band.firstNode + node)) {
+                    entries[node] = isTaken(ofBand[node]) ? 1 : 0;
+                }
+            }
+        });
+        paintLabels<Node, std::uint8_t>(m_context, m_table, output, m_level, m_task.ofZeros ? 1 : 0);
+    }
+
+private:
+    Known* known() { return m_memory.template as<Known>(); }
+
+    template <class Use>
+    void forEachBand(const Use& use) {
+        access::forEachPart(m_context, m_table.bandCount(), m_table.nanosecondsPerBand(),
+                            [&](std::size_t i) { use(m_table.band(i)); });
+    }
+
+    access::ExecutionContext& m_context;
+    const MarkedSetsTask& m_task;
+    RunTable<Node> m_table;
+    OptimLevelType m_level;
+    access::Scratch m_memory;
+};
+
+template <class Node>
+void takeMarked(access::ExecutionContext& context, const MarkedSetsTask& task, const LabelGeometry& geometry,
+                ImageModel& output, OptimLevelType level) {
+    const access::Steps steps(context, {0.25, 0.3, 0.15, 0.3});
+    SetsOfImage<Node, std::uint8_t> sets(context, task, geometry, level);
     const access::Plan lines = access::cutLines({task.marker != nullptr ? task.marker : &task.image}, 1.0);
-    access::run(context, table.plan(), [&](const access::Block& block, access::BlockProgress& progress) {
-        const auto& band = table.band(block.index);
-        const Node* const entries = table.entries(band.volume);
-        std::uint8_t* const ofVolume = flags + (table.firstNodeOf(band) - band.firstNode);
-        Marks<Node> marks(task, table, lines, level);
+    sets.gather([&](const auto& band, const auto& markOf, access::BlockProgress& progress) {
+        Marks<Node> marks(task, sets.table(), lines, level);
         for (std::size_t plane = band.firstPlane; plane < band.lastPlane; ++plane) {
             for (std::size_t y = band.firstRow; y < band.lastRow; ++y) {
-                marks.ofLine(band, plane, y, [&](Node node) {
-                    const Node number = rootOf(entries, node) - firstNodeName<Node>;
-                    // Several bands may mark a set of theirs at a time.
-                    std::atomic_ref(ofVolume[number]).store(1, std::memory_order_relaxed);
-                });
+                marks.ofLine(band, plane, y, [&](Node node) { markOf(node).store(1, std::memory_order_relaxed); });
                 progress.add(geometry.columns);
             }
         }
     });
-    const Node labels[] = {task.takesMarked ? Node{0} : Node{1}, task.takesMarked ? Node{1} : Node{0}};
-    access::forEachPart(context, table.bandCount(), table.nanosecondsPerBand(), [&](std::size_t i) {
-        const auto& band = table.band(i);
-        Node* const entries = table.entries(band.volume) + RunTable<Node>::nameOf(band.firstNode);
-        const std::uint8_t* const ofBand = flags + table.firstNodeOf(band);
-        for (std::size_t node = 0; node < band.nodeCount; ++node) {
-            if (entries[node] == RunTable<Node>::nameOf(band.firstNode + node)) {
-                entries[node] = labels[ofBand[node]];
+    sets.paint(output, [&](std::uint8_t isMarked) { return (isMarked != 0) == task.takesMarked; });
+}
+
+template <class Node>
+void takeLarge(access::ExecutionContext& context, const MarkedSetsTask& task, const LabelGeometry& geometry,
+               std::size_t least, ImageModel& output, OptimLevelType level) {
+    const access::Steps steps(context, {0.25, 0.3, 0.15, 0.3});
+    SetsOfImage<Node, Node> sets(context, task, geometry, level);
+    const RunTable<Node>& table = sets.table();
+    sets.gather([&](const auto& band, const auto& voxelsOf, access::BlockProgress& progress) {
+        for (std::size_t plane = band.firstPlane; plane < band.lastPlane; ++plane) {
+            for (std::size_t y = band.firstRow; y < band.lastRow; y += table.rowStep()) {
+                forEachPiece(table.row(band, plane, y / table.rowStep()), table.words(), [&](Node node, int voxels) {
+                    voxelsOf(node).fetch_add(static_cast<Node>(voxels), std::memory_order_relaxed);
+                });
+                progress.add(std::min(table.rowStep(), band.lastRow - y) * geometry.columns);
             }
         }
     });
-    paintLabels<Node, std::uint8_t>(context, table, output, level, task.ofZeros ? 1 : 0);
+    sets.paint(output, [&](Node voxels) { return voxels >= least; });
+}
+
+/// Whether 32 bits hold the voxels of a volume.
+bool hasFewVoxels(const LabelGeometry& geometry) {
+    constexpr double most = 4294967295.0;
+    return static_cast<double>(geometry.rows) * static_cast<double>(geometry.columns) *
+               static_cast<double>(geometry.planes) <=
+           most;
+}
+
+std::size_t memoryOf(const MarkedSetsTask& task, const LabelGeometry& geometry, std::size_t bytesOfSet,
+                     std::size_t threads) {
+    const std::size_t sets = geometry.lines() * (geometry.columns / 2 + 1);
+    return labelingMemory(task.image, geometry.connectivity, threads, 1) + access::Scratch::held(sets * bytesOfSet);
 }
 
 }  // namespace
@@ -156,17 +246,31 @@ void takeMarkedSets(access::ExecutionContext& context, const MarkedSetsTask& tas
                     OptimLevelType level) {
     const LabelGeometry geometry = geometryOf(task.image, connectivityOf(task));
     if (fitsNarrowNodes(geometry)) {
-        takeWith<std::uint32_t>(context, task, geometry, output, level);
+        takeMarked<std::uint32_t>(context, task, geometry, output, level);
     } else {
-        takeWith<std::uint64_t>(context, task, geometry, output, level);
+        takeMarked<std::uint64_t>(context, task, geometry, output, level);
     }
 }
 
 std::size_t markedSetsMemory(const MarkedSetsTask& task, std::size_t threads) {
     const LabelGeometry geometry = geometryOf(task.image, connectivityOf(task));
-    const std::size_t flags = geometry.lines() * (geometry.columns / 2 + 1);
-    const std::size_t rows = threads * 8 * access::Scratch::held(geometry.columns * 8);
-    return labelingMemory(task.image, geometry.connectivity, threads, 1) + access::Scratch::held(flags) + rows;
+    return memoryOf(task, geometry, 1, threads) + threads * 8 * access::Scratch::held(geometry.columns * 8);
+}
+
+void takeLargeSets(access::ExecutionContext& context, const MarkedSetsTask& task, std::size_t least, ImageModel& output,
+                   OptimLevelType level) {
+    const LabelGeometry geometry = geometryOf(task.image, connectivityOf(task));
+    if (fitsNarrowNodes(geometry) && hasFewVoxels(geometry)) {
+        takeLarge<std::uint32_t>(context, task, geometry, least, output, level);
+    } else {
+        takeLarge<std::uint64_t>(context, task, geometry, least, output, level);
+    }
+}
+
+std::size_t largeSetsMemory(const MarkedSetsTask& task, std::size_t threads) {
+    const LabelGeometry geometry = geometryOf(task.image, connectivityOf(task));
+    const bool isNarrow = fitsNarrowNodes(geometry) && hasFewVoxels(geometry);
+    return memoryOf(task, geometry, isNarrow ? sizeof(std::uint32_t) : sizeof(std::uint64_t), threads);
 }
 
 }  // namespace rix::segmentation

@@ -31,4 +31,9 @@ void takeMarkedSets(access::ExecutionContext& context, const MarkedSetsTask& tas
 /// An upper bound of the bytes that it takes: they depend on the number of runs.
 std::size_t markedSetsMemory(const MarkedSetsTask& task, std::size_t threads);
 
+/// The same for the sets of at least so many voxels, whatever marks the task has.
+void takeLargeSets(access::ExecutionContext& context, const MarkedSetsTask& task, std::size_t least, ImageModel& output,
+                   OptimLevelType level);
+std::size_t largeSetsMemory(const MarkedSetsTask& task, std::size_t threads);
+
 }  // namespace rix::segmentation

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include <rix/image/ImageModel.h>
+#include <rix/segmentation/PeaksMsr.h>
+
+namespace rix::segmentation {
+
+/// Where the parabola through three samples, of which the middle one is greatest, is highest: from -0.5 to 0.5.
+template <class T>
+double topBetween(T behind, T at, T ahead) {
+    const double before = static_cast<double>(behind);
+    const double after = static_cast<double>(ahead);
+    const double curvature = before - 2.0 * static_cast<double>(at) + after;
+    const double top = 0.5 * (before - after) / curvature;
+    return curvature < 0.0 && std::fabs(top) <= 0.5 ? top : 0.0;  // not where something is infinite or NaN
+}
+
+/// Writes what is the same for all tables of points: the columns that there are, and where voxels lie in the world.
+class PeakPlaces {
+public:
+    PeakPlaces(const ImageModel& image, std::size_t axes) : m_image(image), m_hasPlanes(axes == 3) {
+        bool isPlaced = false;
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            m_spacing[axis] = image.getSpacingOf(static_cast<Components>(axis));
+            isPlaced = isPlaced || m_spacing[axis] != 0.0;
+        }
+        m_spacing = isPlaced ? m_spacing : std::array<double, 3>{1.0, 1.0, 1.0};
+    }
+
+    /// An empty table.
+    void start(PeaksMsr& table, bool hasScales) const {
+        table.hasFrames = m_image.getNumOf(SEQUENCE) > 1;
+        table.hasChannels = m_image.getNumOf(SPECTRAL_SERIES) > 1;
+        table.hasPlanes = m_hasPlanes || m_image.getNumOf(PLANS) > 1;
+        table.hasScales = hasScales;
+        for (auto* const array : {&table.positionX, &table.positionY, &table.positionZ}) {
+            array->setUnit(m_image.getSpatialUnitName());
+        }
+        table.resize(0);
+    }
+
+    void place(PeaksMsr& table, std::size_t row, const std::array<double, 3>& voxel) const {
+        table.positionX[row] = world(0, voxel[0]);
+        table.positionY[row] = world(1, voxel[1]);
+        table.positionZ[row] = world(2, voxel[2]);
+    }
+
+private:
+    double world(std::size_t axis, double voxel) const {
+        return m_image.getOriginOf(static_cast<Components>(axis)) + m_spacing[axis] * voxel;
+    }
+
+    const ImageModel& m_image;
+    bool m_hasPlanes;
+    std::array<double, 3> m_spacing{};
+};
+
+}  // namespace rix::segmentation
