@@ -103,8 +103,8 @@ Outcome runAs(Subject& subject, const Way& way, std::size_t blockBytes) {
 }
 
 ::testing::AssertionResult isSameHoweverCutOnce(const Example& example, std::size_t number) {
-    // In memory the rows of some images are one; rows that are copied are always many.
-    const Storage storage = number % 2 == 0 ? Storage::Memory : Storage::Opaque;
+    // In memory the rows of some images are one; on disk they are many, and blocks are chunks.
+    const Storage storage = number % 2 == 0 ? Storage::Memory : Storage::Disk;
     const OptimLevelType level = number % 4 < 2 ? SCALAR : VEC_AVX;
     if (const auto same = isSameIn(example, storage, level); !same) {
         return ::testing::AssertionFailure()

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include <rix/access/ImageModelProxy.h>
+#include <rix/image/DiskImage.h>
 #include <rix/image/ImageModelFull2d.h>
 #include <rix/image/ImageModelFull3d.h>
 #include <rix/image/ImageModelSizeProxy.h>
@@ -67,6 +68,7 @@ const char* nameOf(Storage storage) {
         case Storage::FullView: return "full view";
         case Storage::SizeProxy: return "size proxy";
         case Storage::Opaque: return "opaque";
+        case Storage::Disk: return "disk";
         case Storage::Cast: return "cast";
     }
     return "?";
@@ -102,6 +104,17 @@ std::optional<StoredImage> StoredImage::make(const io::MemoryImage& content, Sto
             stored.m_holder = std::make_unique<OpaqueImage>(stored.m_ground.get());
             stored.m_view = stored.m_holder.get();
             return stored;
+        case Storage::Disk: {
+            auto image = std::make_unique<io::DiskImage>(io::DiskImage::StoreMaker{}, Position{16, 6, 2, 1, 1});
+            if (!image->reserve(content.getElementType(), content.getVoxelType(), n[0], n[1], n[2], n[3], n[4])) {
+                throw std::runtime_error("no disk for the image of a test");
+            }
+            copyMeaning(content, *image);
+            copySamples(content, *image);
+            stored.m_holder = std::move(image);
+            stored.m_view = stored.m_holder.get();
+            return stored;
+        }
         case Storage::Cast: {
             const VoxelTypes type = content.getVoxelType();
             const bool complex = type == RIX_COMPLEX_FLOAT32 || type == RIX_COMPLEX_FLOAT64;

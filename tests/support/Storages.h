@@ -59,9 +59,11 @@ enum class Storage {
     FullView,   ///< a whole plane or volume of a larger image; not for images with more axes
     SizeProxy,  ///< a box inside a larger image
     Opaque,
+    Disk,  ///< in small chunks, of which a few are in memory
     Cast,  ///< another sample type that holds every value, converted at each access
 };
-inline constexpr Storage allStorages[] = {Storage::Memory, Storage::FullView, Storage::SizeProxy, Storage::Opaque,
+/// What holds for images on disk holds for opaque ones.
+inline constexpr Storage allStorages[] = {Storage::Memory, Storage::FullView, Storage::SizeProxy, Storage::Disk,
                                           Storage::Cast};
 const char* nameOf(Storage storage);
 
@@ -78,8 +80,8 @@ public:
 private:
     StoredImage() = default;
 
-    std::unique_ptr<io::MemoryImage> m_ground;
-    std::unique_ptr<ImageModel> m_holder;  ///< null when the ground itself is the view
+    std::unique_ptr<io::MemoryImage> m_ground;  ///< null on disk
+    std::unique_ptr<ImageModel> m_holder;       ///< null when the ground itself is the view
     ImageModel* m_view = nullptr;
     std::optional<io::MemoryImage> m_before;  ///< the ground when it was made, where a view leaves parts of it out
 };

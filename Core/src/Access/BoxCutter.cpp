@@ -61,6 +61,26 @@ std::size_t bandDepth(const Sizes& sizes, double planeVoxels, bool wholePlanes, 
     return countOf(std::min(std::max(fitting, reachFactor * planeReach), sizes.longestVoxels / planeVoxels), planes);
 }
 
+/// A part of an axis that is whole chunks.
+std::size_t alongChunks(std::size_t part, std::size_t chunk, std::size_t extent) {
+    return std::min(std::max(part / chunk, std::size_t{1}) * chunk, extent);
+}
+
+/// As many voxels as without chunks or those of one, where they don't take too long.
+void cutWindowsAlong(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& chunk, Plan& plan, const Sizes& sizes) {
+    const auto& n = plan.gridExtents();
+    const std::size_t piece = alongChunks(largestPiece(sizes, n[COLUMNS]), chunk[COLUMNS], n[COLUMNS]);
+    const auto height = alongChunks(bandHeight(sizes, asDouble(piece), n[ROWS]), chunk[ROWS], n[ROWS]);
+    const double area = asDouble(piece) * asDouble(height);
+    const bool wholePlanes = height == n[ROWS] && piece == n[COLUMNS];
+    std::size_t depth = alongChunks(bandDepth(sizes, area, wholePlanes, n[PLANS]), chunk[PLANS], n[PLANS]);
+    depth = countOf(sizes.longestVoxels / area, depth);
+    const std::size_t rows = countOf(sizes.longestVoxels / (asDouble(piece) * asDouble(depth)), height);
+    plan.cut(COLUMNS, {1, piece});
+    plan.cut(ROWS, {1, rows < height ? ceilDivide(height, ceilDivide(height, rows)) : height});
+    plan.cut(PLANS, {1, depth});
+}
+
 void cutWindows(Plan& plan, const Sizes& sizes, PartitionMode mode) {
     const auto& n = plan.gridExtents();
     std::size_t piece = n[COLUMNS];
@@ -168,7 +188,13 @@ Plan cutBoxes(std::initializer_list<const ImageModel*> inputs, std::initializer_
         sizes.streamBytes = std::max(inputBytes + outputBytes, 1.0);
         sizes.outputBytes = outputBytes;
         sizes.longestVoxels = longestBlockNanoseconds / cost;
-        cutWindows(plan, sizes, mode);
+        const auto inputChunk = preferredBlock(inputs);
+        const auto chunk = inputChunk ? inputChunk : preferredBlock(outputs);
+        if (chunk && mode == RIX_PARTITION_DEFAULT) {
+            cutWindowsAlong(*chunk, plan, sizes);
+        } else {
+            cutWindows(plan, sizes, mode);
+        }
     }
     for (const Components axis : {SEQUENCE, SPECTRAL_SERIES}) {
         plan.cut(axis, {plan.gridExtents()[axis], 0, 1});

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <optional>
 
 #include <rix/access/BlockSize.h>
 #include <rix/image/ImageModel.h>
@@ -31,6 +32,10 @@ inline bool isSmallWork(std::size_t voxels, double nanosecondsPerVoxel) {
 
 /// The product of the extents. @throws UnexpectedError when it does not fit 64 bits
 std::size_t checkedVoxels(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents);
+
+/// The block in which the images are best accessed: the largest of those that they prefer; none where they don't care.
+std::optional<std::array<std::size_t, RIX_COMPONENTS_SIZE>> preferredBlock(
+    std::initializer_list<const ImageModel*> images);
 
 /// The bytes of one element of all images together.
 /// @throws UnexpectedError when an image has other extents than `first`

@@ -14,6 +14,41 @@ namespace {
 /// and stores stay within one.
 constexpr std::size_t columnGroup = 64;
 
+using Extents = std::array<std::size_t, RIX_COMPONENTS_SIZE>;
+
+/// Blocks are chunks, several side by side where they are small and parts of them where they take long: each is in the
+/// hands of one thread and is not fetched twice.
+Plan cutAlong(const Extents& chunk, const ImageModel& image, std::size_t blockVoxels, double cost) {
+    Plan plan(helper::getExtents(image), JoinedAxes::None);
+    if (plan.voxelCount() == 0) {
+        return plan;
+    }
+    plan.setSmall(isSmallWork(plan.voxelCount(), cost));
+    const auto& n = plan.gridExtents();
+    Extents step{};
+    double voxels = 1.0;
+    for (std::size_t axis = 0; axis < n.size(); ++axis) {
+        step[axis] = std::min(chunk[axis], n[axis]);
+        voxels *= static_cast<double>(step[axis]);
+    }
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        const auto more = static_cast<std::size_t>(std::max(1.0, static_cast<double>(blockVoxels) / voxels));
+        const std::size_t chunks = std::min(more, ceilDivide(n[axis], step[axis]));
+        voxels *= static_cast<double>(chunks);
+        step[axis] = std::min(chunks * step[axis], n[axis]);
+    }
+    for (const Components axis : {SPECTRAL_SERIES, SEQUENCE, PLANS, ROWS}) {
+        while (voxels * cost > longestBlockNanoseconds && step[axis] > 1) {
+            voxels *= static_cast<double>(ceilDivide(step[axis], 2)) / static_cast<double>(step[axis]);
+            step[axis] = ceilDivide(step[axis], 2);
+        }
+    }
+    for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE, SPECTRAL_SERIES}) {
+        plan.cut(axis, {1, step[axis]});
+    }
+    return plan;
+}
+
 }  // namespace
 
 Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecondsPerVoxel) {
@@ -23,6 +58,14 @@ Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecond
 Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecondsPerVoxel, PartitionMode mode) {
     const ImageModel& first = **images.begin();
     const std::size_t bytesPerVoxel = elementBytes(images, first);
+    const double cost = std::max(nanosecondsPerVoxel, 1e-3);
+    const auto blockVoxels = static_cast<std::size_t>(std::clamp(
+        std::min(static_cast<double>(blockBytes()) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
+                 longestBlockNanoseconds / cost),
+        1.0, 1e9));
+    if (const auto chunk = preferredBlock(images); chunk && mode == RIX_PARTITION_DEFAULT) {
+        return cutAlong(*chunk, first, blockVoxels, cost);
+    }
     const bool joined = std::all_of(images.begin(), images.end(), [](const ImageModel* image) {
         return helper::contiguousSamples(*image) != nullptr;
     });
@@ -32,12 +75,7 @@ Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecond
         return plan;
     }
     const std::size_t columns = plan.gridExtents()[COLUMNS];
-    const double cost = std::max(nanosecondsPerVoxel, 1e-3);
     plan.setSmall(isSmallWork(voxels, cost));
-    const auto blockVoxels = static_cast<std::size_t>(std::clamp(
-        std::min(static_cast<double>(blockBytes()) / static_cast<double>(std::max<std::size_t>(bytesPerVoxel, 1)),
-                 longestBlockNanoseconds / cost),
-        1.0, 1e9));
     const std::size_t blocks = ceilDivide(voxels, blockVoxels);
     std::size_t columnParts = 1;
     std::size_t lineParts = 1;

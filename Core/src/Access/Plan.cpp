@@ -104,6 +104,31 @@ std::size_t checkedVoxels(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& ex
     return voxels;
 }
 
+std::optional<std::array<std::size_t, RIX_COMPONENTS_SIZE>> preferredBlock(
+    std::initializer_list<const ImageModel*> images) {
+    std::optional<std::array<std::size_t, RIX_COMPONENTS_SIZE>> largest;
+    double most = 0.0;
+    for (const ImageModel* const image : images) {
+        std::array<std::size_t, RIX_COMPONENTS_SIZE> block{};
+        // Asking changes nothing; the interface does not say so.
+        auto& asked = const_cast<ImageModel&>(*image);
+        if (!asked.getPreferedSize(block[COLUMNS], block[ROWS], block[PLANS], block[SEQUENCE],
+                                   block[SPECTRAL_SERIES])) {
+            continue;
+        }
+        double elements = 1.0;
+        for (std::size_t& extent : block) {
+            extent = std::max<std::size_t>(extent, 1);
+            elements *= static_cast<double>(extent);
+        }
+        if (elements > most) {
+            most = elements;
+            largest = block;
+        }
+    }
+    return largest;
+}
+
 std::size_t elementBytes(std::initializer_list<const ImageModel*> images, const ImageModel& first) {
     std::size_t bytes = 0;
     for (const ImageModel* image : images) {
@@ -162,21 +187,27 @@ RowSegment Plan::segmentAt(const Position& at, std::size_t count) const {
         segment.row = at.row % m_extents[ROWS];
         segment.plane = at.row / m_extents[ROWS];
     } else if (m_joined == JoinedAxes::Lines) {
-        std::size_t line = at.row;
-        segment.row = line % m_extents[ROWS];
-        line /= m_extents[ROWS];
-        segment.plane = line % m_extents[PLANS];
-        line /= m_extents[PLANS];
-        segment.sequence = line % m_extents[SEQUENCE];
-        segment.spectral = line / m_extents[SEQUENCE];
+        segment = rowAt(at.row);
+        segment.column = at.column;
+        segment.count = count;
     }
     return segment;
 }
 
 RowSegment Plan::lineAt(std::size_t line) const {
-    RIX_ASSERT(m_joined == JoinedAxes::All || m_joined == JoinedAxes::Lines);
     const std::size_t columns = m_extents[COLUMNS];
-    return m_joined == JoinedAxes::All ? RowSegment{{line * columns}, columns} : segmentAt({0, line}, columns);
+    return m_joined == JoinedAxes::All ? RowSegment{{line * columns}, columns} : rowAt(line);
+}
+
+RowSegment Plan::rowAt(std::size_t line) const {
+    RowSegment segment{{}, m_extents[COLUMNS]};
+    segment.row = line % m_extents[ROWS];
+    line /= m_extents[ROWS];
+    segment.plane = line % m_extents[PLANS];
+    line /= m_extents[PLANS];
+    segment.sequence = line % m_extents[SEQUENCE];
+    segment.spectral = line / m_extents[SEQUENCE];
+    return segment;
 }
 
 }  // namespace rix::access

@@ -2,6 +2,7 @@
 
 #include <rix/access/Plan.h>
 #include <rix/access/Run.h>
+#include <rix/image/DiskImage.h>
 #include <rix/properties/EnumInfo.h>
 
 #include "AccessTestTools.h"
@@ -123,6 +124,33 @@ TEST(Plan, ModesCutAsTheySay) {
     ASSERT_GT(columnsOnly.blockCount(), 1U);
     EXPECT_EQ(rowsOnly.parts(COLUMNS), 1U);
     EXPECT_EQ(columnsOnly.parts(ROWS), 1U);
+}
+
+/// Blocks begin where chunks do, and hold parts of them only where one takes too long.
+TEST(Plan, FollowsTheChunksOfImagesOnDisk) {
+    const Extents n{1000, 700, 5, 2, 1};
+    const io::MemoryImage memory = imageOf(RIX_UINT16, n);
+    io::DiskImage disk(io::DiskImage::StoreMaker{}, {128, 96, 2, 1, 1});
+    ASSERT_TRUE(disk.reserve(RIX_UINT16, n[0], n[1], n[2], n[3], n[4]));
+    for (const double nanoseconds : {1.0, 500.0, 1e6}) {
+        const Plan plans[] = {cutLines({&memory, &disk}, nanoseconds),
+                              cutBoxes({&disk}, {&memory}, {reachOfWindow(5, 5, 3), nanoseconds}),
+                              cutBoxes({&memory}, {&disk}, {{}, nanoseconds})};
+        for (const Plan& plan : plans) {
+            expectCovered(plan, n);
+            for (std::size_t b = 0; b < plan.blockCount(); ++b) {
+                const Block block = plan.block(b);
+                EXPECT_EQ(block.columns().begin % 128, 0U);
+                EXPECT_TRUE(nanoseconds > 1.0 || (block.rows().begin % 96 == 0 && block.planes().begin % 2 == 0));
+                EXPECT_LE(static_cast<double>(block.voxels()) * nanoseconds, std::max(4.0e7, 128 * nanoseconds));
+            }
+        }
+    }
+    const Plan lines = cutLines({&disk}, 1.0);
+    const RowSegment last = lines.lineAt(n[1] * n[2] * n[3] - 1);
+    EXPECT_EQ(last.row, n[1] - 1);
+    EXPECT_EQ(last.plane, n[2] - 1);
+    EXPECT_EQ(last.sequence, n[3] - 1);
 }
 
 TEST(WithReach, StopsAtTheEdges) {

@@ -118,12 +118,14 @@ auto reduceRows(ExecutionContext& context, std::initializer_list<const ImageMode
             Leaf leaf{};
             while (first < end) {
                 std::size_t count = end - first;
-                Position at{first};
+                RowSegment segment{{first}, count};
                 if (!all.rowsAreJoined()) {
-                    at = {first % columns, first / columns};
-                    count = std::min(count, columns - at.column);
+                    segment = all.lineAt(first / columns);
+                    segment.column = first % columns;
+                    count = std::min(count, columns - segment.column);
+                    segment.count = count;
                 }
-                add(leaf, all.segmentAt(at, count), first);
+                add(leaf, segment, first);
                 first += count;
             }
             leaves[index] = finish(std::move(leaf));

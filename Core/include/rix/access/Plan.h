@@ -85,10 +85,12 @@ public:
     }
     /// The segment at a position of the plan's axes.
     RowSegment segmentAt(const Position& at, std::size_t count) const;
-    /// A whole row of the images, by its number in storage order; of a plan that joins all rows, or lines.
+    /// A whole row of the images, by its number in storage order.
     RowSegment lineAt(std::size_t line) const;
 
 private:
+    RowSegment rowAt(std::size_t line) const;
+
     std::array<std::size_t, RIX_COMPONENTS_SIZE> m_extents{};
     std::array<std::size_t, RIX_COMPONENTS_SIZE> m_grid{};
     std::array<AxisCut, RIX_COMPONENTS_SIZE> m_cuts{};
@@ -103,7 +105,8 @@ private:
 /// Lines, for what is done to every voxel by itself: full rows, cut on columns only where they are long.
 /// @param images every image that the operation reads or writes; all have the same extents. When each of them is one
 ///        contiguous buffer, or a contiguous part of one, rows are joined into one long line, so that narrow images
-///        cost what wide ones do.
+///        cost what wide ones do. When one of them prefers to be accessed by blocks, as chunks on disk do, the cut is
+///        along those.
 /// @param nanosecondsPerVoxel rough cost of the work, for deciding whether threads pay
 /// @throws UnexpectedError when extents differ, or there are more elements than 64 bits can count
 RIX_EXPORT Plan cutLines(std::initializer_list<const ImageModel*> images, double nanosecondsPerVoxel);
@@ -137,7 +140,8 @@ struct BoxNeeds {
 /// other planes those of all rows of the block, because it reads a row again for every plane. A band is at least four
 /// times as high as the reach, and as many planes deep, so that what neighbouring blocks read twice stays small; unless
 /// a block would take more than 20 ms, after which a cancellation must be seen. Rows are cut on columns only where the
-/// windows of a single row are too large. With carried state, that decides (see `Carried`).
+/// windows of a single row are too large. With carried state, that decides (see `Carried`). Else, of images that prefer
+/// to be accessed by blocks, as chunks on disk do, bands are whole ones of these.
 /// @param inputs,outputs the images that the filter reads and writes; all have the same extents
 /// @throws UnexpectedError when they have not, or have more elements than 64 bits can count
 RIX_EXPORT Plan cutBoxes(std::initializer_list<const ImageModel*> inputs,
