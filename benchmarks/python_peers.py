@@ -75,6 +75,27 @@ def made_of_values(region, grey):
     return np.array((values.sum(), values.std(), *np.percentile(values, (50, 5, 95))))
 
 
+def select_regions(labels):
+    """What is large and round, as labels."""
+    from skimage import measure, util
+    table = measure.regionprops_table(labels, properties=("label", "area", "perimeter_crofton"))
+    with np.errstate(divide="ignore"):
+        stays = (table["area"] > 100) & (4 * np.pi * table["area"] / table["perimeter_crofton"] ** 2 > 0.5)
+    return util.map_array(labels, table["label"], np.where(stays, table["label"], 0))
+
+
+def paint_areas(labels):
+    from skimage import measure, util
+    table = measure.regionprops_table(labels, properties=("label", "area"))
+    return util.map_array(labels, table["label"], table["area"].astype(np.float32))
+
+
+def overlap_by_unique(first, second):
+    """Pairs and their counts, and the sizes of both."""
+    both = (first.ravel().astype(np.int64) << 32) | second.ravel()
+    return [np.unique(values, return_counts=True) for values in (both, first, second)]
+
+
 def families():
     from scipy import ndimage
     from skimage import feature, filters, measure, morphology, restoration, segmentation
@@ -230,8 +251,39 @@ def families():
         "skimage.segmentation.relabel_sequential": (lambda threads: rix.relabel_sequential(specks, threads=threads),
                                                     lambda: segmentation.relabel_sequential(specks)),
     }
+    others = np.roll(specks, (5, 9), (0, 1))
+    whole = specks.view(np.uint32)
+    tools |= {
+        "skimage.morphology.remove_small_objects": (
+            lambda threads: rix.remove_small_objects_2d(specks, 100, threads=threads),
+            lambda: morphology.remove_small_objects(specks, 100)),
+        "regions of regionprops that are large and round, by map_array": (
+            lambda threads: rix.select_objects(whole, formula="Area > 100 and Circularity > 0.5", threads=threads),
+            lambda: select_regions(specks)),
+        "regionprops_table, map_array": (lambda threads: rix.measure_to_image(whole, threads=threads),
+                                         lambda: paint_areas(specks)),
+        "contingency by unique": (lambda threads: rix.label_overlap(specks, others, threads=threads),
+                                  lambda: overlap_by_unique(specks, others)),
+    }
     for peer, calls in tools.items():
         yield "labels", "int32 2048x2048", peer, calls
+    yield "labels", "binary 2048x2048", "skimage.morphology.remove_small_objects", (
+        lambda threads: rix.remove_small_objects_2d(specks > 0, 100, threads=threads),
+        lambda: morphology.remove_small_objects(specks > 0, 100, 2))
+
+    for shape in ((2048, 2048), (160, 160, 160)):
+        bumps = ndimage.gaussian_filter(np.random.default_rng(5).standard_normal(shape), 3).astype(np.float32)
+        suffix = "2d" if len(shape) == 2 else "3d"
+        text = "x".join(map(str, shape))
+        yield "detection", f"float32 {text}", "skimage.feature.peak_local_max", (
+            lambda threads, bumps=bumps, suffix=suffix: getattr(rix, f"local_peaks_{suffix}")(
+                bumps, minimum_distance=5, threads=threads),
+            lambda bumps=bumps: feature.peak_local_max(bumps, min_distance=5, threshold_abs=0, exclude_border=False))
+        part = bumps[:1024, :1024] if len(shape) == 2 else bumps[:80, :80, :80]
+        yield "detection", "float32 " + "x".join(map(str, part.shape)), "skimage.feature.blob_log, 5 scales", (
+            lambda threads, part=part, suffix=suffix: getattr(rix, f"blob_detector_{suffix}")(
+                part, threshold=0.1, minimum_scale=2, maximum_scale=8, number_of_scales=5, threads=threads),
+            lambda part=part: feature.blob_log(part, 2, 8, 5, threshold=0.1, overlap=1, log_scale=True))
 
     for picture, text in ((hills((512, 512)), "hills"), (bytes_[:512, :512], "noise")):
         for radius in (10, 50):

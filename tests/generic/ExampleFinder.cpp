@@ -25,7 +25,7 @@ const std::optional<double> candidateNumbers[] = {std::nullopt, std::nullopt, 3.
 const std::map<String, double> quickNumbers{
     {"numberOfObjects", 6.0}, {"searchRadius", 1.0},   {"kernelRadius", 2.0}, {"numberOfIterations", 3.0},
     {"sizeX", 43.0},          {"sizeY", 9.0},          {"sizeZ", 4.0},        {"angle", 25.0},
-    {"maximumScale", 3.0},    {"numberOfScales", 3.0}, {"angleX", 10.0},      {"angleY", -15.0},
+    {"maximumScale", 3.0},    {"numberOfScales", 2.0}, {"angleX", 10.0},      {"angleY", -15.0},
     {"angleZ", 30.0},         {"scaleX", 1.25}};
 
 /// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less, colours last.

@@ -116,6 +116,38 @@ TEST_F(ProgramTest, demoMeasuresTheCoins) {
     EXPECT_EQ(picture.extents[ROWS], 303U);
 }
 
+TEST_F(ProgramTest, recipesFindNearlyAllThatPhantomsHave) {
+    std::filesystem::create_directory_symlink(RIX_EXAMPLES, folder() / "examples");
+    const auto rowsOf = [&](const std::string& file) {
+        std::vector<std::vector<std::string>> table;
+        std::istringstream lines(contentOf(file));
+        std::string line;
+        for (std::getline(lines, line); std::getline(lines, line);) {
+            table.emplace_back();
+            std::istringstream cells(line);
+            for (std::string cell; std::getline(cells, cell, ',');) {
+                table.back().push_back(cell);
+            }
+        }
+        return table;
+    };
+    for (const std::string name : {"cells", "nuclei", "pores"}) {
+        SCOPED_TRACE(name);
+        const auto ending = rix({"recipe", "examples/" + name + ".json"});
+        ASSERT_EQ(ending.exitCode, 0) << ending.messages;
+        const std::size_t there = rowsOf(name + "-truth.csv").size();
+        // Found is what has more than half of its voxels in common with one object: no two can have that.
+        std::size_t found = 0;
+        for (const auto& row : rowsOf(name + "-overlap.csv")) {
+            found += std::stod(row.at(3)) > 0.5 ? 1U : 0U;
+        }
+        EXPECT_LE(found, there);
+        EXPECT_GE(static_cast<double>(found), 0.88 * static_cast<double>(there)) << there;
+        EXPECT_GT(rowsOf(name + ".csv").size(), there / 2);
+        EXPECT_TRUE(std::filesystem::exists(folder() / (name + ".png")));
+    }
+}
+
 TEST_F(ProgramTest, examplesOfTheHelpWorkAsTheyStand) {
     std::filesystem::create_directory_symlink(RIX_EXAMPLES, folder() / "examples");
     EXPECT_EQ(rix({"--version"}).output.rfind("rix ", 0), 0U);

@@ -18,7 +18,7 @@ namespace rix::individual_analysis {
 /// For example "Area, Barycenter, Feret" or "Shape, Roundness = 4*pi*Area/Perimeter^2, sqrt(Roundness)". Formulas have
 /// + - * / ^, parentheses and functions (sqrt, cbrt, abs, min, max, exp, log, log10, sin, cos, tan, asin, acos, atan,
 /// atan2), and comparisons (< <= > >= == !=), and, or, not, which give 1 or 0; they may use every single value
-/// ("BarycenterX") and other formulas by their name.
+/// ("BarycenterX") and other formulas by their name. A bare number is in the unit of what it is compared with.
 /// **Output** `outputMeasurement`: the table; an object that the algorithm makes when none is set. A run replaces what
 /// is in it when all measures are done. Rows are in the order of frames, then labels; the first columns are "Frame" and
 /// "Label", then come the values of the measures in the order of the request, with their units. Measures of grey values
