@@ -10,7 +10,10 @@
 #include <type_traits>
 #include <vector>
 
+#include <rix/access/MovingWindows.h>
+
 #include "EdgeFilter.h"
+#include "SharedWeights.h"
 
 namespace rix::filtering::smoothing {
 
@@ -93,19 +96,67 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     declareResult(filter, properties);
 }
 
+/// The half of the disc that follows its middle, where planes are smoothed and the weights are few enough to be kept;
+/// else nothing.
+template <class Filter>
+std::vector<PairOffset> pairsOf(const Filter& filter) {
+    std::vector<PairOffset> offsets;
+    if constexpr (!ofVolumes<Filter>) {
+        const double s = filter.getSpatialStandardDeviation();
+        for (const Neighbour& each : neighboursOf(filter)) {
+            if (each.y > 0 || (each.y == 0 && each.x > 0)) {
+                offsets.push_back({each.x, each.y, logarithmOfWeight<double>(0.5 * each.squaredDistance / s / s)});
+            }
+        }
+        if (keptRows(offsets) > mostKeptRows) {
+            offsets.clear();
+        }
+    }
+    return offsets;
+}
+
 template <class Filter>
 access::BoxNeeds needsOf(const Filter& filter) {
     const auto r = static_cast<std::size_t>(radiusOf(filter));
     const access::Reach::Axis axis{r, r};
     const double side = 2.0 * static_cast<double>(r) + 1.0;
     const double voxels = side * side * (ofVolumes<Filter> ? side : 1.0) * 0.7;
-    return {{axis, axis, ofVolumes<Filter> ? axis : access::Reach::Axis{}}, 2.0 * voxels};  // at the portable level
+    access::BoxNeeds needs{{axis, axis, ofVolumes<Filter> ? axis : access::Reach::Axis{}},
+                           2.0 * voxels};  // at the portable level
+    if (const auto offsets = pairsOf(filter); !offsets.empty()) {
+        needs.carried = carriedWeights(offsets);
+    }
+    return needs;
+}
+
+/// Row by row, with the weights of the rows above.
+template <class Filter, class T>
+void smoothByPairs(Filter& filter, const ImageModel& input, ImageModel& target, const std::vector<PairOffset>& offsets,
+                   const EdgeKernels<T>& kernels) {
+    const Rounding<T> round(target, kernels);
+    const double t = filter.getIntensityStandardDeviation();
+    const T factor = logarithmOfWeight<T>(0.5 / t / t);
+    const auto border = access::borderOf<T>(filter.getBorderPolicy(), filter.getBorderValue());
+    const auto radius = static_cast<std::size_t>(radiusOf(filter));
+    access::transformMovingWindows<T, T>(
+        filter.executionContext(), input, *border, target, needsOf(filter),
+        [&](access::WindowRows<T>& window, const access::Block& part) {
+            return SharedWeights<T>(window, part.columns().length(), radius, offsets, kernels, factor);
+        },
+        [&](SharedWeights<T>& weights, const access::RowSegment& segment, T* out) {
+            weights.average(segment, out);
+            round(out, segment.count);
+        });
 }
 
 template <class Filter, class T>
 void smooth(Filter& filter, const ImageModel& input, ImageModel& target, OptimLevelType level) {
     const std::vector<Neighbour> neighbours = neighboursOf(filter);
     const EdgeKernels<T> kernels = edgeKernels<T>(level);
+    if (const auto offsets = pairsOf(filter); !offsets.empty()) {
+        smoothByPairs<Filter, T>(filter, input, target, offsets, kernels);
+        return;
+    }
     const Rounding<T> round(target, kernels);
     const double s = filter.getSpatialStandardDeviation();
     const double t = filter.getIntensityStandardDeviation();
@@ -141,8 +192,17 @@ void process(Filter& filter, OptimLevelType level) {
 
 template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
-    return edgeMemory(*filter.getInputImage(), filter.getOutputImage(), chosenType(filter), needsOf(filter),
-                      filter.getMaximumThreads(), neighboursOf(filter).size() * sizeof(void*));
+    const ImageModel& input = *filter.getInputImage();
+    const access::BoxNeeds needs = needsOf(filter);
+    std::size_t more = neighboursOf(filter).size() * sizeof(void*);
+    if (const auto offsets = pairsOf(filter); !offsets.empty()) {
+        const auto radius = static_cast<std::size_t>(radiusOf(filter));
+        const std::size_t columns = access::cutBoxes({&input}, {}, needs).largestPart(COLUMNS);
+        const std::size_t row = worksInDouble(input) ? SharedWeights<double>::stride(columns, radius) * sizeof(double)
+                                                     : SharedWeights<float>::stride(columns, radius) * sizeof(float);
+        more += access::Scratch::held(keptRows(offsets) * row) + more;
+    }
+    return edgeMemory(input, filter.getOutputImage(), chosenType(filter), needs, filter.getMaximumThreads(), more);
 }
 
 template <class Filter>

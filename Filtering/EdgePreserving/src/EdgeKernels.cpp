@@ -49,6 +49,68 @@ void average(const Taps<T>& taps, const T* center, T factor, T* out, std::size_t
     });
 }
 
+/// Of so many vectors from x on.
+template <std::size_t vectors, class T>
+HWY_INLINE void averageWeightedAt(const WeightedTaps<T>& taps, const T* center, std::size_t x, T* out) {
+    const hn::ScalableTag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    hn::Vec<decltype(d)> middle[vectors];
+    hn::Vec<decltype(d)> sums[vectors];
+    hn::Vec<decltype(d)> weights[vectors];
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        middle[v] = hn::LoadU(d, center + x + v * lanes);
+        sums[v] = hn::Zero(d);
+        weights[v] = hn::Set(d, T{1});
+    }
+    for (std::size_t i = 0; i < taps.count; ++i) {
+        const T* const row = taps.rows[i] + x;
+        const T* const weight = taps.weights[i] + x;
+        HWY_UNROLL(4)
+        for (std::size_t v = 0; v < vectors; ++v) {
+            const auto each = hn::LoadU(d, weight + v * lanes);
+            const auto difference = hn::Sub(hn::LoadU(d, row + v * lanes), middle[v]);
+            sums[v] = hn::Add(sums[v], hn::Mul(each, difference));
+            weights[v] = hn::Add(weights[v], each);
+        }
+    }
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        hn::StoreU(hn::Add(middle[v], hn::Div(sums[v], weights[v])), d, out + v * lanes);
+    }
+}
+
+template <class T>
+void averageWeighted(const WeightedTaps<T>& taps, const T* center, T* out, std::size_t count) {
+    const std::size_t lanes = hn::Lanes(hn::ScalableTag<T>());
+    std::size_t x = 0;
+    for (; x + 4 * lanes <= count; x += 4 * lanes) {
+        averageWeightedAt<4>(taps, center, x, out + x);
+    }
+    for (; x + lanes <= count; x += lanes) {
+        averageWeightedAt<1>(taps, center, x, out + x);
+    }
+    if (x < count) {
+        HWY_ALIGN T last[HWY_LANES(T)];
+        averageWeightedAt<1>(taps, center, x, last);
+        for (std::size_t i = 0; x + i < count; ++i) {
+            out[x + i] = last[i];
+        }
+    }
+}
+
+template <class T>
+void weighPairs(const T* a, const T* b, T logarithm, T factor, T* weights, std::size_t count) {
+    const hn::ScalableTag<T> d;
+    const auto scale = hn::Set(d, factor);
+    const auto shift = hn::Set(d, logarithm);
+    for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
+        const auto difference = hn::Sub(hn::LoadU(d, a + x), hn::LoadU(d, b + x));
+        const auto exponent = hn::Add(hn::Mul(hn::Mul(difference, difference), scale), shift);
+        hn::StoreU(powerOfTwo(d, exponent), d, weights + x);
+    }
+}
+
 template <class T>
 void squareDifferences(const T* a, const T* b, T* out, std::size_t count) {
     const hn::ScalableTag<T> d;
@@ -120,8 +182,8 @@ void round(T* row, std::size_t count, T lowest, T highest) {
 
 template <class T>
 EdgeKernels<T> kernels() {
-    return {&average<T>, &squareDifferences<T>, &weigh<T>,       &accumulate<T>,
-            &divide<T>,  &flow<true, T>,        &flow<false, T>, &round<T>};
+    return {&average<T>,    &averageWeighted<T>, &weighPairs<T>, &squareDifferences<T>, &weigh<T>,
+            &accumulate<T>, &divide<T>,          &flow<true, T>, &flow<false, T>,       &round<T>};
 }
 
 }  // namespace rix::filtering::smoothing::HWY_NAMESPACE

@@ -14,6 +14,14 @@ struct Taps {
     const T* weights;  ///< binary logarithms
 };
 
+/// The same with a weight of its own for each neighbour of each voxel.
+template <class T>
+struct WeightedTaps {
+    std::size_t count;
+    const T* const* rows;
+    const T* const* weights;
+};
+
 /// The neighbours of a row, with factors of their differences: `square` of the squared difference in the conductance,
 /// `step` of the flow.
 template <class T>
@@ -31,6 +39,10 @@ template <class T>
 struct EdgeKernels {
     /// out = the mean of the taps weighted by 2^(weight + factor (tap - center)^2).
     void (*average)(const Taps<T>& taps, const T* center, T factor, T* out, std::size_t count);
+    /// The same of taps with weights, and of the voxel itself with the weight 1.
+    void (*averageWeighted)(const WeightedTaps<T>& taps, const T* center, T* out, std::size_t count);
+    /// weights = 2^(logarithm + factor (a - b)^2).
+    void (*weighPairs)(const T* a, const T* b, T logarithm, T factor, T* weights, std::size_t count);
     /// out = (a - b)^2.
     void (*squareDifferences)(const T* a, const T* b, T* out, std::size_t count);
     /// weights = 2^(factor distance); NaN stays.

@@ -132,6 +132,9 @@ TEST(BilateralFilter, IsItsDefinition) {
             filter.setIntensityStandardDeviation(60);
         },
         bilateral(5, false, 2.5, 60));
+    // So many weights that they are not kept.
+    expectTheDefinition<BilateralFilter2d>(
+        {43, 19, 1, 1, 1}, 4e-4, [](auto& filter) { filter.setKernelRadius(10); }, bilateral(10, false, 1, 10));
     expectTheDefinition<BilateralFilter3d>(
         {23, 9, 6, 2, 1}, 4e-4, [](auto& filter) { filter.setKernelRadius(2); }, bilateral(2, true, 1, 10));
 }

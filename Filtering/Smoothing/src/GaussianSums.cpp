@@ -15,6 +15,7 @@
 #include <rix/access/WindowFilters.h>
 #include <rix/image/ImageHeader.h>
 
+#include "GaussianFixed.h"
 #include "GaussianKernels.h"
 #include "GaussianLines.h"
 #include "GaussianTaps.h"
@@ -239,6 +240,15 @@ std::size_t planeWorkingBytes(const ImageModel& input, std::size_t workBytes, co
 
 void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                     const GaussianJob& job, bool inPlace, OptimLevelType level) {
+    if (const auto fixed = GaussianFixed::of(input.getVoxelType(), output.getVoxelType(), job)) {
+        if (inPlace) {
+            access::writeThroughTemporary(context, output,
+                                          [&](ImageModel& target) { fixed->smooth(context, input, target, level); });
+        } else {
+            fixed->smooth(context, input, output, level);
+        }
+        return;
+    }
     if (gaussianWorkType(input.getVoxelType(), job) == RIX_FLOAT64) {
         Smoothing<double>(context, job, mayBeWild(input, job), level).run(input, output, inPlace);
     } else {
@@ -256,6 +266,9 @@ access::Reach gaussianInfluence(const GaussianJob& job) {
 
 std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job, bool inPlace,
                                  std::size_t threads) {
+    if (const auto fixed = GaussianFixed::of(input.getVoxelType(), outputType, job)) {
+        return fixed->workingBytes(input, threads) + (inPlace ? access::TemporaryImage::bytes(input, outputType) : 0);
+    }
     const VoxelTypes workType = gaussianWorkType(input.getVoxelType(), job);
     const std::size_t workBytes = helper::getSizeOf(workType);
     const Passes passes(job);

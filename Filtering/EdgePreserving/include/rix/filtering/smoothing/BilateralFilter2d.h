@@ -35,7 +35,8 @@ namespace rix::filtering::smoothing {
 ///         deviations that are not positive and finite, an unknown
 ///         choice, a `borderValue` of NaN, and an in-place output of another type; ResizeImageError or MemoryError when
 ///         there is no memory.
-/// Cost: an exponential a voxel of the disc and voxel. Memory: the rows of a disc a thread; see `describe`.
+/// Cost: an exponential a voxel and half the voxels of the disc, which the pairs of voxels share; beyond a radius of 8,
+/// all of them. Memory: a thread, the rows of a disc and weights of the rows that it reaches; see `describe`.
 class RIX_EXPORT BilateralFilter2d : public BaseAlgorithm {
     RIX_ALGORITHM(BilateralFilter2d)
 
