@@ -165,6 +165,46 @@ void across(const T* const* rows, const T* weights, std::size_t taps, const T* c
     }
 }
 
+HWY_INLINE std::uint32_t roundedBits(float value, float lowest, float highest) {
+    const float number = value == value ? value : 0.0F;
+    const float above = number < lowest ? lowest : number;
+    const float within = above > highest ? highest : above;
+    return __builtin_bit_cast(std::uint32_t, within + 0x1.8p23F);
+}
+
+template <class Bits>
+void acrossToIntegers(const float* const* rows, const float* weights, std::size_t taps, const float* constant,
+                      float lowest, float highest, void* out, std::size_t count) {
+    auto* const to = static_cast<Bits*>(out);
+    std::size_t x = 0;
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+    const Tag<float> d;
+    const hn::RebindToUnsigned<decltype(d)> d32;
+    const hn::Rebind<Bits, decltype(d)> narrow;
+    const auto least = hn::Set(d, lowest);
+    const auto most = hn::Set(d, highest);
+    const auto shift = hn::Set(d, 0x1.8p23F);
+    const auto added = hn::Set(d, constant != nullptr ? *constant : 0.0F);
+    for (; x + hn::Lanes(d) <= count; x += hn::Lanes(d)) {
+        auto sum = hn::Mul(hn::Set(d, weights[0]), hn::LoadU(d, rows[0] + x));
+        for (std::size_t k = 1; k < taps; ++k) {
+            sum = hn::Add(sum, hn::Mul(hn::Set(d, weights[k]), hn::LoadU(d, rows[k] + x)));
+        }
+        sum = hn::Add(sum, added);
+        const auto number = hn::IfThenElseZero(hn::Eq(sum, sum), sum);
+        const auto within = hn::Min(hn::Max(number, least), most);
+        hn::StoreU(hn::TruncateTo(narrow, hn::BitCast(d32, hn::Add(within, shift))), narrow, to + x);
+    }
+#endif
+    for (; x < count; ++x) {
+        float sum = weights[0] * rows[0][x];
+        for (std::size_t k = 1; k < taps; ++k) {
+            sum += weights[k] * rows[k][x];
+        }
+        to[x] = static_cast<Bits>(roundedBits(constant != nullptr ? sum + *constant : sum, lowest, highest));
+    }
+}
+
 template <class T>
 void divide(T* row, T divisor, std::size_t count) {
     const T inverse = T(1) / divisor;
@@ -187,6 +227,10 @@ LineKernels<T> kernels() {
     return {&place<T>, &along<T>, &across<T>, &divide<T>};
 }
 
+AcrossRounded acrossTo(std::size_t bytes) {
+    return bytes == 1 ? &acrossToIntegers<std::uint8_t> : &acrossToIntegers<std::uint16_t>;
+}
+
 }  // namespace rix::geometry::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -200,6 +244,10 @@ LineKernels<T> lineKernels(OptimLevelType level) {
 
 template LineKernels<float> lineKernels<float>(OptimLevelType);
 template LineKernels<double> lineKernels<double>(OptimLevelType);
+
+AcrossRounded acrossRounded(std::size_t bytes, OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, acrossTo(bytes));
+}
 
 }  // namespace rix::geometry
 #endif

@@ -39,4 +39,10 @@ struct LineKernels {
 template <class T>
 LineKernels<T> lineKernels(OptimLevelType level);
 
+/// `across` of `float` to integers of 1 or 2 bytes between two values: to nearest, ties to even; NaN is 0. The same as
+/// rounding what `across` gives, which need not be stored then.
+using AcrossRounded = void (*)(const float* const* rows, const float* weights, std::size_t taps, const float* constant,
+                               float lowest, float highest, void* out, std::size_t count);
+AcrossRounded acrossRounded(std::size_t bytes, OptimLevelType level);
+
 }  // namespace rix::geometry

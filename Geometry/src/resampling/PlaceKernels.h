@@ -8,14 +8,12 @@
 namespace rix::geometry {
 
 /// Elements of a row of an output, and where they lie in the samples of a region of an input. Element i lies, on each
-/// axis, at the place ((slope (first + i) + row) + plane) + shift, or where a table tells.
+/// axis, at the place slope (first + i) + start, or where a table tells.
 struct PlaceRow {
     double first;
     std::size_t count;
     double slope[3];
-    double row[3];
-    double plane[3];
-    double shift[3];
+    double start[3];
     const double* table[3];  ///< the place of each element, with numbers behind for whole vectors; or null
     double last[3];          ///< the greatest index of the input
     bool clamps;             ///< places beyond the outermost elements are those of these

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <limits>
+#include <type_traits>
 
 #include <rix/access/Plan.h>
 #include <rix/access/RoundingKernels.h>
+#include <rix/access/RoundingRange.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 #include <rix/access/Scratch.h>
@@ -14,6 +16,7 @@
 #include <rix/image/ImageHeader.h>
 #include <rix/image/SampleMemory.h>
 
+#include "resampling/Halving.h"
 #include "resampling/LineKernels.h"
 #include "resampling/SplineCoefficients.h"
 
@@ -188,6 +191,14 @@ public:
         std::fill_n(m_tags, m_scaling.ringRows, none);
     }
 
+    /// A row of the output, rounded to integers of 1 or 2 bytes where sums over rows are the last that is done.
+    void makeRounded(std::size_t row, const access::RoundingRange<float>& range, AcrossRounded across, RawData out) {
+        const float* const constant = findRows(row);
+        across(m_pointers, m_rowWeights, m_scaling.lines[ROWS].taps(), constant, range.lowest, range.highest, out,
+               m_count);
+        m_progress.add(m_count);
+    }
+
     /// A row of the output; valid until the next one. There is space behind it for whole vectors.
     T* make(std::size_t row) {
         const LineWeights<T>& down = m_scaling.lines[ROWS];
@@ -198,11 +209,7 @@ public:
         if (down.isKept()) {
             made = keptRow(row);
         } else {
-            for (std::size_t k = 0; k < down.taps(); ++k) {
-                m_pointers[k] = keptRow(static_cast<std::size_t>(down.indices(k)[row]));
-                m_rowWeights[k] = down.weights(k)[row];
-            }
-            const T* const constant = down.constants() != nullptr ? down.constants() + row : nullptr;
+            const T* const constant = findRows(row);
             T* const to = m_scaling.rowsFirst && m_along.taps > 0 ? sums : out;
             m_kernels.across(m_pointers, m_rowWeights, down.taps(), constant, to, width);
             made = to;
@@ -221,6 +228,16 @@ public:
 
 private:
     static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+
+    /// The rows that a row of the output is made of, their weights, and what is added to them, or null.
+    const T* findRows(std::size_t row) {
+        const LineWeights<T>& down = m_scaling.lines[ROWS];
+        for (std::size_t k = 0; k < down.taps(); ++k) {
+            m_pointers[k] = keptRow(static_cast<std::size_t>(down.indices(k)[row]));
+            m_rowWeights[k] = down.weights(k)[row];
+        }
+        return down.constants() != nullptr ? down.constants() + row : nullptr;
+    }
 
     /// Whether what a reader gives stays valid.
     static bool isReadInPlace(const ImageModel& input) {
@@ -310,6 +327,10 @@ void scale(access::ExecutionContext& context, const ImageModel& input, ImageMode
     const Scaling<T> scaling(input, scales);
     const LineKernels<T> kernels = lineKernels<T>(level);
     const access::RoundingRow round = access::roundingRow(access::voxelTypeOf<T>, output.getVoxelType(), level);
+    const access::RoundingRange<float> range(output);
+    const bool roundsLast =
+        range.rounds && !scaling.rowsFirst && !scaling.lines[ROWS].isKept() && scaling.divisor == T(1);
+    const AcrossRounded across = acrossRounded(helper::getElementSize(output), level);
     access::run(context, scaling.plan, [&](const Block& block, access::BlockProgress& progress) {
         BlockScaler<T> scaler(scaling, kernels, input, block, progress);
         access::RawRowWriter writer(output, scaling.plan);
@@ -319,6 +340,13 @@ void scale(access::ExecutionContext& context, const ImageModel& input, ImageMode
             if (at.plane != plane) {
                 plane = at.plane;
                 scaler.startPlane(at);
+            }
+            if constexpr (std::is_same_v<T, float>) {
+                if (roundsLast) {
+                    scaler.makeRounded(at.row, range, across, writer.open({at, count}));
+                    writer.flush();
+                    return;
+                }
             }
             const T* const row = scaler.make(at.row);
             round(row, writer.open({at, count}), count);
@@ -355,6 +383,10 @@ std::array<std::size_t, RIX_COMPONENTS_SIZE> scaledExtents(const ImageModel& inp
 
 void scaleImage(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                 const ImageScales& scales, OptimLevelType level) {
+    if (halvesPlanes(input, scales)) {
+        halvePlanes(context, input, output, level);
+        return;
+    }
     const VoxelTypes work = workTypeOf(input.getVoxelType(), scales);
     const auto scaleFrom = [&](const ImageModel& from) {
         if (work == RIX_FLOAT64) {
@@ -374,6 +406,9 @@ void scaleImage(access::ExecutionContext& context, const ImageModel& input, Imag
 }
 
 std::size_t scalingMemory(const ImageModel& input, const ImageScales& scales, std::size_t threads) {
+    if (halvesPlanes(input, scales)) {
+        return 0;
+    }
     const VoxelTypes work = workTypeOf(input.getVoxelType(), scales);
     const auto bytes = [&](const ImageModel& from) {
         return work == RIX_FLOAT64 ? scalingBytes<double>(from, scales, threads)
