@@ -72,6 +72,7 @@ const std::vector<Row>& rows() {
          {},
          {"outputBinaryImage"}},
         {"structure_tensor", "StructureTensor2d", RIX_FLOAT32, false, {}, {}, {"outputEigenvaluesImage"}},
+        {"harris/u8", "CornerDetector2d", RIX_UINT8, false, {}, {}, {"outputResponseImage"}},
         {"hessian/volume", "HessianAnalysis3d", RIX_FLOAT32, true, {}, {}, {"outputEigenvaluesImage"}},
     };
     return all;
@@ -148,6 +149,7 @@ void registerPeers(int threads) {
         cv::GaussianBlur(source, x, cv::Size(15, 15), 1.4, 1.4, cv::BORDER_REFLECT);
         cv::Canny(x, result, 32, 64, 3, true);
     });
+    enter("harris/u8", RIX_UINT8, [](const cv::Mat& source) { cv::cornerHarris(source, result, 5, 3, 0.05); });
     enter("log_s2/plane", RIX_FLOAT32, [](const cv::Mat& source) {
         cv::GaussianBlur(source, x, cv::Size(21, 21), 2, 2, cv::BORDER_REFLECT);
         cv::Laplacian(x, result, CV_32F, 3);

@@ -15,6 +15,7 @@
 #include "FieldRing.h"
 #include "GradientTaps.h"
 #include "Hysteresis.h"
+#include "Peaks.h"
 
 namespace rix::edge_detection {
 
@@ -200,15 +201,7 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
     table.hasChannels = extents[SPECTRAL_SERIES] > 1;
     table.hasPlanes = extents[PLANS] > 1;
     table.reset(before.back());
-    std::array<double, 3> spacing{};
-    bool isPlaced = false;
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        spacing[axis] = image.getSpacingOf(static_cast<Components>(axis));
-        isPlaced = isPlaced || spacing[axis] != 0.0;
-    }
-    const auto worldOf = [&](std::size_t axis, double index) {
-        return image.getOriginOf(static_cast<Components>(axis)) + (isPlaced ? spacing[axis] : 1.0) * index;
-    };
+    const Places worldOf(image);
     forEachGradientRow<T>(
         filter.executionContext(), image, job, stepsOf(filter), level,
         [&](const GradientRows<T>& rows, const access::RowSegment& segment) {
@@ -229,16 +222,13 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
                 }
                 const auto [behind, ahead] = magnitudesAlong(rows, x, axes);
                 const auto m = static_cast<double>(rows.magnitudes[1][1][x]);
-                const double curvature = static_cast<double>(behind) - 2.0 * m + static_cast<double>(ahead);
-                const double offset = curvature < 0.0
-                                          ? 0.5 * (static_cast<double>(behind) - static_cast<double>(ahead)) / curvature
-                                          : 0.0;
+                const double offset = parabolaOffset(static_cast<double>(behind), m, static_cast<double>(ahead));
                 std::array<double, 3> direction{};
                 std::array<double, 3> at{static_cast<double>(segment.column + x), static_cast<double>(segment.row),
                                          static_cast<double>(segment.plane)};
                 for (std::size_t axis = 0; axis < axes; ++axis) {
                     direction[axis] = static_cast<double>(rows.components[axis][x]) / m;
-                    at[axis] += std::clamp(offset, -0.5, 0.5) * direction[axis] * static_cast<double>(rows.step[axis]);
+                    at[axis] += offset * direction[axis] * static_cast<double>(rows.step[axis]);
                 }
                 table.frame[i] = static_cast<std::int64_t>(segment.sequence);
                 table.channel[i] = static_cast<std::int64_t>(segment.spectral);

@@ -1,12 +1,10 @@
 // Both structure tensors: products of the components of gradients, averaged, and their eigenvalues.
 
-#include <deque>
-
 #include <rix/access/Steps.h>
 #include <rix/edge_detection/StructureTensor2d.h>
 #include <rix/edge_detection/StructureTensor3d.h>
 
-#include "Tensors.h"
+#include "GradientProducts.h"
 
 namespace rix::edge_detection {
 
@@ -39,51 +37,11 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     }
 }
 
-template <class Filter>
-FieldJob gradientsOf(const Filter& filter) {
-    FieldJob job = jobWithBorder(filter);
-    for (std::size_t axis = 0; axis < axesOf<Filter>; ++axis) {
-        std::array<std::size_t, 3> orders{};
-        orders[axis] = 1;
-        job.components.push_back(
-            gaussianComponent(deviationsOf(filter, filter.innerStandardDeviation), orders, unitsOf(filter)));
-    }
-    return job;
-}
-
-/// The averages of the products; where the image has a fixed value beyond its edges, nothing varies.
-template <class Filter>
-FieldJob averagesOf(const Filter& filter) {
-    FieldJob job = jobWithBorder(filter);
-    job.borderValue = 0.0;
-    for (std::size_t i = 0; i < entriesOf<Filter>; ++i) {
-        job.components.push_back(
-            gaussianComponent(deviationsOf(filter, filter.outerStandardDeviation), {}, {1.0, 1.0, 1.0}));
-        job.components.back().source = i;
-    }
-    return job;
-}
-
 template <class T, class Filter>
 void compute(Filter& filter, OptimLevelType level) {
-    access::ExecutionContext& context = filter.executionContext();
-    const ImageModel& input = *filter.getInputImage();
-    const access::Steps steps(context, {1.0, 2.0});
-    std::deque<access::TemporaryImage> products;
-    std::vector<const ImageModel*> sources;
-    std::vector<FieldOutput> outputs;
-    for (std::size_t i = 0; i < entriesOf<Filter>; ++i) {
-        products.emplace_back(input, access::voxelTypeOf<T>);
-        static_cast<void>(products.back().image().setInterpretation(RIX_VALUE));
-        sources.push_back(&products.back().image());
-        outputs.push_back({&products.back().image()});
-    }
-    const SecondOrderKernels<T> kernels = secondOrderKernels<T>(level);
-    computeField<T>(context, {&input}, gradientsOf(filter), outputs, level,
-                    [&](const T* const* components, T* const* outs, const access::RowSegment& segment) {
-                        kernels.products(components, axesOf<Filter>, outs, segment.count);
-                    });
-    computeTensors<T>(filter, sources, averagesOf(filter), level);
+    const access::Steps steps(filter.executionContext(), {1.0, 2.0});
+    const GradientProducts<T, Filter> products(filter, level);
+    computeTensors<T>(filter, products.images(), averagesOf(filter), level);
 }
 
 template <class Filter>
@@ -96,28 +54,8 @@ void process(Filter& filter, OptimLevelType level) {
 
 template <class Filter>
 std::size_t memoryOf(const Filter& filter) {
-    const ImageModel& input = *filter.getInputImage();
-    if (TensorOutputs<Filter>(filter).images.empty()) {
-        return 0;
-    }
-    const VoxelTypes type = fieldWorkType(input.getVoxelType());
-    const std::size_t threads = filter.getMaximumThreads();
-    ImageHeader header = helper::headerOf(input);
-    header.voxelType = type;
-    return entriesOf<Filter> * access::TemporaryImage::bytes(input, type) +
-           std::max(fieldBytes(input, gradientsOf(filter), type, entriesOf<Filter>, threads),
-                    fieldBytes(HeaderImage(header), averagesOf(filter), type,
-                               TensorOutputs<Filter>(filter).images.size(), threads));
-}
-
-template <class Filter>
-access::Reach reachOf(const Filter& filter) {
-    const access::Reach inner = fieldReach(gradientsOf(filter));
-    const access::Reach outer = fieldReach(averagesOf(filter));
-    const auto sum = [](const access::Reach::Axis& a, const access::Reach::Axis& b) {
-        return access::Reach::Axis{a.before + b.before, a.after + b.after};
-    };
-    return {sum(inner.columns, outer.columns), sum(inner.rows, outer.rows), sum(inner.planes, outer.planes)};
+    const std::size_t outputs = TensorOutputs<Filter>(filter).images.size();
+    return outputs == 0 ? 0 : averagedProductsBytes(filter, outputs);
 }
 
 template <class Filter>
@@ -127,7 +65,7 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .kind = AlgorithmKind::Neighbourhood,
         .declare = &declare<Filter>,
         .process = &process<Filter>,
-        .influence = &reachOf<Filter>,
+        .influence = &averagedProductsReach<Filter>,
         .memory = &memoryOf<Filter>,
     };
 }
