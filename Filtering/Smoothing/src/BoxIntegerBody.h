@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include <rix/access/Buffer.h>
+#include <rix/access/Looks.h>
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
 
@@ -125,7 +126,9 @@ private:
         const BoxAxis& axis = m_job.axes[PLANS];
         if (plane == m_block.planes().begin) {
             rowsOf(m_planeSums, m_width, m_rows.end - m_rows.begin);
+            access::Looks looks;  // many planes are read before there is a result
             for (std::size_t row = m_rows.begin; row < m_rows.end; ++row) {
+                looks.add(m_width * axis.window / 8 + 1);
                 sumWindow(axis, plane, planeRow(row),
                           [&](std::size_t slot, std::size_t z) { return readRow(slot, row, z); });
             }

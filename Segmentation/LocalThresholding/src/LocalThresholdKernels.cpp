@@ -36,9 +36,9 @@ void sauvolaRow(const M* means, const M* deviations, double* thresholds, std::si
                 const ThresholdNumbers& numbers) {
     const double weight = numbers.weight;
     const double offset = numbers.offset;
-    const double half = (numbers.highest - numbers.lowest) * 0.5;
+    const double scale = 2.0 / (numbers.highest - numbers.lowest);
     for (std::size_t x = 0; x < count; ++x) {
-        const double factor = 1.0 + weight * (static_cast<double>(deviations[x]) / half - 1.0);
+        const double factor = 1.0 + weight * (static_cast<double>(deviations[x]) * scale - 1.0);
         thresholds[x] = static_cast<double>(means[x]) * factor - offset;
     }
 }
@@ -50,11 +50,12 @@ void phansalkarRow(const M* means, const M* deviations, double* thresholds, std:
     const double offset = numbers.offset;
     const double lowest = numbers.lowest;
     const double range = numbers.highest - numbers.lowest;
+    const double scale = 1.0 / range;
     for (std::size_t x = 0; x < count; ++x) {
-        const double mean = (static_cast<double>(means[x]) - lowest) / range;
-        const double deviation = static_cast<double>(deviations[x]) / range;
+        const double mean = (static_cast<double>(means[x]) - lowest) * scale;
+        const double deviation = static_cast<double>(deviations[x]) * scale;
         const double dark = 2.0 * simd::HWY_NAMESPACE::expOf(-10.0 * mean, 0.0);
-        const double threshold = mean * (1.0 + dark + weight * (deviation / 0.5 - 1.0));
+        const double threshold = mean * (1.0 + dark + weight * (deviation * 2.0 - 1.0));
         thresholds[x] = lowest + threshold * range - offset;
     }
 }
