@@ -30,6 +30,10 @@ std::int64_t stripes(std::size_t column, std::size_t /*element*/) {
 std::int64_t everyLabel(std::size_t /*column*/, std::size_t element) {
     return static_cast<std::int64_t>(element + 1);
 }
+/// All is one object.
+std::int64_t everywhere(std::size_t /*column*/, std::size_t /*element*/) {
+    return 1;
+}
 /// Every class of a histogram occurs.
 std::int64_t everyClass(std::size_t /*column*/, std::size_t element) {
     return static_cast<std::int64_t>(element % 65535);
@@ -44,6 +48,10 @@ std::int64_t chequers(std::size_t /*column*/, std::size_t element) {
 }
 
 const WorstCase worstCases[] = {
+    {"PruneSkeleton2d", {.extents = {300, 200, 1, 1, 1}, .interpretation = RIX_BINARY}, &everywhere},
+    {"PruneSkeleton3d", {.extents = {256, 16, 12, 1, 1}, .interpretation = RIX_BINARY}, &everywhere},
+    {"SkeletonGraph2d", {.extents = {300, 200, 1, 1, 1}, .interpretation = RIX_BINARY}, &everywhere},
+    {"SkeletonGraph3d", {.extents = {256, 16, 12, 1, 1}, .interpretation = RIX_BINARY}, &everywhere},
     {"Labeling2d", {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
     {"Labeling3d", {.extents = {400, 300, 40, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
     {"FillHoles2d", {.extents = {2000, 1500, 1, 1, 1}, .interpretation = RIX_BINARY}, &stripes},
