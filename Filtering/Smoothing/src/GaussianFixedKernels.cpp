@@ -39,6 +39,14 @@ void pairRows(const std::uint8_t* upper, const std::uint8_t* lower, std::int32_t
     }
 }
 
+/// @return the nearest integers, of ties the even ones, of magnitudes below 2^22: what is left in the low bits beside a
+/// number so large that no fraction fits
+HWY_INLINE V32 nearestOf(hn::Vec<DF> values) {
+    const DF d;
+    const auto large = hn::Set(d, 0x1.8p23F);
+    return hn::Sub(hn::BitCast(D32(), hn::Add(values, large)), hn::BitCast(D32(), large));
+}
+
 /// @tparam vectors of 16-bit results, each of two sums
 template <std::size_t vectors>
 HWY_INLINE void sumDownAt(const std::int32_t* const* rows, const std::int32_t* taps, std::size_t pairs,
@@ -63,8 +71,8 @@ HWY_INLINE void sumDownAt(const std::int32_t* const* rows, const std::int32_t* t
     const auto scale = hn::Set(df, factor);
     HWY_UNROLL(4)
     for (std::size_t v = 0; v < vectors; ++v) {
-        const auto lower = hn::NearestInt(hn::Mul(hn::ConvertTo(df, sums[2 * v]), scale));
-        const auto upper = hn::NearestInt(hn::Mul(hn::ConvertTo(df, sums[2 * v + 1]), scale));
+        const auto lower = nearestOf(hn::Mul(hn::ConvertTo(df, sums[2 * v]), scale));
+        const auto upper = nearestOf(hn::Mul(hn::ConvertTo(df, sums[2 * v + 1]), scale));
         // Within blocks of 128 bits, as they were interleaved.
         hn::Store(hn::ReorderDemote2To(d16, lower, upper), d16, out + x + v * 2 * lanes);
     }
@@ -116,14 +124,12 @@ HWY_INLINE void sumAlongAt(const std::int16_t* row, const std::int32_t* taps, co
     }
     const auto scale = hn::Set(df, factor);
     const auto middle = hn::Set(df, 128.0F);
-    const auto lowest = hn::Zero(d16);
-    const auto highest = hn::Set(d16, 255);
     HWY_UNROLL(4)
     for (std::size_t v = 0; v < vectors; ++v) {
-        const auto even = hn::NearestInt(hn::Add(hn::Mul(totals[2 * v], scale), middle));
-        const auto odd = hn::NearestInt(hn::Add(hn::Mul(totals[2 * v + 1], scale), middle));
+        const auto even = nearestOf(hn::Add(hn::Mul(totals[2 * v], scale), middle));
+        const auto odd = nearestOf(hn::Add(hn::Mul(totals[2 * v + 1], scale), middle));
         const auto both = hn::OddEven(hn::BitCast(d16, hn::ShiftLeft<16>(odd)), hn::BitCast(d16, even));
-        hn::StoreU(hn::DemoteTo(d8, hn::Min(hn::Max(both, lowest), highest)), d8, out + x + v * lanes);
+        hn::StoreU(hn::DemoteTo(d8, both), d8, out + x + v * lanes);
     }
 }
 

@@ -10,7 +10,7 @@ namespace rix::filtering::smoothing {
 /// A sampled Gaussian in integers of 16 bits, two taps in each of 32, for kernels that multiply pairs of samples.
 class GaussianFixedTaps {
 public:
-    static constexpr std::size_t mostPairs = 24;
+    static constexpr std::size_t mostPairs = 40;
 
     /// Taps of which the magnitudes of all errors add up to at most `largestError`; nothing where there are none.
     /// @param deviation in voxels; 0 for the kernel that changes nothing

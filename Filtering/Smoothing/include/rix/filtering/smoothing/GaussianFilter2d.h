@@ -17,8 +17,9 @@ namespace rix::filtering::smoothing {
 /// both directions (after R. Deriche, "Recursively implementing the Gaussian and its derivatives", 1993, with constants
 /// fitted here), whose weights are off by 8e-6 of the peak, at a cost that does not grow. A line is smoothed in
 /// stretches of at least 2048 voxels that begin at its multiples; each recursion takes in ceil(5 s) voxels before it.
-/// Bytes that become bytes are summed in integers up to deviations of about 4: taps are rounded to 16 bits, at the
-/// scale at which all their errors add up to 2.15e-5 at most, and columns to 1/256.
+/// Bytes that become bytes are summed in integers below a deviation of 8, where there is a
+/// scale at which their taps, rounded to 16 bits, are off by 2.15e-5 at most together: at nearly all deviations below
+/// 5, at half of those at 6. Sums down columns are rounded to 1/256.
 ///
 /// **Input** `inputImage`: any extents on all five axes, scalar elements, any real type (`uint8` to `float64`).
 /// **Output** `outputImage`: takes the input's extents, calibration and colour interpretation; interpretation value;
@@ -47,9 +48,9 @@ namespace rix::filtering::smoothing {
 ///         `borderValue` of NaN, and an in-place output of another type; ResizeImageError or MemoryError when there is
 ///         no memory.
 /// Cost: a voxel and axis, 5 s multiplications and twice as many additions, or about 60 operations from s = 3 on; of
-/// bytes, a third of it up to about 4. Memory: the rows of a window or a bundle of lines a thread; and where more than
-/// one pass is needed (from 3 voxels on, each axis is one) an image of `float32` (`float64` where sums are) unless the
-/// output is of that type and not the input; see `describe`.
+/// bytes, half of that where they are summed in integers. Memory: the rows of a window or a bundle of lines a thread;
+/// and where more than one pass is needed (from 3 voxels on, each axis is one) an image of `float32` (`float64` where
+/// sums are) unless the output is of that type and not the input; see `describe`.
 class RIX_EXPORT GaussianFilter2d : public BaseAlgorithm {
     RIX_ALGORITHM(GaussianFilter2d)
 
