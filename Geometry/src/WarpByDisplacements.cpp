@@ -37,16 +37,12 @@ public:
             const double x = m_inverse(i, 0);
             const double y = m_inverse(i, 1);
             const double z = m_inverse(i, 2);
-            const std::array<double, 4>& m = m_map.matrix[axis];
-            const double inRow = m[ROWS] * static_cast<double>(segment.row);
-            const double inPlane = m[PLANS] * static_cast<double>(segment.plane);
             for (std::size_t k = 0; k < segment.count; ++k) {
-                const double column = m[COLUMNS] * static_cast<double>(segment.column + k);
                 double step = x * displacements[0][k] + y * displacements[1][k];
                 if (m_axes == 3) {
                     step += z * displacements[2][k];
                 }
-                places[axis][k] = (((column + inRow) + inPlane) + m[3]) + step;
+                places[axis][k] = m_map.place(axis, segment.column + k, segment.row, segment.plane) + step;
             }
         }
     }
@@ -112,7 +108,7 @@ public:
         const ImageModel& input = *m_warp.getInputImage();
         const ImageModel& field = *property.get();
         const std::size_t channels = field.getNumOf(SPECTRAL_SERIES);
-        if (channels < axes || channels > 3) {
+        if (channels < axes) {
             rules::refuse(rules::parameterText(property) + ' ' + describe() + '.',
                           "It has " + std::to_string(channels) + " channels.");
         }
@@ -150,7 +146,8 @@ public:
                                rules::quotedName(property));
     }
     String describe() const override {
-        return axesOf<Warp> == 3 ? "must have three channels, x, y and z" : "must have two channels, x and y, or three";
+        return axesOf<Warp> == 3 ? "must have three channels or more, x, y and z"
+                                 : "must have two channels or more, x and y";
     }
 
 private:

@@ -145,7 +145,7 @@ def test_sample_at_points_and_profiles():
         np.testing.assert_allclose(table["Value"], expected, rtol=0, atol=1e-6 * np.abs(expected).max())
     image = random_array("float64", (60, 80))
     for (x1, y1, x2, y2), width in [((10, 12, 50, 42), 1), ((60, 50, 20, 15), 4), ((30, 10, 30, 45), 5)]:
-        table = rix.profile_along_line(image, x1=x1, y1=y1, x2=x2, y2=y2, width=width)
+        table = rix.profile_along_line(image, x_1=x1, y_1=y1, x_2=x2, y_2=y2, width=width)
         expected = measure.profile_line(image, (y1, x1), (y2, x2), linewidth=width, order=1, mode="reflect")
         np.testing.assert_allclose(table["Value"], expected, rtol=0, atol=1e-9 * np.abs(expected).max())
 

@@ -9,9 +9,9 @@ namespace rix::geometry {
 /// Takes each element of a plane from where a field of displacements points: out(p) = in(p + d(p)).
 ///
 /// **Field** `inputDisplacementImage`: an image of any real type that has, at each of its elements p, the displacement
-/// d(p) in the unit of the spacings as its channels: x, then y; a third, z, is not looked at. In planes that do not lie
-/// along x and y of the world, x and y are the coordinates along columns and rows. It has as many planes as the input
-/// and as many frames, or one, which counts for all.
+/// d(p) in the unit of the spacings as its channels: x, then y; further ones are not looked at. In planes that do not
+/// lie along x and y of the world, x and y are the coordinates along columns and rows. It has as many planes as the
+/// input and as many frames, or one, which counts for all.
 ///
 /// **Output** `outputImage`: the elements of the field, with frames and channels, type and interpretation of the input.
 /// It shares no samples with an input.
@@ -24,7 +24,7 @@ namespace rix::geometry {
 /// A displacement that is no number points far before the first element, which lies outside.
 ///
 /// @throws RuleException from `run` for an unset or empty image, elements of several samples, complex samples, a field
-///         that has not two or three channels, or other planes or frames than the input, spacings and directions that
+///         that has less than two channels, or other planes or frames than the input, spacings and directions that
 ///         span no plane, an interpolation that the meaning of the image does not have, an unknown choice, a
 ///         `borderValue` of NaN, and an output that shares samples with an input; ResizeImageError or MemoryError when
 ///         there is no memory.

@@ -7,8 +7,8 @@
 namespace rix::geometry {
 
 /// Takes each element of a volume from where a field of displacements points: out(p) = in(p + d(p)). As
-/// `WarpByDisplacement2d`, with displacements of three channels, x, y and z, in the coordinates of the world; the
-/// field's planes, like its columns and rows, are those of the output.
+/// `WarpByDisplacement2d`, with displacements of three channels (or more, of which these count), x, y and z, in the
+/// coordinates of the world; the field's planes, like its columns and rows, are those of the output.
 ///
 /// @throws as `WarpByDisplacement2d`, and RuleException for labels of planes.
 /// Cost: an element, (degree + 1)^3 multiplications. Memory: about a megabyte a thread, and for splines an image of
