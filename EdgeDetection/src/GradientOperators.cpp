@@ -1,11 +1,16 @@
 // Both gradient operators: that of volumes has a third component and no orientation.
 
+#include <cmath>
+
+#include <rix/access/BorderConditions.h>
+#include <rix/access/WindowFilters.h>
 #include <rix/edge_detection/GradientOperator2d.h>
 #include <rix/edge_detection/GradientOperator3d.h>
 #include <rix/properties/EnumInfo.h>
 
 #include "EdgeProperties.h"
 #include "GradientTaps.h"
+#include "NearGradients.h"
 
 namespace rix::edge_detection {
 
@@ -100,6 +105,49 @@ FieldJob jobOf(const Filter& filter, const Outputs<Filter>& outputs) {
     return job;
 }
 
+/// Whether only the length of a gradient in windows of 3 x 3 is wanted, of samples that have a kernel for it.
+bool isNear(const GradientOperator2d& filter, const FieldJob& job) {
+    const ImageModel& input = *filter.getInputImage();
+    const VoxelTypes type = input.getVoxelType();
+    const double value = filter.getBorderValue();
+    const bool isByte = value >= 0.0 && value <= 255.0 && value == std::floor(value);
+    return filter.getOutputMagnitudeImage() != nullptr && filter.getOutputImageX() == nullptr &&
+           filter.getOutputImageY() == nullptr && filter.getOutputOrientationImage() == nullptr &&
+           filter.getMethod() != GradientMethod::GAUSSIAN && job.components[0].taps[1].half.size() == 2 &&
+           (type == RIX_FLOAT32 || (type == RIX_UINT8 && filter.getLengthUnit() == algorithms::LengthUnit::VOXEL &&
+                                    (filter.getBorderPolicy() != access::BorderPolicy::FIXED || isByte)));
+}
+
+/// Along both axes derivatives have the same weights but in the world, where only along them they may differ.
+bool isAlike(const FieldJob& job) {
+    return job.components[0].taps[0] == job.components[1].taps[1];
+}
+
+access::BoxNeeds nearNeeds(const ImageModel& input) {
+    constexpr access::Reach::Axis axis{1, 1};
+    access::BoxNeeds needs{{axis, axis, {}}, 0.5};
+    needs.heldBytesPerVoxel = helper::getSizeOf(input.getVoxelType());
+    return needs;
+}
+
+template <class T, class Kernel>
+void computeNear(GradientOperator2d& filter, const FieldJob& job, const Kernel& kernel) {
+    const ImageModel& input = *filter.getInputImage();
+    const auto border = access::borderOf<T>(job.border, job.borderValue);
+    const access::Stores stores = storesOf<float>(input, 1);
+    const auto& across = job.components[0].taps[1].half;
+    const NearWeights weights{static_cast<float>(across[0]), static_cast<float>(across[1]),
+                              static_cast<float>(job.components[0].taps[0].half[1])};
+    access::transformWindows<T, float>(
+        filter.executionContext(), input, *border, *filter.getOutputMagnitudeImage(), nearNeeds(input),
+        [&](access::WindowRows<T>& window, const access::RowSegment& segment, float* out) {
+            const auto y = static_cast<std::int64_t>(segment.row);
+            const auto z = static_cast<std::int64_t>(segment.plane);
+            const T* const rows[3] = {window.row(y - 1, z), window.row(y, z), window.row(y + 1, z)};
+            kernel(rows, weights, out, segment.count, stores);
+        });
+}
+
 template <class Filter>
 void process(Filter& filter, OptimLevelType level) {
     const ImageModel& input = *filter.getInputImage();
@@ -108,6 +156,17 @@ void process(Filter& filter, OptimLevelType level) {
         return;
     }
     const FieldJob job = jobOf(filter, outputs);
+    if constexpr (!ofVolumes<Filter>) {
+        if (isNear(filter, job) && isAlike(job)) {
+            const NearGradients kernels = nearGradients(level);
+            if (input.getVoxelType() == RIX_FLOAT32) {
+                computeNear<float>(filter, job, kernels.ofFloats);
+            } else {
+                computeNear<std::uint8_t>(filter, job, kernels.ofBytes);
+            }
+            return;
+        }
+    }
     inWorkType(input, [&](auto tag) {
         using T = typename decltype(tag)::type;
         const auto kernels = fieldKernels<T>(level);
@@ -138,7 +197,14 @@ std::size_t memoryOf(const Filter& filter) {
     if (outputs.images.empty()) {
         return 0;
     }
-    return fieldBytes(input, jobOf(filter, outputs), fieldWorkType(input.getVoxelType()), outputs.images.size(),
+    const FieldJob job = jobOf(filter, outputs);
+    if constexpr (!ofVolumes<Filter>) {
+        if (isNear(filter, job) && isAlike(job)) {
+            return access::windowMemory(input, nearNeeds(input), helper::getSizeOf(input.getVoxelType()),
+                                        filter.getMaximumThreads());
+        }
+    }
+    return fieldBytes(input, job, fieldWorkType(input.getVoxelType()), outputs.images.size(),
                       filter.getMaximumThreads());
 }
 

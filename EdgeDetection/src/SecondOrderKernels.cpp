@@ -9,6 +9,7 @@
 #include <rix/simd/Trigonometry-inl.h>
 
 #include "EigenSystems-inl.h"
+#include "EigenValues-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace rix::edge_detection::HWY_NAMESPACE {
@@ -22,8 +23,79 @@ HWY_INLINE EigenSystem systemAt(const T* const* components, std::size_t x) {
     return axes == 3 ? eigenSystem3(m) : eigenSystem2(m[0], m[1], m[2]);
 }
 
+/// Voxels whose eigenvalues are computed together; a multiple of all vectors.
+constexpr std::size_t piece = 64;
+
+/// The eigenvalues of up to `piece` matrices from the column x on.
+template <std::size_t axes, class T>
+HWY_INLINE void eigenValuesAt(const T* const* components, std::size_t x, std::size_t count, double (*values)[piece]) {
+    constexpr std::size_t entries = axes == 3 ? 6 : 3;
+    const hn::CappedTag<double, 8> d;
+    const hn::Rebind<T, decltype(d)> narrow;
+    HWY_ALIGN T rest[entries][8] = {};
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const bool isWhole = i + hn::Lanes(d) <= count;
+        hn::Vec<decltype(d)> m[entries];
+        for (std::size_t k = 0; k < entries; ++k) {
+            const T* from = components[k] + x + i;
+            if (!isWhole) {
+                for (std::size_t j = 0; j < count - i; ++j) {
+                    rest[k][j] = from[j];
+                }
+                from = rest[k];
+            }
+            if constexpr (sizeof(T) == sizeof(double)) {
+                m[k] = hn::LoadU(narrow, from);
+            } else {
+                m[k] = hn::PromoteTo(d, hn::LoadU(narrow, from));
+            }
+        }
+        hn::Vec<decltype(d)> results[axes];
+        if constexpr (axes == 3) {
+            eigenValues3(d, m, results);
+        } else {
+            eigenValues2(d, m, results);
+        }
+        for (std::size_t k = 0; k < axes; ++k) {
+            hn::StoreU(results[k], d, values[k] + i);
+        }
+    }
+}
+
+HWY_INLINE double coherenceOf(double greatest, double next) {
+    const double sum = greatest + next;
+    const double ratio = (greatest - next) / sum;
+    // Of the rounding of nothing there is no direction; NaN stays.
+    return sum <= 0.0 ? 0.0 : ratio * ratio;
+}
+
+template <std::size_t axes, class T>
+void tensorValues(const T* const* components, const TensorRows<T>& rows, std::size_t count) {
+    HWY_ALIGN double values[axes][piece];
+    for (std::size_t begin = 0; begin < count; begin += piece) {
+        const std::size_t n = count - begin < piece ? count - begin : piece;
+        eigenValuesAt<axes>(components, begin, n, values);
+        for (std::size_t i = 0; i < axes; ++i) {
+            if (T* const out = rows.values[i]; out != nullptr) {
+                for (std::size_t x = 0; x < n; ++x) {
+                    out[begin + x] = static_cast<T>(values[i][x]);
+                }
+            }
+        }
+        if (rows.coherence != nullptr) {
+            for (std::size_t x = 0; x < n; ++x) {
+                rows.coherence[begin + x] = static_cast<T>(coherenceOf(values[axes - 1][x], values[axes - 2][x]));
+            }
+        }
+    }
+}
+
 template <std::size_t axes, class T>
 void tensors(const T* const* components, const TensorRows<T>& rows, std::size_t count) {
+    if (rows.vectors[0] == nullptr && rows.orientation == nullptr) {
+        tensorValues<axes>(components, rows, count);
+        return;
+    }
     for (std::size_t x = 0; x < count; ++x) {
         const EigenSystem system = systemAt<axes>(components, x);
         for (std::size_t i = 0; i < axes; ++i) {
@@ -37,12 +109,7 @@ void tensors(const T* const* components, const TensorRows<T>& rows, std::size_t 
             }
         }
         if (rows.coherence != nullptr) {
-            const double greatest = system.values[axes - 1];
-            const double next = system.values[axes - 2];
-            const double sum = greatest + next;
-            const double ratio = (greatest - next) / sum;
-            // Of the rounding of nothing there is no direction; NaN stays.
-            rows.coherence[x] = static_cast<T>(sum <= 0.0 ? 0.0 : ratio * ratio);
+            rows.coherence[x] = static_cast<T>(coherenceOf(system.values[axes - 1], system.values[axes - 2]));
         }
         if (rows.orientation != nullptr) {
             const double* const v = system.vectors[axes - 1];
@@ -103,12 +170,15 @@ HWY_INLINE double sato(const double* v, const RidgeMeasure& measure) {
 
 template <std::size_t axes, class T>
 void ridges(const T* const* components, const RidgeMeasure& measure, const T* before, T* out, std::size_t count) {
+    HWY_ALIGN double values[axes][piece];
     for (std::size_t x = 0; x < count; ++x) {
-        const EigenSystem system = systemAt<axes>(components, x);
+        if (x % piece == 0) {
+            eigenValuesAt<axes>(components, x, count - x < piece ? count - x : piece, values);
+        }
         double v[3];
         bool isNumber = true;
         for (std::size_t i = 0; i < axes; ++i) {
-            v[i] = measure.sign * measure.square * system.values[i];
+            v[i] = measure.sign * measure.square * values[i][x % piece];
             isNumber = isNumber && v[i] == v[i];
         }
         const double value = measure.method == RidgeMethod::Frangi ? frangi<axes>(v, measure) : sato<axes>(v, measure);

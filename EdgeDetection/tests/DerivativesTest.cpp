@@ -259,5 +259,35 @@ TEST(Laplacians, AreSumsOfSecondDerivatives) {
     EXPECT_NEAR(at(runFilter(difference, bowl), 20, 20, 20), 3.0 * (9.0 - 1.0), 3e-3);
 }
 
+/// Where only the length is wanted it comes from windows of 3 x 3 at once: with the bits of the sums one by one.
+TEST(GradientOperators, AloneLengthsHaveTheSameBits) {
+    const Extents extents{2071, 5, 2, 1, 1};
+    for (const VoxelTypes type : {RIX_UINT8, RIX_FLOAT32}) {
+        io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = extents}, 3, Extremes::None);
+        ASSERT_TRUE(image.setSpacingOf(COLUMNS, 0.3) && image.setSpacingOf(ROWS, 0.3));
+        for (const auto method : {edge_detection::GradientMethod::SOBEL, edge_detection::GradientMethod::SCHARR,
+                                  edge_detection::GradientMethod::PREWITT}) {
+            for (int k = 0; k < 8; ++k) {
+                io::MemoryImage alone;
+                io::MemoryImage together;
+                io::MemoryImage component;
+                GradientOperator2d filter;
+                filter.setInputImage(&image);
+                filter.setMethod(method);
+                filter.borderPolicy = std::min(k / 2, 2);
+                filter.setBorderValue(k < 6 ? 9.0 : 9.5);
+                filter.lengthUnit = k % 2;
+                filter.setOutputMagnitudeImage(&alone);
+                filter.run();
+                filter.setOutputImageX(&component);
+                filter.setOutputMagnitudeImage(&together);
+                filter.run();
+                EXPECT_EQ(std::memcmp(alone.getInternalBuffer(), together.getInternalBuffer(), 2071U * 5U * 2U * 4U), 0)
+                    << static_cast<int>(type) << ' ' << static_cast<int>(method) << ' ' << k;
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace rix::test

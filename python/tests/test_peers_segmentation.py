@@ -317,3 +317,29 @@ def test_second_order():
     ridges = rix.ridge_filter_2d(image, method="SATO", minimum_scale=2, number_of_scales=1)
     np.testing.assert_allclose(ridges, 4 * np.maximum(-np.linalg.eigvalsh(hessian)[..., 0], 0), rtol=0,
                                atol=1e-3 * np.abs(values).max())
+
+
+def test_corners_and_circles():
+    feature = pytest.importorskip("skimage.feature")
+    transform = pytest.importorskip("skimage.transform")
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = ndimage.gaussian_filter(random_array(np.float64, (60, 45)), 1.5)
+    # The same sums of products of derivatives; theirs are Sobel's, so ours come from SciPy.
+    dy, dx = (ndimage.gaussian_filter(image, 1, order=order, truncate=6) for order in ((1, 0), (0, 1)))
+    xx, xy, yy = (ndimage.gaussian_filter(a * b, 2, truncate=6) for a, b in ((dx, dx), (dx, dy), (dy, dy)))
+    expected = xx * yy - xy * xy - 0.05 * (xx + yy) ** 2
+    found = rix.corner_detector_2d(image, minimum_distance=4)
+    scale = np.abs(expected).max()
+    np.testing.assert_allclose(found.output_response_image, expected, rtol=0, atol=1e-4 * scale)
+    peaks = feature.peak_local_max(expected, min_distance=4, threshold_abs=0.01 * expected.max(), exclude_border=False)
+    assert len(peaks) > 3 and expected[tuple(peaks[0])] == expected.max()
+
+    # Of a circle as they draw it both find the centre and the radius.
+    draw = pytest.importorskip("skimage.draw")
+    edges = np.zeros((80, 90), np.uint8)
+    edges[draw.circle_perimeter(41, 37, 20)] = 1
+    circles = rix.hough_circles_2d(edges, minimum_radius=15, maximum_radius=25, maximum_number=1).output_measurement
+    votes, x, y, radii = transform.hough_circle_peaks(transform.hough_circle(edges, range(15, 26)), range(15, 26),
+                                                      total_num_peaks=1)
+    assert abs(circles["PositionX"][0] - x[0]) < 0.1 and abs(circles["PositionY"][0] - y[0]) < 0.1
+    assert abs(circles["Radius"][0] - radii[0]) < 0.5
