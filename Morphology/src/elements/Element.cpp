@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include <rix/access/Rows.h>
+#include <rix/image/ImageHeader.h>
 
 namespace rix::morphology {
 
@@ -126,8 +127,12 @@ Element Element::ofLine(const Offset& end) {
 }
 
 Element Element::ofImage(const ImageModel& image) {
-    Element element;
     const auto extents = helper::getExtents(image);
+    if (dynamic_cast<const HeaderImage*>(&image) != nullptr) {
+        const auto length = [&](std::size_t axis) { return static_cast<std::int64_t>(extents[axis]); };
+        return ofBox({length(COLUMNS), length(ROWS), length(PLANS)});
+    }
+    Element element;
     const auto origin = [&](std::size_t axis) { return static_cast<std::int64_t>(extents[axis] / 2); };
     access::RowReader<double> reader(image);
     for (std::size_t plane = 0; plane < extents[PLANS]; ++plane) {

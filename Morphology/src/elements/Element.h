@@ -29,7 +29,7 @@ public:
     /// The same with the sum of the magnitudes as length.
     static Element ofOctahedron(const std::array<double, 3>& radii, std::size_t axes);
     static Element ofLine(const Offset& end);
-    /// What is not 0. No chords where there is no such voxel.
+    /// What is not 0; empty where there is no such voxel. Of a header without samples all that may be: the whole box.
     static Element ofImage(const ImageModel& image);
 
     /// Turned around its origin.
@@ -39,6 +39,7 @@ public:
     Element within(const ImageModel& image) const;
 
     bool isBox() const { return m_isBox; }
+    bool isEmpty() const { return !m_isBox && m_chords.empty(); }
     /// Of a box, too.
     std::vector<Chord> chords() const;
     /// 0 for a box.
