@@ -69,7 +69,8 @@ std::size_t alongChunks(std::size_t part, std::size_t chunk, std::size_t extent)
 /// As many voxels as without chunks or those of one, where they don't take too long.
 void cutWindowsAlong(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& chunk, Plan& plan, const Sizes& sizes) {
     const auto& n = plan.gridExtents();
-    const std::size_t piece = alongChunks(largestPiece(sizes, n[COLUMNS]), chunk[COLUMNS], n[COLUMNS]);
+    const std::size_t longest = countOf(sizes.longestVoxels, largestPiece(sizes, n[COLUMNS]));
+    const std::size_t piece = alongChunks(longest, chunk[COLUMNS], n[COLUMNS]);
     const auto height = alongChunks(bandHeight(sizes, asDouble(piece), n[ROWS]), chunk[ROWS], n[ROWS]);
     const double area = asDouble(piece) * asDouble(height);
     const bool wholePlanes = height == n[ROWS] && piece == n[COLUMNS];
