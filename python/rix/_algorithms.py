@@ -169,34 +169,60 @@ def property_documentation(item: Dict[str, Any]) -> str:
 
 def _make_function(facts: Description) -> Any:
     """A function with a signature of its own, so that editors and help() show it."""
-    parameters, values = [], []
-    scope: Dict[str, Any] = {"_call": _rix.call, "_Bar": _progress.Bar, "_result": _result_maker(facts)}
+    shown, parameters, values, missing = [], [], [], ""
+    scope: Dict[str, Any] = {"_call": _rix.call, "_Bar": _progress.Bar, "_result": _result_maker(facts),
+                             "_refuse": _refuse_arguments, "_required": object()}
     for item in inputs_of(facts):
         values.append(item["name"] if item["role"] != "unsupported" else "None")
         if item["role"] == "unsupported":
             continue
         if item["required"]:
-            parameters.append(item["name"])
+            shown.append(item["name"])
+            parameters.append(f"{item['name']}=_required")
+            missing += f" or {item['name']} is _required"
         else:
             scope["_default_" + item["name"]] = item["default"]
-            parameters.append(f"{item['name']}=_default_{item['name']}")
+            shown.append(f"{item['name']}=_default_{item['name']}")
+            parameters.append(shown[-1])
     name, title = facts["function"], facts["name"]
     inputs = "".join(value + ", " for value in values)
     several = len(results_of(facts)) > 1
     call = f"_call({title!r}, ({inputs}), out, progress, threads, axes or '', each or '')"
     call = f"_result({call})" if several else call
+    options = "*, out=None, axes=None, each=None, threads=None, progress=None"
+    # It takes whatever it is given, to say what was meant by a wrong name; a second one shows what it accepts. One that
+    # calls another would be where warnings point to.
     source = (
-        f"def {name}({', '.join(parameters)}, *, out=None, axes=None, each=None, threads=None, "
-        f"progress=None):\n"
+        f"def {name}({', '.join(parameters)}, {options}, **_other):\n"
+        f"    if _other{missing}:\n"
+        f"        _refuse(_shown, _other)\n"
         f"    if progress is True:\n"
         f"        with _Bar({title!r}) as progress:\n"
         f"            return {call}\n"
-        f"    return {call}\n")
+        f"    return {call}\n"
+        f"def _shown({', '.join(shown)}, {options}): ...\n")
     exec(compile(source, f"<rix.{name}>", "exec"), scope)
     function = scope[name]
     function.__module__ = "rix"
     function.__doc__ = documentation(facts, RUN_PARAMETERS)
+    function.__wrapped__ = scope["_shown"]
+    scope["_shown"].__name__ = name
     return function
+
+
+def _refuse_arguments(shown: Any, other: Dict[str, Any]) -> None:
+    """Refuses names that a function does not have, or the lack of what it needs."""
+    known = shown.__code__.co_varnames[:shown.__code__.co_argcount + shown.__code__.co_kwonlyargcount]
+    for word in other:
+        raise TypeError(f"{shown.__name__}() has no argument '{word}'{_meant(word, list(known))}")
+    required = known[:shown.__code__.co_argcount - len(shown.__defaults__ or ())]
+    raise TypeError(f"{shown.__name__}() needs {' and '.join(required)}")
+
+
+def _meant(word: str, known: List[str]) -> str:
+    """What a wrong name may have meant, or all there are: the end of a sentence."""
+    similar = _rix.suggest(word, known)
+    return f"; did you mean {' or '.join(map(repr, similar))}?" if similar else f"; it has {', '.join(known)}"
 
 
 def _is_settable(item: Dict[str, Any]) -> bool:
@@ -221,10 +247,22 @@ def _make_class(facts: Description) -> Any:
         _rix.Algorithm.__init__(self, title)
         for name, value in values.items():
             if name not in fields:
-                similar = _rix.suggest(name, fields)
-                raise RuleError(f"{title} has no property '{name}'" +
-                                (f"; did you mean '{similar[0]}'?" if similar else f"; it has {', '.join(fields)}"))
+                raise RuleError(f"{title} has no property '{name}'{_meant(name, fields)}")
             setattr(self, name, value)
+
+    def __getattr__(self: Any, name: str) -> Any:
+        raise AttributeError(f"{title} has no property '{name}'" + ("" if name[:1] == "_" else _meant(name, fields)))
+
+    def __setattr__(self: Any, name: str, value: Any) -> None:
+        try:
+            object.__setattr__(self, name, value)
+        except AttributeError:
+            if name in fields or name[:1] == "_":
+                raise
+            text = f"{title} has no property '{name}'{_meant(name, fields)}"
+        else:
+            return
+        raise AttributeError(text)
 
     def run(self: Any, *, axes: Optional[str] = None, each: Optional[str] = None, threads: Optional[int] = None,
             progress: Any = None) -> Any:
@@ -249,6 +287,7 @@ def _make_class(facts: Description) -> Any:
         inspect.Parameter(item["name"], inspect.Parameter.KEYWORD_ONLY, default=item["default"])
         for item in facts["properties"] if _is_settable(item)])
     scope: Dict[str, Any] = {"__init__": __init__, "run": run, "__repr__": __repr__, "__slots__": (),
+                             "__getattr__": __getattr__, "__setattr__": __setattr__,
                              "__signature__": signature, "__doc__": documentation(facts, []), "__module__": "rix"}
     for place, item in enumerate(facts["properties"]):
         scope[item["name"]] = _make_property(item, place)

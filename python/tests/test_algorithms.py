@@ -107,8 +107,28 @@ def test_misspelt_names():
         rix.BoxFilter2d(kernel_siz_x=3)
     with pytest.raises(rix.RuleError, match="NoSuchClass"):
         rix.describe("NoSuchClass")
-    with pytest.raises(TypeError, match="kernel"):
-        rix.box_filter_2d(random_array(np.uint8), 3, 3, kernel=4)
+    image = random_array(np.uint8)
+    for call, meant in [(lambda: rix.box_filter_2d(image, 3, 3, kernel=4), "has no argument 'kernel'; did you mean 'kernel_"),
+                        (lambda: rix.gaussian_filter_2d(sigma=2), "no argument 'sigma'; did you mean 'standard_deviation_x'"),
+                        (lambda: rix.gaussian_filter_2d(image=image), "did you mean 'input_image'"),
+                        (lambda: rix.gaussian_filter_2d(image, output=image), "did you mean 'out'"),
+                        (lambda: rix.labeling_2d(image, qqqq=1), "it has input_object_image, .*progress"),
+                        (lambda: rix.gaussian_filter_2d(), "gaussian_filter_2d.. needs input_image"),
+                        (lambda: rix.gaussian_filter_2d(image, standard_deviation_x="2"), "a number is accepted")]:
+        with pytest.raises(TypeError, match=meant):
+            call()
+    for call in (lambda: rix.GaussianFilter2d().sigma, lambda: setattr(rix.GaussianFilter2d(), "sigma", 2)):
+        with pytest.raises(AttributeError, match="did you mean 'standard_deviation_x'"):
+            call()
+    with pytest.raises(AttributeError, match="setter"):
+        rix.LabelAnalysis().output_measurement = None  # a right name, but nothing to be set
+
+    class Noted(rix.BoxFilter2d):  # what others derive may have attributes of its own
+        pass
+
+    noted = Noted()
+    noted.sigma = 2
+    assert noted.sigma == 2 and list(inspect.signature(rix.labeling_2d).parameters)[0] == "input_object_image"
 
 
 def test_errors_belong_to_a_family_and_keep_the_whole_text():

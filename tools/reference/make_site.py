@@ -66,7 +66,10 @@ class Writer:
         comment = re.sub(r"@throws ", "\n\n**Throws** ", comment)
         comment = re.sub(r"@(param|tparam) (\w+)", r"\n\n`\2`:", comment)
         comment = re.sub(r"@return ", "\n\n**Returns** ", comment)
-        comment = re.sub(r"(?m)^(Cost:|Memory:)", r"\n**\1**", comment)
+        comment = re.sub(r"(?m)^(Cost:|Memory:|Method:)", r"\n**\1**", comment)
+        comment = re.sub(r"(?m)^(?=\*\*)", "\n", comment)
+        comment = re.sub(r"(?m)^( *)>", r"\1\>", comment)  # a comparison that was wrapped, no quotation
+        comment = re.sub(r"(`[^`]*`|\*\*|(?m:^)\* |(?<!\w)\*\w[\w ]*\*(?!\w))|\*", lambda found: found[1] or r"\*", comment)
 
         def link(match):
             name = match.group(1)

@@ -47,6 +47,11 @@ TEST(Suggestions, knowTheWordsOfTheField) {
     EXPECT_EQ(suggest("gaussian_blur", Names{"BoxFilter2d", "GaussianFilter3d", "GaussianFilter2d"}),
               (Names{"GaussianFilter2d", "GaussianFilter3d"}));
     EXPECT_EQ(suggest("sigma", Names{"input_image", "standard_deviation_x"}), Names{"standard_deviation_x"});
+    EXPECT_EQ(suggest("sigma", Names{"standardDeviationY", "standardDeviationX"}),
+              (Names{"standardDeviationX", "standardDeviationY"}))
+        << "one width elsewhere is one for each axis here";
+    EXPECT_EQ(suggest("8", Names{"CONNECTIVITY_4", "CONNECTIVITY_8"}), Names{"CONNECTIVITY_8"});
+    EXPECT_EQ(suggest("slic", Names{"Reslice3d", "Superpixels2d"}), (Names{"Superpixels2d", "Reslice3d"}));
     EXPECT_EQ(suggest("Box", Names{"BOX", "BALL"}), Names{"BOX"}) << "the name itself, in other letters";
 }
 
