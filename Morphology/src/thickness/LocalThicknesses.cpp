@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include <rix/access/Looks.h>
+#include <rix/access/Run.h>
 #include <rix/access/Steps.h>
 #include <rix/access/TemporaryImage.h>
 #include <rix/algorithms/InputMeaning.h>
@@ -58,6 +60,7 @@ public:
     Thickness(const DistanceTask& task, float* distances)
         : m_n{task.extents[COLUMNS], task.extents[ROWS], task.axes == 3 ? task.extents[PLANS] : 1},
           m_spacing(task.spacing),
+          m_perSpacing{1 / task.spacing[0], 1 / task.spacing[1], 1 / task.spacing[2]},
           m_distances(distances) {}
 
     static std::size_t voxels(const DistanceTask& task) {
@@ -65,13 +68,14 @@ public:
     }
     /// The most bytes that one holds.
     static std::size_t bytes(const DistanceTask& task, std::size_t threads) {
-        return voxels(task) * (sizeof(std::size_t) + sizeof(float)) +
-               threads * Scratch::held(task.extents[COLUMNS] * rowsOfBand(voxels(task) / task.extents[COLUMNS]) *
-                                       sizeof(std::uint32_t));
+        const std::size_t rows = voxels(task) / task.extents[COLUMNS];
+        return voxels(task) * sizeof(Centre) + ((rows - 1) / rowsOfPart + 1) * sizeof(std::size_t) +
+               std::max(Scratch::held(voxels(task)),
+                        threads * Scratch::held(task.extents[COLUMNS] * rowsOfBand(rows) * sizeof(std::uint32_t)));
     }
 
     void run(access::ExecutionContext& context) {
-        findCentres();
+        findCentres(context);
         // Bands of rows, so that no two threads write the same; each takes the balls from the largest down.
         const std::size_t rows = m_n[1] * m_n[2];
         const std::size_t height = rowsOfBand(rows);
@@ -85,34 +89,62 @@ private:
     /// Each band looks at all balls, so there are at most 16.
     static std::size_t rowsOfBand(std::size_t rows) { return std::max<std::size_t>(64, (rows - 1) / 16 + 1); }
 
+    /// A voxel and the radius of its ball.
+    struct Centre {
+        std::array<std::uint32_t, 3> at;
+        float radius;
+    };
+    static constexpr std::size_t rowsOfPart = 16;
+
     float at(std::size_t x, std::size_t row) const { return m_distances[row * m_n[0] + x]; }
 
     /// The voxels whose balls lie in that of no neighbour, the largest first.
-    void findCentres() {
-        access::Looks looks;
+    void findCentres(access::ExecutionContext& context) {
         const std::array<double, 27> lengths = lengthsToNeighbours();
-        const auto forEachCentre = [&](const auto& use) {
-            for (std::size_t row = 0; row < m_n[1] * m_n[2]; ++row) {
-                for (std::size_t x = 0; x < m_n[0]; ++x) {
-                    if (at(x, row) > 0 && !isWithinNeighbour(x, row, lengths)) {
-                        use(row * m_n[0] + x);
+        const std::size_t rows = m_n[1] * m_n[2];
+        const std::size_t parts = (rows - 1) / rowsOfPart + 1;
+        const Scratch memory(rows * m_n[0]);
+        auto* const isCentre = memory.as<std::uint8_t>();
+        access::CountedVector<std::size_t> counts(parts);
+        const auto forEachRow = [&](double nanosecondsPerVoxel, const auto& use) {
+            access::forEachPart(
+                context, parts, static_cast<double>(rowsOfPart * m_n[0]) * nanosecondsPerVoxel, [&](std::size_t part) {
+                    access::Looks looks;
+                    for (std::size_t row = part * rowsOfPart; row < std::min(rows, (part + 1) * rowsOfPart); ++row) {
+                        use(part, row);
+                        looks.add(m_n[0]);
                     }
-                }
-                looks.add(m_n[0]);
-            }
+                });
         };
-        std::size_t count = 0;
-        forEachCentre([&](std::size_t) { ++count; });
-        m_centres.reserve(count);
-        forEachCentre([&](std::size_t centre) { m_centres.push_back(centre); });
-        std::sort(m_centres.begin(), m_centres.end(), [&](std::size_t a, std::size_t b) {
-            looks.add(1);
-            return m_distances[a] != m_distances[b] ? m_distances[a] > m_distances[b] : a < b;
+        forEachRow(40, [&](std::size_t part, std::size_t row) {
+            std::size_t count = 0;
+            for (std::size_t x = 0; x < m_n[0]; ++x) {
+                const bool found = at(x, row) > 0 && !isWithinNeighbour(x, row, lengths);
+                isCentre[row * m_n[0] + x] = found ? 1 : 0;
+                count += found ? 1 : 0;
+            }
+            counts[part] += count;
         });
-        m_radii.reserve(count);
-        for (const std::size_t centre : m_centres) {
-            m_radii.push_back(m_distances[centre]);
+        std::size_t before = 0;
+        for (std::size_t& count : counts) {
+            before += std::exchange(count, before);
         }
+        access::resizeWithLooks(m_centres, before);
+        forEachRow(2, [&](std::size_t part, std::size_t row) {
+            for (std::size_t x = 0; x < m_n[0]; ++x) {
+                if (isCentre[row * m_n[0] + x] != 0) {
+                    m_centres[counts[part]++] = {
+                        {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(row % m_n[1]),
+                         static_cast<std::uint32_t>(row / m_n[1])},
+                        at(x, row)};
+                }
+            }
+        });
+        access::Looks looks;
+        std::sort(m_centres.begin(), m_centres.end(), [&](const Centre& a, const Centre& b) {
+            looks.add(1);
+            return a.radius > b.radius;
+        });
     }
 
     std::array<double, 27> lengthsToNeighbours() const {
@@ -145,7 +177,7 @@ private:
     }
 
     /// Gives voxels of some rows the first diameter that covers them: balls come from the largest down. What was given
-    /// one is skipped from then on (see `rest`).
+    /// one is skipped from then on.
     void paint(std::size_t firstRow, std::size_t lastRow) const {
         const std::size_t columns = m_n[0];
         const Scratch memory(columns * (lastRow - firstRow) * sizeof(std::uint32_t));
@@ -158,21 +190,19 @@ private:
         }
         for (std::size_t i = 0; i < m_centres.size() && left > 0; ++i) {
             looks.add(1);
-            const double radius = m_radii[i];
+            const double radius = m_centres[i].radius;
+            const auto [x, y, z] = m_centres[i].at;
+            const Range planes = rangeOf(z, firstRow / m_n[1], (lastRow - 1) / m_n[1], radius, 2);
             // Distances are rounded: a voxel that is just as far belongs to none, so that a ten-millionth counts for
             // none.
             constexpr double less = 1 - 1.0 / (1U << 22U);
             const double square = radius * radius * less;
-            const auto x = static_cast<double>(m_centres[i] % columns);
-            const std::size_t y = m_centres[i] / columns % m_n[1];
-            const std::size_t z = m_centres[i] / columns / m_n[1];
-            for (std::size_t plane = nearest(z, firstRow / m_n[1], (lastRow - 1) / m_n[1], radius, 2, true);
-                 plane <= nearest(z, firstRow / m_n[1], (lastRow - 1) / m_n[1], radius, 2, false); ++plane) {
+            for (std::size_t plane = planes.first; plane <= planes.last; ++plane) {
                 const std::size_t first = plane * m_n[1] < firstRow ? firstRow - plane * m_n[1] : 0;
                 const std::size_t last = std::min(m_n[1], lastRow - plane * m_n[1]) - 1;
                 const double dz = (static_cast<double>(plane) - static_cast<double>(z)) * m_spacing[2];
-                for (std::size_t row = nearest(y, first, last, radius, 1, true);
-                     row <= nearest(y, first, last, radius, 1, false); ++row) {
+                const Range rows = rangeOf(y, first, last, radius, 1);
+                for (std::size_t row = rows.first; row <= rows.last; ++row) {
                     const double dy = (static_cast<double>(row) - static_cast<double>(y)) * m_spacing[1];
                     const double rest = square - dy * dy - dz * dz;
                     if (rest < 0) {
@@ -189,18 +219,21 @@ private:
         }
     }
 
-    /// The first or last index from `first` to `last` that a ball may reach; behind `last` or before `first` where it
-    /// reaches none.
-    std::size_t nearest(std::size_t centre, std::size_t first, std::size_t last, double radius, std::size_t axis,
-                        bool isFirst) const {
-        const double reach = radius / m_spacing[axis];
+    /// Indices from the first to the last; none where the first lies behind the last.
+    struct Range {
+        std::size_t first;
+        std::size_t last;
+    };
+
+    /// Those from `first` to `last` that a ball may reach.
+    Range rangeOf(std::size_t centre, std::size_t first, std::size_t last, double radius, std::size_t axis) const {
         const auto middle = static_cast<double>(centre);
-        if (isFirst) {
-            const double lowest = std::max(std::ceil(middle - reach), static_cast<double>(first));
-            return lowest > static_cast<double>(last) ? last + 1 : static_cast<std::size_t>(lowest);
+        const double reach = radius * m_perSpacing[axis];
+        if (middle + reach < static_cast<double>(first) || middle - reach > static_cast<double>(last)) {
+            return {1, 0};
         }
-        const double highest = std::min(std::floor(middle + reach), static_cast<double>(last));
-        return highest < 0 ? 0 : static_cast<std::size_t>(highest);
+        return {static_cast<std::size_t>(std::max(std::ceil(middle - reach), static_cast<double>(first))),
+                static_cast<std::size_t>(std::min(std::floor(middle + reach), static_cast<double>(last)))};
     }
 
     /// @return how many voxels got the diameter
@@ -209,30 +242,34 @@ private:
         std::uint32_t* const skip = skips + (row - firstRow) * m_n[0];
         float* const out = m_distances + row * m_n[0];
         std::size_t count = 0;
-        for (std::size_t x = begin; x < end;) {
-            if (skip[x] == 0) {
-                out[x] = diameter;
-                ++count;
-                skip[x] = 1;
-                ++x;
-                continue;
+        const auto nextFrom = [&](std::size_t x) {
+            while (x < m_n[0] && skip[x] != 0) {
+                const std::size_t next = x + skip[x];
+                skip[x] += next < m_n[0] ? skip[next] : 0;  // later walks take two at once
+                x = next;
             }
-            // From a voxel that is done to the next that may not be, which later walks find at once.
-            std::size_t to = x;
-            while (to < m_n[0] && skip[to] != 0) {
-                to += skip[to];
+            return x;
+        };
+        for (std::size_t x = nextFrom(begin); x < end;) {
+            std::size_t last = x;
+            for (; last < end && skip[last] == 0; ++last) {
+                out[last] = diameter;
             }
-            skip[x] = static_cast<std::uint32_t>(to - x);
-            x = to;
+            count += last - x;
+            const std::size_t next = nextFrom(last);
+            for (; x < last; ++x) {
+                skip[x] = static_cast<std::uint32_t>(next - x);
+            }
+            x = next;
         }
         return count;
     }
 
     std::array<std::size_t, 3> m_n;
     std::array<double, 3> m_spacing;
+    std::array<double, 3> m_perSpacing;
     float* m_distances;
-    access::CountedVector<std::size_t> m_centres;
-    access::CountedVector<float> m_radii;
+    access::CountedVector<Centre> m_centres;
 };
 
 template <class Filter>
