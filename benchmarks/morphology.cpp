@@ -1,8 +1,10 @@
 // Erosion and opening with elements of growing extents, 1 and 2 threads, beside OpenCV, and the roof of copying the
 // image; then what floods: on hills with noise, and holes on smoothed noise. benchmarks/python_peers.py measures that
-// beside scikit-image and SciPy. Distances in the objects of smoothed noise, beside OpenCV, and by
-// benchmarks/python_peers.py.
+// beside scikit-image and SciPy. Branches of skeletons, thickness, sizes, patterns and hulls of smoothed noise.
+// Distances in the objects of smoothed noise, beside OpenCV, and by benchmarks/python_peers.py.
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 
@@ -14,19 +16,30 @@
 #include <rix/image/StridedImage.h>
 #include <rix/morphology/AreaOpening2d.h>
 #include <rix/morphology/AreaOpening3d.h>
+#include <rix/morphology/ConvexHullOfObjects2d.h>
 #include <rix/morphology/DistanceMap2d.h>
 #include <rix/morphology/DistanceMap3d.h>
 #include <rix/morphology/Erosion2d.h>
 #include <rix/morphology/Erosion3d.h>
 #include <rix/morphology/FillHoles2d.h>
 #include <rix/morphology/FillHoles3d.h>
+#include <rix/morphology/Granulometry2d.h>
+#include <rix/morphology/Granulometry3d.h>
 #include <rix/morphology/HMaxima2d.h>
 #include <rix/morphology/HMaxima3d.h>
+#include <rix/morphology/HitOrMiss2d.h>
+#include <rix/morphology/LocalThickness2d.h>
+#include <rix/morphology/LocalThickness3d.h>
 #include <rix/morphology/Opening2d.h>
+#include <rix/morphology/PruneSkeleton2d.h>
+#include <rix/morphology/PruneSkeleton3d.h>
 #include <rix/morphology/RegionalMaxima2d.h>
 #include <rix/morphology/RegionalMaxima3d.h>
 #include <rix/morphology/Skeleton2d.h>
 #include <rix/morphology/Skeleton3d.h>
+#include <rix/morphology/SkeletonGraph2d.h>
+#include <rix/morphology/SkeletonGraph3d.h>
+#include <rix/segmentation/Labeling2d.h>
 #include <rix/settings/Settings.h>
 
 #include "LabelingImages.h"
@@ -177,6 +190,92 @@ void registerFlood(const char* operation, bool isBinary, bool inSpace, int threa
         ->Unit(benchmark::kMillisecond);
 }
 
+/// What a run reads and writes beside the blobs.
+using Others = std::array<io::MemoryImage, 3>;
+
+/// @param setUp gives the filter its properties: `setUp(filter, blobs, others)`
+template <class Filter, class SetUp>
+void registerShapes(const char* operation, bool inSpace, int threads, const SetUp& setUp) {
+    benchmark::RegisterBenchmark((std::string("rix/") + operation + "/threads:" + std::to_string(threads)).c_str(),
+                                 [=](benchmark::State& state) {
+                                     const io::MemoryImage samples = imageNamed(inSpace ? "blobs3" : "blobs");
+                                     ImageHeader header = helper::headerOf(samples);
+                                     header.interpretation = RIX_BINARY;
+                                     if (inSpace) {
+                                         header.extents = {depth, depth, depth, 1, 1};
+                                     }
+                                     const StridedImage blobs(static_cast<const void*>(samples.getInternalBuffer()),
+                                                              header);
+                                     Others others;
+                                     Filter filter;
+                                     filter.settings().setMaximumNumberOfThreads(threads);
+                                     setUp(filter, blobs, others);
+                                     filter.run();
+                                     for (auto _ : state) {
+                                         filter.run();
+                                     }
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+/// A skeleton of the blobs, without branches of less than 10 voxels, or as a table.
+template <class Thin, class Prune, class Graph>
+void registerBranches(const char* suffix, bool inSpace, int threads) {
+    const auto thinned = [](const ImageModel& blobs, io::MemoryImage& lines) {
+        Thin thin;
+        thin.setInputObjectImage(&blobs);
+        thin.setOutputBinaryImage(&lines);
+        thin.run();
+        return &lines;
+    };
+    registerShapes<Prune>((std::string("prune_skeleton") + suffix).c_str(), inSpace, threads,
+                          [=](Prune& filter, const ImageModel& blobs, Others& others) {
+                              filter.setInputObjectImage(thinned(blobs, others[0]));
+                              filter.setOutputBinaryImage(&others[1]);
+                          });
+    registerShapes<Graph>((std::string("skeleton_graph") + suffix).c_str(), inSpace, threads,
+                          [=](Graph& filter, const ImageModel& blobs, Others& others) {
+                              filter.setInputObjectImage(thinned(blobs, others[0]));
+                          });
+}
+
+void registerAllShapes(int threads) {
+    using namespace morphology;
+    registerBranches<Skeleton2d, PruneSkeleton2d, SkeletonGraph2d>("", false, threads);
+    registerBranches<Skeleton3d, PruneSkeleton3d, SkeletonGraph3d>("3d", true, threads);
+    const auto measure = [](auto& filter, const ImageModel& blobs, Others& others) {
+        filter.setInputObjectImage(&blobs);
+        filter.setOutputImage(&others[0]);
+    };
+    registerShapes<LocalThickness2d>("local_thickness", false, threads, measure);
+    registerShapes<LocalThickness3d>("local_thickness3d", true, threads, measure);
+    const auto open = [](auto& filter, const ImageModel& blobs, Others&) { filter.setInputImage(&blobs); };
+    registerShapes<Granulometry2d>("granulometry", false, threads, open);
+    registerShapes<Granulometry3d>("granulometry3d", true, threads, open);
+    registerShapes<HitOrMiss2d>(
+        "hit_or_miss", false, threads, [](HitOrMiss2d& filter, const ImageModel& blobs, Others& others) {
+            constexpr std::uint8_t corner[2][9] = {{0, 0, 0, 0, 1, 1, 0, 1, 1}, {1, 1, 0, 1, 0, 0, 0, 0, 0}};
+            for (std::size_t i = 0; i < 2; ++i) {
+                others[i] = randomImage(RIX_UINT8, 3, 3);
+                std::copy_n(corner[i], 9, others[i].getInternalBuffer());
+            }
+            filter.setInputObjectImage(&blobs);
+            filter.setInputForegroundElementImage(&others[0]);
+            filter.setInputBackgroundElementImage(&others[1]);
+            filter.setOutputBinaryImage(&others[2]);
+        });
+    registerShapes<ConvexHullOfObjects2d>("convex_hulls", false, threads,
+                                          [](ConvexHullOfObjects2d& filter, const ImageModel& blobs, Others& others) {
+                                              segmentation::Labeling2d labeling;
+                                              labeling.setInputObjectImage(&blobs);
+                                              labeling.setOutputLabelImage(&others[0]);
+                                              labeling.run();
+                                              filter.setInputLabelImage(&others[0]);
+                                              filter.setOutputLabelImage(&others[1]);
+                                          });
+}
+
 template <class Filter>
 void registerDistances(const char* operation, typename Filter::Metric metric, bool inSpace, bool inWorld, int threads) {
     benchmark::RegisterBenchmark((std::string("rix/") + operation + "/threads:" + std::to_string(threads)).c_str(),
@@ -273,6 +372,7 @@ void registerAll() {
         registerFlood<morphology::FillHoles3d>("fill_holes3d", true, true, threads);
         registerFlood<morphology::Skeleton2d>("skeleton", true, false, threads);
         registerFlood<morphology::Skeleton3d>("skeleton3d", true, true, threads);
+        registerAllShapes(threads);
         registerAllDistances(threads);
         registerRoof("copy", side * side, side * side, threads);
     }

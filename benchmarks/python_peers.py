@@ -343,6 +343,20 @@ def families():
             lambda threads: thin(mask, threads=threads), lambda: peer(mask))
         measure_distances = rix.distance_map_2d if dimensions == 2 else rix.distance_map_3d
         spaced = rix.Image(mask, spacing=dict(zip("xyz"[:dimensions], (0.7, 0.8, 2.5))))
+        sizes_of = rix.granulometry_2d if dimensions == 2 else rix.granulometry_3d
+        balls = [sum(axis ** 2 for axis in np.meshgrid(*[np.arange(-r, r + 1)] * dimensions)) <= r * r for r in (1, 2, 3)]
+        yield "shapes", text + " sizes", "scipy.ndimage.grey_opening, 3 times", (
+            lambda threads: sizes_of(grey, 3, threads=threads),
+            lambda: [ndimage.grey_opening(grey, footprint=ball).sum() for ball in balls])
+        if dimensions == 2:
+            corner = np.array([[0, 0, 0], [0, 1, 1], [0, 1, 1]], np.uint8)
+            outside = np.array([[1, 1, 0], [1, 0, 0], [0, 0, 0]], np.uint8)
+            yield "shapes", text + " hit", "scipy.ndimage.binary_hit_or_miss", (
+                lambda threads: rix.hit_or_miss_2d(mask, corner, outside, threads=threads),
+                lambda: ndimage.binary_hit_or_miss(mask, corner, outside))
+            yield "shapes", text + " hull", "skimage.morphology.convex_hull_image", (
+                lambda threads: rix.convex_hull_of_objects_2d(mask, threads=threads),
+                lambda: morphology.convex_hull_image(mask, offset_coordinates=False))
         far = {"out": {"output_nearest_image": False}}
         yield "distances", text, "scipy.ndimage.distance_transform_edt", (
             lambda threads: measure_distances(mask, threads=threads, **far),
@@ -404,8 +418,9 @@ def print_calls(program):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("families", nargs="*", metavar="FAMILY",
-                        help="measures, geometry, resampling, ranks, local, multi, slic, background, labeling, uniform, median, otsu, maxima, "
-                             "flood, holes, skeletons, distances, ways, regions; unless given, all")
+                        help="measures, geometry, resampling, ranks, local, multi, slic, background, labeling, uniform, "
+                             "median, otsu, maxima, flood, holes, skeletons, shapes, distances, ways, regions; unless "
+                             "given, all")
     parser.add_argument("--calls", metavar="PROGRAM", help="also compare calls on 64x64 with this program's runs")
     parser.add_argument("--seconds", type=float, default=0.2, help="for each time, at least")
     options = parser.parse_args()

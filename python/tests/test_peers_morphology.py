@@ -173,3 +173,37 @@ def test_skeletons():
         assert before == after
         assert ndimage.label(skeleton, full)[1] == ndimage.label(objects, full)[1]
         assert skeleton.sum() < 1.3 * (peer > 0).sum()
+
+
+def test_granulometry():
+    ndimage = pytest.importorskip("scipy.ndimage")
+    for shape, measure in (((60, 71), rix.granulometry_2d), ((14, 20, 17), rix.granulometry_3d)):
+        image = random_array("uint8", shape)
+        table = measure(image, 3)
+        sums = [image.sum()]
+        for radius in (1, 2, 3):
+            axes = np.meshgrid(*[np.arange(-radius, radius + 1)] * len(shape), indexing="ij")
+            ball = sum(axis ** 2 for axis in axes) <= radius ** 2
+            sums.append(ndimage.grey_opening(image, footprint=ball).sum(dtype=float))
+        np.testing.assert_array_equal(np.asarray(table["Sum"]), sums)
+        np.testing.assert_allclose(np.asarray(table["Share"]), -np.diff([*sums, 0]) / sums[0])
+
+
+def test_hit_or_miss():
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = random_array(bool, (60, 71))
+    foreground = np.array([[0, 1, 0], [0, 1, 1], [0, 0, 0]], np.uint8)
+    background = np.array([[0, 0, 0], [1, 0, 0], [1, 1, 0]], np.uint8)
+    found = np.asarray(rix.hit_or_miss_2d(image, foreground, background)).astype(bool)
+    expected = ndimage.binary_hit_or_miss(image, foreground, background)
+    # Beyond the edges theirs has background, ours neither.
+    np.testing.assert_array_equal(found[1:-1, 1:-1], expected[1:-1, 1:-1])
+    assert expected[1:-1, 1:-1].any()
+
+
+def test_convex_hull():
+    morphology = pytest.importorskip("skimage.morphology")
+    image = np.zeros((60, 70), np.uint8)
+    image[[5, 40, 52, 30, 31], [8, 3, 44, 66, 20]] = 1
+    found = np.asarray(rix.convex_hull_of_objects_2d(image)) > 0
+    np.testing.assert_array_equal(found, morphology.convex_hull_image(image, offset_coordinates=False))

@@ -26,7 +26,10 @@ const std::map<String, double> quickNumbers{
     {"numberOfObjects", 6.0}, {"searchRadius", 1.0},   {"kernelRadius", 2.0}, {"numberOfIterations", 3.0},
     {"sizeX", 43.0},          {"sizeY", 9.0},          {"sizeZ", 4.0},        {"angle", 25.0},
     {"maximumScale", 3.0},    {"numberOfScales", 2.0}, {"angleX", 10.0},      {"angleY", -15.0},
-    {"angleZ", 30.0},         {"scaleX", 1.25}};
+    {"angleZ", 30.0},         {"scaleX", 1.25},        {"maximumRadius", 2.0}};
+
+/// As many steps of a run, each of which takes longer than the one before.
+const std::set<String> numbersOfSteps{"maximumRadius"};
 
 /// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less, colours last.
 const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}, {37, 21, 1, 1, 3}};
@@ -98,8 +101,10 @@ std::vector<Example> withOtherNumbers(const Example& example) {
     const std::unique_ptr<BaseAlgorithm> algorithm = example.info->createInstance(nullptr);
     for (BaseProperty* const property : inputsOf(*algorithm)) {
         for (const double number : {2.0, 100.0}) {
-            if (holdsNumber(property) && !isExtent(property->getName())) {
-                examples.push_back(example.withNumber(property->getName(), number));
+            const String& name = property->getName();
+            if (holdsNumber(property) && !isExtent(name)) {
+                examples.push_back(
+                    example.withNumber(name, numbersOfSteps.count(name) != 0 ? std::min(number, 4.0) : number));
             }
         }
     }

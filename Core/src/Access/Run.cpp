@@ -38,12 +38,15 @@ void detail::runBlocks(ExecutionContext& context, const Plan& plan,
 
 void forEachPart(ExecutionContext& context, std::size_t count, double nanosecondsPerPart,
                  FunctionRef<void(std::size_t)> part) {
+    const bool small = static_cast<double>(count) * nanosecondsPerPart < smallWorkNanoseconds();
     const auto runPart = [&](std::size_t index) {
         context.throwIfCancelled();
         const RunOfThread runOfThread(context);
         part(index);
+        if (!small) {
+            context.blockDone(0);  // whoever waits for the run may ask for its end
+        }
     };
-    const bool small = static_cast<double>(count) * nanosecondsPerPart < smallWorkNanoseconds();
     BlockScheduler& scheduler = small ? serialScheduler() : context.scheduler();
     scheduler.forEach(count, runPart);
     context.throwIfCancelled();

@@ -20,6 +20,7 @@
 
 #include "distance/ChamferScans.h"
 #include "distance/DistancePasses.h"
+#include "distance/ExtentRule.h"
 #include "distance/SpacingRule.h"
 
 namespace rix::morphology {
@@ -29,32 +30,7 @@ namespace {
 template <class Filter>
 constexpr std::size_t axesOf = std::is_same_v<Filter, DistanceMap3d> ? 3 : 2;
 
-constexpr std::size_t mostVoxelsAlong = std::size_t{1} << 28;
 constexpr double mostNumberedVoxels = 4294967294.0;
-
-const char* const axisNames[] = {"columns", "rows", "planes"};
-
-/// No axis is too long.
-class RuleExtents : public Rules<Property<const ImageModel*>> {
-public:
-    explicit RuleExtents(std::size_t axes) : m_axes(axes) {}
-    bool isIndividual() const override { return true; }
-    void apply(Property<const ImageModel*>& property) override {
-        for (std::size_t axis = 0; axis < m_axes; ++axis) {
-            const std::size_t extent = property.get()->getNumOf(static_cast<Components>(axis));
-            if (extent > mostVoxelsAlong) {
-                rules::refuse(rules::parameterText(property) + " must have " + describe().substr(10) + '.',
-                              "It has " + std::to_string(extent) + ' ' + axisNames[axis] + '.');
-            }
-        }
-    }
-    String describe() const override {
-        return "must have at most " + std::to_string(mostVoxelsAlong) + " voxels along an axis";
-    }
-
-private:
-    std::size_t m_axes;
-};
 
 template <class Filter>
 DistanceTask taskOf(const Filter& filter, const ImageModel& image);

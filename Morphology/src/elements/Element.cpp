@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include <rix/access/Looks.h>
 #include <rix/access/Rows.h>
 #include <rix/image/ImageHeader.h>
 
@@ -135,8 +136,10 @@ Element Element::ofImage(const ImageModel& image) {
     Element element;
     const auto origin = [&](std::size_t axis) { return static_cast<std::int64_t>(extents[axis] / 2); };
     access::RowReader<double> reader(image);
+    access::Looks looks;
     for (std::size_t plane = 0; plane < extents[PLANS]; ++plane) {
         for (std::size_t row = 0; row < extents[ROWS]; ++row) {
+            looks.add(extents[COLUMNS]);
             const double* const samples = reader.read({{0, row, plane, 0, 0}, extents[COLUMNS]});
             for (std::size_t column = 0; column < extents[COLUMNS]; ++column) {
                 if (samples[column] == 0) {
@@ -155,6 +158,23 @@ Element Element::ofImage(const ImageModel& image) {
     }
     element.takeBounds();
     return element;
+}
+
+bool Element::isIn(const ImageModel& image) {
+    if (dynamic_cast<const HeaderImage*>(&image) != nullptr) {
+        return true;
+    }
+    const auto extents = helper::getExtents(image);
+    access::RowReader<double> reader(image);
+    for (std::size_t plane = 0; plane < extents[PLANS]; ++plane) {
+        for (std::size_t row = 0; row < extents[ROWS]; ++row) {
+            const double* const samples = reader.read({{0, row, plane, 0, 0}, extents[COLUMNS]});
+            if (std::any_of(samples, samples + extents[COLUMNS], [](double sample) { return sample != 0; })) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 Element Element::reflected() const {

@@ -31,6 +31,8 @@ public:
     static Element ofLine(const Offset& end);
     /// What is not 0; empty where there is no such voxel. Of a header without samples all that may be: the whole box.
     static Element ofImage(const ImageModel& image);
+    /// Whether that is not empty: reads up to the first voxel of it.
+    static bool isIn(const ImageModel& image);
 
     /// Turned around its origin.
     Element reflected() const;

@@ -79,7 +79,7 @@ public:
                               "It has " + std::to_string(image.getNumOf(axis)) + '.');
             }
         }
-        if (Element::ofImage(image).isEmpty()) {
+        if (!Element::isIn(image)) {
             rules::refuse(rules::parameterText(property) + " must have a voxel that is not 0.");
         }
     }

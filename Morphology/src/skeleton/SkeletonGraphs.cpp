@@ -62,7 +62,7 @@ void prune(Filter& filter, OptimLevelType level) {
         const BitImage skeleton(helper::getExtents(input));
         skeleton.pack(context, input, level);
         {
-            SkeletonPaths paths(skeleton, axesOf<Filter>, spacingOf(filter));
+            SkeletonPaths paths(context, skeleton, axesOf<Filter>, spacingOf(filter));
             access::CountedVector<std::size_t> taken;
             taken.reserve(paths.voxelCount());
             paths.forEachBranch([&](const SkeletonBranch& branch) {
@@ -85,9 +85,10 @@ void tabulate(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const ImageModel& input = *filter.getInputObjectImage();
     const Extents n = helper::getExtents(input);
+    const access::Steps steps(context, {0.2, 0.8});
     const BitImage skeleton(n);
     skeleton.pack(context, input, level);
-    SkeletonPaths paths(skeleton, axesOf<Filter>, spacingOf(filter));
+    SkeletonPaths paths(context, skeleton, axesOf<Filter>, spacingOf(filter));
     SkeletonGraphMsr& table = *filter.getOutputMeasurement();
     const bool inWorld = filter.getLengthUnit() == Filter::WORLD;
     table.reset(n[SEQUENCE] > 1, n[SPECTRAL_SERIES] > 1, inWorld ? input.getSpatialUnitName() : String());

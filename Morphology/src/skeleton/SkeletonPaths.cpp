@@ -5,12 +5,19 @@
 #include <cmath>
 
 #include <rix/access/Looks.h>
+#include <rix/access/Run.h>
 
 namespace rix::morphology {
 
-SkeletonPaths::SkeletonPaths(const BitImage& skeleton, std::size_t axes, const std::array<double, 3>& spacing)
-    : m_skeleton(skeleton), m_axes(axes), m_spacing(spacing), m_columns(skeleton.extents()[COLUMNS]) {
+SkeletonPaths::SkeletonPaths(access::ExecutionContext& context, const BitImage& skeleton, std::size_t axes,
+                             const std::array<double, 3>& spacing)
+    : m_skeleton(skeleton),
+      m_axes(axes),
+      m_spacing(spacing),
+      m_rest(skeleton.extents()),
+      m_columns(skeleton.extents()[COLUMNS]) {
     findVoxels();
+    findDegrees(context);
     findNodes();
 }
 
@@ -20,7 +27,8 @@ std::size_t SkeletonPaths::bytes(const Extents& extents) {
     const std::size_t ofVoxel = 4 * sizeof(std::size_t) + 1 + sizeof(Node);
     const std::size_t words =
         (extents[COLUMNS] - 1) / BitImage::columnsPerChunk * BitImage::wordsPerChunk + BitImage::wordsPerChunk;
-    return rows * words * sizeof(std::size_t) + rows * extents[COLUMNS] * ofVoxel + access::Scratch::granularity;
+    return BitImage::bytes(extents) + rows * words * sizeof(std::size_t) + rows * extents[COLUMNS] * ofVoxel +
+           access::Scratch::granularity;
 }
 
 void SkeletonPaths::findVoxels() {
@@ -54,9 +62,9 @@ std::size_t SkeletonPaths::voxelAt(std::size_t row, std::size_t column) const {
            static_cast<std::size_t>(std::popcount(m_skeleton.row(row)[word] & below));
 }
 
-std::uint64_t SkeletonPaths::bitsAround(std::size_t row, std::size_t place, std::size_t column) const {
+std::uint64_t SkeletonPaths::bitsAround(const std::uint64_t* row, std::size_t place, std::size_t column) {
     // The words beside those of a row are zeros.
-    const std::uint64_t* const word = m_skeleton.row(row) + column / BitImage::bitsPerWord;
+    const std::uint64_t* const word = row + column / BitImage::bitsPerWord;
     const std::size_t bit = column % BitImage::bitsPerWord;
     std::uint64_t bits = bit > 0 ? *word >> (bit - 1) : *word << 1U | *(word - 1) >> 63U;
     if (bit == BitImage::bitsPerWord - 1) {
@@ -65,20 +73,38 @@ std::uint64_t SkeletonPaths::bitsAround(std::size_t row, std::size_t place, std:
     return bits & (place == 4 ? 5U : 7U);
 }
 
-std::size_t SkeletonPaths::degreeOf(std::size_t voxel) const {
-    const std::size_t column = columnOf(voxel);
-    std::size_t degree = 0;
-    m_skeleton.forEachRowAround(rowOf(voxel), m_axes, [&](std::size_t row, std::size_t place) {
-        degree += static_cast<std::size_t>(std::popcount(bitsAround(row, place, column)));
+void SkeletonPaths::findDegrees(access::ExecutionContext& context) {
+    m_degrees.resize(m_places.size());
+    constexpr std::size_t rowsOfPart = 16;
+    constexpr double nanosecondsPerVoxel = 10;
+    const std::size_t rows = m_skeleton.rows();
+    const auto voxelsBefore = [&](std::size_t row) {
+        return row < rows ? m_before[row * m_skeleton.words()] : m_places.size();
+    };
+    const std::size_t parts = (rows - 1) / rowsOfPart + 1;
+    const double voxelsOfPart = static_cast<double>(m_places.size()) / static_cast<double>(parts);
+    access::forEachPart(context, parts, voxelsOfPart * nanosecondsPerVoxel, [&](std::size_t part) {
+        access::Looks looks;
+        for (std::size_t row = part * rowsOfPart; row < std::min(rows, (part + 1) * rowsOfPart); ++row) {
+            const RowsAround around = m_skeleton.around(row, m_axes);
+            for (std::size_t voxel = voxelsBefore(row); voxel < voxelsBefore(row + 1); ++voxel) {
+                int degree = 0;
+                for (std::size_t place = 0; place < around.size(); ++place) {
+                    degree += std::popcount(bitsAround(around[place], place, columnOf(voxel)));
+                }
+                m_degrees[voxel] = static_cast<std::uint8_t>(degree);
+            }
+            std::copy_n(m_skeleton.row(row), m_skeleton.words(), m_rest.row(row));
+            looks.add(m_skeleton.words() / 4 + (voxelsBefore(row + 1) - voxelsBefore(row)) / 4 + 1);
+        }
     });
-    return degree;
 }
 
-SkeletonPaths::Neighbours SkeletonPaths::neighboursOf(std::size_t voxel) const {
+SkeletonPaths::Neighbours SkeletonPaths::neighboursOf(std::size_t voxel, const BitImage& set) const {
     Neighbours neighbours;
     const std::size_t column = columnOf(voxel);
-    m_skeleton.forEachRowAround(rowOf(voxel), m_axes, [&](std::size_t row, std::size_t place) {
-        for (std::uint64_t bits = bitsAround(row, place, column); bits != 0; bits &= bits - 1) {
+    set.forEachRowAround(rowOf(voxel), m_axes, [&](std::size_t row, std::size_t place) {
+        for (std::uint64_t bits = bitsAround(set.row(row), place, column); bits != 0; bits &= bits - 1) {
             neighbours.voxels[neighbours.count++] =
                 voxelAt(row, column + static_cast<std::size_t>(std::countr_zero(bits)) - 1);
         }
@@ -118,11 +144,6 @@ void SkeletonPaths::addToNode(std::size_t voxel, std::size_t node) {
 
 void SkeletonPaths::findNodes() {
     access::Looks looks;
-    m_degrees.reserve(m_places.size());
-    for (std::size_t voxel = 0; voxel < m_places.size(); ++voxel) {
-        m_degrees.push_back(static_cast<std::uint8_t>(degreeOf(voxel)));
-        looks.add(8);
-    }
     m_nodeOf.assign(m_places.size(), onPath);
     m_nodes.reserve(m_places.size());
     access::CountedVector<std::size_t> piece;
@@ -135,14 +156,19 @@ void SkeletonPaths::findNodes() {
         const std::size_t node = m_nodes.size();
         m_nodes.emplace_back();
         addToNode(voxel, node);
+        if (m_degrees[voxel] <= 2) {
+            continue;
+        }
+        m_rest.clear(rowOf(voxel), columnOf(voxel));
         piece.assign(1, voxel);
-        while (m_degrees[voxel] > 2 && !piece.empty()) {
-            const Neighbours neighbours = neighboursOf(piece.back());
+        while (!piece.empty()) {
+            const Neighbours neighbours = neighboursOf(piece.back(), m_rest);
             piece.pop_back();
             for (std::size_t i = 0; i < neighbours.count; ++i) {
                 const std::size_t other = neighbours.voxels[i];
-                if (m_degrees[other] > 2 && m_nodeOf[other] == onPath) {
+                if (m_degrees[other] > 2) {
                     addToNode(other, node);
+                    m_rest.clear(rowOf(other), columnOf(other));
                     piece.push_back(other);
                 }
             }
@@ -173,7 +199,7 @@ void SkeletonPaths::follow(std::size_t from, std::size_t to, SkeletonBranch& bra
         }
         m_nodeOf[to] = followed;
         branch.voxels.push_back(to);
-        const Neighbours neighbours = neighboursOf(to);
+        const Neighbours neighbours = neighboursOf(to, m_skeleton);
         const std::size_t next = neighbours.voxels[neighbours.voxels[0] == from ? 1 : 0];
         from = to;
         to = next;
@@ -200,7 +226,7 @@ void SkeletonPaths::forEachBranch(const std::function<void(const SkeletonBranch&
             use(branch);
             continue;
         }
-        const Neighbours neighbours = neighboursOf(voxel);
+        const Neighbours neighbours = otherNeighboursOf(voxel);
         for (std::size_t i = 0; i < neighbours.count; ++i) {
             const std::size_t other = neighbours.voxels[i];
             // From node to node at once is told of by the first, a line that was followed by the other end of it.
@@ -220,7 +246,7 @@ void SkeletonPaths::forEachBranch(const std::function<void(const SkeletonBranch&
             addToNode(voxel, m_nodes.size() - 1);
             startAt(voxel, branch);
             branch.voxels.push_back(voxel);
-            follow(voxel, neighboursOf(voxel).voxels[0], branch);
+            follow(voxel, neighboursOf(voxel, m_skeleton).voxels[0], branch);
             use(branch);
         }
     }

@@ -29,7 +29,8 @@ public:
     };
 
     /// @param spacing along which axes steps are how long
-    SkeletonPaths(const BitImage& skeleton, std::size_t axes, const std::array<double, 3>& spacing);
+    SkeletonPaths(access::ExecutionContext& context, const BitImage& skeleton, std::size_t axes,
+                  const std::array<double, 3>& spacing);
 
     /// The most bytes that it holds.
     static std::size_t bytes(const Extents& extents);
@@ -51,12 +52,17 @@ private:
     };
 
     void findVoxels();
+    void findDegrees(access::ExecutionContext& context);
     void findNodes();
     std::size_t voxelAt(std::size_t row, std::size_t column) const;
     /// The three voxels of a row around a column, without the column itself in the row of the voxel (place 4).
-    std::uint64_t bitsAround(std::size_t row, std::size_t place, std::size_t column) const;
-    std::size_t degreeOf(std::size_t voxel) const;
-    Neighbours neighboursOf(std::size_t voxel) const;
+    static std::uint64_t bitsAround(const std::uint64_t* row, std::size_t place, std::size_t column);
+    /// What of a set is around a voxel.
+    Neighbours neighboursOf(std::size_t voxel, const BitImage& set) const;
+    /// Its neighbours that are not of the same piece of voxels with three neighbours or more.
+    Neighbours otherNeighboursOf(std::size_t voxel) const {
+        return neighboursOf(voxel, m_degrees[voxel] > 2 ? m_rest : m_skeleton);
+    }
     double stepBetween(std::size_t from, std::size_t to) const;
     std::array<double, 3> positionOf(std::size_t voxel) const;
     void addToNode(std::size_t voxel, std::size_t node);
@@ -69,6 +75,7 @@ private:
     const BitImage& m_skeleton;
     std::size_t m_axes;
     std::array<double, 3> m_spacing;
+    BitImage m_rest;  ///< the skeleton without what belongs to pieces of voxels with three neighbours or more
     std::size_t m_columns;
     access::CountedVector<std::size_t> m_before;  ///< for each word the number of voxels before it
     access::CountedVector<std::size_t> m_places;  ///< row times columns plus column
