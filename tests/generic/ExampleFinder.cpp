@@ -22,10 +22,19 @@ const std::optional<double> candidateNumbers[] = {std::nullopt, std::nullopt, 3.
 
 /// In place of defaults with which a run takes long, most tests running an example many times, or with which it leaves
 /// images as they are: extents of a scaled image of which one grows, one shrinks and one changes little, and turns.
-const std::map<String, double> quickNumbers{
-    {"numberOfObjects", 6.0}, {"searchRadius", 1.0}, {"kernelRadius", 2.0}, {"numberOfIterations", 3.0},
-    {"sizeX", 43.0},          {"sizeY", 9.0},        {"sizeZ", 4.0},        {"angle", 25.0},
-    {"angleX", 10.0},         {"angleY", -15.0},     {"angleZ", 30.0},      {"scaleX", 1.25}};
+const std::map<String, double> quickNumbers{{"numberOfObjects", 6.0},
+                                            {"searchRadius", 1.0},
+                                            {"scale", 2.0},
+                                            {"kernelRadius", 2.0},
+                                            {"numberOfIterations", 3.0},
+                                            {"sizeX", 43.0},
+                                            {"sizeY", 9.0},
+                                            {"sizeZ", 4.0},
+                                            {"angle", 25.0},
+                                            {"angleX", 10.0},
+                                            {"angleY", -15.0},
+                                            {"angleZ", 30.0},
+                                            {"scaleX", 1.25}};
 
 /// Uneven, so that vectors have remainders; volumes first, for algorithms that take nothing less, colours last.
 const Extents candidateExtents[] = {{37, 21, 5, 1, 1}, {37, 21, 1, 1, 1}, {37, 21, 1, 1, 3}};
