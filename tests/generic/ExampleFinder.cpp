@@ -23,10 +23,10 @@ const std::optional<double> candidateNumbers[] = {std::nullopt, std::nullopt, 3.
 /// In place of defaults with which a run takes long, most tests running an example many times, or with which it leaves
 /// images as they are: extents of a scaled image of which one grows, one shrinks and one changes little, and turns.
 const std::map<String, double> quickNumbers{
-    {"numberOfObjects", 6.0}, {"searchRadius", 1.0},   {"kernelRadius", 2.0}, {"numberOfIterations", 3.0},
-    {"sizeX", 43.0},          {"sizeY", 9.0},          {"sizeZ", 4.0},        {"angle", 25.0},
-    {"maximumScale", 3.0},    {"numberOfScales", 2.0}, {"angleX", 10.0},      {"angleY", -15.0},
-    {"angleZ", 30.0},         {"scaleX", 1.25},        {"maximumRadius", 2.0}};
+    {"numberOfObjects", 6.0}, {"searchRadius", 1.0},   {"kernelRadius", 2.0},  {"numberOfIterations", 3.0},
+    {"sizeX", 43.0},          {"sizeY", 9.0},          {"sizeZ", 4.0},         {"angle", 25.0},
+    {"maximumScale", 3.0},    {"numberOfScales", 2.0}, {"angleX", 10.0},       {"angleY", -15.0},
+    {"angleZ", 30.0},         {"scaleX", 1.25},        {"maximumRadius", 2.0}, {"scale", 2.0}};
 
 /// As many steps of a run, each of which takes longer than the one before.
 const std::set<String> numbersOfSteps{"maximumRadius"};

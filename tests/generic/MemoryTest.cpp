@@ -152,6 +152,8 @@ const WorstCase worstCases[] = {
      &hundredValues,
      false,
      {{"rangeMode", 1.0}, {"inputMinimum", 0.1}, {"inputMaximum", 0.9}}},
+    {"TensorVoting2d", {.voxelType = RIX_UINT16, .extents = {500, 400, 1, 1, 1}}, &everyClass},
+    {"TensorVoting3d", {.voxelType = RIX_UINT16, .extents = {60, 50, 40, 1, 1}}, &everyClass},
 };
 
 std::unique_ptr<Subject> makeWorstCase(const Example& example) {
