@@ -168,6 +168,7 @@ docs_dir: pages
 use_directory_urls: false
 theme:
   name: readthedocs
+  custom_dir: {pathlib.Path(__file__).resolve().parent / "theme"}
   highlightjs: false
   include_homepage_in_sidebar: false
   navigation_depth: 3
