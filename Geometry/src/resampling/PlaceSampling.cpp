@@ -68,12 +68,6 @@ Plan cutTiles(const Extents& extents, const PlaceJob& job) {
     return plan;
 }
 
-/// The place of the first element of a row, on an axis.
-double startOf(const access::RegionMap& map, std::size_t axis, std::size_t row, std::size_t plane) {
-    const std::array<double, 4>& m = map.matrix[axis];
-    return (m[ROWS] * static_cast<double>(row) + m[PLANS] * static_cast<double>(plane)) + m[3];
-}
-
 /// The smallest place of a block on an axis, and the greatest: those of corners, since each rounding keeps the order of
 /// values.
 std::pair<double, double> placesOf(const Block& block, const access::RegionMap& map, std::size_t axis) {
@@ -83,8 +77,7 @@ std::pair<double, double> placesOf(const Block& block, const access::RegionMap& 
         const auto index = [&](Components i) {
             return (corner >> i & 1U) != 0 ? block.axes[i].end - 1 : block.axes[i].begin;
         };
-        const double place = map.matrix[axis][COLUMNS] * static_cast<double>(index(COLUMNS)) +
-                             startOf(map, axis, index(ROWS), index(PLANS));
+        const double place = map.place(axis, index(COLUMNS), index(ROWS), index(PLANS));
         low = std::min(low, place);
         high = std::max(high, place);
     }
@@ -139,7 +132,7 @@ private:
             row.first = static_cast<double>(place.column);
             row.count = block.columns().length();
             for (std::size_t axis = 0; axis < m_job.axes; ++axis) {
-                row.start[axis] = startOf(m_job.map, axis, place.row, place.plane);
+                row.start[axis] = m_job.map.start(axis, place.row, place.plane);
                 row.table[axis] = m_table ? m_table->at(place, axis) : nullptr;
             }
             use(row, place);

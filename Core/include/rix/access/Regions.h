@@ -17,10 +17,13 @@ struct RegionMap {
     /// The place on an axis (`COLUMNS`, `ROWS` or `PLANS`) of the input. Each rounding keeps the order of values, so
     /// that over a block the places of its corners are the extremes, as they are computed.
     double place(std::size_t axis, std::size_t column, std::size_t row, std::size_t plane) const {
+        return matrix[axis][0] * static_cast<double>(column) + start(axis, row, plane);
+    }
+
+    /// What the place of every element of a row has in common: kernels add the columns' part to it.
+    double start(std::size_t axis, std::size_t row, std::size_t plane) const {
         const std::array<double, 4>& m = matrix[axis];
-        return ((m[0] * static_cast<double>(column) + m[1] * static_cast<double>(row)) +
-                m[2] * static_cast<double>(plane)) +
-               m[3];
+        return (m[1] * static_cast<double>(row) + m[2] * static_cast<double>(plane)) + m[3];
     }
 };
 
