@@ -1,5 +1,5 @@
-// Eigenvalues and -vectors of symmetric matrices of 2 and 3 rows in closed form. Included once a pass by files of
-// kernels.
+// Eigenvectors of symmetric matrices of 2 and 3 rows in closed form, of which the eigenvalues are known: so these are
+// the same whether vectors are wanted or not. Included once a pass by files of kernels.
 
 #if defined(RIX_EDGE_EIGEN_SYSTEMS) == defined(HWY_TARGET_TOGGLE)
 #ifdef RIX_EDGE_EIGEN_SYSTEMS
@@ -15,68 +15,58 @@
 HWY_BEFORE_NAMESPACE();
 namespace rix::edge_detection::HWY_NAMESPACE {
 
-/// Eigenvalues that ascend by magnitude, with their vectors of length 1.
-struct EigenSystem {
-    double values[3];
-    double vectors[3][3];
-};
-
-/// Of {{a, b}, {b, c}}: the mean of both values, and half their difference; the vector of the greater one.
-struct PlaneSystem {
-    double mean;
-    double half;
-    double x;
-    double y;
-};
-HWY_INLINE PlaneSystem planeSystem(double a, double b, double c) {
-    const double d = 0.5 * (a - c);
-    const double half = __builtin_sqrt(d * d + b * b);
+/// Of {{a, b}, {b, c}}: the vector of the greater value; the other one is a quarter turn from it.
+HWY_INLINE void planeVector(double a, double b, double c, double& x, double& y) {
+    const double difference = 0.5 * (a - c);
+    const double sizeD = __builtin_fabs(difference);
+    const double sizeB = __builtin_fabs(b);
+    const double large = sizeD > sizeB ? sizeD : sizeB;
+    if (!(large > 0.0)) {
+        x = 1.0;
+        y = 0.0;
+        return;
+    }
+    // By the larger part, so that no square is too great or too small.
+    const double d = difference / large;
+    const double e = b / large;
+    const double half = __builtin_sqrt(d * d + e * e);
     // The longer of both expressions for the vector: nothing cancels in it.
-    const double x = d >= 0.0 ? half + d : b;
-    const double y = d >= 0.0 ? b : half - d;
+    x = d >= 0.0 ? half + d : e;
+    y = d >= 0.0 ? e : half - d;
     const double length = __builtin_sqrt(x * x + y * y);
-    const bool isRound = !(length > 0.0);
-    return {0.5 * (a + c), half, isRound ? 1.0 : x / length, isRound ? 0.0 : y / length};
+    x /= length;
+    y /= length;
 }
 
-/// Lets the first component that is not 0 be positive.
-HWY_INLINE void turn(double* vector, std::size_t n) {
+/// Writes a vector so that its first component that is not 0 is positive.
+HWY_INLINE void writeTurned(const double* vector, std::size_t n, double* out) {
     double sign = 1.0;
     for (std::size_t i = n; i-- > 0;) {
         sign = vector[i] != 0.0 ? (vector[i] < 0.0 ? -1.0 : 1.0) : sign;
     }
     for (std::size_t i = 0; i < n; ++i) {
-        vector[i] = vector[i] == 0.0 ? 0.0 : vector[i] * sign;
+        out[i] = vector[i] == 0.0 ? 0.0 : vector[i] * sign;
     }
 }
 
-HWY_INLINE bool isBefore(double a, double b) {
-    const double sizeA = __builtin_fabs(a);
-    const double sizeB = __builtin_fabs(b);
-    return sizeA < sizeB || (sizeA == sizeB && a < b);
-}
-
-HWY_INLINE void exchange(EigenSystem& system, std::size_t i, std::size_t k) {
-    if (isBefore(system.values[k], system.values[i])) {
-        const double value = system.values[i];
-        system.values[i] = system.values[k];
-        system.values[k] = value;
-        for (std::size_t a = 0; a < 3; ++a) {
-            const double part = system.vectors[i][a];
-            system.vectors[i][a] = system.vectors[k][a];
-            system.vectors[k][a] = part;
-        }
+/// How many of the values are below this one, of equal ones those before it.
+HWY_INLINE std::size_t rankOf(const double* values, std::size_t n, std::size_t i) {
+    std::size_t rank = 0;
+    for (std::size_t k = 0; k < n; ++k) {
+        rank += values[k] < values[i] || (k < i && !(values[i] < values[k])) ? 1 : 0;
     }
+    return rank;
 }
 
-HWY_INLINE EigenSystem eigenSystem2(double xx, double xy, double yy) {
-    const PlaneSystem plane = planeSystem(xx, xy, yy);
-    EigenSystem system{{plane.mean + plane.half, plane.mean - plane.half, 0.0},
-                       {{plane.x, plane.y, 0.0}, {-plane.y, plane.x, 0.0}, {0.0, 0.0, 0.0}}};
-    exchange(system, 0, 1);
-    turn(system.vectors[0], 2);
-    turn(system.vectors[1], 2);
-    return system;
+/// @param m xx, xy, yy  @param values that ascend by magnitude  @param vectors of length 1, in their order
+HWY_INLINE void eigenVectors2(const double* m, const double* values, double (*vectors)[3]) {
+    double x = 0.0;
+    double y = 0.0;
+    planeVector(m[0], m[1], m[2], x, y);
+    const double ascending[2][2] = {{-y, x}, {x, y}};
+    for (std::size_t i = 0; i < 2; ++i) {
+        writeTurned(ascending[rankOf(values, 2, i)], 2, vectors[i]);
+    }
 }
 
 HWY_INLINE void crossed(const double* a, const double* b, double* out) {
@@ -88,39 +78,30 @@ HWY_INLINE double dotted(const double* a, const double* b) {
     return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
-/// The value farthest from the others is the root of t^3 - 3 t = 2 r that lies by itself, found by Newton's steps from
-/// above, which approach it from one side; its vector is a cross product of rows, and what is left a plane's system (as
-/// D. Eberly, "A robust eigensolver for 3x3 symmetric matrices", 2014, divides the problem). So values that are equal
-/// or nearly so are as exact as others.
-/// @param m xx, xy, xz, yy, yz, zz
-HWY_INLINE EigenSystem eigenSystem3(const double* m) {
+/// The vector of the value farthest from the others is a cross product of rows, and what is left a matrix in the plane
+/// across it (as D. Eberly, "A robust eigensolver for 3x3 symmetric matrices", 2014, divides the problem). So vectors
+/// of values that are equal or nearly so are as exact as others.
+/// @param m xx, xy, xz, yy, yz, zz  @param values that ascend by magnitude  @param vectors of length 1, in their order
+HWY_INLINE void eigenVectors3(const double* m, const double* values, double (*vectors)[3]) {
+    double ascending[3][3] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
     double largest = 0.0;
     for (std::size_t i = 0; i < 6; ++i) {
         const double size = __builtin_fabs(m[i]);
-        largest = size > largest || size != size ? size : largest;
+        largest = size > largest ? size : largest;
     }
     const double scale = largest > 0.0 ? largest : 1.0;
-    const double a[3][3] = {{m[0] / scale, m[1] / scale, m[2] / scale},
-                            {m[1] / scale, m[3] / scale, m[4] / scale},
-                            {m[2] / scale, m[4] / scale, m[5] / scale}};
-    const double mean = (a[0][0] + a[1][1] + a[2][2]) / 3.0;
-    const double d[3] = {a[0][0] - mean, a[1][1] - mean, a[2][2] - mean};
-    const double outside = a[0][1] * a[0][1] + a[0][2] * a[0][2] + a[1][2] * a[1][2];
-    const double width = __builtin_sqrt((d[0] * d[0] + d[1] * d[1] + d[2] * d[2] + 2.0 * outside) / 6.0);
-    const double known = width == width ? mean : width;  // NaN anywhere makes all values NaN
-    EigenSystem system{{known, known, known}, {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
-    if (width > 1e-14) {
-        const double determinant = d[0] * (d[1] * d[2] - a[1][2] * a[1][2]) -
-                                   a[0][1] * (a[0][1] * d[2] - a[1][2] * a[0][2]) +
-                                   a[0][2] * (a[0][1] * a[1][2] - d[1] * a[0][2]);
-        const double r = 0.5 * determinant / (width * width * width);
-        const double size = __builtin_fabs(r);
-        const double right = 2.0 * (size < 1.0 ? size : 1.0);
-        double t = 2.0;
-        for (int i = 0; i < 6; ++i) {
-            t -= (t * (t * t - 3.0) - right) / (3.0 * (t * t - 1.0));
-        }
-        const double value = mean + (r < 0.0 ? -width : width) * t;
+    std::size_t ranks[3];
+    double known[3] = {};
+    for (std::size_t i = 0; i < 3; ++i) {
+        ranks[i] = rankOf(values, 3, i);
+        known[ranks[i]] = values[i] / scale;
+    }
+    if (known[2] - known[0] > 2e-14) {
+        const double a[3][3] = {{m[0] / scale, m[1] / scale, m[2] / scale},
+                                {m[1] / scale, m[3] / scale, m[4] / scale},
+                                {m[2] / scale, m[4] / scale, m[5] / scale}};
+        const bool isHighest = known[2] - known[1] > known[1] - known[0];
+        const double value = isHighest ? known[2] : known[0];
         const double rows[3][3] = {{a[0][0] - value, a[0][1], a[0][2]},
                                    {a[0][1], a[1][1] - value, a[1][2]},
                                    {a[0][2], a[1][2], a[2][2] - value}};
@@ -138,7 +119,7 @@ HWY_INLINE EigenSystem eigenSystem3(const double* m) {
             }
         }
         const double length = __builtin_sqrt(dotted(best, best));
-        double* const v = system.vectors[0];
+        double* const v = ascending[isHighest ? 2 : 0];
         for (std::size_t k = 0; k < 3; ++k) {
             v[k] = best[k] / length;
         }
@@ -152,31 +133,23 @@ HWY_INLINE EigenSystem eigenSystem3(const double* m) {
         crossed(v, u, w);
         double au[3];
         double aw[3];
-        double av[3];
         for (std::size_t i = 0; i < 3; ++i) {
             au[i] = dotted(a[i], u);
             aw[i] = dotted(a[i], w);
-            av[i] = dotted(a[i], v);
         }
-        const PlaneSystem plane = planeSystem(dotted(u, au), dotted(u, aw), dotted(w, aw));
-        system.values[0] = dotted(v, av);
-        system.values[1] = plane.mean + plane.half;
-        system.values[2] = plane.mean - plane.half;
+        double x = 0.0;
+        double y = 0.0;
+        planeVector(dotted(u, au), dotted(u, aw), dotted(w, aw), x, y);
+        double* const higher = ascending[isHighest ? 1 : 2];
+        double* const lower = ascending[isHighest ? 0 : 1];
         for (std::size_t k = 0; k < 3; ++k) {
-            system.vectors[1][k] = plane.x * u[k] + plane.y * w[k];
-            system.vectors[2][k] = plane.x * w[k] - plane.y * u[k];
+            higher[k] = x * u[k] + y * w[k];
+            lower[k] = x * w[k] - y * u[k];
         }
     }
-    for (double& value : system.values) {
-        value *= scale;
+    for (std::size_t i = 0; i < 3; ++i) {
+        writeTurned(ascending[ranks[i]], 3, vectors[i]);
     }
-    exchange(system, 0, 1);
-    exchange(system, 1, 2);
-    exchange(system, 0, 1);
-    for (auto& vector : system.vectors) {
-        turn(vector, 3);
-    }
-    return system;
 }
 
 }  // namespace rix::edge_detection::HWY_NAMESPACE

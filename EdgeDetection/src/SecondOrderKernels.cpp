@@ -14,15 +14,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace rix::edge_detection::HWY_NAMESPACE {
 
-template <std::size_t axes, class T>
-HWY_INLINE EigenSystem systemAt(const T* const* components, std::size_t x) {
-    double m[6] = {};
-    for (std::size_t i = 0; i < (axes == 3 ? 6 : 3); ++i) {
-        m[i] = static_cast<double>(components[i][x]);
-    }
-    return axes == 3 ? eigenSystem3(m) : eigenSystem2(m[0], m[1], m[2]);
-}
-
 /// Voxels whose eigenvalues are computed together; a multiple of all vectors.
 constexpr std::size_t piece = 64;
 
@@ -69,9 +60,35 @@ HWY_INLINE double coherenceOf(double greatest, double next) {
     return sum <= 0.0 ? 0.0 : ratio * ratio;
 }
 
+/// Writes the vectors of a voxel, and the angle of the last one.
 template <std::size_t axes, class T>
-void tensorValues(const T* const* components, const TensorRows<T>& rows, std::size_t count) {
+HWY_INLINE void writeVectors(const T* const* components, const TensorRows<T>& rows, std::size_t x,
+                             const double* values) {
+    double m[6] = {};
+    for (std::size_t i = 0; i < (axes == 3 ? 6 : 3); ++i) {
+        m[i] = static_cast<double>(components[i][x]);
+    }
+    double vectors[3][3];
+    if constexpr (axes == 3) {
+        eigenVectors3(m, values, vectors);
+    } else {
+        eigenVectors2(m, values, vectors);
+    }
+    for (std::size_t i = 0; i < axes && rows.vectors[0] != nullptr; ++i) {
+        for (std::size_t a = 0; a < axes; ++a) {
+            rows.vectors[i * axes + a][x] = static_cast<T>(vectors[i][a]);
+        }
+    }
+    if (rows.orientation != nullptr) {
+        const double* const v = vectors[axes - 1];
+        rows.orientation[x] = static_cast<T>(simd::HWY_NAMESPACE::arcTangent2Of(v[1], v[0]));
+    }
+}
+
+template <std::size_t axes, class T>
+void tensors(const T* const* components, const TensorRows<T>& rows, std::size_t count) {
     HWY_ALIGN double values[axes][piece];
+    const bool areVectorsWanted = rows.vectors[0] != nullptr || rows.orientation != nullptr;
     for (std::size_t begin = 0; begin < count; begin += piece) {
         const std::size_t n = count - begin < piece ? count - begin : piece;
         eigenValuesAt<axes>(components, begin, n, values);
@@ -87,34 +104,12 @@ void tensorValues(const T* const* components, const TensorRows<T>& rows, std::si
                 rows.coherence[begin + x] = static_cast<T>(coherenceOf(values[axes - 1][x], values[axes - 2][x]));
             }
         }
-    }
-}
-
-template <std::size_t axes, class T>
-void tensors(const T* const* components, const TensorRows<T>& rows, std::size_t count) {
-    if (rows.vectors[0] == nullptr && rows.orientation == nullptr) {
-        tensorValues<axes>(components, rows, count);
-        return;
-    }
-    for (std::size_t x = 0; x < count; ++x) {
-        const EigenSystem system = systemAt<axes>(components, x);
-        for (std::size_t i = 0; i < axes; ++i) {
-            if (rows.values[i] != nullptr) {
-                rows.values[i][x] = static_cast<T>(system.values[i]);
+        for (std::size_t x = 0; x < n && areVectorsWanted; ++x) {
+            double here[axes];
+            for (std::size_t i = 0; i < axes; ++i) {
+                here[i] = values[i][x];
             }
-            if (rows.vectors[0] != nullptr) {
-                for (std::size_t a = 0; a < axes; ++a) {
-                    rows.vectors[i * axes + a][x] = static_cast<T>(system.vectors[i][a]);
-                }
-            }
-        }
-        if (rows.coherence != nullptr) {
-            rows.coherence[x] = static_cast<T>(coherenceOf(system.values[axes - 1], system.values[axes - 2]));
-        }
-        if (rows.orientation != nullptr) {
-            const double* const v = system.vectors[axes - 1];
-            const double angle = simd::HWY_NAMESPACE::arcTangent2Of(v[1], v[0]);
-            rows.orientation[x] = static_cast<T>(angle);
+            writeVectors<axes>(components, rows, begin + x, here);
         }
     }
 }

@@ -123,10 +123,10 @@ std::size_t Tokens::rowBytes(const ImageModel& objects) {
 std::span<const Token> Tokens::near(std::size_t row, const access::Interval& columns, std::size_t reach) const {
     const Token* const begin = m_tokens.data() + m_firsts[row];
     const Token* const end = m_tokens.data() + m_firsts[row + 1];
-    const Token* const first = std::partition_point(
-        begin, end, [&](const Token& token) { return token.column + reach < columns.begin; });
-    return {first, std::partition_point(first, end,
-                                        [&](const Token& token) { return token.column < columns.end + reach; })};
+    const Token* const first =
+        std::partition_point(begin, end, [&](const Token& token) { return token.column + reach < columns.begin; });
+    return {first,
+            std::partition_point(first, end, [&](const Token& token) { return token.column < columns.end + reach; })};
 }
 
 void fillTokens(access::ExecutionContext& context, const ImageModel& objects, ImageModel& output) {

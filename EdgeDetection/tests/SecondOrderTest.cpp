@@ -95,6 +95,31 @@ TEST(HessianAnalyses, AreTheEigenSystemsOfTheMatrix) {
     EXPECT_THROW(filter.run(), RuleException);
 }
 
+template <class Filter, std::size_t planes>
+void expectValuesWithoutVectors(VoxelTypes type) {
+    io::MemoryImage image = makeRandomImage({.voxelType = type, .extents = {71, 19, planes, 1, 1}}, 8);
+    io::MemoryImage alone;
+    io::MemoryImage together;
+    io::MemoryImage vectors;
+    Filter filter;
+    filter.setInputImage(&image);
+    filter.setOutputEigenvaluesImage(&alone);
+    filter.run();
+    filter.setOutputEigenvaluesImage(&together);
+    filter.setOutputEigenvectorsImage(&vectors);
+    filter.run();
+    EXPECT_TRUE(imagesEqual(alone, together));
+}
+
+TEST(SecondOrder, ValuesAreTheSameWithAndWithoutVectors) {
+    for (const VoxelTypes type : {RIX_FLOAT32, RIX_FLOAT64}) {
+        expectValuesWithoutVectors<HessianAnalysis2d, 1>(type);
+        expectValuesWithoutVectors<HessianAnalysis3d, 7>(type);
+        expectValuesWithoutVectors<StructureTensor2d, 1>(type);
+        expectValuesWithoutVectors<StructureTensor3d, 7>(type);
+    }
+}
+
 TEST(StructureTensors, TellTheDirectionOfStripes) {
     for (const double angle : {0.0, 0.4, 1.1, -0.7, -1.4}) {
         const auto wave = [&](std::size_t x, std::size_t y, std::size_t z, std::size_t, std::size_t) {
