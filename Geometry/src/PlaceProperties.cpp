@@ -1,5 +1,7 @@
 #include "PlaceProperties.h"
 
+#include <algorithm>
+
 #include <rix/image/ImageDetails.h>
 #include <rix/properties/EnumInfo.h>
 #include <rix/rules/RuleSupport.h>
@@ -27,7 +29,8 @@ int degreeOf(PlaceInterpolation interpolation, const ImageModel& image) {
     if (interpolation == PlaceInterpolation::AUTOMATIC) {
         return isOfClasses(image) ? 0 : 1;
     }
-    return static_cast<int>(interpolation) - 1;
+    // Descriptions ask before rules have refused values that are none.
+    return std::clamp(static_cast<int>(interpolation), 1, 6) - 1;
 }
 
 void assertSpans(const ImageModel& image, const BaseProperty& property, std::size_t axes) {
