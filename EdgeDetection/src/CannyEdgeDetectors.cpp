@@ -7,6 +7,7 @@
 #include <rix/algorithms/InputMeaning.h>
 #include <rix/edge_detection/CannyEdgeDetector2d.h>
 #include <rix/edge_detection/CannyEdgeDetector3d.h>
+#include <rix/image/AxisPlaces.h>
 #include <rix/properties/EnumInfo.h>
 
 #include "CannyKernels.h"
@@ -201,7 +202,7 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
     table.hasChannels = extents[SPECTRAL_SERIES] > 1;
     table.hasPlanes = extents[PLANS] > 1;
     table.reset(before.back());
-    const Places worldOf(image);
+    const helper::AxisPlaces worldOf(image);
     forEachGradientRow<T>(
         filter.executionContext(), image, job, stepsOf(filter), level,
         [&](const GradientRows<T>& rows, const access::RowSegment& segment) {

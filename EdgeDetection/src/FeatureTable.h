@@ -7,6 +7,7 @@
 
 #include <rix/access/Blocks.h>
 #include <rix/edge_detection/FeaturesMsr.h>
+#include <rix/image/AxisPlaces.h>
 
 #include "Peaks.h"
 
@@ -76,7 +77,7 @@ void fillFeatures(FeaturesMsr& table, const ImageModel& image, const PlanesOf& p
         rows += each.size();
     }
     table.reset(rows);
-    const Places worldOf(image);
+    const helper::AxisPlaces worldOf(image);
     std::size_t i = 0;
     for (std::size_t plane = 0; plane < features.size(); ++plane) {
         for (const Peak& peak : features[plane]) {

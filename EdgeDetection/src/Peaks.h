@@ -8,31 +8,9 @@
 
 #include <rix/access/Looks.h>
 #include <rix/access/Scratch.h>
-#include <rix/image/ImageModel.h>
 
 /// Greatest values among their neighbours, and where they lie between them.
 namespace rix::edge_detection {
-
-/// Where the voxels of an image lie in the world; an image whose spacings are all 0 has voxels of the extent 1.
-class Places {
-public:
-    explicit Places(const ImageModel& image) {
-        bool isPlaced = false;
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            m_spacing[axis] = image.getSpacingOf(static_cast<Components>(axis));
-            m_origin[axis] = image.getOriginOf(static_cast<Components>(axis));
-            isPlaced = isPlaced || m_spacing[axis] != 0.0;
-        }
-        if (!isPlaced) {
-            m_spacing = {1.0, 1.0, 1.0};
-        }
-    }
-    double operator()(std::size_t axis, double index) const { return m_origin[axis] + m_spacing[axis] * index; }
-
-private:
-    std::array<double, 3> m_spacing{};
-    std::array<double, 3> m_origin{};
-};
 
 /// Where a parabola through three values one step apart is greatest, from the middle one: at most half a step.
 inline double parabolaOffset(double behind, double middle, double ahead) {

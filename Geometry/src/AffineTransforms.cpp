@@ -63,14 +63,7 @@ ImageHeader gridOf(const Transform& transform) {
     if (transform.getGrid() == TransformGrid::FIT) {
         header = fittingGrid(input, jobOf(transform));
     } else if (transform.getGrid() == TransformGrid::REFERENCE) {
-        const ImageHeader reference = placedHeader(*transform.getInputReferenceImage());
-        for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-            header.extents[axis] = reference.extents[axis];
-            header.spacing[axis] = reference.spacing[axis];
-            header.origin[axis] = reference.origin[axis];
-        }
-        header.spatialDirections = reference.spatialDirections;
-        header.spatialUnitName = reference.spatialUnitName;
+        takeGrid(header, placedHeader(*transform.getInputReferenceImage()));
     }
     header.spatialFrame = std::nullopt;
     return header;

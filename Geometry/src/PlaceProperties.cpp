@@ -25,6 +25,16 @@ ImageHeader placedHeader(const ImageModel& image) {
     return header;
 }
 
+void takeGrid(ImageHeader& header, const ImageHeader& from) {
+    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
+        header.extents[axis] = from.extents[axis];
+        header.spacing[axis] = from.spacing[axis];
+        header.origin[axis] = from.origin[axis];
+    }
+    header.spatialDirections = from.spatialDirections;
+    header.spatialUnitName = from.spatialUnitName;
+}
+
 int degreeOf(PlaceInterpolation interpolation, const ImageModel& image) {
     if (interpolation == PlaceInterpolation::AUTOMATIC) {
         return isOfClasses(image) ? 0 : 1;

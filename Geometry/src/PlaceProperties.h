@@ -11,6 +11,9 @@ namespace rix::geometry {
 /// The header with the spacings that count.
 ImageHeader placedHeader(const ImageModel& image);
 
+/// Gives a header the grid of another in space: extents, spacings, origin and directions of its three axes.
+void takeGrid(ImageHeader& header, const ImageHeader& from);
+
 /// The degree of what is between elements: 0 for the nearest.
 int degreeOf(PlaceInterpolation interpolation, const ImageModel& image);
 

@@ -64,14 +64,7 @@ private:
 template <class Warp>
 ImageHeader gridOf(const Warp& warp) {
     ImageHeader header = placedHeader(*warp.getInputImage());
-    const ImageHeader field = placedHeader(*warp.getInputDisplacementImage());
-    for (const Components axis : {COLUMNS, ROWS, PLANS}) {
-        header.extents[axis] = field.extents[axis];
-        header.spacing[axis] = field.spacing[axis];
-        header.origin[axis] = field.origin[axis];
-    }
-    header.spatialDirections = field.spatialDirections;
-    header.spatialUnitName = field.spatialUnitName;
+    takeGrid(header, placedHeader(*warp.getInputDisplacementImage()));
     header.spatialFrame = std::nullopt;
     return header;
 }

@@ -3,8 +3,7 @@
 #include <limits>
 #include <string>
 
-#include <unistd.h>
-
+#include <rix/devices/Cpu.h>
 #include <rix/rules/RuleSupport.h>
 #include <rix/settings/Settings.h>
 
@@ -26,10 +25,8 @@ Limit limitOf(const ImageModel* output) {
     if (output != nullptr && output->isOnDisk()) {
         return {none, "bytes can be counted."};
     }
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageBytes = ::sysconf(_SC_PAGESIZE);
-    return {pages > 0 && pageBytes > 0 ? static_cast<std::size_t>(pages) * static_cast<std::size_t>(pageBytes) : none,
-            "bytes are the memory of this machine."};
+    const std::size_t memory = devices::Cpu::memory();
+    return {memory != 0 ? memory : none, "bytes are the memory of this machine."};
 }
 
 }  // namespace

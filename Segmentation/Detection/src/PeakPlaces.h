@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include <rix/image/AxisPlaces.h>
 #include <rix/image/ImageModel.h>
 #include <rix/segmentation/PeaksMsr.h>
 
@@ -22,14 +23,7 @@ double topBetween(T behind, T at, T ahead) {
 /// Writes what is the same for all tables of points: the columns that there are, and where voxels lie in the world.
 class PeakPlaces {
 public:
-    PeakPlaces(const ImageModel& image, std::size_t axes) : m_image(image), m_hasPlanes(axes == 3) {
-        bool isPlaced = false;
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            m_spacing[axis] = image.getSpacingOf(static_cast<Components>(axis));
-            isPlaced = isPlaced || m_spacing[axis] != 0.0;
-        }
-        m_spacing = isPlaced ? m_spacing : std::array<double, 3>{1.0, 1.0, 1.0};
-    }
+    PeakPlaces(const ImageModel& image, std::size_t axes) : m_image(image), m_worldOf(image), m_hasPlanes(axes == 3) {}
 
     /// An empty table.
     void start(PeaksMsr& table, bool hasScales) const {
@@ -44,19 +38,15 @@ public:
     }
 
     void place(PeaksMsr& table, std::size_t row, const std::array<double, 3>& voxel) const {
-        table.positionX[row] = world(0, voxel[0]);
-        table.positionY[row] = world(1, voxel[1]);
-        table.positionZ[row] = world(2, voxel[2]);
+        table.positionX[row] = m_worldOf(0, voxel[0]);
+        table.positionY[row] = m_worldOf(1, voxel[1]);
+        table.positionZ[row] = m_worldOf(2, voxel[2]);
     }
 
 private:
-    double world(std::size_t axis, double voxel) const {
-        return m_image.getOriginOf(static_cast<Components>(axis)) + m_spacing[axis] * voxel;
-    }
-
     const ImageModel& m_image;
+    helper::AxisPlaces m_worldOf;
     bool m_hasPlanes;
-    std::array<double, 3> m_spacing{};
 };
 
 }  // namespace rix::segmentation

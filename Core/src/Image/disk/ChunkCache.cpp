@@ -3,8 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include <unistd.h>
-
+#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/settings/Settings.h>
 
@@ -16,17 +15,10 @@ namespace {
 
 constexpr const char* sizeKey = "RIX_DISK_CACHE_SIZE";
 
-std::size_t defaultBudget() {
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageSize = ::sysconf(_SC_PAGESIZE);
-    constexpr std::size_t unknown = std::size_t{1} << 30;
-    return pages > 0 && pageSize > 0 ? static_cast<std::size_t>(pages) / 4 * static_cast<std::size_t>(pageSize)
-                                     : unknown;
-}
-
 std::size_t currentBudget() {
-    const Settings& settings = globalSettings();
-    return settings.exists(sizeKey) ? settings.getValueAsSize_t(sizeKey, defaultBudget()) : defaultBudget();
+    constexpr std::size_t whereUnknown = std::size_t{1} << 30;
+    const std::size_t memory = devices::Cpu::memory();
+    return globalSettings().getValueAsSize_t(sizeKey, memory != 0 ? memory / 4 : whereUnknown);
 }
 
 /// Images may outlive static objects.

@@ -18,8 +18,6 @@ namespace {
 
 using Extents = DiskImage::Extents;
 
-thread_local String lastRefusal;
-
 /// Some 256 Ki elements: flat in planes, blocks in volumes, so that lines along every axis meet few of them.
 Extents usualChunk(const Extents& image) {
     return image[PLANS] == 1 ? Extents{1024, 256, 1, 1, 1} : Extents{128, 64, 32, 1, 1};
@@ -35,12 +33,11 @@ Extents chunkFor(const Extents& image, const Extents& wanted) {
 }
 
 /// How many chunks there are and how many bytes each has; false when the whole fits no file.
-bool measure(const ImageHeader& header, const Extents& chunk, Extents& counts, std::size_t& chunks,
+bool measure(const Extents& image, const Extents& chunk, std::size_t elementSize, Extents& counts, std::size_t& chunks,
              std::size_t& bytes) {
     for (std::size_t axis = 0; axis < counts.size(); ++axis) {
-        counts[axis] = header.extents[axis] / chunk[axis] + (header.extents[axis] % chunk[axis] != 0 ? 1 : 0);
+        counts[axis] = image[axis] / chunk[axis] + (image[axis] % chunk[axis] != 0 ? 1 : 0);
     }
-    const std::size_t elementSize = helper::getSizeOf(header.voxelType) * helper::getElementNumber(header.elementType);
     std::size_t all = 0;
     return elementSize != 0 && helper::multiplyExtents(counts, chunks) && helper::multiplyExtents(chunk, bytes) &&
            helper::checkedMultiply(bytes, elementSize, bytes) && helper::checkedMultiply(chunks, bytes, all) &&
@@ -67,10 +64,10 @@ DiskImage::~DiskImage() = default;
 bool DiskImage::open(std::unique_ptr<ChunkStore> store) {
     m_chunks.reset();
     m_chunk = m_isWritable ? chunkFor(m_header.extents, m_wantedChunk) : m_wantedChunk;
-    m_elementSize = helper::getSizeOf(m_header.voxelType) * helper::getElementNumber(m_header.elementType);
+    m_elementSize = helper::getElementSize(*this);
     std::size_t count = 0;
     std::size_t bytes = 0;
-    if (!measure(m_header, m_chunk, m_counts, count, bytes)) {
+    if (!measure(m_header.extents, m_chunk, m_elementSize, m_counts, count, bytes)) {
         return false;
     }
     if (count == 0) {
@@ -223,19 +220,3 @@ RawData DiskImage::getImageBuffer() {
 }
 
 }  // namespace rix::io
-
-namespace rix::helper {
-
-void noteRowRefusal(const String& reason) noexcept {
-    try {
-        io::lastRefusal = reason;
-    } catch (const std::bad_alloc&) {
-        io::lastRefusal.clear();
-    }
-}
-
-String takeRowRefusal() noexcept {
-    return std::exchange(io::lastRefusal, String());
-}
-
-}  // namespace rix::helper
