@@ -40,16 +40,6 @@ bool tryToUse(Chunk& chunk) {
     return false;
 }
 
-/// Whether nobody used it, and now nobody can.
-bool tryToTake(Chunk& chunk, std::int32_t from) {
-    return chunk.users.compare_exchange_strong(from, Chunk::busy, std::memory_order_acq_rel);
-}
-
-void leave(Chunk& chunk, std::int32_t state) {
-    chunk.users.store(state, std::memory_order_release);
-    chunk.users.notify_all();
-}
-
 }  // namespace
 
 ChunkCache& ChunkCache::ofProcess() noexcept {
@@ -58,7 +48,7 @@ ChunkCache& ChunkCache::ofProcess() noexcept {
 
 void ChunkCache::acquire(Chunk& chunk) {
     while (!tryToUse(chunk)) {
-        if (tryToTake(chunk, Chunk::absent)) {
+        if (chunk.take(Chunk::absent)) {
             load(chunk);
             return;
         }
@@ -95,13 +85,13 @@ void ChunkCache::load(Chunk& chunk) {
             const std::lock_guard lock(process::mutexOf(process::Lock::DiskCache));
             m_bytes -= bytes;
         }
-        leave(chunk, Chunk::absent);
+        chunk.leave(Chunk::absent);
         throw;
     }
     chunk.isChanged.store(false, std::memory_order_relaxed);
     chunk.elementsSet.store(0, std::memory_order_relaxed);
     chunk.wasUsed.store(true, std::memory_order_relaxed);
-    leave(chunk, 1);
+    chunk.leave(1);
 }
 
 void ChunkCache::makeRoom(std::unique_lock<std::mutex>& lock, std::size_t bytes, std::size_t budget) {
@@ -125,11 +115,11 @@ void ChunkCache::makeRoom(std::unique_lock<std::mutex>& lock, std::size_t bytes,
         }
         lock.lock();
         if (isKept) {
-            leave(*victim, 0);
+            victim->leave(0);
         } else {
             remove(*victim);
             m_bytes -= victim->image->m_bytes;
-            leave(*victim, Chunk::absent);
+            victim->leave(Chunk::absent);
         }
     }
 }
@@ -143,7 +133,7 @@ Chunk* ChunkCache::takeVictim() {
             const bool isRefused = isChanged && chunk.image->m_hasFailed.load(std::memory_order_relaxed);
             const bool isSpared = (chunk.wasUsed.exchange(false, std::memory_order_relaxed) && round == 0) ||
                                   (isChanged && !chunk.isWhole() && round < 2);
-            if (!isRefused && !isSpared && tryToTake(chunk, 0)) {
+            if (!isRefused && !isSpared && chunk.take(0)) {
                 return &chunk;
             }
             remove(chunk);

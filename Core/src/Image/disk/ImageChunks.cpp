@@ -1,6 +1,8 @@
 #include "Image/disk/ImageChunks.h"
 
 #include <chrono>
+#include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -28,9 +30,7 @@ ImageChunks::~ImageChunks() {
 }
 
 ImageChunks::Use::Use(ImageChunks& image, std::size_t index) : m_chunk(image.m_chunks[index]) {
-    if (image.m_generation != process::generation()) {
-        throw InvalidCall("An image on disk belongs to the process that this one was forked from.");
-    }
+    image.assertIsOfThisProcess();
     ChunkCache::ofProcess().acquire(m_chunk);
 }
 
@@ -48,12 +48,12 @@ String ImageChunks::failure() const {
     if (!m_hasFailed.load(std::memory_order_relaxed)) {
         return {};
     }
-    const std::lock_guard lock(m_failureMutex);
+    const std::lock_guard lock(process::mutexOf(process::Lock::DiskCache));
     return m_failure;
 }
 
 void ImageChunks::noteFailure(const String& message) noexcept {
-    const std::lock_guard lock(m_failureMutex);
+    const std::lock_guard lock(process::mutexOf(process::Lock::DiskCache));
     try {
         m_failure = message;
     } catch (const std::bad_alloc&) {
@@ -71,44 +71,47 @@ void ImageChunks::write(Chunk& chunk) {
     chunk.elementsSet.store(0, std::memory_order_relaxed);
 }
 
+void ImageChunks::writeIfChanged(Chunk& chunk) {
+    while (!chunk.take(0)) {
+        const std::int32_t users = chunk.users.load(std::memory_order_acquire);
+        if (users == Chunk::absent) {
+            return;
+        }
+        if (users == Chunk::busy) {
+            chunk.users.wait(Chunk::busy);
+        } else {
+            std::this_thread::sleep_for(std::chrono::microseconds(20));  // for as long as a row is copied
+        }
+    }
+    try {
+        if (chunk.isChanged.load(std::memory_order_relaxed)) {
+            write(chunk);
+        }
+    } catch (...) {
+        chunk.leave(0);
+        throw;
+    }
+    chunk.leave(0);
+}
+
 void ImageChunks::flush() {
+    assertIsOfThisProcess();
     {
-        const std::lock_guard lock(m_failureMutex);
+        const std::lock_guard lock(process::mutexOf(process::Lock::DiskCache));
         m_failure.clear();
         m_hasFailed.store(false, std::memory_order_relaxed);
     }
-    if (m_generation != process::generation()) {
-        throw WritingError("An image on disk belongs to the process that this one was forked from.");
-    }
     for (Chunk& chunk : m_chunks) {
-        for (bool isDone = false; !isDone;) {
-            std::int32_t users = 0;
-            if (chunk.users.compare_exchange_strong(users, Chunk::busy, std::memory_order_acq_rel)) {
-                const auto leave = [&] {
-                    chunk.users.store(0, std::memory_order_release);
-                    chunk.users.notify_all();
-                };
-                try {
-                    if (chunk.isChanged.load(std::memory_order_relaxed)) {
-                        write(chunk);
-                    }
-                } catch (...) {
-                    leave();
-                    throw;
-                }
-                leave();
-                isDone = true;
-            } else if (users == Chunk::busy) {
-                chunk.users.wait(Chunk::busy);
-            } else if (users > 0) {
-                std::this_thread::sleep_for(std::chrono::microseconds(20));  // for as long as a row is copied
-            } else {
-                isDone = true;
-            }
-        }
+        writeIfChanged(chunk);
     }
     if (const String again = failure(); !again.empty()) {
         throw WritingError(again);  // one that was given up meanwhile
+    }
+}
+
+void ImageChunks::assertIsOfThisProcess() const {
+    if (m_generation != process::generation()) {
+        throw WritingError("An image on disk belongs to the process that this one was forked from.");
     }
 }
 

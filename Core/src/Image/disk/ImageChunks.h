@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include <rix/String.h>
@@ -31,6 +30,13 @@ struct Chunk {
     Chunk* newer = nullptr;  ///< in the queue of the cache, while it is there
     Chunk* older = nullptr;
 
+    /// Makes it busy, where it was in this state: absent, or in memory without a user (0).
+    bool take(std::int32_t from) { return users.compare_exchange_strong(from, busy, std::memory_order_acq_rel); }
+    /// Leaves a busy chunk to those who wait for it.
+    void leave(std::int32_t state) {
+        users.store(state, std::memory_order_release);
+        users.notify_all();
+    }
     /// Whether all rows were written since.
     bool isWhole() const {
         return elementsSet.load(std::memory_order_relaxed) >= elements.load(std::memory_order_relaxed);
@@ -71,15 +77,16 @@ public:
 private:
     friend class ChunkCache;
 
+    void assertIsOfThisProcess() const;
     void write(Chunk& chunk);
+    void writeIfChanged(Chunk& chunk);
     void noteFailure(const String& message) noexcept;
 
     std::unique_ptr<ChunkStore> m_store;
     std::size_t m_bytes;
     unsigned m_generation;  ///< of the process by forks
     std::vector<Chunk> m_chunks;
-    mutable std::mutex m_failureMutex;
-    String m_failure;
+    String m_failure;  ///< with the lock of the disk cache
     std::atomic<bool> m_hasFailed{false};
 };
 
