@@ -6,6 +6,9 @@
 
 namespace rix::filtering::smoothing {
 
+/// Rough cost, for deciding whether threads pay and how long blocks take.
+inline constexpr double nanosecondsPerTap = 0.1;
+
 /// Row kernels for `float` and `double`. Every level computes the same bits: one multiplication and two additions a
 /// pair of taps, in one order, never fused.
 template <class T>

@@ -8,7 +8,6 @@
 
 #include <rix/access/LineBundles.h>
 #include <rix/access/RoundingRange.h>
-#include <rix/access/Scratch.h>
 #include <rix/access/Steps.h>
 #include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
@@ -19,15 +18,12 @@
 #include "GaussianKernels.h"
 #include "GaussianLines.h"
 #include "GaussianTaps.h"
+#include "GaussianVolumes.h"
+#include "RowList.h"
 
 namespace rix::filtering::smoothing {
 
 namespace {
-
-using access::Scratch;
-
-/// Rough cost, for deciding whether threads pay and how long blocks take.
-constexpr double nanosecondsPerTap = 0.1;
 
 access::BoxNeeds planeNeeds(std::size_t reachX, std::size_t reachY) {
     access::BoxNeeds needs;
@@ -40,20 +36,6 @@ access::BundleNeeds alongNeeds(const GaussianJob& job, std::size_t reach) {
     return {{reach, reach}, job.border, job.borderValue, nanosecondsPerTap * static_cast<double>(reach + 5)};
 }
 
-/// Some values of a thread: scratch memory, or where they are few this object's own, as rows may be short and many.
-template <class V>
-class RowList {
-public:
-    explicit RowList(std::size_t count) : m_memory(count > own ? Scratch(count * sizeof(V)) : Scratch()) {}
-    V& operator[](std::size_t i) { return data()[i]; }
-    V* data() { return m_memory.data() != nullptr ? m_memory.template as<V>() : m_own; }
-
-private:
-    static constexpr std::size_t own = 4096 / sizeof(V);
-    alignas(64) V m_own[own];
-    Scratch m_memory;
-};
-
 /// Integers hold nothing that is not finite, nor does what is made of them.
 bool mayBeWild(const ImageModel& input, const GaussianJob& job) {
     return access::contains(access::Floatings{}, input.getVoxelType()) || job.border == access::BorderPolicy::FIXED;
@@ -64,8 +46,9 @@ std::size_t finiteReach(double deviation) {
     return isRecursive(deviation) ? 0 : gaussianReach(deviation);
 }
 
-/// What is done, pass after pass: columns and rows by finite sums in one, every other axis in one of its own.
-enum class Pass : std::uint8_t { Planes, RecursiveX, RecursiveY, FiniteZ, RecursiveZ };
+/// What is done, pass after pass: finite sums along columns and rows in one, those of all three axes as well; every
+/// other axis in one of its own.
+enum class Pass : std::uint8_t { Volumes, Planes, RecursiveX, RecursiveY, FiniteZ, RecursiveZ };
 
 struct Passes {
     std::array<Pass, 4> passes{};
@@ -74,6 +57,10 @@ struct Passes {
 
     explicit Passes(const GaussianJob& job) {
         const auto& [x, y, z] = job.deviations;
+        if (x + y > 0 && finiteReach(z) > 0 && !isRecursive(x) && !isRecursive(y)) {
+            add(Pass::Volumes, 1.0);
+            return;
+        }
         if (finiteReach(x) > 0 || finiteReach(y) > 0 || (x == 0 && y == 0 && z == 0)) {
             add(Pass::Planes, static_cast<double>(finiteReach(x) + finiteReach(y) + 2));
         }
@@ -126,6 +113,7 @@ public:
 private:
     void runOne(Pass pass, const ImageModel& input, ImageModel& output) const {
         switch (pass) {
+            case Pass::Volumes: smoothVolumes<T>(m_context, input, output, m_job, m_level); return;
             case Pass::Planes: smoothPlanes(input, output); return;
             case Pass::FiniteZ: smoothAlong(input, output); return;
             case Pass::RecursiveX:
@@ -287,6 +275,7 @@ std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType,
         };
         std::size_t here = 0;
         switch (passes.passes[i]) {
+            case Pass::Volumes: here = volumeWorkingBytes(input, workBytes, job, threads); break;
             case Pass::Planes: here = planeWorkingBytes(input, workBytes, job, threads); break;
             case Pass::FiniteZ:
                 here = access::bundleMemory(narrowest, PLANS, workBytes,
