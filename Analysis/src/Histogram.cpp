@@ -52,6 +52,17 @@ void Histogram::addToClass(std::size_t index, std::uint64_t count) {
     m_counts[index] += count;
 }
 
+void Histogram::addToClasses(std::size_t first, std::span<const std::uint64_t> counts) {
+    if (counts.empty()) {
+        return;
+    }
+    checkIndex(first);
+    checkIndex(first + (counts.size() - 1));
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        m_counts[first + i] += counts[i];
+    }
+}
+
 void Histogram::addIntensity(double value, std::uint64_t count) {
     checkIndex(0);
     if (value >= m_classes.minimum && value <= m_classes.maximum) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <optional>
+#include <span>
 #include <type_traits>
 
 #include <rix/access/Joins.h>
@@ -118,6 +120,22 @@ std::size_t fillingMemory(const ImageModel& image, std::size_t classes, std::siz
 }
 
 void fillHistogram(const ValueCounts& values, math::Histogram& histogram) {
+    const double offset = values.first - histogram.getMinimum();
+    if (histogram.getBinSize() == 1.0 && std::floor(offset) == offset && std::abs(offset) < 0x1p31) {
+        // A class is a value; the end of the range belongs to the last one.
+        const auto classes = static_cast<std::int64_t>(histogram.getNbClasses());
+        const auto patterns = static_cast<std::int64_t>(values.counts.size());
+        const auto first = -static_cast<std::int64_t>(offset);  // the pattern of the first class
+        const std::int64_t begin = std::clamp<std::int64_t>(first, 0, patterns);
+        const std::int64_t end = std::clamp<std::int64_t>(first + classes, begin, patterns);
+        histogram.addToClasses(
+            static_cast<std::size_t>(begin - first),
+            std::span(values.counts).subspan(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)));
+        if (end == first + classes && end < patterns) {
+            histogram.addToClass(histogram.getNbClasses() - 1, values.counts[static_cast<std::size_t>(end)]);
+        }
+        return;
+    }
     for (std::size_t i = 0; i < values.counts.size(); ++i) {
         if (values.counts[i] > 0) {
             histogram.addIntensity(values.valueAt(i), values.counts[i]);

@@ -13,14 +13,16 @@ namespace rix::analysis {
 namespace {
 
 constexpr double nanosecondsPerVoxel = 0.3;
-/// Below this a table of all pairs or of all 16-bit values costs more than it saves.
-constexpr std::size_t fewVoxels = std::size_t{1} << 18;
+/// Below these a table of all pairs, or of all 16-bit values, costs more than it saves.
+constexpr std::size_t fewBytes = std::size_t{3} << 17;
+constexpr std::size_t fewWords = std::size_t{1} << 18;
 
 using SmallTypes = access::TypeList<std::uint8_t, std::int8_t, std::uint16_t, std::int16_t>;
 
 bool isSmall(const ImageModel& image) {
     std::size_t voxels = 0;
-    return helper::getElementCount(image, voxels) && voxels < fewVoxels;
+    return helper::getElementCount(image, voxels) &&
+           voxels < (helper::getSizeOf(image.getVoxelType()) == 1 ? fewBytes : fewWords);
 }
 
 /// Counts of the 256 bit patterns of a byte.
@@ -57,13 +59,19 @@ class BytePartial {
 public:
     void addRow(const std::uint8_t* row, std::size_t count) { countBytes(row, count, m_tables.data()); }
     void joinInto(std::uint64_t* counts) const {
-        for (std::size_t i = 0; i < m_tables.size(); ++i) {
-            counts[i % 256] += m_tables[i];
+        for (std::size_t i = 0; i < 256; ++i) {
+            std::uint64_t ofAll = 0;
+            for (std::size_t table = 0; table < tables; ++table) {
+                ofAll += m_tables[256 * table + i];
+            }
+            counts[i] += ofAll;
         }
     }
 
 private:
-    std::array<std::uint32_t, std::size_t{8} * 256> m_tables{};
+    static constexpr std::size_t tables = 8;
+
+    std::array<std::uint32_t, tables * 256> m_tables{};
 };
 
 class WordPartial {

@@ -58,6 +58,8 @@ public:
 
     /// Adds `count` values to a class. @throws InvalidCall as `getClassStart`.
     void addToClass(std::size_t index, std::uint64_t count);
+    /// Adds a number of values each to neighbouring classes. @throws InvalidCall as `getClassStart`, of the last one.
+    void addToClasses(std::size_t first, std::span<const std::uint64_t> counts);
     /// Counts a value `count` times; a value outside [minimum, maximum], and NaN, is ignored.
     void addIntensity(double value, std::uint64_t count = 1);
 
