@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/settings/Settings.h>
 
 #include "Chunks.h"
 #include "Metadata.h"
@@ -41,6 +43,27 @@ bool canOpenImage(const std::filesystem::path& path, const ReadOptions& options)
         const Codec& codec = codecOfPath(path, options);
         return codec.chunks != nullptr && codec.chunks->open != nullptr &&
                !(options.grey && becomesGrey(options, codec.chunks->open(path, options).info));
+    } catch (const Exception&) {
+        return false;
+    }
+}
+
+bool isForOpening(const std::filesystem::path& path, const ReadOptions& options) {
+    if (!canOpenImage(path, options)) {
+        return false;
+    }
+    if (codecOfFolder(path) != nullptr) {
+        return true;
+    }
+    const std::size_t cache = globalSettings().getValueAsSize_t("RIX_DISK_CACHE_SIZE", devices::Cpu::memory() / 4);
+    try {
+        const ImageFileInfo info = readImageInfo(path, options);
+        std::size_t bytes = helper::getSizeOf(info.voxelType);
+        bool fits = true;
+        for (const std::size_t extent : info.extents) {
+            fits = fits && helper::checkedMultiply(bytes, extent, bytes);
+        }
+        return !fits || bytes > cache;
     } catch (const Exception&) {
         return false;
     }

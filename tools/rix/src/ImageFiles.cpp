@@ -86,7 +86,7 @@ std::unique_ptr<ImageModel> openOrLoadImage(const fs::path& path) {
     auto opened = readThrough(path, [](const fs::path& readable, const io::ReadOptions& reading) {
         io::ReadOptions silent = reading;
         silent.warn = [](const String&) {};  // what is to be told is told once
-        return io::canOpenImage(readable, silent) ? io::openImage(readable, reading) : nullptr;
+        return io::isForOpening(readable, silent) ? io::openImage(readable, reading) : nullptr;
     });
     if (opened == nullptr) {
         return loadImage(path);

@@ -16,6 +16,10 @@ RIX_EXPORT bool isChunkedFileName(const std::filesystem::path& path);
 /// that is wanted as it is (no part of it, and not as a grey one). False, too, where nothing can be read.
 RIX_EXPORT bool canOpenImage(const std::filesystem::path& path, const ReadOptions& options = {});
 
+/// Whether an image that `openImage` takes is better left on disk: a folder of chunks always, one in a file when its
+/// samples take more than the cache of disk images ("RIX_DISK_CACHE_SIZE").
+RIX_EXPORT bool isForOpening(const std::filesystem::path& path, const ReadOptions& options = {});
+
 /// Opens an image on disk: samples are read when they are asked for, chunk by chunk, through the cache of the process.
 /// What the image is, is what `readImage` would give; its size is not limited, the size of its chunks is, by the
 /// options' `maximumImageSize` or RIX_MAXIMUM_IMAGE_SIZE, and by 2 GiB.
