@@ -84,7 +84,8 @@ void FileRun::makeOutputs() {
     for (const Image& image : m_images) {
         if (image.role != ImageRole::Input) {
             checkCanWrite(image.path);
-            auto made = std::make_unique<io::MemoryImage>();
+            std::unique_ptr<ImageModel> made =
+                image.role == ImageRole::Output ? makeImage(image.path) : std::make_unique<io::MemoryImage>();
             dynamic_cast<Property<ImageModel*>&>(*image.property).set(made.get());
             m_outputs.push_back({image.property->getName(), image.path, std::move(made)});
         }
@@ -130,13 +131,14 @@ void FileRun::run(InteractionInterface& interaction) {
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void FileRun::writeImages(const std::function<void(const std::string&)>& tell) const {
-    for (const Output& output : m_outputs) {
+void FileRun::writeImages(const std::function<void(const std::string&)>& tell) {
+    for (Output& output : m_outputs) {
         Interrupts::throwIfRequested();
+        output.header = helper::headerOf(*output.image);
+        const std::string described = helper::describeImage(*output.image);  // one on disk is gone when it is complete
         saveImage(output.path, *output.image);
         tell(output.property + " written to " +
-             (isStandardStream(output.path) ? "standard output" : output.path.string()) + ' ' +
-             helper::describeImage(*output.image) + '\n');
+             (isStandardStream(output.path) ? "standard output" : output.path.string()) + ' ' + described + '\n');
     }
 }
 
@@ -144,8 +146,8 @@ nlohmann::json FileRun::toJson() const {
     nlohmann::json images = nlohmann::json::object();
     for (const Output& output : m_outputs) {
         images[output.property] = {{"path", output.path.string()},
-                                   {"extents", helper::getExtents(*output.image)},
-                                   {"voxelType", helper::voxelTypesToString(output.image->getVoxelType())}};
+                                   {"extents", output.header.extents},
+                                   {"voxelType", helper::voxelTypesToString(output.header.voxelType)}};
     }
     nlohmann::json values = nlohmann::json::object();
     for (const Result& result : results()) {

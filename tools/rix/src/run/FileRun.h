@@ -39,7 +39,8 @@ public:
     struct Output {
         std::string property;
         std::filesystem::path path;
-        std::unique_ptr<io::MemoryImage> image;
+        std::unique_ptr<ImageModel> image;
+        ImageHeader header{};  ///< of what was written
     };
 
     /// Sets all values and looks at the places of outputs; no image is read.
@@ -53,7 +54,7 @@ public:
     void run(InteractionInterface& interaction);
     /// Every file is whole or not there. When one can't be written, those before it stay, and were told of.
     /// @param tell is given a line for each file
-    void writeImages(const std::function<void(const std::string&)>& tell) const;
+    void writeImages(const std::function<void(const std::string&)>& tell);
     const std::vector<Output>& outputs() const { return m_outputs; }
     std::vector<Result> results() const { return readResults(*m_algorithm); }
     /// Lines about what may not be expected; see `RunNotes`.
