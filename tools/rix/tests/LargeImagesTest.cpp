@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "ImageComparison.h"
 #include "ProgramFixture.h"
 
 namespace rix::cli {
@@ -68,6 +69,28 @@ TEST_F(LargeImages, TakeLabelsWithin) {
     EXPECT_EQ(io::readImageInfo(folder() / "a.zarr/labels/objects").interpretation, RIX_LABEL);
     EXPECT_EQ(rix({"run", "LabelAnalysis", "inputLabelImage=a.zarr/labels/objects", "measures=PixelCount"}).exitCode,
               0);
+}
+
+TEST_F(LargeImages, FitABudgetOrAreRefusedWithTheNumbers) {
+    const std::vector<std::uint8_t> samples(std::size_t{4000} * 3000, 5);
+    io::writeImage(folder() / "large.tif", makeImage<std::uint8_t>({4000, 3000, 1, 1, 1}, samples));
+    ASSERT_EQ(rix({"convert", "large.tif", "large.zarr"}).exitCode, 0);
+    const auto smooth = [&](const char* input, const char* output, const char* memory) {
+        return rix({"run", "GaussianFilter2d", std::string("inputImage=") + input, std::string("outputImage=") + output,
+                    "standardDeviationX=6", "standardDeviationY=6", "--memory", memory});
+    };
+    // 46 MiB of floats lie between the axes.
+    EXPECT_EQ(smooth("large.zarr", "b.zarr", "16M").exitCode, 0);
+    EXPECT_EQ(smooth("large.tif", "b.tif", "300M").exitCode, 0);
+    EXPECT_TRUE(test::imagesEqual(*io::readImage(folder() / "b.tif"), *io::readImage(folder() / "b.zarr"),
+                                  {.headers = test::ComparisonOptions::Headers::ExtentsAndTypes}));
+    const Ending refused = smooth("large.tif", "c.tif", "20M");
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.messages, HasSubstr("11.4 MiB for its inputs, 11.4 MiB for results"));
+    EXPECT_THAT(refused.messages, HasSubstr("--memory allows 20.0 MiB"));
+    EXPECT_EQ(smooth("large.tif", "c.tif", "8M").exitCode, 4);
+    EXPECT_EQ(smooth("large.tif", "c.tif", "much").exitCode, 2);
+    EXPECT_EQ(files(), (std::set<std::string>{"a.tif", "a.zarr", "b.tif", "b.zarr", "large.tif", "large.zarr"}));
 }
 
 }  // namespace

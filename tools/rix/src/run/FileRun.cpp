@@ -75,6 +75,10 @@ void FileRun::applyLimits(const FileRunRequest& request) {
     if (request.threads) {
         m_algorithm->settings().setMaximumNumberOfThreads(*request.threads);
     }
+    if (request.memory) {
+        m_memory.emplace(*request.memory);
+        m_memory->limitReading();
+    }
     if (!request.maxLevel.empty()) {
         m_algorithm->setMaxOptimLevel(levelFromOption(request.maxLevel));
     }
@@ -125,6 +129,9 @@ void FileRun::readInputs() {
 
 void FileRun::run(InteractionInterface& interaction) {
     readInputs();
+    if (m_memory) {
+        m_memory->fit(*m_algorithm);
+    }
     m_notes = RunNotes(*m_algorithm);
     const auto start = std::chrono::steady_clock::now();
     m_algorithm->run(&interaction);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -19,6 +20,7 @@
 #include "../Results.h"
 #include "../RunNotes.h"
 #include "../Targets.h"
+#include "MemoryBudget.h"
 
 namespace rix::cli {
 
@@ -28,8 +30,9 @@ struct FileRunRequest {
     std::vector<Assignment> assignments;  ///< images as paths
     Each each;
     std::optional<int> threads;
-    std::string maxLevel;         ///< empty for no limit
-    std::filesystem::path table;  ///< where the table goes that the run makes; empty for nowhere
+    std::optional<std::uint64_t> memory;  ///< bytes
+    std::string maxLevel;                 ///< empty for no limit
+    std::filesystem::path table;          ///< where the table goes that the run makes; empty for nowhere
 };
 
 /// One run of an algorithm on files, in steps, so that all that can go wrong early does.
@@ -81,6 +84,7 @@ private:
     ImageInputs m_inputs;
     std::vector<Output> m_outputs;
     double m_seconds = 0;
+    std::optional<MemoryBudget> m_memory;
     RunNotes m_notes;
 };
 
