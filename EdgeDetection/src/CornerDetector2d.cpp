@@ -126,7 +126,7 @@ void detect(CornerDetector2d& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const ImageModel& input = *filter.getInputImage();
     const access::Steps steps(context, {1.0, 2.0, 1.0});
-    access::TemporaryImage measures(input, access::voxelTypeOf<T>);
+    access::TemporaryMemory measures(input, access::voxelTypeOf<T>);
     static_cast<void>(measures.image().setInterpretation(RIX_VALUE));
     std::vector<FieldOutput> outputs{{&measures.image()}};
     if (filter.getOutputResponseImage() != nullptr) {
@@ -157,7 +157,7 @@ void detect(CornerDetector2d& filter, OptimLevelType level) {
         corners[i] = cornersOf(samples + i * plane, extents[COLUMNS], extents[ROWS], filter.getThreshold(), apart);
     });
     // The measures are done with: their memory takes the derivatives by x.
-    access::TemporaryImage other(input, access::voxelTypeOf<T>);
+    access::TemporaryMemory other(input, access::voxelTypeOf<T>);
     static_cast<void>(other.image().setInterpretation(RIX_VALUE));
     computeField<T>(context, {&input}, directionsOf(filter), {{&measures.image()}, {&other.image()}}, level,
                     [&](const T* const* components, T* const* outs, const access::RowSegment& segment) {
@@ -187,7 +187,7 @@ std::size_t memoryOf(const CornerDetector2d& filter) {
     }
     const ImageModel& input = *filter.getInputImage();
     const VoxelTypes type = fieldWorkType(input.getVoxelType());
-    const std::size_t image = access::TemporaryImage::bytes(input, type);
+    const std::size_t image = access::TemporaryMemory::bytes(input, type);
     std::size_t most = averagedProductsBytes(filter, images);
     if (filter.getOutputMeasurement() != nullptr) {
         const auto extents = helper::getExtents(input);

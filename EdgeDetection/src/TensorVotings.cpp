@@ -209,7 +209,7 @@ void voteByTransforms(Filter& filter, const VoteField& field, OptimLevelType lev
     fillTokens(context, input, tokens.image());
     std::deque<access::TemporaryImage> sums;
     {
-        access::TemporaryImage kernel(HeaderImage(kernelHeader<Filter>(filter.getScale())));
+        access::TemporaryMemory kernel(HeaderImage(kernelHeader<Filter>(filter.getScale())));
         const auto reach = static_cast<std::ptrdiff_t>(field.reach());
         const std::ptrdiff_t deep = ofVolumes<Filter> ? reach : 0;
         for (std::size_t entry = 0; entry < entries; ++entry) {
@@ -302,7 +302,7 @@ std::size_t memoryOf(const Filter& filter) {
         child.settings() = filter.settings();
         configure<Filter>(like, kernel, child);
         const std::size_t ofTransforms = (entriesOf<Filter> + 1) * access::TemporaryImage::bytes(like, RIX_FLOAT32) +
-                                         access::TemporaryImage::bytes(kernel, RIX_FLOAT32) +
+                                         access::TemporaryMemory::bytes(kernel, RIX_FLOAT32) +
                                          std::max(child.describe().extraMemory, threads * results);
         most = std::max(most, ofTransforms);
     }

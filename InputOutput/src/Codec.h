@@ -15,8 +15,11 @@ namespace rix::io {
 
 using helper::InterruptPoint;
 
+struct ChunkedAccess;
+
 /// One file format. To add a format is to write one file that defines a record like this, and to name the record in
 /// the table of Codecs.cpp.
+/// A format whose images are folders has no functions for files; what they do, its access to chunks does.
 struct Codec {
     const char* name;
     std::span<const char* const> extensions;  ///< lower case, without the dot; the usual one first
@@ -33,6 +36,7 @@ struct Codec {
     /// Whether it is proposed for an image that another format cannot hold: it keeps samples, and what reads it.
     bool proposed = true;
     bool hasQuality = false;
+    const ChunkedAccess* chunks = nullptr;
 };
 
 extern const Codec tiffCodec;
@@ -46,6 +50,7 @@ extern const Codec pnmCodec;
 extern const Codec bmpCodec;
 extern const Codec jpegCodec;
 extern const Codec rawCodec;
+extern const Codec zarrCodec;
 
 std::span<const Codec* const> codecs();
 
@@ -55,9 +60,25 @@ String listCodecs();
 /// Refuses the number of an image that is not among the images of a file. @throws LoadingError
 void checkSeries(const Selection& selection, std::size_t images);
 
+/// Refuses the number of a level that the pyramid of a file does not have. @throws LoadingError
+void checkLevel(const Selection& selection, std::size_t levels);
+
+/// The format that a folder is an image of; null for none.
+const Codec* codecOfFolder(const std::filesystem::path& path);
+/// The format whose extension the name ends with, the longest where several fit; null for none.
+const Codec* findCodecOfName(const std::filesystem::path& path);
+/// @throws WritingError for none
+const Codec& codecOfName(const std::filesystem::path& path);
+/// The format of a file, told from its content, unless the options tell. @throws LoadingError for none
+const Codec& codecOf(InputFile& file, const ReadOptions& options);
+/// Why a format cannot hold an image under the options; empty when it can.
+String refusalOf(const Codec& codec, const ImageModel& image, const WriteOptions& options);
+/// Whether the options make a grey image of an image.
+bool becomesGrey(const ReadOptions& options, const ImageHeader& image);
+
 /// Makes of a file's information what the caller asked for, and tells which part of the image that is.
 /// @throws LoadingError when the file does not have it, or it would take more memory than the caller allows
-Part applyOptions(const ReadOptions& options, ImageFileInfo& info);
+Part applyOptions(const ReadOptions& options, ImageFileInfo& info, bool inMemory = true);
 
 /// Tells the caller of something that is not understood, or refuses the file when nobody is told.
 /// @throws LoadingError

@@ -11,9 +11,9 @@
 namespace rix::io {
 
 std::span<const Codec* const> codecs() {
-    static constexpr std::array<const Codec*, 11> table{&tiffCodec,      &omeTiffCodec, &pngCodec, &nrrdCodec,
+    static constexpr std::array<const Codec*, 12> table{&tiffCodec,      &omeTiffCodec, &pngCodec, &nrrdCodec,
                                                         &metaImageCodec, &npyCodec,     &pnmCodec, &bmpCodec,
-                                                        &jpegCodec,      &niftiCodec,   &rawCodec};
+                                                        &jpegCodec,      &niftiCodec,   &zarrCodec, &rawCodec};
     return table;
 }
 
@@ -38,6 +38,7 @@ namespace {
 /// Formats that can rename axes have done so; of what remains, the names have to be those that the image has.
 void checkSelection(const Selection& selection, const ImageFileInfo& info) {
     checkSeries(selection, info.series);
+    checkLevel(selection, info.levels);
     for (const Components axis : {COLUMNS, ROWS, PLANS, SEQUENCE}) {
         const std::size_t extent = info.extents[static_cast<std::size_t>(axis)];
         const auto name = std::find_if(selection.axes.begin(), selection.axes.end(),
@@ -66,7 +67,16 @@ void checkSeries(const Selection& selection, std::size_t images) {
     }
 }
 
-Part applyOptions(const ReadOptions& options, ImageFileInfo& info) {
+void checkLevel(const Selection& selection, std::size_t levels) {
+    if (selection.level && *selection.level >= levels) {
+        throw LoadingError("The selection 'level=" + std::to_string(*selection.level) + "' is not in the file: it has " +
+                           (levels == 1 ? String("no smaller copies of the image, only level=0.")
+                                        : std::to_string(levels) + " levels, level=0 to level=" +
+                                              std::to_string(levels - 1) + '.'));
+    }
+}
+
+Part applyOptions(const ReadOptions& options, ImageFileInfo& info, bool inMemory) {
     checkSelection(options.selection, info);
     std::size_t samples = helper::getSizeOf(info.voxelType);
     for (const std::size_t extent : info.extents) {
@@ -83,7 +93,7 @@ Part applyOptions(const ReadOptions& options, ImageFileInfo& info) {
     for (const std::size_t extent : info.extents) {
         bytes *= extent;
     }
-    if (limit != 0 && bytes > limit) {
+    if (inMemory && limit != 0 && bytes > limit) {
         throw LoadingError("The samples of the image take " + std::to_string(bytes) + " bytes of memory; at most " +
                            std::to_string(limit) + " are allowed (RIX_MAXIMUM_IMAGE_SIZE).");
     }

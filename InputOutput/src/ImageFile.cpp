@@ -13,8 +13,9 @@
 #include <rix/filtering/color/ConvertColorSpace.h>
 #include <rix/image/ImageModelSizeProxy.h>
 
-#include "Codec.h"
+#include "Chunks.h"
 #include "Metadata.h"
+#include "NamingTheFile.h"
 #include "SampleRows.h"
 #include "raw/RawWords.h"
 
@@ -39,63 +40,6 @@ private:
     mutable InterruptPoint m_interrupt;
 };
 
-const Codec& codecOf(InputFile& file, const ReadOptions& options) {
-    if (options.selection.raw) {
-        return rawCodec;
-    }
-    std::array<std::uint8_t, 64> beginning{};
-    const std::size_t count = file.readAt(0, beginning.data(), beginning.size());
-    for (const Codec* codec : codecs()) {
-        if (codec->recognises({beginning.data(), count})) {
-            return *codec;
-        }
-    }
-    const String failure = file.failure();
-    if (!failure.empty()) {
-        throw LoadingError("Reading failed: " + failure + ".");
-    }
-    throw LoadingError("The content is of no format that is known. Known are " + listCodecs() +
-                       ". A file of samples without a header needs words that tell what they are: "
-                       "'a.raw[type=uint16,size=512x512x20]'.");
-}
-
-/// The format whose extension the name ends with, the longest where several fit; null for none.
-const Codec* findCodecOfName(const std::filesystem::path& path) {
-    String name = path.filename().string();
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    const Codec* found = nullptr;
-    std::size_t longest = 0;
-    for (const Codec* codec : codecs()) {
-        for (const std::string_view known : codec->extensions) {
-            const bool ends =
-                name.size() > known.size() + 1 && name.ends_with(known) && name[name.size() - known.size() - 1] == '.';
-            if (ends && known.size() > longest) {
-                found = codec;
-                longest = known.size();
-            }
-        }
-    }
-    return found;
-}
-
-const Codec& codecOfName(const std::filesystem::path& path) {
-    if (const Codec* codec = findCodecOfName(path)) {
-        return *codec;
-    }
-    const String extension = path.extension().string();
-    throw WritingError((extension.empty() ? "The name has no extension that tells the format."
-                                          : "The extension '" + extension + "' stands for no format that is known.") +
-                       String(" Known are ") + listCodecs() + '.');
-}
-
-String refusalOf(const Codec& codec, const ImageModel& image, const WriteOptions& options) {
-    if (options.quality != 0 && !codec.hasQuality) {
-        return String(codec.name) + " keeps samples as they are and has no quality to choose.";
-    }
-    return codec.refusal(image, options);
-}
-
 void refuseWhatDoesNotFit(const Codec& codec, const ImageModel& image, const WriteOptions& options) {
     const String reason = refusalOf(codec, image, options);
     if (reason.empty()) {
@@ -115,35 +59,6 @@ void refuseWhatDoesNotFit(const Codec& codec, const ImageModel& image, const Wri
     throw WritingError(reason + (list.empty() ? String(" No other format can hold it.") : list + '.'));
 }
 
-/// Runs `action` and adds to whatever it throws the level that names the file.
-template <class Action>
-auto namingTheFile(const String& level, Action&& action) {
-    try {
-        return action();
-    } catch (Exception& exception) {
-        exception.addInfoLevel(level);
-        throw;
-    } catch (const std::bad_alloc&) {
-        MemoryError error("There is not enough memory.");
-        error.addInfoLevel(level);
-        throw error;
-    }
-}
-
-String readingLevel(const std::filesystem::path& path) {
-    return "Cannot read the image file '" + path.string() + "'.";
-}
-
-String writingLevel(const std::filesystem::path& path) {
-    return "Cannot write the image file '" + path.string() + "'.";
-}
-
-/// Whether the options make a grey image of an image.
-bool becomesGrey(const ReadOptions& options, const ImageHeader& image) {
-    return options.grey && image.colorInterpretation == RGB && image.extents[SPECTRAL_SERIES] >= 3 &&
-           access::contains(access::Reals{}, image.voxelType);
-}
-
 std::unique_ptr<MemoryImage> greyOf(const MemoryImage& image) {
     using filtering::color::ConvertColorSpace;
     auto extents = helper::getExtents(image);
@@ -157,6 +72,30 @@ std::unique_ptr<MemoryImage> greyOf(const MemoryImage& image) {
     convert.setOutputImage(grey.get());
     convert.run();
     return grey;
+}
+
+std::unique_ptr<MemoryImage> readWith(const std::filesystem::path& path, const ReadOptions& options) {
+    if (const Codec* codec = codecOfFolder(path)) {
+        ChunkedImage image = codec->chunks->open(path, options);
+        return readChunks(image, options);
+    }
+    InputFile file(path);
+    return codecOf(file, options).read(file, options);
+}
+
+ImageFileInfo readInfoOf(const std::filesystem::path& path, const ReadOptions& options) {
+    if (const Codec* codec = codecOfFolder(path)) {
+        ImageFileInfo info = codec->chunks->open(path, options).info;
+        std::error_code error;
+        using Entries = std::filesystem::recursive_directory_iterator;
+        for (auto entry = Entries(path, error); !error && entry != Entries(); entry.increment(error)) {
+            const std::uint64_t bytes = entry->is_regular_file(error) ? entry->file_size(error) : 0;
+            info.fileBytes += error ? 0 : bytes;
+        }
+        return info;
+    }
+    InputFile file(path);
+    return codecOf(file, options).readInfo(file, options);
 }
 
 }  // namespace
@@ -183,8 +122,7 @@ bool isImageFileName(const std::filesystem::path& path) {
 
 std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const ReadOptions& options) {
     return namingTheFile(readingLevel(path), [&] {
-        InputFile file(path);
-        auto image = codecOf(file, options).read(file, options);
+        auto image = readWith(path, options);
         std::size_t count = 0;
         // A file may say binary of other values.
         if (image->getInterpretation() == RIX_BINARY && helper::getElementCount(*image, count)) {
@@ -196,8 +134,7 @@ std::unique_ptr<MemoryImage> readImage(const std::filesystem::path& path, const 
 
 ImageFileInfo readImageInfo(const std::filesystem::path& path, const ReadOptions& options) {
     return namingTheFile(readingLevel(path), [&] {
-        InputFile file(path);
-        ImageFileInfo info = codecOf(file, options).readInfo(file, options);
+        ImageFileInfo info = readInfoOf(path, options);
         applyOptions(options, info);
         if (becomesGrey(options, info)) {
             info.extents[SPECTRAL_SERIES] = 1;
@@ -220,8 +157,14 @@ void writeImage(const std::filesystem::path& path, const ImageModel& image, cons
     namingTheFile(writingLevel(path), [&] {
         const Codec& codec = codecOfName(path);
         refuseWhatDoesNotFit(codec, image, options);
+        const InterruptibleImage interruptible(image, options.interrupted);
+        if (codec.write == nullptr) {
+            const Extents chunk = usualChunks(helper::getExtents(image), codec.chunks->chunkFor(options));
+            writeChunks(*codec.chunks->create(path, helper::headerOf(image), chunk, options), chunk, interruptible);
+            return;
+        }
         OutputFile file(path);
-        codec.write(file, path, InterruptibleImage(image, options.interrupted), options);
+        codec.write(file, path, interruptible, options);
         file.commit();
     });
 }

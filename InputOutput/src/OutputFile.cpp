@@ -52,7 +52,8 @@ int descriptorOf(const std::filesystem::path& link) {
     return descriptor;
 }
 
-/// A name that begins with a dot, so that listings and patterns pass it over, and that doesn't grow with the target's.
+}  // namespace
+
 String temporaryName() {
     thread_local std::random_device source;
     const std::uint64_t number = (std::uint64_t{source()} << 32U) | source();
@@ -60,8 +61,6 @@ String temporaryName() {
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
     return ".rix-" + String(digits.data(), end) + ".tmp";
 }
-
-}  // namespace
 
 OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path) {
     refuseEmbeddedNul(path);

@@ -10,6 +10,10 @@
 
 namespace rix::io {
 
+/// A name for what is not complete yet. It begins with a dot, so that listings and patterns pass it over, and doesn't
+/// grow with the target's.
+String temporaryName();
+
 /// A file that gets its bytes only when it is complete.
 ///
 /// The bytes go to a temporary file first. `commit` brings them to the target; without `commit` nothing of it changes.

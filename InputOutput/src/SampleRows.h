@@ -9,6 +9,7 @@
 #include <rix/access/SampleCast.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/ImageModel.h>
+#include <rix/image/RowRefusals.h>
 
 namespace rix::io {
 
@@ -53,7 +54,7 @@ inline void readRow(const ImageModel& image, std::uint8_t* buffer, std::size_t c
     if (!image.readRowAt(count, buffer, column, row, plane, sequence, spectral)) {
         throw WritingError("The image does not give its row " + std::to_string(row) + " (plane " +
                            std::to_string(plane) + ", sequence " + std::to_string(sequence) + ", spectral series " +
-                           std::to_string(spectral) + ").");
+                           std::to_string(spectral) + "). " + helper::takeRowRefusal());
     }
     if (image.getInterpretation() == RIX_BINARY) {
         access::makeZeroOrOne(image.getVoxelType(), buffer, count);

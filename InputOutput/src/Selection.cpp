@@ -89,11 +89,11 @@ void parsePart(std::string_view part, Selection& selection, std::vector<String>&
     const String name = trimmed(part.substr(0, sign));
     const String value = sign == std::string_view::npos ? String() : trimmed(part.substr(sign + 1));
     const std::size_t axis = name.size() == 1 ? Letters.find(name.front()) : std::string_view::npos;
-    const bool known = axis != std::string_view::npos || name == "series" || name == "axes" || isRawWord(name);
+    const bool known = axis != std::string_view::npos || name == "series" || name == "level" || name == "axes" || isRawWord(name);
     if (sign == std::string_view::npos || !known) {
         refuseSelection(part,
-                        "means nothing. A selection has parts such as x=100:300, y=0:50, z=3, t=-1, c=0, series=1 and "
-                        "axes=tyx, with commas between; for a file without a header also type=uint16, size=512x512x20, "
+                        "means nothing. A selection has parts such as x=100:300, y=0:50, z=3, t=-1, c=0, series=1, "
+                        "level=2 and axes=tyx, with commas between; for a file without a header also type=uint16, size=512x512x20, "
                         "endian=big, offset=128, spacing=0.5x0.5x2, unit=mm, meaning=label and color=rgb.");
     }
     if (std::find(names.begin(), names.end(), name) != names.end()) {
@@ -104,6 +104,11 @@ void parsePart(std::string_view part, Selection& selection, std::vector<String>&
         selection.series = parseCount(value);
         if (!selection.series) {
             refuseSelection(part, "takes the number of an image in the file, from 0: series=1.");
+        }
+    } else if (name == "level") {
+        selection.level = parseCount(value);
+        if (!selection.level) {
+            refuseSelection(part, "takes the number of a level of the pyramid in the file, from 0: level=2.");
         }
     } else if (name == "axes") {
         selection.axes = parseAxes(part, value);

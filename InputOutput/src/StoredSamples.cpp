@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <charconv>
 #include <cstring>
 #include <limits>
 
@@ -77,6 +78,22 @@ std::optional<StoredType> storedTypeOf(StoredKind kind, std::size_t bytes) {
         }
     }
     return std::nullopt;
+}
+
+std::optional<StoredType> storedTypeOfLetters(std::string_view letters) {
+    std::size_t bytes = 0;
+    const char* const end = letters.data() + letters.size();
+    if (letters.size() < 2 || std::from_chars(letters.data() + 1, end, bytes).ptr != end) {
+        return std::nullopt;
+    }
+    switch (letters.front()) {
+        case 'b': return bytes == 1 ? std::optional(StoredType::UInt8) : std::nullopt;
+        case 'u': return storedTypeOf(StoredKind::Unsigned, bytes);
+        case 'i': return storedTypeOf(StoredKind::Signed, bytes);
+        case 'f': return storedTypeOf(StoredKind::Floating, bytes);
+        case 'c': return storedTypeOf(StoredKind::Complex, bytes);
+        default: return std::nullopt;
+    }
 }
 
 StoredType storedTypeOf(VoxelTypes type) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include <rix/image/ImageTypes.h>
 
@@ -31,6 +32,8 @@ enum class StoredKind : std::uint8_t { Unsigned, Signed, Floating, Complex };
 /// The type of a kind and a size in bytes of a sample; nothing when images have none for it.
 std::optional<StoredType> storedTypeOf(StoredKind kind, std::size_t bytes);
 StoredType storedTypeOf(VoxelTypes type);
+/// The type for which NumPy has a letter and a number of bytes, such as "u2" or "b1" (bool); nothing for others.
+std::optional<StoredType> storedTypeOfLetters(std::string_view letters);
 
 /// Bytes of a sample in the file.
 std::size_t bytesOf(StoredType type);

@@ -101,7 +101,7 @@ auto withBlur(const PhantomImage& phantom, const ImageModel& from, ImageModel& t
 std::size_t blurMemory(const PhantomImage& phantom) {
     const HeaderImage image(volumeOf(phantom));
     HeaderImage result;
-    return 2 * access::TemporaryImage::bytes(image, RIX_FLOAT32) + withBlur(phantom, image, result, [&](auto& filter) {
+    return 2 * access::TemporaryMemory::bytes(image, RIX_FLOAT32) + withBlur(phantom, image, result, [&](auto& filter) {
                filter.settings() = phantom.settings();
                return filter.describe().extraMemory;
            });
@@ -119,8 +119,8 @@ public:
     Blurred(PhantomImage& phantom, const ShapePainter& painter, OptimLevelType level) {
         const HeaderImage like(volumeOf(phantom));
         m_image.emplace(like);
-        access::TemporaryImage sharp(like);
-        for (access::TemporaryImage* const image : {&*m_image, &sharp}) {
+        access::TemporaryMemory sharp(like);
+        for (access::TemporaryMemory* const image : {&*m_image, &sharp}) {
             if (!helper::applyHeader(like.header(), image->image())) {
                 throw ResizeImageError("A temporary image of a phantom cannot be calibrated.");
             }
@@ -141,7 +141,7 @@ public:
     }
 
 private:
-    std::optional<access::TemporaryImage> m_image;
+    std::optional<access::TemporaryMemory> m_image;
 };
 
 void process(PhantomImage& phantom, OptimLevelType level) {

@@ -28,10 +28,10 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
         The most bytes that the image may take in memory; unless given, the setting RIX_MAXIMUM_IMAGE_SIZE.
     select
         The part to read, such as "c=0,z=10:20,x=100:300": letters of axes with an index or a range (first:last, without
-        the last; negative ones count from the end). "series=1" is an image among several of the file, "axes=tyx" says
-        what its axes are. Only that is read, and the origin moves with it. Brackets behind the path do the same:
-        "stack.tif[z=3]". A file without a header is read with words: "type=uint16,size=512x512x20,offset=128".
-        docs/selections.md tells more.
+        the last; negative ones count from the end). "series=1" is an image among several of the file, "level=2" a
+        smaller copy of its pyramid, "axes=tyx" says what its axes are. Only that is read, and the origin moves with it.
+        Brackets behind the path do the same: "stack.tif[z=3]". A file without a header is read with words:
+        "type=uint16,size=512x512x20,offset=128". docs/selections.md tells more.
     grey
         Read an RGB image as the grey one that `ConvertColorSpace` makes of it, of the same type and without opacity.
 
@@ -54,7 +54,7 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
 
 def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: Optional[str] = None,
             color_interpretation: Union[ColorInterpretation, str, None] = None, drop_metadata: bool = False,
-            quality: Optional[int] = None) -> Optional[str]:
+            quality: Optional[int] = None, pyramid: bool = False) -> Optional[str]:
     """Writes an image in the format that the extension of `path` names; docs/formats.md lists the formats.
 
     Nothing is converted: what the format can't hold is refused; JPEG alone changes samples. The file appears under its
@@ -72,6 +72,8 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
         Write an image also in a format that can't hold its calibration or meaning, without them.
     quality
         Of JPEG, from 1 to 100: less makes smaller files that differ more; unless given, 90.
+    pyramid
+        Write OME-Zarr with smaller copies of the picture, each of half its size.
 
     Returns None; for a .raw file, which has no header, what `imread` needs as `select` to read it.
 
@@ -84,7 +86,8 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
         image = Image(image, color_interpretation=color_interpretation, **given)
     if quality is not None and not 1 <= quality <= 100:
         raise RuleError(f"quality={quality}: it is a number from 1 to 100")
-    needed: str = _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata, quality or 0)
+    needed: str = _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata, quality or 0,
+                                   pyramid)
     return needed or None
 
 

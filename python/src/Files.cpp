@@ -79,12 +79,13 @@ py::object readFile(const std::string& path, const std::string& calibration, std
 }
 
 std::string writeFile(const std::string& path, py::handle image, const std::string& axes,
-                      const std::string& compression, bool dropMetadata, int quality) {
+                      const std::string& compression, bool dropMetadata, int quality, bool pyramid) {
     const GivenImage given = openInput(image, axes);
     io::WriteOptions options;
     options.compression = compressionOf(compression);
     options.dropMetadata = dropMetadata;
     options.quality = quality;
+    options.pyramid = pyramid;
     return interruptibly([&](const std::function<bool()>& interrupted) {
         options.interrupted = interrupted;
         io::writeImage(path, *given.image, options);

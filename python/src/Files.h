@@ -20,6 +20,6 @@ pybind11::object readFile(const std::string& path, const std::string& calibratio
 /// @return the selection that reads the file back; empty where none is needed
 /// @throws WritingError as `io::writeImage`, RefusedError for an unknown compression
 std::string writeFile(const std::string& path, pybind11::handle image, const std::string& axes,
-                      const std::string& compression, bool dropMetadata, int quality);
+                      const std::string& compression, bool dropMetadata, int quality, bool pyramid);
 
 }  // namespace rix::python

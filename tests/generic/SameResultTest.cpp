@@ -35,7 +35,7 @@ protected:
         return outcome.succeeded;
     }
 
-    /// Inputs and outputs of a storage; outputs in memory where the algorithm would have to shape them in several
+    /// Inputs and outputs of a storage, and where that is the disk, what lies between them as well; outputs in memory where the algorithm would have to shape them in several
     /// steps, which views refuse. None where an image cannot be stored so.
     static std::unique_ptr<Subject> makeStored(const Example& example, const InputImages& images,
                                                const Results& expected, Storage storage) {
@@ -43,6 +43,7 @@ protected:
         if (subject == nullptr || !subject->storeOutputs(expected, storage)) {
             return nullptr;
         }
+        subject->algorithm().settings().setValueAsBool("RIX_TEMPORARY_IMAGE_ON_DISK", storage == Storage::Disk);
         const Outcome outcome = runOnce(subject->algorithm());
         if (outcome.exceptionClass == "RuleException" && outcome.names("cannot be resized")) {
             subject->renewOutputs();

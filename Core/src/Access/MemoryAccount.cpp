@@ -4,6 +4,7 @@
 #include <string>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/settings/Settings.h>
 
 namespace rix::access {
 
@@ -25,6 +26,12 @@ void MemoryAccount::charge(std::size_t bytes) {
     std::size_t peak = m_peak.load(std::memory_order_relaxed);
     while (peak < before + bytes && !m_peak.compare_exchange_weak(peak, before + bytes, std::memory_order_relaxed)) {
     }
+}
+
+bool MemoryAccount::keepsImagesOnDisk(TemporaryUse use) const {
+    const auto isSet = [&](const char* key) { return m_settings->getValueAsBool(key, false); };
+    return m_settings != nullptr && (isSet("RIX_TEMPORARY_IMAGE_ON_DISK") ||
+                                     (use == TemporaryUse::Recursion && isSet("RIX_RECURSIVITY_TMP_DISK_IMAGE")));
 }
 
 std::shared_ptr<MemoryAccount> MemoryAccount::current() noexcept {

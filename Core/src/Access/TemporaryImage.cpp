@@ -7,6 +7,7 @@
 #include <rix/access/Steps.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/DiskImage.h>
 #include <rix/image/MemoryRefusals.h>
 #include <rix/image/SampleMemory.h>
 
@@ -29,20 +30,43 @@ private:
     Interpretations m_meaning;
 };
 
-}  // namespace
+bool liesOnDisk(TemporaryUse use) {
+    const std::shared_ptr<MemoryAccount> account = MemoryAccount::current();
+    return account != nullptr && account->keepsImagesOnDisk(use);
+}
 
-TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType) : m_charge(bytes(like, voxelType)) {
+void shape(ImageModel& image, const ImageModel& like, VoxelTypes voxelType) {
     const auto n = helper::getExtents(like);
     const helper::MemoryRefusals refusals;
-    if (!m_image.reserve(like.getElementType(), voxelType, n[0], n[1], n[2], n[3], n[4])) {
+    if (!image.reserve(like.getElementType(), voxelType, n[0], n[1], n[2], n[3], n[4])) {
         ResizeImageError error("The temporary image cannot be allocated or resized.");
         refusals.explain(error);
         throw error;
     }
-    m_image.setInterpretation(like.getInterpretation());
+    image.setInterpretation(like.getInterpretation());
 }
 
-std::size_t TemporaryImage::bytes(const ImageModel& like, VoxelTypes voxelType) {
+}  // namespace
+
+TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType, TemporaryUse use)
+    : m_charge(bytes(like, voxelType, use)) {
+    if (liesOnDisk(use)) {
+        m_image = std::make_unique<io::DiskImage>();
+    } else {
+        m_image = std::make_unique<io::MemoryImage>();
+    }
+    shape(*m_image, like, voxelType);
+}
+
+std::size_t TemporaryImage::bytes(const ImageModel& like, VoxelTypes voxelType, TemporaryUse use) {
+    return liesOnDisk(use) ? 0 : TemporaryMemory::bytes(like, voxelType);
+}
+
+TemporaryMemory::TemporaryMemory(const ImageModel& like, VoxelTypes voxelType) : m_charge(bytes(like, voxelType)) {
+    shape(m_image, like, voxelType);
+}
+
+std::size_t TemporaryMemory::bytes(const ImageModel& like, VoxelTypes voxelType) {
     const std::size_t elementSize = helper::getSizeOf(voxelType) * helper::getElementNumber(like.getElementType());
     std::size_t elements = 0;
     std::size_t size = 0;

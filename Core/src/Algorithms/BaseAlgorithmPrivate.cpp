@@ -164,6 +164,9 @@ void BaseAlgorithmPrivate::runGuarded(InteractionInterface* interaction) {
             // Asked here: without a limit it depends on the arena, and the worker is not in that of the caller.
             m_threads = limitIsParents ? parent->m_threads : hasWorker ? limiter.threads() : 1;
             internalRun();
+            if (parent == nullptr) {
+                m_known.flushOutputs(m_settings);
+            }
         });
     };
     if (!runsInCallersThread()) {
@@ -191,7 +194,8 @@ void BaseAlgorithmPrivate::openAccount(const BaseAlgorithmPrivate* parent) {
     if (parent != nullptr && parent->m_running) {
         m_account = parent->m_account;
     } else {
-        m_account = std::make_shared<access::MemoryAccount>(m_algorithm.getMaximumExtraMemoryUsageInBytes());
+        m_account =
+            std::make_shared<access::MemoryAccount>(m_algorithm.getMaximumExtraMemoryUsageInBytes(), &m_settings);
     }
 }
 

@@ -91,6 +91,9 @@ bool inputsHold(const BaseAlgorithm& algorithm) {
     }
 }
 
+AsInRun::AsInRun(const BaseAlgorithm& algorithm)
+    : m_account(std::make_shared<access::MemoryAccount>(0, &algorithm.settings())), m_scope(m_account) {}
+
 void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmDescription& description) {
     for (std::size_t i = 0; i < algorithm.getNumOfOutputProperties(); ++i) {
         const auto* const output = dynamic_cast<const Property<ImageModel*>*>(algorithm.getOutputProperty(i));

@@ -2,9 +2,11 @@
 
 #include <rix/algorithms/BaseAlgorithm.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/DiskImage.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
 #include <rix/rules/RuleSupport.h>
+#include <rix/settings/Settings.h>
 
 namespace rix::algorithms {
 
@@ -42,8 +44,11 @@ void KnownProperties::update(const BaseAlgorithm& algorithm) {
         }
     }
     for (const std::size_t count = algorithm.getNumOfOutputProperties(); m_seenOutputs < count; ++m_seenOutputs) {
-        if (const auto* const slot = dynamic_cast<const MeasurementSlot*>(algorithm.getOutputProperty(m_seenOutputs))) {
+        const BaseProperty* const output = algorithm.getOutputProperty(m_seenOutputs);
+        if (const auto* const slot = dynamic_cast<const MeasurementSlot*>(output)) {
             m_resultSlots.push_back(slot);
+        } else if (const auto* const image = dynamic_cast<const Property<ImageModel*>*>(output)) {
+            m_imageOutputs.push_back(image);
         }
     }
 }
@@ -58,6 +63,17 @@ void KnownProperties::refuseUnknownTypes() const {
                                     std::to_string(image->getElementType()) + ".");
             exception.addInfoLevel("Rule error in property " + input->getName());
             throw exception;
+        }
+    }
+}
+
+void KnownProperties::flushOutputs(const Settings& settings) const {
+    for (const Property<ImageModel*>* const output : m_imageOutputs) {
+        ImageModel* const image = output->get();
+        if (image != nullptr && image->isOnDisk() && settings.getValueAsBool("RIX_DISKIMAGE_FLUSH", false)) {
+            if (auto* const onDisk = dynamic_cast<io::DiskImage*>(image)) {
+                onDisk->flush();
+            }
         }
     }
 }

@@ -9,6 +9,7 @@ namespace rix {
 class BaseAlgorithm;
 class BaseProperty;
 class MeasurementSlot;
+class Settings;
 template <class T>
 class Property;
 
@@ -31,6 +32,11 @@ public:
     /// @throws RuleException that names the first input whose types are none of the library's
     void refuseUnknownTypes() const;
 
+    /// Writes what the outputs on disk hold in memory alone, where the setting "RIX_DISKIMAGE_FLUSH" asks for it: a run
+    /// that ended is on disk then, and one that cannot be written has failed.
+    /// @throws WritingError as `io::DiskImage::flush`
+    void flushOutputs(const Settings& settings) const;
+
     /// The outputs that hold result objects.
     const std::vector<const MeasurementSlot*>& resultSlots() const { return m_resultSlots; }
 
@@ -38,6 +44,7 @@ private:
     std::size_t m_seenInputs = 0;
     std::size_t m_seenOutputs = 0;
     std::vector<const Property<const ImageModel*>*> m_imageInputs;
+    std::vector<const Property<ImageModel*>*> m_imageOutputs;
     std::vector<const MeasurementSlot*> m_resultSlots;
 };
 

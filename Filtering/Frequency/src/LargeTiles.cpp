@@ -21,7 +21,7 @@ namespace {
 using access::Block;
 using access::BlockProgress;
 using access::Plan;
-using access::TemporaryImage;
+using access::TemporaryMemory;
 
 HeaderImage imageOf(const TileExtents& tile, bool spectrum) {
     return HeaderImage({.extents = {spectrum ? tile[0] / 2 + 1 : tile[0], tile[1], tile[2], 1, 1}});
@@ -93,7 +93,7 @@ private:
         }
     }
 
-    void transformInto(TemporaryImage& spectrum) {
+    void transformInto(TemporaryMemory& spectrum) {
         transformPlanesForward<Real>(m_context, m_samples.image(), spectrum.image(), {}, {.axis = ROWS});
         if (m_tiles.tile[2] > 1) {
             transformAcross<Real>(m_context, spectrum.image(), spectrum.image(), {.axis = PLANS});
@@ -135,9 +135,9 @@ private:
     access::ExecutionContext& m_context;
     const ConvolutionTiles& m_tiles;
     TileRows<Real> m_rows;
-    TemporaryImage m_samples;
-    TemporaryImage m_kernel;  ///< its transform
-    TemporaryImage m_spectrum;
+    TemporaryMemory m_samples;
+    TemporaryMemory m_kernel;  ///< its transform
+    TemporaryMemory m_spectrum;
     Real* m_tile;  ///< the samples
 };
 
@@ -160,8 +160,8 @@ std::size_t largeTileBytes(const ConvolutionTiles& tiles, std::size_t threads) {
     const HeaderImage samples = imageOf(tiles.tile, false);
     const HeaderImage spectrum = imageOf(tiles.tile, true);
     const std::size_t row = 4 * access::Scratch::held(std::max(tiles.tile[0], tiles.kernel[0]) * sizeof(double));
-    return TemporaryImage::bytes(samples, access::voxelTypeOf<Real>) +
-           2 * TemporaryImage::bytes(spectrum, access::voxelTypeOf<std::complex<Real>>) +
+    return TemporaryMemory::bytes(samples, access::voxelTypeOf<Real>) +
+           2 * TemporaryMemory::bytes(spectrum, access::voxelTypeOf<std::complex<Real>>) +
            access::Scratch::held(tiles.samples()) + threads * row +
            passBytes<Real>(samples, tiles.tile[0], tiles.tile[2] > 1 ? 3 : 2, threads);
 }

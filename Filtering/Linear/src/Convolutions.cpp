@@ -206,7 +206,7 @@ void roundInto(access::ExecutionContext& context, const ImageModel& sums, ImageM
 
 template <class Filter>
 void transform(Filter& filter, const ImageModel& input, const ConvolutionJob& job, OptimLevelType level) {
-    access::TemporaryImage kernel(HeaderImage(headerForFourier(job.kernel)));
+    access::TemporaryMemory kernel(HeaderImage(headerForFourier(job.kernel)));
     fillForFourier(job.kernel, kernel.image());
     ImageModel& output = *filter.getOutputImage();
     FourierConvolution<Filter> child;
@@ -269,7 +269,7 @@ std::size_t memoryOf(const Filter& filter) {
     configure(filter, input, kernel, child);
     const bool rounds = type != typeOfFourier(filter);
     child.setOutputImage(rounds ? nullptr : filter.getOutputImage());
-    const std::size_t ofTransforms = access::TemporaryImage::bytes(kernel, RIX_FLOAT64) + child.describe().extraMemory +
+    const std::size_t ofTransforms = access::TemporaryMemory::bytes(kernel, RIX_FLOAT64) + child.describe().extraMemory +
                                      (rounds ? access::TemporaryImage::bytes(input, typeOfFourier(filter)) : 0);
     // Integers are finite.
     return access::contains(access::Integers{}, input.getVoxelType()) ? ofTransforms : std::max(ofSums, ofTransforms);

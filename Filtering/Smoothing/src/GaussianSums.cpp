@@ -76,6 +76,9 @@ struct Passes {
         }
     }
 
+    /// What the image between passes is for: only recursions come in several.
+    static constexpr access::TemporaryUse use() { return access::TemporaryUse::Recursion; }
+
 private:
     static constexpr double recursiveCost = 20.0;
 
@@ -133,7 +136,7 @@ private:
         const access::Steps steps(m_context, std::span(passes.costs.data(), passes.count));
         std::optional<access::TemporaryImage> temporary;
         if (inPlace || output.getVoxelType() != access::voxelTypeOf<T>) {
-            temporary.emplace(output, access::voxelTypeOf<T>);
+            temporary.emplace(output, access::voxelTypeOf<T>, passes.use());
         }
         ImageModel& between = temporary.has_value() ? temporary->image() : output;
         const std::size_t last = passes.count - 1;
@@ -288,7 +291,7 @@ std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType,
         bytes = std::max(bytes, here);
     }
     if (passes.count > 1) {
-        bytes += inPlace || outputType != workType ? access::TemporaryImage::bytes(input, workType) : 0;
+        bytes += inPlace || outputType != workType ? access::TemporaryImage::bytes(input, workType, passes.use()) : 0;
     } else if (inPlace) {
         bytes += access::TemporaryImage::bytes(input, outputType);
     }

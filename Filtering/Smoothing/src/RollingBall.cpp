@@ -301,8 +301,8 @@ void roll(access::ExecutionContext& context, const ImageModel& input, ImageModel
     const BallSurface<T> surface(shape, input);
     const RollingBallKernels<T> kernels = rollingBallKernels<T>(level);
     const T side = shape.isAbove ? T{-1} : T{1};
-    access::TemporaryImage prepared(output, access::voxelTypeOf<T>);
-    access::TemporaryImage pressed(output, access::voxelTypeOf<T>);
+    access::TemporaryMemory prepared(output, access::voxelTypeOf<T>);
+    access::TemporaryMemory pressed(output, access::voxelTypeOf<T>);
     const access::Steps steps(context, {1.0, 100.0, 100.0});
     access::transformRows<T, T>(context, input, prepared.image(), nanosecondsPerCombination,
                                 [&](const T* in, T* out, std::size_t count) { kernels.prepare(in, side, out, count); });
@@ -353,7 +353,7 @@ std::size_t bytesOf(const ImageModel& input, const BallShape& shape, std::size_t
         access::Scratch::held(resultBytes<T>(columns)) + 2 * access::Scratch::held(columns * sizeof(T));
     const std::size_t pressing =
         (rows + Press<T>::bytes(surface)) * (plan.isSmall() ? 1 : std::min(threads, plan.blockCount()));
-    return surface.bytes() + 2 * access::TemporaryImage::bytes(input, access::voxelTypeOf<T>) +
+    return surface.bytes() + 2 * access::TemporaryMemory::bytes(input, access::voxelTypeOf<T>) +
            std::max(pressing + Strips<T>::bytes(input), convertedRowBytes(input, access::voxelTypeOf<T>, threads));
 }
 

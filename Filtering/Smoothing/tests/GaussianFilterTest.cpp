@@ -17,7 +17,9 @@
 #include <rix/exceptions/Exception.h>
 #include <rix/filtering/smoothing/GaussianFilter2d.h>
 #include <rix/filtering/smoothing/GaussianFilter3d.h>
+#include <rix/image/DiskImage.h>
 #include <rix/image/ImageModel3dWithFull2d.h>
+#include <rix/settings/Settings.h>
 
 #include "BoxReference.h"
 #include "BoxRuns.h"
@@ -301,6 +303,64 @@ TEST(GaussianFilter, RefusesASpacingThatMeasuresNothing) {
     }
     EXPECT_NO_THROW(runGaussian(image, {.deviations = {1, 0, 1}, .unit = algorithms::LengthUnit::WORLD}));
     EXPECT_THROW(runGaussian(image, image, {.output = algorithms::OutputType::FLOAT_32_BIT}), RuleException);
+}
+
+/// Counts what is written, or writes nothing.
+class CountingStore final : public io::ChunkStore {
+public:
+    CountingStore(int& writes, bool isFull) : m_writes(writes), m_isFull(isFull) {}
+    bool read(std::size_t /*chunk*/, RawData /*samples*/) override { return false; }
+    void write(std::size_t /*chunk*/, ConstRawData /*samples*/) override {
+        if (m_isFull) {
+            throw WritingError("no space is left");
+        }
+        ++m_writes;
+    }
+    void finish(const ImageHeader& /*header*/) override {}
+
+private:
+    int& m_writes;
+    bool m_isFull;
+};
+
+TEST(GaussianFilter, KeepsImagesOnDiskWhereSettingsAskForIt) {
+    const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {300, 200, 1, 1, 1}}, 5);
+    io::MemoryImage expected;
+    GaussianFilter2d filter;
+    filter.setInputImage(&input);
+    filter.setStandardDeviationX(4.0);
+    filter.setStandardDeviationY(4.0);
+    filter.setOutputImage(&expected);
+    filter.run();
+    const std::size_t inMemory = filter.describe().extraMemory;
+    for (const char* const key : {"RIX_TEMPORARY_IMAGE_ON_DISK", "RIX_RECURSIVITY_TMP_DISK_IMAGE"}) {
+        io::MemoryImage output;
+        filter.setOutputImage(&output);
+        filter.settings().setValueAsBool(key, true);
+        EXPECT_EQ(filter.describe().extraMemory + 300 * 200 * sizeof(float), inMemory);
+        filter.run();
+        filter.settings().remove(key);
+        EXPECT_TRUE(test::imagesEqual(expected, output)) << key;
+    }
+    for (const bool flushes : {false, true}) {
+        int writes = 0;
+        bool isFull = false;
+        io::DiskImage output(
+            [&](const ImageHeader&, const auto&) { return std::make_unique<CountingStore>(writes, isFull); },
+            {100, 100, 1, 1, 1});
+        filter.setOutputImage(&output);
+        filter.settings().setValueAsBool("RIX_DISKIMAGE_FLUSH", flushes);
+        filter.run();
+        EXPECT_EQ(writes, flushes ? 6 : 0);
+        isFull = true;
+        EXPECT_TRUE(output.reserve(RIX_UINT8, 1, 1, 1, 1, 1));  // the next run makes another store
+        const auto runAgain = [&] { filter.run(); };
+        if (flushes) {
+            EXPECT_THROW(runAgain(), WritingError);
+        } else {
+            EXPECT_NO_THROW(runAgain());
+        }
+    }
 }
 
 }  // namespace

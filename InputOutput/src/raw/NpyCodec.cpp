@@ -40,18 +40,8 @@ void readType(std::string_view value, RawLayout& layout) {
     }
     const String text(value.substr(1, value.find_first_of("'\"", 1) - 1));
     const bool quoted = value.starts_with('\'') || value.starts_with('"');
-    const auto bytes = text.size() >= 3 ? parseCount(text.substr(2)) : std::nullopt;
-    std::optional<StoredType> type;
-    if (quoted && bytes) {
-        switch (text[1]) {
-            case 'b': type = *bytes == 1 ? std::optional(StoredType::UInt8) : std::nullopt; break;
-            case 'u': type = storedTypeOf(StoredKind::Unsigned, *bytes); break;
-            case 'i': type = storedTypeOf(StoredKind::Signed, *bytes); break;
-            case 'f': type = storedTypeOf(StoredKind::Floating, *bytes); break;
-            case 'c': type = storedTypeOf(StoredKind::Complex, *bytes); break;
-            default: break;
-        }
-    }
+    const auto type =
+        quoted && text.size() >= 3 ? storedTypeOfLetters(std::string_view(text).substr(1)) : std::nullopt;
     if (!type || (text[0] != '<' && text[0] != '>' && text[0] != '|' && text[0] != '=')) {
         throw LoadingError("The elements of the array are of the type " +
                            escapeText(value.substr(0, std::min<std::size_t>(value.find(", '"), 80))) +

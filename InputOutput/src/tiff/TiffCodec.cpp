@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <array>
 
-#include "../Codec.h"
+#include "../Chunks.h"
+#include "TiffChunks.h"
 #include "TiffReader.h"
 #include "TiffWriter.h"
 
@@ -26,10 +27,14 @@ bool recognisesNothing(std::span<const std::uint8_t>) {
     return false;
 }
 
+constexpr ChunkedAccess Access{nullptr, nullptr, &openTiff, nullptr, nullptr};
+
 }  // namespace
 
-const Codec tiffCodec{"TIFF", Extensions, &recognises, &refusalOfTiff, &readTiffInfo, &readTiff, &writeTiff};
+const Codec tiffCodec{"TIFF",    Extensions, &recognises, &refusalOfTiff, &readTiffInfo,
+                      &readTiff, &writeTiff, true,        false,          &Access};
 const Codec omeTiffCodec{"OME-TIFF",    OmeExtensions, &recognisesNothing, &refusalOfTiff,
-                         &readTiffInfo, &readTiff,     &writeOmeTiff};
+                         &readTiffInfo, &readTiff,     &writeOmeTiff,      true,
+                         false,         &Access};
 
 }  // namespace rix::io

@@ -109,6 +109,15 @@ void TiffHandle::checkReading(const String& what) const {
     }
 }
 
+void TiffHandle::readAfresh() noexcept {
+    m_readable = ReadsOfOneByte * m_input->size() + Slack;
+}
+
+void TiffHandle::forgetErrors() noexcept {
+    m_errors.clear();
+    m_missedBytes = false;
+}
+
 void TiffHandle::failWriting(const String& what) const {
     throw WritingError(what + reason());
 }

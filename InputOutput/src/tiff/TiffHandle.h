@@ -38,6 +38,10 @@ public:
     [[noreturn]] void failReading(const String& what) const;
     /// Throws if libtiff reported an error, missed bytes, or read the same bytes too often.
     void checkReading(const String& what) const;
+    /// Lets the bytes of the file be read as often again: what is read next has nothing to do with what was.
+    void readAfresh() noexcept;
+    /// Forgets what libtiff reported, of something that can be left out.
+    void forgetErrors() noexcept;
     /// Throws a `WritingError`.
     [[noreturn]] void failWriting(const String& what) const;
 

@@ -9,6 +9,7 @@
 #include "../Resolution.h"
 #include "ImageJ.h"
 #include "TiffAxes.h"
+#include "TiffLevels.h"
 #include "TiffSeries.h"
 
 namespace rix::io {
@@ -125,6 +126,8 @@ void countPages(TiffLayout& layout) {
     }
 }
 
+}  // namespace
+
 String describeStorage(TiffHandle& handle, const TiffPage& page) {
     String text = tiffCompression(page.compression).name;
     text += page.tiled ? ", tiles of " + std::to_string(page.blockColumns) + " x " + std::to_string(page.blockRows)
@@ -136,8 +139,6 @@ String describeStorage(TiffHandle& handle, const TiffPage& page) {
     text += TIFFIsBigTIFF(handle.get()) != 0 ? ", BigTIFF" : "";
     return text;
 }
-
-}  // namespace
 
 TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const ReadOptions& options) {
     TiffLayout layout;
@@ -179,6 +180,7 @@ TiffLayout readTiffLayout(TiffHandle& handle, std::uint64_t fileBytes, const Rea
     info.colorInterpretation = axes.channels == 1 ? page.color : UNKNOWN;
     applyImageJCalibration(keys, info);
     applyOwnKeys(imageJ ? keys : layout.arrangement.ownKeys, info);
+    chooseLevel(handle, fileBytes, options.selection, layout);
     if (!options.selection.axes.empty()) {
         renamePages(options.selection, layout);
         countPages(layout);

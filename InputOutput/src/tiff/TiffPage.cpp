@@ -254,6 +254,11 @@ bool isFullPage(TiffHandle& handle) {
     return (kind & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) == 0;
 }
 
+bool isReducedPage(TiffHandle& handle) {
+    const auto kind = fieldOf<std::uint32_t>(handle, TIFFTAG_SUBFILETYPE);
+    return (kind & FILETYPE_REDUCEDIMAGE) != 0 && (kind & FILETYPE_MASK) == 0;
+}
+
 std::vector<std::uint8_t> readTiffPalette(TiffHandle& handle, const TiffPage& page) {
     const std::size_t entries = std::size_t{1} << page.bits;
     std::vector<std::uint8_t> samples;

@@ -67,6 +67,9 @@ TiffPage readTiffPage(TiffHandle& handle);
 /// Whether the current directory is a page of its own, no reduced copy and no mask of another.
 bool isFullPage(TiffHandle& handle);
 
+/// Whether the current directory is a smaller copy of another, and no mask of it.
+bool isReducedPage(TiffHandle& handle);
+
 /// The entries of the palette of the current directory as samples of the page's voxel type: all reds, greens, blues.
 std::vector<std::uint8_t> readTiffPalette(TiffHandle& handle, const TiffPage& page);
 

@@ -155,7 +155,11 @@ ImageFileInfo readTiffInfo(InputFile& file, const ReadOptions& options) {
 
 std::unique_ptr<MemoryImage> readTiff(InputFile& file, const ReadOptions& options) {
     TiffHandle handle(file);
-    const TiffLayout layout = readTiffLayout(handle, file.size(), options);
+    return readTiffPages(handle, file, readTiffLayout(handle, file.size(), options), options);
+}
+
+std::unique_ptr<MemoryImage> readTiffPages(TiffHandle& handle, InputFile& file, const TiffLayout& layout,
+                                           const ReadOptions& options) {
     PartialImage image(layout.info, options);
     InterruptPoint interrupt(options.interrupted);
     if (layout.rawPages != 0) {
@@ -168,7 +172,8 @@ std::unique_ptr<MemoryImage> readTiff(InputFile& file, const ReadOptions& option
             continue;
         }
         const String name = nameOfPage(layout.pages.numbers[index]);
-        if (TIFFSetSubDirectory(handle.get(), layout.directories[index]) == 0) {
+        const bool isThere = TIFFCurrentDirOffset(handle.get()) == layout.directories[index];
+        if (!isThere && TIFFSetSubDirectory(handle.get(), layout.directories[index]) == 0) {
             handle.failReading("The directory of " + name + " is damaged");
         }
         const TiffPage page = readTiffPage(handle);

@@ -5,6 +5,7 @@
 #include <rix/exceptions/Exception.h>
 
 #include "../Codec.h"
+#include "TiffLevels.h"
 
 namespace rix::io {
 namespace {
@@ -28,6 +29,7 @@ void take(const std::vector<ListedPage>& pages, const std::vector<std::size_t>& 
         layout.binary = layout.binary && listed.page.isBinary();
         layout.pages.numbers.push_back(listed.number);
         layout.directories.push_back(listed.directory);
+        layout.smaller.push_back(listed.smaller);
     }
 }
 
@@ -63,15 +65,19 @@ std::vector<ListedPage> listPages(TiffHandle& handle, std::uint64_t fileBytes) {
     // Bytes of the file that the pages so far need at least: so many directories that share their samples come to an
     // end, as does a single one that promises too much.
     std::uint64_t needed = 0;
+    bool namesCopies = false;
     for (std::size_t directory = 0;; ++directory) {
         if (directory == 0 || isFullPage(handle)) {
-            pages.push_back({readTiffPage(handle), directory, TIFFCurrentDirOffset(handle.get())});
+            pages.push_back({readTiffPage(handle), directory, TIFFCurrentDirOffset(handle.get()), namedCopies(handle)});
+            namesCopies = !pages.back().smaller.empty();
             const TiffPage& page = pages.back().page;
             needed += page.decodedBytes / tiffCompression(page.compression).ratio;
             if (needed > fileBytes) {
                 throw LoadingError("The pages promise more bytes of samples than the " + std::to_string(fileBytes) +
                                    " bytes of the file can hold.");
             }
+        } else if (!namesCopies && isReducedPage(handle) && pages.back().smaller.size() < MostLevels) {
+            pages.back().smaller.push_back(TIFFCurrentDirOffset(handle.get()));
         }
         if (TIFFLastDirectory(handle.get()) != 0) {
             return pages;

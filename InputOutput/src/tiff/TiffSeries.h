@@ -9,6 +9,8 @@ struct ListedPage {
     TiffPage page;
     std::size_t number;       ///< among all directories
     std::uint64_t directory;  ///< its offset
+    /// Those of smaller copies: which it names, else which follow it.
+    std::vector<std::uint64_t> smaller{};
 };
 
 /// Walks through all directories.

@@ -44,7 +44,7 @@ void process(Filter& filter, OptimLevelType level) {
     const Element element = around<Filter>(elementOfRun(filter, spacingOf(filter)));
     algorithms::readAsItWas(filter, [&](const ImageModel& input) {
         const access::Steps steps(context, {0.4, 0.6});
-        access::TemporaryImage marker(input);
+        access::TemporaryMemory marker(input);
         takeExtrema(context, input, marker.image(), {markerOf<Filter>, element}, Difference::None, nullptr, level);
         marker.image().setInterpretation(RIX_VALUE);  // what is 0 and 1 already is read without a copy
         access::dispatch(access::Reals{}, input.getVoxelType(), [&](auto tag) {
@@ -65,7 +65,7 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel* const output = filter.getOutputImage();
     const std::size_t threads = filter.getMaximumThreads();
     const FloodSpace space = floodSpaceOf(filter.getNeighborhood());
-    return access::TemporaryImage::bytes(input, input.getVoxelType()) +
+    return access::TemporaryMemory::bytes(input, input.getVoxelType()) +
            std::max(
                extremaBytes(input, elementOf(filter, spacingOf(filter)), ElementBorderPolicy::NEUTRAL, false, threads),
                reconstructionBytes(input, output, space, threads) +

@@ -278,7 +278,7 @@ void process(Filter& filter, OptimLevelType level) {
     const DistanceTask task = taskOf(filter);
     algorithms::readAsItWas(filter, [&](const ImageModel& input) {
         const access::Steps steps(context, {0.3, 0.1});
-        access::TemporaryImage map(input, RIX_FLOAT32);
+        access::TemporaryMemory map(input, RIX_FLOAT32);
         map.image().setInterpretation(RIX_VALUE);
         measureDistances(context, input, task, map.image(), level);
         auto* const distances = reinterpret_cast<float*>(map.image().getInternalBuffer());
@@ -301,7 +301,7 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel& input = *filter.getInputObjectImage();
     const DistanceTask task = taskOf(filter);
     const std::size_t threads = filter.getMaximumThreads();
-    return access::TemporaryImage::bytes(input, RIX_FLOAT32) +
+    return access::TemporaryMemory::bytes(input, RIX_FLOAT32) +
            std::max(distanceBytes(input, task, nullptr, threads), Thickness::bytes(task, threads));
 }
 

@@ -31,6 +31,7 @@ namespace rix::segmentation {
 namespace {
 
 using access::TemporaryImage;
+using access::TemporaryMemory;
 
 template <class Filter>
 constexpr bool ofVolumes = std::is_same_v<Filter, Watershed3d>;
@@ -135,8 +136,8 @@ void markUnreached(access::ExecutionContext& context, const ImageModel& relief, 
 
 /// The samples of a temporary image.
 template <class T>
-T* samplesOf(TemporaryImage& image) {
-    return reinterpret_cast<T*>(helper::contiguousSamples(image.image()));
+T* samplesOf(TemporaryMemory& image) {
+    return reinterpret_cast<T*>(image.image().getInternalBuffer());
 }
 
 /// Whether the output can be looked at while it is made.
@@ -151,11 +152,11 @@ void divide(Filter& filter, const ImageModel& relief, OptimLevelType level) {
     ImageModel& output = *filter.getOutputLabelImage();
     const Extents extents = helper::getExtents(relief);
     const Neighbors neighbors = neighborsOf(filter.getNeighborhood());
-    TemporaryImage marks(relief, RIX_UINT8);
+    TemporaryMemory marks(relief, RIX_UINT8);
     withMinima(filter, relief, &marks.image(), [&](auto& minima) { algorithms::runChild(filter, minima, level); });
-    TemporaryImage seeds(relief, RIX_UINT32);
+    TemporaryMemory seeds(relief, RIX_UINT32);
     seeds.image().setInterpretation(RIX_LABEL);
-    std::optional<TemporaryImage> apart;
+    std::optional<TemporaryMemory> apart;
     if (!isOpen(&output)) {
         apart.emplace(seeds.image());
     }
@@ -224,8 +225,8 @@ std::size_t memoryOf(const Filter& filter) {
     const ImageModel* const output = filter.getOutputLabelImage();
     const bool isApart = output != nullptr && helper::getExtents(*output) == extents && !isOpen(output);
     return (mask != nullptr ? TemporaryImage::bytes(image, header.voxelType) + rowBytes(mask) : 0) +
-           TemporaryImage::bytes(image, RIX_UINT8) +
-           std::max(minima, (isApart ? 2 : 1) * TemporaryImage::bytes(image, RIX_UINT32) + flood);
+           TemporaryMemory::bytes(image, RIX_UINT8) +
+           std::max(minima, (isApart ? 2 : 1) * TemporaryMemory::bytes(image, RIX_UINT32) + flood);
 }
 
 template <class Filter>

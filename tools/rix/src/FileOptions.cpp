@@ -85,6 +85,8 @@ void addWritingOptions(CLI::App& command) {
                     "Of JPEG files, from 1 to 100: less makes smaller files that differ more (90)")
         ->check(CLI::Range(1, 100).description(""))
         ->type_name("N");
+    command.add_flag("--pyramid", options.writing.pyramid,
+                     "Write OME-Zarr with smaller copies of the picture, each of half its size");
     command.add_flag("--drop-metadata", options.writing.dropMetadata,
                      "Write an image also in a format that can't hold its calibration or meaning, without them");
 }

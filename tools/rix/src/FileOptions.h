@@ -12,7 +12,7 @@ namespace rix::cli {
 /// Adds what a command may be told about the image files that it reads: --spacing, --unit, --no-calibration,
 /// --print-resolution, --grey, --max-image-size. They hold for all of them.
 void addReadingOptions(CLI::App& command);
-/// The same for the files that it writes: --compress, --quality, --drop-metadata.
+/// The same for the files that it writes: --compress, --quality, --pyramid, --drop-metadata.
 void addWritingOptions(CLI::App& command);
 
 /// How files are read as the command line says: Ctrl-C ends it, doubts about a file are told on standard error.

@@ -3,11 +3,13 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include <unistd.h>
 
 #include <rix/description/Text.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/io/ChunkedFile.h>
 #include <rix/io/ImageFile.h>
 
 #include "Failure.h"
@@ -80,6 +82,19 @@ std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
     });
 }
 
+std::unique_ptr<ImageModel> openOrLoadImage(const fs::path& path) {
+    auto opened = readThrough(path, [](const fs::path& readable, const io::ReadOptions& reading) {
+        io::ReadOptions silent = reading;
+        silent.warn = [](const String&) {};  // what is to be told is told once
+        return io::isForOpening(readable, silent) ? io::openImage(readable, reading) : nullptr;
+    });
+    if (opened == nullptr) {
+        return loadImage(path);
+    }
+    calibrate(*opened);
+    return opened;
+}
+
 io::ImageFileInfo readInfo(const fs::path& path, bool warns) {
     auto info = readThrough(path, [&](const fs::path& readable, io::ReadOptions reading) {
         if (!warns) {
@@ -103,9 +118,32 @@ std::unique_ptr<HeaderImage> readHeader(const fs::path& path) {
     return image;
 }
 
+std::unique_ptr<ImageModel> makeImage(const fs::path& path) {
+    if (!isStandardStream(path) && io::isChunkedFileName(path)) {
+        return io::createImage(path, writingOptions());
+    }
+    return std::make_unique<io::MemoryImage>();
+}
+
+void saveImage(const fs::path& path, ImageModel& image) {
+    auto* const onDisk = dynamic_cast<io::DiskImage*>(&image);
+    if (onDisk == nullptr || !onDisk->isWritable()) {
+        saveImage(path, std::as_const(image));
+        return;
+    }
+    try {
+        onDisk->close();
+    } catch (const Exception& exception) {
+        throw Failure(UNWRITABLE_OUTPUT, exception);
+    }
+}
+
 void saveImage(const fs::path& path, const ImageModel& image) {
     try {
         if (isStandardStream(path)) {
+            if (io::isChunkedFileName(withFormat(path))) {
+                refuse(path, "the format makes a folder, which can't go through a pipe");
+            }
             const TemporaryFolder folder;
             const fs::path file = folder.path() / withFormat(path);
             io::writeImage(file, image, writingOptions());
@@ -143,7 +181,15 @@ void checkCanWrite(const fs::path& path) {
         refuseImageOnTerminal();
         return;
     }
-    checkCanWriteFile(path);
+    std::error_code error;
+    if (!io::isChunkedFileName(path)) {
+        checkCanWriteFile(path);
+    } else if (!fs::is_directory(path, error)) {  // else an image in a folder gives way to the new one
+        // The folder of labels within an image comes with the first ones.
+        const fs::path folder = path.parent_path();
+        const bool isNew = folder.filename() == "labels" && !fs::is_directory(folder, error);
+        checkCanWriteFile(isNew ? folder : path);
+    }
 }
 
 void checkFits(const fs::path& path, const ImageModel& image) {
@@ -180,7 +226,7 @@ const ImageModel& ImageInputs::read(const fs::path& path) {
     auto& image =
         m_images[{isStandardStream(file.path) ? FileIdentity{.name = "-"} : identityOf(file.path), file.selection}];
     if (image == nullptr) {
-        image = loadImage(path);
+        image = openOrLoadImage(path);
     }
     return *image;
 }

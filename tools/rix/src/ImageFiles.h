@@ -23,6 +23,10 @@ void refuseZeroByte(const std::filesystem::path& path, int exitCode);
 /// Reads an image. @throws Failure (unreadable input), MemoryError.
 std::unique_ptr<io::MemoryImage> loadImage(const std::filesystem::path& path);
 
+/// An image that a run reads: on disk where its file keeps it in chunks, else in memory.
+/// @throws Failure (unreadable input), MemoryError.
+std::unique_ptr<ImageModel> openOrLoadImage(const std::filesystem::path& path);
+
 /// What a file tells about its image beside the samples. @throws Failure (unreadable input).
 /// @param warns whether doubts about the file are told
 io::ImageFileInfo readInfo(const std::filesystem::path& path, bool warns = true);
@@ -30,8 +34,13 @@ io::ImageFileInfo readInfo(const std::filesystem::path& path, bool warns = true)
 /// An image without samples that has the header of an image file. @throws Failure (unreadable input).
 std::unique_ptr<HeaderImage> readHeader(const std::filesystem::path& path);
 
-/// Writes an image. @throws Failure (unwritable output).
+/// An image that a run makes: on disk where the name is of a format in chunks, else in memory. `saveImage` completes
+/// it.
+std::unique_ptr<ImageModel> makeImage(const std::filesystem::path& path);
+
+/// Writes an image, or completes one that `makeImage` has made. @throws Failure (unwritable output).
 void saveImage(const std::filesystem::path& path, const ImageModel& image);
+void saveImage(const std::filesystem::path& path, ImageModel& image);
 
 /// Makes sure, before anything is computed, that an image can be written there: the extension names a format, the
 /// folder exists and may be written to, and no folder has the name. @throws Failure (unwritable output).
@@ -50,7 +59,7 @@ public:
     const ImageModel& read(const std::filesystem::path& path);
 
 private:
-    std::map<std::pair<FileIdentity, std::string>, std::unique_ptr<io::MemoryImage>> m_images;  ///< with selections
+    std::map<std::pair<FileIdentity, std::string>, std::unique_ptr<ImageModel>> m_images;  ///< with selections
 };
 
 }  // namespace rix::cli

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -10,7 +11,17 @@
 
 #include <rix/Export.h>
 
+namespace rix {
+class Settings;
+}
+
 namespace rix::access {
+
+/// What an image within a run is for.
+enum class TemporaryUse : std::uint8_t {
+    Any,
+    Recursion  ///< between the axes of a recursive filter
+};
 
 /// Counts the working memory of one run: what it holds beyond its inputs and outputs, in all its threads and children.
 ///
@@ -20,7 +31,9 @@ namespace rix::access {
 class RIX_EXPORT MemoryAccount {
 public:
     /// @param limit bytes that may be in use at the same time; 0 for any number
-    explicit MemoryAccount(std::size_t limit = 0) : m_limit(limit) {}
+    /// @param settings of the run, which outlive it; null for none
+    explicit MemoryAccount(std::size_t limit = 0, const Settings* settings = nullptr)
+        : m_limit(limit), m_settings(settings) {}
     MemoryAccount(const MemoryAccount&) = delete;
     MemoryAccount& operator=(const MemoryAccount&) = delete;
 
@@ -32,6 +45,9 @@ public:
     /// The most that was in use at the same time.
     std::size_t peak() const { return m_peak.load(std::memory_order_relaxed); }
     std::size_t limit() const { return m_limit; }
+    /// Whether temporary images lie on disk: the setting "RIX_TEMPORARY_IMAGE_ON_DISK", and for recursions
+    /// "RIX_RECURSIVITY_TMP_DISK_IMAGE" as well.
+    bool keepsImagesOnDisk(TemporaryUse use) const;
 
     /// That of the run for which this thread works at the moment; null outside of runs.
     static std::shared_ptr<MemoryAccount> current() noexcept;
@@ -54,6 +70,7 @@ private:
     std::atomic<std::size_t> m_used{0};
     std::atomic<std::size_t> m_peak{0};
     std::size_t m_limit;
+    const Settings* m_settings;
 };
 
 /// A number of bytes that is charged to the current account while it lives.

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
+
 #include <rix/Export.h>
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/FunctionRef.h>
@@ -8,19 +11,40 @@
 
 namespace rix::access {
 
-/// A contiguous image in memory that lives within a run and counts as its extra memory.
+/// An image that lives within a run and whose rows are read and written as those of any other. In memory, and its bytes
+/// count as the run's extra memory; or on disk where the settings of the run say so (see
+/// `MemoryAccount::keepsImagesOnDisk`), and what of it is in memory counts as the cache of all images on disk.
 class RIX_EXPORT TemporaryImage {
 public:
     /// Of the extents, the elements and the interpretation of `like`, and of its voxel type or another one. The samples
     /// are undefined.
-    /// @throws MemoryError when the run may not have so much, ResizeImageError when there is none
+    /// @throws MemoryError when the run may not have so much, ResizeImageError when there is none or no file
     explicit TemporaryImage(const ImageModel& like) : TemporaryImage(like, like.getVoxelType()) {}
-    TemporaryImage(const ImageModel& like, VoxelTypes voxelType);
+    TemporaryImage(const ImageModel& like, VoxelTypes voxelType, TemporaryUse use = TemporaryUse::Any);
+
+    ImageModel& image() { return *m_image; }
+    const ImageModel& image() const { return *m_image; }
+
+    /// The bytes of memory that it takes, for descriptions of runs; the greatest number there is when they do not fit
+    /// 64 bits.
+    static std::size_t bytes(const ImageModel& like, VoxelTypes voxelType, TemporaryUse use = TemporaryUse::Any);
+
+private:
+    MemoryCharge m_charge;
+    std::unique_ptr<ImageModel> m_image;
+};
+
+/// A contiguous image in memory that lives within a run and counts as its extra memory: for what goes from place to
+/// place instead of row by row.
+class RIX_EXPORT TemporaryMemory {
+public:
+    /// As those of `TemporaryImage`.
+    explicit TemporaryMemory(const ImageModel& like) : TemporaryMemory(like, like.getVoxelType()) {}
+    TemporaryMemory(const ImageModel& like, VoxelTypes voxelType);
 
     io::MemoryImage& image() { return m_image; }
     const io::MemoryImage& image() const { return m_image; }
 
-    /// The bytes that it takes, for descriptions of runs; the greatest number there is when they do not fit 64 bits.
     static std::size_t bytes(const ImageModel& like, VoxelTypes voxelType);
 
 private:

@@ -8,6 +8,7 @@
 
 #include <rix/access/Blocks.h>
 #include <rix/access/ExecutionContext.h>
+#include <rix/access/MemoryAccount.h>
 #include <rix/algorithms/AbstractPrivateImplementation.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/algorithms/AlgorithmDescription.h>
@@ -208,6 +209,16 @@ RIX_EXPORT BorderInfluence influenceOf(const access::Reach& reach);
 /// The outputs that rules shape, and whether one of them may be an input.
 RIX_EXPORT void describeOutputs(const BaseAlgorithm& algorithm, bool inputsHold, AlgorithmDescription& description);
 
+/// While it lives, temporary images are as in a run of an algorithm: of those on disk no bytes count.
+class RIX_EXPORT AsInRun {
+public:
+    explicit AsInRun(const BaseAlgorithm& algorithm);
+
+private:
+    std::shared_ptr<access::MemoryAccount> m_account;
+    access::MemoryAccount::Scope m_scope;
+};
+
 template <class Algorithm>
 AlgorithmDescription describe(const Algorithm& algorithm, const Definition<Algorithm>& definition) {
     AlgorithmDescription description;
@@ -220,6 +231,7 @@ AlgorithmDescription describe(const Algorithm& algorithm, const Definition<Algor
         description.borderInfluence = influenceOf(definition.influence(algorithm));
     }
     if (known && definition.memory != nullptr) {
+        const AsInRun asInRun(algorithm);
         description.extraMemory = definition.memory(algorithm);
     }
     return description;

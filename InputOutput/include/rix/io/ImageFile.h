@@ -18,11 +18,11 @@ namespace rix::io {
 
 /// How samples are packed in a file. All keep every sample.
 enum class Compression {
-    FormatDefault,  ///< PNG and .nii.gz: deflate; else none
+    FormatDefault,  ///< PNG and .nii.gz: deflate; OME-Zarr: blosc with LZ4 and shuffled bytes; else none
     None,
     Lzw,      ///< TIFF only
-    Deflate,  ///< TIFF, PNG, NRRD (as gzip), MetaImage (as zlib)
-    Zstd,     ///< TIFF only
+    Deflate,  ///< TIFF, PNG, OME-Zarr (as zlib), NRRD (as gzip), MetaImage (as zlib)
+    Zstd,     ///< TIFF, OME-Zarr
 };
 
 /// A compression that can be asked for, and its name: "none", "deflate", "lzw", "zstd".
@@ -43,12 +43,15 @@ enum class BigTiff {
 /// What a writer may be asked for. An option that the format of the file doesn't know is refused.
 struct WriteOptions {
     Compression compression = Compression::FormatDefault;
-    /// Both 0 for strips of rows; else the size of the tiles, multiples of 16 (TIFF only).
+    /// Both 0 for strips of rows; else the size of the tiles, multiples of 16 (TIFF), or of the chunks (OME-Zarr).
     std::size_t tileColumns = 0;
     std::size_t tileRows = 0;
     BigTiff bigTiff = BigTiff::WhenNeeded;
     /// Whether calibration and meaning that the format has no place for are left out; else such an image is refused.
     bool dropMetadata = false;
+    /// Whether the picture is written in smaller and smaller copies, too, each of half the columns and rows (and of half
+    /// the planes where these lie no farther apart) until none is longer than 256 (OME-Zarr only).
+    bool pyramid = false;
     /// Of JPEG, the only format that changes samples: 1 to 100, of which less makes smaller files that differ more; 0
     /// for the usual 90.
     int quality = 0;
@@ -90,6 +93,7 @@ struct ImageFileInfo : ImageHeader {
     String storage;               ///< for people: "deflate, tiles of 64 x 64, 16 bits a sample"
     std::uint64_t fileBytes = 0;  ///< size of the file
     std::size_t series = 1;       ///< images in the file, of which this is one
+    std::size_t levels = 1;       ///< of its pyramid, of which this is one
 };
 
 /// A format that files are read from and written to.

@@ -45,6 +45,7 @@ struct Selection {
 
     std::array<std::optional<Range>, RIX_COMPONENTS_SIZE> ranges{};  ///< by `Components`
     std::optional<std::size_t> series{};                             ///< an image among several of the file
+    std::optional<std::size_t> level{};                              ///< of its pyramid, 0 for all samples
     /// What the axes of the file are, the slowest first; empty for what the file says.
     std::vector<NamedAxis> axes{};
     String axesText{};
@@ -55,6 +56,7 @@ struct Selection {
 /// Reads the text of a selection: parts with commas between, in any order, blanks around them allowed.
 /// - `x=`, `y=`, `z=`, `t=`, `c=` (columns, rows, planes, time, channels) and an index or a range;
 /// - `series=` and a number from 0;
+/// - `level=` and a number from 0: a copy of the picture with fewer samples, where the file has them;
 /// - `axes=` and the letters of the axes, the slowest first, each of which a number of elements may follow: "tz10yx";
 /// - for a file without a header: `type=`, and `size=512x512x20` or numbers in `axes=`; `endian=little|big` (little),
 ///   `offset=` (bytes before the samples), `spacing=0.5x0.5x2`, `unit=`, `meaning=value|binary|label`, `color=rgb`.

@@ -64,6 +64,7 @@ nlohmann::json toJson(const FileFacts& facts) {
         {"storage", file.storage},
         {"fileBytes", file.fileBytes},
         {"series", file.series},
+        {"levels", file.levels},
         {"voxelType", helper::voxelTypesToString(file.voxelType)},
         {"elementType", helper::elementTypesToString(file.elementType)},
         {"interpretation", helper::interpretationsToString(file.interpretation)},
@@ -85,6 +86,10 @@ std::string toText(const FileFacts& told) {
     if (file.series > 1) {
         facts.add(
             {"series:", "one of " + std::to_string(file.series) + " images, which [series=0], [series=1] ... select"});
+    }
+    if (file.levels > 1) {
+        facts.add({"levels:",
+                   "one of " + std::to_string(file.levels) + " of a pyramid, which [level=0], [level=1] ... select"});
     }
     facts.add(
         {"type:", helper::elementTypesToString(file.elementType) + ' ' + helper::voxelTypesToString(file.voxelType)});

@@ -29,6 +29,7 @@ struct RunOptions {
     std::string className;
     std::vector<std::string> assignments;
     std::optional<int> threads;
+    std::optional<std::uint64_t> memory;
     std::string maxLevel;
     std::string each;
     std::string csv;
@@ -42,6 +43,7 @@ FileRunRequest requestOf(const RunOptions& options, std::vector<Assignment> assi
             .assignments = std::move(assignments),
             .each = eachFromText(options.each, "--each"),
             .threads = options.threads,
+            .memory = options.memory,
             .maxLevel = options.maxLevel,
             .table = options.csv};
 }
@@ -155,6 +157,9 @@ private:
         FileRunRequest request = cli::requestOf(m_options, member.fill(m_assignments));
         request.table = m_joins ? "" : member.fill(m_options.csv);
         request.threads = m_options.batch.threadsOfOne(m_options.threads);
+        if (m_options.memory) {
+            request.memory = *m_options.memory / static_cast<unsigned>(m_options.batch.jobs);
+        }
         return request;
     }
 
@@ -257,6 +262,15 @@ void addRunCommand(CLI::App& program, Action& chosen) {
     command->add_option("--threads", options->threads, "Use at most N threads")
         ->check(CLI::Range(1, 1 << 20).description(""))
         ->type_name("N");
+    command
+        ->add_option(
+            "--memory", options->memory,
+            "Take at most so much memory, as in 500M or 2G, for images, working memory and chunks of images on "
+            "disk: temporary images go to disk where it is short, and what does not fit is refused before "
+            "the run, with the numbers")
+        ->transform(CLI::AsSizeValue(false).description(""))
+        ->check(CLI::Range(std::uint64_t{1} << 20, std::uint64_t{1} << 62).description(""))
+        ->type_name("SIZE");
     command->add_option("--max-level", options->maxLevel, "Use no implementation above this level")
         ->type_name("scalar|sse|avx");
     command

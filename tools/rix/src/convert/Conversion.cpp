@@ -94,9 +94,9 @@ void Conversion::checkOutputFits() const {
 
 std::string Conversion::run(InteractionInterface& interaction) const {
     checkOutputFits();
-    auto image = loadImage(m_request.input);
+    std::unique_ptr<ImageModel> image = openOrLoadImage(m_request.input);
     if (m_request.type) {
-        auto converted = std::make_unique<io::MemoryImage>();
+        auto converted = makeImage(m_request.output);
         ConvertImage convert;
         if (m_request.threads) {
             convert.settings().setMaximumNumberOfThreads(*m_request.threads);
@@ -106,9 +106,10 @@ std::string Conversion::run(InteractionInterface& interaction) const {
         image = std::move(converted);
     }
     Interrupts::throwIfRequested();
+    const std::string described = helper::describeImage(*image);
     saveImage(m_request.output, *image);
     return "written to " + (isStandardStream(m_request.output) ? "standard output" : m_request.output.string()) + ' ' +
-           helper::describeImage(*image) + '\n';
+           described + '\n';
 }
 
 }  // namespace rix::cli

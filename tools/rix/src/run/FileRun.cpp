@@ -75,6 +75,10 @@ void FileRun::applyLimits(const FileRunRequest& request) {
     if (request.threads) {
         m_algorithm->settings().setMaximumNumberOfThreads(*request.threads);
     }
+    if (request.memory) {
+        m_memory.emplace(*request.memory);
+        m_memory->limitReading();
+    }
     if (!request.maxLevel.empty()) {
         m_algorithm->setMaxOptimLevel(levelFromOption(request.maxLevel));
     }
@@ -84,7 +88,8 @@ void FileRun::makeOutputs() {
     for (const Image& image : m_images) {
         if (image.role != ImageRole::Input) {
             checkCanWrite(image.path);
-            auto made = std::make_unique<io::MemoryImage>();
+            std::unique_ptr<ImageModel> made =
+                image.role == ImageRole::Output ? makeImage(image.path) : std::make_unique<io::MemoryImage>();
             dynamic_cast<Property<ImageModel*>&>(*image.property).set(made.get());
             m_outputs.push_back({image.property->getName(), image.path, std::move(made)});
         }
@@ -124,19 +129,23 @@ void FileRun::readInputs() {
 
 void FileRun::run(InteractionInterface& interaction) {
     readInputs();
+    if (m_memory) {
+        m_memory->fit(*m_algorithm);
+    }
     m_notes = RunNotes(*m_algorithm);
     const auto start = std::chrono::steady_clock::now();
     m_algorithm->run(&interaction);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void FileRun::writeImages(const std::function<void(const std::string&)>& tell) const {
-    for (const Output& output : m_outputs) {
+void FileRun::writeImages(const std::function<void(const std::string&)>& tell) {
+    for (Output& output : m_outputs) {
         Interrupts::throwIfRequested();
+        output.header = helper::headerOf(*output.image);
+        const std::string described = helper::describeImage(*output.image);  // one on disk is gone when it is complete
         saveImage(output.path, *output.image);
         tell(output.property + " written to " +
-             (isStandardStream(output.path) ? "standard output" : output.path.string()) + ' ' +
-             helper::describeImage(*output.image) + '\n');
+             (isStandardStream(output.path) ? "standard output" : output.path.string()) + ' ' + described + '\n');
     }
 }
 
@@ -144,8 +153,8 @@ nlohmann::json FileRun::toJson() const {
     nlohmann::json images = nlohmann::json::object();
     for (const Output& output : m_outputs) {
         images[output.property] = {{"path", output.path.string()},
-                                   {"extents", helper::getExtents(*output.image)},
-                                   {"voxelType", helper::voxelTypesToString(output.image->getVoxelType())}};
+                                   {"extents", output.header.extents},
+                                   {"voxelType", helper::voxelTypesToString(output.header.voxelType)}};
     }
     nlohmann::json values = nlohmann::json::object();
     for (const Result& result : results()) {

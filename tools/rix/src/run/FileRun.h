@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -19,6 +20,7 @@
 #include "../Results.h"
 #include "../RunNotes.h"
 #include "../Targets.h"
+#include "MemoryBudget.h"
 
 namespace rix::cli {
 
@@ -28,8 +30,9 @@ struct FileRunRequest {
     std::vector<Assignment> assignments;  ///< images as paths
     Each each;
     std::optional<int> threads;
-    std::string maxLevel;         ///< empty for no limit
-    std::filesystem::path table;  ///< where the table goes that the run makes; empty for nowhere
+    std::optional<std::uint64_t> memory;  ///< bytes
+    std::string maxLevel;                 ///< empty for no limit
+    std::filesystem::path table;          ///< where the table goes that the run makes; empty for nowhere
 };
 
 /// One run of an algorithm on files, in steps, so that all that can go wrong early does.
@@ -39,7 +42,8 @@ public:
     struct Output {
         std::string property;
         std::filesystem::path path;
-        std::unique_ptr<io::MemoryImage> image;
+        std::unique_ptr<ImageModel> image;
+        ImageHeader header{};  ///< of what was written
     };
 
     /// Sets all values and looks at the places of outputs; no image is read.
@@ -53,7 +57,7 @@ public:
     void run(InteractionInterface& interaction);
     /// Every file is whole or not there. When one can't be written, those before it stay, and were told of.
     /// @param tell is given a line for each file
-    void writeImages(const std::function<void(const std::string&)>& tell) const;
+    void writeImages(const std::function<void(const std::string&)>& tell);
     const std::vector<Output>& outputs() const { return m_outputs; }
     std::vector<Result> results() const { return readResults(*m_algorithm); }
     /// Lines about what may not be expected; see `RunNotes`.
@@ -80,6 +84,7 @@ private:
     ImageInputs m_inputs;
     std::vector<Output> m_outputs;
     double m_seconds = 0;
+    std::optional<MemoryBudget> m_memory;
     RunNotes m_notes;
 };
 

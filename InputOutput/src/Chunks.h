@@ -1,0 +1,83 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+
+#include <rix/image/ChunkStore.h>
+#include <rix/io/ChunkedFile.h>
+
+#include "Codec.h"
+
+namespace rix::io {
+
+using Extents = DiskImage::Extents;
+
+/// An image in a file of chunks, found and understood; none of its samples was read.
+struct ChunkedImage {
+    ImageFileInfo info;  ///< of the whole image
+    Extents chunk{};     ///< extents of the chunks, which may reach beyond the image
+    std::unique_ptr<ChunkStore> store;
+};
+
+/// What a format can do that finds parts of an image by themselves.
+struct ChunkedAccess {
+    /// Whether its images are folders, and there is one of them; null for a format of files.
+    bool (*isFolderOf)(const std::filesystem::path& path);
+    /// Whether a path is the name of an image beyond what extensions tell; null when these tell everything.
+    bool (*hasName)(const std::filesystem::path& path);
+    ChunkedImage (*open)(const std::filesystem::path& path, const ReadOptions& options);
+    /// The extents of chunks that the options ask for; 0 for the usual ones.
+    Extents (*chunkFor)(const WriteOptions& options);
+    /// A store whose file appears under the path when it is finished.
+    std::unique_ptr<ChunkStore> (*create)(const std::filesystem::path& path, const ImageHeader& header,
+                                          const Extents& chunk, const WriteOptions& options);
+};
+
+/// How an image lies in chunks.
+class ChunkGrid {
+public:
+    struct Box {
+        Extents first{};
+        Extents count{};  ///< within the image
+    };
+
+    ChunkGrid(const Extents& image, const Extents& chunk);
+
+    std::size_t chunks() const { return m_chunks; }
+    const Extents& counts() const { return m_counts; }
+    const Extents& chunk() const { return m_chunk; }
+    /// Elements of a chunk, those beyond the image too.
+    std::size_t elements() const { return m_elements; }
+    /// Where a chunk lies on each axis, in chunks.
+    Extents placeOf(std::size_t chunk) const;
+    Box boxOf(std::size_t chunk) const;
+
+private:
+    Extents m_image;
+    Extents m_chunk;
+    Extents m_counts{};
+    std::size_t m_chunks = 1;
+    std::size_t m_elements = 1;
+};
+
+/// The most chunks that an image is taken for, whose table in memory has some 2 GiB then.
+inline constexpr std::size_t MostChunks = std::size_t{1} << 24U;
+/// The most bytes that a chunk may have, which is what compressors can hold in one piece.
+inline constexpr std::size_t LargestChunk = 0x7FFFFFEFU;
+
+/// Refuses chunks and numbers of them that memory could not be had for.
+/// @param sampleBytes of an element, in the file or in memory, whatever is more
+/// @throws LoadingError
+void checkChunks(const Extents& image, const Extents& chunk, std::size_t sampleBytes, const ReadOptions& options);
+
+/// Reads what is selected, each chunk that has some of it once. @throws LoadingError, MemoryError
+std::unique_ptr<MemoryImage> readChunks(ChunkedImage& file, const ReadOptions& options);
+/// Writes an image chunk by chunk and finishes the store. @throws WritingError
+void writeChunks(ChunkStore& store, const Extents& chunk, const ImageModel& image);
+
+/// Chunks of about a MiB, cut to the image, on axes where none are wanted (0).
+Extents usualChunks(const Extents& image, const Extents& wanted);
+
+}  // namespace rix::io

@@ -1,0 +1,218 @@
+#include "ZarrWriter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include <rix/exceptions/Exception.h>
+
+#include "../raw/RawSamples.h"
+#include "Multiscales.h"
+#include "Pyramid.h"
+#include "ZarrStore.h"
+
+namespace rix::io {
+namespace {
+
+using nlohmann::json;
+namespace fs = std::filesystem;
+
+ZarrCompressor compressorFor(Compression compression) {
+    ZarrCompressor made;
+    switch (compression) {
+        case Compression::None: break;
+        case Compression::Deflate:
+            made.kind = ZarrCompressor::Kind::Zlib;
+            made.level = 1;
+            break;
+        case Compression::Zstd:
+            made.kind = ZarrCompressor::Kind::Zstd;
+            made.level = 1;
+            break;
+        default: made.kind = ZarrCompressor::Kind::Blosc;
+    }
+    return made;
+}
+
+fs::path withoutSlash(const fs::path& path) {
+    return path.has_filename() ? path : path.parent_path();
+}
+
+class ZarrWriter final : public ChunkStore {
+public:
+    ZarrWriter(const fs::path& path, const ImageHeader& header, const Extents& chunk, const WriteOptions& options)
+        : m_target(withoutSlash(path)), m_axes(axesFor(header.extents)), m_chunk(chunk), m_options(options) {
+        // Labels lie in an image that is there; the folder for all of them may have to be made in the end.
+        m_isLabels = isLabelPath(m_target);
+        const fs::path parent = m_isLabels ? m_target.parent_path().parent_path() : m_target.parent_path();
+        std::error_code error;
+        if (m_isLabels && !isThere(parent / ".zgroup")) {
+            throw WritingError("Labels go into an image that is there; there is none at '" + parent.string() + "'.");
+        }
+        if (isThere(m_target) && !isOurs(m_target)) {
+            throw WritingError("Something that is no Zarr image has this name.");
+        }
+        m_temporary = (parent.empty() ? fs::path(".") : parent) / temporaryName();
+        if (!fs::create_directory(m_temporary, error)) {
+            throw WritingError("No folder can be made in '" + m_temporary.parent_path().string() +
+                               "': " + error.message() + '.');
+        }
+        m_store = makeStore(0, header, chunk);
+    }
+    ~ZarrWriter() override {
+        std::error_code ignored;
+        fs::remove_all(m_temporary, ignored);
+    }
+    ZarrWriter(const ZarrWriter&) = delete;
+    ZarrWriter& operator=(const ZarrWriter&) = delete;
+
+    bool read(std::size_t chunk, RawData samples) override { return m_store->read(chunk, samples); }
+    void write(std::size_t chunk, ConstRawData samples) override { m_store->write(chunk, samples); }
+
+    void finish(const ImageHeader& header) override {
+        HeaderImage told(header);
+        const ImageFileInfo info = describe(told);
+        Multiscales multiscales;
+        multiscales.axes = m_axes;
+        multiscales.isLabels = m_isLabels || info.interpretation == RIX_LABEL;
+        multiscales.levels.push_back({"0", info.spacing, info.origin});
+        writeArray(0, *m_store);
+        if (m_options.pyramid) {
+            writeLevels(info, multiscales);
+        }
+        writeJson(m_temporary / ".zgroup", {{"zarr_format", 2}});
+        writeJson(m_temporary / ".zattrs", formatMultiscales(multiscales, info, nameOf(m_target)));
+        if (m_isLabels) {
+            std::error_code error;
+            fs::create_directory(m_target.parent_path(), error);
+        }
+        publish();
+        if (m_isLabels) {
+            enlist();
+        }
+    }
+
+private:
+    static bool isOurs(const fs::path& path) {
+        std::error_code error;
+        return fs::is_directory(path, error) && (fs::is_empty(path, error) || isThere(path / ".zattrs") ||
+                                                 isThere(path / ".zgroup") || isThere(path / ".zarray"));
+    }
+
+    static String nameOf(const fs::path& path) {
+        String name = path.filename().string();
+        for (const char* end : {".zarr", ".ome"}) {
+            name = name.ends_with(end) ? name.substr(0, name.size() - String(end).size()) : name;
+        }
+        return name;
+    }
+
+    std::unique_ptr<ZarrStore> makeStore(std::size_t level, const ImageHeader& header, const Extents& chunk) const {
+        ZarrArray array;
+        array.shape = shapeOf(header.extents, m_axes);
+        array.chunks = shapeOf(chunk, m_axes);
+        array.stored = storedTypeOf(header.voxelType);
+        array.bigEndian = writesBigEndian();
+        array.compressor = compressorFor(m_options.compression);
+        array.separator = '/';
+        const fs::path folder = m_temporary / std::to_string(level);
+        std::error_code error;
+        if (!fs::create_directory(folder, error) && error) {
+            throw WritingError("No folder can be made in '" + m_temporary.string() + "': " + error.message() + '.');
+        }
+        return std::make_unique<ZarrStore>(folder, std::move(array), m_axes, false);
+    }
+
+    void writeArray(std::size_t level, const ZarrStore& store) const {
+        writeJson(m_temporary / std::to_string(level) / ".zarray", formatZarrArray(store.array()));
+    }
+
+    void writeLevels(ImageHeader header, Multiscales& multiscales) const {
+        Extents chunk = m_chunk;
+        for (std::size_t level = 1; needsLevel(header.extents); ++level) {
+            const DiskImage larger(makeStore(level - 1, header, chunk), header, chunk);
+            const ReducedImage reduced(larger, nextFactors(header));
+            header = reduced.header();
+            chunk = usualChunks(header.extents, chunk);
+            const auto store = makeStore(level, header, chunk);
+            writeChunks(*store, chunk, reduced);
+            writeArray(level, *store);
+            multiscales.levels.push_back({std::to_string(level), header.spacing, header.origin});
+        }
+    }
+
+    /// Changes places with an older image in one step, where the file system can.
+    void publish() {
+        const char* const from = m_temporary.c_str();
+        const char* const to = m_target.c_str();
+        if (!isThere(m_target)) {
+            if (::rename(from, to) != 0) {
+                failPublishing();
+            }
+            m_temporary.clear();
+            return;
+        }
+        if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_EXCHANGE) == 0) {
+            return;  // the older one goes with the temporary name
+        }
+        const fs::path older = m_temporary.parent_path() / temporaryName();
+        if (::rename(to, older.c_str()) != 0) {
+            failPublishing();
+        }
+        if (::rename(from, to) != 0) {
+            const int reason = errno;
+            static_cast<void>(::rename(older.c_str(), to));
+            errno = reason;
+            failPublishing();
+        }
+        m_temporary = older;
+    }
+
+    [[noreturn]] static void failPublishing() {
+        throw WritingError("The image cannot get its name: " + std::generic_category().message(errno) + '.');
+    }
+
+    /// Names the labels among those of the image.
+    void enlist() const {
+        const fs::path folder = m_target.parent_path();
+        json attributes = readJson(folder / ".zattrs").value_or(json::object());
+        json names = attributes.value("labels", json::array());
+        names = names.is_array() ? names : json::array();
+        const String name = m_target.filename().string();
+        if (std::find(names.begin(), names.end(), json(name)) == names.end()) {
+            names.push_back(name);
+        }
+        attributes["labels"] = names;
+        writeJson(folder / ".zgroup", {{"zarr_format", 2}});
+        writeJson(folder / ".zattrs", attributes);
+    }
+
+    fs::path m_target;
+    fs::path m_temporary;
+    std::vector<Components> m_axes;
+    Extents m_chunk;
+    WriteOptions m_options;
+    bool m_isLabels = false;
+    std::unique_ptr<ZarrStore> m_store;
+};
+
+}  // namespace
+
+Extents chunkFor(const WriteOptions& options) {
+    const bool areTiles = options.tileColumns != 0 || options.tileRows != 0;
+    return {options.tileColumns, options.tileRows, areTiles ? 1U : 0U, 0, 0};
+}
+
+std::unique_ptr<ChunkStore> createZarr(const fs::path& path, const ImageHeader& header, const Extents& chunk,
+                                       const WriteOptions& options) {
+    return std::make_unique<ZarrWriter>(path, header, chunk, options);
+}
+
+}  // namespace rix::io

@@ -1,0 +1,138 @@
+#include "MemoryBudget.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string>
+
+#include <rix/description/Algorithms.h>
+#include <rix/image/ImageModel.h>
+#include <rix/properties/Property.h>
+#include <rix/settings/Settings.h>
+
+#include "../Failure.h"
+
+namespace rix::cli {
+namespace {
+
+constexpr const char* cacheKey = "RIX_DISK_CACHE_SIZE";
+constexpr const char* largestKey = "RIX_MAXIMUM_IMAGE_SIZE";
+constexpr std::uint64_t mebi = std::uint64_t{1} << 20;
+
+/// Bytes that saturate: a sum of sizes beyond all measure is too large as well.
+class Bytes {
+public:
+    Bytes() = default;
+    explicit Bytes(std::uint64_t count) : m_count(count) {}
+    void add(std::uint64_t bytes) {
+        if (__builtin_add_overflow(m_count, bytes, &m_count)) {
+            m_count = most;
+        }
+    }
+    void addImage(VoxelTypes voxelType, std::size_t samples, const std::array<std::size_t, RIX_COMPONENTS_SIZE>& n) {
+        std::uint64_t bytes = helper::getSizeOf(voxelType) * samples;
+        for (const std::size_t extent : n) {
+            if (__builtin_mul_overflow(bytes, extent, &bytes)) {
+                bytes = most;
+            }
+        }
+        add(bytes);
+    }
+    std::uint64_t count() const { return m_count; }
+    /// "12.5 MiB"
+    std::string toText() const {
+        constexpr const char* units[] = {" bytes", " KiB", " MiB", " GiB", " TiB", " PiB", " EiB"};
+        auto value = static_cast<double>(m_count);
+        std::size_t unit = 0;
+        for (; value >= 1024.0; ++unit) {
+            value /= 1024.0;
+        }
+        std::string text = std::to_string(value);
+        text.resize(text.find('.') + (unit == 0 ? 0 : 2));
+        return text + units[unit];
+    }
+
+private:
+    static constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+
+    std::uint64_t m_count = 0;
+};
+
+/// What a run holds, by what it is for.
+struct Needs {
+    Bytes inputs;
+    Bytes results;
+    Bytes work;
+    Bytes cache;
+
+    Bytes sum() const {
+        Bytes all = inputs;
+        for (const Bytes& part : {results, work, cache}) {
+            all.add(part.count());
+        }
+        return all;
+    }
+};
+
+Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
+    Needs needs;
+    bool usesCache = temporariesOnDisk;
+    for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
+        const auto* const input = dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(i));
+        if (input == nullptr || input->get() == nullptr) {
+            continue;
+        }
+        const ImageModel& image = *input->get();
+        usesCache = usesCache || image.isOnDisk();
+        if (!image.isOnDisk()) {
+            needs.inputs.addImage(image.getVoxelType(), helper::getElementNumber(image.getElementType()),
+                                  helper::getExtents(image));
+        }
+    }
+    const AlgorithmDescription description = algorithm.describe();
+    for (const OutputDescription& output : description.outputs) {
+        const auto* const property =
+            dynamic_cast<const Property<ImageModel*>*>(&description::findProperty(algorithm, output.name));
+        if (property == nullptr || property->get() == nullptr) {
+            continue;
+        }
+        usesCache = usesCache || property->get()->isOnDisk();
+        if (!property->get()->isOnDisk()) {
+            needs.results.addImage(output.voxelType, 1, output.extents);
+        }
+    }
+    needs.work = Bytes(description.extraMemory);
+    needs.cache = Bytes(usesCache ? globalSettings().getValueAsSize_t(cacheKey, 0) : 0);
+    return needs;
+}
+
+}  // namespace
+
+void MemoryBudget::limitReading() const {
+    const auto lower = [](const char* key, std::size_t bytes) {
+        const std::size_t before = globalSettings().getValueAsSize_t(key, 0);
+        globalSettings().setValueAsSize_t(key, before == 0 ? bytes : std::min(before, bytes));
+    };
+    lower(cacheKey, m_bytes / 4);
+    lower(largestKey, m_bytes);
+}
+
+void MemoryBudget::fit(BaseAlgorithm& algorithm) const {
+    Needs needs = needsOf(algorithm, false);
+    if (needs.sum().count() > m_bytes) {
+        algorithm.settings().setValueAsBool("RIX_TEMPORARY_IMAGE_ON_DISK", true);
+        needs = needsOf(algorithm, true);
+    }
+    if (needs.sum().count() > m_bytes) {
+        throw Failure(RUN_FAILED, "the run needs " + needs.sum().toText() + " of memory: " + needs.inputs.toText() +
+                                      " for its inputs, " + needs.results.toText() + " for results, " +
+                                      needs.work.toText() + " to work with, " + needs.cache.toText() +
+                                      " for chunks of images on disk; --memory allows " + Bytes(m_bytes).toText() +
+                                      " (images in chunks, .zarr, stay on disk)");
+    }
+    const std::uint64_t rest = (m_bytes - needs.sum().count() + needs.work.count()) / mebi;
+    algorithm.setMaximumExtraMemoryUsage(
+        static_cast<int>(std::clamp<std::uint64_t>(rest, 1, std::numeric_limits<int>::max())));
+}
+
+}  // namespace rix::cli
