@@ -10,6 +10,7 @@
 #include "Chunks.h"
 #include "Metadata.h"
 #include "NamingTheFile.h"
+#include "SpooledStore.h"
 
 namespace rix::io {
 namespace {
@@ -91,18 +92,19 @@ std::unique_ptr<DiskImage> openImage(const std::filesystem::path& path, const Re
 std::unique_ptr<DiskImage> createImage(const std::filesystem::path& path, const WriteOptions& options) {
     return namingTheFile(writingLevel(path), [&] {
         const Codec& codec = codecOfName(path);
-        if (codec.chunks == nullptr || codec.chunks->create == nullptr) {
-            throw WritingError(String(codec.name) + " files are not written in chunks.");
-        }
         const auto make = [&codec, path, options](const ImageHeader& header, const Extents& chunk) {
             return namingTheFile(writingLevel(path), [&] {
                 if (const String reason = refusalOf(codec, HeaderImage(header), options); !reason.empty()) {
                     throw WritingError(reason);
                 }
-                return codec.chunks->create(path, header, chunk, options);
+                if (codec.chunks != nullptr && codec.chunks->create != nullptr) {
+                    return codec.chunks->create(path, header, chunk, options);
+                }
+                return makeSpool(path, header, chunk,
+                                 [path, options](const ImageModel& image) { writeImage(path, image, options); });
             });
         };
-        return std::make_unique<DiskImage>(make, codec.chunks->chunkFor(options));
+        return std::make_unique<DiskImage>(make, chunkFor(options));
     });
 }
 

@@ -161,6 +161,11 @@ void writeChunks(ChunkStore& store, const Extents& chunk, const ImageModel& imag
     store.finish(helper::headerOf(image));
 }
 
+Extents chunkFor(const WriteOptions& options) {
+    const bool areTiles = options.tileColumns != 0 || options.tileRows != 0;
+    return {options.tileColumns, options.tileRows, areTiles ? 1U : 0U, 0, 0};
+}
+
 Extents usualChunks(const Extents& image, const Extents& wanted) {
     const Extents usual = image[PLANS] == 1 ? Extents{1024, 256, 1, 1, 1} : Extents{128, 64, 32, 1, 1};
     Extents chunk{};

@@ -28,9 +28,8 @@ struct ChunkedAccess {
     /// Whether a path is the name of an image beyond what extensions tell; null when these tell everything.
     bool (*hasName)(const std::filesystem::path& path);
     ChunkedImage (*open)(const std::filesystem::path& path, const ReadOptions& options);
-    /// The extents of chunks that the options ask for; 0 for the usual ones.
-    Extents (*chunkFor)(const WriteOptions& options);
-    /// A store whose file appears under the path when it is finished.
+    /// A store whose file appears under the path when it is finished; null for a format that is written from the first
+    /// sample to the last.
     std::unique_ptr<ChunkStore> (*create)(const std::filesystem::path& path, const ImageHeader& header,
                                           const Extents& chunk, const WriteOptions& options);
 };
@@ -77,6 +76,8 @@ std::unique_ptr<MemoryImage> readChunks(ChunkedImage& file, const ReadOptions& o
 /// Writes an image chunk by chunk and finishes the store. @throws WritingError
 void writeChunks(ChunkStore& store, const Extents& chunk, const ImageModel& image);
 
+/// The extents of chunks that the options ask for, 0 for the usual ones; planes go one by one in tiles.
+Extents chunkFor(const WriteOptions& options);
 /// Chunks of about a MiB, cut to the image, on axes where none are wanted (0).
 Extents usualChunks(const Extents& image, const Extents& wanted);
 

@@ -159,7 +159,7 @@ void writeImage(const std::filesystem::path& path, const ImageModel& image, cons
         refuseWhatDoesNotFit(codec, image, options);
         const InterruptibleImage interruptible(image, options.interrupted);
         if (codec.write == nullptr) {
-            const Extents chunk = usualChunks(helper::getExtents(image), codec.chunks->chunkFor(options));
+            const Extents chunk = usualChunks(helper::getExtents(image), chunkFor(options));
             writeChunks(*codec.chunks->create(path, helper::headerOf(image), chunk, options), chunk, interruptible);
             return;
         }

@@ -113,6 +113,40 @@ TEST_F(TiffChunks, AreReadOneByOne) {
     EXPECT_EQ(needed, 4U) << "columns 32 to 95 and rows 32 to 95 of the second page";
 }
 
+TEST_F(TiffChunks, AreWrittenInWhateverOrder) {
+    MemoryImage content = randomImage(RIX_UINT16, {100, 75, 2, 1, 3}, 4);
+    calibrateFully(content);
+    const WriteOptions tiles{
+        .compression = Compression::Deflate, .tileColumns = 32, .tileRows = 16, .bigTiff = BigTiff::Always};
+    for (const char* name : {"a.tif", "a.ome.tif", "a.nrrd"}) {
+        const bool isTiff = std::string(name) != "a.nrrd";
+        const WriteOptions options = isTiff ? tiles : WriteOptions();
+        const std::filesystem::path path = m_folder / name;
+        const auto image = createImage(path, options);
+        ASSERT_TRUE(image->reserve(RIX_UINT16, 100, 75, 2, 1, 3));
+        std::vector<std::uint8_t> row(200);
+        for (std::size_t i = 75 * 6; i-- > 0;) {
+            const std::size_t y = i * 7 % 75;
+            ASSERT_TRUE(content.readRowAt(100, row.data(), 0, y, i / 75 % 2, 0, i / 150));
+            ASSERT_TRUE(image->writeRowAt(100, row.data(), 0, y, i / 75 % 2, 0, i / 150));
+        }
+        calibrateFully(*image);
+        EXPECT_FALSE(std::filesystem::exists(path));
+        image->close();
+        const std::string written = contentOf(path);
+        writeImage(path, content, options);
+        EXPECT_EQ(written, contentOf(path)) << "each tile once, as they follow each other";
+        if (isTiff) {
+            TIFF* const tiff = TIFFOpen(path.c_str(), "r");
+            EXPECT_TRUE(TIFFIsTiled(tiff) && TIFFIsBigTIFF(tiff));
+            TIFFClose(tiff);
+        }
+    }
+    const auto tooMany = createImage(m_folder / "a.png");
+    EXPECT_FALSE(tooMany->reserve(RIX_FLOAT32, 9, 9, 1, 1, 1)) << "PNG does not hold that";
+    EXPECT_EQ(m_folder.names().size(), 3U) << "something was left over";
+}
+
 TEST_F(TiffChunks, HaveLevels) {
     for (const bool named : {true, false}) {
         writePyramid(named, 2);

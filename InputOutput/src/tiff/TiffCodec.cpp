@@ -27,7 +27,7 @@ bool recognisesNothing(std::span<const std::uint8_t>) {
     return false;
 }
 
-constexpr ChunkedAccess Access{nullptr, nullptr, &openTiff, nullptr, nullptr};
+constexpr ChunkedAccess Access{nullptr, nullptr, &openTiff, nullptr};
 
 }  // namespace
 

@@ -156,7 +156,7 @@ bool isLabelPath(const fs::path& path) {
     return path.parent_path().filename() == "labels" && path.parent_path().parent_path().extension() == ".zarr";
 }
 
-const ChunkedAccess zarrAccess{&isFolderOf, &isLabelPath, &open, &chunkFor, &createZarr};
+const ChunkedAccess zarrAccess{&isFolderOf, &isLabelPath, &open, &createZarr};
 const Codec zarrCodec{"OME-Zarr", Extensions, &recognises, &refusal, nullptr,
                       nullptr,    nullptr,    false,       false,    &zarrAccess};
 

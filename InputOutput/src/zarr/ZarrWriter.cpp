@@ -205,11 +205,6 @@ private:
 
 }  // namespace
 
-Extents chunkFor(const WriteOptions& options) {
-    const bool areTiles = options.tileColumns != 0 || options.tileRows != 0;
-    return {options.tileColumns, options.tileRows, areTiles ? 1U : 0U, 0, 0};
-}
-
 std::unique_ptr<ChunkStore> createZarr(const fs::path& path, const ImageHeader& header, const Extents& chunk,
                                        const WriteOptions& options) {
     return std::make_unique<ZarrWriter>(path, header, chunk, options);

@@ -9,7 +9,7 @@
 
 namespace rix::io {
 
-/// Whether images of that name are written in chunks, so that `createImage` makes them.
+/// Whether images of that name are written in chunks, each as soon as it is complete.
 RIX_EXPORT bool isChunkedFileName(const std::filesystem::path& path);
 
 /// Whether `openImage` takes what is there under these options: a format that finds chunks of its images, an image
@@ -27,10 +27,14 @@ RIX_EXPORT bool isForOpening(const std::filesystem::path& path, const ReadOption
 ///         damaged makes the rows fail that it has samples of.
 RIX_EXPORT std::unique_ptr<DiskImage> openImage(const std::filesystem::path& path, const ReadOptions& options = {});
 
-/// An image without elements whose chunks are written to a file as they become complete; after `reserve`, which makes
-/// a file under a temporary name beside. `DiskImage::close` completes it and gives it its name; without that nothing
-/// appears. `reserve` fails for what the format cannot hold.
-/// @throws WritingError when the name is of no format in chunks
+/// An image without elements whose chunks are written to a file as they become complete, after `reserve`, which makes
+/// it under a temporary name beside. `DiskImage::close` completes it and gives it its name; without that nothing
+/// appears. `reserve` fails for what the format cannot hold. In chunks of the options' tiles, where they have them.
+///
+/// Formats that are not written in chunks, TIFF with tiles among them, keep the samples in a temporary file without
+/// compression beside, and are written from it by `close`, by rows or tiles, each once: that takes the room of both on
+/// disk, and little memory.
+/// @throws WritingError when the name is of no format
 RIX_EXPORT std::unique_ptr<DiskImage> createImage(const std::filesystem::path& path, const WriteOptions& options = {});
 
 }  // namespace rix::io
