@@ -136,14 +136,12 @@ void forEachGradientRow(access::ExecutionContext& context, const ImageModel& inp
                         const std::array<double, 3>& steps, OptimLevelType level, const Row& row) {
     const std::size_t axes = job.components.size();
     const FieldPlan<T> plan(job);
-    const access::Steps weights(context, {static_cast<double>(plan.temporaries()), 1.0});
-    const FieldImages<T> images(context, {&input}, job, plan, level);
     const FieldKernels<T> kernels = fieldKernels<T>(level);
-    const access::Plan blocks = access::cutBoxes({&input}, {}, fieldNeeds(plan));
+    const access::Plan blocks = cutField(input, plan);
     access::run(context, blocks, [&](const access::Block& block) {
         access::Looks looks;
-        forEachTile(plan, *images.sources()[0].image, block, [&](const access::Block& tile) {
-            FieldRing<T> ring(plan, images.sources(), tile, helper::getExtents(input), kernels);
+        forEachTile(plan, block, [&](const access::Block& tile) {
+            FieldRing<T> ring(plan, {&input}, tile, helper::getExtents(input), kernels);
             GradientRows<T> rows{};
             for (std::size_t axis = 0; axis < 3; ++axis) {
                 rows.step[axis] = static_cast<T>(steps[axis]);
@@ -304,10 +302,9 @@ std::size_t bytesOf(const Filter& filter) {
         first = std::max(first, access::TemporaryImage::bytes(input, type) + fieldBytes(input, job, type, 1, threads));
     }
     const FieldPlan<T> plan(withMargin(job));
-    const access::Plan blocks = access::cutBoxes({&input}, {}, fieldNeeds(plan));
+    const access::Plan blocks = cutField(input, plan);
     const std::size_t atOnce = blocks.isSmall() ? 1 : std::min(threads, blocks.blockCount());
-    const std::size_t ring =
-        FieldRing<T>::bytes(plan, std::min(blocks.largestPart(COLUMNS), tileColumns(plan)), blocks.largestPart(ROWS));
+    const std::size_t ring = FieldRing<T>::bytes(plan, largestTile(plan, blocks));
     const std::size_t second = fieldBytes(input, withMargin(job), type, 0, threads) + atOnce * ring;
     const std::size_t lines = extents[ROWS] * extents[PLANS] * extents[SEQUENCE] * extents[SPECTRAL_SERIES];
     const std::size_t table = filter.getOutputMeasurement() != nullptr ? (lines + 1) * sizeof(std::size_t) : 0;
