@@ -1,5 +1,7 @@
 // Both Canny edge detectors: gradients, what is greatest along them, what is connected with something strong.
 
+#include <bit>
+
 #include <rix/access/Looks.h>
 #include <rix/access/PositionedRows.h>
 #include <rix/access/Run.h>
@@ -134,14 +136,12 @@ void forEachGradientRow(access::ExecutionContext& context, const ImageModel& inp
                         const std::array<double, 3>& steps, OptimLevelType level, const Row& row) {
     const std::size_t axes = job.components.size();
     const FieldPlan<T> plan(job);
-    const access::Steps weights(context, {static_cast<double>(plan.temporaries()), 1.0});
-    const FieldImages<T> images(context, {&input}, job, plan, level);
     const FieldKernels<T> kernels = fieldKernels<T>(level);
-    const access::Plan blocks = access::cutBoxes({&input}, {}, fieldNeeds(plan));
+    const access::Plan blocks = cutField(input, plan);
     access::run(context, blocks, [&](const access::Block& block) {
         access::Looks looks;
-        forEachTile(plan, *images.sources()[0].image, block, [&](const access::Block& tile) {
-            FieldRing<T> ring(plan, images.sources(), tile, helper::getExtents(input), kernels);
+        forEachTile(plan, block, [&](const access::Block& tile) {
+            FieldRing<T> ring(plan, {&input}, tile, helper::getExtents(input), kernels);
             GradientRows<T> rows{};
             for (std::size_t axis = 0; axis < 3; ++axis) {
                 rows.step[axis] = static_cast<T>(steps[axis]);
@@ -165,8 +165,8 @@ void forEachGradientRow(access::ExecutionContext& context, const ImageModel& inp
     });
 }
 
-/// Counts of the edges before each row of the classes, in storage order; at the end of all.
-access::CountedVector<std::size_t> edgesBefore(const ImageModel& image, const EdgeClasses& classes) {
+/// Counts of the edges before each row, in storage order; at the end of all.
+access::CountedVector<std::size_t> edgesBefore(const ImageModel& image, const EdgeMap& map) {
     const auto extents = helper::getExtents(image);
     access::CountedVector<std::size_t> before;
     before.reserve(extents[ROWS] * extents[PLANS] * extents[SEQUENCE] * extents[SPECTRAL_SERIES] + 1);
@@ -175,13 +175,14 @@ access::CountedVector<std::size_t> edgesBefore(const ImageModel& image, const Ed
     for (std::size_t c = 0; c < extents[SPECTRAL_SERIES]; ++c) {
         for (std::size_t t = 0; t < extents[SEQUENCE]; ++t) {
             for (std::size_t z = 0; z < extents[PLANS]; ++z) {
-                const auto [place, plane] = classes.imageOf(z, t, c);
+                const auto [place, plane] = map.imageOf(z, t, c);
                 for (std::size_t y = 0; y < extents[ROWS]; ++y) {
                     before.push_back(count);
-                    const std::uint8_t* const row = classes.row(place, y, plane);
-                    count += static_cast<std::size_t>(std::count_if(
-                        row, row + extents[COLUMNS], [](std::uint8_t each) { return each >= StrongEdge; }));
-                    looks.add(extents[COLUMNS] / 32 + 1);
+                    const EdgeMap::Word* const row = map.edges(place, y, plane);
+                    for (std::size_t x = 0; x < extents[COLUMNS]; x += EdgeMap::bits) {
+                        count += static_cast<std::size_t>(std::popcount(row[x / EdgeMap::bits]));
+                    }
+                    looks.add(extents[COLUMNS] / 1024 + 1);
                 }
             }
         }
@@ -191,11 +192,10 @@ access::CountedVector<std::size_t> edgesBefore(const ImageModel& image, const Ed
 }
 
 template <class T, class Filter>
-void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, const EdgeClasses& classes,
-               OptimLevelType level) {
+void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, const EdgeMap& map, OptimLevelType level) {
     EdgesMsr& table = *filter.getOutputMeasurement();
     const auto extents = helper::getExtents(image);
-    const auto before = edgesBefore(image, classes);
+    const auto before = edgesBefore(image, map);
     constexpr std::size_t axes = axesOf<Filter>;
     table.ofVolumes = axes == 3;
     table.hasFrames = extents[SEQUENCE] > 1;
@@ -206,9 +206,9 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
     forEachGradientRow<T>(
         filter.executionContext(), image, job, stepsOf(filter), level,
         [&](const GradientRows<T>& rows, const access::RowSegment& segment) {
-            const auto [place, plane] = classes.imageOf(segment.plane, segment.sequence, segment.spectral);
-            const std::uint8_t* const row = classes.row(place, segment.row, plane);
-            const auto isEdge = [&](std::size_t x) { return row[x] >= StrongEdge; };
+            const auto [place, plane] = map.imageOf(segment.plane, segment.sequence, segment.spectral);
+            const EdgeMap::Word* const row = map.edges(place, segment.row, plane);
+            const auto isEdge = [&](std::size_t x) { return isSet(row, x); };
             const std::size_t number =
                 ((segment.spectral * extents[SEQUENCE] + segment.sequence) * extents[PLANS] + segment.plane) *
                     extents[ROWS] +
@@ -251,31 +251,34 @@ void detect(Filter& filter, const ImageModel& input, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
     const FieldJob job = jobOf(filter);
     const access::Steps steps(context, {1.0, 1.0, 0.2, filter.getOutputMeasurement() != nullptr ? 1.0 : 0.0});
-    EdgeClasses classes(helper::getExtents(input), axesOf<Filter>);
-    const auto thresholds = cannyThresholds<T>(context, input, job, thresholdsOf(filter), classes, level);
+    EdgeMap map(helper::getExtents(input), axesOf<Filter>);
+    const auto thresholds = cannyThresholds<T>(context, input, job, thresholdsOf(filter), map, level);
     const CannyKernels<T> kernels = cannyKernels<T>(level);
+    const auto classify = ofVolumes<Filter> ? kernels.classify3 : kernels.classify2;
     forEachGradientRow<T>(context, input, withMargin(job), stepsOf(filter), level,
                           [&](GradientRows<T>& rows, const access::RowSegment& segment) {
                               const auto [image, plane] =
-                                  classes.imageOf(segment.plane, segment.sequence, segment.spectral);
+                                  map.imageOf(segment.plane, segment.sequence, segment.spectral);
                               rows.lower = thresholds[image][0];
                               rows.upper = thresholds[image][1];
-                              (ofVolumes<Filter> ? kernels.classify3 : kernels.classify2)(
-                                  rows, classes.row(image, segment.row, plane) + segment.column, segment.count);
+                              EdgeMap::Word weak[classifiedColumns / EdgeMap::bits];
+                              EdgeMap::Word strong[classifiedColumns / EdgeMap::bits];
+                              for (std::size_t x = 0; x < segment.count; x += classifiedColumns) {
+                                  const std::size_t n = std::min(classifiedColumns, segment.count - x);
+                                  classify(rows, x, n, weak, strong);
+                                  map.enter(image, segment.row, plane, segment.column + x, weak, strong, n);
+                              }
                           });
-    classes.connect(context);
+    map.connect(context);
     ImageModel& output = *filter.getOutputBinaryImage();
     constexpr double nanosecondsPerVoxel = 0.1;
     access::generateRowsAt<std::uint8_t>(
         context, output, nanosecondsPerVoxel, [&](const access::Position& at, std::uint8_t* out, std::size_t count) {
-            const auto [image, plane] = classes.imageOf(at.plane, at.sequence, at.spectral);
-            const std::uint8_t* const row = classes.row(image, at.row, plane) + at.column;
-            for (std::size_t x = 0; x < count; ++x) {
-                out[x] = row[x] >= StrongEdge ? 1 : 0;
-            }
+            const auto [image, plane] = map.imageOf(at.plane, at.sequence, at.spectral);
+            kernels.expand(map.edges(image, at.row, plane), at.column, out, count);
         });
     if (filter.getOutputMeasurement() != nullptr) {
-        fillTable<T>(filter, input, withMargin(job), classes, level);
+        fillTable<T>(filter, input, withMargin(job), map, level);
     }
 }
 
@@ -299,16 +302,15 @@ std::size_t bytesOf(const Filter& filter) {
         first = std::max(first, access::TemporaryImage::bytes(input, type) + fieldBytes(input, job, type, 1, threads));
     }
     const FieldPlan<T> plan(withMargin(job));
-    const access::Plan blocks = access::cutBoxes({&input}, {}, fieldNeeds(plan));
+    const access::Plan blocks = cutField(input, plan);
     const std::size_t atOnce = blocks.isSmall() ? 1 : std::min(threads, blocks.blockCount());
-    const std::size_t ring =
-        FieldRing<T>::bytes(plan, std::min(blocks.largestPart(COLUMNS), tileColumns(plan)), blocks.largestPart(ROWS));
+    const std::size_t ring = FieldRing<T>::bytes(plan, largestTile(plan, blocks));
     const std::size_t second = fieldBytes(input, withMargin(job), type, 0, threads) + atOnce * ring;
     const std::size_t lines = extents[ROWS] * extents[PLANS] * extents[SEQUENCE] * extents[SPECTRAL_SERIES];
     const std::size_t table = filter.getOutputMeasurement() != nullptr ? (lines + 1) * sizeof(std::size_t) : 0;
     const std::size_t images =
         axesOf<Filter> == 3 ? extents[SEQUENCE] * extents[SPECTRAL_SERIES] : lines / extents[ROWS];
-    return EdgeClasses::bytes(extents, axesOf<Filter>) + images * 3 * sizeof(T) + std::max(first, second + table);
+    return EdgeMap::bytes(extents, axesOf<Filter>) + images * 3 * sizeof(T) + std::max(first, second + table);
 }
 
 template <class Filter>

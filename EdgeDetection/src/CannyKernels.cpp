@@ -61,6 +61,9 @@ HWY_INLINE hn::Vec<D> greatestAt(D d, const GradientRows<T>& rows, std::size_t x
     return hn::IfThenElseZero(hn::And(hn::Gt(m, before), hn::Ge(m, after)), m);
 }
 
+/// Classes of voxels on their way to edges.
+enum EdgeClass : std::uint8_t { NoEdge = 0, WeakEdge = 1, StrongEdge = 2 };
+
 /// Classes of magnitudes, 0 for those that are not greatest.
 template <class T>
 void classesOf(const T* magnitudes, T lower, T upper, std::uint8_t* out, std::size_t count) {
@@ -72,24 +75,60 @@ void classesOf(const T* magnitudes, T lower, T upper, std::uint8_t* out, std::si
     }
 }
 
+/// Bits of classes, eight at a time; behind the last class are `NoEdge`s.
+void pack(const std::uint8_t* classes, std::size_t count, std::uint64_t* weak, std::uint64_t* strong) {
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    constexpr std::uint64_t gather = 0x0102040810204080U;  // moves the lowest bit of each byte to the last byte
+    std::uint8_t bitsOfWeak[classifiedColumns / 8];
+    std::uint8_t bitsOfStrong[classifiedColumns / 8];
+    const std::size_t words = (count + 63) / 64;
+    for (std::size_t i = 0; i < 8 * words; ++i) {
+        std::uint64_t eight = 0;
+        __builtin_memcpy(&eight, classes + 8 * i, sizeof(eight));
+        const std::uint64_t second = eight >> 1 & ones;
+        bitsOfWeak[i] = static_cast<std::uint8_t>(((eight & ones) | second) * gather >> 56);
+        bitsOfStrong[i] = static_cast<std::uint8_t>(second * gather >> 56);
+    }
+    __builtin_memcpy(weak, bitsOfWeak, words * 8);
+    __builtin_memcpy(strong, bitsOfStrong, words * 8);
+}
+
+void expand(const std::uint64_t* bits, std::size_t begin, std::uint8_t* out, std::size_t count) {
+    constexpr std::uint64_t ones = 0x0101010101010101U;
+    constexpr std::uint64_t scatter = 0x0002040810204081U;  // a copy of seven bits for each byte, one bit apart
+    std::size_t x = 0;
+    for (; x < count && (begin + x) % 8 != 0; ++x) {
+        out[x] = static_cast<std::uint8_t>(bits[(begin + x) / 64] >> (begin + x) % 64 & 1U);
+    }
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(bits) + (begin + x) / 8;
+    for (std::size_t i = 0; x + 8 <= count; x += 8, ++i) {
+        const std::uint64_t byte = bytes[i];
+        const std::uint64_t eight = ((byte & 0x7FU) * scatter & ones) | (byte >> 7 << 56);
+        __builtin_memcpy(out + x, &eight, sizeof(eight));
+    }
+    for (; x < count; ++x) {
+        out[x] = static_cast<std::uint8_t>(bits[(begin + x) / 64] >> (begin + x) % 64 & 1U);
+    }
+}
+
 template <class T>
-void classify2(const GradientRows<T>& rows, std::uint8_t* out, std::size_t count) {
+void classify2(const GradientRows<T>& rows, std::size_t begin, std::size_t count, std::uint64_t* weak,
+               std::uint64_t* strong) {
     const hn::ScalableTag<T> d;
     const std::size_t lanes = hn::Lanes(d);
-    constexpr std::size_t piece = 256;
-    HWY_ALIGN T greatest[piece];
-    for (std::size_t begin = 0; begin < count; begin += piece) {
-        const std::size_t n = count - begin < piece ? count - begin : piece;
-        std::size_t x = 0;
-        for (; x + lanes <= n; x += lanes) {
-            hn::StoreU(greatestAt(d, rows, begin + x), d, greatest + x);
-        }
-        for (; x < n; ++x) {
-            const hn::CappedTag<T, 1> one;
-            hn::StoreU(greatestAt(one, rows, begin + x), one, greatest + x);
-        }
-        classesOf(greatest, rows.lower, rows.upper, out + begin, n);
+    HWY_ALIGN T greatest[classifiedColumns];
+    HWY_ALIGN std::uint8_t classes[classifiedColumns];
+    std::size_t x = 0;
+    for (; x + lanes <= count; x += lanes) {
+        hn::StoreU(greatestAt(d, rows, begin + x), d, greatest + x);
     }
+    for (; x < count; ++x) {
+        const hn::CappedTag<T, 1> one;
+        hn::StoreU(greatestAt(one, rows, begin + x), one, greatest + x);
+    }
+    classesOf(greatest, rows.lower, rows.upper, classes, count);
+    __builtin_memset(classes + count, NoEdge, classifiedColumns - count);
+    pack(classes, count, weak, strong);
 }
 
 template <class T>
@@ -130,22 +169,24 @@ HWY_INLINE Compared<T> comparedAt(const GradientRows<T>& rows, std::size_t x) {
 }
 
 template <class T>
-void classify3(const GradientRows<T>& rows, std::uint8_t* out, std::size_t count) {
+void classify3(const GradientRows<T>& rows, std::size_t begin, std::size_t count, std::uint64_t* weak,
+               std::uint64_t* strong) {
+    std::uint8_t classes[classifiedColumns] = {};
     for (std::size_t x = 0; x < count; ++x) {
-        const T m = rows.magnitudes[1][1][x];
-        out[x] = NoEdge;
+        const T m = rows.magnitudes[1][1][begin + x];
         if (m > T{0} && m >= rows.lower) {
-            const Compared<T> compared = comparedAt<3>(rows, x);
+            const Compared<T> compared = comparedAt<3>(rows, begin + x);
             if (m > compared.before && m >= compared.after) {
-                out[x] = m >= rows.upper ? StrongEdge : WeakEdge;
+                classes[x] = m >= rows.upper ? StrongEdge : WeakEdge;
             }
         }
     }
+    pack(classes, count, weak, strong);
 }
 
 template <class T>
 CannyKernels<T> kernels() {
-    return {&classify2<T>, &classify3<T>};
+    return {&classify2<T>, &classify3<T>, &expand};
 }
 
 template <class T>

@@ -8,14 +8,6 @@
 
 namespace rix::edge_detection {
 
-/// Classes of voxels on their way to edges.
-enum EdgeClass : std::uint8_t {
-    NoEdge = 0,
-    WeakEdge = 1,
-    StrongEdge = 2,
-    ReachedEdge = 3  ///< and the direction that it was reached by
-};
-
 /// A row's gradients and the magnitudes around it: rows of three planes, three rows each, the middle plane alone in 2D.
 template <class T>
 struct GradientRows {
@@ -26,11 +18,18 @@ struct GradientRows {
     T upper;
 };
 
+inline constexpr std::size_t classifiedColumns = 512;  ///< at a time
+
 template <class T>
 struct CannyKernels {
-    /// Classes of the voxels of a row: 0 where the magnitude is not the greatest along the gradient, or below `lower`.
-    void (*classify2)(const GradientRows<T>& rows, std::uint8_t* out, std::size_t count);
-    void (*classify3)(const GradientRows<T>& rows, std::uint8_t* out, std::size_t count);
+    /// Of up to `classifiedColumns` voxels of a row, from `begin` on, a bit each: whether the magnitude is the greatest
+    /// along the gradient and at least `lower`; whether it is at least `upper` as well. Behind the last one zeros.
+    void (*classify2)(const GradientRows<T>& rows, std::size_t begin, std::size_t count, std::uint64_t* weak,
+                      std::uint64_t* strong);
+    void (*classify3)(const GradientRows<T>& rows, std::size_t begin, std::size_t count, std::uint64_t* weak,
+                      std::uint64_t* strong);
+    /// `count` voxels, 0 and 1, of bits from the column `begin` on.
+    void (*expand)(const std::uint64_t* bits, std::size_t begin, std::uint8_t* out, std::size_t count);
 };
 
 template <class T>

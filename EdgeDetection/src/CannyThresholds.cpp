@@ -74,7 +74,7 @@ T elementOfRank(const ImageModel& magnitudes, std::size_t image, std::size_t axe
 /// The greatest magnitude of each image; NaN is none.
 template <class T>
 void findGreatest(access::ExecutionContext& context, const ImageModel& input, const FieldJob& job,
-                  const EdgeClasses& layout, OptimLevelType level, access::CountedVector<T>& greatest) {
+                  const EdgeMap& layout, OptimLevelType level, access::CountedVector<T>& greatest) {
     const auto kernels = fieldKernels<T>(level);
     std::mutex mutex;
     computeField<T>(context, {&input}, job, {}, level,
@@ -98,7 +98,7 @@ void findGreatest(access::ExecutionContext& context, const ImageModel& input, co
 template <class T>
 access::CountedVector<std::array<T, 2>> cannyThresholds(access::ExecutionContext& context, const ImageModel& input,
                                                         const FieldJob& job, const ThresholdRule& rule,
-                                                        const EdgeClasses& layout, OptimLevelType level) {
+                                                        const EdgeMap& layout, OptimLevelType level) {
     const std::size_t axes = job.components.size();
     const std::array<double, 2> given{rule.lower, rule.upper};
     const std::array<T, 2> fixed{static_cast<T>(rule.lower), static_cast<T>(rule.upper)};
@@ -147,11 +147,11 @@ access::CountedVector<std::array<T, 2>> cannyThresholds(access::ExecutionContext
 
 template access::CountedVector<std::array<float, 2>> cannyThresholds<float>(access::ExecutionContext&,
                                                                             const ImageModel&, const FieldJob&,
-                                                                            const ThresholdRule&, const EdgeClasses&,
+                                                                            const ThresholdRule&, const EdgeMap&,
                                                                             OptimLevelType);
 template access::CountedVector<std::array<double, 2>> cannyThresholds<double>(access::ExecutionContext&,
                                                                               const ImageModel&, const FieldJob&,
-                                                                              const ThresholdRule&, const EdgeClasses&,
+                                                                              const ThresholdRule&, const EdgeMap&,
                                                                               OptimLevelType);
 
 }  // namespace rix::edge_detection

@@ -30,6 +30,6 @@ inline constexpr double upperPart = 0.2;
 template <class T>
 access::CountedVector<std::array<T, 2>> cannyThresholds(access::ExecutionContext& context, const ImageModel& input,
                                                         const FieldJob& job, const ThresholdRule& rule,
-                                                        const EdgeClasses& layout, OptimLevelType level);
+                                                        const EdgeMap& layout, OptimLevelType level);
 
 }  // namespace rix::edge_detection

@@ -160,6 +160,11 @@ access::Stores storesOf(const ImageModel& input, std::size_t outputs) {
 }
 
 /// For filters whose one output is the sum of their components.
+inline FieldJob asSum(FieldJob job) {
+    job.isSum = true;
+    return job;
+}
+
 template <class Filter>
 void processSum(Filter& filter, const FieldJob& job, OptimLevelType level) {
     const ImageModel& input = *filter.getInputImage();
@@ -167,10 +172,9 @@ void processSum(Filter& filter, const FieldJob& job, OptimLevelType level) {
         using T = typename decltype(tag)::type;
         const auto kernels = fieldKernels<T>(level);
         const access::Stores stores = storesOf<T>(input, 1);
-        const std::size_t n = job.components.size();
         computeField<T>(filter.executionContext(), {&input}, job, {{filter.getOutputImage()}}, level,
                         [&](const T* const* components, T* const* outs, const access::RowSegment& segment) {
-                            kernels.sum(components, n, outs[0], segment.count, stores);
+                            kernels.sum(components, 1, outs[0], segment.count, stores);
                         });
     });
 }
@@ -182,12 +186,12 @@ constexpr algorithms::Definition<Filter> definitionOfSum(const char* summary) {
         .summary = summary,
         .kind = AlgorithmKind::Neighbourhood,
         .declare = declare,
-        .process = [](Filter& filter, OptimLevelType level) { processSum(filter, jobOf(filter), level); },
+        .process = [](Filter& filter, OptimLevelType level) { processSum(filter, asSum(jobOf(filter)), level); },
         .influence = [](const Filter& filter) { return fieldReach(jobOf(filter)); },
         .memory =
             [](const Filter& filter) {
                 const ImageModel& input = *filter.getInputImage();
-                return fieldBytes(input, jobOf(filter), fieldWorkType(input.getVoxelType()), 1,
+                return fieldBytes(input, asSum(jobOf(filter)), fieldWorkType(input.getVoxelType()), 1,
                                   filter.getMaximumThreads());
             },
     };

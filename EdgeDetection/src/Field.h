@@ -28,20 +28,6 @@ VoxelTypes fieldWorkType(VoxelTypes input);
 /// Of derivatives.
 VoxelTypes derivativeType(VoxelTypes input);
 
-/// Sums along z that are taken before, and the images that windows then look at.
-template <class T>
-class FieldImages {
-public:
-    /// One step of the run for each image that is summed along z.
-    FieldImages(access::ExecutionContext& context, const std::vector<const ImageModel*>& sources, const FieldJob& job,
-                const FieldPlan<T>& plan, OptimLevelType level);
-    const std::vector<FieldSource<T>>& sources() const { return m_sources; }
-
-private:
-    std::vector<access::TemporaryImage> m_temporaries;
-    std::vector<FieldSource<T>> m_sources;
-};
-
 /// Computes the components of a job for every voxel, and lets `row(components, outs, segment)` make rows of results of
 /// them.
 /// @param sources the filter's images, of the same extents
@@ -50,27 +36,43 @@ void computeField(access::ExecutionContext& context, const std::vector<const Ima
                   const std::vector<FieldOutput>& outputs, OptimLevelType level,
                   access::FunctionRef<void(const T* const*, T* const*, const access::RowSegment&)> row);
 
-/// The needs of the cut into blocks.
+/// The cut into blocks: high, and of volumes deep, against what their windows look at around them.
 template <class T>
-access::BoxNeeds fieldNeeds(const FieldPlan<T>& plan);
+access::Plan cutField(const ImageModel& image, const FieldPlan<T>& plan);
 
-/// The most columns of a part of a block, whose rows the caches hold.
-template <class T>
-std::size_t tileColumns(const FieldPlan<T>& plan);
+/// Into how many parts of at most `most` an axis is cut; they are nearly equal.
+inline std::size_t partsOf(std::size_t length, std::size_t most) {
+    return std::max<std::size_t>(1, (length + most - 1) / most);
+}
 
-/// Calls `use` for the parts of a block of an image that windows look at.
+/// Calls `use` for the parts of a block that are worked on one after the other.
 template <class T, class Use>
-void forEachTile(const FieldPlan<T>& plan, const ImageModel& image, const access::Block& block, const Use& use) {
-    const access::WindowSpans spans = access::spansOf(image, access::voxelTypeOf<T>, block, fieldNeeds(plan).reach);
-    const std::size_t columns = tileColumns(plan);
-    for (std::size_t i = 0; i < spans.count; ++i) {
-        access::Block tile = spans.parts[i];
-        const access::Interval all = tile.columns();
-        for (std::size_t begin = all.begin; begin < all.end; begin += columns) {
-            tile.axes[COLUMNS] = {begin, std::min(begin + columns, all.end)};
+void forEachTile(const FieldPlan<T>& plan, const access::Block& block, const Use& use) {
+    const TileSize size = tileSize(plan);
+    const auto partOf = [](const access::Interval& axis, std::size_t parts, std::size_t index) {
+        const access::Interval part = access::partOf(axis.length(), parts, index);
+        return access::Interval{axis.begin + part.begin, axis.begin + part.end};
+    };
+    const std::size_t columnParts = partsOf(block.columns().length(), size.columns);
+    const std::size_t rowParts = partsOf(block.rows().length(), size.rows);
+    for (std::size_t column = 0; column < columnParts; ++column) {
+        for (std::size_t row = 0; row < rowParts; ++row) {
+            access::Block tile = block;
+            tile.axes[COLUMNS] = partOf(block.columns(), columnParts, column);
+            tile.axes[ROWS] = partOf(block.rows(), rowParts, row);
             use(tile);
         }
     }
+}
+
+/// The largest tile of a cut.
+template <class T>
+TileSize largestTile(const FieldPlan<T>& plan, const access::Plan& blocks) {
+    const TileSize size = tileSize(plan);
+    const auto largest = [](std::size_t length, std::size_t most) {
+        return access::partOf(length, partsOf(length, most), 0).length();
+    };
+    return {largest(blocks.largestPart(COLUMNS), size.columns), largest(blocks.largestPart(ROWS), size.rows)};
 }
 
 /// Most bytes that this takes beside its images. @param outputs how many rows of results there are at a time

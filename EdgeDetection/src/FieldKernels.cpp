@@ -20,12 +20,12 @@ HWY_INLINE V paired(V after, V before) {
 }
 
 /// The sums of `vectors` vectors from x on, kept in registers through all taps.
-template <bool isOdd, std::size_t vectors, class D, class T>
-HWY_INLINE void sumAt(D d, const T* const* rows, const T* half, std::size_t reach, T* out, std::size_t x) {
+template <bool isOdd, bool isMore, std::size_t vectors, class D, class Rows, class T>
+HWY_INLINE void sumAt(D d, const Rows& rows, const T* half, std::size_t reach, T* out, std::size_t x) {
     const std::size_t lanes = hn::Lanes(d);
     hn::Vec<D> sums[vectors];
     const auto outer = hn::Set(d, half[reach]);
-    HWY_UNROLL(4)
+    HWY_UNROLL(8)
     for (std::size_t v = 0; v < vectors; ++v) {
         const std::size_t at = x + v * lanes;
         const auto pair = reach > 0 ? paired<isOdd>(hn::LoadU(d, rows[2 * reach] + at), hn::LoadU(d, rows[0] + at))
@@ -36,7 +36,7 @@ HWY_INLINE void sumAt(D d, const T* const* rows, const T* half, std::size_t reac
         const auto tap = hn::Set(d, half[reach - k]);
         const T* const before = rows[k] + x;
         const T* const after = rows[2 * reach - k] + x;
-        HWY_UNROLL(4)
+        HWY_UNROLL(8)
         for (std::size_t v = 0; v < vectors; ++v) {
             const std::size_t at = v * lanes;
             const auto pair = paired<isOdd>(hn::LoadU(d, after + at), hn::LoadU(d, before + at));
@@ -44,39 +44,158 @@ HWY_INLINE void sumAt(D d, const T* const* rows, const T* half, std::size_t reac
         }
     }
     const auto middle = hn::Set(d, half[0]);
-    HWY_UNROLL(4)
+    HWY_UNROLL(8)
     for (std::size_t v = 0; v < vectors; ++v) {
         const std::size_t at = x + v * lanes;
         if (!isOdd && reach > 0) {
             sums[v] = hn::Add(sums[v], hn::Mul(middle, hn::LoadU(d, rows[reach] + at)));
         }
+        if (isMore) {
+            sums[v] = hn::Add(hn::LoadU(d, out + at), sums[v]);
+        }
         hn::StoreU(sums[v], d, out + at);
     }
 }
 
-template <bool isOdd, class T>
-void sumRows(const T* const* rows, const T* half, std::size_t reach, T* out, std::size_t count) {
+template <bool isOdd, bool isMore, class Rows, class T>
+void sumLong(const Rows& rows, const T* half, std::size_t reach, T* out, std::size_t count) {
     const hn::ScalableTag<T> d;
     const std::size_t lanes = hn::Lanes(d);
     std::size_t x = 0;
-    for (; x + 4 * lanes <= count; x += 4 * lanes) {
-        sumAt<isOdd, 4>(d, rows, half, reach, out, x);
+    for (; x + 8 * lanes <= count; x += 8 * lanes) {
+        sumAt<isOdd, isMore, 8>(d, rows, half, reach, out, x);
     }
     for (; x + lanes <= count; x += lanes) {
-        sumAt<isOdd, 1>(d, rows, half, reach, out, x);
+        sumAt<isOdd, isMore, 1>(d, rows, half, reach, out, x);
     }
-    if (x < count && count >= lanes) {  // some of it again, with the same results
-        sumAt<isOdd, 1>(d, rows, half, reach, out, count - lanes);
+    if (!isMore && x < count && count >= lanes) {  // some of it again, with the same results
+        sumAt<isOdd, isMore, 1>(d, rows, half, reach, out, count - lanes);
         return;
     }
     for (; x < count; ++x) {
-        sumAt<isOdd, 1>(hn::CappedTag<T, 1>(), rows, half, reach, out, x);
+        sumAt<isOdd, isMore, 1>(hn::CappedTag<T, 1>(), rows, half, reach, out, x);
+    }
+}
+
+/// Rows that lie `stride` apart.
+template <class T>
+struct Stacked {
+    const T* operator[](std::size_t k) const { return first + k * stride; }
+    const T* first;
+    std::size_t stride;
+};
+
+/// Two sums, the second of rows from rows[1] on: each row is loaded once for both.
+template <bool isOdd, bool isMore, std::size_t vectors, class D, class Rows, class T>
+HWY_INLINE void sumTwoAt(D d, const Rows& rows, const T* half, std::size_t reach, T* out, T* outBelow, std::size_t x) {
+    const std::size_t lanes = hn::Lanes(d);
+    hn::Vec<D> sums[vectors];
+    hn::Vec<D> sumsBelow[vectors];
+    hn::Vec<D> before[vectors];
+    hn::Vec<D> afterBelow[vectors];
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        before[v] = hn::LoadU(d, rows[0] + x + v * lanes);
+        afterBelow[v] = hn::LoadU(d, rows[2 * reach + 1] + x + v * lanes);
+    }
+    const auto add = [&](std::size_t k, bool isFirst) HWY_ATTR {
+        const auto tap = hn::Set(d, half[reach - k]);
+        const T* const upper = rows[k + 1] + x;
+        const T* const lower = rows[2 * reach - k] + x;
+        HWY_UNROLL(4)
+        for (std::size_t v = 0; v < vectors; ++v) {
+            const auto beforeBelow = hn::LoadU(d, upper + v * lanes);
+            const auto after = hn::LoadU(d, lower + v * lanes);
+            const auto product = hn::Mul(tap, paired<isOdd>(after, before[v]));
+            const auto productBelow = hn::Mul(tap, paired<isOdd>(afterBelow[v], beforeBelow));
+            sums[v] = isFirst ? product : hn::Add(sums[v], product);
+            sumsBelow[v] = isFirst ? productBelow : hn::Add(sumsBelow[v], productBelow);
+            before[v] = beforeBelow;
+            afterBelow[v] = after;
+        }
+    };
+    add(0, true);
+    for (std::size_t k = 1; k < reach; ++k) {
+        add(k, false);
+    }
+    const auto middle = hn::Set(d, half[0]);
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        const std::size_t at = x + v * lanes;
+        if (!isOdd) {  // the middle rows are those that were loaded last
+            sums[v] = hn::Add(sums[v], hn::Mul(middle, before[v]));
+            sumsBelow[v] = hn::Add(sumsBelow[v], hn::Mul(middle, afterBelow[v]));
+        }
+        if (isMore) {
+            sums[v] = hn::Add(hn::LoadU(d, out + at), sums[v]);
+            sumsBelow[v] = hn::Add(hn::LoadU(d, outBelow + at), sumsBelow[v]);
+        }
+        hn::StoreU(sums[v], d, out + at);
+        hn::StoreU(sumsBelow[v], d, outBelow + at);
+    }
+}
+
+template <bool isOdd, bool isMore, class Rows, class T>
+void sumTwoLong(const Rows& rows, const T* half, std::size_t reach, T* out, T* outBelow, std::size_t count) {
+    constexpr std::size_t vectors = HWY_MAX_BYTES >= 64 ? 4 : 2;  // as many as the registers hold
+    const hn::ScalableTag<T> d;
+    const std::size_t lanes = hn::Lanes(d);
+    std::size_t x = 0;
+    for (; x + vectors * lanes <= count; x += vectors * lanes) {
+        sumTwoAt<isOdd, isMore, vectors>(d, rows, half, reach, out, outBelow, x);
+    }
+    for (; x + lanes <= count; x += lanes) {
+        sumTwoAt<isOdd, isMore, 1>(d, rows, half, reach, out, outBelow, x);
+    }
+}
+
+template <bool isOdd, bool isMore, class T>
+void sumStack(Stacked<T> from, const T* half, std::size_t reach, T* out, std::size_t rows) {
+    const std::size_t stride = from.stride;
+    for (; reach > 0 && rows >= 2; rows -= 2) {
+        sumTwoLong<isOdd, isMore>(from, half, reach, out, out + stride, stride);
+        from.first += 2 * stride;
+        out += 2 * stride;
+    }
+    if (rows > 0) {
+        sumLong<isOdd, isMore>(from, half, reach, out, rows * stride);
+    }
+}
+
+template <bool isOdd, class T>
+void sumRows(const T* const* rows, const T* half, std::size_t reach, T* out, std::size_t count, bool isMore) {
+    if (isMore) {
+        sumLong<isOdd, true>(rows, half, reach, out, count);
+    } else {
+        sumLong<isOdd, false>(rows, half, reach, out, count);
+    }
+}
+
+template <bool isOdd, class T>
+void sumTwo(const T* const* rows, const T* half, std::size_t reach, T* const* outs, std::size_t count, bool isMore) {
+    if (reach == 0) {
+        sumRows<isOdd>(rows, half, reach, outs[0], count, isMore);
+        sumRows<isOdd>(rows + 1, half, reach, outs[1], count, isMore);
+    } else if (isMore) {
+        sumTwoLong<isOdd, true>(rows, half, reach, outs[0], outs[1], count);
+    } else {
+        sumTwoLong<isOdd, false>(rows, half, reach, outs[0], outs[1], count);
+    }
+}
+
+template <bool isOdd, class T>
+void sumStacked(const T* first, std::size_t stride, const T* half, std::size_t reach, T* out, std::size_t rows,
+                bool isMore) {
+    if (isMore) {
+        sumStack<isOdd, true>(Stacked<T>{first, stride}, half, reach, out, rows);
+    } else {
+        sumStack<isOdd, false>(Stacked<T>{first, stride}, half, reach, out, rows);
     }
 }
 
 /// Two sums of the same rows, which are loaded once.
-template <bool isOdd, std::size_t vectors, class D, class T>
-HWY_INLINE void sumBothAt(D d, const T* const* rows, const T* const* halves, std::size_t reach, T* const* outs,
+template <bool isOdd, std::size_t vectors, class D, class Rows, class T>
+HWY_INLINE void sumBothAt(D d, const Rows& rows, const T* const* halves, std::size_t reach, T* const* outs,
                           std::size_t x) {
     const std::size_t lanes = hn::Lanes(d);
     hn::Vec<D> first[vectors];
@@ -84,7 +203,7 @@ HWY_INLINE void sumBothAt(D d, const T* const* rows, const T* const* halves, std
     const auto add = [&](std::size_t k, bool isFirst) HWY_ATTR {
         const auto tap = hn::Set(d, halves[0][reach - k]);
         const auto other = hn::Set(d, halves[1][reach - k]);
-        HWY_UNROLL(2)
+        HWY_UNROLL(4)
         for (std::size_t v = 0; v < vectors; ++v) {
             const auto after = hn::LoadU(d, rows[2 * reach - k] + x + v * lanes);
             const auto before = hn::LoadU(d, rows[k] + x + v * lanes);
@@ -98,7 +217,7 @@ HWY_INLINE void sumBothAt(D d, const T* const* rows, const T* const* halves, std
     for (std::size_t k = 1; k < reach; ++k) {
         add(k, false);
     }
-    HWY_UNROLL(2)
+    HWY_UNROLL(4)
     for (std::size_t v = 0; v < vectors; ++v) {
         const std::size_t at = x + v * lanes;
         const auto middle = hn::LoadU(d, rows[reach] + at);
@@ -110,13 +229,13 @@ HWY_INLINE void sumBothAt(D d, const T* const* rows, const T* const* halves, std
     }
 }
 
-template <bool isOdd, class T>
-void sumBoth(const T* const* rows, const T* const* halves, std::size_t reach, T* const* outs, std::size_t count) {
+template <bool isOdd, class Rows, class T>
+void sumBothOf(const Rows& rows, const T* const* halves, std::size_t reach, T* const* outs, std::size_t count) {
     const hn::ScalableTag<T> d;
     const std::size_t lanes = hn::Lanes(d);
     std::size_t x = 0;
-    for (; x + 2 * lanes <= count; x += 2 * lanes) {
-        sumBothAt<isOdd, 2>(d, rows, halves, reach, outs, x);
+    for (; x + 4 * lanes <= count; x += 4 * lanes) {
+        sumBothAt<isOdd, 4>(d, rows, halves, reach, outs, x);
     }
     for (; x + lanes <= count; x += lanes) {
         sumBothAt<isOdd, 1>(d, rows, halves, reach, outs, x);
@@ -128,6 +247,130 @@ void sumBoth(const T* const* rows, const T* const* halves, std::size_t reach, T*
     for (; x < count; ++x) {
         sumBothAt<isOdd, 1>(hn::CappedTag<T, 1>(), rows, halves, reach, outs, x);
     }
+}
+
+#if HWY_TARGET <= HWY_AVX3
+/// The numbers from 0 on, of which a vector from the k-th one on selects samples of two vectors.
+template <class Index, std::size_t n>
+struct Numbers {
+    constexpr Numbers() {
+        for (std::size_t i = 0; i < n; ++i) {
+            values[i] = static_cast<Index>(i);
+        }
+    }
+    alignas(64) Index values[n] = {};
+};
+constexpr Numbers<std::int32_t, 32> numbersOfFloats;
+constexpr Numbers<std::int64_t, 16> numbersOfDoubles;
+
+HWY_INLINE hn::Vec512<float> from(hn::Vec512<float> a, hn::Vec512<float> b, std::size_t k) {
+    return hn::Vec512<float>{_mm512_permutex2var_ps(a.raw, _mm512_loadu_si512(numbersOfFloats.values + k), b.raw)};
+}
+HWY_INLINE hn::Vec512<double> from(hn::Vec512<double> a, hn::Vec512<double> b, std::size_t k) {
+    return hn::Vec512<double>{_mm512_permutex2var_pd(a.raw, _mm512_loadu_si512(numbersOfDoubles.values + k), b.raw)};
+}
+
+/// What lies 1 to `Lanes` to the right and to the left of some vectors of a row: made of whole vectors, because loads
+/// that cross lines of the cache cost twice, and all but one do.
+template <std::size_t vectors, class D, class T>
+struct Beside {
+    HWY_INLINE Beside(D tag, const T* from, std::size_t distance) : d(tag) {
+        const std::size_t lanes = hn::Lanes(d);
+        HWY_UNROLL(5)
+        for (std::size_t v = 0; v <= vectors; ++v) {
+            right[v] = hn::LoadU(d, from + distance + v * lanes);
+            left[v] = hn::LoadU(d, from + v * lanes - distance - lanes);
+        }
+    }
+    /// What a vector's sum takes from the distance + k voxels beside it.
+    template <bool isOdd>
+    HWY_INLINE hn::Vec<D> pair(std::size_t v, std::size_t k) const {
+        return paired<isOdd>(from(right[v], right[v + 1], k), from(left[v], left[v + 1], hn::Lanes(d) - k));
+    }
+
+    D d;
+    hn::Vec<D> right[vectors + 1];
+    hn::Vec<D> left[vectors + 1];
+};
+
+/// Sums of vectors of a row by one or two kernels, of which the last may be odd.
+template <std::size_t kernels, bool isOdd, std::size_t vectors, class D, class T>
+HWY_INLINE void rowAt(D d, const T* from, const T* const* halves, std::size_t reach, T* const* outs, std::size_t x) {
+    const std::size_t lanes = hn::Lanes(d);
+    const T* const here = from + x;
+    const T* const last = halves[kernels - 1];
+    hn::Vec<D> first[vectors];
+    hn::Vec<D> second[vectors];
+    bool isFirst = true;
+    for (std::size_t segment = (reach + lanes - 1) / lanes; segment-- > 0;) {
+        const std::size_t distance = segment * lanes;
+        const Beside<vectors, D, T> beside(d, here, distance);
+        for (std::size_t k = reach - distance < lanes ? reach - distance : lanes; k > 0; --k) {
+            const auto tap = hn::Set(d, halves[0][distance + k]);
+            const auto other = hn::Set(d, last[distance + k]);
+            HWY_UNROLL(4)
+            for (std::size_t v = 0; v < vectors; ++v) {
+                const auto even = beside.template pair<false>(v, k);
+                const auto odd = isOdd ? beside.template pair<true>(v, k) : even;
+                const auto ofLast = hn::Mul(other, odd);
+                second[v] = isFirst ? ofLast : hn::Add(second[v], ofLast);
+                if (kernels == 2) {
+                    const auto ofFirst = hn::Mul(tap, even);
+                    first[v] = isFirst ? ofFirst : hn::Add(first[v], ofFirst);
+                }
+            }
+            isFirst = false;
+        }
+    }
+    HWY_UNROLL(4)
+    for (std::size_t v = 0; v < vectors; ++v) {
+        const auto middle = hn::LoadU(d, here + v * lanes);
+        if (kernels == 2) {
+            hn::StoreU(hn::Add(first[v], hn::Mul(hn::Set(d, halves[0][0]), middle)), d, outs[0] + x + v * lanes);
+        }
+        if (!isOdd) {
+            second[v] = hn::Add(second[v], hn::Mul(hn::Set(d, last[0]), middle));
+        }
+        hn::StoreU(second[v], d, outs[kernels - 1] + x + v * lanes);
+    }
+}
+
+#endif
+
+/// The rows of a sum along a row: this one, moved.
+template <class T>
+struct Moved {
+    const T* operator[](std::size_t k) const { return first + k; }
+    const T* first;
+};
+
+template <std::size_t kernels, bool isOdd, class T>
+void sumsOfRow(const T* from, const T* const* halves, std::size_t reach, T* const* outs, std::size_t count) {
+#if HWY_TARGET <= HWY_AVX3
+    if (reach > shortReach) {
+        const hn::ScalableTag<T> d;
+        const std::size_t lanes = hn::Lanes(d);
+        std::size_t x = 0;
+        for (; x + 4 * lanes <= count; x += 4 * lanes) {
+            rowAt<kernels, isOdd, 4>(d, from, halves, reach, outs, x);
+        }
+        for (; x + lanes <= count; x += lanes) {
+            rowAt<kernels, isOdd, 1>(d, from, halves, reach, outs, x);
+        }
+        return;
+    }
+#endif
+    const Moved<T> rows{from - reach};
+    if constexpr (kernels == 1) {
+        sumLong<isOdd, false>(rows, halves[0], reach, outs[0], count);
+    } else {
+        sumBothOf<isOdd>(rows, halves, reach, outs, count);
+    }
+}
+
+template <bool isOdd, class T>
+void sumRow(const T* from, const T* half, std::size_t reach, T* out, std::size_t count) {
+    sumsOfRow<1, isOdd>(from, &half, reach, &out, count);
 }
 
 template <access::Stores stores, class T>
@@ -195,8 +438,19 @@ void orientation(const T* const* components, T* out, std::size_t count) {
 
 template <class T>
 FieldKernels<T> kernels() {
-    return {&sumRows<false, T>, &sumRows<true, T>, &sumBoth<false, T>, &sumBoth<true, T>, &sum<T>,
-            &magnitude<T>,      &orientation<T>};
+    return {.sumEven = &sumRows<false, T>,
+            .sumOdd = &sumRows<true, T>,
+            .twoEven = &sumTwo<false, T>,
+            .twoOdd = &sumTwo<true, T>,
+            .stackEven = &sumStacked<false, T>,
+            .stackOdd = &sumStacked<true, T>,
+            .rowEven = &sumRow<false, T>,
+            .rowOdd = &sumRow<true, T>,
+            .rowEvenEven = &sumsOfRow<2, false, T>,
+            .rowEvenOdd = &sumsOfRow<2, true, T>,
+            .sum = &sum<T>,
+            .magnitude = &magnitude<T>,
+            .orientation = &orientation<T>};
 }
 
 }  // namespace rix::edge_detection::HWY_NAMESPACE

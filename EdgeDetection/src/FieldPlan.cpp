@@ -6,9 +6,6 @@ namespace rix::edge_detection {
 
 namespace {
 
-/// Up to this reach along z sums are taken anew for each row of a window.
-constexpr std::size_t shortReach = 1;
-
 /// The place of an element for which `isLike` holds; a new one at the end where there is none.
 template <class Element, class IsLike>
 std::size_t placeOf(std::vector<Element>& list, const Element& element, const IsLike& isLike) {
@@ -35,9 +32,10 @@ T FieldPlan<T>::Kernel::ofConstant(T value) const {
 }
 
 template <class T>
-FieldPlan<T>::FieldPlan(const FieldJob& job) : margin(job.margin) {
+FieldPlan<T>::FieldPlan(const FieldJob& job) : margin(job.margin), border(job.border), borderValue(job.borderValue) {
     std::vector<LineTaps> taps;
-    const auto kernelOf = [&](const LineTaps& each) {
+    const auto kernelOf = [&](const FieldComponent& component, std::size_t axis) {
+        const LineTaps& each = component.taps[axis];
         const std::size_t place = placeOf(taps, each, [&](const LineTaps& other) { return other == each; });
         if (place == kernels.size()) {
             Kernel kernel{{}, each.isOdd, each.isIdentity()};
@@ -48,54 +46,61 @@ FieldPlan<T>::FieldPlan(const FieldJob& job) : margin(job.margin) {
             }
             kernels.push_back(kernel);
         }
+        reach[axis] = std::max(reach[axis], kernels[place].reach());
         return place;
     };
+    std::vector<std::size_t> alongZ;  // of each field of a sum
     for (const FieldComponent& component : job.components) {
-        const std::size_t x = kernelOf(component.taps[0]);
-        const std::size_t y = kernelOf(component.taps[1]);
-        const std::size_t z = kernelOf(component.taps[2]);
-        const bool isShort = kernels[z].reach() <= shortReach;
-        const std::size_t ofWindow = isShort ? none : z;
-        const std::size_t window = placeOf(windows, Window{component.source, ofWindow}, [&](const Window& other) {
-            return other.source == component.source && other.kernel == ofWindow;
+        const std::size_t x = kernelOf(component, 0);
+        const std::size_t y = kernelOf(component, 1);
+        const std::size_t z = kernelOf(component, 2);
+        isFlat = isFlat && kernels[z].isIdentity;
+        sources = std::max(sources, component.source + 1);
+        const std::size_t line = placeOf(lines, Line{component.source, x}, [&](const Line& other) {
+            return other.source == component.source && other.kernel == x;
         });
-        const std::size_t inWindow = isShort && !kernels[z].isIdentity ? z : none;
-        const std::size_t plane =
-            placeOf(planes, Plane{window, inWindow, component.source, z},
-                    [&](const Plane& other) { return other.window == window && other.alongZ == z; });
-        const std::size_t line = placeOf(lines, Line{plane, y},
-                                         [&](const Line& other) { return other.plane == plane && other.kernel == y; });
-        components.push_back({line, x});
-        planes[plane].reachY = std::max(planes[plane].reachY, kernels[y].reach());
-        windows[window].reachY = std::max(windows[window].reachY, kernels[y].reach() + margin[1]);
-        windows[window].reachZ =
-            std::max(windows[window].reachZ, (inWindow == none ? 0 : kernels[z].reach()) + margin[2]);
-        reachX = std::max(reachX, kernels[x].reach() + margin[0]);
+        if (job.isSum) {
+            const std::size_t field = placeOf(alongZ, z, [&](std::size_t other) { return other == z; });
+            fields.resize(alongZ.size());
+            fields[field].push_back({line, y});
+            continue;
+        }
+        const std::size_t field = placeOf(
+            fields, Sum{{line, y}}, [&](const Sum& other) { return other[0].of == line && other[0].kernel == y; });
+        components.push_back({{field, z}});
     }
-    for (const Kernel& kernel : kernels) {
-        mostRows = std::max(mostRows, 2 * kernel.reach() + 1);
+    if (job.isSum) {
+        components.resize(1);
+        for (std::size_t field = 0; field < fields.size(); ++field) {
+            components[0].push_back({field, alongZ[field]});
+        }
     }
 }
 
 template <class T>
-std::size_t FieldPlan<T>::temporaries() const {
-    return static_cast<std::size_t>(
-        std::count_if(windows.begin(), windows.end(), [](const Window& window) { return window.kernel != none; }));
+T FieldPlan<T>::beyond(const Sum& field) const {
+    T sum = 0;
+    for (const Term& term : field) {
+        const T line = kernels[lines[term.of].kernel].ofConstant(static_cast<T>(borderValue));
+        sum += kernels[term.kernel].ofConstant(line);
+    }
+    return sum;
 }
 
 template <class T>
 double FieldPlan<T>::products() const {
-    std::size_t sum = 0;
-    for (const Plane& plane : planes) {
-        sum += plane.kernel == none ? 0 : (2 * plane.reachY + 1) * kernels[plane.kernel].half.size();
-    }
+    std::size_t count = 0;
     for (const Line& line : lines) {
-        sum += kernels[line.kernel].half.size();
+        count += kernels[line.kernel].half.size();
     }
-    for (const Component& component : components) {
-        sum += kernels[component.kernel].half.size();
+    for (const std::vector<Sum>* const sums : {&fields, &components}) {
+        for (const Sum& sum : *sums) {
+            for (const Term& term : sum) {
+                count += kernels[term.kernel].half.size();
+            }
+        }
     }
-    return static_cast<double>(sum);
+    return static_cast<double>(count);
 }
 
 template struct FieldPlan<float>;

@@ -22,10 +22,11 @@ struct FieldJob {
     access::BorderPolicy border = access::BorderPolicy::MIRROR;
     double borderValue = 0.0;
     std::array<std::size_t, 3> margin{};  ///< around each voxel where the components are wanted as well
+    bool isSum = false;                   ///< whether only the sum of the components is wanted, as one
 };
 
-/// How the sums are taken: along z first, then y, then x, each but once where several components begin alike. Sums
-/// along z are taken in windows where they are short, else before, into temporary images.
+/// How the sums are taken: along x first, then y, then z, each but once where several components begin alike, and of
+/// what is added up before where the components end alike.
 template <class T>
 struct FieldPlan {
     struct Kernel {
@@ -36,43 +37,35 @@ struct FieldPlan {
         /// What is made of a constant.
         T ofConstant(T value) const;
     };
-    struct Window {
-        std::size_t source;
-        std::size_t kernel;  ///< along z, of a temporary image; else `none`
-        std::size_t reachY = 0;
-        std::size_t reachZ = 0;
-    };
-    struct Plane {
-        std::size_t window;
-        std::size_t kernel;  ///< along z, in the window; else `none`
-        std::size_t source;
-        std::size_t alongZ;  ///< the kernel in either case
-        std::size_t reachY = 0;
-    };
+    /// Rows of an image, summed along x.
     struct Line {
-        std::size_t plane;
+        std::size_t source;
         std::size_t kernel;
     };
-    struct Component {
-        std::size_t line;
+    /// A line or a field that is summed along the next axis.
+    struct Term {
+        std::size_t of;
         std::size_t kernel;
     };
-    static constexpr std::size_t none = ~std::size_t{0};
+    using Sum = std::vector<Term>;
 
     explicit FieldPlan(const FieldJob& job);
 
-    std::size_t temporaries() const;
+    /// A field beyond the edges of the image, where that has its fixed value.
+    T beyond(const Sum& field) const;
     /// Products of a voxel, roughly.
     double products() const;
 
     std::vector<Kernel> kernels;
-    std::vector<Window> windows;
-    std::vector<Plane> planes;
-    std::vector<Line> lines;
-    std::vector<Component> components;
-    std::size_t reachX = 0;    ///< with the margin
-    std::size_t mostRows = 1;  ///< that a sum has
+    std::vector<Line> lines;      ///< those of a source one after the other
+    std::vector<Sum> fields;      ///< of lines, along y
+    std::vector<Sum> components;  ///< of fields, along z
+    std::size_t sources = 0;
+    std::array<std::size_t, 3> reach{};  ///< of the kernels along each axis, without the margin
+    bool isFlat = true;                  ///< whether nothing is summed along z
     std::array<std::size_t, 3> margin;
+    access::BorderPolicy border;
+    double borderValue;
 };
 
 }  // namespace rix::edge_detection

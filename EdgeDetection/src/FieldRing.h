@@ -17,7 +17,7 @@ template <class T>
 class FieldRing {
 public:
     /// @param axes 2 or 3, as many as the plan has components; its margin is 1 along them
-    FieldRing(const FieldPlan<T>& plan, const std::vector<FieldSource<T>>& sources, const access::Block& tile,
+    FieldRing(const FieldPlan<T>& plan, const std::vector<const ImageModel*>& sources, const access::Block& tile,
               const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents, const FieldKernels<T>& kernels)
         : m_kernels(kernels),
           m_rows(plan, sources, tile, kernels),
@@ -52,10 +52,11 @@ public:
     const T* magnitude(std::int64_t row, std::int64_t plane) const { return rowAt(row, plane, m_axes); }
     const T* component(std::int64_t row, std::int64_t plane, std::size_t axis) const { return rowAt(row, plane, axis); }
 
-    static std::size_t bytes(const FieldPlan<T>& plan, std::size_t columns, std::size_t rows) {
+    /// Beside what its rows take.
+    static std::size_t bytes(const FieldPlan<T>& plan, const TileSize& tile) {
         const std::size_t axes = plan.components.size();
-        return FieldRows<T>::bytes(plan, columns) + access::Scratch::held(heldRows(rows, axes) * heldPlanes(axes) *
-                                                                          (axes + 1) * strideOf(columns) * sizeof(T));
+        return access::Scratch::held(heldRows(tile.rows, axes) * heldPlanes(axes) * (axes + 1) *
+                                     strideOf(tile.columns) * sizeof(T));
     }
 
 private:

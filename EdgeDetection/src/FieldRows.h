@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include <rix/access/Looks.h>
 #include <rix/access/Scratch.h>
 #include <rix/access/WindowRows.h>
 
@@ -14,48 +15,86 @@
 
 namespace rix::edge_detection {
 
-/// The images that a plan's windows look at, in their order, and what lies beyond their edges.
-template <class T>
-struct FieldSource {
-    const ImageModel* image;
-    std::shared_ptr<const access::BorderCondition<T>> border;
+/// The most columns and rows of a part of a block that is worked on at a time, so that the caches hold what it takes.
+struct TileSize {
+    std::size_t columns;
+    std::size_t rows;
 };
 
-/// Computes the components of rows of a block. Made by the thread that uses it, once a block.
+template <class T>
+TileSize tileSize(const FieldPlan<T>& plan);
+
+/// Computes the components of a tile: many rows at a time of planes, else the tile's rows of plane after plane, of
+/// which as many are held as sums along z have. Made by the thread that uses it.
 template <class T>
 class FieldRows {
 public:
-    FieldRows(const FieldPlan<T>& plan, const std::vector<FieldSource<T>>& sources, const access::Block& block,
+    /// @param images the filter's, of the same extents
+    FieldRows(const FieldPlan<T>& plan, const std::vector<const ImageModel*>& images, const access::Block& tile,
               const FieldKernels<T>& kernels);
 
-    /// The components of a row of the block or its margin: cheapest for the row behind the last one; from its first
-    /// column on and as far as the margin reaches on both sides; valid until the next call.
+    /// The components of a row of the tile or its margin inside of the image: cheapest row by row and plane by plane;
+    /// from its first column on and as far as the margin reaches on both sides; valid until the next call.
     const T* const* compute(std::int64_t row, std::int64_t plane);
 
-    /// Samples of a row with its margin.
-    std::size_t count() const { return m_count; }
-
-    /// Bytes of scratch memory for blocks of so many columns.
-    static std::size_t bytes(const FieldPlan<T>& plan, std::size_t columns);
+    /// Bytes of scratch memory for a tile.
+    static std::size_t bytes(const FieldPlan<T>& plan, const ImageModel& image, const TileSize& tile);
 
 private:
-    void computePlane(std::size_t index, std::int64_t row, std::int64_t z, bool goesOn);
-    T* rowAt(std::size_t index) const;
+    /// Rows of its memory, in this order.
+    struct Layout {
+        Layout(const FieldPlan<T>& plan, std::size_t columns, std::size_t rows, std::size_t planes);
+        std::size_t stride;   ///< from row to row, in samples
+        std::size_t rows;     ///< that are computed at a time
+        std::size_t slots;    ///< planes of fields
+        std::size_t ofLine;   ///< rows of a line
+        std::size_t fields;   ///< the first row of the fields
+        std::size_t results;  ///< that of the components
+        std::size_t all;
+        std::size_t lead;   ///< samples before the first voxel of a row of the image
+        std::size_t ofRow;  ///< samples of such a row with all around it
+        std::size_t bytes() const { return (all * stride + ofRow) * sizeof(T); }
+    };
+
+    T* rowAt(std::size_t index) const { return m_memory.template as<T>() + index * m_layout.stride; }
+    T* lineAt(std::size_t line) const { return rowAt(line * m_layout.ofLine); }
+    T* fieldAt(std::size_t slot, std::size_t field) const {
+        return rowAt(m_layout.fields + (slot * m_plan.fields.size() + field) * m_layout.rows);
+    }
+    /// @param which of two planes
+    T* resultAt(std::size_t which, std::size_t i) const {
+        return rowAt(m_layout.results + (which * m_plan.components.size() + i) * m_layout.rows);
+    }
+
+    /// A row of every line, to a place.
+    void computeLines(std::int64_t row, std::int64_t plane, std::size_t index);
+    void computeFields(std::int64_t first, std::int64_t last, std::int64_t plane, std::size_t slot, bool goesOn);
+    std::size_t slotOf(std::int64_t plane);
+    /// The place of a row or plane inside of the image that one is like, whichever lies beyond no farther from what is
+    /// inside; -1 where there is none.
+    std::int64_t inside(std::int64_t index, std::int64_t extent) const;
+    void sumAlongZ(std::int64_t plane);
 
     const FieldPlan<T>& m_plan;
     const FieldKernels<T>& m_kernels;
+    access::Block m_tile;
+    std::int64_t m_rows;  ///< of the image
+    std::int64_t m_planes;
+    Layout m_layout;
     std::vector<std::unique_ptr<access::WindowRows<T>>> m_windows;
-    std::size_t m_count;
-    std::size_t m_extended;  ///< samples of a row with all that sums along x look at
-    std::size_t m_stride;
     access::Scratch m_memory;
-    std::vector<const T*> m_rows;  ///< of a sum
+    T* m_row;  ///< room for a row of the image
     std::vector<KernelSum<T>> m_sums;
-    std::vector<const T*> m_lines;
-    std::vector<const T*> m_components;
-    std::vector<std::vector<const T*>> m_planeRows;  ///< of each plane, around a row
-    std::int64_t m_row = 0;                          ///< that they are around
-    std::int64_t m_plane = -1;                       ///< -1: none yet
+    std::vector<const T*> m_list;          ///< of rows of a sum
+    std::vector<std::size_t> m_slots;      ///< around a plane
+    std::vector<const T*> m_first[2];      ///< the components' first rows, of two planes
+    std::vector<const T*> m_components;    ///< of a row
+    std::vector<std::int64_t> m_planesOf;  ///< what slots hold
+    std::int64_t m_begin = 0;              ///< the rows that are computed
+    std::int64_t m_end = 0;
+    std::int64_t m_plane;         ///< of them
+    std::int64_t m_computed = 0;  ///< planes
+    access::Looks m_looks;
 };
 
 }  // namespace rix::edge_detection

@@ -8,18 +8,17 @@
 
 namespace rix::edge_detection {
 
-/// A sum of rows by a kernel, and where it goes.
+/// A sum of a row by a kernel, and where it goes.
 template <class T>
 struct KernelSum {
     const typename FieldPlan<T>::Kernel* kernel;
     T* out;
 };
 
-/// Takes sums of the same rows, two at a time where they are equally long. None of the kernels is the identity.
-/// @param rows the middle of a list of rows that is long enough for each
+/// Takes sums along a row, two at a time where they are equally long. @param from the first voxel, see `rowEven`
 template <class T>
-void takeSums(const FieldKernels<T>& kernels, const T* const* rows, const std::vector<KernelSum<T>>& sums,
-              std::size_t count) {
+void takeRowSums(const FieldKernels<T>& kernels, const T* from, const std::vector<KernelSum<T>>& sums,
+                 std::size_t count) {
     std::size_t done = 0;  // bits of those that are
     for (std::size_t i = 0; i < sums.size(); ++i) {
         if ((done >> i & 1U) != 0) {
@@ -34,8 +33,7 @@ void takeSums(const FieldKernels<T>& kernels, const T* const* rows, const std::v
             ++other;
         }
         if (other == sums.size()) {
-            (kernel.isOdd ? kernels.sumOdd : kernels.sumEven)(rows - reach, kernel.half.data(), reach, sums[i].out,
-                                                              count);
+            (kernel.isOdd ? kernels.rowOdd : kernels.rowEven)(from, kernel.half.data(), reach, sums[i].out, count);
             continue;
         }
         done |= std::size_t{1} << other;
@@ -43,7 +41,7 @@ void takeSums(const FieldKernels<T>& kernels, const T* const* rows, const std::v
         const KernelSum<T>& second = kernel.isOdd ? sums[i] : sums[other];
         const T* const halves[] = {even.kernel->half.data(), second.kernel->half.data()};
         T* const outs[] = {even.out, second.out};
-        (second.kernel->isOdd ? kernels.sumEvenOdd : kernels.sumEvenEven)(rows - reach, halves, reach, outs, count);
+        (second.kernel->isOdd ? kernels.rowEvenOdd : kernels.rowEvenEven)(from, halves, reach, outs, count);
     }
 }
 

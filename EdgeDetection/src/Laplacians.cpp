@@ -36,11 +36,11 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     declareOutput(filter, properties, "The result.");
 }
 
-/// The second derivatives along all axes.
+/// The second derivatives along all axes, the last one first: those by y and z begin with the same sums along x.
 template <class Filter>
 FieldJob laplacian(const Filter& filter, const std::array<double, 3>& deviations) {
     FieldJob job = jobWithBorder(filter);
-    for (std::size_t axis = 0; axis < axesOf<Filter>; ++axis) {
+    for (std::size_t axis = axesOf<Filter>; axis-- > 0;) {
         std::array<std::size_t, 3> orders{};
         orders[axis] = 2;
         job.components.push_back(gaussianComponent(deviations, orders, unitsOf(filter)));

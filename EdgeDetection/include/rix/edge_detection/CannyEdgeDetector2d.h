@@ -48,9 +48,8 @@ namespace rix::edge_detection {
 ///         lower one, quantiles above 1, an unknown choice, a `borderValue` of NaN, and an output that shares samples
 ///         with the input; ResizeImageError or MemoryError when there is no memory.
 /// Cost: four sums of 10 s + 3 products a voxel and some 40 operations; once more for thresholds that follow from the
-/// image, and for the table. Memory: a byte a voxel, the rows of a window a thread, and for quantiles an image of
-/// `float32`
-/// (`float64` where sums are); see `describe`.
+/// image, and for the table. Memory: three bits a voxel, rows of a tile a thread, and for quantiles an image of
+/// `float32` (`float64` where sums are); see `describe`.
 class RIX_EXPORT CannyEdgeDetector2d : public BaseAlgorithm {
     RIX_ALGORITHM(CannyEdgeDetector2d)
 

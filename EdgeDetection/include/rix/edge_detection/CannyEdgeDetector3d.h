@@ -15,9 +15,8 @@ namespace rix::edge_detection {
 /// exactness and failures: each volume is an image of its own, neighbours are all 26, and rows of the table have the
 /// direction of the gradient in place of the angle.
 ///
-/// Cost: as that of `CannyEdgeDetector2d`, for three axes. Memory: a byte a voxel, the rows of a window a thread, and
-/// two images of `float32` (`float64` where sums are), of sums along z, unless nothing is smoothed; for quantiles one
-/// more; see `describe`.
+/// Cost: as that of `CannyEdgeDetector2d`, for three axes. Memory: three bits a voxel, three planes of a tile for
+/// each tap along z a thread, and for quantiles an image of `float32` (`float64` where sums are); see `describe`.
 class RIX_EXPORT CannyEdgeDetector3d : public BaseAlgorithm {
     RIX_ALGORITHM(CannyEdgeDetector3d)
 

@@ -11,8 +11,8 @@ namespace rix::edge_detection {
 /// The three-dimensional form of `DifferenceOfGaussians2d`, with which it shares types, units, border, exactness and
 /// failures. Frames and channels are volumes of their own.
 ///
-/// Cost: three sums of 10 s + 1 products a voxel for each Gaussian. Memory: the rows of a window or a bundle of lines a
-/// thread, and two images of `float32` (`float64` where sums are), of sums along z; see `describe`.
+/// Cost: three sums of 10 s + 1 products a voxel for each Gaussian. Memory: two planes of a tile
+/// for each tap along z, a thread; see `describe`.
 class RIX_EXPORT DifferenceOfGaussians3d : public BaseAlgorithm {
     RIX_ALGORITHM(DifferenceOfGaussians3d)
 

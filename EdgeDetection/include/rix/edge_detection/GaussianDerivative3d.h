@@ -11,8 +11,8 @@ namespace rix::edge_detection {
 /// The three-dimensional form of `GaussianDerivative2d`, with which it shares formula, types, units, border, exactness
 /// and failures. Frames and channels are volumes of their own. Lines along z are summed first.
 ///
-/// Cost: as that of `GaussianDerivative2d`, for three axes. Memory: the rows of a window or a bundle of lines a thread,
-/// and where the sum along z has more than three taps an image of `float32` (`float64` where sums are); see `describe`.
+/// Cost: as that of `GaussianDerivative2d`, for three axes. Memory: a plane of a tile for each
+/// tap along z, a thread; see `describe`.
 class RIX_EXPORT GaussianDerivative3d : public BaseAlgorithm {
     RIX_ALGORITHM(GaussianDerivative3d)
 

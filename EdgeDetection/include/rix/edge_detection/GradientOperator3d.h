@@ -14,8 +14,7 @@ namespace rix::edge_detection {
 /// volumes of their own.
 ///
 /// Cost: one pass over the image, in which the outputs share their sums; for `GAUSSIAN` eight sums of 10 s + 1
-/// products. Memory: the rows of a window a thread; for `GAUSSIAN` also two images of `float32` (`float64` where sums
-/// are), of sums along z; see `describe`.
+/// products. Memory: three planes of a tile for each tap along z, a thread; see `describe`.
 class RIX_EXPORT GradientOperator3d : public BaseAlgorithm {
     RIX_ALGORITHM(GradientOperator3d)
 

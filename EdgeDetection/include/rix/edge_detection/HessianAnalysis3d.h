@@ -11,8 +11,8 @@ namespace rix::edge_detection {
 /// The three-dimensional form of `HessianAnalysis2d`, with which it shares types, units, border, exactness and
 /// failures: three channels of values, nine of vectors.
 ///
-/// Cost: fifteen sums of 10 s + 1 products a voxel and some 300 operations. Memory: the rows of a window a thread, and
-/// three images of `float32` (`float64` where sums are), of sums along z; see `describe`.
+/// Cost: fifteen sums of 10 s + 1 products a voxel and some 300 operations. Memory: six planes of a tile for each tap
+/// along z, a thread; see `describe`.
 class RIX_EXPORT HessianAnalysis3d : public BaseAlgorithm {
     RIX_ALGORITHM(HessianAnalysis3d)
 

@@ -11,7 +11,7 @@ namespace rix::edge_detection {
 /// The three-dimensional form of `Laplacian2d`, with which it shares types, units, border, exactness and failures.
 /// Frames and channels are volumes of their own.
 ///
-/// Cost: nine products a voxel. Memory: the rows of a window a thread; see `describe`.
+/// Cost: nine products a voxel. Memory: two planes of a tile for each tap along z, a thread; see `describe`.
 class RIX_EXPORT Laplacian3d : public BaseAlgorithm {
     RIX_ALGORITHM(Laplacian3d)
 

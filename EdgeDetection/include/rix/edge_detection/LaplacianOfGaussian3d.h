@@ -12,8 +12,8 @@ namespace rix::edge_detection {
 /// The three-dimensional form of `LaplacianOfGaussian2d`, with which it shares types, units, border, exactness and
 /// failures. Frames and channels are volumes of their own.
 ///
-/// Cost: eight sums of 10 s + 1 products a voxel. Memory: the rows of a window or a bundle of lines a thread, and two
-/// images of `float32` (`float64` where sums are), of sums along z; see `describe`.
+/// Cost: seven sums of 10 s + 1 products a voxel. Memory: two planes of a tile for each tap along z, a thread; see
+/// `describe`.
 class RIX_EXPORT LaplacianOfGaussian3d : public BaseAlgorithm {
     RIX_ALGORITHM(LaplacianOfGaussian3d)
 

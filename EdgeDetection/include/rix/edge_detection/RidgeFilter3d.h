@@ -17,9 +17,8 @@ namespace rix::edge_detection {
 /// <= 0
 ///   and 4 `alpha` for p > 0.
 ///
-/// Cost: that of `HessianAnalysis3d` for each scale. Memory: the rows of a window a thread, and three images of
-/// `float32`
-/// (`float64` where sums are), of sums along z; see `describe`.
+/// Cost: that of `HessianAnalysis3d` for each scale. Memory: six planes of a tile for each tap along z,
+/// a thread; see `describe`.
 class RIX_EXPORT RidgeFilter3d : public BaseAlgorithm {
     RIX_ALGORITHM(RidgeFilter3d)
 

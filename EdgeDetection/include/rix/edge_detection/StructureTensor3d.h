@@ -12,8 +12,8 @@ namespace rix::edge_detection {
 /// failures: three channels of values, nine of vectors; the coherence is that of the two greatest values, 1 where
 /// gradients have one direction. The direction of the strongest gradient is the last vector.
 ///
-/// Cost: as that of `StructureTensor2d`, for three axes. Memory: twelve images of `float32` (`float64` where sums are),
-/// and the rows of a window a thread; see `describe`.
+/// Cost: as that of `StructureTensor2d`, for three axes. Memory: six images of `float32` (`float64` where sums are),
+/// and six planes of a tile for each tap along z, a thread; see `describe`.
 class RIX_EXPORT StructureTensor3d : public BaseAlgorithm {
     RIX_ALGORITHM(StructureTensor3d)
 
