@@ -77,11 +77,16 @@ void fromCounts(const std::int32_t* forth, const std::int32_t* back, double /*sp
 template <>
 void fromCounts(const std::int32_t* forth, const std::int32_t* back, double spacing, bool isSquared, double* heights,
                 std::size_t count) {
-    RIX_INDEPENDENT_ITERATIONS
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::int32_t steps = HWY_MIN(forth[x], back[x]);
-        const double length = steps < noCount ? static_cast<double>(steps) * spacing : noHeight<double>;
-        heights[x] = isSquared ? length * length : length;
+    const hn::ScalableTag<double> d;
+    const hn::Rebind<std::int32_t, decltype(d)> di;
+    const auto unit = hn::Set(d, spacing);
+    const auto noSteps = hn::Set(d, static_cast<double>(noCount));
+    const auto none = hn::Set(d, noHeight<double>);
+    // The margin takes what is beyond the last.
+    for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
+        const auto steps = hn::PromoteTo(d, hn::Min(hn::LoadU(di, forth + x), hn::LoadU(di, back + x)));
+        const auto length = hn::IfThenElse(hn::Lt(steps, noSteps), hn::Mul(steps, unit), none);
+        hn::StoreU(isSquared ? hn::Mul(length, length) : length, d, heights + x);
     }
 }
 
@@ -204,6 +209,15 @@ HWY_INLINE void transformRun(const Height* heights, std::int64_t begin, std::int
     }
 }
 
+/// Clears whole vectors, of which the last may reach beyond the end.
+template <class Height>
+HWY_INLINE void clear(Height* out, std::size_t begin, std::size_t end) {
+    const Tag<Height> d;
+    for (std::size_t x = begin; x < end; x += hn::Lanes(d)) {
+        hn::StoreU(hn::Zero(d), d, out + x);
+    }
+}
+
 template <bool takesMaximum, class Height>
 HWY_INLINE void transformRuns(Height* heights, const ClassRun* runs, std::size_t runCount,
                               const LineNeeds<Height>& needs, const LineCosts<Height>& costs, std::uint32_t* bounds,
@@ -216,9 +230,7 @@ HWY_INLINE void transformRuns(Height* heights, const ClassRun* runs, std::size_t
         if (!(isObject ? needs.ofObjects : needs.ofBackground)) {
             continue;
         }
-        for (std::size_t x = done; x < begin; ++x) {
-            out[x] = 0;
-        }
+        clear(out, done, begin);  // and what the run overwrites
         const Height beyond = isObject ? needs.beyondObjects : noHeight<Height>;
         Height* const ends[] = {heights + begin - 1, heights + end};
         const Height behind = *ends[1];  // of the next run
@@ -229,9 +241,7 @@ HWY_INLINE void transformRuns(Height* heights, const ClassRun* runs, std::size_t
         *ends[1] = behind;
         done = end;
     }
-    for (std::size_t x = done; x < count; ++x) {
-        out[x] = 0;
-    }
+    clear(out, done, count);
 }
 
 template <class Height>
