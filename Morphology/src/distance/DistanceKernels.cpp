@@ -255,6 +255,85 @@ void transform(Height* heights, const ClassRun* runs, std::size_t runCount, cons
 }
 
 template <class Height>
+void clearOthers(const std::uint8_t* classes, bool areObjects, Height* heights, std::size_t count) {
+    const std::uint8_t kept = areObjects ? 1 : 0;
+    RIX_INDEPENDENT_ITERATIONS
+    for (std::size_t x = 0; x < count; ++x) {
+        heights[x] = classes[x] == kept ? heights[x] : 0;
+    }
+}
+
+/// @return whether no more steps count for any of some vectors
+template <bool takesMaximum, std::size_t vectors, class Height>
+HWY_INLINE bool findNear(const Height* heights, std::ptrdiff_t pitch, const Height* ofSteps, Height* out) {
+    const Tag<Height> d;
+    const std::size_t lanes = hn::Lanes(d);
+    hn::Vec<Tag<Height>> least[vectors];
+    for (std::size_t v = 0; v < vectors; ++v) {
+        least[v] = hn::LoadU(d, heights + v * lanes);
+    }
+    std::ptrdiff_t far = 0;
+    const auto step = [&] HWY_ATTR {
+        far += pitch;
+        const auto cost = hn::Set(d, *++ofSteps);
+        for (std::size_t v = 0; v < vectors; ++v) {
+            const Height* const at = heights + v * lanes;
+            const auto around = hn::Min(hn::LoadU(d, at - far), hn::LoadU(d, at + far));
+            least[v] = hn::Min(least[v], join<takesMaximum>(d, around, cost));
+        }
+    };
+    for (std::size_t steps = 0; true; steps += 2) {
+        const auto next = hn::Set(d, ofSteps[1]);
+        auto most = least[0];
+        for (std::size_t v = 1; v < vectors; ++v) {
+            most = hn::Max(most, least[v]);
+        }
+        if (hn::AllFalse(d, hn::Gt(most, next))) {
+            break;
+        }
+        if (steps == nearSteps) {
+            return false;
+        }
+        step();
+        step();
+    }
+    for (std::size_t v = 0; v < vectors; ++v) {
+        hn::StoreU(least[v], d, out + v * lanes);
+    }
+    return true;
+}
+
+template <bool takesMaximum, class Height>
+HWY_INLINE bool transformNearAs(const Height* heights, std::ptrdiff_t pitch, const Height* ofSteps, Height* out,
+                                std::size_t count) {
+    constexpr std::size_t vectors = 2;
+    const std::size_t lanes = hn::Lanes(Tag<Height>());
+    if (count < lanes) {
+        return false;
+    }
+    std::size_t x = 0;
+    for (; x + vectors * lanes <= count; x += vectors * lanes) {
+        if (!findNear<takesMaximum, vectors>(heights + x, pitch, ofSteps, out + x)) {
+            return false;
+        }
+    }
+    for (; x < count; x += lanes) {
+        const std::size_t last = HWY_MIN(x, count - lanes);
+        if (!findNear<takesMaximum, 1>(heights + last, pitch, ofSteps, out + last)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template <class Height>
+bool transformNear(const Height* heights, std::ptrdiff_t pitch, const LineCosts<Height>& costs, Height* out,
+                   std::size_t count) {
+    return costs.takesMaximum ? transformNearAs<true>(heights, pitch, costs.ofSteps, out, count)
+                              : transformNearAs<false>(heights, pitch, costs.ofSteps, out, count);
+}
+
+template <class Height>
 void toDistances(const Height* heights, bool isSquared, float* distances, std::size_t count);
 
 template <>
@@ -312,7 +391,8 @@ ClassKernels<Class> classes() {
 
 template <class Height>
 HeightKernels<Height> heights() {
-    return {&fromCounts<Height>, &transform<Height>, &toDistances<Height>};
+    return {&fromCounts<Height>, &transform<Height>, &clearOthers<Height>, &transformNear<Height>,
+            &toDistances<Height>};
 }
 
 }  // namespace rix::morphology::HWY_NAMESPACE

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -29,6 +30,9 @@ struct DistanceTask {
     bool ofObjects() const { return side != DistanceSide::OUTSIDE; }
     bool ofBackground() const { return side != DistanceSide::INSIDE; }
 
+    /// Whether no class has heights but one, so that heights tell classes.
+    bool isOneSided() const { return !ofLabels && side != DistanceSide::SIGNED; }
+
     /// Whether heights are integers that fit.
     bool fitsIntegers() const {
         double most = 0;
@@ -44,6 +48,14 @@ struct DistanceTask {
         return {ofObjects(), ofBackground(), borderIsBackground ? Height{0} : noHeight<Height>};
     }
 };
+
+/// Sets what lies beyond the ends of a line, as far as steps are taken one after another.
+template <class Height>
+void setBeyond(const DistanceTask& task, Height* heights, std::size_t length) {
+    const Height beyond = task.ofObjects() ? task.lineNeeds<Height>().beyondObjects : noHeight<Height>;
+    std::fill_n(heights - nearSteps, nearSteps, beyond);
+    std::fill_n(heights + length, nearSteps, beyond);
+}
 
 /// The bytes of rows on their way from and to images without addresses.
 inline std::size_t rowBytes(const ImageModel& image, const DistanceTask& task) {
