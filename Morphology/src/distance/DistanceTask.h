@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -49,12 +48,10 @@ struct DistanceTask {
     }
 };
 
-/// Sets what lies beyond the ends of a line, as far as steps are taken one after another.
+/// The height of what lies beyond the ends of lines, where one class has heights.
 template <class Height>
-void setBeyond(const DistanceTask& task, Height* heights, std::size_t length) {
-    const Height beyond = task.ofObjects() ? task.lineNeeds<Height>().beyondObjects : noHeight<Height>;
-    std::fill_n(heights - nearSteps, nearSteps, beyond);
-    std::fill_n(heights + length, nearSteps, beyond);
+Height beyondEnds(const DistanceTask& task) {
+    return task.ofObjects() ? task.lineNeeds<Height>().beyondObjects : noHeight<Height>;
 }
 
 /// The bytes of rows on their way from and to images without addresses.

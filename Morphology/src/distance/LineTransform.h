@@ -62,7 +62,9 @@ private:
         if constexpr (sizeof(Class) == 1) {
             if (m_task.isOneSided() && m_unasked == 0) {
                 m_kernels.clearOthers(classes, m_task.ofObjects(), heights(), length);
-                setBeyond(m_task, heights(), length);
+                const Height beyond = beyondEnds<Height>(m_task);
+                std::fill_n(heights() - nearSteps, nearSteps, beyond);
+                std::fill_n(heights() + length, nearSteps, beyond);
                 if (m_kernels.transformNear(heights(), 1, m_costs, out, length)) {
                     return true;
                 }
