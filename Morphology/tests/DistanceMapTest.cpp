@@ -287,9 +287,12 @@ std::vector<DistanceCase> allDistanceCases(std::size_t axes) {
         for (const auto side : {DistanceSide::INSIDE, DistanceSide::OUTSIDE, DistanceSide::SIGNED}) {
             for (const bool inWorld : {false, true}) {
                 for (const bool border : {false, true}) {
-                    if (metric != DistanceMetric::CHAMFER || !inWorld) {
-                        cases.push_back({axes, metric, side, inWorld, border, {}});
-                    }
+                    // Chamfers know no lengths, but prices that fit 16 bits in an image, and others.
+                    const bool isDear = metric == DistanceMetric::CHAMFER && inWorld;
+                    cases.push_back({axes, metric, side, inWorld && !isDear, border,
+                                     !isDear     ? ""
+                                     : axes == 2 ? "1000,1400,2200"
+                                                 : "1000,1400,1700"});
                 }
             }
         }

@@ -36,6 +36,8 @@ public:
     static const char* description(std::size_t axes);
     /// Whether the price of every chain within an image is exact.
     bool isExactIn(const DistanceTask& task) const;
+    /// Whether it also fits 16 bits, and is less than the largest of them.
+    bool isShortIn(const DistanceTask& task) const;
 
     std::size_t kinds() const { return m_prices.size(); }
     float straight() const { return static_cast<float>(m_prices.front()); }
@@ -44,6 +46,8 @@ public:
     std::vector<ChamferStep> steps() const;
 
 private:
+    double mostIn(const DistanceTask& task) const;
+
     std::vector<std::int32_t> m_prices;
     std::size_t m_axes = 2;
 };
@@ -52,7 +56,8 @@ private:
 /// @param output `float32`, shares no memory with the image
 void scanChamfer(access::ExecutionContext& context, const ImageModel& image, const DistanceTask& task,
                  const ChamferWeights& weights, ImageModel& output, OptimLevelType level);
-std::size_t scanBytes(const ImageModel& image, const DistanceTask& task, const ImageModel* output, std::size_t threads);
+std::size_t scanBytes(const ImageModel& image, const DistanceTask& task, const ChamferWeights& weights,
+                      const ImageModel* output, std::size_t threads);
 
 /// The same with the nearest voxels; see `measureNearest`.
 void scanNearest(access::ExecutionContext& context, const ImageModel& image, const DistanceTask& task,

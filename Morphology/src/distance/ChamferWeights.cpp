@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cstdlib>
 
+#include "distance/ChamferKernels.h"
 #include "distance/ChamferScans.h"
 
 namespace rix::morphology {
@@ -49,12 +50,21 @@ const char* ChamferWeights::description(std::size_t axes) {
                      : "three whole numbers from 1 to 10000, a <= b <= c, separated by commas";
 }
 
-bool ChamferWeights::isExactIn(const DistanceTask& task) const {
+/// More than any chain costs that is the cheapest.
+double ChamferWeights::mostIn(const DistanceTask& task) const {
     double steps = 0;
     for (std::size_t axis = 0; axis < task.axes; ++axis) {
         steps += static_cast<double>(task.extents[axis]) + lineMargin;
     }
-    return steps * m_prices.front() < largestExact;
+    return steps * m_prices.front();
+}
+
+bool ChamferWeights::isExactIn(const DistanceTask& task) const {
+    return mostIn(task) < largestExact;
+}
+
+bool ChamferWeights::isShortIn(const DistanceTask& task) const {
+    return mostIn(task) < noPrice<std::uint16_t>;
 }
 
 std::vector<ChamferStep> ChamferWeights::steps() const {

@@ -9,6 +9,7 @@
 
 #include <rix/access/Rows.h>
 #include <rix/access/VoxelTypeLists.h>
+#include <rix/simd/Loops.h>
 
 namespace rix::morphology {
 
@@ -36,7 +37,9 @@ public:
 
     void read(const access::RowSegment& segment, Class* classes) override {
         const T* const samples = m_reader.read(segment);
-        for (std::size_t x = 0; x < segment.count; ++x) {
+        const std::size_t count = segment.count;  // bytes that are written might be those of the segment
+        RIX_INDEPENDENT_ITERATIONS
+        for (std::size_t x = 0; x < count; ++x) {
             if constexpr (ofLabels) {
                 classes[x] = samples[x] == T{0} ? Class{0} : std::bit_cast<Class>(samples[x]);
             } else {

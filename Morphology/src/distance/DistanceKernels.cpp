@@ -8,6 +8,8 @@
 
 #include <hwy/highway.h>
 
+#include "distance/NearSteps-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace rix::morphology::HWY_NAMESPACE {
 
@@ -77,28 +79,21 @@ void fromCounts(const std::int32_t* forth, const std::int32_t* back, double /*sp
 template <>
 void fromCounts(const std::int32_t* forth, const std::int32_t* back, double spacing, bool isSquared, double* heights,
                 std::size_t count) {
-    RIX_INDEPENDENT_ITERATIONS
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::int32_t steps = HWY_MIN(forth[x], back[x]);
-        const double length = steps < noCount ? static_cast<double>(steps) * spacing : noHeight<double>;
-        heights[x] = isSquared ? length * length : length;
+    const hn::ScalableTag<double> d;
+    const hn::Rebind<std::int32_t, decltype(d)> di;
+    const auto unit = hn::Set(d, spacing);
+    const auto noSteps = hn::Set(d, static_cast<double>(noCount));
+    const auto none = hn::Set(d, noHeight<double>);
+    // The margin takes what is beyond the last.
+    for (std::size_t x = 0; x < count; x += hn::Lanes(d)) {
+        const auto steps = hn::PromoteTo(d, hn::Min(hn::LoadU(di, forth + x), hn::LoadU(di, back + x)));
+        const auto length = hn::IfThenElse(hn::Lt(steps, noSteps), hn::Mul(steps, unit), none);
+        hn::StoreU(isSquared ? hn::Mul(length, length) : length, d, heights + x);
     }
 }
 
 /// Places whose heights are found together, of which the first and the last bound where the lowest come from.
 constexpr std::int64_t abreast = 16;
-
-template <class Height>
-using Tag = hn::ScalableTag<Height>;
-
-template <bool takesMaximum, class D, class V>
-HWY_INLINE V join(D /*d*/, V height, V cost) {
-    if constexpr (takesMaximum) {
-        return hn::Max(height, cost);
-    } else {
-        return hn::Add(height, cost);
-    }
-}
 
 /// Where the lowest of heights(j) and costs(j) is, the first of several.
 template <bool takesMaximum, class Height>
@@ -204,6 +199,15 @@ HWY_INLINE void transformRun(const Height* heights, std::int64_t begin, std::int
     }
 }
 
+/// Clears whole vectors, of which the last may reach beyond the end.
+template <class Height>
+HWY_INLINE void clear(Height* out, std::size_t begin, std::size_t end) {
+    const Tag<Height> d;
+    for (std::size_t x = begin; x < end; x += hn::Lanes(d)) {
+        hn::StoreU(hn::Zero(d), d, out + x);
+    }
+}
+
 template <bool takesMaximum, class Height>
 HWY_INLINE void transformRuns(Height* heights, const ClassRun* runs, std::size_t runCount,
                               const LineNeeds<Height>& needs, const LineCosts<Height>& costs, std::uint32_t* bounds,
@@ -216,9 +220,7 @@ HWY_INLINE void transformRuns(Height* heights, const ClassRun* runs, std::size_t
         if (!(isObject ? needs.ofObjects : needs.ofBackground)) {
             continue;
         }
-        for (std::size_t x = done; x < begin; ++x) {
-            out[x] = 0;
-        }
+        clear(out, done, begin);  // and what the run overwrites
         const Height beyond = isObject ? needs.beyondObjects : noHeight<Height>;
         Height* const ends[] = {heights + begin - 1, heights + end};
         const Height behind = *ends[1];  // of the next run
@@ -229,9 +231,7 @@ HWY_INLINE void transformRuns(Height* heights, const ClassRun* runs, std::size_t
         *ends[1] = behind;
         done = end;
     }
-    for (std::size_t x = done; x < count; ++x) {
-        out[x] = 0;
-    }
+    clear(out, done, count);
 }
 
 template <class Height>
@@ -241,6 +241,15 @@ void transform(Height* heights, const ClassRun* runs, std::size_t runCount, cons
         transformRuns<true>(heights, runs, runCount, needs, costs, bounds, out, count);
     } else {
         transformRuns<false>(heights, runs, runCount, needs, costs, bounds, out, count);
+    }
+}
+
+template <class Height>
+void clearOthers(const std::uint8_t* classes, bool areObjects, Height* heights, std::size_t count) {
+    const std::uint8_t kept = areObjects ? 1 : 0;
+    RIX_INDEPENDENT_ITERATIONS
+    for (std::size_t x = 0; x < count; ++x) {
+        heights[x] = classes[x] == kept ? heights[x] : 0;
     }
 }
 
@@ -302,7 +311,8 @@ ClassKernels<Class> classes() {
 
 template <class Height>
 HeightKernels<Height> heights() {
-    return {&fromCounts<Height>, &transform<Height>, &toDistances<Height>};
+    return {&fromCounts<Height>, &transform<Height>, &clearOthers<Height>, &transformNear<Height>,
+            &toDistances<Height>};
 }
 
 }  // namespace rix::morphology::HWY_NAMESPACE

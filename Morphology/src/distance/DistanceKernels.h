@@ -31,6 +31,9 @@ inline constexpr double mostIntegerHeight = 1e9;
 /// Places that a line has before its first voxel and behind its last one, to be read or overwritten.
 inline constexpr std::size_t lineMargin = 32;
 
+/// Up to so many steps are taken one after another.
+inline constexpr std::size_t nearSteps = 16;
+
 /// What steps along an axis add to heights.
 template <class Height>
 struct LineCosts {
@@ -70,6 +73,15 @@ struct HeightKernels {
     /// @param out with a margin behind it
     void (*transform)(Height* heights, const ClassRun* runs, std::size_t runCount, const LineNeeds<Height>& needs,
                       const LineCosts<Height>& costs, std::uint32_t* bounds, Height* out, std::size_t count);
+    /// Clears the heights of what is not to get any.
+    void (*clearOthers)(const std::uint8_t* classes, bool areObjects, Height* heights, std::size_t count);
+    /// Each place's least of the heights up to `nearSteps` places before and behind it and the cost of the steps from
+    /// there, where no class gets heights but one, and the others have 0: then that is the same as `transform`.
+    /// @param pitch from place to place that steps lead along; of as many before the first and behind the last heights
+    /// are read
+    /// @return false if more steps would count somewhere; then nothing is found
+    bool (*transformNear)(const Height* heights, std::ptrdiff_t pitch, const LineCosts<Height>& costs, Height* out,
+                          std::size_t count);
     /// Heights of all axes to distances.
     void (*toDistances)(const Height* heights, bool isSquared, float* distances, std::size_t count);
 };

@@ -232,9 +232,9 @@ std::size_t memoryOf(const Filter& filter) {
             : 0;
     const std::size_t threads = filter.getMaximumThreads();
     const bool hasNearest = filter.getOutputNearestImage() != nullptr;
-    if (scanWeightsOf(filter)) {
-        return copy +
-               (hasNearest ? scanNearestBytes(input, task, output, threads) : scanBytes(input, task, output, threads));
+    if (const auto weights = scanWeightsOf(filter)) {
+        return copy + (hasNearest ? scanNearestBytes(input, task, output, threads)
+                                  : scanBytes(input, task, *weights, output, threads));
     }
     return copy +
            (hasNearest ? nearestBytes(input, task, output, threads) : distanceBytes(input, task, output, threads));

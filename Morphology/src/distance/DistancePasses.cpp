@@ -41,12 +41,7 @@ template <class Class, class Height>
 class AcrossPlanes {
 public:
     AcrossPlanes(const ImageModel& image, const DistanceTask& task, OptimLevelType level)
-        : m_image(image),
-          m_task(task),
-          m_level(level),
-          m_heightsTellClasses(!task.ofLabels && task.side != DistanceSide::SIGNED),
-          m_costs(task, PLANS),
-          m_plan(planOf(task)) {}
+        : m_image(image), m_task(task), m_level(level), m_costs(task, PLANS), m_plan(planOf(task)) {}
 
     static access::Plan planOf(const DistanceTask& task) {
         constexpr double nanosecondsPerVoxel = 4.0;
@@ -67,12 +62,15 @@ public:
             Tile tile(columns, planes);
             tile.memory.take();
             LineTransform<Class, Height> transform(m_task, m_costs.costs(), planes, m_level);
+            if (findNear(block, heights, tile, transform.kernels(), distances)) {
+                return;
+            }
             load(block, heights, tile);
             for (std::size_t column = 0; column < columns; ++column) {
                 const Height* const line = tile.heightLine(column);
                 std::copy_n(line, planes, transform.heights());
                 Class* const classes = tile.classLine(column);
-                if (m_heightsTellClasses) {
+                if (m_task.isOneSided()) {
                     const Class measured = m_task.ofObjects() ? 1 : 0;
                     const auto other = static_cast<Class>(1 - measured);
                     for (std::size_t plane = 0; plane < planes; ++plane) {
@@ -95,14 +93,23 @@ private:
             : pitch((planes + 15) / 16 * 16),
               rowPitch((columns + 15) / 16 * 16),
               classes(memory.template add<Class>(columns * pitch)),
-              heights(memory.template add<Height>(columns * pitch)),
-              distances(memory.template add<float>(columns * pitch)),
+              heights(memory.template add<Height>(std::max(columns * pitch, rowPitch * (planes + 2 * nearSteps)))),
+              found(memory.template add<Height>(rowPitch)),
+              distances(memory.template add<float>(std::max(columns * pitch, rowPitch * planes))),
               classRows(memory.template add<Class>(abreast * rowPitch)),
               distanceRows(memory.template add<float>(abreast * rowPitch)) {}
 
         Class* classLine(std::size_t column) const { return memory.template row<Class>(classes) + column * pitch; }
         Height* heightLine(std::size_t column) const { return memory.template row<Height>(heights) + column * pitch; }
         float* distanceLine(std::size_t column) const { return memory.template row<float>(distances) + column * pitch; }
+        /// The same memory by planes, from `nearSteps` before the first to as many behind the last.
+        Height* heightRow(std::size_t plane) const {
+            return memory.template row<Height>(heights) + (plane + nearSteps) * rowPitch;
+        }
+        float* foundDistances(std::size_t plane) const {
+            return memory.template row<float>(distances) + plane * rowPitch;
+        }
+        Height* foundRow() const { return memory.template row<Height>(found); }
         Class* classRow(std::size_t row) const { return memory.template row<Class>(classRows) + row * rowPitch; }
         float* distanceRow(std::size_t row) const { return memory.template row<float>(distanceRows) + row * rowPitch; }
 
@@ -111,10 +118,38 @@ private:
         std::size_t rowPitch;
         std::size_t classes;
         std::size_t heights;
+        std::size_t found;
         std::size_t distances;
         std::size_t classRows;
         std::size_t distanceRows;
     };
+
+    /// Where what counts is never far: rows of planes as they are. @return whether distances were found
+    bool findNear(const Block& block, const Height* heights, const Tile& tile, const HeightKernels<Height>& kernels,
+                  float* distances) const {
+        if (!m_task.isOneSided()) {
+            return false;
+        }
+        const std::size_t columns = block.columns().length();
+        const std::size_t planes = m_task.extents[PLANS];
+        for (std::size_t plane = 0; plane < planes; ++plane) {
+            std::copy_n(heights + placeOf(block, m_task.extents, 0, plane), columns, tile.heightRow(plane));
+        }
+        const Height beyond = beyondEnds<Height>(m_task);
+        std::fill(tile.heightRow(0) - nearSteps * tile.rowPitch, tile.heightRow(0), beyond);
+        std::fill_n(tile.heightRow(planes), nearSteps * tile.rowPitch, beyond);
+        for (std::size_t plane = 0; plane < planes; ++plane) {
+            if (!kernels.transformNear(tile.heightRow(plane), static_cast<std::ptrdiff_t>(tile.rowPitch),
+                                       m_costs.costs(), tile.foundRow(), columns)) {
+                return false;
+            }
+            kernels.toDistances(tile.foundRow(), m_task.isSquared(), tile.foundDistances(plane), columns);
+        }
+        for (std::size_t plane = 0; plane < planes; ++plane) {  // no sooner, as heights may be in their place
+            std::copy_n(tile.foundDistances(plane), columns, distances + placeOf(block, m_task.extents, 0, plane));
+        }
+        return true;
+    }
 
     void load(const Block& block, const Height* heights, const Tile& tile) const {
         const std::size_t columns = block.columns().length();
@@ -123,13 +158,13 @@ private:
         const std::size_t planePitch = m_task.extents[COLUMNS] * m_task.extents[ROWS];
         for (std::size_t first = 0; first < planes; first += abreast) {
             const std::size_t count = std::min(abreast, planes - first);
-            for (std::size_t i = 0; i < count && !m_heightsTellClasses; ++i) {
+            for (std::size_t i = 0; i < count && !m_task.isOneSided(); ++i) {
                 reader->read(
                     {{block.columns().begin, block.rows().begin, first + i, block.sequence(), block.spectral()},
                      columns},
                     tile.classRow(i));
             }
-            if (!m_heightsTellClasses) {
+            if (!m_task.isOneSided()) {
                 transposeInto(tile.classRow(0), tile.rowPitch, count, columns, tile.classLine(0) + first, tile.pitch);
             }
             transposeInto(heights + placeOf(block, m_task.extents, 0, first), planePitch, count, columns,
@@ -152,7 +187,6 @@ private:
     const ImageModel& m_image;
     const DistanceTask& m_task;
     OptimLevelType m_level;
-    bool m_heightsTellClasses;  ///< only one class has heights above 0
     StepCosts<Height> m_costs;
     access::Plan m_plan;
 };

@@ -29,6 +29,9 @@ struct DistanceTask {
     bool ofObjects() const { return side != DistanceSide::OUTSIDE; }
     bool ofBackground() const { return side != DistanceSide::INSIDE; }
 
+    /// Whether no class has heights but one, so that heights tell classes.
+    bool isOneSided() const { return !ofLabels && side != DistanceSide::SIGNED; }
+
     /// Whether heights are integers that fit.
     bool fitsIntegers() const {
         double most = 0;
@@ -44,6 +47,12 @@ struct DistanceTask {
         return {ofObjects(), ofBackground(), borderIsBackground ? Height{0} : noHeight<Height>};
     }
 };
+
+/// The height of what lies beyond the ends of lines, where one class has heights.
+template <class Height>
+Height beyondEnds(const DistanceTask& task) {
+    return task.ofObjects() ? task.lineNeeds<Height>().beyondObjects : noHeight<Height>;
+}
 
 /// The bytes of rows on their way from and to images without addresses.
 inline std::size_t rowBytes(const ImageModel& image, const DistanceTask& task) {

@@ -38,8 +38,11 @@ public:
 
     /// @return the heights, with a margin behind them
     const Height* operator()(const Class* classes, std::size_t length) {
-        m_runCount = m_classes.findRuns(classes, length, runs());
         Height* const out = m_rows.memory.template row<Height>(m_rows.out);
+        if (findNear(classes, length, out)) {
+            return out;
+        }
+        m_runCount = m_classes.findRuns(classes, length, runs());
         m_kernels.transform(heights(), runs(), m_runCount, m_task.template lineNeeds<Height>(), m_costs,
                             m_rows.memory.template row<std::uint32_t>(m_rows.bounds), out, length);
         return out;
@@ -52,6 +55,26 @@ public:
     }
 
 private:
+    /// Where what is far away counts the next lines are taken run by run without asking.
+    static constexpr std::size_t linesUnasked = 15;
+
+    bool findNear(const Class* classes, std::size_t length, Height* out) {
+        if constexpr (sizeof(Class) == 1) {
+            if (m_task.isOneSided() && m_unasked == 0) {
+                m_kernels.clearOthers(classes, m_task.ofObjects(), heights(), length);
+                const Height beyond = beyondEnds<Height>(m_task);
+                std::fill_n(heights() - nearSteps, nearSteps, beyond);
+                std::fill_n(heights() + length, nearSteps, beyond);
+                if (m_kernels.transformNear(heights(), 1, m_costs, out, length)) {
+                    return true;
+                }
+                m_unasked = linesUnasked + 1;
+            }
+            m_unasked -= m_unasked > 0 ? 1 : 0;
+        }
+        return false;
+    }
+
     struct Rows {
         explicit Rows(std::size_t length)
             : runs(memory.template add<ClassRun>(length)),
@@ -74,6 +97,7 @@ private:
     HeightKernels<Height> m_kernels;
     Rows m_rows;
     std::size_t m_runCount = 0;
+    std::size_t m_unasked = 0;
 };
 
 }  // namespace rix::morphology

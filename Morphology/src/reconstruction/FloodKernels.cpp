@@ -168,8 +168,8 @@ void compare(const Key* keys, const NeighbourRow* rows, std::size_t rowCount, bo
 }
 
 template <class Key>
-bool settleStates(std::uint8_t* states, const Key* keys, const NeighbourRow* rows, std::size_t rowCount,
-                  std::uint8_t* least, std::uint8_t* marks, std::size_t count) {
+HWY_INLINE unsigned settleSome(std::uint8_t* states, const Key* keys, const NeighbourRow* rows, std::size_t rowCount,
+                               std::uint8_t* least, std::uint8_t* marks, std::size_t count) {
     for (std::size_t x = 0; x < count; ++x) {
         least[x] = states[x];
     }
@@ -189,6 +189,27 @@ bool settleStates(std::uint8_t* states, const Key* keys, const NeighbourRow* row
         states[x] = least[x];
         marks[x] = isLower ? 1 : 0;
         any |= isLower ? 1U : 0U;
+    }
+    return any;
+}
+
+/// What has something lower beside it cannot sink, which is nearly all of most images: it is passed over in parts.
+template <class Key>
+bool settleStates(std::uint8_t* states, const Key* keys, const NeighbourRow* rows, std::size_t rowCount,
+                  std::uint8_t* least, std::uint8_t* marks, std::size_t count) {
+    constexpr std::size_t part = 32;
+    unsigned any = 0;
+    for (std::size_t begin = 0; begin < count; begin += part) {
+        const std::size_t some = begin + part <= count ? part : count - begin;
+        unsigned higher = LowerBeside;
+        for (std::size_t x = begin; x < begin + some; ++x) {
+            higher |= states[x];
+        }
+        if (higher == LowerBeside) {
+            __builtin_memset(marks + begin, 0, some);
+        } else {
+            any |= settleSome(states + begin, keys + begin, rows, rowCount, least, marks + begin, some);
+        }
     }
     return any != 0;
 }

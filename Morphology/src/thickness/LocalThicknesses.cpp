@@ -210,9 +210,8 @@ private:
                     }
                     looks.add(1);
                     const double half = std::sqrt(rest) / m_spacing[0];
-                    const auto begin = static_cast<std::size_t>(std::max(std::ceil(x - half), 0.0));
-                    const auto end =
-                        static_cast<std::size_t>(std::min(std::floor(x + half), static_cast<double>(columns - 1))) + 1;
+                    const std::size_t begin = firstFrom(x - half);
+                    const std::size_t end = lastUpTo(x + half, columns - 1) + 1;
                     left -= fill(plane * m_n[1] + row, firstRow, begin, end, skips, static_cast<float>(2 * radius));
                 }
             }
@@ -232,8 +231,17 @@ private:
         if (middle + reach < static_cast<double>(first) || middle - reach > static_cast<double>(last)) {
             return {1, 0};
         }
-        return {static_cast<std::size_t>(std::max(std::ceil(middle - reach), static_cast<double>(first))),
-                static_cast<std::size_t>(std::min(std::floor(middle + reach), static_cast<double>(last)))};
+        return {std::max(firstFrom(middle - reach), first), lastUpTo(middle + reach, last)};
+    }
+
+    /// The first index at a place or behind it. Rounding functions are calls where a processor need not have them.
+    static std::size_t firstFrom(double place) {
+        const auto before = static_cast<std::size_t>(std::max(place, 0.0));
+        return before + (static_cast<double>(before) < place ? 1 : 0);
+    }
+    /// The last index at a place that is not negative or before it, but no later than `last`.
+    static std::size_t lastUpTo(double place, std::size_t last) {
+        return static_cast<std::size_t>(std::min(place, static_cast<double>(last)));
     }
 
     /// @return how many voxels got the diameter

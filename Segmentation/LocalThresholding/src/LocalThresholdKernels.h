@@ -17,19 +17,13 @@ struct ThresholdNumbers {
     double highest = 1.0;
 };
 
-/// Turns rows of what thresholds follow from into thresholds, less the offset: means or the like and deviations, of
-/// Bernsen's the largest and the smallest values. The second row is null where a method has one.
-template <class M>
-using LocalThresholdRow = void (*)(const M* first, const M* second, double* thresholds, std::size_t count,
-                                   const ThresholdNumbers& numbers);
-template <class M>
-LocalThresholdRow<M> localThresholdRow(LocalThresholdingMethod method, OptimLevelType level);
-
-/// out[x] = side where in[x] > thresholds[x], else 1 - side.
-template <class T>
-using LocalComparisonRow = void (*)(const T* in, const double* thresholds, std::uint8_t* out, std::size_t count,
-                                    std::uint8_t side);
-template <class T>
-LocalComparisonRow<T> localComparisonRow(OptimLevelType level);
+/// out[x] = side where in[x] is above its threshold, else 1 - side. Thresholds follow, in doubles, from means or the
+/// like and deviations, of Bernsen's method from the largest and the smallest values, and are less the offset. The
+/// second row counts for nothing where a method has one.
+template <class T, class M>
+using LocalThresholdRow = void (*)(const T* in, const M* first, const M* second, std::uint8_t* out, std::size_t count,
+                                   const ThresholdNumbers& numbers, std::uint8_t side);
+template <class T, class M>
+LocalThresholdRow<T, M> localThresholdRow(LocalThresholdingMethod method, OptimLevelType level);
 
 }  // namespace rix::segmentation

@@ -5,7 +5,6 @@
 #include <limits>
 #include <optional>
 #include <type_traits>
-#include <utility>
 
 #include <rix/access/Rows.h>
 #include <rix/access/Run.h>
@@ -207,13 +206,11 @@ ThresholdNumbers numbersOf(Filter& filter, const ImageModel& input, OptimLevelTy
 }
 
 constexpr double nanosecondsPerVoxel = 1.0;
-constexpr std::size_t pieceVoxels = 1024;
 
 /// Compares the voxels: a step of the run.
 template <class T, class M>
 void compare(BaseAlgorithm& algorithm, const ImageModel& input, const ImageModel& first, const ImageModel* second,
-             ImageModel& output, const std::pair<LocalThresholdRow<M>, LocalComparisonRow<T>>& rows,
-             const ThresholdNumbers& numbers, std::uint8_t side) {
+             ImageModel& output, LocalThresholdRow<T, M> row, const ThresholdNumbers& numbers, std::uint8_t side) {
     const ImageModel& other = second != nullptr ? *second : first;
     const access::Plan plan = access::cutLines({&input, &first, &other, &output}, nanosecondsPerVoxel);
     access::run(algorithm.executionContext(), plan, [&](const access::Block& block) {
@@ -221,17 +218,11 @@ void compare(BaseAlgorithm& algorithm, const ImageModel& input, const ImageModel
         access::RowReader<M> firsts(first, plan);
         access::RowReader<M> seconds(other, plan);
         access::RowWriter<std::uint8_t> out(output, plan);
-        double thresholds[pieceVoxels];
         plan.forEachSegment(block, [&](const access::RowSegment& segment) {
             const T* const values = in.read(segment);
             const M* const a = firsts.read(segment);
             const M* const b = seconds.read(segment);
-            std::uint8_t* const results = out.open(segment);
-            for (std::size_t begin = 0; begin < segment.count; begin += pieceVoxels) {
-                const std::size_t count = std::min(pieceVoxels, segment.count - begin);
-                rows.first(a + begin, b + begin, thresholds, count, numbers);
-                rows.second(values + begin, thresholds, results + begin, count, side);
-            }
+            row(values, a, b, out.open(segment), segment.count, numbers, side);
             out.flush();
         });
     });
@@ -260,7 +251,7 @@ void process(Filter& filter, OptimLevelType level) {
             using Real = std::conditional_t<std::is_same_v<T, double>, double, float>;
             const auto with = [&]<class M>(M) {
                 compare<T, M>(filter, input, first.image(), other, *filter.getOutputBinaryImage(),
-                              {localThresholdRow<M>(method, level), localComparisonRow<T>(level)}, numbers, side);
+                              localThresholdRow<T, M>(method, level), numbers, side);
             };
             if (keepsType(method)) {
                 with(T{});

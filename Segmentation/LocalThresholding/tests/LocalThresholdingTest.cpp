@@ -8,6 +8,7 @@
 #include <rix/segmentation/LocalThresholding2d.h>
 #include <rix/segmentation/LocalThresholding3d.h>
 
+#include "Levels.h"
 #include "Testing.h"
 
 namespace rix::segmentation {
@@ -182,6 +183,36 @@ TEST(LocalThresholding, IsItsDefinition) {
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT16, RIX_FLOAT32, RIX_FLOAT64}) {
         checkAgainstDefinition<LocalThresholding2d>(type, {37, 23, 1, 1, 1}, {7, 5, 1});
         checkAgainstDefinition<LocalThresholding3d>(type, {21, 13, 4, 1, 1}, {5, 3, 3});
+    }
+}
+
+/// Voxels at their threshold or next to it, many in a row, none, and values far outside of what is usual.
+TEST(LocalThresholding, IsTheSameOnEveryLevelWhereFloatsCannotDecide) {
+    for (const double scale : {1.0, 1e-34, 1e36}) {
+        const io::MemoryImage image = test::makeImage(
+            {.voxelType = RIX_FLOAT32, .extents = {2100, 3, 1, 1, 1}}, [&](auto x, auto y, auto, auto, auto) {
+                const auto step = static_cast<double>(x / 700 + (x > 1400 ? (x * 7 + y * 5) % 11 : 0));
+                return scale * (100.0 + step + (x % 97 == 0 ? 1e-4 : 0.0));
+            });
+        for (const LocalMethod method : localMethods) {
+            for (const double offset : {0.0, 1e-5}) {
+                std::vector<double> scalar;
+                for (const OptimLevelType level : test::runnableLevels()) {
+                    io::MemoryImage output;
+                    LocalThresholding2d filter;
+                    filter.setMaxOptimLevel(level);
+                    filter.setInputGrayImage(&image);
+                    filter.setOutputBinaryImage(&output);
+                    filter.setMethod(method);
+                    filter.setOffset(scale * offset);
+                    filter.setKernelSizeX(5);
+                    filter.setKernelSizeY(3);
+                    filter.run();
+                    scalar = level == SCALAR ? test::samplesOf<double>(output) : scalar;
+                    EXPECT_EQ(test::samplesOf<double>(output), scalar) << static_cast<int>(method) << ' ' << scale;
+                }
+            }
+        }
     }
 }
 

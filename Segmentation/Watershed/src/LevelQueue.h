@@ -29,6 +29,14 @@ public:
         return Scratch::held(cells * sizeof(Index)) + (ranked ? 1 : 2) * Scratch::held(levels * sizeof(Index));
     }
 
+    /// Takes the memory of some places from the system, which by one thread alone would be waited for.
+    void touch(std::size_t first, std::size_t count) const {
+        constexpr std::size_t pageEntries = 4096 / sizeof(Index);
+        for (std::size_t place = first; place < first + count; place += pageEntries) {
+            places()[place] = 0;
+        }
+    }
+
     /// Before cells wait, those of every level are to be counted in a table of zeros.
     Index* counts() const { return m_countMemory.as<Index>(); }
     void startWithCounts() {

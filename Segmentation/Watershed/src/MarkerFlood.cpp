@@ -26,7 +26,31 @@ void MarkerFlood<Cell, Index, ranked>::prepare(std::size_t levels, std::size_t t
     if (m_isShared) {
         m_reachedMemory = access::Scratch(reachedBytes(m_grid));
     }
-    if constexpr (!ranked) {
+}
+
+template <class Cell, class Index, bool ranked>
+void MarkerFlood<Cell, Index, ranked>::countRow(std::size_t row) {
+    if constexpr (isSharable) {
+        const std::size_t first = m_grid.cellOfRow(row);
+        std::array<Index, fewLevels> counts{};
+        std::size_t waiting = 0;
+        for (std::size_t cell = first; cell < first + m_grid.columns(); ++cell) {
+            const bool isFree = cells()[cell] != taken;
+            counts[valueOf(cells()[cell])] += isFree ? 1 : 0;
+            waiting += isFree ? 1 : 0;
+        }
+        for (std::size_t level = 0; level < fewLevels && waiting > 0; ++level) {
+            if (counts[level] != 0) {
+                std::atomic_ref(m_queue->counts()[level]).fetch_add(counts[level], std::memory_order_relaxed);
+            }
+        }
+        m_queue->touch(row * m_grid.columns(), m_grid.columns());
+    }
+}
+
+template <class Cell, class Index, bool ranked>
+void MarkerFlood<Cell, Index, ranked>::countAll() {
+    if constexpr (!ranked && !isSharable) {
         access::Looks looks;
         Index* const counts = m_queue->counts();
         for (std::size_t y = 0; y < m_grid.rows(); ++y) {
@@ -45,27 +69,42 @@ void MarkerFlood<Cell, Index, ranked>::prepare(std::size_t levels, std::size_t t
 /// Markers wait for their own values, in the order of storage. What lies in walls is none.
 template <class Cell, class Index, bool ranked>
 void MarkerFlood<Cell, Index, ranked>::pushMarkers() {
+    constexpr std::size_t abreast = 16;  // are looked at together: most are none
     access::Looks looks;
     for (std::size_t y = 0; y < m_grid.rows(); ++y) {
         const std::size_t first = m_grid.cellOfRow(y);
-        for (std::size_t cell = first; cell < first + m_grid.columns(); ++cell) {
-            if (labels()[cell] == 0) {
-                continue;
+        const std::size_t end = first + m_grid.columns();
+        for (std::size_t begin = first; begin < end; begin += abreast) {
+            const std::size_t some = std::min(abreast, end - begin);
+            Label any = 0;
+            for (std::size_t i = 0; i < some; ++i) {
+                any |= labels()[begin + i];
             }
-            if (cells()[cell] == taken) {
-                labels()[cell] = 0;
-                continue;
+            for (std::size_t cell = begin; any != 0 && cell < begin + some; ++cell) {
+                pushMarker(cell);
             }
-            m_queue->push(cell, valueOf(cells()[cell]));
-            cells()[cell] = taken;
         }
         looks.add(m_grid.columns() / 32 + 1);
     }
 }
 
 template <class Cell, class Index, bool ranked>
+void MarkerFlood<Cell, Index, ranked>::pushMarker(std::size_t cell) {
+    if (labels()[cell] == 0) {
+        return;
+    }
+    if (cells()[cell] == taken) {
+        labels()[cell] = 0;
+        return;
+    }
+    m_queue->push(cell, valueOf(cells()[cell]));
+    cells()[cell] = taken;
+}
+
+template <class Cell, class Index, bool ranked>
 void MarkerFlood<Cell, Index, ranked>::spread(bool lines, access::BlockProgress& progress,
                                               access::ExecutionContext* shared) {
+    countAll();
     pushMarkers();
     switch (m_grid.neighborCount()) {
         case 4: return spreadAll<4>(lines, progress, shared);

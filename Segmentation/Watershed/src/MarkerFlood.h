@@ -23,8 +23,8 @@ namespace rix::segmentation {
 /// reached; the first part has them; and what was reached waits behind, in the order of what reached it. So the result
 /// is the same as if one after another had been taken.
 ///
-/// Use: fill the cells of all rows (`clearMargin`, `cells`), `prepare`, fill the labels, `spread`, read what is
-/// `labelOf`.
+/// Use: fill the cells of all rows (`clearMargin`, `cells`), `prepare`, fill the labels, `countRow` for each row,
+/// `spread`, read what is `labelOf`.
 /// @tparam CellType holds values below marks of what is free
 /// @tparam ranked whether values are ranks (see `LevelQueue`)
 template <class CellType, class IndexType, bool ranked>
@@ -61,6 +61,8 @@ public:
 
     /// Call when the cells hold values. @param levels no value is as large
     void prepare(std::size_t levels, std::size_t threads);
+    /// Rows may be counted by several threads.
+    void countRow(std::size_t row);
     /// 0 where there is no marker; also for cells that are `taken`.
     Label* labels() const { return m_labelMemory.as<Label>(); }
     void clearMarginOfLabels(std::size_t row) const {
@@ -112,7 +114,9 @@ private:
         return slabParts(grid) * partCells * grid.neighborCount() * sizeof(Reached);
     }
 
+    void countAll();
     void pushMarkers();
+    void pushMarker(std::size_t cell);
     template <std::size_t count>
     void spreadAll(bool lines, access::BlockProgress& progress, access::ExecutionContext* shared);
     template <std::size_t count>

@@ -90,7 +90,10 @@ private:
             rows.forEach([&](std::size_t row) { readRow(flood, part, row, nullptr); });
         }
         flood.prepare(levels(m_grid), threads);
-        rows.forEach([&](std::size_t row) { readMarkers(flood, part, row); });
+        rows.forEach([&](std::size_t row) {
+            readMarkers(flood, part, row);
+            flood.countRow(row);
+        });
         inBlock([&](access::BlockProgress& progress, access::ExecutionContext* shared) {
             flood.spread(m_task.lines, progress, shared);
         });
