@@ -16,6 +16,7 @@
 #include <rix/image/ImageHeader.h>
 #include <rix/image/SampleMemory.h>
 
+#include "resampling/FractionScaling.h"
 #include "resampling/Halving.h"
 #include "resampling/LineKernels.h"
 #include "resampling/SplineCoefficients.h"
@@ -387,6 +388,10 @@ void scaleImage(access::ExecutionContext& context, const ImageModel& input, Imag
         halvePlanes(context, input, output, level);
         return;
     }
+    if (hasSmallFractions(input, scales)) {
+        scaleByFractions(context, input, output, scales, level);
+        return;
+    }
     const VoxelTypes work = workTypeOf(input.getVoxelType(), scales);
     const auto scaleFrom = [&](const ImageModel& from) {
         if (work == RIX_FLOAT64) {
@@ -408,6 +413,9 @@ void scaleImage(access::ExecutionContext& context, const ImageModel& input, Imag
 std::size_t scalingMemory(const ImageModel& input, const ImageScales& scales, std::size_t threads) {
     if (halvesPlanes(input, scales)) {
         return 0;
+    }
+    if (hasSmallFractions(input, scales)) {
+        return fractionsMemory(input, scales, threads);
     }
     const VoxelTypes work = workTypeOf(input.getVoxelType(), scales);
     const auto bytes = [&](const ImageModel& from) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <complex>
 #include <cstddef>
 #include <cstdint>
@@ -83,6 +84,8 @@ public:
 private:
     template <class Use>
     void forEachPiece(const Use& use) const;
+    template <class Use>
+    void forEachPlace(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents, const Use& use) const;
     void loadAcross(const ImageModel& input);
     void storeAcross(ImageModel& output);
     void extend();
