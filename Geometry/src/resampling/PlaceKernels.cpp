@@ -1,7 +1,5 @@
 #include "resampling/PlaceKernels.h"
 
-#include <rix/simd/Loops.h>
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "resampling/PlaceKernels.cpp"
 #include <rix/simd/KernelTargets.h>
@@ -15,7 +13,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 /// Elements whose places are computed together.
 constexpr std::size_t chunk = 64;
-constexpr std::size_t mostTaps = 6;
 
 /// Places of some elements: their first taps in the region, and what is behind the element before them.
 template <class T>
@@ -80,8 +77,6 @@ HWY_INLINE void findPlaces(const PlaceRow& row, int degree, std::size_t first, s
     }
 }
 
-// Linear --------------------------------------------------------------------------------------------------------------
-
 template <class T>
 HWY_INLINE T between(T a, T b, T fraction) {
     return a + fraction * (b - a);
@@ -112,7 +107,7 @@ HWY_INLINE void linear(const Places<T>& places, const T* region, std::size_t lin
 using Four = hn::FixedTag<float, 4>;
 
 template <class V>
-HWY_INLINE V betweenVectors(V a, V b, V fraction) {
+HWY_INLINE V blend(V a, V b, V fraction) {
     return hn::Add(a, hn::Mul(fraction, hn::Sub(b, a)));
 }
 
@@ -135,11 +130,11 @@ HWY_INLINE hn::Vec<Four> fourInPlane(const float* region, const std::int32_t* of
     const auto below12 = hn::BitCast(pairs, hn::InterleaveUpper(d, first, second));
     const auto above34 = hn::BitCast(pairs, hn::InterleaveLower(d, third, fourth));
     const auto below34 = hn::BitCast(pairs, hn::InterleaveUpper(d, third, fourth));
-    const auto above = betweenVectors(hn::BitCast(d, hn::InterleaveLower(pairs, above12, above34)),
-                                      hn::BitCast(d, hn::InterleaveUpper(pairs, above12, above34)), x);
-    const auto below = betweenVectors(hn::BitCast(d, hn::InterleaveLower(pairs, below12, below34)),
-                                      hn::BitCast(d, hn::InterleaveUpper(pairs, below12, below34)), x);
-    return betweenVectors(above, below, y);
+    const auto above = blend(hn::BitCast(d, hn::InterleaveLower(pairs, above12, above34)),
+                             hn::BitCast(d, hn::InterleaveUpper(pairs, above12, above34)), x);
+    const auto below = blend(hn::BitCast(d, hn::InterleaveLower(pairs, below12, below34)),
+                             hn::BitCast(d, hn::InterleaveUpper(pairs, below12, below34)), x);
+    return blend(above, below, y);
 }
 
 template <std::size_t axes>
@@ -151,8 +146,8 @@ HWY_INLINE void linear(const Places<float>& places, const float* region, std::si
         const auto y = hn::Load(d, places.fractions[1] + i);
         auto result = fourInPlane(region, places.offsets + i, line, x, y);
         if constexpr (axes == 3) {
-            result = betweenVectors(result, fourInPlane(region + plane, places.offsets + i, line, x, y),
-                                    hn::Load(d, places.fractions[2] + i));
+            result = blend(result, fourInPlane(region + plane, places.offsets + i, line, x, y),
+                           hn::Load(d, places.fractions[2] + i));
         }
         hn::StoreU(result, d, out + i);
     }
@@ -182,16 +177,15 @@ HWY_INLINE void linearBytes(const Places<float>& places, const std::uint16_t* re
     // Many loads of one word each are faster than gathers.
     HWY_ALIGN std::uint32_t words[chunk];
     for (std::size_t i = 0; i < count; ++i) {
-        __builtin_memcpy(words + i, region + places.offsets[i], sizeof(std::uint32_t));
+        __builtin_memcpy(words + i, region + places.offsets[i], sizeof(words[i]));
     }
     for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
         const auto word = hn::Load(du, words + i);
         const auto x = hn::Load(d, places.fractions[0] + i);
         const auto y = hn::Load(d, places.fractions[1] + i);
-        const auto above = betweenVectors(real(hn::And(word, low)), real(hn::And(hn::ShiftRight<16>(word), low)), x);
-        const auto below =
-            betweenVectors(real(hn::And(hn::ShiftRight<8>(word), low)), real(hn::ShiftRight<24>(word)), x);
-        hn::StoreU(betweenVectors(above, below, y), d, out + i);
+        const auto above = blend(real(hn::And(word, low)), real(hn::And(hn::ShiftRight<16>(word), low)), x);
+        const auto below = blend(real(hn::And(hn::ShiftRight<8>(word), low)), real(hn::ShiftRight<24>(word)), x);
+        hn::StoreU(blend(above, below, y), d, out + i);
     }
 #endif
 }
