@@ -1,5 +1,6 @@
 // Images of other extents, turned images and the coefficients of splines, 1 and 2 threads, beside OpenCV where it has
-// them. benchmarks/python_peers.py measures some of it beside SciPy.
+// them, and ITK. benchmarks/python_peers.py measures some of it beside SciPy. With ITK the program also compares what
+// both find at the same points of the world, and fails where they differ.
 
 #include <array>
 #include <cmath>
@@ -22,6 +23,9 @@
 #include <rix/image/StridedImage.h>
 #include <rix/settings/Settings.h>
 
+#ifdef RIX_HAVE_ITK
+#include "ResamplingAgreement.h"
+#endif
 #include "Yardstick.h"
 
 namespace rix::bench {
@@ -121,11 +125,12 @@ const io::MemoryImage& smoothField() {
         if (!image.reserve(SINGLE, RIX_FLOAT32, side, side, 1, 1, 2)) {
             std::abort();
         }
-        auto* const samples = reinterpret_cast<float*>(image.getInternalBuffer());
+        auto* const displacements = reinterpret_cast<float*>(image.getInternalBuffer());
         for (std::size_t i = 0; i < 2 * side * side; ++i) {
             const auto x = static_cast<float>(i % side);
             const auto y = static_cast<float>(i / side % side);
-            samples[i] = 5.0F * std::sin(0.01F * x) * std::cos(0.013F * y + static_cast<float>(i / (side * side)));
+            displacements[i] =
+                5.0F * std::sin(0.01F * x) * std::cos(0.013F * y + static_cast<float>(i / (side * side)));
         }
         return image;
     }();
@@ -148,11 +153,12 @@ void registerSample(const Sample& sample, int threads) {
     registerOurs<Rescale3d>("volume_halved/area", sample, volume, threads, by<Rescale3d>(0.5, AREA));
     registerOurs<BSplineCoefficients2d>("coefficients", sample, plane, threads, [](BSplineCoefficients2d&) {});
     registerOurs<BSplineCoefficients3d>("volume_coefficients", sample, volume, threads, [](BSplineCoefficients3d&) {});
-    const std::pair<const char*, PlaceInterpolation> places[] = {{"nearest", PlaceInterpolation::NEAREST},
-                                                                 {"linear", PlaceInterpolation::LINEAR},
-                                                                 {"cubic", PlaceInterpolation::CUBIC_BSPLINE},
-                                                                 {"quintic", PlaceInterpolation::QUINTIC_BSPLINE}};
-    for (const auto& [name, interpolation] : places) {
+    const std::pair<const char*, PlaceInterpolation> kindsOfPlaces[] = {
+        {"nearest", PlaceInterpolation::NEAREST},
+        {"linear", PlaceInterpolation::LINEAR},
+        {"cubic", PlaceInterpolation::CUBIC_BSPLINE},
+        {"quintic", PlaceInterpolation::QUINTIC_BSPLINE}};
+    for (const auto& [name, interpolation] : kindsOfPlaces) {
         registerOurs<AffineTransform2d>(std::string("turned/") + name, sample, plane, threads,
                                         [=](AffineTransform2d& transform) {
                                             transform.setAngle(10);
@@ -207,10 +213,19 @@ void registerSample(const Sample& sample, int threads) {
 }
 
 void registerAll() {
+#ifdef RIX_HAVE_ITK
+    registerAgreement();
+#else
+    benchmark::RegisterBenchmark("agreement/itk",
+                                 [](benchmark::State& state) { state.SkipWithError("skipped: built without ITK"); });
+#endif
     for (const int threads : {1, 2}) {
         for (const Sample& sample : samples) {
             registerSample(sample, threads);
         }
+#ifdef RIX_HAVE_ITK
+        registerItkResampling(threads);
+#endif
     }
 }
 
@@ -218,5 +233,11 @@ void registerAll() {
 }  // namespace rix::bench
 
 int main(int argc, char** argv) {
-    return rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
+    const int result = rix::bench::runBenchmarks(argc, argv, &rix::bench::registerAll);
+#ifdef RIX_HAVE_ITK
+    if (rix::bench::foundDisagreement()) {
+        return EXIT_FAILURE;
+    }
+#endif
+    return result;
 }

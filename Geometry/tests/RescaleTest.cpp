@@ -5,6 +5,7 @@
 #include <rix/geometry/Rescale2d.h>
 #include <rix/geometry/Rescale3d.h>
 
+#include "Levels.h"
 #include "LineReference.h"
 #include "RunFilter.h"
 #include "Testing.h"
@@ -140,6 +141,65 @@ TEST(Rescale, GivesExactMeansOfIntegers) {
                                                  static_cast<std::int64_t>(p[2])});
                 EXPECT_EQ(result[next++], expected) << helper::describeImage(output);
             });
+        }
+    }
+}
+
+/// Bytes between two by two elements in whole numbers, to nearest, ties to even.
+std::uint8_t exactlyBetween(const std::vector<std::uint8_t>& samples, const std::array<std::int64_t, 2>& n,
+                            const std::array<std::int64_t, 2>& m, const std::array<std::int64_t, 2>& p) {
+    std::array<std::int64_t, 2> floor{};
+    std::array<std::int64_t, 2> behind{};  // in parts of 2 m
+    for (std::size_t axis = 0; axis < 2; ++axis) {
+        const std::int64_t numerator = (2 * p[axis] + 1) * n[axis] - m[axis];
+        floor[axis] = numerator < 0 ? -1 : numerator / (2 * m[axis]);
+        behind[axis] = numerator - 2 * m[axis] * floor[axis];
+    }
+    std::int64_t sum = 0;
+    for (const std::int64_t j : {0, 1}) {
+        for (const std::int64_t i : {0, 1}) {
+            const std::int64_t x = std::clamp<std::int64_t>(floor[0] + i, 0, n[0] - 1);
+            const std::int64_t y = std::clamp<std::int64_t>(floor[1] + j, 0, n[1] - 1);
+            sum += (i == 0 ? 2 * m[0] - behind[0] : behind[0]) * (j == 0 ? 2 * m[1] - behind[1] : behind[1]) *
+                   samples[static_cast<std::size_t>(y * n[0] + x)];
+        }
+    }
+    const std::int64_t all = 4 * m[0] * m[1];
+    const std::int64_t low = sum / all;
+    const std::int64_t twice = 2 * (sum - low * all);
+    return static_cast<std::uint8_t>(low + (twice > all || (twice == all && low % 2 != 0) ? 1 : 0));
+}
+
+TEST(Rescale, RoundsBytesExactlyBetweenElementsAtSmallFractions) {
+    constexpr std::array<std::int64_t, 2> sizes[][2] = {
+        {{180, 12}, {270, 18}}, {{181, 9}, {362, 18}}, {{90, 12}, {270, 16}}, {{160, 8}, {200, 10}},
+        {{7, 3}, {14, 9}},      {{1, 1}, {8, 3}},      {{150, 9}, {200, 6}},  {{210, 8}, {270, 20}},
+        {{240, 6}, {160, 9}},   {{200, 5}, {100, 10}}};
+    for (const auto& [n, m] : sizes) {
+        const auto input =
+            makeRandomImage({.voxelType = RIX_UINT8,
+                             .extents = {static_cast<std::size_t>(n[0]), static_cast<std::size_t>(n[1]), 1, 1, 1}},
+                            3, Extremes::All);
+        const auto samples = samplesOf<std::uint8_t>(input);
+        for (const OptimLevelType level : runnableLevels()) {
+            for (const auto border : {access::BorderPolicy::MIRROR, access::BorderPolicy::CONTINUE}) {
+                const auto output = rescaled<Rescale2d>(input, {m[0], m[1], 1}, [&](Rescale2d& rescaling) {
+                    rescaling.setAutoCpuDispatch(false);
+                    rescaling.setOptimLevel(level);
+                    rescaling.setInterpolation(Rescale2d::LINEAR);
+                    rescaling.setAntiAliasing(Rescale2d::NO);
+                    rescaling.setBorderPolicy(border);
+                });
+                const auto result = samplesOf<std::uint8_t>(output);
+                std::size_t wrong = 0;
+                for (std::int64_t y = 0; y < m[1]; ++y) {
+                    for (std::int64_t x = 0; x < m[0]; ++x) {
+                        wrong +=
+                            result[static_cast<std::size_t>(y * m[0] + x)] != exactlyBetween(samples, n, m, {x, y});
+                    }
+                }
+                EXPECT_EQ(wrong, 0U) << n[0] << " x " << n[1] << " to " << m[0] << " x " << m[1] << ", level " << level;
+            }
         }
     }
 }

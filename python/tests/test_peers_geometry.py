@@ -4,7 +4,7 @@ import numpy as np
 import pytest
 
 import rix
-from support import random_array
+from support import EXAMPLES, random_array
 
 
 @pytest.mark.parametrize("dtype", ["uint8", "int16", "uint32", "float32", "float64"])
@@ -189,3 +189,46 @@ def test_reslice():
     places = [origin[k] + 0.75 * (i * u[k] + j * v[k]) for k in (2, 1, 0)]
     expected = ndimage.map_coordinates(volume.astype(np.float64), places, order=1, mode="reflect")
     np.testing.assert_allclose(np.asarray(result).reshape(15, 20), expected, rtol=0, atol=1e-5 * np.abs(expected).max())
+
+
+def photographs():
+    """What cameras and microscopes see, and a volume of it: a photograph that loses its details plane by plane."""
+    ndimage = pytest.importorskip("scipy.ndimage")
+    images = {name: np.asarray(rix.imread(EXAMPLES / "images" / f"{name}.png")) for name in ("coins", "cell", "gravel")}
+    images["volume"] = np.stack([ndimage.gaussian_filter(images["coins"][40:120, 60:160], 0.3 * z) for z in range(30)])
+    return images
+
+
+@pytest.mark.parametrize("name", ["coins", "cell", "gravel", "volume"])
+@pytest.mark.parametrize("dtype", ["uint8", "float32"])
+def test_photographs_and_a_volume(name, dtype):
+    ndimage = pytest.importorskip("scipy.ndimage")
+    image = photographs()[name].astype(dtype)
+    exact = image.astype(np.float64)
+    axes = image.ndim
+    suffix = f"{axes}d"
+
+    def compare(result, expected):
+        expected = expected.clip(0, 255) if dtype == "uint8" else expected
+        assert np.abs(np.asarray(result) - expected).max() <= (0.5 + 3e-3 if dtype == "uint8" else 1e-5 * 255)
+
+    turn = np.eye(3)[:axes, :axes]
+    c, s = np.cos(np.radians(10)), np.sin(np.radians(10))
+    turn[:2, :2] = [[c, -s], [s, c]]  # x to y
+    middle = (np.array(image.shape[::-1]) - 1) / 2
+    offset = middle - turn.T @ middle
+    places = grid_of(image.shape)
+    field = np.stack([3 * np.sin(0.05 * places[(i + 1) % axes]) for i in range(axes)])  # x, y, z
+    for order, interpolation in {1: "LINEAR", 3: "CUBIC_BSPLINE"}.items():
+        factors = {f"factor_{axis}": f for axis, f in zip("xyz", (1.5, 1.5, 2.0)[:axes])}
+        result = getattr(rix, f"rescale_{suffix}")(image, mode="FACTORS", **factors, interpolation=interpolation)
+        zooms = [m / n for m, n in zip(result.shape, image.shape)]
+        compare(result, ndimage.zoom(exact, zooms, order=order, mode="reflect", grid_mode=True))
+        angle = {"angle" if axes == 2 else "angle_z": 10}
+        result = getattr(rix, f"affine_transform_{suffix}")(image, **angle, interpolation=interpolation,
+                                                            border_policy="MIRROR")
+        compare(result, ndimage.affine_transform(exact, turn.T[::-1, ::-1], offset[::-1], order=order, mode="reflect"))
+        result = getattr(rix, f"warp_by_displacement_{suffix}")(
+            image, rix.Image(field, axes="cyx" if axes == 2 else "czyx"), interpolation, "MIRROR")
+        moved = [place + d for place, d in zip(places, field[::-1])]
+        compare(result, ndimage.map_coordinates(exact, moved, order=order, mode="reflect"))

@@ -13,6 +13,10 @@ constexpr std::size_t cacheLine = 64;
 constexpr std::size_t page = Scratch::granularity;
 /// Rows that a bundle reads or writes at a time.
 constexpr double rowsAtOnce = 16.0;
+/// Bytes of a row that are better read at once, as memory is slow with less, and how many times a block they may make
+/// of a bundle for that: what leaves the second-level cache comes back sooner.
+constexpr double piece = 512.0;
+constexpr double mostRooms = 4.0;
 
 }  // namespace
 
@@ -31,9 +35,12 @@ Plan cutBundles(const ImageModel& input, const ImageModel& output, Components ax
     const std::size_t samples = helper::getElementNumber(input.getElementType());
     const std::size_t smallest = std::min(helper::getElementSize(input), helper::getElementSize(output));
     const std::size_t least = ceilDivide(cacheLine, std::max<std::size_t>(smallest, 1));
+    auto room = static_cast<double>(blockBytes());
+    if (axis != COLUMNS) {
+        room = std::clamp(rows * piece, room, mostRooms * room);
+    }
     const double fitting =
-        std::min(static_cast<double>(blockBytes()) / (rows * static_cast<double>(workBytes * samples)),
-                 longestBlockNanoseconds / (cost * length));
+        std::min(room / (rows * static_cast<double>(workBytes * samples)), longestBlockNanoseconds / (cost * length));
     const auto lines = static_cast<std::size_t>(std::clamp(fitting, static_cast<double>(least), 1e9));
 
     const Components inner = innerAxis(axis);

@@ -2,28 +2,29 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 #include <string>
 
 #include <rix/access/BorderConditions.h>
 #include <rix/access/SampleCast.h>
+#include <rix/access/StreamKernels.h>
+#include <rix/access/WholeImage.h>
 #include <rix/exceptions/Exception.h>
+#include <rix/image/SampleMemory.h>
 
 #include "Access/BundleAxes.h"
+#include "Access/BundleTransposition.h"
 
 namespace rix::access {
 
 namespace {
 
-constexpr std::size_t cacheLine = 64;
-/// Lines that are transposed together: a row of the bundle gets a whole line of the cache of most types at a time.
-constexpr std::size_t linesAbreast = 16;
 /// Pieces of rows that are asked for at once, where each is in a page of its own.
 constexpr std::size_t piecesAhead = 16;
-/// Elements of each of them that are taken at once: a line of the cache of most types. The lines of an image whose rows
-/// are a power of two apart fall into the same few places of the first-level cache, where none would wait for its next
-/// element.
-constexpr std::size_t elementsAbreast = 16;
+/// How many rows ahead those are that are read in place, into the second-level cache: in the first one they would
+/// compete for few places.
+constexpr std::size_t rowsAhead = 32;
 
 constexpr std::size_t Position::* coordinates[] = {&Position::column, &Position::row, &Position::plane,
                                                    &Position::sequence, &Position::spectral};
@@ -56,55 +57,45 @@ Position beginOf(const Block& block) {
 }
 
 /// Asks for samples that are far apart in memory before they are needed.
-template <bool forWriting, class Work>
+template <bool forWriting, int locality = 3, class Work>
 void fetch(const Work* samples, std::size_t count) {
     const auto* const bytes = reinterpret_cast<const char*>(samples);
     for (std::size_t i = 0; i < count * sizeof(Work); i += cacheLine) {
-        __builtin_prefetch(bytes + i, forWriting ? 1 : 0);
+        __builtin_prefetch(bytes + i, forWriting ? 1 : 0, locality);
     }
 }
 
-/// to[i * stride + l * samples + s] = from[l][i * samples + s], for `count` elements of `lines` lines.
+/// Whether a result is to go past the caches: it is large, and its rows begin with lines of the cache.
+bool streams(const ImageModel& output) {
+    const ConstRawData samples = helper::contiguousSamples(output);
+    std::size_t voxels = 0;
+    const std::size_t bytes = helper::getElementSize(output);
+    return helper::getElementCount(output, voxels) && chooseStores(voxels, bytes) == Stores::Streaming &&
+           reinterpret_cast<std::uintptr_t>(samples) % cacheLine == 0 &&
+           output.getNumOf(COLUMNS) * bytes % cacheLine == 0;
+}
+
+/// Copies samples: of few, calls would take longer than the copies.
 template <class Work>
-void transposeIn(const Work* const* from, std::size_t lines, std::size_t samples, std::size_t count, Work* to,
-                 std::size_t stride) {
-    if (lines == linesAbreast && samples == 1) {
-        for (std::size_t i = 0; i < count; i += elementsAbreast) {
-            const std::size_t elements = std::min(elementsAbreast, count - i);
-            for (std::size_t l = 0; l < linesAbreast; ++l) {
-                for (std::size_t k = 0; k < elements; ++k) {
-                    to[(i + k) * stride + l] = from[l][i + k];
-                }
-            }
-        }
-        return;
+inline void copyPiece(const Work* from, Work* to, std::size_t count) {
+    constexpr std::size_t group = std::max<std::size_t>(cacheLine / sizeof(Work), 1);
+    for (; count >= group; count -= group, from += group, to += group) {
+        std::memcpy(static_cast<void*>(to), from, group * sizeof(Work));
     }
     for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t l = 0; l < lines; ++l) {
-            std::copy_n(from[l] + i * samples, samples, to + i * stride + l * samples);
-        }
+        to[i] = from[i];
     }
 }
 
+/// The samples of an image that are one after another in memory, and of the type of the work; else null.
 template <class Work>
-void transposeOut(const Work* from, std::size_t stride, std::size_t lines, std::size_t samples, std::size_t count,
-                  Work* const* to) {
-    if (lines == linesAbreast && samples == 1) {
-        for (std::size_t i = 0; i < count; i += elementsAbreast) {
-            const std::size_t elements = std::min(elementsAbreast, count - i);
-            for (std::size_t l = 0; l < linesAbreast; ++l) {
-                for (std::size_t k = 0; k < elements; ++k) {
-                    to[l][i + k] = from[(i + k) * stride + l];
-                }
-            }
-        }
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        for (std::size_t l = 0; l < lines; ++l) {
-            std::copy_n(from + i * stride + l * samples, samples, to[l] + i * samples);
-        }
-    }
+const Work* samplesInPlace(const ImageModel& image) {
+    return needsCopy(image, voxelTypeOf<Work>) ? nullptr
+                                               : reinterpret_cast<const Work*>(helper::contiguousSamples(image));
+}
+template <class Work>
+Work* samplesInPlace(ImageModel& image) {
+    return needsCopy(image, voxelTypeOf<Work>) ? nullptr : reinterpret_cast<Work*>(helper::contiguousSamples(image));
 }
 
 /// Pieces of rows that are copied some at a time, when all of them were asked for.
@@ -196,10 +187,37 @@ void Bundle<Work>::forEachPiece(const Use& use) const {
     }
 }
 
+/// The same where images have their samples in storage order: `use(place, next, piece, count)` with the place of a
+/// segment among these and that of one that comes later, where it lies in the bundle, and its samples.
+template <class Work>
+template <class Use>
+void Bundle<Work>::forEachPlace(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents, const Use& use) const {
+    const std::size_t count = m_block.columns().length() * m_samples;
+    std::size_t pitch = m_samples;
+    for (int axis = COLUMNS; axis < m_axis; ++axis) {
+        pitch *= extents[static_cast<std::size_t>(axis)];
+    }
+    RowSegment segment{beginOf(m_block), count};
+    for (std::size_t piece = 0; piece < m_block.axes[m_next].length(); ++piece) {
+        segment.*coordinates[m_next] = m_block.axes[m_next].begin + piece;
+        const std::size_t first = detail::offsetOf(segment, extents) * m_samples;
+        for (std::size_t i = 0; i < m_length; ++i) {
+            use(first + i * pitch, first + std::min(i + rowsAhead, m_length - 1) * pitch,
+                row(static_cast<std::int64_t>(i)) + piece * count, count);
+        }
+    }
+}
+
 template <class Work>
 void Bundle<Work>::load(const ImageModel& input) {
     if (m_axis == COLUMNS) {
         loadAcross(input);
+    } else if (const Work* const samples = samplesInPlace<Work>(input); samples != nullptr) {
+        forEachPlace(helper::getExtents(input),
+                     [&](std::size_t place, std::size_t next, Work* piece, std::size_t count) {
+                         fetch<false, 2>(samples + next, count);
+                         copyPiece(samples + place, piece, count);
+                     });
     } else {
         RowReader<Work, piecesAhead> reader(input);
         PiecesAhead<Work> pieces;
@@ -260,6 +278,24 @@ void Bundle<Work>::store(ImageModel& output) {
         storeAcross(output);
         return;
     }
+    if (Work* const samples = samplesInPlace<Work>(output); samples != nullptr) {
+        const StreamRow stream = streams(output) ? streamRow(SCALAR) : nullptr;
+        forEachPlace(
+            helper::getExtents(output), [&](std::size_t place, std::size_t next, Work* piece, std::size_t count) {
+                if (stream != nullptr) {
+                    stream(reinterpret_cast<RawData>(samples + place),
+                           reinterpret_cast<ConstRawData>(piece + m_result * static_cast<std::int64_t>(m_stride)),
+                           count * sizeof(Work));
+                    return;
+                }
+                fetch<true, 2>(samples + next, count);
+                copyPiece(piece + m_result * static_cast<std::int64_t>(m_stride), samples + place, count);
+            });
+        if (stream != nullptr) {
+            finishStreaming();
+        }
+        return;
+    }
     RowWriter<Work, piecesAhead> writer(output);
     PiecesAhead<Work> pieces;
     const auto copied = [&](std::size_t slot) { writer.flush(slot); };
@@ -273,6 +309,7 @@ void Bundle<Work>::store(ImageModel& output) {
 template <class Work>
 void Bundle<Work>::storeAcross(ImageModel& output) {
     RowWriter<Work, linesAbreast> writer(output);
+    const bool streamed = samplesInPlace<Work>(output) != nullptr && streams(output);
     const std::size_t lines = m_width / m_samples;
     for (std::size_t first = 0; first < lines; first += linesAbreast) {
         Work* rows[linesAbreast];
@@ -280,10 +317,17 @@ void Bundle<Work>::storeAcross(ImageModel& output) {
         for (std::size_t l = 0; l < abreast; ++l) {
             rows[l] = writer.open(lineAt(first + l), l);
         }
-        transposeOut(row(m_result) + first * m_samples, m_stride, abreast, m_samples, m_length, rows);
+        if (streamed && abreast == linesAbreast && m_samples == 1) {
+            streamOut(row(m_result) + first, m_stride, m_length, rows);
+        } else {
+            transposeOut(row(m_result) + first * m_samples, m_stride, abreast, m_samples, m_length, rows);
+        }
         for (std::size_t l = 0; l < abreast; ++l) {
             writer.flush(l);
         }
+    }
+    if (streamed) {
+        finishStreaming();
     }
 }
 

@@ -8,10 +8,14 @@
 
 #include <hwy/highway.h>
 
+#include <rix/access/Stores-inl.h>
+
 HWY_BEFORE_NAMESPACE();
 namespace rix::geometry::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
+
+using access::Stores;
 
 template <class T>
 using Tag = hn::ScalableTag<T>;
@@ -25,7 +29,12 @@ template <class T>
 void place(const RowTaps<T>& /*taps*/, std::size_t /*count*/, std::size_t /*length*/, std::int32_t* /*at*/) {}
 
 template <class T>
-void along(const T* row, const RowTaps<T>& taps, std::size_t count, T* out) {
+bool findPeriod(const RowTaps<T>& /*taps*/, RowPeriod<T>& /*period*/) {
+    return false;
+}
+
+template <class T>
+void along(const T* row, std::size_t /*length*/, const RowTaps<T>& taps, std::size_t count, T* out) {
     const T* const origin = row - taps.first;
     for (std::size_t i = 0; i < count; ++i) {
         T sum = taps.weights[i] * origin[taps.indices[i]];
@@ -95,16 +104,17 @@ HWY_INLINE hn::Vec<Tag<T>> elements(const T* row, const std::int32_t* indices, s
     return hn::IfThenElse(hn::RebindMask(d, isHigh), high, low);
 }
 
+/// Some results, by the weights and indices of `count` results from `begin` on.
 template <class T>
-void along(const T* row, const RowTaps<T>& taps, std::size_t count, T* out) {
+HWY_INLINE void alongSome(const T* row, const RowTaps<T>& taps, std::size_t begin, std::size_t count, T* out) {
     const Tag<T> d;
     const std::size_t lanes = hn::Lanes(d);
     HWY_ALIGN T gathered[HWY_MAX_BYTES / sizeof(T)] = {};
-    const std::int32_t* at = taps.at;
+    const std::int32_t* at = taps.at + begin / lanes * taps.taps;
     for (std::size_t i = 0; i < count; i += lanes) {
         auto sum = hn::Zero(d);
         for (std::size_t k = 0; k < taps.taps; ++k, ++at) {
-            const std::size_t tap = k * taps.stride + i;
+            const std::size_t tap = k * taps.stride + begin + i;
             if (*at < 0) {
                 const std::size_t used = HWY_MIN(lanes, count - i);
                 for (std::size_t lane = 0; lane < used; ++lane) {
@@ -116,16 +126,88 @@ void along(const T* row, const RowTaps<T>& taps, std::size_t count, T* out) {
             sum = k == 0 ? product : hn::Add(sum, product);
         }
         if (taps.constants != nullptr) {
-            sum = hn::Add(sum, hn::LoadU(d, taps.constants + i));
+            sum = hn::Add(sum, hn::LoadU(d, taps.constants + begin + i));
         }
         hn::StoreU(sum, d, out + i);
     }
 }
 
+template <class T>
+bool findPeriod(const RowTaps<T>& taps, RowPeriod<T>& period) {
+    const std::size_t lanes = hn::Lanes(Tag<T>());
+    std::size_t entry = 0;
+    for (std::size_t i = 0; i < period.period; i += lanes) {
+        std::int32_t begin = taps.indices[i];
+        for (std::size_t k = 0; k < taps.taps * lanes; ++k) {
+            begin = HWY_MIN(begin, taps.indices[k / lanes * taps.stride + i + k % lanes]);
+        }
+        period.begins[i / lanes] = begin;
+        period.reach = HWY_MAX(period.reach, static_cast<std::size_t>(begin) + lanes);
+        for (std::size_t k = 0; k < taps.taps; ++k) {
+            for (std::size_t lane = 0; lane < lanes; ++lane, ++entry) {
+                const std::size_t tap = k * taps.stride + i + lane;
+                period.weights[entry] = taps.weights[tap];
+                period.lanes[entry] = taps.indices[tap] - begin;
+                if (period.lanes[entry] >= static_cast<Index<T>>(lanes)) {
+                    return false;
+                }
+            }
+        }
+    }
+    return taps.taps == 2 || taps.taps == 4 || taps.taps == 6;
+}
+
+template <std::size_t taps, class T>
+HWY_INLINE void alongPeriod(const T* row, const RowPeriod<T>& period, T* out) {
+    const Tag<T> d;
+    const hn::RebindToSigned<Tag<T>> di;
+    const std::size_t lanes = hn::Lanes(d);
+    const T* weights = period.weights;
+    const auto* within = period.lanes;
+    const std::int32_t* begin = period.begins;
+    for (std::size_t i = 0; i < period.period; i += lanes, ++begin) {
+        const auto elements = hn::LoadU(d, row + *begin);
+        auto sum = hn::Zero(d);
+        HWY_UNROLL(6)
+        for (std::size_t k = 0; k < taps; ++k, within += lanes, weights += lanes) {
+            const auto found = hn::TableLookupLanes(elements, hn::IndicesFromVec(d, hn::LoadU(di, within)));
+            const auto product = hn::Mul(hn::LoadU(d, weights), found);
+            sum = k == 0 ? product : hn::Add(sum, product);
+        }
+        hn::StoreU(sum, d, out + i);
+    }
+}
+
+/// Returns the results that are behind those of whole periods whose vectors lie within the row.
+template <std::size_t taps, class T>
+HWY_INLINE std::size_t alongPeriods(const T* row, std::size_t length, const RowTaps<T>& of, T* out) {
+    const RowPeriod<T>& period = *of.period;
+    std::size_t i = of.begin;
+    const auto first = static_cast<std::size_t>(of.first);
+    for (std::size_t moved = of.moved; i + period.period <= of.end && period.reach + moved <= first + length;
+         moved += period.shift, i += period.period) {
+        // Of unsigned numbers: what is before the row is so only until the first element that is read is added.
+        alongPeriod<taps>(row + static_cast<std::ptrdiff_t>(moved - first), period, out + i);
+    }
+    return i;
+}
+
+template <class T>
+void along(const T* row, std::size_t length, const RowTaps<T>& taps, std::size_t count, T* out) {
+    std::size_t i = 0;
+    if (taps.period != nullptr) {
+        alongSome(row, taps, 0, taps.begin, out);
+        i = taps.taps == 2   ? alongPeriods<2>(row, length, taps, out)
+            : taps.taps == 4 ? alongPeriods<4>(row, length, taps, out)
+                             : alongPeriods<6>(row, length, taps, out);
+    }
+    alongSome(row, taps, i, count - i, out + i);
+}
+
 #endif
 
 /// The sums of `vectors` vectors from x on, kept in registers through all taps.
-template <std::size_t vectors, class D, class T>
+template <std::size_t vectors, Stores stores, class D, class T>
 HWY_INLINE void acrossAt(D d, const T* const* rows, const T* weights, std::size_t taps, const T* constant, T* out,
                          std::size_t x) {
     const std::size_t lanes = hn::Lanes(d);
@@ -145,23 +227,29 @@ HWY_INLINE void acrossAt(D d, const T* const* rows, const T* weights, std::size_
     }
     HWY_UNROLL(4)
     for (std::size_t v = 0; v < vectors; ++v) {
-        hn::StoreU(constant != nullptr ? hn::Add(sums[v], hn::Set(d, *constant)) : sums[v], d, out + x + v * lanes);
+        access::HWY_NAMESPACE::storeTo<stores>(constant != nullptr ? hn::Add(sums[v], hn::Set(d, *constant)) : sums[v],
+                                               d, out + x + v * lanes);
     }
 }
 
-template <class T>
+template <class T, Stores stores>
 void across(const T* const* rows, const T* weights, std::size_t taps, const T* constant, T* out, std::size_t count) {
     const Tag<T> d;
+    const hn::CappedTag<T, 1> one;
     const std::size_t lanes = hn::Lanes(d);
     std::size_t x = 0;
+    const std::size_t head = stores == Stores::Streaming ? access::samplesBeforeLine(out, sizeof(T), count) : 0;
+    for (; x < head; ++x) {
+        acrossAt<1, Stores::Cached>(one, rows, weights, taps, constant, out, x);
+    }
     for (; x + 4 * lanes <= count; x += 4 * lanes) {
-        acrossAt<4>(d, rows, weights, taps, constant, out, x);
+        acrossAt<4, stores>(d, rows, weights, taps, constant, out, x);
     }
     for (; x + lanes <= count; x += lanes) {
-        acrossAt<1>(d, rows, weights, taps, constant, out, x);
+        acrossAt<1, Stores::Cached>(d, rows, weights, taps, constant, out, x);
     }
     for (; x < count; ++x) {
-        acrossAt<1>(hn::CappedTag<T, 1>(), rows, weights, taps, constant, out, x);
+        acrossAt<1, Stores::Cached>(one, rows, weights, taps, constant, out, x);
     }
 }
 
@@ -224,7 +312,8 @@ void divide(T* row, T divisor, std::size_t count) {
 
 template <class T>
 LineKernels<T> kernels() {
-    return {&place<T>, &along<T>, &across<T>, &divide<T>};
+    return {&place<T>, &findPeriod<T>, &along<T>, &across<T, Stores::Cached>, &across<T, Stores::Streaming>,
+            &divide<T>};
 }
 
 AcrossRounded acrossTo(std::size_t bytes) {

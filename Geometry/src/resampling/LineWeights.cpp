@@ -14,6 +14,8 @@ namespace rix::geometry {
 namespace {
 
 constexpr std::size_t lanczosLobes = 3;
+/// Of weights that are kept for results that have the same: those fit the first-level cache.
+constexpr std::size_t longestPeriod = 512;
 
 /// A place on a line: elements, and a part of one.
 struct Place {
@@ -166,6 +168,7 @@ LineWeights<T>::LineWeights(const LineScale& scale, bool wholeWeights) : m_scale
             }
             set(i, static_cast<std::int64_t>(first), weights.data(), count, 0.0);
         }
+        findRepetition();
         return;
     }
     const std::vector<double> gaussian = smoothingTaps(scale);
@@ -194,6 +197,41 @@ LineWeights<T>::LineWeights(const LineScale& scale, bool wholeWeights) : m_scale
         set(i, place.floor - taps.before - static_cast<std::int64_t>(reach), weights.data(), m_taps,
             outside == 0 ? 0.0 : outside * scale.borderValue);
     }
+    findRepetition();
+}
+
+/// Of quotients of small numbers, places come again. Those near the ends differ by what lies beyond.
+template <class T>
+void LineWeights<T>::findRepetition() {
+    const std::size_t common = std::gcd(m_scale.in, m_scale.out);
+    const std::size_t period = std::lcm(m_scale.out / common, padding);
+    if (period > longestPeriod || 4 * period > m_scale.out || !m_constants.empty()) {
+        return;
+    }
+    const auto shift = static_cast<std::int32_t>(period / (m_scale.out / common) * (m_scale.in / common));
+    const auto repeats = [&](std::size_t i) {
+        for (std::size_t k = 0; k < m_taps; ++k) {
+            const std::size_t at = k * m_stride + i;
+            if (m_indices[at] != m_indices[at - period] + shift || m_weights[at] != m_weights[at - period]) {
+                return false;
+            }
+        }
+        return true;
+    };
+    std::size_t end = 2 * period;
+    while (end < m_scale.out && repeats(end)) {
+        ++end;
+    }
+    if (end < 3 * period) {
+        return;
+    }
+    std::size_t begin = period;
+    std::size_t first = begin + period;
+    while (first > period && repeats(first - 1)) {
+        --first;
+        begin = std::min(begin, (first - period + padding - 1) / padding * padding);
+    }
+    m_repetition = {begin, end, period, static_cast<std::size_t>(shift)};
 }
 
 template <class T>

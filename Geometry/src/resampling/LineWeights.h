@@ -58,6 +58,16 @@ public:
     std::size_t stride() const { return m_stride; }
     /// Null where all are 0.
     const T* constants() const { return m_constants.empty() ? nullptr : m_constants.data(); }
+    /// Results of which the weights are those of results before them, and the indices such, moved: from
+    /// `begin + period` to `end` those of result i are those of i - period, and `shift` more. The begin and the period
+    /// are multiples of `padding`; there are none where `period` is 0.
+    struct Repetition {
+        std::size_t begin = 0;
+        std::size_t end = 0;
+        std::size_t period = 0;
+        std::size_t shift = 0;
+    };
+    const Repetition& repetition() const { return m_repetition; }
     /// For sums of what has a divisor already.
     void scaleConstants(double factor);
 
@@ -75,11 +85,13 @@ public:
 
 private:
     void set(std::size_t i, std::int64_t first, const double* weights, std::size_t count, double constant);
+    void findRepetition();
 
     LineScale m_scale;
     std::size_t m_taps = 1;
     std::size_t m_stride = 0;
     double m_divisor = 1.0;
+    Repetition m_repetition;
     access::CountedVector<std::int32_t> m_indices;
     access::CountedVector<T> m_weights;
     access::CountedVector<T> m_constants;

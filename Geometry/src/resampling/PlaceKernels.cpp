@@ -1,7 +1,5 @@
 #include "resampling/PlaceKernels.h"
 
-#include <rix/simd/Loops.h>
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "resampling/PlaceKernels.cpp"
 #include <rix/simd/KernelTargets.h>
@@ -15,7 +13,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 /// Elements whose places are computed together.
 constexpr std::size_t chunk = 64;
-constexpr std::size_t mostTaps = 6;
 
 /// Places of some elements: their first taps in the region, and what is behind the element before them.
 template <class T>
@@ -80,8 +77,6 @@ HWY_INLINE void findPlaces(const PlaceRow& row, int degree, std::size_t first, s
     }
 }
 
-// Linear --------------------------------------------------------------------------------------------------------------
-
 template <class T>
 HWY_INLINE T between(T a, T b, T fraction) {
     return a + fraction * (b - a);
@@ -111,7 +106,8 @@ HWY_INLINE void linear(const Places<T>& places, const T* region, std::size_t lin
 
 using Four = hn::FixedTag<float, 4>;
 
-HWY_INLINE hn::Vec<Four> betweenFour(hn::Vec<Four> a, hn::Vec<Four> b, hn::Vec<Four> fraction) {
+template <class V>
+HWY_INLINE V blend(V a, V b, V fraction) {
     return hn::Add(a, hn::Mul(fraction, hn::Sub(b, a)));
 }
 
@@ -134,11 +130,11 @@ HWY_INLINE hn::Vec<Four> fourInPlane(const float* region, const std::int32_t* of
     const auto below12 = hn::BitCast(pairs, hn::InterleaveUpper(d, first, second));
     const auto above34 = hn::BitCast(pairs, hn::InterleaveLower(d, third, fourth));
     const auto below34 = hn::BitCast(pairs, hn::InterleaveUpper(d, third, fourth));
-    const auto above = betweenFour(hn::BitCast(d, hn::InterleaveLower(pairs, above12, above34)),
-                                   hn::BitCast(d, hn::InterleaveUpper(pairs, above12, above34)), x);
-    const auto below = betweenFour(hn::BitCast(d, hn::InterleaveLower(pairs, below12, below34)),
-                                   hn::BitCast(d, hn::InterleaveUpper(pairs, below12, below34)), x);
-    return betweenFour(above, below, y);
+    const auto above = blend(hn::BitCast(d, hn::InterleaveLower(pairs, above12, above34)),
+                             hn::BitCast(d, hn::InterleaveUpper(pairs, above12, above34)), x);
+    const auto below = blend(hn::BitCast(d, hn::InterleaveLower(pairs, below12, below34)),
+                             hn::BitCast(d, hn::InterleaveUpper(pairs, below12, below34)), x);
+    return blend(above, below, y);
 }
 
 template <std::size_t axes>
@@ -150,14 +146,49 @@ HWY_INLINE void linear(const Places<float>& places, const float* region, std::si
         const auto y = hn::Load(d, places.fractions[1] + i);
         auto result = fourInPlane(region, places.offsets + i, line, x, y);
         if constexpr (axes == 3) {
-            result = betweenFour(result, fourInPlane(region + plane, places.offsets + i, line, x, y),
-                                 hn::Load(d, places.fractions[2] + i));
+            result = blend(result, fourInPlane(region + plane, places.offsets + i, line, x, y),
+                           hn::Load(d, places.fractions[2] + i));
         }
         hn::StoreU(result, d, out + i);
     }
 }
 
 #endif
+
+// Linear, of bytes: a pair of a row and the next, and the pair behind it, are read as one word.
+
+HWY_INLINE float betweenBytes(std::uint32_t word, float x, float y) {
+    const auto byte = [word](int i) { return static_cast<float>(word >> (8 * i) & 0xFFU); };
+    return between(between(byte(0), byte(2), x), between(byte(1), byte(3), x), y);
+}
+
+HWY_INLINE void linearBytes(const Places<float>& places, const std::uint16_t* region, std::size_t count, float* out) {
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint16_t* const at = region + places.offsets[i];
+        out[i] = betweenBytes(at[0] | std::uint32_t{at[1]} << 16, places.fractions[0][i], places.fractions[1][i]);
+    }
+#else
+    const hn::ScalableTag<float> d;
+    const hn::RebindToSigned<decltype(d)> di;
+    const hn::RebindToUnsigned<decltype(d)> du;
+    const auto low = hn::Set(du, 0xFFU);
+    const auto real = [&](hn::Vec<decltype(du)> bytes) HWY_ATTR { return hn::ConvertTo(d, hn::BitCast(di, bytes)); };
+    // Many loads of one word each are faster than gathers.
+    HWY_ALIGN std::uint32_t words[chunk];
+    for (std::size_t i = 0; i < count; ++i) {
+        __builtin_memcpy(words + i, region + places.offsets[i], sizeof(words[i]));
+    }
+    for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+        const auto word = hn::Load(du, words + i);
+        const auto x = hn::Load(d, places.fractions[0] + i);
+        const auto y = hn::Load(d, places.fractions[1] + i);
+        const auto above = blend(real(hn::And(word, low)), real(hn::And(hn::ShiftRight<16>(word), low)), x);
+        const auto below = blend(real(hn::And(hn::ShiftRight<8>(word), low)), real(hn::ShiftRight<24>(word)), x);
+        hn::StoreU(blend(above, below, y), d, out + i);
+    }
+#endif
+}
 
 // Splines -------------------------------------------------------------------------------------------------------------
 
@@ -263,6 +294,16 @@ HWY_INLINE void interpolateAt(const Places<T>& places, const PlaceRow& row, int 
     }
 }
 
+/// Between results and the value that lies outside.
+template <class T>
+HWY_INLINE void mix(const PlaceRow& row, const Places<T>& places, std::size_t count, T value, T* out) {
+    for (std::size_t i = 0; i < count && row.mixes; ++i) {
+        const T share = places.shares[i];
+        const T mixed = out[i] * share + value * (T(1) - share);
+        out[i] = share == T(1) ? out[i] : share == T(0) ? value : mixed;
+    }
+}
+
 template <class T>
 void interpolate(const PlaceRow& row, int degree, T value, T* out) {
     Places<T> places;
@@ -278,12 +319,21 @@ void interpolate(const PlaceRow& row, int degree, T value, T* out) {
         } else {
             interpolateAt<2>(places, row, degree, count, out + first);
         }
-        for (std::size_t i = 0; i < count && row.mixes; ++i) {
-            const T share = places.shares[i];
-            T& result = out[first + i];
-            const T mixed = result * share + value * (T(1) - share);
-            result = share == T(1) ? result : share == T(0) ? value : mixed;
+        mix(row, places, count, value, out + first);
+    }
+}
+
+void interpolateBytes(const PlaceRow& row, float value, float* out) {
+    Places<float> places;
+    const auto* const region = static_cast<const std::uint16_t*>(row.region);
+    for (std::size_t first = 0; first < row.count; first += chunk) {
+        const std::size_t count = HWY_MIN(chunk, row.count - first);
+        findPlaces(row, 1, first, count, places);
+        for (std::size_t i = count; i < chunk && i < count + 16; ++i) {
+            places.offsets[i] = places.offsets[count - 1];
         }
+        linearBytes(places, region, count, out + first);
+        mix(row, places, count, value, out + first);
     }
 }
 
@@ -313,6 +363,10 @@ PlaceKernels<T> kernels() {
     return {&interpolate<T>};
 }
 
+BytesRow bytes() {
+    return &interpolateBytes;
+}
+
 NearestRow nearestOf(std::size_t size) {
     switch (size) {
         case 1: return &nearest<std::uint8_t>;
@@ -335,6 +389,10 @@ PlaceKernels<T> placeKernels(OptimLevelType level) {
 
 template PlaceKernels<float> placeKernels<float>(OptimLevelType);
 template PlaceKernels<double> placeKernels<double>(OptimLevelType);
+
+BytesRow bytesRow(OptimLevelType level) {
+    return RIX_SELECT_KERNELS(level, bytes());
+}
 
 NearestRow nearestRow(std::size_t size, OptimLevelType level) {
     return RIX_SELECT_KERNELS(level, nearestOf(size));

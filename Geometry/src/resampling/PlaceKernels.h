@@ -35,6 +35,11 @@ struct PlaceKernels {
 template <class T>
 PlaceKernels<T> placeKernels(OptimLevelType level);
 
+/// Linear between bytes of planes; the region has pairs of them, of a row and the next. The same as `interpolate` of
+/// these bytes as `float`.
+using BytesRow = void (*)(const PlaceRow& row, float value, float* out);
+BytesRow bytesRow(OptimLevelType level);
+
 /// The samples of the nearest elements as bytes of a size, 1, 2, 4 or 8. @param value one of them, where places mix
 using NearestRow = void (*)(const PlaceRow& row, const void* value, void* out);
 NearestRow nearestRow(std::size_t size, OptimLevelType level);

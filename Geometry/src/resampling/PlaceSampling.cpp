@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <type_traits>
 
 #include <rix/access/Plan.h>
 #include <rix/access/RoundedCast.h>
@@ -15,7 +16,9 @@
 #include <rix/access/Steps.h>
 #include <rix/access/TemporaryImage.h>
 #include <rix/access/VoxelTypeLists.h>
+#include <rix/access/WholeImage.h>
 #include <rix/image/ImageHeader.h>
+#include <rix/image/SampleMemory.h>
 
 #include "resampling/PlaceKernels.h"
 #include "resampling/PlaceRegions.h"
@@ -85,7 +88,7 @@ std::pair<double, double> placesOf(const Block& block, const access::RegionMap& 
 }
 
 /// Goes through the elements of a tile, in parts whose regions fit.
-template <class Sample>
+template <class Sample, class Reader = RegionReader<Sample>>
 class TileSampler {
 public:
     TileSampler(const ImageModel& input, const PlaceJob& job, const Plan& plan)
@@ -96,7 +99,7 @@ public:
     }
 
     static std::size_t bytes(const PlaceJob& job, const Plan& plan) {
-        return Scratch::held(RegionReader<Sample>::bytes(regionBytes())) +
+        return Reader::held(regionBytes()) +
                (job.makeFinder ? Scratch::held(PlaceTable::bytes(job, largestTile(plan))) + job.finderBytes : 0);
     }
 
@@ -206,27 +209,58 @@ private:
 
     const PlaceJob& m_job;
     Extents m_extents;
-    RegionReader<Sample> m_reader;
+    Reader m_reader;
     std::optional<PlaceTable> m_table;
 };
+
+/// @param interpolate makes a row
+template <class T, class Sampler, class Interpolate>
+void interpolateTiles(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
+                      const PlaceJob& job, OptimLevelType level, const Interpolate& interpolate) {
+    // Rows of results end with a vector of four.
+    constexpr std::size_t vector = 4;
+    const Plan plan = cutTiles(helper::getExtents(output), job);
+    const access::RoundingRow round = access::roundingRow(access::voxelTypeOf<T>, output.getVoxelType(), level);
+    const bool isRounded = output.getVoxelType() != access::voxelTypeOf<T>;
+    access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
+        Sampler sampler(input, job, plan);
+        ResultRows rows(output, plan);
+        const Scratch results((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T));
+        sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
+            const RawData to = rows.open({at, row.count});
+            if (isRounded || row.count % vector != 0) {
+                interpolate(row, results.as<T>());
+                round(results.as<T>(), to, row.count);
+            } else {
+                interpolate(row, reinterpret_cast<T*>(to));
+            }
+            rows.flush();
+            progress.add(row.count);
+        });
+    });
+}
+
+/// Whether an image is sampled linearly in its bytes.
+bool samplesBytes(const ImageModel& input, const PlaceJob& job) {
+    return job.axes == 2 && job.degree == 1 && input.getVoxelType() == RIX_UINT8 &&
+           input.getInterpretation() != RIX_BINARY;
+}
 
 template <class T>
 void interpolatePlaces(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                        const PlaceJob& job, OptimLevelType level) {
-    const Plan plan = cutTiles(helper::getExtents(output), job);
-    const PlaceKernels<T> kernels = placeKernels<T>(level);
-    const access::RoundingRow round = access::roundingRow(access::voxelTypeOf<T>, output.getVoxelType(), level);
     const auto value = static_cast<T>(job.borderValue);
-    access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
-        TileSampler<T> sampler(input, job, plan);
-        access::RawRowWriter writer(output, plan);
-        const Scratch results((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T));
-        sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
-            kernels.interpolate(row, job.degree, value, results.as<T>());
-            round(results.as<T>(), writer.open({at, row.count}), row.count);
-            writer.flush();
-            progress.add(row.count);
-        });
+    if constexpr (std::is_same_v<T, float>) {
+        if (samplesBytes(input, job)) {
+            const BytesRow bytes = bytesRow(level);
+            interpolateTiles<T, TileSampler<std::uint8_t, BytePairReader>>(
+                context, input, output, job, level, [&](const PlaceRow& row, float* out) { bytes(row, value, out); });
+            return;
+        }
+    }
+    const PlaceKernels<T> kernels = placeKernels<T>(level);
+    interpolateTiles<T, TileSampler<T>>(context, input, output, job, level, [&](const PlaceRow& row, T* out) {
+        kernels.interpolate(row, job.degree, value, out);
     });
 }
 
@@ -241,10 +275,10 @@ void pickNearest(access::ExecutionContext& context, const ImageModel& input, Ima
     }
     access::run(context, plan, [&](const Block& block, access::BlockProgress& progress) {
         TileSampler<T> sampler(input, job, plan);
-        access::RawRowWriter writer(output, plan);
+        ResultRows rows(output, plan);
         sampler.forEachRow(block, [&](const PlaceRow& row, const Position& at) {
-            nearest(row, &value, writer.open({at, row.count}));
-            writer.flush();
+            nearest(row, &value, rows.open({at, row.count}));
+            rows.flush();
             progress.add(row.count);
         });
     });
@@ -254,7 +288,7 @@ SplineAxes splineAxesOf(const PlaceJob& job) {
     return {true, true, job.axes == 3};
 }
 
-template <class T>
+template <class T, class Sampler = TileSampler<T>>
 std::size_t bytesOfTiles(const ImageModel& input, const Extents& extents, const PlaceJob& job, std::size_t threads) {
     const Plan plan = cutTiles(extents, job);
     const std::size_t atOnce = plan.isSmall() ? 1 : std::min(threads, plan.blockCount());
@@ -263,7 +297,7 @@ std::size_t bytesOfTiles(const ImageModel& input, const Extents& extents, const 
     const std::size_t converted = std::min(input.getNumOf(COLUMNS) * sizeof(T), RegionReader<T>::bytes(regionBytes()));
     // Where parts are cut by what is found there, a longer row takes the place of a shorter one that is still held.
     const std::size_t rows = job.makeFinder ? 2 : 1;
-    return atOnce * (TileSampler<T>::bytes(job, plan) + (isConverted ? rows * Scratch::held(converted) : 0) +
+    return atOnce * (Sampler::bytes(job, plan) + (isConverted ? rows * Scratch::held(converted) : 0) +
                      (job.degree > 0 ? Scratch::held((plan.largestPart(COLUMNS) + vectorSpace) * sizeof(T)) : 0));
 }
 
@@ -334,6 +368,9 @@ std::size_t placeSamplingMemory(const ImageModel& input, const Extents& extents,
         return work == RIX_FLOAT64 ? bytesOfTiles<double>(from, extents, job, threads)
                                    : bytesOfTiles<float>(from, extents, job, threads);
     };
+    if (samplesBytes(input, job)) {
+        return bytesOfTiles<float, TileSampler<std::uint8_t, BytePairReader>>(input, extents, job, threads);
+    }
     if (job.degree == 1) {
         return tiles(input);
     }

@@ -117,6 +117,9 @@ void filter(const PoleJob<T>& job) {
     for (; x + vectorsAbreast * lanes <= job.width; x += vectorsAbreast * lanes) {
         filterAt<vectorsAbreast>(job, start, job.first + x);
     }
+    for (; x + vectorsAbreast / 2 * lanes <= job.width; x += vectorsAbreast / 2 * lanes) {
+        filterAt<vectorsAbreast / 2>(job, start, job.first + x);
+    }
     for (; x < job.width; x += lanes) {
         filterAt<1>(job, start, job.first + x);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <complex>
 #include <cstddef>
 #include <cstdint>
@@ -28,8 +29,9 @@ struct BundleNeeds {
 };
 
 /// The cut into bundles: blocks that span the whole axis and as many neighbouring lines as fit half a level-2 cache as
-/// samples of the work, but at least a cache line of the images' samples, and not more than take 20 ms. Lines are
-/// neighbours on the columns (rows, when the axis is the columns) and then, where these are few, on the next axis.
+/// samples of the work (up to four times that, where rows would be read in pieces below 512 bytes), but at least a cache
+/// line of the images' samples, and not more than take 20 ms. Lines are neighbours on the columns (rows, when the axis
+/// is the columns) and then, where these are few, on the next axis.
 /// Settings don't change it.
 /// @param workBytes size of a sample of the work
 /// @throws UnexpectedError when the extents of the images differ, or they have more elements than 64 bits can count
@@ -83,6 +85,8 @@ public:
 private:
     template <class Use>
     void forEachPiece(const Use& use) const;
+    template <class Use>
+    void forEachPlace(const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents, const Use& use) const;
     void loadAcross(const ImageModel& input);
     void storeAcross(ImageModel& output);
     void extend();
