@@ -101,12 +101,12 @@ FieldRows<T>::FieldRows(const FieldPlan<T>& plan, const std::vector<const ImageM
     m_sums.reserve(plan.lines.size());
     m_first[0].resize(plan.components.size());
     m_first[1].resize(plan.components.size());
-    const auto border = access::borderOf<T>(plan.border, plan.borderValue);
+    m_border = access::borderOf<T>(plan.border, plan.borderValue);
     const std::size_t z = plan.reach[2] + plan.margin[2];
     const access::Block looked = access::withReach(tile, {{}, {}, {z, z}}, helper::getExtents(*images[0]));
     for (std::size_t i = 0; i < plan.sources; ++i) {
         m_windows.push_back(
-            std::make_unique<access::WindowRows<T>>(*images[i], border.get(), looked, windowReach(plan)));
+            std::make_unique<access::WindowRows<T>>(*images[i], m_border.get(), looked, windowReach(plan)));
     }
 }
 

@@ -81,6 +81,7 @@ private:
     std::int64_t m_rows;  ///< of the image
     std::int64_t m_planes;
     Layout m_layout;
+    std::shared_ptr<const access::BorderCondition<T>> m_border;  ///< of the windows
     std::vector<std::unique_ptr<access::WindowRows<T>>> m_windows;
     access::Scratch m_memory;
     T* m_row;  ///< room for a row of the image

@@ -324,7 +324,7 @@ private:
 };
 
 TEST(GaussianFilter, KeepsImagesOnDiskWhereSettingsAskForIt) {
-    const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT8, .extents = {300, 200, 1, 1, 1}}, 5);
+    const io::MemoryImage input = test::makeRandomImage({.voxelType = RIX_UINT16, .extents = {300, 200, 1, 1, 1}}, 5);
     io::MemoryImage expected;
     GaussianFilter2d filter;
     filter.setInputImage(&input);

@@ -283,7 +283,7 @@ void detect(Filter& filter, OptimLevelType level) {
     const ImageModel& image = *filter.getInputImage();
     const std::int32_t count = filter.getNumberOfScales();
     const HeaderImage like(headerOfResponses(image));
-    std::vector<access::TemporaryImage> images;
+    std::vector<access::TemporaryMemory> images;
     images.reserve(scalesAtOnce);
     for (std::int32_t i = 0; i < std::min<std::int32_t>(count, scalesAtOnce); ++i) {
         images.emplace_back(like);
@@ -338,7 +338,7 @@ std::size_t memoryOf(const Filter& filter) {
         setUp(filter, child, i, output);
         most = std::max(most, child.describe().extraMemory);
     }
-    return kept * access::TemporaryImage::bytes(image, responseType(image)) + most;
+    return kept * access::TemporaryMemory::bytes(image, responseType(image)) + most;
 }
 
 template <class Filter>

@@ -121,9 +121,9 @@ void process(Filter& filter, OptimLevelType level) {
     const access::Steps steps(context, {0.05, 0.15, 0.05, 0.75});
     const ImageModel& image = *filter.getInputObjectImage();
     const HeaderImage like(headerLike(image, RIX_UINT8));
-    access::TemporaryImage distances(like, RIX_FLOAT32);
+    access::TemporaryMemory distances(like, RIX_FLOAT32);
     {
-        access::TemporaryImage objects(like);
+        access::TemporaryMemory objects(like);
         if (!helper::applyHeader(like.header(), objects.image())) {
             throw ResizeImageError("A temporary image of objects cannot be calibrated.");
         }
@@ -151,8 +151,8 @@ std::size_t memoryOf(const Filter& filter) {
     WatershedOf<Filter> watershed;
     watershed.settings() = filter.settings();
     setUp(filter, watershed, distances);
-    return access::TemporaryImage::bytes(image, RIX_FLOAT32) +
-           std::max(access::TemporaryImage::bytes(image, RIX_UINT8) +
+    return access::TemporaryMemory::bytes(image, RIX_FLOAT32) +
+           std::max(access::TemporaryMemory::bytes(image, RIX_UINT8) +
                         std::max(distance.describe().extraMemory, filter.getMaximumThreads() * rowBytes(&image)),
                     watershed.describe().extraMemory);
 }
