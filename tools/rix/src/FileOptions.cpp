@@ -1,5 +1,6 @@
 #include "FileOptions.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -89,6 +90,11 @@ void addWritingOptions(CLI::App& command) {
                      "Write OME-Zarr with smaller copies of the picture, each of half its size");
     command.add_flag("--drop-metadata", options.writing.dropMetadata,
                      "Write an image also in a format that can't hold its calibration or meaning, without them");
+}
+
+void limitImageSize(std::uint64_t bytes) {
+    GivenOptions& options = given();
+    options.maximumImageSize = options.maximumImageSize == 0 ? bytes : std::min(options.maximumImageSize, bytes);
 }
 
 io::ReadOptions readingOptions(const std::filesystem::path& path) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
+
 #include <rix/image/ImageModel.h>
 #include <rix/io/ImageFile.h>
 
@@ -14,6 +17,9 @@ namespace rix::cli {
 void addReadingOptions(CLI::App& command);
 /// The same for the files that it writes: --compress, --quality, --pyramid, --drop-metadata.
 void addWritingOptions(CLI::App& command);
+
+/// Lets no image be read into memory that takes more bytes, whatever else the command line allows.
+void limitImageSize(std::uint64_t bytes);
 
 /// How files are read as the command line says: Ctrl-C ends it, doubts about a file are told on standard error.
 io::ReadOptions readingOptions(const std::filesystem::path& path);

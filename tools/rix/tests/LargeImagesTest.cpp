@@ -67,6 +67,8 @@ TEST_F(LargeImages, TakeLabelsWithin) {
     const Ending labeled =
         rix({"run", "Labeling2d", "inputObjectImage=bright.zarr", "outputLabelImage=a.zarr/labels/objects"});
     ASSERT_EQ(labeled.exitCode, 0) << labeled.messages;
+    const Ending inMemory = rix({"run", "Labeling2d", "inputObjectImage=bright.zarr", "outputLabelImage=l.tif"});
+    EXPECT_EQ(labeled.output, inMemory.output);
     EXPECT_EQ(io::readImageInfo(folder() / "a.zarr/labels/objects").interpretation, RIX_LABEL);
     EXPECT_EQ(rix({"run", "LabelAnalysis", "inputLabelImage=a.zarr/labels/objects", "measures=PixelCount"}).exitCode,
               0);
@@ -88,7 +90,7 @@ TEST_F(LargeImages, FitABudgetOrAreRefusedWithTheNumbers) {
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.messages, HasSubstr("0 bytes for its inputs, 11.4 MiB for results"));
     EXPECT_THAT(refused.messages, HasSubstr("--memory allows 20.0 MiB"));
-        EXPECT_EQ(smooth("large.tif", "c.tif", "much").exitCode, 2);
+    EXPECT_EQ(smooth("large.tif", "c.tif", "much").exitCode, 2);
     EXPECT_EQ(files(), (std::set<std::string>{"a.tif", "a.zarr", "b.tif", "b.zarr", "large.tif", "large.zarr"}));
 }
 

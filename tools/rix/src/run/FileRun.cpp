@@ -136,6 +136,7 @@ void FileRun::run(InteractionInterface& interaction) {
     const auto start = std::chrono::steady_clock::now();
     m_algorithm->run(&interaction);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    m_results = readResults(*m_algorithm);
 }
 
 void FileRun::writeImages(const std::function<void(const std::string&)>& tell) {

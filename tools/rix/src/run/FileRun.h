@@ -59,7 +59,8 @@ public:
     /// @param tell is given a line for each file
     void writeImages(const std::function<void(const std::string&)>& tell);
     const std::vector<Output>& outputs() const { return m_outputs; }
-    std::vector<Result> results() const { return readResults(*m_algorithm); }
+    /// What the run found; before it, what it will tell of.
+    std::vector<Result> results() const { return m_results ? *m_results : readResults(*m_algorithm); }
     /// Lines about what may not be expected; see `RunNotes`.
     std::vector<std::string> notes() const { return m_notes.lines(*m_algorithm); }
     /// Class, level, seconds, images, results and notes.
@@ -85,6 +86,7 @@ private:
     std::vector<Output> m_outputs;
     double m_seconds = 0;
     std::optional<MemoryBudget> m_memory;
+    std::optional<std::vector<Result>> m_results;  ///< read while images on disk are open
     RunNotes m_notes;
 };
 

@@ -11,12 +11,12 @@
 #include <rix/settings/Settings.h>
 
 #include "../Failure.h"
+#include "../FileOptions.h"
 
 namespace rix::cli {
 namespace {
 
 constexpr const char* cacheKey = "RIX_DISK_CACHE_SIZE";
-constexpr const char* largestKey = "RIX_MAXIMUM_IMAGE_SIZE";
 constexpr std::uint64_t mebi = std::uint64_t{1} << 20;
 
 /// Bytes that saturate: a sum of sizes beyond all measure is too large as well.
@@ -63,6 +63,7 @@ struct Needs {
     Bytes inputs;
     Bytes results;
     Bytes work;
+    bool workIsExact = true;
     Bytes cache;
 
     Bytes sum() const {
@@ -102,6 +103,7 @@ Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
         }
     }
     needs.work = Bytes(description.extraMemory);
+    needs.workIsExact = description.extraMemoryIsExact;
     needs.cache = Bytes(usesCache ? globalSettings().getValueAsSize_t(cacheKey, 0) : 0);
     return needs;
 }
@@ -109,12 +111,10 @@ Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
 }  // namespace
 
 void MemoryBudget::limitReading() const {
-    const auto lower = [](const char* key, std::size_t bytes) {
-        const std::size_t before = globalSettings().getValueAsSize_t(key, 0);
-        globalSettings().setValueAsSize_t(key, before == 0 ? bytes : std::min(before, bytes));
-    };
-    lower(cacheKey, m_bytes / 4);
-    lower(largestKey, m_bytes);
+    const std::size_t share = m_bytes / 4;
+    const std::size_t before = globalSettings().getValueAsSize_t(cacheKey, share);
+    globalSettings().setValueAsSize_t(cacheKey, std::min(before, share));
+    limitImageSize(m_bytes);
 }
 
 void MemoryBudget::fit(BaseAlgorithm& algorithm) const {
@@ -123,14 +123,16 @@ void MemoryBudget::fit(BaseAlgorithm& algorithm) const {
         algorithm.settings().setValueAsBool("RIX_TEMPORARY_IMAGE_ON_DISK", true);
         needs = needsOf(algorithm, true);
     }
-    if (needs.sum().count() > m_bytes) {
+    // What is only the most that a run may take is left to the limit.
+    const std::uint64_t certain = needs.sum().count() - (needs.workIsExact ? 0 : needs.work.count());
+    if (certain > m_bytes) {
         throw Failure(RUN_FAILED, "the run needs " + needs.sum().toText() + " of memory: " + needs.inputs.toText() +
                                       " for its inputs, " + needs.results.toText() + " for results, " +
                                       needs.work.toText() + " to work with, " + needs.cache.toText() +
                                       " for chunks of images on disk; --memory allows " + Bytes(m_bytes).toText() +
                                       " (images in chunks, .zarr, stay on disk)");
     }
-    const std::uint64_t rest = (m_bytes - needs.sum().count() + needs.work.count()) / mebi;
+    const std::uint64_t rest = (m_bytes - certain + (needs.workIsExact ? needs.work.count() : 0)) / mebi;
     algorithm.setMaximumExtraMemoryUsage(
         static_cast<int>(std::clamp<std::uint64_t>(rest, 1, std::numeric_limits<int>::max())));
 }
