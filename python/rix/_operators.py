@@ -234,7 +234,7 @@ class Operators:
         with tempfile.TemporaryDirectory() as folder:
             path = os.path.join(folder, "picture.png")
             picture = type(self)(_rendering.view(self), "yxc", color_interpretation="rgb")
-            _rix.write_image(path, picture, "", "", True, 0)
+            _rix.write_image(path, picture, "", "", True, 0, False)
             with open(path, "rb") as file:
                 return file.read()
 
