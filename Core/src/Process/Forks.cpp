@@ -17,7 +17,7 @@ constexpr auto lockCount = static_cast<std::size_t>(Lock::Count);
 constinit std::array<std::mutex, lockCount> mutexes;
 constinit ForkHooks forkHooks;            // with the lock of the runs
 constinit std::size_t activeRuns = 0;     // with the lock of the runs
-constinit std::size_t startedRuns = 0;    // with the lock of the runs
+constinit std::size_t schedulerUses = 0;  // by runs and by forks that end its threads; with the lock of the runs
 constinit bool threadsAreEnding = false;  // with the lock of the runs
 thread_local constinit std::size_t runsOfThread = 0;
 thread_local constinit bool runsOfThreadAreAlone = false;
@@ -49,10 +49,11 @@ void beforeFork() {
     }
     lock.lock();
     waitForEndOfThreads(lock);
-    const std::size_t startedBefore = startedRuns;
     bool isQuiet = activeRuns == 0 && !isAlone && !threadsAreEnding;
+    std::size_t usesBefore = schedulerUses;
     if (isQuiet && hooks.endThreads != nullptr) {
         threadsAreEnding = true;
+        usesBefore = ++schedulerUses;
         lock.unlock();
         isQuiet = hooks.endThreads();
         lock.lock();
@@ -65,7 +66,7 @@ void beforeFork() {
     if (hooks.releaseIdle != nullptr) {
         hooks.releaseIdle();
     }
-    childIsAlone = !isQuiet || startedRuns != startedBefore;
+    childIsAlone = !isQuiet || schedulerUses != usesBefore;
 }
 
 void unlockAll() {
@@ -102,7 +103,7 @@ ActiveRun::ActiveRun() {
         runsOfThreadAreAlone = !waitForEndOfThreads(lock);
     }
     ++activeRuns;
-    ++startedRuns;
+    ++schedulerUses;
     ++runsOfThread;
 }
 

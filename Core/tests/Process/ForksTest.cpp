@@ -105,6 +105,11 @@ TEST(Forks, BesideRunsGiveChildrenThatComputeAndForkAgain) {
     EXPECT_EQ(forkInThreads(120, work), 0) << "the signal that ended a child, and its exit code above the low byte";
 }
 
+TEST(Forks, OfSeveralThreadsAtOnceGiveChildrenThatCompute) {
+    const auto work = [] { return useEverything(2); };
+    EXPECT_EQ(forkInThreads(150, work), 0) << "the signal that ended a child, and its exit code above the low byte";
+}
+
 TEST(Forks, OutOfARunGoOnInTheChild) {
     for (const int threads : {1, 3}) {
         ScriptedAlgorithm algorithm;
