@@ -66,11 +66,17 @@ struct Needs {
     bool workIsExact = true;
     Bytes cache;
 
-    Bytes sum() const {
+    /// Without what is to work with.
+    Bytes held() const {
         Bytes all = inputs;
-        for (const Bytes& part : {results, work, cache}) {
+        for (const Bytes& part : {results, cache}) {
             all.add(part.count());
         }
+        return all;
+    }
+    Bytes sum() const {
+        Bytes all = held();
+        all.add(work.count());
         return all;
     }
 };
@@ -124,15 +130,15 @@ void MemoryBudget::fit(BaseAlgorithm& algorithm) const {
         needs = needsOf(algorithm, true);
     }
     // What is only the most that a run may take is left to the limit.
-    const std::uint64_t certain = needs.sum().count() - (needs.workIsExact ? 0 : needs.work.count());
-    if (certain > m_bytes) {
+    const std::uint64_t held = needs.held().count();
+    if ((needs.workIsExact ? needs.sum().count() : held) > m_bytes) {
         throw Failure(RUN_FAILED, "the run needs " + needs.sum().toText() + " of memory: " + needs.inputs.toText() +
                                       " for its inputs, " + needs.results.toText() + " for results, " +
                                       needs.work.toText() + " to work with, " + needs.cache.toText() +
                                       " for chunks of images on disk; --memory allows " + Bytes(m_bytes).toText() +
                                       " (images in chunks, .zarr, stay on disk)");
     }
-    const std::uint64_t rest = (m_bytes - certain + (needs.workIsExact ? needs.work.count() : 0)) / mebi;
+    const std::uint64_t rest = (m_bytes - held) / mebi;
     algorithm.setMaximumExtraMemoryUsage(
         static_cast<int>(std::clamp<std::uint64_t>(rest, 1, std::numeric_limits<int>::max())));
 }
