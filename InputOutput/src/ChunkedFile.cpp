@@ -59,11 +59,9 @@ bool isForOpening(const std::filesystem::path& path, const ReadOptions& options)
     const std::size_t cache = globalSettings().getValueAsSize_t("RIX_DISK_CACHE_SIZE", devices::Cpu::memory() / 4);
     try {
         const ImageFileInfo info = readImageInfo(path, options);
-        std::size_t bytes = helper::getSizeOf(info.voxelType);
-        bool fits = true;
-        for (const std::size_t extent : info.extents) {
-            fits = fits && helper::checkedMultiply(bytes, extent, bytes);
-        }
+        std::size_t bytes = 0;
+        const bool fits = helper::multiplyExtents(info.extents, bytes) &&
+                          helper::checkedMultiply(bytes, helper::getSizeOf(info.voxelType), bytes);
         return !fits || bytes > cache;
     } catch (const Exception&) {
         return false;

@@ -6,7 +6,6 @@
 
 #include <rix/devices/Cpu.h>
 #include <rix/exceptions/Exception.h>
-#include <rix/settings/Settings.h>
 
 #include "SampleRows.h"
 
@@ -85,8 +84,7 @@ void checkChunks(const Extents& image, const Extents& chunk, std::size_t sampleB
         throw LoadingError("The image promises chunks of more than " + std::to_string(LargestChunk) +
                            " bytes, or more than " + std::to_string(MostChunks) + " of them.");
     }
-    std::size_t limit = static_cast<std::size_t>(options.maximumImageSize);
-    limit = limit != 0 ? limit : globalSettings().getValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 0);
+    const std::size_t limit = mostBytes(options);
     if (limit != 0 && bytes > limit) {
         throw LoadingError("A chunk of the image takes " + std::to_string(bytes) + " bytes of memory; at most " +
                            std::to_string(limit) + " are allowed (RIX_MAXIMUM_IMAGE_SIZE).");

@@ -62,6 +62,8 @@ void checkSeries(const Selection& selection, std::size_t images);
 
 /// Refuses the number of a level that the pyramid of a file does not have. @throws LoadingError
 void checkLevel(const Selection& selection, std::size_t levels);
+/// The bytes that samples may take in memory, by the options or the setting; 0 for any number.
+std::size_t mostBytes(const ReadOptions& options);
 
 /// The format that a folder is an image of; null for none.
 const Codec* codecOfFolder(const std::filesystem::path& path);

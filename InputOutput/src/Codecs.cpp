@@ -11,8 +11,8 @@
 namespace rix::io {
 
 std::span<const Codec* const> codecs() {
-    static constexpr std::array<const Codec*, 12> table{&tiffCodec,      &omeTiffCodec, &pngCodec, &nrrdCodec,
-                                                        &metaImageCodec, &npyCodec,     &pnmCodec, &bmpCodec,
+    static constexpr std::array<const Codec*, 12> table{&tiffCodec,      &omeTiffCodec, &pngCodec,  &nrrdCodec,
+                                                        &metaImageCodec, &npyCodec,     &pnmCodec,  &bmpCodec,
                                                         &jpegCodec,      &niftiCodec,   &zarrCodec, &rawCodec};
     return table;
 }
@@ -69,11 +69,16 @@ void checkSeries(const Selection& selection, std::size_t images) {
 
 void checkLevel(const Selection& selection, std::size_t levels) {
     if (selection.level && *selection.level >= levels) {
-        throw LoadingError("The selection 'level=" + std::to_string(*selection.level) + "' is not in the file: it has " +
-                           (levels == 1 ? String("no smaller copies of the image, only level=0.")
-                                        : std::to_string(levels) + " levels, level=0 to level=" +
-                                              std::to_string(levels - 1) + '.'));
+        throw LoadingError(
+            "The selection 'level=" + std::to_string(*selection.level) + "' is not in the file: it has " +
+            (levels == 1 ? String("no smaller copies of the image, only level=0.")
+                         : std::to_string(levels) + " levels, level=0 to level=" + std::to_string(levels - 1) + '.'));
     }
+}
+
+std::size_t mostBytes(const ReadOptions& options) {
+    const auto bytes = static_cast<std::size_t>(options.maximumImageSize);
+    return bytes != 0 ? bytes : globalSettings().getValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 0);
 }
 
 Part applyOptions(const ReadOptions& options, ImageFileInfo& info, bool inMemory) {
@@ -85,10 +90,7 @@ Part applyOptions(const ReadOptions& options, ImageFileInfo& info, bool inMemory
         }
     }
     const Part part = takePart(options.selection, info);
-    std::size_t limit = static_cast<std::size_t>(options.maximumImageSize);
-    if (limit == 0) {
-        limit = globalSettings().getValueAsSize_t("RIX_MAXIMUM_IMAGE_SIZE", 0);
-    }
+    const std::size_t limit = mostBytes(options);
     std::size_t bytes = helper::getSizeOf(info.voxelType);
     for (const std::size_t extent : info.extents) {
         bytes *= extent;

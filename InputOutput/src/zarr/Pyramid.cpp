@@ -82,7 +82,7 @@ bool ReducedImage::readRowAt(std::size_t nbElement, RawData buffer, std::size_t 
             sums[j / factor] += samples[j];
         }
     }
-    const bool isInteger = getVoxelType() != RIX_FLOAT32 && getVoxelType() != RIX_FLOAT64;
+    const bool isInteger = access::contains(access::Integers{}, getVoxelType());
     for (std::size_t i = 0; i < nbElement; ++i) {
         const std::size_t columns = std::min(factor, count - i * factor);
         const double mean = sums[i] / static_cast<double>(columns * rows * planes);

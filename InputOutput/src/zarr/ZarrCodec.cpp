@@ -47,9 +47,8 @@ bool isFolderOf(const fs::path& path) {
 }
 
 /// An image in an array alone, or in one level of several.
-ChunkedImage openArray(const fs::path& folder, const json& array, const Multiscales* multiscales, std::size_t level,
+ChunkedImage openArray(const fs::path& folder, ZarrArray stored, const Multiscales* multiscales, std::size_t level,
                        const std::vector<Components>& axes, const ReadOptions& options) {
-    ZarrArray stored = parseZarrArray(array);
     if (axes.size() != stored.shape.size()) {
         throw LoadingError("The image has " + std::to_string(axes.size()) + " axes, its array '" +
                            folder.filename().string() + "' has " + std::to_string(stored.shape.size()) + '.');
@@ -108,8 +107,9 @@ ChunkedImage open(const fs::path& path, const ReadOptions& options) {
     if (const auto array = readJson(path / ".zarray")) {
         checkSeries(options.selection, 1);
         checkLevel(options.selection, 1);
-        const ZarrArray stored = parseZarrArray(*array);
-        return openArray(path, *array, nullptr, 0, axesOfArray(attributes, stored.shape.size(), options), options);
+        ZarrArray stored = parseZarrArray(*array);
+        const std::vector<Components> axes = axesOfArray(attributes, stored.shape.size(), options);
+        return openArray(path, std::move(stored), nullptr, 0, axes, options);
     }
     std::size_t series = 0;
     const fs::path folder = folderOfSeries(path, attributes, options, series);
@@ -128,7 +128,7 @@ ChunkedImage open(const fs::path& path, const ReadOptions& options) {
     if (!array) {
         throw LoadingError("The array '" + escapeText(multiscales.levels[level].path) + "' of the image is missing.");
     }
-    ChunkedImage image = openArray(place, *array, &multiscales, level, multiscales.axes, own);
+    ChunkedImage image = openArray(place, parseZarrArray(*array), &multiscales, level, multiscales.axes, own);
     image.info.series = std::max(image.info.series, series);
     return image;
 }
