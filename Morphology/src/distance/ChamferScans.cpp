@@ -25,7 +25,7 @@ using access::Scratch;
 /// Where only one class gets distances, scans begin at the voxels of the other, which are at 0. Else they begin at the
 /// steps that lead from voxels to other classes: what comes by way of these is never cheaper.
 bool beginsAtOthers(const DistanceTask& task) {
-    return !task.ofLabels && task.side != DistanceSide::SIGNED;
+    return task.isOneSided();
 }
 
 /// @tparam Price of what is between the scans, which lies where the distances of the row will be
