@@ -48,11 +48,11 @@ void shape(ImageModel& image, const ImageModel& like, VoxelTypes voxelType) {
 
 }  // namespace
 
-TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType, TemporaryUse use)
-    : m_charge(bytes(like, voxelType, use)) {
+TemporaryImage::TemporaryImage(const ImageModel& like, VoxelTypes voxelType, TemporaryUse use) {
     if (liesOnDisk(use)) {
         m_image = std::make_unique<io::DiskImage>();
     } else {
+        m_charge = MemoryCharge(TemporaryMemory::bytes(like, voxelType));
         m_image = std::make_unique<io::MemoryImage>();
     }
     shape(*m_image, like, voxelType);
