@@ -111,19 +111,6 @@ FieldRows<T>::FieldRows(const FieldPlan<T>& plan, const std::vector<const ImageM
 }
 
 template <class T>
-std::int64_t FieldRows<T>::inside(std::int64_t index, std::int64_t extent) const {
-    if (index >= 0 && index < extent) {
-        return index;
-    }
-    switch (m_plan.border) {
-        case access::BorderPolicy::MIRROR: return access::computeCoord(index, extent);
-        case access::BorderPolicy::CONTINUE: return index < 0 ? 0 : extent - 1;
-        case access::BorderPolicy::FIXED: break;
-    }
-    return -1;
-}
-
-template <class T>
 void FieldRows<T>::computeLines(std::int64_t row, std::int64_t plane, std::size_t index) {
     const std::size_t around = m_plan.reach[0] + m_plan.margin[0];
     const std::size_t count = m_tile.columns().length() + 2 * m_plan.margin[0];
@@ -172,7 +159,7 @@ void FieldRows<T>::computeFields(std::int64_t first, std::int64_t last, std::int
         computeLines(y, plane, static_cast<std::size_t>(y - top));
     }
     for (std::int64_t y = begin; y < last + reach; ++y) {
-        const std::int64_t like = inside(y, m_rows);
+        const std::int64_t like = access::borderSource(m_plan.border, y, m_rows);
         if (like == y && y >= 0) {
             continue;
         }
@@ -204,7 +191,7 @@ void FieldRows<T>::computeFields(std::int64_t first, std::int64_t last, std::int
 
 template <class T>
 std::size_t FieldRows<T>::slotOf(std::int64_t plane) {
-    const std::int64_t like = inside(plane, m_planes);
+    const std::int64_t like = access::borderSource(m_plan.border, plane, m_planes);
     const std::size_t held = m_layout.slots - (m_plan.border == access::BorderPolicy::FIXED ? 1U : 0U);
     if (like < 0) {
         if (m_planesOf[held] != outside) {

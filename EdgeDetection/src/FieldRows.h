@@ -70,9 +70,6 @@ private:
     void computeLines(std::int64_t row, std::int64_t plane, std::size_t index);
     void computeFields(std::int64_t first, std::int64_t last, std::int64_t plane, std::size_t slot, bool goesOn);
     std::size_t slotOf(std::int64_t plane);
-    /// The place of a row or plane inside of the image that one is like, whichever lies beyond no farther from what is
-    /// inside; -1 where there is none.
-    std::int64_t inside(std::int64_t index, std::int64_t extent) const;
     void sumAlongZ(std::int64_t plane);
 
     const FieldPlan<T>& m_plan;

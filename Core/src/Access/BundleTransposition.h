@@ -12,7 +12,6 @@
 
 namespace rix::access {
 
-inline constexpr std::size_t cacheLine = 64;
 /// Lines that are transposed together: a row of the bundle gets a whole line of the cache of most types at a time.
 inline constexpr std::size_t linesAbreast = 16;
 /// Elements of each of them that are taken at once: a line of the cache of most types. The lines of an image whose rows
@@ -137,7 +136,7 @@ inline constexpr std::size_t elementsStreamed = 64;
 /// The same past the caches.
 template <class Work>
 void streamOut(const Work* from, std::size_t stride, std::size_t count, Work* const* to) {
-    alignas(cacheLine) Work tile[linesAbreast][elementsStreamed];
+    alignas(lineBytes) Work tile[linesAbreast][elementsStreamed];
     const StreamRow stream = streamRow(SCALAR);
     for (std::size_t i = 0; i < count; i += elementsStreamed) {
         const std::size_t elements = std::min(elementsStreamed, count - i);

@@ -60,7 +60,7 @@ Position beginOf(const Block& block) {
 template <bool forWriting, int locality = 3, class Work>
 void fetch(const Work* samples, std::size_t count) {
     const auto* const bytes = reinterpret_cast<const char*>(samples);
-    for (std::size_t i = 0; i < count * sizeof(Work); i += cacheLine) {
+    for (std::size_t i = 0; i < count * sizeof(Work); i += lineBytes) {
         __builtin_prefetch(bytes + i, forWriting ? 1 : 0, locality);
     }
 }
@@ -71,31 +71,20 @@ bool streams(const ImageModel& output) {
     std::size_t voxels = 0;
     const std::size_t bytes = helper::getElementSize(output);
     return helper::getElementCount(output, voxels) && chooseStores(voxels, bytes) == Stores::Streaming &&
-           reinterpret_cast<std::uintptr_t>(samples) % cacheLine == 0 &&
-           output.getNumOf(COLUMNS) * bytes % cacheLine == 0;
+           reinterpret_cast<std::uintptr_t>(samples) % lineBytes == 0 &&
+           output.getNumOf(COLUMNS) * bytes % lineBytes == 0;
 }
 
 /// Copies samples: of few, calls would take longer than the copies.
 template <class Work>
 inline void copyPiece(const Work* from, Work* to, std::size_t count) {
-    constexpr std::size_t group = std::max<std::size_t>(cacheLine / sizeof(Work), 1);
+    constexpr std::size_t group = std::max<std::size_t>(lineBytes / sizeof(Work), 1);
     for (; count >= group; count -= group, from += group, to += group) {
         std::memcpy(static_cast<void*>(to), from, group * sizeof(Work));
     }
     for (std::size_t i = 0; i < count; ++i) {
         to[i] = from[i];
     }
-}
-
-/// The samples of an image that are one after another in memory, and of the type of the work; else null.
-template <class Work>
-const Work* samplesInPlace(const ImageModel& image) {
-    return needsCopy(image, voxelTypeOf<Work>) ? nullptr
-                                               : reinterpret_cast<const Work*>(helper::contiguousSamples(image));
-}
-template <class Work>
-Work* samplesInPlace(ImageModel& image) {
-    return needsCopy(image, voxelTypeOf<Work>) ? nullptr : reinterpret_cast<Work*>(helper::contiguousSamples(image));
 }
 
 /// Pieces of rows that are copied some at a time, when all of them were asked for.
@@ -152,9 +141,9 @@ Bundle<Work>::Bundle(const ImageModel& input, Components axis, const BundleNeeds
     // An odd number of cache lines from row to row: the same column of all rows would otherwise compete for few places
     // of the first-level cache.
     const std::size_t rows = checkedSum(m_length, needs.reach);
-    const std::size_t lines = (checkedProduct(m_width, sizeof(Work)) + cacheLine - 1) / cacheLine;
-    m_paddedWidth = lines * cacheLine / sizeof(Work);
-    const std::size_t strideBytes = (lines + (lines % 2 == 0 ? 1 : 0)) * cacheLine;
+    const std::size_t lines = (checkedProduct(m_width, sizeof(Work)) + lineBytes - 1) / lineBytes;
+    m_paddedWidth = lines * lineBytes / sizeof(Work);
+    const std::size_t strideBytes = (lines + (lines % 2 == 0 ? 1 : 0)) * lineBytes;
     m_stride = strideBytes / sizeof(Work);
     m_rows = Scratch(checkedProduct(rows, strideBytes));
     m_first = m_rows.as<Work>() + m_before * m_stride;
@@ -254,14 +243,12 @@ template <class Work>
 void Bundle<Work>::extend() {
     const auto length = static_cast<std::int64_t>(m_length);
     const auto fill = [&](std::int64_t element) {
-        if (m_needs.border == BorderPolicy::FIXED) {
+        const std::int64_t source = borderSource(m_needs.border, element, length);
+        if (source < 0) {
             std::fill_n(row(element), m_paddedWidth, castSample<Work>(m_needs.borderValue));
-            return;
+        } else {
+            std::copy_n(row(source), m_paddedWidth, row(element));
         }
-        const std::int64_t source = m_needs.border == BorderPolicy::MIRROR
-                                        ? computeCoord(element, length)
-                                        : std::clamp<std::int64_t>(element, 0, length - 1);
-        std::copy_n(row(source), m_paddedWidth, row(element));
     };
     for (std::int64_t i = 1; i <= static_cast<std::int64_t>(m_before); ++i) {
         fill(-i);

@@ -105,13 +105,9 @@ private:
 
     /// Where the border finds a coordinate, or -1 for a value of its own.
     std::int64_t inside(std::size_t coordinate, std::size_t before, std::size_t extent) const {
-        const auto c = static_cast<std::int64_t>(coordinate) - static_cast<std::int64_t>(before);
-        const auto n = static_cast<std::int64_t>(extent);
-        switch (m_job.border) {
-            case access::BorderPolicy::MIRROR: return access::computeCoord(c, n);
-            case access::BorderPolicy::CONTINUE: return std::clamp<std::int64_t>(c, 0, n - 1);
-            default: return c < 0 || c >= n ? -1 : c;
-        }
+        return access::borderSource(m_job.border,
+                                    static_cast<std::int64_t>(coordinate) - static_cast<std::int64_t>(before),
+                                    static_cast<std::int64_t>(extent));
     }
 
     access::RowSegment segment(std::size_t column, std::size_t row, std::size_t plane, std::size_t count) const {

@@ -11,6 +11,7 @@
 #include <rix/access/Run.h>
 #include <rix/access/SampleCast.h>
 #include <rix/access/Scratch.h>
+#include <rix/access/StreamKernels.h>
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/access/WindowRows.h>
 
@@ -23,8 +24,6 @@ namespace rix::filtering::smoothing {
 namespace {
 
 using access::Scratch;
-
-constexpr std::size_t cacheLine = 64;
 
 /// Half a level-2 cache for the planes of a band, but bands of some rows; and so deep that the planes that neighbours
 /// smooth again hardly count.
@@ -40,7 +39,7 @@ access::BoxNeeds volumeNeeds(std::size_t reachX, std::size_t reachY, std::size_t
 }
 
 std::size_t paddedWidth(std::size_t width, std::size_t workBytes) {
-    const std::size_t line = cacheLine / workBytes;
+    const std::size_t line = access::lineBytes / workBytes;
     return (width + line - 1) / line * line;
 }
 
@@ -120,7 +119,9 @@ private:
         access::RowWriter<T> out(m_output, plan);
         for (std::size_t z = block.planes().begin; z < block.planes().end; ++z) {
             for (std::size_t k = 0; k < taps; ++k) {
-                const std::int64_t source = sourceOf(static_cast<std::int64_t>(z + k - m_z.reach()), m_planes);
+                // The sources of a sum lie within so many planes as the ring holds.
+                const std::int64_t source =
+                    access::borderSource(m_job.border, static_cast<std::int64_t>(z + k - m_z.reach()), m_planes);
                 if (source >= 0 && ring.lacks(static_cast<std::size_t>(source))) {
                     smoothPlane(block, static_cast<std::size_t>(source), ring);
                 }
@@ -189,7 +190,7 @@ private:
     /// Supplies what is beyond the image of a row of sums. @param inside the columns that there are
     void extend(const access::Interval& inside, T* sums, std::size_t before, std::size_t behind) const {
         const auto valueAt = [&](std::int64_t column) {
-            const std::int64_t source = sourceOf(column, m_columns);
+            const std::int64_t source = access::borderSource(m_job.border, column, m_columns);
             return source >= 0 ? sums[source - static_cast<std::int64_t>(inside.begin)] : m_beyondSum;
         };
         const auto end = static_cast<std::int64_t>(inside.end);
@@ -200,20 +201,6 @@ private:
         for (std::int64_t i = 0; i < static_cast<std::int64_t>(behind); ++i) {
             sums[length + i] = valueAt(end + i);
         }
-    }
-
-    /// The index of an axis of `extent` that the border shows at another; negative for its own value. The sources of
-    /// a window lie within so many as it has.
-    std::int64_t sourceOf(std::int64_t at, std::int64_t extent) const {
-        if (at >= 0 && at < extent) {
-            return at;
-        }
-        switch (m_job.border) {
-            case access::BorderPolicy::MIRROR: return access::computeCoord(at, extent);
-            case access::BorderPolicy::CONTINUE: return at < 0 ? 0 : extent - 1;
-            case access::BorderPolicy::FIXED: break;
-        }
-        return -1;
     }
 
     access::ExecutionContext& m_context;
@@ -250,8 +237,8 @@ std::size_t volumeWorkingBytes(const ImageModel& input, std::size_t workBytes, c
     const std::size_t row = paddedWidth(plan.largestPart(COLUMNS), workBytes) * workBytes;
     // The rows of a window and their places, the row between columns and rows, those on their way from one type to
     // another, and the numbers of planes.
-    const std::size_t extended = row + 2 * (reach(COLUMNS) + cacheLine) * workBytes;
-    const std::size_t window = (2 * reach(ROWS) + 5) * (extended + cacheLine) + row;
+    const std::size_t extended = row + 2 * (reach(COLUMNS) + access::lineBytes) * workBytes;
+    const std::size_t window = (2 * reach(ROWS) + 5) * (extended + access::lineBytes) + row;
     return atOnce * (Scratch::held(planes * plan.largestPart(ROWS) * row) + window + 8 * Scratch::granularity);
 }
 

@@ -13,8 +13,8 @@
 #include <rix/access/Scratch.h>
 #include <rix/access/StreamKernels.h>
 #include <rix/access/VoxelTypeLists.h>
+#include <rix/access/WholeImage.h>
 #include <rix/image/ImageHeader.h>
-#include <rix/image/SampleMemory.h>
 
 #include "resampling/LineKernels.h"
 #include "resampling/SeparableScaling.h"
@@ -154,7 +154,7 @@ public:
           m_kernels(kernels),
           m_progress(progress),
           m_reader(input, scaling.plan),
-          m_keepsRows(isReadInPlace(input)),
+          m_keepsRows(!access::needsCopy(input, access::voxelTypeOf<T>)),
           m_first(block.columns().begin),
           m_count(block.columns().length()),
           m_source(scaling.lines[COLUMNS].source(m_first, block.columns().end)),
@@ -267,13 +267,6 @@ private:
         return down.constants() != nullptr ? down.constants() + row : nullptr;
     }
 
-    /// Whether what a reader gives stays valid.
-    static bool isReadInPlace(const ImageModel& input) {
-        return helper::contiguousSamples(input) != nullptr && input.getVoxelType() == access::voxelTypeOf<T> &&
-               input.getInterpretation() != RIX_BINARY &&
-               access::isAligned(helper::contiguousSamples(input), access::voxelTypeOf<T>);
-    }
-
     /// A row of the input, summed over planes, and where rows come last, along itself.
     const T* keptRow(std::size_t row) {
         const std::size_t slot = row % m_scaling.ringRows;
@@ -332,7 +325,7 @@ private:
     const LineKernels<T>& m_kernels;
     access::BlockProgress& m_progress;
     access::RowReader<T> m_reader;
-    bool m_keepsRows;
+    bool m_keepsRows;  ///< what the reader gives stays valid
     std::size_t m_first;
     std::size_t m_count;
     typename LineWeights<T>::Range m_source;

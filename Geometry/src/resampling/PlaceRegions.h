@@ -37,9 +37,7 @@ public:
     RegionReader(const ImageModel& input, std::size_t room)
         : m_extents(helper::getExtents(input)),
           m_reader(input),
-          m_samples(access::needsCopy(input, access::voxelTypeOf<Sample>)
-                        ? nullptr
-                        : reinterpret_cast<const Sample*>(helper::contiguousSamples(input))),
+          m_samples(access::samplesInPlace<Sample>(input)),
           m_room(std::max<std::size_t>(room / sizeof(Sample), leastRoom)),
           m_memory(bytes(room)) {}
 

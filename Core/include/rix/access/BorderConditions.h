@@ -6,6 +6,7 @@
 
 #include <rix/Assert.h>
 #include <rix/access/BorderCondition.h>
+#include <rix/access/BorderPolicy.h>
 
 // The drawings of the policies are in docs/borders.md.
 
@@ -21,6 +22,20 @@ constexpr std::int64_t computeCoord(std::int64_t c, std::int64_t n) {
     const std::uint64_t period = 2 * length;
     const std::uint64_t r = static_cast<std::uint64_t>(c < 0 ? ~c : c) % period;
     return static_cast<std::int64_t>(r < length ? r : period - 1 - r);
+}
+
+/// The index of an axis of length `n` that a policy shows at another; negative for the value of `FIXED`.
+/// @param n at least 1
+constexpr std::int64_t borderSource(BorderPolicy policy, std::int64_t c, std::int64_t n) {
+    if (c >= 0 && c < n) {
+        return c;
+    }
+    switch (policy) {
+        case BorderPolicy::MIRROR: return computeCoord(c, n);
+        case BorderPolicy::CONTINUE: return c < 0 ? 0 : n - 1;
+        case BorderPolicy::FIXED: break;
+    }
+    return -1;
 }
 
 /// No extension: what is read must lie inside the image. A coordinate outside is an error of the program: it fails an

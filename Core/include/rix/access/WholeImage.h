@@ -43,6 +43,16 @@ inline constexpr double nanosecondsPerCopy = 0.2;
 /// binary image are read as 0 and 1.
 RIX_EXPORT bool needsCopy(const ImageModel& image, VoxelTypes voxelType);
 
+/// The samples of an image in its own memory, in storage order and of type `T`; null where they need a copy.
+template <class T>
+const T* samplesInPlace(const ImageModel& image) {
+    return needsCopy(image, voxelTypeOf<T>) ? nullptr : reinterpret_cast<const T*>(helper::contiguousSamples(image));
+}
+template <class T>
+T* samplesInPlace(ImageModel& image) {
+    return needsCopy(image, voxelTypeOf<T>) ? nullptr : reinterpret_cast<T*>(helper::contiguousSamples(image));
+}
+
 /// All samples of an image in storage order, to be read: its own memory where that is contiguous, aligned and of type
 /// `T`, and the image not binary; else a temporary copy, which counts as working memory of the run.
 template <class T>
@@ -51,8 +61,8 @@ public:
     /// Fills the copy, where there has to be one, in parallel: then that is a step of the run.
     /// @throws UnexpectedError when the image refuses to be read; MemoryError
     WholeInput(ExecutionContext& context, const ImageModel& image, Sharing sharing = Sharing::Allowed) {
-        if (sharing == Sharing::Allowed && !needsCopy(image, voxelTypeOf<T>)) {
-            m_data = reinterpret_cast<const T*>(helper::contiguousSamples(image));
+        m_data = sharing == Sharing::Allowed ? samplesInPlace<T>(image) : nullptr;
+        if (m_data != nullptr) {
             return;
         }
         m_copy = detail::wholeMemory(image, sizeof(T));
