@@ -30,6 +30,7 @@ void declare(AutoThresholdingValue& algorithm, algorithms::Properties& propertie
     properties.input(algorithm.rangeMode, "Which range of grey levels the histogram covers.");
     properties.input(algorithm.intensityInputRange, "Minimum and maximum of the range, when rangeMode is OTHER.",
                      AddRuleAssertFinite());
+    properties.onlyWith(algorithm.rangeMode, {AutoThresholdingValue::OTHER}, algorithm.intensityInputRange);
     properties.input(algorithm.thresholdCriterion, "How the threshold is chosen from the histogram.");
     properties.output(algorithm.outputMeasurement, "The thresholds, one for each frame.", AddRuleAssertNotNull());
 }

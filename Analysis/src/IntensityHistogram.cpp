@@ -30,6 +30,8 @@ void declare(IntensityHistogram& algorithm, algorithms::Properties& properties) 
                      AddRuleAssertFinite(),
                      AddRuleWhen("when rangeMode is OTHER", isOther,
                                  AddRuleCompare(CompareRelation::Greater, algorithm.rangeMinimum)));
+    properties.onlyWith(algorithm.rangeMode, {IntensityHistogram::OTHER}, algorithm.rangeMinimum,
+                        algorithm.rangeMaximum);
     properties.output(algorithm.outputMeasurement, "A row for each class.", AddRuleCreateMeasurement());
 }
 

@@ -31,6 +31,7 @@ void declare(CornerDetector2d& filter, algorithms::Properties& properties) {
     filter.sensitivity = 0.05;
     properties.input(filter.sensitivity, "What edges are taken off with, by Harris.",
                      AddRuleInRange<double>(0.0, 0.25, Bound::Included, Bound::Included));
+    properties.onlyWith(filter.method, {CornerMethod::HARRIS}, filter.sensitivity);
     filter.threshold = -1.0;
     properties.input(filter.threshold, "The least measure; negative: a hundredth of the greatest.",
                      AddRuleAssertFinite());

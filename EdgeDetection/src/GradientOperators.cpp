@@ -24,6 +24,7 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.inputImage, "The image that is derived.", AddRulesForRealImage());
     properties.input(filter.method, "How derivatives are taken.");
     declareDeviation(filter, properties, filter.standardDeviation, 1.0, "Width of the Gaussian of GAUSSIAN.");
+    properties.onlyWith(filter.method, {GradientMethod::GAUSSIAN}, filter.standardDeviation);
     declareUnit(filter, properties, "Whether lengths are in voxels or in the image's unit.");
     properties.border(filter.borderPolicy, filter.borderValue);
     std::vector<const Property<ImageModel*>*> before;

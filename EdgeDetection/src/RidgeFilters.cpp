@@ -36,6 +36,7 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     declareWeight(properties, filter.alpha, 0.5, "How flat a line may be, in volumes.");
     declareWeight(properties, filter.beta, 0.5, "How round a line may be.");
     declareWeight(properties, filter.gamma, 15.0, "Second derivatives that count half or more.");
+    properties.onlyWith(filter.method, {RidgeFilterMethod::FRANGI}, filter.beta, filter.gamma);
     declareUnit(filter, properties, "Whether lengths are in voxels or in the image's unit.");
     declareOutput(filter, properties, "How much each voxel is like a line.");
 }

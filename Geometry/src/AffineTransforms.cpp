@@ -190,6 +190,7 @@ void declare(Transform& transform, algorithms::Properties& properties) {
     properties.input(transform.inputReferenceImage, "Where the elements of the result are with REFERENCE.",
                      AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
                      AddRuleWhenSet(AddRuleAssertImageNotEmpty()), AddRuleWhenSet(AddRuleAssertPlaced()));
+    properties.onlyWith(transform.grid, {TransformGrid::REFERENCE}, transform.inputReferenceImage);
     transform.inputReferenceImage.getImpl()->addRule(std::make_shared<RuleTransformsImage<Transform>>(transform));
     properties.input(transform.interpolation, "How samples between elements are found.");
     transform.interpolation.getImpl()->addRule(

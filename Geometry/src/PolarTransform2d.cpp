@@ -276,6 +276,7 @@ void declare(PolarTransform2d& polar, algorithms::Properties& properties) {
     properties.input(polar.inputReferenceImage, "Where the elements of the result are with FROM_POLAR.",
                      AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
                      AddRuleWhenSet(AddRuleAssertImageNotEmpty()), AddRuleWhenSet(AddRuleAssertPlaced()));
+    properties.onlyWith(polar.direction, {PolarDirection::FROM_POLAR}, polar.inputReferenceImage);
     polar.inputReferenceImage.getImpl()->addRule(std::make_shared<RulePolarGrid>(polar));
     properties.input(polar.interpolation, "How samples between elements are found.");
     polar.interpolation.getImpl()->addRule(std::make_shared<RuleSamplesMeaning>(polar.inputImage, false));

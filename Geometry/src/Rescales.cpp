@@ -251,17 +251,20 @@ void declare(Rescaling& rescaling, algorithms::Properties& properties) {
         const String text = String(things[axis]) + " of the result with EXTENTS; 0 keeps them.";
         properties.input(rescaling.*axes[axis].size, text.c_str(),
                          AddRuleLimitedValue<std::int64_t>(0, CHECK_GREATER_OR_EQUAL));
+        properties.onlyWith(rescaling.mode, {ScalingMode::EXTENTS}, rescaling.*axes[axis].size);
     }
     for (std::size_t axis = 0; axis < axes.size(); ++axis) {
         const String text = String(things[axis]) + " become so many times as many with FACTORS.";
         rescaling.*axes[axis].factor = 1.0;
         properties.input(rescaling.*axes[axis].factor, text.c_str(), AddRuleAssertFinite(),
                          AddRuleLimitedValue<double>(0.0, CHECK_GREATER));
+        properties.onlyWith(rescaling.mode, {ScalingMode::FACTORS}, rescaling.*axes[axis].factor);
     }
     for (std::size_t axis = 0; axis < axes.size(); ++axis) {
         const String text = String(things[axis]) + " get about this spacing with SPACING; 0 keeps them.";
         properties.input(rescaling.*axes[axis].spacing, text.c_str(), AddRuleAssertFinite(),
                          AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL));
+        properties.onlyWith(rescaling.mode, {ScalingMode::SPACING}, rescaling.*axes[axis].spacing);
     }
     (rescaling.*axes.back().spacing).getImpl()->addRule(std::make_shared<RuleScaledImage<Rescaling>>(rescaling));
     properties.input(rescaling.interpolation, "How elements between those of the image are made.");

@@ -41,6 +41,8 @@ void declare(IntensityRescale& algorithm, algorithms::Properties& properties) {
         AddRuleWhen(isOther, hasMode(IntensityRescale::OTHER),
                     AddRuleCompare(CompareRelation::Greater, algorithm.inputMinimum)));
     properties.input(algorithm.rangeMode, "Where the input's range comes from.");
+    properties.onlyWith(algorithm.rangeMode, {IntensityRescale::QUANTILES, IntensityRescale::OTHER},
+                        algorithm.inputMinimum, algorithm.inputMaximum);
     properties.input(algorithm.outputMinimum, "What the lower end of the range becomes.", AddRuleAssertFinite());
     algorithm.outputMaximum = 255.0;
     properties.input(algorithm.outputMaximum, "What the upper end of the range becomes.", AddRuleAssertFinite());

@@ -37,6 +37,8 @@ void declareNoise(Algorithm& algorithm, algorithms::Properties& properties) {
     properties.input(algorithm.pepperValue, "The value of pepper.");
     algorithm.saltValue = 255.0;
     properties.input(algorithm.saltValue, "The value of salt.");
+    properties.onlyWith(algorithm.distribution, {Algorithm::SALT_AND_PEPPER}, algorithm.density, algorithm.pepperValue,
+                        algorithm.saltValue);
 }
 
 template <class Algorithm>
@@ -99,6 +101,7 @@ void declareAddition(AddNoise& algorithm, algorithms::Properties& properties) {
     algorithm.countsPerUnit = 1.0;
     properties.input(algorithm.countsPerUnit, "Counts that a voxel of value 1 stands for, of POISSON.",
                      AddRuleAssertPositiveOnly(), AddRuleAssertFinite());
+    properties.onlyWith(algorithm.distribution, {AddNoise::POISSON}, algorithm.countsPerUnit);
     properties.output(algorithm.outputImage,
                       "The image with noise. Integers are rounded to nearest and clamped to what their type holds.",
                       AddRuleAssertNotNull(), AddRuleInPlaceOrDisjoint(algorithm.inputImage),

@@ -45,6 +45,8 @@ def _details(item: Dict[str, Any]) -> List[str]:
         lines.append("default: " + (default.name if item["enumeration"] is not None else repr(default)))
     if item["enumeration"] is not None:
         lines.append("values: " + ", ".join(item["enumeration"].__members__))
+    if item["only_with"]:
+        lines.append("with: " + item["only_with"])
     # Labels are told already, and results are made where none are given.
     rules = [rule for rule in item["rules"]
              if not rule.startswith("one of:") and (item["direction"] != "out" or rule != "must be set")]
@@ -74,6 +76,7 @@ def _facts(name: str) -> Description:
     for item in facts["properties"]:
         item["description"] = respelled(item["description"])
         item["rules"] = [respelled(rule) for rule in item["rules"]]
+        item["only_with"] = respelled(item["only_with"])
     return facts
 
 

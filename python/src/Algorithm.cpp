@@ -279,7 +279,7 @@ py::tuple Algorithm::run(const RunOptions& options) {
         applyThreads(options.threads, images);
         makeObjects();
         for (const String& note : m_facts.info->notesOn(*m_algorithm)) {
-            warn(m_facts.name + ": " + note);
+            warn(m_facts.name + ": " + inPythonsNames(m_facts, note));
         }
         execute(options.progress, images);
         try {

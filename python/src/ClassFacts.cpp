@@ -52,6 +52,21 @@ ClassFacts makeFacts(AlgoInfo& info) {
 
 }  // namespace
 
+std::string inPythonsNames(const ClassFacts& facts, const std::string& text) {
+    const auto isOfWord = [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; };
+    std::string result;
+    for (auto at = text.begin(); at != text.end();) {
+        const auto end = std::find_if_not(at, text.end(), isOfWord);
+        const std::string word(at, end);
+        const auto named = std::find_if(facts.properties.begin(), facts.properties.end(),
+                                        [&](const PropertyFacts& property) { return property.name == word; });
+        result += named != facts.properties.end() ? named->pythonName : word;
+        at = std::find_if(end, text.end(), isOfWord);
+        result.append(end, at);
+    }
+    return result;
+}
+
 std::string toSnakeCase(const std::string& name) {
     const auto isUpper = [](char c) { return std::isupper(static_cast<unsigned char>(c)) != 0; };
     const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };

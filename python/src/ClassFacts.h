@@ -57,6 +57,9 @@ struct ClassFacts {
     std::vector<PropertyFacts> properties;  ///< inputs, then outputs, without hidden ones
 };
 
+/// A text with the names of properties as Python spells them.
+std::string inPythonsNames(const ClassFacts& facts, const std::string& text);
+
 /// "BoxFilter2d" becomes "box_filter_2d", "inputImage" "input_image".
 std::string toSnakeCase(const std::string& name);
 

@@ -41,6 +41,7 @@ py::dict describeProperty(BaseProperty& property, const PropertyFacts& facts) {
     result["type"] = words.type;
     result["description"] = words.description;
     result["rules"] = words.rules;
+    result["only_with"] = words.onlyWith;
     result["required"] = facts.required;
     result["annotation"] = facts.kind != nullptr ? facts.kind->annotation : std::string();
     // What the rules refuse is no default.

@@ -13,6 +13,7 @@
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
+#include <tbb/task_arena.h>
 #include <tbb/task_group.h>
 
 #include <rix/access/ExecutionContext.h>
@@ -79,7 +80,8 @@ public:
 #ifdef __SANITIZE_THREAD__
 /// Stands in for oneTBB under the thread sanitizer. The sanitizer does not see how oneTBB, which is not instrumented,
 /// orders its threads, and would report every hand-over of a task as a race; to silence oneTBB's frames would silence
-/// our bodies too, which always run below them. Plain threads make every report a true one.
+/// our bodies too, which always run below them. Plain threads make every report a true one; no more of them than oneTBB
+/// would have, since that is what algorithms state their memory for.
 class PlainThreadScheduler : public BlockScheduler {
 public:
     void forEach(std::size_t count, FunctionRef<void(std::size_t)> block) override {
@@ -101,9 +103,10 @@ public:
             }
         };
         std::vector<std::thread> threads;
-        threads.reserve(3);
+        const auto most = static_cast<std::size_t>(std::clamp(tbb::this_task_arena::max_concurrency(), 1, 4));
+        threads.reserve(most);
         try {
-            while (threads.size() + 1 < std::min<std::size_t>(count, 4)) {
+            while (threads.size() + 1 < std::min(count, most)) {
                 threads.emplace_back(work);
             }
         } catch (const std::system_error&) {

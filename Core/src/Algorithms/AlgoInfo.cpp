@@ -9,6 +9,7 @@
 #include <rix/algorithms/ModuleList.h>
 #include <rix/exceptions/Exception.h>
 
+#include "IdleInputs.h"
 #include "Process/Forks.h"
 
 namespace rix {
@@ -23,6 +24,7 @@ struct AlgoInfoPrivate {
     std::vector<std::shared_ptr<Runnable>> runners;
     AlgoInfo::WrapCounter wrapCounter;
     AlgoInfo::Notes notes;
+    std::unique_ptr<const algorithms::ValueTexts> valuesOfNewObjects;  ///< with the lock of the registry
 };
 
 namespace {
@@ -61,7 +63,7 @@ private:
 AlgoInfo::AlgoInfo(const String& name, const String& libraryName, Factory factory, AlgoVisibilityType visibility,
                    const String& deprecationVersion)
     : m_private(std::make_unique<AlgoInfoPrivate>(
-          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}, {}, {}})) {}
+          AlgoInfoPrivate{name, libraryName, "", factory, visibility, deprecationVersion, {}, {}, {}, {}})) {}
 
 AlgoInfo::~AlgoInfo() = default;
 
@@ -140,7 +142,29 @@ void AlgoInfo::setNotes(Notes notes) {
 }
 
 std::vector<String> AlgoInfo::notesOn(const BaseAlgorithm& algorithm) const {
-    return m_private->notes ? m_private->notes(algorithm) : std::vector<String>();
+    std::vector<String> notes = algorithms::notesOnIdleInputs(algorithm, valuesOfNewObjects());
+    if (m_private->notes) {
+        for (String& note : m_private->notes(algorithm)) {
+            notes.push_back(std::move(note));
+        }
+    }
+    return notes;
+}
+
+/// Asked for at every run of the front ends, and made once.
+const algorithms::ValueTexts& AlgoInfo::valuesOfNewObjects() const {
+    auto& kept = m_private->valuesOfNewObjects;
+    std::unique_lock lock(process::mutexOf(process::Lock::Registry));
+    if (kept == nullptr) {
+        lock.unlock();
+        const auto object = createInstance(nullptr);
+        auto values = std::make_unique<const algorithms::ValueTexts>(algorithms::valuesOfConditionalInputs(*object));
+        lock.lock();
+        if (kept == nullptr) {
+            kept = std::move(values);
+        }
+    }
+    return *kept;
 }
 
 std::size_t AlgoInfo::getNumOfAlgorithm() {

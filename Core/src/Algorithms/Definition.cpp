@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include <rix/access/BlockSize.h>
+#include <rix/access/BorderPolicy.h>
 #include <rix/access/Scratch.h>
 #include <rix/image/ImageModel.h>
 #include <rix/rules/When.h>
@@ -29,6 +30,7 @@ void Properties::input(PropertySingleChoice& property, const char* description) 
 void Properties::border(PropertySingleChoice& policy, Property<double>& value) {
     input(policy, "What lies beyond the edges of the image.");
     input(value, "The value beyond the edges when borderPolicy is FIXED.", AddRuleAssertNotNaN());
+    onlyWith(policy, {access::BorderPolicy::FIXED}, value);
 }
 
 AbstractPrivateImplementation* StateAccess::implementationOf(const BaseAlgorithm& algorithm) {

@@ -1,8 +1,10 @@
 #include <rix/properties/BaseProperty.h>
 
+#include <algorithm>
 #include <utility>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/properties/PropertySingleChoice.h>
 #include <rix/properties/RealToInt.h>
 
 namespace rix {
@@ -77,6 +79,21 @@ int BaseProperty::getVersion() const {
 
 void BaseProperty::setVersion(double version) {
     getImpl()->m_version = helper::truncateToInt32(version * 10.0);
+}
+
+String BaseProperty::describeRelevance() const {
+    const auto& [choice, values] = getImpl()->m_relevance;
+    String text;
+    for (const int value : values) {
+        text += text.empty() ? choice->getName() + '=' : value == values.back() ? " or " : ", ";
+        text += choice->getEnumInfo()->getLabelFromValue(value);
+    }
+    return text;
+}
+
+bool BaseProperty::isRelevant() const {
+    const auto& [choice, values] = getImpl()->m_relevance;
+    return choice == nullptr || std::find(values.begin(), values.end(), choice->get()) != values.end();
 }
 
 DataRangeProvider* BaseProperty::getDataRangeProvider() const {

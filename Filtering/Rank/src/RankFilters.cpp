@@ -83,6 +83,14 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.radius, "The radius of a round window, in voxels.",
                      AddRuleInRange<std::int32_t>(0, (longest - 1) / 2, Bound::Included, Bound::Included));
     filter.radius.getImpl()->addRule(std::make_shared<RuleWindowSize<Filter>>(filter));
+    if constexpr (ofVolumes<Filter>) {
+        properties.onlyWith(filter.windowShape, {Filter::BOX}, filter.kernelSizeX, filter.kernelSizeY,
+                            filter.kernelSizeZ);
+        properties.onlyWith(filter.windowShape, {Filter::BALL}, filter.radius);
+    } else {
+        properties.onlyWith(filter.windowShape, {Filter::RECTANGLE}, filter.kernelSizeX, filter.kernelSizeY);
+        properties.onlyWith(filter.windowShape, {Filter::DISK}, filter.radius);
+    }
     if constexpr (hasRank<Filter>) {
         filter.rank = 0.5;
         properties.input(filter.rank, "Which of the ordered values: 0 the smallest, 1 the largest.",

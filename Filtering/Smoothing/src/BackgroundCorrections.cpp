@@ -81,9 +81,11 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     properties.input(filter.lengthUnit, "Whether the radius is in voxels or in the image's unit.");
     properties.input(filter.height, "Of the ball, in grey values; 0: as many as the radius.", AddRuleAssertFinite(),
                      AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL));
+    properties.onlyWith(filter.method, {Filter::ROLLING_BALL}, filter.background, filter.height);
     properties.input(filter.inputBackgroundImage, "Optional: for FLAT_FIELD, the picture of an empty field.",
                      AddRuleWhenSet(AddRuleAssertSingleElement()), AddRuleWhenSet(AddRuleAssertIntegerOrFloating()),
                      AddRuleWhenSet(AddRuleAssertSameSize(filter.inputImage)));
+    properties.onlyWith(filter.method, {Filter::FLAT_FIELD}, filter.inputBackgroundImage);
     properties.output(filter.outputImage, "The corrected image.", AddRuleAssertNotNull(),
                       AddRuleInPlaceOrDisjoint(filter.inputImage),
                       AddRuleWhenSet(filter.inputBackgroundImage, AddRuleDisjointFrom(filter.inputBackgroundImage)),

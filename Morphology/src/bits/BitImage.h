@@ -6,6 +6,7 @@
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/access/Scratch.h>
+#include <rix/algorithms/OptimLevel.h>
 #include <rix/image/ImageModel.h>
 
 namespace rix::morphology {

@@ -130,6 +130,7 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     filter.chamferWeights = axesOf<Filter> == 2 ? "5,7,11" : "3,4,5";
     properties.input(filter.chamferWeights, "The prices of the steps of CHAMFER, separated by commas.");
     addRule<RuleWeights>(filter.chamferWeights, filter);
+    properties.onlyWith(filter.metric, {Filter::CHAMFER}, filter.chamferWeights);
     properties.output(
         filter.outputDistanceImage, "The distances.", AddRuleAssertNotNull(),
         AddRuleEnforceLike(filter.inputObjectImage, {.voxelType = RIX_FLOAT32, .interpretation = RIX_VALUE}));

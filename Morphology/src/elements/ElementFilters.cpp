@@ -87,6 +87,7 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     addRadiusRule(filter, spacingOf(filter));
     properties.input(filter.borderPolicy, "What lies beyond the edges.");
     properties.input(filter.borderValue, "Value beyond the edges with FIXED.", AddRuleAssertNotNaN());
+    properties.onlyWith(filter.borderPolicy, {ElementBorderPolicy::FIXED}, filter.borderValue);
     if constexpr (isGradient<Filter>) {
         properties.input(filter.gradient, "What is taken from what.");
     }

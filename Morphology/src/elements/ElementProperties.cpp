@@ -19,6 +19,7 @@ constexpr double largestRadius = 1000.0;
 template <class Owner>
 struct Choices {
     using Type = typename Owner::StructuringElement;
+    static constexpr Type box = static_cast<Type>(StructuringElement3DType::BOX);
     static constexpr Type ball = static_cast<Type>(StructuringElement3DType::BALL);
     static constexpr Type octahedron = static_cast<Type>(StructuringElement3DType::OCTAHEDRON);
     static constexpr Type line = static_cast<Type>(StructuringElement3DType::LINE);
@@ -111,13 +112,23 @@ void declareFor(Owner& owner, algorithms::Properties& properties) {
     if constexpr (ofVolumes<Owner>) {
         size(owner.kernelSizeZ, "Planes of a box.");
     }
+    properties.onlyWith(owner.structuringElement, {Choices<Owner>::box}, owner.kernelSizeX, owner.kernelSizeY);
+    if constexpr (ofVolumes<Owner>) {
+        properties.onlyWith(owner.structuringElement, {Choices<Owner>::box}, owner.kernelSizeZ);
+    }
     owner.radius = 1.0;
     properties.input(owner.radius, ofVolumes<Owner> ? "Of a ball or an octahedron." : "Of a disc or a diamond.");
     properties.input(owner.lengthUnit, "Whether the radius is in voxels or in the image's unit.");
+    properties.onlyWith(owner.structuringElement, {Choices<Owner>::ball, Choices<Owner>::octahedron}, owner.radius,
+                        owner.lengthUnit);
     offset(owner.lineX, "Columns from the origin to the far end of a line.");
     offset(owner.lineY, "Rows from the origin to the far end of a line.");
     if constexpr (ofVolumes<Owner>) {
         offset(owner.lineZ, "Planes from the origin to the far end of a line.");
+    }
+    properties.onlyWith(owner.structuringElement, {Choices<Owner>::line}, owner.lineX, owner.lineY);
+    if constexpr (ofVolumes<Owner>) {
+        properties.onlyWith(owner.structuringElement, {Choices<Owner>::line}, owner.lineZ);
     }
     const std::function<bool()> isImage = [&owner] { return owner.getStructuringElement() == Choices<Owner>::image; };
     const auto forImage = [&isImage](const auto& adder) { return AddRuleWhen("for IMAGE", isImage, adder); };
@@ -127,6 +138,7 @@ void declareFor(Owner& owner, algorithms::Properties& properties) {
                      forImage(AddRuleAssertIntegerOrFloating()), forImage(AddRuleAssertImageNotEmpty()),
                      forImage(AddRuleAssertDimension(dimension, AxisUse::Refused, AxisUse::Refused)),
                      forImage(AddRuleElementVoxels()));
+    properties.onlyWith(owner.structuringElement, {Choices<Owner>::image}, owner.inputElementImage);
 }
 
 template <class Owner>

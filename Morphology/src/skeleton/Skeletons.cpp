@@ -1,5 +1,6 @@
 // Skeletons of objects, and where they end and branch.
 
+#include <rix/access/Plan.h>
 #include <rix/access/Steps.h>
 #include <rix/algorithms/InputMeaning.h>
 #include <rix/morphology/BranchPoints2d.h>

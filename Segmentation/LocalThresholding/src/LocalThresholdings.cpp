@@ -90,10 +90,12 @@ void declare(Filter& filter, algorithms::Properties& properties) {
     }
     filter.weight = 0.2;
     properties.input(filter.weight, "The weight k of the deviation.", AddRuleAssertFinite());
+    properties.onlyWith(filter.method, {Method::NIBLACK, Method::SAUVOLA, Method::PHANSALKAR}, filter.weight);
     properties.input(filter.offset, "What the threshold is lowered by.", AddRuleAssertFinite());
     filter.contrast = 15.0;
     properties.input(filter.contrast, "Windows of less contrast are of one side, for BERNSEN.",
                      AddRuleLimitedValue<double>(0.0, CHECK_GREATER_OR_EQUAL), AddRuleAssertFinite());
+    properties.onlyWith(filter.method, {Method::BERNSEN}, filter.contrast);
     properties.input(filter.side, "Whether what is brighter than its threshold is kept, or all the rest.");
     properties.output(
         filter.outputBinaryImage, "1 on the kept side, 0 elsewhere.", AddRuleAssertNotNull(),

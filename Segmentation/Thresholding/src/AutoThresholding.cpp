@@ -35,6 +35,7 @@ void declare(Algorithm& algorithm, algorithms::Properties& properties) {
     algorithm.intensityInputRange = math::Vector2<double>{0.0, 255.0};
     properties.input(algorithm.intensityInputRange, "Minimum and maximum of the range, when rangeMode is OTHER.",
                      AddRuleAssertFinite());
+    properties.onlyWith(algorithm.rangeMode, {Algorithm::OTHER}, algorithm.intensityInputRange);
     properties.input(algorithm.thresholdCriterion, "How the threshold is chosen from the histogram.");
     properties.output(
         algorithm.outputBinaryImage, "1 on the kept side of the threshold, 0 elsewhere.", AddRuleAssertNotNull(),

@@ -18,6 +18,7 @@ PropertyFacts describeProperty(BaseProperty& property) {
         .defaultText = {},
         .labels = {},
         .rules = property.getImpl()->describeRules(),
+        .onlyWith = property.describeRelevance(),
         .description = property.getDescription()};
     if (!facts.required && !property.isOutput()) {
         facts.defaultValue = valueToJson(property);
@@ -46,9 +47,10 @@ AlgorithmFacts describeAlgorithm(const BaseAlgorithm& algorithm) {
 }
 
 nlohmann::json toJson(const PropertyFacts& facts) {
-    return {{"name", facts.name},     {"direction", facts.direction}, {"type", facts.type},
-            {"image", facts.image},   {"required", facts.required},   {"default", facts.defaultValue},
-            {"labels", facts.labels}, {"rules", facts.rules},         {"description", facts.description}};
+    return {{"name", facts.name},        {"direction", facts.direction}, {"type", facts.type},
+            {"image", facts.image},      {"required", facts.required},   {"default", facts.defaultValue},
+            {"labels", facts.labels},    {"rules", facts.rules},         {"description", facts.description},
+            {"onlyWith", facts.onlyWith}};
 }
 
 nlohmann::json toJson(const AlgorithmFacts& facts) {

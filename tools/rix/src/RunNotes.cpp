@@ -5,6 +5,7 @@
 #include <rix/access/PlainContext.h>
 #include <rix/algorithms/AlgoInfo.h>
 #include <rix/description/Algorithms.h>
+#include <rix/image/ImageModel.h>
 #include <rix/properties/Property.h>
 
 #include "Interrupts.h"

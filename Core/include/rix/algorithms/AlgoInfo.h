@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -83,8 +84,10 @@ public:
     using Notes = std::function<std::vector<String>(const BaseAlgorithm& algorithm)>;
     /// None, which is the default, has nothing to say.
     void setNotes(Notes notes);
-    /// The notes on a run of `algorithm`, an instance of this class, on its present inputs; nothing where the run will
-    /// refuse them. To be asked before the run, which may change its inputs.
+    /// The notes on a run of `algorithm`, an instance of this class, on its present inputs: of the class, nothing where
+    /// the run will refuse them; before them a sentence for inputs that are set to something else than their defaults
+    /// and have no effect with what is chosen ("radius has no effect with windowShape=RECTANGLE, only with
+    /// windowShape=DISK"). To be asked before the run, which may change its inputs.
     std::vector<String> notesOn(const BaseAlgorithm& algorithm) const;
 
     /// Number of algorithm classes in the registry.
@@ -102,6 +105,8 @@ public:
 
 private:
     class RIX_LOCAL Registry;
+
+    RIX_LOCAL const std::map<String, String>& valuesOfNewObjects() const;
 
     std::unique_ptr<AlgoInfoPrivate> m_private;
 };

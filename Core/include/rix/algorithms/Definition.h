@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -66,6 +67,15 @@ public:
     }
     /// What a filter finds beyond the edges of an image: the policy, and the value of `FIXED`.
     void border(PropertySingleChoice& policy, Property<double>& value);
+    /// Says of inputs that they have an effect with these values of a choice alone. Descriptions tell it, and so does a
+    /// run for which one is set to something else than its default beside another value (`AlgoInfo::notesOn`).
+    template <class Choice, class... Inputs>
+    void onlyWith(const PropertySingleChoice& choice, std::initializer_list<Choice> values, Inputs&... inputs) {
+        for (const Choice value : values) {
+            (inputs.getImpl()->m_relevance.values.push_back(static_cast<int>(value)), ...);
+        }
+        ((inputs.getImpl()->m_relevance.choice = &choice), ...);
+    }
     template <class T, class... Adders>
     void output(Property<T>& property, const char* description, const Adders&... adders) {
         enterOutput(property, description);

@@ -13,9 +13,16 @@ namespace rix {
 class BaseAlgorithm;
 class BaseProperty;
 class DataRangeProvider;
+class PropertySingleChoice;
 
 /// Whether a property is shown to users of an algorithm.
 enum PropertyVisibility : std::int32_t { PROPERTY_PUBLIC = 0, PROPERTY_HIDDEN = 1 };
+
+/// The values of a choice with which alone a property has an effect; without a choice it always has one.
+struct Relevance {
+    const PropertySingleChoice* choice = nullptr;
+    std::vector<int> values;
+};
 
 /// State of a property that does not depend on the type of its value.
 class RIX_EXPORT BasePropertyPrivate {
@@ -47,6 +54,7 @@ public:
     PropertyVisibility m_visibility = PROPERTY_PUBLIC;
     bool m_inputOutput = false;
     std::int32_t m_version = 0;  ///< the version times ten
+    Relevance m_relevance;
 };
 
 /// Gives the range of values that make sense for a property in its present surroundings (a slider's ends, say).
@@ -90,6 +98,11 @@ public:
     bool isOutput() const;
     BaseAlgorithm* getOwner();
     const BaseAlgorithm* getOwner() const;
+    /// The choice with some values of which alone the property has an effect, as "mode=EXTENTS or FACTORS"; empty for
+    /// one that always has.
+    String describeRelevance() const;
+    /// Whether it has an effect with the present value of that choice.
+    bool isRelevant() const;
     PropertyVisibility getVisibility() const;
     void setVisibility(const PropertyVisibility& visibility);
     /// The version in tenths: after `setVersion(1.25)` it is 12.

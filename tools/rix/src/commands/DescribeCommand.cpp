@@ -42,6 +42,9 @@ std::string toText(const description::PropertyFacts& property) {
     if (!property.labels.empty()) {
         details.add({"values:", description::join(property.labels)});
     }
+    if (!property.onlyWith.empty()) {
+        details.add({"with:", property.onlyWith});
+    }
     if (!property.rules.empty()) {
         details.add({"rules:", description::join(property.rules, "; ")});
     }

@@ -22,6 +22,7 @@ struct PropertyFacts {
     std::string defaultText;          ///< the same as a text for `setValue`
     std::vector<std::string> labels;  ///< of a choice
     std::vector<std::string> rules;
+    std::string onlyWith;  ///< what alone it has an effect with, "mode=EXTENTS or FACTORS"; empty for always
     std::string description;
 };
 
