@@ -177,7 +177,7 @@ const auto comparison = [](const char* text, FormulaOperation operation) {
 const auto expression_def = conjunction >> *(word("or") > conjunction)[emit(FormulaOperation::Or)];
 const auto conjunction_def = negation >> *(word("and") > negation)[emit(FormulaOperation::And)];
 const auto negation_def =
-    (word("not") >> enter(ofSign) > negation > leave(ofSign))[emit(FormulaOperation::Not)] |
+    ((word("not") >> enter(ofSign)) > negation > leave(ofSign))[emit(FormulaOperation::Not)] |
     (sum >> -(comparison("<=", FormulaOperation::LessOrEqual) | comparison(">=", FormulaOperation::GreaterOrEqual) |
               comparison("==", FormulaOperation::Equal) | comparison("!=", FormulaOperation::NotEqual) |
               comparison("<", FormulaOperation::Less) | comparison(">", FormulaOperation::Greater)));
@@ -185,12 +185,12 @@ const auto sum_def = term >> *((x3::lit('+') > term)[emit(FormulaOperation::Add)
                                (x3::lit('-') > term)[emit(FormulaOperation::Subtract)]);
 const auto term_def = unary >> *((x3::lit('*') > unary)[emit(FormulaOperation::Multiply)] |
                                  (x3::lit('/') > unary)[emit(FormulaOperation::Divide)]);
-const auto unary_def = (x3::lit('-') >> enter(ofSign) > unary > leave(ofSign))[emit(FormulaOperation::Negate)] |
-                       (x3::lit('+') >> enter(ofSign) > unary > leave(ofSign)) | power;
+const auto unary_def = ((x3::lit('-') >> enter(ofSign)) > unary > leave(ofSign))[emit(FormulaOperation::Negate)] |
+                       ((x3::lit('+') >> enter(ofSign)) > unary > leave(ofSign)) | power;
 const auto power_def = primary >>
-                       -(x3::lit('^') >> enter(ofSign) > unary > leave(ofSign))[emit(FormulaOperation::Power)];
+                       -((x3::lit('^') >> enter(ofSign)) > unary > leave(ofSign))[emit(FormulaOperation::Power)];
 const auto primary_def = number[takeNumber] | call | identifier[takeValue] |
-                         (x3::lit('(') >> enter(ofParentheses) > expression > x3::lit(')') > leave(ofParentheses));
+                         ((x3::lit('(') >> enter(ofParentheses)) > expression > x3::lit(')') > leave(ofParentheses));
 
 BOOST_SPIRIT_DEFINE(expression, conjunction, negation, sum, term, unary, power, primary)
 

@@ -1,6 +1,7 @@
 // Skeletons of objects, and where they end and branch.
 
 #include <rix/access/Plan.h>
+#include <rix/access/Run.h>
 #include <rix/access/Steps.h>
 #include <rix/algorithms/InputMeaning.h>
 #include <rix/morphology/BranchPoints2d.h>
