@@ -14,6 +14,7 @@
 #include <rix/image/ImageModelSizeProxy.h>
 
 #include "Chunks.h"
+#include "InterruptibleImage.h"
 #include "Metadata.h"
 #include "NamingTheFile.h"
 #include "SampleRows.h"
@@ -21,24 +22,6 @@
 
 namespace rix::io {
 namespace {
-
-/// An image whose rows can't be had any more once the writing is to end: all codecs read rows.
-class InterruptibleImage : public ImageModelProxy {
-public:
-    InterruptibleImage(const ImageModel& image, const std::function<bool()>& interrupted)
-        : ImageModelProxy(&image, image.getVoxelType()), m_interrupt(interrupted) {}
-
-    [[nodiscard]] bool readRowAt(std::size_t nbElement, RawData buffer, std::size_t firstCols, std::size_t firstRows,
-                                 std::size_t firstPlans, std::size_t firstSequence,
-                                 std::size_t firstSpectralSeries) const override {
-        m_interrupt.pass(nbElement * helper::getSizeOf(getVoxelType()));
-        return realImageReadOnly()->readRowAt(nbElement, buffer, firstCols, firstRows, firstPlans, firstSequence,
-                                              firstSpectralSeries);
-    }
-
-private:
-    mutable InterruptPoint m_interrupt;
-};
 
 void refuseWhatDoesNotFit(const Codec& codec, const ImageModel& image, const WriteOptions& options) {
     const String reason = refusalOf(codec, image, options);

@@ -62,7 +62,7 @@ String temporaryName() {
     return ".rix-" + String(digits.data(), end) + ".tmp";
 }
 
-OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path) {
+OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path), m_process(::getpid()) {
     refuseEmbeddedNul(path);
     followLinks();
     if (m_stream >= 0) {
@@ -171,7 +171,9 @@ void OutputFile::discard() noexcept {
         m_descriptor = -1;
     }
     if (!m_temporary.empty()) {
-        ::unlink(m_temporary.c_str());
+        if (m_process == ::getpid()) {  // what a forked process ends is its parent's still
+            ::unlink(m_temporary.c_str());
+        }
         m_temporary.clear();
     }
 }

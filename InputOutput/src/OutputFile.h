@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <rix/String.h>
 
@@ -66,6 +67,7 @@ private:
 
     std::filesystem::path m_target;
     std::filesystem::path m_temporary;  ///< empty when it has no name
+    pid_t m_process;                    ///< whose name it is
     Way m_way = Way::Rename;
     int m_stream = -1;  ///< the descriptor of this process that is the target
     int m_descriptor = -1;

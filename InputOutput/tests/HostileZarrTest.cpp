@@ -119,7 +119,12 @@ TEST_F(HostileZarr, PromisesThatNoMemoryIsGivenFor) {
     std::filesystem::create_directories(m_path / "0.0");
     EXPECT_THAT(refusal({}), HasSubstr("folder"));
     putInto(m_path / ".zarray", std::string(100000, '['));
-    EXPECT_THAT(textOf<LoadingError>([&] { readImage(m_path); }), HasSubstr("JSON"));
+    EXPECT_THAT(textOf<LoadingError>([&] { readImage(m_path); }), HasSubstr("in each other"));
+    const std::string deep = std::string(1000000, '[') + std::string(1000000, ']');
+    for (const char* const entry : {"filters", "fill_value", "dimension_separator", "unknown"}) {
+        putInto(m_path / ".zarray", RawZarr{.rest = ", \"" + std::string(entry) + "\": " + deep}.text());
+        EXPECT_THAT(textOf<LoadingError>([&] { readImage(m_path); }), HasSubstr("in each other")) << entry;
+    }
 }
 
 }  // namespace

@@ -281,7 +281,32 @@ TEST_F(Zarr, RefusesWhatItDoesNotRead) {
     putInto(m_folder / "c.zarr/thesis.txt", "precious");
     EXPECT_THAT(textOf<WritingError>([&] { writeImage(m_folder / "c.zarr", image); }), HasSubstr("no Zarr image"));
     EXPECT_THAT(textOf<WritingError>([&] { writeImage(m_folder / "missing/a.zarr", image); }), HasSubstr("No folder"));
-    EXPECT_THAT(m_folder.names(), ElementsAre("a.zarr", "b.zarr", "c.zarr"));
+    putInto(m_folder / "d.zarr/.zattrs", R"({"plate": {}})");
+    EXPECT_THAT(textOf<WritingError>([&] { writeImage(m_folder / "d.zarr", image); }), HasSubstr("no Zarr image"));
+    EXPECT_THAT(m_folder.names(), ElementsAre("a.zarr", "b.zarr", "c.zarr", "d.zarr"));
+}
+
+TEST_F(Zarr, FollowsLinks) {
+    const MemoryImage image = randomImage(RIX_UINT8, {5, 4, 1, 1, 1});
+    std::filesystem::create_symlink("b.zarr", m_path);
+    writeImage(m_path, image);
+    EXPECT_TRUE(std::filesystem::is_symlink(m_path));
+    EXPECT_EQ(difference(image, *readImage(m_folder / "b.zarr")), "");
+    // A chunk that cannot be reached is not one of zeros.
+    std::filesystem::remove(m_path / "0/0/0");
+    EXPECT_EQ(readImage(m_path)->getInternalBuffer()[0], 0);
+    std::filesystem::create_symlink("nowhere", m_path / "0/0/0");
+    EXPECT_THAT(textOf<LoadingError>([&] { readImage(m_path); }), HasSubstr("Cannot read the chunk"));
+}
+
+TEST_F(Zarr, LevelsOfTurnedImagesLieWhereTheImageDoes) {
+    MemoryImage image = randomImage(RIX_UINT8, {600, 10, 1, 1, 1});
+    calibrateFully(image);
+    writeImage(m_path, image, {.pyramid = true});
+    const auto level = readImage(m_path, selecting("level=1"));
+    // Half a step of the columns, which run along y, and of the rows, which run against x.
+    EXPECT_NEAR(level->getOriginOf(COLUMNS), image.getOriginOf(COLUMNS) - 0.5 * image.getSpacingOf(ROWS), 1e-12);
+    EXPECT_NEAR(level->getOriginOf(ROWS), image.getOriginOf(ROWS) + 0.5 * image.getSpacingOf(COLUMNS), 1e-12);
 }
 
 }  // namespace

@@ -119,6 +119,14 @@ void transform(const json& list, const std::vector<Components>& axes, const Read
             level.origin[axis] = isScale ? level.origin[axis] * number : level.origin[axis] + number;
         }
     }
+    for (const Components component : axes) {
+        const auto axis = static_cast<std::size_t>(component);
+        if (!std::isfinite(level.spacing[axis]) || level.spacing[axis] == 0.0 || !std::isfinite(level.origin[axis])) {
+            warnOrRefuse(options, "The transformations together are more than numbers hold: they are left out.");
+            level.spacing.fill(1.0);
+            level.origin.fill(0.0);
+        }
+    }
 }
 
 /// Units of axes; those of planes and rows become that of columns.
@@ -248,10 +256,23 @@ std::vector<Components> axesOfArray(const json& attributes, std::size_t count, c
 void calibrate(const Multiscales& multiscales, std::size_t level, ImageFileInfo& info) {
     info.interpretation = multiscales.isLabels ? RIX_LABEL : info.interpretation;
     applyOwnKeys(multiscales.ownKeys, info);
+    const Multiscales::Level& first = multiscales.levels.front();
+    const Multiscales::Level& told = multiscales.levels[level];
+    const auto& directions = info.spatialDirections;
+    const std::array ways{&directions.columnDirection, &directions.rowDirection, &directions.sliceDirection};
+    std::array<double, 3> shift{};
     for (const Components component : multiscales.axes) {
         const auto axis = static_cast<std::size_t>(component);
-        info.spacing[axis] = multiscales.levels[level].spacing[axis];
-        info.origin[axis] = multiscales.levels[level].origin[axis];
+        info.spacing[axis] = told.spacing[axis];
+        // Levels lie from each other along the axes of the image, which may be turned in the world.
+        const bool isStraight = axis > PLANS || (*ways[axis])[axis] == 1.0;
+        info.origin[axis] = isStraight ? told.origin[axis] : first.origin[axis];
+        for (std::size_t i = 0; !isStraight && i < shift.size(); ++i) {
+            shift[i] += (told.origin[axis] - first.origin[axis]) * (*ways[axis])[i];
+        }
+    }
+    for (std::size_t i = 0; i < shift.size(); ++i) {
+        info.origin[i] += shift[i];
     }
     // The own name of a unit says the same more exactly, unless somebody has changed the unit since.
     if (omeUnit(info.spatialUnitName) != omeUnit(multiscales.spatialUnit)) {

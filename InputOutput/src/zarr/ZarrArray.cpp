@@ -176,8 +176,17 @@ bool isThere(const std::filesystem::path& path) {
     return std::filesystem::exists(path, error);
 }
 
+bool isMissing(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto type = std::filesystem::symlink_status(path, error).type();
+    if (type == std::filesystem::file_type::none) {
+        throw LoadingError("'" + path.filename().string() + "' cannot be looked for: " + error.message() + '.');
+    }
+    return type == std::filesystem::file_type::not_found;
+}
+
 std::optional<json> readJson(const std::filesystem::path& path) {
-    if (!isThere(path)) {
+    if (isMissing(path)) {
         return std::nullopt;
     }
     const String name = "'" + path.filename().string() + "'";
@@ -187,7 +196,17 @@ std::optional<json> readJson(const std::filesystem::path& path) {
     }
     String text(static_cast<std::size_t>(file.size()), '\0');
     text.resize(file.readAt(0, text.data(), text.size()));
-    json parsed = json::parse(text, nullptr, false);
+    // What works on a value calls itself for what is in it: without a limit a small file would use up the stack.
+    constexpr int deepest = 64;
+    bool isTooDeep = false;
+    const auto keep = [&](int depth, json::parse_event_t /*event*/, const json& /*value*/) {
+        isTooDeep = isTooDeep || depth > deepest;
+        return depth <= deepest;
+    };
+    json parsed = json::parse(text, keep, false);
+    if (isTooDeep) {
+        throw LoadingError("The file " + name + " is damaged: its lists lie in each other more than 64 times.");
+    }
     if (!parsed.is_object()) {
         throw LoadingError("The file " + name + " is damaged: it is no JSON object.");
     }

@@ -40,8 +40,12 @@ struct ZarrArray {
 /// Whether there is something of that name that can be seen.
 bool isThere(const std::filesystem::path& path);
 
+/// Whether there is nothing of that name. A link that leads nowhere is something.
+/// @throws LoadingError when that cannot be found out
+bool isMissing(const std::filesystem::path& path);
+
 /// Reads a text file of JSON; nothing when there is no such file.
-/// @throws LoadingError when it is larger than 16 MiB, no JSON or no object
+/// @throws LoadingError when it is larger than 16 MiB, nested too deeply, no JSON or no object
 std::optional<nlohmann::json> readJson(const std::filesystem::path& path);
 /// @throws WritingError
 void writeJson(const std::filesystem::path& path, const nlohmann::json& object);

@@ -16,7 +16,7 @@ namespace {
 
 /// The bytes of a file; false when there is none.
 bool readFile(const std::filesystem::path& path, std::size_t most, std::vector<std::uint8_t>& bytes) {
-    if (!isThere(path)) {
+    if (isMissing(path)) {
         return false;
     }
     InputFile file(path);
@@ -104,13 +104,21 @@ void ZarrStore::reorder(const std::uint8_t* from, std::uint8_t* to, const Extent
 }
 
 void ZarrStore::fillBox(RawData samples, const Extents& box, std::size_t sampleBytes) const {
-    const std::size_t elements = m_grid.elements();
-    std::vector<std::uint8_t> all(elements * sampleBytes);
-    for (std::size_t i = 0; i < elements; ++i) {
-        std::memcpy(all.data() + i * sampleBytes, m_array.fill.data(), sampleBytes);
+    std::memset(samples, 0, m_grid.elements() * sampleBytes);
+    const Extents& chunk = m_grid.chunk();
+    for (std::size_t c = 0; c < box[SPECTRAL_SERIES]; ++c) {
+        for (std::size_t t = 0; t < box[SEQUENCE]; ++t) {
+            for (std::size_t z = 0; z < box[PLANS]; ++z) {
+                for (std::size_t y = 0; y < box[ROWS]; ++y) {
+                    const std::size_t first =
+                        (((c * chunk[SEQUENCE] + t) * chunk[PLANS] + z) * chunk[ROWS] + y) * chunk[COLUMNS];
+                    for (std::size_t x = 0; x < box[COLUMNS]; ++x) {
+                        std::memcpy(samples + (first + x) * sampleBytes, m_array.fill.data(), sampleBytes);
+                    }
+                }
+            }
+        }
     }
-    std::memset(samples, 0, elements * sampleBytes);
-    reorder(all.data(), samples, box, sampleBytes, true);
 }
 
 bool ZarrStore::read(std::size_t chunk, RawData samples) {

@@ -13,6 +13,7 @@
 
 #include <rix/exceptions/Exception.h>
 
+#include "../InterruptibleImage.h"
 #include "../raw/RawSamples.h"
 #include "Multiscales.h"
 #include "Pyramid.h"
@@ -41,14 +42,26 @@ ZarrCompressor compressorFor(Compression compression) {
     return made;
 }
 
-fs::path withoutSlash(const fs::path& path) {
-    return path.has_filename() ? path : path.parent_path();
+/// Without a slash at the end, and where links lead to, whether there is something or not.
+fs::path targetOf(const fs::path& path) {
+    fs::path target = path.has_filename() ? path : path.parent_path();
+    std::error_code error;
+    constexpr int mostLinks = 40;
+    for (int links = 0; fs::is_symlink(target, error); ++links) {
+        const fs::path next = fs::read_symlink(target, error);
+        if (error || links == mostLinks) {
+            throw WritingError(
+                "The link cannot be followed: " + (error ? error.message() : String("it leads to itself")) + '.');
+        }
+        target = target.parent_path() / next;
+    }
+    return target;
 }
 
 class ZarrWriter final : public ChunkStore {
 public:
     ZarrWriter(const fs::path& path, const ImageHeader& header, const Extents& chunk, const WriteOptions& options)
-        : m_target(withoutSlash(path)), m_axes(axesFor(header.extents)), m_chunk(chunk), m_options(options) {
+        : m_target(targetOf(path)), m_axes(axesFor(header.extents)), m_chunk(chunk), m_options(options) {
         // Labels lie in an image that is there; the folder for all of them may have to be made in the end.
         m_isLabels = isLabelPath(m_target);
         const fs::path parent = m_isLabels ? m_target.parent_path().parent_path() : m_target.parent_path();
@@ -56,19 +69,25 @@ public:
         if (m_isLabels && !isThere(parent / ".zgroup")) {
             throw WritingError("Labels go into an image that is there; there is none at '" + parent.string() + "'.");
         }
-        if (isThere(m_target) && !isOurs(m_target)) {
-            throw WritingError("Something that is no Zarr image has this name.");
+        if (m_isLabels) {
+            static_cast<void>(readJson(m_target.parent_path() / ".zattrs"));  // before the work, not after it
         }
+        refuseOthers();
         m_temporary = (parent.empty() ? fs::path(".") : parent) / temporaryName();
         if (!fs::create_directory(m_temporary, error)) {
             throw WritingError("No folder can be made in '" + m_temporary.parent_path().string() +
                                "': " + error.message() + '.');
         }
+        if (isThere(m_target)) {  // who may see the older one may see this one
+            fs::permissions(m_temporary, fs::status(m_target, error).permissions(), error);
+        }
         m_store = makeStore(0, header, chunk);
     }
     ~ZarrWriter() override {
-        std::error_code ignored;
-        fs::remove_all(m_temporary, ignored);
+        if (m_process == ::getpid()) {  // what a forked process ends is its parent's still
+            std::error_code ignored;
+            fs::remove_all(m_temporary, ignored);
+        }
     }
     ZarrWriter(const ZarrWriter&) = delete;
     ZarrWriter& operator=(const ZarrWriter&) = delete;
@@ -77,6 +96,10 @@ public:
     void write(std::size_t chunk, ConstRawData samples) override { m_store->write(chunk, samples); }
 
     void finish(const ImageHeader& header) override {
+        if (m_isPublished) {  // only the list of labels is missing
+            enlist();
+            return;
+        }
         HeaderImage told(header);
         const ImageFileInfo info = describe(told);
         Multiscales multiscales;
@@ -94,16 +117,32 @@ public:
             fs::create_directory(m_target.parent_path(), error);
         }
         publish();
+        m_isPublished = true;
         if (m_isLabels) {
             enlist();
         }
     }
 
 private:
-    static bool isOurs(const fs::path& path) {
+    /// An image, and not a group of several, a plate say.
+    static bool isImage(const fs::path& path) {
+        try {
+            return isThere(path / ".zarray") || readJson(path / ".zattrs").value_or(json()).contains("multiscales");
+        } catch (const LoadingError&) {
+            return false;
+        }
+    }
+    /// Only an older image gives way, or an empty folder.
+    void refuseOthers() const {
         std::error_code error;
-        return fs::is_directory(path, error) && (fs::is_empty(path, error) || isThere(path / ".zattrs") ||
-                                                 isThere(path / ".zgroup") || isThere(path / ".zarray"));
+        if (isThere(m_target) &&
+            !(fs::is_directory(m_target, error) && (fs::is_empty(m_target, error) || isImage(m_target)))) {
+            throw WritingError("Something that is no Zarr image has this name.");
+        }
+        if (isThere(m_target) && ::access(m_target.c_str(), W_OK) != 0) {
+            throw WritingError("The image of this name is write-protected: " + std::generic_category().message(errno) +
+                               '.');
+        }
     }
 
     static String nameOf(const fs::path& path) {
@@ -139,10 +178,11 @@ private:
         for (std::size_t level = 1; needsLevel(header.extents); ++level) {
             const DiskImage larger(makeStore(level - 1, header, chunk), header, chunk);
             const ReducedImage reduced(larger, nextFactors(header));
+            const InterruptibleImage interruptible(reduced, m_options.interrupted);
             header = reduced.header();
             chunk = usualChunks(header.extents, chunk);
             const auto store = makeStore(level, header, chunk);
-            writeChunks(*store, chunk, reduced);
+            writeChunks(*store, chunk, interruptible);
             writeArray(level, *store);
             multiscales.levels.push_back({std::to_string(level), header.spacing, header.origin});
         }
@@ -152,6 +192,7 @@ private:
     void publish() {
         const char* const from = m_temporary.c_str();
         const char* const to = m_target.c_str();
+        refuseOthers();  // what has this name may have changed since
         if (!isThere(m_target)) {
             if (::rename(from, to) != 0) {
                 failPublishing();
@@ -199,7 +240,9 @@ private:
     std::vector<Components> m_axes;
     Extents m_chunk;
     WriteOptions m_options;
+    ::pid_t m_process = ::getpid();
     bool m_isLabels = false;
+    bool m_isPublished = false;
     std::unique_ptr<ZarrStore> m_store;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <set>
 #include <string>
 
 #include <rix/description/Algorithms.h>
@@ -81,21 +82,36 @@ struct Needs {
     }
 };
 
-Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
-    Needs needs;
-    bool usesCache = temporariesOnDisk;
+/// The images that are inputs, each once: one file may be several.
+std::set<const ImageModel*> inputsOf(const BaseAlgorithm& algorithm) {
+    std::set<const ImageModel*> images;
     for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
         const auto* const input = dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(i));
-        if (input == nullptr || input->get() == nullptr) {
-            continue;
-        }
-        const ImageModel& image = *input->get();
-        usesCache = usesCache || image.isOnDisk();
-        if (!image.isOnDisk()) {
-            needs.inputs.addImage(image.getVoxelType(), helper::getElementNumber(image.getElementType()),
-                                  helper::getExtents(image));
+        if (input != nullptr && input->get() != nullptr) {
+            images.insert(input->get());
         }
     }
+    return images;
+}
+
+/// Of those in memory.
+Bytes bytesOf(const std::set<const ImageModel*>& images) {
+    Bytes bytes;
+    for (const ImageModel* const image : images) {
+        if (!image->isOnDisk()) {
+            bytes.addImage(image->getVoxelType(), helper::getElementNumber(image->getElementType()),
+                           helper::getExtents(*image));
+        }
+    }
+    return bytes;
+}
+
+Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
+    Needs needs;
+    const auto inputs = inputsOf(algorithm);
+    needs.inputs = bytesOf(inputs);
+    bool usesCache = temporariesOnDisk ||
+                     std::any_of(inputs.begin(), inputs.end(), [](const auto* image) { return image->isOnDisk(); });
     const AlgorithmDescription description = algorithm.describe();
     for (const OutputDescription& output : description.outputs) {
         const auto* const property =
@@ -121,6 +137,11 @@ void MemoryBudget::limitReading() const {
     const std::size_t before = globalSettings().getValueAsSize_t(cacheKey, share);
     globalSettings().setValueAsSize_t(cacheKey, std::min(before, share));
     limitImageSize(m_bytes);
+}
+
+void MemoryBudget::limitFurther(const BaseAlgorithm& algorithm) const {
+    const std::uint64_t read = bytesOf(inputsOf(algorithm)).count();
+    limitImageSize(read < m_bytes ? m_bytes - read : 1);
 }
 
 void MemoryBudget::fit(BaseAlgorithm& algorithm) const {

@@ -15,6 +15,8 @@ public:
     /// Before images are opened: a quarter for the chunks of images on disk, and no file is read into memory that does
     /// not fit.
     void limitReading() const;
+    /// When some inputs are there: no other is read that does not fit beside them.
+    void limitFurther(const BaseAlgorithm& algorithm) const;
     /// When all inputs are there: puts temporary images on disk where the run needs it, and limits the rest.
     /// @throws Failure with the numbers when the run does not fit all the same
     void fit(BaseAlgorithm& algorithm) const;
