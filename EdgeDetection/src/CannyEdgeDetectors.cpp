@@ -198,10 +198,7 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
     const auto before = edgesBefore(image, map);
     constexpr std::size_t axes = axesOf<Filter>;
     table.ofVolumes = axes == 3;
-    table.hasFrames = extents[SEQUENCE] > 1;
-    table.hasChannels = extents[SPECTRAL_SERIES] > 1;
-    table.hasPlanes = extents[PLANS] > 1;
-    table.reset(before.back());
+    table.reset(*filter.getInputGrayImage(), axes, before.back());
     const helper::AxisPlaces worldOf(image);
     forEachGradientRow<T>(
         filter.executionContext(), image, job, stepsOf(filter), level,
@@ -213,10 +210,7 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
                 ((segment.spectral * extents[SEQUENCE] + segment.sequence) * extents[PLANS] + segment.plane) *
                     extents[ROWS] +
                 segment.row;
-            std::size_t i = before[number];
-            for (std::size_t x = 0; x < segment.column; ++x) {
-                i += isEdge(x) ? 1U : 0U;
-            }
+            std::size_t i = before[number] + countBefore(row, segment.column);
             for (std::size_t x = 0; x < segment.count; ++x) {
                 if (!isEdge(segment.column + x)) {
                     continue;
@@ -231,16 +225,16 @@ void fillTable(Filter& filter, const ImageModel& image, const FieldJob& job, con
                     direction[axis] = static_cast<double>(rows.components[axis][x]) / m;
                     at[axis] += offset * direction[axis] * static_cast<double>(rows.step[axis]);
                 }
-                table.frame[i] = static_cast<std::int64_t>(segment.sequence);
-                table.channel[i] = static_cast<std::int64_t>(segment.spectral);
-                table.positionX[i] = worldOf(0, at[0]);
-                table.positionY[i] = worldOf(1, at[1]);
-                table.positionZ[i] = worldOf(2, at[2]);
+                table.setFrame(i, segment.sequence, segment.spectral);
+                table.setPosition(i, {worldOf(0, at[0]), worldOf(1, at[1]), worldOf(2, at[2])});
                 table.strength[i] = m;
-                table.orientation[i] = std::atan2(direction[1], direction[0]);
-                table.directionX[i] = direction[0];
-                table.directionY[i] = direction[1];
-                table.directionZ[i] = direction[2];
+                if constexpr (axes == 3) {
+                    table.directionX[i] = direction[0];
+                    table.directionY[i] = direction[1];
+                    table.directionZ[i] = direction[2];
+                } else {
+                    table.orientation[i] = std::atan2(direction[1], direction[0]);
+                }
                 ++i;
             }
         });

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <mutex>
+#include <numeric>
 #include <optional>
 #include <type_traits>
 
@@ -34,16 +35,17 @@ void forEachRowOf(const ImageModel& all, std::size_t image, std::size_t axes, co
     }
 }
 
-/// The element of a rank among the magnitudes of an image, by their bits, which for reals above 0 have the same order:
-/// digit after digit.
+/// The quantile of the magnitudes of an image, by their bits, which for reals above 0 have the same order: digit after
+/// digit. NaN has no part; 0 where there is nothing else.
 template <class T>
-T elementOfRank(const ImageModel& magnitudes, std::size_t image, std::size_t axes, std::uint64_t rank) {
+T quantileOf(const ImageModel& magnitudes, std::size_t image, std::size_t axes, double quantile) {
     using Key = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
     constexpr unsigned digits = 11;
     constexpr unsigned bits = sizeof(T) * 8;
     access::RowReader<T> reader(magnitudes);
     access::Looks looks;
     Key found = 0;
+    std::uint64_t rank = 0;
     unsigned known = 0;
     while (known < bits) {
         const unsigned width = std::min(digits, bits - known);
@@ -55,12 +57,19 @@ T elementOfRank(const ImageModel& magnitudes, std::size_t image, std::size_t axe
             const T* const row = reader.read(segment);
             for (std::size_t x = 0; x < segment.count; ++x) {
                 const auto key = std::bit_cast<Key>(row[x]);
-                if (known == 0 || key >> (shift + width) == found) {
+                if (known == 0 ? row[x] == row[x] : key >> (shift + width) == found) {
                     ++counts[key >> shift & ((Key{1} << width) - 1)];
                 }
             }
             looks.add(segment.count / 64 + 1);
         });
+        if (known == 0) {
+            const auto all = std::accumulate(counts, counts + (std::size_t{1} << width), std::uint64_t{0});
+            if (all == 0) {
+                return T{0};
+            }
+            rank = static_cast<std::uint64_t>(quantile * static_cast<double>(all - 1));
+        }
         Key digit = 0;
         while (rank >= counts[digit]) {
             rank -= counts[digit++];
@@ -136,8 +145,7 @@ access::CountedVector<std::array<T, 2>> cannyThresholds(access::ExecutionContext
         access::forEachPart(context, layout.images(), static_cast<double>(voxels) * 10.0, [&](std::size_t image) {
             for (const std::size_t k : {0U, 1U}) {
                 if (given[k] >= 0.0) {
-                    const auto rank = static_cast<std::uint64_t>(given[k] * static_cast<double>(voxels - 1));
-                    thresholds[image][k] = elementOfRank<T>(magnitudes.image(), image, axes, rank);
+                    thresholds[image][k] = quantileOf<T>(magnitudes.image(), image, axes, given[k]);
                 }
             }
         });

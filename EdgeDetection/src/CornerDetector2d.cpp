@@ -166,12 +166,13 @@ void detect(CornerDetector2d& filter, OptimLevelType level) {
                         std::copy_n(components[1], segment.count, outs[1]);
                     });
     const auto* const ofRows = reinterpret_cast<const T*>(other.image().getInternalBuffer());
-    table->hasOrientations = true;
-    fillFeatures(*table, input, planes, corners, [&](std::size_t i, std::size_t image, const Peak& peak) {
-        const std::size_t at = image * plane + peak.cell[1] * extents[COLUMNS] + peak.cell[0];
-        table->orientation[i] = std::atan2(static_cast<double>(ofRows[at]), static_cast<double>(samples[at]));
-        return std::array<double, 2>{peak.at[0], peak.at[1]};
-    });
+    fillFeatures(*table, {.orientations = true}, input, planes, corners,
+                 [&](std::size_t i, std::size_t image, const Peak& peak) {
+                     const std::size_t at = image * plane + peak.cell[1] * extents[COLUMNS] + peak.cell[0];
+                     table->orientation[i] =
+                         std::atan2(static_cast<double>(ofRows[at]), static_cast<double>(samples[at]));
+                     return std::array<double, 2>{peak.at[0], peak.at[1]};
+                 });
 }
 
 void process(CornerDetector2d& filter, OptimLevelType level) {

@@ -15,12 +15,7 @@ std::shared_ptr<measurement::MeasurementObject> make() {
 }  // namespace
 
 EdgesMsr::EdgesMsr()
-    : frame("Frame", "The frame that it is in."),
-      channel("Channel", "The channel that it is in."),
-      positionX("PositionX", "Column coordinate in the world."),
-      positionY("PositionY", "Row coordinate in the world."),
-      positionZ("PositionZ", "Plane coordinate in the world."),
-      strength("Strength", "Length of the gradient at the edge voxel."),
+    : strength("Strength", "Length of the gradient at the edge voxel."),
       orientation("Orientation", "Angle of the gradient, from the x axis toward the y axis.", "rad"),
       directionX("DirectionX", "Component of the gradient's direction along x."),
       directionY("DirectionY", "Component of the gradient's direction along y."),
@@ -39,27 +34,8 @@ String EdgesMsr::getDescription() const {
     return "This object contains places on edges.";
 }
 
-void EdgesMsr::reset(std::size_t rows) {
-    frame.reset(rows);
-    channel.reset(rows);
-    for (auto* const array :
-         {&positionX, &positionY, &positionZ, &strength, &orientation, &directionX, &directionY, &directionZ}) {
-        array->reset(rows);
-    }
-}
-
-std::vector<const measurement::BaseMeasurementArray*> EdgesMsr::arrays() const {
-    std::vector<const measurement::BaseMeasurementArray*> all;
-    if (hasFrames) {
-        all.push_back(&frame);
-    }
-    if (hasChannels) {
-        all.push_back(&channel);
-    }
-    all.insert(all.end(), {&positionX, &positionY});
-    if (hasPlanes || ofVolumes) {
-        all.push_back(&positionZ);
-    }
+measurement::TableOfImage::Arrays EdgesMsr::columns() {
+    Arrays all = TableOfPlaces::columns();
     all.push_back(&strength);
     if (ofVolumes) {
         all.insert(all.end(), {&directionX, &directionY, &directionZ});

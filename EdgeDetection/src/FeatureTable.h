@@ -41,10 +41,13 @@ inline std::size_t rowBytes(std::size_t columns) {
     return 2 * access::Scratch::held(columns * sizeof(double));
 }
 
-/// Calls `mark(x, y)` for the cells closer to a peak's than `apart`, a length along each axis.
+/// Calls `mark(x, y)` for the cells closer to a peak's than `apart`, a length along each axis: none for 0.
 template <class Mark>
 void forEachCellWithin(const Peak& peak, const std::array<double, 2>& apart, std::size_t columns, std::size_t rows,
                        const Mark& mark) {
+    if (!(apart[0] > 0.0 && apart[1] > 0.0)) {
+        return;
+    }
     const auto first = [](std::size_t cell, double reach) {
         const double at = static_cast<double>(cell) - std::floor(reach);
         return at > 0.0 ? static_cast<std::size_t>(at) : 0;
@@ -64,29 +67,37 @@ void forEachCellWithin(const Peak& peak, const std::array<double, 2>& apart, std
     }
 }
 
+/// Which columns features have beside their places.
+struct FeatureColumns {
+    bool orientations = false;
+    bool distances = false;
+    bool radii = false;
+    String unit{};  ///< of distances and radii
+};
+
 /// Fills the table with what was found in the planes of an image.
 /// @param place(row, plane, peak) gives the place in voxels, and fills the columns that not all features have
 template <class Place>
-void fillFeatures(FeaturesMsr& table, const ImageModel& image, const PlanesOf& planes,
+void fillFeatures(FeaturesMsr& table, const FeatureColumns& columns, const ImageModel& image, const PlanesOf& planes,
                   const std::vector<std::vector<Peak>>& features, const Place& place) {
-    table.hasFrames = image.getNumOf(SEQUENCE) > 1;
-    table.hasChannels = image.getNumOf(SPECTRAL_SERIES) > 1;
-    table.hasPlanes = image.getNumOf(PLANS) > 1;
+    table.hasOrientations = columns.orientations;
+    table.hasDistances = columns.distances;
+    table.hasRadii = columns.radii;
+    table.distance.setUnit(columns.unit);
+    table.radius.setUnit(columns.unit);
     std::size_t rows = 0;
     for (const std::vector<Peak>& each : features) {
         rows += each.size();
     }
-    table.reset(rows);
+    table.reset(image, 2, rows);
     const helper::AxisPlaces worldOf(image);
     std::size_t i = 0;
     for (std::size_t plane = 0; plane < features.size(); ++plane) {
         for (const Peak& peak : features[plane]) {
             const std::array<double, 2> at = place(i, plane, peak);
-            table.frame[i] = static_cast<std::int64_t>(planes.frame(plane));
-            table.channel[i] = static_cast<std::int64_t>(planes.channel(plane));
-            table.positionX[i] = worldOf(0, at[0]);
-            table.positionY[i] = worldOf(1, at[1]);
-            table.positionZ[i] = worldOf(2, static_cast<double>(planes.plane(plane)));
+            table.setFrame(i, planes.frame(plane), planes.channel(plane));
+            table.setPosition(
+                i, {worldOf(0, at[0]), worldOf(1, at[1]), worldOf(2, static_cast<double>(planes.plane(plane)))});
             table.strength[i] = peak.value;
             ++i;
         }

@@ -262,11 +262,12 @@ void process(HoughCircles2d& filter, OptimLevelType level) {
     if (table == nullptr) {
         return;
     }
-    table->hasRadii = true;
-    fillFeatures(*table, input, planes, found, [&](std::size_t i, std::size_t /*plane*/, const Peak& peak) {
-        table->radius[i] = circles.radius(peak.at[2]);
-        return std::array<double, 2>{peak.at[0], peak.at[1]};
-    });
+    const String unit = algorithms::unitOfLengths(filter.getLengthUnit(), input);
+    fillFeatures(*table, {.radii = true, .unit = unit}, input, planes, found,
+                 [&](std::size_t i, std::size_t /*plane*/, const Peak& peak) {
+                     table->radius[i] = circles.radius(peak.at[2]);
+                     return std::array<double, 2>{peak.at[0], peak.at[1]};
+                 });
 }
 
 std::size_t memoryOf(const HoughCircles2d& filter) {

@@ -207,10 +207,14 @@ std::vector<Peak> linesOf(const std::uint32_t* votes, const Lines& lines, const 
     const auto cellsCloserThan = [](double apart, std::ptrdiff_t most) {
         return static_cast<std::ptrdiff_t>(std::clamp(std::ceil(apart) - 1.0, 0.0, static_cast<double>(most)));
     };
-    const std::ptrdiff_t aroundAngle = cellsCloserThan(anglesApart, (angles - 1) / 2);
+    // A right angle is as far as angles can be apart.
+    const std::ptrdiff_t aroundAngle = cellsCloserThan(anglesApart, angles / 2);
     const std::ptrdiff_t aroundDistance = cellsCloserThan(distancesApart, distances);
     thinOut(peaks, lines.angles, lines.distances, static_cast<std::size_t>(filter.getMaximumNumber()),
             [&](const Peak& peak, const auto& mark) {
+                if (anglesApart == 0.0 || distancesApart == 0.0) {
+                    return;  // no line differs by less than 0
+                }
                 for (std::ptrdiff_t da = -aroundAngle; da <= aroundAngle; ++da) {
                     const auto [angle, middle] = cellOf(static_cast<std::ptrdiff_t>(peak.cell[0]) + da,
                                                         static_cast<std::ptrdiff_t>(peak.cell[1]));
@@ -266,23 +270,23 @@ void process(HoughLines2d& filter, OptimLevelType /*level*/) {
     if (table == nullptr) {
         return;
     }
-    table->hasOrientations = true;
-    table->hasDistances = true;
-    fillFeatures(*table, input, planes, found, [&](std::size_t i, std::size_t /*plane*/, const Peak& peak) {
-        const double angle = lines.angle(peak.at[0]);
-        const double distance = lines.distance(peak.at[1]);
-        table->orientation[i] = angle;
-        table->distance[i] = distance;
-        const std::array<double, 2> normal{std::cos(angle), std::sin(angle)};
-        std::array<double, 2> middle{};
-        for (std::size_t axis = 0; axis < 2; ++axis) {
-            middle[axis] =
-                0.5 * static_cast<double>(input.getNumOf(static_cast<Components>(axis)) - 1) * lines.units[axis];
-        }
-        const double away = distance - (normal[0] * middle[0] + normal[1] * middle[1]);
-        return std::array<double, 2>{(middle[0] + away * normal[0]) / lines.units[0],
-                                     (middle[1] + away * normal[1]) / lines.units[1]};
-    });
+    const String unit = algorithms::unitOfLengths(filter.getLengthUnit(), input);
+    fillFeatures(*table, {.orientations = true, .distances = true, .unit = unit}, input, planes, found,
+                 [&](std::size_t i, std::size_t /*plane*/, const Peak& peak) {
+                     const double angle = lines.angle(peak.at[0]);
+                     const double distance = lines.distance(peak.at[1]);
+                     table->orientation[i] = angle;
+                     table->distance[i] = distance;
+                     const std::array<double, 2> normal{std::cos(angle), std::sin(angle)};
+                     std::array<double, 2> middle{};
+                     for (std::size_t axis = 0; axis < 2; ++axis) {
+                         middle[axis] = 0.5 * static_cast<double>(input.getNumOf(static_cast<Components>(axis)) - 1) *
+                                        lines.units[axis];
+                     }
+                     const double away = distance - (normal[0] * middle[0] + normal[1] * middle[1]);
+                     return std::array<double, 2>{(middle[0] + away * normal[0]) / lines.units[0],
+                                                  (middle[1] + away * normal[1]) / lines.units[1]};
+                 });
 }
 
 std::size_t memoryOf(const HoughLines2d& filter) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -59,6 +60,17 @@ private:
 
 inline bool isSet(const EdgeMap::Word* words, std::size_t x) {
     return (words[x / EdgeMap::bits] >> x % EdgeMap::bits & 1U) != 0;
+}
+
+/// How many of the voxels before one are set.
+inline std::size_t countBefore(const EdgeMap::Word* words, std::size_t x) {
+    const std::size_t whole = x / EdgeMap::bits;
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < whole; ++i) {
+        count += static_cast<std::size_t>(std::popcount(words[i]));
+    }
+    const EdgeMap::Word before = (EdgeMap::Word{1} << x % EdgeMap::bits) - 1;
+    return count + static_cast<std::size_t>(std::popcount(words[whole] & before));
 }
 
 }  // namespace rix::edge_detection

@@ -96,6 +96,7 @@ void thinOut(std::vector<Peak>& peaks, std::size_t columns, std::size_t rows, st
         }
     }
     peaks.resize(kept);
+    peaks.shrink_to_fit();  // those of many planes are held beside each other
 }
 
 }  // namespace rix::edge_detection

@@ -81,6 +81,7 @@ public:
     T greatest() const { return *std::max_element(m_magnitudes.begin(), m_magnitudes.end()); }
     T quantile(double q) const {
         std::vector<T> sorted = m_magnitudes;
+        sorted.erase(std::remove_if(sorted.begin(), sorted.end(), [](T m) { return m != m; }), sorted.end());
         std::sort(sorted.begin(), sorted.end());
         return sorted[static_cast<std::size_t>(q * static_cast<double>(sorted.size() - 1))];
     }
@@ -194,14 +195,15 @@ private:
     std::vector<std::array<T, 3>> m_gradients;
 };
 
-/// Blobs with noise, so that there are weak and strong edges.
-io::MemoryImage roughImage(VoxelTypes type, const Extents& extents) {
+/// Blobs with noise, so that there are weak and strong edges; NaN from a column on.
+io::MemoryImage roughImage(VoxelTypes type, const Extents& extents, std::size_t firstNaN = SIZE_MAX) {
     std::mt19937 random(7);
     return makeImage({.voxelType = type, .extents = extents},
                      [&](std::size_t x, std::size_t y, std::size_t z, std::size_t t, std::size_t) {
                          const double wave = std::sin(0.5 * static_cast<double>(x + 3 * t)) *
                                              std::cos(0.4 * static_cast<double>(y) + 0.7 * static_cast<double>(z));
-                         return std::floor(100.0 + 60.0 * wave + static_cast<double>(random() % 32));
+                         return x >= firstNaN ? std::numeric_limits<double>::quiet_NaN()
+                                              : std::floor(100.0 + 60.0 * wave + static_cast<double>(random() % 32));
                      });
 }
 
@@ -274,6 +276,15 @@ TEST(CannyEdgeDetectors, FindTheEdgesOfTheDefinition) {
             checkAll(float{});
         }
     }
+}
+
+TEST(CannyEdgeDetectors, LeaveNaNOutOfQuantiles) {
+    const io::MemoryImage image = roughImage(RIX_FLOAT64, {45, 23, 2, 2, 1}, 31);
+    CannyEdgeDetector2d filter;
+    filter.setThresholdMode(edge_detection::ThresholdMode::QUANTILE);
+    filter.setLowerThreshold(0.5);
+    filter.setUpperThreshold(0.8);
+    compareWithReference<double>(filter, image, 2, 0.6, {1.0, 1.0, 1.0});
 }
 
 TEST(CannyEdgeDetectors, PlacesLieOnTheSphere) {

@@ -162,7 +162,8 @@ TEST(CornerDetectors, PlaceTheCornersOfASquareInTheWorld) {
     }
 }
 
-TEST(HoughTransforms, CountTheVotesForLines) {
+/// Of the lines that are left, those apart by less than both are one.
+void compareLines(double anglesApart, double distancesApart) {
     const io::MemoryImage image = makeRandomImage(
         {.voxelType = RIX_UINT8, .extents = {29, 23, 2, 1, 1}, .interpretation = RIX_BINARY}, 5, Extremes::None);
     HoughLines2d filter;
@@ -172,8 +173,8 @@ TEST(HoughTransforms, CountTheVotesForLines) {
     filter.setNumberOfAngles(37);
     filter.setDistanceStep(1.5);
     filter.setThreshold(12.0);
-    filter.setMinimumAngle(20.0);
-    filter.setMinimumDistance(4.0);
+    filter.setMinimumAngle(anglesApart);
+    filter.setMinimumDistance(distancesApart);
     filter.setOutputAccumulatorImage(&votes);
     filter.setOutputMeasurement(&table);
     filter.run();
@@ -207,9 +208,9 @@ TEST(HoughTransforms, CountTheVotesForLines) {
                            : 0.0;
             },
             [&](const Cell& a, const Cell& b) {
-                const auto isNear = [](const Cell& p, const Cell& q) {
-                    return std::abs(static_cast<double>(p[2] - q[2])) * 180.0 / 37.0 < 20.0 &&
-                           std::abs(static_cast<double>(p[1] - q[1])) * 1.5 < 4.0;
+                const auto isNear = [&](const Cell& p, const Cell& q) {
+                    return std::abs(static_cast<double>(p[2] - q[2])) * 180.0 / 37.0 < anglesApart &&
+                           std::abs(static_cast<double>(p[1] - q[1])) * 1.5 < distancesApart;
                 };
                 return isNear(a, b) || isNear(a, {0, 2 * side - b[1], b[2] + 37}) ||
                        isNear(a, {0, 2 * side - b[1], b[2] - 37});
@@ -227,6 +228,12 @@ TEST(HoughTransforms, CountTheVotesForLines) {
     EXPECT_EQ(row, table.strength.size());
 }
 
+TEST(HoughTransforms, CountTheVotesForLines) {
+    compareLines(20.0, 4.0);
+    compareLines(0.0, 4.0);
+    compareLines(20.0, 0.0);
+}
+
 TEST(HoughTransforms, FindLinesInTheWorld) {
     // x cos(a) + y sin(a) = d, in a world whose rows are twice as far apart as its columns.
     constexpr double angle = 2.0;
@@ -238,6 +245,7 @@ TEST(HoughTransforms, FindLinesInTheWorld) {
                                           return std::abs(off) < 0.4 ? 7 : 0;
                                       });
     ASSERT_TRUE(image.setSpacingOf(COLUMNS, 0.5) && image.setSpacingOf(ROWS, 1.0) && image.setOriginOf(ROWS, -3.0));
+    image.setSpatialUnitName("mm");
     HoughLines2d filter;
     FeaturesMsr table;
     filter.setInputImage(&image);
@@ -249,9 +257,15 @@ TEST(HoughTransforms, FindLinesInTheWorld) {
     EXPECT_NEAR(table.orientation[0], angle, 0.01);
     EXPECT_NEAR(table.distance[0], distance, 0.3);
     EXPECT_NEAR(table.positionX[0] * std::cos(angle) + (table.positionY[0] + 3.0) * std::sin(angle), distance, 0.3);
+    EXPECT_EQ(table.positionX.getUnit(), "mm");
+    EXPECT_EQ(table.distance.getUnit(), "mm");
+    filter.setLengthUnit(algorithms::LengthUnit::VOXEL);
+    filter.run();
+    EXPECT_EQ(table.positionX.getUnit(), "mm");
+    EXPECT_EQ(table.distance.getUnit(), "");
 }
 
-TEST(HoughTransforms, ShareTheVoxelsOfCircles) {
+void compareCircles(double apart) {
     // Voxels twice as high as wide; many radii, so that bytes overflow.
     io::MemoryImage image = makeRandomImage(
         {.voxelType = RIX_UINT8, .extents = {27, 19, 1, 1, 1}, .interpretation = RIX_BINARY}, 7, Extremes::None);
@@ -265,7 +279,7 @@ TEST(HoughTransforms, ShareTheVoxelsOfCircles) {
     filter.setMaximumRadius(6.0);
     filter.setRadiusStep(0.7);
     filter.setThreshold(0.4);
-    filter.setMinimumDistance(2.5);
+    filter.setMinimumDistance(apart);
     filter.setOutputAccumulatorImage(&shares);
     filter.setOutputMeasurement(&table);
     filter.run();
@@ -300,8 +314,8 @@ TEST(HoughTransforms, ShareTheVoxelsOfCircles) {
                                  static_cast<std::size_t>(c[0]))
                        : 0.0;
         },
-        [](const Cell& a, const Cell& b) {
-            return std::hypot(2.0 * static_cast<double>(a[1] - b[1]), static_cast<double>(a[2] - b[2])) < 2.5;
+        [apart](const Cell& a, const Cell& b) {
+            return std::hypot(2.0 * static_cast<double>(a[1] - b[1]), static_cast<double>(a[2] - b[2])) < apart;
         });
     ASSERT_EQ(table.strength.size(), peaks.size());
     EXPECT_GT(peaks.size(), 5U);
@@ -311,6 +325,11 @@ TEST(HoughTransforms, ShareTheVoxelsOfCircles) {
         EXPECT_NEAR(table.positionY[i], 2.0 * static_cast<double>(peaks[i].cell[1]), 1.0);
         EXPECT_NEAR(table.radius[i], 0.4 + 0.7 * static_cast<double>(peaks[i].cell[0]), 0.36);
     }
+}
+
+TEST(HoughTransforms, ShareTheVoxelsOfCircles) {
+    compareCircles(2.5);
+    compareCircles(0.0);
 }
 
 TEST(HoughTransforms, FindCirclesAsWideAsBytesCount) {

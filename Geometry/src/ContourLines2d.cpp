@@ -37,12 +37,7 @@ void process(ContourLines2d& algorithm, OptimLevelType /*level*/) {
     std::size_t row = 0;
     contours.forEachPoint([&](std::size_t plane, std::size_t line, const Contours::Point& point) {
         const std::size_t image = plane / extents[PLANS];
-        if (table.hasFrames) {
-            table.frame[row] = static_cast<std::int64_t>(image % extents[SEQUENCE]);
-        }
-        if (table.hasChannels) {
-            table.channel[row] = static_cast<std::int64_t>(image / extents[SEQUENCE]);
-        }
+        table.setFrame(row, image % extents[SEQUENCE], image / extents[SEQUENCE]);
         table.line[row] = static_cast<std::int64_t>(line);
         const Eigen::Vector3d at = grid.worldOf({point.x, point.y, static_cast<double>(plane % extents[PLANS])});
         table.x[row] = at.x();

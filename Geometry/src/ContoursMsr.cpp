@@ -33,7 +33,7 @@ String ContoursMsr::getDescription() const {
     return "This object contains lines in an image.";
 }
 
-TableOfImage::Arrays ContoursMsr::columns() {
+measurement::TableOfImage::Arrays ContoursMsr::columns() {
     return {&line, &x, &y, &z};
 }
 

@@ -230,12 +230,7 @@ private:
         const std::array xOf{&table.x1, &table.x2, &table.x3};
         const std::array yOf{&table.y1, &table.y2, &table.y3};
         const std::array zOf{&table.z1, &table.z2, &table.z3};
-        if (table.hasFrames) {
-            table.frame[row] = static_cast<std::int64_t>(at.sequence);
-        }
-        if (table.hasChannels) {
-            table.channel[row] = static_cast<std::int64_t>(at.spectral);
-        }
+        table.setFrame(row, at.sequence, at.spectral);
         for (std::size_t i = 0; i < 3; ++i) {
             const CubeEdge& edge = edges[i];
             const double share = levelBetween(sample(edge.from), sample(edge.to), m_level);

@@ -33,7 +33,7 @@ String PointValuesMsr::getDescription() const {
     return "This object contains the values of an image at points.";
 }
 
-TableOfImage::Arrays PointValuesMsr::columns() {
+measurement::TableOfImage::Arrays PointValuesMsr::columns() {
     return {&x, &y, &z, &value};
 }
 

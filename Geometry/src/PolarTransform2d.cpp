@@ -246,6 +246,13 @@ public:
             (!isBackward(m_polar) && grid.axes.radiusStep < 0.0)) {
             rules::refuse(names + " must give radii that can be counted; logarithms count from the smallest spacing.");
         }
+        if (!std::isfinite(grid.axes.angleStep) || grid.axes.angleStep == 0.0 || !std::isfinite(grid.axes.firstAngle) ||
+            !std::isfinite(grid.axes.firstRadius)) {
+            rules::refuse(
+                rules::parameterText(m_polar.inputImage) +
+                " must have origins that are finite and a spacing of its rows, the angles, that is finite and "
+                "not 0.");
+        }
         for (const Components axis : {COLUMNS, ROWS}) {
             if (grid.header.extents[axis] == 0 || !std::isfinite(grid.header.spacing[axis]) ||
                 !std::isfinite(grid.header.origin[axis])) {

@@ -75,19 +75,52 @@ Line lineOf(const ProfileAlongLine& profile) {
     return line;
 }
 
-/// The offsets of samples from a point of the line.
-std::vector<Vector> offsetsOf(const Line& line) {
-    std::vector<Vector> offsets;
+/// Calls `use(y, x, count)` for the rows of samples about a point of the line that lie within the width: their place,
+/// in samples from the middle, that of their first sample and how many they have.
+template <class Use>
+void forEachRowAcross(const Line& line, const Use& use) {
     constexpr double tolerance = 1.0 + 1e-9;
+    const auto columns = static_cast<std::size_t>(line.counts[0]);
+    const double half = (line.counts[0] - 1.0) / 2.0;
     for (double j = 0; j < line.counts[1]; ++j) {
-        for (double i = 0; i < line.counts[0]; ++i) {
-            const double x = i - (line.counts[0] - 1.0) / 2.0;
-            const double y = j - (line.counts[1] - 1.0) / 2.0;
-            if (std::hypot(x * line.distances[0], y * line.distances[1]) <= line.radius * tolerance) {
-                offsets.emplace_back(x * line.across[0] + y * line.across[1]);
-            }
+        const double y = j - (line.counts[1] - 1.0) / 2.0;
+        const auto isWithin = [&](std::size_t i) {
+            const double x = static_cast<double>(i) - half;
+            return std::hypot(x * line.distances[0], y * line.distances[1]) <= line.radius * tolerance;
+        };
+        // The nearer to the middle, the nearer to the line.
+        std::size_t first = 0;
+        std::size_t within = (columns - 1) / 2;
+        if (!isWithin(within)) {
+            continue;
         }
+        while (first < within) {
+            const std::size_t middle = (first + within) / 2;
+            (isWithin(middle) ? within : first) = isWithin(middle) ? middle : middle + 1;
+        }
+        use(y, static_cast<double>(first) - half, columns - 2 * first);
     }
+}
+
+std::size_t countOffsets(const Line& line) {
+    std::size_t count = 0;
+    forEachRowAcross(line, [&](double /*y*/, double /*x*/, std::size_t samples) { count += samples; });
+    return count;
+}
+
+using Offsets = access::CountedVector<Vector>;
+
+/// The offsets of samples from a point of the line.
+Offsets offsetsOf(const Line& line) {
+    Offsets offsets;
+    offsets.reserve(countOffsets(line));
+    access::Looks looks;
+    forEachRowAcross(line, [&](double y, double x, std::size_t samples) {
+        for (std::size_t i = 0; i < samples; ++i) {
+            offsets.emplace_back((x + static_cast<double>(i)) * line.across[0] + y * line.across[1]);
+        }
+        looks.add(samples);
+    });
     return offsets;
 }
 
@@ -142,7 +175,7 @@ void declare(ProfileAlongLine& profile, algorithms::Properties& properties) {
 void process(ProfileAlongLine& profile, OptimLevelType level) {
     const ImageModel& input = *profile.getInputImage();
     const Line line = lineOf(profile);
-    const std::vector<Vector> offsets = offsetsOf(line);
+    const Offsets offsets = offsetsOf(line);
     const std::size_t count = static_cast<std::size_t>(line.steps) + 1;
     PointSampling::Places places;
     places.reserve(count * offsets.size());
@@ -152,14 +185,12 @@ void process(ProfileAlongLine& profile, OptimLevelType level) {
         for (const Vector& offset : offsets) {
             const Vector place = line.first + share * line.along + offset;
             places.push_back({place.x(), place.y(), place.z()});
+            looks.add(1);
         }
-        looks.add(offsets.size());
     }
     ProfileMsr& table = *profile.getOutputMeasurement();
     table.reset(input, count * input.getNumOf(SEQUENCE) * input.getNumOf(SPECTRAL_SERIES));
-    if (profile.getLengthUnit() == algorithms::LengthUnit::VOXEL) {
-        table.distance.setUnit("");
-    }
+    table.distance.setUnit(algorithms::unitOfLengths(profile.getLengthUnit(), input));
     const PointSampling samples(profile.executionContext(), input, jobOf(profile), places, level);
     double sum = 0.0;
     std::size_t row = 0;
@@ -170,12 +201,7 @@ void process(ProfileAlongLine& profile, OptimLevelType level) {
         if (of + 1 < offsets.size()) {
             return;
         }
-        if (table.hasFrames) {
-            table.frame[row] = static_cast<std::int64_t>(frame);
-        }
-        if (table.hasChannels) {
-            table.channel[row] = static_cast<std::int64_t>(channel);
-        }
+        table.setFrame(row, frame, channel);
         table.distance[row] = line.steps > 0.0 ? line.length * (static_cast<double>(i) / line.steps) : 0.0;
         table.value[row] = sum / static_cast<double>(offsets.size());
         ++row;
@@ -184,8 +210,10 @@ void process(ProfileAlongLine& profile, OptimLevelType level) {
 
 std::size_t memoryOf(const ProfileAlongLine& profile) {
     const Line line = lineOf(profile);
-    const std::size_t count = (static_cast<std::size_t>(line.steps) + 1) * offsetsOf(line).size();
-    return PointSampling::bytes(*profile.getInputImage(), jobOf(profile), count, profile.getMaximumThreads());
+    const std::size_t offsets = countOffsets(line);
+    const std::size_t count = (static_cast<std::size_t>(line.steps) + 1) * offsets;
+    return offsets * sizeof(Vector) +
+           PointSampling::bytes(*profile.getInputImage(), jobOf(profile), count, profile.getMaximumThreads());
 }
 
 constexpr algorithms::Definition<ProfileAlongLine> definition{

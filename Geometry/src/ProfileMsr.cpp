@@ -30,7 +30,7 @@ String ProfileMsr::getDescription() const {
     return "This object contains the values of an image along a line.";
 }
 
-TableOfImage::Arrays ProfileMsr::columns() {
+measurement::TableOfImage::Arrays ProfileMsr::columns() {
     return {&distance, &value};
 }
 

@@ -118,12 +118,7 @@ void process(SampleAtPoints& sampling, OptimLevelType level) {
     const PointSampling samples(sampling.executionContext(), input, jobOf(sampling), places, level);
     std::size_t row = 0;
     samples.forEach([&](std::size_t frame, std::size_t channel, std::size_t point, double value) {
-        if (table.hasFrames) {
-            table.frame[row] = static_cast<std::int64_t>(frame);
-        }
-        if (table.hasChannels) {
-            table.channel[row] = static_cast<std::int64_t>(channel);
-        }
+        table.setFrame(row, frame, channel);
         table.x[row] = points[point][0];
         table.y[row] = points[point][1];
         table.z[row] = points[point][2];

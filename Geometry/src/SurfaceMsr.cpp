@@ -41,7 +41,7 @@ String SurfaceMsr::getDescription() const {
     return "This object contains the triangles of a surface.";
 }
 
-TableOfImage::Arrays SurfaceMsr::columns() {
+measurement::TableOfImage::Arrays SurfaceMsr::columns() {
     return {&vertex1, &vertex2, &vertex3, &x1, &y1, &z1, &x2, &y2, &z2, &x3, &y3, &z3};
 }
 

@@ -390,6 +390,12 @@ TEST(PolarTransform, ComesBackAndGoesRound) {
         });
         EXPECT_LE(worst, 2e-3);
     }
+    // A step from angle to angle there must be, also where there is one angle only.
+    io::MemoryImage oneAngle = makeRandomImage({.voxelType = RIX_UINT8, .extents = {20, 1, 1, 1, 1}}, 4);
+    ASSERT_TRUE(oneAngle.setSpacingOf(COLUMNS, 0.5) && oneAngle.setSpacingOf(ROWS, 0.0));
+    PolarTransform2d refusing;
+    refusing.setDirection(PolarTransform2d::FROM_POLAR);
+    EXPECT_THROW(runFilter(refusing, oneAngle), RuleException);
     // What turns by a quarter is shifted by a quarter of the angles.
     const io::MemoryImage square = makeRandomImage({.voxelType = RIX_UINT8, .extents = {31, 31, 1, 1, 1}}, 4);
     PolarTransform2d polar;

@@ -231,6 +231,20 @@ TEST(Rescale, TakesTheNearestElementOfEveryTypeAndMeaning) {
     }
 }
 
+TEST(Rescale, GivesTheLabelWithTheLargestShareOfBoxesWithManyLabels) {
+    // Each label once but for two of them, of which the smaller has a voxel less.
+    constexpr std::uint32_t columns = 500;
+    const io::MemoryImage input =
+        makeImage({.voxelType = RIX_UINT32, .extents = {columns, 400, 1, 1, 1}, .interpretation = RIX_LABEL},
+                  [](std::size_t x, std::size_t y, std::size_t, std::size_t, std::size_t) -> std::uint32_t {
+                      const auto at = static_cast<std::uint32_t>(y * columns + x);
+                      return at % 997 == 0 ? 7 : at % 997 == 5 && at > 997 ? 5 : at * 7919 % 200003 + 10;
+                  });
+    const auto output = rescaled<Rescale2d>(
+        input, {1, 1, 1}, [](Rescale2d& rescaling) { rescaling.setInterpolation(Rescale2d::LABEL_MAJORITY); });
+    EXPECT_EQ(samplesOf<std::uint32_t>(output).front(), 7U);
+}
+
 TEST(Rescale, GivesTheLabelWithTheLargestShare) {
     const std::array<std::int64_t, 3> n{20, 15, 6};
     for (const VoxelTypes type : {RIX_UINT8, RIX_INT32}) {

@@ -15,6 +15,10 @@ const EnumInfo& getInfoLengthUnit() {
     return info;
 }
 
+String unitOfLengths(LengthUnit unit, const ImageModel& image) {
+    return unit == LengthUnit::WORLD ? image.getSpatialUnitName() : String();
+}
+
 const EnumInfo& getInfoOutputType() {
     static const EnumInfo info("OutputType", "SAME_AS_INPUT = 0, FLOAT_32_BIT");
     return info;

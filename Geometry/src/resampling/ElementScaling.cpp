@@ -107,14 +107,17 @@ struct Share {
     std::uint64_t amount;
 };
 
-/// The shares of a box: few samples are looked for in their list, many are sorted now and then.
+/// The shares of a box: few samples are looked for in their list, many are sorted and joined now and then.
 template <class T>
 class Shares {
 public:
     explicit Shares(std::size_t most) : m_memory(bytes(most)), m_shares(m_memory.template as<Share<T>>()) {}
     static std::size_t bytes(std::size_t most) { return most * sizeof(Share<T>); }
 
-    void clear() { m_count = 0; }
+    void clear() {
+        m_count = 0;
+        m_limit = leastLimit;
+    }
     void add(T sample, std::uint64_t amount) {
         constexpr std::size_t looked = 8;
         for (std::size_t i = m_count > looked ? m_count - looked : 0; i < m_count; ++i) {
@@ -124,25 +127,41 @@ public:
             }
         }
         m_shares[m_count++] = {sample, amount};
-    }
-    T largest() {
-        std::sort(m_shares, m_shares + m_count,
-                  [](const Share<T>& a, const Share<T>& b) { return a.sample < b.sample; });
-        Share<T> best = m_shares[0];
-        for (std::size_t i = 0; i < m_count;) {
-            Share<T> all = m_shares[i];
-            for (++i; i < m_count && m_shares[i].sample == all.sample; ++i) {
-                all.amount += m_shares[i].amount;
-            }
-            best = all.amount > best.amount || all.sample == best.sample ? all : best;
+        if (m_count >= m_limit) {
+            join();
+            m_limit = std::max(leastLimit, 2 * m_count);
         }
-        return best.sample;
+    }
+    /// Of equal ones the smallest.
+    T largest() {
+        join();
+        return std::max_element(m_shares, m_shares + m_count,
+                                [](const Share<T>& a, const Share<T>& b) { return a.amount < b.amount; })
+            ->sample;
     }
 
 private:
+    static constexpr std::size_t leastLimit = std::size_t{1} << 16;  // milliseconds to sort
+
+    /// Orders the samples, each once.
+    void join() {
+        std::sort(m_shares, m_shares + m_count,
+                  [](const Share<T>& a, const Share<T>& b) { return a.sample < b.sample; });
+        std::size_t kept = 0;
+        for (std::size_t i = 1; i < m_count; ++i) {
+            if (m_shares[i].sample == m_shares[kept].sample) {
+                m_shares[kept].amount += m_shares[i].amount;
+            } else {
+                m_shares[++kept] = m_shares[i];
+            }
+        }
+        m_count = std::min(m_count, kept + 1);
+    }
+
     Scratch m_memory;
     Share<T>* m_shares;
     std::size_t m_count = 0;
+    std::size_t m_limit = leastLimit;
 };
 
 double boxElements(const ImageScales& scales) {
@@ -179,13 +198,13 @@ public:
                 for (std::size_t x = columns.first; x < columns.first + columns.count; ++x) {
                     m_shares.add(samples[row * m_length + x], amounts[row] * columns.share(x));
                 }
+                m_done += columns.count;
+                if (m_done > elementsOfBlock) {
+                    m_done = 0;
+                    progress.tell();
+                }
             }
             to[i] = m_shares.largest();
-            m_done += rows * columns.count;
-            if (m_done > elementsOfBlock) {
-                m_done = 0;
-                progress.tell();
-            }
         }
     }
 

@@ -155,8 +155,7 @@ void process(Filter& filter, OptimLevelType level) {
     const double step = stepOf(filter);
     const auto count = static_cast<std::size_t>(std::floor(filter.getMaximumRadius() / step)) + 1;
     GranulometryMsr& table = *filter.getOutputMeasurement();
-    const String unit = filter.getLengthUnit() == Filter::WORLD ? input.getSpatialUnitName() : String();
-    table.radius.setUnit(unit);
+    table.radius.setUnit(algorithms::unitOfLengths(filter.getLengthUnit(), input));
     for (auto* const array : {&table.radius, &table.sum, &table.share}) {
         array->reset(count);
     }

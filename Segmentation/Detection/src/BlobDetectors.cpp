@@ -240,8 +240,7 @@ void appendBlobs(Filter& filter, const BlobSearch<T>& search, std::int32_t index
                     voxel[axis] = static_cast<double>(at[axis]) + top[axis];
                 }
                 places.place(table, row, voxel);
-                table.frame[row] = static_cast<std::int64_t>(segment.sequence);
-                table.channel[row] = static_cast<std::int64_t>(segment.spectral);
+                table.setFrame(row, segment.sequence, segment.spectral);
                 table.value[row] = search.responseAt(place);
                 table.scale[row] = scaleAt(filter, index + top[3]);
                 table.radius[row] = table.scale[row] * std::sqrt(static_cast<double>(axesOf<Filter>));
@@ -271,12 +270,6 @@ ImageHeader headerOfResponses(const ImageModel& image) {
     return header;
 }
 
-template <class Filter>
-String unitOf(const Filter& filter) {
-    return filter.getLengthUnit() == algorithms::LengthUnit::WORLD ? filter.getInputImage()->getSpatialUnitName()
-                                                                   : String();
-}
-
 template <class T, class Filter>
 void detect(Filter& filter, OptimLevelType level) {
     access::ExecutionContext& context = filter.executionContext();
@@ -290,8 +283,9 @@ void detect(Filter& filter, OptimLevelType level) {
     }
     const PeakPlaces places(image, axesOf<Filter>);
     places.start(*filter.getOutputMeasurement(), true);
-    filter.getOutputMeasurement()->scale.setUnit(unitOf(filter));
-    filter.getOutputMeasurement()->radius.setUnit(unitOf(filter));
+    const String unit = algorithms::unitOfLengths(filter.getLengthUnit(), *filter.getInputImage());
+    filter.getOutputMeasurement()->scale.setUnit(unit);
+    filter.getOutputMeasurement()->radius.setUnit(unit);
     std::vector<double> weights;
     for (std::int32_t i = 0; i < count; ++i) {
         weights.insert(weights.end(), {1.0 + scaleAt(filter, i), 0.5, 0.5});

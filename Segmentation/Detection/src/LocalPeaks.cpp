@@ -246,8 +246,7 @@ void fillTable(PeaksMsr& table, const access::CountedVector<Peak>& peaks, const 
     access::Looks looks;
     for (std::size_t row = 0; row < peaks.size(); ++row) {
         const std::size_t frame = peaks[row].part / parts;
-        table.frame[row] = static_cast<std::int64_t>(frame % n[SEQUENCE]);
-        table.channel[row] = static_cast<std::int64_t>(frame / n[SEQUENCE]);
+        table.setFrame(row, frame % n[SEQUENCE], frame / n[SEQUENCE]);
         table.value[row] = peaks[row].value;
         places.place(table, row, peaks[row].place);
         looks.add(1);

@@ -23,30 +23,22 @@ double topBetween(T behind, T at, T ahead) {
 /// Writes what is the same for all tables of points: the columns that there are, and where voxels lie in the world.
 class PeakPlaces {
 public:
-    PeakPlaces(const ImageModel& image, std::size_t axes) : m_image(image), m_worldOf(image), m_hasPlanes(axes == 3) {}
+    PeakPlaces(const ImageModel& image, std::size_t axes) : m_image(image), m_worldOf(image), m_axes(axes) {}
 
     /// An empty table.
     void start(PeaksMsr& table, bool hasScales) const {
-        table.hasFrames = m_image.getNumOf(SEQUENCE) > 1;
-        table.hasChannels = m_image.getNumOf(SPECTRAL_SERIES) > 1;
-        table.hasPlanes = m_hasPlanes || m_image.getNumOf(PLANS) > 1;
         table.hasScales = hasScales;
-        for (auto* const array : {&table.positionX, &table.positionY, &table.positionZ}) {
-            array->setUnit(m_image.getSpatialUnitName());
-        }
-        table.resize(0);
+        table.reset(m_image, m_axes, 0);
     }
 
     void place(PeaksMsr& table, std::size_t row, const std::array<double, 3>& voxel) const {
-        table.positionX[row] = m_worldOf(0, voxel[0]);
-        table.positionY[row] = m_worldOf(1, voxel[1]);
-        table.positionZ[row] = m_worldOf(2, voxel[2]);
+        table.setPosition(row, {m_worldOf(0, voxel[0]), m_worldOf(1, voxel[1]), m_worldOf(2, voxel[2])});
     }
 
 private:
     const ImageModel& m_image;
     helper::AxisPlaces m_worldOf;
-    bool m_hasPlanes;
+    std::size_t m_axes;
 };
 
 }  // namespace rix::segmentation

@@ -15,12 +15,7 @@ std::shared_ptr<measurement::MeasurementObject> make() {
 }  // namespace
 
 PeaksMsr::PeaksMsr()
-    : frame("Frame", "The frame that it is in."),
-      channel("Channel", "The channel that it is in."),
-      positionX("PositionX", "Column coordinate in the world."),
-      positionY("PositionY", "Row coordinate in the world."),
-      positionZ("PositionZ", "Plane coordinate in the world."),
-      value("Value", "What is greatest there."),
+    : value("Value", "What is greatest there."),
       scale("Scale", "Standard deviation of the Gaussian that fits best."),
       radius("Radius", "Radius of the disc or ball that fits best.") {}
 
@@ -37,26 +32,8 @@ String PeaksMsr::getDescription() const {
     return "This object contains points where something is greatest.";
 }
 
-void PeaksMsr::resize(std::size_t rows) {
-    frame.resize(rows);
-    channel.resize(rows);
-    for (auto* const array : {&positionX, &positionY, &positionZ, &value, &scale, &radius}) {
-        array->resize(rows);
-    }
-}
-
-std::vector<const measurement::BaseMeasurementArray*> PeaksMsr::arrays() const {
-    std::vector<const measurement::BaseMeasurementArray*> all;
-    if (hasFrames) {
-        all.push_back(&frame);
-    }
-    if (hasChannels) {
-        all.push_back(&channel);
-    }
-    all.insert(all.end(), {&positionX, &positionY});
-    if (hasPlanes) {
-        all.push_back(&positionZ);
-    }
+measurement::TableOfImage::Arrays PeaksMsr::columns() {
+    Arrays all = TableOfPlaces::columns();
     all.push_back(&value);
     if (hasScales) {
         all.insert(all.end(), {&scale, &radius});

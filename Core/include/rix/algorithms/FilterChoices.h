@@ -16,6 +16,8 @@ namespace rix::algorithms {
 /// In what a length is given: in elements of the image's grid, or in the unit of its spacings.
 enum class LengthUnit : int { VOXEL = 0, WORLD };
 RIX_EXPORT const EnumInfo& getInfoLengthUnit();
+/// The unit of lengths that are told in it, for tables: none where they are in voxels.
+RIX_EXPORT String unitOfLengths(LengthUnit unit, const ImageModel& image);
 
 /// The samples of a filter's result.
 enum class OutputType : int { SAME_AS_INPUT = 0, FLOAT_32_BIT };

@@ -38,7 +38,8 @@ namespace rix::edge_detection {
 ///         choice, and an output that shares samples with the input; ResizeImageError or MemoryError when there is no
 ///         memory.
 /// Cost: for each radius the voxels of a circle times those of the image, in bytes a vector at a time, whatever the
-/// edges. Memory: fourteen bytes a voxel of a plane and its surroundings; see `describe`.
+/// edges. Memory: fourteen bytes a voxel of a plane and its surroundings; see `describe`. The
+/// circles of a plane before they are thinned are held beside.
 class RIX_EXPORT HoughCircles2d : public BaseAlgorithm {
     RIX_ALGORITHM(HoughCircles2d)
 

@@ -40,7 +40,7 @@ namespace rix::edge_detection {
 ///         `WORLD`, an unknown choice, and an output that shares samples with the input; ResizeImageError or
 ///         MemoryError when there is no memory.
 /// Cost: some 2 ns for each vote, angles times edge voxels. Memory: the votes of a plane, and a byte for each of their
-/// counters; see `describe`.
+/// counters; see `describe`. The lines before they are thinned are held beside.
 class RIX_EXPORT HoughLines2d : public BaseAlgorithm {
     RIX_ALGORITHM(HoughLines2d)
 

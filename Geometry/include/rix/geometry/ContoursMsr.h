@@ -3,13 +3,13 @@
 #include <cstdint>
 
 #include <rix/Export.h>
-#include <rix/geometry/TableOfImage.h>
+#include <rix/measurement/TableOfImage.h>
 
 namespace rix::geometry {
 
 /// Lines in an image, a row for each of their points, in the order of the lines. A line that is closed ends with the
 /// point that it began with.
-class RIX_EXPORT ContoursMsr : public TableOfImage {
+class RIX_EXPORT ContoursMsr : public measurement::TableOfImage {
 public:
     ContoursMsr();
 

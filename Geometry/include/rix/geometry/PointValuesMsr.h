@@ -3,12 +3,12 @@
 #include <cstdint>
 
 #include <rix/Export.h>
-#include <rix/geometry/TableOfImage.h>
+#include <rix/measurement/TableOfImage.h>
 
 namespace rix::geometry {
 
 /// Values of an image at points of the world, a row for each: the points in their order, for each frame and channel.
-class RIX_EXPORT PointValuesMsr : public TableOfImage {
+class RIX_EXPORT PointValuesMsr : public measurement::TableOfImage {
 public:
     PointValuesMsr();
 

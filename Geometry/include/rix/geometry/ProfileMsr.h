@@ -3,12 +3,12 @@
 #include <cstdint>
 
 #include <rix/Export.h>
-#include <rix/geometry/TableOfImage.h>
+#include <rix/measurement/TableOfImage.h>
 
 namespace rix::geometry {
 
 /// Values of an image along a line, a row for each: from one end to the other, for each frame and channel.
-class RIX_EXPORT ProfileMsr : public TableOfImage {
+class RIX_EXPORT ProfileMsr : public measurement::TableOfImage {
 public:
     ProfileMsr();
 

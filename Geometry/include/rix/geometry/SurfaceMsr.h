@@ -3,14 +3,14 @@
 #include <cstdint>
 
 #include <rix/Export.h>
-#include <rix/geometry/TableOfImage.h>
+#include <rix/measurement/TableOfImage.h>
 
 namespace rix::geometry {
 
 /// Triangles of a surface, a row for each: the numbers of their three corners and where these lie. Corners with the
 /// same number are the same point of the surface. The corners of a triangle follow each other counterclockwise, seen
 /// from where the values are lower.
-class RIX_EXPORT SurfaceMsr : public TableOfImage {
+class RIX_EXPORT SurfaceMsr : public measurement::TableOfImage {
 public:
     SurfaceMsr();
 
