@@ -96,7 +96,11 @@ void forEachRowAcross(const Line& line, const Use& use) {
         }
         while (first < within) {
             const std::size_t middle = (first + within) / 2;
-            (isWithin(middle) ? within : first) = isWithin(middle) ? middle : middle + 1;
+            if (isWithin(middle)) {
+                within = middle;
+            } else {
+                first = middle + 1;
+            }
         }
         use(y, static_cast<double>(first) - half, columns - 2 * first);
     }

@@ -61,6 +61,25 @@ private:
     std::size_t m_elements = 1;
 };
 
+/// Calls `row(position, elements, index of the first one in the chunk)` for the rows that a box has in its chunk.
+template <class Row>
+void forEachRow(const ChunkGrid::Box& box, const Extents& chunk, const Row& row) {
+    const auto& [first, n] = box;
+    for (std::size_t c = 0; c < n[SPECTRAL_SERIES]; ++c) {
+        for (std::size_t t = 0; t < n[SEQUENCE]; ++t) {
+            for (std::size_t z = 0; z < n[PLANS]; ++z) {
+                for (std::size_t y = 0; y < n[ROWS]; ++y) {
+                    const std::size_t index =
+                        (((c * chunk[SEQUENCE] + t) * chunk[PLANS] + z) * chunk[ROWS] + y) * chunk[COLUMNS];
+                    row(Place{first[COLUMNS], first[ROWS] + y, first[PLANS] + z, first[SEQUENCE] + t,
+                              first[SPECTRAL_SERIES] + c},
+                        n[COLUMNS], index);
+                }
+            }
+        }
+    }
+}
+
 /// The most chunks that an image is taken for, whose table in memory has some 2 GiB then.
 inline constexpr std::size_t MostChunks = std::size_t{1} << 24U;
 /// The most bytes that a chunk may have, which is what compressors can hold in one piece.

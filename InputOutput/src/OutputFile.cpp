@@ -62,6 +62,16 @@ String temporaryName() {
     return ".rix-" + String(digits.data(), end) + ".tmp";
 }
 
+std::filesystem::path followLink(const std::filesystem::path& link, int before) {
+    std::error_code error;
+    const std::filesystem::path next = std::filesystem::read_symlink(link, error);
+    if (error || before == MostLinks) {
+        throw WritingError("The link cannot be followed: " + (error ? error.message() : String("it leads to itself")) +
+                           ".");
+    }
+    return link.parent_path() / next;
+}
+
 OutputFile::OutputFile(const std::filesystem::path& path) : m_target(path), m_process(::getpid()) {
     refuseEmbeddedNul(path);
     followLinks();
@@ -112,12 +122,7 @@ void OutputFile::followLinks() {
             m_way = Way::Stream;
             return;
         }
-        const std::filesystem::path next = std::filesystem::read_symlink(m_target, error);
-        if (error || depth == MostLinks) {
-            throw WritingError(
-                "The link cannot be followed: " + (error ? error.message() : String("it leads to itself")) + ".");
-        }
-        m_target = m_target.parent_path() / next;
+        m_target = followLink(m_target, depth);
     }
 }
 

@@ -15,6 +15,11 @@ namespace rix::io {
 /// grow with the target's.
 String temporaryName();
 
+/// Where a link leads, be there something or not.
+/// @param before how many links led here
+/// @throws WritingError when that cannot be read, or there were so many that it leads to itself
+std::filesystem::path followLink(const std::filesystem::path& link, int before);
+
 /// A file that gets its bytes only when it is complete.
 ///
 /// The bytes go to a temporary file first. `commit` brings them to the target; without `commit` nothing of it changes.

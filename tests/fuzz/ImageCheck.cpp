@@ -14,10 +14,11 @@ namespace {
 
 /// Whether it has at most so many bytes.
 bool isSmall(const io::ImageFileInfo& info, std::size_t mostBytes) {
-    std::size_t bytes = helper::getSizeOf(info.voxelType) * helper::getElementNumber(info.elementType);
-    for (const std::size_t extent : info.extents) {
-        require(helper::checkedMultiply(bytes, extent, bytes), "sizes of files fit 64 bits");
-    }
+    std::size_t bytes = 0;
+    require(helper::multiplyExtents(info.extents, bytes) &&
+                helper::checkedMultiply(
+                    bytes, helper::getSizeOf(info.voxelType) * helper::getElementNumber(info.elementType), bytes),
+            "sizes of files fit 64 bits");
     return bytes <= mostBytes;
 }
 

@@ -83,42 +83,23 @@ std::filesystem::path ZarrStore::pathOf(std::size_t chunk) const {
 
 void ZarrStore::reorder(const std::uint8_t* from, std::uint8_t* to, const Extents& box, std::size_t sampleBytes,
                         bool toImage) const {
-    const Extents& chunk = m_grid.chunk();
     const std::size_t inImage = 1;
     const std::size_t inFile = std::max<std::size_t>(m_steps[COLUMNS], 1);
-    for (std::size_t c = 0; c < box[SPECTRAL_SERIES]; ++c) {
-        for (std::size_t t = 0; t < box[SEQUENCE]; ++t) {
-            for (std::size_t z = 0; z < box[PLANS]; ++z) {
-                for (std::size_t y = 0; y < box[ROWS]; ++y) {
-                    const std::size_t ours =
-                        (((c * chunk[SEQUENCE] + t) * chunk[PLANS] + z) * chunk[ROWS] + y) * chunk[COLUMNS];
-                    const std::size_t theirs =
-                        c * m_steps[SPECTRAL_SERIES] + t * m_steps[SEQUENCE] + z * m_steps[PLANS] + y * m_steps[ROWS];
-                    copySamples(from + (toImage ? theirs : ours) * sampleBytes, toImage ? inFile : inImage,
-                                to + (toImage ? ours : theirs) * sampleBytes, toImage ? inImage : inFile, box[COLUMNS],
-                                sampleBytes);
-                }
-            }
-        }
-    }
+    forEachRow({{}, box}, m_grid.chunk(), [&](const Place& at, std::size_t count, std::size_t ours) {
+        const std::size_t theirs = at.channel * m_steps[SPECTRAL_SERIES] + at.frame * m_steps[SEQUENCE] +
+                                   at.plane * m_steps[PLANS] + at.row * m_steps[ROWS];
+        copySamples(from + (toImage ? theirs : ours) * sampleBytes, toImage ? inFile : inImage,
+                    to + (toImage ? ours : theirs) * sampleBytes, toImage ? inImage : inFile, count, sampleBytes);
+    });
 }
 
 void ZarrStore::fillBox(RawData samples, const Extents& box, std::size_t sampleBytes) const {
     std::memset(samples, 0, m_grid.elements() * sampleBytes);
-    const Extents& chunk = m_grid.chunk();
-    for (std::size_t c = 0; c < box[SPECTRAL_SERIES]; ++c) {
-        for (std::size_t t = 0; t < box[SEQUENCE]; ++t) {
-            for (std::size_t z = 0; z < box[PLANS]; ++z) {
-                for (std::size_t y = 0; y < box[ROWS]; ++y) {
-                    const std::size_t first =
-                        (((c * chunk[SEQUENCE] + t) * chunk[PLANS] + z) * chunk[ROWS] + y) * chunk[COLUMNS];
-                    for (std::size_t x = 0; x < box[COLUMNS]; ++x) {
-                        std::memcpy(samples + (first + x) * sampleBytes, m_array.fill.data(), sampleBytes);
-                    }
-                }
-            }
+    forEachRow({{}, box}, m_grid.chunk(), [&](const Place& /*at*/, std::size_t count, std::size_t first) {
+        for (std::size_t i = first; i < first + count; ++i) {
+            std::memcpy(samples + i * sampleBytes, m_array.fill.data(), sampleBytes);
         }
-    }
+    });
 }
 
 bool ZarrStore::read(std::size_t chunk, RawData samples) {

@@ -46,14 +46,8 @@ ZarrCompressor compressorFor(Compression compression) {
 fs::path targetOf(const fs::path& path) {
     fs::path target = path.has_filename() ? path : path.parent_path();
     std::error_code error;
-    constexpr int mostLinks = 40;
     for (int links = 0; fs::is_symlink(target, error); ++links) {
-        const fs::path next = fs::read_symlink(target, error);
-        if (error || links == mostLinks) {
-            throw WritingError(
-                "The link cannot be followed: " + (error ? error.message() : String("it leads to itself")) + '.');
-        }
-        target = target.parent_path() / next;
+        target = followLink(target, links);
     }
     return target;
 }
