@@ -177,16 +177,6 @@ void giveBack(std::unique_ptr<Worker> worker) {
     }
 }
 
-/// Ends the threads of oneTBB; false when others in the process use it at this moment.
-bool endSchedulerThreads() {
-    try {
-        tbb::task_scheduler_handle scheduler{tbb::attach{}};
-        return tbb::finalize(scheduler, std::nothrow);
-    } catch (const std::bad_alloc&) {
-        return false;  // they stay
-    }
-}
-
 /// Uses each class once, for what it makes at its first use.
 void makeAll() {
     // Nobody forks until all is made: the child would have what is half made. Then nobody takes the lock any more,
@@ -226,10 +216,16 @@ void makeAll() {
 }
 
 /// All threads that wait for work end, ours and those of oneTBB; parent and child start new ones when needed.
-bool endThreads() {
-    releaseIdleWorkers();
-    ThreadLimiter::releaseArenas();
-    return endSchedulerThreads();
+void endThreads() {
+    try {
+        // First: were ours the last to hold oneTBB, its threads would end on their own, some time.
+        tbb::task_scheduler_handle scheduler{tbb::attach{}};
+        releaseIdleWorkers();
+        ThreadLimiter::releaseArenas();
+        tbb::finalize(scheduler, std::nothrow);  // without success while others in the process use it
+    } catch (const std::bad_alloc&) {
+        releaseIdleWorkers();  // those of oneTBB stay
+    }
 }
 
 void releaseIdle() {

@@ -2,10 +2,17 @@
 
 #include <array>
 #include <atomic>
+#include <charconv>
 #include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <system_error>
 #include <thread>
 
 #include <pthread.h>
+#include <unistd.h>
 
 namespace rix::process {
 
@@ -17,7 +24,6 @@ constexpr auto lockCount = static_cast<std::size_t>(Lock::Count);
 constinit std::array<std::mutex, lockCount> mutexes;
 constinit ForkHooks forkHooks;            // with the lock of the runs
 constinit std::size_t activeRuns = 0;     // with the lock of the runs
-constinit std::size_t schedulerUses = 0;  // by runs and by forks that end its threads; with the lock of the runs
 constinit bool threadsAreEnding = false;  // with the lock of the runs
 thread_local constinit std::size_t runsOfThread = 0;
 thread_local constinit bool runsOfThreadAreAlone = false;
@@ -40,6 +46,42 @@ bool waitForEndOfThreads(std::unique_lock<std::mutex>& runs) {
     return !threadsAreEnding;
 }
 
+/// A thread that has been joined is still listed for a moment, but marked by the system as leaving: no code of the
+/// process runs in it any more.
+bool isLeaving(const std::filesystem::path& task) {
+    constexpr std::uint64_t exitingFlag = 0x4;  // PF_EXITING of the kernel's linux/sched.h
+    constexpr int fieldsBeforeFlags = 6;        // after the name, which is the only one with a closing bracket
+    std::ifstream file(task / "stat");
+    std::string line;
+    if (!std::getline(file, line)) {
+        return !std::filesystem::exists(task);
+    }
+    std::size_t at = line.rfind(')');
+    for (int i = 0; i <= fieldsBeforeFlags && at != std::string::npos; ++i) {
+        at = line.find(' ', at + 1);
+    }
+    std::uint64_t flags = 0;
+    return at != std::string::npos &&
+           std::from_chars(line.data() + at + 1, line.data() + line.size(), flags).ec == std::errc() &&
+           (flags & exitingFlag) != 0;
+}
+
+/// True when no other thread can hold anything. Threads that know nothing of this library count as well: oneTBB's
+/// allocator has locks that no handler takes before a fork, and each thread that ends takes some of them.
+bool isOnlyThread() {
+    try {
+        const std::string own = std::to_string(::gettid());
+        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+            if (task.path().filename() != own && !isLeaving(task.path())) {
+                return false;
+            }
+        }
+        return true;
+    } catch (const std::exception&) {
+        return false;  // not to be known
+    }
+}
+
 void beforeFork() {
     std::unique_lock lock(mutexOf(Lock::Runs));
     const ForkHooks hooks = forkHooks;
@@ -49,13 +91,11 @@ void beforeFork() {
     }
     lock.lock();
     waitForEndOfThreads(lock);
-    bool isQuiet = activeRuns == 0 && !isAlone && !threadsAreEnding;
-    std::size_t usesBefore = schedulerUses;
+    const bool isQuiet = activeRuns == 0 && !isAlone && !threadsAreEnding;
     if (isQuiet && hooks.endThreads != nullptr) {
         threadsAreEnding = true;
-        usesBefore = ++schedulerUses;
         lock.unlock();
-        isQuiet = hooks.endThreads();
+        hooks.endThreads();
         lock.lock();
         threadsAreEnding = false;
     }
@@ -66,7 +106,7 @@ void beforeFork() {
     if (hooks.releaseIdle != nullptr) {
         hooks.releaseIdle();
     }
-    childIsAlone = !isQuiet || schedulerUses != usesBefore;
+    childIsAlone = !isQuiet || !isOnlyThread();
 }
 
 void unlockAll() {
@@ -103,7 +143,6 @@ ActiveRun::ActiveRun() {
         runsOfThreadAreAlone = !waitForEndOfThreads(lock);
     }
     ++activeRuns;
-    ++schedulerUses;
     ++runsOfThread;
 }
 

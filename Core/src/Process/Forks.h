@@ -10,9 +10,9 @@
 ///   back after it, in parent and child.
 /// - What is made when it is first used, under a lock of the compiler's making, is made before the first fork
 ///   (`ForkHooks::makeAll`).
-/// - Threads that wait for work end before the fork (`ForkHooks::endThreads`). When some cannot, because a run is on
-///   its way or others in the process use oneTBB, the child keeps away from oneTBB: its runs stay in their caller's
-///   thread.
+/// - Threads that wait for work end before the fork (`ForkHooks::endThreads`). When the forking thread is not the only
+///   one then, the child keeps away from oneTBB, whose allocator has locks that any thread may hold: its runs stay in
+///   their caller's thread.
 namespace rix::process {
 
 /// In the order in which they are taken: who holds one takes later ones only.
@@ -37,8 +37,8 @@ std::mutex& mutexOf(Lock lock) noexcept;
 struct ForkHooks {
     void (*makeAll)() = nullptr;
     /// Ends the threads that wait for work; not called while a run is on its way. No lock is held, since what waits for
-    /// a thread of oneTBB may wait for a run there. @return whether all have ended
-    bool (*endThreads)() = nullptr;
+    /// a thread of oneTBB may wait for a run there.
+    void (*endThreads)() = nullptr;
     /// With all locks held: gives up what waits for work once more.
     void (*releaseIdle)() = nullptr;
 };
@@ -55,7 +55,7 @@ public:
     ActiveRun& operator=(const ActiveRun&) = delete;
 };
 
-/// True in a child that was forked while others ran, and in its children, and during a run that began while the threads
+/// True in a child of a process that had other threads, and in its children, and during a run that began while the threads
 /// of oneTBB were ending for a fork and did not come to an end: no thread may be started.
 bool staysInCallersThread() noexcept;
 

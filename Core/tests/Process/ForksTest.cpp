@@ -122,7 +122,25 @@ TEST(Forks, OutOfARunGoOnInTheChild) {
         EXPECT_EQ(status, 0);
     }
     EXPECT_FALSE(process::staysInCallersThread());
-    EXPECT_EQ(statusOfChild([] { return process::generation() == 1 && !process::staysInCallersThread(); }), 0);
+}
+
+TEST(Forks, OfAThreadThatIsTheOnlyOneGiveChildrenThatComputeWithThreads) {
+    const auto computesWithThreads = [] { return !process::staysInCallersThread() && useEverything(2); };
+    const auto work = [&] { return computesWithThreads() && statusOfChild(computesWithThreads) == 0; };
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_TRUE(computesWithThreads());
+        ASSERT_EQ(statusOfChild(work), 0) << "the signal that ended a child, and its exit code above the low byte";
+    }
+    EXPECT_EQ(statusOfChild([] { return process::generation() == 1; }), 0);
+}
+
+TEST(Forks, OfAProcessWithOtherThreadsGiveChildrenThatComputeAlone) {
+    std::atomic<bool> isOver{false};
+    std::thread other([&] { isOver.wait(false); });
+    EXPECT_EQ(statusOfChild([] { return process::staysInCallersThread() && useEverything(2); }), 0);
+    isOver = true;
+    isOver.notify_one();
+    other.join();
 }
 
 /// How the run of another thread goes while the end of the threads before a fork waits for that run.
@@ -137,7 +155,6 @@ TEST(Forks, LetRunsGoOnAloneThatTheEndOfTheThreadsWaitsFor) {
             while (run == RunBesideEnd::NotYet) {
                 std::this_thread::yield();
             }
-            return true;
         };
         process::setForkHooks({nullptr, waitForRun, nullptr});
         std::thread forking([] { statusOfChild([] { return true; }); });
