@@ -157,7 +157,7 @@ TEST_F(ProgramTest, everyExampleRunsAsItStandsAndWithWhatIsRequiredAlone) {
         const int exitCode = process.wait();
         return Ending{exitCode, process.output(), process.messages()};
     };
-    test::Sampling sampling(5);
+    test::Sampling sampling(15);
     for (const auto& entry : nlohmann::json::parse(rix({"list", "--json"}).output)) {
         if (!sampling.takesNext()) {
             continue;
