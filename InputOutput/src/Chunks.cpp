@@ -65,10 +65,16 @@ void checkChunks(const Extents& image, const Extents& chunk, std::size_t sampleB
         throw LoadingError("The image promises chunks of more than " + std::to_string(LargestChunk) +
                            " bytes, or more than " + std::to_string(MostChunks) + " of them.");
     }
+    checkChunkBytes(bytes, options);
+}
+
+void checkChunkBytes(std::size_t bytes, const ReadOptions& options) {
     const std::size_t limit = mostBytes(options);
-    if (limit != 0 && bytes > limit) {
+    if (bytes > LargestChunk || (limit != 0 && bytes > limit)) {
         throw LoadingError("A chunk of the image takes " + std::to_string(bytes) + " bytes of memory; at most " +
-                           std::to_string(limit) + " are allowed (RIX_MAXIMUM_IMAGE_SIZE).");
+                           (limit != 0 && limit < LargestChunk
+                                ? std::to_string(limit) + " are allowed (RIX_MAXIMUM_IMAGE_SIZE)."
+                                : std::to_string(LargestChunk) + " can be read."));
     }
 }
 

@@ -89,6 +89,9 @@ inline constexpr std::size_t LargestChunk = 0x7FFFFFEFU;
 /// @param sampleBytes of an element, in the file or in memory, whatever is more
 /// @throws LoadingError
 void checkChunks(const Extents& image, const Extents& chunk, std::size_t sampleBytes, const ReadOptions& options);
+/// Refuses a chunk of so many bytes.
+/// @throws LoadingError
+void checkChunkBytes(std::size_t bytes, const ReadOptions& options);
 
 /// Reads what is selected, each chunk that has some of it once. @throws LoadingError, MemoryError
 std::unique_ptr<MemoryImage> readChunks(ChunkedImage& file, const ReadOptions& options);

@@ -46,6 +46,8 @@ public:
 
     /// What the system said at the first failure; empty for none.
     String failure() const;
+    /// For who writes again what could not be written.
+    void forgetFailure() noexcept { m_error = 0; }
 
     /// Brings the bytes to the target. When an older file is replaced, the new bytes are on the medium before that: a
     /// power failure then leaves one of the two, whole. A new file has nothing to lose and doesn't wait.

@@ -27,6 +27,7 @@ public:
     }
     void write(std::size_t chunk, ConstRawData samples) {
         const std::lock_guard lock(m_mutex);
+        m_file.forgetFailure();  // there may be room by now
         if (!m_file.writeAt(chunk * m_bytes, samples, m_bytes)) {
             throw WritingError("The image cannot be kept in a temporary file: " + m_file.failure() + '.');
         }

@@ -113,6 +113,20 @@ TEST_F(TiffChunks, AreReadOneByOne) {
     EXPECT_EQ(needed, 4U) << "columns 32 to 95 and rows 32 to 95 of the second page";
 }
 
+TEST_F(TiffChunks, CountInFullWhereTheyAreLargerThanTheirImage) {
+    {
+        RawTiff file(m_path);
+        file.page(10, 10, 8).set(TIFFTAG_TILEWIDTH, 4096).set(TIFFTAG_TILELENGTH, 4096);
+        std::vector<std::uint8_t> tile(std::size_t{4096} * 4096, 7);
+        TIFFWriteTile(file.get(), tile.data(), 0, 0, 0, 0);
+    }
+    EXPECT_EQ(openImage(m_path)->getNumOf(COLUMNS), 10U);
+    ReadOptions options;
+    options.maximumImageSize = 1000000;
+    EXPECT_THAT(textOf<LoadingError>([&] { openImage(m_path, options); }),
+                testing::AllOf(HasSubstr("16777216"), HasSubstr("1000000")));
+}
+
 TEST_F(TiffChunks, AreWrittenInWhateverOrder) {
     MemoryImage content = randomImage(RIX_UINT16, {100, 75, 2, 1, 3}, 4);
     calibrateFully(content);

@@ -7,6 +7,7 @@
 
 #include <csignal>
 
+#include <rix/io/ChunkedFile.h>
 #include <rix/io/TextFile.h>
 
 #include "TestImages.h"
@@ -92,6 +93,32 @@ TEST(WritingFailures, AFullDiskLeavesTheOldFileAndNothingElse) {
             std::filesystem::remove(folder / name);
         }
     }
+}
+
+TEST(WritingFailures, WhatIsKeptUntilItIsCompleteGoesOnWhenThereIsRoom) {
+    const TemporaryFolder folder;
+    const MemoryImage content = randomImage(RIX_UINT8, {200, 1000, 1, 1, 1});
+    const auto image = createImage(folder / "image.nrrd");
+    ASSERT_TRUE(image->reserve(RIX_UINT8, 200, 1000, 1, 1, 1));
+    std::vector<std::uint8_t> row(200);
+    const auto write = [&](std::size_t y) {
+        return content.readRowAt(200, row.data(), 0, y, 0, 0, 0) && image->writeRowAt(200, row.data(), 0, y, 0, 0, 0);
+    };
+    for (std::size_t y = 0; y < 700; ++y) {
+        ASSERT_TRUE(write(y));
+    }
+    for (int i = 0; i < 2; ++i) {
+        const FullDisk disk(5000);
+        EXPECT_THAT(textOf<WritingError>([&] { image->flush(); }), HasSubstr("File too large"));
+        EXPECT_FALSE(write(700)) << "a row was taken that cannot be kept";
+    }
+    image->flush();
+    for (std::size_t y = 700; y < 1000; ++y) {
+        ASSERT_TRUE(write(y));
+    }
+    image->close();
+    EXPECT_EQ(difference(content, *readImage(folder / "image.nrrd")), "");
+    EXPECT_THAT(folder.names(), ElementsAre("image.nrrd"));
 }
 
 TEST(WritingFailures, AnImageThatGivesNoRow) {

@@ -176,6 +176,30 @@ TEST_F(Zarr, KeepsLabelsWithinAnImage) {
     EXPECT_THAT(textOf<LoadingError>([&] { readImage(m_path / "labels"); }), HasSubstr("cells"));
 }
 
+TEST_F(Zarr, GivesTheSamplesOfLabelsThatCannotBeListed) {
+    writeImage(m_path, randomImage(RIX_UINT16, {9, 7, 1, 1, 1}));
+    MemoryImage content = randomImage(RIX_UINT8, {9, 7, 1, 1, 1});
+    interpret(content, RIX_LABEL);
+    globalSettings().setValueAsSize_t("RIX_DISK_CACHE_SIZE", 1);  // nothing stays in memory
+    const auto labels = createImage(m_path / "labels" / "cells");
+    ASSERT_TRUE(labels->reserve(RIX_UINT8, 9, 7, 1, 1, 1));
+    labels->setInterpretation(RIX_LABEL);
+    std::uint8_t row[9];
+    for (std::size_t y = 0; y < 7; ++y) {
+        ASSERT_TRUE(content.readRowAt(9, row, 0, y, 0, 0, 0) && labels->writeRowAt(9, row, 0, y, 0, 0, 0));
+    }
+    std::filesystem::create_directories(m_path / "labels" / ".zattrs");
+    EXPECT_THROW(labels->close(), Exception);
+    for (std::size_t y = 0; y < 7; ++y) {
+        EXPECT_TRUE(labels->readRowAt(9, row, 0, y, 0, 0, 0)) << y;
+    }
+    std::filesystem::remove(m_path / "labels" / ".zattrs");
+    labels->close();
+    globalSettings().remove("RIX_DISK_CACHE_SIZE");
+    EXPECT_THAT(contentOf(m_path / "labels/.zattrs"), HasSubstr("cells"));
+    EXPECT_EQ(samplesOf<std::uint8_t>(content), samplesOf<std::uint8_t>(*readImage(m_path / "labels" / "cells")));
+}
+
 TEST_F(Zarr, ReadsArraysOfOthers) {
     // Chunks that are missing have the value that fills; what chunks have beyond the array counts for nothing.
     putInto(m_path / "0.0", "abcdefghijkl");

@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include <rix/image/RowRefusals.h>
+
 namespace rix::helper {
 
 namespace {
@@ -11,7 +13,9 @@ thread_local constinit MemoryRefusals* innermost = nullptr;
 
 }  // namespace
 
-MemoryRefusals::MemoryRefusals() noexcept : m_outer(std::exchange(innermost, this)) {}
+MemoryRefusals::MemoryRefusals() noexcept : m_outer(std::exchange(innermost, this)) {
+    static_cast<void>(takeRowRefusal());  // of what was before
+}
 
 MemoryRefusals::~MemoryRefusals() {
     innermost = m_outer;
@@ -27,6 +31,8 @@ void MemoryRefusals::explain(Exception& exception) const {
     if (m_bytes != 0) {
         exception.setOutOfMemory();
         exception.addInfoLevel("There is no memory for its " + std::to_string(m_bytes) + " bytes.");
+    } else if (const String reason = takeRowRefusal(); !reason.empty()) {
+        exception.addInfoLevel(reason);
     }
 }
 

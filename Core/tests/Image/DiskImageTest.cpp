@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/image/MemoryRefusals.h>
 #include <rix/image/RowRefusals.h>
 #include <rix/settings/Settings.h>
 
@@ -216,6 +217,13 @@ TEST(DiskImage, SaysWhyItCannotBeShaped) {
     EXPECT_FALSE(image.reserve(RIX_UINT8, 5, 5, 1, 1, 1));
     globalSettings().remove("RIX_TEMPORARY_DATA_DIRECTORY");
     EXPECT_THAT(helper::takeRowRefusal(), HasSubstr("/nowhere/at/all"));
+    {
+        const helper::MemoryRefusals refusals;
+        EXPECT_FALSE(image.reserve(RIX_FLOAT64, huge, 2, 1, 1, 1));
+        ResizeImageError error("The output cannot be resized.");
+        refusals.explain(error);
+        EXPECT_THAT(error.getInfo(), HasSubstr("fits no file"));
+    }
     EXPECT_EQ(image.getNumOf(COLUMNS), 0U);
     EXPECT_TRUE(image.reserve(RIX_UINT8, 0, 5, 1, 1, 1));
     std::uint8_t sample = 0;

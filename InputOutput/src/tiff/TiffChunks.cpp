@@ -115,6 +115,8 @@ ChunkedImage openTiff(const std::filesystem::path& path, const ReadOptions& opti
     image.info = layout.info;
     image.chunk = chunkOf(layout);
     checkChunks(image.info.extents, image.chunk, helper::getSizeOf(image.info.voxelType), options);
+    // A tile may be larger than its picture, and is decoded whole.
+    checkChunkBytes(layout.pages.page.rowBytes * (layout.pages.page.tiled ? layout.pages.page.blockRows : 1), options);
     image.store = std::make_unique<TiffStore>(path, std::move(layout), image.chunk);
     return image;
 }

@@ -21,6 +21,8 @@ public:
     bool read(std::size_t chunk, RawData samples) override;
     void write(std::size_t chunk, ConstRawData samples) override;
     void finish(const ImageHeader& header) override;
+    /// The folder of the chunks has another name now.
+    void moved(const std::filesystem::path& folder) { m_folder = folder; }
 
 private:
     std::filesystem::path pathOf(std::size_t chunk) const;

@@ -112,6 +112,7 @@ public:
         }
         publish();
         m_isPublished = true;
+        m_store->moved(m_target / "0");
         if (m_isLabels) {
             enlist();
         }
@@ -187,6 +188,7 @@ private:
         const char* const from = m_temporary.c_str();
         const char* const to = m_target.c_str();
         refuseOthers();  // what has this name may have changed since
+        syncBeforeReplacing();
         if (!isThere(m_target)) {
             if (::rename(from, to) != 0) {
                 failPublishing();
@@ -208,6 +210,22 @@ private:
             failPublishing();
         }
         m_temporary = older;
+    }
+
+    /// The older image goes when the new one has its name: what a power failure would take of the new one would be all.
+    void syncBeforeReplacing() const {
+        if (!isThere(m_target)) {
+            return;
+        }
+        const int folder = ::open(m_temporary.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const bool isSafe = folder >= 0 && ::syncfs(folder) == 0;
+        const int reason = errno;
+        if (folder >= 0) {
+            ::close(folder);
+        }
+        if (!isSafe) {
+            throw WritingError("The image cannot be completed: " + std::generic_category().message(reason) + '.');
+        }
     }
 
     [[noreturn]] static void failPublishing() {

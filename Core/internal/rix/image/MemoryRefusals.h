@@ -6,8 +6,8 @@
 
 namespace rix::helper {
 
-/// Learns whether memory was refused in this thread while it lives: of a failure, `ImageModel::reserve` tells no more
-/// than that there was one. They nest; a refusal counts for the innermost.
+/// Learns why an image takes no shape in this thread while it lives, for want of memory or as it has noted itself
+/// (`noteRowRefusal`): of a failure, `ImageModel::reserve` tells no more than that there was one. They nest; a refusal counts for the innermost.
 class MemoryRefusals {
 public:
     MemoryRefusals() noexcept;
@@ -18,7 +18,7 @@ public:
     /// Called where memory was refused.
     static void note(std::size_t bytes) noexcept;
 
-    /// Tells in the exception for what there was no memory, if that is how it came about.
+    /// Tells in the exception for what there was no memory, or what the image has noted.
     void explain(Exception& exception) const;
 
 private:

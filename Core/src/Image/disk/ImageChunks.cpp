@@ -101,8 +101,13 @@ void ImageChunks::flush() {
         m_failure.clear();
         m_hasFailed.store(false, std::memory_order_relaxed);
     }
-    for (Chunk& chunk : m_chunks) {
-        writeIfChanged(chunk);
+    try {
+        for (Chunk& chunk : m_chunks) {
+            writeIfChanged(chunk);
+        }
+    } catch (const std::exception& failure) {
+        noteFailure(failure.what());  // no further row is taken that could not be kept either
+        throw;
     }
     if (const String again = failure(); !again.empty()) {
         throw WritingError(again);  // one that was given up meanwhile
