@@ -161,7 +161,7 @@ TEST_P(Cancellation, IsSeenBeforeMuchMoreIsReadOrWritten) {
     }
     const std::size_t all = elements;
     std::size_t most = 0;
-    constexpr std::size_t parts = sanitized ? 3 : 7;
+    constexpr std::size_t parts = sanitized ? 3 : 5;
     for (std::size_t part = 0; part < parts; ++part) {
         elements = 0;
         cancelAt = std::min(all, 1 + access::partOf(all, parts, part).begin);
