@@ -84,7 +84,10 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .declare = &declare<Filter>,
         .process = &process<Filter>,
         .prepare = &algorithms::rememberMeaning<Filter>,
-        .influence = [](const Filter& filter) { return gaussianInfluence(jobOf(filter)); },
+        .influence =
+            [](const Filter& filter) {
+                return gaussianInfluence(*filter.getInputImage(), outputType(filter), jobOf(filter));
+            },
         .memory = &memoryOf<Filter>,
     };
 }

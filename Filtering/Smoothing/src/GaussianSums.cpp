@@ -247,9 +247,12 @@ void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, 
     }
 }
 
-access::Reach gaussianInfluence(const GaussianJob& job) {
+access::Reach gaussianInfluence(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job) {
+    const bool isFixed = GaussianFixed::of(input.getVoxelType(), outputType, job).has_value();
+    const auto extents = helper::getExtents(input);
     const auto axis = [&](std::size_t i) {
-        const std::size_t reach = gaussianReach(job.deviations[i]);
+        const bool isWhole = !isFixed && isRecursive(job.deviations[i]);
+        const std::size_t reach = isWhole ? extents[i] - 1 : gaussianReach(job.deviations[i]);
         return access::Reach::Axis{reach, reach};
     };
     return {axis(0), axis(1), axis(2)};

@@ -16,8 +16,9 @@ namespace rix::filtering::smoothing {
 void smoothGaussian(access::ExecutionContext& context, const ImageModel& input, ImageModel& output,
                     const GaussianJob& job, bool inPlace, OptimLevelType level);
 
-/// ceil(5 s) voxels a side: beyond, what a recursion weighs is not of the Gaussian.
-access::Reach gaussianInfluence(const GaussianJob& job);
+/// Which voxels the bits of a result follow from: ceil(5 s) a side, and the whole line where sums are recursive, though
+/// what they weigh beyond that is not of the Gaussian.
+access::Reach gaussianInfluence(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job);
 
 /// Most bytes that a run takes beyond its images.
 std::size_t gaussianWorkingBytes(const ImageModel& input, VoxelTypes outputType, const GaussianJob& job, bool inPlace,

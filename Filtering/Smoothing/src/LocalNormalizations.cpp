@@ -114,7 +114,8 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .declare = &declare<Filter>,
         .process = &process<Filter>,
         .prepare = &algorithms::rememberMeaning<Filter>,
-        .influence = [](const Filter& filter) { return gaussianInfluence(jobOf(filter)); },
+        .influence =
+            [](const Filter& filter) { return gaussianInfluence(*filter.getInputImage(), RIX_FLOAT64, jobOf(filter)); },
         .memory = &memoryOf<Filter>,
     };
 }

@@ -85,7 +85,12 @@ constexpr algorithms::Definition<Filter> definitionOf(const char* summary) {
         .declare = &declare<Filter>,
         .process = &process<Filter>,
         .prepare = &algorithms::rememberMeaning<Filter>,
-        .influence = [](const Filter& filter) { return gaussianInfluence(jobOf(filter)); },
+        .influence =
+            [](const Filter& filter) {
+                return gaussianInfluence(*filter.getInputImage(),
+                                         gaussianWorkType(filter.getInputImage()->getVoxelType(), jobOf(filter)),
+                                         jobOf(filter));
+            },
         .memory = &memoryOf<Filter>,
     };
 }
