@@ -39,6 +39,9 @@ _os.register_at_fork(after_in_child=_rix.stay_in_callers_thread)
 
 def __getattr__(name: str) -> _Any:
     # Classes and functions are made when they are first used: importing the package stays quick.
+    if name == "dask":  # needs a package of that name, which the rest does without
+        import importlib
+        return importlib.import_module("rix.dask")
     if name.startswith("_"):
         raise AttributeError(f"module 'rix' has no attribute '{name}'")
     globals()[name] = found = _find(name)

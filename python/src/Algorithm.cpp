@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <pybind11/stl.h>
+
 #include <rix/exceptions/Exception.h>
 #include <rix/measurement/PropertyMeasurement.h>
 #include <rix/properties/Property.h>
@@ -269,6 +271,25 @@ void Algorithm::takeResults(OpenImages& images) {
             m_results[place] = tableOf(m_objects[place]);
         }
     }
+}
+
+py::dict Algorithm::describeRun(const std::string& axes) {
+    const BusyGuard busy(*this);
+    const OpenImages images = openImages(axes);
+    const AlgorithmDescription description = m_algorithm->describe();
+    py::dict outputs;
+    for (const OutputDescription& output : description.outputs) {
+        for (const PropertyFacts& property : m_facts.properties) {
+            if (property.name == output.name) {
+                outputs[py::str(property.pythonName)] = py::cast(output.extents);
+            }
+        }
+    }
+    py::dict result;
+    result["border_influence"] = py::make_tuple(description.borderInfluence.lower, description.borderInfluence.upper);
+    result["outputs"] = outputs;
+    result["extra_memory"] = description.extraMemory;
+    return result;
 }
 
 py::tuple Algorithm::run(const RunOptions& options) {

@@ -36,6 +36,8 @@ public:
     pybind11::object get(std::size_t place) const;
     /// Sets a value or an image; None unsets an image and leaves a value alone.
     void set(std::size_t place, pybind11::handle value);
+    /// What can be said of a run with the present values and the shapes and types of the images; no sample is read.
+    pybind11::dict describeRun(const std::string& axes);
     /// Runs without the interpreter's lock, and gives the results: a tuple in the order of the properties.
     pybind11::tuple run(const RunOptions& options);
 

@@ -15,6 +15,7 @@
 #include "Errors.h"
 #include "Exits.h"
 #include "Files.h"
+#include "Thresholds.h"
 
 namespace py = pybind11;
 
@@ -37,6 +38,7 @@ PYBIND11_MODULE(_rix, module) {
         .def(py::init<const std::string&>())
         .def("_get", &Algorithm::get)
         .def("_set", &Algorithm::set)
+        .def("_describe", &Algorithm::describeRun)
         .def("_run", [](Algorithm& algorithm, py::object progress, py::object threads, const std::string& axes,
                         const std::string& each) {
             return algorithm.run(optionsFrom(std::move(progress), std::move(threads), axes, each));
@@ -55,6 +57,7 @@ PYBIND11_MODULE(_rix, module) {
     module.def("axes_of_array", &rix::python::axesOfArray);
     module.def("read_image", &rix::python::readFile);
     module.def("write_image", &rix::python::writeFile);
+    module.def("threshold_of_counts", &rix::python::thresholdOfCounts);
     // Where a run reads the first sample of an input: shows whether it is copied.
     module.def("input_address", [](py::handle image, const std::string& axes) {
         return reinterpret_cast<std::uintptr_t>(rix::python::openInput(image, axes).array.data());

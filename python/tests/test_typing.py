@@ -35,10 +35,11 @@ def test_type_checker(tmp_path):
     pytest.importorskip("mypy")
     right = tmp_path / "right.py"
     right.write_text(
-        "import numpy as np\nimport rix\n"
+        "import numpy as np\nimport rix\nimport rix.dask\n"
         "a = np.zeros((3, 3), np.uint8)\n"
         "b = rix.labeling_2d(rix.thresholding_by_criterion(a, 'GREATER_THAN', 5), neighborhood='CONNECTIVITY_8')\n"
         "print(b.shape, rix.labeling_2d(rix.Image(a)).spacing, rix.auto_thresholding_bright(a).output_measurement.units)\n"
+        "print(rix.dask.label(a), rix.dask.apply('box_filter_2d', a, axes='yx', kernel_size_x=3))\n"
         "box = rix.BoxFilter2d(input_image=a, kernel_size_x=3)\n"
         "box.auto_scale = rix.BoxFilter2d.AutoScaleType.YES\n"
         "print(rix.BoxFilter2d.AutoScaleType.YES.value, box.kernel_size_x + 1)\n")

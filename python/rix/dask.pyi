@@ -1,0 +1,9 @@
+"""The algorithms on dask arrays; what they take of dask and give of it is untyped, as dask is."""
+
+from typing import Any, Optional
+
+def apply(name: str, array: Any, *, axes: Optional[str] = ..., spacing: Any = ..., spatial_unit: str = ...,
+          threads: Optional[int] = ..., **properties: Any) -> Any: ...
+def label(array: Any, *, neighborhood: Any = ..., axes: Optional[str] = ..., threads: Optional[int] = ...) -> Any: ...
+def measure(labels: Any, array: Any = ..., measures: Optional[str] = ..., *, axes: Optional[str] = ...,
+            spacing: Any = ..., spatial_unit: str = ..., threads: Optional[int] = ...) -> Any: ...
