@@ -69,7 +69,7 @@ ZarrStore::ZarrStore(std::filesystem::path folder, ZarrArray array, std::vector<
     }
 }
 
-std::filesystem::path ZarrStore::pathOf(std::size_t chunk) const {
+std::filesystem::path ZarrStore::fileOf(std::size_t chunk) const {
     const Extents place = m_grid.placeOf(chunk);
     String name;
     for (const Components axis : m_axes) {
@@ -103,7 +103,7 @@ void ZarrStore::fillBox(RawData samples, const Extents& box, std::size_t sampleB
 }
 
 bool ZarrStore::read(std::size_t chunk, RawData samples) {
-    const std::filesystem::path path = pathOf(chunk);
+    const std::filesystem::path path = fileOf(chunk);
     const std::size_t elements = m_grid.elements();
     const std::size_t storedBytes = bytesOf(m_array.stored);
     const VoxelTypes type = voxelTypeOf(m_array.stored);
@@ -156,7 +156,7 @@ bool ZarrStore::read(std::size_t chunk, RawData samples) {
 }
 
 void ZarrStore::write(std::size_t chunk, ConstRawData samples) {
-    const std::filesystem::path path = pathOf(chunk);
+    const std::filesystem::path path = fileOf(chunk);
     const std::size_t sampleBytes = bytesOf(m_array.stored);
     const std::size_t bytes = m_grid.elements() * sampleBytes;
     try {

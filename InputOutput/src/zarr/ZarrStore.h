@@ -23,9 +23,9 @@ public:
     void finish(const ImageHeader& header) override;
     /// The folder of the chunks has another name now.
     void moved(const std::filesystem::path& folder) { m_folder = folder; }
+    std::filesystem::path fileOf(std::size_t chunk) const;
 
 private:
-    std::filesystem::path pathOf(std::size_t chunk) const;
     /// Copies a box of samples between the order of the file and that of the image.
     void reorder(const std::uint8_t* from, std::uint8_t* to, const Extents& box, std::size_t sampleBytes,
                  bool toImage) const;

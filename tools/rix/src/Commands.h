@@ -24,6 +24,8 @@ void addConvertCommand(CLI::App& program, Action& chosen);
 void addInfoCommand(CLI::App& program, Action& chosen);
 void addRenderCommand(CLI::App& program, Action& chosen);
 void addRecipeCommand(CLI::App& program, Action& chosen);
+/// "plan", "block", "join" and "finish".
+void addPlanCommands(CLI::App& program, Action& chosen);
 void addCompletionCommand(CLI::App& program, Action& chosen);
 void addDemoCommand(CLI::App& program, Action& chosen);
 

@@ -82,17 +82,31 @@ std::unique_ptr<io::MemoryImage> loadImage(const fs::path& path) {
     });
 }
 
-std::unique_ptr<ImageModel> openOrLoadImage(const fs::path& path) {
-    auto opened = readThrough(path, [](const fs::path& readable, const io::ReadOptions& reading) {
+namespace {
+
+/// @param isToOpen whether an image is left on disk: one of the library's answers
+std::unique_ptr<ImageModel> openOrLoad(const fs::path& path,
+                                       bool (*isToOpen)(const fs::path& path, const io::ReadOptions& options)) {
+    auto opened = readThrough(path, [&](const fs::path& readable, const io::ReadOptions& reading) {
         io::ReadOptions silent = reading;
         silent.warn = [](const String&) {};  // what is to be told is told once
-        return io::isForOpening(readable, silent) ? io::openImage(readable, reading) : nullptr;
+        return isToOpen(readable, silent) ? io::openImage(readable, reading) : nullptr;
     });
     if (opened == nullptr) {
         return loadImage(path);
     }
     calibrate(*opened);
     return opened;
+}
+
+}  // namespace
+
+std::unique_ptr<ImageModel> openOrLoadImage(const fs::path& path) {
+    return openOrLoad(path, &io::isForOpening);
+}
+
+std::unique_ptr<ImageModel> openForParts(const fs::path& path) {
+    return openOrLoad(path, &io::canOpenImage);
 }
 
 io::ImageFileInfo readInfo(const fs::path& path, bool warns) {

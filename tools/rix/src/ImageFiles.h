@@ -27,6 +27,9 @@ std::unique_ptr<io::MemoryImage> loadImage(const std::filesystem::path& path);
 /// @throws Failure (unreadable input), MemoryError.
 std::unique_ptr<ImageModel> openOrLoadImage(const std::filesystem::path& path);
 
+/// The same of an image of which only a part is wanted: on disk wherever its format finds parts by themselves.
+std::unique_ptr<ImageModel> openForParts(const std::filesystem::path& path);
+
 /// What a file tells about its image beside the samples. @throws Failure (unreadable input).
 /// @param warns whether doubts about the file are told
 io::ImageFileInfo readInfo(const std::filesystem::path& path, bool warns = true);

@@ -108,6 +108,7 @@ int parseAndRun(const std::vector<std::string>& given) {
     addInfoCommand(program, chosen);
     addRenderCommand(program, chosen);
     addRecipeCommand(program, chosen);
+    addPlanCommands(program, chosen);
     addCompletionCommand(program, chosen);
     addDemoCommand(program, chosen);
     program.set_version_flag("--version", std::string("rix ") + rix::version());

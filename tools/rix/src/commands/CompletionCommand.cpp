@@ -137,7 +137,7 @@ std::string script(const CLI::App& program, const std::string& shell) {
                "    _rix_properties \"${typed[2]}\" ''\n"
                "    COMPREPLY=($(compgen -W \"$names\" -- \"$current\"))\n"
                "    compopt -o nospace\n"
-               "  elif [[ ${typed[1]} == recipe ]]; then\n"
+               "  elif [[ ${typed[1]} =~ ^(recipe|plan|block|join|finish)$ ]]; then\n"
                "    compopt -o filenames\n"
                "    COMPREPLY=($(compgen -f -X '!*.json' -- \"$current\") $(compgen -d -- \"$current\"))\n"
                "  else\n"
@@ -169,7 +169,7 @@ std::string script(const CLI::App& program, const std::string& shell) {
            "  elif [[ ${words[2]} == run ]]; then\n"
            "    _rix_properties \"${words[3]}\" ''\n"
            "    compadd -S '' -- ${=names}\n"
-           "  elif [[ ${words[2]} == recipe ]]; then _files -g '*.json'\n"
+           "  elif [[ ${words[2]} == (recipe|plan|block|join|finish) ]]; then _files -g '*.json'\n"
            "  else " +
            images +
            "; fi\n"

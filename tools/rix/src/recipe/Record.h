@@ -14,8 +14,11 @@ namespace rix::cli {
 class Record {
 public:
     Record(const std::filesystem::path& recipePath, const Recipe& recipe);
+    /// @param file what `describeFile` told of the file of the recipe
+    Record(nlohmann::json file, const Recipe& recipe);
 
     void addStep(nlohmann::json step) { m_json["steps"].push_back(std::move(step)); }
+    /// A folder of chunks is named alone.
     /// @param name with the selection of an image behind it, which is noted
     void addInput(const std::filesystem::path& name);
     /// What went to a pipe or a device is named alone.

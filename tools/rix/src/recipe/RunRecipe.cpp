@@ -28,35 +28,6 @@ namespace {
 constexpr std::size_t gapBetweenPictures = 8;
 constexpr std::size_t mostRowsShown = 40;
 
-nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, const RunNotes& notes) {
-    nlohmann::json properties = nlohmann::json::object();
-    for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
-        if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
-            properties[property->getName()] = *text;
-        }
-    }
-    nlohmann::json images = nlohmann::json::object();
-    for (const auto& [name, text] : step.assignments) {
-        if (description::imageRoleOf(description::findProperty(*run.algorithm, name)) != description::ImageRole::None) {
-            images[name] = text;
-        }
-    }
-    nlohmann::json results = nlohmann::json::object();
-    for (const Result& result : readResults(*run.algorithm)) {
-        results[result.name] = result.toJson();
-    }
-    const auto level = run.algorithm->getLastRunLevel();
-    nlohmann::json record = {{"run", step.className},
-                             {"version", run.algorithm->getVersion()},
-                             {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
-                             {"seconds", seconds},
-                             {"properties", std::move(properties)},
-                             {"images", std::move(images)},
-                             {"results", std::move(results)}};
-    notes.addTo(record);
-    return record;
-}
-
 /// The share of one step in the progress of all.
 class StepInteraction : public InteractionInterface {
 public:
@@ -122,7 +93,7 @@ private:
                                  [image = m_workspace.asItIs(name), path = step.target] { saveImage(path, *image); });
         } else {
             // Drawn now: a later step may change the images.
-            auto picture = std::make_shared<io::MemoryImage>(rendering::toImage(draw(step)));
+            auto picture = std::make_shared<io::MemoryImage>(rendering::toImage(drawPicture(step, m_workspace)));
             m_files.emplace_back(step.target, [picture, path = step.target] { saveImage(path, *picture); });
         }
     }
@@ -159,19 +130,6 @@ private:
         } else {
             m_files.emplace_back(path, [path, table = std::move(table)] { saveTable(path, table); });
         }
-    }
-
-    rendering::Picture draw(const Recipe::Step& step) {
-        std::unique_ptr<rendering::Picture> picture;
-        for (const Recipe::View& view : step.views) {
-            const ImageModel* const base = view.over.empty() ? nullptr : &m_workspace.input(view.over);
-            rendering::Picture next = rendering::renderView(
-                m_workspace.input(view.image), base, {},
-                view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None, &Interrupts::requested);
-            picture = std::make_unique<rendering::Picture>(
-                picture == nullptr ? std::move(next) : rendering::sideBySide(*picture, next, gapBetweenPictures));
-        }
-        return std::move(*picture);
     }
 
     const Recipe& m_recipe;
@@ -226,6 +184,48 @@ void runRecipe(const RecipeOptions& options) {
     if (options.json) {
         writeJson(record);
     }
+}
+
+nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, const RunNotes& notes) {
+    nlohmann::json properties = nlohmann::json::object();
+    for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
+        if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
+            properties[property->getName()] = *text;
+        }
+    }
+    nlohmann::json images = nlohmann::json::object();
+    for (const auto& [name, text] : step.assignments) {
+        if (description::imageRoleOf(description::findProperty(*run.algorithm, name)) != description::ImageRole::None) {
+            images[name] = text;
+        }
+    }
+    nlohmann::json results = nlohmann::json::object();
+    for (const Result& result : readResults(*run.algorithm)) {
+        results[result.name] = result.toJson();
+    }
+    const auto level = run.algorithm->getLastRunLevel();
+    nlohmann::json record = {{"run", step.className},
+                             {"version", run.algorithm->getVersion()},
+                             {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
+                             {"seconds", seconds},
+                             {"properties", std::move(properties)},
+                             {"images", std::move(images)},
+                             {"results", std::move(results)}};
+    notes.addTo(record);
+    return record;
+}
+
+rendering::Picture drawPicture(const Recipe::Step& step, Workspace& workspace) {
+    std::unique_ptr<rendering::Picture> picture;
+    for (const Recipe::View& view : step.views) {
+        const ImageModel* const base = view.over.empty() ? nullptr : &workspace.input(view.over);
+        rendering::Picture next = rendering::renderView(
+            workspace.input(view.image), base, {},
+            view.numbers ? rendering::LabelNumbers::Drawn : rendering::LabelNumbers::None, &Interrupts::requested);
+        picture = std::make_unique<rendering::Picture>(
+            picture == nullptr ? std::move(next) : rendering::sideBySide(*picture, next, gapBetweenPictures));
+    }
+    return std::move(*picture);
 }
 
 void saveRecord(const std::filesystem::path& path, const nlohmann::json& record) {

@@ -9,11 +9,16 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <rix/rendering/Picture.h>
+
 #include <vessel/DataFrame.h>
 
 #include "../Assignments.h"
 #include "../Progress.h"
+#include "../RunNotes.h"
+#include "PreparedRun.h"
 #include "Recipe.h"
+#include "Workspace.h"
 
 namespace rix::cli {
 
@@ -43,6 +48,13 @@ struct RecipeSurroundings {
 /// Runs the steps of a recipe that has been checked, and writes what they made. @return the record
 nlohmann::json carryOut(const std::filesystem::path& path, const Recipe& recipe,
                         const RecipeSurroundings& surroundings);
+
+/// What the record says of a run that has ended.
+/// @param step as the recipe has it
+nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, const RunNotes& notes);
+
+/// The picture that a step draws.
+rendering::Picture drawPicture(const Recipe::Step& step, Workspace& workspace);
 
 void saveRecord(const std::filesystem::path& path, const nlohmann::json& record);
 
