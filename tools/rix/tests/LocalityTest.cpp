@@ -29,8 +29,9 @@ std::unique_ptr<io::MemoryImage> makeScene(VoxelTypes type, const Extents& exten
         if (type == RIX_FLOAT32) {
             reinterpret_cast<float*>(image->getInternalBuffer())[i] = static_cast<float>(value) / 7.0F;
         } else {
-            image->getInternalBuffer()[i] =
-                static_cast<std::uint8_t>(meaning == RIX_VALUE ? value : meaning == RIX_BINARY ? isObject : value / 32);
+            image->getInternalBuffer()[i] = static_cast<std::uint8_t>(meaning == RIX_VALUE    ? value
+                                                                      : meaning == RIX_BINARY ? isObject
+                                                                                              : value / 32);
         }
     }
     return image;
@@ -43,9 +44,9 @@ struct Scene {
 };
 
 constexpr std::array scenes{
-    Scene{RIX_UINT8, RIX_VALUE, {90, 70, 1, 2, 1}}, Scene{RIX_FLOAT32, RIX_VALUE, {90, 70, 1, 1, 1}},
-    Scene{RIX_UINT8, RIX_BINARY, {90, 70, 1, 1, 1}}, Scene{RIX_UINT8, RIX_LABEL, {90, 70, 1, 1, 1}},
-    Scene{RIX_UINT8, RIX_VALUE, {44, 40, 24, 1, 1}}, Scene{RIX_FLOAT32, RIX_VALUE, {44, 40, 24, 1, 1}},
+    Scene{RIX_UINT8, RIX_VALUE, {90, 70, 1, 2, 1}},   Scene{RIX_FLOAT32, RIX_VALUE, {90, 70, 1, 1, 1}},
+    Scene{RIX_UINT8, RIX_BINARY, {90, 70, 1, 1, 1}},  Scene{RIX_UINT8, RIX_LABEL, {90, 70, 1, 1, 1}},
+    Scene{RIX_UINT8, RIX_VALUE, {44, 40, 24, 1, 1}},  Scene{RIX_FLOAT32, RIX_VALUE, {44, 40, 24, 1, 1}},
     Scene{RIX_UINT8, RIX_BINARY, {44, 40, 24, 1, 1}},
 };
 

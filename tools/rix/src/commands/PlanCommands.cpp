@@ -87,8 +87,19 @@ void report(const CarryCommandOptions& options, const nlohmann::json& object, co
     options.json ? writeJson(object) : writeData(line);
 }
 
+bool tellsFinished(const Plan& plan, const CarryCommandOptions& options) {
+    if (!isFinished(plan)) {
+        return false;
+    }
+    report(options, {{"done", false}, {"finished", true}}, "nothing to do: the plan is finished\n");
+    return true;
+}
+
 int runBlock(const CarryCommandOptions& options) {
     const Plan plan = planOf(options);
+    if (tellsFinished(plan, options)) {
+        return DONE;
+    }
     const std::size_t round = options.round.value_or(currentRound(plan));
     if (round >= plan.rounds.size()) {
         report(options, {{"round", nullptr}, {"block", options.block}, {"done", false}},
@@ -118,6 +129,9 @@ int runBlock(const CarryCommandOptions& options) {
 
 int runJoin(const CarryCommandOptions& options) {
     const Plan plan = planOf(options);
+    if (tellsFinished(plan, options)) {
+        return DONE;
+    }
     const std::size_t round = options.round.value_or(std::min(currentRound(plan), plan.rounds.size() - 1));
     bool isDone = false;
     {

@@ -1,7 +1,9 @@
 #include "BlockGrid.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <vector>
 
 namespace rix::cli {
 namespace {
@@ -51,6 +53,41 @@ Interval sourceOn(const BlockGrid& grid, std::size_t axis, std::size_t part, con
     return all;
 }
 
+std::size_t longestSource(const BlockGrid& grid, std::size_t axis, const BorderInfluence& grownBy) {
+    std::size_t longest = 0;
+    for (std::size_t part = 0; part < grid.parts[axis]; ++part) {
+        const Interval source = sourceOn(grid, axis, part, grownBy);
+        longest = std::max(longest, source.last - source.first);
+    }
+    return longest;
+}
+
+/// An axis in so many parts, the source of the longest of which has so many elements.
+struct Cut {
+    std::size_t parts;
+    std::size_t longest;
+};
+
+/// Those that make the longest shorter than fewer parts do, which starts with one part. One more need not: the new one
+/// may be grown on both sides where the others are not.
+std::vector<Cut> usefulCuts(BlockGrid grid, std::size_t axis, std::size_t blocks, const BorderInfluence& grownBy) {
+    const std::size_t chunks = chunksOn(grid, axis);
+    std::vector<Cut> cuts;
+    for (std::size_t held = chunks; held > 0;) {  // chunks of the longest part
+        const std::size_t parts = (chunks + held - 1) / held;
+        if (parts > blocks) {
+            break;
+        }
+        grid.parts[axis] = parts;
+        const std::size_t longest = longestSource(grid, axis, grownBy);
+        if (cuts.empty() || longest < cuts.back().longest) {
+            cuts.push_back({parts, longest});
+        }
+        held = std::min(held - 1, (chunks + parts - 1) / parts - 1);
+    }
+    return cuts;
+}
+
 }  // namespace
 
 std::size_t BlockGrid::blocks() const {
@@ -86,12 +123,7 @@ Box BlockGrid::sourceOf(std::size_t block, const BorderInfluence& grownBy) const
 std::size_t BlockGrid::largestSource(const BorderInfluence& grownBy) const {
     std::size_t product = 1;
     for (std::size_t axis = 0; axis < axes; ++axis) {
-        std::size_t longest = 0;
-        for (std::size_t part = 0; part < parts[axis]; ++part) {
-            const Interval source = sourceOn(*this, axis, part, grownBy);
-            longest = std::max(longest, source.last - source.first);
-        }
-        product = times(product, longest);
+        product = times(product, longestSource(*this, axis, grownBy));
     }
     return product;
 }
@@ -130,29 +162,32 @@ BlockGrid cutIntoBlocks(const Extents& image, std::size_t blocks, const BorderIn
         }
         longer = std::max(smallest, (longer / 2 + startsAtMultiplesOf - 1) / startsAtMultiplesOf * startsAtMultiplesOf);
     }
-    grid.parts = {1, 1, 1, 1, 1};
-    for (;;) {  // the next cut is the one that makes the largest source smallest
-        std::size_t best = axes;
-        BlockGrid cut;
-        for (const std::size_t axis : {SEQUENCE, PLANS, ROWS, COLUMNS}) {
-            const std::size_t chunks = chunksOn(grid, axis);
-            const std::size_t held = (chunks + grid.parts[axis] - 1) / grid.parts[axis];  // by the largest part
-            if (held == 1) {
-                continue;
-            }
-            BlockGrid next = grid;
-            next.parts[axis] = (chunks + held - 2) / (held - 1);
-            if (next.blocks() <= blocks &&
-                next.largestSource(grownBy) < (best == axes ? grid : cut).largestSource(grownBy)) {
-                cut = next;
-                best = axis;
-            }
-        }
-        if (best == axes) {
-            return grid;
-        }
-        grid = cut;
+    std::array<std::vector<Cut>, axes> cuts;
+    for (std::size_t axis = 0; axis < axes; ++axis) {
+        cuts[axis] = usefulCuts(grid, axis, blocks, grownBy);
     }
+    std::size_t least = most;
+    grid.parts = {1, 1, 1, 1, 1};
+    for (const Cut& t : cuts[SEQUENCE]) {
+        for (const Cut& z : cuts[PLANS]) {
+            if (t.parts > blocks / z.parts) {
+                break;
+            }
+            for (const Cut& y : cuts[ROWS]) {
+                const std::size_t left = blocks / (t.parts * z.parts) / y.parts;
+                if (left == 0) {
+                    break;
+                }
+                const Cut& x = *std::prev(std::ranges::upper_bound(cuts[COLUMNS], left, {}, &Cut::parts));
+                const std::size_t elements = times(times(t.longest, z.longest), times(y.longest, x.longest));
+                if (elements < least) {
+                    least = elements;
+                    grid.parts = {x.parts, y.parts, z.parts, t.parts, 1};
+                }
+            }
+        }
+    }
+    return grid;
 }
 
 BorderInfluence sumOf(const BorderInfluence& a, const BorderInfluence& b) {

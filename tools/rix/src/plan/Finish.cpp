@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <fstream>
-#include <set>
 
 #include <nlohmann/json.hpp>
 
@@ -9,6 +8,7 @@
 #include <rix/rendering/View.h>
 
 #include "../Failure.h"
+#include "../FileOptions.h"
 #include "../ImageFiles.h"
 #include "../Interrupts.h"
 #include "../TableFiles.h"
@@ -24,10 +24,54 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-void writeOutput(const Plan& plan, std::size_t i) {
+bool isAsked(const io::WriteOptions& options) {
+    return options.pyramid || options.compression != io::Compression::FormatDefault;
+}
+
+/// Whether nothing else is made of an image.
+bool isUsedOnce(const Plan& plan, const std::string& object) {
+    return std::ranges::count(plan.outputs, object, &Plan::Output::object) == 1 &&
+           std::ranges::none_of(plan.outputs, [&](const Plan::Output& output) {
+               return output.kind == Plan::Output::Kind::Picture &&
+                      std::ranges::any_of(plan.renamed[output.picture].views, [&](const Recipe::View& view) {
+                          return view.image == object || view.over == object;
+                      });
+           });
+}
+
+/// Gives a folder of chunks its name instead of writing it once more, where it is new and on the same disk.
+bool movesFolder(const Plan& plan, const Plan::Output& output) {
+    const fs::path from = plan.imageOf(output.object);
+    std::error_code error;
+    if (isAsked(writingOptions()) || from.filename() != output.target.filename() || !isUsedOnce(plan, output.object) ||
+        output.target.parent_path().filename() == "labels") {
+        return false;
+    }
+    const bool isThere = fs::exists(fs::symlink_status(output.target, error));
+    if (!fs::exists(from, error)) {
+        return isThere;  // moved before the process was killed
+    }
+    if (isThere) {
+        return false;  // what gives way to an image, and how, is known where images are written
+    }
+    for (const auto& entry : fs::recursive_directory_iterator(from, error)) {
+        const std::string name = entry.path().filename().string();
+        if (name.starts_with(".rix-") && name.ends_with(".tmp")) {  // of a block that was killed
+            std::error_code ignored;
+            fs::remove(entry.path(), ignored);
+        }
+    }
+    fs::rename(from, output.target, error);
+    return !error;
+}
+
+void writeOutput(const Plan& plan, std::size_t i, bool keep) {
     const Plan::Output& output = plan.outputs[i];
     switch (output.kind) {
         case Plan::Output::Kind::Image:
+            if (!keep && movesFolder(plan, output)) {
+                break;
+            }
             saveImage(output.target, std::as_const(*openObject(plan, output.object)));
             break;
         case Plan::Output::Kind::Table: {
@@ -65,23 +109,20 @@ void checkBlocks(const Plan& plan) {
 void removeWork(const Plan& plan) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(plan.workFolder(), error)) {
-        if (entry.path() != plan.finishReceipt() && entry.path().filename() != "plan.json") {
+        // What tells that the plan is done stays, and what scripts read.
+        if (entry.path() != plan.finishReceipt() && entry.path() != plan.roundsFile() &&
+            entry.path().filename() != "plan.json") {
             std::error_code ignored;
             fs::remove_all(entry.path(), ignored);
         }
     }
 }
 
-}  // namespace
-
-json finish(const Plan& plan, bool keep, const CarryOptions& options) {
-    if (const auto done = readReceipt(plan, plan.finishReceipt())) {
-        return done->at("record");
-    }
-    const std::size_t round = currentRound(plan);
-    if (round < plan.rounds.size()) {
-        readBlockReceipts(plan, round);
-        throw Failure(RUN_FAILED, "round " + std::to_string(round) + " is not joined yet: run rix join");
+/// What is checked and noted before the first output takes a place, perhaps that of an input: the record without
+/// outputs.
+json beginFinishing(const Plan& plan) {
+    if (const auto begun = readReceipt(plan, plan.finishingReceipt())) {
+        return begun->at("record");
     }
     checkBlocks(plan);
     Recipe recipe;
@@ -98,20 +139,36 @@ json finish(const Plan& plan, bool keep, const CarryOptions& options) {
         }
     }
     for (std::size_t i = 0; i < plan.inputs.size(); ++i) {
-        record.addInput(plan.inputs.at("input-" + std::to_string(i)).name);  // before an output takes its place
+        record.addInput(plan.inputs.at("input-" + std::to_string(i)).name);
     }
+    saveReceipt(plan, plan.finishingReceipt(), {{"record", record.json()}}, {});
+    return record.json();
+}
+
+}  // namespace
+
+json finish(const Plan& plan, bool keep, const CarryOptions& options) {
+    if (const auto done = readReceipt(plan, plan.finishReceipt())) {
+        return done->at("record");
+    }
+    const std::size_t round = currentRound(plan);
+    if (round < plan.rounds.size()) {
+        readBlockReceipts(plan, round);
+        throw Failure(RUN_FAILED, "round " + std::to_string(round) + " is not joined yet: run rix join");
+    }
+    json record = beginFinishing(plan);
     for (std::size_t i = 0; i < plan.outputs.size(); ++i) {
         Interrupts::throwIfRequested();
-        writeOutput(plan, i);
-        record.addOutput(plan.outputs[i].target);
+        writeOutput(plan, i, keep);
+        record["outputs"].push_back(Record::describeOutput(plan.outputs[i].target));
         options.say("wrote   " + plan.outputs[i].target.string() + '\n');
     }
-    saveRecord(plan.record, record.json());
-    saveReceipt(plan, plan.finishReceipt(), {{"record", record.json()}}, {});
+    saveRecord(plan.record, record);
+    saveReceipt(plan, plan.finishReceipt(), {{"record", record}}, {});
     if (!keep) {
         removeWork(plan);
     }
-    return record.json();
+    return record;
 }
 
 }  // namespace rix::cli

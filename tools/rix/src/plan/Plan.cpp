@@ -5,6 +5,7 @@
 
 #include <rix/Library.h>
 #include <rix/description/Text.h>
+#include <rix/io/ChunkedFile.h>
 #include <rix/io/Selection.h>
 
 #include "../Failure.h"
@@ -29,7 +30,29 @@ fs::path Plan::workFolder() const {
 }
 
 fs::path Plan::imageOf(const std::string& object) const {
-    return workFolder() / "images" / (object + ".zarr");
+    // A folder notes its name: one that becomes an output has it from the beginning.
+    const auto output = std::ranges::find_if(outputs, [&](const Output& candidate) {
+        return candidate.kind == Output::Kind::Image && candidate.object == object &&
+               io::isChunkedFileName(candidate.target);
+    });
+    const bool isOutput = output != outputs.end() && output->target.extension() == ".zarr";
+    return workFolder() / "images" / object / (isOutput ? output->target.filename() : fs::path(object + ".zarr"));
+}
+
+std::vector<std::string> Plan::madeImages() const {
+    std::vector<std::string> made;
+    for (const Recipe::Step& step : renamed) {
+        for (const Assignment& assignment : step.assignments) {
+            if (assignment.text.starts_with("image-")) {
+                made.push_back(assignment.text);
+            }
+        }
+    }
+    return made;
+}
+
+fs::path Plan::roundsFile() const {
+    return workFolder() / "rounds.txt";
 }
 
 fs::path Plan::outputOf(std::size_t output) const {
@@ -46,6 +69,10 @@ fs::path Plan::joinReceipt(std::size_t round) const {
 
 fs::path Plan::stepReceipt(std::size_t step) const {
     return workFolder() / (numbered("step", step) + ".json");
+}
+
+fs::path Plan::finishingReceipt() const {
+    return workFolder() / "finishing.json";
 }
 
 fs::path Plan::finishReceipt() const {
@@ -140,7 +167,8 @@ Plan openPlan(const fs::path& path) {
         refuse(UNREADABLE_INPUT,
                "was made in the folder " + description::inQuotes(plan.folder.string()) + ": " + error.message());
     }
-    if (!readJsonFile(plan.finishReceipt()).is_object()) {  // an output may have taken the place of an input
+    if (!readJsonFile(plan.finishingReceipt()).is_object() &&
+        !readJsonFile(plan.finishReceipt()).is_object()) {  // an output may have taken the place of an input
         for (const auto& [object, input] : plan.inputs) {
             if (identityOfInput(input.name) != input.identity) {
                 throw Failure(WRONG_USAGE, "the input " + description::inQuotes(input.name) +

@@ -58,11 +58,17 @@ struct Plan {
 
     std::filesystem::path workFolder() const;
     std::filesystem::path imageOf(const std::string& object) const;
+    /// All that the runs make, and perhaps read: some of them twice.
+    std::vector<std::string> madeImages() const;
     std::filesystem::path outputOf(std::size_t output) const;
     std::filesystem::path blockReceipt(std::size_t round, std::size_t block) const;
     std::filesystem::path joinReceipt(std::size_t round) const;
     std::filesystem::path stepReceipt(std::size_t step) const;
+    /// What was checked before the first output takes its place.
+    std::filesystem::path finishingReceipt() const;
     std::filesystem::path finishReceipt() const;
+    /// A line for each round, with its number and that of its blocks, for scripts.
+    std::filesystem::path roundsFile() const;
 };
 
 /// Without its sum.

@@ -236,6 +236,9 @@ Plan makePlan(const PlanRequest& request) {
     plan.steps = recipe.steps;
     plan.wantedBlocks = request.blocks;
     Planner(plan).run();
+    if (plan.rounds.empty()) {
+        throw Failure(WRONG_USAGE, "the recipe runs nothing that could be planned");
+    }
     return plan;
 }
 

@@ -7,6 +7,7 @@
 #include "../Failure.h"
 #include "../Interrupts.h"
 #include "../Sha256.h"
+#include "../TableFiles.h"
 
 namespace rix::cli {
 namespace {
@@ -27,6 +28,11 @@ void makeFolder(const fs::path& folder) {
     }
 }
 
+/// By which a receipt is known that was copied to the place of another one.
+std::string nameOf(const Plan& plan, const fs::path& receipt) {
+    return fs::relative(receipt, plan.workFolder()).string();
+}
+
 /// The files that it tells of, as they are.
 bool holds(const Plan& plan, const json& files) {
     return std::ranges::all_of(files, [&](const json& file) {
@@ -39,18 +45,28 @@ bool holds(const Plan& plan, const json& files) {
 }  // namespace
 
 void claimWorkFolder(const Plan& plan) {
+    std::error_code error;
+    if (readJsonFile(plan.finishReceipt()).is_object()) {
+        fs::remove_all(plan.workFolder(), error);
+    }
     makeFolder(plan.workFolder());
     const json claim = readJsonFile(claimOf(plan));
-    std::error_code error;
     if (claim.is_null() ? !fs::is_empty(plan.workFolder(), error) : claim != json{{"plan", plan.sum}}) {
         throw Failure(WRONG_USAGE, "the folder " + description::inQuotes(plan.workFolder().string()) +
                                        " has the work of another plan; finish that, or remove the folder");
     }
+    saveJsonFile(claimOf(plan), {{"plan", plan.sum}});
     for (std::size_t round = 0; round < plan.rounds.size(); ++round) {
         makeFolder(plan.joinReceipt(round).parent_path());
     }
-    makeFolder(plan.workFolder() / "images");
-    saveJsonFile(claimOf(plan), {{"plan", plan.sum}});
+    for (const std::string& object : plan.madeImages()) {
+        makeFolder(plan.imageOf(object).parent_path());
+    }
+    std::string rounds;
+    for (std::size_t round = 0; round < plan.rounds.size(); ++round) {
+        rounds += std::to_string(round) + ' ' + std::to_string(plan.rounds[round].grid.blocks()) + '\n';
+    }
+    saveText(plan.roundsFile(), rounds);
 }
 
 void checkWorkFolder(const Plan& plan) {
@@ -62,6 +78,7 @@ void checkWorkFolder(const Plan& plan) {
 
 void saveReceipt(const Plan& plan, const fs::path& path, json content, const std::vector<fs::path>& files) {
     content["plan"] = plan.sum;
+    content["receipt"] = nameOf(plan, path);
     content["files"] = json::array();
     for (const fs::path& file : files) {
         const auto sum = sumOfFile(file);
@@ -77,7 +94,8 @@ void saveReceipt(const Plan& plan, const fs::path& path, json content, const std
 
 std::optional<json> readReceipt(const Plan& plan, const fs::path& path) {
     json content = readJsonFile(path);
-    if (!content.is_object() || content.value("plan", json()) != plan.sum) {
+    if (!content.is_object() || content.value("plan", json()) != plan.sum ||
+        content.value("receipt", json()) != nameOf(plan, path)) {
         return std::nullopt;
     }
     const json sum = content.value("sha256", json());
@@ -111,6 +129,10 @@ std::vector<json> readBlockReceipts(const Plan& plan, std::size_t round) {
     throw Failure(RUN_FAILED, "round " + std::to_string(round) + " is not complete: " + std::to_string(missing.size()) +
                                   " of " + std::to_string(blocks) + " blocks have no valid receipt: " +
                                   description::join(names) + (missing.size() > mostShown ? ", ..." : ""));
+}
+
+bool isFinished(const Plan& plan) {
+    return readReceipt(plan, plan.finishReceipt()).has_value();
 }
 
 bool isJoined(const Plan& plan, std::size_t round) {

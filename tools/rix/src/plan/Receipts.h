@@ -11,7 +11,8 @@
 
 namespace rix::cli {
 
-/// Marks the folder of a plan as its own. @throws Failure (wrong usage) when another plan has left work there
+/// Makes the folder of a plan and marks it as its own. What a finished plan has left gives way. @throws Failure (wrong
+/// usage) when another plan has left work there
 void claimWorkFolder(const Plan& plan);
 /// @throws Failure (wrong usage) when the folder is of another plan, or gone
 void checkWorkFolder(const Plan& plan);
@@ -28,6 +29,7 @@ std::vector<nlohmann::json> readBlockReceipts(const Plan& plan, std::size_t roun
 
 /// The first round that was not joined; their number when all were.
 std::size_t currentRound(const Plan& plan);
+bool isFinished(const Plan& plan);
 bool isJoined(const Plan& plan, std::size_t round);
 
 }  // namespace rix::cli

@@ -57,10 +57,10 @@ void Record::addInput(const std::filesystem::path& name) {
     }
 }
 
-void Record::addOutput(const std::filesystem::path& path) {
+nlohmann::json Record::describeOutput(const std::filesystem::path& path) {
     std::error_code error;
     const bool isFile = !isStandardStream(path) && std::filesystem::is_regular_file(path, error);
-    m_json["outputs"].push_back(isFile ? describeFile(path) : nlohmann::json{{"path", path.string()}});
+    return isFile ? describeFile(path) : nlohmann::json{{"path", path.string()}};
 }
 
 }  // namespace rix::cli

@@ -21,12 +21,13 @@ public:
     /// A folder of chunks is named alone.
     /// @param name with the selection of an image behind it, which is noted
     void addInput(const std::filesystem::path& name);
-    /// What went to a pipe or a device is named alone.
-    void addOutput(const std::filesystem::path& path);
+    void addOutput(const std::filesystem::path& path) { m_json["outputs"].push_back(describeOutput(path)); }
     const nlohmann::json& json() const { return m_json; }
 
     /// {"path": ..., "bytes": ..., "sha256": ...} @throws Failure (unreadable input).
     static nlohmann::json describeFile(const std::filesystem::path& path);
+    /// The same of what was written; what went to a pipe or a device is named alone.
+    static nlohmann::json describeOutput(const std::filesystem::path& path);
 
 private:
     nlohmann::json m_json;
