@@ -106,27 +106,32 @@ bool comparesEqual(const AlgoInfo& info, const std::string& choice, const std::s
     } catch (const Exception&) {
         return false;
     }
-    const BlockGrid grid = cutIntoBlocks(shape, 6, influence);
-    for (std::size_t block = 0; block < grid.blocks(); ++block) {
-        const Box inner = grid.boxOf(block);
-        const Box source = grid.sourceOf(block, influence);
-        const auto part = copyOf(scene, source);
-        Case cut(info, choice, value, *part);
-        cut.algorithm().run();
-        Box within = inner;
-        for (std::size_t axis = 0; axis < within.first.size(); ++axis) {
-            within.first[axis] -= source.first[axis];
-        }
-        for (const auto& [name, image] : whole.made()) {
-            EXPECT_TRUE(bytesOf(*image, inner) == bytesOf(*cut.made().at(name), within))
-                << info.getName() << ' ' << name << ' ' << choice << '=' << value << " block " << block << " of "
-                << grid.blocks() << ' ' << helper::describeImage(scene);
-            if (testing::Test::HasFailure()) {
-                return true;
+    // Blocks that begin at several places, which sums over windows of several lengths must not show.
+    bool isCut = false;
+    for (const std::size_t blocks : {2U, 5U, 12U}) {
+        const BlockGrid grid = cutIntoBlocks(shape, blocks, influence);
+        isCut = isCut || grid.blocks() > 1;
+        for (std::size_t block = grid.blocks() - 1; block > 0; block = block * 2 / 3) {
+            const Box inner = grid.boxOf(block);
+            const Box source = grid.sourceOf(block, influence);
+            const auto part = copyOf(scene, source);
+            Case cut(info, choice, value, *part);
+            cut.algorithm().run();
+            Box within = inner;
+            for (std::size_t axis = 0; axis < within.first.size(); ++axis) {
+                within.first[axis] -= source.first[axis];
+            }
+            for (const auto& [name, image] : whole.made()) {
+                EXPECT_TRUE(bytesOf(*image, inner) == bytesOf(*cut.made().at(name), within))
+                    << info.getName() << ' ' << name << ' ' << choice << '=' << value << " block " << block << " of "
+                    << grid.blocks() << ' ' << helper::describeImage(scene);
+                if (testing::Test::HasFailure()) {
+                    return true;
+                }
             }
         }
     }
-    return grid.blocks() > 1;
+    return isCut;
 }
 
 TEST(Locality, HasTheBitsOfTheWholeForEveryClassAndChoice) {
@@ -148,6 +153,33 @@ TEST(Locality, HasTheBitsOfTheWholeForEveryClassAndChoice) {
         }
     }
     EXPECT_GT(compared, 150U);
+}
+
+TEST(Locality, OfWindowsOfAllLengths) {
+    const auto image = makeScene(RIX_FLOAT32, {170, 130, 1, 1, 1}, RIX_VALUE);
+    const std::map<std::string, std::vector<std::string>> lengths = {
+        {"kernelSizeX", {"2", "7", "8", "17", "60", "93", "169", "400"}},
+        {"kernelSizeY", {"9", "59", "129", "131"}},
+        {"kernelRadius", {"4"}},
+        {"standardDeviationX", {"0.3", "2.7", "3", "4", "11"}},
+        {"standardDeviation", {"0.3", "2.7", "3", "4", "11"}},
+        {"standardDeviation2", {"3", "7"}},
+        {"outerStandardDeviation", {"2.7", "4"}},
+        {"maximumScale", {"2", "8"}},
+        {"radius", {"2", "7"}},
+        {"numberOfIterations", {"3"}},
+    };
+    std::size_t compared = 0;
+    for (const AlgoInfo* const info : description::listedClasses()) {
+        const auto algorithm = description::createAlgorithm(*info);
+        for (const BaseProperty* const property : description::listProperties(*algorithm)) {
+            const auto found = lengths.find(property->getName());
+            for (std::size_t i = 0; found != lengths.end() && i < found->second.size(); ++i) {
+                compared += comparesEqual(*info, found->first, found->second[i], *image) ? 1U : 0U;
+            }
+        }
+    }
+    EXPECT_GT(compared, 40U);
 }
 
 }  // namespace

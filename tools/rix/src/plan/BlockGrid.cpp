@@ -120,6 +120,17 @@ Box BlockGrid::sourceOf(std::size_t block, const BorderInfluence& grownBy) const
     return box;
 }
 
+Extents BlockGrid::longestParts() const {
+    Extents longest{};
+    for (std::size_t axis = 0; axis < axes; ++axis) {
+        for (std::size_t part = 0; part < parts[axis]; ++part) {
+            const Interval all = partOf(*this, axis, part);
+            longest[axis] = std::max(longest[axis], all.last - all.first);
+        }
+    }
+    return longest;
+}
+
 std::size_t BlockGrid::largestSource(const BorderInfluence& grownBy) const {
     std::size_t product = 1;
     for (std::size_t axis = 0; axis < axes; ++axis) {

@@ -29,6 +29,8 @@ struct BlockGrid {
     Box boxOf(std::size_t block) const;
     /// Those that it computes them from: so many voxels more to each side, where the image has them.
     Box sourceOf(std::size_t block, const BorderInfluence& grownBy) const;
+    /// The longest part on each axis.
+    Extents longestParts() const;
     /// Elements of the largest source, and of all of them together. Beyond 64 bits they are as many as these hold.
     std::size_t largestSource(const BorderInfluence& grownBy) const;
     std::size_t allSources(const BorderInfluence& grownBy) const;

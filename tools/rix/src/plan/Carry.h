@@ -30,7 +30,8 @@ bool carryOutBlock(const Plan& plan, std::size_t round, std::size_t block, Inter
 /// A step that was done is not done again. False when the round is joined already.
 bool join(const Plan& plan, std::size_t round, InteractionInterface& interaction, const CarryOptions& options);
 
-/// Writes what the recipe writes, and its record, which it returns; removes what lies in the plan's folder.
+/// Writes what the recipe writes, and its record, which it returns; removes what lies in the plan's folder. Of a plan
+/// that is finished the record is read; null when it is gone.
 /// @param keep leaves that
 nlohmann::json finish(const Plan& plan, bool keep, const CarryOptions& options);
 

@@ -148,8 +148,8 @@ json beginFinishing(const Plan& plan) {
 }  // namespace
 
 json finish(const Plan& plan, bool keep, const CarryOptions& options) {
-    if (const auto done = readReceipt(plan, plan.finishReceipt())) {
-        return done->at("record");
+    if (isFinished(plan)) {
+        return readJsonFile(plan.record);
     }
     const std::size_t round = currentRound(plan);
     if (round < plan.rounds.size()) {
@@ -164,7 +164,7 @@ json finish(const Plan& plan, bool keep, const CarryOptions& options) {
         options.say("wrote   " + plan.outputs[i].target.string() + '\n');
     }
     saveRecord(plan.record, record);
-    saveReceipt(plan, plan.finishReceipt(), {{"record", record}}, {});
+    saveReceipt(plan, plan.finishReceipt(), {}, {});
     if (!keep) {
         removeWork(plan);
     }

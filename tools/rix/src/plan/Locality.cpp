@@ -19,9 +19,28 @@ constexpr std::array exceptions{
     std::string_view("BSplineCoefficients3d"),
     std::string_view("FourierConvolution2d"),  // rounding follows from the tiles of the transform
     std::string_view("FourierConvolution3d"),
+    std::string_view("GuidedFilter2d"),  // sums begin anew at multiples of a window that only the filter knows
+    std::string_view("GuidedFilter3d"),
+    std::string_view("NonLocalMeansFilter2d"),
+    std::string_view("NonLocalMeansFilter3d"),
     std::string_view("TensorVoting2d"),  // votes are added in the order of the blocks of its own run
     std::string_view("TensorVoting3d"),
 };
+
+/// These smooth by a recursion along lines when their Gaussian is wide, of 3 voxels or more: it begins anew at
+/// multiples of so many elements that a block rarely has them.
+constexpr std::array smoothers{
+    std::string_view("BackgroundCorrection2d"), std::string_view("BackgroundCorrection3d"),
+    std::string_view("GaussianFilter2d"),       std::string_view("GaussianFilter3d"),
+    std::string_view("LocalNormalization2d"),   std::string_view("LocalNormalization3d"),
+    std::string_view("UnsharpMask2d"),          std::string_view("UnsharpMask3d"),
+};
+
+bool isRecursive(const std::string& name, const BorderInfluence& influence) {
+    constexpr std::size_t reachOfWide = 15;  // 5 deviations
+    return std::ranges::count(smoothers, std::string_view(name)) > 0 &&
+           std::ranges::any_of(influence.lower, [](std::size_t reach) { return reach >= reachOfWide; });
+}
 
 Extents shapeOf(const ImageModel& image) {
     Extents extents = helper::getExtents(image);
@@ -43,9 +62,11 @@ bool isKernel(const std::string& property) {
 
 bool isForBlocks(const PreparedRun& run, Extents& shape) {
     const BaseAlgorithm& algorithm = *run.algorithm;
-    const AlgorithmKind kind = algorithm.describe().kind;
+    const AlgorithmDescription told = algorithm.describe();
+    const AlgorithmKind kind = told.kind;
+    const std::string name = algorithm.getClassInfo().getName();
     if ((kind != AlgorithmKind::Point && kind != AlgorithmKind::Neighbourhood) ||
-        std::ranges::count(exceptions, std::string_view(algorithm.getClassInfo().getName())) > 0) {
+        std::ranges::count(exceptions, std::string_view(name)) > 0 || isRecursive(name, told.borderInfluence)) {
         return false;
     }
     std::size_t inputs = 0;

@@ -35,7 +35,7 @@ std::string describePlan(const Plan& plan) {
         const std::string name = "round " + std::to_string(i);
         const std::size_t blocks = round.grid.blocks();
         if (blocks > 0) {
-            const Extents largest = round.grid.boxOf(blocks - 1).count;
+            const Extents largest = round.grid.longestParts();
             text += name + "  " + countOf(blocks, "block") + " for " + stepsOf(plan, round.inBlocks) +
                     "\n         up to " + triple({largest[0], largest[1], largest[2]}) + " voxels each, grown by " +
                     triple(round.grownBy.lower) + " below and " + triple(round.grownBy.upper) + " above; they read " +
