@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include <rix/access/MemoryAccount.h>
+#include <rix/exceptions/Exception.h>
 
 #include "Int128.h"
 
@@ -208,12 +209,22 @@ double computeThresholdMoments(const math::Histogram& histogram) {
     return histogram.getClassStart(histogram.getNbClasses() - 1);
 }
 
-double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram,
-                        const ImageModel& image, access::ExecutionContext& context, OptimLevelType level) {
+double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram) {
     switch (criterion) {
         case ThresholdChoices::ENTROPY: return computeThresholdEntropy(histogram);
         case ThresholdChoices::FACTORISATION: return computeThresholdFactorization(histogram);
         case ThresholdChoices::MOMENTS: return computeThresholdMoments(histogram);
+        case ThresholdChoices::ISODATA: break;
+    }
+    throw InvalidCall("Counts alone give no threshold by this criterion.");
+}
+
+double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram,
+                        const ImageModel& image, access::ExecutionContext& context, OptimLevelType level) {
+    switch (criterion) {
+        case ThresholdChoices::ENTROPY:
+        case ThresholdChoices::FACTORISATION:
+        case ThresholdChoices::MOMENTS: return computeThreshold(criterion, histogram);
         case ThresholdChoices::ISODATA: return computeThresholdIsodata(histogram, image, context, level);
     }
     return 0.0;

@@ -39,6 +39,11 @@ RIX_EXPORT double computeThresholdMoments(const math::Histogram& histogram);
 RIX_EXPORT double computeThresholdIsodata(const math::Histogram& histogram, const ImageModel& image,
                                           access::ExecutionContext& context, OptimLevelType level = SCALAR);
 
+/// The threshold by a criterion that takes the counts alone: any but `ISODATA`.
+/// @throws InvalidCall for that one, and for a value that is none
+RIX_EXPORT double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion,
+                                   const math::Histogram& histogram);
+
 /// The threshold by any criterion; 0 for a value that is none.
 RIX_EXPORT double computeThreshold(ThresholdChoices::ThresholdCriterionType criterion, const math::Histogram& histogram,
                                    const ImageModel& image, access::ExecutionContext& context,
