@@ -188,7 +188,6 @@ private:
         const char* const from = m_temporary.c_str();
         const char* const to = m_target.c_str();
         refuseOthers();  // what has this name may have changed since
-        syncBeforeReplacing();
         if (!isThere(m_target)) {
             if (::rename(from, to) != 0) {
                 failPublishing();
@@ -196,6 +195,7 @@ private:
             m_temporary.clear();
             return;
         }
+        synchronise();
         if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_EXCHANGE) == 0) {
             return;  // the older one goes with the temporary name
         }
@@ -213,10 +213,7 @@ private:
     }
 
     /// The older image goes when the new one has its name: what a power failure would take of the new one would be all.
-    void syncBeforeReplacing() const {
-        if (!isThere(m_target)) {
-            return;
-        }
+    void synchronise() const {
         const int folder = ::open(m_temporary.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         const bool isSafe = folder >= 0 && ::syncfs(folder) == 0;
         const int reason = errno;

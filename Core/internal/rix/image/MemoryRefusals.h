@@ -7,7 +7,8 @@
 namespace rix::helper {
 
 /// Learns why an image takes no shape in this thread while it lives, for want of memory or as it has noted itself
-/// (`noteRowRefusal`): of a failure, `ImageModel::reserve` tells no more than that there was one. They nest; a refusal counts for the innermost.
+/// (`noteRowRefusal`): of a failure, `ImageModel::reserve` tells no more than that there was one. They nest; a refusal
+/// of memory counts for the innermost.
 class MemoryRefusals {
 public:
     MemoryRefusals() noexcept;
