@@ -95,25 +95,13 @@ std::unique_ptr<MemoryImage> readChunks(ChunkedImage& file, const ReadOptions& o
     const std::size_t sampleBytes = helper::getSizeOf(file.info.voxelType);
     const auto samples = memoryFor(grid.elements() * sampleBytes);
     InterruptPoint interrupt(options.interrupted);
-    // The chunks that have some of what is kept, and no others.
-    Extents first{};
-    Extents count{};
-    std::size_t chunks = 1;
-    for (std::size_t axis = 0; axis < first.size(); ++axis) {
+    ChunkGrid::Box keptBox;
+    for (std::size_t axis = 0; axis < keptBox.first.size(); ++axis) {
         const Indices kept = image.kept(static_cast<Components>(axis));
-        first[axis] = kept.first / file.chunk[axis];
-        count[axis] = (kept.end() - 1) / file.chunk[axis] + 1 - first[axis];
-        chunks *= count[axis];
+        keptBox.first[axis] = kept.first;
+        keptBox.count[axis] = kept.count;
     }
-    for (std::size_t i = 0; i < chunks; ++i) {
-        std::size_t index = 0;
-        std::size_t rest = i;
-        std::size_t step = 1;
-        for (std::size_t axis = 0; axis < first.size(); ++axis) {
-            index += (first[axis] + rest % count[axis]) * step;
-            rest /= count[axis];
-            step *= grid.counts()[axis];
-        }
+    grid.forEachIn(keptBox, [&](std::size_t index) {
         const bool isThere = file.store->read(index, samples.get());
         const ChunkGrid::Box box = grid.boxOf(index);
         if (!isThere) {
@@ -123,24 +111,29 @@ std::unique_ptr<MemoryImage> readChunks(ChunkedImage& file, const ReadOptions& o
             image.put(samples.get() + (isThere ? element * sampleBytes : 0), 1, place, elements);
         });
         interrupt.pass(grid.elements() * sampleBytes);
-    }
+    });
     return image.release();
+}
+
+void fillChunk(const ChunkGrid& grid, std::size_t chunk, const ImageModel& image, const Extents& origin,
+               std::uint8_t* samples) {
+    const std::size_t sampleBytes = helper::getSizeOf(image.getVoxelType());
+    const ChunkGrid::Box box = grid.boxOf(chunk);
+    if (box.count != grid.chunk()) {
+        std::memset(samples, 0, grid.elements() * sampleBytes);
+    }
+    forEachRow(box, grid.chunk(), [&](const Place& place, std::size_t elements, std::size_t element) {
+        readRow(image, samples + element * sampleBytes, elements, place.column - origin[COLUMNS],
+                place.row - origin[ROWS], place.plane - origin[PLANS], place.frame - origin[SEQUENCE],
+                place.channel - origin[SPECTRAL_SERIES]);
+    });
 }
 
 void writeChunks(ChunkStore& store, const Extents& chunk, const ImageModel& image) {
     const ChunkGrid grid(helper::getExtents(image), chunk);
-    const std::size_t sampleBytes = helper::getSizeOf(image.getVoxelType());
-    const std::size_t bytes = grid.elements() * sampleBytes;
-    const auto samples = memoryFor(bytes);
+    const auto samples = memoryFor(grid.elements() * helper::getSizeOf(image.getVoxelType()));
     for (std::size_t index = 0; index < grid.chunks(); ++index) {
-        const ChunkGrid::Box box = grid.boxOf(index);
-        if (box.count != chunk) {
-            std::memset(samples.get(), 0, bytes);
-        }
-        forEachRow(box, chunk, [&](const Place& place, std::size_t elements, std::size_t element) {
-            readRow(image, samples.get() + element * sampleBytes, elements, place.column, place.row, place.plane,
-                    place.frame, place.channel);
-        });
+        fillChunk(grid, index, image, {}, samples.get());
         store.write(index, samples.get());
     }
     store.finish(helper::headerOf(image));

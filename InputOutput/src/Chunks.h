@@ -52,6 +52,9 @@ public:
     /// Where a chunk lies on each axis, in chunks.
     Extents placeOf(std::size_t chunk) const;
     Box boxOf(std::size_t chunk) const;
+    /// Calls `visit(chunk)` for the chunks that have some of a box of the image, in their order.
+    template <class Visit>
+    void forEachIn(const Box& box, const Visit& visit) const;
 
 private:
     Extents m_image;
@@ -60,6 +63,29 @@ private:
     std::size_t m_chunks = 1;
     std::size_t m_elements = 1;
 };
+
+template <class Visit>
+void ChunkGrid::forEachIn(const Box& box, const Visit& visit) const {
+    Extents first{};
+    Extents count{};
+    std::size_t chunks = 1;
+    for (std::size_t axis = 0; axis < first.size(); ++axis) {
+        first[axis] = box.first[axis] / m_chunk[axis];
+        count[axis] = (box.first[axis] + box.count[axis] - 1) / m_chunk[axis] + 1 - first[axis];
+        chunks *= count[axis];
+    }
+    for (std::size_t i = 0; i < chunks; ++i) {
+        std::size_t chunk = 0;
+        std::size_t rest = i;
+        std::size_t step = 1;
+        for (std::size_t axis = 0; axis < first.size(); ++axis) {
+            chunk += (first[axis] + rest % count[axis]) * step;
+            rest /= count[axis];
+            step *= m_counts[axis];
+        }
+        visit(chunk);
+    }
+}
 
 /// Calls `row(position, elements, index of the first one in the chunk)` for the rows that a box has in its chunk.
 template <class Row>
@@ -95,6 +121,10 @@ void checkChunkBytes(std::size_t bytes, const ReadOptions& options);
 
 /// Reads what is selected, each chunk that has some of it once. @throws LoadingError, MemoryError
 std::unique_ptr<MemoryImage> readChunks(ChunkedImage& file, const ReadOptions& options);
+/// Fills the memory of a chunk out of an image of which the first element lies at `origin`; 0 beyond the grid's image.
+/// @throws WritingError
+void fillChunk(const ChunkGrid& grid, std::size_t chunk, const ImageModel& image, const Extents& origin,
+               std::uint8_t* samples);
 /// Writes an image chunk by chunk and finishes the store. @throws WritingError
 void writeChunks(ChunkStore& store, const Extents& chunk, const ImageModel& image);
 

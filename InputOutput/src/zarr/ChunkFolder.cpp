@@ -20,30 +20,29 @@ ChunkFolder::ChunkFolder(const std::filesystem::path& path) {
         options.warn = [](const String&) {};
         ChunkedImage image = codec->chunks->open(path, options);
         m_header = image.info;
-        m_chunk = image.chunk;
         // Folders are opened by nothing else.
         m_store.reset(static_cast<ZarrStore*>(image.store.release()));
-        m_counts = m_store->grid().counts();
         return 0;
     });
 }
 
 ChunkFolder::~ChunkFolder() = default;
 
-std::size_t ChunkFolder::numberOf(const DiskImage::Extents& place) const {
-    std::size_t number = 0;
-    for (std::size_t axis = place.size(); axis-- > 0;) {
-        number = number * m_counts[axis] + place[axis];
-    }
-    return number;
+std::vector<std::size_t> ChunkFolder::chunksIn(const Extents& first, const Extents& count) const {
+    std::vector<std::size_t> chunks;
+    m_store->grid().forEachIn({first, count}, [&](std::size_t chunk) { chunks.push_back(chunk); });
+    return chunks;
 }
 
 std::filesystem::path ChunkFolder::fileOf(std::size_t chunk) const {
     return m_store->fileOf(chunk);
 }
 
-void ChunkFolder::write(std::size_t chunk, ConstRawData samples) {
-    m_store->write(chunk, samples);
+void ChunkFolder::write(std::size_t chunk, const ImageModel& image, const Extents& origin) {
+    const ChunkGrid& grid = m_store->grid();
+    std::vector<std::uint8_t> samples(grid.elements() * helper::getSizeOf(image.getVoxelType()));
+    fillChunk(grid, chunk, image, origin, samples.data());
+    m_store->write(chunk, samples.data());
 }
 
 }  // namespace rix::io

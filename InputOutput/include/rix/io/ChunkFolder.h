@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 #include <rix/Export.h>
 #include <rix/image/ImageHeader.h>
@@ -28,21 +29,19 @@ public:
     ChunkFolder& operator=(const ChunkFolder&) = delete;
 
     const ImageHeader& header() const { return m_header; }
-    const DiskImage::Extents& chunkExtents() const { return m_chunk; }
-    /// The number of the chunk that lies there, in chunks, on each axis.
-    std::size_t numberOf(const DiskImage::Extents& place) const;
+    /// The numbers of the chunks that have some of a box of the image, which has elements on every axis.
+    std::vector<std::size_t> chunksIn(const DiskImage::Extents& first, const DiskImage::Extents& count) const;
     /// The file of a chunk, which is missing until it is written.
     std::filesystem::path fileOf(std::size_t chunk) const;
     /// Writes a chunk to a file of another name, which takes its place when it is complete: whoever reads meanwhile
     /// sees the older or the newer one, and of two who write the same samples at once both leave the same file.
-    /// @param samples of the whole chunk, as `ChunkStore` has them
+    /// @param image of the type of this one, with all that the chunk has of it
+    /// @param origin where in this image its first element lies
     /// @throws WritingError
-    void write(std::size_t chunk, ConstRawData samples);
+    void write(std::size_t chunk, const ImageModel& image, const DiskImage::Extents& origin);
 
 private:
     ImageHeader m_header;
-    DiskImage::Extents m_chunk{};
-    DiskImage::Extents m_counts{};
     std::unique_ptr<ZarrStore> m_store;
 };
 

@@ -1,6 +1,4 @@
-#include <chrono>
-#include <cstring>
-#include <set>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -31,10 +29,7 @@ public:
           m_inner(m_round.grid.boxOf(block)),
           m_source(m_round.grid.sourceOf(block, m_round.grownBy)),
           m_workspace([&](const fs::path& object) { return copyOf(*openObject(plan, object.string()), m_source); },
-                      [] { return std::make_unique<io::MemoryImage>(); },
-                      [](const ImageModel& image) {
-                          return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
-                      }) {}
+                      Workspace::Images::InMemory) {}
 
     /// @return its record, of the block alone
     nlohmann::json run(std::size_t step, InteractionInterface& interaction, const CarryOptions& options) {
@@ -43,10 +38,7 @@ public:
             run.algorithm->settings().setMaximumNumberOfThreads(*options.threads);
         }
         const RunNotes notes = notesOn(*run.algorithm);
-        const auto start = std::chrono::steady_clock::now();
-        run.algorithm->run(&interaction);
-        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        return describeRun(run, m_plan.steps[step], seconds.count(), notes);
+        return runAndDescribe(run, m_plan.steps[step], interaction, notes);
     }
 
     /// Writes the chunks of an image that lie in the block. @return their files
@@ -57,29 +49,19 @@ public:
             folder.header().extents[SPECTRAL_SERIES] != image.getNumOf(SPECTRAL_SERIES)) {
             throw Failure(RUN_FAILED, "a block makes another type of " + object + " than the plan expects");
         }
+        Extents count = m_inner.count;
+        count[SPECTRAL_SERIES] = image.getNumOf(SPECTRAL_SERIES);
         std::vector<fs::path> files;
-        const Extents& chunk = folder.chunkExtents();
-        Extents first{};
-        Extents last{};
-        for (std::size_t axis = 0; axis < first.size(); ++axis) {
-            const bool isCut = axis != SPECTRAL_SERIES;
-            first[axis] = isCut ? m_inner.first[axis] / chunk[axis] : 0;
-            const std::size_t end = isCut ? m_inner.first[axis] + m_inner.count[axis] : image.getNumOf(SPECTRAL_SERIES);
-            last[axis] = (end + chunk[axis] - 1) / chunk[axis];
-        }
-        Extents place = first;
-        for (;;) {
+        for (const std::size_t chunk : folder.chunksIn(m_inner.first, count)) {
             Interrupts::throwIfRequested();
-            files.push_back(writeChunk(folder, place, image));
-            std::size_t axis = 0;
-            while (axis < place.size() && ++place[axis] == last[axis]) {
-                place[axis] = first[axis];
-                ++axis;
+            try {
+                folder.write(chunk, image, m_source.first);
+            } catch (const Exception& exception) {
+                throw Failure(UNWRITABLE_OUTPUT, exception);
             }
-            if (axis == place.size()) {
-                return files;
-            }
+            files.push_back(folder.fileOf(chunk));
         }
+        return files;
     }
 
 private:
@@ -107,44 +89,6 @@ private:
             input->set(image);
         }
         return notes;
-    }
-
-    fs::path writeChunk(io::ChunkFolder& folder, const Extents& place, const ImageModel& image) const {
-        const Extents& chunk = folder.chunkExtents();
-        const std::size_t sampleBytes = helper::getElementSize(image);
-        Extents first{};
-        Extents count{};
-        std::size_t elements = 1;
-        for (std::size_t axis = 0; axis < first.size(); ++axis) {
-            first[axis] = place[axis] * chunk[axis];
-            count[axis] = std::min(chunk[axis], folder.header().extents[axis] - first[axis]);
-            elements *= chunk[axis];
-        }
-        std::vector<std::uint8_t> samples(elements * sampleBytes);
-        for (std::size_t c = 0; c < count[SPECTRAL_SERIES]; ++c) {
-            for (std::size_t t = 0; t < count[SEQUENCE]; ++t) {
-                for (std::size_t z = 0; z < count[PLANS]; ++z) {
-                    for (std::size_t y = 0; y < count[ROWS]; ++y) {
-                        const std::size_t row =
-                            (((c * chunk[SEQUENCE] + t) * chunk[PLANS] + z) * chunk[ROWS] + y) * chunk[COLUMNS];
-                        if (!image.readRowAt(
-                                count[COLUMNS], samples.data() + row * sampleBytes,
-                                first[COLUMNS] - m_source.first[COLUMNS], first[ROWS] + y - m_source.first[ROWS],
-                                first[PLANS] + z - m_source.first[PLANS],
-                                first[SEQUENCE] + t - m_source.first[SEQUENCE], first[SPECTRAL_SERIES] + c)) {
-                            throw Failure(RUN_FAILED, "a block does not hold what it makes");
-                        }
-                    }
-                }
-            }
-        }
-        const std::size_t number = folder.numberOf(place);
-        try {
-            folder.write(number, samples.data());
-        } catch (const Exception& exception) {
-            throw Failure(UNWRITABLE_OUTPUT, exception);
-        }
-        return folder.fileOf(number);
     }
 
     const Plan& m_plan;

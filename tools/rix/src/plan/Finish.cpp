@@ -85,10 +85,9 @@ void writeOutput(const Plan& plan, std::size_t i, bool keep) {
         }
         case Plan::Output::Kind::Picture: {
             Workspace workspace([&](const fs::path& object) { return openObject(plan, object.string()); },
-                                [] { return std::unique_ptr<ImageModel>(); },
-                                [](const ImageModel&) { return std::unique_ptr<ImageModel>(); });
-            saveImage(output.target, std::as_const(*std::make_unique<io::MemoryImage>(
-                                         rendering::toImage(drawPicture(plan.renamed[output.picture], workspace)))));
+                                Workspace::Images::InMemory);
+            const io::MemoryImage picture = rendering::toImage(drawPicture(plan.renamed[output.picture], workspace));
+            saveImage(output.target, picture);
             break;
         }
     }
@@ -111,7 +110,7 @@ void removeWork(const Plan& plan) {
     for (const auto& entry : fs::directory_iterator(plan.workFolder(), error)) {
         // What tells that the plan is done stays, and what scripts read.
         if (entry.path() != plan.finishReceipt() && entry.path() != plan.roundsFile() &&
-            entry.path().filename() != "plan.json") {
+            entry.path() != plan.claimFile()) {
             std::error_code ignored;
             fs::remove_all(entry.path(), ignored);
         }

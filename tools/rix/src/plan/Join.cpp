@@ -1,5 +1,3 @@
-#include <chrono>
-
 #include <nlohmann/json.hpp>
 
 #include <rix/description/Algorithms.h>
@@ -34,10 +32,7 @@ struct Made {
 /// Images are read from disk and made there, where the program is told how much memory it may take.
 void runWhole(const Plan& plan, std::size_t step, InteractionInterface& interaction, const CarryOptions& options) {
     Workspace workspace([&](const fs::path& object) { return openObject(plan, object.string()); },
-                        [] { return std::make_unique<io::MemoryImage>(); },
-                        [](const ImageModel& image) {
-                            return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
-                        });
+                        Workspace::Images::InMemory);
     std::optional<MemoryBudget> budget;
     if (options.memory) {
         budget.emplace(*options.memory);
@@ -61,10 +56,7 @@ void runWhole(const Plan& plan, std::size_t step, InteractionInterface& interact
         budget->fit(*run.algorithm);
     }
     const RunNotes notes(*run.algorithm);
-    const auto start = std::chrono::steady_clock::now();
-    run.algorithm->run(&interaction);
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    json record = describeRun(run, plan.steps[step], seconds.count(), notes);
+    json record = runAndDescribe(run, plan.steps[step], interaction, notes);
     for (Made& image : made) {
         saveImage(image.path, *image.image);
     }

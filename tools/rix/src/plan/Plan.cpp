@@ -51,6 +51,10 @@ std::vector<std::string> Plan::madeImages() const {
     return made;
 }
 
+fs::path Plan::claimFile() const {
+    return workFolder() / "plan.json";
+}
+
 fs::path Plan::roundsFile() const {
     return workFolder() / "rounds.txt";
 }

@@ -67,6 +67,8 @@ struct Plan {
     /// What was checked before the first output takes its place.
     std::filesystem::path finishingReceipt() const;
     std::filesystem::path finishReceipt() const;
+    /// By which the folder is known as that of this plan.
+    std::filesystem::path claimFile() const;
     /// A line for each round, with its number and that of its blocks, for scripts.
     std::filesystem::path roundsFile() const;
 };

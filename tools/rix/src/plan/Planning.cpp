@@ -1,6 +1,7 @@
 #include "Planning.h"
 
 #include <algorithm>
+#include <ranges>
 #include <set>
 
 #include <rix/description/Algorithms.h>
@@ -37,8 +38,7 @@ public:
     explicit Planner(Plan& plan)
         : m_plan(plan),
           m_workspace([&](const fs::path& object) { return readHeader(plan.inputs.at(object.string()).name); },
-                      [] { return std::make_unique<HeaderImage>(); },
-                      [](const ImageModel& image) { return std::make_unique<HeaderImage>(helper::headerOf(image)); }) {}
+                      Workspace::Images::Headers) {}
 
     void run() {
         for (m_step = 0; m_step < m_plan.steps.size(); ++m_step) {
@@ -127,7 +127,7 @@ private:
             round.grid.image = shape;
         }
         (inBlocks ? round.inBlocks : round.whole).push_back(m_step);
-        Images& images = m_images.emplace_back();
+        Images& images = m_images[m_step];
         images.round = m_plan.rounds.size() - 1;
         images.inBlocks = inBlocks;
         images.influence = run.algorithm->describe().borderInfluence;
@@ -139,7 +139,6 @@ private:
                 images.made.push_back(object);
             }
         }
-        m_ofStep[m_step] = m_images.size() - 1;
     }
 
     /// What blocks read and write, how far they reach, and how many there are.
@@ -150,13 +149,13 @@ private:
         std::set<std::string> made;
         std::set<std::string> held;
         for (const std::size_t step : round.inBlocks) {
-            const Images& images = m_images[m_ofStep.at(step)];
+            const Images& images = m_images.at(step);
             made.insert(images.made.begin(), images.made.end());
             held.insert(images.read.begin(), images.read.end());
         }
         std::map<std::string, BorderInfluence> margins;
         for (auto step = round.inBlocks.rbegin(); step != round.inBlocks.rend(); ++step) {
-            const Images& images = m_images[m_ofStep.at(*step)];
+            const Images& images = m_images.at(*step);
             BorderInfluence margin;
             for (const std::string& object : images.made) {
                 margin = largestOf(margin, margins[object]);
@@ -186,7 +185,8 @@ private:
     }
 
     bool isUsedElsewhere(const std::string& object, const Plan::Round& round) const {
-        return m_elsewhere.contains(object) || std::ranges::any_of(m_images, [&](const Images& images) {
+        return m_elsewhere.contains(object) ||
+               std::ranges::any_of(std::views::values(m_images), [&](const Images& images) {
                    return std::ranges::count(images.read, object) > 0 &&
                           (!images.inBlocks || &m_plan.rounds[images.round] != &round);
                });
@@ -205,8 +205,7 @@ private:
     Workspace m_workspace;
     std::map<std::string, std::string> m_objects;  ///< by the texts of the recipe, as they stand now
     std::set<std::string> m_elsewhere;             ///< objects that are written or drawn
-    std::vector<Images> m_images;
-    std::map<std::size_t, std::size_t> m_ofStep;
+    std::map<std::size_t, Images> m_images;        ///< by steps
     std::size_t m_made = 0;
     std::size_t m_step = 0;
 };
@@ -248,8 +247,7 @@ void prepareRound(const Plan& plan, std::size_t round) {
         [&](const fs::path& object) {
             return std::make_unique<HeaderImage>(helper::headerOf(*openObject(plan, object.string())));
         },
-        [] { return std::make_unique<HeaderImage>(); },
-        [](const ImageModel& image) { return std::make_unique<HeaderImage>(helper::headerOf(image)); });
+        Workspace::Images::Headers);
     for (const std::size_t step : made.inBlocks) {
         prepareRun(plan.renamed[step], workspace).algorithm->applyAllRules();
     }

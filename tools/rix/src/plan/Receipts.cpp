@@ -15,10 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-fs::path claimOf(const Plan& plan) {
-    return plan.workFolder() / "plan.json";
-}
-
 void makeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
@@ -50,12 +46,12 @@ void claimWorkFolder(const Plan& plan) {
         fs::remove_all(plan.workFolder(), error);
     }
     makeFolder(plan.workFolder());
-    const json claim = readJsonFile(claimOf(plan));
+    const json claim = readJsonFile(plan.claimFile());
     if (claim.is_null() ? !fs::is_empty(plan.workFolder(), error) : claim != json{{"plan", plan.sum}}) {
         throw Failure(WRONG_USAGE, "the folder " + description::inQuotes(plan.workFolder().string()) +
                                        " has the work of another plan; finish that, or remove the folder");
     }
-    saveJsonFile(claimOf(plan), {{"plan", plan.sum}});
+    saveJsonFile(plan.claimFile(), {{"plan", plan.sum}});
     for (std::size_t round = 0; round < plan.rounds.size(); ++round) {
         makeFolder(plan.joinReceipt(round).parent_path());
     }
@@ -70,7 +66,7 @@ void claimWorkFolder(const Plan& plan) {
 }
 
 void checkWorkFolder(const Plan& plan) {
-    if (readJsonFile(claimOf(plan)) != json{{"plan", plan.sum}}) {
+    if (readJsonFile(plan.claimFile()) != json{{"plan", plan.sum}}) {
         throw Failure(WRONG_USAGE, "the folder " + description::inQuotes(plan.workFolder().string()) +
                                        " is not that of this plan; plan the recipe anew");
     }

@@ -29,9 +29,7 @@ void checkShaped(const std::filesystem::path& path, const ImageModel& image) {
 }  // namespace
 
 void dryRun(const Recipe& recipe, Targets& targets, const std::set<std::filesystem::path>& joined) {
-    Workspace workspace(
-        readHeader, [] { return std::make_unique<HeaderImage>(); },
-        [](const ImageModel& image) { return std::make_unique<HeaderImage>(helper::headerOf(image)); });
+    Workspace workspace(readHeader, Workspace::Images::Headers);
     std::string place;
     const auto announceImage = [&](const std::filesystem::path& path) {
         checkCanWrite(path);

@@ -51,11 +51,7 @@ public:
     Execution(const std::filesystem::path& path, const Recipe& recipe, const RecipeSurroundings& surroundings)
         : m_recipe(recipe),
           m_surroundings(surroundings),
-          m_workspace(
-              loadImage, [] { return std::make_unique<io::MemoryImage>(); },
-              [](const ImageModel& image) {
-                  return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
-              }),
+          m_workspace(loadImage, Workspace::Images::InMemory),
           m_record(path, recipe) {}
 
     nlohmann::json carryOut() {
@@ -105,10 +101,7 @@ private:
         }
         StepInteraction interaction(m_surroundings.interaction, m_step, m_recipe.steps.size());
         const RunNotes notes(*run.algorithm);
-        const auto start = std::chrono::steady_clock::now();
-        run.algorithm->run(&interaction);
-        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        m_record.addStep(describeRun(run, step, seconds.count(), notes));
+        m_record.addStep(runAndDescribe(run, step, interaction, notes));
         m_surroundings.say("ran     " + step.className + '\n');
         for (const std::string& note : notes.lines(*run.algorithm)) {
             m_surroundings.note("step " + std::to_string(m_step + 1) + "  " + note);
@@ -186,7 +179,11 @@ void runRecipe(const RecipeOptions& options) {
     }
 }
 
-nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, const RunNotes& notes) {
+nlohmann::json runAndDescribe(const PreparedRun& run, const Recipe::Step& step, InteractionInterface& interaction,
+                              const RunNotes& notes) {
+    const auto start = std::chrono::steady_clock::now();
+    run.algorithm->run(&interaction);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     nlohmann::json properties = nlohmann::json::object();
     for (const BaseProperty* property : description::listProperties(*run.algorithm)) {
         if (const auto text = description::valueToText(*property); text && !property->isOutput()) {
@@ -207,7 +204,7 @@ nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, dou
     nlohmann::json record = {{"run", step.className},
                              {"version", run.algorithm->getVersion()},
                              {"level", level ? nlohmann::json(description::levelToString(*level)) : nlohmann::json()},
-                             {"seconds", seconds},
+                             {"seconds", seconds.count()},
                              {"properties", std::move(properties)},
                              {"images", std::move(images)},
                              {"results", std::move(results)}};

@@ -49,9 +49,10 @@ struct RecipeSurroundings {
 nlohmann::json carryOut(const std::filesystem::path& path, const Recipe& recipe,
                         const RecipeSurroundings& surroundings);
 
-/// What the record says of a run that has ended.
+/// Runs it. @return what the record says of the run
 /// @param step as the recipe has it
-nlohmann::json describeRun(const PreparedRun& run, const Recipe::Step& step, double seconds, const RunNotes& notes);
+nlohmann::json runAndDescribe(const PreparedRun& run, const Recipe::Step& step, InteractionInterface& interaction,
+                              const RunNotes& notes);
 
 /// The picture that a step draws.
 rendering::Picture drawPicture(const Recipe::Step& step, Workspace& workspace);

@@ -2,12 +2,28 @@
 
 #include <rix/description/Suggestions.h>
 #include <rix/description/Text.h>
+#include <rix/image/ImageHeader.h>
+#include <rix/image/MemoryImage.h>
 
 #include "../Failure.h"
 #include "../Output.h"
 #include "Recipe.h"
 
 namespace rix::cli {
+
+std::unique_ptr<ImageModel> Workspace::make() const {
+    if (m_kind == Images::Headers) {
+        return std::make_unique<HeaderImage>();
+    }
+    return std::make_unique<io::MemoryImage>();
+}
+
+std::unique_ptr<ImageModel> Workspace::copy(const ImageModel& image) const {
+    if (m_kind == Images::Headers) {
+        return std::make_unique<HeaderImage>(helper::headerOf(image));
+    }
+    return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
+}
 
 void Workspace::keep(const std::string& text, std::shared_ptr<measurement::MeasurementObject> table) {
     m_images.erase(text);
@@ -44,7 +60,7 @@ ImageModel& Workspace::input(const std::string& text) {
 ImageModel& Workspace::changed(const std::string& text) {
     const ImageModel& image = input(text);
     if (m_fixed.erase(text) != 0) {
-        m_images[text] = m_copy(image);
+        m_images[text] = copy(image);
     }
     return *m_images[text];
 }
@@ -59,7 +75,7 @@ ImageModel& Workspace::output(const std::string& text) {
     m_tables.erase(text);
     auto& image = m_images[text];
     if (m_fixed.erase(text) != 0 || image == nullptr) {
-        image = m_make();
+        image = make();
     }
     return *image;
 }

@@ -17,14 +17,11 @@ namespace rix::cli {
 class Workspace {
 public:
     using Loader = std::function<std::unique_ptr<ImageModel>(const std::filesystem::path&)>;
-    using Maker = std::function<std::unique_ptr<ImageModel>()>;
-    using Copier = std::function<std::unique_ptr<ImageModel>(const ImageModel&)>;
+    /// What its images are: those in memory that runs make, or headers that take their shapes and types.
+    enum class Images { InMemory, Headers };
 
     /// @param load reads the image of a file
-    /// @param make makes an empty image for a result
-    /// @param copy copies an image that was loaded or made
-    Workspace(Loader load, Maker make, Copier copy)
-        : m_load(std::move(load)), m_make(std::move(make)), m_copy(std::move(copy)) {}
+    Workspace(Loader load, Images images) : m_load(std::move(load)), m_kind(images) {}
 
     /// An image to read. @throws Failure (wrong usage) when no step made the name.
     ImageModel& input(const std::string& text);
@@ -42,9 +39,11 @@ public:
     const std::vector<std::filesystem::path>& files() const { return m_files; }
 
 private:
+    std::unique_ptr<ImageModel> make() const;
+    std::unique_ptr<ImageModel> copy(const ImageModel& image) const;
+
     Loader m_load;
-    Maker m_make;
-    Copier m_copy;
+    Images m_kind;
     std::map<std::string, std::shared_ptr<ImageModel>> m_images;
     std::set<std::string> m_fixed;  ///< names of images that must not change any more
     std::map<std::string, std::shared_ptr<measurement::MeasurementObject>> m_tables;
