@@ -171,7 +171,7 @@ TEST(Locality, OfWindowsOfAllLengths) {
         {"standardDeviation2", {"3", "7"}},
         {"outerStandardDeviation", {"2.7", "4"}},
         {"maximumScale", {"2", "8"}},
-        {"radius", {"2", "7"}},
+        {"radius", {"2", "7", "20", "40"}},
         {"numberOfIterations", {"3"}},
     };
     std::size_t compared = 0;

@@ -27,21 +27,6 @@ constexpr std::array exceptions{
     std::string_view("TensorVoting3d"),
 };
 
-/// These smooth by a recursion along lines when their Gaussian is wide, of 3 voxels or more: it begins anew at
-/// multiples of so many elements that a block rarely has them.
-constexpr std::array smoothers{
-    std::string_view("BackgroundCorrection2d"), std::string_view("BackgroundCorrection3d"),
-    std::string_view("GaussianFilter2d"),       std::string_view("GaussianFilter3d"),
-    std::string_view("LocalNormalization2d"),   std::string_view("LocalNormalization3d"),
-    std::string_view("UnsharpMask2d"),          std::string_view("UnsharpMask3d"),
-};
-
-bool isRecursive(const std::string& name, const BorderInfluence& influence) {
-    constexpr std::size_t reachOfWide = 15;  // 5 deviations
-    return std::ranges::count(smoothers, std::string_view(name)) > 0 &&
-           std::ranges::any_of(influence.lower, [](std::size_t reach) { return reach >= reachOfWide; });
-}
-
 Extents shapeOf(const ImageModel& image) {
     Extents extents = helper::getExtents(image);
     extents[SPECTRAL_SERIES] = 1;
@@ -51,6 +36,13 @@ Extents shapeOf(const ImageModel& image) {
 bool isShaped(const ImageModel& image) {
     std::size_t elements = 0;
     return helper::getElementCount(image, elements) && elements != 0;
+}
+
+/// Whether a block would have to read whole rows or columns: in one process these lie on disk.
+bool spansPlanes(const BorderInfluence& influence, const Extents& shape) {
+    return std::ranges::any_of(std::array{COLUMNS, ROWS}, [&](Components axis) {
+        return shape[axis] > 1 && std::max(influence.lower[axis], influence.upper[axis]) >= shape[axis] - 1;
+    });
 }
 
 /// A kernel is no image of the scene, of whatever size it is.
@@ -66,7 +58,7 @@ bool isForBlocks(const PreparedRun& run, Extents& shape) {
     const AlgorithmKind kind = told.kind;
     const std::string name = algorithm.getClassInfo().getName();
     if ((kind != AlgorithmKind::Point && kind != AlgorithmKind::Neighbourhood) ||
-        std::ranges::count(exceptions, std::string_view(name)) > 0 || isRecursive(name, told.borderInfluence)) {
+        std::ranges::count(exceptions, std::string_view(name)) > 0) {
         return false;
     }
     std::size_t inputs = 0;
@@ -103,7 +95,7 @@ bool isForBlocks(const PreparedRun& run, Extents& shape) {
             }
         }
     }
-    return inputs > 0;
+    return inputs > 0 && !spansPlanes(told.borderInfluence, shape);
 }
 
 }  // namespace rix::cli
