@@ -34,7 +34,7 @@ bool holds(const Plan& plan, const json& files) {
     return std::ranges::all_of(files, [&](const json& file) {
         Interrupts::throwIfRequested();
         const auto sum = sumOfFile(plan.workFolder() / file.at("path").get<std::string>());
-        return sum && sum->bytes == file.at("bytes") && sum->sha256 == file.at("sha256");
+        return sum && json(sum->bytes) == file.at("bytes") && json(sum->sha256) == file.at("sha256");
     });
 }
 
