@@ -33,8 +33,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (!found.has_value()) {
         return fuzz::accepted;
     }
-    // Extents around vectors and blocks, and images of nothing but edges.
-    const Extents extents{1 + bytes.below(100), 1 + bytes.below(24), 1 + bytes.below(3), 1 + bytes.below(2),
+    // Extents around vectors and blocks, and images of nothing but edges. Structuring elements that are images have
+    // them, too: what some hundred runs with those of a few thousand elements take is more than all else.
+    const Extents extents{1 + bytes.below(100), 1 + bytes.below(7), 1 + bytes.below(2), 1 + bytes.below(2),
                           1 + bytes.below(2)};
     Example example = found->withExtents(extents);
     if (const std::size_t type = bytes.below(std::size(types) + 4); type < std::size(types)) {
@@ -48,7 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         } else if (holdsNumber(property) && bytes.below(2) != 0) {
             const int sign = bytes.below(8) == 0 ? -1 : 1;
             example = example.withNumber(property->getName(),
-                                         sign * static_cast<double>(bytes.below(12)) / (bytes.below(4) == 0 ? 4 : 1));
+                                         sign * static_cast<double>(bytes.below(64)) / (bytes.below(4) == 0 ? 4 : 1));
         }
     }
     if (isAccepted(example)) {

@@ -74,12 +74,11 @@ public:
             readBand(block, band);
             const std::size_t rows = block.rows().length();
             for (std::size_t row = 0; row < rows; ++row) {
-                count(block, band, row, true, row == 0 ? table(block.index, -1) : band.counts(row - 1),
-                      band.counts(row));
+                count(block, band, row, true, row == 0 ? before(block) : band.counts(row - 1), band.counts(row));
             }
             auto use = open(block);
             for (std::size_t row = rows; row-- > 0;) {
-                count(block, band, row, false, row + 1 == rows ? table(block.index, 1) : band.back(), band.back());
+                count(block, band, row, false, row + 1 == rows ? behind(block) : band.back(), band.back());
                 use(segmentOf(block, block.rows().begin + row), band.classes(row), band.counts(row), band.back());
                 progress.add(m_task.extents[COLUMNS]);
             }
@@ -147,10 +146,13 @@ private:
     std::int32_t* tableOf(std::size_t index, bool isForth) const {
         return m_tables.as<std::int32_t>() + (2 * index + (isForth ? 0 : 1)) * m_task.extents[COLUMNS];
     }
-    /// The one that a band needs of the band before it or behind it.
-    std::int32_t* table(std::size_t index, int direction) const {
-        return m_tables.data() == nullptr ? nullptr
-                                          : tableOf(index + static_cast<std::size_t>(direction), direction < 0);
+    /// Counts of the last row of the band before, forth; null for the first band of a plane.
+    const std::int32_t* before(const access::Block& block) const {
+        return isFirst(block) ? nullptr : tableOf(block.index - 1, true);
+    }
+    /// Counts of the first row of the band behind, back; null for the last band of a plane.
+    const std::int32_t* behind(const access::Block& block) const {
+        return isLast(block) ? nullptr : tableOf(block.index + 1, false);
     }
 
     /// @param before counts of the row before in that direction, which may be another band's
