@@ -92,11 +92,12 @@ Runs findRuns(access::ExecutionContext& context, const ImageModel& image, const 
                 while (run.end < segment.count && marks[run.end] != 0) {
                     ++run.end;
                 }
+                const T* const voxel = row + x;
                 std::size_t stride = 1;
                 for (std::size_t axis = 0; axis < axes && run.end == x + 1; stride *= n[axis++]) {
                     const std::size_t index = axis == 0 ? x : at[axis];
                     if (index > 0 && index + 1 < n[axis]) {
-                        run.top[axis] = static_cast<float>(topBetween(row[x - stride], row[x], row[x + stride]));
+                        run.top[axis] = static_cast<float>(topBetween(*(voxel - stride), *voxel, voxel[stride]));
                     }
                 }
                 runs.push_back(run);
