@@ -33,8 +33,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (!found.has_value()) {
         return fuzz::accepted;
     }
-    // Extents around vectors and blocks, and images of nothing but edges. Structuring elements that are images have
-    // them, too: what some hundred runs with those of a few thousand elements take is more than all else.
+    // Extents around vectors and blocks, and images of nothing but edges. Rows and planes are few: an input is run
+    // hundreds of times, and wide search windows or structuring elements of the image's size take seconds a run on
+    // larger ones.
     const Extents extents{1 + bytes.below(100), 1 + bytes.below(7), 1 + bytes.below(2), 1 + bytes.below(2),
                           1 + bytes.below(2)};
     Example example = found->withExtents(extents);

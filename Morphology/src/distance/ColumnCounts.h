@@ -74,11 +74,11 @@ public:
             readBand(block, band);
             const std::size_t rows = block.rows().length();
             for (std::size_t row = 0; row < rows; ++row) {
-                count(block, band, row, true, row == 0 ? before(block) : band.counts(row - 1), band.counts(row));
+                count(block, band, row, true, row == 0 ? countsBefore(block) : band.counts(row - 1), band.counts(row));
             }
             auto use = open(block);
             for (std::size_t row = rows; row-- > 0;) {
-                count(block, band, row, false, row + 1 == rows ? behind(block) : band.back(), band.back());
+                count(block, band, row, false, row + 1 == rows ? countsBehind(block) : band.back(), band.back());
                 use(segmentOf(block, block.rows().begin + row), band.classes(row), band.counts(row), band.back());
                 progress.add(m_task.extents[COLUMNS]);
             }
@@ -147,11 +147,11 @@ private:
         return m_tables.as<std::int32_t>() + (2 * index + (isForth ? 0 : 1)) * m_task.extents[COLUMNS];
     }
     /// Counts of the last row of the band before, forth; null for the first band of a plane.
-    const std::int32_t* before(const access::Block& block) const {
+    const std::int32_t* countsBefore(const access::Block& block) const {
         return isFirst(block) ? nullptr : tableOf(block.index - 1, true);
     }
     /// Counts of the first row of the band behind, back; null for the last band of a plane.
-    const std::int32_t* behind(const access::Block& block) const {
+    const std::int32_t* countsBehind(const access::Block& block) const {
         return isLast(block) ? nullptr : tableOf(block.index + 1, false);
     }
 
