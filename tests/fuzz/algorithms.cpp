@@ -50,7 +50,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         } else if (holdsNumber(property) && bytes.below(2) != 0) {
             const int sign = bytes.below(8) == 0 ? -1 : 1;
             example = example.withNumber(property->getName(),
-                                         sign * static_cast<double>(bytes.below(64)) / (bytes.below(4) == 0 ? 4 : 1));
+                                         sign * static_cast<double>(bytes.below(16)) / (bytes.below(4) == 0 ? 4 : 1));
         }
     }
     if (isAccepted(example)) {

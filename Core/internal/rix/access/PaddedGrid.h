@@ -54,9 +54,9 @@ public:
     /// The distances of the neighbours in the order of storage, 0 for those that no voxel has: the first so many.
     const std::array<std::ptrdiff_t, mostNeighbors>& steps() const { return m_steps; }
     std::size_t neighborCount() const { return m_count; }
-    /// Cells from a row to the next one, and from a plane.
+    /// Cells from a row to the next one, and from a plane: 0 where there is no other, nor a margin in its place.
     std::size_t rowCells() const { return m_rowCells; }
-    std::size_t planeCells() const { return m_planeCells; }
+    std::size_t planeCells() const { return m_planes > 1 ? m_planeCells : 0; }
 
     /// Calls `use(begin, end)` for the cells of the margin that lie before a row, and behind it if it is the last.
     template <class Use>
