@@ -20,6 +20,18 @@ find_package(CLI11 REQUIRED)
 find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo)
 
+# HDF5, for a component of its own.
+set(RIX_HAVE_HDF5 OFF)
+if(RIX_WITH_HDF5)
+  pkg_search_module(HDF5 IMPORTED_TARGET hdf5-serial hdf5)
+  set(RIX_HAVE_HDF5 ${HDF5_FOUND})
+endif()
+if(RIX_HAVE_HDF5)
+  message(STATUS "Component for HDF5: with libhdf5 ${HDF5_VERSION}")
+else()
+  message(STATUS "Component for HDF5: not built")
+endif()
+
 # Vector math. The interface is the same without oneMKL: Eigen's arrays then serve it.
 add_library(rix_vector_math INTERFACE)
 set(RIX_HAVE_MKL OFF)

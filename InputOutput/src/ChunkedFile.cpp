@@ -17,7 +17,7 @@ namespace {
 
 /// The format of what is there.
 const Codec& codecOfPath(const std::filesystem::path& path, const ReadOptions& options) {
-    if (const Codec* codec = codecOfFolder(path)) {
+    if (const Codec* codec = codecOfPlace(path)) {
         return *codec;
     }
     InputFile file(path);
@@ -53,7 +53,7 @@ bool isForOpening(const std::filesystem::path& path, const ReadOptions& options)
     if (!canOpenImage(path, options)) {
         return false;
     }
-    if (codecOfFolder(path) != nullptr) {
+    if (std::error_code error; std::filesystem::is_directory(path, error)) {
         return true;
     }
     const std::size_t cache = globalSettings().getValueAsSize_t("RIX_DISK_CACHE_SIZE", devices::Cpu::memory() / 4);

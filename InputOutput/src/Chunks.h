@@ -23,8 +23,9 @@ struct ChunkedImage {
 
 /// What a format can do that finds parts of an image by themselves.
 struct ChunkedAccess {
-    /// Whether its images are folders, and there is one of them; null for a format of files.
-    bool (*isFolderOf)(const std::filesystem::path& path);
+    /// Whether there is an image of it at a path that is no file: in a folder, or at a place within a file; null for a
+    /// format of files.
+    bool (*isAt)(const std::filesystem::path& path);
     /// Whether a path is the name of an image beyond what extensions tell; null when these tell everything.
     bool (*hasName)(const std::filesystem::path& path);
     ChunkedImage (*open)(const std::filesystem::path& path, const ReadOptions& options);
@@ -32,6 +33,8 @@ struct ChunkedAccess {
     /// sample to the last.
     std::unique_ptr<ChunkStore> (*create)(const std::filesystem::path& path, const ImageHeader& header,
                                           const Extents& chunk, const WriteOptions& options);
+    /// The file that a path of the format's images leads into; null where they are the paths themselves.
+    std::filesystem::path (*fileOf)(const std::filesystem::path& path) = nullptr;
 };
 
 /// How an image lies in chunks.

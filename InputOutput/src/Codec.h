@@ -51,6 +51,7 @@ extern const Codec bmpCodec;
 extern const Codec jpegCodec;
 extern const Codec rawCodec;
 extern const Codec zarrCodec;
+extern const Codec hdf5Codec;
 
 std::span<const Codec* const> codecs();
 
@@ -65,8 +66,8 @@ void checkLevel(const Selection& selection, std::size_t levels);
 /// The bytes that samples may take in memory, by the options or the setting; 0 for any number.
 std::size_t mostBytes(const ReadOptions& options);
 
-/// The format that a folder is an image of; null for none.
-const Codec* codecOfFolder(const std::filesystem::path& path);
+/// The format that has an image at a path that is no file: a folder, or a place within a file; null for none.
+const Codec* codecOfPlace(const std::filesystem::path& path);
 /// The format whose extension the name ends with, the longest where several fit; null for none.
 const Codec* findCodecOfName(const std::filesystem::path& path);
 /// @throws WritingError for none

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <system_error>
 
 #include <rix/access/VoxelTypeLists.h>
 #include <rix/exceptions/Exception.h>
@@ -12,13 +11,9 @@
 
 namespace rix::io {
 
-const Codec* codecOfFolder(const std::filesystem::path& path) {
-    std::error_code error;
-    if (!std::filesystem::is_directory(path, error)) {
-        return nullptr;
-    }
+const Codec* codecOfPlace(const std::filesystem::path& path) {
     for (const Codec* codec : codecs()) {
-        if (codec->chunks != nullptr && codec->chunks->isFolderOf != nullptr && codec->chunks->isFolderOf(path)) {
+        if (codec->chunks != nullptr && codec->chunks->isAt != nullptr && codec->chunks->isAt(path)) {
             return codec;
         }
     }
@@ -52,6 +47,9 @@ const Codec* findCodecOfName(const std::filesystem::path& path) {
     const Codec* found = nullptr;
     std::size_t longest = 0;
     for (const Codec* codec : codecs()) {
+        if (codec->chunks != nullptr && codec->chunks->hasName != nullptr && codec->chunks->hasName(path)) {
+            return codec;  // whatever the end of the name looks like
+        }
         for (const std::string_view known : codec->extensions) {
             const bool ends =
                 name.size() > known.size() + 1 && name.ends_with(known) && name[name.size() - known.size() - 1] == '.';
@@ -59,10 +57,6 @@ const Codec* findCodecOfName(const std::filesystem::path& path) {
                 found = codec;
                 longest = known.size();
             }
-        }
-        if (longest == 0 && codec->chunks != nullptr && codec->chunks->hasName != nullptr &&
-            codec->chunks->hasName(path)) {
-            found = codec;
         }
     }
     return found;

@@ -58,7 +58,7 @@ std::unique_ptr<MemoryImage> greyOf(const MemoryImage& image) {
 }
 
 std::unique_ptr<MemoryImage> readWith(const std::filesystem::path& path, const ReadOptions& options) {
-    if (const Codec* codec = codecOfFolder(path)) {
+    if (const Codec* codec = codecOfPlace(path)) {
         ChunkedImage image = codec->chunks->open(path, options);
         return readChunks(image, options);
     }
@@ -67,9 +67,13 @@ std::unique_ptr<MemoryImage> readWith(const std::filesystem::path& path, const R
 }
 
 ImageFileInfo readInfoOf(const std::filesystem::path& path, const ReadOptions& options) {
-    if (const Codec* codec = codecOfFolder(path)) {
+    if (const Codec* codec = codecOfPlace(path)) {
         ImageFileInfo info = codec->chunks->open(path, options).info;
         std::error_code error;
+        if (codec->chunks->fileOf != nullptr) {
+            info.fileBytes = std::filesystem::file_size(codec->chunks->fileOf(path), error);
+            return info;
+        }
         using Entries = std::filesystem::recursive_directory_iterator;
         for (auto entry = Entries(path, error); !error && entry != Entries(); entry.increment(error)) {
             const std::uint64_t bytes = entry->is_regular_file(error) ? entry->file_size(error) : 0;
@@ -97,6 +101,13 @@ std::vector<ImageFormat> getImageFormats() {
         formats.push_back({codec->name, {codec->extensions.begin(), codec->extensions.end()}});
     }
     return formats;
+}
+
+std::filesystem::path fileOfImage(const std::filesystem::path& path) {
+    const Codec* const codec = findCodecOfName(path);
+    return codec != nullptr && codec->chunks != nullptr && codec->chunks->fileOf != nullptr
+               ? codec->chunks->fileOf(path)
+               : path;
 }
 
 bool isImageFileName(const std::filesystem::path& path) {

@@ -214,6 +214,19 @@ std::size_t OutputFile::readAt(std::uint64_t offset, void* buffer, std::size_t b
     return done;
 }
 
+std::filesystem::path OutputFile::openPath() const {
+    return "/proc/self/fd/" + std::to_string(m_descriptor);
+}
+
+void OutputFile::adoptSize() noexcept {
+    struct stat status{};
+    if (::fstat(m_descriptor, &status) == 0) {
+        m_size = static_cast<std::uint64_t>(status.st_size);
+    } else if (m_error == 0) {
+        m_error = errno;
+    }
+}
+
 String OutputFile::failure() const {
     return m_error == 0 ? String() : errorText(m_error);
 }

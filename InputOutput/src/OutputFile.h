@@ -41,6 +41,10 @@ public:
     [[nodiscard]] bool writeAt(std::uint64_t offset, const void* buffer, std::size_t bytes) noexcept;
     /// Reads back what was written; fewer bytes at the end of the file. Never throws.
     std::size_t readAt(std::uint64_t offset, void* buffer, std::size_t bytes) noexcept;
+    /// A path under which other libraries may open the bytes for writing, while this object is there.
+    std::filesystem::path openPath() const;
+    /// Counts what another library has written.
+    void adoptSize() noexcept;
     /// Bytes written so far.
     std::uint64_t size() const noexcept { return m_size; }
 

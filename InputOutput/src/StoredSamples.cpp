@@ -105,6 +105,10 @@ StoredType storedTypeOf(VoxelTypes type) {
     throw UnexpectedError("No stored type is of the voxel type " + std::to_string(type) + ".");
 }
 
+StoredKind kindOf(StoredType type) {
+    return factsOf(type).kind;
+}
+
 std::size_t bytesOf(StoredType type) {
     return factsOf(type).bytes;
 }

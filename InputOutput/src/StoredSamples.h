@@ -32,6 +32,7 @@ enum class StoredKind : std::uint8_t { Unsigned, Signed, Floating, Complex };
 /// The type of a kind and a size in bytes of a sample; nothing when images have none for it.
 std::optional<StoredType> storedTypeOf(StoredKind kind, std::size_t bytes);
 StoredType storedTypeOf(VoxelTypes type);
+StoredKind kindOf(StoredType type);
 /// The type for which NumPy has a letter and a number of bytes, such as "u2" or "b1" (bool); nothing for others.
 std::optional<StoredType> storedTypeOfLetters(std::string_view letters);
 

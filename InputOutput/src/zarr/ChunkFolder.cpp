@@ -12,7 +12,7 @@ namespace rix::io {
 
 ChunkFolder::ChunkFolder(const std::filesystem::path& path) {
     namingTheFile(readingLevel(path), [&] {
-        const Codec* const codec = codecOfFolder(path);
+        const Codec* const codec = codecOfPlace(path);
         if (codec != &zarrCodec) {
             throw LoadingError("This is no folder of an OME-Zarr image.");
         }

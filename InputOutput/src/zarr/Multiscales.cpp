@@ -66,32 +66,6 @@ const json& listOf(const json& object, const char* key) {
     return found != object.end() && found->is_array() ? *found : none;
 }
 
-std::optional<Components> axisNamed(std::string_view name) {
-    static const std::map<std::string_view, Components> names{{"x", COLUMNS},
-                                                              {"y", ROWS},
-                                                              {"z", PLANS},
-                                                              {"t", SEQUENCE},
-                                                              {"c", SPECTRAL_SERIES},
-                                                              {"time", SEQUENCE},
-                                                              {"channel", SPECTRAL_SERIES}};
-    const auto found = names.find(name);
-    return found != names.end() ? std::optional(found->second) : std::nullopt;
-}
-
-void addAxis(std::vector<Components>& axes, const String& name, const String& type) {
-    std::optional<Components> axis = axisNamed(name);
-    if (!axis && type == "time") {
-        axis = SEQUENCE;
-    } else if (!axis && type == "channel") {
-        axis = SPECTRAL_SERIES;
-    }
-    if (!axis || std::find(axes.begin(), axes.end(), *axis) != axes.end()) {
-        throw LoadingError("The image has an axis '" + escapeText(name) +
-                           "', which images do not have, or not twice: the selection axes= says what it is.");
-    }
-    axes.push_back(*axis);
-}
-
 /// One of the two kinds of transformations that there are, one after the other.
 void transform(const json& list, const std::vector<Components>& axes, const ReadOptions& options,
                Multiscales::Level& level) {
@@ -165,22 +139,6 @@ bool isBelow(const String& path) {
 
 }  // namespace
 
-std::vector<Components> namedAxes(const std::vector<Components>& axes, const Selection& selection) {
-    if (selection.axes.empty()) {
-        return axes;
-    }
-    if (selection.axes.size() != axes.size()) {
-        throw LoadingError("The selection '" + escapeText(selection.axesText) + "' names " +
-                           std::to_string(selection.axes.size()) + " axes; the array has " +
-                           std::to_string(axes.size()) + '.');
-    }
-    std::vector<Components> named;
-    for (const Selection::NamedAxis& axis : selection.axes) {
-        named.push_back(axis.axis);
-    }
-    return named;
-}
-
 Multiscales parseMultiscales(const json& attributes, const ReadOptions& options) {
     const json& list = listOf(attributes, "multiscales");
     Multiscales image;
@@ -233,24 +191,12 @@ Multiscales parseMultiscales(const json& attributes, const ReadOptions& options)
     return image;
 }
 
-std::vector<Components> axesOfArray(const json& attributes, std::size_t count, const ReadOptions& options) {
-    std::vector<Components> axes;
-    const json& names = listOf(attributes, "_ARRAY_DIMENSIONS");
-    if (options.selection.axes.empty() && names.size() == count) {
-        for (const json& name : names) {
-            addAxis(axes, name.is_string() ? name.get<String>() : quoted(name), "");
-        }
-        return axes;
+std::vector<String> axisNames(const json& attributes) {
+    std::vector<String> names;
+    for (const json& name : listOf(attributes, "_ARRAY_DIMENSIONS")) {
+        names.push_back(name.is_string() ? name.get<String>() : quoted(name));
     }
-    if (count > 3 && options.selection.axes.empty()) {
-        warnOrRefuse(options, "The file doesn't tell what the " + std::to_string(count) +
-                                  " axes of the array are: they are taken as " + (count == 4 ? "" : "channels, ") +
-                                  "time, planes, rows and columns.");
-    }
-    for (std::size_t axis = count; axis-- > 0;) {
-        axes.push_back(static_cast<Components>(axis));
-    }
-    return namedAxes(axes, options.selection);
+    return names;
 }
 
 void calibrate(const Multiscales& multiscales, std::size_t level, ImageFileInfo& info) {
@@ -285,16 +231,6 @@ void calibrate(const Multiscales& multiscales, std::size_t level, ImageFileInfo&
     if (info.voxelType >= RIX_FLOAT32 && info.interpretation == RIX_LABEL) {
         info.interpretation = RIX_VALUE;
     }
-}
-
-std::vector<Components> axesFor(const Extents& extents) {
-    std::vector<Components> axes;
-    for (const Components axis : {SEQUENCE, SPECTRAL_SERIES, PLANS, ROWS, COLUMNS}) {
-        if (axis == ROWS || axis == COLUMNS || extents[static_cast<std::size_t>(axis)] > 1) {
-            axes.push_back(axis);
-        }
-    }
-    return axes;
 }
 
 json formatMultiscales(const Multiscales& multiscales, const ImageFileInfo& info, const String& name) {

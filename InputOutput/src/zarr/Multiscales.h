@@ -4,7 +4,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include "../Chunks.h"
+#include "../ArrayAxes.h"
 #include "../Metadata.h"
 
 namespace rix::io {
@@ -28,16 +28,12 @@ struct Multiscales {
 
 /// @throws LoadingError for what is damaged or not supported
 Multiscales parseMultiscales(const nlohmann::json& attributes, const ReadOptions& options);
-/// The axes of an array of so many that nothing tells more of than perhaps the names that xarray notes.
-std::vector<Components> axesOfArray(const nlohmann::json& attributes, std::size_t count, const ReadOptions& options);
-/// The axes that a selection names, or those given. @throws LoadingError when it names another number of them
-std::vector<Components> namedAxes(const std::vector<Components>& axes, const Selection& selection);
+/// The names of axes that xarray notes of an array; none where it was not at work.
+std::vector<String> axisNames(const nlohmann::json& attributes);
 
 /// Gives an image what the attributes tell. @param info with the extents of the first level
 void calibrate(const Multiscales& multiscales, std::size_t level, ImageFileInfo& info);
 
-/// The axes that an image is written with: rows and columns, and those along which it has several.
-std::vector<Components> axesFor(const Extents& extents);
 nlohmann::json formatMultiscales(const Multiscales& multiscales, const ImageFileInfo& info, const String& name);
 
 }  // namespace rix::io

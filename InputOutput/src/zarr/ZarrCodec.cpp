@@ -26,9 +26,11 @@ bool recognises(std::span<const std::uint8_t>) {
     return false;  // no file is an image of it
 }
 
-bool isFolderOf(const fs::path& path) {
-    return isThere(path / ".zattrs") || isThere(path / ".zarray") || isThere(path / ".zgroup") ||
-           isThere(path / "zarr.json");
+bool isAt(const fs::path& path) {
+    std::error_code error;
+    return fs::is_directory(path, error) &&
+           (isThere(path / ".zattrs") || isThere(path / ".zarray") || isThere(path / ".zgroup") ||
+            isThere(path / "zarr.json"));
 }
 
 [[noreturn]] void refuseGroup(const fs::path& path, const json& attributes) {
@@ -108,7 +110,7 @@ ChunkedImage open(const fs::path& path, const ReadOptions& options) {
         checkSeries(options.selection, 1);
         checkLevel(options.selection, 1);
         ZarrArray stored = parseZarrArray(*array);
-        const std::vector<Components> axes = axesOfArray(attributes, stored.shape.size(), options);
+        const std::vector<Components> axes = axesOfArray(axisNames(attributes), stored.shape.size(), options);
         return openArray(path, std::move(stored), nullptr, 0, axes, options);
     }
     std::size_t series = 0;
@@ -156,7 +158,7 @@ bool isLabelPath(const fs::path& path) {
     return path.parent_path().filename() == "labels" && path.parent_path().parent_path().extension() == ".zarr";
 }
 
-const ChunkedAccess zarrAccess{&isFolderOf, &isLabelPath, &open, &createZarr};
+const ChunkedAccess zarrAccess{&isAt, &isLabelPath, &open, &createZarr};
 const Codec zarrCodec{"OME-Zarr", Extensions, &recognises, &refusal, nullptr,
                       nullptr,    nullptr,    false,       false,    &zarrAccess};
 

@@ -8,7 +8,6 @@
 #include <rix/access/SampleCast.h>
 #include <rix/exceptions/Exception.h>
 
-#include "../SampleRows.h"
 #include "../raw/RawSamples.h"
 
 namespace rix::io {
@@ -33,41 +32,14 @@ bool readFile(const std::filesystem::path& path, std::size_t most, std::vector<s
 
 }  // namespace
 
-Extents extentsOf(const std::vector<std::size_t>& shape, const std::vector<Components>& axes) {
-    Extents extents{1, 1, 1, 1, 1};
-    for (std::size_t i = 0; i < axes.size(); ++i) {
-        extents[static_cast<std::size_t>(axes[i])] = shape[i];
-    }
-    return extents;
-}
-
-std::vector<std::size_t> shapeOf(const Extents& extents, const std::vector<Components>& axes) {
-    std::vector<std::size_t> shape;
-    for (const Components axis : axes) {
-        shape.push_back(extents[static_cast<std::size_t>(axis)]);
-    }
-    return shape;
-}
-
 ZarrStore::ZarrStore(std::filesystem::path folder, ZarrArray array, std::vector<Components> axes, bool makesBinary)
     : m_folder(std::move(folder)),
       m_array(std::move(array)),
       m_axes(std::move(axes)),
       m_grid(extentsOf(m_array.shape, m_axes), extentsOf(m_array.chunks, m_axes)),
+      m_order(m_array.chunks, m_axes),
       m_swaps(m_array.bigEndian != writesBigEndian() && bytesOf(m_array.stored) > 1),
-      m_makesBinary(makesBinary) {
-    std::size_t step = 1;
-    int faster = -1;
-    for (std::size_t i = m_axes.size(); i-- > 0;) {
-        const auto axis = static_cast<std::size_t>(m_axes[i]);
-        m_steps[axis] = step;
-        step *= m_array.chunks[i];
-        if (m_array.chunks[i] > 1) {
-            m_isInOrder = m_isInOrder && static_cast<int>(axis) > faster;
-            faster = static_cast<int>(axis);
-        }
-    }
-}
+      m_makesBinary(makesBinary) {}
 
 std::filesystem::path ZarrStore::fileOf(std::size_t chunk) const {
     const Extents place = m_grid.placeOf(chunk);
@@ -79,18 +51,6 @@ std::filesystem::path ZarrStore::fileOf(std::size_t chunk) const {
         name += std::to_string(place[static_cast<std::size_t>(axis)]);
     }
     return m_folder / name;
-}
-
-void ZarrStore::reorder(const std::uint8_t* from, std::uint8_t* to, const Extents& box, std::size_t sampleBytes,
-                        bool toImage) const {
-    const std::size_t inImage = 1;
-    const std::size_t inFile = std::max<std::size_t>(m_steps[COLUMNS], 1);
-    forEachRow({{}, box}, m_grid.chunk(), [&](const Place& at, std::size_t count, std::size_t ours) {
-        const std::size_t theirs = at.channel * m_steps[SPECTRAL_SERIES] + at.frame * m_steps[SEQUENCE] +
-                                   at.plane * m_steps[PLANS] + at.row * m_steps[ROWS];
-        copySamples(from + (toImage ? theirs : ours) * sampleBytes, toImage ? inFile : inImage,
-                    to + (toImage ? ours : theirs) * sampleBytes, toImage ? inImage : inFile, count, sampleBytes);
-    });
 }
 
 void ZarrStore::fillBox(RawData samples, const Extents& box, std::size_t sampleBytes) const {
@@ -117,7 +77,7 @@ bool ZarrStore::read(std::size_t chunk, RawData samples) {
             fillBox(samples, box, helper::getSizeOf(type));
         } else {
             checkPromise(elements * storedBytes, packed.size(), ratioOf(m_array.compressor), m_array.compressor.name);
-            const bool isDirect = m_isInOrder && box == m_grid.chunk();
+            const bool isDirect = m_order.isOfImages() && box == m_grid.chunk();
             const bool converts = isConverted(m_array.stored);
             std::vector<std::uint8_t> unpacked;
             std::vector<std::uint8_t> ordered;
@@ -135,7 +95,7 @@ bool ZarrStore::read(std::size_t chunk, RawData samples) {
                 } else {
                     std::memset(samples, 0, elements * storedBytes);
                 }
-                reorder(stored, target, box, storedBytes, true);
+                m_order.toImage(stored, target, box, storedBytes);
                 stored = target;
             }
             if (m_swaps) {
@@ -161,9 +121,9 @@ void ZarrStore::write(std::size_t chunk, ConstRawData samples) {
     const std::size_t bytes = m_grid.elements() * sampleBytes;
     try {
         std::vector<std::uint8_t> ordered;
-        if (!m_isInOrder) {
+        if (!m_order.isOfImages()) {
             ordered.resize(bytes);
-            reorder(samples, ordered.data(), m_grid.chunk(), sampleBytes, false);
+            m_order.toFile(samples, ordered.data(), m_grid.chunk(), sampleBytes);
             samples = ordered.data();
         }
         const std::vector<std::uint8_t> packed = compressZarr(m_array.compressor, samples, bytes, sampleBytes);

@@ -155,12 +155,12 @@ void saveImage(const fs::path& path, ImageModel& image) {
 void saveImage(const fs::path& path, const ImageModel& image) {
     try {
         if (isStandardStream(path)) {
-            if (io::isChunkedFileName(withFormat(path))) {
-                refuse(path, "the format makes a folder, which can't go through a pipe");
-            }
             const TemporaryFolder folder;
             const fs::path file = folder.path() / withFormat(path);
             io::writeImage(file, image, writingOptions());
+            if (fs::is_directory(file)) {
+                refuse(path, "the format makes a folder, which can't go through a pipe");
+            }
             sendFile(file);
         } else {
             io::writeImage(path, image, writingOptions());
@@ -196,8 +196,8 @@ void checkCanWrite(const fs::path& path) {
         return;
     }
     std::error_code error;
-    if (!io::isChunkedFileName(path)) {
-        checkCanWriteFile(path);
+    if (const fs::path file = io::fileOfImage(path); file != path || !io::isChunkedFileName(path)) {
+        checkCanWriteFile(file);
     } else if (!fs::is_directory(path, error)) {  // else an image in a folder gives way to the new one
         // The folder of labels within an image comes with the first ones.
         const fs::path folder = path.parent_path();

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <rix/description/Text.h>
+#include <rix/io/ImageFile.h>
 #include <rix/io/Selection.h>
 
 #include "Failure.h"
@@ -18,6 +19,11 @@ namespace fs = std::filesystem;
 
 FileIdentity identityOf(const struct stat& status) {
     return {status.st_dev, status.st_ino, {}, S_ISCHR(status.st_mode)};
+}
+
+/// An image may be one of several in its file.
+fs::path fileOf(const fs::path& path, Targets::Kind kind) {
+    return kind == Targets::Kind::Image ? io::fileOfImage(path) : path;
 }
 
 }  // namespace
@@ -53,12 +59,12 @@ FileIdentity identityOf(const fs::path& path) {
 void Targets::addInput(const fs::path& name, Kind kind) {
     const fs::path path = kind == Kind::Image ? io::splitSelection(name).path : name;
     if (!isStandardStream(path)) {
-        m_inputs.emplace(identityOf(path), Entry{"", path, kind, m_unit});
+        m_inputs.emplace(identityOf(fileOf(path, kind)), Entry{"", path, kind, m_unit});
     }
 }
 
 void Targets::addOutput(const std::string& what, const fs::path& path, Kind kind) {
-    m_outputs.emplace(identityOf(path), Entry{what, path, kind, m_unit});
+    m_outputs.emplace(identityOf(fileOf(path, kind)), Entry{what, path, kind, m_unit});
 }
 
 bool Targets::useStandardOutput() const {

@@ -105,6 +105,9 @@ struct ImageFormat {
 /// The formats in the order in which files are tried against them.
 RIX_EXPORT std::vector<ImageFormat> getImageFormats();
 
+/// The file that the name of an image leads to: "cells.h5" for the data set "cells.h5:/raw", else the name itself.
+RIX_EXPORT std::filesystem::path fileOfImage(const std::filesystem::path& path);
+
 /// Whether the name of a file ends with an extension of a format.
 RIX_EXPORT bool isImageFileName(const std::filesystem::path& path);
 
