@@ -26,6 +26,7 @@ if not _is_main_interpreter():
 
 from . import _rix
 from ._algorithms import Algorithm, Description, Listed, describe, find as _find, list_all as list, names as _names
+from ._disk import DiskImage, create_image, open_image
 from ._errors import CancelledError, DataTypeError, Error, FileError, OutOfMemoryError, RuleError, RunError
 from ._files import imread, imwrite, overlay
 from ._image import ColorInterpretation, Image, Interpretation, LabelScope, SpatialFrame

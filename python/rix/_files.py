@@ -1,13 +1,33 @@
 """Image files and pictures."""
 
 import os
-from typing import Any, Dict, Mapping, Optional, Union
+from typing import Any, Dict, Mapping, Optional, Tuple, Union
 
 from . import _rix
 from ._errors import RuleError, RunError
 from ._image import ColorInterpretation, Image, PerAxis
 
 Path = Union[str, "os.PathLike[str]"]
+
+
+def calibration_source(calibration: Union[str, PerAxis, Mapping[str, Any], None]) -> Tuple[str, Dict[str, Any]]:
+    """What to take from the file, and arguments of `Image` to take instead."""
+    if isinstance(calibration, str) or calibration is None:
+        return calibration or "none", {}
+    names = ("spacing", "origin", "spatial_unit", "sequence_unit", "directions")
+    instead = dict(calibration) if isinstance(calibration, Mapping) and set(calibration) & set(names) else \
+        {"spacing": calibration}
+    unknown = set(instead) - set(names)
+    if unknown:
+        raise RuleError(f"calibration: there is no {', '.join(sorted(unknown))}; there are {', '.join(names)}")
+    return "file", instead
+
+
+def checked_quality(quality: Optional[int]) -> int:
+    """The quality of JPEG, 0 for the usual one."""
+    if quality is not None and not 1 <= quality <= 100:
+        raise RuleError(f"quality={quality}: it is a number from 1 to 100")
+    return quality or 0
 
 
 def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], None] = "file",
@@ -37,17 +57,10 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
 
     Raises `FileError`, and `RuleError` for a wrong `select`.
     """
-    named = isinstance(calibration, str) or calibration is None
-    source = calibration or "none" if named else "file"
+    source, instead = calibration_source(calibration)
     image: Image = _rix.read_image(os.fsdecode(path), source, maximum_size or 0, select or "", grey)
-    if named:
+    if not instead:
         return image
-    names = ("spacing", "origin", "spatial_unit", "sequence_unit", "directions")
-    instead = dict(calibration) if isinstance(calibration, Mapping) and set(calibration) & set(names) else \
-        {"spacing": calibration}
-    unknown = set(instead) - set(names)
-    if unknown:
-        raise RuleError(f"calibration: there is no {', '.join(sorted(unknown))}; there are {', '.join(names)}")
     return Image(image.array, **{**image.calibration, **instead}, interpretation=image.interpretation,
                  color_interpretation=image.color_interpretation, label_scope=image.label_scope)
 
@@ -81,13 +94,11 @@ def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: 
     """
     if color_interpretation is not None:
         given: Dict[str, Any] = {"axes": axes}
-        if isinstance(image, Image):
+        if hasattr(image, "calibration"):  # an Image, or one on disk
             given = {**image.calibration, "interpretation": image.interpretation, "label_scope": image.label_scope}
         image = Image(image, color_interpretation=color_interpretation, **given)
-    if quality is not None and not 1 <= quality <= 100:
-        raise RuleError(f"quality={quality}: it is a number from 1 to 100")
-    needed: str = _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata, quality or 0,
-                                   pyramid)
+    needed: str = _rix.write_image(os.fsdecode(path), image, axes or "", compression or "", drop_metadata,
+                                   checked_quality(quality), pyramid)
     return needed or None
 
 

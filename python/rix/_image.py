@@ -192,8 +192,12 @@ class Image(Operators):
         return self.array.astype(dtype or self.array.dtype, copy=bool(copy))
 
     def __repr__(self) -> str:
-        sizes = ", ".join(f"{axis}={size}" for axis, size in zip(self.axes, self.shape))
-        unit = f" {self.spatial_unit}" if self.spatial_unit else ""
-        color = f", {self.color_interpretation.name}" if self.color_interpretation else ""
-        return (f"<rix.Image {sizes}, {self.dtype}, {self.interpretation.name.lower()}{color}, "
-                f"spacing {self.spacing}{unit}>")
+        return f"<rix.Image {describe_header(self)}>"
+
+
+def describe_header(image: Image) -> str:
+    """Sizes, type, meaning and spacing in a line."""
+    sizes = ", ".join(f"{axis}={size}" for axis, size in zip(image.axes, image.shape))
+    unit = f" {image.spatial_unit}" if image.spatial_unit else ""
+    color = f", {image.color_interpretation.name}" if image.color_interpretation else ""
+    return f"{sizes}, {image.dtype}, {image.interpretation.name.lower()}{color}, spacing {image.spacing}{unit}"

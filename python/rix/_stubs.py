@@ -20,6 +20,9 @@ from ._algorithms import Description as Description
 from ._algorithms import Listed as Listed
 from ._algorithms import describe as describe
 from ._algorithms import list_all as list
+from ._disk import DiskImage as DiskImage
+from ._disk import create_image as create_image
+from ._disk import open_image as open_image
 from ._errors import CancelledError as CancelledError
 from ._errors import DataTypeError as DataTypeError
 from ._errors import Error as Error
@@ -45,7 +48,7 @@ class ArrayLike(Protocol):
     def __array__(self) -> npt.NDArray[Any]: ...
 
 _Array = npt.NDArray[Any]
-_AnyImage = Union[npt.NDArray[Any], Image, ArrayLike]
+_AnyImage = Union[npt.NDArray[Any], Image, DiskImage, ArrayLike]
 _Progress = Union[Callable[[float], object], bool, None]
 '''
 
@@ -87,7 +90,7 @@ def _function(facts: Description) -> str:
     follows = not several and results[0]["role"] == "image" and any(item["role"] == "image" for item in shown)
     text = ""
     # The form of the image that comes back is that of the first image given.
-    forms = [("_Array", "_Array"), ("Image", "Image"), ("ArrayLike", "Any")]
+    forms = [("_Array", "_Array"), ("Image", "Image"), ("DiskImage", "Image"), ("ArrayLike", "Any")]
     for image, result in forms if follows else [("_AnyImage", "")]:
         parameters, first = [], True
         for item in shown:

@@ -193,7 +193,7 @@ Algorithm::OpenImages Algorithm::openImages(const std::string& axes) {
     }
     for (std::size_t place = 0; place < properties.size(); ++place) {
         const PropertyFacts& property = properties[place];
-        ArrayImage* image = images.given[place].image.get();
+        ImageModel* const image = images.given[place].image.get();
         if (property.role == PropertyRole::InputImage) {
             for (std::size_t other = 0; image != nullptr && other < properties.size(); ++other) {
                 if (properties[other].role != PropertyRole::InputImage && images.given[other].image != nullptr) {
@@ -244,9 +244,10 @@ void Algorithm::execute(py::object progress, const OpenImages& images) {
         interaction.rethrow();
         for (std::size_t place = 0; place < images.given.size(); ++place) {
             const GivenImage& given = images.given[place];
-            if (given.image != nullptr && !given.image->refusal().empty()) {
+            const auto* const array = dynamic_cast<const ArrayImage*>(given.image.get());
+            if (array != nullptr && !array->refusal().empty()) {
                 exception.addInfoLevel(m_facts.name + "." + m_facts.properties[place].pythonName + ": " +
-                                       given.image->refusal());
+                                       array->refusal());
             }
         }
         throw;
@@ -263,7 +264,7 @@ void Algorithm::takeResults(OpenImages& images) {
         if (m_declined[place]) {
             m_results[place] = py::none();
         } else if (images.given[place].image != nullptr) {
-            updateHeader(images.given[place]);
+            updateHeader(images.given[place], images.reference);
             m_results[place] = images.given[place].object;
         } else if (property.role == PropertyRole::OutputImage) {
             m_results[place] = resultOf(m_made[place], images.reference);

@@ -95,8 +95,8 @@ void openMemory(GivenImage& given, Memory memory, ImageHeader header, Access acc
     }
     // An input is never written: the image is read-only, whatever the array is.
     const void* const first = given.array.data();
-    given.image = access == Access::ReadWrite ? std::make_unique<ArrayImage>(const_cast<void*>(first), header, strides)
-                                              : std::make_unique<ArrayImage>(first, header, strides);
+    given.image = access == Access::ReadWrite ? std::make_shared<ArrayImage>(const_cast<void*>(first), header, strides)
+                                              : std::make_shared<ArrayImage>(first, header, strides);
 }
 
 ImageHeader headerOfArray(const py::array& array) {
@@ -107,7 +107,8 @@ ImageHeader headerOfArray(const py::array& array) {
     return header;
 }
 
-/// The calibration and the meaning that a rix.Image has.
+}  // namespace
+
 ImageHeader headerOfImage(py::handle image, const py::array& array, const std::string& axes) {
     ImageHeader header = headerOfArray(array);
     const auto read = [&](const char* attribute, std::array<double, RIX_COMPONENTS_SIZE>& values) {
@@ -134,6 +135,8 @@ ImageHeader headerOfImage(py::handle image, const py::array& array, const std::s
     return header;
 }
 
+namespace {
+
 bool isImage(py::handle object) {
     // Kept for the life of the process, as the module is.
     static const py::handle type = py::object(py::module_::import("rix._image").attr("Image")).release();
@@ -154,6 +157,13 @@ void warnOfColours(const py::array& array, const std::string& named) {
 GivenImage open(py::handle object, const std::string& axes, Access access) {
     GivenImage given;
     given.object = py::reinterpret_borrow<py::object>(object);
+    if (OpenImage* const disk = openImageOf(object)) {
+        given.disk = disk;
+        given.form = ImageForm::Image;
+        given.axes = disk->axes();  // before somebody writes it, who gives it others
+        given.image = access == Access::ReadOnly ? disk->useForReading() : disk->useForWriting();
+        return given;
+    }
     py::object source = given.object;
     if (!py::isinstance<py::array>(object) && !isImage(object)) {
         const py::tuple converted = py::module_::import("rix._convert").attr("open_foreign")(object, axes);
@@ -254,7 +264,8 @@ GivenImage openOutput(py::handle object, const std::string& axes) {
 }
 
 void partFromOutput(GivenImage& input, const GivenImage& output) {
-    if (!helper::mayShareSamples(*input.image, *output.image) || helper::sharesLayout(*input.image, *output.image)) {
+    if (input.disk != nullptr || output.disk != nullptr || !helper::mayShareSamples(*input.image, *output.image) ||
+        helper::sharesLayout(*input.image, *output.image)) {
         return;
     }
     // What overlaps was opened where it is, so the axes are those of the memory.
@@ -288,7 +299,11 @@ py::object makeImage(const py::array& array, const std::string& axes, const Imag
 
 }  // namespace
 
-void updateHeader(const GivenImage& output) {
+void updateHeader(const GivenImage& output, const GivenImage* reference) {
+    if (output.disk != nullptr) {
+        output.disk->setAxes(axesOfResult(output.image->header().extents, reference != nullptr ? reference->axes : ""));
+        return;
+    }
     if (output.form == ImageForm::Image) {
         output.object.attr("_take")(makeImage(output.array, output.axes, output.image->header()));
     }
@@ -320,6 +335,52 @@ py::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::stri
                              [](void* kept) { delete static_cast<std::shared_ptr<io::MemoryImage>*>(kept); });
     static_cast<void>(owner.release());
     return {dtypeOf(image->getVoxelType(), isBool), shape, strides, image->getImageBuffer(), keeper};
+}
+
+namespace {
+
+bool isBool(const ImageHeader& header) {
+    return header.interpretation == RIX_BINARY && header.voxelType == RIX_UINT8;
+}
+
+}  // namespace
+
+SampleArray makeArray(const ImageHeader& header, const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents,
+                      const std::string& axes) {
+    std::string stored = axes;
+    std::sort(stored.begin(), stored.end(), [](char a, char b) { return axisOfLetter(a) > axisOfLetter(b); });
+    std::vector<py::ssize_t> shape;
+    py::list order;
+    for (std::size_t dimension = 0; dimension < axes.size(); ++dimension) {
+        shape.push_back(static_cast<py::ssize_t>(extents[indexOf(axisOfLetter(stored[dimension]))]));
+        order.append(stored.find(axes[dimension]));
+    }
+    if (const std::size_t samples = helper::getElementNumber(header.elementType); samples != 1) {
+        order.append(shape.size());
+        shape.push_back(static_cast<py::ssize_t>(samples));
+    }
+    try {
+        py::array array(dtypeOf(header.voxelType, isBool(header)), shape);
+        auto* const samples = static_cast<RawData>(array.mutable_data());
+        return {array.attr("transpose")(order), samples, isBool(header)};
+    } catch (py::error_already_set& error) {
+        rethrowShortage(error);
+    }
+}
+
+py::object imageWithoutSamples(const ImageHeader& header, const std::string& axes) {
+    static constexpr std::array<double, 2> zero{};  // of the largest type
+    std::vector<py::ssize_t> shape;
+    for (const char letter : axes) {
+        shape.push_back(static_cast<py::ssize_t>(header.extents[indexOf(axisOfLetter(letter))]));
+    }
+    if (const std::size_t samples = helper::getElementNumber(header.elementType); samples != 1) {
+        shape.push_back(static_cast<py::ssize_t>(samples));
+    }
+    const std::vector<py::ssize_t> strides(shape.size(), 0);
+    const py::array array(dtypeOf(header.voxelType, isBool(header)), shape, strides, zero.data(), py::str());
+    array.attr("setflags")(py::arg("write") = false);
+    return makeImage(array, axes, header);
 }
 
 py::object resultOf(const std::shared_ptr<io::MemoryImage>& image, const GivenImage* reference) {

@@ -8,24 +8,26 @@
 #include <rix/image/MemoryImage.h>
 
 #include "ArrayImage.h"
+#include "OpenImage.h"
 
 namespace rix::python {
 
 /// What a user gave an image as, which is what the results come back as.
 enum class ImageForm {
     Array,    ///< numpy.ndarray
-    Image,    ///< rix.Image
+    Image,    ///< rix.Image, rix.DiskImage
     Foreign,  ///< something that `rix._convert` knows, such as an xarray.DataArray
 };
 
 /// An image that Python gave, open for a run. What it points to lives as long as it does.
 struct GivenImage {
-    pybind11::object object;  ///< what the user gave
-    pybind11::array array;    ///< whose memory it is; a copy in storage order where that was needed
-    std::string axes;         ///< a letter for each dimension of what the user gave
+    pybind11::object object;    ///< what the user gave
+    pybind11::array array;      ///< whose memory it is; a copy in storage order where that was needed; none on disk
+    OpenImage* disk = nullptr;  ///< of an image on disk
+    std::string axes;           ///< a letter for each dimension of what the user gave
     ImageForm form = ImageForm::Array;
     pybind11::object wrap;  ///< of the foreign form: makes one of a rix.Image
-    std::unique_ptr<ArrayImage> image;
+    std::shared_ptr<ImageModelWithHeader> image;
 };
 
 /// Opens what a user gave as an image. NumPy arrays of any layout whose rows are contiguous are used where they are;
@@ -46,13 +48,32 @@ GivenImage openOutput(pybind11::handle object, const std::string& axes);
 /// already written.
 void partFromOutput(GivenImage& input, const GivenImage& output);
 
-/// After a run: what it did to the calibration of a rix.Image that was given for a result.
-void updateHeader(const GivenImage& output);
+/// After a run: what it did to the calibration of a rix.Image, or the axes of an image on disk, that was given for a
+/// result. @param reference the image that the result was made from; null for none
+void updateHeader(const GivenImage& output, const GivenImage* reference);
 
 /// The samples of an image as an array that keeps it alive, without a copy. Binary images become arrays of bool;
 /// vectors and matrices get a last dimension.
 /// @param axes the order of the dimensions
 pybind11::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::string& axes);
+
+/// Memory for samples, and the array of it.
+struct SampleArray {
+    pybind11::array array;
+    RawData samples;  ///< in storage order
+    bool isBool;
+};
+
+/// An array of other extents than those of the header. @param axes the order of the dimensions
+/// @throws MemoryError
+SampleArray makeArray(const ImageHeader& header, const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents,
+                      const std::string& axes);
+
+/// A rix.Image of the header whose samples are one 0, which takes no memory.
+pybind11::object imageWithoutSamples(const ImageHeader& header, const std::string& axes);
+
+/// The calibration and the meaning that a rix.Image has. @param array its samples
+ImageHeader headerOfImage(pybind11::handle image, const pybind11::array& array, const std::string& axes);
 
 /// A result in the form of the image that it was made from; an array where it was made from none.
 pybind11::object resultOf(const std::shared_ptr<io::MemoryImage>& image, const GivenImage* reference);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <rix/exceptions/Exception.h>
+#include <rix/io/ChunkedFile.h>
 #include <rix/io/ImageFile.h>
 
 #include "Arrays.h"
@@ -51,10 +52,15 @@ io::Selection selectionOf(const std::string& text) {
     }
 }
 
-}  // namespace
+/// A file, and what of it is wanted.
+struct NamedPart {
+    std::string path;
+    io::ReadOptions options;
+};
 
-py::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
-                    const std::string& select, bool grey) {
+/// @param path may end with a selection in brackets
+NamedPart partOf(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
+                 const std::string& select) {
     io::SelectedFile file = io::splitSelection(path);
     if (!select.empty()) {
         file = file.selection.empty()
@@ -65,27 +71,70 @@ py::object readFile(const std::string& path, const std::string& calibration, std
     options.selection = selectionOf(file.selection);
     options.calibration = calibrationOf(calibration);
     options.maximumImageSize = maximumSize;
-    options.grey = grey;
+    return {file.path, options};
+}
+
+/// What `read` makes of a file with these options, without the interpreter's lock; doubts become warnings then.
+template <class Read>
+auto reading(const std::string& path, io::ReadOptions& options, const Read& read) {
     std::vector<std::string> warnings;
     options.warn = [&](const String& text) { warnings.push_back(text); };
-    const std::shared_ptr<io::MemoryImage> image = interruptibly([&](const std::function<bool()>& interrupted) {
+    auto image = interruptibly([&](const std::function<bool()>& interrupted) {
         options.interrupted = interrupted;
-        return io::readImage(file.path, options);
+        return read();
     });
     for (const std::string& text : warnings) {
         warn(path + ": " + text);
     }
-    return imageOf(image, axesOfResult(helper::getExtents(*image), "yx"));
+    return image;
 }
 
-std::string writeFile(const std::string& path, py::handle image, const std::string& axes,
-                      const std::string& compression, bool dropMetadata, int quality, bool pyramid) {
-    const GivenImage given = openInput(image, axes);
+io::WriteOptions writeOptions(const std::string& compression, bool dropMetadata, int quality, bool pyramid) {
     io::WriteOptions options;
     options.compression = compressionOf(compression);
     options.dropMetadata = dropMetadata;
     options.quality = quality;
     options.pyramid = pyramid;
+    return options;
+}
+
+}  // namespace
+
+py::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
+                    const std::string& select, bool grey) {
+    NamedPart part = partOf(path, calibration, maximumSize, select);
+    io::ReadOptions& options = part.options;
+    options.grey = grey;
+    const std::shared_ptr<io::MemoryImage> image =
+        reading(path, options, [&] { return io::readImage(part.path, options); });
+    return imageOf(image, axesOfResult(helper::getExtents(*image), "yx"));
+}
+
+std::unique_ptr<OpenImage> openFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
+                                    const std::string& select) {
+    NamedPart part = partOf(path, calibration, maximumSize, select);
+    std::shared_ptr<io::DiskImage> image =
+        reading(path, part.options, [&] { return io::openImage(part.path, part.options); });
+    std::string axes = axesOfResult(image->header().extents, "yx");
+    return std::make_unique<OpenImage>(std::move(image), std::move(axes), path);
+}
+
+std::unique_ptr<OpenImage> createFile(const std::string& path, const std::string& compression, bool dropMetadata,
+                                      int quality, bool pyramid) {
+    if (path.empty()) {
+        return std::make_unique<OpenImage>(std::make_shared<io::DiskImage>(), path);
+    }
+    io::WriteOptions options = writeOptions(compression, dropMetadata, quality, pyramid);
+    // The image outlives this call, and keeps what it asks: a function that `close` sets while it is at work.
+    const auto asked = std::make_shared<std::function<bool()>>();
+    options.interrupted = [asked] { return *asked && (*asked)(); };
+    return std::make_unique<OpenImage>(io::createImage(path, options), path, asked);
+}
+
+std::string writeFile(const std::string& path, py::handle image, const std::string& axes,
+                      const std::string& compression, bool dropMetadata, int quality, bool pyramid) {
+    const GivenImage given = openInput(image, axes);
+    io::WriteOptions options = writeOptions(compression, dropMetadata, quality, pyramid);
     return interruptibly([&](const std::function<bool()>& interrupted) {
         options.interrupted = interrupted;
         io::writeImage(path, *given.image, options);

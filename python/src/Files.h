@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include <pybind11/pybind11.h>
+
+#include "OpenImage.h"
 
 namespace rix::python {
 
@@ -15,6 +18,16 @@ namespace rix::python {
 /// @throws LoadingError as `io::readImage`, RefusedError for an unknown choice and a wrong selection
 pybind11::object readFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
                           const std::string& select, bool grey);
+
+/// An image file on disk, of which no sample is read; as `readFile` else.
+/// @throws LoadingError as `io::openImage`
+std::unique_ptr<OpenImage> openFile(const std::string& path, const std::string& calibration, std::uint64_t maximumSize,
+                                    const std::string& select);
+
+/// An image on disk for a result; with an empty path temporary data.
+/// @throws WritingError as `io::createImage`, RefusedError for an unknown compression
+std::unique_ptr<OpenImage> createFile(const std::string& path, const std::string& compression, bool dropMetadata,
+                                      int quality, bool pyramid);
 
 /// @param quality of JPEG; 0 for the usual one
 /// @return the selection that reads the file back; empty where none is needed

@@ -15,6 +15,7 @@
 #include "Errors.h"
 #include "Exits.h"
 #include "Files.h"
+#include "OpenImage.h"
 #include "Thresholds.h"
 
 namespace py = pybind11;
@@ -48,6 +49,19 @@ PYBIND11_MODULE(_rix, module) {
         return rix::python::callFunction(name, inputs, out,
                                          optionsFrom(std::move(progress), std::move(threads), axes, each));
     });
+    using rix::python::OpenImage;
+    py::class_<OpenImage>(module, "OpenImage", "Base of the images on disk.")
+        .def(py::init(&rix::python::openFile))
+        .def(py::init(&rix::python::createFile))
+        .def_property_readonly("_path", &OpenImage::path)
+        .def_property_readonly("_closed", &OpenImage::isClosed)
+        .def_property_readonly("_has_samples", [](const OpenImage& image) { return !image.axes().empty(); })
+        .def("_header", &OpenImage::header)
+        .def("_chunks", &OpenImage::chunks)
+        .def("_calibrate", &OpenImage::calibrate)
+        .def("_read", &OpenImage::read)
+        .def("_close", &OpenImage::close)
+        .def("_give_up", &OpenImage::giveUp);
     module.def("describe", &rix::python::describeClass);
     module.def("list", &rix::python::listClasses);
     module.def("suggest", [](const std::string& name, const std::vector<std::string>& candidates) {

@@ -40,6 +40,8 @@ def test_type_checker(tmp_path):
         "b = rix.labeling_2d(rix.thresholding_by_criterion(a, 'GREATER_THAN', 5), neighborhood='CONNECTIVITY_8')\n"
         "print(b.shape, rix.labeling_2d(rix.Image(a)).spacing, rix.auto_thresholding_bright(a).output_measurement.units)\n"
         "print(rix.dask.label(a), rix.dask.apply('box_filter_2d', a, axes='yx', kernel_size_x=3))\n"
+        "with rix.open_image('a.zarr') as image, rix.create_image('b.zarr', pyramid=True) as result:\n"
+        "    print(rix.invert(image).axes, rix.invert(image, out=result), image.chunks[0], image.spacing, image[3, ::2])\n"
         "box = rix.BoxFilter2d(input_image=a, kernel_size_x=3)\n"
         "box.auto_scale = rix.BoxFilter2d.AutoScaleType.YES\n"
         "print(rix.BoxFilter2d.AutoScaleType.YES.value, box.kernel_size_x + 1)\n")
