@@ -60,7 +60,7 @@ def test_theirs_here(tmp_path):
         np.testing.assert_array_equal(rix.imread(f"{path}:named", select="t=1").array.reshape(3, 3, 8, 9),
                                       np.moveaxis(file["named"][1], -1, 0))
     assert rix.imread(f"{path}:/packed").spacing == (2, 0.5, 0.25)
-    assert rix.imread(f"{path}:/mask").interpretation == "binary"
+    assert rix.imread(f"{path}:/mask").interpretation.name == "BINARY"
     for name, reason in {"text": "texts", "link": "no data set '/link'", "too wide": "32 bits", "none": "no data set"}.items():
         with pytest.raises(rix.FileError, match=reason):
             rix.imread(f"{path}:/{name}")

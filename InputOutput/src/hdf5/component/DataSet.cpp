@@ -61,9 +61,8 @@ Handle accessToDataSets() {
 }
 
 Handle openFile(const std::string& path) {
-    const Handle access(::H5Pcreate(H5P_FILE_ACCESS), &::H5Pclose);
-    check(access && ::H5Pset_file_locking(access, false, true) >= 0, "libhdf5 cannot be set up");
-    return checked(::H5Fopen(path.c_str(), H5F_ACC_RDONLY, access), &::H5Fclose, "The HDF5 file cannot be opened");
+    return checked(withFileAccess([&](::hid_t access) { return ::H5Fopen(path.c_str(), H5F_ACC_RDONLY, access); }),
+                   &::H5Fclose, "The HDF5 file cannot be opened");
 }
 
 std::vector<std::size_t> shapeOf(::hid_t dataSet) {

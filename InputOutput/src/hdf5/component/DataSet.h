@@ -28,8 +28,16 @@ private:
 
 /// How a data set is opened: its chunks are kept by us, not twice, and links do not lead out of the file.
 Handle accessToDataSets();
-/// Opens a file for reading, without locks, which network file systems refuse.
+/// Opens a file for reading.
 Handle openFile(const std::string& path);
+/// What `open` gives with the usual access to files, which another user of libhdf5 in the process may have the file open
+/// with; or else with one that takes no locks, which network file systems refuse.
+template <class Open>
+::hid_t withFileAccess(const Open& open) {
+    const ::hid_t usual = open(H5P_DEFAULT);
+    const Handle access(usual < 0 ? ::H5Pcreate(H5P_FILE_ACCESS) : -1, &::H5Pclose);
+    return !access || ::H5Pset_file_locking(access, false, true) < 0 ? usual : open(access);
+}
 std::vector<std::size_t> shapeOf(::hid_t dataSet);
 
 std::unique_ptr<Source> openSource(const std::string& path, const std::string& name);
