@@ -135,7 +135,7 @@ class DiskImage(_rix.OpenImage):
     def close(self) -> None:
         """Ends the use of the image. A created one is completed and appears under its name; temporary data is given up.
 
-        Where that fails (the disk is full) it may be tried again. A second call does nothing.
+        Where that fails (the disk is full) or Ctrl-C ends it, it may be tried again. On a closed image nothing happens.
 
         Raises `FileError`, and `RunError` while it is in use, and for a created image that no run has completed.
         """
@@ -197,8 +197,8 @@ def open_image(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any]
     maximum_size
         The most bytes that a chunk may take in memory; unless given, the setting RIX_MAXIMUM_IMAGE_SIZE.
     select
-        "series=1", "level=2" or "axes=tyx", as `imread` has them; parts by ranges are read by `imread`, or by indices of
-        what is opened.
+        "series=1", "level=2" or "axes=tyx", as `imread` has them; ranges are refused: indices of what is opened take
+        parts.
 
     Raises `FileError`, also for formats without chunks, and `RuleError` for a wrong `select`.
     """

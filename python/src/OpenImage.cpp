@@ -110,6 +110,27 @@ private:
     Extents m_place{};  ///< of the row in the image
 };
 
+/// Lets an image's writer ask whether to end, for as long as this lives.
+class Answer {
+public:
+    /// @param asked null where nobody asks
+    Answer(std::function<bool()>* asked, const std::function<bool()>& interrupted) : m_asked(asked) {
+        if (m_asked != nullptr) {
+            *m_asked = interrupted;
+        }
+    }
+    ~Answer() {
+        if (m_asked != nullptr) {
+            *m_asked = nullptr;
+        }
+    }
+    Answer(const Answer&) = delete;
+    Answer& operator=(const Answer&) = delete;
+
+private:
+    std::function<bool()>* m_asked;
+};
+
 }  // namespace
 
 OpenImage::OpenImage(std::shared_ptr<io::DiskImage> image, std::string axes, std::string path)
@@ -234,9 +255,7 @@ void OpenImage::close() {
     }
     const std::shared_ptr<io::DiskImage> closing = occupy();
     interruptibly([&](const std::function<bool()>& interrupted) {
-        if (m_asked != nullptr) {
-            *m_asked = interrupted;
-        }
+        const Answer answer(m_asked.get(), interrupted);
         closing->close();
     });
     m_image = nullptr;
