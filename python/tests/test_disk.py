@@ -138,7 +138,8 @@ def test_what_is_not_completed_leaves_nothing(volume, tmp_path):
         def stop(progress):
             raise ZeroDivisionError
 
-        with pytest.raises(ZeroDivisionError):
+        rix.invert(opened, out=result)
+        with pytest.raises(ZeroDivisionError):  # half of what is there may be that of the second run
             rix.invert(opened, out=result, progress=stop)
         with pytest.raises(rix.RunError, match="no operation completed it"):
             result.close()
