@@ -32,6 +32,9 @@ GivenOptions& given() {
     return options;
 }
 
+/// Files of a batch are read by a thread each, and each has its share of the memory.
+thread_local std::uint64_t memoryForReading = 0;
+
 }  // namespace
 
 void addReadingOptions(CLI::App& command) {
@@ -92,15 +95,36 @@ void addWritingOptions(CLI::App& command) {
                      "Write an image also in a format that can't hold its calibration or meaning, without them");
 }
 
+void addMemoryOption(CLI::App& command, std::optional<std::uint64_t>& memory) {
+    command
+        .add_option("--memory", memory,
+                    "Take at most so much memory, as in 500M or 2G, for images, working memory and chunks of images on "
+                    "disk: temporary images go to disk where it is short, and what does not fit is refused before "
+                    "the run, with the numbers")
+        ->transform(CLI::AsSizeValue(false).description(""))
+        ->check(CLI::Range(std::uint64_t{1} << 20, std::uint64_t{1} << 62).description(""))
+        ->type_name("SIZE");
+}
+
 void limitImageSize(std::uint64_t bytes) {
-    GivenOptions& options = given();
-    options.maximumImageSize = options.maximumImageSize == 0 ? bytes : std::min(options.maximumImageSize, bytes);
+    memoryForReading = bytes;
+}
+
+bool isBeyondLimit(const ImageHeader& header) {
+    std::size_t bytes = 0;
+    const bool isKnown =
+        helper::multiplyExtents(header.extents, bytes) &&
+        !__builtin_mul_overflow(
+            bytes, helper::getSizeOf(header.voxelType) * helper::getElementNumber(header.elementType), &bytes);
+    return memoryForReading != 0 && (!isKnown || bytes > memoryForReading);
 }
 
 io::ReadOptions readingOptions(const std::filesystem::path& path) {
     const GivenOptions& options = given();
     io::ReadOptions reading;
-    reading.maximumImageSize = options.maximumImageSize;
+    reading.maximumImageSize = options.maximumImageSize == 0 ? memoryForReading
+                               : memoryForReading == 0       ? options.maximumImageSize
+                                                             : std::min(options.maximumImageSize, memoryForReading);
     reading.calibration = options.noCalibration     ? io::Calibration::None
                           : options.printResolution ? io::Calibration::All
                                                     : io::Calibration::Measured;

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 
+#include <rix/image/ImageHeader.h>
 #include <rix/image/ImageModel.h>
 #include <rix/io/ImageFile.h>
 
@@ -18,8 +20,14 @@ void addReadingOptions(CLI::App& command);
 /// The same for the files that it writes: --compress, --quality, --pyramid, --drop-metadata.
 void addWritingOptions(CLI::App& command);
 
-/// Lets no image be read into memory that takes more bytes, whatever else the command line allows.
+/// Adds --memory, in bytes.
+void addMemoryOption(CLI::App& command, std::optional<std::uint64_t>& memory);
+
+/// From now on this thread reads no image into memory that takes more bytes, whatever else the command line allows; 0
+/// for any.
 void limitImageSize(std::uint64_t bytes);
+/// Whether an image would take more than that.
+bool isBeyondLimit(const ImageHeader& header);
 
 /// How files are read as the command line says: Ctrl-C ends it, doubts about a file are told on standard error.
 io::ReadOptions readingOptions(const std::filesystem::path& path);

@@ -90,7 +90,9 @@ std::unique_ptr<ImageModel> openOrLoad(const fs::path& path,
     auto opened = readThrough(path, [&](const fs::path& readable, const io::ReadOptions& reading) {
         io::ReadOptions silent = reading;
         silent.warn = [](const String&) {};  // what is to be told is told once
-        return isToOpen(readable, silent) ? io::openImage(readable, reading) : nullptr;
+        const bool isOpened = isToOpen(readable, silent) || (io::canOpenImage(readable, silent) &&
+                                                             isBeyondLimit(io::readImageInfo(readable, silent)));
+        return isOpened ? io::openImage(readable, reading) : nullptr;
     });
     if (opened == nullptr) {
         return loadImage(path);

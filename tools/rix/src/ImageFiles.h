@@ -23,7 +23,8 @@ void refuseZeroByte(const std::filesystem::path& path, int exitCode);
 /// Reads an image. @throws Failure (unreadable input), MemoryError.
 std::unique_ptr<io::MemoryImage> loadImage(const std::filesystem::path& path);
 
-/// An image that a run reads: on disk where its file keeps it in chunks, else in memory.
+/// An image that a run reads: on disk where its file keeps it in chunks, and where it takes more than `limitImageSize`
+/// allows and its format finds parts by themselves; else in memory.
 /// @throws Failure (unreadable input), MemoryError.
 std::unique_ptr<ImageModel> openOrLoadImage(const std::filesystem::path& path);
 

@@ -1,5 +1,9 @@
 // Runs on images that lie on disk in chunks.
 
+#include <csignal>
+#include <fstream>
+#include <map>
+
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
@@ -92,6 +96,130 @@ TEST_F(LargeImages, FitABudgetOrAreRefusedWithTheNumbers) {
     EXPECT_THAT(refused.messages, HasSubstr("--memory allows 20.0 MiB"));
     EXPECT_EQ(smooth("large.tif", "c.tif", "much").exitCode, 2);
     EXPECT_EQ(files(), (std::set<std::string>{"a.tif", "a.zarr", "b.tif", "b.zarr", "large.tif", "large.zarr"}));
+}
+
+class LargeRecipes : public LargeImages {
+protected:
+    void SetUp() override {
+        LargeImages::SetUp();
+        // 16 x 16 objects in noise, 2 bytes an element: 4 MiB.
+        std::vector<std::uint16_t> samples(std::size_t{1600} * 1300);
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            const bool isObject = i % 1600 / 50 % 2 != 0 && i / 1600 / 40 % 2 != 0;
+            samples[i] = static_cast<std::uint16_t>((isObject ? 40000 : 10000) + i * i / 7 % 10000);
+        }
+        const auto image = makeImage<std::uint16_t>({1600, 1300, 1, 1, 1}, samples);
+        for (const char* name : {"b.tif", "b.png", "c.zarr"}) {
+            io::writeImage(folder() / name, image);
+        }
+        std::filesystem::create_directory(folder() / "temporary");
+        ::setenv("RIX_TEMPORARY_DATA_DIRECTORY", (folder() / "temporary").c_str(), 1);
+    }
+    void TearDown() override {
+        EXPECT_TRUE(std::filesystem::is_empty(folder() / "temporary"));
+        ::unsetenv("RIX_TEMPORARY_DATA_DIRECTORY");
+        LargeImages::TearDown();
+    }
+    /// Smoothing, changes in place of what steps made and of files, labels, measures; images as they were in between.
+    void writeRecipe(const std::string& name, const std::string& more) const {
+        std::ofstream(folder() / name) << R"({"parameters": {"out": "."}, "steps": [
+            {"run": "GaussianFilter2d", "with": {"inputImage": "c.zarr", "standardDeviationX": 5,
+                "standardDeviationY": 2, "outputImage": "@smooth"}},
+            {"write": "c.zarr", "to": "${out}/before.tif"},
+            {"run": "Invert", "with": {"inputImage": "c.zarr", "outputImage": "c.zarr"}},
+            {"write": "@smooth", "to": "${out}/smooth.zarr"},
+            {"run": "Sample", "with": {"inputImage": "b.png", "changedImage": "b.tif"}},
+            {"run": "Sample", "with": {"inputImage": "b.png", "changedImage": "@smooth"}},
+            {"run": "Invert", "with": {"inputImage": "b.png", "outputImage": "@b"}},
+            {"run": "GammaCorrection", "with": {"inputImage": "@b", "outputImage": "@b"}},
+            {"write": "b.tif", "to": "${out}/changed.tif"},
+            {"write": "@smooth", "to": "${out}/smooth.tif"},
+            {"run": "ThresholdingByCriterion", "with": {"inputGrayImage": "@smooth", "comparisonValue": 32000,
+                "comparisonCriterion": "GREATER_THAN", "outputBinaryImage": "@bright"}},
+            {"run": "Labeling2d", "with": {"inputObjectImage": "@bright", "outputLabelImage": "${out}/labels.zarr"}},
+            {"run": "LabelAnalysis", "with": {"inputLabelImage": "${out}/labels.zarr",
+                "inputIntensityImage": "@b", "outputMeasurement": "${out}/objects.csv"}})"
+                                       << more << "]}";
+    }
+    /// What lies in the files below, by their paths.
+    std::map<std::string, std::string> contentsOf(const std::string& name) const {
+        std::map<std::string, std::string> contents;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder() / name)) {
+            if (entry.is_regular_file()) {
+                const auto path = std::filesystem::relative(entry.path(), folder() / name);
+                contents[path.string()] = contentOf((name / path).string());
+            }
+        }
+        return contents;
+    }
+};
+
+TEST_F(LargeRecipes, WithinABudgetMakeWhatTheyMakeInMemory) {
+    writeRecipe("r.json", R"(, {"render": {"image": "${out}/labels.zarr", "over": "@b"}, "to": "${out}/labels.png"})");
+    std::filesystem::copy(folder() / "c.zarr", folder() / "kept.zarr", std::filesystem::copy_options::recursive);
+    std::map<std::string, std::string> expected;
+    std::map<std::string, std::string> expectedInput;
+    for (const char* memory : {"", "40M", "60M", "1G"}) {
+        const std::string out = std::string("out") + memory;
+        std::filesystem::create_directory(folder() / out);
+        std::filesystem::remove_all(folder() / "c.zarr");
+        std::filesystem::copy(folder() / "kept.zarr", folder() / "c.zarr", std::filesystem::copy_options::recursive);
+        std::vector<std::string> arguments{"recipe", "r.json", "out=" + out};
+        if (memory[0] != 0) {
+            arguments.insert(arguments.end(), {"--memory", memory});
+        }
+        const Ending ended = sample(arguments);
+        ASSERT_EQ(ended.exitCode, 0) << memory << ended.messages;
+        if (expected.empty()) {
+            expected = contentsOf(out);
+            expectedInput = contentsOf("c.zarr");
+            EXPECT_NE(expectedInput, contentsOf("kept.zarr"));
+            EXPECT_THAT(expected.at("objects.csv"), HasSubstr("\n0,256,"));
+        }
+        EXPECT_TRUE(contentsOf(out) == expected) << memory;
+        EXPECT_TRUE(contentsOf("c.zarr") == expectedInput) << memory;
+    }
+}
+
+TEST_F(LargeRecipes, MakeRoomOnDiskOrAreRefusedWithTheNumbersAndLeaveNothing) {
+    std::ofstream(folder() / "twice.json") << R"({"parameters": {"in": "b.png"}, "steps": [
+        {"run": "Invert", "with": {"inputImage": "${in}", "outputImage": "@a"}},
+        {"run": "Invert", "with": {"inputImage": "@a", "outputImage": "@b"}},
+        {"write": "@b", "to": "twice.tif"}]})";
+    const auto before = files();
+    const auto twice = [&](const char* memory) { return rix({"recipe", "twice.json", "--memory", memory}); };
+    EXPECT_EQ(twice("3M").exitCode, 4);
+    const Ending refused = twice("5M");
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.messages, HasSubstr("3.9 MiB for its inputs"));
+    EXPECT_THAT(refused.messages, HasSubstr("--memory allows 5.0 MiB"));
+    EXPECT_THAT(refused.messages, HasSubstr("step 1 of the recipe"));
+    EXPECT_EQ(files(), before);
+    for (const char* memory : {"8M", "9M", "12M", "16M"}) {
+        EXPECT_EQ(twice(memory).exitCode, 0) << memory;
+        EXPECT_EQ(samplesOf("twice.tif"), samplesOf("b.png")) << memory;
+    }
+    writeRecipe("picture.json", R"(, {"render": "@b", "to": "picture.png"})");
+    const Ending picture = sample({"recipe", "picture.json", "--memory", "20M"});
+    EXPECT_THAT(picture.messages, HasSubstr("the picture needs 23.8 MiB of memory"));
+}
+
+TEST_F(LargeRecipes, ThatFailOrAreInterruptedLeaveNothing) {
+    const auto end = [](const std::string& behaviour) {
+        return R"(, {"run": "Sample", "with": {"inputImage": "b.png", "outputImage": "late.tif", "behaviour": ")" +
+               behaviour + "\"}}";
+    };
+    writeRecipe("fails.json", end("FAIL"));
+    writeRecipe("waits.json", end("WAIT"));
+    const auto before = files();
+    const auto input = contentsOf("c.zarr");
+    EXPECT_THAT(sample({"recipe", "fails.json", "--memory", "40M"}).messages, HasSubstr("step 14 of the recipe"));
+    Process process(RIX_SAMPLE_PROGRAM, {"recipe", "waits.json", "--memory", "40M"}, setup());
+    ASSERT_TRUE(process.waitForMessage("sample: running")) << process.messages();
+    process.send(SIGINT);
+    EXPECT_EQ(process.wait(), 128 + SIGINT) << process.messages();
+    EXPECT_EQ(files(), before);
+    EXPECT_TRUE(contentsOf("c.zarr") == input);
 }
 
 }  // namespace

@@ -2,12 +2,13 @@
 // answers in every kind of output.
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include <rix/access/ExecutionContext.h>
 #include <rix/algorithms/AbstractPrivateImplementation.h>
@@ -85,11 +86,24 @@ void copy(const ImageModel& from, ImageModel* to) {
         return;
     }
     to->enforceSameCharacteristics(&from, ALL_CHARACTERISTICS);
-    std::size_t elements = 0;
-    if (!helper::getElementCount(from, elements)) {
-        throw RuntimeError("too large");
+    const auto n = helper::getExtents(from);
+    std::vector<std::uint8_t> row(n[COLUMNS] * helper::getElementSize(from));
+    for (std::size_t y = 0; y < n[ROWS]; ++y) {
+        if (!from.readRowAt(n[COLUMNS], row.data(), 0, y, 0, 0, 0) ||
+            !to->writeRowAt(n[COLUMNS], row.data(), 0, y, 0, 0, 0)) {
+            throw RuntimeError("a row is refused");
+        }
     }
-    std::memcpy(to->getImageBuffer(), from.getImageBuffer(), elements * helper::getElementSize(from));
+}
+
+void raiseFirstByte(ImageModel& image) {
+    std::vector<std::uint8_t> element(helper::getElementSize(image));
+    bool done = image.readRowAt(1, element.data(), 0, 0, 0, 0, 0);
+    ++element[0];
+    done = done && image.writeRowAt(1, element.data(), 0, 0, 0, 0, 0);
+    if (!done) {
+        throw RuntimeError("the first element is refused");
+    }
 }
 
 class SampleRunner : public ScalarRunnable {
@@ -108,7 +122,7 @@ public:
         copy(*state.inputImage.get(), state.outputImage.get());
         copy(*state.inputImage.get(), state.outputCopy.get());
         if (ImageModel* changed = state.changedImage.get()) {
-            ++*changed->getImageBuffer();
+            raiseFirstByte(*changed);
         }
         answer(state.outputThird, state.count.get() / 3.0);
         answer(state.outputText, String("counted"));

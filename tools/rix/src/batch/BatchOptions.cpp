@@ -32,6 +32,10 @@ std::optional<int> BatchOptions::threadsOfOne(std::optional<int> asked) const {
     return std::max(1, static_cast<int>(std::thread::hardware_concurrency() / jobs));
 }
 
+std::optional<std::uint64_t> BatchOptions::memoryOfOne(std::optional<std::uint64_t> asked) const {
+    return asked ? std::optional(*asked / jobs) : asked;
+}
+
 void BatchOptions::refuseWithoutFiles(const std::vector<std::string>& texts, const std::string& path) const {
     const auto refuse = [](const std::string& text) {
         if (hasPlaceholder(text)) {

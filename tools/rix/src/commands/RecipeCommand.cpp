@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ struct RecipeCommandOptions {
     std::string path;
     std::vector<std::string> parameters;
     std::string record;
+    std::optional<std::uint64_t> memory;
     BatchOptions batch;
     bool noProgress = false;
     bool json = false;
@@ -27,6 +29,7 @@ int runCommand(const RecipeCommandOptions& options) {
     recipe.parameters = parseAssignments(options.parameters);
     recipe.record = options.record.empty() ? recipe.recipe.stem().string() + "-record.json" : options.record;
     recipe.progress = chooseProgressDisplay(!options.noProgress && !options.json);
+    recipe.memory = options.memory;
     recipe.json = options.json;
     if (!options.batch.files.empty()) {
         return runRecipes(recipe, options.batch);
@@ -50,6 +53,7 @@ void addRecipeCommand(CLI::App& program, Action& chosen) {
         "Values for the recipe's parameters; brackets behind the name of an image select a part, as in a.tif[z=3]");
     command->add_option("--record", options->record, "Where the record goes; unless given, NAME-record.json here")
         ->type_name("PATH");
+    addMemoryOption(*command, options->memory);
     options->batch.addTo(*command);
     command->add_flag("--no-progress", options->noProgress, "Draw no progress bar");
     command->add_flag("--json", options->json, "Print the record, or what goes wrong, as a JSON object");

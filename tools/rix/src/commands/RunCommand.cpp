@@ -157,9 +157,7 @@ private:
         FileRunRequest request = cli::requestOf(m_options, member.fill(m_assignments));
         request.table = m_joins ? "" : member.fill(m_options.csv);
         request.threads = m_options.batch.threadsOfOne(m_options.threads);
-        if (m_options.memory) {
-            request.memory = *m_options.memory / static_cast<unsigned>(m_options.batch.jobs);
-        }
+        request.memory = m_options.batch.memoryOfOne(m_options.memory);
         return request;
     }
 
@@ -262,15 +260,7 @@ void addRunCommand(CLI::App& program, Action& chosen) {
     command->add_option("--threads", options->threads, "Use at most N threads")
         ->check(CLI::Range(1, 1 << 20).description(""))
         ->type_name("N");
-    command
-        ->add_option(
-            "--memory", options->memory,
-            "Take at most so much memory, as in 500M or 2G, for images, working memory and chunks of images on "
-            "disk: temporary images go to disk where it is short, and what does not fit is refused before "
-            "the run, with the numbers")
-        ->transform(CLI::AsSizeValue(false).description(""))
-        ->check(CLI::Range(std::uint64_t{1} << 20, std::uint64_t{1} << 62).description(""))
-        ->type_name("SIZE");
+    addMemoryOption(*command, options->memory);
     command->add_option("--max-level", options->maxLevel, "Use no implementation above this level")
         ->type_name("scalar|sse|avx");
     command

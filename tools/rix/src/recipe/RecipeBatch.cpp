@@ -109,9 +109,14 @@ private:
                 m_batch.tell(m_batch.files()[file].string() + "  " + text);
             }
         };
-        const nlohmann::json record =
-            carryOut(m_options.recipe, m_recipes[file],
-                     {interaction, m_batchOptions.threadsOfOne({}), [](const std::string&) {}, m_joined, join, note});
+        const nlohmann::json record = carryOut(m_options.recipe, m_recipes[file],
+                                               {.interaction = interaction,
+                                                .threads = m_batchOptions.threadsOfOne({}),
+                                                .memory = m_batchOptions.memoryOfOne(m_options.memory),
+                                                .say = [](const std::string&) {},
+                                                .joined = m_joined,
+                                                .join = join,
+                                                .note = note});
         if (!m_oneRecord) {
             saveRecord(recordOf(file), record);
         }

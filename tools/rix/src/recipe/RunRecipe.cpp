@@ -19,6 +19,7 @@
 #include "../TableFiles.h"
 #include "DryRun.h"
 #include "PreparedRun.h"
+#include "RecipeBudget.h"
 #include "Record.h"
 #include "Workspace.h"
 
@@ -45,13 +46,15 @@ private:
     std::size_t m_steps;
 };
 
-/// The recipe as it is carried out: images in memory, files kept back until the end.
+/// The recipe as it is carried out: images in memory or temporary data, files kept back until the end.
 class Execution {
 public:
     Execution(const std::filesystem::path& path, const Recipe& recipe, const RecipeSurroundings& surroundings)
         : m_recipe(recipe),
           m_surroundings(surroundings),
-          m_workspace(loadImage, Workspace::Images::InMemory),
+          m_budget(surroundings.memory),
+          m_workspace([&](const std::filesystem::path& name) { return m_budget.load(name, m_workspace); },
+                      m_budget.images()),
           m_record(path, recipe) {}
 
     nlohmann::json carryOut() {
@@ -88,8 +91,10 @@ private:
             m_files.emplace_back(step.target,
                                  [image = m_workspace.asItIs(name), path = step.target] { saveImage(path, *image); });
         } else {
+            m_budget.fitPicture(step, m_workspace);
             // Drawn now: a later step may change the images.
             auto picture = std::make_shared<io::MemoryImage>(rendering::toImage(drawPicture(step, m_workspace)));
+            m_workspace.track(picture);
             m_files.emplace_back(step.target, [picture, path = step.target] { saveImage(path, *picture); });
         }
     }
@@ -99,6 +104,7 @@ private:
         if (m_surroundings.threads) {
             run.algorithm->settings().setMaximumNumberOfThreads(*m_surroundings.threads);
         }
+        m_budget.fit(run, step, m_workspace);
         StepInteraction interaction(m_surroundings.interaction, m_step, m_recipe.steps.size());
         const RunNotes notes(*run.algorithm);
         m_record.addStep(runAndDescribe(run, step, interaction, notes));
@@ -127,6 +133,7 @@ private:
 
     const Recipe& m_recipe;
     const RecipeSurroundings& m_surroundings;
+    RecipeBudget m_budget;
     Workspace m_workspace;
     Record m_record;
     std::vector<std::pair<std::filesystem::path, std::function<void()>>> m_files;
@@ -170,7 +177,14 @@ void runRecipe(const RecipeOptions& options) {
                 writeMessage(text);
             }
         };
-        record = carryOut(options.recipe, recipe, {console, {}, sayBesideBar, {}, {}, noteBesideBar});
+        record = carryOut(options.recipe, recipe,
+                          {.interaction = console,
+                           .threads = {},
+                           .memory = options.memory,
+                           .say = sayBesideBar,
+                           .joined = {},
+                           .join = {},
+                           .note = noteBesideBar});
     }
     saveRecord(options.record, record);
     say("record  " + options.record.string() + '\n');

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -27,7 +28,8 @@ struct RecipeOptions {
     std::vector<Assignment> parameters;
     std::filesystem::path record;  ///< where the record goes
     ProgressDisplay progress = ProgressDisplay::None;
-    bool json = false;  ///< prints the record instead of lines for people
+    std::optional<std::uint64_t> memory{};  ///< bytes for all that is in memory
+    bool json = false;                      ///< prints the record instead of lines for people
 };
 
 /// Checks a recipe, runs its steps, and then writes what they made and the record.
@@ -39,6 +41,7 @@ void runRecipe(const RecipeOptions& options);
 struct RecipeSurroundings {
     InteractionInterface& interaction;
     std::optional<int> threads;                   ///< for each of its runs
+    std::optional<std::uint64_t> memory;          ///< bytes
     std::function<void(const std::string&)> say;  ///< takes lines for people
     std::set<std::filesystem::path> joined;       ///< paths of tables that are not written
     std::function<void(const std::filesystem::path&, vessel::DataFrame)> join;  ///< takes them

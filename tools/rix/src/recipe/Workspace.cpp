@@ -1,15 +1,58 @@
 #include "Workspace.h"
 
+#include <cstdint>
+#include <utility>
+
 #include <rix/description/Suggestions.h>
 #include <rix/description/Text.h>
+#include <rix/image/DiskImage.h>
 #include <rix/image/ImageHeader.h>
 #include <rix/image/MemoryImage.h>
+#include <rix/image/RowRefusals.h>
 
 #include "../Failure.h"
+#include "../Interrupts.h"
 #include "../Output.h"
 #include "Recipe.h"
 
 namespace rix::cli {
+namespace {
+
+bool isOnlyRead(const ImageModel& image) {
+    const auto* const onDisk = dynamic_cast<const io::DiskImage*>(&image);
+    return onDisk != nullptr && !onDisk->isWritable();
+}
+
+/// Temporary data with the header of another image, that is with what a run finds in an image that it makes anew.
+std::unique_ptr<io::DiskImage> onDiskLike(const ImageModel& image) {
+    auto onDisk = std::make_unique<io::DiskImage>();
+    if (!helper::applyHeader(helper::headerOf(image), *onDisk)) {
+        throw Failure(RUN_FAILED, "a temporary image can't be made. " + helper::takeRowRefusal());
+    }
+    return onDisk;
+}
+
+std::unique_ptr<io::DiskImage> copyOnDisk(const ImageModel& image) {
+    auto copy = onDiskLike(image);
+    const auto n = helper::getExtents(image);
+    std::vector<std::uint8_t> row(n[COLUMNS] * helper::getElementSize(image));
+    for (std::size_t c = 0; c < n[SPECTRAL_SERIES]; ++c) {
+        for (std::size_t t = 0; t < n[SEQUENCE]; ++t) {
+            for (std::size_t z = 0; z < n[PLANS]; ++z) {
+                for (std::size_t y = 0; y < n[ROWS]; ++y) {
+                    Interrupts::throwIfRequested();
+                    if (!image.readRowAt(n[COLUMNS], row.data(), 0, y, z, t, c) ||
+                        !copy->writeRowAt(n[COLUMNS], row.data(), 0, y, z, t, c)) {
+                        throw Failure(RUN_FAILED, "an image can't be copied. " + helper::takeRowRefusal());
+                    }
+                }
+            }
+        }
+    }
+    return copy;
+}
+
+}  // namespace
 
 std::unique_ptr<ImageModel> Workspace::make() const {
     if (m_kind == Images::Headers) {
@@ -22,7 +65,19 @@ std::unique_ptr<ImageModel> Workspace::copy(const ImageModel& image) const {
     if (m_kind == Images::Headers) {
         return std::make_unique<HeaderImage>(helper::headerOf(image));
     }
+    if (m_kind == Images::WithinBudget) {
+        return copyOnDisk(image);
+    }
     return std::make_unique<io::MemoryImage>(dynamic_cast<const io::MemoryImage&>(image));
+}
+
+ImageModel& Workspace::put(const std::string& text, std::shared_ptr<ImageModel> image) {
+    track(image);
+    std::shared_ptr<ImageModel>& place = m_images[text];
+    if (place != nullptr && isOnlyRead(*place)) {
+        m_replaced.push_back(place);
+    }
+    return *(place = std::move(image));
 }
 
 void Workspace::keep(const std::string& text, std::shared_ptr<measurement::MeasurementObject> table) {
@@ -54,30 +109,56 @@ ImageModel& Workspace::input(const std::string& text) {
                       description::suggest(text, names));
     }
     m_files.emplace_back(text);
-    return *(m_images[text] = m_load(text));
+    return put(text, m_load(text));
 }
 
 ImageModel& Workspace::changed(const std::string& text) {
-    const ImageModel& image = input(text);
-    if (m_fixed.erase(text) != 0) {
-        m_images[text] = copy(image);
-    }
-    return *m_images[text];
+    ImageModel& image = input(text);
+    return m_fixed.erase(text) != 0 || isOnlyRead(image) ? put(text, copy(image)) : image;
 }
 
 std::shared_ptr<const ImageModel> Workspace::asItIs(const std::string& text) {
-    input(text);
+    if (const ImageModel& image = input(text); isOnlyRead(image)) {
+        put(text, copy(image));
+    }
     m_fixed.insert(text);
     return m_images[text];
 }
 
 ImageModel& Workspace::output(const std::string& text) {
     m_tables.erase(text);
+    if (memoryName(text).empty()) {
+        m_targets.insert(text);
+    }
     auto& image = m_images[text];
     if (m_fixed.erase(text) != 0 || image == nullptr) {
-        image = make();
+        return put(text, make());
     }
-    return *image;
+    // The run may read it as it is made anew.
+    return isOnlyRead(*image) ? put(text, onDiskLike(*image)) : *image;
+}
+
+ImageModel& Workspace::makeOnDisk(const std::string& text) {
+    return put(text, onDiskLike(*m_images[text]));
+}
+
+void Workspace::moveToDisk(const std::set<const ImageModel*>& inUse) {
+    for (auto& [text, image] : m_images) {
+        if (!image->isOnDisk() && !m_fixed.contains(text) && !m_targets.contains(text) &&
+            !inUse.contains(image.get())) {
+            put(text, copyOnDisk(*image));
+        }
+    }
+}
+
+std::set<const ImageModel*> Workspace::images() const {
+    std::set<const ImageModel*> alive;
+    for (const auto& known : m_known) {
+        if (const auto image = known.lock()) {
+            alive.insert(image.get());
+        }
+    }
+    return alive;
 }
 
 }  // namespace rix::cli

@@ -120,7 +120,7 @@ void FileRun::readInputs() {
         if (image.role == ImageRole::Input) {
             dynamic_cast<Property<const ImageModel*>&>(*image.property).set(&m_inputs.read(image.path));
             if (m_memory) {
-                m_memory->limitFurther(*m_algorithm);
+                m_memory->limitFurther(inputsOf(*m_algorithm));
             }
         } else if (image.role == ImageRole::InPlace) {
             // A copy of its own: the same file may also be an input that has to stay as it is.

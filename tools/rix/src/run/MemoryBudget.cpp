@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <set>
 #include <string>
 
 #include <rix/description/Algorithms.h>
@@ -63,6 +62,7 @@ private:
 struct Needs {
     Bytes inputs;
     Bytes results;
+    Bytes others;
     Bytes work;
     bool workIsExact = true;
     Bytes cache;
@@ -70,7 +70,7 @@ struct Needs {
     /// Without what is to work with.
     Bytes held() const {
         Bytes all = inputs;
-        for (const Bytes& part : {results, cache}) {
+        for (const Bytes& part : {results, others, cache}) {
             all.add(part.count());
         }
         return all;
@@ -82,20 +82,8 @@ struct Needs {
     }
 };
 
-/// The images that are inputs, each once: one file may be several.
-std::set<const ImageModel*> inputsOf(const BaseAlgorithm& algorithm) {
-    std::set<const ImageModel*> images;
-    for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
-        const auto* const input = dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(i));
-        if (input != nullptr && input->get() != nullptr) {
-            images.insert(input->get());
-        }
-    }
-    return images;
-}
-
 /// Of those in memory.
-Bytes bytesOf(const std::set<const ImageModel*>& images) {
+Bytes bytesOf(const MemoryBudget::Images& images) {
     Bytes bytes;
     for (const ImageModel* const image : images) {
         if (!image->isOnDisk()) {
@@ -106,12 +94,24 @@ Bytes bytesOf(const std::set<const ImageModel*>& images) {
     return bytes;
 }
 
-Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
+Bytes cacheSize() {
+    return Bytes(globalSettings().getValueAsSize_t(cacheKey, 0));
+}
+
+bool isAnyOnDisk(const MemoryBudget::Images& images) {
+    return std::any_of(images.begin(), images.end(), [](const ImageModel* image) { return image->isOnDisk(); });
+}
+
+Bytes cacheFor(const MemoryBudget::Images& images) {
+    return isAnyOnDisk(images) ? cacheSize() : Bytes();
+}
+
+/// @param held what is there beside the images of the run
+Needs needsOf(const BaseAlgorithm& algorithm, MemoryBudget::Images held, bool temporariesOnDisk) {
     Needs needs;
     const auto inputs = inputsOf(algorithm);
     needs.inputs = bytesOf(inputs);
-    bool usesCache = temporariesOnDisk ||
-                     std::any_of(inputs.begin(), inputs.end(), [](const auto* image) { return image->isOnDisk(); });
+    bool usesCache = temporariesOnDisk || isAnyOnDisk(inputs) || isAnyOnDisk(held);
     const AlgorithmDescription description = algorithm.describe();
     for (const OutputDescription& output : description.outputs) {
         const auto* const property =
@@ -119,18 +119,33 @@ Needs needsOf(const BaseAlgorithm& algorithm, bool temporariesOnDisk) {
         if (property == nullptr || property->get() == nullptr) {
             continue;
         }
-        usesCache = usesCache || property->get()->isOnDisk();
-        if (!property->get()->isOnDisk()) {
+        const ImageModel* const image = property->get();
+        held.erase(image);
+        usesCache = usesCache || image->isOnDisk();
+        if (!image->isOnDisk() && !inputs.contains(image)) {
             needs.results.addImage(output.voxelType, 1, output.extents);
         }
     }
+    std::erase_if(held, [&](const ImageModel* image) { return inputs.contains(image); });
+    needs.others = bytesOf(held);
     needs.work = Bytes(description.extraMemory);
     needs.workIsExact = description.extraMemoryIsExact;
-    needs.cache = Bytes(usesCache ? globalSettings().getValueAsSize_t(cacheKey, 0) : 0);
+    needs.cache = usesCache ? cacheSize() : Bytes();
     return needs;
 }
 
 }  // namespace
+
+MemoryBudget::Images inputsOf(const BaseAlgorithm& algorithm) {
+    MemoryBudget::Images images;
+    for (std::size_t i = 0; i < algorithm.getNumOfInputProperties(); ++i) {
+        const auto* const input = dynamic_cast<const Property<const ImageModel*>*>(algorithm.getInputProperty(i));
+        if (input != nullptr && input->get() != nullptr) {
+            images.insert(input->get());
+        }
+    }
+    return images;
+}
 
 void MemoryBudget::limitReading() const {
     const std::size_t share = m_bytes / 4;
@@ -139,29 +154,50 @@ void MemoryBudget::limitReading() const {
     limitImageSize(m_bytes);
 }
 
-void MemoryBudget::limitFurther(const BaseAlgorithm& algorithm) const {
-    const std::uint64_t read = bytesOf(inputsOf(algorithm)).count();
+void MemoryBudget::limitFurther(const Images& images) const {
+    const std::uint64_t read = bytesOf(images).count();
     limitImageSize(read < m_bytes ? m_bytes - read : 1);
 }
 
-void MemoryBudget::fit(BaseAlgorithm& algorithm) const {
-    Needs needs = needsOf(algorithm, false);
-    if (needs.sum().count() > m_bytes) {
+bool MemoryBudget::fits(const BaseAlgorithm& algorithm, const Images& held) const {
+    return needsOf(algorithm, held, false).sum().count() <= m_bytes;
+}
+
+void MemoryBudget::fit(BaseAlgorithm& algorithm, const Images& held) const {
+    const bool temporariesOnDisk = !fits(algorithm, held);
+    if (temporariesOnDisk) {
         algorithm.settings().setValueAsBool("RIX_TEMPORARY_IMAGE_ON_DISK", true);
-        needs = needsOf(algorithm, true);
     }
+    const Needs needs = needsOf(algorithm, held, temporariesOnDisk);
     // What is only the most that a run may take is left to the limit.
-    const std::uint64_t held = needs.held().count();
-    if ((needs.workIsExact ? needs.sum().count() : held) > m_bytes) {
-        throw Failure(RUN_FAILED, "the run needs " + needs.sum().toText() + " of memory: " + needs.inputs.toText() +
-                                      " for its inputs, " + needs.results.toText() + " for results, " +
-                                      needs.work.toText() + " to work with, " + needs.cache.toText() +
-                                      " for chunks of images on disk; --memory allows " + Bytes(m_bytes).toText() +
-                                      " (images in chunks, .zarr, stay on disk)");
+    const std::uint64_t taken = needs.held().count();
+    if ((needs.workIsExact ? needs.sum().count() : taken) > m_bytes) {
+        throw Failure(RUN_FAILED,
+                      "the run needs " + needs.sum().toText() + " of memory: " + needs.inputs.toText() +
+                          " for its inputs, " + needs.results.toText() + " for results, " +
+                          (needs.others.count() == 0 ? "" : needs.others.toText() + " for images beside, ") +
+                          needs.work.toText() + " to work with, " + needs.cache.toText() +
+                          " for chunks of images on disk; --memory allows " + Bytes(m_bytes).toText() +
+                          " (images in chunks, .zarr, stay on disk)");
     }
-    const std::uint64_t rest = (m_bytes - held) / mebi;
+    const std::uint64_t rest = (m_bytes - taken) / mebi;
     algorithm.setMaximumExtraMemoryUsage(
         static_cast<int>(std::clamp<std::uint64_t>(rest, 1, std::numeric_limits<int>::max())));
+}
+
+bool MemoryBudget::hasRoom(std::uint64_t bytes, const Images& held) const {
+    Bytes all = bytesOf(held);
+    all.add(cacheFor(held).count());
+    all.add(bytes);
+    return all.count() <= m_bytes;
+}
+
+void MemoryBudget::checkRoom(const std::string& what, std::uint64_t bytes, const Images& held) const {
+    if (!hasRoom(bytes, held)) {
+        throw Failure(RUN_FAILED, what + " needs " + Bytes(bytes).toText() + " of memory beside " +
+                                      bytesOf(held).toText() + " for images and " + cacheFor(held).toText() +
+                                      " for chunks of images on disk; --memory allows " + Bytes(m_bytes).toText());
+    }
 }
 
 }  // namespace rix::cli
