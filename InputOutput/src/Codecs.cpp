@@ -11,9 +11,9 @@
 namespace rix::io {
 
 std::span<const Codec* const> codecs() {
-    static constexpr std::array<const Codec*, 13> table{&tiffCodec,      &omeTiffCodec, &pngCodec,  &nrrdCodec,
-                                                        &metaImageCodec, &npyCodec,     &pnmCodec,  &bmpCodec,
-                                                        &jpegCodec,      &niftiCodec,   &zarrCodec, &hdf5Codec, &rawCodec};
+    static constexpr std::array<const Codec*, 13> table{
+        &tiffCodec, &omeTiffCodec, &pngCodec,   &nrrdCodec, &metaImageCodec, &npyCodec, &pnmCodec,
+        &bmpCodec,  &jpegCodec,    &niftiCodec, &zarrCodec, &hdf5Codec,      &rawCodec};
     return table;
 }
 

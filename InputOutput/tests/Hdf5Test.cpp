@@ -22,8 +22,8 @@ TEST_F(Hdf5, KeepsTypesAxesAndCalibration) {
     unsigned seed = 0;
     for (const VoxelTypes type : {RIX_UINT8, RIX_UINT16, RIX_UINT32, RIX_INT8, RIX_INT16, RIX_INT32, RIX_FLOAT32,
                                   RIX_FLOAT64, RIX_COMPLEX_FLOAT32, RIX_COMPLEX_FLOAT64}) {
-        for (const Extents& extents : {Extents{50, 37, 1, 1, 1}, Extents{1, 1, 1, 1, 1}, Extents{21, 50, 5, 1, 1},
-                                       Extents{9, 8, 3, 2, 2}}) {
+        for (const Extents& extents :
+             {Extents{50, 37, 1, 1, 1}, Extents{1, 1, 1, 1, 1}, Extents{21, 50, 5, 1, 1}, Extents{9, 8, 3, 2, 2}}) {
             for (const Compression compression : {Compression::None, Compression::Deflate}) {
                 MemoryImage image = randomImage(type, extents, ++seed);
                 calibrateFully(image);
@@ -61,7 +61,8 @@ TEST_F(Hdf5, FilesWithOtherDataStayAsTheyAre) {
     const MemoryImage image = randomImage(RIX_UINT8, {5, 4, 1, 1, 1});
     const MemoryImage other = randomImage(RIX_UINT8, {7, 4, 1, 1, 1});
     writeImage(at("a.h5:/x"), image);
-    EXPECT_THAT(messageOf<WritingError>([&] { writeImage(at("a.h5:/y"), other); }), HasSubstr("another data set, '/x'"));
+    EXPECT_THAT(messageOf<WritingError>([&] { writeImage(at("a.h5:/y"), other); }),
+                HasSubstr("another data set, '/x'"));
     EXPECT_EQ(difference(image, *readImage(at("a.h5"))), "");
     writeImage(at("a.h5:/x"), other);
     EXPECT_EQ(difference(other, *readImage(at("a.h5"))), "");

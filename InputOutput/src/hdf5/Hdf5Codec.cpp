@@ -161,7 +161,6 @@ std::optional<Hdf5Path> splitHdf5Path(const fs::path& path) {
 }
 
 const ChunkedAccess hdf5Access{&isAt, &hasName, &open, &createHdf5, &fileOf};
-const Codec hdf5Codec{"HDF5", Extensions, &recognises, &refusal, &readInfo, &read,
-                      nullptr, false,      false,       &hdf5Access};
+const Codec hdf5Codec{"HDF5", Extensions, &recognises, &refusal, &readInfo, &read, nullptr, false, false, &hdf5Access};
 
 }  // namespace rix::io

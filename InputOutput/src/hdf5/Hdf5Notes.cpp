@@ -1,5 +1,5 @@
-// What is noted of data sets: the names of axes as HDF5 itself notes them or as a JSON text of "axistags", the spacing of
-// planes, rows and columns in micrometres, and our own keys.
+// What is noted of data sets: the names of axes as HDF5 itself notes them or as a JSON text of "axistags", the spacing
+// of planes, rows and columns in micrometres, and our own keys.
 
 #include <algorithm>
 

@@ -43,8 +43,7 @@ public:
         array.shape = shapeOf(header.extents, m_axes);
         array.chunks = m_chunk;
         array.deflate = options.compression == Compression::Deflate ? 1 : 0;
-        m_target = asking<WritingError>(
-            [&] { return hdf5Component().create(m_file.openPath(), path.dataSet, array); });
+        m_target = asking<WritingError>([&] { return hdf5Component().create(m_file.openPath(), path.dataSet, array); });
     }
 
     bool read(std::size_t chunk, RawData samples) override {

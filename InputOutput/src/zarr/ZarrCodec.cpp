@@ -28,9 +28,8 @@ bool recognises(std::span<const std::uint8_t>) {
 
 bool isAt(const fs::path& path) {
     std::error_code error;
-    return fs::is_directory(path, error) &&
-           (isThere(path / ".zattrs") || isThere(path / ".zarray") || isThere(path / ".zgroup") ||
-            isThere(path / "zarr.json"));
+    return fs::is_directory(path, error) && (isThere(path / ".zattrs") || isThere(path / ".zarray") ||
+                                             isThere(path / ".zgroup") || isThere(path / "zarr.json"));
 }
 
 [[noreturn]] void refuseGroup(const fs::path& path, const json& attributes) {

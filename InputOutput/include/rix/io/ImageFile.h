@@ -49,8 +49,8 @@ struct WriteOptions {
     BigTiff bigTiff = BigTiff::WhenNeeded;
     /// Whether calibration and meaning that the format has no place for are left out; else such an image is refused.
     bool dropMetadata = false;
-    /// Whether the picture is written in smaller and smaller copies, too, each of half the columns and rows (and of half
-    /// the planes where these lie no farther apart) until none is longer than 256 (OME-Zarr only).
+    /// Whether the picture is written in smaller and smaller copies, too, each of half the columns and rows (and of
+    /// half the planes where these lie no farther apart) until none is longer than 256 (OME-Zarr only).
     bool pyramid = false;
     /// Of JPEG, the only format that changes samples: 1 to 100, of which less makes smaller files that differ more; 0
     /// for the usual 90.

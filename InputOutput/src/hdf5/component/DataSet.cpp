@@ -17,9 +17,9 @@ Handle selected(Handle space, const std::vector<std::size_t>& first, const std::
 struct Transfer {
     Transfer(::hid_t dataSet, const Region& region, const std::vector<std::size_t>& shape)
         : inFile(selected({::H5Dget_space(dataSet), &::H5Sclose}, region.first, region.count)),
-          inMemory(selected({::H5Screate_simple(static_cast<int>(shape.size()), toSizes(shape).data(), nullptr),
-                             &::H5Sclose},
-                            std::vector<std::size_t>(shape.size(), 0), region.count)) {}
+          inMemory(selected(
+              {::H5Screate_simple(static_cast<int>(shape.size()), toSizes(shape).data(), nullptr), &::H5Sclose},
+              std::vector<std::size_t>(shape.size(), 0), region.count)) {}
 
     Handle inFile;
     Handle inMemory;
@@ -54,9 +54,9 @@ bool DataSet::close() {
 
 Handle accessToDataSets() {
     Handle access(::H5Pcreate(H5P_DATASET_ACCESS), &::H5Pclose);
-    check(access && ::H5Pset_chunk_cache(access, 0, 0, 1.0) >= 0 &&
-              ::H5Pset_elink_cb(access, &refuseLink, nullptr) >= 0,
-          "libhdf5 cannot be set up");
+    check(
+        access && ::H5Pset_chunk_cache(access, 0, 0, 1.0) >= 0 && ::H5Pset_elink_cb(access, &refuseLink, nullptr) >= 0,
+        "libhdf5 cannot be set up");
     return access;
 }
 

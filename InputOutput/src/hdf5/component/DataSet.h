@@ -30,8 +30,8 @@ private:
 Handle accessToDataSets();
 /// Opens a file for reading.
 Handle openFile(const std::string& path);
-/// What `open` gives with the usual access to files, which another user of libhdf5 in the process may have the file open
-/// with; or else with one that takes no locks, which network file systems refuse.
+/// What `open` gives with the usual access to files, which another user of libhdf5 in the process may have the file
+/// open with; or else with one that takes no locks, which network file systems refuse.
 template <class Open>
 ::hid_t withFileAccess(const Open& open) {
     const ::hid_t usual = open(H5P_DEFAULT);

@@ -42,8 +42,8 @@ void readStorage(::hid_t dataSet, Array& array) {
         unsigned flags = 0;
         unsigned config = 0;
         std::size_t values = 0;
-        const ::H5Z_filter_t filter = ::H5Pget_filter2(made, static_cast<unsigned>(i), &flags, &values, nullptr,
-                                                       sizeof(told), told, &config);
+        const ::H5Z_filter_t filter =
+            ::H5Pget_filter2(made, static_cast<unsigned>(i), &flags, &values, nullptr, sizeof(told), told, &config);
         const std::string name = nameOfFilter(filter, told);
         if (::H5Zfilter_avail(filter) <= 0) {
             throw std::runtime_error("The chunks are packed with " + name + ", which this libhdf5 does not have.");
@@ -122,8 +122,9 @@ std::unique_ptr<Source> openSource(const std::string& path, const std::string& n
     array.shape = shapeOf(dataSet);
     auto type = elementTypeOf(inFile);
     if (!type) {
-        throw std::runtime_error("The data set '" + name + "' holds " + nameOf(inFile) +
-                                 "; supported are bool, integers, and real and complex numbers of up to 64 bits a part.");
+        throw std::runtime_error(
+            "The data set '" + name + "' holds " + nameOf(inFile) +
+            "; supported are bool, integers, and real and complex numbers of up to 64 bits a part.");
     }
     array.kind = type->kind;
     array.bytes = type->bytes;

@@ -55,10 +55,10 @@ std::optional<ElementType> elementTypeOf(::hid_t inFile) {
     type.inMemory = checked(::H5Tget_native_type(part, H5T_DIR_ASCEND), &::H5Tclose,
                             "The type of the elements has no counterpart on this machine");
     type.bytes = ::H5Tget_size(type.inMemory);
-    type.kind = complex                                    ? StoredKind::Complex
-                : family == H5T_FLOAT                      ? StoredKind::Floating
+    type.kind = complex                                 ? StoredKind::Complex
+                : family == H5T_FLOAT                   ? StoredKind::Floating
                 : ::H5Tget_sign(inFile) == H5T_SGN_NONE ? StoredKind::Unsigned
-                                                           : StoredKind::Signed;
+                                                        : StoredKind::Signed;
     if (complex) {
         type.inMemory = pairOf(type.inMemory);
         type.bytes *= 2;
