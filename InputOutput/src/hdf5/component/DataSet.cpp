@@ -61,8 +61,8 @@ Handle accessToDataSets() {
 }
 
 Handle openFile(const std::string& path) {
-    return checked(withFileAccess([&](::hid_t access) { return ::H5Fopen(path.c_str(), H5F_ACC_RDONLY, access); }),
-                   &::H5Fclose, "The HDF5 file cannot be opened");
+    return fileOf([&](::hid_t access) { return ::H5Fopen(path.c_str(), H5F_ACC_RDONLY, access); },
+                  "The HDF5 file cannot be opened");
 }
 
 std::vector<std::size_t> shapeOf(::hid_t dataSet) {

@@ -30,13 +30,16 @@ private:
 Handle accessToDataSets();
 /// Opens a file for reading.
 Handle openFile(const std::string& path);
-/// What `open` gives with the usual access to files, which another user of libhdf5 in the process may have the file
-/// open with; or else with one that takes no locks, which network file systems refuse.
+/// The file that `open` gives with the usual access, with which another user of libhdf5 in the process may have it
+/// open; or else with one that takes no locks, which network file systems refuse.
 template <class Open>
-::hid_t withFileAccess(const Open& open) {
-    const ::hid_t usual = open(H5P_DEFAULT);
-    const Handle access(usual < 0 ? ::H5Pcreate(H5P_FILE_ACCESS) : -1, &::H5Pclose);
-    return !access || ::H5Pset_file_locking(access, false, true) < 0 ? usual : open(access);
+Handle fileOf(const Open& open, const char* sentence) {
+    if (const ::hid_t usual = open(H5P_DEFAULT); usual >= 0) {
+        return {usual, &::H5Fclose};
+    }
+    const Handle access(::H5Pcreate(H5P_FILE_ACCESS), &::H5Pclose);
+    check(access && ::H5Pset_file_locking(access, false, true) >= 0, "libhdf5 cannot be set up");
+    return checked(open(access), &::H5Fclose, sentence);
 }
 std::vector<std::size_t> shapeOf(::hid_t dataSet);
 

@@ -2,6 +2,8 @@
 
 #include <pthread.h>
 
+#include <string_view>
+
 namespace rix::io::hdf5 {
 namespace {
 
@@ -31,6 +33,12 @@ void fail(const std::string& sentence) {
     std::string reason;
     ::H5Ewalk2(H5E_DEFAULT, H5E_WALK_DOWNWARD, &keepText, &reason);
     ::H5Eclear2(H5E_DEFAULT);
+    // What the system said stands among addresses and times.
+    constexpr std::string_view before = "error message = '";
+    if (const std::size_t found = reason.find(before); found != std::string::npos) {
+        const std::size_t begin = found + before.size();
+        reason = reason.substr(begin, reason.find('\'', begin) - begin);
+    }
     while (!reason.empty() && (reason.back() == '.' || reason.back() == '\n')) {
         reason.pop_back();
     }

@@ -43,9 +43,8 @@ std::unique_ptr<Target> createTarget(const std::string& path, const std::string&
     const auto lock = enter();
     const Handle links(::H5Pcreate(H5P_LINK_CREATE), &::H5Pclose);
     check(links && ::H5Pset_create_intermediate_group(links, 1) >= 0, "libhdf5 cannot be set up");
-    Handle file = checked(
-        withFileAccess([&](::hid_t access) { return ::H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access); }),
-        &::H5Fclose, "The HDF5 file cannot be made");
+    Handle file = fileOf([&](::hid_t access) { return ::H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access); },
+                         "The HDF5 file cannot be made");
     const std::vector<::hsize_t> shape(array.shape.begin(), array.shape.end());
     const Handle space(::H5Screate_simple(static_cast<int>(shape.size()), shape.data(), nullptr), &::H5Sclose);
     check(static_cast<bool>(space), "The data set cannot have this shape");
