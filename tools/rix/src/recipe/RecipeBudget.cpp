@@ -1,6 +1,8 @@
 #include "RecipeBudget.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
 
 #include <rix/description/Algorithms.h>
 #include <rix/properties/Property.h>
@@ -14,23 +16,36 @@ namespace {
 /// and for the image that it becomes.
 constexpr std::uint64_t bytesOfPixel = 12;
 
-/// The images that a run makes go to disk. One that it reads as well is there already.
-void makeOnDisk(PreparedRun& run, const Recipe::Step& step, Workspace& workspace) {
-    const auto inputs = inputsOf(*run.algorithm);
+/// Calls `visit(property, whether it is changed in place, text)` for the images that a step makes or changes.
+template <class Visit>
+void forEachMade(const PreparedRun& run, const Recipe::Step& step, const Visit& visit) {
     for (const auto& [name, text] : step.assignments) {
         BaseProperty& property = description::findProperty(*run.algorithm, name);
-        if (description::imageRoleOf(property) != description::ImageRole::Output) {
-            continue;
+        const auto role = description::imageRoleOf(property);
+        if (role == description::ImageRole::Output || role == description::ImageRole::InPlace) {
+            visit(dynamic_cast<Property<ImageModel*>&>(property), role == description::ImageRole::InPlace, text);
         }
-        auto& output = dynamic_cast<Property<ImageModel*>&>(property);
-        const ImageModel* const before = output.get();
-        if (before->isOnDisk() || inputs.contains(before)) {
-            continue;
+    }
+}
+
+/// The images that a run makes go to disk. One that it reads or changes as well is there already, or in memory.
+void makeOnDisk(PreparedRun& run, const Recipe::Step& step, Workspace& workspace) {
+    auto read = inputsOf(*run.algorithm);
+    forEachMade(run, step, [&](Property<ImageModel*>& property, bool isInPlace, const std::string&) {
+        if (isInPlace) {
+            read.insert(property.get());
         }
-        output.set(&workspace.makeOnDisk(text));
-        for (auto& [path, image] : run.files) {
-            image = image == before ? output.get() : image;
+    });
+    std::map<const ImageModel*, ImageModel*> moved;  // several outputs may have one name
+    forEachMade(run, step, [&](Property<ImageModel*>& property, bool, const std::string& text) {
+        ImageModel* const before = property.get();
+        if (!moved.contains(before)) {
+            moved[before] = before->isOnDisk() || read.contains(before) ? before : &workspace.makeOnDisk(text);
         }
+        property.set(moved[before]);
+    });
+    for (auto& [path, image] : run.files) {
+        image = moved.at(image);
     }
 }
 
@@ -60,11 +75,9 @@ void RecipeBudget::fit(PreparedRun& run, const Recipe::Step& step, Workspace& wo
         makeOnDisk(run, step, workspace);
     }
     if (!m_budget->fits(*run.algorithm, workspace.images())) {
-        for (const BaseProperty* const property : description::listProperties(*run.algorithm)) {
-            if (const auto* const image = dynamic_cast<const Property<ImageModel*>*>(property)) {
-                inUse.insert(image->get());
-            }
-        }
+        forEachMade(run, step, [&](const Property<ImageModel*>& property, bool, const std::string&) {
+            inUse.insert(property.get());
+        });
         workspace.moveToDisk(inUse);
     }
     m_budget->fit(*run.algorithm, workspace.images());
