@@ -22,6 +22,12 @@ std::unique_ptr<std::uint8_t[]> memoryFor(std::size_t bytes) {
 
 }  // namespace
 
+void ReadOnlyStore::write(std::size_t, ConstRawData) {
+    throw WritingError("The image is for reading.");
+}
+
+void ReadOnlyStore::finish(const ImageHeader&) {}
+
 ChunkGrid::ChunkGrid(const Extents& image, const Extents& chunk) : m_image(image), m_chunk(chunk) {
     for (std::size_t axis = 0; axis < image.size(); ++axis) {
         m_counts[axis] = image[axis] / chunk[axis] + (image[axis] % chunk[axis] != 0 ? 1 : 0);

@@ -37,6 +37,13 @@ struct ChunkedAccess {
     std::filesystem::path (*fileOf)(const std::filesystem::path& path) = nullptr;
 };
 
+/// Chunks that are there to be read.
+class ReadOnlyStore : public ChunkStore {
+public:
+    void write(std::size_t chunk, ConstRawData samples) final;
+    void finish(const ImageHeader& header) final;
+};
+
 /// How an image lies in chunks.
 class ChunkGrid {
 public:

@@ -42,13 +42,11 @@ private:
 };
 
 /// What is in the file, for reading.
-class SpoolReader final : public ChunkStore {
+class SpoolReader final : public ReadOnlyStore {
 public:
     explicit SpoolReader(std::shared_ptr<Spool> spool) : m_spool(std::move(spool)) {}
 
     bool read(std::size_t chunk, RawData samples) override { return m_spool->read(chunk, samples); }
-    void write(std::size_t, ConstRawData) override { throw WritingError("The image is for reading."); }
-    void finish(const ImageHeader&) override {}
 
 private:
     std::shared_ptr<Spool> m_spool;

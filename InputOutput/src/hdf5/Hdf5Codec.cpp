@@ -90,7 +90,6 @@ ChunkedImage open(const fs::path& path, const ReadOptions& options) {
     }
     std::vector<Components> axes = axesOfArray(axisNames(source->notes()), array.shape.size(), options);
     std::vector<std::size_t> chunk = array.chunks.empty() ? piecesOf(array) : array.chunks;
-    const bool isMade = !array.chunks.empty();
     for (std::size_t i = 0; i < chunk.size(); ++i) {
         if (chunk[i] == 0 || array.shape[i] == 0) {
             throw LoadingError("The data set '" + escapeText(name) + "' is empty.");
@@ -105,7 +104,7 @@ ChunkedImage open(const fs::path& path, const ReadOptions& options) {
     image.info.extents = extentsOf(array.shape, axes);
     image.chunk = extentsOf(chunk, axes);
     image.info.storage = array.storage;
-    for (std::size_t i = chunk.size(); isMade && i-- > 0;) {
+    for (std::size_t i = chunk.size(); !array.chunks.empty() && i-- > 0;) {
         image.info.storage += (i + 1 == chunk.size() ? ", chunks of " : " x ") + std::to_string(chunk[i]);
     }
     image.info.storage += ", " + std::to_string(8 * array.bytes) + " bits a sample";
@@ -116,7 +115,8 @@ ChunkedImage open(const fs::path& path, const ReadOptions& options) {
         image.info.interpretation = RIX_VALUE;
     }
     const bool makesBinary = image.info.interpretation == RIX_BINARY;
-    image.store = std::make_unique<Hdf5Chunks>(std::move(source), chunk, std::move(axes), makesBinary);
+    image.store = std::make_unique<Hdf5Chunks>(
+        std::move(source), Hdf5Layout(array.shape, chunk, std::move(axes), stored), image.info.voxelType, makesBinary);
     return image;
 }
 

@@ -29,15 +29,13 @@ struct Array {
     std::vector<std::size_t> chunks{};  ///< empty where all lies in one piece
     int deflate = 0;                    ///< when it is made: the level of its compression, 0 for none
     std::string storage{};              ///< for people: "deflate, shuffle"
-    std::uint64_t storedBytes = 0;
 };
 
 /// A data set of a file.
 struct Listed {
     std::string name{};
     std::string description{};  ///< "uint16 of 3 x 512 x 512"
-    std::size_t axes = 0;
-    bool isImage = false;  ///< numbers along 2 to 5 axes
+    bool isImage = false;       ///< numbers along 2 to 5 axes
 };
 
 /// A box of an array.
@@ -46,29 +44,29 @@ struct Region {
     std::vector<std::size_t> count;
 };
 
-/// An array that is read.
-class Source {
+/// The elements of an array in a file.
+class Elements {
 public:
-    Source() = default;
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
-    virtual ~Source() = default;
-    virtual const Array& array() const = 0;
-    virtual const Notes& notes() const = 0;
+    Elements() = default;
+    Elements(const Elements&) = delete;
+    Elements& operator=(const Elements&) = delete;
+    virtual ~Elements() = default;
     /// Copies a region to the beginning of an array in memory. @param shape of that array
     virtual void read(const Region& region, const std::vector<std::size_t>& shape, void* elements) = 0;
 };
 
-/// An array that is written.
-class Target {
+/// An array that is there.
+class Source : public Elements {
 public:
-    Target() = default;
-    Target(const Target&) = delete;
-    Target& operator=(const Target&) = delete;
-    virtual ~Target() = default;
+    virtual const Array& array() const = 0;
+    virtual const Notes& notes() const = 0;
+};
+
+/// An array that is made.
+class Target : public Elements {
+public:
     /// Copies a region out of the beginning of an array in memory.
     virtual void write(const Region& region, const std::vector<std::size_t>& shape, const void* elements) = 0;
-    virtual void read(const Region& region, const std::vector<std::size_t>& shape, void* elements) = 0;
     /// Ends the file.
     virtual void finish(const Notes& notes) = 0;
 };

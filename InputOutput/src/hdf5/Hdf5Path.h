@@ -13,7 +13,7 @@ struct Hdf5Path {
     String dataSet;  ///< from the root of the file, with '/' at its beginning
 };
 
-/// Nothing for a path that names no data set. @throws LoadingError for a name that none has
+/// Nothing for a path that names no data set.
 std::optional<Hdf5Path> splitHdf5Path(const std::filesystem::path& path);
 
 }  // namespace rix::io

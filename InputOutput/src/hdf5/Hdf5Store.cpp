@@ -1,6 +1,5 @@
 #include "Hdf5Store.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -10,15 +9,6 @@
 #include "../Component.h"
 
 namespace rix::io {
-namespace {
-
-/// The part of a data set that a box of the image is.
-hdf5::Region regionOf(const ChunkGrid::Box& box, const std::vector<Components>& axes) {
-    return {shapeOf(box.first, axes), shapeOf(box.count, axes)};
-}
-
-}  // namespace
-
 const hdf5::Component& hdf5Component() {
     using Function = const hdf5::Component* (*)();
     static const Function function =
@@ -30,47 +20,56 @@ StoredType storedTypeOf(const hdf5::Array& array) {
     return storedTypeOf(array.kind, array.bytes).value();
 }
 
-Hdf5Chunks::Hdf5Chunks(std::unique_ptr<hdf5::Source> source, const std::vector<std::size_t>& chunk,
-                       std::vector<Components> axes, bool makesBinary)
-    : m_source(std::move(source)),
-      m_chunk(chunk),
+Hdf5Layout::Hdf5Layout(const std::vector<std::size_t>& shape, std::vector<std::size_t> chunk,
+                       std::vector<Components> axes, StoredType stored)
+    : m_chunk(std::move(chunk)),
       m_axes(std::move(axes)),
-      m_grid(extentsOf(m_source->array().shape, m_axes), extentsOf(chunk, m_axes)),
-      m_order(chunk, m_axes),
-      m_stored(storedTypeOf(m_source->array())),
-      m_makesBinary(makesBinary) {}
+      m_grid(extentsOf(shape, m_axes), extentsOf(m_chunk, m_axes)),
+      m_order(m_chunk, m_axes),
+      m_stored(stored) {}
+
+hdf5::Region Hdf5Layout::regionOf(const ChunkGrid::Box& box) const {
+    return {shapeOf(box.first, m_axes), shapeOf(box.count, m_axes)};
+}
+
+void Hdf5Layout::read(hdf5::Elements& elements, std::size_t chunk, RawData samples) const {
+    const ChunkGrid::Box box = m_grid.boxOf(chunk);
+    const std::size_t count = m_grid.elements();
+    const std::size_t sampleBytes = helper::getSizeOf(voxelTypeOf(m_stored));
+    if (box.count != m_grid.chunk()) {  // what lies beyond the image is 0
+        std::memset(samples, 0, count * sampleBytes);
+    }
+    const bool converts = isConverted(m_stored);
+    const bool reorders = !m_order.isOfImages();
+    std::vector<std::uint8_t> stored(converts ? count * bytesOf(m_stored) : 0);
+    std::vector<std::uint8_t> unordered(reorders ? count * sampleBytes : 0);
+    std::uint8_t* const inFileOrder = reorders ? unordered.data() : samples;
+    asking<LoadingError>([&] { elements.read(regionOf(box), m_chunk, converts ? stored.data() : inFileOrder); });
+    if (converts) {
+        convertSamples(m_stored, stored.data(), inFileOrder, count);
+    }
+    if (reorders) {
+        m_order.toImage(inFileOrder, samples, box.count, sampleBytes);
+    }
+}
+
+void Hdf5Layout::write(hdf5::Target& target, std::size_t chunk, ConstRawData samples) const {
+    const ChunkGrid::Box box = m_grid.boxOf(chunk);
+    std::vector<std::uint8_t> ordered;
+    if (!m_order.isOfImages()) {
+        ordered.resize(m_grid.elements() * bytesOf(m_stored));
+        m_order.toFile(samples, ordered.data(), box.count, bytesOf(m_stored));
+        samples = ordered.data();
+    }
+    asking<WritingError>([&] { target.write(regionOf(box), m_chunk, samples); });
+}
 
 bool Hdf5Chunks::read(std::size_t chunk, RawData samples) {
-    const ChunkGrid::Box box = m_grid.boxOf(chunk);
-    const std::size_t elements = m_grid.elements();
-    const std::size_t sampleBytes = helper::getSizeOf(voxelTypeOf(m_stored));
-    const bool isWhole = box.count == m_grid.chunk();
-    const bool isDirect = m_order.isOfImages() && !isConverted(m_stored);
-    if (!isWhole) {  // what lies beyond the image is 0
-        std::memset(samples, 0, elements * sampleBytes);
-    }
-    std::vector<std::uint8_t> stored(isDirect ? 0 : elements * bytesOf(m_stored));
-    std::uint8_t* target = isDirect ? samples : stored.data();
-    asking<LoadingError>([&] { m_source->read(regionOf(box, m_axes), m_chunk, target); });
-    if (!isDirect && isConverted(m_stored)) {
-        std::vector<std::uint8_t> converted(m_order.isOfImages() ? 0 : elements * sampleBytes);
-        std::uint8_t* const narrow = m_order.isOfImages() ? samples : converted.data();
-        convertSamples(m_stored, stored.data(), narrow, elements);
-        stored.swap(converted);
-    }
-    if (!m_order.isOfImages()) {
-        m_order.toImage(stored.data(), samples, box.count, sampleBytes);
-    }
+    m_layout.read(*m_source, chunk, samples);
     if (m_makesBinary) {
-        access::makeZeroOrOne(voxelTypeOf(m_stored), samples, elements);
+        access::makeZeroOrOne(m_type, samples, m_layout.elements());
     }
     return true;
 }
-
-void Hdf5Chunks::write(std::size_t, ConstRawData) {
-    throw WritingError("The image is for reading.");
-}
-
-void Hdf5Chunks::finish(const ImageHeader&) {}
 
 }  // namespace rix::io

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <stdexcept>
+#include <utility>
+
 #include "../ArrayAxes.h"
-#include "../OutputFile.h"
 #include "Hdf5Component.h"
 
 namespace rix::io {
@@ -19,24 +21,44 @@ auto asking(Action&& action) {
     }
 }
 
-/// The chunks of an image in a data set.
-class Hdf5Chunks final : public ChunkStore {
+/// The chunks of an image as regions of a data set.
+class Hdf5Layout {
 public:
+    /// @param shape of the data set
     /// @param axes those of the data set, the slowest first
-    Hdf5Chunks(std::unique_ptr<hdf5::Source> source, const std::vector<std::size_t>& chunk,
-               std::vector<Components> axes, bool makesBinary);
+    Hdf5Layout(const std::vector<std::size_t>& shape, std::vector<std::size_t> chunk, std::vector<Components> axes,
+               StoredType stored);
 
-    bool read(std::size_t chunk, RawData samples) override;
-    void write(std::size_t chunk, ConstRawData samples) override;
-    void finish(const ImageHeader& header) override;
+    const std::vector<Components>& axes() const { return m_axes; }
+    /// @throws LoadingError
+    void read(hdf5::Elements& elements, std::size_t chunk, RawData samples) const;
+    /// Writes samples that have the type of the data set. @throws WritingError
+    void write(hdf5::Target& target, std::size_t chunk, ConstRawData samples) const;
+    /// Elements of a chunk, those beyond the image too.
+    std::size_t elements() const { return m_grid.elements(); }
 
 private:
-    std::unique_ptr<hdf5::Source> m_source;
+    hdf5::Region regionOf(const ChunkGrid::Box& box) const;
+
     std::vector<std::size_t> m_chunk;
     std::vector<Components> m_axes;
     ChunkGrid m_grid;
     ChunkOrder m_order;
     StoredType m_stored;
+};
+
+/// The chunks of an image in a data set that is there.
+class Hdf5Chunks final : public ReadOnlyStore {
+public:
+    Hdf5Chunks(std::unique_ptr<hdf5::Source> source, Hdf5Layout layout, VoxelTypes type, bool makesBinary)
+        : m_source(std::move(source)), m_layout(std::move(layout)), m_type(type), m_makesBinary(makesBinary) {}
+
+    bool read(std::size_t chunk, RawData samples) override;
+
+private:
+    std::unique_ptr<hdf5::Source> m_source;
+    Hdf5Layout m_layout;
+    VoxelTypes m_type;
     bool m_makesBinary;
 };
 

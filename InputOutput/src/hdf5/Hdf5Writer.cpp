@@ -3,6 +3,7 @@
 
 #include <rix/exceptions/Exception.h>
 
+#include "../OutputFile.h"
 #include "Hdf5Path.h"
 #include "Hdf5Store.h"
 
@@ -30,43 +31,26 @@ class Hdf5Writer final : public ChunkStore {
 public:
     Hdf5Writer(const Hdf5Path& path, const ImageHeader& header, const Extents& chunk, const WriteOptions& options)
         : m_path(path),
-          m_axes(axesFor(header.extents)),
-          m_chunk(shapeOf(chunk, m_axes)),
-          m_grid(header.extents, chunk),
-          m_order(m_chunk, m_axes),
-          m_sampleBytes(helper::getSizeOf(header.voxelType)),
+          m_layout(shapeOf(header.extents, axesFor(header.extents)), shapeOf(chunk, axesFor(header.extents)),
+                   axesFor(header.extents), io::storedTypeOf(header.voxelType)),
           m_file(path.file) {
         refuseOthers(path);
         hdf5::Array array;
         array.kind = kindOf(io::storedTypeOf(header.voxelType));
-        array.bytes = m_sampleBytes;
-        array.shape = shapeOf(header.extents, m_axes);
-        array.chunks = m_chunk;
+        array.bytes = helper::getSizeOf(header.voxelType);
+        array.shape = shapeOf(header.extents, m_layout.axes());
+        array.chunks = shapeOf(chunk, m_layout.axes());
         array.deflate = options.compression == Compression::Deflate ? 1 : 0;
         m_target = asking<WritingError>([&] { return hdf5Component().create(m_file.openPath(), path.dataSet, array); });
     }
 
     bool read(std::size_t chunk, RawData samples) override {
-        const ChunkGrid::Box box = m_grid.boxOf(chunk);
-        std::vector<std::uint8_t> stored(m_grid.elements() * m_sampleBytes);
-        asking<LoadingError>(
-            [&] { m_target->read({shapeOf(box.first, m_axes), shapeOf(box.count, m_axes)}, m_chunk, stored.data()); });
-        m_order.toImage(stored.data(), samples, box.count, m_sampleBytes);
+        m_layout.read(*m_target, chunk, samples);
         return true;
     }
-    void write(std::size_t chunk, ConstRawData samples) override {
-        const ChunkGrid::Box box = m_grid.boxOf(chunk);
-        std::vector<std::uint8_t> ordered;
-        if (!m_order.isOfImages()) {
-            ordered.resize(m_grid.elements() * m_sampleBytes);
-            m_order.toFile(samples, ordered.data(), box.count, m_sampleBytes);
-            samples = ordered.data();
-        }
-        asking<WritingError>(
-            [&] { m_target->write({shapeOf(box.first, m_axes), shapeOf(box.count, m_axes)}, m_chunk, samples); });
-    }
+    void write(std::size_t chunk, ConstRawData samples) override { m_layout.write(*m_target, chunk, samples); }
     void finish(const ImageHeader& header) override {
-        asking<WritingError>([&] { m_target->finish(notesOn(header, m_axes)); });
+        asking<WritingError>([&] { m_target->finish(notesOn(header, m_layout.axes())); });
         refuseOthers(m_path);  // what has this name may have changed since
         m_file.adoptSize();
         m_file.commit();
@@ -74,11 +58,7 @@ public:
 
 private:
     Hdf5Path m_path;
-    std::vector<Components> m_axes;
-    std::vector<std::size_t> m_chunk;
-    ChunkGrid m_grid;
-    ChunkOrder m_order;
-    std::size_t m_sampleBytes;
+    Hdf5Layout m_layout;
     OutputFile m_file;
     std::unique_ptr<hdf5::Target> m_target;  ///< ends before the file does
 };

@@ -24,7 +24,7 @@ struct OpenTiff {
     TiffHandle handle;
 };
 
-class TiffStore final : public ChunkStore {
+class TiffStore final : public ReadOnlyStore {
 public:
     TiffStore(std::filesystem::path path, TiffLayout layout, const Extents& chunk)
         : m_path(std::move(path)), m_layout(std::move(layout)), m_grid(m_layout.info.extents, chunk) {}
@@ -60,8 +60,6 @@ public:
         }
         return true;
     }
-    void write(std::size_t, ConstRawData) override { throw WritingError("The image is for reading."); }
-    void finish(const ImageHeader&) override {}
 
 private:
     std::unique_ptr<OpenTiff> take() {

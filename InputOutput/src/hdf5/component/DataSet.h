@@ -8,13 +8,11 @@ namespace rix::io::hdf5 {
 /// An open data set: its chunks, and boxes of its elements.
 class DataSet {
 public:
-    DataSet() = default;
     DataSet(Handle file, Handle dataSet, ElementType type)
         : m_file(std::move(file)), m_dataSet(std::move(dataSet)), m_type(std::move(type)) {}
 
     ::hid_t id() const { return m_dataSet; }
     ::hid_t file() const { return m_file; }
-    const ElementType& type() const { return m_type; }
     void read(const Region& region, const std::vector<std::size_t>& shape, void* elements) const;
     void write(const Region& region, const std::vector<std::size_t>& shape, const void* elements) const;
     /// False when what was kept back cannot be written.

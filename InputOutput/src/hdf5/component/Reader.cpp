@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "DataSet.h"
 #include "Notes.h"
 
@@ -27,7 +25,6 @@ void readStorage(::hid_t dataSet, Array& array) {
         throw std::runtime_error(
             "The samples lie in other files, which are not opened: a file must not lead to others of this machine.");
     }
-    array.storedBytes = ::H5Dget_storage_size(dataSet);
     if (layout != H5D_CHUNKED) {
         array.storage = "no compression";
         return;
@@ -95,7 +92,6 @@ struct Listing {
     for (std::size_t i = 0; i < shape.size(); ++i) {
         one.description += (i == 0 ? " of " : " x ") + std::to_string(shape[i]);
     }
-    one.axes = shape.size();
     one.isImage = elementTypeOf(type).has_value() && shape.size() >= 2 && shape.size() <= 5;
     listing.found.push_back(std::move(one));
     return listing.found.size() == listing.most ? 1 : 0;

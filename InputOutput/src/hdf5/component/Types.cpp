@@ -69,7 +69,6 @@ std::optional<ElementType> elementTypeOf(::hid_t inFile) {
 }
 
 Handle typeFor(StoredKind kind, std::size_t bytes) {
-    // Fixed types, not those of this machine: others have to know the byte order.
     const auto copy = [](::hid_t type) {
         return checked(::H5Tcopy(type), &::H5Tclose, "The type of the elements cannot be made");
     };
