@@ -110,13 +110,17 @@ void limitImageSize(std::uint64_t bytes) {
     memoryForReading = bytes;
 }
 
+bool isImageSizeLimited() {
+    return memoryForReading != 0;
+}
+
 bool isBeyondLimit(const ImageHeader& header) {
     std::size_t bytes = 0;
     const bool isKnown =
         helper::multiplyExtents(header.extents, bytes) &&
-        !__builtin_mul_overflow(
-            bytes, helper::getSizeOf(header.voxelType) * helper::getElementNumber(header.elementType), &bytes);
-    return memoryForReading != 0 && (!isKnown || bytes > memoryForReading);
+        helper::checkedMultiply(
+            bytes, helper::getSizeOf(header.voxelType) * helper::getElementNumber(header.elementType), bytes);
+    return isImageSizeLimited() && (!isKnown || bytes > memoryForReading);
 }
 
 io::ReadOptions readingOptions(const std::filesystem::path& path) {

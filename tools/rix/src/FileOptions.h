@@ -26,6 +26,8 @@ void addMemoryOption(CLI::App& command, std::optional<std::uint64_t>& memory);
 /// From now on this thread reads no image into memory that takes more bytes, whatever else the command line allows; 0
 /// for any.
 void limitImageSize(std::uint64_t bytes);
+/// Whether there is such a limit.
+bool isImageSizeLimited();
 /// Whether an image would take more than that.
 bool isBeyondLimit(const ImageHeader& header);
 

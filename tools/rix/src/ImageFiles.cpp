@@ -90,8 +90,9 @@ std::unique_ptr<ImageModel> openOrLoad(const fs::path& path,
     auto opened = readThrough(path, [&](const fs::path& readable, const io::ReadOptions& reading) {
         io::ReadOptions silent = reading;
         silent.warn = [](const String&) {};  // what is to be told is told once
-        const bool isOpened = isToOpen(readable, silent) || (io::canOpenImage(readable, silent) &&
-                                                             isBeyondLimit(io::readImageInfo(readable, silent)));
+        const bool isOpened =
+            isToOpen(readable, silent) || (isImageSizeLimited() && io::canOpenImage(readable, silent) &&
+                                           isBeyondLimit(io::readImageInfo(readable, silent)));
         return isOpened ? io::openImage(readable, reading) : nullptr;
     });
     if (opened == nullptr) {

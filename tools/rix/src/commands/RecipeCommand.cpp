@@ -46,8 +46,8 @@ void addRecipeCommand(CLI::App& program, Action& chosen) {
     CLI::App* command = program.add_subcommand(
         "recipe",
         "Run a chain of algorithms with images passed in memory, or on disk with --memory. The whole recipe is checked "
-        "before the first pixel is "
-        "read; files are written when every step has succeeded, and a record of what was run beside them");
+        "before the first pixel is read; files are written when every step has succeeded, and a record of what was run "
+        "beside them");
     command->add_option("FILE", options->path, "The recipe, a JSON file; docs/recipes.md describes it")->required();
     command->add_option(
         "name=value", options->parameters,

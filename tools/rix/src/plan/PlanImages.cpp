@@ -6,7 +6,7 @@
 
 #include "../Failure.h"
 #include "../ImageFiles.h"
-#include "../Interrupts.h"
+#include "../ImageRows.h"
 
 namespace rix::cli {
 
@@ -34,21 +34,15 @@ std::unique_ptr<io::MemoryImage> copyOf(const ImageModel& image, const Box& box)
     const std::size_t rowBytes =
         box.count[COLUMNS] * helper::getSizeOf(header.voxelType) * helper::getElementNumber(header.elementType);
     RawData row = copy->getInternalBuffer();
-    const auto& [first, count] = box;
-    for (std::size_t c = 0; c < channels; ++c) {
-        for (std::size_t t = 0; t < count[SEQUENCE]; ++t) {
-            for (std::size_t z = 0; z < count[PLANS]; ++z) {
-                Interrupts::throwIfRequested();
-                for (std::size_t y = 0; y < count[ROWS]; ++y, row += rowBytes) {
-                    if (!image.readRowAt(count[COLUMNS], row, first[COLUMNS], first[ROWS] + y, first[PLANS] + z,
-                                         first[SEQUENCE] + t, c)) {
-                        throw Failure(UNREADABLE_INPUT,
-                                      "a row of " + image.getImageId() + " can't be read. " + helper::takeRowRefusal());
-                    }
-                }
-            }
+    const auto& first = box.first;
+    forEachRow(header.extents, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t c) {
+        if (!image.readRowAt(box.count[COLUMNS], row, first[COLUMNS], first[ROWS] + y, first[PLANS] + z,
+                             first[SEQUENCE] + t, c)) {
+            throw Failure(UNREADABLE_INPUT,
+                          "a row of " + image.getImageId() + " can't be read. " + helper::takeRowRefusal());
         }
-    }
+        row += rowBytes;
+    });
     return copy;
 }
 

@@ -11,7 +11,7 @@
 #include <rix/image/RowRefusals.h>
 
 #include "../Failure.h"
-#include "../Interrupts.h"
+#include "../ImageRows.h"
 #include "../Output.h"
 #include "Recipe.h"
 
@@ -36,19 +36,12 @@ std::unique_ptr<io::DiskImage> copyOnDisk(const ImageModel& image) {
     auto copy = onDiskLike(image);
     const auto n = helper::getExtents(image);
     std::vector<std::uint8_t> row(n[COLUMNS] * helper::getElementSize(image));
-    for (std::size_t c = 0; c < n[SPECTRAL_SERIES]; ++c) {
-        for (std::size_t t = 0; t < n[SEQUENCE]; ++t) {
-            for (std::size_t z = 0; z < n[PLANS]; ++z) {
-                for (std::size_t y = 0; y < n[ROWS]; ++y) {
-                    Interrupts::throwIfRequested();
-                    if (!image.readRowAt(n[COLUMNS], row.data(), 0, y, z, t, c) ||
-                        !copy->writeRowAt(n[COLUMNS], row.data(), 0, y, z, t, c)) {
-                        throw Failure(RUN_FAILED, "an image can't be copied. " + helper::takeRowRefusal());
-                    }
-                }
-            }
+    forEachRow(n, [&](std::size_t y, std::size_t z, std::size_t t, std::size_t c) {
+        if (!image.readRowAt(n[COLUMNS], row.data(), 0, y, z, t, c) ||
+            !copy->writeRowAt(n[COLUMNS], row.data(), 0, y, z, t, c)) {
+            throw Failure(RUN_FAILED, "an image can't be copied. " + helper::takeRowRefusal());
         }
-    }
+    });
     return copy;
 }
 
