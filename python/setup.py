@@ -27,7 +27,8 @@ class CMakeBuild(build_ext):
         target = pathlib.Path(self.build_lib).resolve()
         jobs = os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", str(os.cpu_count()))
         configure = ["cmake", "-S", str(ROOT), "-B", str(build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
-                     "-DRIX_BUILD_TESTS=OFF", "-DRIX_WITH_MKL=OFF", "-DRIX_WITH_HDF5=OFF", "-DRIX_PYTHON_INSTALL_DIR=.", "-DCMAKE_INSTALL_LIBDIR=rix",
+                     "-DRIX_BUILD_TESTS=OFF", "-DRIX_WITH_MKL=OFF", "-DRIX_WITH_HDF5=OFF",
+                     "-DRIX_PYTHON_INSTALL_DIR=.", "-DCMAKE_INSTALL_LIBDIR=rix",
                      f"-DPython_EXECUTABLE={sys.executable}"]
         for command in (configure,
                         ["cmake", "--build", str(build), "--parallel", jobs, "--target", "rix_python_stubs",

@@ -10,8 +10,8 @@ import numpy.typing as npt
 
 from . import _rix
 from ._errors import DataTypeError, RuleError
-from ._files import Path, calibration_source, checked_quality
-from ._image import (ColorInterpretation, Directions, Image, Interpretation, LabelScope, PerAxis, SpatialFrame,
+from ._files import Path, calibration_source, checked_quality, with_calibration
+from ._image import (ColorInterpretation, Directions, Interpretation, LabelScope, PerAxis, SpatialFrame,
                      describe_header)
 
 
@@ -205,9 +205,7 @@ def open_image(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any]
     source, instead = calibration_source(calibration)
     image = DiskImage(os.fsdecode(path), source, maximum_size or 0, select or "")
     if instead:
-        header = image._header()
-        image._calibrate(Image(header.array, **{**header.calibration, **instead}, interpretation=header.interpretation,
-                               color_interpretation=header.color_interpretation, label_scope=header.label_scope))
+        image._calibrate(with_calibration(image._header(), instead))
     return image
 
 

@@ -23,6 +23,12 @@ def calibration_source(calibration: Union[str, PerAxis, Mapping[str, Any], None]
     return "file", instead
 
 
+def with_calibration(image: Image, instead: Dict[str, Any]) -> Image:
+    """The samples and the meaning of an image, with some of its calibration replaced."""
+    return Image(image.array, **{**image.calibration, **instead}, interpretation=image.interpretation,
+                 color_interpretation=image.color_interpretation, label_scope=image.label_scope)
+
+
 def checked_quality(quality: Optional[int]) -> int:
     """The quality of JPEG, 0 for the usual one."""
     if quality is not None and not 1 <= quality <= 100:
@@ -59,10 +65,7 @@ def imread(path: Path, *, calibration: Union[str, PerAxis, Mapping[str, Any], No
     """
     source, instead = calibration_source(calibration)
     image: Image = _rix.read_image(os.fsdecode(path), source, maximum_size or 0, select or "", grey)
-    if not instead:
-        return image
-    return Image(image.array, **{**image.calibration, **instead}, interpretation=image.interpretation,
-                 color_interpretation=image.color_interpretation, label_scope=image.label_scope)
+    return with_calibration(image, instead) if instead else image
 
 
 def imwrite(path: Path, image: Any, *, axes: Optional[str] = None, compression: Optional[str] = None,

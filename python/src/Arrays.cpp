@@ -297,6 +297,10 @@ py::object makeImage(const py::array& array, const std::string& axes, const Imag
         static_cast<int>(header.colorInterpretation), frame, static_cast<int>(header.labelScope));
 }
 
+bool isBool(const ImageHeader& header) {
+    return header.interpretation == RIX_BINARY && header.voxelType == RIX_UINT8;
+}
+
 }  // namespace
 
 void updateHeader(const GivenImage& output, const GivenImage* reference) {
@@ -311,7 +315,6 @@ void updateHeader(const GivenImage& output, const GivenImage* reference) {
 
 py::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::string& axes) {
     const std::size_t samples = helper::getElementNumber(image->getElementType());
-    const bool isBool = image->getInterpretation() == RIX_BINARY && image->getVoxelType() == RIX_UINT8;
     const auto extents = helper::getExtents(*image);
     std::array<py::ssize_t, RIX_COMPONENTS_SIZE> storage{};
     auto stride = static_cast<py::ssize_t>(helper::getElementSize(*image));
@@ -334,16 +337,9 @@ py::array arrayOf(const std::shared_ptr<io::MemoryImage>& image, const std::stri
     const py::capsule keeper(owner.get(),
                              [](void* kept) { delete static_cast<std::shared_ptr<io::MemoryImage>*>(kept); });
     static_cast<void>(owner.release());
-    return {dtypeOf(image->getVoxelType(), isBool), shape, strides, image->getImageBuffer(), keeper};
+    return {dtypeOf(image->getVoxelType(), isBool(helper::headerOf(*image))), shape, strides, image->getImageBuffer(),
+            keeper};
 }
-
-namespace {
-
-bool isBool(const ImageHeader& header) {
-    return header.interpretation == RIX_BINARY && header.voxelType == RIX_UINT8;
-}
-
-}  // namespace
 
 SampleArray makeArray(const ImageHeader& header, const std::array<std::size_t, RIX_COMPONENTS_SIZE>& extents,
                       const std::string& axes) {

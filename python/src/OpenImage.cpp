@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <rix/access/SampleCast.h>
 #include <rix/exceptions/Exception.h>
 #include <rix/image/RowRefusals.h>
 
@@ -212,8 +213,7 @@ py::array OpenImage::read(const std::vector<std::array<std::size_t, 3>>& ranges)
             throw;
         }
         if (array.isBool) {  // whatever differs from 0 counts as 1
-            std::transform(array.samples, array.samples + bytes, array.samples,
-                           [](std::uint8_t sample) { return static_cast<std::uint8_t>(sample != 0); });
+            access::makeZeroOrOne(RIX_UINT8, array.samples, bytes);
         }
     });
     return array.array;

@@ -5,6 +5,7 @@ import pathlib
 import subprocess
 import sys
 import textwrap
+import threading
 from typing import Any, Callable, Dict
 
 import numpy as np
@@ -53,6 +54,24 @@ def _example_inputs(name: str, image: Callable[[int], Any]) -> Dict[str, Any]:
         # Other values are sizes, mostly: zero was refused.
         inputs[item["name"]] = image(len(inputs)) if item["role"] == "image" else 3
     return inputs
+
+
+def run_in_threads(count: int, work: Callable[[int], None]) -> None:
+    """Calls `work` with the number of each thread, and raises here what one of them raised."""
+    failures = []
+
+    def guarded(number):
+        try:
+            work(number)
+        except BaseException as failure:  # told by the main thread
+            failures.append(failure)
+
+    threads = [threading.Thread(target=guarded, args=(number,)) for number in range(count)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert not failures
 
 
 def run_python(text: str, *arguments: str) -> "subprocess.CompletedProcess[str]":

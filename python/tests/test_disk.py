@@ -3,13 +3,12 @@
 import copy
 import os
 import pickle
-import threading
 
 import numpy as np
 import pytest
 
 import rix
-from support import random_array, run_script
+from support import random_array, run_in_threads, run_script
 
 @pytest.fixture
 def volume(tmp_path):
@@ -193,23 +192,14 @@ def test_what_is_closed_in_use_or_for_reading_is_refused(volume, tmp_path):
 def test_threads_share_an_image(volume):
     opened, image = volume
     expected = rix.invert(image).array
-    failures = []
 
     def work(number):
-        try:
-            for turn in range(10):
-                plane = (number + turn) % 5
-                np.testing.assert_array_equal(opened[plane, ::3], image.array[plane, ::3])
-                np.testing.assert_array_equal(rix.invert(opened).array, expected)
-        except BaseException as failure:  # told by the main thread
-            failures.append(failure)
+        for turn in range(10):
+            plane = (number + turn) % 5
+            np.testing.assert_array_equal(opened[plane, ::3], image.array[plane, ::3])
+            np.testing.assert_array_equal(rix.invert(opened).array, expected)
 
-    threads = [threading.Thread(target=work, args=(number,)) for number in range(6)]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    assert not failures
+    run_in_threads(6, work)
 
 
 def test_ctrl_c_ends_the_completion_which_can_be_repeated(tmp_path):

@@ -2,14 +2,13 @@
 
 import gc
 import sys
-import threading
 import weakref
 
 import numpy as np
 import pytest
 
 import rix
-from support import NAMES, SANITIZED, as_arrays, example_inputs, random_array, run_python
+from support import NAMES, SANITIZED, as_arrays, example_inputs, random_array, run_in_threads, run_python
 
 
 @pytest.mark.skipif("address" not in SANITIZED, reason="not built with the address sanitizer")
@@ -99,20 +98,11 @@ def test_different_algorithms_in_sixteen_threads():
         inputs[name] = example_inputs(name, (150, 170))
         expected[name] = as_arrays(getattr(rix, rix.describe(name)["function"])(**inputs[name]))
     functions = {name: getattr(rix, rix.describe(name)["function"]) for name in names}
-    failures = []
 
     def work(number):
-        try:
-            for turn in range(4 * len(names)):
-                name = names[(number + turn) % len(names)]
-                for got, wanted in zip(as_arrays(functions[name](**inputs[name])), expected[name], strict=True):
-                    np.testing.assert_array_equal(got, wanted)
-        except BaseException as failure:  # told by the main thread
-            failures.append(failure)
+        for turn in range(4 * len(names)):
+            name = names[(number + turn) % len(names)]
+            for got, wanted in zip(as_arrays(functions[name](**inputs[name])), expected[name], strict=True):
+                np.testing.assert_array_equal(got, wanted)
 
-    threads = [threading.Thread(target=work, args=(number,)) for number in range(16)]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    assert not failures
+    run_in_threads(16, work)
