@@ -129,7 +129,7 @@ TEST(RawFiles, WordsThatMeanNothingSayWhatIsAccepted) {
              {"type=uint8,size=4,spacing=0", "takes a spacing for all axes"},
              {"type=uint8,size=4,meaning=mask", "is none of value, binary, label"},
              {"type=uint8,size=4,color=red", "is none of rgb"}}) {
-        EXPECT_THAT(textOf<SerializationException>([&, text = text] { parseSelection(text); }), HasSubstr(message));
+        EXPECT_THAT(textOf<SerializationException>([&, given = text] { parseSelection(given); }), HasSubstr(message));
     }
     const Selection selection = parseSelection("type=uint8,size=4,spacing=0.5x0.25,unit=mm");
     EXPECT_THAT(selection.raw.value().spacing, ElementsAre(0.5, 0.25));
